@@ -1,0 +1,107 @@
+#include "platform/layer.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+
+// The thin layer. All state is constant-initialised, since libraries register themselves while they are loaded.
+namespace {
+
+constexpr unsigned kProcessAttach = 1;
+
+// Handles only need to be distinct while in use, so a heap byte each is enough.
+void* new_handle()
+{
+    return std::malloc(1);
+}
+
+// Names of window messages, in order of registration. The names are copied and kept for the life of the process.
+constexpr unsigned kFirstMessage = 0xC000;
+constexpr unsigned kMostMessages = 0x4000;
+
+struct MessageName {
+    MessageName* next;
+    unsigned identifier;
+    char text[1];
+};
+
+std::mutex message_lock;
+MessageName* messages = nullptr;
+
+// The classic 15-bit linear congruential generator, one state for the process.
+constexpr uint32_t kMultiplier = 214013;
+constexpr uint32_t kIncrement = 2531011;
+std::atomic<uint32_t> random_state{1};
+
+} // namespace
+
+void* MwInitDLL(const char*, MwEntryPoint entry, MwEntryPoint, const MwDependancyNode*)
+{
+    void* const handle = new_handle();
+    if (entry != nullptr)
+        entry(handle, kProcessAttach, nullptr);
+    return handle;
+}
+
+void MwDllInPostConstruct(void*)
+{
+}
+
+void MwDllInPreDestruct(void*)
+{
+}
+
+void MwDllInPostDestruct(void* handle)
+{
+    std::free(handle);
+}
+
+void MwApplicationBugCheck(const char* message)
+{
+    std::fprintf(stderr, "%s\n", message);
+    std::abort();
+}
+
+int DisableThreadLibraryCalls(void*)
+{
+    return 1;
+}
+
+unsigned RegisterWindowMessageA(const char* name)
+{
+    if (name == nullptr)
+        return 0;
+    const std::lock_guard<std::mutex> hold(message_lock);
+    for (const MessageName* m = messages; m != nullptr; m = m->next)
+        if (std::strcmp(m->text, name) == 0)
+            return m->identifier;
+    const unsigned identifier = messages == nullptr ? kFirstMessage : messages->identifier + 1;
+    if (identifier == kFirstMessage + kMostMessages)
+        return 0;
+    auto* const added = static_cast<MessageName*>(std::malloc(sizeof(MessageName) + std::strlen(name)));
+    if (added == nullptr)
+        return 0;
+    added->next = messages;
+    added->identifier = identifier;
+    std::strcpy(added->text, name);
+    messages = added;
+    return identifier;
+}
+
+void Mwsrand(unsigned seed)
+{
+    random_state.store(seed, std::memory_order_relaxed);
+}
+
+int Mwrand()
+{
+    uint32_t state = random_state.load(std::memory_order_relaxed);
+    uint32_t next;
+    do {
+        next = state * kMultiplier + kIncrement;
+    } while (!random_state.compare_exchange_weak(state, next, std::memory_order_relaxed));
+    return static_cast<int>(next >> 16 & 0x7fff);
+}
