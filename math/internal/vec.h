@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cmath>
+
+// The vector arithmetic of the library, inline. The exported functions of math/vector.h are doors to these.
+namespace korvale {
+
+/// A vector shorter than this has no direction.
+constexpr double kShortestVector = 1e-06;
+
+inline double dot(const double* a, const double* b)
+{
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+/// `out` is written component by component and must be neither `a` nor `b`.
+inline void cross(const double* a, const double* b, double* out)
+{
+    out[0] = a[1] * b[2] - a[2] * b[1];
+    out[1] = a[2] * b[0] - a[0] * b[2];
+    out[2] = a[0] * b[1] - a[1] * b[0];
+}
+
+inline double length(const double* v)
+{
+    return std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+}
+
+/// Makes `v` a unit vector. False, with `v` untouched, when it is too short; a NaN length counts as long enough.
+inline bool make_unit(double* v)
+{
+    const double n = length(v);
+    if (n < kShortestVector)
+        return false;
+    v[0] /= n;
+    v[1] /= n;
+    v[2] /= n;
+    return true;
+}
+
+/// out = a - b; `out` may be either.
+inline void subtract(const double* a, const double* b, double* out)
+{
+    out[0] = a[0] - b[0];
+    out[1] = a[1] - b[1];
+    out[2] = a[2] - b[2];
+}
+
+inline void copy3(const double* from, double* to)
+{
+    to[0] = from[0];
+    to[1] = from[1];
+    to[2] = from[2];
+}
+
+} // namespace korvale
