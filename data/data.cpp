@@ -1,0 +1,99 @@
+#include "data/data.h"
+
+#include <cstddef>
+#include <cstdlib>
+
+#include "data/internal/boxes.h"
+#include "data/internal/elements.h"
+#include "data/internal/shape.h"
+#include "platform/module_start.h"
+
+static_assert(sizeof(Data) == 40 && offsetof(Data, dim) == 0 && offsetof(Data, count) == 4 &&
+              offsetof(Data, type) == 8 && offsetof(Data, dvals) == 16 && offsetof(Data, ivals) == 24 &&
+              offsetof(Data, bvals) == 32);
+static_assert(sizeof(data_list_struct) == 48);
+
+void DataInitialize(Data* d)
+{
+    if (d == nullptr)
+        return;
+    d->dim = -1;
+    d->count = -1;
+    d->type = DATA_TYPE_DOUBLE;
+    d->dvals = nullptr;
+    d->ivals = nullptr;
+    d->bvals = nullptr;
+}
+
+void DataListInitialize(data_list_struct* node)
+{
+    if (node == nullptr)
+        return;
+    DataInitialize(node);
+    node->next = nullptr;
+}
+
+Data* DataNew()
+{
+    auto* const d = static_cast<Data*>(std::malloc(sizeof(Data)));
+    DataInitialize(d);
+    return d;
+}
+
+data_list_struct* DataListNew()
+{
+    auto* const node = static_cast<data_list_struct*>(std::malloc(sizeof(data_list_struct)));
+    DataListInitialize(node);
+    return node;
+}
+
+int DataAllocate(Data* d)
+{
+    if (d == nullptr || d->count < 1 || d->dim < 1)
+        return -1;
+    const int64_t n = korvale::elements(d->count, d->dim);
+    if (n > korvale::kMostElements)
+        return -1;
+    const size_t bytes = korvale::component_bytes(*d, d->type);
+    if (bytes == 0)
+        return 1;
+    korvale::set_buffer(*d, d->type, std::malloc(static_cast<size_t>(n) * bytes));
+    return korvale::buffer_of(*d, d->type) != nullptr ? 1 : -1;
+}
+
+void DataDispose(Data* d)
+{
+    if (d == nullptr)
+        return;
+    std::free(d->dvals);
+    std::free(d->ivals);
+    std::free(d->bvals);
+    DataInitialize(d);
+}
+
+void DataListDispose(data_list_struct* head)
+{
+    if (head == nullptr)
+        return;
+    DataDispose(head);
+    for (data_list_struct* node = head->next; node != nullptr;) {
+        data_list_struct* const following = node->next;
+        DataDispose(node);
+        std::free(node);
+        node = following;
+    }
+    DataListInitialize(head);
+}
+
+void DataReverse(Data* d)
+{
+    if (d == nullptr || d->count < 2 || !korvale::is_filled(*d))
+        return;
+    const size_t bytes = static_cast<size_t>(d->dim) * korvale::component_bytes(*d, d->type);
+    korvale::reverse_elements(korvale::buffer_of(*d, d->type), d->count, bytes);
+}
+
+int DataBBox(Data* src, Data* box)
+{
+    return korvale::box_around(src, box);
+}

@@ -1,0 +1,289 @@
+#include "data/datastruct.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "data/internal/boxes.h"
+#include "data/internal/elements.h"
+#include "data/internal/shape.h"
+#include "platform/module_start.h"
+
+static_assert(sizeof(DATAstruct) == 64 && offsetof(DATAstruct, dim) == 0 && offsetof(DATAstruct, count) == 4 &&
+              offsetof(DATAstruct, alloc_dim) == 8 && offsetof(DATAstruct, alloc_count) == 12 &&
+              offsetof(DATAstruct, type) == 16 && offsetof(DATAstruct, alloc_type) == 20 &&
+              offsetof(DATAstruct, dvals) == 24 && offsetof(DATAstruct, ivals) == 32 &&
+              offsetof(DATAstruct, bvals) == 40 && offsetof(DATAstruct, pvals) == 48 &&
+              offsetof(DATAstruct, next) == 56);
+
+namespace korvale {
+namespace {
+
+void free_buffers(DATAstruct& d)
+{
+    std::free(d.dvals);
+    std::free(d.ivals);
+    std::free(d.bvals);
+    std::free(d.pvals);
+    d.dvals = nullptr;
+    d.ivals = nullptr;
+    d.bvals = nullptr;
+    d.pvals = nullptr;
+}
+
+/// Elements the buffer was allocated for, -1 while nothing is allocated; 0 when that allocation had failed.
+int64_t capacity(const DATAstruct& d)
+{
+    if (d.alloc_count < 0 || d.alloc_dim < 0)
+        return -1;
+    if (component_bytes(d, d.alloc_type) != 0 && buffer_of(d, d.alloc_type) == nullptr)
+        return 0;
+    return elements(d.alloc_count, d.alloc_dim);
+}
+
+/// Whether the present buffer serves for `wanted` elements of the kind wanted.
+bool fits(const DATAstruct& d, int64_t wanted)
+{
+    return d.type == d.alloc_type && wanted <= capacity(d);
+}
+
+/// Changes the buffer from `held` to `wanted` elements, keeping the leading ones. False, with nothing changed, when the
+/// heap is exhausted and there are elements to keep.
+bool resize_buffer(DATAstruct& d, int64_t held, int64_t wanted)
+{
+    void* const old = buffer_of(d, d.type);
+    const size_t bytes = static_cast<size_t>(wanted) * component_bytes(d, d.type);
+    if (std::min(held, wanted) < 1) {
+        std::free(old);
+        set_buffer(d, d.type,
+                   bytes == 0 ? nullptr : std::malloc(bytes)); // Deliberate: may be null, which is no failure
+        return true;
+    }
+    void* const resized = std::realloc(old, bytes);
+    if (resized == nullptr)
+        return false;
+    set_buffer(d, d.type, resized);
+    return true;
+}
+
+/// The children that disposal follows: all slots of the capacity of an array of arrays.
+int64_t owned_slots(const DATAstruct& d)
+{
+    if (d.type != DATA_TYPE_DATA || d.pvals == nullptr || d.alloc_count < 0 || d.alloc_dim < 0)
+        return 0;
+    return elements(d.alloc_count, d.alloc_dim);
+}
+
+/// Stands in the dim of a child that waits for its release; no array is shaped like this.
+constexpr int32_t kAwaitsRelease = std::numeric_limits<int32_t>::min();
+
+/// Puts `first` and the records along its `next`, up to one that a slot owns as well, in front of `waiting`.
+DATAstruct* prepend_list(DATAstruct* first, DATAstruct* waiting)
+{
+    DATAstruct* last = first;
+    while (last->next != nullptr && last->next->dim != kAwaitsRelease)
+        last = last->next;
+    last->next = waiting;
+    return first;
+}
+
+/// Frees the buffers of `d` and puts everything it owned in front of `waiting`. A record that stands in several slots,
+/// or in a slot and in the list of another slot's child, is put there once.
+DATAstruct* empty_onto(DATAstruct& d, DATAstruct* waiting)
+{
+    const int64_t n = owned_slots(d);
+    int64_t children = 0;
+    for (int64_t i = 0; i < n; ++i) {
+        auto* const child = static_cast<DATAstruct*>(d.pvals[i]);
+        if (child == nullptr || child->dim == kAwaitsRelease)
+            continue;
+        child->dim = kAwaitsRelease;
+        d.pvals[children++] = child;
+    }
+    for (int64_t i = 0; i < children; ++i)
+        waiting = prepend_list(static_cast<DATAstruct*>(d.pvals[i]), waiting);
+    free_buffers(d);
+    return waiting;
+}
+
+bool has_slots(const DATAstruct* d, int32_t dim)
+{
+    return d != nullptr && d->type == DATA_TYPE_DATA && d->dim == dim && d->count >= 1 && d->pvals != nullptr;
+}
+
+} // namespace
+} // namespace korvale
+
+void DATAInitialize(DATAstruct* d)
+{
+    if (d == nullptr)
+        return;
+    d->dim = -1;
+    d->count = -1;
+    d->alloc_dim = -1;
+    d->alloc_count = -1;
+    d->type = DATA_TYPE_DOUBLE;
+    d->alloc_type = DATA_TYPE_DOUBLE;
+    d->dvals = nullptr;
+    d->ivals = nullptr;
+    d->bvals = nullptr;
+    d->pvals = nullptr;
+    d->next = nullptr;
+}
+
+DATAstruct* DATANew()
+{
+    auto* const d = static_cast<DATAstruct*>(std::malloc(sizeof(DATAstruct)));
+    DATAInitialize(d);
+    return d;
+}
+
+int DATAAllocate(DATAstruct* d)
+{
+    if (d == nullptr || d->count < 1 || d->dim < 1)
+        return -1;
+    const int64_t wanted = korvale::elements(d->count, d->dim);
+    if (wanted > korvale::kMostElements)
+        return -1;
+    if (d->alloc_count > 0 && d->alloc_dim > 0) {
+        if (korvale::fits(*d, wanted))
+            return 1;
+        korvale::free_buffers(*d);
+    }
+    d->alloc_count = d->count;
+    d->alloc_dim = d->dim;
+    d->alloc_type = d->type;
+    const size_t bytes = static_cast<size_t>(wanted) * korvale::component_bytes(*d, d->type);
+    if (bytes == 0)
+        return 1;
+    void* const buffer = std::malloc(bytes);
+    korvale::set_buffer(*d, d->type, buffer);
+    if (buffer == nullptr)
+        return -1;
+    if (d->pvals == buffer)
+        std::memset(buffer, 0, bytes);
+    return 1;
+}
+
+int DATAReAllocate(DATAstruct* d)
+{
+    if (d == nullptr || d->count < 0 || d->dim < 0)
+        return -1;
+    const int64_t wanted = korvale::elements(d->count, d->dim);
+    if (wanted > korvale::kMostElements)
+        return -1;
+    if (d->type != d->alloc_type) { // a change of kind keeps nothing
+        korvale::free_buffers(*d);
+        d->alloc_count = d->alloc_dim = -1;
+        return DATAAllocate(d);
+    }
+    const int64_t held = korvale::capacity(*d);
+    if (wanted != held && korvale::component_bytes(*d, d->type) != 0 && !korvale::resize_buffer(*d, held, wanted))
+        return -1;
+    d->alloc_count = d->count;
+    d->alloc_dim = d->dim;
+    return 1;
+}
+
+void DATANodeDispose(DATAstruct* d)
+{
+    if (d == nullptr)
+        return;
+    korvale::free_buffers(*d);
+    DATAInitialize(d);
+}
+
+int DATADispose(DATAstruct* d)
+{
+    if (d == nullptr)
+        return -1;
+    DATAstruct* waiting = korvale::empty_onto(*d, d->next);
+    while (waiting != nullptr) {
+        DATAstruct* const record = waiting;
+        waiting = korvale::empty_onto(*record, record->next);
+        std::free(record);
+    }
+    DATAInitialize(d);
+    return 1;
+}
+
+int DATAListCount(DATAstruct* first)
+{
+    int n = 0;
+    for (const DATAstruct* d = first; d != nullptr; d = d->next)
+        ++n;
+    return n;
+}
+
+DATAstruct* DATAListToDATA(DATAstruct* first)
+{
+    const int n = DATAListCount(first);
+    if (n < 1)
+        return nullptr;
+    DATAstruct* const list = DATANew();
+    if (list == nullptr)
+        return nullptr;
+    list->count = n;
+    list->type = DATA_TYPE_DATA;
+    list->dim = 1;
+    if (DATAAllocate(list) < 0)
+        return nullptr; // Deliberate: the new record is not released
+    int slot = 0;
+    for (DATAstruct* d = first; d != nullptr; d = d->next)
+        list->pvals[slot++] = d;
+    return list;
+}
+
+int DATACheckIfPoints(DATAstruct* d)
+{
+    return d != nullptr && d->type == DATA_TYPE_DOUBLE && d->count >= 0 && d->dim == 3;
+}
+
+int DATACheckIfFace(DATAstruct* d)
+{
+    if (!korvale::has_slots(d, 1) || !korvale::is_filled(*d))
+        return 0;
+    for (int32_t i = 0; i < d->count; ++i)
+        if (!DATACheckIfPoints(static_cast<DATAstruct*>(d->pvals[i])))
+            return 0;
+    return 1;
+}
+
+int DATACheckIfPatch(DATAstruct* d)
+{
+    return korvale::has_slots(d, 1);
+}
+
+int DATACheckIfMesh(DATAstruct* d)
+{
+    return korvale::has_slots(d, 5);
+}
+
+int DATABBox(DATAstruct* src, DATAstruct* box)
+{
+    return korvale::box_around(src, box);
+}
+
+void DATAReverse(DATAstruct* d)
+{
+    if (d == nullptr || d->count < 2 || !korvale::is_filled(*d))
+        return;
+    const size_t bytes = static_cast<size_t>(d->dim) * korvale::component_bytes(*d, d->type);
+    korvale::reverse_elements(korvale::buffer_of(*d, d->type), d->count, bytes);
+}
+
+void DATASubReverse(DATAstruct* d)
+{
+    if (d == nullptr)
+        return;
+    if (d->type != DATA_TYPE_DATA) {
+        DATAReverse(d);
+        return;
+    }
+    if (!korvale::is_filled(*d))
+        return;
+    for (int32_t i = 0; i < d->count; ++i) // Deliberate: one slot per element, whatever dim is
+        DATASubReverse(static_cast<DATAstruct*>(d->pvals[i]));
+}

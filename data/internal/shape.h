@@ -1,0 +1,147 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+
+#include "data/data.h"
+#include "data/datastruct.h"
+
+// Sizes of arrays, the same questions for both generations.
+namespace korvale {
+
+constexpr int64_t kMostElements = std::numeric_limits<int32_t>::max();
+
+/// count * dim, in 64 bits.
+inline int64_t elements(int64_t count, int64_t dim)
+{
+    return count * dim;
+}
+
+/// Bytes an element component of a kind takes; 0 for an unknown kind.
+inline size_t component_bytes(const Data&, int32_t type)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        return sizeof(double);
+    case DATA_TYPE_INT:
+        return sizeof(int32_t);
+    case DATA_TYPE_BYTE:
+        return sizeof(uint8_t);
+    default:
+        return 0;
+    }
+}
+
+inline size_t component_bytes(const DATAstruct&, int32_t type)
+{
+    switch (type) {
+    case DATA_TYPE_POINTER:
+    case DATA_TYPE_DATA:
+        return sizeof(void*);
+    default:
+        return component_bytes(Data{}, type);
+    }
+}
+
+/// The buffer that a kind selects, or null.
+inline void* buffer_of(const Data& d, int32_t type)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        return d.dvals;
+    case DATA_TYPE_INT:
+        return d.ivals;
+    case DATA_TYPE_BYTE:
+        return d.bvals;
+    default:
+        return nullptr;
+    }
+}
+
+inline void* buffer_of(const DATAstruct& d, int32_t type)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        return d.dvals;
+    case DATA_TYPE_INT:
+        return d.ivals;
+    case DATA_TYPE_BYTE:
+        return d.bvals;
+    case DATA_TYPE_POINTER:
+    case DATA_TYPE_DATA:
+        return d.pvals;
+    default:
+        return nullptr;
+    }
+}
+
+/// Makes `buffer` the buffer of a kind; what stood there is not released.
+inline void set_buffer(Data& d, int32_t type, void* buffer)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        d.dvals = static_cast<double*>(buffer);
+        break;
+    case DATA_TYPE_INT:
+        d.ivals = static_cast<int32_t*>(buffer);
+        break;
+    case DATA_TYPE_BYTE:
+        d.bvals = static_cast<uint8_t*>(buffer);
+        break;
+    default:
+        break;
+    }
+}
+
+inline void set_buffer(DATAstruct& d, int32_t type, void* buffer)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        d.dvals = static_cast<double*>(buffer);
+        break;
+    case DATA_TYPE_INT:
+        d.ivals = static_cast<int32_t*>(buffer);
+        break;
+    case DATA_TYPE_BYTE:
+        d.bvals = static_cast<uint8_t*>(buffer);
+        break;
+    case DATA_TYPE_POINTER:
+    case DATA_TYPE_DATA:
+        d.pvals = static_cast<void**>(buffer);
+        break;
+    default:
+        break;
+    }
+}
+
+/// Whether `wanted` components of kind `type` can be read or written: the buffer exists and is large enough. A `Data` is
+/// judged by count * dim, a `DATAstruct` by what was allocated where the library allocated it.
+inline bool holds(const Data& d, int32_t type, int64_t wanted)
+{
+    return buffer_of(d, type) != nullptr && wanted <= elements(d.count, d.dim);
+}
+
+inline bool holds(const DATAstruct& d, int32_t type, int64_t wanted)
+{
+    const bool wrapped = d.alloc_count < 0 || d.alloc_dim < 0;
+    const int64_t room = wrapped ? elements(d.count, d.dim) : elements(d.alloc_count, d.alloc_dim);
+    return buffer_of(d, type) != nullptr && wanted <= room;
+}
+
+/// Whether the count * dim components of the record's own kind exist.
+template <class Array>
+bool is_filled(const Array& d)
+{
+    return d.count >= 1 && d.dim >= 1 && holds(d, d.type, elements(d.count, d.dim));
+}
+
+/// Whether `d` is of the library's kinds at all.
+template <class Array>
+bool is_known_kind(const Array& d)
+{
+    return component_bytes(d, d.type) != 0;
+}
+
+} // namespace korvale

@@ -1,0 +1,16 @@
+#pragma once
+
+/// All of korvale: numeric arrays, vector and matrix math, equations, outline flattening and path frames, the border
+/// sweep, shape preservation, ray casting, triangle sampling and vertex exchange with a host.
+
+#include "data/data.h"
+#include "data/datastruct.h"
+#include "data/operations.h"
+#include "math/box.h"
+#include "math/combinatorics.h"
+#include "math/line.h"
+#include "math/orientation.h"
+#include "math/rotation.h"
+#include "math/solve.h"
+#include "math/transform.h"
+#include "math/vector.h"
