@@ -14,3 +14,4 @@
 #include "math/solve.h"
 #include "math/transform.h"
 #include "math/vector.h"
+#include "path/flatten.h"
