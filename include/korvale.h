@@ -6,6 +6,7 @@
 #include "data/data.h"
 #include "data/datastruct.h"
 #include "data/operations.h"
+#include "frame/frame.h"
 #include "math/box.h"
 #include "math/combinatorics.h"
 #include "math/line.h"
