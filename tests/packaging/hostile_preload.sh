@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# usage: hostile_preload.sh PROGRAM HOSTILE_LIBRARY
+# Fails unless the preloaded library reaches the host's own calls and none that the library makes inside itself.
+set -euo pipefail
+program=$1 hostile=$2
+
+with_hostile() { # the address sanitizer's runtime would refuse to start behind a preloaded library
+    ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=$hostile "$program" "$@"
+}
+
+alone=$("$program" host)
+preloaded=$(with_hostile host)
+if [[ $alone == "$preloaded" ]]; then
+    echo "$hostile reaches nobody, so this test would prove nothing"
+    exit 1
+fi
+
+alone=$("$program")
+preloaded=$(with_hostile)
+if [[ -z $alone ]]; then
+    echo "$program prints nothing to compare"
+    exit 1
+fi
+if ! diff - <(echo "$preloaded") <<<"$alone"; then
+    echo "a call inside the library went to $hostile"
+    exit 1
+fi
