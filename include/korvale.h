@@ -3,6 +3,9 @@
 /// All of korvale: numeric arrays, vector and matrix math, equations, outline flattening and path frames, the border
 /// sweep, shape preservation, ray casting, triangle sampling and vertex exchange with a host.
 
+#include "border/band.h"
+#include "border/border.h"
+#include "border/status.h"
 #include "data/data.h"
 #include "data/datastruct.h"
 #include "data/operations.h"

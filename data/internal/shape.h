@@ -116,18 +116,24 @@ inline void set_buffer(DATAstruct& d, int32_t type, void* buffer)
     }
 }
 
-/// Whether `wanted` components of kind `type` can be read or written: the buffer exists and is large enough. A `Data` is
-/// judged by count * dim, a `DATAstruct` by what was allocated where the library allocated it.
-inline bool holds(const Data& d, int32_t type, int64_t wanted)
+/// Components that a buffer of the record has room for: a `Data` is judged by count * dim, a `DATAstruct` by what was
+/// allocated where the library allocated it.
+inline int64_t room(const Data& d)
 {
-    return buffer_of(d, type) != nullptr && wanted <= elements(d.count, d.dim);
+    return elements(d.count, d.dim);
 }
 
-inline bool holds(const DATAstruct& d, int32_t type, int64_t wanted)
+inline int64_t room(const DATAstruct& d)
 {
     const bool wrapped = d.alloc_count < 0 || d.alloc_dim < 0;
-    const int64_t room = wrapped ? elements(d.count, d.dim) : elements(d.alloc_count, d.alloc_dim);
-    return buffer_of(d, type) != nullptr && wanted <= room;
+    return wrapped ? elements(d.count, d.dim) : elements(d.alloc_count, d.alloc_dim);
+}
+
+/// Whether `wanted` components of kind `type` can be read or written: the buffer exists and has the room.
+template <class Array>
+bool holds(const Array& d, int32_t type, int64_t wanted)
+{
+    return buffer_of(d, type) != nullptr && wanted <= room(d);
 }
 
 /// Whether the count * dim components of the record's own kind exist.

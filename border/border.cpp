@@ -1,0 +1,168 @@
+#include "border/border.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include "border/internal/sweep.h"
+#include "data/internal/shape.h"
+#include "data/operations.h"
+#include "path/flatten.h"
+#include "platform/module_start.h"
+
+namespace korvale {
+namespace {
+
+/// The arrays a sweep works in, one entry per point of the outline.
+template <class Array>
+struct WorkArrays {
+    Array* flat;
+    Array* direction;
+    Array* velocity;
+    Array* line;
+    Array* length;
+    Array* rate;
+    Array* dead;
+    Array* merge;
+};
+
+int allocate(Data& d)
+{
+    return DataAllocate(&d);
+}
+
+int allocate(DATAstruct& d)
+{
+    return DATAAllocate(&d);
+}
+
+template <class Array>
+bool shape(Array* array, int32_t count, int32_t dim, int32_t type)
+{
+    if (array == nullptr)
+        return false;
+    array->count = count;
+    array->dim = dim;
+    array->type = type;
+    return allocate(*array) > 0;
+}
+
+/// Makes room for n vertices. Every array is tried, also after one has failed.
+template <class Array>
+bool shape_all(const WorkArrays<Array>& work, int32_t n)
+{
+    const bool shaped[] = {
+        shape(work.flat, n, 3, DATA_TYPE_DOUBLE),     shape(work.direction, n, 3, DATA_TYPE_DOUBLE),
+        shape(work.velocity, n, 3, DATA_TYPE_DOUBLE), shape(work.line, n, 3, DATA_TYPE_DOUBLE),
+        shape(work.length, n, 1, DATA_TYPE_DOUBLE),   shape(work.rate, n, 1, DATA_TYPE_DOUBLE),
+        shape(work.dead, n, 1, DATA_TYPE_BYTE),       shape(work.merge, n, 1, DATA_TYPE_INT),
+    };
+    for (const bool done : shaped)
+        if (!done)
+            return false;
+    return true;
+}
+
+template <class Array>
+bool is_outline(const Array* path)
+{
+    return path != nullptr && path->type == DATA_TYPE_DOUBLE && path->dim == 3;
+}
+
+/// Points that can be read: none where the buffer is missing or too small.
+template <class Array>
+int32_t readable_points(const Array& path)
+{
+    return holds(path, DATA_TYPE_DOUBLE, elements(path.count, 3)) ? path.count : 0;
+}
+
+/// Sweeps the outline in `work.flat` and leaves the points of the border there. Returns their number.
+template <class Array>
+int32_t sweep_flat(const WorkArrays<Array>& work, double distance, bool split_events, bool keep_collapsed)
+{
+    Sweep s{};
+    s.n = work.flat->count;
+    s.remaining = distance;
+    s.split_events = split_events;
+    s.flat = work.flat->dvals;
+    s.direction = work.direction->dvals;
+    s.velocity = work.velocity->dvals;
+    s.line = work.line->dvals;
+    s.length = work.length->dvals;
+    s.rate = work.rate->dvals;
+    s.dead = work.dead->bvals;
+    s.merge = work.merge->ivals;
+    run_sweep(s);
+    if (!keep_collapsed)
+        return pack_live_positions(s);
+    join_dead_vertices(s);
+    return s.n;
+}
+
+/// Puts a new output in the place of the previous one.
+void replace_output(BorderStatus& status)
+{
+    if (status.output != nullptr && status.output != status.path) {
+        DataDispose(status.output);
+        std::free(status.output);
+    }
+    status.output = DataNew();
+}
+
+} // namespace
+} // namespace korvale
+
+// Border replaces its output first, works in arrays of its own, needs the plane that data_to_xy_xfms finds and puts the
+// border at `height`. BORDER_BORDER validates first, works in the arrays of the record and leaves z alone.
+
+int Border(BorderStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    korvale::replace_output(*status);
+    if (status->output == nullptr || !korvale::is_outline(status->path) || !std::isfinite(status->distance))
+        return -1;
+
+    // Deliberate: these records and their buffers are never released.
+    const korvale::WorkArrays<Data> work = {DataNew(), DataNew(), DataNew(), DataNew(),
+                                            DataNew(), DataNew(), DataNew(), DataNew()};
+    if (!korvale::shape_all(work, korvale::readable_points(*status->path)))
+        return -1;
+    Xfm xfm, reverse;
+    if (data_to_xy_xfms(status->path, xfm, reverse, 1) < 0)
+        return -1;
+    TransformData(xfm, status->path, work.flat);
+
+    const int32_t points =
+        korvale::sweep_flat(work, status->distance, status->split_events != 0, status->keep_collapsed != 0);
+    for (int32_t i = 0; i < points; ++i)
+        work.flat->dvals[3 * static_cast<int64_t>(i) + 2] = status->height;
+    work.flat->count = points;
+    if (!korvale::shape(status->output, points, 3, DATA_TYPE_DOUBLE))
+        return -1;
+    TransformData(reverse, work.flat, status->output);
+    return 1;
+}
+
+int BORDER_BORDER(BORDERStatus* status)
+{
+    if (status == nullptr || !korvale::is_outline(status->path) || !std::isfinite(status->distance))
+        return -1;
+    if (status->output == nullptr && (status->output = DATANew()) == nullptr)
+        return -1;
+
+    const korvale::WorkArrays<DATAstruct> work = {status->flat,   status->direction, status->velocity, status->line,
+                                                  status->length, status->rate,      status->dead,     status->merge};
+    if (!korvale::shape_all(work, korvale::readable_points(*status->path)))
+        return -1;
+    Xfm xfm, reverse;
+    DATA_to_xy_xfms(status->path, xfm, reverse, 1);
+    TransformDATA(xfm, status->path, work.flat);
+
+    const int32_t points =
+        korvale::sweep_flat(work, status->distance, status->split_events != 0, status->keep_collapsed != 0);
+    work.flat->count = points;
+    if (!korvale::shape(status->output, points, 3, DATA_TYPE_DOUBLE))
+        return -1;
+    TransformDATA(reverse, work.flat, status->output);
+    return 1;
+}

@@ -1,0 +1,84 @@
+// Borders of single outlines and of lists of outlines, lifted off their plane.
+#include "border/border.h"
+#include "data/internal/shape.h"
+#include "math/internal/mat.h"
+#include "path/flatten.h"
+#include "platform/module_start.h"
+
+namespace korvale {
+namespace {
+
+/// Raises the points of a border by `height` along the normal of the plane that `xfm` flattens.
+void lift(DATAstruct& border, const double (*xfm)[4], const double (*reverse)[4], double height)
+{
+    for (int64_t i = 0; i < border.count; ++i) {
+        double* const point = border.dvals + 3 * i;
+        carry_point(xfm, point, point);
+        point[2] += height;
+        carry_point(reverse, point, point);
+    }
+}
+
+int border_outline(BORDERStatus& status)
+{
+    Xfm xfm, reverse;
+    DATA_to_xy_xfms(status.path, xfm, reverse, 1);
+    if (BORDER_BORDER(&status) < 0)
+        return -1;
+    lift(*status.output, xfm, reverse, status.height);
+    return 1;
+}
+
+/// Gives `output` a slot for every child of `path`.
+bool shape_list(DATAstruct& output, const DATAstruct& path)
+{
+    output.type = DATA_TYPE_DATA;
+    output.count = path.count;
+    output.dim = path.dim;
+    return DATAAllocate(&output) > 0;
+}
+
+DATAstruct* child(const DATAstruct& list, int32_t k)
+{
+    return static_cast<DATAstruct*>(list.pvals[k]);
+}
+
+int border_list(BORDERStatus& status)
+{
+    DATAstruct *const paths = status.path, *const outputs = status.output;
+    if (!is_filled(*paths) || outputs == nullptr || !shape_list(*outputs, *paths))
+        return -1;
+    Xfm xfm, reverse;
+    DATA_to_xy_xfms(child(*paths, 0), xfm, reverse, 1);
+    for (int32_t k = 0; k < paths->count; ++k) {
+        status.path = child(*paths, k);
+        status.output = child(*outputs, k);
+        if (BORDER_BORDER(&status) < 0)
+            return -1; // Deliberate: the record is left at the failing child
+        lift(*status.output, xfm, reverse, status.height);
+        outputs->pvals[k] = status.output;
+        if (k == 0)
+            status.distance = -status.distance; // the holes shrink where the outer outline grows
+    }
+    status.distance = -status.distance;
+    status.path = paths;
+    status.output = outputs;
+    return 1;
+}
+
+} // namespace
+} // namespace korvale
+
+int BORDER(BORDERStatus* status)
+{
+    if (status == nullptr || status->path == nullptr)
+        return -1;
+    switch (status->path->type) {
+    case DATA_TYPE_DOUBLE:
+        return korvale::border_outline(*status);
+    case DATA_TYPE_DATA:
+        return korvale::border_list(*status);
+    default:
+        return -1;
+    }
+}
