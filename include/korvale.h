@@ -19,3 +19,5 @@
 #include "math/transform.h"
 #include "math/vector.h"
 #include "path/flatten.h"
+#include "ray/grid.h"
+#include "ray/query.h"

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "math/transform.h"
+#include "platform/export.h"
+#include "ray/grid.h"
+
+/// Counts the triangles that the ray from origin[3] along direction[3] meets, and finds the nearest.
+///
+/// `direction` need not be of unit length; one shorter than 1e-06 meets nothing. Only triangles in front of the origin
+/// count, a meeting at distance 0 included, each once however many cells list it; those seen edge-on (less than 1e-06
+/// of twice their area shows) never do. The vertices are read as they are now, the cells as `ray_classify` left them.
+///
+/// Returns the number of triangles met. `distance` receives the distance to the nearest from `origin` when there is one
+/// and is untouched otherwise. Before classification there is none to meet. A triangle or a ray that is not finite may
+/// count as met at a distance that is not a number; when it is the first one met, `distance` keeps that.
+///
+/// Afterwards the marks of `s` are 1 for each triangle tested and 0 for the rest.
+KORVALE_API int ray_intersect(double* origin, double* direction, RayStatus* s, double* distance);
+
+/// Makes `m` the transform into the frame of a ray: origin[3] comes to (0, 0, 0), the unit direction[3] to +z.
+///
+/// A direction within 1e-06 of the z axis is taken to lie on it, and the frame is then turned by nothing, or by half a
+/// turn about x when it points down.
+KORVALE_API void ray_compute_xfm(double* origin, double* direction, Xfm m);
+
+/// Whether the ray from origin[3] along direction[3] meets a face of box[6] (xmin, ymin, zmin, xmax, ymax, zmax); the
+/// rim of a face counts. Returns 1 or 0.
+///
+/// Deliberate: a face that the ray nearly runs along, by less than 1e-06 per unit, is met only when the origin lies
+/// exactly in its plane.
+KORVALE_API int ray_int_bbox(double* origin, double* direction, double* box);
+
+/// Where the ray from origin[3] along direction[3] meets the plane x = `plane`: its y to `y` and z to `z`. The other two
+/// do the same for the planes y = `plane` and z = `plane`.
+///
+/// Returns 1, or 0 with nothing written when the plane lies behind the ray or the ray comes towards it by less than
+/// 1e-06 per unit. An origin exactly in the plane meets it there, whatever the direction.
+KORVALE_API int ray_int_x_plane(double* origin, double* direction, double plane, double* y, double* z);
+KORVALE_API int ray_int_y_plane(double* origin, double* direction, double plane, double* x, double* z);
+KORVALE_API int ray_int_z_plane(double* origin, double* direction, double plane, double* x, double* y);
+
+/// Whether the ray from point[3] along +z meets triangle[9]. Returns 1 when it does at a `z` not below the point's, else
+/// 0.
+///
+/// `z` receives the height of the meeting, also where that lies below the point; it is untouched when there is none. A
+/// triangle whose determinant in the x-y plane (twice its area) is below 1e-06 is not met.
+///
+/// Deliberate: a triangle with coordinates that are not numbers passes every test, and so counts as met.
+KORVALE_API int z_intersect(double* point, double* triangle, double* z);

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <vector>
+
+#include "ray/grid.h"
+#include "ray/query.h"
+#include "tests/support/arrays.h"
+
+namespace korvale::test {
+
+/// Triangles and a record that is set to them; both are released in the end.
+class Scene {
+public:
+    explicit Scene(const std::vector<double>& triangles) : triangles_(doubles<Data>(9, triangles))
+    {
+        ray_initialize(&status_);
+        ray_set_triangles(triangles_, &status_);
+    }
+    Scene(const std::vector<double>& triangles, int nx, int ny, int nz) : Scene(triangles)
+    {
+        status_.nx = nx;
+        status_.ny = ny;
+        status_.nz = nz;
+        ray_classify(&status_);
+    }
+    ~Scene()
+    {
+        ray_declassify(&status_);
+        DataDispose(&status_.bbox);
+    }
+    Scene(const Scene&) = delete;
+    Scene& operator=(const Scene&) = delete;
+
+    operator RayStatus*() { return &status_; }
+    RayStatus* operator->() { return &status_; }
+    Data& triangles() { return *triangles_; }
+
+    /// The triangle numbers in a cell.
+    std::vector<int> numbers(int cell) const
+    {
+        std::vector<int> all;
+        for (const data_list_struct* node = status_.cells[cell].next; node != nullptr; node = node->next)
+            all.insert(all.end(), node->ivals, node->ivals + node->count);
+        return all;
+    }
+
+    /// The box of a cell.
+    std::vector<double> box(int cell) const
+    {
+        const double* const b = status_.cells[cell].dvals;
+        return std::vector<double>(b, b + 6);
+    }
+
+    /// The marks as they stand.
+    std::vector<int> marks() const
+    {
+        const Data& m = status_.tri_marks;
+        return m.bvals == nullptr ? std::vector<int>() : std::vector<int>(m.bvals, m.bvals + m.count);
+    }
+
+private:
+    OwnedData triangles_;
+    RayStatus status_;
+};
+
+/// Two triangles that span the box of two opposite corners.
+inline std::vector<double> spanning(double x0, double y0, double z0, double x1, double y1, double z1)
+{
+    return {x0, y0, z0, x1, y0, z0, x0, y1, z0, x1, y1, z1, x0, y1, z1, x1, y0, z1};
+}
+
+/// One list of triangles after the other.
+inline std::vector<double> joined(std::vector<double> first, const std::vector<double>& second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+} // namespace korvale::test
