@@ -10,6 +10,7 @@
 #include "data/datastruct.h"
 #include "data/operations.h"
 #include "frame/frame.h"
+#include "exchange/vertices.h"
 #include "math/box.h"
 #include "math/combinatorics.h"
 #include "math/line.h"
