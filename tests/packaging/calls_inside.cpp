@@ -84,6 +84,44 @@ void print_paths()
     }
 }
 
+void print_borders()
+{
+    BorderStatus border;
+    BorderInitialize(&border);
+    border.path->count = kPoints;
+    border.path->dim = 3;
+    border.path->dvals = points;
+    border.distance = -0.125;
+    if (Border(&border) == 1)
+        print("Border", border.output->dvals, 3 * border.output->count);
+
+    BORDERStatus BORDER_;
+    BORDERInitialize(&BORDER_);
+    BORDER_.path->count = kPoints;
+    BORDER_.path->dim = 3;
+    BORDER_.path->dvals = points;
+    BORDER_.distance = 0.25;
+    if (BORDER(&BORDER_) == 1)
+        print("BORDER", BORDER_.output->dvals, 3 * BORDER_.output->count);
+}
+
+void print_rays()
+{
+    double triangles[] = {0, 0, 1, 4, 0, 2, 1, 5, 3, 0, 0, 4, 4, 1, 5, 1, 5, 6};
+    Data array = {3 * 3, 2, DATA_TYPE_DOUBLE, triangles, nullptr, nullptr};
+    RayStatus rays;
+    ray_initialize(&rays);
+    ray_set_triangles(&array, &rays);
+    ray_classify(&rays);
+    double start[] = {1, 1, -1};
+    double direction[] = {0.125, 0.25, 1};
+    double distance = -1;
+    const int hits = ray_intersect(start, direction, &rays, &distance);
+    std::printf("ray_intersect %d", hits);
+    print("", &distance, 1);
+    ray_declassify(&rays);
+}
+
 } // namespace
 
 int main(int count, char** arguments)
@@ -94,5 +132,7 @@ int main(int count, char** arguments)
     }
     print_math();
     print_paths();
+    print_borders();
+    print_rays();
     return 0;
 }
