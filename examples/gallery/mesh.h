@@ -1,0 +1,34 @@
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "geometry.h"
+
+namespace gallery {
+
+/// Triangles on shared points, counter-clockwise seen from outside.
+struct Mesh {
+    std::vector<Vec3> points;
+    std::vector<std::array<int, 3>> triangles;
+};
+
+/// Reads the points and triangles of an OBJ file; throws std::runtime_error when it cannot.
+Mesh read_obj(const std::filesystem::path& file);
+
+/// The text of an OBJ file, each line of `note` as a comment on top.
+std::string obj_text(const Mesh& mesh, const std::string& note);
+
+/// Adds the triangles of another mesh.
+void append(Mesh& mesh, const Mesh& other);
+
+/// Makes points of equal position one, and drops the triangles that lose their area by it and the points no longer used.
+Mesh welded(const Mesh& mesh);
+
+/// The normal of each corner of each triangle: the mean over the triangles around its point whose own normal lies
+/// within `crease` degrees of that triangle's.
+std::vector<std::array<Vec3, 3>> corner_normals(const Mesh& mesh, double crease);
+
+} // namespace gallery

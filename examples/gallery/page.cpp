@@ -1,0 +1,79 @@
+#include "page.h"
+
+#include "picture.h"
+#include "svg.h"
+
+namespace gallery {
+namespace {
+
+const char* const kHead = R"(<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>korvale gallery</title>
+<style>
+:root { color-scheme: light; --ink: #22303c; --grey: #5d666f; --line: #e2ded3; --paper: #fbfaf6; }
+* { box-sizing: border-box; }
+body { margin: 0; background: #f1eee6; color: var(--ink); font: 17px/1.55 "DejaVu Sans", Verdana, sans-serif; }
+main { max-width: 1280px; margin: 0 auto; padding: 2.5rem 1.5rem 4rem; }
+h1 { font: 700 2.6rem/1.1 "DejaVu Serif", Georgia, serif; margin: 0 0 .5rem; }
+h2 { font: 700 1.6rem/1.2 "DejaVu Serif", Georgia, serif; margin: 3.5rem 0 .4rem; }
+p { margin: 0 0 1.2rem; max-width: 46em; color: var(--grey); }
+nav { display: flex; flex-wrap: wrap; gap: .4rem 1.2rem; margin: 1rem 0 0; }
+a { color: #2b6cb0; text-decoration: none; }
+a:hover { text-decoration: underline; }
+.pictures { display: grid; grid-template-columns: repeat(2, 1fr); gap: 1.2rem; }
+figure { grid-column: span 2; margin: 0; background: var(--paper); border: 1px solid var(--line); border-radius: 6px;
+         overflow: hidden; box-shadow: 0 1px 4px rgba(34, 48, 60, .08); }
+figure.half { grid-column: span 1; }
+img { display: block; width: 100%; height: auto; }
+figcaption { padding: .7rem 1rem .8rem; border-top: 1px solid var(--line); font-size: .95rem; }
+@media (max-width: 760px) { figure.half { grid-column: span 2; } }
+</style>
+</head>
+<body>
+<main>
+<h1>korvale</h1>
+<p>Pictures that a host program made with the library, and with nothing else but the language's own library.</p>
+)";
+
+std::string anchor(size_t i)
+{
+    return "scene-" + std::to_string(i + 1);
+}
+
+std::string figure(const Exhibit& e)
+{
+    const bool is_half = e.width <= kWidth / 2;
+    const std::string sentence = escaped(e.sentence);
+    return std::string("<figure") + (is_half ? " class=\"half\"" : "") + "><a href=\"" + e.file + "\"><img src=\"" +
+           e.file + "\" width=\"" + std::to_string(e.width) + "\" height=\"" + std::to_string(e.height) + "\" alt=\"" +
+           sentence + "\"></a>\n<figcaption>" + sentence + "</figcaption></figure>\n";
+}
+
+} // namespace
+
+std::string page_text(const std::vector<Section>& sections)
+{
+    std::string text = kHead;
+    text += "<nav>\n";
+    for (size_t i = 0; i < sections.size(); i++)
+        text += "<a href=\"#" + anchor(i) + "\">" + escaped(sections[i].title) + "</a>\n";
+    text += "</nav>\n";
+    for (size_t i = 0; i < sections.size(); i++) {
+        const Section& section = sections[i];
+        text += "<h2 id=\"" + anchor(i) + "\">" + escaped(section.title) + "</h2>\n<p>" + escaped(section.idea);
+        for (const Exhibit& e : section.exhibits)
+            if (e.width == 0)
+                text += " <a href=\"" + e.file + "\">" + escaped(e.file) + "</a>: " + escaped(e.sentence);
+        text += "</p>\n<div class=\"pictures\">\n";
+        for (const Exhibit& e : section.exhibits)
+            if (e.width > 0)
+                text += figure(e);
+        text += "</div>\n";
+    }
+    return text + "</main>\n</body>\n</html>\n";
+}
+
+} // namespace gallery

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace gallery {
+
+/// A file of the gallery as the page shows it.
+struct Exhibit {
+    std::string file;
+    std::string sentence;
+    int width = 0, height = 0; ///< 0 for what is no picture and only linked to
+};
+
+/// The exhibits of one scene.
+struct Section {
+    std::string title, idea;
+    std::vector<Exhibit> exhibits;
+};
+
+/// The page: one file without scripts, fonts or pictures from elsewhere.
+std::string page_text(const std::vector<Section>& sections);
+
+} // namespace gallery

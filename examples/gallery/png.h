@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "picture.h"
+
+namespace gallery {
+
+/// The bytes of a PNG file of the picture, compressed.
+std::vector<uint8_t> png_bytes(const Picture& picture);
+
+} // namespace gallery

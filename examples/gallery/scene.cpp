@@ -1,0 +1,102 @@
+#include "scene.h"
+
+#include <cstdio>
+#include <fstream>
+#include <stdexcept>
+
+#include <unistd.h>
+
+#include "png.h"
+
+namespace gallery {
+
+Gallery::Gallery(std::filesystem::path data, std::filesystem::path out)
+    : data_(std::move(data)), out_(std::move(out)), sans_(data_ / "sans.txt")
+{
+    std::filesystem::create_directories(out_);
+}
+
+double Gallery::seconds() const
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begun_).count();
+}
+
+void Gallery::begin(const std::string& title, const std::string& idea)
+{
+    sections_.push_back({title, idea, {}});
+    begun_ = std::chrono::steady_clock::now();
+    report(title);
+}
+
+void Gallery::write(const std::string& file, const void* bytes, size_t count)
+{
+    std::ofstream out(out_ / file, std::ios::binary);
+    out.write(static_cast<const char*>(bytes), std::streamsize(count));
+    if (!out.flush())
+        throw std::runtime_error("cannot write " + (out_ / file).string());
+}
+
+void Gallery::report(const std::string& line)
+{
+    if (line_open_)
+        std::printf("\r\033[K");
+    line_open_ = false;
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+void Gallery::show(const std::string& file, const Picture& picture, const std::string& sentence)
+{
+    const std::vector<uint8_t> bytes = png_bytes(picture);
+    write(file, bytes.data(), bytes.size());
+    sections_.back().exhibits.push_back({file, sentence, picture.width(), picture.height()});
+    char line[160];
+    std::snprintf(line, sizeof line, "  %-28s %4d x %-4d %5zu kB  %5.2f s", file.c_str(), picture.width(),
+                  picture.height(), (bytes.size() + 999) / 1000, seconds());
+    report(line);
+}
+
+void Gallery::show(const std::string& file, const Svg& drawing, const std::string& sentence)
+{
+    const std::string text = drawing.text();
+    write(file, text.data(), text.size());
+    sections_.back().exhibits.push_back({file, sentence, drawing.width(), drawing.height()});
+    char line[160];
+    std::snprintf(line, sizeof line, "  %-28s %4d x %-4d %5zu kB  %5.2f s", file.c_str(), drawing.width(),
+                  drawing.height(), (text.size() + 999) / 1000, seconds());
+    report(line);
+}
+
+void Gallery::attach(const std::string& file, const std::string& content, const std::string& sentence)
+{
+    write(file, content.data(), content.size());
+    sections_.back().exhibits.push_back({file, sentence});
+    char line[160];
+    std::snprintf(line, sizeof line, "  %-28s             %5zu kB  %5.2f s", file.c_str(),
+                  (content.size() + 999) / 1000, seconds());
+    report(line);
+}
+
+// A terminal gets a line that is written over; anything else, such as a log, gets none.
+void Gallery::progress(double done)
+{
+    static const bool is_terminal = isatty(STDOUT_FILENO) != 0;
+    const auto now = std::chrono::steady_clock::now();
+    if (!is_terminal || now - shown_ < std::chrono::milliseconds(80))
+        return;
+    shown_ = now;
+    line_open_ = true;
+    const int length = 30, filled = int(done * length);
+    std::printf("\r  [%s%s] %3.0f %%", std::string(size_t(filled), '=').c_str(),
+                std::string(size_t(length - filled), ' ').c_str(), 100 * done);
+    std::fflush(stdout);
+}
+
+void Gallery::close()
+{
+    const std::string text = page_text(sections_);
+    write("index.html", text.data(), text.size());
+    report("Open " + std::filesystem::absolute(out_ / "index.html").lexically_normal().string());
+}
+
+} // namespace gallery

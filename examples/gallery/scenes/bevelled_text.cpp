@@ -1,0 +1,197 @@
+// A word as a bevelled solid. Each letter is a list of outlines, the outer one and its holes, that BORDER moves sideways
+// and lifts, once for every step of a profile. With `keep_collapsed` set each step has the points of the one before, so
+// that strips between neighbouring steps close the sides.
+
+#include "arrays.h"
+#include "scene.h"
+#include "shade.h"
+
+#include <stdexcept>
+
+namespace gallery {
+namespace {
+
+struct Step {
+    double distance, height; // thousandths of an em
+};
+
+// From the foot upwards: a cove that narrows, a wall, a round edge.
+std::vector<Step> profile()
+{
+    constexpr double kQuarter = 1.57079632679489662;
+    std::vector<Step> steps{{16, 0}, {16, 10}};
+    for (int i = 1; i <= 6; i++) {
+        const double turn = kQuarter * i / 6;
+        steps.push_back({16 - 16 * std::sin(turn), 10 + 26 * (1 - std::cos(turn))});
+    }
+    steps.push_back({0, 90});
+    for (int i = 1; i <= 7; i++) {
+        const double turn = kQuarter * i / 7;
+        steps.push_back({-20 * (1 - std::cos(turn)), 90 + 20 * std::sin(turn)});
+    }
+    return steps;
+}
+
+// The letters at even distances from one another, so that the feet of none touch.
+std::vector<Shape> spaced(std::vector<Shape> letters, double gap)
+{
+    double x = 0;
+    for (Shape& letter : letters) {
+        Box2 box;
+        box.include(letter[0]);
+        for (Outline& outline : letter)
+            for (Point& p : outline)
+                p.x += x - box.low.x;
+        x += box.size().x + gap;
+    }
+    return letters;
+}
+
+// One letter at every step, [step][outline][point].
+using Layers = std::vector<std::vector<std::vector<Vec3>>>;
+
+Layers lift(BorderRecord& record, const Shape& letter, const std::vector<Step>& steps)
+{
+    fill_list(*record->path, letter);
+    record->keep_collapsed = 1;
+    record->split_events = 1;
+    Layers layers;
+    for (const Step& step : steps) {
+        record->distance = step.distance;
+        record->height = step.height;
+        if (BORDER(record.get()) != 1)
+            throw std::runtime_error("a letter cannot be offset");
+        layers.emplace_back();
+        for (int k = 0; k < record->output->count; k++)
+            layers.back().push_back(points_of(child(*record->output, k)));
+    }
+    return layers;
+}
+
+Shape plan(const std::vector<std::vector<Vec3>>& layer)
+{
+    Shape shape;
+    for (const auto& points : layer) {
+        shape.emplace_back();
+        for (Vec3 p : points)
+            shape.back().push_back({p.x, p.y});
+    }
+    return shape;
+}
+
+// Strips between the layers, a cap in front and one behind.
+Mesh solid(const Layers& layers)
+{
+    Mesh mesh;
+    for (const auto& layer : layers)
+        for (const auto& points : layer)
+            mesh.points.insert(mesh.points.end(), points.begin(), points.end());
+
+    const int layer_points = int(mesh.points.size() / layers.size());
+    for (int s = 0; s + 1 < int(layers.size()); s++) {
+        int first = s * layer_points;
+        for (const auto& points : layers[0]) {
+            const int n = int(points.size());
+            for (int i = 0; i < n; i++) {
+                const int a = first + i, b = first + (i + 1) % n;
+                mesh.triangles.push_back({a, b, b + layer_points});
+                mesh.triangles.push_back({a, b + layer_points, a + layer_points});
+            }
+            first += n;
+        }
+    }
+    const int last = int(layers.size() - 1) * layer_points;
+    for (const auto& t : triangulate(plan(layers.back())))
+        mesh.triangles.push_back({last + t[0], last + t[1], last + t[2]});
+    for (const auto& t : triangulate(plan(layers.front())))
+        mesh.triangles.push_back({t[0], t[2], t[1]});
+    return welded(mesh);
+}
+
+// All steps of all letters as contour lines, and the profile they follow.
+Svg draw_plan(const std::vector<Layers>& letters, const std::vector<Step>& steps, const Box2& bounds)
+{
+    Svg drawing(kWidth, 420);
+    const auto colour = [&](const Step& step) { return scale_colour(0.9 * step.height / steps.back().height); };
+    const View view(bounds, {40, 40}, {820, 340});
+    for (const Layers& letter : letters)
+        drawing.fill(view(plan(letter[0])), hex(0xe9e5da));
+    for (size_t s = 0; s < steps.size(); s++)
+        for (const Layers& letter : letters)
+            for (const Outline& outline : view(plan(letter[s])))
+                drawing.stroke(outline, 0.9, colour(steps[s]), true);
+
+    const View side({{-30, 0}, {30, 115}}, {940, 60}, {200, 300});
+    Outline line;
+    for (const Step& step : steps)
+        line.push_back(side({step.distance, step.height}));
+    drawing.stroke({side({0, -8}), side({0, 115})}, 1, kFaint);
+    drawing.stroke({side({-36, 0}), side({36, 0})}, 1, kFaint);
+    drawing.stroke(line, 2, kGrey);
+    for (size_t s = 0; s < steps.size(); s++)
+        drawing.dot(line[s], 5, colour(steps[s]));
+    drawing.text(side({0, 0}) + Point{0, 44}, 15, "distance 0", kGrey, "middle");
+    drawing.text(side({16, 0}) + Point{12, -8}, 15, "16", kGrey);
+    drawing.text(side({-20, 110}) + Point{-12, 5}, 15, "-20", kGrey, "end");
+    drawing.text(side({0, 110}) + Point{14, 5}, 15, "height 110", kGrey);
+    return drawing;
+}
+
+Picture shade(const Mesh& text, const Box2& bounds)
+{
+    const Point middle = bounds.middle();
+    const double wide = bounds.size().x;
+    const Vec3 target{middle.x, middle.y - 20, 30};
+    Stage stage({target + wide * Vec3{-0.14, -0.62, 1.2}, target, {0, 1, 0}, 18});
+    stage.light_from({-0.8, 0.75, 0.8});
+    stage.add(text, {hex(0x2f6fb5), 0.4, 45, 28});
+    const double far = 0.95 * wide;
+    const Mesh wall{{{middle.x - far, middle.y - far, 0},
+                     {middle.x + far, middle.y - far, 0},
+                     {middle.x + far, middle.y + far, 0},
+                     {middle.x - far, middle.y + far, 0}},
+                    {{0, 1, 2}, {0, 2, 3}}};
+    stage.add(wall, {hex(0xe4dccb), 0, 1, 40, false});
+    return stage.render(kWidth, 430);
+}
+
+void draw(Gallery& hall)
+{
+    const Font serif(hall.data("serif-bold.txt"));
+    const std::vector<Shape> word = spaced(serif.lay_out("korvale"), 50);
+    const std::vector<Step> steps = profile();
+
+    BorderRecord record;
+    std::vector<Layers> letters;
+    Mesh text;
+    Box2 bounds;
+    for (const Shape& letter : word) {
+        letters.push_back(lift(record, letter, steps));
+        append(text, solid(letters.back()));
+        for (const Outline& outline : plan(letters.back().front()))
+            bounds.include(outline);
+        hall.progress(0.5 * double(letters.size()) / double(word.size()));
+    }
+
+    hall.show(
+        "bevelled-text.png", shade(text, bounds),
+        "Seven letters with their holes, offset and lifted in sixteen steps: a foot wider than the letter, a cove, a "
+        "wall, and a round edge narrower than the letter.");
+    hall.show("bevelled-text.svg", draw_plan(letters, steps, bounds),
+              "The steps as contour lines from above, paler with height, and the profile they follow.");
+    hall.attach("bevelled-text.obj", obj_text(text, "The word as a closed mesh, 1000 units per em."),
+                "the solid as a closed mesh.");
+}
+
+} // namespace
+
+Scene bevelled_text()
+{
+    return {
+        "Bevelled text",
+        "Outlines of a font, outer and holes together, go through BORDER in several steps of distance and height; what "
+        "comes back has the same number of points each time, so that neighbouring steps can be joined by strips.",
+        draw};
+}
+
+} // namespace gallery
