@@ -4,13 +4,17 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "data/internal/scratch.h"
 #include "data/internal/shape.h"
 #include "math/internal/box.h"
 #include "platform/module_start.h"
 #include "ray/internal/grid.h"
 
-// The grid has planes along each axis, one more than cells, found by repeated addition of the step. A cell's box lies
-// between two neighbouring planes of each axis, so neighbours share the very same bound.
+// A grid has planes along each axis, one more than cells, found by repeated addition of the step; a cell's box lies
+// between two neighbouring planes of each axis. Where the planes are in order, the cells that touch a triangle's box are
+// consecutive along each axis: a guess and a few comparisons find the first and the last of them, by the very comparisons
+// that hold every cell against the box. A grid whose planes are not in order (a box that is not finite) is searched cell
+// by cell.
 
 static_assert(sizeof(RayStatus) == 112 && offsetof(RayStatus, triangles) == 0 && offsetof(RayStatus, bbox) == 8 &&
               offsetof(RayStatus, tri_marks) == 48 && offsetof(RayStatus, cells) == 88 &&
@@ -39,14 +43,18 @@ int32_t cells_wanted(const RayStatus& s)
     return static_cast<int32_t>(s.nx * slab);
 }
 
-/// Makes `cell` an empty chain whose box has room, with `extra` bytes behind it. False when the heap is exhausted.
-bool make_cell(data_list_struct& cell, size_t extra)
+/// What stands behind the box of the first cell, and before the planes of x, y and z.
+struct GridHeader {
+    int32_t cells[3];
+    int32_t in_order;
+};
+constexpr size_t kHeaderBytes = kBoxBytes + sizeof(GridHeader);
+static_assert(kHeaderBytes % sizeof(double) == 0);
+
+size_t header_bytes(const int32_t (&n)[3])
 {
-    DataListInitialize(&cell);
-    cell.dim = kBoxValues;
-    cell.count = 1;
-    cell.dvals = static_cast<double*>(std::malloc(kBoxBytes + extra));
-    return cell.dvals != nullptr;
+    const int64_t planes = int64_t{n[0]} + n[1] + n[2] + 3;
+    return kHeaderBytes + static_cast<size_t>(planes) * sizeof(double);
 }
 
 void release_cells(data_list_struct* cells, int32_t count)
@@ -56,45 +64,69 @@ void release_cells(data_list_struct* cells, int32_t count)
     std::free(cells);
 }
 
-/// New cells without boxes, the first of which knows the size of the grid; null when the heap is exhausted.
-data_list_struct* make_cells(int32_t count, GridSize size)
+/// New cells with room for their boxes, in the first with room for the grid as well; null when the heap is exhausted.
+data_list_struct* make_cells(int32_t count, size_t bytes_of_first)
 {
     auto* const cells =
         static_cast<data_list_struct*>(std::malloc(static_cast<size_t>(count) * sizeof(data_list_struct)));
     if (cells == nullptr)
         return nullptr;
-    for (int32_t c = 0; c < count; ++c)
-        if (!make_cell(cells[c], c == 0 ? sizeof size : 0)) {
+    for (int32_t c = 0; c < count; ++c) {
+        DataListInitialize(&cells[c]);
+        cells[c].dim = kBoxValues;
+        cells[c].count = 1;
+        cells[c].dvals = static_cast<double*>(std::malloc(c == 0 ? bytes_of_first : kBoxBytes));
+        if (cells[c].dvals == nullptr) {
             release_cells(cells, c);
             return nullptr;
         }
-    std::memcpy(cells[0].dvals + kBoxValues, &size, sizeof size);
+    }
     return cells;
 }
 
 void drop_cells(RayStatus& s)
 {
-    release_cells(s.cells, cells_made(s));
+    release_cells(s.cells, grid_of(s).count());
     s.cells = nullptr;
 }
 
-/// Gives every cell its box. The next slab starts exactly where the last one ended.
-void place_cells(data_list_struct* cell, GridSize size, const double* bbox)
+/// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in order.
+bool place_planes(double least, double greatest, int32_t n, double* planes)
 {
-    const double step_x = (bbox[3] - bbox[0]) / size.nx;
-    const double step_y = (bbox[4] - bbox[1]) / size.ny;
-    const double step_z = (bbox[5] - bbox[2]) / size.nz;
-    double x = bbox[0];
-    for (int32_t ix = 0; ix < size.nx; ++ix, x += step_x) {
-        double y = bbox[1];
-        for (int32_t iy = 0; iy < size.ny; ++iy, y += step_y) {
-            double z = bbox[2];
-            for (int32_t iz = 0; iz < size.nz; ++iz, z += step_z, ++cell) {
-                const double box[kBoxValues] = {x, y, z, x + step_x, y + step_y, z + step_z};
+    const double step = (greatest - least) / n;
+    bool in_order = least == least;
+    planes[0] = least;
+    for (int32_t i = 0; i < n; ++i) {
+        planes[i + 1] = planes[i] + step;
+        in_order = in_order && planes[i] <= planes[i + 1];
+    }
+    return in_order;
+}
+
+/// Writes the grid behind the first cell's box.
+void write_grid(data_list_struct& first, const double* bbox, const int32_t (&n)[3])
+{
+    GridHeader header = {{n[0], n[1], n[2]}, 1};
+    double* planes = first.dvals + kHeaderBytes / sizeof(double);
+    for (int k = 0; k < 3; ++k) {
+        if (!place_planes(bbox[k], bbox[k + 3], n[k], planes))
+            header.in_order = 0;
+        planes += n[k] + 1;
+    }
+    std::memcpy(first.dvals + kBoxValues, &header, sizeof header);
+}
+
+/// Gives every cell its box.
+void place_cells(data_list_struct* cell, const Grid& grid)
+{
+    const GridAxis &x = grid.axes[0], &y = grid.axes[1], &z = grid.axes[2];
+    for (int32_t ix = 0; ix < x.cells; ++ix)
+        for (int32_t iy = 0; iy < y.cells; ++iy)
+            for (int32_t iz = 0; iz < z.cells; ++iz, ++cell) {
+                const double box[kBoxValues] = {x.planes[ix],     y.planes[iy],     z.planes[iz],
+                                                x.planes[ix + 1], y.planes[iy + 1], z.planes[iz + 1]};
                 std::memcpy(cell->dvals, box, sizeof box);
             }
-        }
-    }
 }
 
 data_list_struct* new_node()
@@ -144,14 +176,86 @@ void find_triangle_box(const double* triangle, double* box)
     }
 }
 
+/// The cells of an axis in order that nothing separates from [least, greatest]; all of them where that is NaN.
+CellRange cells_touching(const GridAxis& axis, double least, double greatest)
+{
+    int32_t first = axis.guess_cell(least);
+    while (first > 0 && !(least > axis.planes[first]))
+        --first;
+    while (first < axis.cells && least > axis.planes[first + 1])
+        ++first;
+    int32_t last = axis.guess_cell(greatest);
+    while (last < axis.cells - 1 && !(axis.planes[last + 1] > greatest))
+        ++last;
+    while (last >= 0 && axis.planes[last] > greatest)
+        --last;
+    return {first, last};
+}
+
+/// Appends to the chains of a grid while it is filled, remembering where each ends.
+class Chains {
+public:
+    Chains(data_list_struct* cells, int32_t count) : ends_(count)
+    {
+        for (int32_t c = 0; ends_.exists() && c < count; ++c)
+            ends_[c] = &cells[c];
+    }
+    bool exist() const { return ends_.exists(); }
+    void append(int32_t cell, int32_t triangle) { ends_[cell] = korvale::append(ends_[cell], triangle); }
+
+private:
+    Scratch<data_list_struct*> ends_;
+};
+
+/// Lists every triangle in the cells its box touches.
+void fill_cells(RayStatus& s, const double* triangles, int32_t count)
+{
+    const Grid grid = grid_of(s);
+    const int32_t cells = grid.count();
+    Chains chains(s.cells, cells);
+    const auto list = [&](int32_t t, int32_t c) {
+        if (chains.exist())
+            chains.append(c, t);
+        else
+            ray_add_tri_to_bbox(&s, t, c);
+    };
+    for (int32_t t = 0; t < count; ++t) {
+        double box[kBoxValues];
+        find_triangle_box(triangles + 9 * static_cast<int64_t>(t), box);
+        if (!grid.in_order) {
+            for (int32_t c = 0; c < cells; ++c)
+                if (boxes_meet(s.cells[c].dvals, box))
+                    list(t, c);
+            continue;
+        }
+        const CellRange x = cells_touching(grid.axes[0], box[0], box[3]);
+        const CellRange y = cells_touching(grid.axes[1], box[1], box[4]);
+        const CellRange z = cells_touching(grid.axes[2], box[2], box[5]);
+        for (int32_t ix = x.first; ix <= x.last; ++ix)
+            for (int32_t iy = y.first; iy <= y.last; ++iy)
+                for (int32_t iz = z.first; iz <= z.last; ++iz)
+                    list(t, (ix * grid.axes[1].cells + iy) * grid.axes[2].cells + iz);
+    }
+}
+
 } // namespace
 
-GridSize size_made(const RayStatus& s)
+Grid grid_of(const RayStatus& s)
 {
-    GridSize size = {0, 0, 0};
-    if (s.cells != nullptr)
-        std::memcpy(&size, s.cells[0].dvals + kBoxValues, sizeof size);
-    return size;
+    Grid grid = {};
+    if (s.cells == nullptr)
+        return grid;
+    const double* const behind_box = s.cells[0].dvals + kBoxValues;
+    GridHeader header;
+    std::memcpy(&header, behind_box, sizeof header);
+    grid.in_order = header.in_order != 0;
+    const double* planes = s.cells[0].dvals + kHeaderBytes / sizeof(double);
+    for (int k = 0; k < 3; ++k) {
+        const int32_t n = header.cells[k];
+        grid.axes[k] = {planes, n, n / (planes[n] - planes[0])};
+        planes += n + 1;
+    }
+    return grid;
 }
 
 } // namespace korvale
@@ -205,14 +309,8 @@ void ray_classify(RayStatus* s)
     }
 
     ray_make_sub_bbox(s);
-    const int32_t cells = korvale::cells_made(*s);
-    for (int32_t t = 0; t < s->triangles->count; ++t) {
-        double box[korvale::kBoxValues];
-        korvale::find_triangle_box(points.dvals + 9 * static_cast<int64_t>(t), box);
-        for (int32_t c = 0; c < cells; ++c)
-            if (korvale::boxes_meet(s->cells[c].dvals, box))
-                ray_add_tri_to_bbox(s, t, c);
-    }
+    if (s->cells != nullptr)
+        korvale::fill_cells(*s, points.dvals, s->triangles->count);
 }
 
 void ray_make_sub_bbox(RayStatus* s)
@@ -226,15 +324,17 @@ void ray_make_sub_bbox(RayStatus* s)
     const int32_t count = korvale::cells_wanted(*s);
     if (count == 0 || !korvale::holds(s->bbox, DATA_TYPE_DOUBLE, korvale::kBoxValues))
         return;
-    const korvale::GridSize size = {s->nx, s->ny, s->nz};
-    s->cells = korvale::make_cells(count, size);
-    if (s->cells != nullptr)
-        korvale::place_cells(s->cells, size, s->bbox.dvals);
+    const int32_t n[3] = {s->nx, s->ny, s->nz};
+    s->cells = korvale::make_cells(count, korvale::header_bytes(n));
+    if (s->cells == nullptr)
+        return;
+    korvale::write_grid(s->cells[0], s->bbox.dvals, n);
+    korvale::place_cells(s->cells, korvale::grid_of(*s));
 }
 
 void ray_add_tri_to_bbox(RayStatus* s, int triangle, int cell)
 {
-    if (s == nullptr || cell < 0 || cell >= korvale::cells_made(*s))
+    if (s == nullptr || cell < 0 || cell >= korvale::grid_of(*s).count())
         return;
     data_list_struct* last = &s->cells[cell];
     while (last->next != nullptr)

@@ -6,20 +6,37 @@
 
 namespace korvale {
 
-/// How many cells were made along each axis. The record's nx, ny and nz may have been set to something else since, so
-/// the size made stands in the buffer of the first cell, behind its box, and is released with it.
-struct GridSize {
-    int32_t nx, ny, nz;
+/// One axis of a grid: cell i reaches from planes[i] to planes[i + 1], so neighbours share the very same bound.
+struct GridAxis {
+    const double* planes; // [cells + 1]
+    int32_t cells;
+    double per_unit; // cells per unit of length, roughly; not finite for an axis without extent
+
+    /// A cell near `value`; any cell for a value beyond them.
+    int32_t guess_cell(double value) const
+    {
+        const double i = (value - planes[0]) * per_unit;
+        if (!(i > 0))
+            return 0;
+        return i < cells ? static_cast<int32_t>(i) : cells - 1;
+    }
 };
 
-/// The size of the grid that `s.cells` points to; 0 along each axis when there is none.
-GridSize size_made(const RayStatus& s);
+/// The grid as it was made, whatever the record's nx, ny and nz have been set to since. It stands in the buffer of the
+/// first cell, behind its box, and is released with it.
+struct Grid {
+    GridAxis axes[3];
+    bool in_order; // no plane lies before its predecessor, and none is NaN
 
-/// The number of cells that `s.cells` points to.
-inline int32_t cells_made(const RayStatus& s)
-{
-    const GridSize size = size_made(s);
-    return size.nx * size.ny * size.nz;
-}
+    int32_t count() const { return axes[0].cells * axes[1].cells * axes[2].cells; }
+};
+
+/// The grid of `s`; all zero when there is none.
+Grid grid_of(const RayStatus& s);
+
+/// Consecutive cells of an axis; none when `last` is before `first`.
+struct CellRange {
+    int32_t first, last;
+};
 
 } // namespace korvale

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "math/internal/solve.h"
+
+// Where a ray meets planes and triangles.
+namespace korvale {
+
+/// A ray must come towards a plane by this much per unit of its length to meet it.
+constexpr double kLeastApproach = 1e-06;
+
+/// Where the ray meets the plane at `plane` of axis `k`, in the coordinates of axes `a` and `b`. Nothing is written when
+/// it does not.
+inline bool meets_plane(const double* o, const double* d, double plane, int k, int a, int b, double* at_a, double* at_b)
+{
+    if (plane > o[k] && d[k] < kLeastApproach)
+        return false;
+    if (o[k] > plane && d[k] > -kLeastApproach)
+        return false;
+    if (o[k] == plane) {
+        *at_a = o[a];
+        *at_b = o[b];
+        return true;
+    }
+    const double t = (plane - o[k]) / d[k];
+    *at_a = o[a] + t * d[a];
+    *at_b = o[b] + t * d[b];
+    return true;
+}
+
+/// False for NaN.
+inline bool lies_between(double value, double least, double greatest)
+{
+    return value >= least && value <= greatest;
+}
+
+inline bool meets_face(const double* o, const double* d, double plane, int k, int a, int b, const double* box)
+{
+    double at_a, at_b;
+    return meets_plane(o, d, plane, k, a, b, &at_a, &at_b) && lies_between(at_a, box[a], box[a + 3]) &&
+           lies_between(at_b, box[b], box[b + 3]);
+}
+
+inline bool meets_box(const double* o, const double* d, const double* box)
+{
+    return meets_face(o, d, box[0], 0, 1, 2, box) || meets_face(o, d, box[3], 0, 1, 2, box) ||
+           meets_face(o, d, box[1], 1, 0, 2, box) || meets_face(o, d, box[4], 1, 0, 2, box) ||
+           meets_face(o, d, box[2], 2, 1, 0, box) || meets_face(o, d, box[5], 2, 1, 0, box);
+}
+
+/// Whether coordinate `k` of the point lies above those of all vertices.
+inline bool lies_above(const double* p, const double* t, int k)
+{
+    return p[k] > t[k] && p[k] > t[k + 3] && p[k] > t[k + 6];
+}
+
+inline bool lies_below(const double* p, const double* t, int k)
+{
+    return p[k] < t[k] && p[k] < t[k + 3] && p[k] < t[k + 6];
+}
+
+/// Whether the ray from `p` along +z meets triangle t[9], and at which height.
+inline bool meets_triangle(const double* p, const double* t, double* z)
+{
+    if (lies_above(p, t, 0) || lies_below(p, t, 0) || lies_above(p, t, 1) || lies_below(p, t, 1) || lies_above(p, t, 2))
+        return false;
+    const double *p0 = t, *p1 = t + 3, *p2 = t + 6;
+    const double system[2][3] = {{p0[0] - p2[0], p1[0] - p2[0], p[0] - p2[0]},
+                                 {p0[1] - p2[1], p1[1] - p2[1], p[1] - p2[1]}};
+    double w0, w1;
+    if (!solve_two_by_two(system, &w0, &w1))
+        return false;
+    if (w0 < 0 || w1 < 0 || w0 + w1 > 1) // Deliberate: weights that are not numbers pass
+        return false;
+    *z = w1 * (p1[2] - p2[2]) + w0 * (p0[2] - p2[2]) + p2[2];
+    return !(*z < p[2]);
+}
+
+} // namespace korvale

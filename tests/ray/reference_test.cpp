@@ -1,0 +1,233 @@
+// The grid and its queries against the plain steps: equal bits for boxes, lists, marks, hits and distances.
+#include "tests/reference/ray.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "ray/grid.h"
+#include "ray/query.h"
+#include "tests/ray/scene.h"
+#include "tests/support/bits.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// What the coordinates of a mesh are drawn from.
+enum class Mesh { small_triangles, large_triangles, lattice, flat, point, tiny, huge, far, awkward, awkward_finite };
+
+constexpr Mesh kMeshes[] = {Mesh::small_triangles,
+                            Mesh::large_triangles,
+                            Mesh::lattice,
+                            Mesh::flat,
+                            Mesh::point,
+                            Mesh::tiny,
+                            Mesh::huge,
+                            Mesh::far,
+                            Mesh::awkward,
+                            Mesh::awkward_finite};
+
+double coordinate(Mesh mesh, Random& random, int axis)
+{
+    switch (mesh) {
+    case Mesh::lattice:
+        return random.between(-4, 4);
+    case Mesh::flat:
+        return axis == 2 ? 3.0 : random.uniform(-2, 2);
+    case Mesh::point:
+        return 1.25;
+    case Mesh::tiny:
+        return random.uniform(-1e-9, 1e-9);
+    case Mesh::huge:
+        return random.uniform(-1e9, 1e9);
+    case Mesh::far:
+        return 1e9 + random.uniform(-1e-6, 1e-6);
+    case Mesh::awkward:
+        return random.one_in(12) ? random.awkward() : random.uniform(-2, 2);
+    case Mesh::awkward_finite:
+        return random.awkward_finite();
+    default:
+        return random.uniform(-2, 2);
+    }
+}
+
+std::vector<double> random_triangles(Mesh mesh, Random& random, int count)
+{
+    std::vector<double> all(9 * static_cast<size_t>(count));
+    for (size_t t = 0; t < all.size(); t += 9)
+        for (int i = 0; i < 9; ++i)
+            all[t + i] = mesh == Mesh::small_triangles && i >= 3 ? all[t + i % 3] + random.uniform(-0.2, 0.2)
+                                                                 : coordinate(mesh, random, i % 3);
+    return all;
+}
+
+/// A component of a direction: often 0 or about the threshold of the faces.
+double slope(Random& random)
+{
+    switch (random.below(8)) {
+    case 0:
+        return 0.0;
+    case 1:
+        return -0.0;
+    case 2:
+        return std::nextafter(random.one_in(2) ? 1e-06 : -1e-06, random.between(-1, 1));
+    case 3:
+        return random.uniform(-2e-06, 2e-06);
+    case 4:
+        return random.one_in(2) ? 1 : -1;
+    default:
+        return random.uniform(-1, 1);
+    }
+}
+
+struct Ray {
+    double origin[3], direction[3];
+};
+
+/// A ray that has to do with the triangles: from near them, from a plane of the grid, or towards a vertex.
+Ray random_ray(Random& random, Scene& s)
+{
+    Ray ray;
+    const Data& triangles = s.triangles();
+    const double* const target = triangles.dvals + 3 * random.below(3 * triangles.count);
+    const int cell = random.below(s->nx * s->ny * s->nz);
+    for (int k = 0; k < 3; ++k) {
+        const double low = s->bbox.dvals[k], high = s->bbox.dvals[k + 3];
+        switch (random.below(4)) {
+        case 0:
+            ray.origin[k] = s->cells[cell].dvals[k + 3 * random.below(2)];
+            break;
+        case 1:
+            ray.origin[k] = target[k];
+            break;
+        default:
+            ray.origin[k] = low + (high - low) * random.uniform(-1, 2);
+            break;
+        }
+    }
+    const bool aimed = random.one_in(2);
+    for (int k = 0; k < 3; ++k)
+        ray.direction[k] = aimed ? target[k] - ray.origin[k] : slope(random);
+    if (random.one_in(20))
+        ray.origin[random.below(3)] = random.awkward();
+    if (random.one_in(20))
+        ray.direction[random.below(3)] = random.awkward();
+    return ray;
+}
+
+void expect_same_cells(Scene& s)
+{
+    const std::vector<reference::RayCell> expected =
+        reference::sort_triangles(s->triangles->dvals, s->triangles->count, s->bbox.dvals, s->nx, s->ny, s->nz);
+    for (size_t c = 0; c < expected.size(); ++c) {
+        ASSERT_TRUE(same_bits(expected[c].box, s->cells[c].dvals, 6)) << "box of cell " << c;
+        ASSERT_EQ(expected[c].numbers, s.numbers(static_cast<int>(c))) << "cell " << c;
+    }
+}
+
+/// Casts one ray both ways. Returns the number of hits.
+int expect_same_answer(Scene& s, Ray ray, Random& random)
+{
+    std::memset(s->tri_marks.bvals, random.below(256), static_cast<size_t>(s->tri_marks.count));
+    double expected_distance = -7, distance = -7;
+    const int expected = reference::intersect(ray.origin, ray.direction, *s, &expected_distance);
+    const std::vector<int> expected_marks = s.marks();
+
+    std::memset(s->tri_marks.bvals, random.below(256), static_cast<size_t>(s->tri_marks.count));
+    const int hits = ray_intersect(ray.origin, ray.direction, s, &distance);
+    const auto where = [&ray] {
+        std::string text = "ray";
+        for (int k = 0; k < 3; ++k)
+            text += " " + describe(ray.origin[k]) + " + t " + describe(ray.direction[k]);
+        return text;
+    };
+    EXPECT_EQ(expected, hits) << where();
+    EXPECT_TRUE(same_bits(expected_distance, distance)) << where();
+    EXPECT_EQ(expected_marks, s.marks()) << where();
+    return hits;
+}
+
+class EveryMesh : public testing::TestWithParam<Mesh> {};
+
+INSTANTIATE_TEST_SUITE_P(Meshes, EveryMesh, testing::ValuesIn(kMeshes));
+
+TEST_P(EveryMesh, IsSortedAsThePlainStepsDo)
+{
+    Random random(901 + static_cast<int>(GetParam()));
+    for (int i = 0; i < 60; ++i) {
+        Scene s(random_triangles(GetParam(), random, random.between(1, 150)), random.between(1, 7),
+                random.between(1, 7), random.between(1, 7));
+        expect_same_cells(s);
+        if (HasFatalFailure())
+            return;
+    }
+    Scene s(random_triangles(GetParam(), random, 400), 3, 7, 11);
+    expect_same_cells(s);
+}
+
+TEST_P(EveryMesh, IsCastAtAsThePlainStepsDo)
+{
+    Random random(951 + static_cast<int>(GetParam()));
+    int64_t hits = 0;
+    for (int i = 0; i < 40 && !HasFailure(); ++i) {
+        Scene s(random_triangles(GetParam(), random, random.between(1, 150)), random.between(1, 7),
+                random.between(1, 7), random.between(1, 7));
+        for (int r = 0; r < 100 && !HasFailure(); ++r)
+            hits += expect_same_answer(s, random_ray(random, s), random);
+    }
+    if (GetParam() != Mesh::point && GetParam() != Mesh::tiny && GetParam() != Mesh::far) {
+        EXPECT_GT(hits, 500);
+    }
+}
+
+TEST_P(EveryMesh, IsCastAtInFineGridsAsThePlainStepsDo)
+{
+    Random random(981 + static_cast<int>(GetParam()));
+    const int sizes[][3] = {{16, 16, 16}, {3, 7, 11}, {40, 1, 1}, {1, 30, 2}, {1, 1, 1}, {2, 1, 50}};
+    for (const auto& n : sizes) {
+        Scene s(random_triangles(GetParam(), random, 500), n[0], n[1], n[2]);
+        for (int r = 0; r < 60 && !HasFailure(); ++r)
+            expect_same_answer(s, random_ray(random, s), random);
+    }
+}
+
+TEST_P(EveryMesh, MayBeMovedBetweenQueries)
+{
+    Random random(991 + static_cast<int>(GetParam()));
+    Scene s(random_triangles(GetParam(), random, 100), 4, 4, 4);
+    for (int r = 0; r < 300 && !HasFailure(); ++r) {
+        double* const vertex = s.triangles().dvals + 3 * random.below(300);
+        for (int k = 0; k < 3; ++k)
+            vertex[k] = random.one_in(10) ? random.awkward() : vertex[k] + random.uniform(-0.5, 0.5);
+        expect_same_answer(s, random_ray(random, s), random);
+    }
+}
+
+TEST(RayReference, HoldsForBoxesThatAreNotFinite)
+{
+    Random random(999);
+    const double ends[] = {-kInfinity,
+                           -1.0,
+                           0.0,
+                           2.0,
+                           kInfinity,
+                           std::numeric_limits<double>::max(),
+                           std::numeric_limits<double>::quiet_NaN()};
+    for (int i = 0; i < 500 && !HasFailure(); ++i) {
+        std::vector<double> triangles = random_triangles(Mesh::large_triangles, random, 20);
+        for (int changes = random.between(1, 4); changes > 0; --changes)
+            triangles[static_cast<size_t>(random.below(180))] = ends[random.below(7)];
+        Scene s(triangles, random.between(1, 4), random.between(1, 4), random.between(1, 4));
+        expect_same_cells(s);
+        for (int r = 0; r < 10; ++r)
+            expect_same_answer(s, random_ray(random, s), random);
+    }
+}
+
+} // namespace
+} // namespace korvale::test

@@ -1,0 +1,104 @@
+#include "tests/reference/ray.h"
+
+#include <cstring>
+
+#include "math/box.h"
+#include "math/transform.h"
+#include "math/vector.h"
+#include "ray/query.h"
+
+namespace korvale::reference {
+namespace {
+
+std::vector<RayCell> divide(const double* bbox, int32_t nx, int32_t ny, int32_t nz)
+{
+    std::vector<RayCell> cells;
+    const double step_x = (bbox[3] - bbox[0]) / nx;
+    const double step_y = (bbox[4] - bbox[1]) / ny;
+    const double step_z = (bbox[5] - bbox[2]) / nz;
+    double x = bbox[0];
+    for (int32_t ix = 0; ix < nx; ++ix) {
+        double y = bbox[1];
+        for (int32_t iy = 0; iy < ny; ++iy) {
+            double z = bbox[2];
+            for (int32_t iz = 0; iz < nz; ++iz) {
+                cells.push_back({{x, y, z, x + step_x, y + step_y, z + step_z}, {}});
+                z = z + step_z;
+            }
+            y = y + step_y;
+        }
+        x = x + step_x;
+    }
+    return cells;
+}
+
+void find_triangle_box(const double* triangle, double* box)
+{
+    for (int k = 0; k < 3; ++k) {
+        box[k] = triangle[k] - 1e-06;
+        box[k + 3] = triangle[k] + 1e-06;
+    }
+    for (int vertex = 1; vertex < 3; ++vertex)
+        for (int k = 0; k < 3; ++k) {
+            const double value = triangle[3 * vertex + k];
+            if (value < box[k])
+                box[k] = value;
+            else if (value > box[k + 3])
+                box[k + 3] = value;
+        }
+}
+
+} // namespace
+
+std::vector<RayCell> sort_triangles(const double* triangles, int32_t count, const double* bbox, int32_t nx, int32_t ny,
+                                    int32_t nz)
+{
+    std::vector<RayCell> cells = divide(bbox, nx, ny, nz);
+    for (int32_t t = 0; t < count; ++t) {
+        double box[6];
+        find_triangle_box(triangles + 9 * static_cast<int64_t>(t), box);
+        for (RayCell& cell : cells)
+            if (bbox_intersect(cell.box, box))
+                cell.numbers.push_back(t);
+    }
+    return cells;
+}
+
+int intersect(const double* origin, const double* direction, RayStatus& s, double* distance)
+{
+    if (s.triangles->count < 1)
+        return 0;
+    for (int32_t t = 0; t < s.tri_marks.count; ++t)
+        s.tri_marks.bvals[t] = 0;
+    double o[3], d[3];
+    std::memcpy(o, origin, sizeof o);
+    std::memcpy(d, direction, sizeof d);
+    if (normalize(d) == -1)
+        return 0;
+    Xfm frame;
+    ray_compute_xfm(o, d, frame);
+
+    int hits = 0;
+    for (int32_t c = 0; c < s.nx * s.ny * s.nz; ++c) {
+        if (ray_int_bbox(o, d, s.cells[c].dvals) != 1)
+            continue;
+        for (const data_list_struct* node = s.cells[c].next; node != nullptr; node = node->next)
+            for (int32_t i = 0; i < node->count; ++i) {
+                const int32_t t = node->ivals[i];
+                if (s.tri_marks.bvals[t] != 0)
+                    continue;
+                s.tri_marks.bvals[t] = 1;
+                double start[3] = {0, 0, 0}, seen[9], z;
+                for (int v = 0; v < 9; v += 3)
+                    TransformPoint(frame, s.triangles->dvals + 9 * static_cast<int64_t>(t) + v, seen + v);
+                if (z_intersect(start, seen, &z) != 1)
+                    continue;
+                if (hits == 0 || z < *distance)
+                    *distance = z;
+                ++hits;
+            }
+    }
+    return hits;
+}
+
+} // namespace korvale::reference

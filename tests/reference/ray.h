@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "ray/grid.h"
+
+// What the triangle grid and its queries do, one cell and one triangle after the other.
+namespace korvale::reference {
+
+struct RayCell {
+    double box[6];
+    std::vector<int32_t> numbers;
+};
+
+/// The cells of a grid in `bbox` and the numbers of the triangles[count][9] in each: every triangle's box is held
+/// against every cell.
+std::vector<RayCell> sort_triangles(const double* triangles, int32_t count, const double* bbox, int32_t nx, int32_t ny,
+                                    int32_t nz);
+
+/// `ray_intersect` on a classified record: the ray is held against every cell in index order.
+int intersect(const double* origin, const double* direction, RayStatus& s, double* distance);
+
+} // namespace korvale::reference
