@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "equation/internal/registry.h"
+#include "equation/system.h"
+
+namespace korvale {
+
+/// Variables that have a value.
+inline int32_t variable_count(const EquationSystem& es)
+{
+    const DATAstruct* const values = es.var_vals;
+    const int64_t held = room(values, DATA_TYPE_DOUBLE);
+    if (held == 0)
+        return 0;
+    return held < values->count ? static_cast<int32_t>(held) : values->count;
+}
+
+inline bool is_variable(const EquationSystem& es, int32_t v)
+{
+    return v >= 0 && v < variable_count(es);
+}
+
+/// The lowest index of the variable of that name, or -1.
+int32_t find_variable(const EquationSystem& es, const char* word, size_t length);
+
+/// Whether variable `v` keeps its value until the end of a pass.
+inline bool is_reserved(const EquationSystem& es, int32_t v)
+{
+    return v < room(es.var_flags, DATA_TYPE_BYTE) && es.var_flags->bvals[v] != 0;
+}
+
+/// What `EqParseVariables` does.
+int declare_variables(EquationSystem& es, const char* text, int flag);
+
+} // namespace korvale

@@ -1,0 +1,374 @@
+#include "equation/equation.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "equation/internal/number.h"
+#include "equation/internal/program.h"
+#include "equation/internal/registry.h"
+#include "equation/internal/variables.h"
+#include "platform/module_start.h"
+
+// An operator-precedence translator from text to postfix items (E. W. Dijkstra, "Algol 60 translation", 1961) with two
+// stacks: binary operators and parentheses, which leave by priority, and functions of one argument, which leave when the
+// operand or group at their own depth is complete. Both stacks fill from their last entry downward.
+namespace korvale {
+namespace {
+
+constexpr int32_t kStackEntries = 51; ///< operators, and functions, that can wait
+constexpr int32_t kRowGrowth = 20;    ///< equations for which room is made when the array is full
+constexpr int kOpenParenthesis = -1;  ///< its code on the operator stack
+
+struct PendingFunction {
+    int32_t function;
+    int32_t depth; ///< parentheses around it
+};
+
+struct Parse {
+    EquationSystem& es;
+    DATAstruct& kinds;
+    DATAstruct& operands;
+    DATAstruct& constants;
+    DATAstruct op_stack;                    ///< wraps `op_codes`
+    int32_t op_codes[kStackEntries];        ///< in use from `op_top` on
+    PendingFunction pending[kStackEntries]; ///< in use from `pending_top` on
+    int op_top = kStackEntries;
+    int pending_top = kStackEntries;
+    int operand_counter = 0;
+    int item_pos = 0;
+    int depth = 0;
+    bool after_operand = false; ///< a "-" that comes now stands between two operands
+
+    Parse(EquationSystem& system, DATAstruct* const (&items)[kChildren])
+        : es(system), kinds(*items[0]), operands(*items[1]), constants(*items[2])
+    {
+        DATAInitialize(&op_stack);
+        op_stack.count = kStackEntries;
+        op_stack.dim = 1;
+        op_stack.type = DATA_TYPE_INT;
+        op_stack.ivals = op_codes;
+    }
+};
+
+/// Appends an item; false where there is no room for it.
+bool emit(DATAstruct& kinds, DATAstruct& operands, int& item_pos, int32_t kind, int32_t operand)
+{
+    if (item_pos < 0 || item_pos >= room(&kinds, DATA_TYPE_INT) || item_pos >= room(&operands, DATA_TYPE_INT))
+        return false;
+    kinds.ivals[item_pos] = kind;
+    operands.ivals[item_pos] = operand;
+    ++item_pos;
+    return true;
+}
+
+bool emit(Parse& p, int32_t kind, int32_t operand)
+{
+    return emit(p.kinds, p.operands, p.item_pos, kind, operand);
+}
+
+bool push_function(Parse& p, int32_t function)
+{
+    if (p.pending_top == 0)
+        return false;
+    p.pending[--p.pending_top] = {function, p.depth};
+    return true;
+}
+
+/// Moves the functions whose argument is now complete to the program.
+bool close_functions(Parse& p)
+{
+    while (p.pending_top < kStackEntries && p.pending[p.pending_top].depth >= p.depth)
+        if (!emit(p, EQ_ITEM_UNARY, p.pending[p.pending_top++].function))
+            return false;
+    return true;
+}
+
+bool add_operand(Parse& p, int32_t kind, int32_t operand)
+{
+    if (!emit(p, kind, operand))
+        return false;
+    ++p.operand_counter;
+    p.after_operand = true;
+    return close_functions(p);
+}
+
+bool add_number(Parse& p, const char* first, const char* last)
+{
+    if (p.item_pos >= kMostItems)
+        return false;
+    p.constants.dvals[p.item_pos] = read_number(first, last);
+    return add_operand(p, EQ_ITEM_CONSTANT, -1);
+}
+
+/// One more column for the table of a no-argument function: each place in an equation owns one.
+void widen_table(const EquationSystem& es, int32_t f)
+{
+    auto* const table = static_cast<DATAstruct*>(es.tables->pvals[f]);
+    if (table != nullptr)
+        table->dim = static_cast<int32_t>(static_cast<uint32_t>(table->dim) + 1);
+}
+
+bool add_binary(Parse& p, int code)
+{
+    p.after_operand = false;
+    return new_bi_item(code, &p.op_top, &p.operand_counter, &p.item_pos, &p.kinds, &p.operands, &p.op_stack) > 0;
+}
+
+bool add_name(Parse& p, const char* first, size_t length)
+{
+    const NamedFunctions named = find_named_functions(p.es, first, length);
+    if (named.unary >= 0) {
+        p.after_operand = false;
+        return push_function(p, named.unary);
+    }
+    if (named.no_arg >= 0) {
+        widen_table(p.es, named.no_arg);
+        return add_operand(p, EQ_ITEM_SAMPLE, named.no_arg);
+    }
+    if (named.binary >= 0)
+        return add_binary(p, named.binary);
+    const int32_t variable = find_variable(p.es, first, length);
+    return variable >= 0 && add_operand(p, EQ_ITEM_VARIABLE, variable);
+}
+
+bool open_group(Parse& p)
+{
+    ++p.depth;
+    return add_binary(p, kOpenParenthesis);
+}
+
+/// Ends a group at its ")" or, `at_end`, the whole text.
+bool close_group(Parse& p, bool at_end)
+{
+    while (p.op_top < kStackEntries && p.op_codes[p.op_top] != kOpenParenthesis) {
+        if (!emit(p, EQ_ITEM_BINARY, p.op_codes[p.op_top++]))
+            return false;
+        if (--p.operand_counter < 1)
+            return false;
+    }
+    const bool is_open = p.op_top < kStackEntries;
+    if (is_open == at_end) // unclosed "(" or unmatched ")"
+        return false;
+    if (is_open)
+        ++p.op_top;
+    p.after_operand = true;
+    return close_functions(p);
+}
+
+bool add_operator(Parse& p, char c)
+{
+    switch (c) {
+    case '+':
+        return add_binary(p, kAdd);
+    case '*':
+        return add_binary(p, kMultiply);
+    case '/':
+        return add_binary(p, kDivide);
+    case '^':
+        return add_binary(p, kPower);
+    case '-':
+        return p.after_operand ? add_binary(p, kSubtract) : push_function(p, kNegate);
+    case '(':
+        return open_group(p);
+    case ')':
+        --p.depth;
+        return close_group(p, false);
+    case '\0':
+        return close_group(p, true);
+    default:
+        return true;
+    }
+}
+
+bool is_number_part(char c)
+{
+    return (c >= '0' && c <= '9') || c == '.';
+}
+
+/// The end of the name at `first`: at most 12 letters, a 13th starts the next name.
+const char* end_of_name(const char* first)
+{
+    const char* last = first;
+    while (is_letter(*last) && static_cast<size_t>(last - first) < kLongestName)
+        ++last;
+    return last;
+}
+
+const char* end_of_number(const char* first)
+{
+    const char* last = first;
+    while (is_number_part(*last))
+        ++last;
+    return last;
+}
+
+/// Translates the text up to and including its terminating zero.
+bool scan(Parse& p, const char* at)
+{
+    for (;;) {
+        const char* last = at + 1;
+        if (is_letter(*at)) {
+            last = end_of_name(at);
+            if (!add_name(p, at, static_cast<size_t>(last - at)))
+                return false;
+        } else if (is_number_part(*at)) {
+            last = end_of_number(at);
+            if (!add_number(p, at, last))
+                return false;
+        } else if (!add_operator(p, *at)) {
+            return false;
+        } else if (*at == '\0') {
+            return true;
+        }
+        at = last;
+    }
+}
+
+bool is_space(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// The variable named by the first word of [first, last), or -1.
+int32_t find_target(const EquationSystem& es, const char* first, const char* last)
+{
+    while (first != last && is_space(*first))
+        ++first;
+    const char* end = first;
+    while (end != last && !is_space(*end))
+        ++end;
+    return end == first ? -1 : find_variable(es, first, static_cast<size_t>(end - first));
+}
+
+/// Adds an empty row to the equations; false, with nothing added, when the heap is exhausted.
+bool append_row(DATAstruct& equations)
+{
+    const int32_t row = equations.count;
+    equations.count += 1;
+    if (elements(equations.count, kChildren) <= room(&equations, DATA_TYPE_DATA))
+        return true;
+    equations.count += kRowGrowth;
+    const int64_t slots = elements(equations.count, kChildren);
+    if (DATAReAllocate(&equations) < 0 || !holds(equations, DATA_TYPE_DATA, slots)) {
+        equations.count = row;
+        return false;
+    }
+    for (int64_t slot = elements(row, kChildren); slot < slots; ++slot)
+        equations.pvals[slot] = nullptr;
+    equations.count -= kRowGrowth;
+    return true;
+}
+
+/// Allocated entries for the items of an equation, or null.
+DATAstruct* new_items(int32_t type)
+{
+    DATAstruct* const items = DATANew();
+    if (items == nullptr)
+        return nullptr;
+    items->count = kMostItems;
+    items->dim = 1;
+    items->type = type;
+    if (DATAAllocate(items) > 0)
+        return items;
+    std::free(items);
+    return nullptr;
+}
+
+/// Makes the three arrays of the last row; false when the heap is exhausted.
+bool make_items(const EquationSystem& es, DATAstruct* (&items)[kChildren])
+{
+    const int32_t types[kChildren] = {DATA_TYPE_INT, DATA_TYPE_INT, DATA_TYPE_DOUBLE};
+    void** const row = es.equations->pvals + elements(es.equations->count - int64_t{1}, kChildren);
+    for (int32_t child = 0; child < kChildren; ++child) {
+        items[child] = new_items(types[child]);
+        if (items[child] == nullptr)
+            return false;
+        row[child] = items[child];
+    }
+    for (int32_t i = 0; i < kMostItems; ++i) {
+        items[0]->ivals[i] = EQ_ITEM_END;
+        items[1]->ivals[i] = -1;
+        items[2]->dvals[i] = 0.0;
+    }
+    items[0]->count = 0;
+    return true;
+}
+
+} // namespace
+} // namespace korvale
+
+int op_isp(int code)
+{
+    switch (code) {
+    case korvale::kOpenParenthesis:
+        return 0;
+    case korvale::kAdd:
+    case korvale::kSubtract:
+        return 2;
+    case korvale::kMultiply:
+    case korvale::kDivide:
+        return 3;
+    case korvale::kPower:
+        return 4;
+    default:
+        return 1;
+    }
+}
+
+int op_icp(int code)
+{
+    switch (code) {
+    case korvale::kOpenParenthesis:
+    case korvale::kPower:
+        return 5; // above any waiting operator: a group opens at once, powers group from the right
+    default:
+        return op_isp(code);
+    }
+}
+
+int new_bi_item(int code, int* op_top, int* operand_counter, int* item_pos, DATAstruct* kinds, DATAstruct* operands,
+                DATAstruct* op_stack)
+{
+    if (op_top == nullptr || operand_counter == nullptr || item_pos == nullptr || kinds == nullptr ||
+        operands == nullptr || op_stack == nullptr)
+        return -1;
+    const int32_t empty = op_stack->count;
+    if (empty > korvale::room(op_stack, DATA_TYPE_INT) || *op_top < 0 || *op_top > empty)
+        return -1;
+    while (*op_top < empty && op_isp(op_stack->ivals[*op_top]) >= op_icp(code)) {
+        if (!korvale::emit(*kinds, *operands, *item_pos, EQ_ITEM_BINARY, op_stack->ivals[*op_top]))
+            return -1;
+        *op_top += 1;
+        *operand_counter -= 1;
+        if (*operand_counter < 1)
+            return -1;
+    }
+    if (*op_top == 0)
+        return -1;
+    *op_top -= 1;
+    op_stack->ivals[*op_top] = code;
+    return 1;
+}
+
+int EqParseEquation(EquationSystem* es, char* text)
+{
+    if (es == nullptr || text == nullptr || es->equations == nullptr || !korvale::append_row(*es->equations))
+        return -1;
+    DATAstruct* items[korvale::kChildren];
+    if (!korvale::make_items(*es, items))
+        return -1;
+    char* const equals = std::strchr(text, '=');
+    if (equals == nullptr)
+        return 1;
+    const int32_t target = korvale::find_target(*es, text, equals);
+    if (target < 0) {
+        *equals = '\0'; // Deliberate: not restored
+        return -1;
+    }
+    korvale::Parse parse(*es, items);
+    korvale::emit(parse, EQ_ITEM_TARGET, target);
+    if (equals[1] != '\0' && (!korvale::scan(parse, equals + 1) || parse.operand_counter > 1))
+        return -1;
+    parse.kinds.count = parse.item_pos;
+    return parse.item_pos;
+}

@@ -1,0 +1,134 @@
+#include "equation/system.h"
+
+#include <cstdlib>
+
+#include "equation/internal/registry.h"
+#include "platform/module_start.h"
+
+namespace korvale {
+namespace {
+
+DATAstruct* table_of(const EquationSystem& es, int32_t f)
+{
+    return static_cast<DATAstruct*>(es.tables->pvals[f]);
+}
+
+bool is_function(const EquationSystem& es, int32_t f)
+{
+    return f >= 0 && f < function_count(es);
+}
+
+/// a + b and a - b as they wrap in 32 bits.
+int32_t wrapping_sum(int32_t a, int32_t b)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+
+int32_t wrapping_difference(int32_t a, int32_t b)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+/// A table as one read sees it.
+struct View {
+    const DATAstruct* table; ///< null while the function has none
+    int64_t rows;
+    int64_t columns;
+    int64_t column;
+
+    /// Whether the element of a row lies inside the buffer.
+    bool has(int64_t row) const
+    {
+        const int64_t i = row * columns + column;
+        return columns > 0 && i >= 0 && i < room(table, DATA_TYPE_DOUBLE);
+    }
+    double at(int64_t row) const { return table->dvals[row * columns + column]; }
+};
+
+/// The sample the table has at row position `x`; false where only a fresh call can tell.
+bool read_sample(const View& view, double x, double& sample)
+{
+    const auto last = static_cast<double>(view.rows - 1);
+    if (x >= 0.0 && x < last) {
+        const auto row = static_cast<int64_t>(x);
+        const double t = x - static_cast<double>(row);
+        if (!view.has(row) || !view.has(row + 1))
+            return false;
+        sample = (1.0 - t) * view.at(row) + t * view.at(row + 1);
+        return true;
+    }
+    int64_t row;
+    if (x > -1.0 && x < 0.0)
+        row = 0;
+    else if (x > -1.0 && x >= last && x < static_cast<double>(view.rows))
+        row = view.rows - 1;
+    else
+        return false;
+    if (!view.has(row))
+        return false;
+    sample = view.at(row);
+    return true;
+}
+
+/// Calls the function for each element of its table, which the function itself may change meanwhile.
+void fill(const EquationSystem& es, int32_t f, DATAstruct& table)
+{
+    const int64_t n = elements(table.count, table.dim);
+    for (int64_t i = 0; i < n; ++i) {
+        const double sample = call_no_arg(es, f);
+        if (i < room(&table, DATA_TYPE_DOUBLE))
+            table.dvals[i] = sample;
+    }
+}
+
+} // namespace
+} // namespace korvale
+
+int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
+{
+    if (es == nullptr || !korvale::is_function(*es, func) || es->func_nargs->ivals[func] != 0)
+        return -1;
+    DATAstruct* const table = korvale::table_of(*es, func);
+    if (table == nullptr)
+        return -1;
+    const int64_t columns = korvale::elements(table->dim, cols);
+    if (std::abs(columns) > korvale::kMostElements)
+        return -1;
+    table->count = rows;
+    table->type = DATA_TYPE_DOUBLE;
+    table->dim = static_cast<int32_t>(columns); // Deliberate: stays when the allocation is refused
+    if (DATAAllocate(table) < 0)
+        return -1;
+    korvale::fill(*es, func, *table);
+    return 1;
+}
+
+int EqMakeTableByName(EquationSystem* es, char* name, int rows, int cols)
+{
+    return EqMakeTable(es, EqLookupFunction(es, name), rows, cols);
+}
+
+void EqSetTableIndex(EquationSystem* es, double index)
+{
+    if (es != nullptr)
+        es->table_index = index;
+}
+
+double EqTableRead(EquationSystem* es, int func)
+{
+    if (es == nullptr || !korvale::is_function(*es, func))
+        return 0.0;
+    const DATAstruct* const table = korvale::table_of(*es, func);
+    const int32_t columns = table == nullptr ? 0 : table->dim;
+    int32_t column = es->table_pos->ivals[func];
+    const korvale::View view = {table, table == nullptr ? 0 : table->count, columns, column};
+    double sample;
+    if (korvale::read_sample(view, es->table_index, sample))
+        column = korvale::wrapping_sum(column, 1);
+    else
+        sample = korvale::call_no_arg(*es, func);
+    if (column >= columns)
+        column = korvale::wrapping_difference(column, columns);
+    es->table_pos->ivals[func] = column;
+    return sample;
+}
