@@ -22,3 +22,8 @@
 #include "math/transform.h"
 #include "math/vector.h"
 #include "path/flatten.h"
+#include "preserve/compute.h"
+#include "preserve/evaluation.h"
+#include "preserve/status.h"
+#include "ray/grid.h"
+#include "ray/query.h"

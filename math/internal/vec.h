@@ -38,6 +38,14 @@ inline bool make_unit(double* v)
     return true;
 }
 
+/// out = a + b; `out` may be either.
+inline void add(const double* a, const double* b, double* out)
+{
+    out[0] = a[0] + b[0];
+    out[1] = a[1] + b[1];
+    out[2] = a[2] + b[2];
+}
+
 /// out = a - b; `out` may be either.
 inline void subtract(const double* a, const double* b, double* out)
 {

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/export.h"
+#include "preserve/status.h"
+
+/// Moves `points` towards the preserved shape, in place, by exactly `iterations` steps of steepest descent.
+///
+/// A step goes along the force by a distance as large as the energy. While the energy has not fallen below its value
+/// before the step, the step is halved, at most 20 times; the last trial is kept whatever its energy. Tagged points do
+/// not move. Points already in shape (an energy of exactly 0.0) stay as they are, and so do all points for fewer than
+/// one iteration; the measures and the energy are refreshed nevertheless. The array stays referenced by the status as
+/// `cur_points`.
+///
+/// Returns 1, or -1, with nothing changed, for a null status or an array that is not points, has another count than the
+/// reference points or lacks its buffer.
+///
+/// Deliberate: energy without force (all points tagged, say) makes the step infinite and the coordinates NaN.
+KORVALE_API int PreserveCompute(PreserveStatus* status, DATAstruct* points, int iterations);
+
+/// Evaluates energy and force at `points` and copies the force, [points][3] doubles, to `force_out`, which is shaped as
+/// needed. The array `points` stays referenced by the status as `cur_points`.
+///
+/// Returns 1, also when `force_out` is null or cannot be allocated, or -1 as `PreserveCompute`.
+///
+/// Deliberate: the forces of tagged points are not zeroed here.
+KORVALE_API int PreserveGetForce(PreserveStatus* status, DATAstruct* points, DATAstruct* force_out);

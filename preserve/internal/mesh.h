@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstdint>
+
+#include "data/internal/shape.h"
+#include "preserve/status.h"
+
+// What the evaluation reads of a status, as plain pointers; what is missing or too short shows as none.
+namespace korvale {
+
+/// The points the connectivity refers to.
+inline int32_t point_count(const PreserveStatus& s)
+{
+    return s.force != nullptr ? s.force->count : s.points->count;
+}
+
+/// Whether `points` has coordinates for the whole mesh.
+inline bool covers_mesh(const DATAstruct* points, const PreserveStatus& s)
+{
+    if (s.points == nullptr || points == nullptr)
+        return false;
+    return point_count(s) < 1 || holds(*points, DATA_TYPE_DOUBLE, elements(point_count(s), 3));
+}
+
+/// The values of a measure array, or null where they are fewer than `wanted`.
+inline double* measures_in(const DATAstruct* d, int64_t wanted)
+{
+    return d != nullptr && holds(*d, DATA_TYPE_DOUBLE, wanted) ? d->dvals : nullptr;
+}
+
+struct Edges {
+    const int32_t* ends; // [2 count] the two points of each edge
+    int32_t count;
+};
+
+inline Edges edges_of(const PreserveStatus& s)
+{
+    if (s.edges == nullptr || s.edges->ivals == nullptr)
+        return {nullptr, 0};
+    return {s.edges->ivals, s.edges->count};
+}
+
+/// Whether an int array has its elements.
+inline bool is_made(const DATAstruct* d)
+{
+    return d != nullptr && d->ivals != nullptr;
+}
+
+/// Whether the edges could be grouped by point.
+inline bool has_edges_by_point(const PreserveStatus& s)
+{
+    return is_made(s.point_edge_count) && is_made(s.point_edge_start) && is_made(s.point_edges);
+}
+
+struct Faces {
+    const int32_t* sizes;   // [count] corners of each face
+    const int32_t* corners; // [corner_count] the point of each corner
+    int32_t count;
+    int32_t corner_count;
+};
+
+inline Faces faces_of(const PreserveStatus& s)
+{
+    if (s.face_sizes == nullptr || s.face_points == nullptr)
+        return {nullptr, nullptr, 0, 0};
+    return {s.face_sizes->ivals, s.face_points->ivals, s.face_sizes->count, s.face_points->count};
+}
+
+/// Calls visit(corners, n, first) for every face: the points of its n corners, and the first corner's place in the list.
+template <class Visit>
+void for_each_face(const Faces& faces, Visit visit)
+{
+    int32_t first = 0;
+    for (int32_t f = 0; f < faces.count; ++f) {
+        visit(faces.corners + first, faces.sizes[f], first);
+        first += faces.sizes[f];
+    }
+}
+
+/// Calls visit(point, previous, next, corner) for every corner of every face, in order.
+template <class Visit>
+void for_each_corner(const Faces& faces, Visit visit)
+{
+    for_each_face(faces, [&](const int32_t* corners, int32_t n, int32_t first) {
+        for (int32_t k = 0; k < n; ++k)
+            visit(corners[k], corners[k == 0 ? n - 1 : k - 1], corners[k + 1 == n ? 0 : k + 1], first + k);
+    });
+}
+
+/// Which points are held fixed.
+struct Tags {
+    const uint8_t* bytes; // [count]
+    int32_t count;
+
+    bool contain(int32_t point) const { return point < count && bytes[point] != 0; }
+};
+
+inline Tags tags_of(const PreserveStatus& s)
+{
+    if (s.tags == nullptr || !holds(*s.tags, DATA_TYPE_BYTE, s.tags->count))
+        return {nullptr, 0};
+    return {s.tags->bvals, s.tags->count};
+}
+
+/// The force of every point, [point_count][3], or null.
+inline double* forces_of(const PreserveStatus& s)
+{
+    return s.force == nullptr ? nullptr : measures_in(s.force, elements(s.force->count, 3));
+}
+
+} // namespace korvale
