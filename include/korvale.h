@@ -25,5 +25,6 @@
 #include "preserve/compute.h"
 #include "preserve/evaluation.h"
 #include "preserve/status.h"
+#include "path/frames.h"
 #include "ray/grid.h"
 #include "ray/query.h"

@@ -1,6 +1,7 @@
 #include "path/flatten.h"
 
 #include <cmath>
+#include <limits>
 
 #include <gtest/gtest.h>
 
