@@ -186,9 +186,10 @@ void draw(Gallery& hall)
               {cell.x * double(i % kColumns), cell.y * double(i / kColumns)}, cell);
         hall.progress(double(i + 1) / double(countries.size()));
     }
-    hall.show("tree-rings.png", picture,
-              "The largest land of a dozen countries with twenty rings inside each; where a ring tears, the larger "
-              "piece is followed.");
+    hall.show(
+        "tree-rings.png", picture,
+        "The largest land of a dozen countries with up to twenty rings inside each; where a ring tears, the larger "
+        "piece is followed.");
 }
 
 } // namespace

@@ -1,0 +1,241 @@
+#include "tests/gallery/files.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <set>
+
+#include <sys/wait.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using korvale::test::Image;
+using korvale::test::read_file;
+using korvale::test::read_obj;
+using korvale::test::read_png;
+using korvale::test::Solid;
+using testing::HasSubstr;
+
+struct Outcome {
+    int status = -1;
+    std::string printed;
+};
+
+Outcome run_gallery(const std::string& arguments)
+{
+    Outcome run;
+    FILE* pipe = popen(("\"" GALLERY_PROGRAM "\" " + arguments + " 2>&1").c_str(), "r");
+    if (pipe == nullptr)
+        return run;
+    char part[4096];
+    for (size_t n = fread(part, 1, sizeof part, pipe); n > 0; n = fread(part, 1, sizeof part, pipe))
+        run.printed.append(part, n);
+    const int ended = pclose(pipe);
+    run.status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
+    return run;
+}
+
+// One run for all tests, into a folder that goes away with them.
+class Gallery : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        char name[] = "/tmp/korvale-gallery-XXXXXX";
+        ASSERT_NE(mkdtemp(name), nullptr);
+        base_ = name;
+        run_ = run_gallery("\"" + folder().string() + "\"");
+    }
+
+    static void TearDownTestSuite() { fs::remove_all(base_); }
+
+    // Made by the gallery, together with the folders above it.
+    static fs::path folder() { return base_ / "made" / "here"; }
+
+    static std::vector<std::string> files_ending(const std::string& ending)
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder()))
+            if (entry.path().extension() == ending)
+                names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    // What stands between `before` and the next quote, wherever it occurs.
+    static std::set<std::string> quoted_after(const std::string& text, const std::string& before)
+    {
+        std::set<std::string> found;
+        for (size_t at = text.find(before); at != std::string::npos; at = text.find(before, at + 1)) {
+            const size_t from = at + before.size();
+            found.insert(text.substr(from, text.find('"', from) - from));
+        }
+        return found;
+    }
+
+    inline static fs::path base_;
+    inline static Outcome run_;
+};
+
+TEST_F(Gallery, EndsWell)
+{
+    EXPECT_EQ(run_.status, 0) << run_.printed;
+}
+
+TEST_F(Gallery, PrintsALineForEachFile)
+{
+    size_t files = 0;
+    for (const auto& entry : fs::directory_iterator(folder())) {
+        EXPECT_THAT(run_.printed, HasSubstr(entry.path().filename().string()));
+        files++;
+    }
+    EXPECT_GE(files, 7u);
+}
+
+TEST_F(Gallery, HasTheThreeBorderScenes)
+{
+    for (const char* name : {"bevelled-text.png", "bevelled-text.svg", "bevelled-text.obj", "tree-rings.png",
+                             "road-band.png", "road-band.svg", "index.html"})
+        EXPECT_TRUE(fs::exists(folder() / name)) << name;
+}
+
+TEST_F(Gallery, WritesWholePngFilesThatAreNotBlank)
+{
+    const std::vector<std::string> names = files_ending(".png");
+    ASSERT_FALSE(names.empty());
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        Image image;
+        ASSERT_NO_THROW(image = read_png(folder() / name));
+        EXPECT_TRUE(image.width == 1200 || image.width <= 600) << image.width;
+        std::map<std::array<uint8_t, 3>, size_t> pixels;
+        for (size_t i = 0; i < image.bytes.size(); i += 3)
+            pixels[{image.bytes[i], image.bytes[i + 1], image.bytes[i + 2]}]++;
+        size_t most = 0;
+        for (const auto& [colour, count] : pixels)
+            most = std::max(most, count);
+        EXPECT_GT(pixels.size(), 16u);
+        EXPECT_LT(most, image.bytes.size() / 3 * 98 / 100);
+    }
+}
+
+TEST_F(Gallery, CompressesItsPictures)
+{
+    for (const std::string& name : files_ending(".png")) {
+        const Image image = read_png(folder() / name);
+        EXPECT_LT(fs::file_size(folder() / name), image.bytes.size() / 4) << name;
+    }
+}
+
+TEST_F(Gallery, WritesClosedSolids)
+{
+    const std::vector<std::string> names = files_ending(".obj");
+    ASSERT_FALSE(names.empty());
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        const Solid solid = read_obj(folder() / name);
+        std::map<std::pair<int, int>, int> edges;
+        for (const auto& t : solid.triangles)
+            for (size_t k = 0; k < 3; k++)
+                edges[{t[k], t[(k + 1) % 3]}]++;
+        ASSERT_FALSE(edges.empty());
+        for (const auto& [edge, count] : edges) {
+            ASSERT_EQ(count, 1) << edge.first << " " << edge.second;
+            ASSERT_EQ(edges.count({edge.second, edge.first}), 1u) << edge.first << " " << edge.second;
+        }
+    }
+}
+
+TEST_F(Gallery, MakesSevenLettersWithThreeHoles)
+{
+    // A closed surface has points - edges + triangles = 2 for each piece, less 2 for each hole through it.
+    const Solid text = read_obj(folder() / "bevelled-text.obj");
+    std::set<int> used;
+    for (const auto& t : text.triangles)
+        used.insert(t.begin(), t.end());
+    EXPECT_EQ(int(used.size()) - int(text.triangles.size()) / 2, 7 * 2 - 3 * 2);
+}
+
+TEST_F(Gallery, LiftsTheLettersToTheirHeight)
+{
+    const Solid text = read_obj(folder() / "bevelled-text.obj");
+    double low = 1e9, high = -1e9, volume = 0;
+    for (const auto& p : text.points) {
+        low = std::min(low, p[2]);
+        high = std::max(high, p[2]);
+    }
+    for (const auto& t : text.triangles) {
+        const auto &a = text.points[size_t(t[0])], &b = text.points[size_t(t[1])], &c = text.points[size_t(t[2])];
+        volume += (a[0] * (b[1] * c[2] - b[2] * c[1]) + a[1] * (b[2] * c[0] - b[0] * c[2]) +
+                   a[2] * (b[0] * c[1] - b[1] * c[0])) /
+                  6;
+    }
+    EXPECT_NEAR(low, 0, 1e-3);
+    EXPECT_NEAR(high, 110, 1e-3);
+    EXPECT_GT(volume, 0); // triangles run counter-clockwise seen from outside
+}
+
+TEST_F(Gallery, PageShowsEveryFileAndNoOther)
+{
+    const std::string page = read_file(folder() / "index.html");
+    std::set<std::string> written;
+    for (const auto& entry : fs::directory_iterator(folder()))
+        if (entry.path().filename() != "index.html")
+            written.insert(entry.path().filename().string());
+    std::set<std::string> shown = quoted_after(page, "src=\"");
+    for (const std::string& target : quoted_after(page, "href=\""))
+        if (target[0] != '#')
+            shown.insert(target);
+    EXPECT_EQ(shown, written);
+    for (const std::string& target : quoted_after(page, "href=\"#"))
+        EXPECT_THAT(page, HasSubstr("id=\"" + target + "\""));
+}
+
+TEST_F(Gallery, PageSaysASentenceForEveryPicture)
+{
+    const std::string page = read_file(folder() / "index.html");
+    size_t captions = 0;
+    for (size_t at = page.find("<figcaption>"); at != std::string::npos; at = page.find("<figcaption>", at + 1)) {
+        const std::string sentence = page.substr(at + 12, page.find("</figcaption>", at) - at - 12);
+        EXPECT_GE(sentence.size(), 30u) << sentence;
+        EXPECT_EQ(sentence.back(), '.') << sentence;
+        captions++;
+    }
+    EXPECT_EQ(captions, files_ending(".png").size() + files_ending(".svg").size());
+}
+
+TEST_F(Gallery, NothingRefersToTheNetwork)
+{
+    const std::string svg_name = "http://www.w3.org/2000/svg"; // the name of the format; nothing is fetched from there
+    for (const char* ending : {".html", ".svg"}) {
+        for (const std::string& name : files_ending(ending)) {
+            std::string text = read_file(folder() / name);
+            if (const size_t at = text.find(svg_name); at != std::string::npos)
+                text.erase(at, svg_name.size());
+            for (const char* sign : {"http", "//", "@import", "url(", "<script"})
+                EXPECT_EQ(text.find(sign), std::string::npos) << name << ": " << sign;
+        }
+    }
+}
+
+TEST_F(Gallery, TellsWhenItCannotWrite)
+{
+    const Outcome run = run_gallery("/dev/null/nowhere");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.printed, HasSubstr("/dev/null/nowhere"));
+}
+
+TEST_F(Gallery, TellsHowItIsCalled)
+{
+    for (const char* arguments : {"--help", "one two"}) {
+        const Outcome run = run_gallery(arguments);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_THAT(run.printed, HasSubstr("usage: gallery"));
+    }
+}
+
+} // namespace
