@@ -111,9 +111,9 @@ Mesh solid(const Layers& layers)
 // All steps of all letters as contour lines, and the profile they follow.
 Svg draw_plan(const std::vector<Layers>& letters, const std::vector<Step>& steps, const Box2& bounds)
 {
-    Svg drawing(kWidth, 420);
+    Svg drawing(kWidth, 360);
     const auto colour = [&](const Step& step) { return scale_colour(0.9 * step.height / steps.back().height); };
-    const View view(bounds, {40, 40}, {820, 340});
+    const View view(bounds, {50, 30}, {850, 300});
     for (const Layers& letter : letters)
         drawing.fill(view(plan(letter[0])), hex(0xe9e5da));
     for (size_t s = 0; s < steps.size(); s++)
@@ -121,7 +121,7 @@ Svg draw_plan(const std::vector<Layers>& letters, const std::vector<Step>& steps
             for (const Outline& outline : view(plan(letter[s])))
                 drawing.stroke(outline, 0.9, colour(steps[s]), true);
 
-    const View side({{-30, 0}, {30, 115}}, {940, 60}, {200, 300});
+    const View side({{-30, 0}, {30, 115}}, {970, 40}, {170, 255});
     Outline line;
     for (const Step& step : steps)
         line.push_back(side({step.distance, step.height}));
@@ -141,10 +141,10 @@ Picture shade(const Mesh& text, const Box2& bounds)
 {
     const Point middle = bounds.middle();
     const double wide = bounds.size().x;
-    const Vec3 target{middle.x, middle.y - 20, 30};
-    Stage stage({target + wide * Vec3{-0.14, -0.62, 1.2}, target, {0, 1, 0}, 18});
+    const Vec3 target{middle.x, middle.y - 6, 30};
+    Stage stage({target + wide * Vec3{-0.14, -0.62, 1.2}, target, {0, 1, 0}, 16.2});
     stage.light_from({-0.8, 0.75, 0.8});
-    stage.add(text, {hex(0x2f6fb5), 0.4, 45, 28});
+    stage.add(text, {hex(0x3a7cc4), 0.45, 40, 28});
     const double far = 0.95 * wide;
     const Mesh wall{{{middle.x - far, middle.y - far, 0},
                      {middle.x + far, middle.y - far, 0},
@@ -152,7 +152,7 @@ Picture shade(const Mesh& text, const Box2& bounds)
                      {middle.x - far, middle.y + far, 0}},
                     {{0, 1, 2}, {0, 2, 3}}};
     stage.add(wall, {hex(0xe4dccb), 0, 1, 40, false});
-    return stage.render(kWidth, 430);
+    return stage.render(kWidth, 400);
 }
 
 void draw(Gallery& hall)
