@@ -1,12 +1,10 @@
 #include "tests/gallery/files.h"
+#include "tests/gallery/outcome.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <set>
-
-#include <sys/wait.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,29 +13,17 @@ namespace {
 
 namespace fs = std::filesystem;
 using korvale::test::Image;
+using korvale::test::Outcome;
 using korvale::test::read_file;
 using korvale::test::read_obj;
 using korvale::test::read_png;
+using korvale::test::run_program;
 using korvale::test::Solid;
 using testing::HasSubstr;
 
-struct Outcome {
-    int status = -1;
-    std::string printed;
-};
-
 Outcome run_gallery(const std::string& arguments)
 {
-    Outcome run;
-    FILE* pipe = popen(("\"" GALLERY_PROGRAM "\" " + arguments + " 2>&1").c_str(), "r");
-    if (pipe == nullptr)
-        return run;
-    char part[4096];
-    for (size_t n = fread(part, 1, sizeof part, pipe); n > 0; n = fread(part, 1, sizeof part, pipe))
-        run.printed.append(part, n);
-    const int ended = pclose(pipe);
-    run.status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
-    return run;
+    return run_program("\"" GALLERY_PROGRAM "\" " + arguments);
 }
 
 // One run for all tests, into a folder that goes away with them.
