@@ -16,9 +16,13 @@ public:
     /// Runs the next stage of unloading, likewise.
     ~_Initializerkorvale() noexcept(false);
 
+    /// Registers the library with the layer and keeps its handle, also as the image base.
     static void pre_construct();
+    /// Announces the end of static construction.
     static void construct();
+    /// Announces the start of static destruction.
     static void destruct();
+    /// Announces the end of static destruction; only at stage 0.
     static void post_destruct();
 
     static int ref;      ///< load stage: 0 before load, 1 after the first stage, 2 after the second

@@ -15,7 +15,7 @@ struct MwDependancyNode {
     struct {
         const char* name;
         const MwDependancyNode* node;
-    } libraries[5];
+    } libraries[5]; ///< in the order in which the library asks for them
 };
 
 /// Registers a library and calls `entry` with reason 1 and the handle as its instance. Returns the handle.
