@@ -3,6 +3,7 @@
 // with lengths, angles, powers and directions.
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 
 #include "korvale.h"
 
@@ -16,7 +17,7 @@ void print(const char* what, const double* values, int n)
     std::printf("\n");
 }
 
-double points[] = {0.5, 0.25, 1, 4, 0.5, 1.5, 5, 4.25, 2, 3, 2.5, 1.75, 0.75, 4, 2.5};
+double outline[] = {0.5, 0.25, 1, 4, 0.5, 1.5, 5, 4.25, 2, 3, 2.5, 1.75, 0.75, 4, 2.5};
 constexpr int kPoints = 5;
 
 void print_host_calls()
@@ -52,7 +53,7 @@ void print_math()
     print("  translation", origin, 3);
 
     double line[3];
-    find_line(points, points + 6, line);
+    find_line(outline, outline + 6, line);
     print("find_line", line, 3);
     double other[] = {3, -4, 2};
     double meeting[3];
@@ -66,12 +67,12 @@ void print_paths()
     DataInitialize(&path);
     path.count = kPoints;
     path.dim = 3;
-    path.dvals = points;
+    path.dvals = outline;
     DATAstruct PATH;
     DATAInitialize(&PATH);
     PATH.count = kPoints;
     PATH.dim = 3;
-    PATH.dvals = points;
+    PATH.dvals = outline;
 
     Xfm forward, reverse;
     for (int closed = 0; closed < 2; ++closed) {
@@ -90,19 +91,66 @@ void print_borders()
     BorderInitialize(&border);
     border.path->count = kPoints;
     border.path->dim = 3;
-    border.path->dvals = points;
+    border.path->dvals = outline;
     border.distance = -0.125;
     if (Border(&border) == 1)
         print("Border", border.output->dvals, 3 * border.output->count);
 
-    BORDERStatus BORDER_;
-    BORDERInitialize(&BORDER_);
-    BORDER_.path->count = kPoints;
-    BORDER_.path->dim = 3;
-    BORDER_.path->dvals = points;
-    BORDER_.distance = 0.25;
-    if (BORDER(&BORDER_) == 1)
-        print("BORDER", BORDER_.output->dvals, 3 * BORDER_.output->count);
+    BORDERStatus banded;
+    BORDERInitialize(&banded);
+    banded.path->count = kPoints;
+    banded.path->dim = 3;
+    banded.path->dvals = outline;
+    banded.distance = 0.25;
+    if (BORDER(&banded) == 1)
+        print("BORDER", banded.output->dvals, 3 * banded.output->count);
+}
+
+void print_equations()
+{
+    char variables[] = "x, y";
+    char equation[] = "y = SIN(x) ^ 3 - x / 7";
+    EquationSystem equations;
+    EqSystemInitialize(&equations);
+    EqParseVariables(&equations, variables, 0);
+    const int row = EqParseEquation(&equations, equation);
+    char x[] = "x";
+    EqSetVariableByName(&equations, x, 0.75);
+    EqEvaluate(&equations, row);
+    char y[] = "y";
+    const double value = EqReadVariableByName(&equations, y);
+    print("EqEvaluate", &value, 1);
+    EqSystemDispose(&equations);
+}
+
+void print_mesh()
+{
+    double reference[] = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
+    double deformed[] = {0, 0.125, 0, 1.5, 0, 0, 0, 1, 0.25, 0, 0, 0.75};
+    int32_t sizes[] = {3, 3, 3, 3};
+    int32_t corners[] = {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3};
+    DATAstruct points, now, face_sizes, face_points;
+    for (DATAstruct* array : {&points, &now, &face_sizes, &face_points})
+        DATAInitialize(array);
+    points.count = now.count = 4;
+    points.dim = now.dim = 3;
+    points.dvals = reference;
+    now.dvals = deformed;
+    face_sizes.type = face_points.type = DATA_TYPE_INT;
+    face_sizes.dim = face_points.dim = 1;
+    face_sizes.count = 4;
+    face_sizes.ivals = sizes;
+    face_points.count = 12;
+    face_points.ivals = corners;
+
+    PreserveStatus status = {};
+    PreserveInitialize(&status, &points, nullptr, &face_sizes, &face_points);
+    for (const int term : {PRESERVE_LENGTH, PRESERVE_FACE_ANGLE, PRESERVE_VOLUME, PRESERVE_AREA})
+        PreservePreserve(&status, term, 1.0);
+    PreserveCompute(&status, &now, 3);
+    print("PreserveCompute", now.dvals, 12);
+    print("  energy", &status.energy, 1);
+    PreserveDispose(&status);
 }
 
 void print_rays()
@@ -133,6 +181,8 @@ int main(int count, char** arguments)
     print_math();
     print_paths();
     print_borders();
+    print_equations();
+    print_mesh();
     print_rays();
     return 0;
 }

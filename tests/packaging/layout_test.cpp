@@ -80,6 +80,52 @@ TEST(Layout, RayStatus)
                    FIELD(RayStatus, ny, 100, 4), FIELD(RayStatus, nz, 104, 4)});
 }
 
+TEST(Layout, EquationSystem)
+{
+    EXPECT_EQ(sizeof(EquationSystem), 80u);
+    expect_fields({FIELD(EquationSystem, funcs, 0, 8), FIELD(EquationSystem, func_names, 8, 8),
+                   FIELD(EquationSystem, func_nargs, 16, 8), FIELD(EquationSystem, var_names, 24, 8),
+                   FIELD(EquationSystem, var_vals, 32, 8), FIELD(EquationSystem, var_flags, 40, 8),
+                   FIELD(EquationSystem, equations, 48, 8), FIELD(EquationSystem, tables, 56, 8),
+                   FIELD(EquationSystem, table_pos, 64, 8), FIELD(EquationSystem, table_index, 72, 8)});
+}
+
+TEST(Layout, PreserveStatus)
+{
+    EXPECT_EQ(sizeof(PreserveStatus), 216u);
+    expect_fields({FIELD(PreserveStatus, flags, 0, 4),
+                   FIELD(PreserveStatus, points, 8, 8),
+                   FIELD(PreserveStatus, edges, 16, 8),
+                   FIELD(PreserveStatus, face_sizes, 24, 8),
+                   FIELD(PreserveStatus, face_points, 32, 8),
+                   FIELD(PreserveStatus, tags, 40, 8),
+                   FIELD(PreserveStatus, masses, 48, 8),
+                   FIELD(PreserveStatus, face_starts, 56, 8),
+                   FIELD(PreserveStatus, point_edge_count, 64, 8),
+                   FIELD(PreserveStatus, point_edge_start, 72, 8),
+                   FIELD(PreserveStatus, point_edges, 80, 8),
+                   FIELD(PreserveStatus, point_faces, 88, 8),
+                   FIELD(PreserveStatus, weights, 96, 32),
+                   FIELD(PreserveStatus, olen, 128, 8),
+                   FIELD(PreserveStatus, ofang, 136, 8),
+                   FIELD(PreserveStatus, ovolume, 144, 8),
+                   FIELD(PreserveStatus, oarea, 152, 8),
+                   FIELD(PreserveStatus, cur_points, 160, 8),
+                   FIELD(PreserveStatus, nlen, 168, 8),
+                   FIELD(PreserveStatus, nfang, 176, 8),
+                   FIELD(PreserveStatus, nvolume, 184, 8),
+                   FIELD(PreserveStatus, narea, 192, 8),
+                   FIELD(PreserveStatus, force, 200, 8),
+                   FIELD(PreserveStatus, energy, 208, 8)});
+}
+
+/// The host calls through these tables, so the places of their functions count as fields do.
+TEST(Layout, HostInterfacesAreBarePointersToTheirTables)
+{
+    EXPECT_EQ(sizeof(I3DVertexCollection), 8u);
+    EXPECT_EQ(sizeof(I3DVertexAccessor), 8u);
+}
+
 TEST(Layout, DependencyNode)
 {
     EXPECT_EQ(sizeof(MwDependancyNode), 80u);
