@@ -1,10 +1,14 @@
 #include "equation/equation.h"
 
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 #include <locale.h>
 #include <string>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -111,22 +115,25 @@ TEST(EquationNumbers, EqualTheCLibrarysInTheCLocale)
     }
 }
 
-/// A locale whose decimal point is a comma, made from the system's sources where none is installed.
+/// A locale that writes numbers as in German, with a comma for the point: an installed one, or one made for the test.
 locale_t comma_locale()
 {
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8"})
-        if (const locale_t installed = newlocale(LC_ALL_MASK, name, nullptr))
-            return installed;
-    const std::string folder = testing::TempDir() + "korvale_locale";
-    const std::string made = folder + "/de_DE.UTF-8";
-    const std::string command = "mkdir -p '" + folder + "' && localedef -c -i de_DE -f UTF-8 '" + made +
-                                "' >/dev/null 2>&1; test -e '" + made + "/LC_NUMERIC'";
-    if (std::system(command.c_str()) != 0)
-        return nullptr;
+    if (const locale_t installed = newlocale(LC_NUMERIC_MASK, "de_DE.UTF-8", nullptr))
+        return installed;
+    const std::filesystem::path folder = testing::TempDir() + "korvale_locale_" + std::to_string(getpid());
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "source") << "comment_char %\nescape_char /\nLC_NUMERIC\ndecimal_point \",\"\n"
+                                        "thousands_sep \".\"\ngrouping 3;3\nEND LC_NUMERIC\n";
+    const std::string in_folder = "cd '" + folder.string() + "' && ";
+    const int status =
+        std::system((in_folder + "localedef -c -i source -f ANSI_X3.4-1968 ./de_XX 2>/dev/null").c_str());
     setenv("LOCPATH", folder.c_str(), 1);
-    const locale_t built = newlocale(LC_ALL_MASK, "de_DE.UTF-8", nullptr);
+    const locale_t made = newlocale(LC_NUMERIC_MASK, "de_XX", nullptr);
     unsetenv("LOCPATH");
-    return built;
+    std::filesystem::remove_all(folder);
+    if (made == nullptr)
+        std::printf("localedef ended with status %d\n", status);
+    return made;
 }
 
 TEST(EquationNumbers, AreReadAlikeUnderADecimalComma)

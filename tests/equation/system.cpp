@@ -138,6 +138,19 @@ DATAstruct* System::child(int equation, int which)
     return static_cast<DATAstruct*>(record_.equations->pvals[3 * equation + which]);
 }
 
+std::string state_of_equation(const EquationSystem& es, int equation)
+{
+    const auto* const kinds = static_cast<const DATAstruct*>(es.equations->pvals[3 * equation]);
+    const auto* const operands = static_cast<const DATAstruct*>(es.equations->pvals[3 * equation + 1]);
+    const auto* const constants = static_cast<const DATAstruct*>(es.equations->pvals[3 * equation + 2]);
+    std::string text = "  " + shape(*kinds) + shape(*operands) + shape(*constants);
+    for (int p = 0; p < 100; ++p)
+        if (kinds->ivals[p] != 0 || operands->ivals[p] != -1 || std::bit_cast<uint64_t>(constants->dvals[p]) != 0)
+            text += " " + std::to_string(p) + ":" + std::to_string(kinds->ivals[p]) + "," +
+                    std::to_string(operands->ivals[p]) + "," + exact(constants->dvals[p]);
+    return text + "\n";
+}
+
 std::string state_of(const EquationSystem& es)
 {
     std::string text = "functions " + shape(*es.funcs) + shape(*es.func_names) + shape(*es.func_nargs) +
@@ -157,17 +170,8 @@ std::string state_of(const EquationSystem& es)
         text += std::string("  ") + name_at(*es.var_names, v) + " " + exact(es.var_vals->dvals[v]) + " flag " +
                 std::to_string(es.var_flags->bvals[v]) + "\n";
     text += "equations " + shape(*es.equations) + "\n";
-    for (int32_t row = 0; row < es.equations->count; ++row) {
-        const auto* const kinds = static_cast<const DATAstruct*>(es.equations->pvals[3 * row]);
-        const auto* const operands = static_cast<const DATAstruct*>(es.equations->pvals[3 * row + 1]);
-        const auto* const constants = static_cast<const DATAstruct*>(es.equations->pvals[3 * row + 2]);
-        text += "  " + shape(*kinds) + shape(*operands) + shape(*constants);
-        for (int p = 0; p < 100; ++p)
-            if (kinds->ivals[p] != 0 || operands->ivals[p] != -1 || exact(constants->dvals[p]) != exact(0.0))
-                text += " " + std::to_string(p) + ":" + std::to_string(kinds->ivals[p]) + "," +
-                        std::to_string(operands->ivals[p]) + "," + exact(constants->dvals[p]);
-        text += "\n";
-    }
+    for (int32_t row = 0; row < es.equations->count; ++row)
+        text += state_of_equation(es, row);
     return text + "row position " + exact(es.table_index) + "\n";
 }
 

@@ -54,5 +54,7 @@ private:
 /// Everything a host can see of a system, row by row in words, for comparing two systems. Function pointers are left
 /// out.
 std::string state_of(const EquationSystem& es);
+/// One equation's line of it.
+std::string state_of_equation(const EquationSystem& es, int equation);
 
 } // namespace korvale::test
