@@ -1,9 +1,11 @@
 #include "preserve/internal/connectivity.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 
+#include "data/internal/scratch.h"
 #include "data/internal/shape.h"
 #include "platform/module_start.h"
 #include "preserve/internal/mesh.h"
@@ -30,29 +32,67 @@ int64_t total_corners(const int32_t* sizes, int32_t faces, int64_t most)
     return total;
 }
 
-bool is_edge_of(int32_t a, int32_t b, const int32_t* ends, int32_t edges)
-{
-    for (int32_t e = 0; e < edges; ++e)
-        if (ends[2 * e] == a && ends[2 * e + 1] == b)
-            return true;
-    return false;
-}
+/// Tells edges found before from new ones: a hash table with open addressing of the edges listed in `ends`.
+class EdgeTable {
+public:
+    /// For at most `most` edges, of which usually half are found.
+    EdgeTable(int32_t* ends, int32_t most) : ends_(ends), mask_(slots_for(most) - 1), slots_(int64_t{mask_} + 1)
+    {
+        if (exists())
+            std::memset(slots_.get(), 0xff, (size_t{mask_} + 1) * sizeof(int32_t));
+    }
 
-/// Writes the edges of all faces to `ends` and returns how many they are.
-int32_t find_edges(const int32_t* sizes, int32_t faces, const int32_t* corners, int32_t* ends)
+    bool exists() const { return slots_.exists(); }
+    int32_t found() const { return found_; }
+
+    /// Lists the edge a, b, a <= b, unless it is listed.
+    void note(int32_t a, int32_t b)
+    {
+        uint32_t slot = first_slot(a, b);
+        for (; slots_[slot] != kEmpty; slot = (slot + 1) & mask_)
+            if (ends_[2 * int64_t{slots_[slot]}] == a && ends_[2 * int64_t{slots_[slot]} + 1] == b)
+                return;
+        slots_[slot] = found_;
+        ends_[2 * int64_t{found_}] = a;
+        ends_[2 * int64_t{found_} + 1] = b;
+        ++found_;
+    }
+
+private:
+    static constexpr int32_t kEmpty = -1;
+
+    /// A power of two with room to spare.
+    static uint32_t slots_for(int32_t most)
+    {
+        return std::bit_ceil(static_cast<uint32_t>(most) + static_cast<uint32_t>(most) / 2 + 1);
+    }
+
+    /// Edges in the same direction of a regular mesh lie side by side, those of one point far apart.
+    uint32_t first_slot(int32_t a, int32_t b) const
+    {
+        const auto from = static_cast<uint32_t>(a), across = static_cast<uint32_t>(b - a);
+        return (3 * from + 0x9e3779b1u * across) & mask_;
+    }
+
+    int32_t* ends_;
+    uint32_t mask_;
+    Scratch<int32_t> slots_;
+    int32_t found_ = 0;
+};
+
+/// Writes the edges of all faces to `ends`, which has room for one per corner, and returns how many they are. None
+/// without memory.
+int32_t find_edges(const int32_t* sizes, int32_t faces, const int32_t* corners, int32_t most, int32_t* ends)
 {
-    int32_t found = 0;
+    EdgeTable table(ends, most);
+    if (!table.exists())
+        return 0;
     for (int32_t f = 0; f < faces; corners += sizes[f++])
         for (int32_t k = 0; k < sizes[f]; ++k) {
             const int32_t here = corners[k], next = corners[k + 1 == sizes[f] ? 0 : k + 1];
-            const int32_t a = std::min(here, next), b = std::max(here, next);
-            if (is_edge_of(a, b, ends, found))
-                continue;
-            ends[2 * found] = a;
-            ends[2 * found + 1] = b;
-            ++found;
+            table.note(std::min(here, next), std::max(here, next));
         }
-    return found;
+    return table.found();
 }
 
 void clear(const DATAstruct& counts)
@@ -116,7 +156,7 @@ DATAstruct* new_edges(const DATAstruct& face_sizes, const DATAstruct& face_point
         std::free(edges);
         return nullptr;
     }
-    edges->count = find_edges(face_sizes.ivals, face_sizes.count, face_points.ivals, edges->ivals);
+    edges->count = find_edges(face_sizes.ivals, face_sizes.count, face_points.ivals, face_points.count, edges->ivals);
     DATAReAllocate(edges);
     return edges;
 }
