@@ -45,20 +45,34 @@ struct Corner {
     int point, previous, next, place;
 };
 
-/// The corners of every face.
-std::vector<std::vector<Corner>> faces_of(const PreserveStatus& s)
+/// A face: its n corners, and where they start in the face point list.
+struct Face {
+    const int* points;
+    int n, first;
+
+    Corner corner(int k) const { return {points[k], points[(k + n - 1) % n], points[(k + 1) % n], first + k}; }
+};
+
+/// Calls visit(face) for every face.
+template <class Visit>
+void for_each_face(const PreserveStatus& s, Visit visit)
 {
-    std::vector<std::vector<Corner>> faces;
     int first = 0;
     for (int f = 0; s.face_points != nullptr && f < s.face_sizes->count; ++f) {
         const int n = s.face_sizes->ivals[f];
-        const int* const c = s.face_points->ivals + first;
-        faces.emplace_back();
-        for (int k = 0; k < n; ++k)
-            faces.back().push_back({c[k], c[(k + n - 1) % n], c[(k + 1) % n], first + k});
+        visit(Face{s.face_points->ivals + first, n, first});
         first += n;
     }
-    return faces;
+}
+
+/// Calls visit(corner) for every corner of every face.
+template <class Visit>
+void for_each_corner(const PreserveStatus& s, Visit visit)
+{
+    for_each_face(s, [&](const Face& face) {
+        for (int k = 0; k < face.n; ++k)
+            visit(face.corner(k));
+    });
 }
 
 Vector point(const DATAstruct& points, int i)
@@ -96,30 +110,29 @@ double arms_of(const DATAstruct& points, const Corner& c, double& cosine)
 double volume_at(const PreserveStatus& s, const DATAstruct& points)
 {
     double volume = 0.0;
-    for (const auto& face : faces_of(s)) {
-        if (face.size() < 3)
-            continue;
+    for_each_face(s, [&](const Face& face) {
+        if (face.n < 3)
+            return;
         Vector sum = {0.0, 0.0, 0.0};
-        for (size_t k = 1; k + 1 < face.size(); ++k)
-            sum = sum + cross(point(points, face[k].point), point(points, face[k + 1].point));
-        volume += dot(point(points, face[0].point), sum);
-    }
+        for (int k = 1; k <= face.n - 2; ++k)
+            sum = sum + cross(point(points, face.points[k]), point(points, face.points[k + 1]));
+        volume += dot(point(points, face.points[0]), sum);
+    });
     return volume;
 }
 
-Vector area_vector(const DATAstruct& points, const std::vector<Corner>& face)
+Vector area_vector(const DATAstruct& points, const Face& face)
 {
     Vector sum = {0.0, 0.0, 0.0};
-    for (const Corner& c : face)
-        sum = sum + cross(point(points, c.point), point(points, c.next));
+    for (int k = 0; k < face.n; ++k)
+        sum = sum + cross(point(points, face.points[k]), point(points, face.points[(k + 1) % face.n]));
     return sum;
 }
 
 double area_at(const PreserveStatus& s, const DATAstruct& points)
 {
     double area = 0.0;
-    for (const auto& face : faces_of(s))
-        area += norm(area_vector(points, face));
+    for_each_face(s, [&](const Face& face) { area += norm(area_vector(points, face)); });
     return area;
 }
 
@@ -161,11 +174,10 @@ std::vector<double> edge_lengths(const PreserveStatus& s)
 std::vector<double> corner_cosines(const PreserveStatus& s)
 {
     std::vector<double> cosines;
-    for (const auto& face : faces_of(s))
-        for (const Corner& c : face) {
-            cosines.push_back(0.0);
-            arms_of(*s.points, c, cosines.back());
-        }
+    for_each_corner(s, [&](const Corner& c) {
+        cosines.push_back(0.0);
+        arms_of(*s.points, c, cosines.back());
+    });
     return cosines;
 }
 
@@ -203,13 +215,12 @@ void find_nlen(PreserveStatus& s)
 
 void find_nfang(PreserveStatus& s)
 {
-    for (const auto& face : faces_of(s))
-        for (const Corner& c : face) {
-            if (arms_of(*s.cur_points, c, s.nfang->dvals[c.place]) == 0.0)
-                continue;
-            if (!is_tagged(s, c.point) || !is_tagged(s, c.next) || !is_tagged(s, c.previous))
-                add_energy(s, 1, s.nfang->dvals[c.place], s.ofang->dvals[c.place]);
-        }
+    for_each_corner(s, [&](const Corner& c) {
+        if (arms_of(*s.cur_points, c, s.nfang->dvals[c.place]) == 0.0)
+            return;
+        if (!is_tagged(s, c.point) || !is_tagged(s, c.next) || !is_tagged(s, c.previous))
+            add_energy(s, 1, s.nfang->dvals[c.place], s.ofang->dvals[c.place]);
+    });
 }
 
 void find_nvolume(PreserveStatus& s)
@@ -256,22 +267,21 @@ void find_edge_length_force(PreserveStatus& s)
 
 void find_face_angle_force(PreserveStatus& s)
 {
-    for (const auto& face : faces_of(s))
-        for (const Corner& k : face) {
-            const double cosine = s.nfang->dvals[k.place], reference = s.ofang->dvals[k.place];
-            if (cosine == reference)
-                continue;
-            const double c = (2.0 * s.weights[1]) * (cosine - reference);
-            const Vector a = point(*s.cur_points, k.previous) - point(*s.cur_points, k.point);
-            const Vector b = point(*s.cur_points, k.next) - point(*s.cur_points, k.point);
-            const double aa = dot(a, a), bb = dot(b, b), ab = dot(a, b);
-            const double lengths = std::sqrt(aa) * std::sqrt(bb);
-            if (lengths == 0.0)
-                continue;
-            add_force(s, k.point, (((ab - aa) * -c) / (aa * lengths)) * a + (((ab - bb) * -c) / (bb * lengths)) * b);
-            add_force(s, k.next, (-c / lengths) * a + ((c * ab) / (bb * lengths)) * b);
-            add_force(s, k.previous, ((c * ab) / (aa * lengths)) * a + (-c / lengths) * b);
-        }
+    for_each_corner(s, [&](const Corner& k) {
+        const double cosine = s.nfang->dvals[k.place], reference = s.ofang->dvals[k.place];
+        if (cosine == reference)
+            return;
+        const double c = (2.0 * s.weights[1]) * (cosine - reference);
+        const Vector a = point(*s.cur_points, k.previous) - point(*s.cur_points, k.point);
+        const Vector b = point(*s.cur_points, k.next) - point(*s.cur_points, k.point);
+        const double aa = dot(a, a), bb = dot(b, b), ab = dot(a, b);
+        const double lengths = std::sqrt(aa) * std::sqrt(bb);
+        if (lengths == 0.0)
+            return;
+        add_force(s, k.point, (((ab - aa) * -c) / (aa * lengths)) * a + (((ab - bb) * -c) / (bb * lengths)) * b);
+        add_force(s, k.next, (-c / lengths) * a + ((c * ab) / (bb * lengths)) * b);
+        add_force(s, k.previous, ((c * ab) / (aa * lengths)) * a + (-c / lengths) * b);
+    });
 }
 
 void find_volume_force(PreserveStatus& s)
@@ -280,9 +290,9 @@ void find_volume_force(PreserveStatus& s)
     if (std::fabs(deviation) < 1e-6)
         return;
     const double factor = (2.0 * s.weights[2]) * deviation;
-    for (const auto& face : faces_of(s))
-        for (const Corner& c : face)
-            add_force(s, c.point, factor * cross(point(*s.cur_points, c.previous), point(*s.cur_points, c.next)));
+    for_each_corner(s, [&](const Corner& c) {
+        add_force(s, c.point, factor * cross(point(*s.cur_points, c.previous), point(*s.cur_points, c.next)));
+    });
 }
 
 void find_surface_area_force(PreserveStatus& s)
@@ -291,15 +301,17 @@ void find_surface_area_force(PreserveStatus& s)
     if (std::fabs(deviation) < 1e-6)
         return;
     const double factor = (2.0 * s.weights[3]) * deviation;
-    for (const auto& face : faces_of(s)) {
+    for_each_face(s, [&](const Face& face) {
         Vector normal = area_vector(*s.cur_points, face);
         const double length = norm(normal);
         if (!(length < 1e-6))
             normal = {normal.x / length, normal.y / length, normal.z / length};
-        for (const Corner& c : face)
-            add_force(s, c.point,
-                      factor * cross(point(*s.cur_points, c.previous) - point(*s.cur_points, c.next), normal));
-    }
+        for (int k = 0; k < face.n; ++k) {
+            const Corner c = face.corner(k);
+            const Vector across = point(*s.cur_points, c.previous) - point(*s.cur_points, c.next);
+            add_force(s, c.point, factor * cross(across, normal));
+        }
+    });
 }
 
 void compute(PreserveStatus& s, DATAstruct& points, int iterations)
