@@ -75,7 +75,8 @@ int32_t readable_points(const Array& path)
     return holds(path, DATA_TYPE_DOUBLE, elements(path.count, 3)) ? path.count : 0;
 }
 
-/// Sweeps the outline in `work.flat` and leaves the points of the border there. Returns their number.
+/// Sweeps the outline in `work.flat` and leaves the points of the border there. Returns their number, or -1 when the heap
+/// is exhausted.
 template <class Array>
 int32_t sweep_flat(const WorkArrays<Array>& work, double distance, bool split_events, bool keep_collapsed)
 {
@@ -91,11 +92,11 @@ int32_t sweep_flat(const WorkArrays<Array>& work, double distance, bool split_ev
     s.rate = work.rate->dvals;
     s.dead = work.dead->bvals;
     s.merge = work.merge->ivals;
-    run_sweep(s);
+    if (!run_sweep(s))
+        return -1;
     if (!keep_collapsed)
         return pack_live_positions(s);
-    join_dead_vertices(s);
-    return s.n;
+    return join_dead_vertices(s) ? s.n : -1;
 }
 
 /// Puts a new output in the place of the previous one.
@@ -134,6 +135,8 @@ int Border(BorderStatus* status)
 
     const int32_t points =
         korvale::sweep_flat(work, status->distance, status->split_events != 0, status->keep_collapsed != 0);
+    if (points < 0)
+        return -1;
     for (int32_t i = 0; i < points; ++i)
         work.flat->dvals[3 * static_cast<int64_t>(i) + 2] = status->height;
     work.flat->count = points;
@@ -160,6 +163,8 @@ int BORDER_BORDER(BORDERStatus* status)
 
     const int32_t points =
         korvale::sweep_flat(work, status->distance, status->split_events != 0, status->keep_collapsed != 0);
+    if (points < 0)
+        return -1;
     work.flat->count = points;
     if (!korvale::shape(status->output, points, 3, DATA_TYPE_DOUBLE))
         return -1;

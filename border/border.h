@@ -24,8 +24,9 @@
 
 /// Makes `status->output` the border of `status->path`, lifted by `height` along the normal of the flattened plane.
 ///
-/// The outline is flattened by `data_to_xy_xfms`, whose normal does not depend on the orientation of the outline: try
-/// the sign of `distance` or make the outline counter-clockwise about the normal that function finds.
+/// The outline is flattened by `data_to_xy_xfms`, which looks at the extremes of the outline and may lay it out either
+/// way round, a counter-clockwise triangle clockwise for one. A positive distance then moves inwards; `BORDER_BORDER`
+/// does not have this trait.
 ///
 /// Any previous output is released first, also when the call fails, except where it is `path` itself. The new one is
 /// the caller's, to be released with `DataDispose` and `free`.

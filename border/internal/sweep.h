@@ -6,12 +6,12 @@ namespace korvale {
 
 /// One sweep of a closed outline in the plane z = 0. The caller owns the arrays, one entry per input vertex; they hold
 /// the final state afterwards. Edge i runs from vertex i to the next live vertex, cyclically. Invariant: a dead vertex
-/// never moves or revives, and merge[i] names the vertex it gave way to, which may have died since.
+/// never moves or revives, and merge[i] names the vertex it gave way to, which was live then and may have died since.
 struct Sweep {
     int32_t n;         ///< vertices, live and dead
     double remaining;  ///< signed distance still to travel; 0 ends the sweep
     bool split_events; ///< also stop where a vertex runs into a far edge
-    double* flat;      ///< [n 3] moving positions; z is carried along, never read
+    double* flat;      ///< [n 3] positions; z is neither read nor written
     double* direction; ///< [n 3] unit direction of edge i
     double* velocity;  ///< [n 3] motion of vertex i per unit of distance
     double* line;      ///< [n 3] a, b, c of edge i
@@ -21,11 +21,12 @@ struct Sweep {
     int32_t* merge;    ///< [n] vertex it merged into
 };
 
-/// Makes every vertex live, then moves the edges of the outline `flat` to the right by `remaining`.
-void run_sweep(Sweep& s);
+/// Makes every vertex live, then moves the edges of the outline `flat` to the right by `remaining`. False when the heap
+/// is exhausted; nothing has moved then.
+bool run_sweep(Sweep& s);
 
-/// Gives every dead vertex the position of the vertex it merged into.
-void join_dead_vertices(Sweep& s);
+/// Gives every dead vertex the position of the vertex it merged into. False when the heap is exhausted.
+bool join_dead_vertices(Sweep& s);
 
 /// Moves the positions of the live vertices to the front, in order, and returns their number. The entries behind them
 /// stay as they are.

@@ -1,0 +1,171 @@
+// The sweep on random outlines: the library against the documented steps, bit for bit in everything that can be seen,
+// and properties that hold whatever the outline.
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "border/border.h"
+#include "data/operations.h"
+#include "path/flatten.h"
+#include "platform/layer.h"
+#include "tests/border/records.h"
+#include "tests/border/shapes.h"
+#include "tests/reference/sweep.h"
+#include "tests/support/bits.h"
+
+using namespace korvale::test;
+
+namespace {
+
+/// What the arrays hold before a sweep, so that entries that it must not write are seen as well.
+constexpr double kUntouched = 7.25;
+
+/// All that `BORDER_BORDER` leaves, computed by the documented steps.
+struct Expected {
+    Coordinates flat, direction, velocity, line;
+    std::vector<double> length, rate;
+    std::vector<uint8_t> dead;
+    std::vector<int32_t> merge;
+    int32_t points;
+    int64_t rounds;
+    Coordinates border;
+};
+
+void expect(Expected& expected, const Outline& outline, int seed)
+{
+    const size_t n = outline.path.size() / 3;
+    for (Coordinates* const c : {&expected.flat, &expected.direction, &expected.velocity, &expected.line})
+        c->assign(3 * n, kUntouched);
+    expected.length.assign(n, kUntouched);
+    expected.rate.assign(n, kUntouched);
+    expected.dead.assign(n, 99);
+    expected.merge.assign(n, 99);
+
+    OwnedBORDERStatus arrays(outline.path);
+    fill_points(*arrays->flat, outline.path);
+    Xfm xfm, reverse;
+    Mwsrand(static_cast<unsigned>(seed));
+    DATA_to_xy_xfms(arrays->path, xfm, reverse, 1);
+    TransformDATA(xfm, arrays->path, arrays->flat);
+    std::copy_n(arrays->flat->dvals, 3 * n, expected.flat.begin());
+
+    korvale::reference::Sweep s{};
+    s.n = static_cast<int32_t>(n);
+    s.remaining = outline.distance;
+    s.split_events = outline.split_events;
+    s.flat = expected.flat.data();
+    s.direction = expected.direction.data();
+    s.velocity = expected.velocity.data();
+    s.line = expected.line.data();
+    s.length = expected.length.data();
+    s.rate = expected.rate.data();
+    s.dead = expected.dead.data();
+    s.merge = expected.merge.data();
+    korvale::reference::run_sweep(s);
+    expected.rounds = s.rounds;
+    expected.points = s.n;
+    if (outline.keep_collapsed)
+        korvale::reference::join_dead_vertices(s);
+    else
+        expected.points = korvale::reference::pack_live_positions(s);
+
+    Coordinates border(expected.flat.begin(), expected.flat.begin() + 3 * expected.points);
+    fill_points(*arrays->flat, border);
+    fill_points(*arrays->output, border);
+    TransformDATA(reverse, arrays->flat, arrays->output);
+    expected.border = points_of(arrays->output);
+}
+
+void prefill(DATAstruct& d, int32_t kind, size_t n, int32_t dim)
+{
+    d.type = kind;
+    d.count = static_cast<int32_t>(n);
+    d.dim = dim;
+    ASSERT_EQ(DATAAllocate(&d), 1);
+    if (kind == DATA_TYPE_DOUBLE)
+        std::fill_n(d.dvals, n * static_cast<size_t>(dim), kUntouched);
+    else if (kind == DATA_TYPE_INT)
+        std::fill_n(d.ivals, n, 99);
+    else
+        std::fill_n(d.bvals, n, uint8_t{99});
+}
+
+/// Whether the library leaves what the documented steps leave.
+void compare(const Outline& outline, int seed)
+{
+    Expected expected;
+    expect(expected, outline, seed);
+    const size_t n = outline.path.size() / 3;
+
+    OwnedBORDERStatus status(outline.path);
+    for (DATAstruct* const d : {status->flat, status->direction, status->velocity, status->line})
+        prefill(*d, DATA_TYPE_DOUBLE, n, 3);
+    prefill(*status->length, DATA_TYPE_DOUBLE, n, 1);
+    prefill(*status->rate, DATA_TYPE_DOUBLE, n, 1);
+    prefill(*status->dead, DATA_TYPE_BYTE, n, 1);
+    prefill(*status->merge, DATA_TYPE_INT, n, 1);
+    status->distance = outline.distance;
+    status->keep_collapsed = outline.keep_collapsed;
+    status->split_events = outline.split_events;
+    Mwsrand(static_cast<unsigned>(seed));
+    ASSERT_EQ(BORDER_BORDER(status), 1);
+
+    EXPECT_EQ(status->flat->count, expected.points);
+    EXPECT_EQ(status->distance, outline.distance);
+    EXPECT_TRUE(same_values(expected.dead.data(), status->dead->bvals, n)) << "dead";
+    EXPECT_TRUE(same_values(expected.merge.data(), status->merge->ivals, n)) << "merge";
+    EXPECT_TRUE(same_bits(expected.flat, status->flat->dvals)) << "flat";
+    EXPECT_TRUE(same_bits(expected.direction, status->direction->dvals)) << "direction";
+    EXPECT_TRUE(same_bits(expected.velocity, status->velocity->dvals)) << "velocity";
+    EXPECT_TRUE(same_bits(expected.line, status->line->dvals)) << "line";
+    EXPECT_TRUE(same_bits(expected.length, status->length->dvals)) << "length";
+    EXPECT_TRUE(same_bits(expected.rate, status->rate->dvals)) << "rate";
+    EXPECT_TRUE(same_bits(expected.border, points_of(status->output))) << "output";
+}
+
+double any_distance(Random& random)
+{
+    const double sign = random.one_in(2) ? -1.0 : 1.0;
+    switch (random.below(6)) {
+    case 0:
+        return sign * random.between(1, 8) * 0.25;
+    case 1:
+        return sign * std::fabs(random.spread());
+    case 2:
+        return sign * random.uniform(0, 10);
+    default:
+        return sign * random.uniform(0, 1.5);
+    }
+}
+
+void compare_many(uint64_t seed, int rounds, int most_points)
+{
+    Random random(seed);
+    for (int round = 0; round < rounds && !testing::Test::HasFailure(); ++round) {
+        const Outline outline = {any_outline(most_points, random), any_distance(random), random.one_in(2),
+                                 !random.one_in(4)};
+        SCOPED_TRACE(testing::Message() << "outline " << round << " of " << outline.path.size() / 3
+                                        << " points, distance " << describe(outline.distance) << ", splits "
+                                        << outline.split_events);
+        compare(outline, round);
+    }
+}
+
+} // namespace
+
+TEST(BORDER_BORDER, LeavesWhatTheDocumentedStepsLeaveOnSmallOutlines)
+{
+    compare_many(1, 20000, 12);
+}
+
+TEST(BORDER_BORDER, LeavesWhatTheDocumentedStepsLeaveOnMiddlingOutlines)
+{
+    compare_many(2, 3000, 60);
+}
+
+TEST(BORDER_BORDER, LeavesWhatTheDocumentedStepsLeaveOnLargeOutlines)
+{
+    compare_many(3, 300, 300);
+}
