@@ -1,0 +1,171 @@
+// Offsetting outlines of several kinds, each against the documented steps as they stand and, where it is installed,
+// against a polygon offsetting library that works on an integer grid. `plain` and `peer` are their times divided by the
+// library's, measured in the same run: above 1 the library is quicker.
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <numbers>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "border/border.h"
+#include "data/operations.h"
+#include "path/flatten.h"
+#include "tests/reference/sweep.h"
+
+#ifdef KORVALE_BENCH_POLYCLIPPING
+#include <polyclipping/clipper.hpp>
+#endif
+
+namespace {
+
+using Points = std::vector<double>; // [n 3]
+
+constexpr double kFullTurn = 2.0 * std::numbers::pi;
+
+/// A circle of radius 10 with a wave every 16 points.
+Points wiggly(int n, double depth)
+{
+    Points points;
+    for (int i = 0; i < n; ++i) {
+        const double angle = kFullTurn * i / n, radius = 10.0 + depth * std::sin(n / 16 * angle + std::sin(5 * angle));
+        points.insert(points.end(), {radius * std::cos(angle), radius * std::sin(angle), 0.0});
+    }
+    return points;
+}
+
+/// n / 4 teeth, four points each, all alike.
+Points gear(int n)
+{
+    Points points;
+    for (int i = 0; i < n; ++i) {
+        const double angle = kFullTurn * i / n, radius = i % 4 < 2 ? 9.0 : 10.0;
+        points.insert(points.end(), {radius * std::cos(angle), radius * std::sin(angle), 0.0});
+    }
+    return points;
+}
+
+struct Case {
+    Points points;
+    double distance;
+    bool split_events;
+};
+
+Case no_event(int n)
+{
+    return {wiggly(n, 1.0 / n), -1.0 / n, true};
+}
+Case inwards(int n)
+{
+    return {wiggly(n, 0.5), -5.0, true};
+}
+Case inwards_without_splits(int n)
+{
+    return {wiggly(n, 0.5), -5.0, false};
+}
+Case gear_inwards(int n)
+{
+    return {gear(n), -2.0, true};
+}
+
+template <class Work>
+double seconds(Work work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// The best of a few runs that together last long enough.
+template <class Work>
+double least_seconds(Work work)
+{
+    double least = seconds(work), total = least;
+    while (total < 0.05) {
+        const double now = seconds(work);
+        least = now < least ? now : least;
+        total += now;
+    }
+    return least;
+}
+
+/// What `BORDER_BORDER` does, in the arrays of `status`, by the documented steps.
+void sweep_plainly(BORDERStatus& status)
+{
+    Xfm xfm, reverse;
+    DATA_to_xy_xfms(status.path, xfm, reverse, 1);
+    status.flat->count = status.path->count;
+    TransformDATA(xfm, status.path, status.flat);
+    korvale::reference::Sweep s{};
+    s.n = status.path->count;
+    s.remaining = status.distance;
+    s.split_events = status.split_events != 0;
+    s.flat = status.flat->dvals;
+    s.direction = status.direction->dvals;
+    s.velocity = status.velocity->dvals;
+    s.line = status.line->dvals;
+    s.length = status.length->dvals;
+    s.rate = status.rate->dvals;
+    s.dead = status.dead->bvals;
+    s.merge = status.merge->ivals;
+    korvale::reference::run_sweep(s);
+    korvale::reference::join_dead_vertices(s);
+    TransformDATA(reverse, status.flat, status.output);
+}
+
+#ifdef KORVALE_BENCH_POLYCLIPPING
+void offset_on_grid(const Case& c)
+{
+    constexpr double kGrid = 1e6;
+    ClipperLib::Path path;
+    for (size_t i = 0; i < c.points.size(); i += 3)
+        path.emplace_back(std::llround(c.points[i] * kGrid), std::llround(c.points[i + 1] * kGrid));
+    ClipperLib::ClipperOffset offset(1000.0);
+    offset.AddPath(path, ClipperLib::jtMiter, ClipperLib::etClosedPolygon);
+    ClipperLib::Paths result;
+    offset.Execute(result, c.distance * kGrid);
+    benchmark::DoNotOptimize(result.data());
+}
+#endif
+
+template <Case (*make)(int)>
+void sweep(benchmark::State& state)
+{
+    const Case c = make(static_cast<int>(state.range(0)));
+    BORDERStatus status;
+    BORDERInitialize(&status);
+    status.distance = c.distance;
+    status.split_events = c.split_events;
+    status.path->dim = 3;
+    status.path->count = static_cast<int32_t>(state.range(0));
+    if (DATAAllocate(status.path) < 0)
+        std::abort();
+    std::copy(c.points.begin(), c.points.end(), status.path->dvals);
+    for (auto _ : state)
+        BORDER_BORDER(&status);
+
+    const double own = least_seconds([&status] { BORDER_BORDER(&status); });
+    state.counters["plain"] = least_seconds([&status] { sweep_plainly(status); }) / own;
+#ifdef KORVALE_BENCH_POLYCLIPPING
+    state.counters["peer"] = least_seconds([&c] { offset_on_grid(c); }) / own;
+#endif
+    for (DATAstruct* const d : {status.path, status.output, status.flat, status.velocity, status.direction, status.line,
+                                status.dead, status.length, status.rate, status.merge}) {
+        DATADispose(d);
+        std::free(d);
+    }
+}
+
+} // namespace
+
+BENCHMARK(sweep<no_event>)->Name("wiggly, no event")->Arg(16)->Arg(64)->Arg(1024)->Arg(4096);
+BENCHMARK(sweep<inwards>)->Name("wiggly inwards")->Unit(benchmark::kMicrosecond)->Arg(16)->Arg(64)->Arg(256)->Arg(1024);
+BENCHMARK(sweep<inwards_without_splits>)
+    ->Name("wiggly inwards, splits off")
+    ->Unit(benchmark::kMicrosecond)
+    ->Arg(16)
+    ->Arg(1024)
+    ->Arg(4096);
+BENCHMARK(sweep<gear_inwards>)->Name("gear inwards")->Unit(benchmark::kMicrosecond)->Arg(16)->Arg(256)->Arg(1024);
