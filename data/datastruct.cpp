@@ -76,36 +76,39 @@ int64_t owned_slots(const DATAstruct& d)
     return elements(d.alloc_count, d.alloc_dim);
 }
 
-/// Stands in the dim of a child that waits for its release; no array is shaped like this.
+/// Stands in the dim of a record that waits for its release; no array is shaped like this.
 constexpr int32_t kAwaitsRelease = std::numeric_limits<int32_t>::min();
 
-/// Puts `first` and the records along its `next`, up to one that a slot owns as well, in front of `waiting`.
+/// Puts `first` and the records along its `next`, up to one that waits already, in front of `waiting`.
 DATAstruct* prepend_list(DATAstruct* first, DATAstruct* waiting)
 {
+    if (first == nullptr || first->dim == kAwaitsRelease)
+        return waiting;
     DATAstruct* last = first;
-    while (last->next != nullptr && last->next->dim != kAwaitsRelease)
-        last = last->next;
+    for (last->dim = kAwaitsRelease; last->next != nullptr && last->next->dim != kAwaitsRelease; last = last->next)
+        last->next->dim = kAwaitsRelease;
     last->next = waiting;
     return first;
 }
 
-/// Frees the buffers of `d` and puts everything it owned in front of `waiting`. A record that stands in several slots,
-/// or in a slot and in the list of another slot's child, is put there once.
+/// Frees the buffers of `d` and puts its children, with their lists, in front of `waiting`. A record that is reached
+/// twice, as a list's records are when slots own them as well, is put there once.
 DATAstruct* empty_onto(DATAstruct& d, DATAstruct* waiting)
 {
     const int64_t n = owned_slots(d);
-    int64_t children = 0;
-    for (int64_t i = 0; i < n; ++i) {
-        auto* const child = static_cast<DATAstruct*>(d.pvals[i]);
-        if (child == nullptr || child->dim == kAwaitsRelease)
-            continue;
-        child->dim = kAwaitsRelease;
-        d.pvals[children++] = child;
-    }
-    for (int64_t i = 0; i < children; ++i)
+    for (int64_t i = 0; i < n; ++i)
         waiting = prepend_list(static_cast<DATAstruct*>(d.pvals[i]), waiting);
     free_buffers(d);
     return waiting;
+}
+
+/// The children that are visited where dim is not looked at: one slot per element, none where slots are missing.
+int32_t children_by_count(const DATAstruct& d)
+{
+    const bool wrapped = d.alloc_count < 0 || d.alloc_dim < 0;
+    if (d.pvals == nullptr || (!wrapped && d.count > elements(d.alloc_count, d.alloc_dim)))
+        return 0;
+    return d.count;
 }
 
 bool has_slots(const DATAstruct* d, int32_t dim)
@@ -199,8 +202,9 @@ int DATADispose(DATAstruct* d)
 {
     if (d == nullptr)
         return -1;
-    DATAstruct* waiting = korvale::empty_onto(*d, d->next);
-    while (waiting != nullptr) {
+    d->dim = korvale::kAwaitsRelease;
+    DATAstruct* waiting = korvale::empty_onto(*d, korvale::prepend_list(d->next, nullptr));
+    while (waiting != nullptr) { // a loop, since lists and trees may be deeper than the stack
         DATAstruct* const record = waiting;
         waiting = korvale::empty_onto(*record, record->next);
         std::free(record);
@@ -282,8 +286,7 @@ void DATASubReverse(DATAstruct* d)
         DATAReverse(d);
         return;
     }
-    if (!korvale::is_filled(*d))
-        return;
-    for (int32_t i = 0; i < d->count; ++i) // Deliberate: one slot per element, whatever dim is
+    const int32_t n = korvale::children_by_count(*d); // Deliberate: one slot per element, whatever dim is
+    for (int32_t i = 0; i < n; ++i)
         DATASubReverse(static_cast<DATAstruct*>(d->pvals[i]));
 }

@@ -257,7 +257,8 @@ void carry_tree(const double (*m)[4], const DATAstruct* source, DATAstruct* outp
         return;
     if (source->type == DATA_TYPE_DOUBLE)
         carry_array(m, *source, *output);
-    if (source->type != DATA_TYPE_DATA || !is_filled(*source) || !is_filled(*output))
+    if (source->type != DATA_TYPE_DATA || !holds(*source, DATA_TYPE_DATA, source->count) ||
+        !holds(*output, DATA_TYPE_DATA, output->count))
         return;
     for (int32_t i = 0; i < source->count; ++i)
         carry_tree(m, static_cast<const DATAstruct*>(source->pvals[i]), static_cast<DATAstruct*>(output->pvals[i]));

@@ -129,11 +129,12 @@ inline int64_t room(const DATAstruct& d)
     return wrapped ? elements(d.count, d.dim) : elements(d.alloc_count, d.alloc_dim);
 }
 
-/// Whether `wanted` components of kind `type` can be read or written: the buffer exists and has the room.
+/// Whether `wanted` components of kind `type` can be read or written: the buffer exists and has the room, and an array
+/// may have as many.
 template <class Array>
 bool holds(const Array& d, int32_t type, int64_t wanted)
 {
-    return buffer_of(d, type) != nullptr && wanted <= room(d);
+    return buffer_of(d, type) != nullptr && wanted <= room(d) && wanted <= kMostElements;
 }
 
 /// Whether the count * dim components of the record's own kind exist.

@@ -89,11 +89,13 @@ bool start_counting()
 {
     code_begin = code_end = 0;
     dl_iterate_phdr(note_library, nullptr);
-    const int64_t before = heap.made;
+    const Heap before = heap;
     void* (*volatile const allocate)(size_t) = std::malloc; // out of the optimiser's sight
     void (*volatile const release)(void*) = std::free;
     release(allocate(1));
-    return heap.made != before; // a tool may have put its own heap in front of this one
+    const bool counted = heap.made != before.made; // a tool may have put its own heap in front of this one
+    heap = before;
+    return counted;
 }
 
 /// Notes an allocation; whether it is to fail.
