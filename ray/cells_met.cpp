@@ -37,14 +37,54 @@ struct Found {
     /// False when there is no more room.
     bool add(int32_t cell)
     {
-        if (cells[cell].next == nullptr)
-            return true;
         if (count == kMostCellsMet)
             return false;
+        __builtin_prefetch(&cells[cell].next); // soon to be asked for triangles; cells lie far apart
         met[count++] = cell;
         return true;
     }
+
+    void drop_empty_cells()
+    {
+        int32_t kept = 0;
+        for (int32_t i = 0; i < count; ++i)
+            if (const data_list_struct* const numbers = cells[met[i]].next; numbers != nullptr) {
+                __builtin_prefetch(numbers);
+                met[kept++] = met[i];
+            }
+        count = kept;
+    }
 };
+
+/// The planes of axis `k` in the order in which the ray comes to them, `step` apart, up to `end`. The rest lie behind it
+/// or are not approached.
+struct PlaneWalk {
+    int32_t i, end, step;
+};
+
+PlaneWalk planes_ahead(const GridAxis& axis, double o, double d)
+{
+    const int32_t n = axis.cells;
+    int32_t i = axis.guess_cell(o);
+    if (d > -kLeastApproach) { // up, or only the planes that hold the origin
+        while (i > 0 && axis.planes[i - 1] >= o)
+            --i;
+        while (i <= n && axis.planes[i] < o)
+            ++i;
+        return {i, n + 1, 1};
+    }
+    while (i < n && axis.planes[i + 1] <= o)
+        ++i;
+    while (i >= 0 && axis.planes[i] > o)
+        --i;
+    return {i, -1, -1};
+}
+
+/// Whether a meeting point at `value` has left the axis for good: rounded or not, it moves on in the direction of `d`.
+bool is_past(const GridAxis& axis, double value, double d)
+{
+    return d > 0 ? value > axis.planes[axis.cells] : d < 0 && value < axis.planes[0];
+}
 
 /// Adds the cells whose faces across axis `k` the ray meets.
 bool add_cells_across(const double* o, const double* d, const Grid& grid, int k, Found& found)
@@ -52,12 +92,17 @@ bool add_cells_across(const double* o, const double* d, const Grid& grid, int k,
     const int a = k == 0 ? 1 : 0, b = k == 2 ? 1 : 2;
     const int32_t strides[3] = {grid.axes[1].cells * grid.axes[2].cells, grid.axes[2].cells, 1};
     const GridAxis& axis = grid.axes[k];
-    for (int32_t i = 0; i <= axis.cells; ++i) {
+    const PlaneWalk walk = planes_ahead(axis, o[k], d[k]);
+    for (int32_t i = walk.i; i != walk.end; i += walk.step) {
         double at_a, at_b;
         if (!meets_plane(o, d, axis.planes[i], k, a, b, &at_a, &at_b))
-            continue;
+            break; // nor any farther plane
+        if (is_past(grid.axes[a], at_a, d[a]) || is_past(grid.axes[b], at_b, d[b]))
+            break;
         const CellRange along_a = cells_holding(grid.axes[a], at_a);
         const CellRange along_b = cells_holding(grid.axes[b], at_b);
+        if (along_a.last < 0 || along_b.last < 0)
+            continue;
         for (int32_t slab = std::max(i - 1, 0); slab <= std::min(i, axis.cells - 1); ++slab)
             for (int32_t ia = along_a.first; ia <= along_a.last; ++ia)
                 for (int32_t ib = along_b.first; ib <= along_b.last; ++ib)
@@ -76,8 +121,12 @@ int32_t find_cells_met(const double* o, const double* d, const Grid& grid, const
     for (int k = 0; k < 3; ++k)
         if (!add_cells_across(o, d, grid, k, found))
             return -1;
+    found.drop_empty_cells();
     std::sort(met, met + found.count);
-    return static_cast<int32_t>(std::unique(met, met + found.count) - met);
+    const auto count = static_cast<int32_t>(std::unique(met, met + found.count) - met);
+    for (int32_t i = 0; i < count; ++i)
+        __builtin_prefetch(cells[met[i]].next->ivals);
+    return count;
 }
 
 } // namespace korvale

@@ -42,8 +42,11 @@ void test_cells(Cast& cast, const double* o, const double* d, const RayStatus& s
     const Grid grid = grid_of(s);
     int32_t met[kMostCellsMet];
     const int32_t count = grid.in_order ? find_cells_met(o, d, grid, s.cells, met) : -1;
-    for (int32_t i = 0; i < count; ++i)
+    for (int32_t i = 0; i < count; ++i) {
+        if (i + 1 < count)
+            prefetch_triangles(cast, s.cells[met[i + 1]]);
         test_cell(cast, s.cells[met[i]]);
+    }
     if (count >= 0)
         return;
     for (int32_t c = 0; c < grid.count(); ++c)

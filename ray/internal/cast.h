@@ -20,4 +20,7 @@ struct Cast {
 /// Tests the triangles of a cell that are not marked yet, in the order of its chain.
 void test_cell(Cast& cast, const data_list_struct& cell);
 
+/// Asks for the first triangles of a cell, to be tested soon.
+void prefetch_triangles(const Cast& cast, const data_list_struct& cell);
+
 } // namespace korvale

@@ -8,7 +8,7 @@ namespace korvale {
 
 /// Room for the cells that one ray meets. A ray crosses about nx + ny + nz of them; it takes a grid of empty thickness
 /// to meet more.
-constexpr int32_t kMostCellsMet = 1024;
+constexpr int32_t kMostCellsMet = 4096;
 
 /// Finds the cells of a grid in order that hold triangles and a face of which the ray meets: those that
 /// `ray_int_bbox` accepts. Writes their numbers, ascending, and returns how many there are, or -1 when there are more
