@@ -53,6 +53,7 @@ using Layers = std::vector<std::vector<std::vector<Vec3>>>;
 Layers lift(BorderRecord& record, const Shape& letter, const std::vector<Step>& steps)
 {
     fill_list(*record->path, letter);
+    DATADispose(record->output); // a list that grows would forget the children it had
     record->keep_collapsed = 1;
     record->split_events = 1;
     Layers layers;
