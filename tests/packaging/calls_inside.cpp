@@ -113,10 +113,10 @@ void print_equations()
     EquationSystem equations;
     EqSystemInitialize(&equations);
     EqParseVariables(&equations, variables, 0);
-    const int row = EqParseEquation(&equations, equation);
+    EqParseEquation(&equations, equation);
     char x[] = "x";
     EqSetVariableByName(&equations, x, 0.75);
-    EqEvaluate(&equations, row);
+    EqEvaluate(&equations, 0);
     char y[] = "y";
     const double value = EqReadVariableByName(&equations, y);
     print("EqEvaluate", &value, 1);
