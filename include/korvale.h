@@ -9,6 +9,7 @@
 #include "data/data.h"
 #include "data/datastruct.h"
 #include "data/operations.h"
+#include "data/sampling.h"
 #include "equation/equation.h"
 #include "equation/system.h"
 #include "exchange/vertices.h"

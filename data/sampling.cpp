@@ -1,0 +1,177 @@
+#include "data/sampling.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "data/internal/scratch.h"
+#include "data/internal/shape.h"
+#include "math/internal/vec.h"
+#include "platform/layer.h"
+#include "platform/module_start.h"
+
+// Sampling draws a number for each point and takes the first triangle whose cumulative share of the area reaches it.
+// The shares are kept as running maxima: they reach a number at the same triangle first, and they ascend whatever the
+// areas are (a share that is not a number reaches none). So the triangle is found by halving, and where many points are
+// made, in a table over the few values a draw has.
+namespace korvale {
+namespace {
+
+/// The largest value of the platform's generator.
+constexpr int kLargestDraw = 32767;
+/// From so many points on a table of all draws is quicker than halving.
+constexpr int64_t kPointsForTable = 4096;
+/// Components of a triangle: three vertices.
+constexpr int kTriangle = 9;
+
+struct Triangles {
+    const double* values; ///< [count][stride], vertices in the first nine
+    int64_t count, stride;
+};
+
+struct Points {
+    double* values; ///< [count][stride], x y z in the first three
+    int64_t count, stride;
+};
+
+struct Attributes {
+    const double* from; ///< [triangles][3][width]
+    double* to;         ///< [points][width]
+    int64_t width;      ///< 0 where none are carried
+};
+
+/// A draw as a value in [0, 1].
+double unit(int draw)
+{
+    return draw / static_cast<double>(kLargestDraw);
+}
+
+double area(const double* triangle)
+{
+    double a[3], b[3], normal[3];
+    subtract(triangle + 3, triangle, a);
+    subtract(triangle + 6, triangle, b);
+    cross(a, b, normal);
+    return 0.5 * length(normal);
+}
+
+/// Fills `reached` with the running maximum of the cumulative shares of the area.
+void measure_shares(const Triangles& t, double* reached)
+{
+    double sum = 0.0;
+    for (int64_t i = 0; i < t.count; ++i) {
+        reached[i] = area(t.values + i * t.stride);
+        sum += reached[i];
+    }
+    double share = 0.0, most = -std::numeric_limits<double>::infinity();
+    for (int64_t i = 0; i < t.count; ++i) {
+        share += reached[i] / sum;
+        if (share > most)
+            most = share;
+        reached[i] = most;
+    }
+}
+
+/// The first triangle whose share reaches `r`, or the last.
+int64_t first_reaching(double r, const double* reached, int64_t count)
+{
+    const int64_t found = std::lower_bound(reached, reached + count, r) - reached;
+    return std::min(found, count - 1);
+}
+
+/// Writes the triangle of every draw to table[kLargestDraw + 1].
+void tabulate(const double* reached, int64_t count, int32_t* table)
+{
+    int64_t i = 0;
+    for (int draw = 0; draw <= kLargestDraw; ++draw) {
+        while (i < count - 1 && !(unit(draw) <= reached[i]))
+            ++i;
+        table[draw] = static_cast<int32_t>(i);
+    }
+}
+
+/// The weighted sum of `width` values at three places `width` apart.
+void weigh(const double* corners, int64_t width, double u, double v, double w, double* out)
+{
+    for (int64_t k = 0; k < width; ++k)
+        out[k] = u * corners[k] + v * corners[width + k] + w * corners[2 * width + k];
+}
+
+void scatter(const Triangles& t, unsigned seed, const Points& p, const Attributes& attributes)
+{
+    Mwsrand(seed);
+    Scratch<double> reached(t.count);
+    if (!reached.exists())
+        return;
+    measure_shares(t, reached.get());
+    Scratch<int32_t> table(p.count >= kPointsForTable ? kLargestDraw + 1 : 0);
+    if (table.exists())
+        tabulate(reached.get(), t.count, table.get());
+
+    for (int64_t s = 0; s < p.count; ++s) {
+        const int draw = Mwrand();
+        const bool tabled = table.exists() && draw >= 0 && draw <= kLargestDraw;
+        const int64_t i = tabled ? table[draw] : first_reaching(unit(draw), reached.get(), t.count);
+        double u = unit(Mwrand());
+        double v = unit(Mwrand());
+        if (u + v > 1) {
+            u = 1 - u;
+            v = 1 - v;
+        }
+        const double w = 1 - u - v;
+        weigh(t.values + i * t.stride, 3, u, v, w, p.values + s * p.stride);
+        weigh(attributes.from + 3 * i * attributes.width, attributes.width, u, v, w,
+              attributes.to + s * attributes.width);
+    }
+}
+
+/// The attributes to carry, of width 0 where there are none or no place for them.
+template <class Array>
+Attributes attributes_to_carry(const Array* vertices, const Array* points, int64_t triangles, int64_t count)
+{
+    const Attributes none = {nullptr, nullptr, 0};
+    if (vertices == nullptr || points == nullptr)
+        return none;
+    const int64_t values = elements(vertices->count, vertices->dim);
+    const int64_t width = values / (3 * triangles);
+    if (width < 1 || values != width * 3 * triangles || points->count != count || points->dim != width)
+        return none;
+    if (!holds(*vertices, DATA_TYPE_DOUBLE, values) || !holds(*points, DATA_TYPE_DOUBLE, elements(count, width)))
+        return none;
+    return {vertices->dvals, points->dvals, width};
+}
+
+/// Whether `d` has elements of at least `width` doubles.
+template <class Array>
+bool has_rows(const Array* d, int32_t width)
+{
+    return d != nullptr && d->count >= 1 && d->dim >= width && holds(*d, DATA_TYPE_DOUBLE, elements(d->count, d->dim));
+}
+
+template <class Array>
+void sample(const Array* triangles, unsigned seed, Array* points, const Array* vertex_attributes,
+            Array* point_attributes)
+{
+    if (!has_rows(triangles, kTriangle) || !has_rows(points, 3))
+        return;
+    scatter({triangles->dvals, triangles->count, triangles->dim}, seed, {points->dvals, points->count, points->dim},
+            attributes_to_carry(vertex_attributes, point_attributes, triangles->count, points->count));
+}
+
+} // namespace
+} // namespace korvale
+
+// DataTriSample does not look at the kinds of the two arrays; DATATriSample wants doubles. Nothing else differs.
+
+void DataTriSample(Data* triangles, unsigned int seed, Data* points, Data* vertex_attributes, Data* point_attributes)
+{
+    korvale::sample(triangles, seed, points, vertex_attributes, point_attributes);
+}
+
+void DATATriSample(DATAstruct* triangles, unsigned int seed, DATAstruct* points, DATAstruct* vertex_attributes,
+                   DATAstruct* point_attributes)
+{
+    if (triangles == nullptr || triangles->type != DATA_TYPE_DOUBLE || points == nullptr ||
+        points->type != DATA_TYPE_DOUBLE)
+        return;
+    korvale::sample(triangles, seed, points, vertex_attributes, point_attributes);
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+// Sampling of triangles as it is documented: every draw searches all shares from the first on.
+namespace korvale::reference {
+
+struct Samples {
+    std::vector<double> points;     ///< [count][3]
+    std::vector<double> attributes; ///< [count][k]
+};
+
+/// Makes `count` points on triangles[n][9], carrying k values a vertex from attributes[n][3][k].
+Samples sample_triangles(const std::vector<double>& triangles, unsigned seed, int64_t count,
+                         const std::vector<double>& attributes);
+
+} // namespace korvale::reference
