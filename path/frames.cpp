@@ -6,6 +6,7 @@
 #include "path/frames.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "data/internal/shape.h"
 #include "math/internal/mat.h"
@@ -34,48 +35,48 @@ struct Axes {
     double z[3];
 };
 
-void set3(double x, double y, double z, double* out)
+inline void set3(double x, double y, double z, double* out)
 {
     out[0] = x;
     out[1] = y;
     out[2] = z;
 }
 
+inline void set4(double x, double y, double z, double w, double* out)
+{
+    set3(x, y, z, out);
+    out[3] = w;
+}
+
 /// The direction from one point to another, of length 1 unless it is too short for that.
-void unit_direction(const double* from, const double* to, double* out)
+inline void unit_direction(const double* from, const double* to, double* out)
 {
     subtract(to, from, out);
     make_unit(out);
 }
 
 /// The z axis between the direction that arrives and the one that leaves, not normalised.
-void bisect(const double* leaving, const double* arriving, double* z)
+inline void bisect(const double* leaving, const double* arriving, double* z)
 {
-    for (int k = 0; k < 3; ++k)
-        z[k] = -leaving[k] - arriving[k];
+    set3(-leaving[0] - arriving[0], -leaving[1] - arriving[1], -leaving[2] - arriving[2], z);
 }
 
 /// Takes away what of `x` runs along `z`. False, with `x` shortened only, when nothing is left.
-bool make_perpendicular(double* x, const double* z)
+inline bool make_perpendicular(double* x, const double* z)
 {
     const double along = dot(x, z);
-    for (int k = 0; k < 3; ++k)
-        x[k] = x[k] - along * z[k];
+    set3(x[0] - along * z[0], x[1] - along * z[1], x[2] - along * z[2], x);
     return make_unit(x);
 }
 
-void write_frame(const Axes& axes, const double* point, Xfm& frame)
+inline void write_frame(const Axes& axes, const double* point, Xfm& frame)
 {
     double y[3];
     cross(axes.z, axes.x, y);
-    for (int r = 0; r < 3; ++r) {
-        frame[r][0] = axes.x[r];
-        frame[r][1] = y[r];
-        frame[r][2] = axes.z[r];
-        frame[r][3] = point[r];
-    }
-    frame[3][0] = frame[3][1] = frame[3][2] = 0.0;
-    frame[3][3] = 1.0;
+    set4(axes.x[0], y[0], axes.z[0], point[0], frame[0]);
+    set4(axes.x[1], y[1], axes.z[1], point[1], frame[1]);
+    set4(axes.x[2], y[2], axes.z[2], point[2], frame[2]);
+    set4(0.0, 0.0, 0.0, 1.0, frame[3]);
 }
 
 /// Where the start has no direction, the steps of the path are added up until there is one.
@@ -120,8 +121,7 @@ Axes first_axes(const Polyline& path)
     Axes axes;
     double leaving[3], arriving[3] = {0.0, 0.0, 0.0};
     subtract(path.point(1), path.point(0), leaving);
-    for (int k = 0; k < 3; ++k)
-        axes.z[k] = -leaving[k];
+    set3(-leaving[0], -leaving[1], -leaving[2], axes.z);
     make_unit(axes.z);
     if (path.closed) {
         unit_direction(path.last(), path.point(0), arriving);
@@ -140,26 +140,30 @@ Axes first_axes(const Polyline& path)
 }
 
 /// Carries the axes of the frame before on to a frame whose z axis runs along `z`.
-void carry_on(Axes& axes, double* z)
+inline void carry_on(Axes& axes, double* z)
 {
-    const Axes before = axes;
-    if (make_unit(z))
-        copy3(z, axes.z);
-    if (!make_perpendicular(axes.x, axes.z))
-        axes = before;
+    if (!make_unit(z))
+        copy3(axes.z, z);
+    double x[3];
+    copy3(axes.x, x);
+    if (!make_perpendicular(x, z))
+        return;
+    copy3(x, axes.x);
+    copy3(z, axes.z);
 }
 
-void last_z(const Polyline& path, double* z)
+/// A row of a matrix in lanes.
+typedef double Row __attribute__((vector_size(4 * sizeof(double))));
+
+/// frame = frame * turn, the full product, so that signed zeros and points that are not finite come out the same. Each
+/// lane sums its column from the left.
+inline void turn_about_z(double c, double s, Xfm& frame)
 {
-    const double* const before = path.point(path.n - 2);
-    if (!path.closed) {
-        subtract(before, path.last(), z);
-        return;
+    const Row turn[4] = {{c, -s, 0.0, 0.0}, {s, c, 0.0, 0.0}, {0.0, 0.0, 1.0, 0.0}, {0.0, 0.0, 0.0, 1.0}};
+    for (auto& row : frame) {
+        const Row product = row[0] * turn[0] + row[1] * turn[1] + row[2] * turn[2] + row[3] * turn[3];
+        std::memcpy(row, &product, sizeof product);
     }
-    double leaving[3], arriving[3];
-    unit_direction(path.last(), path.point(0), leaving);
-    unit_direction(before, path.last(), arriving);
-    bisect(leaving, arriving, z);
 }
 
 /// Turns frame i about its z axis by i / n of the angle between the last x axis and the first.
@@ -175,18 +179,12 @@ void spread_twist(const Axes& first, const Axes& last, double full_turn, int n, 
     const double share = angle / static_cast<double>(n);
     const double cos_share = std::cos(share), sin_share = std::sin(share);
 
-    Xfm turn;
-    set_identity(turn);
     double c = 1.0, s = 0.0;
     for (int i = 1; i < n; ++i) {
         const double next_c = cos_share * c - sin_share * s;
         s = s * cos_share + c * sin_share;
         c = next_c;
-        turn[0][0] = c;
-        turn[0][1] = -s;
-        turn[1][0] = s;
-        turn[1][1] = c;
-        multiply(frames[i], turn, frames[i]);
+        turn_about_z(c, s, frames[i]);
     }
 }
 
@@ -195,17 +193,24 @@ void find_frames(const Polyline& path, double full_turn, Xfm* frames)
     const Axes first = first_axes(path);
     write_frame(first, path.point(0), frames[0]);
 
+    // The direction that leaves a point is the one that arrives at the next.
     Axes axes = first;
-    double z[3];
+    double leaving[3], arriving[3], z[3];
+    unit_direction(path.point(0), path.point(1), leaving);
     for (int i = 1; i < path.n - 1; ++i) {
-        double leaving[3], arriving[3];
+        copy3(leaving, arriving);
         unit_direction(path.point(i), path.point(i + 1), leaving);
-        unit_direction(path.point(i - 1), path.point(i), arriving);
         bisect(leaving, arriving, z);
         carry_on(axes, z);
         write_frame(axes, path.point(i), frames[i]);
     }
-    last_z(path, z);
+    if (path.closed) {
+        copy3(leaving, arriving);
+        unit_direction(path.last(), path.point(0), leaving);
+        bisect(leaving, arriving, z);
+    } else {
+        subtract(path.point(path.n - 2), path.last(), z);
+    }
     carry_on(axes, z);
     write_frame(axes, path.last(), frames[path.n - 1]);
 
