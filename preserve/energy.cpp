@@ -1,18 +1,114 @@
+#include "preserve/internal/energy.h"
+
 #include "platform/module_start.h"
 #include "preserve/evaluation.h"
+#include "preserve/internal/energy_wide.h"
 #include "preserve/internal/measures.h"
 
 namespace korvale {
-namespace {
 
-/// The energy of one measure.
-double penalty(double weight, double measure, double reference)
+bool find_term(const PreserveStatus& s, LengthTerm& term)
 {
-    const double deviation = measure - reference;
-    return weight * (deviation * deviation);
+    term.edges = edges_of(s);
+    term.reference = measures_in(s.olen, term.edges.count);
+    term.measure = measures_in(s.nlen, term.edges.count);
+    if (term.reference == nullptr || term.measure == nullptr || !covers_mesh(s.cur_points, s))
+        return false;
+    term.p = s.cur_points->dvals;
+    term.tags = tags_of(s);
+    term.weight = s.weights[0];
+    return true;
 }
 
-} // namespace
+bool find_term(const PreserveStatus& s, AngleTerm& term)
+{
+    term.faces = faces_of(s);
+    term.reference = measures_in(s.ofang, term.faces.corner_count);
+    term.measure = measures_in(s.nfang, term.faces.corner_count);
+    if (term.reference == nullptr || term.measure == nullptr || !covers_mesh(s.cur_points, s))
+        return false;
+    term.p = s.cur_points->dvals;
+    term.tags = tags_of(s);
+    term.weight = s.weights[1];
+    return true;
+}
+
+double add_edge_energies(const LengthTerm& term, int32_t first, double energy, const Refusal& refusal)
+{
+    for (int32_t e = first; e < term.edges.count; ++e) {
+        const int32_t a = term.edges.ends[2 * int64_t{e}], b = term.edges.ends[2 * int64_t{e} + 1];
+        const double length = edge_length(term.p, a, b);
+        term.measure[e] = length;
+        if (!term.tags.contain(a) || !term.tags.contain(b))
+            energy += penalty(term.weight, length, term.reference[e]);
+        if (refusal.is_due(energy))
+            break;
+    }
+    return energy;
+}
+
+double add_face_energies(const AngleTerm& term, int32_t f, int32_t first, double energy)
+{
+    const auto add_corner = [&](int32_t point, int32_t previous, int32_t next, int32_t corner) {
+        double cosine;
+        const bool has_angle = corner_cosine(term.p, point, previous, next, cosine);
+        term.measure[corner] = cosine;
+        if (has_angle && (!term.tags.contain(point) || !term.tags.contain(next) || !term.tags.contain(previous)))
+            energy += penalty(term.weight, cosine, term.reference[corner]);
+    };
+    for_each_corner_of(term.faces.corners + first, term.faces.sizes[f], first, add_corner);
+    return energy;
+}
+
+double add_energies(const LengthTerm& term, double energy, const Refusal& refusal)
+{
+#ifdef KORVALE_HAS_WIDE_LANES
+    if (has_avx2())
+        return add_energies_wide(term, energy, refusal);
+#endif
+    return add_edge_energies(term, 0, energy, refusal);
+}
+
+double add_energies(const AngleTerm& term, double energy, const Refusal& refusal)
+{
+#ifdef KORVALE_HAS_WIDE_LANES
+    if (has_avx2())
+        return add_energies_wide(term, energy, refusal);
+#endif
+    int32_t first = 0;
+    for (int32_t f = 0; f < term.faces.count && !refusal.is_due(energy); ++f) {
+        energy = add_face_energies(term, f, first, energy);
+        first += term.faces.sizes[f];
+    }
+    return energy;
+}
+
+bool measure_volume_and_area(PreserveStatus& s, int terms)
+{
+    const Faces faces = faces_of(s);
+    double volume = 0.0, area = 0.0;
+    if (faces.count > 0) {
+        if (!covers_mesh(s.cur_points, s))
+            return false;
+        measure_faces(s.cur_points->dvals, faces, volume, area);
+    }
+    if ((terms & PRESERVE_VOLUME) != 0)
+        s.nvolume = volume;
+    if ((terms & PRESERVE_AREA) != 0)
+        s.narea = area;
+    return true;
+}
+
+double volume_energy(const PreserveStatus& s)
+{
+    return penalty(s.weights[2], s.nvolume, s.ovolume);
+}
+
+double area_energy(const PreserveStatus& s)
+{
+    return penalty(s.weights[3], s.narea, s.oarea);
+}
+
 } // namespace korvale
 
 int PreserveFindEnergy(PreserveStatus* status)
@@ -24,10 +120,13 @@ int PreserveFindEnergy(PreserveStatus* status)
         PreserveFindNlen(status);
     if ((status->flags & PRESERVE_FACE_ANGLE) != 0)
         PreserveFindNfang(status);
+    if ((status->flags & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0 ||
+        !korvale::measure_volume_and_area(*status, status->flags))
+        return 1;
     if ((status->flags & PRESERVE_VOLUME) != 0)
-        PreserveFindNvolume(status);
+        status->energy += korvale::volume_energy(*status);
     if ((status->flags & PRESERVE_AREA) != 0)
-        PreserveFindNarea(status);
+        status->energy += korvale::area_energy(*status);
     return 1;
 }
 
@@ -35,19 +134,9 @@ int PreserveFindNlen(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    const korvale::Edges edges = korvale::edges_of(*status);
-    const double* const reference = korvale::measures_in(status->olen, edges.count);
-    double* const lengths = korvale::measures_in(status->nlen, edges.count);
-    if (reference == nullptr || lengths == nullptr || !korvale::covers_mesh(status->cur_points, *status))
-        return 1;
-    const double* const p = status->cur_points->dvals;
-    const korvale::Tags tags = korvale::tags_of(*status);
-    for (int32_t e = 0; e < edges.count; ++e) {
-        const int32_t a = edges.ends[2 * e], b = edges.ends[2 * e + 1];
-        lengths[e] = korvale::edge_length(p, a, b);
-        if (!tags.contain(a) || !tags.contain(b))
-            status->energy += korvale::penalty(status->weights[0], lengths[e], reference[e]);
-    }
+    korvale::LengthTerm term;
+    if (korvale::find_term(*status, term))
+        status->energy = korvale::add_energies(term, status->energy, korvale::Refusal{});
     return 1;
 }
 
@@ -55,19 +144,9 @@ int PreserveFindNfang(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    const korvale::Faces faces = korvale::faces_of(*status);
-    const double* const reference = korvale::measures_in(status->ofang, faces.corner_count);
-    double* const cosines = korvale::measures_in(status->nfang, faces.corner_count);
-    if (reference == nullptr || cosines == nullptr || !korvale::covers_mesh(status->cur_points, *status))
-        return 1;
-    const double* const p = status->cur_points->dvals;
-    const korvale::Tags tags = korvale::tags_of(*status);
-    korvale::for_each_corner(faces, [&](int32_t point, int32_t previous, int32_t next, int32_t corner) {
-        if (!korvale::corner_cosine(p, point, previous, next, cosines[corner]))
-            return;
-        if (!tags.contain(point) || !tags.contain(next) || !tags.contain(previous))
-            status->energy += korvale::penalty(status->weights[1], cosines[corner], reference[corner]);
-    });
+    korvale::AngleTerm term;
+    if (korvale::find_term(*status, term))
+        status->energy = korvale::add_energies(term, status->energy, korvale::Refusal{});
     return 1;
 }
 
@@ -75,11 +154,8 @@ int PreserveFindNvolume(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    const korvale::Faces faces = korvale::faces_of(*status);
-    if (faces.count > 0 && !korvale::covers_mesh(status->cur_points, *status))
-        return 1;
-    status->nvolume = faces.count < 1 ? 0.0 : korvale::volume_measure(status->cur_points->dvals, faces);
-    status->energy += korvale::penalty(status->weights[2], status->nvolume, status->ovolume);
+    if (korvale::measure_volume_and_area(*status, PRESERVE_VOLUME))
+        status->energy += korvale::volume_energy(*status);
     return 1;
 }
 
@@ -87,10 +163,7 @@ int PreserveFindNarea(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    const korvale::Faces faces = korvale::faces_of(*status);
-    if (faces.count > 0 && !korvale::covers_mesh(status->cur_points, *status))
-        return 1;
-    status->narea = faces.count < 1 ? 0.0 : korvale::area_measure(status->cur_points->dvals, faces);
-    status->energy += korvale::penalty(status->weights[3], status->narea, status->oarea);
+    if (korvale::measure_volume_and_area(*status, PRESERVE_AREA))
+        status->energy += korvale::area_energy(*status);
     return 1;
 }

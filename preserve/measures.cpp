@@ -2,6 +2,7 @@
 
 #include "math/internal/vec.h"
 #include "platform/module_start.h"
+#include "preserve/internal/energy_wide.h"
 
 namespace korvale {
 namespace {
@@ -67,16 +68,6 @@ bool corner_cosine(const double* p, int32_t point, int32_t previous, int32_t nex
     return true;
 }
 
-double volume_measure(const double* p, const Faces& faces)
-{
-    double volume = 0.0;
-    for_each_face(faces, [&](const int32_t* corners, int32_t n, int32_t) {
-        if (n >= 3)
-            volume += fan_volume(p, corners, n);
-    });
-    return volume;
-}
-
 void area_vector(const double* p, const int32_t* corners, int32_t n, double* out)
 {
     double product[3];
@@ -87,15 +78,24 @@ void area_vector(const double* p, const int32_t* corners, int32_t n, double* out
     }
 }
 
-double area_measure(const double* p, const Faces& faces)
+void add_face_measures(const double* p, const int32_t* corners, int32_t n, double& volume, double& area)
 {
-    double area = 0.0;
-    for_each_face(faces, [&](const int32_t* corners, int32_t n, int32_t) {
-        double normal[3];
-        area_vector(p, corners, n, normal);
-        area += length(normal);
-    });
-    return area;
+    double normal[3];
+    if (n >= 3)
+        volume += fan_volume(p, corners, n);
+    area_vector(p, corners, n, normal);
+    area += length(normal);
+}
+
+void measure_faces(const double* p, const Faces& faces, double& volume, double& area)
+{
+#ifdef KORVALE_HAS_WIDE_LANES
+    if (has_avx2())
+        return measure_faces_wide(p, faces, volume, area);
+#endif
+    volume = area = 0.0;
+    for_each_face(faces,
+                  [&](const int32_t* corners, int32_t n, int32_t) { add_face_measures(p, corners, n, volume, area); });
 }
 
 } // namespace korvale
@@ -139,7 +139,8 @@ int PreserveInitOvolume(PreserveStatus* status)
         return -1;
     if (!korvale::has_faces_to_measure(*status))
         return korvale::switch_off(*status, PRESERVE_VOLUME);
-    status->ovolume = korvale::volume_measure(status->points->dvals, korvale::faces_of(*status));
+    double area;
+    korvale::measure_faces(status->points->dvals, korvale::faces_of(*status), status->ovolume, area);
     return 1;
 }
 
@@ -149,6 +150,7 @@ int PreserveInitOarea(PreserveStatus* status)
         return -1;
     if (!korvale::has_faces_to_measure(*status))
         return korvale::switch_off(*status, PRESERVE_AREA);
-    status->oarea = korvale::area_measure(status->points->dvals, korvale::faces_of(*status));
+    double volume;
+    korvale::measure_faces(status->points->dvals, korvale::faces_of(*status), volume, status->oarea);
     return 1;
 }

@@ -77,14 +77,20 @@ void for_each_face(const Faces& faces, Visit visit)
     }
 }
 
-/// Calls visit(point, previous, next, corner) for every corner of every face, in order.
+/// Calls visit(point, previous, next, corner) for each of the n corners of a face, the first being corner `first`.
+template <class Visit>
+void for_each_corner_of(const int32_t* corners, int32_t n, int32_t first, Visit visit)
+{
+    for (int32_t k = 0; k < n; ++k)
+        visit(corners[k], corners[k == 0 ? n - 1 : k - 1], corners[k + 1 == n ? 0 : k + 1], first + k);
+}
+
+/// The same for every face, in order.
 template <class Visit>
 void for_each_corner(const Faces& faces, Visit visit)
 {
-    for_each_face(faces, [&](const int32_t* corners, int32_t n, int32_t first) {
-        for (int32_t k = 0; k < n; ++k)
-            visit(corners[k], corners[k == 0 ? n - 1 : k - 1], corners[k + 1 == n ? 0 : k + 1], first + k);
-    });
+    for_each_face(
+        faces, [&](const int32_t* corners, int32_t n, int32_t first) { for_each_corner_of(corners, n, first, visit); });
 }
 
 /// Which points are held fixed.
