@@ -1,16 +1,16 @@
+#include "preserve/internal/forces.h"
+
 #include <algorithm>
 #include <cmath>
 
 #include "math/internal/vec.h"
 #include "platform/module_start.h"
 #include "preserve/evaluation.h"
+#include "preserve/internal/forces_wide.h"
 #include "preserve/internal/measures.h"
 
 namespace korvale {
 namespace {
-
-/// An edge shorter than this has no direction to pull in.
-constexpr double kShortestEdge = 1e-06;
 
 /// A volume or an area this close to its reference is left alone.
 constexpr double kSmallestDeviation = 1e-06;
@@ -31,17 +31,6 @@ void add_mixed(double ca, const double* a, double cb, const double* b, double* f
     f[2] += ca * a[2] + cb * b[2];
 }
 
-/// Adds the force on point i from one of its edges, `stretch` being the deviation's factor.
-void pull_along_edge(const double* p, int32_t i, int32_t j, double stretch, double* force)
-{
-    double along[3];
-    subtract(p + 3 * int64_t{i}, p + 3 * int64_t{j}, along);
-    double* const f = force + 3 * int64_t{i};
-    f[0] -= stretch * along[0];
-    f[1] -= stretch * along[1];
-    f[2] -= stretch * along[2];
-}
-
 /// Adds the forces of one corner on its point and its neighbours: -c times the derivatives of ab / D, the cosine.
 void turn_corner(const double* p, int32_t point, int32_t previous, int32_t next, double c, double* force)
 {
@@ -57,7 +46,94 @@ void turn_corner(const double* p, int32_t point, int32_t previous, int32_t next,
     add_mixed(c * ab / (aa * lengths), a, -c / lengths, b, force + 3 * int64_t{previous});
 }
 
+// Every edge pulls both its points at once. Its turn comes in ascending order, which is the order of each point's run
+// in `point_edges`, so that every point sums its edges as if it walked along that run.
+void pull_edges(const LengthTerm& term, double* force)
+{
+#ifdef KORVALE_HAS_WIDE_LANES
+    if (has_avx2())
+        return pull_edges_wide(term, force);
+#endif
+    for (int32_t e = 0; e < term.edges.count; ++e)
+        pull_edge(term, e, force);
+}
+
+void turn_faces(const AngleTerm& term, double* force)
+{
+#ifdef KORVALE_HAS_WIDE_LANES
+    if (has_avx2())
+        return turn_faces_wide(term, force);
+#endif
+    int32_t first = 0;
+    for (int32_t f = 0; f < term.faces.count; ++f) {
+        turn_face(term, f, first, force);
+        first += term.faces.sizes[f];
+    }
+}
+
+void press_faces(const double* p, const Faces& faces, double pressure, double* force)
+{
+#ifdef KORVALE_HAS_WIDE_LANES
+    if (has_avx2())
+        return press_faces_wide(p, faces, pressure, force);
+#endif
+    for_each_face(faces,
+                  [=](const int32_t* corners, int32_t n, int32_t) { press_face(p, corners, n, pressure, force); });
+}
+
+void tighten_faces(const double* p, const Faces& faces, double tension, double* force)
+{
+#ifdef KORVALE_HAS_WIDE_LANES
+    if (has_avx2())
+        return tighten_faces_wide(p, faces, tension, force);
+#endif
+    for_each_face(faces,
+                  [=](const int32_t* corners, int32_t n, int32_t) { tighten_face(p, corners, n, tension, force); });
+}
+
 } // namespace
+
+void pull_edge(const LengthTerm& term, int32_t e, double* force)
+{
+    const double length = term.measure[e], reference = term.reference[e];
+    if (length == reference || length < kShortestEdge)
+        return;
+    const double stretch = (length - reference) * (2.0 * term.weight) / length;
+    pull_ends(term.p, term.edges.ends + 2 * int64_t{e}, stretch, force);
+}
+
+void turn_face(const AngleTerm& term, int32_t f, int32_t first, double* force)
+{
+    const auto turn = [&](int32_t point, int32_t previous, int32_t next, int32_t corner) {
+        const double cosine = term.measure[corner], reference = term.reference[corner];
+        if (cosine != reference)
+            turn_corner(term.p, point, previous, next, 2.0 * term.weight * (cosine - reference), force);
+    };
+    for_each_corner_of(term.faces.corners + first, term.faces.sizes[f], first, turn);
+}
+
+void press_face(const double* p, const int32_t* corners, int32_t n, double pressure, double* force)
+{
+    for_each_corner_of(corners, n, 0, [=](int32_t point, int32_t previous, int32_t next, int32_t) {
+        double product[3]; // Deliberate: the rule for triangles, whatever the face
+        cross(p + 3 * int64_t{previous}, p + 3 * int64_t{next}, product);
+        add_scaled(pressure, product, force + 3 * int64_t{point});
+    });
+}
+
+void tighten_face(const double* p, const int32_t* corners, int32_t n, double tension, double* force)
+{
+    double normal[3];
+    area_vector(p, corners, n, normal);
+    make_unit(normal); // Deliberate: too short a vector is used as it is
+    for_each_corner_of(corners, n, 0, [&](int32_t point, int32_t previous, int32_t next, int32_t) {
+        double across[3], pull[3];
+        subtract(p + 3 * int64_t{previous}, p + 3 * int64_t{next}, across);
+        cross(across, normal, pull);
+        add_scaled(tension, pull, force + 3 * int64_t{point});
+    });
+}
+
 } // namespace korvale
 
 int PreserveFindForce(PreserveStatus* status)
@@ -82,24 +158,10 @@ int PreserveFindEdgeLengthForce(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    const korvale::Edges edges = korvale::edges_of(*status);
-    const double* const reference = korvale::measures_in(status->olen, edges.count);
-    const double* const lengths = korvale::measures_in(status->nlen, edges.count);
+    korvale::LengthTerm term;
     double* const force = korvale::forces_of(*status);
-    if (!korvale::covers_mesh(status->cur_points, *status) || reference == nullptr || lengths == nullptr ||
-        force == nullptr || !korvale::has_edges_by_point(*status))
-        return 1;
-    const double* const p = status->cur_points->dvals;
-    const int32_t* grouped = status->point_edges->ivals;
-    for (int32_t i = 0; i < status->point_edge_count->count; ++i)
-        for (int32_t k = 0; k < status->point_edge_count->ivals[i]; ++k) {
-            const int32_t e = *grouped++;
-            if (lengths[e] == reference[e] || lengths[e] < korvale::kShortestEdge)
-                continue;
-            const int32_t first = edges.ends[2 * e], j = first == i ? edges.ends[2 * e + 1] : first;
-            const double stretch = (lengths[e] - reference[e]) * (2.0 * status->weights[0]) / lengths[e];
-            korvale::pull_along_edge(p, i, j, stretch, force);
-        }
+    if (force != nullptr && korvale::find_term(*status, term))
+        korvale::pull_edges(term, force);
     return 1;
 }
 
@@ -107,21 +169,10 @@ int PreserveFindFaceAngleForce(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    const korvale::Faces faces = korvale::faces_of(*status);
-    const double* const reference = korvale::measures_in(status->ofang, faces.corner_count);
-    const double* const cosines = korvale::measures_in(status->nfang, faces.corner_count);
+    korvale::AngleTerm term;
     double* const force = korvale::forces_of(*status);
-    if (!korvale::covers_mesh(status->cur_points, *status) || reference == nullptr || cosines == nullptr ||
-        force == nullptr)
-        return 1;
-    const double* const p = status->cur_points->dvals;
-    const double twice_weight = 2.0 * status->weights[1];
-    korvale::for_each_corner(faces, [=](int32_t point, int32_t previous, int32_t next, int32_t corner) {
-        if (cosines[corner] == reference[corner])
-            return;
-        const double c = twice_weight * (cosines[corner] - reference[corner]);
-        korvale::turn_corner(p, point, previous, next, c, force);
-    });
+    if (force != nullptr && korvale::find_term(*status, term))
+        korvale::turn_faces(term, force);
     return 1;
 }
 
@@ -131,16 +182,11 @@ int PreserveFindVolumeForce(PreserveStatus* status)
         return -1;
     const double deviation = status->nvolume - status->ovolume;
     double* const force = korvale::forces_of(*status);
-    if (std::fabs(deviation) < korvale::kSmallestDeviation || !korvale::covers_mesh(status->cur_points, *status) ||
-        force == nullptr)
+    if (std::fabs(deviation) < korvale::kSmallestDeviation || force == nullptr ||
+        !korvale::covers_mesh(status->cur_points, *status))
         return 1;
-    const double* const p = status->cur_points->dvals;
-    const double pressure = 2.0 * status->weights[2] * deviation;
-    korvale::for_each_corner(korvale::faces_of(*status), [=](int32_t point, int32_t previous, int32_t next, int32_t) {
-        double product[3]; // Deliberate: the rule for triangles, whatever the face
-        korvale::cross(p + 3 * int64_t{previous}, p + 3 * int64_t{next}, product);
-        korvale::add_scaled(pressure, product, force + 3 * int64_t{point});
-    });
+    korvale::press_faces(status->cur_points->dvals, korvale::faces_of(*status), 2.0 * status->weights[2] * deviation,
+                         force);
     return 1;
 }
 
@@ -150,21 +196,10 @@ int PreserveFindSurfaceAreaForce(PreserveStatus* status)
         return -1;
     const double deviation = status->narea - status->oarea;
     double* const force = korvale::forces_of(*status);
-    if (std::fabs(deviation) < korvale::kSmallestDeviation || !korvale::covers_mesh(status->cur_points, *status) ||
-        force == nullptr)
+    if (std::fabs(deviation) < korvale::kSmallestDeviation || force == nullptr ||
+        !korvale::covers_mesh(status->cur_points, *status))
         return 1;
-    const double* const p = status->cur_points->dvals;
-    const double tension = 2.0 * status->weights[3] * deviation;
-    korvale::for_each_face(korvale::faces_of(*status), [=](const int32_t* corners, int32_t n, int32_t) {
-        double normal[3], across[3], pull[3];
-        korvale::area_vector(p, corners, n, normal);
-        korvale::make_unit(normal); // Deliberate: too short a vector is used as it is
-        for (int32_t k = 0; k < n; ++k) {
-            const int32_t previous = corners[k == 0 ? n - 1 : k - 1], next = corners[k + 1 == n ? 0 : k + 1];
-            korvale::subtract(p + 3 * int64_t{previous}, p + 3 * int64_t{next}, across);
-            korvale::cross(across, normal, pull);
-            korvale::add_scaled(tension, pull, force + 3 * int64_t{corners[k]});
-        }
-    });
+    korvale::tighten_faces(status->cur_points->dvals, korvale::faces_of(*status), 2.0 * status->weights[3] * deviation,
+                           force);
     return 1;
 }

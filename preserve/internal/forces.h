@@ -1,0 +1,34 @@
+#pragma once
+
+#include "preserve/internal/energy.h"
+
+// The forces of the terms. Each point's force is a sum in order, term after term, edge after edge, corner after corner.
+namespace korvale {
+
+/// An edge shorter than this has no direction to pull in.
+constexpr double kShortestEdge = 1e-06;
+
+/// Adds the forces of an edge on its two points, `stretch` times the way from the other one.
+inline void pull_ends(const double* p, const int32_t* ends, double stretch, double* force)
+{
+    const double *const a = p + 3 * int64_t{ends[0]}, *const b = p + 3 * int64_t{ends[1]};
+    double *const fa = force + 3 * int64_t{ends[0]}, *const fb = force + 3 * int64_t{ends[1]};
+    for (int q = 0; q < 3; ++q)
+        fa[q] -= stretch * (a[q] - b[q]);
+    for (int q = 0; q < 3; ++q)
+        fb[q] -= stretch * (b[q] - a[q]);
+}
+
+/// Adds the forces of edge e on its points.
+void pull_edge(const LengthTerm& term, int32_t e, double* force);
+
+/// Adds the forces of the corners of face f, whose first corner is `first`.
+void turn_face(const AngleTerm& term, int32_t f, int32_t first, double* force);
+
+/// Adds the forces of one face by its part in the volume, the deviation of which is in `pressure`.
+void press_face(const double* p, const int32_t* corners, int32_t n, double pressure, double* force);
+
+/// Adds the forces of one face by its part in the area, the deviation of which is in `tension`.
+void tighten_face(const double* p, const int32_t* corners, int32_t n, double tension, double* force);
+
+} // namespace korvale
