@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/border/records.h"
+#include "tests/support/heap.h"
 
 using namespace korvale::test;
 
@@ -47,6 +48,23 @@ TEST(BorderInitialize, ANullRecordIsIgnored)
 {
     BorderInitialize(nullptr);
     BORDERInitialize(nullptr);
+}
+
+TEST(BORDERInitialize, AnArrayIsNullWhenTheHeapIsExhausted)
+{
+    NEEDS_HEAP_FAILURES();
+    BORDERStatus status;
+    {
+        const HeapFailure failure(3);
+        BORDERInitialize(&status);
+    }
+    EXPECT_EQ(status.flat, nullptr);
+    EXPECT_EQ(status.distance, 1.0);
+    for (DATAstruct* const d : {status.path, status.output, status.velocity, status.direction, status.line, status.dead,
+                                status.length, status.rate, status.merge}) {
+        EXPECT_NE(d, nullptr);
+        release(d);
+    }
 }
 
 TEST(BorderInitialize, AbandonsThePathOfAnEarlierInitialisation)

@@ -2,6 +2,7 @@
 // and properties that hold whatever the outline.
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -92,6 +93,12 @@ void prefill(DATAstruct& d, int32_t kind, size_t n, int32_t dim)
         std::fill_n(d.bvals, n, uint8_t{99});
 }
 
+/// Whether all coordinates are of a size at which rounding cannot keep an edge from collapsing.
+bool is_moderate(const Coordinates& points)
+{
+    return std::all_of(points.begin(), points.end(), [](double c) { return std::fabs(c) < 1e3; });
+}
+
 /// Whether the library leaves what the documented steps leave.
 void compare(const Outline& outline, int seed)
 {
@@ -112,6 +119,9 @@ void compare(const Outline& outline, int seed)
     Mwsrand(static_cast<unsigned>(seed));
     ASSERT_EQ(BORDER_BORDER(status), 1);
 
+    if (is_moderate(outline.path)) {
+        EXPECT_LT(expected.rounds, 4 * static_cast<int64_t>(n) + 64);
+    }
     EXPECT_EQ(status->flat->count, expected.points);
     EXPECT_EQ(status->distance, outline.distance);
     EXPECT_TRUE(same_values(expected.dead.data(), status->dead->bvals, n)) << "dead";
@@ -168,4 +178,102 @@ TEST(BORDER_BORDER, LeavesWhatTheDocumentedStepsLeaveOnMiddlingOutlines)
 TEST(BORDER_BORDER, LeavesWhatTheDocumentedStepsLeaveOnLargeOutlines)
 {
     compare_many(3, 300, 300);
+}
+
+TEST(BORDER_BORDER, LeavesWhatTheDocumentedStepsLeaveThroughManyEvents)
+{
+    Random random(4);
+    for (const int n : {400, 900}) {
+        compare({wiggly(n, n / 16, 0.5, 0.02, random), -6.0, true, true}, n);
+        compare({wiggly(n, n / 40, 1.5, 0.0, random), 3.0, false, true}, n);
+        compare({wiggly(n, n / 16, 0.5, 0.0, random), -20.0, true, false}, n);
+    }
+    compare({coast(7, 0.3, random), -4.0, true, true}, 1);
+    compare({coast(7, 0.3, random), 4.0, true, true}, 1);
+    compare({gear(100, 8, 10), -3.0, true, true}, 1);
+    compare({comb(80, 0.5), 0.4, true, true}, 1);
+}
+
+TEST(Border, MakesWhatTheDocumentedStepsMake)
+{
+    Random random(5);
+    for (int round = 0; round < 2000 && !testing::Test::HasFailure(); ++round) {
+        const Outline outline = {any_outline(40, random), any_distance(random), random.one_in(2), random.one_in(2)};
+        OwnedBorderStatus status(outline.path);
+        status->distance = outline.distance;
+        status->keep_collapsed = outline.keep_collapsed;
+        status->split_events = outline.split_events;
+        status->height = random.uniform(-1, 1);
+        Xfm xfm, reverse;
+        if (data_to_xy_xfms(status->path, xfm, reverse, 1) < 0) {
+            EXPECT_EQ(Border(status), -1);
+            continue;
+        }
+        ASSERT_EQ(Border(status), 1);
+
+        const size_t n = outline.path.size() / 3;
+        OwnedBorderStatus flat(outline.path);
+        TransformData(xfm, status->path, flat->path);
+        Coordinates direction(3 * n), velocity(3 * n), line(3 * n), length(n), rate(n);
+        std::vector<uint8_t> dead(n);
+        std::vector<int32_t> merge(n);
+        korvale::reference::Sweep s{};
+        s.n = static_cast<int32_t>(n);
+        s.remaining = outline.distance;
+        s.split_events = outline.split_events;
+        s.flat = flat->path->dvals;
+        s.direction = direction.data();
+        s.velocity = velocity.data();
+        s.line = line.data();
+        s.length = length.data();
+        s.rate = rate.data();
+        s.dead = dead.data();
+        s.merge = merge.data();
+        korvale::reference::run_sweep(s);
+        if (outline.keep_collapsed)
+            korvale::reference::join_dead_vertices(s);
+        else
+            flat->path->count = korvale::reference::pack_live_positions(s);
+        for (int i = 0; i < flat->path->count; ++i)
+            flat->path->dvals[3 * i + 2] = status->height;
+        TransformData(reverse, flat->path, flat->path);
+        EXPECT_TRUE(same_bits(points_of(flat->path), points_of(status->output)));
+    }
+}
+
+// With no events every edge of the border lies at the signed distance from its edge of the outline.
+TEST(BORDER_BORDER, WithoutEventsEveryEdgeLiesAtTheDistance)
+{
+    Random random(6);
+    int tested = 0;
+    for (int round = 0; round < 400; ++round) {
+        const int n = 3 + random.below(100);
+        const Coordinates path = wiggly(n, 1 + n / 12, random.uniform(0, 1.5), random.uniform(0, 0.3), random);
+        const double distance = random.uniform(-0.4, 2);
+        OwnedBORDERStatus status(path);
+        status->distance = distance;
+        ASSERT_EQ(BORDER_BORDER(status), 1);
+        const Coordinates border = points_of(status->output);
+        bool is_plain = std::count(status->dead->bvals, status->dead->bvals + n, 0) == n;
+        std::vector<double> ux(n), uy(n);
+        for (int i = 0; i < n; ++i) {
+            const double *const p = &path[3 * i], *const q = &path[3 * ((i + 1) % n)];
+            const double length = std::hypot(q[0] - p[0], q[1] - p[1]);
+            ux[i] = (q[0] - p[0]) / length;
+            uy[i] = (q[1] - p[1]) / length;
+        }
+        for (int i = 0; i < n; ++i) { // no corner sharper than one degree
+            const int k = (i + n - 1) % n;
+            is_plain = is_plain && ux[k] * ux[i] + uy[k] * uy[i] > -std::cos(std::numbers::pi / 180);
+        }
+        if (!is_plain)
+            continue;
+        ++tested;
+        for (int i = 0; i < n; ++i)
+            for (const int end : {i, (i + 1) % n}) {
+                const double x = border[3 * end] - path[3 * i], y = border[3 * end + 1] - path[3 * i + 1];
+                EXPECT_NEAR(x * uy[i] - y * ux[i], distance, 1e-9 * (12 + std::fabs(distance)));
+            }
+    }
+    EXPECT_GT(tested, 100);
 }
