@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kSamples = 3;       // per pixel and direction
 constexpr int kShadowSize = 2048; // elements of the light's drawing, in each direction
+constexpr size_t kLooks = 36;     // into the light's drawing, for the samples of a pixel together
 
 Vec3 light_of(Colour c)
 {
@@ -118,6 +119,10 @@ public:
     Rendering(const Stage& stage, int width, int height)
         : stage_(stage), width_(width * kSamples), height_(height * kSamples)
     {
+        for (size_t seed = 0; seed < kLooks; seed++) { // spread like the seeds of a sunflower
+            const double radius = 5 * std::sqrt((double(seed) + 0.5) / kLooks), turn = double(seed) * 2.39996323;
+            looks_[seed] = {radius * std::cos(turn), radius * std::sin(turn)};
+        }
     }
 
     void see_from_light();
@@ -134,6 +139,7 @@ private:
     Vec3 shadow_right_, shadow_up_, shadow_middle_;
     double shadow_scale_ = 1; // elements per unit
     std::vector<float> shadow_depth_;
+    Point looks_[kLooks];
 
     std::vector<float> depth_;
     std::vector<int> face_; // in front, or -1
@@ -218,18 +224,16 @@ double Rendering::key_share(Vec3 p, Vec3 normal, int x, int y) const
     const double z = dot(d, stage_.key_) + 1.5 / shadow_scale_;
     const double across = kShadowSize / 2.0 + shadow_scale_ * dot(d, shadow_right_);
     const double along = kShadowSize / 2.0 + shadow_scale_ * dot(d, shadow_up_);
-    const int sample = (x % kSamples) * kSamples + y % kSamples;
+    const size_t sample = size_t((x % kSamples) * kSamples + y % kSamples);
     int lit = 0;
-    for (int k = 0; k < 4; k++) { // points of a sunflower, 36 for a pixel
-        const int seed = sample + 9 * k;
-        const double radius = 5 * std::sqrt((seed + 0.5) / 36), turn = seed * 2.39996323;
-        const int i = int(std::floor(across + radius * std::cos(turn)));
-        const int j = int(std::floor(along + radius * std::sin(turn)));
+    for (size_t seed = sample; seed < kLooks; seed += kSamples * kSamples) {
+        const int i = int(std::floor(across + looks_[seed].x));
+        const int j = int(std::floor(along + looks_[seed].y));
         if (i < 0 || j < 0 || i >= kShadowSize || j >= kShadowSize ||
             z >= double(shadow_depth_[size_t(j) * kShadowSize + size_t(i)]))
             lit++;
     }
-    return lit / 4.0;
+    return lit * double(kSamples * kSamples) / kLooks;
 }
 
 Vec3 Rendering::light_at(int x, int y, Vec3 background) const
