@@ -12,6 +12,7 @@ const gallery::Scene kScenes[] = {
     gallery::bevelled_text(),
     gallery::tree_rings(),
     gallery::road_band(),
+    gallery::drum_head(),
 };
 
 // Where the sources lay when this was built, or else as seen from the top of a checkout.

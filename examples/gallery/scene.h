@@ -61,5 +61,6 @@ struct Scene {
 Scene bevelled_text();
 Scene tree_rings();
 Scene road_band();
+Scene drum_head();
 
 } // namespace gallery
