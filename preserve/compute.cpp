@@ -1,19 +1,26 @@
 #include "preserve/compute.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "data/operations.h"
 #include "platform/module_start.h"
 #include "preserve/evaluation.h"
+#include "preserve/internal/energy.h"
 #include "preserve/internal/mesh.h"
 
 // Steepest descent. A step is as long as the energy, along the force; while the energy has not fallen, half of what is
-// left of it is taken back.
+// left of it is taken back. Most of the time goes into trials that are too long, so their energies are only summed until
+// they are known to be too high. The positions that are kept have always been evaluated in full.
 namespace korvale {
 namespace {
 
 /// The halving that is smaller than this is the last one tried.
 constexpr double kSmallestShare = 1e-06;
+
+/// Coordinates below this leave room for the products of three of them and the square of the sum of those.
+constexpr double kFarthest = 1e+40;
 
 /// Makes `points` the positions to evaluate. False for an array that does not match the mesh.
 bool look_at(PreserveStatus* status, DATAstruct* points)
@@ -54,10 +61,17 @@ double magnitude(const Motion& m)
     return std::sqrt(sum);
 }
 
-void advance(const Motion& m, double step)
+/// Takes a whole step. Returns whether start and step are so short that no trial on the way can come to a number that is
+/// not finite.
+bool advance(const Motion& m, double step)
 {
-    for (int64_t q = 0; q < m.n; ++q)
-        m.x[q] += step * m.f[q];
+    bool is_short = true;
+    for (int64_t q = 0; q < m.n; ++q) {
+        const double stride = step * m.f[q];
+        m.x[q] += stride;
+        is_short &= std::fabs(m.x[q]) < kFarthest && std::fabs(stride) < kFarthest;
+    }
+    return is_short;
 }
 
 void retreat(const Motion& m, double step, double share)
@@ -66,23 +80,61 @@ void retreat(const Motion& m, double step, double share)
         m.x[q] -= step * m.f[q] * share;
 }
 
+bool are_finite(const DATAstruct* measures, int64_t n)
+{
+    const double* const values = measures_in(measures, n);
+    return values == nullptr || std::all_of(values, values + n, [](double v) { return std::isfinite(v); });
+}
+
+/// Whether every energy at finite positions that are not too far out is a number, and none is negative: weights are
+/// positive, references finite.
+bool has_sound_terms(const PreserveStatus& s)
+{
+    for (int slot = 0; slot < 4; ++slot)
+        if ((s.flags & 1 << slot) != 0 && !(s.weights[slot] > 0.0 && std::isfinite(s.weights[slot])))
+            return false;
+    return std::isfinite(s.ovolume) && std::isfinite(s.oarea) && are_finite(s.olen, edges_of(s).count) &&
+           are_finite(s.ofang, faces_of(s).corner_count);
+}
+
+/// Evaluates one trial of a step, but only until its energy is known to reach `bound`, which is then what stands in
+/// `energy`; the measures are not all renewed in this case. Volume and area come first, being the quickest to tell.
+void try_energy(PreserveStatus& s, double bound)
+{
+    Refusal refusal = {bound, 0.0, 0.0};
+    double energy = 0.0;
+    if ((s.flags & (PRESERVE_VOLUME | PRESERVE_AREA)) != 0 && measure_volume_and_area(s, s.flags)) {
+        refusal.volume = (s.flags & PRESERVE_VOLUME) != 0 ? volume_energy(s) : 0.0;
+        refusal.area = (s.flags & PRESERVE_AREA) != 0 ? area_energy(s) : 0.0;
+    }
+    LengthTerm lengths;
+    if (!refusal.is_due(energy) && (s.flags & PRESERVE_LENGTH) != 0 && find_term(s, lengths))
+        energy = add_energies(lengths, energy, refusal);
+    AngleTerm angles;
+    if (!refusal.is_due(energy) && (s.flags & PRESERVE_FACE_ANGLE) != 0 && find_term(s, angles))
+        energy = add_energies(angles, energy, refusal);
+    s.energy = energy + refusal.volume + refusal.area;
+}
+
 /// One step from evaluated positions; leaves the new ones evaluated.
-void take_step(PreserveStatus& s)
+void take_step(PreserveStatus& s, bool has_sound_terms)
 {
     PreserveFindForce(&s);
     const Motion m = motion_of(s);
     hold_tagged(s, m);
     const double before = s.energy;
     const double step = before / magnitude(m); // Deliberate: infinite without force
-    advance(m, step);
-    PreserveFindEnergy(&s);
+    const bool can_refuse = advance(m, step) && has_sound_terms;
+    const double bound = can_refuse ? before : std::numeric_limits<double>::quiet_NaN();
+    try_energy(s, bound);
     for (double share = 0.5; s.energy >= before; share *= 0.5) { // a NaN is accepted
         retreat(m, step, share);
-        PreserveFindEnergy(&s);
-        if (share < kSmallestShare)
-            break; // accepted whatever its energy
+        if (share < kSmallestShare) { // accepted whatever its energy
+            PreserveFindEnergy(&s);
+            break;
+        }
+        try_energy(s, bound);
     }
-    PreserveFindEnergy(&s);
 }
 
 } // namespace
@@ -95,8 +147,9 @@ int PreserveCompute(PreserveStatus* status, DATAstruct* points, int iterations)
     PreserveFindEnergy(status);
     if (status->energy == 0.0)
         return 1;
+    const bool has_sound_terms = korvale::has_sound_terms(*status);
     for (int i = 0; i < iterations; ++i)
-        korvale::take_step(*status);
+        korvale::take_step(*status, has_sound_terms);
     return 1;
 }
 
