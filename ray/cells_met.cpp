@@ -30,29 +30,19 @@ CellRange cells_holding(const GridAxis& axis, double value)
 
 /// The cells found so far, in any order and some more than once.
 struct Found {
-    const data_list_struct* cells;
+    const Grid& grid;
     int32_t* met;
     int32_t count;
 
     /// False when there is no more room.
     bool add(int32_t cell)
     {
+        if (!grid.holds_triangles(cell) || (count > 0 && met[count - 1] == cell))
+            return true;
         if (count == kMostCellsMet)
             return false;
-        __builtin_prefetch(&cells[cell].next); // soon to be asked for triangles; cells lie far apart
         met[count++] = cell;
         return true;
-    }
-
-    void drop_empty_cells()
-    {
-        int32_t kept = 0;
-        for (int32_t i = 0; i < count; ++i)
-            if (const data_list_struct* const numbers = cells[met[i]].next; numbers != nullptr) {
-                __builtin_prefetch(numbers);
-                met[kept++] = met[i];
-            }
-        count = kept;
     }
 };
 
@@ -103,30 +93,29 @@ bool add_cells_across(const double* o, const double* d, const Grid& grid, int k,
         const CellRange along_b = cells_holding(grid.axes[b], at_b);
         if (along_a.last < 0 || along_b.last < 0)
             continue;
-        for (int32_t slab = std::max(i - 1, 0); slab <= std::min(i, axis.cells - 1); ++slab)
+        const int32_t near_slab = walk.step > 0 ? i - 1 : i;
+        for (const int32_t slab : {near_slab, near_slab + walk.step}) {
+            if (slab < 0 || slab >= axis.cells)
+                continue;
             for (int32_t ia = along_a.first; ia <= along_a.last; ++ia)
                 for (int32_t ib = along_b.first; ib <= along_b.last; ++ib)
                     if (!found.add(slab * strides[k] + ia * strides[a] + ib * strides[b]))
                         return false;
+        }
     }
     return true;
 }
 
 } // namespace
 
-int32_t find_cells_met(const double* o, const double* d, const Grid& grid, const data_list_struct* cells,
-                       int32_t (&met)[kMostCellsMet])
+int32_t find_cells_met(const double* o, const double* d, const Grid& grid, int32_t (&met)[kMostCellsMet])
 {
-    Found found = {cells, met, 0};
+    Found found = {grid, met, 0};
     for (int k = 0; k < 3; ++k)
         if (!add_cells_across(o, d, grid, k, found))
             return -1;
-    found.drop_empty_cells();
     std::sort(met, met + found.count);
-    const auto count = static_cast<int32_t>(std::unique(met, met + found.count) - met);
-    for (int32_t i = 0; i < count; ++i)
-        __builtin_prefetch(cells[met[i]].next->ivals);
-    return count;
+    return static_cast<int32_t>(std::unique(met, met + found.count) - met);
 }
 
 } // namespace korvale

@@ -43,7 +43,7 @@ int32_t cells_wanted(const RayStatus& s)
     return static_cast<int32_t>(s.nx * slab);
 }
 
-/// What stands behind the box of the first cell, and before the planes of x, y and z.
+/// What stands behind the box of the first cell; the planes of x, y and z follow, then the bits of the cells.
 struct GridHeader {
     int32_t cells[3];
     int32_t in_order;
@@ -51,10 +51,16 @@ struct GridHeader {
 constexpr size_t kHeaderBytes = kBoxBytes + sizeof(GridHeader);
 static_assert(kHeaderBytes % sizeof(double) == 0);
 
-size_t header_bytes(const int32_t (&n)[3])
+/// The 64-bit words that a bit for each cell takes.
+size_t words_of_bits(int32_t cells)
+{
+    return (static_cast<size_t>(cells) + 63) / 64;
+}
+
+size_t bytes_of_first_cell(const int32_t (&n)[3], int32_t cells)
 {
     const int64_t planes = int64_t{n[0]} + n[1] + n[2] + 3;
-    return kHeaderBytes + static_cast<size_t>(planes) * sizeof(double);
+    return kHeaderBytes + static_cast<size_t>(planes) * sizeof(double) + words_of_bits(cells) * sizeof(uint64_t);
 }
 
 void release_cells(data_list_struct* cells, int32_t count)
@@ -103,8 +109,8 @@ bool place_planes(double least, double greatest, int32_t n, double* planes)
     return in_order;
 }
 
-/// Writes the grid behind the first cell's box.
-void write_grid(data_list_struct& first, const double* bbox, const int32_t (&n)[3])
+/// Writes a grid of empty cells behind the first cell's box.
+void write_grid(data_list_struct& first, const double* bbox, const int32_t (&n)[3], int32_t cells)
 {
     GridHeader header = {{n[0], n[1], n[2]}, 1};
     double* planes = first.dvals + kHeaderBytes / sizeof(double);
@@ -113,6 +119,7 @@ void write_grid(data_list_struct& first, const double* bbox, const int32_t (&n)[
             header.in_order = 0;
         planes += n[k] + 1;
     }
+    std::memset(planes, 0, words_of_bits(cells) * sizeof(uint64_t));
     std::memcpy(first.dvals + kBoxValues, &header, sizeof header);
 }
 
@@ -192,18 +199,34 @@ CellRange cells_touching(const GridAxis& axis, double least, double greatest)
     return {first, last};
 }
 
-/// Appends to the chains of a grid while it is filled, remembering where each ends.
-class Chains {
+/// Appends a number to the chain of a cell, which ends in `last`. Returns the node that ends it afterwards.
+data_list_struct* list_triangle(const Grid& grid, int32_t cell, data_list_struct* last, int32_t triangle)
+{
+    data_list_struct* const end = append(last, triangle);
+    if (end->type == DATA_TYPE_INT)
+        grid.note_triangles(cell);
+    return end;
+}
+
+/// Lists triangles in the cells of a grid while it is filled, remembering where each chain ends.
+class Filling {
 public:
-    Chains(data_list_struct* cells, int32_t count) : ends_(count)
+    Filling(RayStatus& s, const Grid& grid) : s_(s), grid_(grid), ends_(grid.count())
     {
-        for (int32_t c = 0; ends_.exists() && c < count; ++c)
-            ends_[c] = &cells[c];
+        for (int32_t c = 0; ends_.exists() && c < grid.count(); ++c)
+            ends_[c] = &s.cells[c];
     }
-    bool exist() const { return ends_.exists(); }
-    void append(int32_t cell, int32_t triangle) { ends_[cell] = korvale::append(ends_[cell], triangle); }
+    void list(int32_t triangle, int32_t cell)
+    {
+        if (ends_.exists())
+            ends_[cell] = list_triangle(grid_, cell, ends_[cell], triangle);
+        else
+            ray_add_tri_to_bbox(&s_, triangle, cell);
+    }
 
 private:
+    RayStatus& s_;
+    const Grid& grid_;
     Scratch<data_list_struct*> ends_;
 };
 
@@ -211,21 +234,14 @@ private:
 void fill_cells(RayStatus& s, const double* triangles, int32_t count)
 {
     const Grid grid = grid_of(s);
-    const int32_t cells = grid.count();
-    Chains chains(s.cells, cells);
-    const auto list = [&](int32_t t, int32_t c) {
-        if (chains.exist())
-            chains.append(c, t);
-        else
-            ray_add_tri_to_bbox(&s, t, c);
-    };
+    Filling filling(s, grid);
     for (int32_t t = 0; t < count; ++t) {
         double box[kBoxValues];
         find_triangle_box(triangles + 9 * static_cast<int64_t>(t), box);
         if (!grid.in_order) {
-            for (int32_t c = 0; c < cells; ++c)
+            for (int32_t c = 0; c < grid.count(); ++c)
                 if (boxes_meet(s.cells[c].dvals, box))
-                    list(t, c);
+                    filling.list(t, c);
             continue;
         }
         const CellRange x = cells_touching(grid.axes[0], box[0], box[3]);
@@ -234,7 +250,7 @@ void fill_cells(RayStatus& s, const double* triangles, int32_t count)
         for (int32_t ix = x.first; ix <= x.last; ++ix)
             for (int32_t iy = y.first; iy <= y.last; ++iy)
                 for (int32_t iz = z.first; iz <= z.last; ++iz)
-                    list(t, (ix * grid.axes[1].cells + iy) * grid.axes[2].cells + iz);
+                    filling.list(t, (ix * grid.axes[1].cells + iy) * grid.axes[2].cells + iz);
     }
 }
 
@@ -249,12 +265,13 @@ Grid grid_of(const RayStatus& s)
     GridHeader header;
     std::memcpy(&header, behind_box, sizeof header);
     grid.in_order = header.in_order != 0;
-    const double* planes = s.cells[0].dvals + kHeaderBytes / sizeof(double);
+    double* planes = s.cells[0].dvals + kHeaderBytes / sizeof(double);
     for (int k = 0; k < 3; ++k) {
         const int32_t n = header.cells[k];
         grid.axes[k] = {planes, n, n / (planes[n] - planes[0])};
         planes += n + 1;
     }
+    grid.holding = reinterpret_cast<uint64_t*>(planes);
     return grid;
 }
 
@@ -325,21 +342,24 @@ void ray_make_sub_bbox(RayStatus* s)
     if (count == 0 || !korvale::holds(s->bbox, DATA_TYPE_DOUBLE, korvale::kBoxValues))
         return;
     const int32_t n[3] = {s->nx, s->ny, s->nz};
-    s->cells = korvale::make_cells(count, korvale::header_bytes(n));
+    s->cells = korvale::make_cells(count, korvale::bytes_of_first_cell(n, count));
     if (s->cells == nullptr)
         return;
-    korvale::write_grid(s->cells[0], s->bbox.dvals, n);
+    korvale::write_grid(s->cells[0], s->bbox.dvals, n, count);
     korvale::place_cells(s->cells, korvale::grid_of(*s));
 }
 
 void ray_add_tri_to_bbox(RayStatus* s, int triangle, int cell)
 {
-    if (s == nullptr || cell < 0 || cell >= korvale::grid_of(*s).count())
+    if (s == nullptr)
+        return;
+    const korvale::Grid grid = korvale::grid_of(*s);
+    if (cell < 0 || cell >= grid.count())
         return;
     data_list_struct* last = &s->cells[cell];
     while (last->next != nullptr)
         last = last->next;
-    korvale::append(last, triangle);
+    korvale::list_triangle(grid, cell, last, triangle);
 }
 
 void ray_declassify(RayStatus* s)

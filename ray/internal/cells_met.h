@@ -8,12 +8,11 @@ namespace korvale {
 
 /// Room for the cells that one ray meets. A ray crosses about nx + ny + nz of them; it takes a grid of empty thickness
 /// to meet more.
-constexpr int32_t kMostCellsMet = 4096;
+constexpr int32_t kMostCellsMet = 2048;
 
 /// Finds the cells of a grid in order that hold triangles and a face of which the ray meets: those that
 /// `ray_int_bbox` accepts. Writes their numbers, ascending, and returns how many there are, or -1 when there are more
 /// than there is room for.
-int32_t find_cells_met(const double* o, const double* d, const Grid& grid, const data_list_struct* cells,
-                       int32_t (&met)[kMostCellsMet]);
+int32_t find_cells_met(const double* o, const double* d, const Grid& grid, int32_t (&met)[kMostCellsMet]);
 
 } // namespace korvale

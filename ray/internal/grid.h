@@ -26,9 +26,12 @@ struct GridAxis {
 /// first cell, behind its box, and is released with it.
 struct Grid {
     GridAxis axes[3];
-    bool in_order; // no plane lies before its predecessor, and none is NaN
+    bool in_order;     // no plane lies before its predecessor, and none is NaN
+    uint64_t* holding; // [cells] bits, 1 where a cell holds triangles: far fewer lines of memory than the cells
 
     int32_t count() const { return axes[0].cells * axes[1].cells * axes[2].cells; }
+    bool holds_triangles(int32_t cell) const { return (holding[cell / 64] >> (cell % 64) & 1) != 0; }
+    void note_triangles(int32_t cell) const { holding[cell / 64] |= uint64_t{1} << (cell % 64); }
 };
 
 /// The grid of `s`; all zero when there is none.
