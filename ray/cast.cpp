@@ -21,22 +21,13 @@ namespace {
 /// Triangles lie far apart in memory: how many numbers ahead one is asked for.
 constexpr int32_t kPrefetchDistance = 32;
 
-void prefetch_triangle(const Cast& cast, int32_t t)
+void prefetch_triangle(const double* triangles, int32_t count, int32_t t)
 {
-    if (t < 0 || t >= cast.count)
+    if (t < 0 || t >= count)
         return;
-    const double* const triangle = cast.triangles + 9 * static_cast<int64_t>(t);
+    const double* const triangle = triangles + 9 * static_cast<int64_t>(t);
     __builtin_prefetch(triangle);
     __builtin_prefetch(triangle + 8);
-}
-
-/// Whether a triangle is there and not marked yet; marks it.
-bool is_new(Cast& cast, int32_t t)
-{
-    if (t < 0 || t >= cast.count || cast.marks[t] != 0)
-        return false;
-    cast.marks[t] = 1;
-    return true;
 }
 
 void test_triangle(Cast& cast, int32_t t)
@@ -53,18 +44,27 @@ void test_triangle(Cast& cast, int32_t t)
     ++cast.hits;
 }
 
-/// Calls `test` with each number of a cell that is new, in the order of the chain.
+/// Marks each triangle of a cell that is there and not marked yet, and calls `test` with its number, in the order of the
+/// chain.
 template <class Test>
-[[gnu::always_inline]] inline void for_each_new(Cast& cast, const data_list_struct& cell, Test test)
+[[gnu::always_inline]] inline void for_each_new(const Cast& cast, const data_list_struct& cell, Test test)
 {
-    for (const data_list_struct* node = cell.next; node != nullptr; node = node->next)
-        for (int32_t i = 0; i < node->count; ++i) {
-            if (i + kPrefetchDistance < node->count)
-                prefetch_triangle(cast, node->ivals[i + kPrefetchDistance]);
-            const int32_t t = node->ivals[i];
-            if (is_new(cast, t))
-                test(t);
+    const double* const triangles = cast.triangles; // in locals: storing a mark might change what is behind `cast`
+    uint8_t* const marks = cast.marks;
+    const int32_t count = cast.count;
+    for (const data_list_struct* node = cell.next; node != nullptr; node = node->next) {
+        const int32_t* const numbers = node->ivals;
+        const int32_t n = node->count;
+        for (int32_t i = 0; i < n; ++i) {
+            if (i + kPrefetchDistance < n)
+                prefetch_triangle(triangles, count, numbers[i + kPrefetchDistance]);
+            const int32_t t = numbers[i];
+            if (t < 0 || t >= count || marks[t] != 0)
+                continue;
+            marks[t] = 1;
+            test(t);
         }
+    }
 }
 
 #ifdef KORVALE_HAS_WIDE_LANES
@@ -108,11 +108,13 @@ __attribute__((target("avx2"))) inline bool is_beside(const WideFrame& m, const 
 __attribute__((target("avx2"))) void test_cell_wide(Cast& cast, const data_list_struct& cell)
 {
     const WideFrame m = {column(cast.frame, 0), column(cast.frame, 1), column(cast.frame, 2), column(cast.frame, 3)};
-    for_each_new(
-        cast, cell, [&](int32_t t) __attribute__((target("avx2"))) {
-            if (!is_beside(m, cast.triangles + 9 * static_cast<int64_t>(t)))
-                test_triangle(cast, t);
-        });
+    const double* const triangles = cast.triangles;
+    const auto test = [&cast, &m, triangles ](int32_t t) __attribute__((target("avx2")))
+    {
+        if (!is_beside(m, triangles + 9 * static_cast<int64_t>(t)))
+            test_triangle(cast, t);
+    };
+    for_each_new(cast, cell, test);
 }
 
 #endif
@@ -134,7 +136,7 @@ void prefetch_triangles(const Cast& cast, const data_list_struct& cell)
 {
     const data_list_struct* const node = cell.next;
     for (int32_t i = 0; i < std::min(node->count, kPrefetchDistance); ++i)
-        prefetch_triangle(cast, node->ivals[i]);
+        prefetch_triangle(cast.triangles, cast.count, node->ivals[i]);
 }
 
 } // namespace korvale
