@@ -31,24 +31,33 @@ KORVALE_AVX2_INLINE bool corner_cosines(const double* p, const int32_t* corners,
     return true;
 }
 
-/// Adds the energies of the corners of four triangles that lie one after the other.
-KORVALE_AVX2_INLINE double add_in_order(const double* energies, const int32_t* corners, const Tags& tags, double energy)
+/// Adds the energies of four edges to `energy` in order, those with a free end if any point is tagged.
+KORVALE_AVX2_INLINE double add_edges(const double* energies, const int32_t* ends, const Tags& tags, double energy)
 {
-    for (int t = 0; t < 4; ++t) {
-        const int32_t* const c = corners + 3 * t;
-        if (tags.contain(c[0]) && tags.contain(c[1]) && tags.contain(c[2]))
-            continue;
-        energy += energies[3 * t];
-        energy += energies[3 * t + 1];
-        energy += energies[3 * t + 2];
-    }
+    if (tags.count == 0)
+        return energy + energies[0] + energies[1] + energies[2] + energies[3];
+    for (int l = 0; l < 4; ++l)
+        if (!tags.contain(ends[2 * l]) || !tags.contain(ends[2 * l + 1]))
+            energy += energies[l];
+    return energy;
+}
+
+/// Adds the energies of the corners of four triangles, those with a free point if any is tagged.
+KORVALE_AVX2_INLINE double add_triangles(const double* energies, const int32_t* corners, const Tags& tags,
+                                         double energy)
+{
+    for (int t = 0; t < 4; ++t, corners += 3, energies += 3)
+        if (tags.count == 0 || !tags.contain(corners[0]) || !tags.contain(corners[1]) || !tags.contain(corners[2]))
+            energy = energy + energies[0] + energies[1] + energies[2];
     return energy;
 }
 
 } // namespace
 
-KORVALE_AVX2 double add_energies_wide(const LengthTerm& term, double energy, const Refusal& refusal)
+KORVALE_AVX2 double add_energies_wide(const LengthTerm& length_term, double energy, const Refusal& refusal_rule)
 {
+    const LengthTerm term = length_term; // copies that no store can change
+    const Refusal refusal = refusal_rule;
     int32_t e = 0;
     for (; e <= term.edges.count - 4; e += 4) {
         const int32_t* const ends = term.edges.ends + 2 * int64_t{e};
@@ -57,18 +66,18 @@ KORVALE_AVX2 double add_energies_wide(const LengthTerm& term, double energy, con
         put(term.measure + e, lengths);
         double energies[4];
         put(energies, penalties(term.weight, lengths, term.reference + e));
-        for (int l = 0; l < 4; ++l)
-            if (!term.tags.contain(ends[2 * l]) || !term.tags.contain(ends[2 * l + 1]))
-                energy += energies[l];
+        energy = add_edges(energies, ends, term.tags, energy);
         if (refusal.is_due(energy))
             return energy;
     }
     return add_edge_energies(term, e, energy, refusal);
 }
 
-KORVALE_AVX2 double add_energies_wide(const AngleTerm& term, double energy, const Refusal& refusal)
+KORVALE_AVX2 double add_energies_wide(const AngleTerm& angle_term, double energy, const Refusal& refusal_rule)
 {
-    const Faces& faces = term.faces;
+    const AngleTerm term = angle_term; // copies that no store can change
+    const Refusal refusal = refusal_rule;
+    const Faces faces = term.faces;
     for (int32_t f = 0, first = 0; f < faces.count && !refusal.is_due(energy);) {
         Quad cosines[3], listed[3];
         if (!are_four_triangles(faces.sizes, faces.count, f) ||
@@ -83,7 +92,7 @@ KORVALE_AVX2 double add_energies_wide(const AngleTerm& term, double energy, cons
             put(term.measure + first + 4 * i, listed[i]);
             put(energies + 4 * i, penalties(term.weight, listed[i], term.reference + first + 4 * i));
         }
-        energy = add_in_order(energies, faces.corners + first, term.tags, energy);
+        energy = add_triangles(energies, faces.corners + first, term.tags, energy);
         f += 4;
         first += 12;
     }
@@ -105,10 +114,8 @@ KORVALE_AVX2 void measure_faces_wide(const double* p, const Faces& faces, double
         double volumes[4], areas[4];
         put(volumes, dot(p0, far));
         put(areas, root(dot(normal, normal)));
-        for (int t = 0; t < 4; ++t) {
-            volume_sum += volumes[t];
-            area_sum += areas[t];
-        }
+        volume_sum = volume_sum + volumes[0] + volumes[1] + volumes[2] + volumes[3];
+        area_sum = area_sum + areas[0] + areas[1] + areas[2] + areas[3];
         f += 4;
         first += 12;
     }

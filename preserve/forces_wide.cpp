@@ -26,9 +26,12 @@ KORVALE_AVX2_INLINE void add_pulls(const Pulls& pulls, const int32_t* corners, d
     for (int t = 0; t < 4; ++t)
         for (int k = 0; k < 3; ++k) {
             double* const f = force + 3 * int64_t{corners[3 * t + k]};
-            f[0] += pulls.at[k][0][t];
-            f[1] += pulls.at[k][1][t];
-            f[2] += pulls.at[k][2][t];
+            const double x = f[0] + pulls.at[k][0][t];
+            const double y = f[1] + pulls.at[k][1][t];
+            const double z = f[2] + pulls.at[k][2][t];
+            f[0] = x;
+            f[1] = y;
+            f[2] = z;
         }
 }
 
@@ -103,8 +106,12 @@ KORVALE_AVX2_INLINE void add_turns(const Turns& turns, int t, const int32_t* cor
 {
     for (int k = 0; k < 3; ++k) {
         double* const f = force + 3 * int64_t{corners[k]};
-        for (int q = 0; q < 3; ++q)
-            f[q] = f[q] + turns.first.at[k][q][t] + turns.second.at[k][q][t] + turns.third.at[k][q][t];
+        const double x = f[0] + turns.first.at[k][0][t] + turns.second.at[k][0][t] + turns.third.at[k][0][t];
+        const double y = f[1] + turns.first.at[k][1][t] + turns.second.at[k][1][t] + turns.third.at[k][1][t];
+        const double z = f[2] + turns.first.at[k][2][t] + turns.second.at[k][2][t] + turns.third.at[k][2][t];
+        f[0] = x;
+        f[1] = y;
+        f[2] = z;
     }
 }
 
@@ -115,8 +122,9 @@ KORVALE_AVX2_INLINE bool has_repeated_point(const int32_t* corners)
 
 } // namespace
 
-KORVALE_AVX2 void pull_edges_wide(const LengthTerm& term, double* force)
+KORVALE_AVX2 void pull_edges_wide(const LengthTerm& length_term, double* force)
 {
+    const LengthTerm term = length_term; // a copy that no store can change
     int32_t e = 0;
     for (; e <= term.edges.count - 4; e += 4) {
         const Quad lengths = quad_at(term.measure + e), reference = quad_at(term.reference + e);
@@ -133,9 +141,10 @@ KORVALE_AVX2 void pull_edges_wide(const LengthTerm& term, double* force)
         pull_edge(term, e, force);
 }
 
-KORVALE_AVX2 void turn_faces_wide(const AngleTerm& term, double* force)
+KORVALE_AVX2 void turn_faces_wide(const AngleTerm& angle_term, double* force)
 {
-    const Faces& faces = term.faces;
+    const AngleTerm term = angle_term; // a copy that no store can change
+    const Faces faces = term.faces;
     for (int32_t f = 0, first = 0; f < faces.count;) {
         Turns turns;
         if (!are_four_triangles(faces.sizes, faces.count, f) || !turn_four(term, first, turns)) {
@@ -152,8 +161,9 @@ KORVALE_AVX2 void turn_faces_wide(const AngleTerm& term, double* force)
     }
 }
 
-KORVALE_AVX2 void press_faces_wide(const double* p, const Faces& faces, double pressure, double* force)
+KORVALE_AVX2 void press_faces_wide(const double* p, const Faces& all_faces, double pressure, double* force)
 {
+    const Faces faces = all_faces; // a copy that no store can change
     const Quad factor = all(pressure);
     for (int32_t f = 0, first = 0; f < faces.count;) {
         const int32_t* const corners = faces.corners + first;
@@ -173,8 +183,9 @@ KORVALE_AVX2 void press_faces_wide(const double* p, const Faces& faces, double p
     }
 }
 
-KORVALE_AVX2 void tighten_faces_wide(const double* p, const Faces& faces, double tension, double* force)
+KORVALE_AVX2 void tighten_faces_wide(const double* p, const Faces& all_faces, double tension, double* force)
 {
+    const Faces faces = all_faces; // a copy that no store can change
     const Quad factor = all(tension);
     for (int32_t f = 0, first = 0; f < faces.count;) {
         const int32_t* const corners = faces.corners + first;

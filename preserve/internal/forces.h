@@ -13,10 +13,14 @@ inline void pull_ends(const double* p, const int32_t* ends, double stretch, doub
 {
     const double *const a = p + 3 * int64_t{ends[0]}, *const b = p + 3 * int64_t{ends[1]};
     double *const fa = force + 3 * int64_t{ends[0]}, *const fb = force + 3 * int64_t{ends[1]};
-    for (int q = 0; q < 3; ++q)
-        fa[q] -= stretch * (a[q] - b[q]);
-    for (int q = 0; q < 3; ++q)
-        fb[q] -= stretch * (b[q] - a[q]);
+    const double x = stretch * (a[0] - b[0]), y = stretch * (a[1] - b[1]), z = stretch * (a[2] - b[2]);
+    fa[0] -= x;
+    fa[1] -= y;
+    fa[2] -= z;
+    const double back_x = stretch * (b[0] - a[0]), back_y = stretch * (b[1] - a[1]), back_z = stretch * (b[2] - a[2]);
+    fb[0] -= back_x;
+    fb[1] -= back_y;
+    fb[2] -= back_z;
 }
 
 /// Adds the forces of edge e on its points.
