@@ -13,6 +13,7 @@ const gallery::Scene kScenes[] = {
     gallery::tree_rings(),
     gallery::road_band(),
     gallery::drum_head(),
+    gallery::teapot_rays(),
 };
 
 // Where the sources lay when this was built, or else as seen from the top of a checkout.

@@ -62,5 +62,6 @@ Scene bevelled_text();
 Scene tree_rings();
 Scene road_band();
 Scene drum_head();
+Scene teapot_rays();
 
 } // namespace gallery
