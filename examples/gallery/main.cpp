@@ -14,6 +14,7 @@ const gallery::Scene kScenes[] = {
     gallery::road_band(),
     gallery::drum_head(),
     gallery::teapot_rays(),
+    gallery::squashed_teapot(),
 };
 
 // Where the sources lay when this was built, or else as seen from the top of a checkout.

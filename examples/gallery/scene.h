@@ -63,5 +63,6 @@ Scene tree_rings();
 Scene road_band();
 Scene drum_head();
 Scene teapot_rays();
+Scene squashed_teapot();
 
 } // namespace gallery
