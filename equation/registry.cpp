@@ -89,6 +89,12 @@ void register_built_in(EquationSystem& es, const char* name, NoArgFunction funct
 
 } // namespace
 
+int32_t careful_length(const DATAstruct* d, int32_t type)
+{
+    const int64_t held = room(d, type);
+    return held < 1 || d->count < 1 ? 0 : static_cast<int32_t>(std::min<int64_t>(held, d->count));
+}
+
 int32_t find_name(const DATAstruct* names, int32_t count, const char* word, size_t length)
 {
     if (length > kLongestName)

@@ -1,5 +1,6 @@
 #include "equation/equation.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "equation/internal/program.h"
@@ -53,6 +54,17 @@ void fold_unary(const EquationSystem& es, const Program& program, int32_t& p)
 }
 
 } // namespace
+
+Program careful_program(const DATAstruct* kinds, const DATAstruct* operands, const DATAstruct* constants)
+{
+    const int64_t shortest =
+        std::min({room(kinds, DATA_TYPE_INT), room(operands, DATA_TYPE_INT), room(constants, DATA_TYPE_DOUBLE)});
+    if (shortest < 1)
+        return {};
+    const auto held = static_cast<int32_t>(shortest);
+    return {kinds->ivals, operands->ivals, constants->dvals, held, std::min(held, kinds->count)};
+}
+
 } // namespace korvale
 
 int EqSimplify(EquationSystem* es, int equation)

@@ -32,40 +32,118 @@ int64_t count_names(const char* text)
     return n;
 }
 
-/// Names still to be declared, in 13-byte slots like those of `var_names`.
-struct NewNames {
-    explicit NewNames(int64_t most) : slots(most * kNameBytes) {}
+/// A text with no more names than this is compared name by name.
+constexpr int64_t kFewNames = 8;
 
-    bool holds(const Name& name) const
+bool is_name(const char* slot, const Name& name)
+{
+    return std::memcmp(slot, name.first, name.length) == 0 && slot[name.length] == '\0';
+}
+
+size_t hash_of(const Name& name) // 64-bit FNV-1a (G. Fowler, L. C. Noll, K.-P. Vo)
+{
+    uint64_t hash = 0xcbf29ce484222325u;
+    for (size_t i = 0; i < name.length; ++i)
+        hash = (hash ^ static_cast<unsigned char>(name.first[i])) * 0x100000001b3u;
+    return static_cast<size_t>(hash ^ hash >> 32);
+}
+
+/// The variables there are, followed by the names to be declared, in 13-byte slots like those of `var_names`. Long lists
+/// are found by a hash table with linear probing; entry -1 of it is free.
+class Names {
+public:
+    Names(const EquationSystem& es, int64_t most)
+        : es_(es), before_(variable_count(es)), added_(most * kNameBytes),
+          entries_(most > kFewNames ? table_size(before_ + most) : 0),
+          mask_(static_cast<size_t>(table_size(before_ + most)) - 1), is_hashed_(most > kFewNames)
     {
-        for (int64_t i = 0; i < count; ++i) {
-            const char* const slot = slots.get() + i * kNameBytes;
-            if (std::memcmp(slot, name.first, name.length) == 0 && slot[name.length] == '\0')
-                return true;
+    }
+
+    bool exists() const { return added_.exists() && (!is_hashed_ || entries_.exists()); }
+
+    /// Enters the variables into the hash table.
+    void start()
+    {
+        if (!is_hashed_)
+            return;
+        for (size_t entry = 0; entry <= mask_; ++entry)
+            entries_[static_cast<int64_t>(entry)] = -1;
+        for (int64_t i = 0; i < before_; ++i) {
+            const char* const slot = slot_at(i);
+            enter({slot, std::strlen(slot)}, i);
         }
+    }
+
+    void add_unless_known(const Name& name)
+    {
+        if (is_hashed_ ? !enter(name, before_ + count_) : is_listed(name))
+            return;
+        char* const slot = added_.get() + count_ * kNameBytes;
+        std::memset(slot, 0, kNameBytes);
+        std::memcpy(slot, name.first, name.length);
+        ++count_;
+    }
+
+    int64_t count() const { return count_; }
+    const char* added() const { return added_.get(); }
+
+private:
+    /// A power of two that leaves at least half of the table free.
+    static int64_t table_size(int64_t names)
+    {
+        int64_t size = 2;
+        while (size < 2 * names)
+            size *= 2;
+        return size;
+    }
+
+    const char* slot_at(int64_t i) const
+    {
+        return i < before_ ? reinterpret_cast<const char*>(es_.var_names->bvals) + i * kNameBytes
+                           : added_.get() + (i - before_) * kNameBytes;
+    }
+
+    /// Enters the name as number `i`; false where it is known.
+    bool enter(const Name& name, int64_t i)
+    {
+        for (size_t entry = hash_of(name) & mask_;; entry = (entry + 1) & mask_) {
+            int32_t& number = entries_[static_cast<int64_t>(entry)];
+            if (number < 0) {
+                number = static_cast<int32_t>(i);
+                return true;
+            }
+            if (is_name(slot_at(number), name))
+                return false;
+        }
+    }
+
+    bool is_listed(const Name& name) const
+    {
+        if (find_variable(es_, name.first, name.length) >= 0)
+            return true;
+        for (int64_t i = 0; i < count_; ++i)
+            if (is_name(slot_at(before_ + i), name))
+                return true;
         return false;
     }
 
-    void add(const Name& name)
-    {
-        char* const slot = slots.get() + count * kNameBytes;
-        std::memset(slot, 0, kNameBytes);
-        std::memcpy(slot, name.first, name.length);
-        ++count;
-    }
-
-    Scratch<char> slots;
-    int64_t count = 0;
+    const EquationSystem& es_;
+    int64_t before_;
+    int64_t count_ = 0;
+    Scratch<char> added_;
+    Scratch<int32_t> entries_;
+    size_t mask_;
+    bool is_hashed_;
 };
 
 /// Collects the names of the text that are no variables yet; false for a name that is too long or a function's.
-bool collect(const EquationSystem& es, const char* text, NewNames& names)
+bool collect(const EquationSystem& es, const char* text, Names& names)
 {
+    names.start();
     for (Name name = next_name(text); name.length > 0; name = next_name(name.first + name.length)) {
         if (name.length > kLongestName || find_function(es, name.first, name.length) >= 0)
             return false;
-        if (find_variable(es, name.first, name.length) < 0 && !names.holds(name))
-            names.add(name);
+        names.add_unless_known(name);
     }
     return true;
 }
@@ -87,14 +165,14 @@ bool resize_variables(EquationSystem& es, int32_t count)
     return false;
 }
 
-bool append(EquationSystem& es, const NewNames& names, int flag)
+bool append(EquationSystem& es, const Names& names, int flag)
 {
     const int32_t before = es.var_vals->count;
-    const int64_t count = before + names.count;
+    const int64_t count = before + names.count();
     if (elements(count, kNameBytes) > kMostElements || !resize_variables(es, static_cast<int32_t>(count)))
         return false;
-    std::memcpy(es.var_names->bvals + elements(before, kNameBytes), names.slots.get(),
-                static_cast<size_t>(elements(names.count, kNameBytes)));
+    std::memcpy(es.var_names->bvals + elements(before, kNameBytes), names.added(),
+                static_cast<size_t>(elements(names.count(), kNameBytes)));
     const int64_t flags = room(es.var_flags, DATA_TYPE_BYTE);
     for (int64_t v = before; v < count; ++v) {
         es.var_vals->dvals[v] = 0.0;
@@ -120,10 +198,10 @@ int declare_variables(EquationSystem& es, const char* text, int flag)
     const int64_t most = count_names(text);
     if (most == 0)
         return es.var_vals->count;
-    NewNames names(most);
-    if (!names.slots.exists() || !collect(es, text, names))
+    Names names(es, most);
+    if (!names.exists() || !collect(es, text, names))
         return -1;
-    if (names.count > 0 && !append(es, names, flag))
+    if (names.count() > 0 && !append(es, names, flag))
         return -1;
     return es.var_vals->count;
 }

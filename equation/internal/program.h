@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 
 #include "equation/internal/registry.h"
@@ -24,9 +23,13 @@ struct Program {
 
 inline bool is_equation(const EquationSystem& es, int32_t equation)
 {
-    return equation >= 0 && es.equations != nullptr && equation < es.equations->count &&
-           holds(*es.equations, DATA_TYPE_DATA, elements(equation + int64_t{1}, kChildren));
+    const DATAstruct* const equations = es.equations;
+    return equation >= 0 && equations != nullptr && equation < equations->count && equations->pvals != nullptr &&
+           equation < equations->alloc_count && equations->alloc_dim == kChildren;
 }
+
+/// The items of any three arrays that a row may hold.
+Program careful_program(const DATAstruct* kinds, const DATAstruct* operands, const DATAstruct* constants);
 
 /// The items of an equation that exists.
 inline Program program_of(const EquationSystem& es, int32_t equation)
@@ -35,12 +38,13 @@ inline Program program_of(const EquationSystem& es, int32_t equation)
     const auto* const kinds = static_cast<const DATAstruct*>(row[0]);
     const auto* const operands = static_cast<const DATAstruct*>(row[1]);
     const auto* const constants = static_cast<const DATAstruct*>(row[2]);
-    const int64_t shortest =
-        std::min({room(kinds, DATA_TYPE_INT), room(operands, DATA_TYPE_INT), room(constants, DATA_TYPE_DOUBLE)});
-    if (shortest < 1)
-        return {};
-    const auto held = static_cast<int32_t>(shortest);
-    return {kinds->ivals, operands->ivals, constants->dvals, held, std::min(held, kinds->count)};
+    const auto is_common = [](const DATAstruct* d) {
+        return d != nullptr && d->alloc_count == kMostItems && d->alloc_dim == 1;
+    };
+    if (!is_common(kinds) || !is_common(operands) || !is_common(constants) || kinds->ivals == nullptr ||
+        operands->ivals == nullptr || constants->dvals == nullptr || kinds->count > kMostItems)
+        return careful_program(kinds, operands, constants);
+    return {kinds->ivals, operands->ivals, constants->dvals, kMostItems, kinds->count};
 }
 
 } // namespace korvale

@@ -28,6 +28,17 @@ inline int64_t room(const DATAstruct* d, int32_t type)
     return wrapped ? elements(d->count, d->dim) : elements(d->alloc_count, d->alloc_dim);
 }
 
+/// Elements of a list of numbers or pointers that are both counted and really there, whatever the record looks like.
+int32_t careful_length(const DATAstruct* d, int32_t type);
+
+/// `careful_length`, at once for a list that the library allocated.
+inline int32_t length(const DATAstruct* d, int32_t type)
+{
+    const bool is_common = d != nullptr && d->alloc_dim == 1 && d->alloc_count >= 0 && buffer_of(*d, type) != nullptr &&
+                           static_cast<uint32_t>(d->count) <= static_cast<uint32_t>(d->alloc_count);
+    return is_common ? d->count : careful_length(d, type);
+}
+
 inline bool is_letter(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
@@ -53,10 +64,7 @@ NamedFunctions find_named_functions(const EquationSystem& es, const char* word, 
 /// What a function slot points to; null for an index that is no function's.
 inline void* function_at(const EquationSystem& es, int32_t f)
 {
-    const DATAstruct* const funcs = es.funcs;
-    if (f < 0 || funcs == nullptr || f >= funcs->count || f >= room(funcs, DATA_TYPE_POINTER))
-        return nullptr;
-    return funcs->pvals[f];
+    return f >= 0 && f < length(es.funcs, DATA_TYPE_POINTER) ? es.funcs->pvals[f] : nullptr;
 }
 
 /// A call through the registry, 0.0 where there is no function.

@@ -11,11 +11,7 @@ namespace korvale {
 /// Variables that have a value.
 inline int32_t variable_count(const EquationSystem& es)
 {
-    const DATAstruct* const values = es.var_vals;
-    const int64_t held = room(values, DATA_TYPE_DOUBLE);
-    if (held == 0)
-        return 0;
-    return held < values->count ? static_cast<int32_t>(held) : values->count;
+    return length(es.var_vals, DATA_TYPE_DOUBLE);
 }
 
 inline bool is_variable(const EquationSystem& es, int32_t v)
@@ -29,7 +25,7 @@ int32_t find_variable(const EquationSystem& es, const char* word, size_t length)
 /// Whether variable `v` keeps its value until the end of a pass.
 inline bool is_reserved(const EquationSystem& es, int32_t v)
 {
-    return v < room(es.var_flags, DATA_TYPE_BYTE) && es.var_flags->bvals[v] != 0;
+    return v < length(es.var_flags, DATA_TYPE_BYTE) && es.var_flags->bvals[v] != 0;
 }
 
 /// What `EqParseVariables` does.

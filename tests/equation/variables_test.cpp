@@ -152,6 +152,40 @@ TEST(EqParseVariables, AnExhaustedHeapLeavesTheVariablesUnchanged)
     EXPECT_EQ(failures, 4); // the new names, and the three arrays
 }
 
+TEST(EqParseVariables, AnExhaustedHeapIsRefusedForLongListsToo)
+{
+    NEEDS_HEAP_FAILURES();
+    for (int n = 1; n <= 5; ++n) { // the new names, their hash table, and the three arrays
+        System es;
+        std::string names = "a b c d e f g h i j k l m n o p q r s t u v w x y z";
+        {
+            const korvale::test::HeapFailure failure(n);
+            EXPECT_EQ(EqParseVariables(es, names.data(), 1), -1);
+            EXPECT_TRUE(failure.happened());
+        }
+        EXPECT_EQ(es->var_vals->count, 2);
+        EXPECT_EQ(es.declare(names), 28);
+    }
+}
+
+TEST(EqParseVariables, DeclaresManyNames)
+{
+    System es;
+    std::string names;
+    const auto name = [](int i) {
+        std::string text = "n";
+        for (; i > 0; i /= 26)
+            text += static_cast<char>('a' + i % 26);
+        return text + 'Z';
+    };
+    for (int i = 0; i < 20000; ++i)
+        names += name(i) + (i % 3 == 0 ? " " + name(i / 2) + "," : ",");
+    EXPECT_EQ(es.declare(names), 20002);
+    EXPECT_EQ(es.declare(names), 20002);
+    for (int i = 0; i < 20000; i += 997)
+        EXPECT_EQ(es.variable(name(i)), i + 2);
+}
+
 TEST(EqSetVariable, StoresByIndexAndByName)
 {
     System es;
