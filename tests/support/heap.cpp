@@ -128,6 +128,8 @@ bool heap_can_fail()
 
 } // namespace korvale::test
 
+#pragma GCC visibility push(default) // the library is to find them
+
 extern "C" {
 
 void* __libc_malloc(size_t);
@@ -184,6 +186,8 @@ void free(void* block) noexcept
     __libc_free(block);
 }
 }
+
+#pragma GCC visibility pop
 
 namespace korvale::test {
 
