@@ -200,11 +200,7 @@ int mix(const Array* a, const Array* b, double wa, double wb, Array* output)
     int result = -1;
     if (!can_mix(inputs, output) || !wants_mixing(*a, *output, result))
         return result;
-    const double *const va = a->dvals, *const vb = b->dvals;
-    double* const to = output->dvals;
-    const int64_t n = elements(a->count, a->dim);
-    for (int64_t j = 0; j < n; ++j)
-        to[j] = wa * va[j] + wb * vb[j];
+    mix_values(a->dvals, b->dvals, wa, wb, elements(a->count, a->dim), output->dvals);
     return 1;
 }
 
@@ -216,11 +212,8 @@ int mix_four(const Array* a, const Array* b, const Array* c, const Array* d, dou
     int result = -1;
     if (!can_mix(inputs, output) || !wants_mixing(*a, *output, result))
         return result;
-    const double *const va = a->dvals, *const vb = b->dvals, *const vc = c->dvals, *const vd = d->dvals;
-    double* const to = output->dvals;
-    const int64_t n = elements(a->count, a->dim);
-    for (int64_t j = 0; j < n; ++j)
-        to[j] = ((wa * va[j] + wb * vb[j]) + wc * vc[j]) + wd * vd[j];
+    const double weights[] = {wa, wb, wc, wd};
+    mix_values(a->dvals, b->dvals, c->dvals, d->dvals, weights, elements(a->count, a->dim), output->dvals);
     return 1;
 }
 
