@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "math/internal/mat.h"
+#include "math/internal/vec.h"
 #include "platform/internal/lanes.h"
 #include "platform/module_start.h"
 
@@ -43,17 +44,48 @@ void reverse_pieces(unsigned char* low, unsigned char* high, size_t bytes)
         }
 }
 
-/// Widens the bounds by `count` elements.
-void widen_bounds(const double* values, int64_t count, int64_t dim, double* least, double* greatest)
+/// Widens the bounds by n values, which are whole elements. The bounds may lie among the values: each is stored at once.
+void widen_bounds(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
 {
-    for (int64_t i = 0; i < count; ++i)
+    for (int64_t j = 0; j < n; j += dim)
         for (int64_t k = 0; k < dim; ++k) {
-            const double value = values[i * dim + k];
+            const double value = values[j + k];
             if (least[k] > value)
                 least[k] = value;
             if (value > greatest[k])
                 greatest[k] = value;
         }
+}
+
+/// The lesser and the greater of two, of equals the one that stood there.
+inline double lesser(double standing, double value)
+{
+    return standing > value ? value : standing;
+}
+
+inline double greater(double standing, double value)
+{
+    return value > standing ? value : standing;
+}
+
+/// The same for bounds apart from the values: those of points stay in registers.
+void widen_apart(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
+{
+    if (dim != 3)
+        return widen_bounds(values, n, dim, least, greatest);
+    double x0 = least[0], y0 = least[1], z0 = least[2];
+    double x1 = greatest[0], y1 = greatest[1], z1 = greatest[2];
+    for (const double* p = values; p < values + n; p += 3) {
+        x0 = lesser(x0, p[0]);
+        y0 = lesser(y0, p[1]);
+        z0 = lesser(z0, p[2]);
+        x1 = greater(x1, p[0]);
+        y1 = greater(y1, p[1]);
+        z1 = greater(z1, p[2]);
+    }
+    const double low[] = {x0, y0, z0}, high[] = {x1, y1, z1};
+    copy3(low, least);
+    copy3(high, greatest);
 }
 
 #ifdef KORVALE_HAS_WIDE_LANES
@@ -150,8 +182,10 @@ KORVALE_WIDE int64_t mix_values_wide(const double* a, const double* b, const dou
 
 /// Values that find_bounds_wide takes at a time; a dim that divides it keeps each component in lanes of its own.
 constexpr int kBoundsLanes = 24;
+/// Bit d is set for the dims that do.
+constexpr uint32_t kBoundsDims = 1u << 1 | 1u << 2 | 1u << 3 | 1u << 4 | 1u << 6 | 1u << 8 | 1u << 12 | 1u << 24;
 /// Fewer values than this are as quickly done one by one.
-constexpr int64_t kFewestValues = 4 * kBoundsLanes;
+constexpr int64_t kFewestValues = 20 * kBoundsLanes;
 
 /// Widens the bounds by whole groups of values. Returns how many values were taken. A bound of zero has the sign of the
 /// lane that wins, not of the first zero.
@@ -160,24 +194,28 @@ KORVALE_WIDE int64_t widen_bounds_wide(const double* values, int64_t n, int64_t 
     constexpr int kVectors = kBoundsLanes / 4;
     double start[kBoundsLanes];
     for (int64_t k = 0; k < kBoundsLanes; ++k)
-        start[k] = values[k % dim];
+        start[k] = k < dim ? values[k] : start[k - dim];
     __m256d low[kVectors], high[kVectors];
+#pragma GCC unroll 6
     for (int q = 0; q < kVectors; ++q)
         low[q] = high[q] = _mm256_loadu_pd(start + 4 * q);
     int64_t j = 0;
-    for (; j + kBoundsLanes <= n; j += kBoundsLanes)
+    for (; j + kBoundsLanes <= n; j += kBoundsLanes) {
+#pragma GCC unroll 6 // so that all stay in registers
         for (int q = 0; q < kVectors; ++q) {
             const __m256d value = _mm256_loadu_pd(values + j + 4 * q);
             low[q] = _mm256_min_pd(value, low[q]); // value < low ? value : low
             high[q] = _mm256_max_pd(value, high[q]);
         }
+    }
     double lows[kBoundsLanes], highs[kBoundsLanes];
+#pragma GCC unroll 6
     for (int q = 0; q < kVectors; ++q) {
         _mm256_storeu_pd(lows + 4 * q, low[q]);
         _mm256_storeu_pd(highs + 4 * q, high[q]);
     }
-    widen_bounds(lows, kBoundsLanes / dim, dim, least, greatest);
-    widen_bounds(highs, kBoundsLanes / dim, dim, least, greatest);
+    widen_apart(lows, kBoundsLanes, dim, least, greatest);
+    widen_apart(highs, kBoundsLanes, dim, least, greatest);
     return j;
 }
 
@@ -190,11 +228,10 @@ double first_zero(const double* values, int64_t dim)
 }
 
 /// find_bounds in lanes, for a dim that divides kBoundsLanes.
-void find_bounds_wide(const double* values, int64_t count, int64_t dim, double* least, double* greatest)
+void find_bounds_wide(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
 {
-    const int64_t n = count * dim;
     const int64_t taken = widen_bounds_wide(values, n, dim, least, greatest);
-    widen_bounds(values + taken, (n - taken) / dim, dim, least, greatest);
+    widen_apart(values + taken, n - taken, dim, least, greatest);
     for (int64_t k = 0; k < dim; ++k) {
         if (least[k] == 0.0)
             least[k] = first_zero(values + k, dim);
@@ -233,16 +270,17 @@ void find_bounds(const double* values, int64_t count, int64_t dim, double* least
 {
     for (int64_t k = 0; k < dim; ++k)
         least[k] = greatest[k] = values[k];
-#ifdef KORVALE_HAS_WIDE_LANES
     const int64_t n = count * dim;
     const bool apart = (least + dim <= values || values + n <= least) && //
                        (greatest + dim <= values || values + n <= greatest);
-    if (n >= kFewestValues && kBoundsLanes % dim == 0 && apart && has_avx2()) {
-        find_bounds_wide(values, count, dim, least, greatest);
-        return;
-    }
+    if (!apart)
+        return widen_bounds(values + dim, n - dim, dim, least, greatest);
+#ifdef KORVALE_HAS_WIDE_LANES
+    const bool fits = dim <= kBoundsLanes && (kBoundsDims >> dim & 1) != 0;
+    if (n >= kFewestValues && fits && has_avx2())
+        return find_bounds_wide(values, n, dim, least, greatest);
 #endif
-    widen_bounds(values + dim, count - 1, dim, least, greatest);
+    widen_apart(values + dim, n - dim, dim, least, greatest);
 }
 
 void carry_points(const double (*m)[4], const double* from, int64_t count, double* to)

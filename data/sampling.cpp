@@ -20,6 +20,8 @@ namespace {
 constexpr int kLargestDraw = 32767;
 /// From so many points on a table of all draws is quicker than halving.
 constexpr int64_t kPointsForTable = 4096;
+/// Points drawn before the first of them is written.
+constexpr int kPlacesAhead = 32;
 /// Components of a triangle: three vertices.
 constexpr int kTriangle = 9;
 
@@ -96,6 +98,31 @@ void weigh(const double* corners, int64_t width, double u, double v, double w, d
         out[k] = u * corners[k] + v * corners[width + k] + w * corners[2 * width + k];
 }
 
+/// Where a point lies: its triangle and the weights of vertices 0 and 1.
+struct Place {
+    int64_t triangle;
+    double u, v;
+};
+
+/// Draws the places of `count` points, in order.
+void draw_places(const Triangles& t, const double* reached, const int32_t* table, int64_t count, Place* places)
+{
+    for (int64_t s = 0; s < count; ++s) {
+        const int draw = Mwrand();
+        const bool tabled = table != nullptr && draw >= 0 && draw <= kLargestDraw;
+        Place& place = places[s];
+        place.triangle = tabled ? table[draw] : first_reaching(unit(draw), reached, t.count);
+        __builtin_prefetch(t.values + place.triangle * t.stride);
+        __builtin_prefetch(t.values + place.triangle * t.stride + kTriangle - 1);
+        place.u = unit(Mwrand());
+        place.v = unit(Mwrand());
+        if (place.u + place.v > 1) {
+            place.u = 1 - place.u;
+            place.v = 1 - place.v;
+        }
+    }
+}
+
 void scatter(const Triangles& t, unsigned seed, const Points& p, const Attributes& attributes)
 {
     Mwsrand(seed);
@@ -107,20 +134,17 @@ void scatter(const Triangles& t, unsigned seed, const Points& p, const Attribute
     if (table.exists())
         tabulate(reached.get(), t.count, table.get());
 
-    for (int64_t s = 0; s < p.count; ++s) {
-        const int draw = Mwrand();
-        const bool tabled = table.exists() && draw >= 0 && draw <= kLargestDraw;
-        const int64_t i = tabled ? table[draw] : first_reaching(unit(draw), reached.get(), t.count);
-        double u = unit(Mwrand());
-        double v = unit(Mwrand());
-        if (u + v > 1) {
-            u = 1 - u;
-            v = 1 - v;
+    Place places[kPlacesAhead]; // triangles are far apart in memory: ask for some before the first is used
+    for (int64_t first = 0; first < p.count; first += kPlacesAhead) {
+        const int64_t count = std::min<int64_t>(kPlacesAhead, p.count - first);
+        draw_places(t, reached.get(), table.get(), count, places);
+        for (int64_t k = 0; k < count; ++k) {
+            const auto& [i, u, v] = places[k];
+            const double w = 1 - u - v;
+            weigh(t.values + i * t.stride, 3, u, v, w, p.values + (first + k) * p.stride);
+            weigh(attributes.from + 3 * i * attributes.width, attributes.width, u, v, w,
+                  attributes.to + (first + k) * attributes.width);
         }
-        const double w = 1 - u - v;
-        weigh(t.values + i * t.stride, 3, u, v, w, p.values + s * p.stride);
-        weigh(attributes.from + 3 * i * attributes.width, attributes.width, u, v, w,
-              attributes.to + s * attributes.width);
     }
 }
 

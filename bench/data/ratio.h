@@ -1,0 +1,60 @@
+#pragma once
+
+#include <ctime>
+
+#include <benchmark/benchmark.h>
+
+// Ratios to a peer, measured in the same run: the time of the peer divided by ours, so 2 means twice as fast as the peer.
+namespace korvale::bench {
+
+/// Processor time of this program, so that ratios hold on a busy machine too.
+inline double seconds()
+{
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+/// Seconds of one call of `work`, the best of a few rounds.
+template <class Work>
+double time_of(Work work)
+{
+    double best = 1e9;
+    for (int round = 0; round < 5; ++round) {
+        long calls = 0;
+        const double start = seconds();
+        double spent = 0.0;
+        for (long batch = 1; spent < 0.01; batch *= 2) {
+            for (long i = 0; i < batch; ++i)
+                work();
+            calls += batch;
+            spent = seconds() - start;
+        }
+        const double each = spent / static_cast<double>(calls);
+        best = each < best ? each : best;
+    }
+    return best;
+}
+
+/// Runs `ours` as the benchmark and reports the ratio to each peer under its name.
+template <class Ours>
+class Race {
+public:
+    Race(benchmark::State& state, Ours ours) : state_(state)
+    {
+        for (auto _ : state)
+            ours();
+        ours_ = time_of(ours);
+    }
+
+    template <class Peer>
+    Race& against(const char* name, Peer peer)
+    {
+        state_.counters[name] = time_of(peer) / ours_;
+        return *this;
+    }
+
+private:
+    benchmark::State& state_;
+    double ours_;
+};
+
+} // namespace korvale::bench
