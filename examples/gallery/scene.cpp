@@ -58,7 +58,7 @@ void Gallery::show(const std::string& file, const Picture& picture, const std::s
 
 void Gallery::show(const std::string& file, const Svg& drawing, const std::string& sentence)
 {
-    const std::string text = drawing.text();
+    const std::string text = drawing.content();
     write(file, text.data(), text.size());
     sections_.back().exhibits.push_back({file, sentence, drawing.width(), drawing.height()});
     char line[160];

@@ -94,7 +94,7 @@ void Svg::text(Point at, double size, const std::string& text, Colour colour, co
              colour_name(colour) + "\">" + escaped(text) + "</text>\n";
 }
 
-std::string Svg::text() const
+std::string Svg::content() const
 {
     const std::string w = std::to_string(width_), h = std::to_string(height_);
     return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + w + "\" height=\"" + h + "\" viewBox=\"0 0 " + w +

@@ -23,7 +23,7 @@ public:
     void text(Point at, double size, const std::string& text, Colour colour = kInk, const char* anchor = "start");
 
     /// The whole file.
-    std::string text() const;
+    std::string content() const;
 
 private:
     int width_, height_;
