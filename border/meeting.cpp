@@ -24,14 +24,19 @@ namespace {
 
 /// A vertex and an edge that approach each other more slowly than this never meet.
 constexpr double kSlowestApproach = 1e-06;
+/// A pair farther apart than this much more than its approach until the event covers meets later, however the division
+/// of the two is rounded.
+constexpr double kLater = 1.0000000001, kLaterAtLeast = 1e-290;
 /// Below this many vertices every pair is tested.
 constexpr int32_t kFewVertices = 24;
 /// Coordinates beyond this leave no room for the arithmetic of boxes.
 constexpr double kFarthest = 1e100;
 /// Widening of boxes for rounding, per unit of the largest coordinate.
 constexpr double kRounding = 1e-12;
-/// Rounds that a box is meant to hold.
+/// Rounds that a box is meant to hold, as far as it then is no larger than this share of the average edge; boxes that
+/// are large for the outline meet too many others.
 constexpr double kRoundsAhead = 24.0;
+constexpr double kAheadOfEdge = 0.5;
 /// Candidates kept per vertex, on average.
 constexpr int64_t kCandidatesPerVertex = 24;
 /// Children of a node of the tree of boxes, and vertices that descend it together.
@@ -58,8 +63,7 @@ inline void meet(const Columns& col, bool outwards, int32_t m, int32_t e, Event&
     if (std::fabs(approach) < kSlowestApproach)
         return;
     const double apart = col.a[e] * col.x[m] + col.b[e] * col.y[m] + col.c[e];
-    // Far too late: the division would give a time beyond the event's.
-    if (std::fabs(apart) > std::fabs(event.time) * std::fabs(approach) * 1.0000000001 + 1e-290)
+    if (std::fabs(apart) > std::fabs(event.time) * std::fabs(approach) * kLater + kLaterAtLeast)
         return;
     const double time = -apart / approach;
     if (!(outwards ? time >= 0.0 : time <= 0.0) || !comes_before(event, time, m, e))
@@ -81,11 +85,23 @@ bool is_own(const Wavefront& w, int32_t m, int32_t e)
 
 Event test_all_pairs(const Wavefront& w, Event event)
 {
+    const Columns col = w.col;
     const bool outwards = w.s.remaining > 0.0;
-    for (int32_t m = 0; m < w.live; ++m)
-        for (int32_t e = 0; e < w.live; ++e)
-            if (!is_own(w, m, e))
-                meet(w.col, outwards, m, e, event);
+    for (int32_t m = 0; m < w.live; ++m) {
+        const double x = col.x[m], y = col.y[m], vx = col.vx[m], vy = col.vy[m];
+        const double window = std::min(std::fabs(event.time), std::fabs(w.s.remaining)) * kLater;
+        for_lanes(0, w.live, [&w, &col, &event, outwards, m, x, y, vx, vy, window](int32_t i, auto lanes) {
+            using V = decltype(lanes);
+            const V a = load<V>(col.a + i), b = load<V>(col.b + i);
+            const V approach = magnitude(a * vx + b * vy + 1.0);
+            const V apart = magnitude(a * x + b * y + load<V>(col.c + i));
+            if (!any_false(apart > window * approach + kLaterAtLeast))
+                return;
+            for (int32_t e = i; e < i + static_cast<int32_t>(sizeof(V) / sizeof(double)); ++e)
+                if (!is_own(w, m, e))
+                    meet(col, outwards, m, e, event);
+        });
+    }
     return event;
 }
 
@@ -97,6 +113,15 @@ bool overlap(const SweptBox& a, const SweptBox& b)
 SweptBox hull(const SweptBox& a, const SweptBox& b)
 {
     return {lesser(a.low, b.low), greater(a.high, b.high)};
+}
+
+/// The box around `count` boxes.
+SweptBox around(const SweptBox* boxes, int32_t count)
+{
+    SweptBox all = boxes[0];
+    for (int32_t k = 1; k < count; ++k)
+        all = hull(all, boxes[k]);
+    return all;
 }
 
 /// The box around vertex i and where it is after `time`, widened by `margin`.
@@ -115,43 +140,45 @@ struct Motion {
     bool is_regular; ///< all are finite and far from the limits
 };
 
-Motion measure_motion(const Wavefront& w, double window)
+double measure_drift(const Wavefront& w)
 {
     const Columns col = w.col;
-    Pair drift = {}, reach = {}, total = {}, length = {};
-    double last_drift = 0.0, last_reach = 0.0, last_total = 0.0, last_length = 0.0;
-    for_lanes(0, w.live, [&, col, window](int32_t i, auto lanes) {
+    Pair drift = {};
+    double last = 0.0;
+    for_lanes(0, w.live, [&drift, &last, col](int32_t i, auto lanes) {
         using V = decltype(lanes);
         const V a = load<V>(col.a + i), b = load<V>(col.b + i);
-        const V vx = load<V>(col.vx + i), vy = load<V>(col.vy + i);
-        const V start = magnitude(a * vx + b * vy + 1.0);
+        const V start = magnitude(a * load<V>(col.vx + i) + b * load<V>(col.vy + i) + 1.0);
         const V end = magnitude(a * load<V>(col.vx + i + 1) + b * load<V>(col.vy + i + 1) + 1.0);
-        const V x = magnitude(load<V>(col.x + i)) + window * magnitude(vx);
-        const V y = magnitude(load<V>(col.y + i)) + window * magnitude(vy);
-        if constexpr (sizeof(V) == sizeof(Pair)) {
+        if constexpr (sizeof(V) == sizeof(Pair))
             drift = greater(drift, greater(start, end));
-            reach = greater(reach, greater(x, y));
-            total += start + end + x + y;
-            length += load<V>(col.length + i);
-        } else {
-            last_drift = greater(start, end);
-            last_reach = greater(x, y);
-            last_total = start + end + x + y;
-            last_length = col.length[i];
-        }
+        else
+            last = greater(start, end);
     });
+    return std::max({drift[0], drift[1], last});
+}
+
+Motion measure_motion(const Wavefront& w, double window)
+{
     Motion motion{};
-    motion.drift = std::max({drift[0], drift[1], last_drift});
-    motion.reach = std::max({reach[0], reach[1], last_reach});
-    motion.edge = (length[0] + length[1] + last_length) / w.live;
-    motion.is_regular = total[0] + total[1] + last_total < kFarthest; // false where a value is not a number
+    double total = 0.0, length = 0.0;
+    for (int32_t i = 0; i < w.live; ++i) {
+        const double x = std::fabs(w.col.x[i]) + window * std::fabs(w.col.vx[i]);
+        const double y = std::fabs(w.col.y[i]) + window * std::fabs(w.col.vy[i]);
+        motion.reach = std::max({motion.reach, x, y});
+        total += x + y;
+        length += w.col.length[i];
+    }
+    motion.edge = length / w.live;
+    motion.is_regular = total < kFarthest; // false where a value is not a number
+    motion.drift = measure_drift(w);
     return motion;
 }
 
 /// By how much boxes are wider than the motion, so that rounding never takes a meeting outside.
-double slack_of(const Motion& motion, double window)
+double slack_of(double drift, double reach, double window)
 {
-    return 2.5 * window * motion.drift + kRounding * motion.reach;
+    return 2.5 * window * drift + kRounding * reach;
 }
 
 /// A tree over the edges in order: `kFan` neighbours share a node, and so on upwards.
@@ -186,10 +213,7 @@ EdgeTree grow_tree(const SweptBox* vertices, int32_t n, SweptBox* room)
         SweptBox* const nodes = tree.level[top + 1] = tree.level[top] + child_count;
         const int32_t node_count = tree.count[top + 1] = (child_count + kFan - 1) / kFan;
         for (int32_t k = 0; k < node_count; ++k) {
-            SweptBox box = children[k * kFan];
-            for (int32_t c = k * kFan + 1; c < std::min((k + 1) * kFan, child_count); ++c)
-                box = hull(box, children[c]);
-            nodes[k] = box;
+            nodes[k] = around(children + k * kFan, std::min(kFan, child_count - k * kFan));
         }
         ++top;
     }
@@ -230,9 +254,8 @@ bool for_meeting_boxes(const EdgeTree& tree, const SweptBox* vertices, int32_t n
 {
     const int top = tree.levels - 1;
     for (int32_t begin = 0; begin < n; begin += kFan) {
-        Bunch bunch = {vertices[begin], begin, std::min(begin + kFan, n)};
-        for (int32_t m = begin + 1; m < bunch.end; ++m)
-            bunch.box = hull(bunch.box, vertices[m]);
+        const int32_t end = std::min(begin + kFan, n);
+        const Bunch bunch = {around(vertices + begin, end - begin), begin, end};
         for (int32_t k = 0; k < tree.count[top]; ++k)
             if (overlap(tree.level[top][k], bunch.box) && !descend(tree, top, k, vertices, bunch, emit))
                 return false;
@@ -257,7 +280,8 @@ Event search_once(MeetingSearch& search, const Wavefront& w, const Motion& motio
     const bool outwards = w.s.remaining > 0.0;
     double stage = window > kWideWindow * motion.edge ? kWideWindow * motion.edge : window;
     for (;;) {
-        const EdgeTree tree = make_boxes(search, w, outwards ? stage : -stage, slack_of(motion, window));
+        const EdgeTree tree =
+            make_boxes(search, w, outwards ? stage : -stage, slack_of(motion.drift, motion.reach, window));
         for_meeting_boxes(tree, search.boxes.get(), w.live, [&w, &event, outwards](int32_t m, int32_t e) {
             if (!is_own(w, m, e))
                 meet(w.col, outwards, m, e, event);
@@ -283,8 +307,8 @@ bool add_candidate(MeetingSearch& search, const Wavefront& w, int32_t m, int32_t
 /// How far ahead boxes look, as a signed distance.
 double look_ahead(const MeetingSearch& search, const Wavefront& w, double window)
 {
-    const double remaining = std::fabs(w.s.remaining);
-    const double ahead = std::min(remaining, std::max(kRoundsAhead * search.pace, 2.0 * window));
+    const double wanted = std::min(kRoundsAhead * search.pace, kAheadOfEdge * search.edge);
+    const double ahead = std::min(std::fabs(w.s.remaining), std::max(wanted, 2.0 * window));
     return w.s.remaining > 0.0 ? ahead : -ahead;
 }
 
@@ -295,14 +319,21 @@ double room_around(double ahead, double slack)
 }
 
 /// Makes all boxes and candidates anew. False when there are too many candidates.
-bool register_all(MeetingSearch& search, const Wavefront& w, double ahead, double slack)
+bool register_all(MeetingSearch& search, const Wavefront& w, const Motion& motion, double window)
 {
     search.candidate_count = 0;
     search.changed_count = 0;
-    const EdgeTree tree = make_boxes(search, w, ahead, room_around(ahead, slack));
-    search.registered = for_meeting_boxes(tree, search.boxes.get(), w.live, [&search, &w](int32_t m, int32_t e) {
-        return add_candidate(search, w, m, e);
-    });
+    search.edge = motion.edge;
+    const double ahead = look_ahead(search, w, window);
+    const double margin = room_around(ahead, slack_of(motion.drift, motion.reach, window));
+    const EdgeTree tree = make_boxes(search, w, ahead, margin);
+    const SweptBox all = around(tree.level[tree.levels - 1], tree.count[tree.levels - 1]);
+    const Pair reach = greater(magnitude(all.low), magnitude(all.high));
+    search.reach = std::max(reach[0], reach[1]);
+    search.registered = search.reach < kFarthest &&
+                        for_meeting_boxes(tree, search.boxes.get(), w.live, [&search, &w](int32_t m, int32_t e) {
+                            return add_candidate(search, w, m, e);
+                        });
     return search.registered;
 }
 
@@ -329,14 +360,14 @@ bool add_vertices_near(MeetingSearch& search, const Wavefront& w, int32_t e)
 }
 
 /// Lists the vertices that would leave their boxes within the window, in ascending order, as far as `most`. Returns
-/// their number, or `most` + 1.
+/// their number, or `most` + 1. A coordinate that is not a number is in no box.
 int32_t list_leaving(MeetingSearch& search, const Wavefront& w, double time, double slack, int32_t* list, int32_t most)
 {
     const SweptBox* const boxes = search.boxes.get();
     int32_t count = 0;
     for (int32_t i = 0; i < w.live; ++i) {
         const SweptBox now = swept_box(w, i, time, slack);
-        if (!any((now.low < boxes[i].low) | (now.high > boxes[i].high)))
+        if (!any_false((now.low >= boxes[i].low) & (now.high <= boxes[i].high)))
             continue;
         if (count == most)
             return most + 1;
@@ -346,16 +377,23 @@ int32_t list_leaving(MeetingSearch& search, const Wavefront& w, double time, dou
 }
 
 /// Renews what has changed since the last search. False when so much has that all is better made anew.
-bool renew(MeetingSearch& search, const Wavefront& w, double time, double ahead, double slack)
+bool renew(MeetingSearch& search, const Wavefront& w, double window)
 {
     SweptBox* const boxes = search.boxes.get();
     const int32_t most = 4 + w.live / 64;
     int32_t* const leaving = w.gaps; // free, as no column waits for its packing now
+    const double time = w.s.remaining > 0.0 ? window : -window, ahead = look_ahead(search, w, window);
+    const double slack = slack_of(measure_drift(w), search.reach, window);
     const int32_t count = list_leaving(search, w, time, slack, leaving, most);
     if (count + search.changed_count > most)
         return false;
-    for (int32_t k = 0; k < count; ++k)
-        boxes[leaving[k]] = swept_box(w, leaving[k], ahead, room_around(ahead, slack));
+    for (int32_t k = 0; k < count; ++k) {
+        const SweptBox box = swept_box(w, leaving[k], ahead, room_around(ahead, slack));
+        const Pair reach = greater(magnitude(box.low), magnitude(box.high));
+        if (!(std::max(reach[0], reach[1]) <= search.reach))
+            return false;
+        boxes[leaving[k]] = box;
+    }
     boxes[w.live] = boxes[0];
     for (int32_t k = 0; k < count; ++k) {
         const int32_t m = leaving[k], before = m == 0 ? w.live - 1 : m - 1;
@@ -402,8 +440,8 @@ void note_pace(MeetingSearch& search, double remaining)
 
 MeetingSearch::MeetingSearch(const Sweep& s)
     : wanted(s.split_events && s.n >= kFewVertices), registered(false), rounds(0), previous_remaining(s.remaining),
-      pace(0.0), candidate_count(0), most_candidates(kCandidatesPerVertex * s.n), changed_count(0),
-      boxes(wanted ? s.n + 1 + boxes_of_tree(s.n) : 0), candidates(wanted ? most_candidates : 0),
+      pace(0.0), reach(0.0), edge(0.0), candidate_count(0), most_candidates(kCandidatesPerVertex * s.n),
+      changed_count(0), boxes(wanted ? s.n + 1 + boxes_of_tree(s.n) : 0), candidates(wanted ? most_candidates : 0),
       changed_edges(wanted ? s.n : 0)
 {
 }
@@ -435,17 +473,14 @@ Event earlier_split_event(MeetingSearch& search, const Wavefront& w, Event event
     if (w.live < kFewVertices)
         return test_all_pairs(w, event);
     const double window = std::min(std::fabs(event.time), std::fabs(w.s.remaining));
+    note_pace(search, w.s.remaining);
+    if (search.registered && renew(search, w, window))
+        return test_candidates(search, w, event);
+    search.registered = false;
     const Motion motion = measure_motion(w, window);
     if (!motion.is_regular)
         return test_all_pairs(w, event);
-    note_pace(search, w.s.remaining);
-    if (search.rounds < 2)
-        return search_once(search, w, motion, window, event);
-    const double slack = slack_of(motion, window);
-    const double ahead = look_ahead(search, w, window);
-    if (search.registered)
-        search.registered = renew(search, w, w.s.remaining > 0.0 ? window : -window, ahead, slack);
-    if (!search.registered && !register_all(search, w, ahead, slack))
+    if (search.rounds < 2 || !register_all(search, w, motion, window))
         return search_once(search, w, motion, window, event);
     return test_candidates(search, w, event);
 }

@@ -171,6 +171,8 @@ bool run_sweep(Sweep& s)
 
 bool join_dead_vertices(Sweep& s)
 {
+    if (std::memchr(s.dead, 1, static_cast<size_t>(s.n)) == nullptr)
+        return true;
     Scratch<int32_t> heir(s.n);
     if (!heir.exists())
         return false;

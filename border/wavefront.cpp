@@ -34,6 +34,13 @@ void close_ring(double* column, int32_t live)
     column[live] = column[0];
 }
 
+/// Room for the columns, three lists of int32 and one of bytes.
+int64_t doubles_for(const Sweep& s)
+{
+    const int64_t n = s.n, columns = s.split_events ? kColumns + kLineColumns : kColumns;
+    return columns * (n + 2) + (3 * 4 * n + n + 7) / 8;
+}
+
 void load_row(Wavefront& w, int32_t i)
 {
     const Sweep& s = w.s;
@@ -150,8 +157,12 @@ void find_bisector(V ex, V ey, V fx, V fy, V& bx, V& by)
     const auto bends = size >= V() + kLeastTurn;
     const auto bends_back = ex * fy - ey * fx < V();
     const V ux = dx / size, uy = dy / size;
-    bx = select(bends, select(bends_back, -ux, ux), fy);
-    by = select(bends, select(bends_back, -uy, uy), -fx);
+    bx = select(bends_back, -ux, ux);
+    by = select(bends_back, -uy, uy);
+    if (any_false(bends)) {
+        bx = select(bends, bx, fy);
+        by = select(bends, by, -fx);
+    }
 }
 
 bool may_have_hairpin(const Wavefront& w)
@@ -225,13 +236,11 @@ void move_vertex(const Columns& col, int32_t i, double time)
 
 Wavefront::Wavefront(Sweep& sweep)
     : s(sweep), live(sweep.n), col(), id(nullptr), place(nullptr), gone(nullptr), gaps(nullptr), gap_count(0),
-      unpacked(0),
-      values((sweep.split_events ? kColumns + kLineColumns : kColumns) * (static_cast<int64_t>(sweep.n) + 2)),
-      places(3 * static_cast<int64_t>(sweep.n)), marks(sweep.n)
+      unpacked(0), memory(doubles_for(sweep))
 {
     if (!exists())
         return;
-    double* column = values.get() + 1;
+    double* column = memory.get() + 1;
     for (double** const c :
          {&col.x, &col.y, &col.dx, &col.dy, &col.vx, &col.vy, &col.length, &col.rate, &col.a, &col.b, &col.c}) {
         if (c == &col.a && !s.split_events)
@@ -239,10 +248,10 @@ Wavefront::Wavefront(Sweep& sweep)
         *c = column;
         column += s.n + 2;
     }
-    id = places.get();
+    id = reinterpret_cast<int32_t*>(column - 1);
     place = id + s.n;
     gaps = place + s.n;
-    gone = marks.get();
+    gone = reinterpret_cast<uint8_t*>(gaps + s.n);
     std::memset(gone, 0, static_cast<size_t>(s.n));
     for (int32_t i = 0; i < s.n; ++i) {
         id[i] = place[i] = i;

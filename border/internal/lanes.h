@@ -53,6 +53,16 @@ inline bool any(PairMask condition)
 #endif
 }
 
+inline bool any_false(bool condition)
+{
+    return !condition;
+}
+
+inline bool any_false(PairMask condition)
+{
+    return any(~condition);
+}
+
 inline double root(double v)
 {
     return std::sqrt(v);

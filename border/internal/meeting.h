@@ -30,6 +30,8 @@ struct MeetingSearch {
     int32_t rounds;            ///< searches made
     double previous_remaining; ///< distance before the last of them
     double pace;               ///< distance that a round spends, on average
+    double reach;              ///< no box holds a larger coordinate
+    double edge;               ///< average length when the boxes were made
     int64_t candidate_count;
     int64_t most_candidates;
     int32_t changed_count;   ///< edges whose end has died since the last search

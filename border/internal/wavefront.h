@@ -31,7 +31,7 @@ struct Wavefront {
 
     explicit Wavefront(Sweep& sweep);
 
-    bool exists() const { return values.exists() && places.exists() && marks.exists(); }
+    bool exists() const { return memory.exists(); }
 
     Sweep& s;
     int32_t live; ///< vertices in the columns
@@ -44,9 +44,7 @@ struct Wavefront {
     unsigned unpacked; ///< columns that still have these gaps
 
 private:
-    Scratch<double> values;
-    Scratch<int32_t> places;
-    Scratch<uint8_t> marks;
+    Scratch<double> memory;
 };
 
 /// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`. Both are
