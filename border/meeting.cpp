@@ -337,37 +337,45 @@ bool register_all(MeetingSearch& search, const Wavefront& w, const Motion& motio
     return search.registered;
 }
 
-/// Adds the edges whose box meets that of vertex m. False when there are too many candidates.
-bool add_edges_near(MeetingSearch& search, const Wavefront& w, int32_t m)
-{
-    const SweptBox* const boxes = search.boxes.get();
-    const SweptBox box = boxes[m];
-    for (int32_t e = 0; e < w.live; ++e)
-        if (overlap(hull(boxes[e], boxes[e + 1]), box) && !add_candidate(search, w, m, e))
-            return false;
-    return true;
-}
-
 /// Adds the vertices whose box meets that of edge e. False when there are too many candidates.
 bool add_vertices_near(MeetingSearch& search, const Wavefront& w, int32_t e)
 {
     const SweptBox* const boxes = search.boxes.get();
     const SweptBox box = hull(boxes[e], boxes[e + 1]);
-    for (int32_t m = 0; m < w.live; ++m)
+    const int32_t n = w.live;
+    for (int32_t m = 0; m < n; ++m)
         if (overlap(boxes[m], box) && !add_candidate(search, w, m, e))
+            return false;
+    return true;
+}
+
+/// Adds the edges whose box meets that of vertex m. False when there are too many candidates.
+bool add_edges_near(MeetingSearch& search, const Wavefront& w, int32_t m)
+{
+    const SweptBox* const boxes = search.boxes.get();
+    const SweptBox box = boxes[m];
+    const int32_t n = w.live;
+    for (int32_t e = 0; e < n; ++e)
+        if (overlap(hull(boxes[e], boxes[e + 1]), box) && !add_candidate(search, w, m, e))
             return false;
     return true;
 }
 
 /// Lists the vertices that would leave their boxes within the window, in ascending order, as far as `most`. Returns
 /// their number, or `most` + 1. A coordinate that is not a number is in no box.
-int32_t list_leaving(MeetingSearch& search, const Wavefront& w, double time, double slack, int32_t* list, int32_t most)
+int32_t list_leaving(const MeetingSearch& search, const Wavefront& w, double time, double slack, int32_t* list,
+                     int32_t most)
 {
     const SweptBox* const boxes = search.boxes.get();
+    const Columns col = w.col;
+    const Pair ahead = Pair() + time, margin = Pair() + slack;
+    const int32_t n = w.live;
     int32_t count = 0;
-    for (int32_t i = 0; i < w.live; ++i) {
-        const SweptBox now = swept_box(w, i, time, slack);
-        if (!any_false((now.low >= boxes[i].low) & (now.high <= boxes[i].high)))
+    for (int32_t i = 0; i < n; ++i) {
+        const Pair from = {col.x[i], col.y[i]}, speed = {col.vx[i], col.vy[i]};
+        const Pair to = from + ahead * speed;
+        const Pair low = lesser(from, to) - margin, high = greater(from, to) + margin;
+        if (!any_false((low >= boxes[i].low) & (high <= boxes[i].high)))
             continue;
         if (count == most)
             return most + 1;

@@ -34,6 +34,13 @@ void close_ring(double* column, int32_t live)
     column[live] = column[0];
 }
 
+/// The columns beside positions; lines exist only to look for splits.
+unsigned all_columns(const Sweep& s)
+{
+    const unsigned always = Wavefront::edges | Wavefront::velocities | Wavefront::rates;
+    return s.split_events ? always | Wavefront::lines : always;
+}
+
 /// Room for the columns, three lists of int32 and one of bytes.
 int64_t doubles_for(const Sweep& s)
 {
@@ -41,23 +48,28 @@ int64_t doubles_for(const Sweep& s)
     return columns * (n + 2) + (3 * 4 * n + n + 7) / 8;
 }
 
-void load_row(Wavefront& w, int32_t i)
+/// Fetches what the arrays of the sweep hold from before it, into the columns that no step has written yet.
+void fetch(Wavefront& w)
 {
     const Sweep& s = w.s;
     const Columns& col = w.col;
-    const int64_t k = 3 * static_cast<int64_t>(i);
-    col.x[i] = s.flat[k];
-    col.y[i] = s.flat[k + 1];
-    col.dx[i] = s.direction[k];
-    col.dy[i] = s.direction[k + 1];
-    col.vx[i] = s.velocity[k];
-    col.vy[i] = s.velocity[k + 1];
-    col.length[i] = s.length[i];
-    col.rate[i] = s.rate[i];
-    if (s.split_events) {
-        col.a[i] = s.line[k];
-        col.b[i] = s.line[k + 1];
-        col.c[i] = s.line[k + 2];
+    for (int64_t i = 0; i < s.n; ++i) {
+        if ((w.unpacked & Wavefront::edges) != 0) {
+            col.dx[i] = s.direction[3 * i];
+            col.dy[i] = s.direction[3 * i + 1];
+            col.length[i] = s.length[i];
+        }
+        if ((w.unpacked & Wavefront::lines) != 0) {
+            col.a[i] = s.line[3 * i];
+            col.b[i] = s.line[3 * i + 1];
+            col.c[i] = s.line[3 * i + 2];
+        }
+        if ((w.unpacked & Wavefront::velocities) != 0) {
+            col.vx[i] = s.velocity[3 * i];
+            col.vy[i] = s.velocity[3 * i + 1];
+        }
+        if ((w.unpacked & Wavefront::rates) != 0)
+            col.rate[i] = s.rate[i];
     }
 }
 
@@ -236,7 +248,7 @@ void move_vertex(const Columns& col, int32_t i, double time)
 
 Wavefront::Wavefront(Sweep& sweep)
     : s(sweep), live(sweep.n), col(), id(nullptr), place(nullptr), gone(nullptr), gaps(nullptr), gap_count(0),
-      unpacked(0), memory(doubles_for(sweep))
+      unpacked(all_columns(sweep)), memory(doubles_for(sweep))
 {
     if (!exists())
         return;
@@ -255,7 +267,8 @@ Wavefront::Wavefront(Sweep& sweep)
     std::memset(gone, 0, static_cast<size_t>(s.n));
     for (int32_t i = 0; i < s.n; ++i) {
         id[i] = place[i] = i;
-        load_row(*this, i);
+        col.x[i] = s.flat[3 * static_cast<int64_t>(i)];
+        col.y[i] = s.flat[3 * static_cast<int64_t>(i) + 1];
     }
 }
 
@@ -315,17 +328,22 @@ void pack(Wavefront& w)
     close_gaps(w.id, sizeof(int32_t), w.gaps, w.gap_count, n);
     for (int32_t i = w.gaps[0]; i < w.live; ++i)
         w.place[w.id[i]] = i;
-    w.unpacked = Wavefront::edges | Wavefront::lines | Wavefront::velocities | Wavefront::rates;
+    w.unpacked = all_columns(w.s);
 }
 
 void settle(Wavefront& w)
 {
     const auto close = [&w](unsigned group, double* column) {
-        if ((w.unpacked & group) != 0 && column != nullptr)
+        if ((w.unpacked & group) != 0)
             close_gaps(column, sizeof(double), w.gaps, w.gap_count, w.live + w.gap_count);
     };
     if (w.unpacked == 0)
         return;
+    if (w.gap_count == 0) {
+        fetch(w);
+        w.unpacked = 0;
+        return;
+    }
     close(Wavefront::edges, w.col.dx);
     close(Wavefront::edges, w.col.dy);
     close(Wavefront::edges, w.col.length);

@@ -25,7 +25,8 @@ struct Columns {
 ///
 /// A vertex that dies hands its values back to the arrays of the sweep at once and is marked in `gone`; `pack` closes
 /// the gaps afterwards. Only positions and ids are packed then: the other columns are renewed by the next round anyway.
-/// They are noted in `unpacked` and follow in `settle`, before a step that may leave some of them as they are.
+/// They are noted in `unpacked` and follow in `settle`, before a step that may leave some of them as they are. In the same
+/// way they are fetched from the arrays of the sweep only where a step leaves some of them as they were before it.
 struct Wavefront {
     enum Unpacked : unsigned { edges = 1, lines = 2, velocities = 4, rates = 8 };
 
@@ -41,7 +42,7 @@ struct Wavefront {
     uint8_t* gone;  ///< [live] 1 for a dead vertex not yet packed away
     int32_t* gaps;  ///< places that the last packing closed, ascending
     int32_t gap_count;
-    unsigned unpacked; ///< columns that still have these gaps
+    unsigned unpacked; ///< columns that still have these gaps or, before there were any, nothing
 
 private:
     Scratch<double> memory;
@@ -67,7 +68,7 @@ void bury(Wavefront& w, int32_t i, int32_t heir);
 /// Closes the gaps that the dead have left. There are some.
 void pack(Wavefront& w);
 
-/// Closes the gaps of the last packing in the columns that still have them.
+/// Brings the columns in `unpacked` up to date: closes the gaps of the last packing or, before any, fetches them.
 void settle(Wavefront& w);
 
 /// Closes `count` gaps in a column of `n` values.
