@@ -243,6 +243,55 @@ TEST(EqEvaluate, HoldsFiftyOneValuesAndStopsAtTheNext)
     EXPECT_EQ(EqEvaluate(es, 0), -51.0);
 }
 
+TEST(EqEvaluate, RunsProgramsInArraysOfAnyLength)
+{
+    Evaluator es;
+    es.set("x", 0.5);
+    es.parse("y = 1");
+    for (DATAstruct* child : {es.kinds(0), es.operands(0), es.constants(0)}) {
+        child->count = 150;
+        ASSERT_EQ(DATAReAllocate(child), 1);
+    }
+    compose(es, {{16, 3, 0}, {4, -1, 1}});
+    for (int p = 2; p < 142; p += 2) { // 70 times + x
+        es.kinds(0)->ivals[p] = EQ_ITEM_VARIABLE;
+        es.operands(0)->ivals[p] = 2;
+        es.kinds(0)->ivals[p + 1] = EQ_ITEM_BINARY;
+        es.operands(0)->ivals[p + 1] = 0;
+    }
+    es.kinds(0)->ivals[142] = EQ_ITEM_END;
+    es.kinds(0)->count = 142;
+    EXPECT_EQ(EqEvaluate(es, 0), 36.0);
+    EXPECT_EQ(EqSimplify(es, 0), 1);
+    EXPECT_EQ(EqEvaluate(es, 0), 36.0);
+    es.kinds(0)->count = 1000000; // no item lies beyond the arrays
+    EXPECT_EQ(EqEvaluate(es, 0), 36.0);
+    es.constants(0)->count = 4;
+    ASSERT_EQ(DATAReAllocate(es.constants(0)), 1);
+    EXPECT_EQ(EqEvaluate(es, 0), 1.5);
+    EXPECT_EQ(EqSimplify(es, 0), 1);
+}
+
+TEST(EqEvaluate, ReadsVariablesInMemoryOfTheHost)
+{
+    Evaluator es;
+    es.set("x", 0.5);
+    es.parse("y = x * 4");
+    for (DATAstruct* array : {es->var_vals, es->var_flags, es->funcs})
+        array->alloc_count = array->alloc_dim = -1;
+    EXPECT_EQ(EqEvaluate(es, 0), 2.0);
+    EXPECT_EQ(EqSystemEvaluate(es), 1);
+    EXPECT_EQ(es.get("y"), 2.0);
+    es->var_flags->bvals[3] = 1;
+    es.set("y", 0.0);
+    EXPECT_EQ(EqEvaluate(es, 0), 2.0);
+    EXPECT_EQ(es.get("y"), 0.0);
+    es->var_vals->count = 3; // y is not there any more
+    EXPECT_EQ(EqEvaluate(es, 0), 2.0);
+    EXPECT_EQ(EqSystemEvaluate(es), 1);
+    es->var_vals->count = 5;
+}
+
 TEST(EqEvaluate, UsesTheHeapForNothing)
 {
     NEEDS_HEAP_FAILURES();

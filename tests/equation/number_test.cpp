@@ -1,12 +1,11 @@
 #include "equation/equation.h"
 
+#include <clocale>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <locale.h>
 #include <string>
 #include <unistd.h>
 
@@ -115,46 +114,49 @@ TEST(EquationNumbers, EqualTheCLibrarysInTheCLocale)
     }
 }
 
-/// A locale that writes numbers as in German, with a comma for the point: an installed one, or one made for the test.
-locale_t comma_locale()
-{
-    if (const locale_t installed = newlocale(LC_NUMERIC_MASK, "de_DE.UTF-8", nullptr))
-        return installed;
-    const std::filesystem::path folder = testing::TempDir() + "korvale_locale_" + std::to_string(getpid());
-    std::filesystem::create_directories(folder);
-    std::ofstream(folder / "source") << "comment_char %\nescape_char /\nLC_NUMERIC\ndecimal_point \",\"\n"
-                                        "thousands_sep \".\"\ngrouping 3;3\nEND LC_NUMERIC\n";
-    const std::string in_folder = "cd '" + folder.string() + "' && ";
-    const int status =
-        std::system((in_folder + "localedef -c -i source -f ANSI_X3.4-1968 ./de_XX 2>/dev/null").c_str());
-    setenv("LOCPATH", folder.c_str(), 1);
-    const locale_t made = newlocale(LC_NUMERIC_MASK, "de_XX", nullptr);
-    unsetenv("LOCPATH");
-    std::filesystem::remove_all(folder);
-    if (made == nullptr)
-        std::printf("localedef ended with status %d\n", status);
-    return made;
-}
+/// While it lives, numbers are written as in German, with a comma for the point, in a locale that is installed or, where
+/// none is, made for the test.
+class DecimalComma {
+public:
+    DecimalComma()
+    {
+        if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") != nullptr)
+            return;
+        const std::filesystem::path folder = testing::TempDir() + "korvale_locale_" + std::to_string(getpid());
+        std::filesystem::create_directories(folder);
+        std::ofstream(folder / "source") << "comment_char %\nescape_char /\nLC_NUMERIC\ndecimal_point \",\"\n"
+                                            "thousands_sep \".\"\ngrouping 3;3\nEND LC_NUMERIC\n";
+        const std::string make =
+            "cd '" + folder.string() + "' && localedef -c -i source -f ANSI_X3.4-1968 ./de_XX 2>/dev/null";
+        status_ = std::system(make.c_str()); // 256 where only warnings are given, as about the categories left out
+        setenv("LOCPATH", folder.c_str(), 1);
+        std::setlocale(LC_NUMERIC, "de_XX");
+        unsetenv("LOCPATH");
+        std::filesystem::remove_all(folder);
+    }
+    ~DecimalComma() { std::setlocale(LC_NUMERIC, "C"); }
+    DecimalComma(const DecimalComma&) = delete;
+    DecimalComma& operator=(const DecimalComma&) = delete;
+
+    bool is_in_force() const { return std::strtod("1,5", nullptr) == 1.5 && std::strtod("1.5", nullptr) == 1.0; }
+    int status() const { return status_; }
+
+private:
+    int status_ = 0;
+};
 
 TEST(EquationNumbers, AreReadAlikeUnderADecimalComma)
 {
-    const locale_t comma = comma_locale();
-    if (comma == nullptr)
-        GTEST_SKIP() << "no locale with a decimal comma is installed, and localedef cannot make one";
-    const locale_t before = uselocale(comma);
-    const double c_library = std::strtod("1.5", nullptr);
+    const DecimalComma comma;
+    if (!comma.is_in_force())
+        GTEST_SKIP() << "no locale with a decimal comma is installed, and localedef ends with status "
+                     << comma.status();
     System es;
-    const double number = read(es, "1.5");
-    const double prefix = read(es, "1.25.5");
-    const int two_operands = es.parse("E = 1,5");
-    const double huge = read(es, std::string(10000, '7'));
-    uselocale(before);
-    freelocale(comma);
-    EXPECT_EQ(c_library, 1.0); // the locale is in force
-    EXPECT_EQ(number, 1.5);
-    EXPECT_EQ(prefix, 1.25);
-    EXPECT_EQ(two_operands, -1);
-    EXPECT_EQ(huge, HUGE_VAL);
+    EXPECT_EQ(read(es, "1.5"), 1.5);
+    EXPECT_EQ(read(es, "1.25.5"), 1.25);
+    EXPECT_EQ(es.parse("E = 1,5"), -1); // two operands
+    EXPECT_EQ(read(es, std::string(10000, '7')), HUGE_VAL);
+    EXPECT_TRUE(comma.is_in_force());
 }
 
 } // namespace
