@@ -280,13 +280,11 @@ void DATAReverse(DATAstruct* d)
 
 void DATASubReverse(DATAstruct* d)
 {
-    if (d == nullptr)
-        return;
-    if (d->type != DATA_TYPE_DATA) {
-        DATAReverse(d);
-        return;
+    while (d != nullptr && d->type == DATA_TYPE_DATA) {   // the last child is walked here: chains may be of any length
+        const int32_t n = korvale::children_by_count(*d); // Deliberate: one slot per element, whatever dim is
+        for (int32_t i = 0; i < n - 1; ++i)
+            DATASubReverse(static_cast<DATAstruct*>(d->pvals[i]));
+        d = n < 1 ? nullptr : static_cast<DATAstruct*>(d->pvals[n - 1]);
     }
-    const int32_t n = korvale::children_by_count(*d); // Deliberate: one slot per element, whatever dim is
-    for (int32_t i = 0; i < n; ++i)
-        DATASubReverse(static_cast<DATAstruct*>(d->pvals[i]));
+    DATAReverse(d);
 }

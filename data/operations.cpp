@@ -243,18 +243,22 @@ void carry_array(const double (*m)[4], const Array& source, Array& output)
     carry_points(m, source.dvals, source.count, output.dvals);
 }
 
+/// Carries a tree leaf by leaf. The last child is walked in the loop, so a chain of arrays may be of any length.
 void carry_tree(const double (*m)[4], const DATAstruct* source, DATAstruct* output)
 {
-    if (source == nullptr || output == nullptr || source->count < 1 || source->count != output->count ||
-        source->type != output->type)
-        return;
-    if (source->type == DATA_TYPE_DOUBLE)
-        carry_array(m, *source, *output);
-    if (source->type != DATA_TYPE_DATA || !holds(*source, DATA_TYPE_DATA, source->count) ||
-        !holds(*output, DATA_TYPE_DATA, output->count))
-        return;
-    for (int32_t i = 0; i < source->count; ++i)
-        carry_tree(m, static_cast<const DATAstruct*>(source->pvals[i]), static_cast<DATAstruct*>(output->pvals[i]));
+    while (source != nullptr && output != nullptr && source->count >= 1 && source->count == output->count &&
+           source->type == output->type) {
+        if (source->type == DATA_TYPE_DOUBLE)
+            carry_array(m, *source, *output);
+        if (source->type != DATA_TYPE_DATA || !holds(*source, DATA_TYPE_DATA, source->count) ||
+            !holds(*output, DATA_TYPE_DATA, output->count))
+            return;
+        const int32_t last = source->count - 1;
+        for (int32_t i = 0; i < last; ++i)
+            carry_tree(m, static_cast<const DATAstruct*>(source->pvals[i]), static_cast<DATAstruct*>(output->pvals[i]));
+        source = static_cast<const DATAstruct*>(source->pvals[last]);
+        output = static_cast<DATAstruct*>(output->pvals[last]);
+    }
 }
 
 } // namespace

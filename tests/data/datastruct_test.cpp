@@ -760,6 +760,17 @@ TEST(DATASubReverse, VisitsOneSlotPerElementWhateverDimIs)
     table->dim = 2;
 }
 
+TEST(DATASubReverse, WalksLongChainsWithoutRecursion)
+{
+    DATAstruct* const leaf = new_doubles(1, {1, 2});
+    DATAstruct* chain = leaf;
+    for (int i = 0; i < 500000; ++i)
+        chain = new_parent({chain});
+    DATASubReverse(chain);
+    EXPECT_TRUE(same_bits({2, 1}, leaf->dvals));
+    release(chain);
+}
+
 TEST(DATASubReverse, VisitsNoSlotBeyondTheCapacity)
 {
     auto* const a = new_doubles(1, {1, 2});

@@ -1,5 +1,6 @@
 // TransformData and TransformDATA.
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <vector>
 
@@ -173,6 +174,18 @@ TEST(TransformDATA, CarriesTheLeavesOfATree)
     TransformDATA(kShift, source, output);
     auto expected = parent({new_doubles(3, {11, 22, 33}), new_parent({new_doubles(3, {14, 25, 36, 17, 28, 39})})});
     EXPECT_TRUE(same_array(*expected, *output));
+}
+
+TEST(TransformDATA, WalksLongChainsWithoutRecursion)
+{
+    DATAstruct* const leaf = new_doubles(3, {1, 2, 3});
+    DATAstruct* chain = leaf;
+    for (int i = 0; i < 500000; ++i)
+        chain = new_parent({chain});
+    TransformDATA(kShift, chain, chain);
+    EXPECT_TRUE(same_bits({11, 22, 33}, leaf->dvals));
+    DATADispose(chain);
+    std::free(chain);
 }
 
 TEST(TransformDATA, SkipsPairsThatDoNotMatch)
