@@ -9,8 +9,9 @@
 namespace {
 
 const gallery::Scene kScenes[] = {
-    gallery::bevelled_text(), gallery::tree_rings(),  gallery::road_band(),
-    gallery::drum_head(),     gallery::teapot_rays(), gallery::squashed_teapot(),
+    gallery::bevelled_text(), gallery::tree_rings(),       gallery::road_band(),
+    gallery::drum_head(),     gallery::teapot_rays(),      gallery::squashed_teapot(),
+    gallery::swept_tubes(),   gallery::scattered_points(), gallery::bent_vertices(),
 };
 
 // Where the sources lay when this was built, or else as seen from the top of a checkout.

@@ -1,5 +1,6 @@
 #include "mesh.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <map>
@@ -51,6 +52,16 @@ std::string obj_text(const Mesh& mesh, const std::string& note)
         text += line;
     }
     return text;
+}
+
+Box3 bounds_of(const Mesh& mesh)
+{
+    Box3 box{mesh.points.front(), mesh.points.front()};
+    for (Vec3 p : mesh.points) {
+        box.low = {std::min(box.low.x, p.x), std::min(box.low.y, p.y), std::min(box.low.z, p.z)};
+        box.high = {std::max(box.high.x, p.x), std::max(box.high.y, p.y), std::max(box.high.z, p.z)};
+    }
+    return box;
 }
 
 void append(Mesh& mesh, const Mesh& other)

@@ -15,6 +15,16 @@ struct Mesh {
     std::vector<std::array<int, 3>> triangles;
 };
 
+/// The box around a mesh.
+struct Box3 {
+    Vec3 low, high;
+
+    Vec3 size() const { return high - low; }
+    Vec3 middle() const { return 0.5 * (low + high); }
+};
+
+Box3 bounds_of(const Mesh& mesh);
+
 /// Reads the points and triangles of an OBJ file; throws std::runtime_error when it cannot.
 Mesh read_obj(const std::filesystem::path& file);
 

@@ -64,5 +64,8 @@ Scene road_band();
 Scene drum_head();
 Scene teapot_rays();
 Scene squashed_teapot();
+Scene swept_tubes();
+Scene scattered_points();
+Scene bent_vertices();
 
 } // namespace gallery

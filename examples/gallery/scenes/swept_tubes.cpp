@@ -1,0 +1,148 @@
+// Tubes around knots. path2xfm and PATH2xfm give each point of a line a frame; a circle carried by every frame makes the
+// tube, and the colours run around it from the x axis on, so that they show how the frames turn.
+
+#include "arrays.h"
+#include "scene.h"
+#include "shade.h"
+
+#include <cmath>
+
+namespace gallery {
+namespace {
+
+constexpr double kFullTurn = 6.28318530717958648;
+constexpr int kAround = 36; // points of the circle
+
+std::vector<Vec3> trefoil(int n)
+{
+    std::vector<Vec3> points;
+    for (int i = 0; i < n; i++) {
+        const double t = kFullTurn * (double(i) / n + 1.0 / 4); // starts at the top
+        points.push_back(
+            {std::sin(t) + 2 * std::sin(2 * t), std::cos(t) - 2 * std::cos(2 * t), -1.2 * std::sin(3 * t)});
+    }
+    return points;
+}
+
+// Three times around the axis, seven times through the hole of a ring.
+std::vector<Vec3> torus_knot(int n)
+{
+    std::vector<Vec3> points;
+    for (int i = 0; i < n; i++) {
+        const double t = kFullTurn * (double(i) / n + 1.0 / 28); // starts at the top
+        const double radius = 2.1 + 0.85 * std::cos(7 * t);
+        points.push_back({radius * std::cos(3 * t), radius * std::sin(3 * t), 0.95 * std::sin(7 * t)});
+    }
+    return points;
+}
+
+struct Frame {
+    Xfm m;
+};
+
+std::vector<Frame> frames_along(const std::vector<Vec3>& points, bool closed)
+{
+    std::vector<Frame> frames(points.size());
+    DATAstruct path;
+    DATAInitialize(&path);
+    fill_points(path, points);
+    PATH2xfm(&path, closed, &frames.data()->m);
+    DATADispose(&path);
+    return frames;
+}
+
+// Orange along the x axis, blue against it.
+Colour around(double angle)
+{
+    const double towards = std::cos(angle);
+    const Colour pale = hex(0xf1ece0);
+    return towards > 0 ? mix(pale, hex(0xd9600f), std::pow(towards, 3))
+                       : mix(pale, hex(0x1f5fa8), std::pow(-towards, 3));
+}
+
+// Rings around the frames, joined to each other and, when closed, the last to the first.
+void add_tube(Stage& stage, const std::vector<Frame>& frames, double radius, bool closed)
+{
+    Mesh tube;
+    std::vector<Colour> colours;
+    for (Frame frame : frames)
+        for (int k = 0; k < kAround; k++) {
+            const double angle = kFullTurn * k / kAround;
+            double p[3] = {radius * std::cos(angle), radius * std::sin(angle), 0};
+            TransformPoint(frame.m, p, p);
+            tube.points.push_back({p[0], p[1], p[2]});
+            colours.push_back(around(angle));
+        }
+    const int rings = int(frames.size());
+    for (int i = 0; i < (closed ? rings : rings - 1); i++)
+        for (int k = 0; k < kAround; k++) {
+            const int here = i * kAround, there = (i + 1) % rings * kAround, next = (k + 1) % kAround;
+            tube.triangles.push_back({here + k, there + k, there + next});
+            tube.triangles.push_back({here + k, there + next, here + next});
+        }
+    stage.add(tube, {kPaper, 0.35, 50, 60}, colours);
+}
+
+// Parallel rays, so that a place of the picture is easily found.
+constexpr int kSide = kWidth / 2;
+const Vec3 kEye{0, -9, 14};
+
+Point seen(Vec3 p, double height)
+{
+    const Vec3 back = unit(kEye), right{1, 0, 0}, up = cross(back, right);
+    return {kSide / 2.0 + dot(p, right) * kSide / height, kSide / 2.0 - dot(p, up) * kSide / height};
+}
+
+Picture draw_tube(const Font& font, const std::vector<Vec3>& loop, double radius, bool closed, double height)
+{
+    std::vector<Vec3> points = loop;
+    if (!closed)
+        points.push_back(loop.front()); // the same loop as an open line that ends where it starts
+    Stage stage({kEye, {0, 0, 0}, {0, 1, 0}, 0, height});
+    add_tube(stage, frames_along(points, closed), radius, closed);
+    Picture picture = stage.render(kSide, kSide);
+
+    const Point start = seen(loop.front(), height), label{0.8 * kSide, 0.09 * kSide};
+    picture.stroke({start, label + Point{0, 8}}, 1.5, kInk);
+    picture.dot(start, 4, kInk);
+    draw_text(picture, font, label, 18, closed ? "start" : "start and end", kInk, Align::middle);
+    return picture;
+}
+
+void show_knot(Gallery& hall, const std::string& file, const std::vector<Vec3>& loop, double radius, double height,
+               const std::string& sentence)
+{
+    Picture picture(kWidth, kSide + 50);
+    for (const bool closed : {false, true}) {
+        const int left = closed ? kSide : 0;
+        picture.put(draw_tube(hall.sans(), loop, radius, closed, height), left, 0);
+        draw_text(picture, hall.sans(), {left + kSide / 2.0, kSide + 25.0}, 22,
+                  closed ? "closed: the turn left over is spread" : "open: as the x axis is carried", kInk,
+                  Align::middle);
+        hall.progress(closed ? 1 : 0.5);
+    }
+    hall.show(file, picture, sentence);
+}
+
+void draw(Gallery& hall)
+{
+    show_knot(hall, "trefoil.png", trefoil(400), 0.55, 8.2,
+              "A trefoil: on the left the colours do not meet where the line ends at its start, on the right the same "
+              "line as a loop, without a seam.");
+    show_knot(
+        hall, "torus-knot.png", torus_knot(900), 0.24, 6.6,
+        "The torus knot that runs three times around and seven times through the hole: little is left over here.");
+}
+
+} // namespace
+
+Scene swept_tubes()
+{
+    return {
+        "Swept tubes",
+        "Every point of a line gets a frame whose x axis turns as little as it can. The tubes are orange along the x "
+        "axes and blue against them.",
+        draw};
+}
+
+} // namespace gallery
