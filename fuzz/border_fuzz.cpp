@@ -1,0 +1,119 @@
+// Offsets arbitrary outlines by both flavours. The first byte selects, then follow the distance and the coordinates: as
+// doubles, or as small integers, which make equal coordinates, straight runs and simultaneous events common.
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "border/band.h"
+#include "border/border.h"
+
+// The work arrays of Border stay allocated on purpose.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:Border(BorderStatus*)\n";
+}
+
+namespace {
+
+void require(bool fact)
+{
+    if (!fact)
+        std::abort();
+}
+
+void release(DATAstruct* d)
+{
+    DATADispose(d);
+    std::free(d);
+}
+
+std::vector<double> read_doubles(const uint8_t* bytes, size_t count)
+{
+    std::vector<double> values(count / sizeof(double));
+    if (!values.empty())
+        std::memcpy(values.data(), bytes, values.size() * sizeof(double));
+    return values;
+}
+
+std::vector<double> read_integers(const uint8_t* bytes, size_t count)
+{
+    std::vector<double> values;
+    for (size_t i = 0; i + 1 < count; i += 2)
+        values.insert(values.end(), {bytes[i] % 16 * 0.5, bytes[i + 1] % 16 * 0.5, 0.0});
+    return values;
+}
+
+void sweep(std::vector<double>& points, double distance, bool keep, bool split, bool as_band)
+{
+    BORDERStatus status;
+    BORDERInitialize(&status);
+    status.distance = distance;
+    status.keep_collapsed = keep;
+    status.split_events = split;
+    const auto n = static_cast<int32_t>(points.size() / 3);
+    status.path->dim = 3;
+    status.path->count = n;
+    if (DATAAllocate(status.path) > 0)
+        std::memcpy(status.path->dvals, points.data(), 3 * sizeof(double) * static_cast<size_t>(n));
+    if (as_band)
+        BORDERAddWings(&status);
+    const int32_t wanted = status.path->count;
+    const int result = BORDER(&status);
+    require(result == (wanted >= 1 && std::isfinite(distance) ? 1 : -1));
+    if (result > 0) {
+        int32_t live = 0;
+        for (int32_t i = 0; i < wanted; ++i) {
+            live += status.dead->bvals[i] == 0;
+            require(status.merge->ivals[i] >= 0 && status.merge->ivals[i] < wanted);
+            require(status.dead->bvals[i] == (status.merge->ivals[i] == i ? 0 : 1));
+        }
+        require(live >= 1);
+        require(status.output->count == (keep ? wanted : live));
+    }
+    if (as_band) {
+        BORDERRemoveWings(&status);
+        BORDERMakePipe(&status);
+    }
+    for (DATAstruct* const d : {status.path, status.output, status.flat, status.velocity, status.direction, status.line,
+                                status.dead, status.length, status.rate, status.merge})
+        release(d);
+}
+
+void sweep_first_generation(std::vector<double>& points, double distance, bool keep, bool split)
+{
+    Data path = {3, static_cast<int32_t>(points.size() / 3), DATA_TYPE_DOUBLE, points.data(), nullptr, nullptr};
+    BorderStatus status{};
+    status.path = &path;
+    status.distance = distance;
+    status.keep_collapsed = keep;
+    status.split_events = split;
+    const int result = Border(&status);
+    require(result == 1 || result == -1);
+    require(status.output != nullptr);
+    require(result < 0 || !keep || status.output->count == path.count);
+    DataDispose(status.output);
+    std::free(status.output);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
+{
+    if (count < 1 + sizeof(double) || count > 4096)
+        return 0;
+    const bool keep = (bytes[0] & 1) != 0, split = (bytes[0] & 2) != 0, as_band = (bytes[0] & 4) != 0;
+    double distance;
+    std::memcpy(&distance, bytes + 1, sizeof distance);
+    if ((bytes[0] & 8) != 0)
+        distance = static_cast<double>(static_cast<int8_t>(bytes[1])) / 16.0;
+    const uint8_t* const rest = bytes + 1 + sizeof distance;
+    count -= 1 + sizeof distance;
+    std::vector<double> points = (bytes[0] & 16) != 0 ? read_integers(rest, count) : read_doubles(rest, count);
+    sweep(points, distance, keep, split, as_band);
+    if ((bytes[0] & 0xe0) == 0xe0) // now and then: its work arrays stay
+        sweep_first_generation(points, distance, keep, split);
+    return 0;
+}
