@@ -1,9 +1,9 @@
 #include "equation/internal/registry.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
+#include "equation/internal/built_ins.h"
 #include "platform/module_start.h"
 
 namespace korvale {
@@ -72,19 +72,11 @@ void format_name(const char* name, uint8_t* slot)
     *slot = 0;
 }
 
-void register_built_in(EquationSystem& es, const char* name, BinaryFunction function)
+template <class Function, size_t N>
+void register_all(EquationSystem& es, int32_t nargs, const BuiltIn<Function> (&functions)[N])
 {
-    register_function(&es, name, 2, reinterpret_cast<void*>(function));
-}
-
-void register_built_in(EquationSystem& es, const char* name, UnaryFunction function)
-{
-    register_function(&es, name, 1, reinterpret_cast<void*>(function));
-}
-
-void register_built_in(EquationSystem& es, const char* name, NoArgFunction function)
-{
-    register_function(&es, name, 0, reinterpret_cast<void*>(function));
+    for (const BuiltIn<Function>& built_in : functions)
+        register_function(&es, built_in.name, nargs, reinterpret_cast<void*>(built_in.function));
 }
 
 } // namespace
@@ -147,7 +139,9 @@ NamedFunctions find_named_functions(const EquationSystem& es, const char* word, 
 double call_no_arg(const EquationSystem& es, int32_t f)
 {
     const auto function = reinterpret_cast<NoArgFunction>(function_at(es, f));
-    return function == nullptr || f >= function_count(es) || es.func_nargs->ivals[f] != 0 ? 0.0 : function();
+    if (function == nullptr || f >= length(es.func_nargs, DATA_TYPE_INT) || es.func_nargs->ivals[f] != 0)
+        return 0.0;
+    return function();
 }
 
 int register_function(EquationSystem* es, const char* name, int32_t nargs, void* function)
@@ -165,24 +159,10 @@ int register_function(EquationSystem* es, const char* name, int32_t nargs, void*
 
 void register_built_ins(EquationSystem& es)
 {
-    register_built_in(es, "ADD", EqFuncAdd);
-    register_built_in(es, "SUBTRACT", EqFuncSubtract);
-    register_built_in(es, "MULTIPLY", EqFuncMultiply);
-    register_built_in(es, "DIVIDE", EqFuncDivide);
-    register_built_in(es, "POWER", std::pow);
-    register_built_in(es, "NEGATE", EqFuncNegate);
-    register_built_in(es, "SIN", std::sin);
-    register_built_in(es, "COS", std::cos);
-    register_built_in(es, "TAN", std::tan);
-    register_built_in(es, "SQRT", std::sqrt);
-    register_built_in(es, "EXP", std::exp);
-    register_built_in(es, "LOG", std::log);
-    register_built_in(es, "ASIN", std::asin);
-    register_built_in(es, "ACOS", std::acos);
-    register_built_in(es, "ATAN", std::atan);
-    register_built_in(es, "RAND", EqFuncRand);
-    register_built_in(es, "GAUSS", gauss);
-    register_built_in(es, "ANGLE", std::atan2);
+    register_all(es, 2, kOperators);
+    register_all(es, 1, kUnaryFunctions);
+    register_all(es, 0, kDraws);
+    register_all(es, 2, kAngle);
 }
 
 } // namespace korvale

@@ -15,7 +15,8 @@ DATAstruct* table_of(const EquationSystem& es, int32_t f)
 
 bool is_function(const EquationSystem& es, int32_t f)
 {
-    return f >= 0 && f < function_count(es);
+    return f >= 0 && f < length(es.funcs, DATA_TYPE_POINTER) && f < length(es.func_nargs, DATA_TYPE_INT) &&
+           f < length(es.tables, DATA_TYPE_DATA) && f < length(es.table_pos, DATA_TYPE_INT);
 }
 
 /// a + b and a - b as they wrap in 32 bits.

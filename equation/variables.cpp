@@ -1,5 +1,6 @@
 #include "equation/internal/variables.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "data/internal/scratch.h"
@@ -32,6 +33,13 @@ int64_t count_names(const char* text)
     return n;
 }
 
+/// Variables that have a value and a name.
+int32_t named_count(const EquationSystem& es)
+{
+    const int64_t named = room(es.var_names, DATA_TYPE_BYTE) / kNameBytes;
+    return static_cast<int32_t>(std::min<int64_t>(named, variable_count(es)));
+}
+
 /// A text with no more names than this is compared name by name.
 constexpr int64_t kFewNames = 8;
 
@@ -53,7 +61,7 @@ size_t hash_of(const Name& name) // 64-bit FNV-1a (G. Fowler, L. C. Noll, K.-P. 
 class Names {
 public:
     Names(const EquationSystem& es, int64_t most)
-        : es_(es), before_(variable_count(es)), added_(most * kNameBytes),
+        : es_(es), before_(named_count(es)), added_(most * kNameBytes),
           entries_(most > kFewNames ? table_size(before_ + most) : 0),
           mask_(static_cast<size_t>(table_size(before_ + most)) - 1), is_hashed_(most > kFewNames)
     {
@@ -70,7 +78,7 @@ public:
             entries_[static_cast<int64_t>(entry)] = -1;
         for (int64_t i = 0; i < before_; ++i) {
             const char* const slot = slot_at(i);
-            enter({slot, std::strlen(slot)}, i);
+            enter({slot, strnlen(slot, kLongestName)}, i);
         }
     }
 
@@ -186,9 +194,7 @@ bool append(EquationSystem& es, const Names& names, int flag)
 
 int32_t find_variable(const EquationSystem& es, const char* word, size_t length)
 {
-    const int64_t named = room(es.var_names, DATA_TYPE_BYTE) / kNameBytes;
-    const int64_t count = std::min<int64_t>(named, variable_count(es));
-    return find_name(es.var_names, static_cast<int32_t>(count), word, length);
+    return find_name(es.var_names, named_count(es), word, length);
 }
 
 int declare_variables(EquationSystem& es, const char* text, int flag)
