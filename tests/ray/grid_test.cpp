@@ -25,7 +25,7 @@ constexpr int kMostCells = std::numeric_limits<int>::max();
 
 std::vector<int> first_numbers(int n)
 {
-    std::vector<int> numbers(n);
+    std::vector<int> numbers(static_cast<size_t>(n));
     std::iota(numbers.begin(), numbers.end(), 0);
     return numbers;
 }
