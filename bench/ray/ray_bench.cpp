@@ -191,7 +191,7 @@ void Query(benchmark::State& state)
 }
 BENCHMARK(Query)
     ->ArgNames({"division", "grid"})
-    ->ArgsProduct({{0, 1, 3, 4}, {1, 4, 16, 64}})
+    ->ArgsProduct({{0, 1, 2, 3, 4}, {1, 4, 8, 16, 32, 64}})
     ->Unit(benchmark::kMicrosecond);
 
 /// Classification and its undoing; the plain steps make their cells and lists, without undoing them.

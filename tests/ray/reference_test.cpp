@@ -60,9 +60,9 @@ std::vector<double> random_triangles(Mesh mesh, Random& random, int count)
 {
     std::vector<double> all(9 * static_cast<size_t>(count));
     for (size_t t = 0; t < all.size(); t += 9)
-        for (int i = 0; i < 9; ++i)
+        for (size_t i = 0; i < 9; ++i)
             all[t + i] = mesh == Mesh::small_triangles && i >= 3 ? all[t + i % 3] + random.uniform(-0.2, 0.2)
-                                                                 : coordinate(mesh, random, i % 3);
+                                                                 : coordinate(mesh, random, static_cast<int>(i % 3));
     return all;
 }
 
@@ -158,7 +158,7 @@ INSTANTIATE_TEST_SUITE_P(Meshes, EveryMesh, testing::ValuesIn(kMeshes));
 
 TEST_P(EveryMesh, IsSortedAsThePlainStepsDo)
 {
-    Random random(901 + static_cast<int>(GetParam()));
+    Random random(901 + static_cast<uint64_t>(GetParam()));
     for (int i = 0; i < 60; ++i) {
         Scene s(random_triangles(GetParam(), random, random.between(1, 150)), random.between(1, 7),
                 random.between(1, 7), random.between(1, 7));
@@ -172,7 +172,7 @@ TEST_P(EveryMesh, IsSortedAsThePlainStepsDo)
 
 TEST_P(EveryMesh, IsCastAtAsThePlainStepsDo)
 {
-    Random random(951 + static_cast<int>(GetParam()));
+    Random random(951 + static_cast<uint64_t>(GetParam()));
     int64_t hits = 0;
     for (int i = 0; i < 40 && !HasFailure(); ++i) {
         Scene s(random_triangles(GetParam(), random, random.between(1, 150)), random.between(1, 7),
@@ -187,7 +187,7 @@ TEST_P(EveryMesh, IsCastAtAsThePlainStepsDo)
 
 TEST_P(EveryMesh, IsCastAtInFineGridsAsThePlainStepsDo)
 {
-    Random random(981 + static_cast<int>(GetParam()));
+    Random random(981 + static_cast<uint64_t>(GetParam()));
     const int sizes[][3] = {{16, 16, 16}, {3, 7, 11}, {40, 1, 1}, {1, 30, 2}, {1, 1, 1}, {2, 1, 50}};
     for (const auto& n : sizes) {
         Scene s(random_triangles(GetParam(), random, 500), n[0], n[1], n[2]);
@@ -198,7 +198,7 @@ TEST_P(EveryMesh, IsCastAtInFineGridsAsThePlainStepsDo)
 
 TEST_P(EveryMesh, MayBeMovedBetweenQueries)
 {
-    Random random(991 + static_cast<int>(GetParam()));
+    Random random(991 + static_cast<uint64_t>(GetParam()));
     Scene s(random_triangles(GetParam(), random, 100), 4, 4, 4);
     for (int r = 0; r < 300 && !HasFailure(); ++r) {
         double* const vertex = s.triangles().dvals + 3 * random.below(300);
