@@ -56,17 +56,11 @@ struct Transforms {
     double (*reverse)[4]; // or null
 };
 
-/// Whether the points of `path` can be flattened.
+/// Whether `path` is of points at all.
 template <class Array>
-bool has_points(const Array* path)
+bool is_path(const Array* path)
 {
-    return path != nullptr && path->type == DATA_TYPE_DOUBLE && path->dim == 3 && is_filled(*path);
-}
-
-template <class Array>
-bool is_too_large(const Array* path)
-{
-    return elements(path->count, path->dim) > kMostElements;
+    return path != nullptr && path->type == DATA_TYPE_DOUBLE && path->dim == 3;
 }
 
 void set_identities(const Transforms& to)
@@ -368,10 +362,12 @@ int flatten(const Data* path, double (*xfm)[4], double (*reverse)[4], bool close
         return -1;
     const Transforms to = {xfm, reverse};
     set_identities(to);
-    if (!has_points(path))
+    if (!is_path(path))
         return 1;
-    if (is_too_large(path))
+    if (elements(path->count, path->dim) > kMostElements)
         return -1;
+    if (!is_filled(*path))
+        return 1;
 
     const Outline outline = {path->dvals, path->count};
     if (outline.count == 1) {
@@ -393,7 +389,7 @@ void flatten(const DATAstruct* path, double (*xfm)[4], double (*reverse)[4], boo
         return;
     const Transforms to = {xfm, reverse};
     set_identities(to);
-    if (!has_points(path) || is_too_large(path))
+    if (!is_path(path) || !is_filled(*path))
         return;
 
     const Outline outline = {path->dvals, path->count};

@@ -234,8 +234,7 @@ void frames_along(const Array& path, bool closed, double full_turn, Xfm* frames)
         set_identity(frames[0]);
         return;
     }
-    const int64_t coordinates = elements(path.count, 3);
-    if (coordinates <= kMostElements && holds(path, DATA_TYPE_DOUBLE, coordinates))
+    if (holds(path, DATA_TYPE_DOUBLE, elements(path.count, path.dim)))
         find_frames({path.dvals, path.count, closed}, full_turn, frames);
 }
 
