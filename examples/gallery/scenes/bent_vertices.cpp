@@ -19,7 +19,6 @@ public:
     explicit HostMesh(Mesh mesh) : mesh_(std::move(mesh)) {}
 
     const Mesh& mesh() const { return mesh_; }
-    int edits() const { return edits_; }
 
     int32_t QueryInterface(const void*, void**) override { return kRefused; }
     uint32_t AddRef() override { return ++references_; }
@@ -62,16 +61,11 @@ private:
     }
     int32_t ReadNormals(uint32_t, double*, void*, uint32_t*) override { return kRefused; }
     int32_t BeginEdit() override { return kDone; }
-    int32_t EndEdit() override
-    {
-        edits_++;
-        return kDone;
-    }
+    int32_t EndEdit() override { return kDone; }
 
     Mesh mesh_;
     size_t vertex_ = 0;
     uint32_t references_ = 1;
-    int edits_ = 0;
 };
 
 // Moves every point by equations in x, y, z and whatever else they name in `names`.
