@@ -117,7 +117,7 @@ inline void set_buffer(DATAstruct& d, int32_t type, void* buffer)
 }
 
 /// Components that a buffer of the record has room for: a `Data` is judged by count * dim, a `DATAstruct` by what was
-/// allocated where the library allocated it.
+/// allocated where the library allocated it. A buffer beside a capacity of 0 is the host's own, in a zero-filled record.
 inline int64_t room(const Data& d)
 {
     return elements(d.count, d.dim);
@@ -125,7 +125,7 @@ inline int64_t room(const Data& d)
 
 inline int64_t room(const DATAstruct& d)
 {
-    const bool wrapped = d.alloc_count < 0 || d.alloc_dim < 0;
+    const bool wrapped = d.alloc_count < 1 || d.alloc_dim < 1;
     return wrapped ? elements(d.count, d.dim) : elements(d.alloc_count, d.alloc_dim);
 }
 

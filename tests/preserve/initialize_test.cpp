@@ -433,6 +433,25 @@ TEST(PreserveInitialize, TakesMemoryOfTheHost)
     std::free(edges);
 }
 
+TEST(PreserveInitialize, TakesMemoryOfTheHostInZeroFilledRecords)
+{
+    double xyz[] = {0, 0, 0, 1, 0, 0};
+    int32_t ends[] = {0, 1};
+    DATAstruct points = {}, edges = {};
+    points.dim = 3;
+    points.count = 2;
+    points.dvals = xyz;
+    edges.dim = 2;
+    edges.count = 1;
+    edges.type = DATA_TYPE_INT;
+    edges.ivals = ends;
+    PreserveStatus status = {};
+    ASSERT_EQ(PreserveInitialize(&status, &points, &edges, nullptr, nullptr), 1);
+    EXPECT_EQ(PreservePreserve(&status, PRESERVE_LENGTH, 1.0), 1);
+    EXPECT_TRUE(same_bits(1.0, status.olen->dvals[0]));
+    PreserveDispose(&status);
+}
+
 TEST(PreserveInitialize, ReleasesNothingOfAUsedStatus)
 {
     NEEDS_HEAP_COUNTS();
