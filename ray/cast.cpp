@@ -135,7 +135,7 @@ void test_cell(Cast& cast, const data_list_struct& cell)
 void prefetch_triangles(const Cast& cast, const data_list_struct& cell)
 {
     const data_list_struct* const node = cell.next;
-    for (int32_t i = 0; i < std::min(node->count, kPrefetchDistance); ++i)
+    for (int32_t i = 0; node != nullptr && i < std::min(node->count, kPrefetchDistance); ++i)
         prefetch_triangle(cast.triangles, cast.count, node->ivals[i]);
 }
 

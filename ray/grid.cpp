@@ -259,7 +259,7 @@ void fill_cells(RayStatus& s, const double* triangles, int32_t count)
 Grid grid_of(const RayStatus& s)
 {
     Grid grid = {};
-    if (s.cells == nullptr)
+    if (s.cells == nullptr || s.cells[0].dvals == nullptr)
         return grid;
     const double* const behind_box = s.cells[0].dvals + kBoxValues;
     GridHeader header;

@@ -44,7 +44,8 @@ void prefetch_numbers(const data_list_struct* cells, const int32_t* met, int32_t
     for (int32_t i = 0; i < count; ++i)
         __builtin_prefetch(cells[met[i]].next);
     for (int32_t i = 0; i < count; ++i)
-        __builtin_prefetch(cells[met[i]].next->ivals);
+        if (const data_list_struct* const numbers = cells[met[i]].next; numbers != nullptr)
+            __builtin_prefetch(numbers->ivals);
 }
 
 /// Tests all triangles of the cells that the ray meets, in the order of the cells.

@@ -538,6 +538,24 @@ TEST(ray_intersect, ReadsTheVerticesAsTheyAre)
     EXPECT_EQ(a.distance, 2.5);
 }
 
+TEST(ray_intersect, FindsTrianglesListedByHand)
+{
+    Scene s(level(1));
+    ray_make_sub_bbox(s); // empty cells in a box of zeros
+    EXPECT_EQ(cast(s, {0, 0, -1}, {0, 0, 1}).hits, 0);
+    ray_add_tri_to_bbox(s, 0, 5);
+    const Answer a = cast(s, {0, 0, -1}, {0, 0, 1});
+    EXPECT_EQ(a.hits, 1);
+    EXPECT_EQ(a.distance, 2);
+}
+
+TEST(ray_intersect, PassesACellThatTheHostEmptied)
+{
+    Scene s(joined(level(1), level(9)), 1, 1, 4);
+    DataListDispose(&s->cells[3]);
+    EXPECT_EQ(cast(s, {0.25, 0.25, 0}, {0, 0, 1}).hits, 1);
+}
+
 TEST(ray_intersect, SkipsNumbersBeyondTheTriangles)
 {
     Scene s(joined(level(1), level(4)), 1, 1, 1);
