@@ -116,15 +116,15 @@ void try_energy(PreserveStatus& s, double bound)
     s.energy = energy + refusal.volume + refusal.area;
 }
 
-/// One step from evaluated positions; leaves the new ones evaluated.
-void take_step(PreserveStatus& s, bool has_sound_terms)
+/// One step from evaluated positions; leaves the new ones evaluated in full.
+void take_step(PreserveStatus& s, bool terms_are_sound)
 {
     PreserveFindForce(&s);
     const Motion m = motion_of(s);
     hold_tagged(s, m);
     const double before = s.energy;
     const double step = before / magnitude(m); // Deliberate: infinite without force
-    const bool can_refuse = advance(m, step) && has_sound_terms;
+    const bool can_refuse = advance(m, step) && terms_are_sound;
     const double bound = can_refuse ? before : std::numeric_limits<double>::quiet_NaN();
     try_energy(s, bound);
     for (double share = 0.5; s.energy >= before; share *= 0.5) { // a NaN is accepted
@@ -147,9 +147,9 @@ int PreserveCompute(PreserveStatus* status, DATAstruct* points, int iterations)
     PreserveFindEnergy(status);
     if (status->energy == 0.0)
         return 1;
-    const bool has_sound_terms = korvale::has_sound_terms(*status);
+    const bool terms_are_sound = korvale::has_sound_terms(*status);
     for (int i = 0; i < iterations; ++i)
-        korvale::take_step(*status, has_sound_terms);
+        korvale::take_step(*status, terms_are_sound);
     return 1;
 }
 

@@ -64,9 +64,9 @@ struct PreserveStatus {
 /// `cur_points` and `energy` keep what they hold, which is why the record starts out zero-filled.
 ///
 /// Returns 1, or -1, with nothing changed, for a null status, `points` that are none, a point index outside
-/// 0 .. points - 1, a negative face size, more corners in the faces than in the list, or sizes beyond 2^31 - 1. Only
-/// what is used is examined: no faces when one of their arrays is missing. When the heap is exhausted the arrays that
-/// could not be made are missing, and so are the terms that need them.
+/// 0 .. points - 1, a negative face size, more corners in the faces than in the list, an array longer than its buffer,
+/// or sizes beyond 2^31 - 1. Only what is used is examined: no faces when one of their arrays is missing. When the heap
+/// is exhausted the arrays that could not be made are missing, and so are the terms that need them.
 ///
 /// Deliberate: nothing that `status` owns is released, so `PreserveDispose` before a second call.
 ///

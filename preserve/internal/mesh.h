@@ -46,12 +46,6 @@ inline bool is_made(const DATAstruct* d)
     return d != nullptr && d->ivals != nullptr;
 }
 
-/// Whether the edges could be grouped by point.
-inline bool has_edges_by_point(const PreserveStatus& s)
-{
-    return is_made(s.point_edge_count) && is_made(s.point_edge_start) && is_made(s.point_edges);
-}
-
 struct Faces {
     const int32_t* sizes;   // [count] corners of each face
     const int32_t* corners; // [corner_count] the point of each corner
