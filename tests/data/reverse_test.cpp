@@ -120,7 +120,7 @@ TYPED_TEST(Reverse, ReversesAnyShape)
             expected_ints.push_back(kind == DATA_TYPE_BYTE ? source % 256 : source);
         }
         reverse(d);
-        for (int i = 0; i < count * dim; ++i) {
+        for (size_t i = 0; i < expected_ints.size(); ++i) {
             if (kind == DATA_TYPE_DOUBLE)
                 ASSERT_EQ(d->dvals[i], expected_doubles[i]) << count << " x " << dim << " at " << i;
             else
