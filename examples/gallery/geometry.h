@@ -96,7 +96,6 @@ public:
     /// `content` comes to lie in the middle of the rectangle, as large as it fits.
     View(const Box2& content, Point corner, Point size);
 
-    double scale() const { return scale_; }
     Point operator()(Point p) const;
     Outline operator()(const Outline& outline) const;
     Shape operator()(const Shape& shape) const;

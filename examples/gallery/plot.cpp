@@ -87,9 +87,4 @@ void Plot::bar(double from, double to, double height, Colour colour, double opac
     picture_.fill({{a, {b.x, a.y}, b, {a.x, b.y}}}, colour, opacity);
 }
 
-void Plot::label(Point at, Point shift, const std::string& text, Colour colour, Align align)
-{
-    draw_text(picture_, font_, place(at) + shift, kLetters, text, colour, align);
-}
-
 } // namespace gallery

@@ -23,9 +23,6 @@ public:
     /// A bar from y = 0 (or the lower edge) to `height`.
     void bar(double from, double to, double height, Colour colour, double opacity = 1);
 
-    /// `text` beside a place, `shift` pixels away.
-    void label(Point at, Point shift, const std::string& text, Colour colour = kInk, Align align = Align::left);
-
 private:
     Point place(Point p) const;
 

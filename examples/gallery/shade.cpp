@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <map>
 
 namespace gallery {
 namespace {
@@ -286,44 +285,6 @@ Picture Stage::render(int width, int height, Colour above, Colour below) const
         }
     }
     return picture;
-}
-
-Mesh ball(Vec3 middle, double radius, int rounds)
-{
-    const double g = 1.6180339887498949;
-    Mesh mesh{{{-1, g, 0},
-               {1, g, 0},
-               {-1, -g, 0},
-               {1, -g, 0},
-               {0, -1, g},
-               {0, 1, g},
-               {0, -1, -g},
-               {0, 1, -g},
-               {g, 0, -1},
-               {g, 0, 1},
-               {-g, 0, -1},
-               {-g, 0, 1}},
-              {{0, 11, 5},  {0, 5, 1},  {0, 1, 7},  {0, 7, 10}, {0, 10, 11}, {1, 5, 9}, {5, 11, 4},
-               {11, 10, 2}, {10, 7, 6}, {7, 1, 8},  {3, 9, 4},  {3, 4, 2},   {3, 2, 6}, {3, 6, 8},
-               {3, 8, 9},   {4, 9, 5},  {2, 4, 11}, {6, 2, 10}, {8, 6, 7},   {9, 8, 1}}};
-    for (int round = 0; round < rounds; round++) {
-        std::map<std::pair<int, int>, int> halves;
-        const auto half = [&](int a, int b) {
-            const auto [found, is_new] = halves.try_emplace(std::minmax(a, b), int(mesh.points.size()));
-            if (is_new)
-                mesh.points.push_back(0.5 * (unit(mesh.points[size_t(a)]) + unit(mesh.points[size_t(b)])));
-            return found->second;
-        };
-        std::vector<std::array<int, 3>> finer;
-        for (const auto& t : mesh.triangles) {
-            const int a = half(t[0], t[1]), b = half(t[1], t[2]), c = half(t[2], t[0]);
-            finer.insert(finer.end(), {{t[0], a, c}, {a, t[1], b}, {c, b, t[2]}, {a, b, c}});
-        }
-        mesh.triangles = std::move(finer);
-    }
-    for (Vec3& p : mesh.points)
-        p = middle + radius * unit(p);
-    return mesh;
 }
 
 } // namespace gallery

@@ -54,7 +54,4 @@ private:
     friend class Rendering;
 };
 
-/// A ball of 80 triangles, or 20 * 4^rounds.
-Mesh ball(Vec3 middle, double radius, int rounds = 1);
-
 } // namespace gallery
