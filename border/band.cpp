@@ -87,6 +87,7 @@ void BORDERMakePipe(BORDERStatus* status)
     }
     if (!path_has_points || output.type != DATA_TYPE_DOUBLE || !korvale::has_points(output))
         return;
-    for (int64_t i = 0; i < path.count; ++i)
+    const int64_t copied = std::min<int64_t>(path.count, points); // fewer where the output had less than no points
+    for (int64_t i = 0; i < copied; ++i)
         korvale::copy3(path.dvals + 3 * i, output.dvals + 3 * (points - 1 - i));
 }

@@ -173,6 +173,15 @@ TEST(BORDERMakePipe, WithoutPointsOnEitherSideOnlyTheCountGrows)
     EXPECT_TRUE(same_bits(Coordinates({1, 2, 3}).data(), pathless->output->dvals, 3));
 }
 
+TEST(BORDERMakePipe, AnUnsetCountOfTheOutputLeavesRoomForFewerPoints)
+{
+    OwnedBORDERStatus status(kBend);
+    status->output->dim = 3; // count is -1
+    BORDERMakePipe(status);
+    EXPECT_EQ(status->output->count, 2);
+    EXPECT_TRUE(same_bits({1, 0, 0, 0, 0, 0}, points_of(status->output)));
+}
+
 TEST(BORDERMakePipe, IgnoresMissingRecords)
 {
     BORDERMakePipe(nullptr);
