@@ -4,8 +4,8 @@
 #include "platform/export.h"
 
 /// The border of an open polyline and the band between the two: `BORDERAddWings`, `BORDER` with `keep_collapsed`,
-/// `BORDERRemoveWings`, `BORDERMakePipe`, in this order. The wings take the edge that closes the outline beyond the ends
-/// of the polyline, so that it does not disturb the offset there. Arrays are of doubles [n 3].
+/// `BORDERRemoveWings`, `BORDERMakePipe`, in this order. The wings take the edge that closes the outline beyond the
+/// ends of the polyline, so that it does not disturb the offset there. Arrays are of doubles [n 3].
 
 /// Extends `path` by one point at each end, as far beyond the end point as its neighbour is before it.
 ///

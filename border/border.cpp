@@ -75,8 +75,8 @@ int32_t readable_points(const Array& path)
     return holds(path, DATA_TYPE_DOUBLE, elements(path.count, 3)) ? path.count : 0;
 }
 
-/// Sweeps the outline in `work.flat` and leaves the points of the border there. Returns their number, or -1 when the heap
-/// is exhausted.
+/// Sweeps the outline in `work.flat` and leaves the points of the border there. Returns their number, or -1 when the
+/// heap is exhausted.
 template <class Array>
 int32_t sweep_flat(const WorkArrays<Array>& work, double distance, bool split_events, bool keep_collapsed)
 {

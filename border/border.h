@@ -19,8 +19,9 @@
 /// merged into; without it the removed vertices are left out, and a single point may remain. A distance of 0 returns
 /// the outline, carried to the plane z = 0 and back. Lengths are absolute: scale outlines so that 1e-06 is negligible.
 ///
-/// Edges shrinking to nothing cost time in proportion to n at every event, meetings of vertices and edges more, which is
-/// why `split_events` can be switched off. Coordinates that are not finite do no harm; the border is then unspecified.
+/// Edges shrinking to nothing cost time in proportion to n at every event, meetings of vertices and edges more, which
+/// is why `split_events` can be switched off. Coordinates that are not finite do no harm; the border is then
+/// unspecified.
 
 /// Makes `status->output` the border of `status->path`, lifted by `height` along the normal of the flattened plane.
 ///

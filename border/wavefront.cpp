@@ -1,6 +1,6 @@
-// The steps of a sweep over packed columns. What a step computes for a vertex does not depend on the others' results, so
-// whole columns are computed at a time; only where a vertex dies on the way, the step walks vertex by vertex, because
-// then the order decides. A cheap test of the whole column, on the safe side, tells which way to go.
+// The steps of a sweep over packed columns. What a step computes for a vertex does not depend on the others' results,
+// so whole columns are computed at a time; only where a vertex dies on the way, the step walks vertex by vertex,
+// because then the order decides. A cheap test of the whole column, on the safe side, tells which way to go.
 #include "border/internal/wavefront.h"
 
 #include <cstring>
@@ -439,7 +439,8 @@ void set_length_rates(Wavefront& w)
 
 Event first_edge_event(const Wavefront& w)
 {
-    // Counted along the motion, so that times are positive and an edge shrinks where its rate has the sign of `shrinks`.
+    // Counted along the motion, so that times are positive and an edge shrinks where its rate has the sign of
+    // `shrinks`.
     const bool outwards = w.s.remaining > 0.0;
     const double sign = outwards ? -1.0 : 1.0;
     const double beyond = outwards ? w.s.remaining + kBeyond : -(w.s.remaining - kBeyond);

@@ -24,9 +24,10 @@ struct Columns {
 /// The live vertices of a sweep, packed into columns.
 ///
 /// A vertex that dies hands its values back to the arrays of the sweep at once and is marked in `gone`; `pack` closes
-/// the gaps afterwards. Only positions and ids are packed then: the other columns are renewed by the next round anyway.
-/// They are noted in `unpacked` and follow in `settle`, before a step that may leave some of them as they are. In the same
-/// way they are fetched from the arrays of the sweep only where a step leaves some of them as they were before it.
+/// the gaps afterwards. Only positions and ids are packed then: the other columns are renewed by the next round
+/// anyway. They are noted in `unpacked` and follow in `settle`, before a step that may leave some of them as they
+/// are. In the same way they are fetched from the arrays of the sweep only where a step leaves some of them as they
+/// were before it.
 struct Wavefront {
     enum Unpacked : unsigned { edges = 1, lines = 2, velocities = 4, rates = 8 };
 

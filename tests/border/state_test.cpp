@@ -1,5 +1,5 @@
-// What the work arrays of `BORDER_BORDER` hold after outlines worked out by hand. The first corner lies at the origin and
-// its outgoing edge along +x, counter-clockwise in z = 0, so the flattened outline is the outline itself.
+// What the work arrays of `BORDER_BORDER` hold after outlines worked out by hand. The first corner lies at the origin
+// and its outgoing edge along +x, counter-clockwise in z = 0, so the flattened outline is the outline itself.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -306,7 +306,8 @@ TEST(BORDER_BORDER, AVertexOnAnEdgeIsNoSplitWhenSplitsAreOff)
 
 TEST(BORDER_BORDER, ASplitAtTheFullDistanceStillHappens)
 {
-    // Vertex 4 stands 0.5 above edge 0 and its two edges are at right angles: it moves down at sqrt(2), the edge up at 1.
+    // Vertex 4 stands 0.5 above edge 0 and its two edges are at right angles: it moves down at sqrt(2), the edge up
+    // at 1.
     const Coordinates notched = {0, 0, 0, 9, 0, 0, 9, 5, 0, 8, 5, 0, 3.5, 0.5, 0, -1, 5, 0, -2, 5, 0};
     const double time = -0.5 / (1 + std::sqrt(2.0));
     Swept before({notched, time * 0.999999});
