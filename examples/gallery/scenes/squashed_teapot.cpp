@@ -1,4 +1,4 @@
-// A teapot pressed to half its height finds back, as far as the measures of the mesh that it is asked to keep lead it.
+// A teapot pressed to 60 % of its height finds back, as far as the measures of the mesh that it is asked to keep lead it.
 
 #include "arrays.h"
 #include "plot.h"
@@ -100,10 +100,10 @@ void draw(Gallery& hall)
     const Mesh teapot = read_obj(hall.data("teapot.obj"));
     Mesh squashed = teapot;
     for (Vec3& p : squashed.points)
-        p.y *= 0.5;
+        p.y *= 0.6;
 
     std::vector<Picture> portraits{portrait(hall, teapot, "the teapot", hex(0x9aa3ad)),
-                                   portrait(hall, squashed, "pressed to half its height", hex(0x9aa3ad))};
+                                   portrait(hall, squashed, "pressed to 60 % of its height", hex(0x9aa3ad))};
     Picture curves(kWidth, 380);
     Plot plot(curves, hall.sans(), {70, 50}, {kWidth - 400, 270}, {{0, -2}, {kRounds * kStepsPerRound, 5}});
     plot.axes("energy, as a power of ten", "steps of steepest descent");
@@ -130,7 +130,7 @@ void draw(Gallery& hall)
         strip.put(portraits[size_t(i)], i % 3 * portraits[0].width(), i / 3 * portraits[0].height());
     hall.show(
         "squashed-teapot.png", strip,
-        "A teapot, the same pressed to half its height, and what six hundred steps make of that by what they are to "
+        "A teapot, the same pressed to 60 % of its height, and what six hundred steps make of that by what they are to "
         "keep; the lid is a piece of its own and stays below.");
     hall.show("squashed-teapot-energy.png", curves,
               "The energy of the four relaxations: each step is halved until it falls.");
