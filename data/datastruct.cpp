@@ -105,7 +105,7 @@ DATAstruct* empty_onto(DATAstruct& d, DATAstruct* waiting)
 /// The children that are visited where dim is not looked at: one slot per element, none where slots are missing.
 int32_t children_by_count(const DATAstruct& d)
 {
-    const bool wrapped = d.alloc_count < 0 || d.alloc_dim < 0;
+    const bool wrapped = d.alloc_count < 1 || d.alloc_dim < 1;
     if (d.pvals == nullptr || (!wrapped && d.count > elements(d.alloc_count, d.alloc_dim)))
         return 0;
     return d.count;
