@@ -2,11 +2,11 @@
 // what is done here leaves out pairs that cannot meet and so finds the same answer.
 //
 // A pair can meet within a distance `window` only where their swept boxes meet: the vertex's, around its two positions,
-// and the edge's, around those of its two ends. On the axis along which an edge is measured that holds to the bit, since
-// a rounded position lies between the rounded positions at both ends of the motion. On the other axis the meeting point
+// and the edge's, around those of its two ends. On the axis along which an edge is measured that holds to the bit, as a
+// rounded position lies between the rounded positions at both ends of the motion. On the other axis the meeting point
 // lies on the edge's line as the line was computed. The ends of the edge may have left that line by rounding and by the
-// window times the speed at which they drift off it, |a vx + b vy + 1|, both divided by a component of the direction that
-// is at least a half. Boxes are widened by a little more than that.
+// window times the speed at which they drift off it, |a vx + b vy + 1|, both divided by a component of the direction
+// that is at least a half. Boxes are widened by a little more than that.
 //
 // The boxes of one round would serve that round only. So boxes are made around the motion of some rounds to come, and
 // the pairs whose boxes meet are kept as candidates. Each round then tests that all vertices still are inside their
