@@ -105,10 +105,8 @@ DATAstruct* empty_onto(DATAstruct& d, DATAstruct* waiting)
 /// The children that are visited where dim is not looked at: one slot per element, none where slots are missing.
 int32_t children_by_count(const DATAstruct& d)
 {
-    const bool wrapped = d.alloc_count < 1 || d.alloc_dim < 1;
-    if (d.pvals == nullptr || (!wrapped && d.count > elements(d.alloc_count, d.alloc_dim)))
-        return 0;
-    return d.count;
+    const bool are_there = d.pvals != nullptr && (is_wrapped(d) || d.count <= room(d));
+    return are_there ? d.count : 0;
 }
 
 bool has_slots(const DATAstruct* d, int32_t dim)

@@ -10,7 +10,7 @@
 ///
 /// Component k of element i is at i * dim + k. Records and buffers come from malloc. A record reached through `next` or
 /// through a slot of kind `DATA_TYPE_DATA` is owned by the record that points to it. A host that wraps its own memory
-/// leaves alloc_dim and alloc_count at -1; such an array is judged by count * dim alone.
+/// leaves alloc_dim and alloc_count at -1 or 0; such an array is judged by count * dim alone.
 struct DATAstruct {
     int32_t dim;         ///< components per element; -1 when unset
     int32_t count;       ///< elements; -1 when unset
@@ -73,6 +73,8 @@ KORVALE_API int DATAListCount(DATAstruct* first);
 
 /// A new array of kind `DATA_TYPE_DATA` [n][1] whose slots hold the records of the list in order; their `next` links
 /// stay. The new array owns the records. Null for an empty list or when the heap is exhausted.
+///
+/// Deliberate: the new record is not released when the heap has no room for its slots.
 KORVALE_API DATAstruct* DATAListToDATA(DATAstruct* first);
 
 /// 1 for points: kind double, dim 3, count 0 or more; else 0.

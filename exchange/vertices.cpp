@@ -113,8 +113,7 @@ bool can_be_written(const Data& array, uint32_t)
 
 bool can_be_written(const DATAstruct& array, uint32_t n)
 {
-    const bool wrapped = array.alloc_count < 0 || array.alloc_dim < 0;
-    return array.dvals != nullptr && (wrapped || elements(n, 3) <= elements(array.alloc_count, array.alloc_dim));
+    return array.dvals != nullptr && (is_wrapped(array) || elements(n, 3) <= room(array));
 }
 
 template <class Array>

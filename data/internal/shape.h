@@ -116,8 +116,15 @@ inline void set_buffer(DATAstruct& d, int32_t type, void* buffer)
     }
 }
 
+/// Whether a buffer of the record would be the host's own: its capacity was never set, or the record was zero-filled.
+/// The library leaves no buffer beside a capacity of 0.
+inline bool is_wrapped(const DATAstruct& d)
+{
+    return d.alloc_count < 1 || d.alloc_dim < 1;
+}
+
 /// Components that a buffer of the record has room for: a `Data` is judged by count * dim, a `DATAstruct` by what was
-/// allocated where the library allocated it. A buffer beside a capacity of 0 is the host's own, in a zero-filled record.
+/// allocated where the library allocated it.
 inline int64_t room(const Data& d)
 {
     return elements(d.count, d.dim);
@@ -125,8 +132,7 @@ inline int64_t room(const Data& d)
 
 inline int64_t room(const DATAstruct& d)
 {
-    const bool wrapped = d.alloc_count < 1 || d.alloc_dim < 1;
-    return wrapped ? elements(d.count, d.dim) : elements(d.alloc_count, d.alloc_dim);
+    return is_wrapped(d) ? elements(d.count, d.dim) : elements(d.alloc_count, d.alloc_dim);
 }
 
 /// Whether `wanted` components of kind `type` can be read or written: the buffer exists and has the room, and an array

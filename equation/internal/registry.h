@@ -22,10 +22,7 @@ using NoArgFunction = double (*)();
 /// Elements of kind `type` that an array really has: 0 for a null record or buffer.
 inline int64_t room(const DATAstruct* d, int32_t type)
 {
-    if (d == nullptr || buffer_of(*d, type) == nullptr)
-        return 0;
-    const bool wrapped = d->alloc_count < 0 || d->alloc_dim < 0;
-    return wrapped ? elements(d->count, d->dim) : elements(d->alloc_count, d->alloc_dim);
+    return d == nullptr || buffer_of(*d, type) == nullptr ? 0 : room(*d);
 }
 
 /// Elements of a list of numbers or pointers that are both counted and really there, whatever the record looks like.

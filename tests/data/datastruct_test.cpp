@@ -791,6 +791,9 @@ TEST(DATASubReverse, WalksSlotsThatAHostHasWrapped)
     tree.pvals = slots;
     DATASubReverse(&tree);
     EXPECT_TRUE(same_bits({2, 1}, a->dvals));
+    tree.alloc_dim = tree.alloc_count = 0; // as in a zero-filled record
+    DATASubReverse(&tree);
+    EXPECT_TRUE(same_bits({1, 2}, a->dvals));
     release(a);
 }
 

@@ -79,6 +79,20 @@ TYPED_TEST(Writing, AHostsOwnMemoryIsWritten)
     EXPECT_EQ(this->write_to_host(&array), 0);
 }
 
+TYPED_TEST(Writing, AHostsOwnMemoryInAZeroFilledRecordIsWritten)
+{
+    std::vector<double> values = kAll;
+    TypeParam array = {};
+    array.count = 4;
+    array.dim = 3;
+    array.dvals = values.data();
+    this->expect_start(4);
+    this->expect_vertices(4);
+    this->host.expect_end_edit();
+    this->host.expect_release();
+    EXPECT_EQ(this->write_to_host(&array), 0);
+}
+
 TYPED_TEST(Writing, TheDimIsTakenToBeThree)
 {
     std::vector<double> values = kAll;
