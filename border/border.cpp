@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "border/internal/sweep.h"
+#include "data/internal/record.h"
 #include "data/internal/shape.h"
 #include "data/operations.h"
 #include "path/flatten.h"
@@ -24,16 +25,6 @@ struct WorkArrays {
     Array* dead;
     Array* merge;
 };
-
-int allocate(Data& d)
-{
-    return DataAllocate(&d);
-}
-
-int allocate(DATAstruct& d)
-{
-    return DATAAllocate(&d);
-}
 
 template <class Array>
 bool shape(Array* array, int32_t count, int32_t dim, int32_t type)

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "data/internal/elements.h"
+#include "data/internal/record.h"
 #include "data/internal/shape.h"
 #include "platform/module_start.h"
 
@@ -10,26 +11,6 @@
 // where the output is reshaped. What the generations do differently stands in the overloads and doors.
 namespace korvale {
 namespace {
-
-void dispose(Data& d)
-{
-    DataDispose(&d);
-}
-
-void dispose(DATAstruct& d)
-{
-    DATADispose(&d);
-}
-
-int allocate(Data& d)
-{
-    return DataAllocate(&d);
-}
-
-int allocate(DATAstruct& d)
-{
-    return DATAAllocate(&d);
-}
 
 template <class Array>
 bool same_shape(const Array& a, const Array& b)

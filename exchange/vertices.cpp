@@ -4,6 +4,7 @@
 // failure returns at once and leaves the host's accessor as it is.
 #include "exchange/vertices.h"
 
+#include "data/internal/record.h"
 #include "data/internal/shape.h"
 #include "platform/module_start.h"
 
@@ -71,26 +72,6 @@ int32_t get_accessor(I3DVertexCollection& collection, I3DVertexAccessor*& access
     accessor = nullptr;
     const int32_t status = collection.GetAccessor(0, &accessor);
     return status == kSucceeded && accessor == nullptr ? kStatusFailed : status;
-}
-
-void dispose(Data& array)
-{
-    DataDispose(&array);
-}
-
-void dispose(DATAstruct& array)
-{
-    DATADispose(&array);
-}
-
-int allocate(Data& array)
-{
-    return DataAllocate(&array);
-}
-
-int allocate(DATAstruct& array)
-{
-    return DATAAllocate(&array);
 }
 
 /// Makes `array` doubles [n][3] unless it is. False when the heap is exhausted.
