@@ -24,5 +24,6 @@ KORVALE_API void BORDERRemoveWings(BORDERStatus* status);
 /// Appends the points of `path` in reverse order to `output`, so that both together form one closed outline.
 ///
 /// The output grows by the count of the path; its kind is not checked. Where either is not an array of doubles [n 3]
-/// the points appended are unspecified. Nothing happens for a null record, path or output, or a count above 2^31 - 1.
+/// the points appended are unspecified. Nothing happens for a null record, path or output, a count above 2^31 - 1,
+/// or when the heap is exhausted.
 KORVALE_API void BORDERMakePipe(BORDERStatus* status);

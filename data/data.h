@@ -47,8 +47,8 @@ KORVALE_API data_list_struct* DataListNew();
 /// Gives `d` a new buffer of count * dim elements of kind `type`; set the three before. The elements are not cleared.
 /// An unknown kind gets no buffer and succeeds.
 ///
-/// Returns 1, or -1 for a null record, a count or dim below 1, more than 2^31 - 1 elements or an exhausted heap (the
-/// buffer is null then).
+/// Returns 1, or -1 for a null record, a count or dim below 1 or more than 2^31 - 1 elements (nothing changes), or an
+/// exhausted heap (the buffer is null then).
 ///
 /// Deliberate: a buffer the record already holds is neither looked at nor released; `DataDispose` first.
 KORVALE_API int DataAllocate(Data* d);

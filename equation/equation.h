@@ -69,5 +69,5 @@ KORVALE_API double EqEvaluate(EquationSystem* es, int equation);
 /// What functions that are called change in variables does not outlast the pass: at its end every variable has its last
 /// result, or, when it stands on no left side, the value it had at the start.
 ///
-/// Returns 1, or -1 with nothing changed for a null system or an exhausted heap.
+/// Returns 1, or -1 with nothing changed for a null system, one without variables, or an exhausted heap.
 KORVALE_API int EqSystemEvaluate(EquationSystem* es);

@@ -40,7 +40,8 @@ struct EquationSystem {
 /// The functions are, in order of their indices: ADD, SUBTRACT, MULTIPLY, DIVIDE, POWER (two arguments), NEGATE, SIN,
 /// COS, TAN, SQRT, EXP, LOG, ASIN, ACOS, ATAN (one), RAND, GAUSS (none), ANGLE (two). Angles are in radians.
 ///
-/// Returns 1, or -1 for a null record or an exhausted heap; everything made so far is released then.
+/// Returns 1, or -1 for a null record or when the heap has no room for the arrays; everything made so far is released
+/// then. A built-in function or variable that the heap has no room for is missing without notice.
 KORVALE_API int EqSystemInitialize(EquationSystem* es);
 
 /// Registers a function of two arguments, called with the left and the right operand, under a name for equations.

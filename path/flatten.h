@@ -24,7 +24,8 @@
 /// - First three points: the frame at p0 along p1 - p0, provided that one of the two segments is longer than 0.1 and
 ///   the sine between them is above 0.1; otherwise the extremes are used.
 /// - Extremes: the longest axis of the bounds gives the direction from its least to its greatest point; the edges that
-///   leave the greatest, leave the least and enter the least are tried in turn as second direction.
+///   leave the greatest, leave the least and enter the least are tried in turn as second direction. Deliberate: an edge
+///   shorter than 1e-06 that has a normal is taken as well, and leaves identities.
 ///
 /// Returns 1, also for the identities above, or -1 when the extremes find no plane because the points lie on one line,
 /// for a null `xfm` or for more than 2^31 - 1 coordinates.

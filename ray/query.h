@@ -42,8 +42,9 @@ KORVALE_API int ray_int_z_plane(double* origin, double* direction, double plane,
 /// Whether the ray from point[3] along +z meets triangle[9]. Returns 1 when it does at a `z` not below the point's, else
 /// 0.
 ///
-/// `z` receives the height of the meeting, also where that lies below the point; it is untouched when there is none. A
-/// triangle whose determinant in the x-y plane (twice its area) is below 1e-06 is not met.
+/// `z` receives the height of the meeting, also where that lies below the point; it is untouched when there is none, and
+/// when all three vertices lie below the point. A triangle whose determinant in the x-y plane (twice its area) is below
+/// 1e-06 is not met.
 ///
 /// Deliberate: a triangle with coordinates that are not numbers passes every test, and so counts as met.
 KORVALE_API int z_intersect(double* point, double* triangle, double* z);
