@@ -2,7 +2,6 @@
 // against a polygon offsetting library that works on an integer grid. `plain` and `peer` are their times divided by the
 // library's, measured in the same run: above 1 the library is quicker.
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -10,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/ratio.h"
 #include "border/border.h"
 #include "data/operations.h"
 #include "path/flatten.h"
@@ -20,6 +20,8 @@
 #endif
 
 namespace {
+
+using korvale::bench::time_of;
 
 using Points = std::vector<double>; // [n 3]
 
@@ -68,27 +70,6 @@ Case inwards_without_splits(int n)
 Case gear_inwards(int n)
 {
     return {gear(n), -2.0, true};
-}
-
-template <class Work>
-double seconds(Work work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-/// The best of a few runs that together last long enough.
-template <class Work>
-double least_seconds(Work work)
-{
-    double least = seconds(work), total = least;
-    while (total < 0.05) {
-        const double now = seconds(work);
-        least = now < least ? now : least;
-        total += now;
-    }
-    return least;
 }
 
 /// What `BORDER_BORDER` does, in the arrays of `status`, by the documented steps.
@@ -146,10 +127,10 @@ void sweep(benchmark::State& state)
     for (auto _ : state)
         BORDER_BORDER(&status);
 
-    const double own = least_seconds([&status] { BORDER_BORDER(&status); });
-    state.counters["plain"] = least_seconds([&status] { sweep_plainly(status); }) / own;
+    const double own = time_of([&status] { BORDER_BORDER(&status); });
+    state.counters["plain"] = time_of([&status] { sweep_plainly(status); }) / own;
 #ifdef KORVALE_BENCH_POLYCLIPPING
-    state.counters["peer"] = least_seconds([&c] { offset_on_grid(c); }) / own;
+    state.counters["peer"] = time_of([&c] { offset_on_grid(c); }) / own;
 #endif
     for (DATAstruct* const d : {status.path, status.output, status.flat, status.velocity, status.direction, status.line,
                                 status.dead, status.length, status.rate, status.merge}) {

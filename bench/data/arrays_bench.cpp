@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-#include "bench/data/ratio.h"
+#include "bench/ratio.h"
 #include "data/operations.h"
 #include "tests/reference/elements.h"
 

@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "bench/data/ratio.h"
+#include "bench/ratio.h"
 #include "data/sampling.h"
 #include "platform/layer.h"
 #include "tests/reference/sampling.h"

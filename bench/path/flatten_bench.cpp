@@ -1,14 +1,16 @@
 // Flattening an outline, against one pass over its points. The first corner decides, so the least that must be read is
 // every point once for the ray test, or once an axis for the extremes.
 #include <cmath>
-#include <ctime>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/ratio.h"
 #include "path/flatten.h"
 
 namespace {
+
+using korvale::bench::seconds;
 
 std::vector<double> star(int n)
 {
@@ -19,14 +21,6 @@ std::vector<double> star(int n)
         xyz.insert(xyz.end(), {r * std::cos(t), r * std::sin(t), 0.3 * r * std::cos(t)});
     }
     return xyz;
-}
-
-/// Processor time, so that a busy machine does not count.
-double seconds()
-{
-    timespec now;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 /// One pass that reads every coordinate: the least and the greatest of x, y and z.

@@ -2,15 +2,17 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <ctime>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/ratio.h"
 #include "path/frames.h"
 #include "tests/reference/frames.h"
 
 namespace {
+
+using korvale::bench::seconds;
 
 struct Frame {
     Xfm m;
@@ -26,14 +28,6 @@ std::vector<double> winding_loop(int n)
         xyz.insert(xyz.end(), {r * std::cos(3 * t), r * std::sin(3 * t), std::sin(7 * t)});
     }
     return xyz;
-}
-
-/// Processor time, so that a busy machine does not count.
-double seconds()
-{
-    timespec now;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 /// Runs the library, the plain steps and a copy of as many bytes in turn, so that a drifting clock meets all three, and

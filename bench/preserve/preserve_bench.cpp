@@ -2,7 +2,6 @@
 // steps as they stand. `plain` is their time divided by the library's, measured in the same run: above 1 the library is
 // quicker. `ns_per_point` is the library's own time.
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -10,11 +9,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/ratio.h"
 #include "preserve/compute.h"
 #include "preserve/evaluation.h"
 #include "tests/reference/preserve.h"
 
 namespace {
+
+using korvale::bench::time_of;
 
 /// An array around numbers of its own.
 struct Array : DATAstruct {
@@ -95,35 +97,14 @@ private:
     std::vector<int32_t> sizes_, corners_;
 };
 
-template <class Work>
-double seconds(Work work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-/// The best of a few runs that together last long enough.
-template <class Work>
-double least_seconds(Work work)
-{
-    double least = seconds(work), total = least;
-    while (total < 0.05) {
-        const double now = seconds(work);
-        least = now < least ? now : least;
-        total += now;
-    }
-    return least;
-}
-
 template <class Own, class Plain>
 void compare(benchmark::State& state, const Squashed& mesh, Own own, Plain plain)
 {
     for (auto _ : state)
         own();
-    const double time = least_seconds(own);
+    const double time = time_of(own);
     state.counters["ns_per_point"] = 1e9 * time / mesh.point_count();
-    state.counters["plain"] = least_seconds(plain) / time;
+    state.counters["plain"] = time_of(plain) / time;
 }
 
 void initialize(benchmark::State& state)

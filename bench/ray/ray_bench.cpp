@@ -5,12 +5,12 @@
 // run, on the same rays.
 #include <algorithm>
 #include <cstdint>
-#include <ctime>
 #include <map>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/ratio.h"
 #include "ray/grid.h"
 #include "ray/query.h"
 #include "tests/ray/meshes.h"
@@ -22,11 +22,7 @@
 
 namespace {
 
-/// Processor time of this program, so that ratios hold on a busy machine too.
-double seconds()
-{
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
+using korvale::bench::seconds;
 
 struct Ray {
     double origin[3], direction[3];

@@ -7,10 +7,12 @@
 // Ratios to a peer, measured in the same run: the time of the peer divided by ours, so 2 means twice as fast as the peer.
 namespace korvale::bench {
 
-/// Processor time of this program, so that ratios hold on a busy machine too.
+/// Processor time, so that a busy machine does not count.
 inline double seconds()
 {
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+    timespec now;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 /// Seconds of one call of `work`, the best of a few rounds.
