@@ -453,6 +453,15 @@ TEST(EqSystemEvaluate, SkipsEmptyProgramsAndZeroesRefusedOnes)
     EXPECT_EQ(es.get("b"), 4.0);
 }
 
+TEST(EqSystemEvaluate, FailsWithoutVariables)
+{
+    System es;
+    es->var_vals->count = 0;
+    EXPECT_EQ(EqSystemEvaluate(es), -1);
+    es->var_vals->count = 2;
+    EXPECT_EQ(EqSystemEvaluate(es), 1);
+}
+
 TEST(EqSystemEvaluate, WithoutEquationsChangesNothing)
 {
     System es;

@@ -34,4 +34,18 @@ TEST(EqSystemInitialize, AnyAllocationMayFail)
     EXPECT_GT(failures, 33); // and the eighteen tables, the variables, an equation
 }
 
+TEST(EqSystemInitialize, ABuiltInFunctionWithoutRoomIsMissingWithoutNotice)
+{
+    NEEDS_HEAP_FAILURES();
+    EquationSystem es;
+    {
+        const korvale::test::HeapFailure failure(15); // after nine records and five arrays: the table of ADD
+        ASSERT_EQ(EqSystemInitialize(&es), 1);
+    }
+    char add[] = "ADD", subtract[] = "SUBTRACT";
+    EXPECT_EQ(EqLookupFunction(&es, add), -1);
+    EXPECT_EQ(EqLookupFunction(&es, subtract), 1);
+    EqSystemDispose(&es);
+}
+
 } // namespace
