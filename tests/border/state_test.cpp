@@ -317,6 +317,96 @@ TEST(BORDER_BORDER, ASplitAtTheFullDistanceStillHappens)
     EXPECT_EQ(std::count(after->merge->ivals, after->merge->ivals + 7, 4), 4);
 }
 
+// Vertex 5 lies on edge 0, in an outline that winds round twice. Both its edges rise by `rise` over 6; the second falls
+// where `bends`. With f the cosine of the slope the vertex moves down at f, or at 1 / f where it bends, and the edge at
+// 1, so they approach at 1 - f or at 1 - 1 / f. Such differences are multiples of 2^-53 or 2^-52, never 1e-06 itself:
+// the nearest are 9007199254 * 2^-53 below and 9007199255 * 2^-53 above it, 4503599627 * 2^-52 below and
+// 4503599628 * 2^-52 above.
+//
+// A hit leaves vertices 6, 7, 8 and 0 ahead, in a box of 10 x 6, and 4, 3, 2 and 1 behind, in one of 10 x 4.01.
+TEST(BORDER_BORDER, AVertexAndAnEdgeThatApproachAtLessThanAMillionthNeverMeet)
+{
+    const struct {
+        double rise;
+        bool bends;
+        double approach;
+        bool meets;
+    } cases[] = {
+        {0.00848, false, 0, false},
+        {0.00848528773793, false, 9007199254 * 0x1p-53, false},
+        {0.00848528773864, false, 9007199255 * 0x1p-53, true},
+        {0.00849, false, 0, true},
+        {0.00848, true, 0, false},
+        {0.00848528349496, true, -4503599627 * 0x1p-52, false},
+        {0.00848528349593, true, -4503599628 * 0x1p-52, true},
+        {0.00849, true, 0, true},
+    };
+    for (const auto& c : cases)
+        for (const double distance : {0.01, -0.01}) {
+            const double end = c.bends ? -c.rise : c.rise;
+            const Coordinates twice_round = {0, 0, 0, 8, 0,  0,   8, 4,  0, -2, 4, 0, -2, -c.rise,
+                                             0, 4, 0, 0, 10, end, 0, 10, 6, 0,  0, 6, 0};
+            if (c.approach != 0) {
+                Swept without({twice_round, distance, true, false});
+                ASSERT_EQ(1 + without->velocity->dvals[3 * 5 + 1], c.approach) << c.rise;
+            }
+            Swept s({twice_round, distance});
+            if (c.meets) {
+                EXPECT_THAT(s.dead(), ElementsAre(0, 1, 1, 1, 1, 0, 0, 0, 0)) << c.rise << ' ' << distance;
+                EXPECT_THAT(s.merge(), ElementsAre(0, 5, 5, 5, 5, 5, 6, 7, 8)) << c.rise << ' ' << distance;
+            } else {
+                EXPECT_THAT(s.dead(), Each(0)) << c.rise << ' ' << distance;
+                EXPECT_THAT(s.merge(), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8)) << c.rise << ' ' << distance;
+            }
+        }
+}
+
+// A room 0 <= x <= 12 with an arm of height 1 on its right, 8 <= x <= 12, and a prong from above, 4 <= x <= 6, whose
+// tip stands `gap` above edge 0. With c = kCornerSpeed = 1 - 2^-52 the end of the arm, edge 1, vanishes at
+// -1 / (2 c) = -(0.5 + 2^-53), and the prong's vertex 6 meets edge 0 at -gap / (1 + c) = -gap / (2 - 2^-52): for a gap
+// of 1 at -(0.5 + 2^-53) as well, for 1 - 2^-53, the next smaller one, at -0.5.
+TEST(BORDER_BORDER, AMeetingAtTheTimeOfAnEdgeEventInwardsDoesNotCount)
+{
+    const auto room = [](double gap) {
+        return Coordinates{0, 0, 0, 12, 0,   0, 12, 1,   0, 8, 1, 0, 8, 4, 0,
+                           6, 4, 0, 6,  gap, 0, 4,  gap, 0, 4, 4, 0, 0, 4, 0};
+    };
+    // The meeting comes first and drops 7, 8, 9 and 0: 3 x 3 against the 5 x 3 behind. Then edge 1 is too short, and
+    // the tip of the arm, vertex 2, turns right back between edges of lengths 5 and 4.
+    Swept before({room(1 - 0x1p-53), -0.75});
+    EXPECT_THAT(before.dead(), ElementsAre(1, 1, 1, 0, 0, 0, 0, 1, 1, 1));
+    EXPECT_THAT(before.merge(), ElementsAre(6, 2, 3, 3, 4, 5, 6, 6, 6, 6));
+
+    // Edge 1 vanishes: 1 merges into 2, which turns right back between edges of lengths 11 and 4. What is left of the
+    // distance is -(0.25 - 2^-53). Now vertex 6 lies on edge 0 and drops 5, 4 and 3: 1 x 3 against the 3 x 3 ahead. It
+    // turns right back between edges of lengths 6 and 3. The square from (0.5, 0.5) to (3.5, 3.5) remains, and shrinks.
+    Swept at_once({room(1), -0.75});
+    EXPECT_THAT(at_once.dead(), ElementsAre(0, 1, 1, 1, 1, 1, 1, 0, 0, 0));
+    EXPECT_THAT(at_once.merge(), ElementsAre(0, 2, 3, 6, 6, 6, 7, 7, 8, 9));
+    // 0.5 + (0.25 - 2^-53) c is 0.75 - 1.5 * 2^-53, halfway between two doubles.
+    EXPECT_THAT(at_once.row(at_once->flat, 0), ElementsAre(0.75 - 0x1p-52, 0.75 - 0x1p-52, 0.0));
+}
+
+// The same room as a bay in a block, open above its left part: floor edge 12, prong 6-7, end of the arm edge 11. Growing
+// the block by 0.5 + 2^-53 closes the arm.
+TEST(BORDER_BORDER, AMeetingAtTheTimeOfAnEdgeEventOutwardsDoesNotCount)
+{
+    const auto block = [](double gap) {
+        return Coordinates{0,  0, 0, 2,  0, 0, 2,  -2, 0, 20, -2, 0, 20, 6, 0, 8, 6, 0, 8, gap, 0, 10, gap, 0,
+                           10, 4, 0, 12, 4, 0, 12, 1,  0, 16, 1,  0, 16, 0, 0, 4, 0, 0, 4, 6,   0, 0,  6,   0};
+    };
+    // The meeting of vertex 6 with edge 12 comes first and drops all between them, the smaller piece.
+    Swept before({block(1 - 0x1p-53), 0.75});
+    EXPECT_THAT(before.dead(), ElementsAre(0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 0, 0, 0));
+    EXPECT_THAT(before.merge(), ElementsAre(0, 1, 2, 3, 4, 5, 6, 6, 6, 6, 6, 6, 6, 13, 14, 15));
+
+    // Edge 11 vanishes: 11 merges into 12, which turns right back between edges of lengths 4 and 11 and merges into 10.
+    // Then vertex 6 lies on edge 10 and drops 7, 8, 9 and 10.
+    Swept at_once({block(1), 0.75});
+    EXPECT_THAT(at_once.dead(), ElementsAre(0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 0, 0, 0));
+    EXPECT_THAT(at_once.merge(), ElementsAre(0, 1, 2, 3, 4, 5, 6, 6, 6, 6, 6, 12, 10, 13, 14, 15));
+}
+
 TEST(BORDER_BORDER, AmongVerticesThatHitAtOnceTheFirstOneSplits)
 {
     // Two prongs touch edge 0, vertices 4 and 7; the first drops everything on its left, the second among it.
