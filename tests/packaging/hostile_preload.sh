@@ -4,8 +4,12 @@
 set -euo pipefail
 program=$1 hostile=$2
 
-with_hostile() { # the address sanitizer's runtime would refuse to start behind a preloaded library
-    ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=$hostile "$program" "$@"
+# The program leaves its records to the end of the process, and the address sanitizer's runtime would refuse to start
+# behind a preloaded library.
+export ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0
+
+with_hostile() {
+    LD_PRELOAD=$hostile "$program" "$@"
 }
 
 alone=$("$program" host)
