@@ -13,7 +13,8 @@ set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 add_library(korvale_flags INTERFACE)
 target_compile_options(korvale_flags INTERFACE
     -ffp-contract=off -fno-math-errno -fno-trapping-math
-    -Wall -Wextra -Wconversion -Wshadow -Wno-invalid-offsetof -Werror)
+    -Wall -Wextra -Wconversion -Wshadow -Wno-invalid-offsetof -Werror
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>) # which gcc does not count among conversions
 target_link_options(korvale_flags INTERFACE -Wl,--as-needed)
 if(NOT KORVALE_SANITIZE) # a sanitizer's runtime is linked to the program only
     target_link_options(korvale_flags INTERFACE -Wl,--no-undefined)
