@@ -1,7 +1,7 @@
 #pragma once
 
-#include "border/status.h"
-#include "platform/export.h"
+#include "../platform/export.h"
+#include "status.h"
 
 /// The border of an open polyline and the band between the two: `BORDERAddWings`, `BORDER` with `keep_collapsed`,
 /// `BORDERRemoveWings`, `BORDERMakePipe`, in this order. The wings take the edge that closes the outline beyond the

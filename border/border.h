@@ -1,7 +1,7 @@
 #pragma once
 
-#include "border/status.h"
-#include "platform/export.h"
+#include "../platform/export.h"
+#include "status.h"
 
 /// Offsetting of closed planar outlines.
 ///

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "data/data.h"
-#include "data/datastruct.h"
-#include "platform/export.h"
+#include "../data/data.h"
+#include "../data/datastruct.h"
+#include "../platform/export.h"
 
 /// What `Border` works on: one closed planar outline, the distance to offset it by, and the border that results.
 ///

@@ -4,10 +4,14 @@ include(CMakePackageConfigHelpers)
 set(headers_folder ${CMAKE_INSTALL_INCLUDEDIR}/korvale)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/korvale)
 
-install(FILES include/korvale.h DESTINATION ${headers_folder})
+# Installed, korvale.h stands among the folders that it stands beside here.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/korvale.h)
+file(READ include/korvale.h text)
+string(REPLACE "\"../" "\"" text "${text}")
+file(CONFIGURE OUTPUT korvale.h CONTENT "${text}" @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/korvale.h DESTINATION ${headers_folder})
 foreach(folder platform frame math data path equation preserve ray exchange border)
     file(GLOB headers ${folder}/*.h)
-    list(FILTER headers EXCLUDE REGEX "/platform/module_start\\.h$") # for the library's own sources
     install(FILES ${headers} DESTINATION ${headers_folder}/${folder})
 endforeach()
 

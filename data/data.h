@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/export.h"
+#include "../platform/export.h"
 
 /// Element kinds of both array generations; the last two exist in `DATAstruct` only.
 enum {

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "data/data.h"
-#include "platform/export.h"
+#include "../platform/export.h"
+#include "data.h"
 
 /// The second array generation: a table of `count` elements of `dim` components that remembers its capacity, can hold
 /// other arrays and forms lists.

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "data/data.h"
-#include "data/datastruct.h"
-#include "math/transform.h"
-#include "platform/export.h"
+#include "../math/transform.h"
+#include "../platform/export.h"
+#include "data.h"
+#include "datastruct.h"
 
 /// Operations on whole arrays. Each exists for both generations with the same arithmetic; the output comes last. Results
 /// are 1, or -1 for mismatched shapes, counts or dims below 1, missing input buffers, a kind that is not supported, an

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "data/data.h"
-#include "data/datastruct.h"
-#include "platform/export.h"
+#include "../platform/export.h"
+#include "data.h"
+#include "datastruct.h"
 
 /// Scatters points at random over triangles, uniformly by area.
 ///

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "equation/system.h"
+#include "system.h"
 
 /// Equations as text: name = expression.
 ///

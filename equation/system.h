@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "data/datastruct.h"
-#include "platform/export.h"
+#include "../data/datastruct.h"
+#include "../platform/export.h"
 
 /// Kinds of the items of a parsed equation.
 enum {

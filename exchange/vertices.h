@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "data/data.h"
-#include "data/datastruct.h"
-#include "platform/export.h"
+#include "../data/data.h"
+#include "../data/datastruct.h"
+#include "../platform/export.h"
 
 /// Copying vertices between arrays and a host's vertex collection.
 ///

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/export.h"
-#include "platform/layer.h"
+#include "../platform/export.h"
+#include "../platform/layer.h"
 
 /// The frame around the library: registration with the platform layer at load and unload, the entry point, and the
 /// exported instance handle and reference count. The names are looked up by the layer and by hosts.

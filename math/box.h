@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/export.h"
+#include "../platform/export.h"
 
 /// Whether two axis-aligned boxes, each xmin, ymin, zmin, xmax, ymax, zmax, share a point; touching counts. A bound that
 /// is not a number separates nothing.

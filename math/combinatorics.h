@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/export.h"
+#include "../platform/export.h"
 
 /// n!, and 1 for n below 1. Exact up to 12; beyond that the 32-bit product wraps.
 KORVALE_API int factorial(int n);

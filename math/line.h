@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/export.h"
+#include "../platform/export.h"
 
 /// Lines in the xy plane: three doubles a, b, c for a x + b y + c = 0.
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "math/transform.h"
-#include "platform/export.h"
+#include "../platform/export.h"
+#include "transform.h"
 
 /// The transform from world points into the frame at `origin` whose z axis runs along `zdir`, whose x axis is
 /// ref x z and whose y axis is z x x; out16 is a flat matrix [16].

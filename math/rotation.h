@@ -1,7 +1,7 @@
 #pragma once
 
-#include "math/transform.h"
-#include "platform/export.h"
+#include "../platform/export.h"
+#include "transform.h"
 
 /// The rotation by the angles radians[3] about x first, then y, then z: Rz (Ry Rx).
 KORVALE_API void rotation_matrix(double* radians, Xfm out);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/export.h"
+#include "../platform/export.h"
 
 /// The determinant of a 2x2 matrix.
 KORVALE_API double TwoByTwoDeterminant(double m[2][2]);

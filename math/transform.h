@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "platform/export.h"
+#include "../platform/export.h"
 
 /// A 4x4 transform, row-major. Points are column vectors multiplied on the right, p' = M (x, y, z, 1), so the
 /// translation is in column 3 and a product A B applies B first. Row 3 is (0, 0, 0, 1) for affine transforms.

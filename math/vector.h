@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/export.h"
+#include "../platform/export.h"
 
 /// Vectors and points: three consecutive doubles x, y, z. Arguments are not checked for null.
 

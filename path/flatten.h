@@ -1,9 +1,9 @@
 #pragma once
 
-#include "data/data.h"
-#include "data/datastruct.h"
-#include "math/transform.h"
-#include "platform/export.h"
+#include "../data/data.h"
+#include "../data/datastruct.h"
+#include "../math/transform.h"
+#include "../platform/export.h"
 
 /// Transforms between an outline's own plane and the plane z = 0.
 ///

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "data/data.h"
-#include "data/datastruct.h"
-#include "math/transform.h"
-#include "platform/export.h"
+#include "../data/data.h"
+#include "../data/datastruct.h"
+#include "../math/transform.h"
+#include "../platform/export.h"
 
 /// One frame for every point of a polyline, for placing a cross-section there.
 ///

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/export.h"
+#include "export.h"
 
 /// What korvale asks of the system around it. libkorvale-platform.so.1 is a thin answer for systems without a
 /// compatibility layer; a host with its own layer replaces it by exporting the same names.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/export.h"
-#include "preserve/status.h"
+#include "../platform/export.h"
+#include "status.h"
 
 /// Moves `points` towards the preserved shape, in place, by exactly `iterations` steps of steepest descent.
 ///

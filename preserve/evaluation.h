@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/export.h"
-#include "preserve/status.h"
+#include "../platform/export.h"
+#include "status.h"
 
 /// The energy of the mesh at `cur_points`, and the force that lowers it.
 ///

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "data/datastruct.h"
-#include "platform/export.h"
+#include "../data/datastruct.h"
+#include "../platform/export.h"
 
 /// What the solver can keep of a mesh: the bits of `PreserveStatus::flags` and the argument of `PreservePreserve`.
 enum {

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "data/data.h"
-#include "platform/export.h"
+#include "../data/data.h"
+#include "../platform/export.h"
 
 /// Triangles sorted into a regular grid of cells, so that a ray (`ray_intersect`) is tested against the few near it.
 ///

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "math/transform.h"
-#include "platform/export.h"
-#include "ray/grid.h"
+#include "../math/transform.h"
+#include "../platform/export.h"
+#include "grid.h"
 
 /// Counts the triangles that the ray from origin[3] along direction[3] meets, and finds the nearest.
 ///
