@@ -4,7 +4,6 @@
 
 #include "data/internal/shape.h"
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -8,7 +8,6 @@
 #include "data/internal/shape.h"
 #include "data/operations.h"
 #include "path/flatten.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -17,8 +17,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/module_start.h"
-
 namespace korvale {
 namespace {
 

@@ -3,7 +3,6 @@
 #include "data/internal/shape.h"
 #include "math/internal/mat.h"
 #include "path/flatten.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -2,8 +2,6 @@
 
 #include <cstddef>
 
-#include "platform/module_start.h"
-
 static_assert(sizeof(BorderStatus) == 56 && offsetof(BorderStatus, output) == 8 &&
               offsetof(BorderStatus, height) == 16 && offsetof(BorderStatus, distance) == 24 &&
               offsetof(BorderStatus, keep_collapsed) == 32 && offsetof(BorderStatus, split_events) == 40 &&

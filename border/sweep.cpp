@@ -11,7 +11,6 @@
 #include "border/internal/meeting.h"
 #include "border/internal/wavefront.h"
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "border/internal/lanes.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -6,7 +6,6 @@
 #include "data/internal/boxes.h"
 #include "data/internal/elements.h"
 #include "data/internal/shape.h"
-#include "platform/module_start.h"
 
 static_assert(sizeof(Data) == 40 && offsetof(Data, dim) == 0 && offsetof(Data, count) == 4 &&
               offsetof(Data, type) == 8 && offsetof(Data, dvals) == 16 && offsetof(Data, ivals) == 24 &&

@@ -9,7 +9,6 @@
 #include "data/internal/boxes.h"
 #include "data/internal/elements.h"
 #include "data/internal/shape.h"
-#include "platform/module_start.h"
 
 static_assert(sizeof(DATAstruct) == 64 && offsetof(DATAstruct, dim) == 0 && offsetof(DATAstruct, count) == 4 &&
               offsetof(DATAstruct, alloc_dim) == 8 && offsetof(DATAstruct, alloc_count) == 12 &&

@@ -6,7 +6,6 @@
 #include "math/internal/mat.h"
 #include "math/internal/vec.h"
 #include "platform/internal/lanes.h"
-#include "platform/module_start.h"
 
 #ifdef KORVALE_HAS_WIDE_LANES
 #include <immintrin.h>

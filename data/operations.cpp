@@ -5,7 +5,6 @@
 #include "data/internal/elements.h"
 #include "data/internal/record.h"
 #include "data/internal/shape.h"
-#include "platform/module_start.h"
 
 // The work of every operation is written once: over bare elements where the records do not matter, over either record
 // where the output is reshaped. What the generations do differently stands in the overloads and doors.

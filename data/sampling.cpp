@@ -7,7 +7,6 @@
 #include "data/internal/shape.h"
 #include "math/internal/vec.h"
 #include "platform/layer.h"
-#include "platform/module_start.h"
 
 // Sampling draws a number for each point and takes the first triangle whose cumulative share of the area reaches it.
 // The shares are kept as running maxima: they reach a number at the same triangle first, and they ascend whatever the

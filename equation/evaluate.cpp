@@ -7,7 +7,6 @@
 #include "equation/internal/evaluate.h"
 #include "equation/internal/program.h"
 #include "equation/internal/variables.h"
-#include "platform/module_start.h"
 
 // A stack machine that keeps its topmost value in a variable and gives an operand to the operator that follows it
 // without pushing it. The operators, most of all functions, are computed in place while their slot of the registry holds

@@ -1,7 +1,6 @@
 #include "equation/system.h"
 
 #include "platform/internal/random.h"
-#include "platform/module_start.h"
 
 // Deliberate: truncated decimals of sqrt(3) and 2 sqrt(3), which bring the sum of four draws to variance 1 and mean 0.
 namespace korvale {

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <system_error>
 
-#include "platform/module_start.h"
-
 namespace korvale {
 namespace {
 

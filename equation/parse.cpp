@@ -7,7 +7,6 @@
 #include "equation/internal/program.h"
 #include "equation/internal/registry.h"
 #include "equation/internal/variables.h"
-#include "platform/module_start.h"
 
 // An operator-precedence translator from text to postfix items (E. W. Dijkstra, "Algol 60 translation", 1961) with two
 // stacks: binary operators and parentheses, which leave by priority, and functions of one argument, which leave when the

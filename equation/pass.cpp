@@ -7,7 +7,6 @@
 #include "equation/internal/evaluate.h"
 #include "equation/internal/program.h"
 #include "equation/internal/variables.h"
-#include "platform/module_start.h"
 
 // A pass over all equations. As documented, its results gather in a copy of all variables, made before the pass and
 // copied back after it, so that nothing else which happens to a variable meanwhile lasts. Only a host's function can do

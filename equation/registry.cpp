@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "equation/internal/built_ins.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

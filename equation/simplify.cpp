@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "equation/internal/program.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -6,7 +6,6 @@
 #include "equation/internal/program.h"
 #include "equation/internal/registry.h"
 #include "equation/internal/variables.h"
-#include "platform/module_start.h"
 
 static_assert(sizeof(EquationSystem) == 80 && offsetof(EquationSystem, funcs) == 0 &&
               offsetof(EquationSystem, func_names) == 8 && offsetof(EquationSystem, func_nargs) == 16 &&

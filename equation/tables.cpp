@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include "equation/internal/registry.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "data/internal/scratch.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -6,7 +6,6 @@
 
 #include "data/internal/record.h"
 #include "data/internal/shape.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

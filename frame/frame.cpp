@@ -2,8 +2,6 @@
 
 #include <cstdint>
 
-#include "platform/module_start.h"
-
 // All state is constant-initialised: the layer may call the entry point while the library registers itself.
 int _Initializerkorvale::ref = 0;
 int _Initializerkorvale::infunc = 0;

@@ -1,5 +1,4 @@
 #include "frame/frame.h"
-#include "platform/module_start.h"
 
 // The second stage of loading: an object without a priority comes after all that have one, and no other source of the
 // library has such an object.

@@ -1,7 +1,6 @@
 #include "math/box.h"
 
 #include "math/internal/box.h"
-#include "platform/module_start.h"
 
 bool bbox_intersect(double* box1, double* box2)
 {

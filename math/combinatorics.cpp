@@ -3,8 +3,6 @@
 #include <cmath>
 #include <cstdint>
 
-#include "platform/module_start.h"
-
 namespace korvale {
 namespace {
 

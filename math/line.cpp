@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include "platform/module_start.h"
-
 namespace korvale {
 namespace {
 

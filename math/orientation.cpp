@@ -2,7 +2,6 @@
 
 #include "math/internal/orientation.h"
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

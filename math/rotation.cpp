@@ -4,7 +4,6 @@
 
 #include "math/internal/mat.h"
 #include "math/internal/rotation.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

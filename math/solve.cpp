@@ -1,7 +1,6 @@
 #include "math/solve.h"
 
 #include "math/internal/solve.h"
-#include "platform/module_start.h"
 
 double TwoByTwoDeterminant(double m[2][2])
 {

@@ -1,7 +1,6 @@
 #include "math/transform.h"
 
 #include "math/internal/mat.h"
-#include "platform/module_start.h"
 
 void make_identity(Xfm m)
 {

@@ -1,7 +1,6 @@
 #include "math/vector.h"
 
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 
 double dot_product(double* a, double* b)
 {

@@ -15,7 +15,6 @@
 #include "math/internal/vec.h"
 #include "path/internal/flatten.h"
 #include "platform/internal/random.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

@@ -11,7 +11,6 @@
 #include "data/internal/shape.h"
 #include "math/internal/mat.h"
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 
 namespace korvale {
 namespace {

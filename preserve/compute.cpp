@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "data/operations.h"
-#include "platform/module_start.h"
 #include "preserve/evaluation.h"
 #include "preserve/internal/energy.h"
 #include "preserve/internal/mesh.h"

@@ -7,7 +7,6 @@
 
 #include "data/internal/scratch.h"
 #include "data/internal/shape.h"
-#include "platform/module_start.h"
 #include "preserve/internal/mesh.h"
 
 namespace korvale {

@@ -1,6 +1,5 @@
 #include "preserve/internal/energy.h"
 
-#include "platform/module_start.h"
 #include "preserve/evaluation.h"
 #include "preserve/internal/energy_wide.h"
 #include "preserve/internal/measures.h"

@@ -1,6 +1,5 @@
 #include "preserve/internal/energy_wide.h"
 
-#include "platform/module_start.h"
 #include "preserve/internal/measures.h"
 
 #ifdef KORVALE_HAS_WIDE_LANES

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 #include "preserve/evaluation.h"
 #include "preserve/internal/forces_wide.h"
 #include "preserve/internal/measures.h"

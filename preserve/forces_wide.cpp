@@ -1,7 +1,6 @@
 #include "preserve/internal/forces_wide.h"
 
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 
 #ifdef KORVALE_HAS_WIDE_LANES
 

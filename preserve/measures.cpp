@@ -1,7 +1,6 @@
 #include "preserve/internal/measures.h"
 
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 #include "preserve/internal/energy_wide.h"
 
 namespace korvale {

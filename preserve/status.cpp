@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "data/internal/shape.h"
-#include "platform/module_start.h"
 #include "preserve/internal/connectivity.h"
 
 static_assert(sizeof(PreserveStatus) == 216 && offsetof(PreserveStatus, flags) == 0 &&

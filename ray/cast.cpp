@@ -4,7 +4,6 @@
 
 #include "math/internal/mat.h"
 #include "platform/internal/lanes.h"
-#include "platform/module_start.h"
 #include "ray/internal/meet.h"
 
 #ifdef KORVALE_HAS_WIDE_LANES

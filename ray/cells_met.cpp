@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/module_start.h"
 #include "ray/internal/meet.h"
 
 // Where a ray meets a face depends on nothing but the plane of the face, and all cells of a grid share nx + ny + nz + 3

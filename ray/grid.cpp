@@ -7,7 +7,6 @@
 #include "data/internal/scratch.h"
 #include "data/internal/shape.h"
 #include "math/internal/box.h"
-#include "platform/module_start.h"
 #include "ray/internal/grid.h"
 
 // A grid has planes along each axis, one more than cells, found by repeated addition of the step; a cell's box lies

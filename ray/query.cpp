@@ -6,7 +6,6 @@
 #include "data/internal/shape.h"
 #include "math/internal/mat.h"
 #include "math/internal/vec.h"
-#include "platform/module_start.h"
 #include "ray/internal/cast.h"
 #include "ray/internal/cells_met.h"
 #include "ray/internal/meet.h"
