@@ -5,7 +5,7 @@
 #include "data/internal/shape.h"
 #include "math/internal/vec.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Doubles that exist in `d`, at most `wanted`.
@@ -27,18 +27,20 @@ bool has_points(const DATAstruct& d)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 void BORDERAddWings(BORDERStatus* status)
 {
     if (status == nullptr || status->path == nullptr || status->path->type != DATA_TYPE_DOUBLE)
         return;
     DATAstruct& path = *status->path;
-    if (path.count < 2 || !korvale::has_points(path) || korvale::elements(path.count + 2LL, 3) > korvale::kMostElements)
+    if (path.count < 2 || !has_points(path) || elements(path.count + 2LL, 3) > kMostElements)
         return;
     path.count += 2;
     DATAReAllocate(&path);
-    if (!korvale::has_points(path)) { // the heap is exhausted
+    if (!has_points(path)) { // the heap is exhausted
         path.count -= 2;
         return;
     }
@@ -46,8 +48,8 @@ void BORDERAddWings(BORDERStatus* status)
     double* const p = path.dvals;
     for (int64_t e = 3 * n - 4; e >= 3; --e)
         p[e] = p[e - 3];
-    korvale::extend(p + 3, p + 6, p);
-    korvale::extend(p + 3 * (n - 2), p + 3 * (n - 3), p + 3 * (n - 1));
+    extend(p + 3, p + 6, p);
+    extend(p + 3 * (n - 2), p + 3 * (n - 3), p + 3 * (n - 1));
 }
 
 void BORDERRemoveWings(BORDERStatus* status)
@@ -56,8 +58,8 @@ void BORDERRemoveWings(BORDERStatus* status)
         status->path->type != DATA_TYPE_DOUBLE)
         return;
     DATAstruct &path = *status->path, &output = *status->output;
-    const int64_t end = korvale::elements(path.count, 3) - 3;
-    const int64_t in_path = korvale::readable_doubles(path, end), in_output = korvale::readable_doubles(output, end);
+    const int64_t end = elements(path.count, 3) - 3;
+    const int64_t in_path = readable_doubles(path, end), in_output = readable_doubles(output, end);
     for (int64_t e = 3; e < end; ++e) {
         if (e < in_path)
             path.dvals[e - 3] = path.dvals[e];
@@ -74,19 +76,19 @@ void BORDERMakePipe(BORDERStatus* status)
         return;
     DATAstruct &path = *status->path, &output = *status->output;
     const int64_t points = static_cast<int64_t>(output.count) + path.count;
-    if (points > korvale::kMostElements)
+    if (points > kMostElements)
         return;
-    const bool path_has_points = korvale::has_points(path), output_had_points = korvale::has_points(output);
+    const bool path_has_points = has_points(path), output_had_points = has_points(output);
     const int32_t border_points = output.count;
     output.count = static_cast<int32_t>(points);
     DATAReAllocate(&output);
-    if (output_had_points && !korvale::has_points(output)) { // the heap is exhausted
+    if (output_had_points && !has_points(output)) { // the heap is exhausted
         output.count = border_points;
         return;
     }
-    if (!path_has_points || output.type != DATA_TYPE_DOUBLE || !korvale::has_points(output))
+    if (!path_has_points || output.type != DATA_TYPE_DOUBLE || !has_points(output))
         return;
     const int64_t copied = std::min<int64_t>(path.count, points); // fewer where the output had less than no points
     for (int64_t i = 0; i < copied; ++i)
-        korvale::copy3(path.dvals + 3 * i, output.dvals + 3 * (points - 1 - i));
+        copy3(path.dvals + 3 * i, output.dvals + 3 * (points - 1 - i));
 }

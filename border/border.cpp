@@ -9,7 +9,7 @@
 #include "data/operations.h"
 #include "path/flatten.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// The arrays a sweep works in, one entry per point of the outline.
@@ -100,7 +100,9 @@ void replace_output(BorderStatus& status)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 // Border replaces its output first, works in arrays of its own, needs the plane that data_to_xy_xfms finds and puts the
 // border at `height`. BORDER_BORDER validates first, works in the arrays of the record and leaves z alone.
@@ -109,28 +111,27 @@ int Border(BorderStatus* status)
 {
     if (status == nullptr)
         return -1;
-    korvale::replace_output(*status);
-    if (status->output == nullptr || !korvale::is_outline(status->path) || !std::isfinite(status->distance))
+    replace_output(*status);
+    if (status->output == nullptr || !is_outline(status->path) || !std::isfinite(status->distance))
         return -1;
 
     // Deliberate: these records and their buffers are never released.
-    const korvale::WorkArrays<Data> work = {DataNew(), DataNew(), DataNew(), DataNew(),
-                                            DataNew(), DataNew(), DataNew(), DataNew()};
-    if (!korvale::shape_all(work, korvale::readable_points(*status->path)))
+    const WorkArrays<Data> work = {DataNew(), DataNew(), DataNew(), DataNew(),
+                                   DataNew(), DataNew(), DataNew(), DataNew()};
+    if (!shape_all(work, readable_points(*status->path)))
         return -1;
     Xfm xfm, reverse;
     if (data_to_xy_xfms(status->path, xfm, reverse, 1) < 0)
         return -1;
     TransformData(xfm, status->path, work.flat);
 
-    const int32_t points =
-        korvale::sweep_flat(work, status->distance, status->split_events != 0, status->keep_collapsed != 0);
+    const int32_t points = sweep_flat(work, status->distance, status->split_events != 0, status->keep_collapsed != 0);
     if (points < 0)
         return -1;
     for (int32_t i = 0; i < points; ++i)
         work.flat->dvals[3 * static_cast<int64_t>(i) + 2] = status->height;
     work.flat->count = points;
-    if (!korvale::shape(status->output, points, 3, DATA_TYPE_DOUBLE))
+    if (!shape(status->output, points, 3, DATA_TYPE_DOUBLE))
         return -1;
     TransformData(reverse, work.flat, status->output);
     return 1;
@@ -138,25 +139,24 @@ int Border(BorderStatus* status)
 
 int BORDER_BORDER(BORDERStatus* status)
 {
-    if (status == nullptr || !korvale::is_outline(status->path) || !std::isfinite(status->distance))
+    if (status == nullptr || !is_outline(status->path) || !std::isfinite(status->distance))
         return -1;
     if (status->output == nullptr && (status->output = DATANew()) == nullptr)
         return -1;
 
-    const korvale::WorkArrays<DATAstruct> work = {status->flat,   status->direction, status->velocity, status->line,
-                                                  status->length, status->rate,      status->dead,     status->merge};
-    if (!korvale::shape_all(work, korvale::readable_points(*status->path)))
+    const WorkArrays<DATAstruct> work = {status->flat,   status->direction, status->velocity, status->line,
+                                         status->length, status->rate,      status->dead,     status->merge};
+    if (!shape_all(work, readable_points(*status->path)))
         return -1;
     Xfm xfm, reverse;
     DATA_to_xy_xfms(status->path, xfm, reverse, 1);
     TransformDATA(xfm, status->path, work.flat);
 
-    const int32_t points =
-        korvale::sweep_flat(work, status->distance, status->split_events != 0, status->keep_collapsed != 0);
+    const int32_t points = sweep_flat(work, status->distance, status->split_events != 0, status->keep_collapsed != 0);
     if (points < 0)
         return -1;
     work.flat->count = points;
-    if (!korvale::shape(status->output, points, 3, DATA_TYPE_DOUBLE))
+    if (!shape(status->output, points, 3, DATA_TYPE_DOUBLE))
         return -1;
     TransformDATA(reverse, work.flat, status->output);
     return 1;

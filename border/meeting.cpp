@@ -17,7 +17,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// A vertex and an edge that approach each other more slowly than this never meet.
@@ -491,4 +491,4 @@ Event earlier_split_event(MeetingSearch& search, const Wavefront& w, Event event
     return test_candidates(search, w, event);
 }
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -4,7 +4,7 @@
 #include "math/internal/mat.h"
 #include "path/flatten.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Raises the points of a border by `height` along the normal of the plane that `xfm` flattens.
@@ -66,7 +66,9 @@ int border_list(BORDERStatus& status)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int BORDER(BORDERStatus* status)
 {
@@ -74,9 +76,9 @@ int BORDER(BORDERStatus* status)
         return -1;
     switch (status->path->type) {
     case DATA_TYPE_DOUBLE:
-        return korvale::border_outline(*status);
+        return border_outline(*status);
     case DATA_TYPE_DATA:
-        return korvale::border_list(*status);
+        return border_list(*status);
     default:
         return -1;
     }

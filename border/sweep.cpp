@@ -12,7 +12,7 @@
 #include "border/internal/wavefront.h"
 #include "math/internal/vec.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 struct Box {
@@ -191,4 +191,4 @@ int32_t pack_live_positions(Sweep& s)
     return live;
 }
 
-} // namespace korvale
+} // namespace korvale::inside

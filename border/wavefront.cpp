@@ -7,7 +7,7 @@
 
 #include "border/internal/lanes.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// An edge shorter than this is merged away when it is measured.
@@ -489,4 +489,4 @@ bool collapse_edges(Wavefront& w, double time)
     return count > 0;
 }
 
-} // namespace korvale
+} // namespace korvale::inside

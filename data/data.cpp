@@ -7,6 +7,8 @@
 #include "data/internal/elements.h"
 #include "data/internal/shape.h"
 
+using namespace korvale::inside;
+
 static_assert(sizeof(Data) == 40 && offsetof(Data, dim) == 0 && offsetof(Data, count) == 4 &&
               offsetof(Data, type) == 8 && offsetof(Data, dvals) == 16 && offsetof(Data, ivals) == 24 &&
               offsetof(Data, bvals) == 32);
@@ -50,14 +52,14 @@ int DataAllocate(Data* d)
 {
     if (d == nullptr || d->count < 1 || d->dim < 1)
         return -1;
-    const int64_t n = korvale::elements(d->count, d->dim);
-    if (n > korvale::kMostElements)
+    const int64_t n = elements(d->count, d->dim);
+    if (n > kMostElements)
         return -1;
-    const size_t bytes = korvale::component_bytes(*d, d->type);
+    const size_t bytes = component_bytes(*d, d->type);
     if (bytes == 0)
         return 1;
-    korvale::set_buffer(*d, d->type, std::malloc(static_cast<size_t>(n) * bytes));
-    return korvale::buffer_of(*d, d->type) != nullptr ? 1 : -1;
+    set_buffer(*d, d->type, std::malloc(static_cast<size_t>(n) * bytes));
+    return buffer_of(*d, d->type) != nullptr ? 1 : -1;
 }
 
 void DataDispose(Data* d)
@@ -86,13 +88,13 @@ void DataListDispose(data_list_struct* head)
 
 void DataReverse(Data* d)
 {
-    if (d == nullptr || d->count < 2 || !korvale::is_filled(*d))
+    if (d == nullptr || d->count < 2 || !is_filled(*d))
         return;
-    const size_t bytes = static_cast<size_t>(d->dim) * korvale::component_bytes(*d, d->type);
-    korvale::reverse_elements(korvale::buffer_of(*d, d->type), d->count, bytes);
+    const size_t bytes = static_cast<size_t>(d->dim) * component_bytes(*d, d->type);
+    reverse_elements(buffer_of(*d, d->type), d->count, bytes);
 }
 
 int DataBBox(Data* src, Data* box)
 {
-    return korvale::box_around(src, box);
+    return box_around(src, box);
 }

@@ -17,7 +17,7 @@ static_assert(sizeof(DATAstruct) == 64 && offsetof(DATAstruct, dim) == 0 && offs
               offsetof(DATAstruct, bvals) == 40 && offsetof(DATAstruct, pvals) == 48 &&
               offsetof(DATAstruct, next) == 56);
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 void free_buffers(DATAstruct& d)
@@ -114,7 +114,9 @@ bool has_slots(const DATAstruct* d, int32_t dim)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 void DATAInitialize(DATAstruct* d)
 {
@@ -144,22 +146,22 @@ int DATAAllocate(DATAstruct* d)
 {
     if (d == nullptr || d->count < 1 || d->dim < 1)
         return -1;
-    const int64_t wanted = korvale::elements(d->count, d->dim);
-    if (wanted > korvale::kMostElements)
+    const int64_t wanted = elements(d->count, d->dim);
+    if (wanted > kMostElements)
         return -1;
     if (d->alloc_count > 0 && d->alloc_dim > 0) {
-        if (korvale::fits(*d, wanted))
+        if (fits(*d, wanted))
             return 1;
-        korvale::free_buffers(*d);
+        free_buffers(*d);
     }
     d->alloc_count = d->count;
     d->alloc_dim = d->dim;
     d->alloc_type = d->type;
-    const size_t bytes = static_cast<size_t>(wanted) * korvale::component_bytes(*d, d->type);
+    const size_t bytes = static_cast<size_t>(wanted) * component_bytes(*d, d->type);
     if (bytes == 0)
         return 1;
     void* const buffer = std::malloc(bytes);
-    korvale::set_buffer(*d, d->type, buffer);
+    set_buffer(*d, d->type, buffer);
     if (buffer == nullptr)
         return -1;
     if (d->pvals == buffer)
@@ -171,16 +173,16 @@ int DATAReAllocate(DATAstruct* d)
 {
     if (d == nullptr || d->count < 0 || d->dim < 0)
         return -1;
-    const int64_t wanted = korvale::elements(d->count, d->dim);
-    if (wanted > korvale::kMostElements)
+    const int64_t wanted = elements(d->count, d->dim);
+    if (wanted > kMostElements)
         return -1;
     if (d->type != d->alloc_type) { // a change of kind keeps nothing
-        korvale::free_buffers(*d);
+        free_buffers(*d);
         d->alloc_count = d->alloc_dim = -1;
         return DATAAllocate(d);
     }
-    const int64_t held = korvale::capacity(*d);
-    if (wanted != held && korvale::component_bytes(*d, d->type) != 0 && !korvale::resize_buffer(*d, held, wanted))
+    const int64_t held = capacity(*d);
+    if (wanted != held && component_bytes(*d, d->type) != 0 && !resize_buffer(*d, held, wanted))
         return -1;
     d->alloc_count = d->count;
     d->alloc_dim = d->dim;
@@ -191,7 +193,7 @@ void DATANodeDispose(DATAstruct* d)
 {
     if (d == nullptr)
         return;
-    korvale::free_buffers(*d);
+    free_buffers(*d);
     DATAInitialize(d);
 }
 
@@ -199,11 +201,11 @@ int DATADispose(DATAstruct* d)
 {
     if (d == nullptr)
         return -1;
-    d->dim = korvale::kAwaitsRelease;
-    DATAstruct* waiting = korvale::empty_onto(*d, korvale::prepend_list(d->next, nullptr));
+    d->dim = kAwaitsRelease;
+    DATAstruct* waiting = empty_onto(*d, prepend_list(d->next, nullptr));
     while (waiting != nullptr) { // a loop, since lists and trees may be deeper than the stack
         DATAstruct* const record = waiting;
-        waiting = korvale::empty_onto(*record, record->next);
+        waiting = empty_onto(*record, record->next);
         std::free(record);
     }
     DATAInitialize(d);
@@ -244,7 +246,7 @@ int DATACheckIfPoints(DATAstruct* d)
 
 int DATACheckIfFace(DATAstruct* d)
 {
-    if (!korvale::has_slots(d, 1) || !korvale::is_filled(*d))
+    if (!has_slots(d, 1) || !is_filled(*d))
         return 0;
     for (int32_t i = 0; i < d->count; ++i)
         if (!DATACheckIfPoints(static_cast<DATAstruct*>(d->pvals[i])))
@@ -254,31 +256,31 @@ int DATACheckIfFace(DATAstruct* d)
 
 int DATACheckIfPatch(DATAstruct* d)
 {
-    return korvale::has_slots(d, 1);
+    return has_slots(d, 1);
 }
 
 int DATACheckIfMesh(DATAstruct* d)
 {
-    return korvale::has_slots(d, 5);
+    return has_slots(d, 5);
 }
 
 int DATABBox(DATAstruct* src, DATAstruct* box)
 {
-    return korvale::box_around(src, box);
+    return box_around(src, box);
 }
 
 void DATAReverse(DATAstruct* d)
 {
-    if (d == nullptr || d->count < 2 || !korvale::is_filled(*d))
+    if (d == nullptr || d->count < 2 || !is_filled(*d))
         return;
-    const size_t bytes = static_cast<size_t>(d->dim) * korvale::component_bytes(*d, d->type);
-    korvale::reverse_elements(korvale::buffer_of(*d, d->type), d->count, bytes);
+    const size_t bytes = static_cast<size_t>(d->dim) * component_bytes(*d, d->type);
+    reverse_elements(buffer_of(*d, d->type), d->count, bytes);
 }
 
 void DATASubReverse(DATAstruct* d)
 {
-    while (d != nullptr && d->type == DATA_TYPE_DATA) {   // the last child is walked here: chains may be of any length
-        const int32_t n = korvale::children_by_count(*d); // Deliberate: one slot per element, whatever dim is
+    while (d != nullptr && d->type == DATA_TYPE_DATA) { // the last child is walked here: chains may be of any length
+        const int32_t n = children_by_count(*d);        // Deliberate: one slot per element, whatever dim is
         for (int32_t i = 0; i < n - 1; ++i)
             DATASubReverse(static_cast<DATAstruct*>(d->pvals[i]));
         d = n < 1 ? nullptr : static_cast<DATAstruct*>(d->pvals[n - 1]);

@@ -14,7 +14,7 @@
 // Every operation has a plain loop, which defines the result, and where it pays a second one in lanes of four doubles.
 // The lanes do the same operations on each value in the same order, so they give the same bits; only on memory that
 // overlaps without being the same do the loops differ, so there the plain one runs.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Exchanges elements of a size known to the compiler, which then needs no buffer and no calls.
@@ -317,4 +317,4 @@ void mix_values(const double* a, const double* b, const double* c, const double*
         to[j] = ((w[0] * a[j] + w[1] * b[j]) + w[2] * c[j]) + w[3] * d[j];
 }
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -8,7 +8,7 @@
 
 // The work of every operation is written once: over bare elements where the records do not matter, over either record
 // where the output is reshaped. What the generations do differently stands in the overloads and doors.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 template <class Array>
@@ -242,57 +242,59 @@ void carry_tree(const double (*m)[4], const DATAstruct* source, DATAstruct* outp
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int DataCat(Data* first, Data* second, Data* output)
 {
-    return korvale::cat(first, second, output);
+    return cat(first, second, output);
 }
 
 int DATACat(DATAstruct* first, DATAstruct* second, DATAstruct* output)
 {
-    return korvale::cat(first, second, output);
+    return cat(first, second, output);
 }
 
 int DataCopy(Data* source, Data* output)
 {
-    return korvale::copy(source, output);
+    return copy(source, output);
 }
 
 int DATACopy(DATAstruct* source, DATAstruct* output)
 {
-    return korvale::copy(source, output);
+    return copy(source, output);
 }
 
 int DataMix(Data* a, Data* b, double wa, double wb, Data* output)
 {
-    return korvale::mix(a, b, wa, wb, output);
+    return mix(a, b, wa, wb, output);
 }
 
 int DATAMix(DATAstruct* a, DATAstruct* b, double wa, double wb, DATAstruct* output)
 {
-    return korvale::mix(a, b, wa, wb, output);
+    return mix(a, b, wa, wb, output);
 }
 
 int Data4Mix(Data* a, Data* b, Data* c, Data* d, double wa, double wb, double wc, double wd, Data* output)
 {
-    return korvale::mix_four(a, b, c, d, wa, wb, wc, wd, output);
+    return mix_four(a, b, c, d, wa, wb, wc, wd, output);
 }
 
 int DATA4Mix(DATAstruct* a, DATAstruct* b, DATAstruct* c, DATAstruct* d, double wa, double wb, double wc, double wd,
              DATAstruct* output)
 {
-    return korvale::mix_four(a, b, c, d, wa, wb, wc, wd, output);
+    return mix_four(a, b, c, d, wa, wb, wc, wd, output);
 }
 
 int DataBounds(Data* source, Data* output)
 {
-    return korvale::bounds(source, output);
+    return bounds(source, output);
 }
 
 int DATABounds(DATAstruct* source, DATAstruct* output)
 {
-    return korvale::bounds(source, output);
+    return bounds(source, output);
 }
 
 // TransformData looks at counts and dims only; TransformDATA also wants equal kinds and walks trees of arrays.
@@ -301,10 +303,10 @@ void TransformData(Xfm m, Data* source, Data* output)
 {
     if (source == nullptr || output == nullptr || source->count < 1 || source->count != output->count)
         return;
-    korvale::carry_array(m, *source, *output);
+    carry_array(m, *source, *output);
 }
 
 void TransformDATA(Xfm m, DATAstruct* source, DATAstruct* output)
 {
-    korvale::carry_tree(m, source, output);
+    carry_tree(m, source, output);
 }

@@ -12,7 +12,7 @@
 // The shares are kept as running maxima: they reach a number at the same triangle first, and they ascend whatever the
 // areas are (a share that is not a number reaches none). So the triangle is found by halving, and where many points are
 // made, in a table over the few values a draw has.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// The largest value of the platform's generator.
@@ -181,13 +181,15 @@ void sample(const Array* triangles, unsigned seed, Array* points, const Array* v
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 // DataTriSample does not look at the kinds of the two arrays; DATATriSample wants doubles. Nothing else differs.
 
 void DataTriSample(Data* triangles, unsigned int seed, Data* points, Data* vertex_attributes, Data* point_attributes)
 {
-    korvale::sample(triangles, seed, points, vertex_attributes, point_attributes);
+    sample(triangles, seed, points, vertex_attributes, point_attributes);
 }
 
 void DATATriSample(DATAstruct* triangles, unsigned int seed, DATAstruct* points, DATAstruct* vertex_attributes,
@@ -196,5 +198,5 @@ void DATATriSample(DATAstruct* triangles, unsigned int seed, DATAstruct* points,
     if (triangles == nullptr || triangles->type != DATA_TYPE_DOUBLE || points == nullptr ||
         points->type != DATA_TYPE_DOUBLE)
         return;
-    korvale::sample(triangles, seed, points, vertex_attributes, point_attributes);
+    sample(triangles, seed, points, vertex_attributes, point_attributes);
 }

@@ -12,7 +12,7 @@
 // without pushing it. The operators, most of all functions, are computed in place while their slot of the registry holds
 // the built-in function. Any other function may be a host's, which may change variables, replace functions and grow
 // every array but those of the program, so what is known of them is looked up again after each call.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 constexpr int kMostValues = 51; ///< values held during an evaluation
@@ -190,12 +190,14 @@ double evaluate(EquationSystem& es, const Program& program)
     return evaluate_items(es, program.kinds, program.operands, program.constants, program.count);
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 double EqEvaluate(EquationSystem* es, int equation)
 {
-    if (es == nullptr || !korvale::is_equation(*es, equation))
+    if (es == nullptr || !is_equation(*es, equation))
         return 0.0;
-    const korvale::Program program = korvale::program_of(*es, equation);
-    return program.has_target() ? korvale::evaluate(*es, program) : 0.0;
+    const Program program = program_of(*es, equation);
+    return program.has_target() ? evaluate(*es, program) : 0.0;
 }

@@ -3,7 +3,7 @@
 #include "platform/internal/random.h"
 
 // Deliberate: truncated decimals of sqrt(3) and 2 sqrt(3), which bring the sum of four draws to variance 1 and mean 0.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 constexpr double kDrawsToUnitVariance = 1.7320508;
@@ -15,29 +15,31 @@ void seed_generator(int seed)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 void EqSeed(int seed)
 {
-    korvale::seed_generator(seed);
+    seed_generator(seed);
 }
 
 void gauss_init(int seed)
 {
-    korvale::seed_generator(seed);
+    seed_generator(seed);
 }
 
 double EqFuncRand()
 {
-    return korvale::unit_draw();
+    return unit_draw();
 }
 
 double gauss()
 {
-    double sum = korvale::unit_draw();
+    double sum = unit_draw();
     for (int draw = 1; draw < 4; ++draw)
-        sum += korvale::unit_draw();
-    return sum * korvale::kDrawsToUnitVariance - korvale::kMeanOfScaledDraws;
+        sum += unit_draw();
+    return sum * kDrawsToUnitVariance - kMeanOfScaledDraws;
 }
 
 double EqFuncAdd(double a, double b)

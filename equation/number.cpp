@@ -4,7 +4,7 @@
 #include <cmath>
 #include <system_error>
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Whether the digits before the point are worth more than nothing.
@@ -26,4 +26,4 @@ double read_number(const char* first, const char* last)
     return number;
 }
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -11,7 +11,7 @@
 // An operator-precedence translator from text to postfix items (E. W. Dijkstra, "Algol 60 translation", 1961) with two
 // stacks: binary operators and parentheses, which leave by priority, and functions of one argument, which leave when the
 // operand or group at their own depth is complete. Both stacks fill from their last entry downward.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 constexpr int32_t kStackEntries = 51; ///< operators, and functions, that can wait
@@ -294,20 +294,22 @@ bool make_items(const EquationSystem& es, DATAstruct* (&items)[kChildren])
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int op_isp(int code)
 {
     switch (code) {
-    case korvale::kOpenParenthesis:
+    case kOpenParenthesis:
         return 0;
-    case korvale::kAdd:
-    case korvale::kSubtract:
+    case kAdd:
+    case kSubtract:
         return 2;
-    case korvale::kMultiply:
-    case korvale::kDivide:
+    case kMultiply:
+    case kDivide:
         return 3;
-    case korvale::kPower:
+    case kPower:
         return 4;
     default:
         return 1;
@@ -317,8 +319,8 @@ int op_isp(int code)
 int op_icp(int code)
 {
     switch (code) {
-    case korvale::kOpenParenthesis:
-    case korvale::kPower:
+    case kOpenParenthesis:
+    case kPower:
         return 5; // above any waiting operator: a group opens at once, powers group from the right
     default:
         return op_isp(code);
@@ -332,10 +334,10 @@ int new_bi_item(int code, int* op_top, int* operand_counter, int* item_pos, DATA
         operands == nullptr || op_stack == nullptr)
         return -1;
     const int32_t empty = op_stack->count;
-    if (empty > korvale::room(op_stack, DATA_TYPE_INT) || *op_top < 0 || *op_top > empty)
+    if (empty > room(op_stack, DATA_TYPE_INT) || *op_top < 0 || *op_top > empty)
         return -1;
     while (*op_top < empty && op_isp(op_stack->ivals[*op_top]) >= op_icp(code)) {
-        if (!korvale::emit(*kinds, *operands, *item_pos, EQ_ITEM_BINARY, op_stack->ivals[*op_top]))
+        if (!emit(*kinds, *operands, *item_pos, EQ_ITEM_BINARY, op_stack->ivals[*op_top]))
             return -1;
         *op_top += 1;
         *operand_counter -= 1;
@@ -351,22 +353,22 @@ int new_bi_item(int code, int* op_top, int* operand_counter, int* item_pos, DATA
 
 int EqParseEquation(EquationSystem* es, char* text)
 {
-    if (es == nullptr || text == nullptr || es->equations == nullptr || !korvale::append_row(*es->equations))
+    if (es == nullptr || text == nullptr || es->equations == nullptr || !append_row(*es->equations))
         return -1;
-    DATAstruct* items[korvale::kChildren];
-    if (!korvale::make_items(*es, items))
+    DATAstruct* items[kChildren];
+    if (!make_items(*es, items))
         return -1;
     char* const equals = std::strchr(text, '=');
     if (equals == nullptr)
         return 1;
-    const int32_t target = korvale::find_target(*es, text, equals);
+    const int32_t target = find_target(*es, text, equals);
     if (target < 0) {
         *equals = '\0'; // Deliberate: not restored
         return -1;
     }
-    korvale::Parse parse(*es, items);
-    korvale::emit(parse, EQ_ITEM_TARGET, target);
-    if (equals[1] != '\0' && (!korvale::scan(parse, equals + 1) || parse.operand_counter > 1))
+    Parse parse(*es, items);
+    emit(parse, EQ_ITEM_TARGET, target);
+    if (equals[1] != '\0' && (!scan(parse, equals + 1) || parse.operand_counter > 1))
         return -1;
     parse.kinds.count = parse.item_pos;
     return parse.item_pos;

@@ -12,7 +12,7 @@
 // copied back after it, so that nothing else which happens to a variable meanwhile lasts. Only a host's function can do
 // such a thing. Where the equations call built-in functions alone, all but the results of reserved variables is in place
 // already, and only those are put aside.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Values put aside before the heap is asked.
@@ -131,15 +131,16 @@ int pass_with_copy(EquationSystem& es, int32_t equations, int32_t variables)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int EqSystemEvaluate(EquationSystem* es)
 {
-    const int32_t variables = es == nullptr ? 0 : korvale::variable_count(*es);
+    const int32_t variables = es == nullptr ? 0 : variable_count(*es);
     if (variables == 0)
         return -1;
-    const int32_t equations = korvale::equation_count(*es);
-    return variables > korvale::kNearby && korvale::is_undisturbed(*es, equations)
-               ? korvale::pass_undisturbed(*es, equations)
-               : korvale::pass_with_copy(*es, equations, variables);
+    const int32_t equations = equation_count(*es);
+    return variables > kNearby && is_undisturbed(*es, equations) ? pass_undisturbed(*es, equations)
+                                                                 : pass_with_copy(*es, equations, variables);
 }

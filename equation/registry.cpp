@@ -5,7 +5,7 @@
 
 #include "equation/internal/built_ins.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Functions for which room is made when the arrays are full.
@@ -164,7 +164,9 @@ void register_built_ins(EquationSystem& es)
     register_all(es, 2, kAngle);
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int EqAnotherFunc(EquationSystem* es)
 {
@@ -172,9 +174,9 @@ int EqAnotherFunc(EquationSystem* es)
         return -1;
     const int32_t f = es->funcs->count;
     es->funcs->count += 1;
-    if (es->funcs->count > korvale::room(es->funcs, DATA_TYPE_POINTER) && !korvale::grow_functions(*es))
+    if (es->funcs->count > room(es->funcs, DATA_TYPE_POINTER) && !grow_functions(*es))
         return -1;
-    if (f < 0 || f >= korvale::function_count(*es))
+    if (f < 0 || f >= function_count(*es))
         return -1;
     DATAstruct* const table = DATANew();
     if (table == nullptr)
@@ -189,20 +191,20 @@ int EqAnotherFunc(EquationSystem* es)
 
 int EqAddFuncBinary(EquationSystem* es, char* name, double (*function)(double, double))
 {
-    return korvale::register_function(es, name, 2, reinterpret_cast<void*>(function));
+    return register_function(es, name, 2, reinterpret_cast<void*>(function));
 }
 
 int EqAddFuncUnary(EquationSystem* es, char* name, double (*function)(double))
 {
-    return korvale::register_function(es, name, 1, reinterpret_cast<void*>(function));
+    return register_function(es, name, 1, reinterpret_cast<void*>(function));
 }
 
 int EqAddFuncNoArg(EquationSystem* es, char* name, double (*function)())
 {
-    return korvale::register_function(es, name, 0, reinterpret_cast<void*>(function));
+    return register_function(es, name, 0, reinterpret_cast<void*>(function));
 }
 
 int EqLookupFunction(EquationSystem* es, char* name)
 {
-    return es == nullptr || name == nullptr ? -1 : korvale::find_function(*es, name, std::strlen(name));
+    return es == nullptr || name == nullptr ? -1 : find_function(*es, name, std::strlen(name));
 }

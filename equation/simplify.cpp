@@ -5,7 +5,7 @@
 
 #include "equation/internal/program.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Moves the items from `from` on down by `distance` positions and makes the freed tail like that of a new program.
@@ -64,16 +64,18 @@ Program careful_program(const DATAstruct* kinds, const DATAstruct* operands, con
     return {kinds->ivals, operands->ivals, constants->dvals, held, std::min(held, kinds->count)};
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int EqSimplify(EquationSystem* es, int equation)
 {
-    if (es == nullptr || !korvale::is_equation(*es, equation))
+    if (es == nullptr || !is_equation(*es, equation))
         return -1;
-    const korvale::Program program = korvale::program_of(*es, equation);
+    const Program program = program_of(*es, equation);
     for (int32_t p = 0; p < program.room && program.kinds[p] != EQ_ITEM_END; ++p) {
-        korvale::fold_binary(*es, program, p);
-        korvale::fold_unary(*es, program, p);
+        fold_binary(*es, program, p);
+        fold_unary(*es, program, p);
     }
     return 1;
 }

@@ -14,7 +14,7 @@ static_assert(sizeof(EquationSystem) == 80 && offsetof(EquationSystem, funcs) ==
               offsetof(EquationSystem, tables) == 56 && offsetof(EquationSystem, table_pos) == 64 &&
               offsetof(EquationSystem, table_index) == 72);
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 constexpr int32_t kFirstFunctions = 20; ///< functions there is room for at first
@@ -89,19 +89,21 @@ bool allocate_equations(EquationSystem& es)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int EqSystemInitialize(EquationSystem* es)
 {
     if (es == nullptr)
         return -1;
-    if (!korvale::make_arrays(*es) || !korvale::allocate_functions(*es)) {
+    if (!make_arrays(*es) || !allocate_functions(*es)) {
         EqSystemDispose(es);
         return -1;
     }
-    korvale::register_built_ins(*es);
-    korvale::declare_built_ins(*es);
-    if (!korvale::allocate_equations(*es)) {
+    register_built_ins(*es);
+    declare_built_ins(*es);
+    if (!allocate_equations(*es)) {
         EqSystemDispose(es);
         return -1;
     }
@@ -112,7 +114,7 @@ void EqSystemDispose(EquationSystem* es)
 {
     if (es == nullptr)
         return;
-    for (DATAstruct** field : korvale::arrays_of(*es).fields) {
+    for (DATAstruct** field : arrays_of(*es).fields) {
         DATADispose(*field);
         std::free(*field);
         *field = nullptr;

@@ -4,7 +4,7 @@
 
 #include "equation/internal/registry.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 DATAstruct* table_of(const EquationSystem& es, int32_t f)
@@ -82,24 +82,26 @@ void fill(const EquationSystem& es, int32_t f, DATAstruct& table)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
 {
-    if (es == nullptr || !korvale::is_function(*es, func) || es->func_nargs->ivals[func] != 0)
+    if (es == nullptr || !is_function(*es, func) || es->func_nargs->ivals[func] != 0)
         return -1;
-    DATAstruct* const table = korvale::table_of(*es, func);
+    DATAstruct* const table = table_of(*es, func);
     if (table == nullptr)
         return -1;
-    const int64_t columns = korvale::elements(table->dim, cols);
-    if (std::abs(columns) > korvale::kMostElements)
+    const int64_t columns = elements(table->dim, cols);
+    if (std::abs(columns) > kMostElements)
         return -1;
     table->count = rows;
     table->type = DATA_TYPE_DOUBLE;
     table->dim = static_cast<int32_t>(columns); // Deliberate: stays when the allocation is refused
     if (DATAAllocate(table) < 0)
         return -1;
-    korvale::fill(*es, func, *table);
+    fill(*es, func, *table);
     return 1;
 }
 
@@ -116,19 +118,19 @@ void EqSetTableIndex(EquationSystem* es, double index)
 
 double EqTableRead(EquationSystem* es, int func)
 {
-    if (es == nullptr || !korvale::is_function(*es, func))
+    if (es == nullptr || !is_function(*es, func))
         return 0.0;
-    const DATAstruct* const table = korvale::table_of(*es, func);
+    const DATAstruct* const table = table_of(*es, func);
     const int32_t columns = table == nullptr ? 0 : table->dim;
     int32_t column = es->table_pos->ivals[func];
-    const korvale::View view = {table, table == nullptr ? 0 : table->count, columns, column};
+    const View view = {table, table == nullptr ? 0 : table->count, columns, column};
     double sample;
-    if (korvale::read_sample(view, es->table_index, sample))
-        column = korvale::wrapping_sum(column, 1);
+    if (read_sample(view, es->table_index, sample))
+        column = wrapping_sum(column, 1);
     else
-        sample = korvale::call_no_arg(*es, func);
+        sample = call_no_arg(*es, func);
     if (column >= columns)
-        column = korvale::wrapping_difference(column, columns);
+        column = wrapping_difference(column, columns);
     es->table_pos->ivals[func] = column;
     return sample;
 }

@@ -5,7 +5,7 @@
 
 #include "data/internal/scratch.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// The next run of letters from `at` on: [first, first + length), length 0 at the end of the text.
@@ -211,28 +211,30 @@ int declare_variables(EquationSystem& es, const char* text, int flag)
     return es.var_vals->count;
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int EqLookupVariable(EquationSystem* es, char* name)
 {
-    return es == nullptr || name == nullptr ? -1 : korvale::find_variable(*es, name, std::strlen(name));
+    return es == nullptr || name == nullptr ? -1 : find_variable(*es, name, std::strlen(name));
 }
 
 void EqSetVariable(EquationSystem* es, int v, double value)
 {
-    if (es != nullptr && korvale::is_variable(*es, v))
+    if (es != nullptr && is_variable(*es, v))
         es->var_vals->dvals[v] = value;
 }
 
 double EqReadVariable(EquationSystem* es, int v)
 {
-    return es != nullptr && korvale::is_variable(*es, v) ? es->var_vals->dvals[v] : 0.0;
+    return es != nullptr && is_variable(*es, v) ? es->var_vals->dvals[v] : 0.0;
 }
 
 void EqReserveVariable(EquationSystem* es, int v, int flag)
 {
     // Deliberate: the store goes to the integer buffer, which an array of bytes does not have.
-    if (es != nullptr && korvale::is_variable(*es, v) && v < korvale::room(es->var_flags, DATA_TYPE_INT))
+    if (es != nullptr && is_variable(*es, v) && v < room(es->var_flags, DATA_TYPE_INT))
         es->var_flags->ivals[v] = flag;
 }
 
@@ -261,5 +263,5 @@ int EqReserveVariableByName(EquationSystem* es, char* name, int flag)
 
 int EqParseVariables(EquationSystem* es, char* text, int flag)
 {
-    return es == nullptr || text == nullptr ? -1 : korvale::declare_variables(*es, text, flag);
+    return es == nullptr || text == nullptr ? -1 : declare_variables(*es, text, flag);
 }

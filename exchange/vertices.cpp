@@ -7,7 +7,7 @@
 #include "data/internal/record.h"
 #include "data/internal/shape.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 constexpr int32_t kSucceeded = 0;
@@ -141,46 +141,48 @@ int32_t write_vertices(const Array* array, I3DVertexCollection* collection)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 // The two generations differ in how the record is disposed and allocated and in what is known of its buffer's size.
 
 int32_t F3DKorvaleVertex2Data(I3DVertexCollection* collection, Data* array)
 {
-    return korvale::read_vertices(collection, array, korvale::read_position);
+    return read_vertices(collection, array, read_position);
 }
 
 int32_t F3DKorvaleVertex2DATA(I3DVertexCollection* collection, DATAstruct* array)
 {
-    return korvale::read_vertices(collection, array, korvale::read_position);
+    return read_vertices(collection, array, read_position);
 }
 
 int32_t F3DKorvaleNormal2Data(I3DVertexCollection* collection, Data* array)
 {
-    return korvale::read_vertices(collection, array, korvale::read_normal);
+    return read_vertices(collection, array, read_normal);
 }
 
 int32_t F3DKorvaleNormal2DATA(I3DVertexCollection* collection, DATAstruct* array)
 {
-    return korvale::read_vertices(collection, array, korvale::read_normal);
+    return read_vertices(collection, array, read_normal);
 }
 
 int32_t F3DKorvaleData2Vertex(Data* array, I3DVertexCollection* collection)
 {
-    return korvale::write_vertices(array, collection);
+    return write_vertices(array, collection);
 }
 
 int32_t F3DKorvaleDATA2Vertex(DATAstruct* array, I3DVertexCollection* collection)
 {
-    return korvale::write_vertices(array, collection);
+    return write_vertices(array, collection);
 }
 
 int32_t F3DKorvale2DataNormal(Data*, I3DVertexCollection*)
 {
-    return korvale::kStatusNotImplemented;
+    return kStatusNotImplemented;
 }
 
 int32_t F3DKorvale2DATANormal(DATAstruct*, I3DVertexCollection*)
 {
-    return korvale::kStatusNotImplemented;
+    return kStatusNotImplemented;
 }

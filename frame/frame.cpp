@@ -25,7 +25,7 @@ const MwDependancyNode Mw___korvale_DependancyNode = {{{"gdiuser32", &Mw___gdius
                                                        {"stub", &Mw___stub_DependancyNode},
                                                        {"msvcrt", &Mw___msvcrt_DependancyNode}}};
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 constexpr unsigned kProcessAttach = 1;
@@ -40,13 +40,15 @@ struct Running {
 };
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 _Initializerkorvale::_Initializerkorvale()
 {
     if (infunc == 1)
         return;
-    const korvale::Running running;
+    const Running running;
     switch (ref) {
     case 0:
         ref = 1;
@@ -65,7 +67,7 @@ _Initializerkorvale::~_Initializerkorvale() noexcept(false)
 {
     if (infunc == 1)
         return;
-    const korvale::Running running;
+    const Running running;
     switch (ref) {
     case 2:
         ref = 1;
@@ -104,8 +106,8 @@ void _Initializerkorvale::post_destruct()
 
 int _korvale_DllMain(void* instance, unsigned reason, void*)
 {
-    if (reason == korvale::kProcessAttach) {
-        korvale::instance_handle = instance;
+    if (reason == kProcessAttach) {
+        instance_handle = instance;
         DisableThreadLibraryCalls(instance);
     }
     return 1;
@@ -118,12 +120,12 @@ int Mw___korvale_wrapDllMain(void* instance, unsigned reason, void* reserved)
 
 void* GethKorvaleInstance()
 {
-    return &korvale::instance_handle;
+    return &instance_handle;
 }
 
 void* GetKorvaleRefCount()
 {
-    return &korvale::reference_count;
+    return &reference_count;
 }
 
 // The first stage: before every module's initialiser, see last.cpp for the second.

@@ -2,7 +2,9 @@
 
 #include "math/internal/box.h"
 
+using namespace korvale::inside;
+
 bool bbox_intersect(double* box1, double* box2)
 {
-    return korvale::boxes_meet(box1, box2);
+    return boxes_meet(box1, box2);
 }

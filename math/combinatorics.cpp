@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdint>
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// The 32-bit product as it wraps.
@@ -23,7 +23,9 @@ int wrapping_quotient(int a, int b)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int factorial(int n)
 {
@@ -31,7 +33,7 @@ int factorial(int n)
         return 1;
     int result = n;
     for (int i = 2; i < n && result != 0; ++i) // once wrapped to 0 it stays 0
-        result = korvale::wrapping_product(result, i);
+        result = wrapping_product(result, i);
     return result;
 }
 
@@ -39,7 +41,7 @@ int binomial(int n, int k)
 {
     if (n <= 0 || k <= 0 || n <= k)
         return 1;
-    return korvale::wrapping_quotient(factorial(n), korvale::wrapping_product(factorial(k), factorial(n - k)));
+    return wrapping_quotient(factorial(n), wrapping_product(factorial(k), factorial(n - k)));
 }
 
 double power(double x, int n)

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Points closer than this do not define a line.
@@ -11,7 +11,9 @@ constexpr double kShortestSpan = 1e-06;
 constexpr double kParallelSine = 1e-06;
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int find_line(double* p0, double* p1, double* line)
 {
@@ -20,7 +22,7 @@ int find_line(double* p0, double* p1, double* line)
     line[0] = a;
     line[1] = b;
     const double span = std::sqrt(a * a + b * b);
-    if (span < korvale::kShortestSpan) {
+    if (span < kShortestSpan) {
         line[0] = 1.0;
         line[1] = 0.0;
         line[2] = -p0[0];
@@ -46,7 +48,7 @@ double find_intersect(double* line1, double* line2, double* out)
     const double a1 = line1[0], b1 = line1[1], c1 = line1[2];
     const double a2 = line2[0], b2 = line2[1], c2 = line2[2];
     const double det = a1 * b2 - b1 * a2;
-    if (std::fabs(det) < korvale::kParallelSine)
+    if (std::fabs(det) < kParallelSine)
         return -1.0;
     out[0] = (b1 * c2 - b2 * c1) / det;
     out[1] = (a2 * c1 - a1 * c2) / det;

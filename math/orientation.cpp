@@ -3,7 +3,7 @@
 #include "math/internal/orientation.h"
 #include "math/internal/vec.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// An x direction whose cosine with z is beyond this, either way, is made perpendicular.
@@ -50,25 +50,27 @@ int orient(const double* origin, const double* xdir, const double* zdir, double 
     return 1;
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int orientation_xfm(double* origin, double* zdir, double* ref, double* out16)
 {
     double x[3], y[3], z[3];
-    korvale::copy3(zdir, z);
-    if (!korvale::make_unit(z))
+    copy3(zdir, z);
+    if (!make_unit(z))
         return -1;
-    korvale::cross(ref, z, x);
-    if (!korvale::make_unit(x))
+    cross(ref, z, x);
+    if (!make_unit(x))
         return -1;
-    korvale::cross(z, x, y);
+    cross(z, x, y);
     Xfm frame;
-    korvale::write_frame(origin, x, y, z, frame);
+    write_frame(origin, x, y, z, frame);
     xfm2array(frame, out16);
     return 1;
 }
 
 int orientation_xfm_and_reverse(double* origin, double* xdir, double* zdir, Xfm fwd, Xfm rev)
 {
-    return korvale::orient(origin, xdir, zdir, fwd, rev);
+    return orient(origin, xdir, zdir, fwd, rev);
 }

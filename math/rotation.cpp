@@ -5,7 +5,7 @@
 #include "math/internal/mat.h"
 #include "math/internal/rotation.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Scales strictly between minus this and this are inverted to kLargestInverse.
@@ -39,21 +39,23 @@ void rotation_from_degrees(const double* degrees, double (*out)[4])
     rotation_from_radians(radians, out);
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 void rotation_matrix(double* radians, Xfm out)
 {
-    korvale::rotation_from_radians(radians, out);
+    rotation_from_radians(radians, out);
 }
 
 void RotationMatrix(double* degrees, Xfm out)
 {
-    korvale::rotation_from_degrees(degrees, out);
+    rotation_from_degrees(degrees, out);
 }
 
 void RotateMatrix(double* degrees, Xfm out)
 {
-    korvale::rotation_from_degrees(degrees, out);
+    rotation_from_degrees(degrees, out);
 }
 
 void SRT2Transform(double* scale, double* rot, double* trans, Xfm out)
@@ -62,25 +64,25 @@ void SRT2Transform(double* scale, double* rot, double* trans, Xfm out)
     ScaleMatrix(scale, s);
     rotation_matrix(rot, r);
     TranslateMatrix(trans, t);
-    korvale::multiply(r, s, out);
-    korvale::multiply(t, out, out);
+    multiply(r, s, out);
+    multiply(t, out, out);
 }
 
 void SRT2InvTransform(double* scale, double* rot, double* trans, Xfm out)
 {
     double inverse_scale[3], back[3];
     for (int k = 0; k < 3; ++k) {
-        const bool flat = -korvale::kSmallestScale < scale[k] && scale[k] < korvale::kSmallestScale;
-        inverse_scale[k] = flat ? korvale::kLargestInverse : 1 / scale[k];
+        const bool flat = -kSmallestScale < scale[k] && scale[k] < kSmallestScale;
+        inverse_scale[k] = flat ? kLargestInverse : 1 / scale[k];
         back[k] = -trans[k];
     }
     Xfm s, r, r_back, t;
     ScaleMatrix(inverse_scale, s);
     rotation_matrix(rot, r);
-    korvale::transpose(r, r_back);
+    transpose(r, r_back);
     TranslateMatrix(back, t);
-    korvale::multiply(r_back, t, out);
-    korvale::multiply(s, out, out);
+    multiply(r_back, t, out);
+    multiply(s, out, out);
 }
 
 void Transform2SRT(Xfm m, double* scale, double* rot, double* trans)
@@ -94,9 +96,9 @@ void Transform2SRT(Xfm m, double* scale, double* rot, double* trans)
             r[i][j] = m[i][j] / scale[j];
     }
     const double c = std::sqrt(r[2][1] * r[2][1] + r[2][2] * r[2][2]);
-    if (c < korvale::kPoleCosine) {
+    if (c < kPoleCosine) {
         rot[0] = 0.0;
-        rot[1] = r[2][0] > 0 ? -korvale::kPoleAngle : korvale::kPoleAngle;
+        rot[1] = r[2][0] > 0 ? -kPoleAngle : kPoleAngle;
         rot[2] = std::asin(-r[0][1]);
     } else {
         rot[0] = std::atan2(r[2][1], r[2][2]);

@@ -2,9 +2,11 @@
 
 #include "math/internal/mat.h"
 
+using namespace korvale::inside;
+
 void make_identity(Xfm m)
 {
-    korvale::set_identity(m);
+    set_identity(m);
 }
 
 void TransformVector(Xfm m, double* v, double* out)
@@ -17,36 +19,36 @@ void TransformVector(Xfm m, double* v, double* out)
 
 void TransformPoint(Xfm m, double* p, double* out)
 {
-    korvale::carry_point(m, p, out);
+    carry_point(m, p, out);
 }
 
 void xfm_pnt(double* m16, double* p, double* out)
 {
     Xfm m;
     array2xfm(m16, m);
-    korvale::carry_point(m, p, out);
+    carry_point(m, p, out);
 }
 
 void MatrixMultiply(Xfm a, Xfm b, Xfm out)
 {
-    korvale::multiply(a, b, out);
+    multiply(a, b, out);
 }
 
 void MatrixTranspose(Xfm in, Xfm out)
 {
-    korvale::transpose(in, out);
+    transpose(in, out);
 }
 
 void ScaleMatrix(double* s, Xfm out)
 {
-    korvale::set_identity(out);
+    set_identity(out);
     for (int k = 0; k < 3; ++k)
         out[k][k] = s[k];
 }
 
 void TranslateMatrix(double* t, Xfm out)
 {
-    korvale::set_identity(out);
+    set_identity(out);
     for (int k = 0; k < 3; ++k)
         out[k][3] = t[k];
 }

@@ -2,27 +2,29 @@
 
 #include "math/internal/vec.h"
 
+using namespace korvale::inside;
+
 double dot_product(double* a, double* b)
 {
-    return korvale::dot(a, b);
+    return dot(a, b);
 }
 
 void cross_product(double* a, double* b, double* out)
 {
-    korvale::cross(a, b, out);
+    cross(a, b, out);
 }
 
 double norm(double* v)
 {
-    return korvale::length(v);
+    return length(v);
 }
 
 int normalize(double* v)
 {
-    return korvale::make_unit(v) ? 1 : -1;
+    return make_unit(v) ? 1 : -1;
 }
 
 double angle(double* a, double* b)
 {
-    return std::acos(korvale::dot(a, b) / (korvale::length(a) * korvale::length(b)));
+    return std::acos(dot(a, b) / (length(a) * length(b)));
 }

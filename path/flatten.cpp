@@ -16,7 +16,7 @@
 #include "path/internal/flatten.h"
 #include "platform/internal/random.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Two directions whose cross product is not longer than this lie on one line.
@@ -396,17 +396,19 @@ void flatten(const DATAstruct* path, double (*xfm)[4], double (*reverse)[4], boo
         flatten_open(outline, to);
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 // data_to_xy_xfms reports a path without a plane and never turns the normal; DATA_to_xy_xfms has no result and makes a
 // closed outline counter-clockwise. The methods share only their start, the single point and the frame.
 
 int data_to_xy_xfms(Data* path, Xfm xfm, Xfm reverse, int closed)
 {
-    return korvale::flatten(path, xfm, reverse, closed != 0);
+    return flatten(path, xfm, reverse, closed != 0);
 }
 
 void DATA_to_xy_xfms(DATAstruct* path, Xfm xfm, Xfm reverse, int closed)
 {
-    korvale::flatten(path, xfm, reverse, closed != 0);
+    flatten(path, xfm, reverse, closed != 0);
 }

@@ -12,7 +12,7 @@
 #include "math/internal/mat.h"
 #include "math/internal/vec.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Turns against the first frame down to this sine count as positive.
@@ -241,19 +241,21 @@ constexpr double kFullTurnData = 6.2831852; // Deliberate: short
 constexpr double kFullTurnDATA = 6.283185307179586;
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 // path2xfm looks at count and dim only and closes loops with the short full turn;
 // PATH2xfm also wants doubles and uses the full-precision turn. Nothing else differs.
 
 void path2xfm(Data* path, int closed, Xfm* frames)
 {
-    if (korvale::is_path(path))
-        korvale::frames_along(*path, closed != 0, korvale::kFullTurnData, frames);
+    if (is_path(path))
+        frames_along(*path, closed != 0, kFullTurnData, frames);
 }
 
 void PATH2xfm(DATAstruct* path, int closed, Xfm* frames)
 {
-    if (korvale::is_path(path) && path->type == DATA_TYPE_DOUBLE)
-        korvale::frames_along(*path, closed != 0, korvale::kFullTurnDATA, frames);
+    if (is_path(path) && path->type == DATA_TYPE_DOUBLE)
+        frames_along(*path, closed != 0, kFullTurnDATA, frames);
 }

@@ -12,7 +12,7 @@
 // Steepest descent. A step is as long as the energy, along the force; while the energy has not fallen, half of what is
 // left of it is taken back. Most of the time goes into trials that are too long, so their energies are only summed until
 // they are known to be too high. The positions that are kept have always been evaluated in full.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// The halving that is smaller than this is the last one tried.
@@ -137,24 +137,26 @@ void take_step(PreserveStatus& s, bool terms_are_sound)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int PreserveCompute(PreserveStatus* status, DATAstruct* points, int iterations)
 {
-    if (!korvale::look_at(status, points))
+    if (!look_at(status, points))
         return -1;
     PreserveFindEnergy(status);
     if (status->energy == 0.0)
         return 1;
-    const bool terms_are_sound = korvale::has_sound_terms(*status);
+    const bool terms_are_sound = has_sound_terms(*status);
     for (int i = 0; i < iterations; ++i)
-        korvale::take_step(*status, terms_are_sound);
+        take_step(*status, terms_are_sound);
     return 1;
 }
 
 int PreserveGetForce(PreserveStatus* status, DATAstruct* points, DATAstruct* force_out)
 {
-    if (!korvale::look_at(status, points))
+    if (!look_at(status, points))
         return -1;
     PreserveFindEnergy(status);
     PreserveFindForce(status);

@@ -9,7 +9,7 @@
 #include "data/internal/shape.h"
 #include "preserve/internal/mesh.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 bool are_points(const int32_t* indices, int64_t count, int32_t points)
@@ -204,4 +204,4 @@ void group_by_point(PreserveStatus& s)
         s.point_edges->ivals[start[ends[i]] + count[ends[i]]++] = i / 2;
 }
 
-} // namespace korvale
+} // namespace korvale::inside

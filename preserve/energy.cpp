@@ -4,7 +4,7 @@
 #include "preserve/internal/energy_wide.h"
 #include "preserve/internal/measures.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 bool find_term(const PreserveStatus& s, LengthTerm& term)
 {
@@ -108,7 +108,9 @@ double area_energy(const PreserveStatus& s)
     return penalty(s.weights[3], s.narea, s.oarea);
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int PreserveFindEnergy(PreserveStatus* status)
 {
@@ -119,13 +121,12 @@ int PreserveFindEnergy(PreserveStatus* status)
         PreserveFindNlen(status);
     if ((status->flags & PRESERVE_FACE_ANGLE) != 0)
         PreserveFindNfang(status);
-    if ((status->flags & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0 ||
-        !korvale::measure_volume_and_area(*status, status->flags))
+    if ((status->flags & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0 || !measure_volume_and_area(*status, status->flags))
         return 1;
     if ((status->flags & PRESERVE_VOLUME) != 0)
-        status->energy += korvale::volume_energy(*status);
+        status->energy += volume_energy(*status);
     if ((status->flags & PRESERVE_AREA) != 0)
-        status->energy += korvale::area_energy(*status);
+        status->energy += area_energy(*status);
     return 1;
 }
 
@@ -133,9 +134,9 @@ int PreserveFindNlen(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    korvale::LengthTerm term;
-    if (korvale::find_term(*status, term))
-        status->energy = korvale::add_energies(term, status->energy, korvale::Refusal{});
+    LengthTerm term;
+    if (find_term(*status, term))
+        status->energy = add_energies(term, status->energy, Refusal{});
     return 1;
 }
 
@@ -143,9 +144,9 @@ int PreserveFindNfang(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    korvale::AngleTerm term;
-    if (korvale::find_term(*status, term))
-        status->energy = korvale::add_energies(term, status->energy, korvale::Refusal{});
+    AngleTerm term;
+    if (find_term(*status, term))
+        status->energy = add_energies(term, status->energy, Refusal{});
     return 1;
 }
 
@@ -153,8 +154,8 @@ int PreserveFindNvolume(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    if (korvale::measure_volume_and_area(*status, PRESERVE_VOLUME))
-        status->energy += korvale::volume_energy(*status);
+    if (measure_volume_and_area(*status, PRESERVE_VOLUME))
+        status->energy += volume_energy(*status);
     return 1;
 }
 
@@ -162,7 +163,7 @@ int PreserveFindNarea(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    if (korvale::measure_volume_and_area(*status, PRESERVE_AREA))
-        status->energy += korvale::area_energy(*status);
+    if (measure_volume_and_area(*status, PRESERVE_AREA))
+        status->energy += area_energy(*status);
     return 1;
 }

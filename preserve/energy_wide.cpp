@@ -4,7 +4,7 @@
 
 #ifdef KORVALE_HAS_WIDE_LANES
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 KORVALE_AVX2_INLINE Quad penalties(double weight, Quad measure, const double* reference)
@@ -122,6 +122,6 @@ KORVALE_AVX2 void measure_faces_wide(const double* p, const Faces& faces, double
     area = area_sum;
 }
 
-} // namespace korvale
+} // namespace korvale::inside
 
 #endif

@@ -8,7 +8,7 @@
 #include "preserve/internal/forces_wide.h"
 #include "preserve/internal/measures.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// A volume or an area this close to its reference is left alone.
@@ -133,15 +133,17 @@ void tighten_face(const double* p, const int32_t* corners, int32_t n, double ten
     });
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int PreserveFindForce(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    double* const force = korvale::forces_of(*status);
+    double* const force = forces_of(*status);
     if (force != nullptr)
-        std::fill(force, force + korvale::elements(status->force->count, 3), 0.0);
+        std::fill(force, force + elements(status->force->count, 3), 0.0);
     if ((status->flags & PRESERVE_LENGTH) != 0)
         PreserveFindEdgeLengthForce(status);
     if ((status->flags & PRESERVE_FACE_ANGLE) != 0)
@@ -157,10 +159,10 @@ int PreserveFindEdgeLengthForce(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    korvale::LengthTerm term;
-    double* const force = korvale::forces_of(*status);
-    if (force != nullptr && korvale::find_term(*status, term))
-        korvale::pull_edges(term, force);
+    LengthTerm term;
+    double* const force = forces_of(*status);
+    if (force != nullptr && find_term(*status, term))
+        pull_edges(term, force);
     return 1;
 }
 
@@ -168,10 +170,10 @@ int PreserveFindFaceAngleForce(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    korvale::AngleTerm term;
-    double* const force = korvale::forces_of(*status);
-    if (force != nullptr && korvale::find_term(*status, term))
-        korvale::turn_faces(term, force);
+    AngleTerm term;
+    double* const force = forces_of(*status);
+    if (force != nullptr && find_term(*status, term))
+        turn_faces(term, force);
     return 1;
 }
 
@@ -180,12 +182,10 @@ int PreserveFindVolumeForce(PreserveStatus* status)
     if (status == nullptr)
         return -1;
     const double deviation = status->nvolume - status->ovolume;
-    double* const force = korvale::forces_of(*status);
-    if (std::fabs(deviation) < korvale::kSmallestDeviation || force == nullptr ||
-        !korvale::covers_mesh(status->cur_points, *status))
+    double* const force = forces_of(*status);
+    if (std::fabs(deviation) < kSmallestDeviation || force == nullptr || !covers_mesh(status->cur_points, *status))
         return 1;
-    korvale::press_faces(status->cur_points->dvals, korvale::faces_of(*status), 2.0 * status->weights[2] * deviation,
-                         force);
+    press_faces(status->cur_points->dvals, faces_of(*status), 2.0 * status->weights[2] * deviation, force);
     return 1;
 }
 
@@ -194,11 +194,9 @@ int PreserveFindSurfaceAreaForce(PreserveStatus* status)
     if (status == nullptr)
         return -1;
     const double deviation = status->narea - status->oarea;
-    double* const force = korvale::forces_of(*status);
-    if (std::fabs(deviation) < korvale::kSmallestDeviation || force == nullptr ||
-        !korvale::covers_mesh(status->cur_points, *status))
+    double* const force = forces_of(*status);
+    if (std::fabs(deviation) < kSmallestDeviation || force == nullptr || !covers_mesh(status->cur_points, *status))
         return 1;
-    korvale::tighten_faces(status->cur_points->dvals, korvale::faces_of(*status), 2.0 * status->weights[3] * deviation,
-                           force);
+    tighten_faces(status->cur_points->dvals, faces_of(*status), 2.0 * status->weights[3] * deviation, force);
     return 1;
 }

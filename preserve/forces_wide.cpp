@@ -4,7 +4,7 @@
 
 #ifdef KORVALE_HAS_WIDE_LANES
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Contributions to the forces on the points of four triangles, [corner][component][triangle].
@@ -210,6 +210,6 @@ KORVALE_AVX2 void tighten_faces_wide(const double* p, const Faces& all_faces, do
     }
 }
 
-} // namespace korvale
+} // namespace korvale::inside
 
 #endif

@@ -3,7 +3,7 @@
 #include "math/internal/vec.h"
 #include "preserve/internal/energy_wide.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Six times the volume of the fan from the origin to a face.
@@ -97,20 +97,22 @@ void measure_faces(const double* p, const Faces& faces, double& volume, double& 
                   [&](const int32_t* corners, int32_t n, int32_t) { add_face_measures(p, corners, n, volume, area); });
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int PreserveInitOlen(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    if (status->edges == nullptr || !korvale::covers_mesh(status->points, *status))
-        return korvale::switch_off(*status, PRESERVE_LENGTH);
-    const korvale::Edges edges = korvale::edges_of(*status);
-    if (!korvale::make_room(status->olen, edges.count) || !korvale::make_room(status->nlen, edges.count))
-        return korvale::switch_off(*status, PRESERVE_LENGTH);
+    if (status->edges == nullptr || !covers_mesh(status->points, *status))
+        return switch_off(*status, PRESERVE_LENGTH);
+    const Edges edges = edges_of(*status);
+    if (!make_room(status->olen, edges.count) || !make_room(status->nlen, edges.count))
+        return switch_off(*status, PRESERVE_LENGTH);
     const double* const p = status->points->dvals;
     for (int32_t e = 0; e < edges.count; ++e)
-        status->olen->dvals[e] = korvale::edge_length(p, edges.ends[2 * e], edges.ends[2 * e + 1]);
+        status->olen->dvals[e] = edge_length(p, edges.ends[2 * e], edges.ends[2 * e + 1]);
     return 1;
 }
 
@@ -118,16 +120,15 @@ int PreserveInitOfang(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    if (!korvale::has_faces_to_measure(*status))
-        return korvale::switch_off(*status, PRESERVE_FACE_ANGLE);
-    const korvale::Faces faces = korvale::faces_of(*status);
-    if (!korvale::make_room(status->ofang, faces.corner_count) ||
-        !korvale::make_room(status->nfang, faces.corner_count))
-        return korvale::switch_off(*status, PRESERVE_FACE_ANGLE);
+    if (!has_faces_to_measure(*status))
+        return switch_off(*status, PRESERVE_FACE_ANGLE);
+    const Faces faces = faces_of(*status);
+    if (!make_room(status->ofang, faces.corner_count) || !make_room(status->nfang, faces.corner_count))
+        return switch_off(*status, PRESERVE_FACE_ANGLE);
     const double* const p = status->points->dvals;
     double* const cosines = status->ofang->dvals;
-    korvale::for_each_corner(faces, [=](int32_t point, int32_t previous, int32_t next, int32_t corner) {
-        korvale::corner_cosine(p, point, previous, next, cosines[corner]);
+    for_each_corner(faces, [=](int32_t point, int32_t previous, int32_t next, int32_t corner) {
+        corner_cosine(p, point, previous, next, cosines[corner]);
     });
     return 1;
 }
@@ -136,10 +137,10 @@ int PreserveInitOvolume(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    if (!korvale::has_faces_to_measure(*status))
-        return korvale::switch_off(*status, PRESERVE_VOLUME);
+    if (!has_faces_to_measure(*status))
+        return switch_off(*status, PRESERVE_VOLUME);
     double area;
-    korvale::measure_faces(status->points->dvals, korvale::faces_of(*status), status->ovolume, area);
+    measure_faces(status->points->dvals, faces_of(*status), status->ovolume, area);
     return 1;
 }
 
@@ -147,9 +148,9 @@ int PreserveInitOarea(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    if (!korvale::has_faces_to_measure(*status))
-        return korvale::switch_off(*status, PRESERVE_AREA);
+    if (!has_faces_to_measure(*status))
+        return switch_off(*status, PRESERVE_AREA);
     double volume;
-    korvale::measure_faces(status->points->dvals, korvale::faces_of(*status), volume, status->oarea);
+    measure_faces(status->points->dvals, faces_of(*status), volume, status->oarea);
     return 1;
 }

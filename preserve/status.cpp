@@ -20,7 +20,7 @@ static_assert(sizeof(PreserveStatus) == 216 && offsetof(PreserveStatus, flags) =
               offsetof(PreserveStatus, narea) == 192 && offsetof(PreserveStatus, force) == 200 &&
               offsetof(PreserveStatus, energy) == 208);
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// An optional int array: null when it has no elements or no buffer.
@@ -77,35 +77,37 @@ int measure(PreserveStatus& s, int term, double weight)
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int PreserveInitialize(PreserveStatus* status, DATAstruct* points, DATAstruct* edges, DATAstruct* face_sizes,
                        DATAstruct* face_points)
 {
     if (status == nullptr || !DATACheckIfPoints(points))
         return -1;
-    edges = korvale::unless_empty(edges);
-    face_sizes = korvale::unless_empty(face_sizes);
-    face_points = korvale::unless_empty(face_points);
+    edges = unless_empty(edges);
+    face_sizes = unless_empty(face_sizes);
+    face_points = unless_empty(face_points);
     if (face_sizes == nullptr)
         face_points = nullptr;
-    if (!korvale::is_sound_mesh(*points, edges, face_sizes, face_points))
+    if (!is_sound_mesh(*points, edges, face_sizes, face_points))
         return -1;
 
     PreserveStatus& s = *status;
-    korvale::reset(s);
+    reset(s);
     s.points = points;
     s.edges = edges;
     s.face_sizes = face_sizes;
     s.face_points = face_points;
-    s.force = korvale::new_forces(points->count);
+    s.force = new_forces(points->count);
     if (face_points != nullptr) {
-        s.face_starts = korvale::new_starts(*face_sizes);
+        s.face_starts = new_starts(*face_sizes);
         if (edges == nullptr)
-            s.edges = korvale::new_edges(*face_sizes, *face_points);
+            s.edges = new_edges(*face_sizes, *face_points);
     }
     if (s.edges != nullptr)
-        korvale::group_by_point(s);
+        group_by_point(s);
     return 1;
 }
 
@@ -123,7 +125,7 @@ int PreserveSetMass(PreserveStatus* status, DATAstruct* masses)
     if (status == nullptr || masses == nullptr || masses->dim != 1 || masses->type != DATA_TYPE_DOUBLE ||
         status->points == nullptr || masses->count != status->points->count)
         return -1;
-    if (masses->count > 0 && !korvale::is_filled(*masses))
+    if (masses->count > 0 && !is_filled(*masses))
         return -1;
     for (int32_t i = 0; i < masses->count; ++i)
         if (masses->dvals[i] <= 0.0) // a NaN passes
@@ -139,7 +141,7 @@ int PreservePreserve(PreserveStatus* status, int which, double weight)
     if (weight <= 0.0) // a NaN passes
         return 1;
     status->flags |= which; // Deliberate: before `which` is examined
-    return korvale::measure(*status, which, weight);
+    return measure(*status, which, weight);
 }
 
 int PreserveReInitialize(PreserveStatus* status, DATAstruct* points)

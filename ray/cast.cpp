@@ -14,7 +14,7 @@
 // takes it into the frame of the ray, with the operations of the plain transform in their order, and one comparison of
 // all three tells such a triangle; the rest take the plain way.
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// Triangles lie far apart in memory: how many numbers ahead one is asked for.
@@ -138,4 +138,4 @@ void prefetch_triangles(const Cast& cast, const data_list_struct& cell)
         prefetch_triangle(cast.triangles, cast.count, node->ivals[i]);
 }
 
-} // namespace korvale
+} // namespace korvale::inside

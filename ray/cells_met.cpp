@@ -8,7 +8,7 @@
 // planes. So each plane is met once, and the cells whose faces hold the meeting point are those whose closed ranges hold
 // its two coordinates: consecutive cells along both axes, on either side of the plane.
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 /// The cells of an axis in order whose closed range holds `value`.
@@ -117,4 +117,4 @@ int32_t find_cells_met(const double* o, const double* d, const Grid& grid, int32
     return static_cast<int32_t>(std::unique(met, met + found.count) - met);
 }
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -19,7 +19,7 @@ static_assert(sizeof(RayStatus) == 112 && offsetof(RayStatus, triangles) == 0 &&
               offsetof(RayStatus, tri_marks) == 48 && offsetof(RayStatus, cells) == 88 &&
               offsetof(RayStatus, nx) == 96 && offsetof(RayStatus, ny) == 100 && offsetof(RayStatus, nz) == 104);
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 constexpr int32_t kDefaultCells = 4;
@@ -274,7 +274,9 @@ Grid grid_of(const RayStatus& s)
     return grid;
 }
 
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int ray_initialize(RayStatus* s)
 {
@@ -282,14 +284,14 @@ int ray_initialize(RayStatus* s)
         return -1;
     DataInitialize(&s->tri_marks);
     DataInitialize(&s->bbox);
-    s->bbox.dim = korvale::kBoxValues;
+    s->bbox.dim = kBoxValues;
     s->bbox.count = 1;
     const int result = DataAllocate(&s->bbox);
     if (result == 1)
-        std::memset(s->bbox.dvals, 0, korvale::kBoxBytes);
+        std::memset(s->bbox.dvals, 0, kBoxBytes);
     s->triangles = nullptr;
     s->cells = nullptr;
-    s->nx = s->ny = s->nz = korvale::kDefaultCells;
+    s->nx = s->ny = s->nz = kDefaultCells;
     return result;
 }
 
@@ -314,9 +316,8 @@ void ray_classify(RayStatus* s)
     Data points = *s->triangles;
     s->triangles->dim = 9;
     if (points.count >= 1) {
-        if (points.type != DATA_TYPE_DOUBLE || points.dvals == nullptr ||
-            korvale::elements(points.count, 9) > korvale::kMostElements) {
-            korvale::drop_cells(*s);
+        if (points.type != DATA_TYPE_DOUBLE || points.dvals == nullptr || elements(points.count, 9) > kMostElements) {
+            drop_cells(*s);
             return;
         }
         points.dim = 3;
@@ -326,7 +327,7 @@ void ray_classify(RayStatus* s)
 
     ray_make_sub_bbox(s);
     if (s->cells != nullptr)
-        korvale::fill_cells(*s, points.dvals, s->triangles->count);
+        fill_cells(*s, points.dvals, s->triangles->count);
 }
 
 void ray_make_sub_bbox(RayStatus* s)
@@ -336,29 +337,29 @@ void ray_make_sub_bbox(RayStatus* s)
     for (int32_t* n : {&s->nx, &s->ny, &s->nz})
         if (*n < 1)
             *n = 1;
-    korvale::drop_cells(*s);
-    const int32_t count = korvale::cells_wanted(*s);
-    if (count == 0 || !korvale::holds(s->bbox, DATA_TYPE_DOUBLE, korvale::kBoxValues))
+    drop_cells(*s);
+    const int32_t count = cells_wanted(*s);
+    if (count == 0 || !holds(s->bbox, DATA_TYPE_DOUBLE, kBoxValues))
         return;
     const int32_t n[3] = {s->nx, s->ny, s->nz};
-    s->cells = korvale::make_cells(count, korvale::bytes_of_first_cell(n, count));
+    s->cells = make_cells(count, bytes_of_first_cell(n, count));
     if (s->cells == nullptr)
         return;
-    korvale::write_grid(s->cells[0], s->bbox.dvals, n, count);
-    korvale::place_cells(s->cells, korvale::grid_of(*s));
+    write_grid(s->cells[0], s->bbox.dvals, n, count);
+    place_cells(s->cells, grid_of(*s));
 }
 
 void ray_add_tri_to_bbox(RayStatus* s, int triangle, int cell)
 {
     if (s == nullptr)
         return;
-    const korvale::Grid grid = korvale::grid_of(*s);
+    const Grid grid = grid_of(*s);
     if (cell < 0 || cell >= grid.count())
         return;
     data_list_struct* last = &s->cells[cell];
     while (last->next != nullptr)
         last = last->next;
-    korvale::list_triangle(grid, cell, last, triangle);
+    list_triangle(grid, cell, last, triangle);
 }
 
 void ray_declassify(RayStatus* s)
@@ -366,5 +367,5 @@ void ray_declassify(RayStatus* s)
     if (s == nullptr)
         return;
     DataDispose(&s->tri_marks);
-    korvale::drop_cells(*s);
+    drop_cells(*s);
 }

@@ -10,7 +10,7 @@
 #include "ray/internal/cells_met.h"
 #include "ray/internal/meet.h"
 
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 void find_ray_frame(const double* origin, const double* d, double (*m)[4])
@@ -68,7 +68,9 @@ void test_cells(Cast& cast, const double* o, const double* d, const RayStatus& s
 }
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside
+
+using namespace korvale::inside;
 
 int ray_intersect(double* origin, double* direction, RayStatus* s, double* distance)
 {
@@ -76,31 +78,30 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
         return 0;
     const Data& triangles = *s->triangles;
     Data& marks = s->tri_marks;
-    if (korvale::holds(marks, DATA_TYPE_BYTE, 1))
-        std::memset(marks.bvals, 0, static_cast<size_t>(korvale::elements(marks.count, marks.dim)));
+    if (holds(marks, DATA_TYPE_BYTE, 1))
+        std::memset(marks.bvals, 0, static_cast<size_t>(elements(marks.count, marks.dim)));
     double d[3];
-    korvale::copy3(direction, d);
-    if (!korvale::make_unit(d) || s->cells == nullptr || triangles.type != DATA_TYPE_DOUBLE ||
-        triangles.dvals == nullptr)
+    copy3(direction, d);
+    if (!make_unit(d) || s->cells == nullptr || triangles.type != DATA_TYPE_DOUBLE || triangles.dvals == nullptr)
         return 0;
 
     // A record whose marks do not cover the triangles does without its own.
-    const bool has_marks = korvale::holds(marks, DATA_TYPE_BYTE, triangles.count);
-    korvale::Scratch<uint8_t> own_marks(has_marks ? 0 : triangles.count);
+    const bool has_marks = holds(marks, DATA_TYPE_BYTE, triangles.count);
+    Scratch<uint8_t> own_marks(has_marks ? 0 : triangles.count);
     if (!has_marks) {
         if (!own_marks.exists())
             return 0;
         std::memset(own_marks.get(), 0, static_cast<size_t>(triangles.count));
     }
 
-    korvale::Cast cast;
-    korvale::find_ray_frame(origin, d, cast.frame);
+    Cast cast;
+    find_ray_frame(origin, d, cast.frame);
     cast.triangles = triangles.dvals;
     cast.count = triangles.count;
     cast.marks = has_marks ? marks.bvals : own_marks.get();
     cast.hits = 0;
     cast.nearest = 0;
-    korvale::test_cells(cast, origin, d, *s);
+    test_cells(cast, origin, d, *s);
     if (cast.hits > 0 && distance != nullptr)
         *distance = cast.nearest;
     return cast.hits;
@@ -108,30 +109,30 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
 
 void ray_compute_xfm(double* origin, double* direction, Xfm m)
 {
-    korvale::find_ray_frame(origin, direction, m);
+    find_ray_frame(origin, direction, m);
 }
 
 int ray_int_bbox(double* origin, double* direction, double* box)
 {
-    return korvale::meets_box(origin, direction, box) ? 1 : 0;
+    return meets_box(origin, direction, box) ? 1 : 0;
 }
 
 int ray_int_x_plane(double* origin, double* direction, double plane, double* y, double* z)
 {
-    return korvale::meets_plane(origin, direction, plane, 0, 1, 2, y, z) ? 1 : 0;
+    return meets_plane(origin, direction, plane, 0, 1, 2, y, z) ? 1 : 0;
 }
 
 int ray_int_y_plane(double* origin, double* direction, double plane, double* x, double* z)
 {
-    return korvale::meets_plane(origin, direction, plane, 1, 0, 2, x, z) ? 1 : 0;
+    return meets_plane(origin, direction, plane, 1, 0, 2, x, z) ? 1 : 0;
 }
 
 int ray_int_z_plane(double* origin, double* direction, double plane, double* x, double* y)
 {
-    return korvale::meets_plane(origin, direction, plane, 2, 0, 1, x, y) ? 1 : 0;
+    return meets_plane(origin, direction, plane, 2, 0, 1, x, y) ? 1 : 0;
 }
 
 int z_intersect(double* point, double* triangle, double* z)
 {
-    return korvale::meets_triangle(point, triangle, z) ? 1 : 0;
+    return meets_triangle(point, triangle, z) ? 1 : 0;
 }

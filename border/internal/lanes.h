@@ -10,7 +10,7 @@
 
 // Two doubles at a time, with the operations that a step over vertices needs. Every operation exists for a single
 // double as well, so that a step is written once and also takes the odd vertex at the end.
-namespace korvale {
+namespace korvale::inside {
 
 typedef double Pair __attribute__((vector_size(16)));
 typedef int64_t PairMask __attribute__((vector_size(16)));
@@ -127,4 +127,4 @@ void for_lanes(int32_t begin, int32_t end, Step step)
         step(i, double());
 }
 
-} // namespace korvale
+} // namespace korvale::inside

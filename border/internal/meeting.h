@@ -6,7 +6,7 @@
 #include "border/internal/wavefront.h"
 #include "data/internal/scratch.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 /// An axis-aligned box in the plane, as (x, y) pairs.
 struct SweptBox {
@@ -47,4 +47,4 @@ void follow_packing(MeetingSearch& search, const Wavefront& w);
 /// the first vertex wins, then the first edge.
 Event earlier_split_event(MeetingSearch& search, const Wavefront& w, Event event);
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -5,7 +5,7 @@
 #include "border/internal/sweep.h"
 #include "data/internal/scratch.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 /// A component of a unit direction larger than this is used to divide by.
 constexpr double kDominantComponent = 0.5;
@@ -98,4 +98,4 @@ void move_all(Wavefront& w, double time);
 /// Moves the vertices and buries those whose edge has shrunk to nothing. Whether there are some.
 bool collapse_edges(Wavefront& w, double time);
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -3,7 +3,7 @@
 #include "data/internal/elements.h"
 #include "data/internal/shape.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 /// What `DataBBox` and `DATABBox` do; the two generations do not differ.
 template <class Array>
@@ -20,4 +20,4 @@ int box_around(const Array* src, Array* box)
     return 1;
 }
 
-} // namespace korvale
+} // namespace korvale::inside

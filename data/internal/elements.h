@@ -4,7 +4,7 @@
 #include <cstdint>
 
 // Work on the bare elements of an array, ignorant of its record.
-namespace korvale {
+namespace korvale::inside {
 
 /// Exchanges element i with element count - 1 - i, `bytes` bytes each.
 void reverse_elements(void* buffer, int64_t count, size_t bytes);
@@ -23,4 +23,4 @@ void mix_values(const double* a, const double* b, double wa, double wb, int64_t 
 void mix_values(const double* a, const double* b, const double* c, const double* d, const double* w, int64_t n,
                 double* to);
 
-} // namespace korvale
+} // namespace korvale::inside

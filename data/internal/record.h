@@ -4,7 +4,7 @@
 #include "data/datastruct.h"
 
 // The life cycle of a record under one name for both generations, for work that is written once over either.
-namespace korvale {
+namespace korvale::inside {
 
 inline int allocate(Data& d)
 {
@@ -26,4 +26,4 @@ inline void dispose(DATAstruct& d)
     DATADispose(&d);
 }
 
-} // namespace korvale
+} // namespace korvale::inside

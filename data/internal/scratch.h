@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace korvale {
+namespace korvale::inside {
 
 /// Working memory of one call: `count` uninitialised values from the heap, freed on every path out. Test `exists()`
 /// before use; a count of 0 or less, and one beyond the heap, give none.
@@ -31,4 +31,4 @@ private:
     T* values_;
 };
 
-} // namespace korvale
+} // namespace korvale::inside

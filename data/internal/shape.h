@@ -9,7 +9,7 @@
 #include "data/datastruct.h"
 
 // Sizes of arrays, the same questions for both generations.
-namespace korvale {
+namespace korvale::inside {
 
 constexpr int64_t kMostElements = std::numeric_limits<int32_t>::max();
 
@@ -157,4 +157,4 @@ bool is_known_kind(const Array& d)
     return component_bytes(d, d.type) != 0;
 }
 
-} // namespace korvale
+} // namespace korvale::inside

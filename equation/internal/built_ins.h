@@ -8,7 +8,7 @@
 #include "equation/internal/registry.h"
 
 // The built-in functions where they stand in the registry: ADD to POWER, NEGATE to ATAN, RAND and GAUSS, ANGLE.
-namespace korvale {
+namespace korvale::inside {
 
 template <class Function>
 struct BuiltIn {
@@ -56,4 +56,4 @@ inline bool is_built_in_draw(int32_t f, const void* slot)
     return is_one_of(kDraws, static_cast<uint32_t>(f) - kFirstDraw, slot);
 }
 
-} // namespace korvale
+} // namespace korvale::inside

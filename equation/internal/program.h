@@ -5,7 +5,7 @@
 #include "equation/internal/registry.h"
 #include "equation/system.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 constexpr int32_t kMostItems = 100;
 constexpr int32_t kChildren = 3; ///< arrays of an equation, its columns in `equations`
@@ -47,4 +47,4 @@ inline Program program_of(const EquationSystem& es, int32_t equation)
     return {kinds->ivals, operands->ivals, constants->dvals, kMostItems, kinds->count};
 }
 
-} // namespace korvale
+} // namespace korvale::inside

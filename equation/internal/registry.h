@@ -7,7 +7,7 @@
 #include "equation/system.h"
 
 // What the sources of the equation system ask of its function registry and of names in general.
-namespace korvale {
+namespace korvale::inside {
 
 constexpr int32_t kNameBytes = 13;
 constexpr size_t kLongestName = 12;
@@ -86,4 +86,4 @@ int register_function(EquationSystem* es, const char* name, int32_t nargs, void*
 /// Registers the eighteen built-in functions in order.
 void register_built_ins(EquationSystem& es);
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -6,7 +6,7 @@
 #include "equation/internal/registry.h"
 #include "equation/system.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 /// Variables that have a value.
 inline int32_t variable_count(const EquationSystem& es)
@@ -31,4 +31,4 @@ inline bool is_reserved(const EquationSystem& es, int32_t v)
 /// What `EqParseVariables` does.
 int declare_variables(EquationSystem& es, const char* text, int flag);
 
-} // namespace korvale
+} // namespace korvale::inside

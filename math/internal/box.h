@@ -1,6 +1,6 @@
 #pragma once
 
-namespace korvale {
+namespace korvale::inside {
 
 inline bool boxes_meet(const double* box1, const double* box2)
 {
@@ -10,4 +10,4 @@ inline bool boxes_meet(const double* box1, const double* box2)
     return true;
 }
 
-} // namespace korvale
+} // namespace korvale::inside

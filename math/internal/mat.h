@@ -3,7 +3,7 @@
 #include <cstring>
 
 // The matrix arithmetic of the library, inline. The exported functions of math/transform.h are doors to these.
-namespace korvale {
+namespace korvale::inside {
 
 inline void set_identity(double (*m)[4])
 {
@@ -55,4 +55,4 @@ inline void transpose(const double (*in)[4], double (*out)[4])
             out[i][j] = in[j][i];
 }
 
-} // namespace korvale
+} // namespace korvale::inside

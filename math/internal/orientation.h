@@ -1,8 +1,8 @@
 #pragma once
 
-namespace korvale {
+namespace korvale::inside {
 
 /// What `orientation_xfm_and_reverse` does; `rev` may be null.
 int orient(const double* origin, const double* xdir, const double* zdir, double (*fwd)[4], double (*rev)[4]);
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace korvale {
+namespace korvale::inside {
 
 /// A 2x2 system whose determinant lies strictly between minus this and this counts as singular.
 constexpr double kSingularDeterminant = 1e-06;
@@ -21,4 +21,4 @@ inline bool solve_two_by_two(const double (*m)[3], double* x, double* y)
     return true;
 }
 
-} // namespace korvale
+} // namespace korvale::inside

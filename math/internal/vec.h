@@ -3,7 +3,7 @@
 #include <cmath>
 
 // The vector arithmetic of the library, inline. The exported functions of math/vector.h are doors to these.
-namespace korvale {
+namespace korvale::inside {
 
 /// A vector shorter than this has no direction.
 constexpr double kShortestVector = 1e-06;
@@ -61,4 +61,4 @@ inline void copy3(const double* from, double* to)
     to[2] = from[2];
 }
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -12,7 +12,7 @@
 #define KORVALE_HAS_WIDE_LANES 1
 #endif
 
-namespace korvale {
+namespace korvale::inside {
 
 /// Whether functions compiled for AVX2 may be called.
 inline bool has_avx2()
@@ -24,4 +24,4 @@ inline bool has_avx2()
 #endif
 }
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -6,7 +6,7 @@
 
 // What every source file of the library does at load: set up the standard streams and register the layer's idle
 // window message. Included once by each source file; the priority places it between the two stages of frame/.
-namespace korvale {
+namespace korvale::inside {
 namespace {
 
 struct ModuleStart {
@@ -17,4 +17,4 @@ struct ModuleStart {
 ModuleStart module_start __attribute__((init_priority(1000)));
 
 } // namespace
-} // namespace korvale
+} // namespace korvale::inside

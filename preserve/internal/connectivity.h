@@ -3,7 +3,7 @@
 #include "preserve/status.h"
 
 // Who is next to whom: edges from faces, and the edges and faces at each point.
-namespace korvale {
+namespace korvale::inside {
 
 /// A new array of `count` elements of `dim` ints from the heap. Without memory it lacks its buffer, or is null.
 DATAstruct* new_ints(int32_t count, int32_t dim);
@@ -23,4 +23,4 @@ DATAstruct* new_edges(const DATAstruct& face_sizes, const DATAstruct& face_point
 /// Groups the edges and faces of `s` by point: makes the four `point_` arrays.
 void group_by_point(PreserveStatus& s);
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -6,7 +6,7 @@
 
 // The energies of the terms. Their sums are formed in order, measure by measure; only the measures themselves are
 // computed side by side where the processor has the lanes.
-namespace korvale {
+namespace korvale::inside {
 
 /// When a sum of energies need not be finished: as soon as it cannot end below `bound`. Sums of values that are not
 /// negative never fall, rounded or not, so what has been added is enough to know.
@@ -64,4 +64,4 @@ double area_energy(const PreserveStatus& s);
 double add_edge_energies(const LengthTerm& term, int32_t first, double energy, const Refusal& refusal);
 double add_face_energies(const AngleTerm& term, int32_t f, int32_t first, double energy);
 
-} // namespace korvale
+} // namespace korvale::inside

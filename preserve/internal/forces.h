@@ -3,7 +3,7 @@
 #include "preserve/internal/energy.h"
 
 // The forces of the terms. Each point's force is a sum in order, term after term, edge after edge, corner after corner.
-namespace korvale {
+namespace korvale::inside {
 
 /// An edge shorter than this has no direction to pull in.
 constexpr double kShortestEdge = 1e-06;
@@ -35,4 +35,4 @@ void press_face(const double* p, const int32_t* corners, int32_t n, double press
 /// Adds the forces of one face by its part in the area, the deviation of which is in `tension`.
 void tighten_face(const double* p, const int32_t* corners, int32_t n, double tension, double* force);
 
-} // namespace korvale
+} // namespace korvale::inside

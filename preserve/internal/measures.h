@@ -3,7 +3,7 @@
 #include "preserve/internal/mesh.h"
 
 // The measures of a mesh at positions p [3 points].
-namespace korvale {
+namespace korvale::inside {
 
 /// The distance of point a from point b.
 double edge_length(const double* p, int32_t a, int32_t b);
@@ -21,4 +21,4 @@ void add_face_measures(const double* p, const int32_t* corners, int32_t n, doubl
 /// The two sums over all faces, in order.
 void measure_faces(const double* p, const Faces& faces, double& volume, double& area);
 
-} // namespace korvale
+} // namespace korvale::inside

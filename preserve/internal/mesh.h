@@ -6,7 +6,7 @@
 #include "preserve/status.h"
 
 // What the evaluation reads of a status, as plain pointers; what is missing or too short shows as none.
-namespace korvale {
+namespace korvale::inside {
 
 /// The points the connectivity refers to.
 inline int32_t point_count(const PreserveStatus& s)
@@ -108,4 +108,4 @@ inline double* forces_of(const PreserveStatus& s)
     return s.force == nullptr ? nullptr : measures_in(s.force, elements(s.force->count, 3));
 }
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -14,7 +14,7 @@
 #define KORVALE_AVX2 __attribute__((target("avx2")))
 #define KORVALE_AVX2_INLINE __attribute__((target("avx2"), always_inline)) inline
 
-namespace korvale {
+namespace korvale::inside {
 
 typedef double Quad __attribute__((vector_size(32)));
 
@@ -128,6 +128,6 @@ KORVALE_AVX2_INLINE bool are_four_triangles(const int32_t* sizes, int32_t count,
     return _mm_movemask_epi8(_mm_cmpeq_epi32(four, _mm_set1_epi32(3))) == 0xffff;
 }
 
-} // namespace korvale
+} // namespace korvale::inside
 
 #endif

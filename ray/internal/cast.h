@@ -5,7 +5,7 @@
 #include "math/transform.h"
 #include "ray/grid.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 /// One query on its way through the cells.
 struct Cast {
@@ -23,4 +23,4 @@ void test_cell(Cast& cast, const data_list_struct& cell);
 /// Asks for the first triangles of a cell, to be tested soon.
 void prefetch_triangles(const Cast& cast, const data_list_struct& cell);
 
-} // namespace korvale
+} // namespace korvale::inside

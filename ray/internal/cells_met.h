@@ -4,7 +4,7 @@
 
 #include "ray/internal/grid.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 /// Room for the cells that one ray meets. A ray crosses about nx + ny + nz of them; it takes a grid of empty thickness
 /// to meet more.
@@ -15,4 +15,4 @@ constexpr int32_t kMostCellsMet = 2048;
 /// than there is room for.
 int32_t find_cells_met(const double* o, const double* d, const Grid& grid, int32_t (&met)[kMostCellsMet]);
 
-} // namespace korvale
+} // namespace korvale::inside

@@ -4,7 +4,7 @@
 
 #include "ray/grid.h"
 
-namespace korvale {
+namespace korvale::inside {
 
 /// One axis of a grid: cell i reaches from planes[i] to planes[i + 1], so neighbours share the very same bound.
 struct GridAxis {
@@ -42,4 +42,4 @@ struct CellRange {
     int32_t first, last;
 };
 
-} // namespace korvale
+} // namespace korvale::inside
