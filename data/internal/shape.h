@@ -123,6 +123,14 @@ inline bool is_wrapped(const DATAstruct& d)
     return d.alloc_count < 1 || d.alloc_dim < 1;
 }
 
+/// Whether `DATAReAllocate` may make the array longer in place. It would free memory of the host, and the library cannot
+/// know whose that is, so an array that wraps some stays as it is; one without a buffer may get its first.
+inline bool may_grow(const DATAstruct& d)
+{
+    const bool has_buffer = d.dvals != nullptr || d.ivals != nullptr || d.bvals != nullptr || d.pvals != nullptr;
+    return !is_wrapped(d) || !has_buffer;
+}
+
 /// Components that a buffer of the record has room for: a `Data` is judged by count * dim, a `DATAstruct` by what was
 /// allocated where the library allocated it.
 inline int64_t room(const Data& d)
