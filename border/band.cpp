@@ -26,6 +26,26 @@ bool has_points(const DATAstruct& d)
     return d.dim == 3 && holds(d, DATA_TYPE_DOUBLE, elements(d.count, 3));
 }
 
+/// Whether `d` stands around memory of the host, which the library cannot release and so cannot grow.
+bool wraps_memory(const DATAstruct& d)
+{
+    return is_wrapped(d) && (d.dvals != nullptr || d.ivals != nullptr || d.bvals != nullptr || d.pvals != nullptr);
+}
+
+/// Gives `d` the count and, where there are elements, the buffer for them. False, with the count as it was, when there
+/// is no memory for them.
+bool resize(DATAstruct& d, int32_t count)
+{
+    const int32_t before = d.count;
+    d.count = count;
+    const int result = DATAReAllocate(&d);
+    const bool has_elements = count > 0 && d.dim > 0 && is_known_kind(d);
+    if (!has_elements || (result > 0 && buffer_of(d, d.type) != nullptr))
+        return true;
+    d.count = before;
+    return false;
+}
+
 } // namespace
 } // namespace korvale::inside
 
@@ -36,14 +56,8 @@ void BORDERAddWings(BORDERStatus* status)
     if (status == nullptr || status->path == nullptr || status->path->type != DATA_TYPE_DOUBLE)
         return;
     DATAstruct& path = *status->path;
-    if (path.count < 2 || !has_points(path) || elements(path.count + 2LL, 3) > kMostElements)
+    if (path.count < 2 || !has_points(path) || wraps_memory(path) || !resize(path, path.count + 2))
         return;
-    path.count += 2;
-    DATAReAllocate(&path);
-    if (!has_points(path)) { // the heap is exhausted
-        path.count -= 2;
-        return;
-    }
     const int64_t n = path.count;
     double* const p = path.dvals;
     for (int64_t e = 3 * n - 4; e >= 3; --e)
@@ -75,17 +89,10 @@ void BORDERMakePipe(BORDERStatus* status)
     if (status == nullptr || status->path == nullptr || status->output == nullptr)
         return;
     DATAstruct &path = *status->path, &output = *status->output;
-    const int64_t points = static_cast<int64_t>(output.count) + path.count;
-    if (points > kMostElements)
+    const int64_t points = int64_t{output.count} + path.count;
+    const bool path_has_points = has_points(path);
+    if (points > kMostElements || wraps_memory(output) || !resize(output, static_cast<int32_t>(points)))
         return;
-    const bool path_has_points = has_points(path), output_had_points = has_points(output);
-    const int32_t border_points = output.count;
-    output.count = static_cast<int32_t>(points);
-    DATAReAllocate(&output);
-    if (output_had_points && !has_points(output)) { // the heap is exhausted
-        output.count = border_points;
-        return;
-    }
     if (!path_has_points || output.type != DATA_TYPE_DOUBLE || !has_points(output))
         return;
     const int64_t copied = std::min<int64_t>(path.count, points); // fewer where the output had less than no points

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "border/band.h"
@@ -98,6 +99,36 @@ void sweep_first_generation(std::vector<double>& points, double distance, bool k
     std::free(status.output);
 }
 
+/// Bands whose arrays stand around memory of the caller, as `ways` says: none of it is written, freed or replaced.
+void pipe_wrapped(const std::vector<double>& points, uint8_t ways)
+{
+    BORDERStatus status{};
+    const int32_t capacity = (ways & 1) != 0 ? -1 : 0;
+    const auto n = static_cast<int32_t>(points.size() / 3);
+    std::vector<double> path = points, border = points;
+    const auto wrap = [capacity, n](std::vector<double>& memory) {
+        return DATAstruct{3,       n,       capacity, capacity, DATA_TYPE_DOUBLE, DATA_TYPE_DOUBLE, memory.data(),
+                          nullptr, nullptr, nullptr,  nullptr};
+    };
+    DATAstruct path_array = wrap(path), output_array = wrap(border);
+    status.path = &path_array;
+    status.output = &output_array;
+    if ((ways & 2) != 0)
+        BORDERAddWings(&status);
+    if ((ways & 4) != 0)
+        BORDERMakePipe(&status);
+    const size_t bytes = points.size() * sizeof(double);
+    for (const auto& [array, memory] : {std::pair{&path_array, &path}, std::pair{&output_array, &border}}) {
+        require(array->count == n && array->alloc_count == capacity && array->alloc_dim == capacity);
+        require(array->dvals == memory->data());
+        require(bytes == 0 || std::memcmp(memory->data(), points.data(), bytes) == 0);
+    }
+    if ((ways & 8) != 0) { // both arrays are long enough
+        BORDERRemoveWings(&status);
+        require(path_array.count == n - 2 && output_array.count == n - 2);
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
@@ -113,6 +144,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
     count -= 1 + sizeof distance;
     std::vector<double> points = (bytes[0] & 16) != 0 ? read_integers(rest, count) : read_doubles(rest, count);
     sweep(points, distance, keep, split, as_band);
+    if (points.size() >= 3)
+        pipe_wrapped(points, bytes[1]);
     if ((bytes[0] & 0xe0) == 0xe0) // now and then: its work arrays stay
         sweep_first_generation(points, distance, keep, split);
     return 0;

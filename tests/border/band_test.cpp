@@ -1,6 +1,8 @@
 #include "border/band.h"
 
 #include <cmath>
+#include <numeric>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -9,12 +11,73 @@
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
+#include "tests/support/random.h"
 
 using namespace korvale::test;
 
 namespace {
 
 const Coordinates kBend = {0, 0, 0, 1, 0, 0, 2, 1, 0};
+
+/// The ways in which a host shapes a record around its own memory: capacities unset, or a zero-filled record.
+enum class Wrapping { unset, zero_filled };
+
+DATAstruct wrap(Coordinates& points, Wrapping wrapping)
+{
+    auto d = wrapped<DATAstruct>(points.data(), static_cast<int32_t>(points.size() / 3), 3);
+    if (wrapping == Wrapping::zero_filled)
+        d.alloc_count = d.alloc_dim = 0;
+    return d;
+}
+
+/// Whether `d` is as `wrap` made it.
+void expect_untouched(const DATAstruct& d, const Coordinates& points, const Coordinates& before, Wrapping wrapping)
+{
+    const int32_t capacity = wrapping == Wrapping::unset ? -1 : 0;
+    EXPECT_EQ(d.count, static_cast<int32_t>(before.size() / 3));
+    EXPECT_EQ(d.dvals, points.data());
+    EXPECT_EQ(d.alloc_count, capacity);
+    EXPECT_EQ(d.alloc_dim, capacity);
+    EXPECT_TRUE(same_bits(before, points.data()));
+}
+
+/// A polyline swept as the page on borders tells, with splits off.
+struct Band {
+    Coordinates points;    ///< the border, then the polyline backwards
+    std::vector<int> died; ///< 1 for a vertex that died, wings included
+    int dead;              ///< how many of them
+};
+
+Band band_along(const Coordinates& line, double distance)
+{
+    OwnedBORDERStatus status(line);
+    status->distance = distance;
+    status->split_events = 0;
+    BORDERAddWings(status);
+    EXPECT_EQ(BORDER(status), 1);
+    const std::vector<int> died(status->dead->bvals, status->dead->bvals + status->dead->count);
+    BORDERRemoveWings(status);
+    BORDERMakePipe(status);
+    return {points_of(status->output), died, std::accumulate(died.begin(), died.end(), 0)};
+}
+
+/// How far point i of the border lies to the left of the polyline's segment k.
+double left_of(const Band& band, const Coordinates& line, int i, int k)
+{
+    const double *const p = &line[3 * k], *const q = p + 3, *const b = &band.points[3 * i];
+    return ((q[0] - p[0]) * (b[1] - p[1]) - (q[1] - p[1]) * (b[0] - p[0])) / std::hypot(q[0] - p[0], q[1] - p[1]);
+}
+
+/// A sine from 0 to `turns` half turns, 41 points.
+Coordinates wave(int turns)
+{
+    Coordinates points;
+    for (int i = 0; i <= 40; ++i) {
+        const double angle = 3.14159 * turns * i / 40;
+        points.insert(points.end(), {2 * angle, 2 * std::sin(angle), 0});
+    }
+    return points;
+}
 
 } // namespace
 
@@ -60,6 +123,35 @@ TEST(BORDERAddWings, IgnoresOtherKindsWidthsAndMissingRecords)
     BORDERAddWings(status);
     status->path = path;
     EXPECT_TRUE(same_bits(kBend, points_of(path)));
+}
+
+TEST(BORDERAddWings, MemoryThatTheHostWrappedIsLeftAlone)
+{
+    for (const Wrapping wrapping : {Wrapping::unset, Wrapping::zero_filled}) {
+        OwnedBORDERStatus status;
+        DATAstruct* const own = status->path;
+        Coordinates points = kBend;
+        DATAstruct path = wrap(points, wrapping);
+        status->path = &path;
+        BORDERAddWings(status);
+        expect_untouched(path, points, kBend, wrapping);
+        status->path = own;
+    }
+}
+
+TEST(BORDERAddWings, MoreElementsThanAnArrayMayHaveAreRefused)
+{
+    OwnedBORDERStatus status(kBend);
+    for (const int32_t capacity : {715827881, 715827882}) { // times 3 is 2^31 - 5, 2^31 - 2
+        DATAstruct path = *status->path;
+        DATAstruct* const own = status->path;
+        path.count = path.alloc_count = capacity; // never read: two more points are too many
+        status->path = &path;
+        BORDERAddWings(status);
+        EXPECT_EQ(path.count, capacity);
+        EXPECT_EQ(path.dvals, own->dvals);
+        status->path = own;
+    }
 }
 
 TEST(BORDERAddWings, AnExhaustedHeapLeavesThePath)
@@ -196,6 +288,66 @@ TEST(BORDERMakePipe, IgnoresMissingRecords)
     status->path = path;
 }
 
+TEST(BORDERMakePipe, MemoryThatTheHostWrappedIsLeftAlone)
+{
+    const Coordinates border = {0, -1, 0, 1, -1, 0, 3, 0, 0};
+    for (const Wrapping wrapping : {Wrapping::unset, Wrapping::zero_filled}) {
+        OwnedBORDERStatus status(kBend);
+        DATAstruct* const own = status->output;
+        Coordinates points = border;
+        DATAstruct output = wrap(points, wrapping);
+        status->output = &output;
+        BORDERMakePipe(status);
+        expect_untouched(output, points, border, wrapping);
+        status->output = own;
+        EXPECT_TRUE(same_bits(kBend, points_of(status->path)));
+    }
+}
+
+TEST(BORDERMakePipe, APathThatTheHostWrappedIsRead)
+{
+    OwnedBORDERStatus status;
+    fill_points(*status->output, {7, 8, 9});
+    DATAstruct* const own = status->path;
+    Coordinates points = kBend;
+    DATAstruct path = wrap(points, Wrapping::unset);
+    status->path = &path;
+    BORDERMakePipe(status);
+    EXPECT_TRUE(same_bits({7, 8, 9, 2, 1, 0, 1, 0, 0, 0, 0, 0}, points_of(status->output)));
+    status->path = own;
+}
+
+TEST(BORDERMakePipe, AnExhaustedHeapLeavesAnOutputThatHadNoPoints)
+{
+    NEEDS_HEAP_FAILURES();
+    for (const int32_t kind : {DATA_TYPE_DOUBLE, DATA_TYPE_INT}) {
+        OwnedBORDERStatus status(kBend);
+        status->output->type = kind;
+        status->output->dim = 3;
+        status->output->count = 0;
+        const HeapFailure failure(1);
+        BORDERMakePipe(status);
+        EXPECT_TRUE(failure.happened());
+        EXPECT_EQ(status->output->count, 0);
+        EXPECT_EQ(status->output->dvals, nullptr);
+        EXPECT_EQ(status->output->ivals, nullptr);
+    }
+}
+
+TEST(BORDERMakePipe, MoreElementsThanAnArrayMayHaveLeaveTheOutput)
+{
+    OwnedBORDERStatus status(kBend);
+    DATAstruct* const own = status->output;
+    fill_points(*own, {1, 2, 3});
+    DATAstruct output = *own;
+    output.count = output.alloc_count = 715827880; // with three more points the coordinates are too many
+    status->output = &output;
+    BORDERMakePipe(status);
+    EXPECT_EQ(output.count, 715827880);
+    EXPECT_EQ(output.dvals, own->dvals);
+    status->output = own;
+}
+
 TEST(BORDERMakePipe, AnExhaustedHeapLeavesTheOutput)
 {
     NEEDS_HEAP_FAILURES();
@@ -224,4 +376,65 @@ TEST(BORDERMakePipe, WingsBorderAndPipeMakeABandAlongAPolyline)
     EXPECT_NEAR(std::hypot(band[6] - 8, band[7] - 3), 0.5, 1e-12);
     EXPECT_NEAR((band[6] - 8) * 4 + (band[7] - 3) * 3, 0.0, 1e-12);
     EXPECT_TRUE(same_bits({8, 3, 0, 4, 0, 0, 0, 0, 0}, Coordinates(band.begin() + 9, band.end())));
+}
+
+// What the page on borders promises about bands.
+
+TEST(Band, APositiveDistanceMovesAwayFromTheClosingEdge)
+{
+    const Coordinates arch = {0, 0, 0, 2, 3, 0, 6, 3, 0, 8, 0, 0}; // its ends below it: away is up, to the left
+    const Band away = band_along(arch, 0.5), towards = band_along(arch, -0.5);
+    EXPECT_EQ(away.dead, 0);
+    EXPECT_EQ(towards.dead, 0);
+    for (int i = 0; i < 4; ++i) {
+        const int k = i < 3 ? i : 2;
+        EXPECT_NEAR(left_of(away, arch, i, k), 0.5, 1e-12);
+        EXPECT_NEAR(left_of(towards, arch, i, k), -0.5, 1e-12);
+    }
+    const Coordinates backwards = {8, 0, 0, 6, 3, 0, 2, 3, 0, 0, 0, 0};
+    EXPECT_NEAR(left_of(band_along(backwards, 0.5), backwards, 0, 0), -0.5, 1e-12); // still up
+}
+
+TEST(Band, AWaveThatCrossesTheClosingEdgeKeepsItsDistanceWithSplitsOff)
+{
+    for (const int turns : {2, 3})
+        for (const double distance : {0.25, -0.25}) {
+            const Coordinates line = wave(turns);
+            const Band band = band_along(line, distance);
+            for (int i = 0; i < 41; ++i)
+                EXPECT_NEAR(std::fabs(left_of(band, line, i, i < 40 ? i : 39)), 0.25, 1e-9) << turns << ", point " << i;
+        }
+}
+
+TEST(Band, AStraightPolylineCollapsesAndItsVerticesAreDead)
+{
+    const Band band = band_along({0, 0, 0, 1, 0, 0, 2, 0, 0, 3, 0, 0}, 0.5);
+    EXPECT_EQ(band.dead, 5); // of 6, the wings included
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(band.points[3 * i], 4.0);
+}
+
+TEST(Band, AnEndIsSquareToItsSegmentWhileItsWingAndItsNeighbourLive)
+{
+    Random random(1);
+    int right = 0, dead = 0;
+    for (int round = 0; round < 2000; ++round) {
+        const int n = 3 + random.below(8);
+        Coordinates line;
+        for (int i = 0; i < n; ++i)
+            line.insert(line.end(), {3.0 * i + random.uniform(-1, 1), random.uniform(-4, 4), 0.0});
+        const double distance = random.uniform(-1.5, 1.5);
+        const Band band = band_along(line, distance);
+        if (band.died[0] + band.died[1] + band.died[2] != 0) {
+            ++dead;
+            continue;
+        }
+        ++right;
+        const double dx = band.points[0] - line[0], dy = band.points[1] - line[1];
+        const double along = dx * (line[3] - line[0]) + dy * (line[4] - line[1]);
+        EXPECT_NEAR(std::hypot(dx, dy), std::fabs(distance), 1e-9);
+        EXPECT_NEAR(along, 0.0, 1e-9);
+    }
+    EXPECT_GT(right, 1000);
+    EXPECT_GT(dead, 10);
 }

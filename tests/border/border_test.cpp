@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/layer.h"
 #include "tests/border/records.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
@@ -136,6 +137,40 @@ TEST(BORDER_BORDER, ReadsMemoryThatTheHostWrapped)
     status->path = own;
 }
 
+TEST(BORDER_BORDER, AnOutputThatWrapsHostMemoryGetsABufferOfItsOwn)
+{
+    OwnedBORDERStatus status(kUnitSquare);
+    DATAstruct* const own = status->output;
+    Coordinates points(12, 7.0);
+    DATAstruct output = wrapped<DATAstruct>(points.data(), 4, 3);
+    status->output = &output;
+    EXPECT_EQ(BORDER_BORDER(status), 1);
+    EXPECT_NE(output.dvals, points.data());
+    EXPECT_EQ(points, Coordinates(12, 7.0));
+    EXPECT_TRUE(same_bits(border_of<SecondFlavour>({kUnitSquare, 1.0}).border, points_of(&output)));
+    DATADispose(&output);
+    status->output = own;
+}
+
+TEST(Border, RefusesMorePointsThanAnArrayMayHave)
+{
+    Coordinates points = kUnitSquare;
+    for (const int32_t count : {715827883, 1 << 30}) { // three times as many coordinates leave 31 bits
+        OwnedBORDERStatus second;
+        DATAstruct* const own = second->path;
+        DATAstruct path = wrapped<DATAstruct>(points.data(), count, 3);
+        second->path = &path;
+        EXPECT_EQ(BORDER_BORDER(second), -1);
+        second->path = own;
+        OwnedBorderStatus first;
+        Data* const first_own = first->path;
+        Data first_path = wrapped<Data>(points.data(), count, 3);
+        first->path = &first_path;
+        EXPECT_EQ(Border(first), -1);
+        first->path = first_own;
+    }
+}
+
 TEST(Border, ADistanceThatIsNotFiniteFailsAfterTheOutputWasReplaced)
 {
     for (const double distance : kNotFinite) {
@@ -181,10 +216,23 @@ TEST(Border, CoordinatesThatAreNotFiniteEndTheSweep)
         }
 }
 
-TEST(Border, PointsOnOneLineHaveNoPlane)
+TEST(Border, ThreePointsOnOneLineHaveNoPlane)
 {
     EXPECT_EQ(border_of<FirstFlavour>({{0, 0, 0, 1, 1, 1, 2, 2, 2}, 1.0}).code, -1);
     EXPECT_EQ(border_of<SecondFlavour>({{0, 0, 0, 1, 1, 1, 2, 2, 2}, 1.0}).code, 1);
+}
+
+TEST(Border, OneAndTwoPointsNeedNoPlane)
+{
+    EXPECT_EQ(border_of<FirstFlavour>({{1, 2, 3}, 1.0}).code, 1);
+    EXPECT_EQ(border_of<FirstFlavour>({{0, 0, 0, 1, 1, 1}, 1.0}).code, 1);
+}
+
+TEST(Border, AnOutlineAThousandthAcrossHasNoPlane)
+{
+    const auto square = [](double side) { return Coordinates{0, 0, 0, side, 0, 0, side, side, 0, 0, side, 0}; };
+    EXPECT_EQ(border_of<FirstFlavour>({square(0.0009), 1e-4}).code, -1);
+    EXPECT_EQ(border_of<FirstFlavour>({square(0.0011), 1e-4}).code, 1);
 }
 
 // The output record.
@@ -438,6 +486,42 @@ TEST(BORDER_BORDER, GrowsAnOutlineWhicheverWayItRuns)
     const Coordinates expected = {-1, -1, 0, -1, 2, 0, 2, 2, 0, 2, -1, 0};
     for (size_t i = 0; i < expected.size(); ++i)
         EXPECT_NEAR(result.border[i], expected[i], 1e-15);
+}
+
+// The diagonal through the first corner is the test line, and the corner across lies on it. In a small square random
+// turns of the line do not take it off that corner; from two of the corners they add up to enough.
+TEST(BORDER_BORDER, AVertexCloseByOnTheBisectorOfTheFirstCornerTurnsTheOutlineOver)
+{
+    const auto grows = [](double side, int start) {
+        const Coordinates corners = {0, 0, 0, side, 0, 0, side, side, 0, 0, side, 0};
+        Coordinates path;
+        for (int i = 0; i < 12; ++i)
+            path.push_back(corners[(3 * start + i) % 12]);
+        const Coordinates border = border_of<SecondFlavour>({path, 0.1 * side}).border;
+        return std::hypot(border[3] - border[0], border[4] - border[1]) > side;
+    };
+    const auto grows_each_time = [&grows](double side, int start) {
+        int times = 0;
+        for (unsigned seed = 1; seed <= 2000; ++seed) {
+            Mwsrand(seed);
+            times += grows(side, start);
+        }
+        return times;
+    };
+    EXPECT_EQ(grows_each_time(0.01, 0), 0);
+    EXPECT_EQ(grows_each_time(0.01, 1), 2000);
+    EXPECT_EQ(grows_each_time(0.01, 2), 0);
+    EXPECT_EQ(grows_each_time(0.01, 3), 2000);
+    EXPECT_LT(grows_each_time(0.1, 0), 2000); // side 0.1: about one seed in fifty
+    EXPECT_GT(grows_each_time(0.1, 0), 1900);
+    EXPECT_EQ(grows_each_time(0.2, 0), 2000);
+
+    // A long outline can do the same: a step of 0.01 at its start, and a vertex across the first corner.
+    const Coordinates stepped = {0, 0, 0, 0.01, 0, 0, 0.01, 0.01, 0, 9, 0.02, 0, 9, 9, 0, 0, 9, 0};
+    EXPECT_LT(border_of<SecondFlavour>({stepped, 0.1}).border[15 + 1], 9.0);
+    Coordinates further(stepped.begin() + 9, stepped.end());
+    further.insert(further.end(), stepped.begin(), stepped.begin() + 9);
+    EXPECT_GT(border_of<SecondFlavour>({further, 0.1}).border[6 + 1], 9.0);
 }
 
 TEST(Border, PutsEveryPointAtTheHeight)
