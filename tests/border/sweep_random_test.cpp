@@ -153,7 +153,7 @@ double any_distance(Random& random)
 void compare_many(uint64_t seed, int rounds, int most_points)
 {
     Random random(seed);
-    for (int round = 0; round < rounds && !testing::Test::HasFailure(); ++round) {
+    for (int round = 0; round < korvale::test::rounds(rounds) && !testing::Test::HasFailure(); ++round) {
         const Outline outline = {any_outline(most_points, random), any_distance(random), random.one_in(2),
                                  !random.one_in(4)};
         SCOPED_TRACE(testing::Message() << "outline " << round << " of " << outline.path.size() / 3
@@ -197,7 +197,7 @@ TEST(BORDER_BORDER, LeavesWhatTheDocumentedStepsLeaveThroughManyEvents)
 TEST(Border, MakesWhatTheDocumentedStepsMake)
 {
     Random random(5);
-    for (int round = 0; round < 2000 && !testing::Test::HasFailure(); ++round) {
+    for (int round = 0; round < rounds(2000) && !testing::Test::HasFailure(); ++round) {
         const Outline outline = {any_outline(40, random), any_distance(random), random.one_in(2), random.one_in(2)};
         OwnedBorderStatus status(outline.path);
         status->distance = outline.distance;
@@ -246,7 +246,7 @@ TEST(BORDER_BORDER, WithoutEventsEveryEdgeLiesAtTheDistance)
 {
     Random random(6);
     int tested = 0;
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < rounds(400); ++round) {
         const int n = 3 + random.below(100);
         const Coordinates path = wiggly(n, 1 + n / 12, random.uniform(0, 1.5), random.uniform(0, 0.3), random);
         const double distance = random.uniform(-0.4, 2);

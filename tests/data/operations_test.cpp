@@ -552,7 +552,7 @@ TYPED_TEST(Mix, FailsWhenTheHeapIsExhausted)
 TYPED_TEST(Mix, EqualsTheStepsOnAnyValues)
 {
     Random random(13);
-    for (int round = 0; round < 1000; ++round) {
+    for (int round = 0; round < rounds(1000); ++round) {
         const int dim = random.between(1, 4), count = random.one_in(4) ? random.between(1, 300) : random.between(1, 20);
         const int64_t n = static_cast<int64_t>(count) * dim;
         std::vector<double> in[4], expected(static_cast<size_t>(n));

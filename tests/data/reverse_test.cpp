@@ -101,7 +101,7 @@ TYPED_TEST(Reverse, LeavesArraysOfMoreThan31BitsAlone)
 TYPED_TEST(Reverse, ReversesAnyShape)
 {
     Random random(11);
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < rounds(400); ++round) {
         const int count = random.between(1, 70),
                   dim = random.one_in(3) ? 3 : random.between(1, random.one_in(5) ? 100 : 9);
         const int kind = random.below(3);

@@ -102,7 +102,7 @@ TYPED_TEST(TriSample, SpreadsPointsEvenlyOverManyTriangles)
     std::vector<double> triangles;
     std::vector<double> areas;
     double sum = 0;
-    for (int i = 0; i < 50; ++i) {
+    for (int i = 0; i < rounds(50); ++i) {
         const double height = random.uniform(0.1, 2);
         triangles.insert(triangles.end(), {0, 0, i * 1.0, 1, 0, i * 1.0, 0, height, i * 1.0});
         areas.push_back(height / 2);
@@ -263,7 +263,7 @@ TYPED_TEST(TriSample, GivesTheSamePointsWithoutRoomForATable)
 TYPED_TEST(TriSample, EqualsTheStepsOnAnyTriangles)
 {
     Random random(17);
-    for (int round = 0; round < 150; ++round) {
+    for (int round = 0; round < rounds(150); ++round) {
         const int n = random.one_in(3) ? 1 : random.between(1, 300), k = random.below(4);
         const int count = random.one_in(10) ? random.between(4000, 6000) : random.between(1, 60);
         const int flavour = random.below(4);

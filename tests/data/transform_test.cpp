@@ -110,7 +110,7 @@ TYPED_TEST(Transform, WritesNothingBeyondTheLastPoint)
 TYPED_TEST(Transform, EqualsTheStepsOnAnyValues)
 {
     Random random(14);
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < rounds(2000); ++round) {
         const int n = random.one_in(3) ? random.between(1, 200) : random.between(1, 20);
         Xfm m;
         const bool affine = random.one_in(2), tame = random.one_in(2);

@@ -328,7 +328,7 @@ TEST(DATA_to_xy_xfms, OutlinesEndUpCounterClockwise)
 {
     Random random(63);
     Mwsrand(63);
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < rounds(2000); ++round) {
         // Star-shaped with deep notches, starting at any corner, either way round, turned and moved.
         const int n = random.between(3, 40);
         std::vector<double> xyz;

@@ -171,7 +171,7 @@ TYPED_TEST(Flattening, ThePointsAreOnlyRead)
 TYPED_TEST(Flattening, PlanarOutlinesEndUpInThePlaneAndComeBack)
 {
     Random random(61);
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < rounds(300); ++round) {
         // A star-shaped outline of any size from 1 to 1000, turned and moved.
         const int n = random.between(3, 40);
         const double size = std::pow(10.0, random.uniform(0, 3));
@@ -206,7 +206,7 @@ TYPED_TEST(Flattening, PlanarOutlinesEndUpInThePlaneAndComeBack)
 TYPED_TEST(Flattening, NumbersThatAreNoneDoNoHarm)
 {
     Random random(62);
-    for (int round = 0; round < 3000; ++round) {
+    for (int round = 0; round < rounds(3000); ++round) {
         const std::vector<double> xyz = random.awkwards(3 * random.between(1, 8));
         auto path = points<TypeParam>(xyz);
         for (const int closed : {0, 1}) {

@@ -35,7 +35,7 @@ void compare(const std::vector<double>& xyz)
 template <class Step>
 void compare_paths(Random& random, int paths, Step step)
 {
-    for (int round = 0; round < paths; ++round) {
+    for (int round = 0; round < rounds(paths); ++round) {
         std::vector<double> xyz;
         for (int n = random.between(1, 50); n > 0; --n)
             step(xyz);
@@ -70,7 +70,7 @@ TEST(FramesAtRandom, PlanarLoops)
 {
     Random random(83);
     int with_nan = 0;
-    for (int round = 0; round < 1000; ++round) {
+    for (int round = 0; round < rounds(1000); ++round) {
         std::vector<double> xyz;
         const int n = random.between(3, 50);
         const double a = random.uniform(-1, 1), b = random.uniform(-1, 1);
@@ -91,7 +91,7 @@ TEST(FramesAtRandom, PlanarLoops)
 TEST(FramesAtRandom, StraightLines)
 {
     Random random(84);
-    for (int round = 0; round < 500; ++round) {
+    for (int round = 0; round < rounds(500); ++round) {
         const double direction[3] = {random.uniform(-1, 1), random.uniform(-1, 1), random.uniform(-1, 1)};
         std::vector<double> xyz;
         for (int n = random.between(1, 50); n > 0; --n) {

@@ -425,7 +425,7 @@ TYPED_TEST(Frames, TheLastFrameOfALoopTakesOverTheZAxisOfAHairpin)
 TYPED_TEST(Frames, FramesAreOrthonormalAndStandAtThePoints)
 {
     Random random(71);
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < rounds(300); ++round) {
         const int n = random.between(4, 50); // a loop of three is planar and may be NaN
         const Vector xyz = random.uniforms(3 * n, -10, 10);
         for (const int mode : {0, 1}) {
@@ -443,7 +443,7 @@ TYPED_TEST(Frames, FramesAreOrthonormalAndStandAtThePoints)
 TYPED_TEST(Frames, AFullRoundOfFramesOfALoopComesBackToTheFirst)
 {
     Random random(72);
-    for (int round = 0; round < 100; ++round) {
+    for (int round = 0; round < rounds(100); ++round) {
         // A smooth loop that winds in space: the step from the last frame to the first turns like all others.
         const int n = 400;
         const double lift = random.uniform(0.2, 1), phase = random.uniform(0, 6);

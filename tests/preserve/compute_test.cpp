@@ -46,7 +46,7 @@ TEST(PreserveCompute, RefusesWhatDoesNotMatchTheMesh)
 TEST(PreserveCompute, PointsInShapeStayAsTheyAre)
 {
     Random random(4401);
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < rounds(20); ++i) {
         const Mesh mesh = random_closed_mesh(random);
         Solver solver(mesh);
         ASSERT_TRUE(switch_on(solver, kAllTerms));

@@ -44,7 +44,7 @@ TEST(PreserveFindEnergy, RefusesANullStatus)
 TEST(PreserveFindEnergy, IsExactlyZeroAtTheReference)
 {
     Random random(4201);
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < rounds(20); ++i) {
         Solver solver(random_closed_mesh(random));
         ASSERT_TRUE(switch_on(solver, kAllTerms, 2.5));
         EXPECT_TRUE(same_bits(0.0, solver.energy()));

@@ -117,7 +117,7 @@ TEST(PreserveFindFaceAngleForce, TheThreeForcesOfACornerVanishInSum)
 {
     // One corner is kept at a time by giving the others the cosine they have.
     Random random(4302);
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < rounds(200); ++i) {
         Solver solver({random.uniforms(9, -1, 1), {3}, {0, 1, 2}});
         ASSERT_TRUE(switch_on(solver, PRESERVE_FACE_ANGLE));
         solver.energy_at(random.uniforms(9, -1, 1));

@@ -38,7 +38,7 @@ class EachTerm : public testing::TestWithParam<int> {};
 TEST_P(EachTerm, ForceIsTheNegativeGradientOfTheEnergyOnTriangles)
 {
     Random random(4501 + static_cast<uint64_t>(GetParam()));
-    for (int i = 0; i < 12; ++i) {
+    for (int i = 0; i < rounds(12); ++i) {
         const Mesh mesh = random_closed_mesh(random);
         Solver solver(mesh);
         ASSERT_EQ(PreservePreserve(solver, GetParam(), random.uniform(0.2, 2.0)), 1);
@@ -64,7 +64,7 @@ TEST(PreserveCompute, EnergyFallsInEveryStepOrTheHalvingLimitIsReached)
 {
     Random random(4503);
     int reached = 0;
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < rounds(60); ++i) {
         const Mesh mesh = random_closed_mesh(random);
         Solver solver(mesh);
         ASSERT_TRUE(switch_on(solver, random.between(1, 15), random.uniform(0.01, 1.0)));
@@ -90,7 +90,7 @@ TEST(PreserveCompute, EnergyFallsInEveryStepOrTheHalvingLimitIsReached)
 TEST(PreserveCompute, TaggedPointsDoNotMoveByABit)
 {
     Random random(4504);
-    for (int i = 0; i < 40; ++i) {
+    for (int i = 0; i < rounds(40); ++i) {
         const Mesh mesh = random_closed_mesh(random);
         Solver solver(mesh);
         ASSERT_TRUE(switch_on(solver, kAllTerms, random.uniform(0.01, 1.0)));
@@ -114,7 +114,7 @@ TEST(PreserveFindForce, ForcesOfClosedTriangleMeshesVanishInSum)
 {
     // No term changes when the whole mesh is shifted, so nothing may push it as a whole.
     Random random(4505);
-    for (int i = 0; i < 30; ++i) {
+    for (int i = 0; i < rounds(30); ++i) {
         const Mesh mesh = random_closed_mesh(random);
         Solver solver(mesh);
         ASSERT_TRUE(switch_on(solver, kAllTerms));

@@ -382,7 +382,7 @@ TEST(RayAgainstBruteForce, SnapsToTheZAxis)
 {
     Random random(19);
     Comparison mesh(scaled(random_triangles(300, 1, 107), 0.001, 0.001, 1000), 4, 4, 4);
-    for (int r = 0; r < 400; ++r) {
+    for (int r = 0; r < rounds(400); ++r) {
         Ray ray;
         pick_point(random, mesh.box(), 0, ray.origin);
         ray.origin[2] = -1000;
@@ -399,7 +399,7 @@ TEST(RayAgainstBruteForce, MissesCellsWhoseFacesTheRayNearlyRunsAlong)
     // Long cells: a ray crosses several of them in x, always by less than the least approach, before it leaves any in z.
     Random random(20);
     Comparison mesh(scaled(random_triangles(300, 1, 108), 0.001, 1, 1000), 16, 1, 1);
-    for (int r = 0; r < 400; ++r) {
+    for (int r = 0; r < rounds(400); ++r) {
         Ray ray;
         pick_point(random, mesh.box(), 0, ray.origin);
         set(ray.direction, random.uniform(-9e-07, 9e-07), 1e-05, 1);

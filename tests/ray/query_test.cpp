@@ -245,7 +245,7 @@ TEST(ray_compute_xfm, SnapsToTheAxisBelowTheThreshold)
 TEST(ray_compute_xfm, BringsTheOriginToZeroAndTheDirectionToZ)
 {
     Random random(501);
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < rounds(1000); ++i) {
         Vector o, d, seen;
         for (int k = 0; k < 3; ++k) {
             o[k] = random.uniform(-10, 10);

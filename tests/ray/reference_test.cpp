@@ -159,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(Meshes, EveryMesh, testing::ValuesIn(kMeshes));
 TEST_P(EveryMesh, IsSortedAsThePlainStepsDo)
 {
     Random random(901 + static_cast<uint64_t>(GetParam()));
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < rounds(60); ++i) {
         Scene s(random_triangles(GetParam(), random, random.between(1, 150)), random.between(1, 7),
                 random.between(1, 7), random.between(1, 7));
         expect_same_cells(s);
@@ -174,7 +174,7 @@ TEST_P(EveryMesh, IsCastAtAsThePlainStepsDo)
 {
     Random random(951 + static_cast<uint64_t>(GetParam()));
     int64_t hits = 0;
-    for (int i = 0; i < 40 && !HasFailure(); ++i) {
+    for (int i = 0; i < rounds(40) && !HasFailure(); ++i) {
         Scene s(random_triangles(GetParam(), random, random.between(1, 150)), random.between(1, 7),
                 random.between(1, 7), random.between(1, 7));
         for (int r = 0; r < 100 && !HasFailure(); ++r)
@@ -191,7 +191,7 @@ TEST_P(EveryMesh, IsCastAtInFineGridsAsThePlainStepsDo)
     const int sizes[][3] = {{16, 16, 16}, {3, 7, 11}, {40, 1, 1}, {1, 30, 2}, {1, 1, 1}, {2, 1, 50}};
     for (const auto& n : sizes) {
         Scene s(random_triangles(GetParam(), random, 500), n[0], n[1], n[2]);
-        for (int r = 0; r < 60 && !HasFailure(); ++r)
+        for (int r = 0; r < rounds(60) && !HasFailure(); ++r)
             expect_same_answer(s, random_ray(random, s), random);
     }
 }
@@ -200,7 +200,7 @@ TEST_P(EveryMesh, MayBeMovedBetweenQueries)
 {
     Random random(991 + static_cast<uint64_t>(GetParam()));
     Scene s(random_triangles(GetParam(), random, 100), 4, 4, 4);
-    for (int r = 0; r < 300 && !HasFailure(); ++r) {
+    for (int r = 0; r < rounds(300) && !HasFailure(); ++r) {
         double* const vertex = s.triangles().dvals + 3 * random.below(300);
         for (int k = 0; k < 3; ++k)
             vertex[k] = random.one_in(10) ? random.awkward() : vertex[k] + random.uniform(-0.5, 0.5);

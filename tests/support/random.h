@@ -3,6 +3,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
@@ -107,5 +108,13 @@ private:
     uint64_t state_;
     testing::ScopedTrace trace_;
 };
+
+/// How many rounds a random test makes that makes `n` by default: the environment's KORVALE_ROUNDS times as many. A longer
+/// run begins with the rounds of the shorter one.
+inline int rounds(int n)
+{
+    const char* const factor = std::getenv("KORVALE_ROUNDS");
+    return factor == nullptr ? n : n * std::atoi(factor);
+}
 
 } // namespace korvale::test
