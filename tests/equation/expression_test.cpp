@@ -272,7 +272,7 @@ TEST(EqParseEquation, TreatsMutatedTextsAsDocumented)
 {
     Random random(20260104);
     int accepted = 0;
-    for (int i = 0; i < rounds(60); ++i) {
+    for (int i = 0; i < korvale::test::rounds(60); ++i) {
         Pair pair;
         for (int v = 2; v < 5; ++v)
             pair.set(v, random.uniform(-3, 3));

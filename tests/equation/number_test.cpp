@@ -104,7 +104,7 @@ TEST(EquationNumbers, EqualTheCLibrarysInTheCLocale)
 {
     Random random(20260102);
     System es;
-    for (int i = 0; i < rounds(20000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(20000); ++i) {
         if (i % 1000 == 0) {
             EqSystemDispose(es);
             ASSERT_EQ(EqSystemInitialize(es), 1);
