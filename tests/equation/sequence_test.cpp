@@ -261,7 +261,7 @@ private:
 TEST(EquationSystem, RandomOperationsLeaveTheDocumentedState)
 {
     Random random(20260105);
-    for (int system = 0; system < rounds(45); ++system) {
+    for (int system = 0; system < korvale::test::rounds(45); ++system) {
         Twins twins(random);
         for (int step = 0; step < 100; ++step) {
             std::string done = "nothing";

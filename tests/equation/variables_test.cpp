@@ -279,7 +279,7 @@ TEST(EqParseVariables, DeclaresRandomListsAsReadNameByName)
 {
     Random random(20260101);
     const std::set<std::string> functions = {"ADD", "AB", "RAND"};
-    for (int round = 0; round < rounds(300); ++round) {
+    for (int round = 0; round < korvale::test::rounds(300); ++round) {
         System es;
         es.add("AB", one);
         std::vector<std::string> variables = {"PI", "E"};

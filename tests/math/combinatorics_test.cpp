@@ -86,7 +86,7 @@ TEST(power, IsOneForExponentsBelowOne)
 TEST(power, EqualsRepeatedMultiplication)
 {
     Random random(4);
-    for (int i = 0; i < rounds(3000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(3000); ++i) {
         const double x = random.one_in(2) ? random.awkward() : random.uniform(-2, 2);
         const int n = random.between(1, random.one_in(5) ? 3000 : 20);
         double expected = x;

@@ -116,7 +116,7 @@ TEST(find_intersect, LetsASineThatIsNotANumberPass)
 TEST(find_intersect, LiesOnBothLines)
 {
     Random random(5);
-    for (int i = 0; i < rounds(1000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(1000); ++i) {
         double p[4][3] = {};
         for (auto& point : p)
             for (int k = 0; k < 2; ++k)

@@ -155,7 +155,7 @@ TEST(orientation_xfm_and_reverse, LetsNaNPass)
 TEST(orientation_xfm_and_reverse, IsUndoneByItsReverse)
 {
     Random random(6);
-    for (int i = 0; i < rounds(1000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(1000); ++i) {
         double origin[3], x[3], z[3], y[3], p[3], out[3];
         for (int k = 0; k < 3; ++k) {
             origin[k] = random.uniform(-10, 10);

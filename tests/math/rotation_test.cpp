@@ -46,7 +46,7 @@ TEST(rotation_matrix, TurnsZToXAboutY)
 TEST(rotation_matrix, IsZTimesTheProductOfYAndX)
 {
     Random random(7);
-    for (int i = 0; i < rounds(1000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(1000); ++i) {
         double radians[] = {random.uniform(-7, 7), random.uniform(-7, 7), random.uniform(-7, 7)};
         const double c0 = std::cos(radians[0]), s0 = std::sin(radians[0]);
         const double c1 = std::cos(radians[1]), s1 = std::sin(radians[1]);
@@ -112,7 +112,7 @@ TEST(SRT2Transform, IsTheProductOfTAndRS)
 TEST(SRT2InvTransform, UndoesTheTransform)
 {
     Random random(9);
-    for (int i = 0; i < rounds(1000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(1000); ++i) {
         double scale[3], rot[3], trans[3];
         for (int k = 0; k < 3; ++k) {
             scale[k] = random.uniform(0.5, 2) * (random.one_in(2) ? -1 : 1);
@@ -177,7 +177,7 @@ TEST(Transform2SRT, TakesATransformApart)
 TEST(Transform2SRT, FollowsItsSteps)
 {
     Random random(10);
-    for (int i = 0; i < rounds(1000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(1000); ++i) {
         Xfm m;
         for (auto& row : m)
             for (double& value : row)

@@ -144,7 +144,7 @@ TEST(TransformPoint, AddsTheTranslationLast)
 TEST(xfm_pnt, EqualsTransformPointOnAFlatMatrix)
 {
     Random random(2);
-    for (int i = 0; i < rounds(1000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(1000); ++i) {
         double flat[16], p[3], out[3], expected[3];
         for (double& value : flat)
             value = random.awkward();

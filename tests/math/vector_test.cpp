@@ -129,7 +129,7 @@ TEST(normalize, DividesByAnInfiniteLength)
 TEST(normalize, GivesUnitVectors)
 {
     Random random(1);
-    for (int i = 0; i < rounds(1000); ++i) {
+    for (int i = 0; i < korvale::test::rounds(1000); ++i) {
         double v[] = {random.uniform(-9, 9), random.uniform(-9, 9), random.uniform(-9, 9)};
         ASSERT_EQ(normalize(v), 1);
         ASSERT_NEAR(norm(v), 1.0, 4e-16); // three roundings of at most half a unit each
