@@ -102,7 +102,7 @@ TYPED_TEST(TriSample, SpreadsPointsEvenlyOverManyTriangles)
     std::vector<double> triangles;
     std::vector<double> areas;
     double sum = 0;
-    for (int i = 0; i < rounds(50); ++i) {
+    for (int i = 0; i < 50; ++i) {
         const double height = random.uniform(0.1, 2);
         triangles.insert(triangles.end(), {0, 0, i * 1.0, 1, 0, i * 1.0, 0, height, i * 1.0});
         areas.push_back(height / 2);
