@@ -5,10 +5,19 @@
 /// Equations as text: name = expression.
 ///
 /// An expression is made of numbers (digits and points), variables, functions, parentheses and the operators + - * / ^.
-/// By falling strength: a function or prefix minus before its operand, ^ (grouped from the right), * and /, + and -, and
-/// a two-argument function between its operands (a ANGLE b). The latter three are grouped from the left. A function of
-/// one argument applies to the operand or parenthesis that follows; a function without arguments stands for a value.
+/// A function without arguments stands for a value. By falling strength:
+///
+/// | operators                                       | grouping                                            |
+/// |-------------------------------------------------|-----------------------------------------------------|
+/// | SIN, -, any function of one argument before it  | applies to the operand or parenthesis that follows  |
+/// | ^ POWER                                         | from the right                                      |
+/// | * / MULTIPLY DIVIDE                             | from the left                                       |
+/// | + - ADD SUBTRACT                                | from the left                                       |
+/// | ANGLE, any other function of two, between them  | from the left                                       |
+///
 /// Blanks, commas and all other characters separate. Numbers are read alike under every locale.
+///
+/// Deliberate: a letter directly after a number is such another character, so 2x is 2. Write 2 * x.
 ///
 /// Each equation is one row of `equations`: three arrays of 100 entries, the kinds, operands and constants of its items
 /// in postfix order. The count of the kinds is the number of items.
@@ -21,7 +30,8 @@
 ///
 /// Returns the number of items; 1, with an empty row, for a text without "="; -1 for a null argument, a left side that
 /// is no variable, an unknown name, a missing or left-over operand, an unbalanced parenthesis, more than 100 items, more
-/// than 51 waiting operators and parentheses or 51 waiting functions, and an exhausted heap.
+/// than 51 waiting operators and parentheses or 51 waiting functions, and an exhausted heap. Nothing changes where the
+/// equations wrap memory of the host that is full.
 ///
 /// Deliberate: where the left side is no variable the "=" is left overwritten by a zero. In all other cases the text is
 /// not written and may be in read-only memory.

@@ -7,6 +7,7 @@
 #include "equation/internal/program.h"
 #include "equation/internal/registry.h"
 #include "equation/internal/variables.h"
+#include "platform/internal/wrapping.h"
 
 // An operator-precedence translator from text to postfix items (E. W. Dijkstra, "Algol 60 translation", 1961) with two
 // stacks: binary operators and parentheses, which leave by priority, and functions of one argument, which leave when the
@@ -104,7 +105,7 @@ void widen_table(const EquationSystem& es, int32_t f)
 {
     auto* const table = static_cast<DATAstruct*>(es.tables->pvals[f]);
     if (table != nullptr)
-        table->dim = static_cast<int32_t>(static_cast<uint32_t>(table->dim) + 1);
+        table->dim = wrapping_sum(table->dim, 1);
 }
 
 bool add_binary(Parse& p, int code)
@@ -214,6 +215,8 @@ bool scan(Parse& p, const char* at)
             last = end_of_number(at);
             if (!add_number(p, at, last))
                 return false;
+            if (is_letter(*last)) // Deliberate: what ends a number is examined as an operator, which a letter is not
+                ++last;
         } else if (!add_operator(p, *at)) {
             return false;
         } else if (*at == '\0') {
@@ -239,22 +242,24 @@ int32_t find_target(const EquationSystem& es, const char* first, const char* las
     return end == first ? -1 : find_variable(es, first, static_cast<size_t>(end - first));
 }
 
-/// Adds an empty row to the equations; false, with nothing added, when the heap is exhausted.
+/// Adds an empty row to the equations; false, with nothing added, when the heap is exhausted or the memory is a host's.
 bool append_row(DATAstruct& equations)
 {
     const int32_t row = equations.count;
-    equations.count += 1;
-    if (elements(equations.count, kChildren) <= room(&equations, DATA_TYPE_DATA))
+    if (row < 0 || row >= kMostElements - kRowGrowth)
+        return false;
+    if (elements(row + int64_t{1}, kChildren) <= room(&equations, DATA_TYPE_DATA)) {
+        equations.count = row + 1;
         return true;
-    equations.count += kRowGrowth;
-    const int64_t slots = elements(equations.count, kChildren);
-    if (DATAReAllocate(&equations) < 0 || !holds(equations, DATA_TYPE_DATA, slots)) {
+    }
+    if (!may_grow(equations))
+        return false;
+    equations.count = row + 1 + kRowGrowth;
+    if (!grow_cleared(equations) || !holds(equations, DATA_TYPE_DATA, elements(equations.count, kChildren))) {
         equations.count = row;
         return false;
     }
-    for (int64_t slot = elements(row, kChildren); slot < slots; ++slot)
-        equations.pvals[slot] = nullptr;
-    equations.count -= kRowGrowth;
+    equations.count = row + 1;
     return true;
 }
 
@@ -337,10 +342,11 @@ int new_bi_item(int code, int* op_top, int* operand_counter, int* item_pos, DATA
     if (empty > room(op_stack, DATA_TYPE_INT) || *op_top < 0 || *op_top > empty)
         return -1;
     while (*op_top < empty && op_isp(op_stack->ivals[*op_top]) >= op_icp(code)) {
-        if (!emit(*kinds, *operands, *item_pos, EQ_ITEM_BINARY, op_stack->ivals[*op_top]))
-            return -1;
+        const int32_t waiting = op_stack->ivals[*op_top];
         *op_top += 1;
-        *operand_counter -= 1;
+        if (!emit(*kinds, *operands, *item_pos, EQ_ITEM_BINARY, waiting))
+            return -1;
+        *operand_counter = wrapping_difference(*operand_counter, 1);
         if (*operand_counter < 1)
             return -1;
     }

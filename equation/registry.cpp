@@ -22,22 +22,16 @@ const uint8_t* name_at(const DATAstruct& names, int32_t i)
     return names.bvals + elements(i, kNameBytes);
 }
 
-/// Changes an array to count * dim elements and clears those it gains.
-bool grow_cleared(DATAstruct& d)
+/// Whether the arrays of the functions may be replaced by larger ones.
+bool can_grow(const EquationSystem& es)
 {
-    const int64_t held = room(&d, d.type);
-    const int64_t wanted = elements(d.count, d.dim);
-    if (DATAReAllocate(&d) < 0 || !holds(d, d.type, wanted))
-        return false;
-    if (wanted > held) {
-        const size_t bytes = component_bytes(d, d.type);
-        auto* const buffer = static_cast<unsigned char*>(buffer_of(d, d.type));
-        std::memset(buffer + static_cast<size_t>(held) * bytes, 0, static_cast<size_t>(wanted - held) * bytes);
-    }
-    return true;
+    for (const DATAstruct* array : {es.funcs, es.func_nargs, es.func_names, es.tables, es.table_pos})
+        if (array == nullptr || !may_grow(*array))
+            return false;
+    return es.funcs->count < kMostElements - kGrowth;
 }
 
-/// Makes room for more functions. Deliberate: where it fails, the counts are left raised.
+/// Makes room for more functions. Deliberate: where the heap has none, the counts are left raised.
 bool grow_functions(EquationSystem& es)
 {
     es.funcs->count += kGrowth;
@@ -79,6 +73,20 @@ void register_all(EquationSystem& es, int32_t nargs, const BuiltIn<Function> (&f
 }
 
 } // namespace
+
+bool grow_cleared(DATAstruct& d)
+{
+    const int64_t held = room(&d, d.type);
+    const int64_t wanted = elements(d.count, d.dim);
+    if (DATAReAllocate(&d) < 0 || !holds(d, d.type, wanted))
+        return false;
+    if (wanted > held) {
+        const size_t bytes = component_bytes(d, d.type);
+        auto* const buffer = static_cast<unsigned char*>(buffer_of(d, d.type));
+        std::memset(buffer + static_cast<size_t>(held) * bytes, 0, static_cast<size_t>(wanted - held) * bytes);
+    }
+    return true;
+}
 
 int32_t careful_length(const DATAstruct* d, int32_t type)
 {
@@ -173,11 +181,16 @@ int EqAnotherFunc(EquationSystem* es)
     if (es == nullptr || es->funcs == nullptr)
         return -1;
     const int32_t f = es->funcs->count;
+    const bool is_full = f >= room(es->funcs, DATA_TYPE_POINTER);
+    if (f < 0 || (is_full && !can_grow(*es)))
+        return -1;
     es->funcs->count += 1;
-    if (es->funcs->count > room(es->funcs, DATA_TYPE_POINTER) && !grow_functions(*es))
+    if (is_full && !grow_functions(*es))
         return -1;
-    if (f < 0 || f >= function_count(*es))
+    if (f >= function_count(*es)) { // one of the other arrays is shorter
+        es->funcs->count = f;
         return -1;
+    }
     DATAstruct* const table = DATANew();
     if (table == nullptr)
         return -1;

@@ -52,7 +52,8 @@ KORVALE_API int EqSystemInitialize(EquationSystem* es);
 /// `name` is used as a format that takes no values: "%%" registers a percent sign.
 ///
 /// Returns 1, or -1, with nothing registered, for a name that is null, longer than 12 characters or holds any other
-/// directive, for a null function, and when the heap is exhausted (the number of functions may stay raised then).
+/// directive, for a null function, where the arrays are full and one of them wraps memory of the host, and when the heap
+/// is exhausted (the number of functions may stay raised then).
 KORVALE_API int EqAddFuncBinary(EquationSystem* es, char* name, double (*function)(double, double));
 
 /// `EqAddFuncBinary` for a function of one argument.
@@ -66,9 +67,10 @@ KORVALE_API int EqAddFuncNoArg(EquationSystem* es, char* name, double (*function
 /// When the arrays are full, room for 20 more functions is made; the counts of the four further arrays stay at that
 /// larger number.
 ///
-/// Returns the index, or -1 for a null record or an exhausted heap.
+/// Returns the index, or -1 for a null record, full arrays one of which wraps memory of the host (nothing changes), or an
+/// exhausted heap.
 ///
-/// Deliberate: a failed growth leaves the number of functions raised; look-ups stop at what is allocated.
+/// Deliberate: a growth that the heap has no room for leaves the number of functions raised; look-ups stop at what is allocated.
 KORVALE_API int EqAnotherFunc(EquationSystem* es);
 
 /// The index of the first function of that name, or -1; a name longer than 12 characters is no function's.
@@ -86,7 +88,8 @@ KORVALE_API double EqReadVariable(EquationSystem* es, int v);
 /// Stores `flag` at position `v` of the integer buffer of `var_flags`.
 ///
 /// Deliberate: the flags that evaluation reads are bytes, written when a variable is declared. `var_flags` has no
-/// integer buffer unless the host gives it one, and without one nothing is stored.
+/// integer buffer unless the host gives it one, and without one nothing is stored. Such a buffer has to come from malloc,
+/// since it is released with the array, and to hold a number for every variable, those declared later included.
 KORVALE_API void EqReserveVariable(EquationSystem* es, int v, int flag);
 
 /// `EqSetVariable` by name. Returns 1, or -1 for an unknown name.
@@ -104,7 +107,7 @@ KORVALE_API int EqReserveVariableByName(EquationSystem* es, char* name, int flag
 /// already are skipped. A flag other than 0 reserves the variables: `EqSystemEvaluate` changes them at the end of a pass.
 ///
 /// Returns the number of variables, or -1 with the variables unchanged for a null argument, a name of more than 12
-/// letters, the name of a function, or an exhausted heap.
+/// letters, the name of a function, new names where one of the arrays wraps memory of the host, or an exhausted heap.
 KORVALE_API int EqParseVariables(EquationSystem* es, char* text, int flag);
 
 /// Fills the table of a no-argument function with `rows` rows of its values, one call each in storage order.

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "equation/internal/registry.h"
+#include "platform/internal/wrapping.h"
 
 namespace korvale::inside {
 namespace {
@@ -16,17 +17,6 @@ bool is_function(const EquationSystem& es, int32_t f)
 {
     return f >= 0 && f < length(es.funcs, DATA_TYPE_POINTER) && f < length(es.func_nargs, DATA_TYPE_INT) &&
            f < length(es.tables, DATA_TYPE_DATA) && f < length(es.table_pos, DATA_TYPE_INT);
-}
-
-/// a + b and a - b as they wrap in 32 bits.
-int32_t wrapping_sum(int32_t a, int32_t b)
-{
-    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
-}
-
-int32_t wrapping_difference(int32_t a, int32_t b)
-{
-    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
 }
 
 /// A table as one read sees it.

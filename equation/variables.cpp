@@ -155,17 +155,27 @@ bool collect(const EquationSystem& es, const char* text, Names& names)
     return true;
 }
 
-bool resize(DATAstruct& d, int32_t count)
+/// Whether variables can be appended: the arrays exist and belong to the library.
+bool can_grow(const EquationSystem& es)
+{
+    for (const DATAstruct* array : {es.var_names, es.var_vals, es.var_flags})
+        if (array == nullptr || !may_grow(*array))
+            return false;
+    return es.var_vals->count >= 0;
+}
+
+bool resize(DATAstruct& d, int32_t count, int32_t type, int32_t dim)
 {
     d.count = count;
-    return DATAReAllocate(&d) > 0 && is_filled(d);
+    return grow_cleared(d) && holds(d, type, elements(count, dim));
 }
 
 /// Changes the three arrays of the variables to `count` of them; false, with the old number, when the heap is exhausted.
 bool resize_variables(EquationSystem& es, int32_t count)
 {
     const int32_t before = es.var_vals->count;
-    if (resize(*es.var_names, count) && resize(*es.var_vals, count) && resize(*es.var_flags, count))
+    if (resize(*es.var_names, count, DATA_TYPE_BYTE, kNameBytes) && resize(*es.var_vals, count, DATA_TYPE_DOUBLE, 1) &&
+        resize(*es.var_flags, count, DATA_TYPE_BYTE, 1))
         return true;
     for (DATAstruct* array : {es.var_names, es.var_vals, es.var_flags})
         array->count = before;
@@ -176,15 +186,14 @@ bool append(EquationSystem& es, const Names& names, int flag)
 {
     const int32_t before = es.var_vals->count;
     const int64_t count = before + names.count();
-    if (elements(count, kNameBytes) > kMostElements || !resize_variables(es, static_cast<int32_t>(count)))
+    if (!can_grow(es) || elements(count, kNameBytes) > kMostElements ||
+        !resize_variables(es, static_cast<int32_t>(count)))
         return false;
     std::memcpy(es.var_names->bvals + elements(before, kNameBytes), names.added(),
                 static_cast<size_t>(elements(names.count(), kNameBytes)));
-    const int64_t flags = room(es.var_flags, DATA_TYPE_BYTE);
     for (int64_t v = before; v < count; ++v) {
         es.var_vals->dvals[v] = 0.0;
-        if (v < flags)
-            es.var_flags->bvals[v] = static_cast<uint8_t>(flag);
+        es.var_flags->bvals[v] = static_cast<uint8_t>(flag);
     }
     return true;
 }

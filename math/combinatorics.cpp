@@ -1,29 +1,8 @@
 #include "math/combinatorics.h"
 
 #include <cmath>
-#include <cstdint>
 
-namespace korvale::inside {
-namespace {
-
-/// The 32-bit product as it wraps.
-int wrapping_product(int a, int b)
-{
-    return static_cast<int>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
-}
-
-/// The truncating 32-bit quotient as it wraps; 0 for a divisor of 0.
-int wrapping_quotient(int a, int b)
-{
-    if (b == 0)
-        return 0;
-    if (b == -1)
-        return static_cast<int>(0u - static_cast<uint32_t>(a));
-    return a / b;
-}
-
-} // namespace
-} // namespace korvale::inside
+#include "platform/internal/wrapping.h"
 
 using namespace korvale::inside;
 

@@ -24,8 +24,8 @@ struct Program {
 inline bool is_equation(const EquationSystem& es, int32_t equation)
 {
     const DATAstruct* const equations = es.equations;
-    return equation >= 0 && equations != nullptr && equation < equations->count && equations->pvals != nullptr &&
-           equation < equations->alloc_count && equations->alloc_dim == kChildren;
+    return equation >= 0 && equations != nullptr && equation < equations->count &&
+           elements(equation + int64_t{1}, kChildren) <= room(equations, DATA_TYPE_DATA);
 }
 
 /// The items of any three arrays that a row may hold.

@@ -25,6 +25,9 @@ inline int64_t room(const DATAstruct* d, int32_t type)
     return d == nullptr || buffer_of(*d, type) == nullptr ? 0 : room(*d);
 }
 
+/// Changes an array to count * dim elements and clears those it gains; false where it has fewer then.
+bool grow_cleared(DATAstruct& d);
+
 /// Elements of a list of numbers or pointers that are both counted and really there, whatever the record looks like.
 int32_t careful_length(const DATAstruct* d, int32_t type);
 

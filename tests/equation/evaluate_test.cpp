@@ -92,6 +92,34 @@ TEST(EqEvaluate, FollowsTheFunctionsInDegenerateCases)
     EXPECT_TRUE(same_bits(-0.0, es.value("y = SQRT(-0)")));
 }
 
+TEST(EqEvaluate, ATwoArgumentFunctionBeforeAListIsAnOperatorThatCameEarly)
+{
+    Evaluator es;
+    es.set("x", 0.5);
+    es.set("z", -2.0);
+    EXPECT_EQ(es.value("y = ANGLE(x + 1, z)"), std::atan2(0.5, 1.0 + -2.0));
+    EXPECT_EQ(es.value("y = ADD(2, 3) * 4"), 14.0);
+    EXPECT_EQ(es.parse("y = 2 * ANGLE(x, z)"), -1);
+}
+
+TEST(EqEvaluate, NamedOperatorsKeepTheStrengthOfTheirSigns)
+{
+    Evaluator es;
+    EXPECT_EQ(es.value("y = 2 ADD 3 MULTIPLY 4"), 14.0);
+    EXPECT_EQ(es.value("y = 2 MULTIPLY 3 POWER 2 SUBTRACT 1"), 17.0);
+    EXPECT_EQ(es.value("y = 2 POWER 3 POWER 2"), 512.0);
+    EXPECT_EQ(es.value("y = 12 DIVIDE 2 DIVIDE 3"), 2.0);
+}
+
+TEST(EqEvaluate, ALetterAfterANumberDoesNotMultiply)
+{
+    Evaluator es;
+    es.set("x", 7.0);
+    EXPECT_EQ(es.value("y = 2x"), 2.0);
+    EXPECT_EQ(es.value("y = 2x + 1"), 3.0);
+    EXPECT_EQ(es.value("y = 2M"), 2.0);
+}
+
 TEST(EqEvaluate, DrawsFromThePlatformsGenerator)
 {
     Evaluator es;
@@ -487,6 +515,29 @@ TEST(EqSystemEvaluate, WhatACalledFunctionChangesDoesNotOutlastThePass)
     es.parse("y = SETZ(3)"); // after the result of z is known
     EXPECT_EQ(EqSystemEvaluate(es), 1);
     EXPECT_EQ(es.get("z"), 8.0);
+}
+
+TEST(EqSystemEvaluate, UsesTheHeapForMoreThanSixtyFourVariables)
+{
+    NEEDS_HEAP_FAILURES();
+    const auto allocations = [](int variables, int flag, bool calls_host, int equations) {
+        System es;
+        std::string names;
+        for (int i = 2; i < variables; ++i)
+            names += {static_cast<char>('a' + i / 26), static_cast<char>('a' + i % 26), ' '};
+        es.declare(names, flag);
+        es.add("TRIPLE", tripled);
+        for (int i = 0; i < equations; ++i)
+            es.parse(names.substr(static_cast<size_t>(3 * i), 3) + (calls_host ? "= TRIPLE 1" : "= SIN 1"));
+        const korvale::test::HeapWatch heap;
+        EXPECT_EQ(EqSystemEvaluate(es), 1);
+        return heap.allocations();
+    };
+    EXPECT_EQ(allocations(64, 1, true, 62), 0);
+    EXPECT_EQ(allocations(65, 0, true, 1), 1);
+    EXPECT_EQ(allocations(200, 0, false, 100), 0);
+    EXPECT_EQ(allocations(200, 1, false, 64), 0);
+    EXPECT_EQ(allocations(200, 1, false, 65), 1);
 }
 
 TEST(EqSystemEvaluate, ChangesNothingWhenItsScratchCannotBeMade)

@@ -13,6 +13,7 @@
 namespace {
 
 using korvale::test::same_bits;
+using korvale::test::state_of;
 using korvale::test::System;
 
 double doubled(double x)
@@ -297,18 +298,30 @@ TEST(EqParseEquation, AThirteenthLetterStartsTheNextName)
     EXPECT_EQ(es.of("y = twelveletterq"), "refused");
 }
 
-TEST(EqParseEquation, NumbersAndNamesMayTouch)
+TEST(EqParseEquation, ANumberMayFollowAName)
 {
     Parser es;
     EXPECT_EQ(es.of("y = x2 +"), "y = x 2 ADD");
-    EXPECT_EQ(es.of("y = 2x *"), "y = 2 x MULTIPLY");
     EXPECT_EQ(es.of("y = x.5 *"), "y = x 0.5 MULTIPLY");
-    EXPECT_EQ(es.of("y = 2x"), "refused"); // two operands
-    EXPECT_EQ(es.of("y = 1e5"), "refused");
+    EXPECT_EQ(es.of("y = x2"), "refused"); // two operands
+}
+
+TEST(EqParseEquation, ALetterThatEndsANumberIsSkipped)
+{
+    Parser es;
+    EXPECT_EQ(es.of("y = 2x"), "y = 2");
+    EXPECT_EQ(es.parse("y = 2x + 1"), 4);
+    EXPECT_EQ(es.program(), "y = 2 1 ADD");
+    EXPECT_EQ(es.of("y = 2M"), "y = 2"); // no variable of that name is asked for
+    EXPECT_EQ(es.of("y = .5x - 1"), "y = 0.5 1 SUBTRACT");
+    EXPECT_EQ(es.of("y = -2x"), "y = 2 NEGATE");
+    EXPECT_EQ(es.of("y = 2xx *"), "y = 2 x MULTIPLY"); // one letter only
+    EXPECT_EQ(es.of("y = 2xSIN x +"), "y = 2 x SIN ADD");
+    EXPECT_EQ(es.of("y = 2SIN x"), "refused"); // IN is no name
+    EXPECT_EQ(es.of("y = 2x *"), "refused");
+    EXPECT_EQ(es.of("y = 1e5"), "refused"); // 1 and 5
+    EXPECT_EQ(es.of("y = 1e5 +"), "y = 1 5 ADD");
     EXPECT_EQ(es.of("y = 0x10"), "refused");
-    EXPECT_EQ(es.of("y = 2SIN x +"), "y = 2 x SIN ADD");
-    es.declare("e");
-    EXPECT_EQ(es.of("y = 1e5 + *"), "y = 1 e 5 MULTIPLY ADD");
 }
 
 TEST(EqParseEquation, OtherCharactersOnlySeparate)
@@ -367,6 +380,58 @@ TEST(EqParseEquation, TheTwentyFirstEquationMakesRoomForFortyOne)
     EXPECT_EQ(es->equations->alloc_count, 62);
     EXPECT_EQ(es.program(0), "y = 0");
     EXPECT_EQ(es.program(20), "y = 20");
+}
+
+/// Has the array judged by count * dim, as one whose buffer a host has made.
+void wrap(DATAstruct* d, int count)
+{
+    d->count = count;
+    d->alloc_count = d->alloc_dim = -1;
+}
+
+TEST(EqParseEquation, EquationsInMemoryOfTheHostDoNotGrow)
+{
+    Parser es;
+    es.parse("y = 1");
+    es.parse("y = 2 + RAND");
+    wrap(es->equations, 2);
+    const std::string before = state_of(*es.get());
+    EXPECT_EQ(es.parse("y = 3 + RAND"), -1);
+    EXPECT_EQ(es.parse("no equals"), -1);
+    char unknown[] = "q = 1";
+    EXPECT_EQ(EqParseEquation(es, unknown), -1);
+    EXPECT_STREQ(unknown, "q = 1"); // not read
+    EXPECT_EQ(state_of(*es.get()), before);
+    EXPECT_EQ(es->equations->pvals[6], nullptr);
+    EXPECT_EQ(EqEvaluate(es, 0), 1.0);
+    EXPECT_EQ(EqSystemEvaluate(es), 1);
+    es->equations->alloc_count = 20;
+    es->equations->alloc_dim = 3;
+}
+
+TEST(EqParseEquation, CountsBeyondAnyArrayAreRefused)
+{
+    Parser es;
+    for (int count : {2147483647, 2147483640, 715827880}) {
+        es->equations->count = count;
+        EXPECT_EQ(es.parse("y = 1"), -1) << count;
+        EXPECT_EQ(es->equations->count, count);
+    }
+    es->equations->count = 0;
+    EXPECT_EQ(es.parse("y = 1"), 2);
+}
+
+TEST(EqParseEquation, RowsThatAHostCountedBeyondTheArrayAreEmpty)
+{
+    Parser es;
+    es->equations->count = 25; // there is room for 20
+    EXPECT_EQ(es.parse("y = 1"), 2);
+    EXPECT_EQ(es->equations->alloc_count, 46);
+    for (int slot = 0; slot < 75; ++slot)
+        EXPECT_EQ(es->equations->pvals[slot], nullptr);
+    EXPECT_EQ(EqEvaluate(es, 25), 1.0);
+    EXPECT_EQ(EqEvaluate(es, 24), 0.0);
+    EXPECT_EQ(EqSystemSimplify(es), 1);
 }
 
 TEST(EqParseEquation, AHundredItemsFitAndOneMoreIsRefused)
@@ -539,11 +604,23 @@ TEST(new_bi_item, RefusesAFullStackAndAFullProgram)
     EXPECT_EQ(o.top, 0);
     Operators full;
     full.add(2);
-    full.position = 100;
-    EXPECT_EQ(full.add(0), -1);
     full.position = 99;
     EXPECT_EQ(full.add(0), 1);
     EXPECT_EQ(full.position, 100);
+    EXPECT_EQ(full.add(0), -1);
+}
+
+TEST(new_bi_item, TakesTheOperatorOffTheStackThoughTheProgramIsFull)
+{
+    Operators o;
+    o.add(0);
+    o.add(2);
+    o.position = 100;
+    EXPECT_EQ(o.add(1), -1);
+    EXPECT_EQ(o.top, 50);
+    EXPECT_EQ(o.codes[50], 0);
+    EXPECT_EQ(o.position, 100);
+    EXPECT_EQ(o.counter, 5);
 }
 
 TEST(new_bi_item, RefusesWhatLeadsOutside)
@@ -565,6 +642,7 @@ TEST(new_bi_item, RefusesWhatLeadsOutside)
     EXPECT_EQ(o.add(0), -1);
     o.position = 0;
     o.kinds.ivals = nullptr;
+    o.top = 50;
     EXPECT_EQ(o.add(0), -1);
     o.stack.ivals = nullptr;
     EXPECT_EQ(o.add(-1), -1);

@@ -11,6 +11,7 @@
 
 namespace {
 
+using korvale::test::state_of;
 using korvale::test::System;
 
 double first_of(double a, double)
@@ -304,6 +305,82 @@ TEST(EqAddFunc, TheFortySecondRegistrationMakesRoomForSixtyTwo)
     EXPECT_EQ(es->funcs->count, 42);
     EXPECT_EQ(es.function("LAST"), 41);
     EXPECT_EQ(es.function("F"), 18);
+}
+
+/// Has an array judged by count * dim, as one whose buffer a host has made.
+void wrap(DATAstruct* d, int count)
+{
+    d->count = count;
+    d->alloc_count = d->alloc_dim = -1;
+}
+
+void unwrap(DATAstruct* d, int count)
+{
+    d->alloc_count = count;
+    d->alloc_dim = d->dim;
+}
+
+TEST(EqAddFunc, ARegistryInMemoryOfTheHostDoesNotGrow)
+{
+    System es;
+    DATAstruct* const arrays[] = {es->funcs, es->func_nargs, es->func_names, es->tables, es->table_pos};
+    for (DATAstruct* array : arrays)
+        wrap(array, 18);
+    const std::string before = state_of(*es.get());
+    EXPECT_EQ(es.add("F", doubled), -1);
+    EXPECT_EQ(es.add("F", first_of), -1);
+    EXPECT_EQ(es.add("F", forty_two), -1);
+    EXPECT_EQ(EqAnotherFunc(es), -1);
+    EXPECT_EQ(state_of(*es.get()), before);
+    EXPECT_EQ(es->funcs->pvals[18], nullptr);
+    EXPECT_EQ(es->tables->pvals[18], nullptr);
+    EXPECT_STREQ(name_of(es, 18), "");
+    EXPECT_EQ(es.function("ANGLE"), 17);
+    for (DATAstruct* array : arrays)
+        unwrap(array, 20);
+}
+
+TEST(EqAddFunc, OneArrayInMemoryOfTheHostStopsGrowth)
+{
+    for (int which = 0; which < 5; ++which) {
+        System es;
+        es.add("A", doubled);
+        es.add("B", doubled);
+        DATAstruct* const arrays[] = {es->funcs, es->func_nargs, es->func_names, es->tables, es->table_pos};
+        wrap(arrays[which], 20);
+        const std::string before = state_of(*es.get());
+        EXPECT_EQ(es.add("C", doubled), -1) << which;
+        EXPECT_EQ(state_of(*es.get()), before) << which;
+        unwrap(arrays[which], 20);
+        EXPECT_EQ(es.add("C", doubled), 1) << which;
+    }
+}
+
+TEST(EqAddFunc, FunctionsThatFitIntoTheHostsMemoryAreAdded)
+{
+    System es;
+    DATAstruct* const others[] = {es->func_nargs, es->func_names, es->tables, es->table_pos};
+    for (DATAstruct* array : others)
+        wrap(array, 20);
+    EXPECT_EQ(es.add("A", doubled), 1);
+    EXPECT_EQ(es.add("B", doubled), 1);
+    EXPECT_EQ(es.add("C", doubled), -1);
+    EXPECT_EQ(es->funcs->count, 20);
+    EXPECT_EQ(es.function("B"), 19);
+    for (DATAstruct* array : others)
+        unwrap(array, 20);
+}
+
+TEST(EqAnotherFunc, CountsBeyondAnyArrayAreRefused)
+{
+    System es;
+    for (int count : {2147483647, 2147483630, -1, -2147483647 - 1}) {
+        es->funcs->count = count;
+        EXPECT_EQ(EqAnotherFunc(es), -1) << count;
+        EXPECT_EQ(es.function("SIN"), count < 0 ? -1 : 6);
+    }
+    es->funcs->count = 18;
+    EXPECT_EQ(EqAnotherFunc(es), 18);
 }
 
 TEST(EqAnotherFunc, ReservesANamelessSlotWithAnEmptyTable)

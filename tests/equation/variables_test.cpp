@@ -168,6 +168,26 @@ TEST(EqParseVariables, AnExhaustedHeapIsRefusedForLongListsToo)
     }
 }
 
+TEST(EqParseVariables, VariablesInMemoryOfTheHostDoNotGrow)
+{
+    for (int which = 0; which < 4; ++which) { // one of the three arrays, or all
+        System es;
+        es.declare("a b", 3);
+        es.set("a", 4.0);
+        DATAstruct* const arrays[] = {es->var_names, es->var_vals, es->var_flags};
+        for (int i = 0; i < 3; ++i)
+            if (which == i || which == 3)
+                arrays[i]->alloc_count = arrays[i]->alloc_dim = -1;
+        const std::string before = state_of(*es.get());
+        const double* const values = es->var_vals->dvals;
+        EXPECT_EQ(es.declare("c d"), -1) << which;
+        EXPECT_EQ(state_of(*es.get()), before) << which;
+        EXPECT_EQ(es->var_vals->dvals, values) << which;
+        EXPECT_EQ(es.declare("b a PI"), 4) << which; // nothing to add
+        EXPECT_EQ(es.get("PI"), 3.141592653589793) << which;
+    }
+}
+
 TEST(EqParseVariables, DeclaresManyNames)
 {
     System es;

@@ -402,6 +402,8 @@ int EquationModel::parse_equation(std::string& text)
                 while (is_number_part(expression[end]))
                     ++end;
                 parse.number(expression.substr(at, end - at));
+                if (is_letter(expression[end]))
+                    ++end; // examined as an operator, which it is not
             } else {
                 end = at + 1;
                 parse.character(expression[at]);
