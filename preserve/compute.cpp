@@ -10,8 +10,8 @@
 #include "preserve/internal/mesh.h"
 
 // Steepest descent. A step is as long as the energy, along the force; while the energy has not fallen, half of what is
-// left of it is taken back. Most of the time goes into trials that are too long, so their energies are only summed until
-// they are known to be too high. The positions that are kept have always been evaluated in full.
+// left of it is taken back. Most of the time goes into trials that are too long, so their energies are only summed
+// until they are known to be too high. The positions that are kept have always been evaluated in full.
 namespace korvale::inside {
 namespace {
 
@@ -60,8 +60,8 @@ double magnitude(const Motion& m)
     return std::sqrt(sum);
 }
 
-/// Takes a whole step. Returns whether start and step are so short that no trial on the way can come to a number that is
-/// not finite.
+/// Takes a whole step. Returns whether start and step are so short that no trial on the way can come to a number that
+/// is not finite.
 bool advance(const Motion& m, double step)
 {
     bool is_short = true;
@@ -79,10 +79,25 @@ void retreat(const Motion& m, double step, double share)
         m.x[q] -= step * m.f[q] * share;
 }
 
-bool are_finite(const DATAstruct* measures, int64_t n)
+bool are_finite(const double* values, int64_t n)
 {
-    const double* const values = measures_in(measures, n);
-    return values == nullptr || std::all_of(values, values + n, [](double v) { return std::isfinite(v); });
+    return std::all_of(values, values + n, [](double v) { return std::isfinite(v); });
+}
+
+/// Whether the references of all edges and corners are numbers. Of a list longer than its faces the end was never
+/// measured.
+bool has_finite_references(const PreserveStatus& s)
+{
+    const Edges edges = edges_of(s);
+    const Faces faces = faces_of(s);
+    const double* const lengths = measures_in(s.olen, edges.count);
+    const double* const cosines = measures_in(s.ofang, faces.corner_count);
+    bool are_sound = lengths == nullptr || are_finite(lengths, edges.count);
+    if (cosines != nullptr)
+        for_each_face(faces, [&](const int32_t*, int32_t n, int32_t first, int32_t) {
+            are_sound = are_sound && are_finite(cosines + first, n);
+        });
+    return are_sound;
 }
 
 /// Whether every energy at finite positions that are not too far out is a number, and none is negative: weights are
@@ -92,8 +107,7 @@ bool has_sound_terms(const PreserveStatus& s)
     for (int slot = 0; slot < 4; ++slot)
         if ((s.flags & 1 << slot) != 0 && !(s.weights[slot] > 0.0 && std::isfinite(s.weights[slot])))
             return false;
-    return std::isfinite(s.ovolume) && std::isfinite(s.oarea) && are_finite(s.olen, edges_of(s).count) &&
-           are_finite(s.ofang, faces_of(s).corner_count);
+    return std::isfinite(s.ovolume) && std::isfinite(s.oarea) && has_finite_references(s);
 }
 
 /// Evaluates one trial of a step, but only until its energy is known to reach `bound`, which is then what stands in

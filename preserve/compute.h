@@ -14,7 +14,10 @@
 /// Returns 1, or -1, with nothing changed, for a null status or an array that is not points, has another count than the
 /// reference points or lacks its buffer.
 ///
-/// Deliberate: energy without force (all points tagged, say) makes the step infinite and the coordinates NaN.
+/// Deliberate: without force the step is infinite, or 0 / 0, and all coordinates become NaN, those of tagged points
+/// included. There is energy without force when all points that could lower it are tagged, and when volume or area
+/// alone is off by less than 1e-06, as the rounding of a rigid move leaves it. There is neither when an energy falls to
+/// exactly 0.0 before the last iteration; one iteration a call stops there.
 KORVALE_API int PreserveCompute(PreserveStatus* status, DATAstruct* points, int iterations);
 
 /// Evaluates energy and force at `points` and copies the force, [points][3] doubles, to `force_out`, which is shaped as

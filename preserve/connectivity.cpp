@@ -7,35 +7,55 @@
 
 #include "data/internal/scratch.h"
 #include "data/internal/shape.h"
-#include "preserve/internal/mesh.h"
 
 namespace korvale::inside {
 namespace {
 
+/// Whether every index is that of a point.
 bool are_points(const int32_t* indices, int64_t count, int32_t points)
 {
     return std::all_of(indices, indices + count, [=](int32_t i) { return i >= 0 && i < points; });
 }
 
-/// The corners of all faces, or -1 where a size is negative or they are more than `most`.
-int64_t total_corners(const int32_t* sizes, int32_t faces, int64_t most)
+/// Whether `wanted` ints of `d` can be read. A buffer of the host has what the host says it has: nobody has to set the
+/// dims of these arrays.
+bool has_ints(const DATAstruct& d, int64_t wanted)
 {
-    int64_t total = 0;
-    for (int32_t f = 0; f < faces; ++f) {
-        if (sizes[f] < 0)
-            return -1;
-        total += sizes[f];
-        if (total > most)
-            return -1;
+    return wanted <= kMostElements && (is_wrapped(d) || wanted <= room(d));
+}
+
+/// Whether every corner of every face is in the list and at one of the points. What no face uses is not looked at.
+bool are_sound(const Faces& faces, int32_t points)
+{
+    int32_t first = 0, reach = 0; // faces follow each other, or lead back: all corners below `reach` are used
+    for (int32_t f = 0; f < faces.count; ++f) {
+        const int32_t n = faces.sizes[f];
+        if (n > 0 && (first < 0 || n > faces.corner_count - first))
+            return false;
+        if (n > 0 && first <= reach)
+            reach = std::max(reach, first + n);
+        else if (n > 0 && !are_points(faces.corners + first, n, points)) // sums that wrapped left a gap
+            return false;
+        first = next_start(first, n);
     }
-    return total;
+    return are_points(faces.corners, reach, points);
+}
+
+/// The corners that all faces have, or `most` where they are more.
+int32_t count_corners(const Faces& faces, int32_t most)
+{
+    int64_t corners = 0;
+    for (int32_t f = 0; f < faces.count; ++f)
+        corners += std::max(faces.sizes[f], 0);
+    return static_cast<int32_t>(std::min<int64_t>(corners, most));
 }
 
 /// Tells edges found before from new ones: a hash table with open addressing of the edges listed in `ends`.
 class EdgeTable {
 public:
     /// For at most `most` edges, of which usually half are found.
-    EdgeTable(int32_t* ends, int32_t most) : ends_(ends), mask_(slots_for(most) - 1), slots_(int64_t{mask_} + 1)
+    EdgeTable(int32_t* ends, int32_t most)
+        : ends_(ends), most_(most), mask_(slots_for(most) - 1), slots_(int64_t{mask_} + 1)
     {
         if (exists())
             std::memset(slots_.get(), 0xff, (size_t{mask_} + 1) * sizeof(int32_t));
@@ -44,17 +64,20 @@ public:
     bool exists() const { return slots_.exists(); }
     int32_t found() const { return found_; }
 
-    /// Lists the edge a, b, a <= b, unless it is listed.
-    void note(int32_t a, int32_t b)
+    /// Lists the edge a, b, a <= b, unless it is listed. False where it finds no room.
+    bool note(int32_t a, int32_t b)
     {
         uint32_t slot = first_slot(a, b);
         for (; slots_[slot] != kEmpty; slot = (slot + 1) & mask_)
             if (ends_[2 * int64_t{slots_[slot]}] == a && ends_[2 * int64_t{slots_[slot]} + 1] == b)
-                return;
+                return true;
+        if (found_ == most_)
+            return false;
         slots_[slot] = found_;
         ends_[2 * int64_t{found_}] = a;
         ends_[2 * int64_t{found_} + 1] = b;
         ++found_;
+        return true;
     }
 
 private:
@@ -74,42 +97,55 @@ private:
     }
 
     int32_t* ends_;
+    int32_t most_;
     uint32_t mask_;
     Scratch<int32_t> slots_;
     int32_t found_ = 0;
 };
 
-/// Writes the edges of all faces to `ends`, which has room for one per corner, and returns how many they are. None
-/// without memory.
-int32_t find_edges(const int32_t* sizes, int32_t faces, const int32_t* corners, int32_t most, int32_t* ends)
+/// Lists the edges of all faces until, after a face, `room` of them are found. False where a face has more.
+bool list_edges(const Faces& faces, int32_t room, EdgeTable& table)
 {
-    EdgeTable table(ends, most);
-    if (!table.exists())
-        return 0;
-    for (int32_t f = 0; f < faces; corners += sizes[f++])
-        for (int32_t k = 0; k < sizes[f]; ++k) {
-            const int32_t here = corners[k], next = corners[k + 1 == sizes[f] ? 0 : k + 1];
-            table.note(std::min(here, next), std::max(here, next));
+    int32_t first = 0;
+    for (int32_t f = 0; f < faces.count && table.found() < room; ++f) {
+        const int32_t n = faces.sizes[f];
+        for (int32_t k = 0; k < n; ++k) {
+            const int32_t here = faces.corners[first + k], next = faces.corners[k + 1 == n ? first : first + k + 1];
+            if (!table.note(std::min(here, next), std::max(here, next)))
+                return false;
         }
-    return table.found();
+        first = next_start(first, n);
+    }
+    return true;
 }
 
-void clear(const DATAstruct& counts)
+void release(DATAstruct*& d)
 {
-    std::memset(counts.ivals, 0, static_cast<size_t>(counts.count) * sizeof(int32_t));
+    DATADispose(d);
+    std::free(d);
+    d = nullptr;
+}
+
+/// How many edges each point has, an edge from a point to itself counted twice.
+void count_edges(const Edges& edges, DATAstruct& counts)
+{
+    std::fill(counts.ivals, counts.ivals + counts.count, 0);
+    for (int64_t i = 0; i < elements(edges.count, 2); ++i)
+        ++counts.ivals[edges.ends[i]];
 }
 
 } // namespace
 
-DATAstruct* new_ints(int32_t count, int32_t dim)
+DATAstruct* new_array(int32_t count, int32_t dim, int32_t type)
 {
-    DATAstruct* const d = DATANew();
+    DATAstruct* d = DATANew();
     if (d == nullptr)
         return nullptr;
     d->dim = dim;
     d->count = count;
-    d->type = DATA_TYPE_INT;
-    DATAAllocate(d);
+    d->type = type;
+    if (DATAAllocate(d) < 0 && count > 0)
+        release(d);
     return d;
 }
 
@@ -120,88 +156,93 @@ bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATA
         return false;
     if (edges != nullptr) {
         const int64_t ends = elements(edges->count, 2);
-        if (ends > kMostElements || !holds(*edges, DATA_TYPE_INT, ends) ||
-            !are_points(edges->ivals, ends, points.count))
+        if (!has_ints(*edges, ends) || !are_points(edges->ivals, ends, points.count))
             return false;
     }
     if (face_sizes == nullptr || face_points == nullptr)
         return true;
     if (edges == nullptr && elements(face_points->count, 2) > kMostElements)
         return false;
-    if (!holds(*face_sizes, DATA_TYPE_INT, face_sizes->count) ||
-        !holds(*face_points, DATA_TYPE_INT, face_points->count))
-        return false;
-    const int64_t corners = total_corners(face_sizes->ivals, face_sizes->count, face_points->count);
-    return corners >= 0 && are_points(face_points->ivals, corners, points.count);
+    const int32_t corners =
+        has_ints(*face_points, face_points->count) ? face_points->count : static_cast<int32_t>(room(*face_points));
+    return has_ints(*face_sizes, face_sizes->count) &&
+           are_sound({face_sizes->ivals, face_points->ivals, face_sizes->count, corners}, points.count);
 }
 
-DATAstruct* new_starts(const DATAstruct& face_sizes)
+DATAstruct* new_starts(const Faces& faces)
 {
-    DATAstruct* const starts = new_ints(face_sizes.count, 1);
-    if (!is_made(starts))
-        return starts;
+    DATAstruct* const starts = new_array(faces.count, 1, DATA_TYPE_INT);
+    if (starts == nullptr)
+        return nullptr;
     int32_t start = 0;
-    for (int32_t f = 0; f < face_sizes.count; ++f) {
+    for (int32_t f = 0; f < faces.count; ++f) {
         starts->ivals[f] = start;
-        start += face_sizes.ivals[f];
+        start = next_start(start, faces.sizes[f]);
     }
     return starts;
 }
 
-DATAstruct* new_edges(const DATAstruct& face_sizes, const DATAstruct& face_points)
+bool find_edges(const Faces& faces, DATAstruct*& edges)
 {
-    DATAstruct* const edges = new_ints(face_points.count, 2);
-    if (!is_made(edges)) {
-        std::free(edges);
-        return nullptr;
+    const int32_t room = count_corners(faces, faces.corner_count);
+    edges = new_array(std::max(room, 1), 2, DATA_TYPE_INT);
+    if (edges == nullptr)
+        return true;
+    EdgeTable table(edges->ivals, room);
+    const bool fits = table.exists() && list_edges(faces, faces.corner_count, table);
+    if (!fits) {
+        release(edges);
+        return !table.exists();
     }
-    edges->count = find_edges(face_sizes.ivals, face_sizes.count, face_points.ivals, face_points.count, edges->ivals);
+    edges->count = table.found();
     DATAReAllocate(edges);
-    return edges;
+    return true;
 }
 
+// Each point's run is filled at a cursor of its own, for which the counts stand in meanwhile.
 void group_by_point(PreserveStatus& s)
 {
-    const int32_t points = s.points->count, edges = s.edges->count;
-    const int32_t* const ends = s.edges->ivals;
-
-    s.point_edge_count = new_ints(points, 1);
-    s.point_edge_start = new_ints(points, 1);
-    s.point_edges = new_ints(2 * edges, 1);
-    if (s.face_points != nullptr)
-        s.point_faces = new_ints(2 * edges, 1);
-    if (!is_made(s.point_edge_count) || !is_made(s.point_edge_start))
+    const Edges edges = edges_of(s);
+    const int32_t points = s.points->count;
+    s.point_edge_count = new_array(points, 1, DATA_TYPE_INT);
+    if (s.point_edge_count == nullptr)
         return;
-    int32_t* const count = s.point_edge_count->ivals;
+    count_edges(edges, *s.point_edge_count);
+    s.point_edge_start = new_array(points, 1, DATA_TYPE_INT);
+    if (s.point_edge_start == nullptr)
+        return;
     int32_t* const start = s.point_edge_start->ivals;
-
-    clear(*s.point_edge_count);
-    for (int32_t i = 0; i < 2 * edges; ++i)
-        ++count[ends[i]];
-    int32_t next_start = 0;
+    int32_t* const cursor = s.point_edge_count->ivals;
+    int32_t slots = 0;
     for (int32_t v = 0; v < points; ++v) {
-        start[v] = next_start;
-        next_start += count[v];
+        start[v] = slots;
+        slots += cursor[v];
+        cursor[v] = start[v];
     }
 
-    if (is_made(s.point_faces)) {
+    if (s.face_points != nullptr)
+        s.point_faces = new_array(slots, 1, DATA_TYPE_INT);
+    if (s.point_faces != nullptr) {
         int32_t* const grouped = s.point_faces->ivals;
-        std::fill(grouped, grouped + 2 * edges, -1);
-        clear(*s.point_edge_count);
-        const int32_t* corner = s.face_points->ivals;
-        for (int32_t f = 0; f < s.face_sizes->count; ++f)
-            for (int32_t k = 0; k < s.face_sizes->ivals[f]; ++k, ++corner) {
-                const int64_t place = int64_t{start[*corner]} + count[*corner]++;
-                if (place < 2 * edges) // Deliberate: beyond the point's own run as well
-                    grouped[place] = f;
+        std::fill(grouped, grouped + slots, -1);
+        for_each_face(faces_of(s), [=](const int32_t* corners, int32_t n, int32_t, int32_t f) {
+            for (int32_t k = 0; k < n; ++k) {
+                int32_t& place = cursor[corners[k]];
+                if (place < slots) // Deliberate: beyond the point's own run as well
+                    grouped[place++] = f;
             }
+        });
+        std::copy(start, start + points, cursor);
     }
 
-    if (!is_made(s.point_edges))
-        return;
-    clear(*s.point_edge_count);
-    for (int32_t i = 0; i < 2 * edges; ++i)
-        s.point_edges->ivals[start[ends[i]] + count[ends[i]]++] = i / 2;
+    s.point_edges = new_array(slots, 1, DATA_TYPE_INT);
+    if (s.point_edges != nullptr)
+        for (int32_t e = 0; e < edges.count; ++e)
+            for (int end = 0; end < 2; ++end)
+                s.point_edges->ivals[cursor[edges.ends[2 * int64_t{e} + end]]++] = e;
+
+    for (int32_t v = 0; v < points; ++v)
+        cursor[v] = (v + 1 < points ? start[v + 1] : slots) - start[v];
 }
 
 } // namespace korvale::inside

@@ -77,7 +77,7 @@ double add_energies(const AngleTerm& term, double energy, const Refusal& refusal
     int32_t first = 0;
     for (int32_t f = 0; f < term.faces.count && !refusal.is_due(energy); ++f) {
         energy = add_face_energies(term, f, first, energy);
-        first += term.faces.sizes[f];
+        first = next_start(first, term.faces.sizes[f]);
     }
     return energy;
 }

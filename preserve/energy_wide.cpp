@@ -82,7 +82,7 @@ KORVALE_AVX2 double add_energies_wide(const AngleTerm& angle_term, double energy
         if (!are_four_triangles(faces.sizes, faces.count, f) ||
             !corner_cosines(term.p, faces.corners + first, cosines)) {
             energy = add_face_energies(term, f, first, energy);
-            first += faces.sizes[f++];
+            first = next_start(first, faces.sizes[f++]);
             continue;
         }
         double energies[12];
@@ -105,7 +105,7 @@ KORVALE_AVX2 void measure_faces_wide(const double* p, const Faces& faces, double
         const int32_t* const corners = faces.corners + first;
         if (!are_four_triangles(faces.sizes, faces.count, f)) {
             add_face_measures(p, corners, faces.sizes[f], volume_sum, area_sum);
-            first += faces.sizes[f++];
+            first = next_start(first, faces.sizes[f++]);
             continue;
         }
         const Quad3 p0 = points_at(p, corners, 3), p1 = points_at(p, corners + 1, 3), p2 = points_at(p, corners + 2, 3);

@@ -66,7 +66,7 @@ void turn_faces(const AngleTerm& term, double* force)
     int32_t first = 0;
     for (int32_t f = 0; f < term.faces.count; ++f) {
         turn_face(term, f, first, force);
-        first += term.faces.sizes[f];
+        first = next_start(first, term.faces.sizes[f]);
     }
 }
 
@@ -76,8 +76,9 @@ void press_faces(const double* p, const Faces& faces, double pressure, double* f
     if (has_avx2())
         return press_faces_wide(p, faces, pressure, force);
 #endif
-    for_each_face(faces,
-                  [=](const int32_t* corners, int32_t n, int32_t) { press_face(p, corners, n, pressure, force); });
+    for_each_face(faces, [=](const int32_t* corners, int32_t n, int32_t, int32_t) {
+        press_face(p, corners, n, pressure, force);
+    });
 }
 
 void tighten_faces(const double* p, const Faces& faces, double tension, double* force)
@@ -86,8 +87,9 @@ void tighten_faces(const double* p, const Faces& faces, double tension, double* 
     if (has_avx2())
         return tighten_faces_wide(p, faces, tension, force);
 #endif
-    for_each_face(faces,
-                  [=](const int32_t* corners, int32_t n, int32_t) { tighten_face(p, corners, n, tension, force); });
+    for_each_face(faces, [=](const int32_t* corners, int32_t n, int32_t, int32_t) {
+        tighten_face(p, corners, n, tension, force);
+    });
 }
 
 } // namespace

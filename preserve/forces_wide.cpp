@@ -58,8 +58,8 @@ KORVALE_AVX2_INLINE Turn turn_of(const Arms& arms, Quad c)
             across * arms.a + along_b * arms.b, along_a * arms.a + across * arms.b};
 }
 
-/// Computes the contributions of the corners of four triangles. False where a corner may have none: it has its reference
-/// cosine, or a neighbour at its own place.
+/// Computes the contributions of the corners of four triangles. False where a corner may have none: it has its
+/// reference cosine, or a neighbour at its own place.
 KORVALE_AVX2_INLINE bool turn_four(const AngleTerm& term, int32_t first, Turns& turns)
 {
     const int32_t* const corners = term.faces.corners + first;
@@ -148,7 +148,7 @@ KORVALE_AVX2 void turn_faces_wide(const AngleTerm& angle_term, double* force)
         Turns turns;
         if (!are_four_triangles(faces.sizes, faces.count, f) || !turn_four(term, first, turns)) {
             turn_face(term, f, first, force);
-            first += faces.sizes[f++];
+            first = next_start(first, faces.sizes[f++]);
             continue;
         }
         for (int t = 0; t < 4; ++t, ++f, first += 3) {
@@ -168,7 +168,7 @@ KORVALE_AVX2 void press_faces_wide(const double* p, const Faces& all_faces, doub
         const int32_t* const corners = faces.corners + first;
         if (!are_four_triangles(faces.sizes, faces.count, f)) {
             press_face(p, corners, faces.sizes[f], pressure, force);
-            first += faces.sizes[f++];
+            first = next_start(first, faces.sizes[f++]);
             continue;
         }
         const Quad3 p0 = points_at(p, corners, 3), p1 = points_at(p, corners + 1, 3), p2 = points_at(p, corners + 2, 3);
@@ -190,7 +190,7 @@ KORVALE_AVX2 void tighten_faces_wide(const double* p, const Faces& all_faces, do
         const int32_t* const corners = faces.corners + first;
         if (!are_four_triangles(faces.sizes, faces.count, f)) {
             tighten_face(p, corners, faces.sizes[f], tension, force);
-            first += faces.sizes[f++];
+            first = next_start(first, faces.sizes[f++]);
             continue;
         }
         const Quad3 p0 = points_at(p, corners, 3), p1 = points_at(p, corners + 1, 3), p2 = points_at(p, corners + 2, 3);

@@ -93,8 +93,9 @@ void measure_faces(const double* p, const Faces& faces, double& volume, double& 
         return measure_faces_wide(p, faces, volume, area);
 #endif
     volume = area = 0.0;
-    for_each_face(faces,
-                  [&](const int32_t* corners, int32_t n, int32_t) { add_face_measures(p, corners, n, volume, area); });
+    for_each_face(faces, [&](const int32_t* corners, int32_t n, int32_t, int32_t) {
+        add_face_measures(p, corners, n, volume, area);
+    });
 }
 
 } // namespace korvale::inside

@@ -29,18 +29,6 @@ DATAstruct* unless_empty(DATAstruct* d)
     return d == nullptr || d->count < 1 || d->ivals == nullptr ? nullptr : d;
 }
 
-DATAstruct* new_forces(int32_t points)
-{
-    DATAstruct* const force = DATANew();
-    if (force == nullptr)
-        return nullptr;
-    force->dim = 3;
-    force->count = points;
-    force->type = DATA_TYPE_DOUBLE;
-    DATAAllocate(force);
-    return force;
-}
-
 void reset(PreserveStatus& s)
 {
     s.flags = 0;
@@ -93,6 +81,9 @@ int PreserveInitialize(PreserveStatus* status, DATAstruct* points, DATAstruct* e
         face_points = nullptr;
     if (!is_sound_mesh(*points, edges, face_sizes, face_points))
         return -1;
+    const Faces faces = faces_in(face_sizes, face_points);
+    if (edges == nullptr && faces.count > 0 && !find_edges(faces, edges))
+        return -1;
 
     PreserveStatus& s = *status;
     reset(s);
@@ -100,13 +91,10 @@ int PreserveInitialize(PreserveStatus* status, DATAstruct* points, DATAstruct* e
     s.edges = edges;
     s.face_sizes = face_sizes;
     s.face_points = face_points;
-    s.force = new_forces(points->count);
-    if (face_points != nullptr) {
-        s.face_starts = new_starts(*face_sizes);
-        if (edges == nullptr)
-            s.edges = new_edges(*face_sizes, *face_points);
-    }
-    if (s.edges != nullptr)
+    s.force = new_array(points->count, 3, DATA_TYPE_DOUBLE);
+    if (faces.count > 0)
+        s.face_starts = new_starts(faces);
+    if (edges != nullptr)
         group_by_point(s);
     return 1;
 }

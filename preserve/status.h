@@ -55,18 +55,27 @@ struct PreserveStatus {
 
 /// Takes a mesh over into `status`: its points and its connectivity, either edges or faces or both.
 ///
-/// `edges` [n][2], `face_sizes` [faces] and `face_points` [corners] are ints; each may be null or empty. Without edges
-/// they are built from the faces: one for every pair of neighbouring corners, in order of first appearance, the smaller
-/// index first. Face points without face sizes are forgotten; face sizes without face points are kept, but switch no
-/// term on. Kinds and dims of the three arrays are not looked at. A face may have any number of corners, also none.
+/// `edges` [n][2], `face_sizes` [faces] and `face_points` [corners] are ints; each may be null or empty, and one
+/// without an int buffer (its kind was left at doubles, say) counts as empty. Without edges they are built from the
+/// faces: one for every pair of neighbouring corners, in order of first appearance, the smaller index first. Face
+/// points without face sizes are forgotten; face sizes without face points are kept, but switch no term on. A face may
+/// have any number of corners, also none. Kinds and dims of the three arrays are not looked at: memory that a host
+/// wraps is taken to have what count says.
 ///
 /// Resets flags, tags, masses, the connectivity and the weights, and makes `force`. The measures, their arrays,
 /// `cur_points` and `energy` keep what they hold, which is why the record starts out zero-filled.
 ///
-/// Returns 1, or -1, with nothing changed, for a null status, `points` that are none, a point index outside
-/// 0 .. points - 1, a negative face size, more corners in the faces than in the list, an array longer than its buffer,
-/// or sizes beyond 2^31 - 1. Only what is used is examined: no faces when one of their arrays is missing. When the heap
-/// is exhausted the arrays that could not be made are missing, and so are the terms that need them.
+/// Returns 1, or -1, with nothing changed, for a null status, `points` that are none, a point index outside 0 .. points
+/// - 1, a face with corners outside the list, edges or face sizes longer than their buffers, or sizes beyond 2^31 - 1.
+/// Only what is used is examined: no positions (`PreservePreserve` looks at those), no faces when one of their arrays
+/// is missing, no corners behind those of the faces.
+///
+/// When the heap is exhausted, arrays are missing: each is made whole or is null, and the terms that need it cannot be
+/// switched on.
+///
+/// Deliberate: a negative face size is a face without corners after which the next one starts so many corners earlier.
+/// Faces that share corners in this way may have more edges than the list is long, which returns -1 where edges are
+/// built; where they have as many, the faces after that add none.
 ///
 /// Deliberate: nothing that `status` owns is released, so `PreserveDispose` before a second call.
 ///

@@ -40,34 +40,41 @@ inline Edges edges_of(const PreserveStatus& s)
     return {s.edges->ivals, s.edges->count};
 }
 
-/// Whether an int array has its elements.
-inline bool is_made(const DATAstruct* d)
-{
-    return d != nullptr && d->ivals != nullptr;
-}
-
 struct Faces {
-    const int32_t* sizes;   // [count] corners of each face
+    const int32_t* sizes;   // [count] corners of each face; none where negative, which leads back in the list
     const int32_t* corners; // [corner_count] the point of each corner
     int32_t count;
     int32_t corner_count;
 };
 
-inline Faces faces_of(const PreserveStatus& s)
+inline Faces faces_in(const DATAstruct* sizes, const DATAstruct* points)
 {
-    if (s.face_sizes == nullptr || s.face_points == nullptr)
+    if (sizes == nullptr || points == nullptr)
         return {nullptr, nullptr, 0, 0};
-    return {s.face_sizes->ivals, s.face_points->ivals, s.face_sizes->count, s.face_points->count};
+    return {sizes->ivals, points->ivals, sizes->count, points->count};
 }
 
-/// Calls visit(corners, n, first) for every face: the points of its n corners, and the first corner's place in the list.
+inline Faces faces_of(const PreserveStatus& s)
+{
+    return faces_in(s.face_sizes, s.face_points);
+}
+
+/// Where the next face starts in the list. Sums wrap: they lead nowhere then, and no face with corners starts there.
+inline int32_t next_start(int32_t start, int32_t size)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(start) + static_cast<uint32_t>(size));
+}
+
+/// Calls visit(corners, n, first, f) for every face f with corners: their n points, and the first corner's place in the
+/// list.
 template <class Visit>
 void for_each_face(const Faces& faces, Visit visit)
 {
     int32_t first = 0;
     for (int32_t f = 0; f < faces.count; ++f) {
-        visit(faces.corners + first, faces.sizes[f], first);
-        first += faces.sizes[f];
+        if (faces.sizes[f] > 0)
+            visit(faces.corners + first, faces.sizes[f], first, f);
+        first = next_start(first, faces.sizes[f]);
     }
 }
 
@@ -83,8 +90,9 @@ void for_each_corner_of(const int32_t* corners, int32_t n, int32_t first, Visit 
 template <class Visit>
 void for_each_corner(const Faces& faces, Visit visit)
 {
-    for_each_face(
-        faces, [&](const int32_t* corners, int32_t n, int32_t first) { for_each_corner_of(corners, n, first, visit); });
+    for_each_face(faces, [&](const int32_t* corners, int32_t n, int32_t first, int32_t) {
+        for_each_corner_of(corners, n, first, visit);
+    });
 }
 
 /// Which points are held fixed.

@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-// Four doubles at a time, one from each of four edges or triangles. Every operation rounds as its scalar twin does, so a
-// lane holds the bits that plain code would have computed. All of this may only be called from functions compiled for
+// Four doubles at a time, one from each of four edges or triangles. Every operation rounds as its scalar twin does, so
+// a lane holds the bits that plain code would have computed. All of this may only be called from functions compiled for
 // AVX2.
 #define KORVALE_AVX2 __attribute__((target("avx2")))
 #define KORVALE_AVX2_INLINE __attribute__((target("avx2"), always_inline)) inline

@@ -183,6 +183,27 @@ Mesh random_soup(Random& random, int points, int faces)
     return mesh;
 }
 
+Mesh random_overlapping_soup(Random& random, int points, int faces)
+{
+    Mesh mesh = random_soup(random, points, faces);
+    std::vector<int> sizes;
+    int start = 0, reach = 0;
+    for (int n : mesh.sizes) {
+        if (random.one_in(3) && start > 0) {
+            sizes.push_back(-random.between(1, start));
+            start += sizes.back();
+        }
+        sizes.push_back(n);
+        start += n;
+        reach = std::max(reach, start);
+    }
+    mesh.sizes = sizes;
+    mesh.corners.resize(static_cast<size_t>(reach));
+    if (random.one_in(2))
+        mesh.corners.push_back(random.below(points));
+    return mesh;
+}
+
 Mesh triangulated(const Mesh& quads)
 {
     Mesh mesh;

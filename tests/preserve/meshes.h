@@ -37,6 +37,10 @@ Mesh random_closed_mesh(Random& random);
 /// Faces of 0 to 7 corners anywhere among `points` points, repeated corners and faces included; nothing is closed.
 Mesh random_soup(Random& random, int points, int faces);
 
+/// The same with negative sizes in between, which lead back so that faces share corners of the list, and sometimes with
+/// corners behind the last face.
+Mesh random_overlapping_soup(Random& random, int points, int faces);
+
 /// Each quad as two triangles.
 Mesh triangulated(const Mesh& quads);
 

@@ -146,11 +146,11 @@ void add_energy(PreserveStatus& s, int slot, double measure, double reference)
 std::vector<int> edges(const std::vector<int>& sizes, const std::vector<int>& corners)
 {
     std::vector<int> found;
-    size_t first = 0;
+    int first = 0;
     for (int n : sizes) {
         for (int k = 0; k < n; ++k) {
-            const int here = corners[first + static_cast<size_t>(k)];
-            const int next = corners[first + static_cast<size_t>((k + 1) % n)];
+            const int here = corners[static_cast<size_t>(first + k)];
+            const int next = corners[static_cast<size_t>(first + (k + 1) % n)];
             const int a = std::min(here, next), b = std::max(here, next);
             bool is_known = false;
             for (size_t e = 0; e < found.size() && !is_known; e += 2)
@@ -158,9 +158,46 @@ std::vector<int> edges(const std::vector<int>& sizes, const std::vector<int>& co
             if (!is_known)
                 found.insert(found.end(), {a, b});
         }
-        first += static_cast<size_t>(n);
+        if (found.size() == 2 * corners.size())
+            break;
+        first += n;
     }
     return found;
+}
+
+Connectivity connectivity(int points, const std::vector<int>& edges, const std::vector<int>& sizes,
+                          const std::vector<int>& corners)
+{
+    Connectivity c;
+    int start = 0;
+    for (int n : sizes) {
+        c.face_starts.push_back(start);
+        start += n;
+    }
+    const auto count_of = [&](int v) -> int& { return c.point_edge_count[static_cast<size_t>(v)]; };
+    const auto start_of = [&](int v) -> int& { return c.point_edge_start[static_cast<size_t>(v)]; };
+    c.point_edge_count.assign(static_cast<size_t>(points), 0);
+    for (int end : edges)
+        ++count_of(end);
+    start = 0;
+    for (int v = 0; v < points; ++v) {
+        c.point_edge_start.push_back(start);
+        start += count_of(v);
+        count_of(v) = 0;
+    }
+    c.point_faces.assign(edges.size(), -1);
+    for (size_t f = 0; f < sizes.size(); ++f)
+        for (int k = 0; k < sizes[f]; ++k) {
+            const int v = corners[static_cast<size_t>(c.face_starts[f] + k)];
+            const auto place = static_cast<size_t>(start_of(v) + count_of(v)++);
+            if (place < c.point_faces.size())
+                c.point_faces[place] = static_cast<int>(f);
+        }
+    c.point_edge_count.assign(static_cast<size_t>(points), 0);
+    c.point_edges.resize(edges.size());
+    for (size_t i = 0; i < edges.size(); ++i)
+        c.point_edges[static_cast<size_t>(start_of(edges[i]) + count_of(edges[i])++)] = static_cast<int>(i) / 2;
+    return c;
 }
 
 std::vector<double> edge_lengths(const PreserveStatus& s)
@@ -171,13 +208,10 @@ std::vector<double> edge_lengths(const PreserveStatus& s)
     return lengths;
 }
 
-std::vector<double> corner_cosines(const PreserveStatus& s)
+std::map<int, double> corner_cosines(const PreserveStatus& s)
 {
-    std::vector<double> cosines;
-    for_each_corner(s, [&](const Corner& c) {
-        cosines.push_back(0.0);
-        arms_of(*s.points, c, cosines.back());
-    });
+    std::map<int, double> cosines;
+    for_each_corner(s, [&](const Corner& c) { arms_of(*s.points, c, cosines[c.place]); });
     return cosines;
 }
 
