@@ -5,7 +5,7 @@
 
 #include "math/internal/mat.h"
 #include "math/internal/vec.h"
-#include "platform/internal/lanes.h"
+#include "platform/internal/widest.h"
 
 #ifdef KORVALE_HAS_WIDE_LANES
 #include <immintrin.h>

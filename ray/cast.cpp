@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "math/internal/mat.h"
-#include "platform/internal/lanes.h"
+#include "platform/internal/widest.h"
 #include "ray/internal/meet.h"
 
 #ifdef KORVALE_HAS_WIDE_LANES

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/internal/lanes.h"
+#include "platform/internal/widest.h"
 
 #ifdef KORVALE_HAS_WIDE_LANES
 
