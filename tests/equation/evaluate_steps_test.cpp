@@ -116,7 +116,8 @@ std::string outcome(uint64_t seed, int programs, Work work)
     EqSeed(static_cast<int>(seed));
     const double result = work(es);
     es->var_vals->count = 6;
-    return (std::isnan(result) ? "nan" : describe(result)) + " " + std::to_string(Mwrand()) + "\n" + state_of(*es.get());
+    return (std::isnan(result) ? "nan" : describe(result)) + " " + std::to_string(Mwrand()) + "\n" +
+           state_of(*es.get());
 }
 
 TEST(EqEvaluateSteps, AnyProgramGivesWhatTheStepsGive)

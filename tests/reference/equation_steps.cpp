@@ -70,8 +70,8 @@ Items items_of(const EquationSystem& es, int equation)
     const auto* const constants = static_cast<const DATAstruct*>(equations->pvals[3 * int64_t{equation} + 2]);
     if (kinds == nullptr || operands == nullptr || constants == nullptr)
         return {};
-    const int64_t items = std::min(
-        {room(kinds, kinds->ivals), room(operands, operands->ivals), room(constants, constants->dvals)});
+    const int64_t items =
+        std::min({room(kinds, kinds->ivals), room(operands, operands->ivals), room(constants, constants->dvals)});
     if (items < 1)
         return {};
     return {kinds->ivals, operands->ivals, constants->dvals, items,
