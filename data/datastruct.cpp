@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
 #include "data/internal/boxes.h"
 #include "data/internal/elements.h"
 #include "data/internal/shape.h"
+#include "data/internal/trees.h"
 
 static_assert(sizeof(DATAstruct) == 64 && offsetof(DATAstruct, dim) == 0 && offsetof(DATAstruct, count) == 4 &&
               offsetof(DATAstruct, alloc_dim) == 8 && offsetof(DATAstruct, alloc_count) == 12 &&
@@ -65,47 +65,6 @@ bool resize_buffer(DATAstruct& d, int64_t held, int64_t wanted)
         return false;
     set_buffer(d, d.type, resized);
     return true;
-}
-
-/// The children that disposal follows: all slots of the capacity of an array of arrays.
-int64_t owned_slots(const DATAstruct& d)
-{
-    if (d.type != DATA_TYPE_DATA || d.pvals == nullptr || d.alloc_count < 0 || d.alloc_dim < 0)
-        return 0;
-    return elements(d.alloc_count, d.alloc_dim);
-}
-
-/// Stands in the dim of a record that waits for its release; no array is shaped like this.
-constexpr int32_t kAwaitsRelease = std::numeric_limits<int32_t>::min();
-
-/// Puts `first` and the records along its `next`, up to one that waits already, in front of `waiting`.
-DATAstruct* prepend_list(DATAstruct* first, DATAstruct* waiting)
-{
-    if (first == nullptr || first->dim == kAwaitsRelease)
-        return waiting;
-    DATAstruct* last = first;
-    for (last->dim = kAwaitsRelease; last->next != nullptr && last->next->dim != kAwaitsRelease; last = last->next)
-        last->next->dim = kAwaitsRelease;
-    last->next = waiting;
-    return first;
-}
-
-/// Frees the buffers of `d` and puts its children, with their lists, in front of `waiting`. A record that is reached
-/// twice, as a list's records are when slots own them as well, is put there once.
-DATAstruct* empty_onto(DATAstruct& d, DATAstruct* waiting)
-{
-    const int64_t n = owned_slots(d);
-    for (int64_t i = 0; i < n; ++i)
-        waiting = prepend_list(static_cast<DATAstruct*>(d.pvals[i]), waiting);
-    free_buffers(d);
-    return waiting;
-}
-
-/// The children that are visited where dim is not looked at: one slot per element, none where slots are missing.
-int32_t children_by_count(const DATAstruct& d)
-{
-    const bool are_there = d.pvals != nullptr && (is_wrapped(d) || d.count <= room(d));
-    return are_there ? d.count : 0;
 }
 
 bool has_slots(const DATAstruct* d, int32_t dim)
@@ -201,13 +160,7 @@ int DATADispose(DATAstruct* d)
 {
     if (d == nullptr)
         return -1;
-    d->dim = kAwaitsRelease;
-    DATAstruct* waiting = empty_onto(*d, prepend_list(d->next, nullptr));
-    while (waiting != nullptr) { // a loop, since lists and trees may be deeper than the stack
-        DATAstruct* const record = waiting;
-        waiting = empty_onto(*record, record->next);
-        std::free(record);
-    }
+    release_tree(*d);
     DATAInitialize(d);
     return 1;
 }
@@ -279,11 +232,11 @@ void DATAReverse(DATAstruct* d)
 
 void DATASubReverse(DATAstruct* d)
 {
-    while (d != nullptr && d->type == DATA_TYPE_DATA) { // the last child is walked here: chains may be of any length
-        const int32_t n = children_by_count(*d);        // Deliberate: one slot per element, whatever dim is
-        for (int32_t i = 0; i < n - 1; ++i)
-            DATASubReverse(static_cast<DATAstruct*>(d->pvals[i]));
-        d = n < 1 ? nullptr : static_cast<DATAstruct*>(d->pvals[n - 1]);
-    }
-    DATAReverse(d);
+    const auto reverse = [](DATAstruct* node) {
+        if (node != nullptr && node->type == DATA_TYPE_DATA)
+            return children_by_count(*node); // Deliberate: one slot per element, whatever dim is
+        DATAReverse(node);
+        return 0;
+    };
+    walk_tree(d, reverse, [](DATAstruct* node, int32_t slot) { return child(*node, slot); });
 }

@@ -9,8 +9,13 @@
 /// other arrays and forms lists.
 ///
 /// Component k of element i is at i * dim + k. Records and buffers come from malloc. A record reached through `next` or
-/// through a slot of kind `DATA_TYPE_DATA` is owned by the record that points to it. A host that wraps its own memory
-/// leaves alloc_dim and alloc_count at -1 or 0; such an array is judged by count * dim alone.
+/// through a slot of kind `DATA_TYPE_DATA` is owned by the record that points to it.
+///
+/// A host that wraps its own memory leaves alloc_dim and alloc_count at -1 or 0. Such an array is read, and written in
+/// place, by count * dim alone. Functions that append to an array refuse one that wraps memory. Those that shape an
+/// array (`DATAAllocate`, `DATAReAllocate`, an output that is shaped) and those that dispose one free its memory or
+/// put a new buffer in its place: there it has to come from malloc, and results are found in the record, not in the
+/// old memory.
 struct DATAstruct {
     int32_t dim;         ///< components per element; -1 when unset
     int32_t count;       ///< elements; -1 when unset
@@ -63,7 +68,8 @@ KORVALE_API void DATANodeDispose(DATAstruct* d);
 /// Releases the buffers of `d`, the children in all slots of its capacity when it is of kind `DATA_TYPE_DATA`, and the
 /// rest of its list, and makes `d` empty. The record itself is not freed.
 ///
-/// Children that stand in two slots, or in a slot and in the list of another slot's child, are released once.
+/// A record that is reached several times, through slots or lists on whatever level, is released once. The buffers of
+/// every record are released, whatever its sizes say.
 ///
 /// Returns 1, or -1 for a null record.
 KORVALE_API int DATADispose(DATAstruct* d);
@@ -97,5 +103,8 @@ KORVALE_API int DATABBox(DATAstruct* src, DATAstruct* box);
 KORVALE_API void DATAReverse(DATAstruct* d);
 
 /// `DATAReverse` on every leaf of a tree of arrays: an array of kind `DATA_TYPE_DATA` passes it on to its first count
-/// slots and keeps their order.
+/// slots, whatever its dim, and keeps their order. A leaf in several slots is reversed for each.
+///
+/// A tree may be of any depth. Beyond 64 levels the walk takes memory from the heap; where there is none, what lies
+/// deeper stays as it is.
 KORVALE_API void DATASubReverse(DATAstruct* d);

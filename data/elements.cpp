@@ -43,7 +43,7 @@ void reverse_pieces(unsigned char* low, unsigned char* high, size_t bytes)
         }
 }
 
-/// Widens the bounds by n values, which are whole elements. The bounds may lie among the values: each is stored at once.
+/// Widens the bounds by n values, which are whole elements. They may lie among the values: each is stored at once.
 void widen_bounds(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
 {
     for (int64_t j = 0; j < n; j += dim)
@@ -91,10 +91,15 @@ void widen_apart(const double* values, int64_t n, int64_t dim, double* least, do
 
 #define KORVALE_WIDE __attribute__((target("avx2")))
 
+bool is_apart(const double* a, int64_t of_a, const double* b, int64_t of_b)
+{
+    return a + of_a <= b || b + of_b <= a;
+}
+
 /// Whether reading n values ahead of writing others gives what writing each at once gives.
 bool may_run_ahead(const double* from, const double* to, int64_t n)
 {
-    return from == to || from + n <= to || to + n <= from;
+    return from == to || is_apart(from, n, to, n);
 }
 
 /// Four points, a coordinate in each vector.
@@ -265,6 +270,22 @@ void reverse_elements(void* buffer, int64_t count, size_t bytes)
     }
 }
 
+void copy_values(const void* from, size_t bytes, size_t component, void* to)
+{
+    const auto first = reinterpret_cast<uintptr_t>(from), target = reinterpret_cast<uintptr_t>(to);
+    if (target <= first || first + bytes <= target) { // no value is overwritten before it was read
+        std::memmove(to, from, bytes);
+        return;
+    }
+    const auto* const values = static_cast<const unsigned char*>(from);
+    auto* const copies = static_cast<unsigned char*>(to);
+    unsigned char held[sizeof(double)];
+    for (size_t i = 0; i < bytes; i += component) {
+        std::memcpy(held, values + i, component);
+        std::memcpy(copies + i, held, component);
+    }
+}
+
 void find_bounds(const double* values, int64_t count, int64_t dim, double* least, double* greatest)
 {
     for (int64_t k = 0; k < dim; ++k)
@@ -286,7 +307,7 @@ void carry_points(const double (*m)[4], const double* from, int64_t count, doubl
 {
     int64_t i = 0;
 #ifdef KORVALE_HAS_WIDE_LANES
-    if (may_run_ahead(from, to, 3 * count) && has_avx2())
+    if (may_run_ahead(from, to, 3 * count) && is_apart(m[0], 16, to, 3 * count) && has_avx2())
         i = carry_points_wide(m, from, count, to);
 #endif
     for (; i < count; ++i)

@@ -1,10 +1,11 @@
 #include "data/operations.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "data/internal/elements.h"
 #include "data/internal/record.h"
 #include "data/internal/shape.h"
+#include "data/internal/trees.h"
 
 // The work of every operation is written once: over bare elements where the records do not matter, over either record
 // where the output is reshaped. What the generations do differently stands in the overloads and doors.
@@ -126,9 +127,10 @@ int cat(const Array* first, const Array* second, Array* output)
     if (bytes == 0)
         return 1;
     const size_t leading = static_cast<size_t>(first->count) * bytes;
+    const size_t component = component_bytes(*first, first->type);
     auto* const to = static_cast<unsigned char*>(buffer_of(*output, output->type));
-    std::memcpy(to, buffer_of(*first, first->type), leading);
-    std::memcpy(to + leading, buffer_of(*second, second->type), static_cast<size_t>(second->count) * bytes);
+    copy_values(buffer_of(*first, first->type), leading, component, to);
+    copy_values(buffer_of(*second, second->type), static_cast<size_t>(second->count) * bytes, component, to + leading);
     return 1;
 }
 
@@ -143,9 +145,9 @@ int copy(const Array* source, Array* output)
         return 1;
     if (source->type > last_copied_kind(*source))
         return -1;
+    const size_t component = component_bytes(*source, source->type);
     const auto n = static_cast<size_t>(elements(source->count, source->dim));
-    std::memcpy(buffer_of(*output, output->type), buffer_of(*source, source->type),
-                n * component_bytes(*source, source->type));
+    copy_values(buffer_of(*source, source->type), n * component, component, buffer_of(*output, output->type));
     return 1;
 }
 
@@ -223,22 +225,24 @@ void carry_array(const double (*m)[4], const Array& source, Array& output)
     carry_points(m, source.dvals, source.count, output.dvals);
 }
 
-/// Carries a tree leaf by leaf. The last child is walked in the loop, so a chain of arrays may be of any length.
-void carry_tree(const double (*m)[4], const DATAstruct* source, DATAstruct* output)
+/// A place in two trees of the same structure.
+struct Pair {
+    const DATAstruct* source;
+    DATAstruct* output;
+};
+
+/// Carries the points of a pair of leaves. Returns how many pairs of children are to be visited.
+int32_t carry_pair(const double (*m)[4], const Pair& pair)
 {
-    while (source != nullptr && output != nullptr && source->count >= 1 && source->count == output->count &&
-           source->type == output->type) {
-        if (source->type == DATA_TYPE_DOUBLE)
-            carry_array(m, *source, *output);
-        if (source->type != DATA_TYPE_DATA || !holds(*source, DATA_TYPE_DATA, source->count) ||
-            !holds(*output, DATA_TYPE_DATA, output->count))
-            return;
-        const int32_t last = source->count - 1;
-        for (int32_t i = 0; i < last; ++i)
-            carry_tree(m, static_cast<const DATAstruct*>(source->pvals[i]), static_cast<DATAstruct*>(output->pvals[i]));
-        source = static_cast<const DATAstruct*>(source->pvals[last]);
-        output = static_cast<DATAstruct*>(output->pvals[last]);
-    }
+    const auto& [source, output] = pair;
+    if (source == nullptr || output == nullptr || source->count < 1 || source->count != output->count ||
+        source->type != output->type)
+        return 0;
+    if (source->type == DATA_TYPE_DOUBLE)
+        carry_array(m, *source, *output);
+    if (source->type != DATA_TYPE_DATA)
+        return 0;
+    return std::min(children_by_count(*source), children_by_count(*output)); // equal, or 0
 }
 
 } // namespace
@@ -301,12 +305,18 @@ int DATABounds(DATAstruct* source, DATAstruct* output)
 
 void TransformData(Xfm m, Data* source, Data* output)
 {
-    if (source == nullptr || output == nullptr || source->count < 1 || source->count != output->count)
+    if (m == nullptr || source == nullptr || output == nullptr || source->count < 1 || source->count != output->count)
         return;
     carry_array(m, *source, *output);
 }
 
 void TransformDATA(Xfm m, DATAstruct* source, DATAstruct* output)
 {
-    carry_tree(m, source, output);
+    if (m == nullptr)
+        return;
+    walk_tree(
+        Pair{source, output}, [m](const Pair& pair) { return carry_pair(m, pair); },
+        [](const Pair& pair, int32_t slot) {
+            return Pair{child(*pair.source, slot), child(*pair.output, slot)};
+        });
 }

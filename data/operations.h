@@ -5,9 +5,14 @@
 #include "data.h"
 #include "datastruct.h"
 
-/// Operations on whole arrays. Each exists for both generations with the same arithmetic; the output comes last. Results
-/// are 1, or -1 for mismatched shapes, counts or dims below 1, missing input buffers, a kind that is not supported, an
-/// output that is also an input, or an exhausted heap.
+/// Operations on whole arrays. Each exists for both generations with the same arithmetic; the output comes last.
+///
+/// - Results are 1, or -1 for mismatched shapes, counts or dims below 1, missing input buffers, an output that is also
+///   an input (a mix excepted), a kind that is not supported, and an exhausted heap.
+/// - The kind and the heap are looked at last, when the output may have been reshaped; on any other failure it is as it
+///   was.
+/// - Copies, joins, mixes and transforms go element by element from the first on, so buffers that overlap give what
+///   that order gives.
 
 /// Appends `second` to `first`, which have the same dim and type.
 ///
@@ -50,9 +55,9 @@ KORVALE_API int DataBounds(Data* source, Data* output);
 KORVALE_API int DATABounds(DATAstruct* source, DATAstruct* output);
 
 /// Writes every point of `source`, carried by `m` as `TransformPoint` does, to `output`, which has the same count, is
-/// allocated and may be `source`. Both have dim 3; else nothing happens.
+/// allocated and may be `source`. Both have dim 3; else, and for a null matrix, nothing happens.
 ///
-/// `TransformDATA` also wants equal types and walks two trees of arrays of the same structure, slot by slot; a pair
-/// with a null child is skipped.
+/// `TransformDATA` also wants equal types and walks two trees of arrays of the same structure, slot by slot, whatever
+/// their dims; a pair with a null child is skipped. For trees beyond 64 levels see `DATASubReverse`.
 KORVALE_API void TransformData(Xfm m, Data* source, Data* output);
 KORVALE_API void TransformDATA(Xfm m, DATAstruct* source, DATAstruct* output);

@@ -123,8 +123,8 @@ inline bool is_wrapped(const DATAstruct& d)
     return d.alloc_count < 1 || d.alloc_dim < 1;
 }
 
-/// Whether `DATAReAllocate` may make the array longer in place. It would free memory of the host, and the library cannot
-/// know whose that is, so an array that wraps some stays as it is; one without a buffer may get its first.
+/// Whether `DATAReAllocate` may make the array longer in place. It would free memory of the host, and the library
+/// cannot know whose that is, so an array that wraps some stays as it is; one without a buffer may get its first.
 inline bool may_grow(const DATAstruct& d)
 {
     const bool has_buffer = d.dvals != nullptr || d.ivals != nullptr || d.bvals != nullptr || d.pvals != nullptr;

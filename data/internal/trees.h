@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "data/datastruct.h"
+#include "data/internal/shape.h"
+
+// Arrays of arrays. They may be deeper than the machine's stack, so nothing that walks them recurses.
+namespace korvale::inside {
+
+/// The children of an array of arrays where its dim is not looked at: one slot per element, none where slots are
+/// missing.
+inline int32_t children_by_count(const DATAstruct& d)
+{
+    const bool are_there = d.pvals != nullptr && (is_wrapped(d) || d.count <= room(d));
+    return are_there && d.count > 0 ? d.count : 0;
+}
+
+inline DATAstruct* child(const DATAstruct& d, int32_t slot)
+{
+    return static_cast<DATAstruct*>(d.pvals[slot]);
+}
+
+/// Releases the buffers of `d`, the children in the slots of its capacity, theirs, and all that hangs on their lists
+/// and its own. A record that is reached several times is released once. `d` itself is left for `DATAInitialize`.
+void release_tree(DATAstruct& d);
+
+/// A stack of plain records. The first kNearby take no heap.
+template <class Entry, int kNearby>
+class Stack {
+public:
+    Stack() = default;
+    ~Stack()
+    {
+        if (entries_ != nearby_)
+            std::free(entries_);
+    }
+    Stack(const Stack&) = delete;
+    Stack& operator=(const Stack&) = delete;
+
+    bool is_empty() const { return size_ == 0; }
+    Entry& top() { return entries_[size_ - 1]; }
+    void pop() { --size_; }
+
+    /// False, with nothing pushed, when the heap is exhausted.
+    bool push(const Entry& entry)
+    {
+        if (size_ == room_ && !grow())
+            return false;
+        entries_[size_++] = entry;
+        return true;
+    }
+
+private:
+    bool grow()
+    {
+        auto* const larger = static_cast<Entry*>(std::malloc(2 * static_cast<size_t>(room_) * sizeof(Entry)));
+        if (larger == nullptr)
+            return false;
+        std::memcpy(larger, entries_, static_cast<size_t>(size_) * sizeof(Entry));
+        if (entries_ != nearby_)
+            std::free(entries_);
+        entries_ = larger;
+        room_ *= 2;
+        return true;
+    }
+
+    Entry nearby_[kNearby];
+    Entry* entries_ = nearby_;
+    int64_t size_ = 0, room_ = kNearby;
+};
+
+/// Levels of a tree that are walked without the heap.
+constexpr int kNearbyLevels = 64;
+
+/// Walks a tree depth first, slot after slot. `visit(node)` does the work of a leaf and returns how many children a
+/// node has; `child_of(node, slot)` is one of them. What lies deeper than kNearbyLevels below further slots is passed
+/// over when the heap is exhausted.
+template <class Node, class Visit, class ChildOf>
+void walk_tree(Node node, Visit visit, ChildOf child_of)
+{
+    struct Level {
+        Node node;
+        int32_t next, count;
+    };
+    Stack<Level, kNearbyLevels> path; // the levels with slots still to visit: a last child needs no way back
+    for (;;) {
+        const int32_t children = visit(node);
+        if (children == 1 || (children > 1 && path.push({node, 1, children}))) {
+            node = child_of(node, 0);
+            continue;
+        }
+        if (path.is_empty())
+            return;
+        Level& level = path.top();
+        node = child_of(level.node, level.next++);
+        if (level.next == level.count)
+            path.pop();
+    }
+}
+
+} // namespace korvale::inside
