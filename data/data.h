@@ -65,8 +65,9 @@ KORVALE_API void DataReverse(Data* d);
 
 /// Writes the bounds of `src` to `box`: the dim values of the minimum corner, then those of the maximum corner.
 ///
-/// Both are of kind double, and `box` is allocated by the caller, either [1][2 dim] or [2][dim]. Both corners start at
-/// element 0 and are widened by strict comparisons, so a NaN never replaces a bound.
+/// Both are of kind double, and `box` is allocated by the caller in any shape of 2 dim components: [2][dim], [1][2
+/// dim], [2 dim][1]. Both corners start at element 0 and are widened by strict comparisons, so a NaN never replaces a
+/// bound.
 ///
 /// Returns 1, or -1 for a source without elements, a box of another size or kind, or a missing buffer.
 KORVALE_API int DataBBox(Data* src, Data* box);
