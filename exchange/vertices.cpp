@@ -85,15 +85,23 @@ bool shape_points(Array& array, int32_t n)
     return allocate(array) == 1;
 }
 
-/// Whether `array` has a buffer that may hold `n` points. Its dim is not looked at.
-bool can_be_written(const Data& array, uint32_t)
+/// Whether the buffer of `array` may hold so many values. Its dim is not looked at.
+bool may_hold(const Data&, int64_t)
 {
-    return array.dvals != nullptr;
+    return true;
 }
 
-bool can_be_written(const DATAstruct& array, uint32_t n)
+bool may_hold(const DATAstruct& array, int64_t values)
 {
-    return array.dvals != nullptr && (is_wrapped(array) || elements(n, 3) <= room(array));
+    return is_wrapped(array) || values <= room(array);
+}
+
+/// Whether `n` points can be written out of `array`.
+template <class Array>
+bool can_be_written(const Array& array, uint32_t n)
+{
+    const int64_t values = elements(n, 3);
+    return n == 0 || (array.dvals != nullptr && values <= kMostElements && may_hold(array, values));
 }
 
 template <class Array>
@@ -126,7 +134,7 @@ int32_t write_vertices(const Array* array, I3DVertexCollection* collection)
     uint32_t n;
     if (const int32_t status = get_count(*collection, n); status != kSucceeded)
         return status;
-    if (int64_t{array->count} != int64_t{n} || (n > 0 && !can_be_written(*array, n)))
+    if (int64_t{array->count} != int64_t{n} || !can_be_written(*array, n))
         return kStatusFailed;
 
     I3DVertexAccessor* accessor;

@@ -76,8 +76,10 @@ protected:
 
 /// Reads the positions, or the normals, of all vertices into `array`, one element each.
 ///
-/// An array that is not of doubles [vertices][3], or has no buffer of that size, is disposed and allocated anew; the
-/// list that follows a disposed `DATAstruct` is released with it.
+/// An array that is not of doubles [vertices][3], or has no buffer of that size, is disposed and allocated anew before
+/// the accessor is asked for: whatever fails from then on, its old elements are gone and its new ones hold only what
+/// was read. The list that follows a disposed `DATAstruct` is released with it. Memory of the host's own that does not
+/// fit has to come from malloc, as disposing frees it.
 ///
 /// Returns 0; a status of the host that is not 0, at once; or 0x80004005 for null arguments, a collection without
 /// vertices or with more than fit an array, an exhausted heap, a missing accessor, and a read that does not deliver
@@ -93,8 +95,9 @@ KORVALE_API int32_t F3DKorvaleNormal2DATA(I3DVertexCollection* collection, DATAs
 /// Writes the elements of `array`, three doubles each, as the positions of all vertices, within one edit.
 ///
 /// Returns 0; a status of the host that is not 0, at once; or 0x80004005 for null arguments, a count other than the
-/// collection's (the host is only asked for that then), an array without a buffer, a missing accessor, and a write that
-/// does not take exactly one vertex. An empty array fits an empty collection: the edit is begun and ended.
+/// collection's or of more than 2^31 - 1 coordinates (the host is only asked for its count then), an array without a
+/// buffer, a `DATAstruct` whose capacity is known and too small, a missing accessor, and a write that does not take
+/// exactly one vertex. An empty array fits an empty collection: the edit is begun and ended.
 ///
 /// Deliberate: the array's dim is taken to be 3 and not looked at. A failure while vertices are being written neither
 /// ends the edit nor releases the accessor, and the vertices written before it stay.

@@ -1,6 +1,18 @@
 #include "math/transform.h"
 
+#include <charconv>
+
 #include "math/internal/mat.h"
+
+namespace korvale::inside {
+namespace {
+
+constexpr int kDecimals = 6;
+/// The longest element: a sign, 309 digits, the point and the decimals.
+constexpr size_t kLongestElement = 1 + 309 + 1 + kDecimals;
+
+} // namespace
+} // namespace korvale::inside
 
 using namespace korvale::inside;
 
@@ -65,9 +77,13 @@ void array2xfm(double* a16, Xfm m)
 
 void PrintMatrix(FILE* stream, Xfm m)
 {
+    char text[kLongestElement]; // by to_chars, since printf writes the point of the locale
     for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 4; ++j)
-            std::fprintf(stream, "%f  ", m[i][j]);
+        for (int j = 0; j < 4; ++j) {
+            const char* const end =
+                std::to_chars(text, text + sizeof text, m[i][j], std::chars_format::fixed, kDecimals).ptr;
+            std::fprintf(stream, "%.*s  ", static_cast<int>(end - text), text);
+        }
         std::fputc('\n', stream);
     }
 }

@@ -42,5 +42,5 @@ KORVALE_API void xfm2array(Xfm m, double* a16);
 /// Copies the flat array a16[16] to `m`.
 KORVALE_API void array2xfm(double* a16, Xfm m);
 
-/// Writes four lines to `stream`, each of four elements as "%f  ".
+/// Writes four lines to `stream`, each of four elements as "%f  ", with a point in every locale.
 KORVALE_API void PrintMatrix(FILE* stream, Xfm m);

@@ -27,20 +27,22 @@
 ///   leave the greatest, leave the least and enter the least are tried in turn as second direction. Deliberate: an edge
 ///   shorter than 1e-06 that has a normal is taken as well, and leaves identities.
 ///
-/// Returns 1, also for the identities above, or -1 when the extremes find no plane because the points lie on one line,
-/// for a null `xfm` or for more than 2^31 - 1 coordinates.
+/// Returns 1, also for the identities above, or -1 for a null `xfm`, for more than 2^31 - 1 coordinates, and when the
+/// extremes find no plane: the points lie on one line, or the extent of the outline times the length of those edges is
+/// below 1e-06, as in a square of side 0.0009 or a circle of radius 0.01 with 10,000 points.
 KORVALE_API int data_to_xy_xfms(Data* path, Xfm xfm, Xfm reverse, int closed);
 
 /// Flattens so that a closed outline runs counter-clockwise in the plane z = 0.
 ///
 /// - Closed: the frame at the first proper corner along its outgoing edge. Whether the corner is convex or reflex is
 ///   found by counting how often a ray from it crosses the outline; where the ray's line runs through another vertex it
-///   is turned a little by random numbers of `Mwrand`, three each time. An outline without a proper corner is treated as
-///   open.
+///   is turned a little by random numbers of `Mwrand`, three each time; what other threads draw or seed meanwhile
+///   changes which. An outline without a proper corner is treated as open.
 /// - Open: the frame at p0 towards the first point apart from it, in the plane of the first point off that line.
 /// - All points on one line: a turn about y by atan2(z, x) of its direction that also moves p0 to the origin.
 /// - All points within 1e-06 of the first: as a single point.
 ///
-/// Deliberate: after 101 attempts the normal is negated unseen. A small outline whose test line runs through another
-/// vertex, such as a counter-clockwise square of side 0.01, uses them up and comes out clockwise.
+/// Deliberate: after 101 attempts the normal is negated unseen. A vertex on the bisector of the first proper corner and
+/// within about 0.15 of it uses them up, and the outline is turned over: a counter-clockwise square of side 0.01 that
+/// starts at its least corner comes out clockwise, and so does a large outline that starts with such a step.
 KORVALE_API void DATA_to_xy_xfms(DATAstruct* path, Xfm xfm, Xfm reverse, int closed);

@@ -20,7 +20,8 @@
 /// buffer for them; `PATH2xfm` also wants kind double, `path2xfm` does not look at the kind. Nothing is reported.
 ///
 /// Deliberate: the two differ in their full turn, 6.2831852 in `path2xfm` and 6.283185307179586 in `PATH2xfm`. The
-/// cosine of the turn left over is not clamped: where rounding makes it exceed 1, which planar loops are prone to, the x
-/// and y axes of all frames but the first are NaN.
+/// cosine of the turn left over is not clamped: where rounding makes it exceed 1, as in about two of five planar loops
+/// that lie in no coordinate plane, columns 0 and 1 of all frames but the first are NaN, row 3 included. The frames of
+/// such a loop are frames 1 to n of the open path P[n-1], P[0] ... P[n-1], P[0].
 KORVALE_API void path2xfm(Data* path, int closed, Xfm* frames);
 KORVALE_API void PATH2xfm(DATAstruct* path, int closed, Xfm* frames);

@@ -1,18 +1,15 @@
 #include "equation/equation.h"
 
-#include <clocale>
 #include <cmath>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <string>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "tests/equation/system.h"
 #include "tests/support/bits.h"
+#include "tests/support/decimal_comma.h"
 #include "tests/support/random.h"
 
 namespace {
@@ -53,11 +50,11 @@ TEST(EquationNumbers, AreCorrectlyRounded)
     EXPECT_EQ(read(es, "9007199254740993"), 9007199254740992.0);       // halfway, to even
     EXPECT_EQ(read(es, "9007199254740993.00001"), 9007199254740994.0); // just above halfway
     EXPECT_EQ(read(es, "0.500000000000000166533453693773481063544750213623046875"), 0.5000000000000002);
-    const std::string halfway =
-        "17976931348623158079372897140530341507993413271003782693617377898044496829276475"
-        "09466490179775872070963302864166928879109465555478519404026306574886715058206819"
-        "08902000708383676273854845817711531764475730270069855571366959622842914819860834"
-        "936475292719074168444365510704342711559699508093042880177904174497792"; // from the greatest number to the first power beyond
+    // Halfway from the greatest number to the first power beyond.
+    const std::string halfway = "17976931348623158079372897140530341507993413271003782693617377898044496829276475"
+                                "09466490179775872070963302864166928879109465555478519404026306574886715058206819"
+                                "08902000708383676273854845817711531764475730270069855571366959622842914819860834"
+                                "936475292719074168444365510704342711559699508093042880177904174497792";
     EXPECT_EQ(read(es, halfway), HUGE_VAL);
     EXPECT_EQ(read(es, halfway.substr(0, 308) + "1.9"), std::numeric_limits<double>::max());
 }
@@ -114,40 +111,9 @@ TEST(EquationNumbers, EqualTheCLibrarysInTheCLocale)
     }
 }
 
-/// While it lives, numbers are written as in German, with a comma for the point, in a locale that is installed or, where
-/// none is, made for the test.
-class DecimalComma {
-public:
-    DecimalComma()
-    {
-        if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") != nullptr)
-            return;
-        const std::filesystem::path folder = testing::TempDir() + "korvale_locale_" + std::to_string(getpid());
-        std::filesystem::create_directories(folder);
-        std::ofstream(folder / "source") << "comment_char %\nescape_char /\nLC_NUMERIC\ndecimal_point \",\"\n"
-                                            "thousands_sep \".\"\ngrouping 3;3\nEND LC_NUMERIC\n";
-        const std::string make =
-            "cd '" + folder.string() + "' && localedef -c -i source -f ANSI_X3.4-1968 ./de_XX 2>/dev/null";
-        status_ = std::system(make.c_str()); // 256 where only warnings are given, as about the categories left out
-        setenv("LOCPATH", folder.c_str(), 1);
-        std::setlocale(LC_NUMERIC, "de_XX");
-        unsetenv("LOCPATH");
-        std::filesystem::remove_all(folder);
-    }
-    ~DecimalComma() { std::setlocale(LC_NUMERIC, "C"); }
-    DecimalComma(const DecimalComma&) = delete;
-    DecimalComma& operator=(const DecimalComma&) = delete;
-
-    bool is_in_force() const { return std::strtod("1,5", nullptr) == 1.5 && std::strtod("1.5", nullptr) == 1.0; }
-    int status() const { return status_; }
-
-private:
-    int status_ = 0;
-};
-
 TEST(EquationNumbers, AreReadAlikeUnderADecimalComma)
 {
-    const DecimalComma comma;
+    const korvale::test::DecimalComma comma;
     ASSERT_TRUE(comma.is_in_force()) << "localedef, which needs the sources of Debian's package locales, ended with "
                                      << comma.status();
     System es;

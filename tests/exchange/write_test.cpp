@@ -173,6 +173,16 @@ TYPED_TEST(Writing, AnArrayWithoutABufferFailsBeforeTheAccessorIsAskedFor)
     EXPECT_EQ(this->write_to_host(whole), kFailed);
 }
 
+TYPED_TEST(Writing, MoreCoordinatesThan31BitsFailBeforeTheAccessorIsAskedFor)
+{
+    double value = 0.0;
+    for (const int count : {715827883, 2147483647}) { // the first is the least whose coordinates do not fit
+        auto array = wrapped<TypeParam>(&value, count, 3);
+        this->host.expect_count(static_cast<uint32_t>(count));
+        EXPECT_EQ(this->write_to_host(&array), kFailed);
+    }
+}
+
 TYPED_TEST(Writing, AStatusOfTheAccessorIsReturned)
 {
     auto array = points<TypeParam>(kAll);

@@ -9,11 +9,13 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/bits.h"
+#include "tests/support/decimal_comma.h"
 #include "tests/support/random.h"
 
 namespace {
 
 using korvale::test::Random;
+using korvale::test::rounds;
 using korvale::test::same_bits;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -262,6 +264,36 @@ TEST(PrintMatrix, WritesFourLinesOfFourElements)
                           "0.000000  1.000000  0.000000  1000000.000000  \n"
                           "0.000000  0.000000  1.000000  0.000000  \n"
                           "-0.000000  0.000000  0.125000  1.000000  \n");
+}
+
+TEST(PrintMatrix, WritesEveryValueAsPrintfDoes)
+{
+    Random random(31);
+    for (int round = 0; round < rounds(500); ++round) {
+        Xfm m;
+        std::string expected;
+        for (int i = 0; i < 16; ++i) {
+            m[i / 4][i % 4] = round == 0 ? std::copysign(std::numeric_limits<double>::max(), i - 8) : random.awkward();
+            char element[400];
+            std::snprintf(element, sizeof element, "%f  ", m[i / 4][i % 4]);
+            expected += element;
+            if (i % 4 == 3)
+                expected += '\n';
+        }
+        ASSERT_EQ(printed(m), expected);
+    }
+}
+
+TEST(PrintMatrix, WritesAPointUnderADecimalComma)
+{
+    const korvale::test::DecimalComma comma;
+    ASSERT_TRUE(comma.is_in_force()) << "localedef, which needs the sources of Debian's package locales, ended with "
+                                     << comma.status();
+    Xfm m = {{1.5, 0, 0, -2.5}, {0, 1, 0, 1e6}, {0, 0, 1, 0}, {0, 0, 0.125, 1}};
+    EXPECT_EQ(printed(m), "1.500000  0.000000  0.000000  -2.500000  \n"
+                          "0.000000  1.000000  0.000000  1000000.000000  \n"
+                          "0.000000  0.000000  1.000000  0.000000  \n"
+                          "0.000000  0.000000  0.125000  1.000000  \n");
 }
 
 } // namespace

@@ -155,7 +155,8 @@ TEST(data_to_xy_xfms, ALongPathIsNotAskedForItsFirstThreePointsWhenClosed)
 
 TEST(data_to_xy_xfms, EqualExtentsTakeTheEarlierAxis)
 {
-    // Extents (1, 1, 0): x, from p0 to p1, then the edge (0, 1, 0); by y it would be the edge (-1, 0, 0) that leaves p2.
+    // Extents (1, 1, 0): x, from p0 to p1, then the edge (0, 1, 0); by y it would be the edge (-1, 0, 0) that leaves
+    // p2.
     const Flattened xy = closed({0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0});
     EXPECT_EQ(xy.forward.m[0][1], 1.0);
     // Extents (0, 1, 1): y, from p0 to p1.
@@ -239,6 +240,22 @@ TEST(data_to_xy_xfms, CollinearPointsHaveNoPlane)
         EXPECT_TRUE(equal(kIdentity, f.forward));
         EXPECT_TRUE(equal(kIdentity, f.reverse));
     }
+}
+
+TEST(data_to_xy_xfms, AnExtentTimesAnEdgeBelowTheThresholdGivesNoPlane)
+{
+    const auto square = [](double side) { return closed({0, 0, 0, side, 0, 0, side, side, 0, 0, side, 0}).result; };
+    EXPECT_EQ(square(0.0009), -1); // 0.0009 x 0.0009 is below 1e-06
+    EXPECT_EQ(square(0.0011), 1);
+    const auto circle = [](int n) {
+        std::vector<double> xyz;
+        for (int i = 0; i < n; ++i)
+            xyz.insert(xyz.end(),
+                       {0.01 * std::cos(i * 6.283185307179586 / n), 0.01 * std::sin(i * 6.283185307179586 / n), 0.0});
+        return closed(xyz).result;
+    };
+    EXPECT_EQ(circle(10000), -1); // edges of 6e-06 over an extent of 0.02
+    EXPECT_EQ(circle(100), 1);
 }
 
 TEST(data_to_xy_xfms, ThreeCoincidentPointsHaveNoPlane)

@@ -1,5 +1,6 @@
 #include "path/flatten.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -297,6 +298,51 @@ TEST(DATA_to_xy_xfms, ASmallClockwiseSquareIsNegatedAsWell)
     const std::vector<double> around = {0, 0, 0, 0, 0.01, 0, 0.01, 0.01, 0, 0.01, 0, 0};
     EXPECT_EQ(closed(around).forward.m[2][2], 1.0);
     EXPECT_LT(doubled_area(carried(around, closed(around).forward)), 0);
+}
+
+/// Whether `xyz`, counter-clockwise about +z, comes out counter-clockwise for each of `seeds` seeds; -1 if they differ.
+int keeps_its_turn(const std::vector<double>& xyz, int seeds)
+{
+    int kept = 0;
+    for (int seed = 1; seed <= seeds; ++seed) {
+        Mwsrand(static_cast<unsigned>(seed));
+        kept += doubled_area(carried(xyz, closed(xyz).forward)) > 0 ? 1 : 0;
+    }
+    return kept == seeds ? 1 : kept == 0 ? 0 : -1;
+}
+
+std::vector<double> starting_at(int corner, std::vector<double> xyz)
+{
+    std::rotate(xyz.begin(), xyz.begin() + 3 * corner, xyz.end());
+    return xyz;
+}
+
+TEST(DATA_to_xy_xfms, WhichCornerOfASmallSquareComesFirstDecides)
+{
+    // Each jitter adds to the components of the line alike; along one diagonal of the square that turns it, along the
+    // other it hardly does.
+    EXPECT_EQ(keeps_its_turn(starting_at(0, square(0.01)), 200), 0);
+    EXPECT_EQ(keeps_its_turn(starting_at(1, square(0.01)), 200), 1);
+    EXPECT_EQ(keeps_its_turn(starting_at(2, square(0.01)), 200), 0);
+    EXPECT_EQ(keeps_its_turn(starting_at(3, square(0.01)), 200), 1);
+}
+
+TEST(DATA_to_xy_xfms, AVertexNearTheFirstCornerOnItsBisectorTurnsALargeOutlineOver)
+{
+    // 5 x 5, but for a step of 0.01 at the first corner whose end lies on the corner's bisector.
+    const std::vector<double> stepped = {0, 0, 0, 0.01, 0, 0, 0.01, 0.01, 0, 5, 0.01, 0, 5, 5, 0, 0, 5, 0};
+    EXPECT_GT(doubled_area(stepped), 0);
+    EXPECT_EQ(keeps_its_turn(stepped, 200), 0);
+    EXPECT_EQ(keeps_its_turn(starting_at(3, stepped), 200), 1);
+    // As near, but beside the bisector.
+    const std::vector<double> aside = {0, 0, 0, 0.01, 0, 0, 0.01, 0.005, 0, 5, 0.005, 0, 5, 5, 0, 0, 5, 0};
+    EXPECT_EQ(keeps_its_turn(aside, 200), 1);
+}
+
+TEST(DATA_to_xy_xfms, AboutASideOfATenthTheSeedDecides)
+{
+    EXPECT_EQ(keeps_its_turn(square(0.1), 2000), -1);
+    EXPECT_EQ(keeps_its_turn(square(0.2), 2000), 1);
 }
 
 // Sides and seeds found by trying: the walk of the jitters first leaves the opposite corner by 1e-06 after exactly so

@@ -288,7 +288,8 @@ TYPED_TEST(Frames, AHairpinTakesOverTheZAxis)
 
 TYPED_TEST(Frames, AnXAxisAlongANewZTakesOverBothAxes)
 {
-    // A hairpin that rises by so little that its z axis is (0, -rise / 2, 1) while x is (0, 0, -1): rise / 2 is left of x.
+    // A hairpin that rises by so little that its z axis is (0, -rise / 2, 1) while x is (0, 0, -1): rise / 2 is left of
+    // x.
     const auto frames = [](double rise) {
         return frames_of<TypeParam>({0, 0, 0, 1, 0, 0, 1, 1, 0, 1, 0, -rise, 2, 2, 2}, 0);
     };
@@ -402,6 +403,60 @@ TYPED_TEST(Frames, ACosineAboveOneMakesAllTurnedAxesNaN)
             EXPECT_TRUE(std::isfinite(frames[f].m[i][2])) << f << i;
             EXPECT_EQ(frames[f].m[i][3], i < 3 ? xyz[3 * f + i] : 1.0) << f << i;
         }
+}
+
+/// A planar loop of n points about the origin, in a plane turned at random.
+Vector planar_loop(Random& random, int n)
+{
+    double axis[3], across[3], normal[3] = {random.uniform(-1, 1), random.uniform(-1, 1), random.uniform(0.1, 1)};
+    double reference[3] = {1, 0, 0};
+    normalize(normal);
+    cross_product(normal, reference, axis);
+    normalize(axis);
+    cross_product(normal, axis, across);
+    Vector xyz;
+    for (int i = 0; i < n; ++i) {
+        const double turn = i * 6.283185307179586 / n, radius = random.uniform(1, 3);
+        for (int k = 0; k < 3; ++k)
+            xyz.push_back(radius * (std::cos(turn) * axis[k] + std::sin(turn) * across[k]));
+    }
+    return xyz;
+}
+
+TYPED_TEST(Frames, TwoInFiveTiltedPlanarLoopsHaveNoAxesLeft)
+{
+    Random random(73);
+    int lost = 0;
+    const int loops = rounds(1000);
+    for (int round = 0; round < loops; ++round)
+        lost += std::isnan(this->closed(planar_loop(random, random.between(4, 40)))[1].m[0][0]) ? 1 : 0;
+    EXPECT_GT(lost, loops / 4);
+    EXPECT_LT(lost, loops / 2);
+}
+
+TYPED_TEST(Frames, AnOpenPathOnceAroundGivesTheFramesOfAPlanarLoop)
+{
+    Random random(74);
+    int compared = 0;
+    for (int round = 0; round < rounds(300); ++round) {
+        const int n = random.between(4, 40);
+        const Vector loop = planar_loop(random, n);
+        Vector around(loop.end() - 3, loop.end()); // the last point, all points, the first
+        around.insert(around.end(), loop.begin(), loop.end());
+        around.insert(around.end(), loop.begin(), loop.begin() + 3);
+        const auto frames = this->closed(loop), unrolled = this->open(around);
+        for (int i = 0; i < n; ++i)
+            for (int j = 0; j < 4; ++j) {
+                const Vector seen = column(unrolled[i + 1], j);
+                ASSERT_TRUE(std::isfinite(seen[0] + seen[1] + seen[2])) << "round " << round;
+                if (std::isnan(frames[1].m[0][0]))
+                    continue;
+                // A cosine of 1 up to rounding is a turn of up to 2e-08 or so, spread over the loop.
+                ASSERT_TRUE(near(column(frames[i], j), seen, 5e-08)) << "round " << round;
+                ++compared;
+            }
+    }
+    EXPECT_GT(compared, 1000);
 }
 
 TYPED_TEST(Frames, TheLastFrameOfALoopTakesOverBothAxes)
