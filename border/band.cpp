@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "math/internal/vec.h"
 
 namespace korvale::inside {
@@ -23,7 +23,7 @@ void extend(const double* end, const double* neighbour, double* out)
 
 bool has_points(const DATAstruct& d)
 {
-    return d.dim == 3 && holds(d, DATA_TYPE_DOUBLE, elements(d.count, 3));
+    return d.dim == 3 && holds(d, DATA_TYPE_DOUBLE, components(d.count, 3));
 }
 
 /// Whether `d` stands around memory of the host, which the library cannot release and so cannot grow.
@@ -72,7 +72,7 @@ void BORDERRemoveWings(BORDERStatus* status)
         status->path->type != DATA_TYPE_DOUBLE)
         return;
     DATAstruct &path = *status->path, &output = *status->output;
-    const int64_t end = elements(path.count, 3) - 3;
+    const int64_t end = components(path.count, 3) - 3;
     const int64_t in_path = readable_doubles(path, end), in_output = readable_doubles(output, end);
     for (int64_t e = 3; e < end; ++e) {
         if (e < in_path)

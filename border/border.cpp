@@ -4,8 +4,8 @@
 #include <cstdlib>
 
 #include "border/internal/sweep.h"
+#include "data/internal/buffers.h"
 #include "data/internal/record.h"
-#include "data/internal/shape.h"
 #include "data/operations.h"
 #include "path/flatten.h"
 
@@ -62,7 +62,7 @@ bool is_outline(const Array* path)
 template <class Array>
 int32_t readable_points(const Array& path)
 {
-    return holds(path, DATA_TYPE_DOUBLE, elements(path.count, 3)) ? path.count : 0;
+    return holds(path, DATA_TYPE_DOUBLE, components(path.count, 3)) ? path.count : 0;
 }
 
 /// Sweeps the outline in `work.flat` and leaves the points of the border there. Returns their number, or -1 when the

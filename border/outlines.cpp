@@ -1,6 +1,6 @@
 // Borders of single outlines and of lists of outlines, lifted off their plane.
 #include "border/border.h"
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "math/internal/mat.h"
 #include "path/flatten.h"
 

@@ -3,9 +3,8 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "data/internal/boxes.h"
-#include "data/internal/elements.h"
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
+#include "data/internal/kernels.h"
 
 using namespace korvale::inside;
 
@@ -52,7 +51,7 @@ int DataAllocate(Data* d)
 {
     if (d == nullptr || d->count < 1 || d->dim < 1)
         return -1;
-    const int64_t n = elements(d->count, d->dim);
+    const int64_t n = components(d->count, d->dim);
     if (n > kMostElements)
         return -1;
     const size_t bytes = component_bytes(*d, d->type);
@@ -92,9 +91,4 @@ void DataReverse(Data* d)
         return;
     const size_t bytes = static_cast<size_t>(d->dim) * component_bytes(*d, d->type);
     reverse_elements(buffer_of(*d, d->type), d->count, bytes);
-}
-
-int DataBBox(Data* src, Data* box)
-{
-    return box_around(src, box);
 }

@@ -62,12 +62,3 @@ KORVALE_API void DataListDispose(data_list_struct* head);
 /// Reverses the order of the elements in place. Nothing happens for fewer than two elements, a dim below 1, an unknown
 /// kind or a missing buffer.
 KORVALE_API void DataReverse(Data* d);
-
-/// Writes the bounds of `src` to `box`: the dim values of the minimum corner, then those of the maximum corner.
-///
-/// Both are of kind double, and `box` is allocated by the caller in any shape of 2 dim components: [2][dim], [1][2
-/// dim], [2 dim][1]. Both corners start at element 0 and are widened by strict comparisons, so a NaN never replaces a
-/// bound.
-///
-/// Returns 1, or -1 for a source without elements, a box of another size or kind, or a missing buffer.
-KORVALE_API int DataBBox(Data* src, Data* box);

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "data/internal/boxes.h"
-#include "data/internal/elements.h"
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
+#include "data/internal/kernels.h"
+#include "data/internal/record.h"
 #include "data/internal/trees.h"
 
 static_assert(sizeof(DATAstruct) == 64 && offsetof(DATAstruct, dim) == 0 && offsetof(DATAstruct, count) == 4 &&
@@ -39,7 +39,7 @@ int64_t capacity(const DATAstruct& d)
         return -1;
     if (component_bytes(d, d.alloc_type) != 0 && buffer_of(d, d.alloc_type) == nullptr)
         return 0;
-    return elements(d.alloc_count, d.alloc_dim);
+    return components(d.alloc_count, d.alloc_dim);
 }
 
 /// Whether the present buffer serves for `wanted` elements of the kind wanted.
@@ -105,7 +105,7 @@ int DATAAllocate(DATAstruct* d)
 {
     if (d == nullptr || d->count < 1 || d->dim < 1)
         return -1;
-    const int64_t wanted = elements(d->count, d->dim);
+    const int64_t wanted = components(d->count, d->dim);
     if (wanted > kMostElements)
         return -1;
     if (d->alloc_count > 0 && d->alloc_dim > 0) {
@@ -132,7 +132,7 @@ int DATAReAllocate(DATAstruct* d)
 {
     if (d == nullptr || d->count < 0 || d->dim < 0)
         return -1;
-    const int64_t wanted = elements(d->count, d->dim);
+    const int64_t wanted = components(d->count, d->dim);
     if (wanted > kMostElements)
         return -1;
     if (d->type != d->alloc_type) { // a change of kind keeps nothing
@@ -181,10 +181,7 @@ DATAstruct* DATAListToDATA(DATAstruct* first)
     DATAstruct* const list = DATANew();
     if (list == nullptr)
         return nullptr;
-    list->count = n;
-    list->type = DATA_TYPE_DATA;
-    list->dim = 1;
-    if (DATAAllocate(list) < 0)
+    if (!allocate_as(*list, DATA_TYPE_DATA, n, 1))
         return nullptr; // Deliberate: the new record is not released
     int slot = 0;
     for (DATAstruct* d = first; d != nullptr; d = d->next)
@@ -215,11 +212,6 @@ int DATACheckIfPatch(DATAstruct* d)
 int DATACheckIfMesh(DATAstruct* d)
 {
     return has_slots(d, 5);
-}
-
-int DATABBox(DATAstruct* src, DATAstruct* box)
-{
-    return box_around(src, box);
 }
 
 void DATAReverse(DATAstruct* d)

@@ -95,9 +95,6 @@ KORVALE_API int DATACheckIfPatch(DATAstruct* d);
 /// 1 for a mesh: kind `DATA_TYPE_DATA`, dim 5, count 1 or more, with slots; else 0. The children are not examined.
 KORVALE_API int DATACheckIfMesh(DATAstruct* d);
 
-/// `DataBBox` for this generation.
-KORVALE_API int DATABBox(DATAstruct* src, DATAstruct* box);
-
 /// Reverses the order of the elements in place; pointer kinds exchange their slots. Nothing happens for fewer than two
 /// elements, a dim below 1, an unknown kind or a missing buffer.
 KORVALE_API void DATAReverse(DATAstruct* d);

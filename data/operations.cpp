@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "data/internal/elements.h"
+#include "data/internal/buffers.h"
+#include "data/internal/kernels.h"
 #include "data/internal/record.h"
-#include "data/internal/shape.h"
 #include "data/internal/trees.h"
 
 // The work of every operation is written once: over bare elements where the records do not matter, over either record
@@ -22,27 +22,9 @@ bool same_shape(const Array& a, const Array& b)
 template <class Array>
 bool is_readable(const Array& d)
 {
-    return d.count >= 1 && d.dim >= 1 && (!is_known_kind(d) || is_filled(d));
-}
-
-template <class Array>
-int allocate_as(Array& d, int64_t count, int32_t dim, int32_t type)
-{
-    if (elements(count, dim) > kMostElements)
-        return -1;
-    d.count = static_cast<int32_t>(count);
-    d.dim = dim;
-    d.type = type;
-    return allocate(d);
-}
-
-template <class Array>
-int replace_as(Array& d, int64_t count, int32_t dim, int32_t type)
-{
-    if (elements(count, dim) > kMostElements)
-        return -1;
-    dispose(d);
-    return allocate_as(d, count, dim, type);
+    if (!is_known_kind(d))
+        return d.count >= 1 && d.dim >= 1 && components(d.count, d.dim) <= kMostElements;
+    return is_filled(d);
 }
 
 template <class Array>
@@ -51,53 +33,58 @@ bool lacks_buffer(const Array& d)
     return is_known_kind(d) && !is_filled(d);
 }
 
+template <class Array>
+bool replace_as(Array& d, int32_t type, int32_t count, int32_t dim)
+{
+    dispose(d);
+    return allocate_as(d, type, count, dim);
+}
+
 // Outputs. The first generation keeps an output that serves already; the second shapes it every time and leaves it to
 // the capacity whether a new buffer is made.
 
-int shape_for_cat(Data& output, int64_t count, int32_t dim, int32_t type)
+bool shape_for_cat(Data& output, int32_t type, int32_t count, int32_t dim)
 {
     if (output.type == type && output.dim == dim && output.count == count && !lacks_buffer(output))
-        return 1;
-    return replace_as(output, count, dim, type);
+        return true;
+    return replace_as(output, type, count, dim);
 }
 
-int shape_for_cat(DATAstruct& output, int64_t count, int32_t dim, int32_t type)
+bool shape_for_cat(DATAstruct& output, int32_t type, int32_t count, int32_t dim)
 {
-    return allocate_as(output, count, dim, type);
+    return allocate_as(output, type, count, dim);
 }
 
-int shape_for_copy(const Data& source, Data& output)
+bool shape_for_copy(const Data& source, Data& output)
 {
     if (source.dim > output.dim || source.count > output.count || source.type != output.type || lacks_buffer(output))
-        return replace_as(output, source.count, source.dim, source.type);
-    return 1; // Deliberate: a larger output keeps its shape
+        return replace_as(output, source.type, source.count, source.dim);
+    return true; // Deliberate: a larger output keeps its shape
 }
 
-int shape_for_copy(const DATAstruct& source, DATAstruct& output)
+bool shape_for_copy(const DATAstruct& source, DATAstruct& output)
 {
-    return allocate_as(output, source.count, source.dim, source.type);
+    return allocate_as(output, source.type, source.count, source.dim);
 }
 
-int shape_for_bounds(const Data& source, Data& output)
+bool shape_for_bounds(const Data& source, Data& output)
 {
-    if (elements(2, source.dim) > kMostElements)
-        return -1;
     if (source.dim > output.dim || output.count < 2 || source.type != output.type)
         dispose(output);
-    return allocate_as(output, 2, source.dim, source.type); // Deliberate: a buffer that was kept is not released
+    return allocate_as(output, source.type, 2, source.dim); // Deliberate: a buffer that was kept is not released
 }
 
-int shape_for_bounds(const DATAstruct& source, DATAstruct& output)
+bool shape_for_bounds(const DATAstruct& source, DATAstruct& output)
 {
-    return allocate_as(output, 2, source.dim, source.type);
+    return allocate_as(output, source.type, 2, source.dim);
 }
 
 template <class Array>
-int shape_for_mix(const Array& a, Array& output)
+bool shape_for_mix(const Array& a, Array& output)
 {
     if (same_shape(a, output) && !lacks_buffer(output))
-        return 1;
-    return replace_as(output, a.count, a.dim, a.type);
+        return true;
+    return replace_as(output, a.type, a.count, a.dim);
 }
 
 /// The last kind that a copy of the generation moves.
@@ -120,8 +107,9 @@ int cat(const Array* first, const Array* second, Array* output)
         return -1;
     if (first->dim != second->dim || first->type != second->type || !is_readable(*first) || !is_readable(*second))
         return -1;
-    const int64_t count = static_cast<int64_t>(first->count) + second->count;
-    if (shape_for_cat(*output, count, first->dim, first->type) < 0)
+    const int64_t count = int64_t{first->count} + second->count;
+    if (components(count, first->dim) > kMostElements ||
+        !shape_for_cat(*output, first->type, static_cast<int32_t>(count), first->dim))
         return -1;
     const size_t bytes = static_cast<size_t>(first->dim) * component_bytes(*first, first->type);
     if (bytes == 0)
@@ -139,14 +127,14 @@ int copy(const Array* source, Array* output)
 {
     if (source == nullptr || output == nullptr || output == source || !is_readable(*source))
         return -1;
-    if (shape_for_copy(*source, *output) < 0)
+    if (!shape_for_copy(*source, *output))
         return -1;
     if (!is_known_kind(*source))
         return 1;
     if (source->type > last_copied_kind(*source))
         return -1;
     const size_t component = component_bytes(*source, source->type);
-    const auto n = static_cast<size_t>(elements(source->count, source->dim));
+    const auto n = static_cast<size_t>(components(source->count, source->dim));
     copy_values(buffer_of(*source, source->type), n * component, component, buffer_of(*output, output->type));
     return 1;
 }
@@ -167,12 +155,9 @@ bool can_mix(const Array* const (&inputs)[N], const Array* output)
 template <class Array>
 bool wants_mixing(const Array& a, Array& output, int& result)
 {
-    result = shape_for_mix(a, output);
-    if (result < 0 || !is_known_kind(a))
-        return false;
-    if (a.type != DATA_TYPE_DOUBLE)
-        result = -1;
-    return a.type == DATA_TYPE_DOUBLE;
+    const bool is_shaped = shape_for_mix(a, output);
+    result = is_shaped && !is_known_kind(a) ? 1 : -1;
+    return is_shaped && a.type == DATA_TYPE_DOUBLE;
 }
 
 template <class Array>
@@ -182,7 +167,7 @@ int mix(const Array* a, const Array* b, double wa, double wb, Array* output)
     int result = -1;
     if (!can_mix(inputs, output) || !wants_mixing(*a, *output, result))
         return result;
-    mix_values(a->dvals, b->dvals, wa, wb, elements(a->count, a->dim), output->dvals);
+    mix_values(a->dvals, b->dvals, wa, wb, components(a->count, a->dim), output->dvals);
     return 1;
 }
 
@@ -195,7 +180,7 @@ int mix_four(const Array* a, const Array* b, const Array* c, const Array* d, dou
     if (!can_mix(inputs, output) || !wants_mixing(*a, *output, result))
         return result;
     const double weights[] = {wa, wb, wc, wd};
-    mix_values(a->dvals, b->dvals, c->dvals, d->dvals, weights, elements(a->count, a->dim), output->dvals);
+    mix_values(a->dvals, b->dvals, c->dvals, d->dvals, weights, components(a->count, a->dim), output->dvals);
     return 1;
 }
 
@@ -204,7 +189,7 @@ int bounds(const Array* source, Array* output)
 {
     if (source == nullptr || output == nullptr || output == source || !is_readable(*source))
         return -1;
-    if (shape_for_bounds(*source, *output) < 0)
+    if (components(2, source->dim) > kMostElements || !shape_for_bounds(*source, *output))
         return -1;
     if (!is_known_kind(*source))
         return 1;
@@ -214,11 +199,25 @@ int bounds(const Array* source, Array* output)
     return 1;
 }
 
+template <class Array>
+int box_around(const Array* src, Array* box)
+{
+    if (src == nullptr || box == nullptr || src->count < 1 || src->dim < 1)
+        return -1;
+    const int64_t corners = components(2, src->dim);
+    if (components(box->count, box->dim) != corners || box->type != src->type || src->type != DATA_TYPE_DOUBLE)
+        return -1;
+    if (!is_filled(*src) || !holds(*box, DATA_TYPE_DOUBLE, corners))
+        return -1;
+    find_bounds(src->dvals, src->count, src->dim, box->dvals, box->dvals + src->dim);
+    return 1;
+}
+
 /// Carries the points of one array to another where both have them.
 template <class Array>
 void carry_array(const double (*m)[4], const Array& source, Array& output)
 {
-    const int64_t n = elements(source.count, 3);
+    const int64_t n = components(source.count, 3);
     if (source.dim != 3 || output.dim != 3 || !holds(source, DATA_TYPE_DOUBLE, n) ||
         !holds(output, DATA_TYPE_DOUBLE, n))
         return;
@@ -299,6 +298,16 @@ int DataBounds(Data* source, Data* output)
 int DATABounds(DATAstruct* source, DATAstruct* output)
 {
     return bounds(source, output);
+}
+
+int DataBBox(Data* src, Data* box)
+{
+    return box_around(src, box);
+}
+
+int DATABBox(DATAstruct* src, DATAstruct* box)
+{
+    return box_around(src, box);
 }
 
 // TransformData looks at counts and dims only; TransformDATA also wants equal kinds and walks trees of arrays.

@@ -54,6 +54,16 @@ KORVALE_API int DATA4Mix(DATAstruct* a, DATAstruct* b, DATAstruct* c, DATAstruct
 KORVALE_API int DataBounds(Data* source, Data* output);
 KORVALE_API int DATABounds(DATAstruct* source, DATAstruct* output);
 
+/// Writes the bounds of `src` to `box`: the dim values of the minimum corner, then those of the maximum corner.
+///
+/// Both are of kind double, and `box` is allocated by the caller in any shape of 2 dim components: [2][dim], [1][2
+/// dim], [2 dim][1]. Both corners start at element 0 and are widened by strict comparisons, so a NaN never replaces a
+/// bound.
+///
+/// Returns 1, or -1 for a source without elements, a box of another size or kind, or a missing buffer.
+KORVALE_API int DataBBox(Data* src, Data* box);
+KORVALE_API int DATABBox(DATAstruct* src, DATAstruct* box);
+
 /// Writes every point of `source`, carried by `m` as `TransformPoint` does, to `output`, which has the same count, is
 /// allocated and may be `source`. Both have dim 3; else, and for a null matrix, nothing happens.
 ///

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
-#include "data/internal/scratch.h"
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "math/internal/vec.h"
+#include "platform/internal/scratch.h"
 #include "platform/layer.h"
 
 // Sampling draws a number for each point and takes the first triangle whose cumulative share of the area reaches it.
@@ -129,14 +129,16 @@ void scatter(const Triangles& t, unsigned seed, const Points& p, const Attribute
     if (!reached.exists())
         return;
     measure_shares(t, reached.get());
-    Scratch<int32_t> table(p.count >= kPointsForTable ? kLargestDraw + 1 : 0);
-    if (table.exists())
+    const bool wants_table = p.count >= kPointsForTable;
+    Scratch<int32_t> table(wants_table ? kLargestDraw + 1 : 0);
+    const bool has_table = wants_table && table.exists(); // without one the search goes on as for few points
+    if (has_table)
         tabulate(reached.get(), t.count, table.get());
 
     Place places[kPlacesAhead]; // triangles are far apart in memory: ask for some before the first is used
     for (int64_t first = 0; first < p.count; first += kPlacesAhead) {
         const int64_t count = std::min<int64_t>(kPlacesAhead, p.count - first);
-        draw_places(t, reached.get(), table.get(), count, places);
+        draw_places(t, reached.get(), has_table ? table.get() : nullptr, count, places);
         for (int64_t k = 0; k < count; ++k) {
             const auto& [i, u, v] = places[k];
             const double w = 1 - u - v;
@@ -154,11 +156,11 @@ Attributes attributes_to_carry(const Array* vertices, const Array* points, int64
     const Attributes none = {nullptr, nullptr, 0};
     if (vertices == nullptr || points == nullptr)
         return none;
-    const int64_t values = elements(vertices->count, vertices->dim);
+    const int64_t values = components(vertices->count, vertices->dim);
     const int64_t width = values / (3 * triangles);
     if (width < 1 || values != width * 3 * triangles || points->count != count || points->dim != width)
         return none;
-    if (!holds(*vertices, DATA_TYPE_DOUBLE, values) || !holds(*points, DATA_TYPE_DOUBLE, elements(count, width)))
+    if (!holds(*vertices, DATA_TYPE_DOUBLE, values) || !holds(*points, DATA_TYPE_DOUBLE, components(count, width)))
         return none;
     return {vertices->dvals, points->dvals, width};
 }
@@ -167,7 +169,8 @@ Attributes attributes_to_carry(const Array* vertices, const Array* points, int64
 template <class Array>
 bool has_rows(const Array* d, int32_t width)
 {
-    return d != nullptr && d->count >= 1 && d->dim >= width && holds(*d, DATA_TYPE_DOUBLE, elements(d->count, d->dim));
+    return d != nullptr && d->count >= 1 && d->dim >= width &&
+           holds(*d, DATA_TYPE_DOUBLE, components(d->count, d->dim));
 }
 
 template <class Array>

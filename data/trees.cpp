@@ -12,7 +12,7 @@ int64_t owned_slots(const DATAstruct& d)
 {
     if (d.type != DATA_TYPE_DATA || d.pvals == nullptr || d.alloc_count < 1 || d.alloc_dim < 1)
         return 0;
-    const int64_t slots = elements(d.alloc_count, d.alloc_dim);
+    const int64_t slots = components(d.alloc_count, d.alloc_dim);
     return slots <= kMostElements ? slots : 0;
 }
 

@@ -10,8 +10,8 @@
 #include "platform/internal/wrapping.h"
 
 // An operator-precedence translator from text to postfix items (E. W. Dijkstra, "Algol 60 translation", 1961) with two
-// stacks: binary operators and parentheses, which leave by priority, and functions of one argument, which leave when the
-// operand or group at their own depth is complete. Both stacks fill from their last entry downward.
+// stacks: binary operators and parentheses, which leave by priority, and functions of one argument, which leave when
+// the operand or group at their own depth is complete. Both stacks fill from their last entry downward.
 namespace korvale::inside {
 namespace {
 
@@ -248,14 +248,14 @@ bool append_row(DATAstruct& equations)
     const int32_t row = equations.count;
     if (row < 0 || row >= kMostElements - kRowGrowth)
         return false;
-    if (elements(row + int64_t{1}, kChildren) <= room(&equations, DATA_TYPE_DATA)) {
+    if (components(row + int64_t{1}, kChildren) <= room(&equations, DATA_TYPE_DATA)) {
         equations.count = row + 1;
         return true;
     }
     if (!may_grow(equations))
         return false;
     equations.count = row + 1 + kRowGrowth;
-    if (!grow_cleared(equations) || !holds(equations, DATA_TYPE_DATA, elements(equations.count, kChildren))) {
+    if (!grow_cleared(equations) || !holds(equations, DATA_TYPE_DATA, components(equations.count, kChildren))) {
         equations.count = row;
         return false;
     }
@@ -282,7 +282,7 @@ DATAstruct* new_items(int32_t type)
 bool make_items(const EquationSystem& es, DATAstruct* (&items)[kChildren])
 {
     const int32_t types[kChildren] = {DATA_TYPE_INT, DATA_TYPE_INT, DATA_TYPE_DOUBLE};
-    void** const row = es.equations->pvals + elements(es.equations->count - int64_t{1}, kChildren);
+    void** const row = es.equations->pvals + components(es.equations->count - int64_t{1}, kChildren);
     for (int32_t child = 0; child < kChildren; ++child) {
         items[child] = new_items(types[child]);
         if (items[child] == nullptr)

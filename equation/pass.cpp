@@ -2,16 +2,16 @@
 
 #include <algorithm>
 
-#include "data/internal/scratch.h"
 #include "equation/internal/built_ins.h"
 #include "equation/internal/evaluate.h"
 #include "equation/internal/program.h"
 #include "equation/internal/variables.h"
+#include "platform/internal/scratch.h"
 
 // A pass over all equations. As documented, its results gather in a copy of all variables, made before the pass and
 // copied back after it, so that nothing else which happens to a variable meanwhile lasts. Only a host's function can do
-// such a thing. Where the equations call built-in functions alone, all but the results of reserved variables is in place
-// already, and only those are put aside.
+// such a thing. Where the equations call built-in functions alone, all but the results of reserved variables is in
+// place already, and only those are put aside.
 namespace korvale::inside {
 namespace {
 

@@ -19,7 +19,7 @@ bool is_name(const uint8_t* slot, const char* word, size_t length)
 
 const uint8_t* name_at(const DATAstruct& names, int32_t i)
 {
-    return names.bvals + elements(i, kNameBytes);
+    return names.bvals + components(i, kNameBytes);
 }
 
 /// Whether the arrays of the functions may be replaced by larger ones.
@@ -77,7 +77,7 @@ void register_all(EquationSystem& es, int32_t nargs, const BuiltIn<Function> (&f
 bool grow_cleared(DATAstruct& d)
 {
     const int64_t held = room(&d, d.type);
-    const int64_t wanted = elements(d.count, d.dim);
+    const int64_t wanted = components(d.count, d.dim);
     if (DATAReAllocate(&d) < 0 || !holds(d, d.type, wanted))
         return false;
     if (wanted > held) {
@@ -158,7 +158,7 @@ int register_function(EquationSystem* es, const char* name, int32_t nargs, void*
     const int32_t f = EqAnotherFunc(es);
     if (f < 0)
         return -1;
-    format_name(name, es->func_names->bvals + elements(f, kNameBytes));
+    format_name(name, es->func_names->bvals + components(f, kNameBytes));
     es->func_nargs->ivals[f] = nargs;
     es->funcs->pvals[f] = function;
     return 1;

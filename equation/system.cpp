@@ -62,7 +62,7 @@ bool allocate_functions(EquationSystem& es)
             return false;
     for (int32_t f = 0; f < kFirstFunctions; ++f) { // pointers are null already
         es.func_nargs->ivals[f] = 0;
-        es.func_names->bvals[elements(f, kNameBytes)] = 0;
+        es.func_names->bvals[components(f, kNameBytes)] = 0;
         es.table_pos->ivals[f] = 0;
     }
     es.funcs->count = 0;

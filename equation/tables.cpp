@@ -63,7 +63,7 @@ bool read_sample(const View& view, double x, double& sample)
 /// Calls the function for each element of its table, which the function itself may change meanwhile.
 void fill(const EquationSystem& es, int32_t f, DATAstruct& table)
 {
-    const int64_t n = elements(table.count, table.dim);
+    const int64_t n = components(table.count, table.dim);
     for (int64_t i = 0; i < n; ++i) {
         const double sample = call_no_arg(es, f);
         if (i < room(&table, DATA_TYPE_DOUBLE))
@@ -83,7 +83,7 @@ int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
     DATAstruct* const table = table_of(*es, func);
     if (table == nullptr)
         return -1;
-    const int64_t columns = elements(table->dim, cols);
+    const int64_t columns = components(table->dim, cols);
     if (std::abs(columns) > kMostElements)
         return -1;
     table->count = rows;

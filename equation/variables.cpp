@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "data/internal/scratch.h"
+#include "platform/internal/scratch.h"
 
 namespace korvale::inside {
 namespace {
@@ -55,8 +55,8 @@ size_t hash_of(const Name& name) // 64-bit FNV-1a (G. Fowler, L. C. Noll, K.-P. 
     return static_cast<size_t>(hash ^ hash >> 32);
 }
 
-/// The variables there are, followed by the names to be declared, in 13-byte slots like those of `var_names`. Long lists
-/// are found by a hash table with linear probing; entry -1 of it is free.
+/// The variables there are, followed by the names to be declared, in 13-byte slots like those of `var_names`. Long
+/// lists are found by a hash table with linear probing; entry -1 of it is free.
 class Names {
 public:
     Names(const EquationSystem& es, int64_t most)
@@ -167,10 +167,11 @@ bool can_grow(const EquationSystem& es)
 bool resize(DATAstruct& d, int32_t count, int32_t type, int32_t dim)
 {
     d.count = count;
-    return grow_cleared(d) && holds(d, type, elements(count, dim));
+    return grow_cleared(d) && holds(d, type, components(count, dim));
 }
 
-/// Changes the three arrays of the variables to `count` of them; false, with the old number, when the heap is exhausted.
+/// Changes the three arrays of the variables to `count` of them; false, with the old number, when the heap is
+/// exhausted.
 bool resize_variables(EquationSystem& es, int32_t count)
 {
     const int32_t before = es.var_vals->count;
@@ -186,11 +187,11 @@ bool append(EquationSystem& es, const Names& names, int flag)
 {
     const int32_t before = es.var_vals->count;
     const int64_t count = before + names.count();
-    if (!can_grow(es) || elements(count, kNameBytes) > kMostElements ||
+    if (!can_grow(es) || components(count, kNameBytes) > kMostElements ||
         !resize_variables(es, static_cast<int32_t>(count)))
         return false;
-    std::memcpy(es.var_names->bvals + elements(before, kNameBytes), names.added(),
-                static_cast<size_t>(elements(names.count(), kNameBytes)));
+    std::memcpy(es.var_names->bvals + components(before, kNameBytes), names.added(),
+                static_cast<size_t>(components(names.count(), kNameBytes)));
     for (int64_t v = before; v < count; ++v) {
         es.var_vals->dvals[v] = 0.0;
         es.var_flags->bvals[v] = static_cast<uint8_t>(flag);

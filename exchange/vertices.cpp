@@ -4,8 +4,8 @@
 // failure returns at once and leaves the host's accessor as it is.
 #include "exchange/vertices.h"
 
+#include "data/internal/buffers.h"
 #include "data/internal/record.h"
-#include "data/internal/shape.h"
 
 namespace korvale::inside {
 namespace {
@@ -100,7 +100,7 @@ bool may_hold(const DATAstruct& array, int64_t values)
 template <class Array>
 bool can_be_written(const Array& array, uint32_t n)
 {
-    const int64_t values = elements(n, 3);
+    const int64_t values = components(n, 3);
     return n == 0 || (array.dvals != nullptr && values <= kMostElements && may_hold(array, values));
 }
 
@@ -112,7 +112,7 @@ int32_t read_vertices(I3DVertexCollection* collection, Array* array, ReadOne rea
     uint32_t n;
     if (const int32_t status = get_count(*collection, n); status != kSucceeded)
         return status;
-    if (n == 0 || elements(n, 3) > kMostElements)
+    if (n == 0 || components(n, 3) > kMostElements)
         return kStatusFailed;
     if (!shape_points(*array, static_cast<int32_t>(n)))
         return kStatusFailed;

@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "math/internal/mat.h"
 #include "math/internal/orientation.h"
 #include "math/internal/rotation.h"
@@ -77,8 +77,8 @@ void drop_to_zero(const double* p, const Transforms& to)
         to.reverse[2][3] = p[2];
 }
 
-/// Sets both matrices to a turn about y by plus and minus `radians`, converted to degrees, and writes `p` as the forward
-/// turn carries it.
+/// Sets both matrices to a turn about y by plus and minus `radians`, converted to degrees, and writes `p` as the
+/// forward turn carries it.
 void turn_about_y(double radians, const double* p, const Transforms& to, double* turned)
 {
     double degrees[3] = {0.0, radians * kDegreesPerRadian, 0.0};
@@ -363,7 +363,7 @@ int flatten(const Data* path, double (*xfm)[4], double (*reverse)[4], bool close
     set_identities(to);
     if (!is_path(path))
         return 1;
-    if (elements(path->count, path->dim) > kMostElements)
+    if (components(path->count, path->dim) > kMostElements)
         return -1;
     if (!is_filled(*path))
         return 1;

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "math/internal/mat.h"
 #include "math/internal/vec.h"
 
@@ -233,7 +233,7 @@ void frames_along(const Array& path, bool closed, double full_turn, Xfm* frames)
         set_identity(frames[0]);
         return;
     }
-    if (holds(path, DATA_TYPE_DOUBLE, elements(path.count, path.dim)))
+    if (holds(path, DATA_TYPE_DOUBLE, components(path.count, path.dim)))
         find_frames({path.dvals, path.count, closed}, full_turn, frames);
 }
 

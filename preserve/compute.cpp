@@ -41,7 +41,7 @@ struct Motion {
 Motion motion_of(const PreserveStatus& s)
 {
     double* const f = forces_of(s);
-    return {s.cur_points->dvals, f, f == nullptr ? 0 : elements(s.force->count, 3)};
+    return {s.cur_points->dvals, f, f == nullptr ? 0 : components(s.force->count, 3)};
 }
 
 void hold_tagged(const PreserveStatus& s, const Motion& m)

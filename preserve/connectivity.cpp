@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "data/internal/scratch.h"
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
+#include "platform/internal/scratch.h"
 
 namespace korvale::inside {
 namespace {
@@ -130,7 +130,7 @@ void release(DATAstruct*& d)
 void count_edges(const Edges& edges, DATAstruct& counts)
 {
     std::fill(counts.ivals, counts.ivals + counts.count, 0);
-    for (int64_t i = 0; i < elements(edges.count, 2); ++i)
+    for (int64_t i = 0; i < components(edges.count, 2); ++i)
         ++counts.ivals[edges.ends[i]];
 }
 
@@ -152,16 +152,16 @@ DATAstruct* new_array(int32_t count, int32_t dim, int32_t type)
 bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATAstruct* face_sizes,
                    const DATAstruct* face_points)
 {
-    if (elements(points.count, 3) > kMostElements)
+    if (components(points.count, 3) > kMostElements)
         return false;
     if (edges != nullptr) {
-        const int64_t ends = elements(edges->count, 2);
+        const int64_t ends = components(edges->count, 2);
         if (!has_ints(*edges, ends) || !are_points(edges->ivals, ends, points.count))
             return false;
     }
     if (face_sizes == nullptr || face_points == nullptr)
         return true;
-    if (edges == nullptr && elements(face_points->count, 2) > kMostElements)
+    if (edges == nullptr && components(face_points->count, 2) > kMostElements)
         return false;
     const int32_t corners =
         has_ints(*face_points, face_points->count) ? face_points->count : static_cast<int32_t>(room(*face_points));

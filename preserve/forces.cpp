@@ -145,7 +145,7 @@ int PreserveFindForce(PreserveStatus* status)
         return -1;
     double* const force = forces_of(*status);
     if (force != nullptr)
-        std::fill(force, force + elements(status->force->count, 3), 0.0);
+        std::fill(force, force + components(status->force->count, 3), 0.0);
     if ((status->flags & PRESERVE_LENGTH) != 0)
         PreserveFindEdgeLengthForce(status);
     if ((status->flags & PRESERVE_FACE_ANGLE) != 0)

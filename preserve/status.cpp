@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "preserve/internal/connectivity.h"
 
 static_assert(sizeof(PreserveStatus) == 216 && offsetof(PreserveStatus, flags) == 0 &&

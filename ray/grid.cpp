@@ -4,16 +4,17 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "data/internal/scratch.h"
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
+#include "data/operations.h"
 #include "math/internal/box.h"
+#include "platform/internal/scratch.h"
 #include "ray/internal/grid.h"
 
 // A grid has planes along each axis, one more than cells, found by repeated addition of the step; a cell's box lies
-// between two neighbouring planes of each axis. Where the planes are in order, the cells that touch a triangle's box are
-// consecutive along each axis: a guess and a few comparisons find the first and the last of them, by the very comparisons
-// that hold every cell against the box. A grid whose planes are not in order (a box that is not finite) is searched cell
-// by cell.
+// between two neighbouring planes of each axis. Where the planes are in order, the cells that touch a triangle's box
+// are consecutive along each axis: a guess and a few comparisons find the first and the last of them, by the very
+// comparisons that hold every cell against the box. A grid whose planes are not in order (a box that is not finite) is
+// searched cell by cell.
 
 static_assert(sizeof(RayStatus) == 112 && offsetof(RayStatus, triangles) == 0 && offsetof(RayStatus, bbox) == 8 &&
               offsetof(RayStatus, tri_marks) == 48 && offsetof(RayStatus, cells) == 88 &&
@@ -36,8 +37,8 @@ constexpr size_t kBoxBytes = kBoxValues * sizeof(double);
 /// nx * ny * nz, or 0 when that leaves 31 bits.
 int32_t cells_wanted(const RayStatus& s)
 {
-    const int64_t slab = elements(s.ny, s.nz);
-    if (slab > kMostElements || elements(s.nx, slab) > kMostElements)
+    const int64_t slab = components(s.ny, s.nz);
+    if (slab > kMostElements || components(s.nx, slab) > kMostElements)
         return 0;
     return static_cast<int32_t>(s.nx * slab);
 }
@@ -95,7 +96,8 @@ void drop_cells(RayStatus& s)
     s.cells = nullptr;
 }
 
-/// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in order.
+/// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in
+/// order.
 bool place_planes(double least, double greatest, int32_t n, double* planes)
 {
     const double step = (greatest - least) / n;
@@ -151,8 +153,8 @@ data_list_struct* new_node()
     return node;
 }
 
-/// Appends a number to the chain that ends in `last`; its first node never takes numbers. Returns the node that ends the
-/// chain afterwards.
+/// Appends a number to the chain that ends in `last`; its first node never takes numbers. Returns the node that ends
+/// the chain afterwards.
 data_list_struct* append(data_list_struct* last, int32_t triangle)
 {
     if (last->type != DATA_TYPE_INT || last->count >= kNodeRoom) {
@@ -316,7 +318,7 @@ void ray_classify(RayStatus* s)
     Data points = *s->triangles;
     s->triangles->dim = 9;
     if (points.count >= 1) {
-        if (points.type != DATA_TYPE_DOUBLE || points.dvals == nullptr || elements(points.count, 9) > kMostElements) {
+        if (points.type != DATA_TYPE_DOUBLE || points.dvals == nullptr || components(points.count, 9) > kMostElements) {
             drop_cells(*s);
             return;
         }

@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-#include "data/internal/scratch.h"
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "math/internal/mat.h"
 #include "math/internal/vec.h"
+#include "platform/internal/scratch.h"
 #include "ray/internal/cast.h"
 #include "ray/internal/cells_met.h"
 #include "ray/internal/meet.h"
@@ -79,7 +79,7 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
     const Data& triangles = *s->triangles;
     Data& marks = s->tri_marks;
     if (holds(marks, DATA_TYPE_BYTE, 1))
-        std::memset(marks.bvals, 0, static_cast<size_t>(elements(marks.count, marks.dim)));
+        std::memset(marks.bvals, 0, static_cast<size_t>(components(marks.count, marks.dim)));
     double d[3];
     copy3(direction, d);
     if (!make_unit(d) || s->cells == nullptr || triangles.type != DATA_TYPE_DOUBLE || triangles.dvals == nullptr)

@@ -7,7 +7,7 @@
 
 #include "bench/ratio.h"
 #include "data/operations.h"
-#include "tests/reference/elements.h"
+#include "tests/reference/arrays.h"
 
 #ifdef KORVALE_HAS_EIGEN
 #include <Eigen/Core>

@@ -4,7 +4,7 @@
 
 #include "border/internal/lanes.h"
 #include "border/internal/wavefront.h"
-#include "data/internal/scratch.h"
+#include "platform/internal/scratch.h"
 
 namespace korvale::inside {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "border/internal/sweep.h"
-#include "data/internal/scratch.h"
+#include "platform/internal/scratch.h"
 
 namespace korvale::inside {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <cstdlib>
+
 #include "data/data.h"
 #include "data/datastruct.h"
 
@@ -24,6 +27,34 @@ inline void dispose(Data& d)
 inline void dispose(DATAstruct& d)
 {
     DATADispose(&d);
+}
+
+/// Sets kind and shape; the buffer stays as it is.
+template <class Array>
+void shape_as(Array& d, int32_t type, int32_t count, int32_t dim)
+{
+    d.type = type;
+    d.count = count;
+    d.dim = dim;
+}
+
+/// `shape_as`, and makes room for it as the generation does. False when it cannot be allocated.
+template <class Array>
+bool allocate_as(Array& d, int32_t type, int32_t count, int32_t dim)
+{
+    shape_as(d, type, count, dim);
+    return allocate(d) > 0;
+}
+
+/// A new record from the heap with room for [count][dim] of a kind; null, with nothing kept, when the heap is exhausted
+/// or the shape is none.
+inline DATAstruct* new_array(int32_t type, int32_t count, int32_t dim)
+{
+    DATAstruct* const d = DATANew();
+    if (d == nullptr || allocate_as(*d, type, count, dim))
+        return d;
+    std::free(d);
+    return nullptr;
 }
 
 } // namespace korvale::inside

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "data/datastruct.h"
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 
 // Arrays of arrays. They may be deeper than the machine's stack, so nothing that walks them recurses.
 namespace korvale::inside {

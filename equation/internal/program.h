@@ -25,7 +25,7 @@ inline bool is_equation(const EquationSystem& es, int32_t equation)
 {
     const DATAstruct* const equations = es.equations;
     return equation >= 0 && equations != nullptr && equation < equations->count &&
-           elements(equation + int64_t{1}, kChildren) <= room(equations, DATA_TYPE_DATA);
+           components(equation + int64_t{1}, kChildren) <= room(equations, DATA_TYPE_DATA);
 }
 
 /// The items of any three arrays that a row may hold.
@@ -34,7 +34,7 @@ Program careful_program(const DATAstruct* kinds, const DATAstruct* operands, con
 /// The items of an equation that exists.
 inline Program program_of(const EquationSystem& es, int32_t equation)
 {
-    void* const* const row = es.equations->pvals + elements(equation, kChildren);
+    void* const* const row = es.equations->pvals + components(equation, kChildren);
     const auto* const kinds = static_cast<const DATAstruct*>(row[0]);
     const auto* const operands = static_cast<const DATAstruct*>(row[1]);
     const auto* const constants = static_cast<const DATAstruct*>(row[2]);

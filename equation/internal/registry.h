@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "equation/system.h"
 
 // What the sources of the equation system ask of its function registry and of names in general.

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "preserve/status.h"
 
 // What the evaluation reads of a status, as plain pointers; what is missing or too short shows as none.
@@ -19,7 +19,7 @@ inline bool covers_mesh(const DATAstruct* points, const PreserveStatus& s)
 {
     if (s.points == nullptr || points == nullptr)
         return false;
-    return point_count(s) < 1 || holds(*points, DATA_TYPE_DOUBLE, elements(point_count(s), 3));
+    return point_count(s) < 1 || holds(*points, DATA_TYPE_DOUBLE, components(point_count(s), 3));
 }
 
 /// The values of a measure array, or null where they are fewer than `wanted`.
@@ -113,7 +113,7 @@ inline Tags tags_of(const PreserveStatus& s)
 /// The force of every point, [point_count][3], or null.
 inline double* forces_of(const PreserveStatus& s)
 {
-    return s.force == nullptr ? nullptr : measures_in(s.force, elements(s.force->count, 3));
+    return s.force == nullptr ? nullptr : measures_in(s.force, components(s.force->count, 3));
 }
 
 } // namespace korvale::inside

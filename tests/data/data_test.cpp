@@ -272,9 +272,6 @@ TEST(Data, FunctionsTakeNull)
     DataDispose(nullptr);
     DataListDispose(nullptr);
     DataReverse(nullptr);
-    auto d = points<Data>({1, 2, 3});
-    EXPECT_EQ(DataBBox(nullptr, d), -1);
-    EXPECT_EQ(DataBBox(d, nullptr), -1);
 }
 
 TEST(Data, NodesPassAsRecords)

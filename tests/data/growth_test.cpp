@@ -1,7 +1,7 @@
 // Which arrays may be made longer in place.
 #include <gtest/gtest.h>
 
-#include "data/internal/shape.h"
+#include "data/internal/buffers.h"
 #include "tests/support/arrays.h"
 
 namespace korvale::test {

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/data/generations.h"
-#include "tests/reference/elements.h"
+#include "tests/reference/arrays.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"

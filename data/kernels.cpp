@@ -1,4 +1,4 @@
-#include "data/internal/elements.h"
+#include "data/internal/kernels.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "tests/reference/elements.h"
+#include "tests/reference/arrays.h"
 
 namespace korvale::reference {
 

@@ -1,0 +1,168 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+
+#include "data/data.h"
+#include "data/datastruct.h"
+
+// Sizes of arrays, the same questions for both generations.
+namespace korvale::inside {
+
+constexpr int64_t kMostElements = std::numeric_limits<int32_t>::max();
+
+/// count * dim, in 64 bits.
+inline int64_t components(int64_t count, int64_t dim)
+{
+    return count * dim;
+}
+
+/// Bytes an element component of a kind takes; 0 for an unknown kind.
+inline size_t component_bytes(const Data&, int32_t type)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        return sizeof(double);
+    case DATA_TYPE_INT:
+        return sizeof(int32_t);
+    case DATA_TYPE_BYTE:
+        return sizeof(uint8_t);
+    default:
+        return 0;
+    }
+}
+
+inline size_t component_bytes(const DATAstruct&, int32_t type)
+{
+    switch (type) {
+    case DATA_TYPE_POINTER:
+    case DATA_TYPE_DATA:
+        return sizeof(void*);
+    default:
+        return component_bytes(Data{}, type);
+    }
+}
+
+/// The buffer that a kind selects, or null.
+inline void* buffer_of(const Data& d, int32_t type)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        return d.dvals;
+    case DATA_TYPE_INT:
+        return d.ivals;
+    case DATA_TYPE_BYTE:
+        return d.bvals;
+    default:
+        return nullptr;
+    }
+}
+
+inline void* buffer_of(const DATAstruct& d, int32_t type)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        return d.dvals;
+    case DATA_TYPE_INT:
+        return d.ivals;
+    case DATA_TYPE_BYTE:
+        return d.bvals;
+    case DATA_TYPE_POINTER:
+    case DATA_TYPE_DATA:
+        return d.pvals;
+    default:
+        return nullptr;
+    }
+}
+
+/// Makes `buffer` the buffer of a kind; what stood there is not released.
+inline void set_buffer(Data& d, int32_t type, void* buffer)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        d.dvals = static_cast<double*>(buffer);
+        break;
+    case DATA_TYPE_INT:
+        d.ivals = static_cast<int32_t*>(buffer);
+        break;
+    case DATA_TYPE_BYTE:
+        d.bvals = static_cast<uint8_t*>(buffer);
+        break;
+    default:
+        break;
+    }
+}
+
+inline void set_buffer(DATAstruct& d, int32_t type, void* buffer)
+{
+    switch (type) {
+    case DATA_TYPE_DOUBLE:
+        d.dvals = static_cast<double*>(buffer);
+        break;
+    case DATA_TYPE_INT:
+        d.ivals = static_cast<int32_t*>(buffer);
+        break;
+    case DATA_TYPE_BYTE:
+        d.bvals = static_cast<uint8_t*>(buffer);
+        break;
+    case DATA_TYPE_POINTER:
+    case DATA_TYPE_DATA:
+        d.pvals = static_cast<void**>(buffer);
+        break;
+    default:
+        break;
+    }
+}
+
+/// Whether a buffer of the record would be the host's own: its capacity was never set, or the record was zero-filled.
+/// The library leaves no buffer beside a capacity of 0.
+inline bool is_wrapped(const DATAstruct& d)
+{
+    return d.alloc_count < 1 || d.alloc_dim < 1;
+}
+
+/// Whether `DATAReAllocate` may make the array longer in place. It would free memory of the host, and the library
+/// cannot know whose that is, so an array that wraps some stays as it is; one without a buffer may get its first.
+inline bool may_grow(const DATAstruct& d)
+{
+    const bool has_buffer = d.dvals != nullptr || d.ivals != nullptr || d.bvals != nullptr || d.pvals != nullptr;
+    return !is_wrapped(d) || !has_buffer;
+}
+
+/// Components that a buffer of the record has room for: a `Data` is judged by count * dim, a `DATAstruct` by what was
+/// allocated where the library allocated it.
+inline int64_t room(const Data& d)
+{
+    return components(d.count, d.dim);
+}
+
+inline int64_t room(const DATAstruct& d)
+{
+    return is_wrapped(d) ? components(d.count, d.dim) : components(d.alloc_count, d.alloc_dim);
+}
+
+/// Whether `wanted` components of kind `type` can be read or written: the buffer exists and has the room, and an array
+/// may have as many.
+template <class Array>
+bool holds(const Array& d, int32_t type, int64_t wanted)
+{
+    return buffer_of(d, type) != nullptr && wanted <= room(d) && wanted <= kMostElements;
+}
+
+/// Whether the count * dim components of the record's own kind exist.
+template <class Array>
+bool is_filled(const Array& d)
+{
+    return d.count >= 1 && d.dim >= 1 && holds(d, d.type, components(d.count, d.dim));
+}
+
+/// Whether `d` is of the library's kinds at all.
+template <class Array>
+bool is_known_kind(const Array& d)
+{
+    return component_bytes(d, d.type) != 0;
+}
+
+} // namespace korvale::inside
