@@ -1,0 +1,143 @@
+#include "direct.h"
+
+namespace korvale::test {
+namespace {
+
+const std::vector<Outline> kPlate = {{{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}},
+                                     {{3, 3, 0}, {7, 3, 0}, {7, 7, 0}, {3, 7, 0}}};
+constexpr BevelStep kWall[] = {{0, 0}, {0, 8}};
+
+double volume_of(const Mesh& mesh)
+{
+    return detail::volume(mesh) / 6;
+}
+
+Outline circle(int n, double radius)
+{
+    Outline points;
+    for (int i = 0; i < n; ++i)
+        points.push_back(
+            {radius * std::cos(6.283185307179586 * i / n), radius * std::sin(6.283185307179586 * i / n), 0});
+    return points;
+}
+
+TEST(FaceBevel, ClosesAPlateWithAHole)
+{
+    const Mesh mesh = bevel(kPlate, kWall);
+    EXPECT_TRUE(is_closed(mesh));
+    EXPECT_EQ(mesh.vertices.size(), 16u);
+    EXPECT_EQ(mesh.triangles.size(), 32u);
+    EXPECT_NEAR(volume_of(mesh), (100 - 16) * 8, 1e-9);
+}
+
+TEST(FaceBevel, FacesOutwardsForAnyPlaneWindingAndProfile)
+{
+    Random random(1204);
+    for (int round = 0; round < rounds(40); ++round) {
+        std::vector<Outline> shape = kPlate;
+        const Transform placement = random_placement(random);
+        for (Outline& outline : shape) {
+            placement.apply(outline);
+            if (random.one_in(2))
+                std::ranges::reverse(outline);
+        }
+        const double height = random.one_in(2) ? 8 : -8;
+        const BevelStep profile[] = {{0, 0}, {0, height}, {-1, 1.25 * height}};
+        const Mesh mesh = bevel(shape, profile);
+        EXPECT_TRUE(is_closed(mesh));
+        // the chamfer is a frustum of the outer square less one of the hole
+        const double top = (64 + 100 + 80) / 3.0 - (36 + 16 + 24) / 3.0;
+        EXPECT_NEAR(volume_of(mesh), 84 * 8 + top * 2, 1e-5);
+    }
+}
+
+TEST(FaceBevel, LayersAreOffsets)
+{
+    const BevelStep profile[] = {{0.5, 0}, {-0.25, 3}};
+    const Mesh mesh = bevel(kPlate, profile);
+    for (const BevelStep& step : profile)
+        for (const Offset& border : offset(kPlate, step.distance, {.height = step.height}))
+            for (const Point& p : border.points)
+                EXPECT_NE(std::ranges::find(mesh.vertices, p), mesh.vertices.end());
+}
+
+TEST(FaceBevel, ClosesARoofWhoseEdgesShrinkToNothing)
+{
+    const std::vector<Outline> house = {{{0, 0, 0}, {6, 0, 0}, {6, 4, 0}, {0, 4, 0}}};
+    const BevelStep roof[] = {{0, 0}, {-2.5, 2.5}}; // past the ridge: one point is left
+    const Mesh mesh = bevel(house, roof);
+    EXPECT_TRUE(is_closed(mesh));
+    const BevelStep hips[] = {{0, 0}, {-2, 2}};
+    const Mesh hipped = bevel(house, hips);
+    EXPECT_TRUE(is_closed(hipped));
+    EXPECT_NEAR(volume_of(hipped), 6 * 4 * 2 / 2.0 - 2 * (4 * 2 * 2 / 6.0), 1e-9);
+}
+
+TEST(FaceBevel, SaysWhatItRefuses)
+{
+    const BevelStep one[] = {{0, 0}};
+    EXPECT_EQ(refusal_of([&] { bevel(kPlate, one); }), "bevel: profile must have at least 2 steps, but it has 1");
+}
+
+TEST(FaceTriangulate, CoversTheShapeOnceEitherWayRound)
+{
+    Random random(1205);
+    for (int round = 0; round < rounds(50); ++round) {
+        std::vector<Outline> shape = {random_outline(random, random.between(8, 60), 0, 0, 40)};
+        for (int hole = random.between(0, 3); hole > 0; --hole)
+            shape.push_back(random_outline(random, random.between(3, 12), 8.0 * hole - 16, 2.0 * hole, 3));
+        double area = 0;
+        size_t points = 0;
+        Mesh mesh;
+        for (size_t k = 0; k < shape.size(); ++k) {
+            area += (k == 0 ? 1 : -1) * detail::doubled_area(detail::ring_of(shape[k], {}, 0));
+            if (k > 0 && random.one_in(2))
+                std::ranges::reverse(shape[k]);
+            points += shape[k].size();
+            mesh.vertices.insert(mesh.vertices.end(), shape[k].begin(), shape[k].end());
+        }
+        mesh.triangles = triangulate(shape);
+        EXPECT_EQ(mesh.triangles.size(), points + 2 * (shape.size() - 1) - 2);
+        double covered = 0;
+        for (const Triangle& t : mesh.triangles) {
+            const Point& a = mesh.vertices[static_cast<size_t>(t[0])];
+            const double twice = detail::cross(detail::minus(mesh.vertices[static_cast<size_t>(t[1])], a),
+                                               detail::minus(mesh.vertices[static_cast<size_t>(t[2])], a))[2];
+            EXPECT_GE(twice, 0);
+            covered += twice;
+        }
+        EXPECT_NEAR(covered, area, 1e-9 * area);
+    }
+}
+
+TEST(FaceTube, FacesOutwardsAndCloses)
+{
+    Outline helix, section = circle(12, 0.5);
+    for (int i = 0; i < 50; ++i)
+        helix.push_back({5 * std::cos(0.3 * i), 5 * std::sin(0.3 * i), 0.4 * i});
+    const double length_of_section = detail::doubled_area(detail::ring_of(section, {}, 0)) / 2;
+    for (const bool turned : {false, true}) {
+        if (turned)
+            std::ranges::reverse(section);
+        const Mesh open = tube(helix, section), loop = tube(circle(40, 6), section, {.closed = true});
+        EXPECT_TRUE(is_closed(open));
+        EXPECT_TRUE(is_closed(loop));
+        EXPECT_FALSE(is_closed(tube(helix, section, {.caps = false})));
+        EXPECT_GT(volume_of(open), 0);
+        EXPECT_NEAR(volume_of(loop), length_of_section * 6.283185307 * 6, 1.0);
+        EXPECT_EQ(loop.vertices.size(), 480u);
+    }
+}
+
+TEST(FaceTube, CarriesTheSectionByTheFrames)
+{
+    const Outline path = {{0, 0, 0}, {3, 0, 0}, {3, 3, 1}}, section = circle(5, 1);
+    const Mesh mesh = tube(path, section);
+    const auto places = frames(path);
+    for (size_t i = 0; i < 3; ++i)
+        for (size_t k = 0; k < 5; ++k)
+            EXPECT_EQ(mesh.vertices[i * 5 + k], places[i].point(section[k]));
+}
+
+} // namespace
+} // namespace korvale::test

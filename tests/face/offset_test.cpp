@@ -1,0 +1,169 @@
+#include "direct.h"
+
+namespace korvale::test {
+namespace {
+
+const Outline kSquare = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
+const std::vector<Outline> kPlate = {{{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}},
+                                     {{3, 3, 0}, {7, 3, 0}, {7, 7, 0}, {3, 7, 0}}};
+
+void expect_near(std::span<const Point> points, const Outline& expected)
+{
+    ASSERT_EQ(points.size(), expected.size());
+    for (size_t i = 0; i < points.size(); ++i)
+        for (size_t k = 0; k < 3; ++k)
+            EXPECT_NEAR(points[i][k], expected[i][k], 1e-12) << i;
+}
+
+TEST(FaceOffset, GrowsASquareByHalfAUnit)
+{
+    const Offset border = offset(kSquare, 0.5);
+    expect_near(border.points, {{-0.5, -0.5, 0}, {4.5, -0.5, 0}, {4.5, 4.5, 0}, {-0.5, 4.5, 0}});
+    EXPECT_FALSE(border.collapsed);
+    EXPECT_EQ(std::vector<int>(border.removed.begin(), border.removed.end()), (std::vector<int>{0, 0, 0, 0}));
+    EXPECT_EQ(std::vector<int>(border.merged_into.begin(), border.merged_into.end()), (std::vector<int>{0, 1, 2, 3}));
+}
+
+TEST(FaceOffset, GrowsEitherWayRound)
+{
+    const Outline clockwise(kSquare.rbegin(), kSquare.rend());
+    expect_near(offset(clockwise, 0.5).points, {{-0.5, 4.5, 0}, {4.5, 4.5, 0}, {4.5, -0.5, 0}, {-0.5, -0.5, 0}});
+}
+
+TEST(FaceOffset, TellsThatNothingIsLeft)
+{
+    EXPECT_FALSE(offset(kSquare, -1.99).collapsed);
+    EXPECT_TRUE(offset(kSquare, -2.0).collapsed); // four live points within rounding of each other
+    EXPECT_TRUE(offset(kSquare, -2.5).collapsed);
+    EXPECT_TRUE(offset(kSquare, -2.5, {.keep_vertices = false}).collapsed);
+    EXPECT_TRUE(offset({{0, 0, 0}, {4, 0, 0}, {4, 2, 0}, {0, 2, 0}}, -1).collapsed); // a ridge is left
+    EXPECT_TRUE(offset({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}, 1).collapsed);             // a straight line has no inside
+}
+
+TEST(FaceOffset, LeavesRemovedVerticesOutWhenAsked)
+{
+    const Outline notched = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {2.1, 4, 0}, {2, 3.9, 0}, {1.9, 4, 0}, {0, 4, 0}};
+    const Offset kept = offset(notched, 1), dropped = offset(notched, 1, {.keep_vertices = false});
+    EXPECT_EQ(kept.points.size(), 7u);
+    size_t live = 0;
+    for (size_t i = 0; i < 7; ++i)
+        if (kept.removed[i] == 0) {
+            EXPECT_EQ(dropped.points[live++], kept.points[i]);
+        }
+    EXPECT_EQ(live, dropped.points.size());
+    EXPECT_LT(live, 7u);
+}
+
+TEST(FaceOffset, IsBORDERToTheBit)
+{
+    Random random(1201);
+    for (int round = 0; round < rounds(200); ++round) {
+        Outline outline = random_outline(random, random.between(3, 40), 0, 0, 10);
+        random_placement(random).apply(outline);
+        const double distance = random.uniform(-8, 8), height = random.one_in(2) ? 0 : random.uniform(-5, 5);
+        const bool keep = random.one_in(2), split = random.one_in(2);
+        const DirectBorder direct = border_by_record(outline, distance, height, keep, split);
+        const Offset border = offset(outline, distance, {height, keep, split});
+        ASSERT_TRUE(same_bits(direct.border, coordinates(border.points)));
+        ASSERT_EQ(direct.dead, std::vector<int>(border.removed.begin(), border.removed.end()));
+        ASSERT_EQ(direct.merge, std::vector<int>(border.merged_into.begin(), border.merged_into.end()));
+    }
+}
+
+TEST(FaceOffset, OfAShapeIsBORDEROnAListToTheBit)
+{
+    Random random(1202);
+    for (int round = 0; round < rounds(100); ++round) {
+        std::vector<Outline> shape = {random_outline(random, random.between(8, 40), 0, 0, 30)};
+        for (int hole = random.between(0, 3); hole > 0; --hole) {
+            shape.push_back(random_outline(random, random.between(3, 12), 8.0 * hole - 16, 0, 3));
+            if (random.one_in(2))
+                std::ranges::reverse(shape.back());
+        }
+        const Transform placement = random_placement(random);
+        for (Outline& outline : shape)
+            placement.apply(outline);
+        const double distance = random.uniform(-4, 4), height = random.uniform(-5, 5);
+        const bool keep = random.one_in(2), split = random.one_in(2);
+        const auto direct = borders_by_record(shape, distance, height, keep, split);
+        const auto borders = offset(shape, distance, {height, keep, split});
+        ASSERT_EQ(direct.size(), borders.size());
+        for (size_t k = 0; k < direct.size(); ++k)
+            ASSERT_TRUE(same_bits(direct[k], coordinates(borders[k].points)));
+    }
+}
+
+TEST(FaceOffset, GrowsThePlateAndShrinksItsHole)
+{
+    const auto borders = offset(kPlate, 1, {.height = 2});
+    ASSERT_EQ(borders.size(), 2u);
+    expect_near(borders[0].points, {{-1, -1, 2}, {11, -1, 2}, {11, 11, 2}, {-1, 11, 2}});
+    expect_near(borders[1].points, {{4, 4, 2}, {6, 4, 2}, {6, 6, 2}, {4, 6, 2}});
+    EXPECT_TRUE(offset(kPlate, 2.5)[1].collapsed);
+    EXPECT_FALSE(offset(kPlate, 2.5)[0].collapsed);
+}
+
+TEST(FaceOffset, ReadsPointsOfAnyTypeInPlace)
+{
+    struct Vertex {
+        double x, y, z;
+    };
+    const Vertex vertices[] = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
+    const std::vector<double> flat = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0};
+    EXPECT_EQ(PointView(vertices).data(), &vertices[0].x);
+    EXPECT_EQ(PointView(flat).data(), flat.data());
+    const auto expected = coordinates(offset(kSquare, 1).points);
+    EXPECT_EQ(coordinates(offset(vertices, 1).points), expected);
+    EXPECT_EQ(coordinates(offset(flat, 1).points), expected);
+    EXPECT_EQ(coordinates(offset({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}}, 1).points), expected);
+}
+
+TEST(FaceOffsetter, ReusesItsArrays)
+{
+    Offsetter offsetter;
+    const double* const first = offsetter(kSquare, 0.5).points()[0].data();
+    EXPECT_EQ(offsetter(kSquare, 1).points()[0].data(), first);
+    EXPECT_EQ(offsetter.points()[2], (Point{5, 5, 0}));
+    EXPECT_EQ(offsetter.removed().size(), 4u);
+    EXPECT_EQ(offsetter.merged_into()[3], 3);
+    const Offset taken = offsetter.take();
+    EXPECT_EQ(taken.points.data()->data(), first);
+    EXPECT_EQ(offsetter(kSquare, 2).points()[2], (Point{6, 6, 0}));
+    EXPECT_EQ(taken.points[2], (Point{5, 5, 0}));
+}
+
+TEST(FaceOffset, SaysWhatItRefuses)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(refusal_of([] {
+                  offset({{0, 0, 0}, {1, 0, 0}}, 1);
+              }),
+              "offset: outline must have at least 3 points, but it has 2");
+    EXPECT_EQ(refusal_of([&] {
+                  offset({{0, 0, 0}, {1, nan, 0}, {0, 1, 0}}, 1);
+              }),
+              "offset: outline must be finite, but its point 1 is (1, nan, 0)");
+    EXPECT_EQ(refusal_of([&] { offset(kSquare, nan); }), "offset: distance must be finite, but it is nan");
+    EXPECT_EQ(refusal_of([&] { offset(kSquare, 1, {.height = nan}); }),
+              "offset: options.height must be finite, but it is nan");
+    EXPECT_EQ(refusal_of([&] { offset(std::vector<Outline>{}, 1); }),
+              "offset: outlines must have an outer outline, but there is none");
+    EXPECT_EQ(refusal_of([&] {
+                  offset(std::vector<Outline>{kSquare, {{1, 1, 0}}}, 1);
+              }),
+              "offset: outline 1 must have at least 3 points, but it has 1");
+    EXPECT_EQ(refusal_of([] {
+                  offset(std::vector<double>{1, 2, 3, 4}, 1);
+              }),
+              "points: the coordinates must come in threes, but there are 4");
+    try {
+        offset(kSquare, nan);
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.function(), "offset");
+        EXPECT_EQ(error.argument(), "distance");
+    }
+}
+
+} // namespace
+} // namespace korvale::test

@@ -1,0 +1,52 @@
+#include "direct.h"
+
+namespace korvale::test {
+namespace {
+
+TEST(FaceScatter, IsTheDirectCallToTheBit)
+{
+    const Mesh mesh = cube();
+    std::vector<double> corners, values;
+    for (const Triangle& t : mesh.triangles)
+        for (const int32_t v : t)
+            for (const double c : mesh.vertices[static_cast<size_t>(v)])
+                corners.push_back(c);
+    for (int i = 0; i < 72; ++i)
+        values.push_back(i);
+    auto triangles = doubles<DATAstruct>(9, corners), attributes = doubles<DATAstruct>(2, values);
+    auto points = array_of<DATAstruct>(DATA_TYPE_DOUBLE, 50, 3),
+         carried = array_of<DATAstruct>(DATA_TYPE_DOUBLE, 50, 2);
+    DATATriSample(triangles, 42, points, attributes, carried);
+
+    const Scattered scattered = scatter(corners, 50, 42, values);
+    EXPECT_EQ(scattered.width, 2u);
+    EXPECT_TRUE(same_bits(points->dvals, scattered.points.coordinates().data(), 150));
+    EXPECT_TRUE(same_bits(carried->dvals, scattered.attributes.data(), 100));
+    EXPECT_TRUE(same_bits(points->dvals, scatter(corners, 50, 42).points.coordinates().data(), 150));
+    EXPECT_TRUE(
+        same_bits(points->dvals, scatter(mesh.vertices, mesh.triangles, 50, 42).points.coordinates().data(), 150));
+}
+
+TEST(FaceScatter, CarriesValuesOfVertices)
+{
+    const Mesh mesh = cube();
+    std::vector<double> positions = coordinates(mesh.vertices);
+    const Scattered scattered = scatter(mesh.vertices, mesh.triangles, 20, 7, positions);
+    ASSERT_EQ(scattered.width, 3u);
+    EXPECT_TRUE(same_bits(scattered.points.coordinates().data(), scattered.attributes.data(), 60));
+}
+
+TEST(FaceScatter, SaysWhatItRefuses)
+{
+    const Mesh mesh = cube();
+    EXPECT_EQ(refusal_of([] { scatter(std::vector<double>(), 5, 1); }),
+              "scatter: triangles must have at least 1 triangle, but there is none");
+    EXPECT_EQ(refusal_of([] { scatter(std::vector<double>(9), 5, 1, std::vector<double>(4)); }),
+              "scatter: attributes must divide by the 3 corners of the triangles, but there are 4");
+    EXPECT_EQ(refusal_of([&] { scatter(mesh.vertices, mesh.triangles, 5, 1, std::vector<double>(9)); }),
+              "scatter: vertex_attributes must divide by the 8 vertices, but there are 9");
+    EXPECT_TRUE(scatter(mesh.vertices, mesh.triangles, 0, 1).points.empty());
+}
+
+} // namespace
+} // namespace korvale::test
