@@ -187,10 +187,10 @@ int32_t F3DKorvaleDATA2Vertex(DATAstruct* array, I3DVertexCollection* collection
 
 int32_t F3DKorvale2DataNormal(Data*, I3DVertexCollection*)
 {
-    return kStatusNotImplemented;
+    return korvale::kStatusNotImplemented;
 }
 
 int32_t F3DKorvale2DATANormal(DATAstruct*, I3DVertexCollection*)
 {
-    return kStatusNotImplemented;
+    return korvale::kStatusNotImplemented;
 }

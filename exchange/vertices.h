@@ -12,12 +12,12 @@
 /// order of the declarations is part of the contract, and a host may implement them in any way that lays out the same
 /// table. Statuses are 32 bits in the manner of COM: 0 is success, everything else is passed on as it is.
 
-namespace korvale::inside {
+namespace korvale {
 
 constexpr int32_t kStatusFailed = static_cast<int32_t>(0x80004005);         ///< a mismatch found on this side
 constexpr int32_t kStatusNotImplemented = static_cast<int32_t>(0x80004001); ///< not provided
 
-} // namespace korvale::inside
+} // namespace korvale
 
 /// A host's cursor over the vertices of a collection.
 class I3DVertexAccessor {

@@ -1,0 +1,64 @@
+// The fixed results of flattening and of frames along open and closed paths.
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "path/flatten.h"
+#include "path/frames.h"
+#include "platform/layer.h"
+#include "tests/golden/hash.h"
+#include "tests/support/arrays.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+namespace {
+
+/// A random path, planar every other time.
+std::vector<double> random_path(Random& random)
+{
+    std::vector<double> xyz;
+    const double a = random.uniform(-1, 1), b = random.uniform(-1, 1), off = random.one_in(2) ? 1.0 : 0.0;
+    for (int n = random.between(2, 40); n > 0; --n) {
+        const double x = random.uniform(-9, 9), y = random.uniform(-9, 9);
+        xyz.insert(xyz.end(), {x, y, a * x + b * y + off * random.unit()});
+    }
+    return xyz;
+}
+
+} // namespace
+
+TEST(Golden, Flattening)
+{
+    Random random(1004);
+    Hash hash;
+    for (int i = 0; i < 1500; ++i) {
+        const std::vector<double> xyz = random_path(random);
+        auto data = points<Data>(xyz);
+        auto datastruct = points<DATAstruct>(xyz);
+        Xfm xfm = {}, reverse = {};
+        Mwsrand(static_cast<unsigned>(i));
+        hash.add(data_to_xy_xfms(data, xfm, reverse, i % 2)).add(xfm[0], 16).add(reverse[0], 16);
+        DATA_to_xy_xfms(datastruct, xfm, reverse, i % 2);
+        hash.add(xfm[0], 16).add(reverse[0], 16).add(Mwrand());
+    }
+    EXPECT_EQ(hash.value(), 0x50c46ea046a29264u);
+}
+
+TEST(Golden, OpenFrames)
+{
+    Random random(1005);
+    Hash hash;
+    for (int i = 0; i < 1000; ++i) {
+        const std::vector<double> xyz = random_path(random);
+        std::vector<double> frames(16 * xyz.size() / 3);
+        auto data = points<Data>(xyz);
+        auto datastruct = points<DATAstruct>(xyz);
+        path2xfm(data, 0, reinterpret_cast<Xfm*>(frames.data()));
+        hash.add(frames.data(), static_cast<int64_t>(frames.size()));
+        PATH2xfm(datastruct, 0, reinterpret_cast<Xfm*>(frames.data()));
+        hash.add(frames.data(), static_cast<int64_t>(frames.size()));
+    }
+    EXPECT_EQ(hash.value(), 0x816e0921460eddbdu);
+}
+
+} // namespace korvale::test

@@ -1,0 +1,37 @@
+// The fixed results of shape preservation: references, energies, forces and relaxed positions.
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/golden/hash.h"
+#include "tests/preserve/solver.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+
+TEST(Golden, ShapePreservation)
+{
+    Random random(1007);
+    Hash hash;
+    for (int i = 0; i < 250; ++i) {
+        Mesh mesh =
+            i % 2 == 0 ? cube_of_triangles() : random_soup(random, random.between(4, 40), random.between(1, 60));
+        mesh.points = random.uniforms(static_cast<int64_t>(mesh.points.size()), -1, 1);
+        Solver solver(mesh);
+        hash.add(solver.result());
+        if (solver.result() != 1)
+            continue;
+        hash.add_array(*solver->edges).add_array(*solver->point_edges).add_array(*solver->point_edge_start);
+        for (const int term : {PRESERVE_LENGTH, PRESERVE_FACE_ANGLE, PRESERVE_VOLUME, PRESERVE_AREA})
+            if (random.below(4) != 0)
+                hash.add(PreservePreserve(solver, term, random.uniform(0.1, 2)));
+        solver.place(shaken(random, mesh.points, 0.2));
+        hash.add(solver.energy()).add(PreserveFindForce(solver)).add(solver->nvolume).add(solver->narea);
+        hash.add_array(*solver->force);
+        hash.add(PreserveCompute(solver, solver.moved(), random.between(1, 6))).add_array(*solver.moved());
+        hash.add(solver->energy).add(solver->ovolume).add(solver->oarea);
+    }
+    EXPECT_EQ(hash.value(), 0x7885cddcf993e885u);
+}
+
+} // namespace korvale::test

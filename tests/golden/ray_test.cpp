@@ -1,0 +1,42 @@
+// The fixed results of classification and queries: counts, distances and marks.
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/golden/hash.h"
+#include "tests/ray/scene.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+
+TEST(Golden, RayQueries)
+{
+    Random random(1008);
+    Hash hash;
+    for (int i = 0; i < 120; ++i) {
+        const int count = random.between(1, 120);
+        std::vector<double> triangles;
+        for (int t = 0; t < count; ++t) {
+            const std::vector<double> corner = random.uniforms(3, -5, 5);
+            for (int k = 0; k < 9; ++k)
+                triangles.push_back(corner[static_cast<size_t>(k % 3)] + random.uniform(-1, 1));
+        }
+        Scene scene(triangles, random.between(1, 9), random.between(1, 9), random.between(1, 9));
+        const int cells = scene->nx * scene->ny * scene->nz;
+        for (int cell = 0; cell < cells; ++cell)
+            for (const int triangle : scene.numbers(cell))
+                hash.add(triangle);
+        for (int r = 0; r < 20; ++r) {
+            std::vector<double> origin = random.uniforms(3, -7, 7), direction = random.uniforms(3, -1, 1);
+            if (random.one_in(3))
+                direction[static_cast<size_t>(random.below(3))] = 0.0;
+            double distance = -1.0;
+            hash.add(ray_intersect(origin.data(), direction.data(), scene, &distance)).add(distance);
+            for (const int mark : scene.marks())
+                hash.add(mark);
+        }
+    }
+    EXPECT_EQ(hash.value(), 0x1755b6a1ef462918u);
+}
+
+} // namespace korvale::test
