@@ -1,0 +1,248 @@
+// Offsetting: waves, coasts, combs and gears.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <numbers>
+
+#include "bench/jobs/job.h"
+#include "include/korvale.h"
+
+#ifdef KORVALE_HAS_POLYCLIPPING
+#include <polyclipping/clipper.hpp>
+#endif
+#ifdef KORVALE_HAS_GEOS
+#include <geos_c.h>
+#endif
+
+namespace korvale::bench {
+namespace {
+
+using Points = std::vector<double>;
+
+constexpr double kFullTurn = 2.0 * std::numbers::pi;
+
+/// A circle of radius 10 with a wave every 16 points.
+Points wiggly(int n, double depth)
+{
+    Points points;
+    for (int i = 0; i < n; ++i) {
+        const double angle = kFullTurn * i / n, radius = 10.0 + depth * std::sin(n / 16 * angle + std::sin(5 * angle));
+        points.insert(points.end(), {radius * std::cos(angle), radius * std::sin(angle), 0.0});
+    }
+    return points;
+}
+
+/// n / 4 teeth, four points each, all alike.
+Points gear(int n)
+{
+    Points points;
+    for (int i = 0; i < n; ++i) {
+        const double angle = kFullTurn * i / n, radius = i % 4 < 2 ? 9.0 : 10.0;
+        points.insert(points.end(), {radius * std::cos(angle), radius * std::sin(angle), 0.0});
+    }
+    return points;
+}
+
+/// n / 4 narrow teeth, four points each, on a bar of two more points.
+Points comb(int n)
+{
+    constexpr double kPitch = 1.5;
+    const int teeth = n / 4;
+    Points points = {0, 0, 0, kPitch * teeth, 0, 0};
+    for (int i = teeth - 1; i >= 0; --i) {
+        const double left = kPitch * i, right = left + 1.0;
+        points.insert(points.end(), {right, 1, 0, right, 5, 0, left, 5, 0, left, 1, 0});
+    }
+    return points;
+}
+
+constexpr const char* kCoasts[] = {"Norway", "Greenland", "Britain", "Chile", "Italy"};
+
+/// The largest outline of a country, in kilometres.
+Points coast(const std::string& wanted)
+{
+    std::ifstream file(KORVALE_EXAMPLE_DATA "/coasts.txt");
+    std::string word, name;
+    Points largest;
+    while (file >> word) {
+        size_t count = 0;
+        if (word != "outline" || !(file >> count >> name) || name.find(wanted) == std::string::npos)
+            continue;
+        Points points;
+        double x, y;
+        while (points.size() < 3 * count && file >> x >> y)
+            points.insert(points.end(), {x, y, 0.0});
+        if (points.size() > largest.size())
+            largest = points;
+    }
+    if (largest.empty())
+        std::abort();
+    return largest;
+}
+
+double width_of(const Points& points)
+{
+    double low = points[0], high = points[0];
+    for (size_t i = 0; i < points.size(); i += 3) {
+        low = std::min(low, points[i]);
+        high = std::max(high, points[i]);
+    }
+    return high - low;
+}
+
+struct Case {
+    Points points;
+    double distance;
+    bool split_events = true;
+};
+
+Case no_event(int n)
+{
+    return {wiggly(n, 1.0 / n), -1.0 / n};
+}
+Case many_events(int n)
+{
+    return {wiggly(n, 0.5), -20.0};
+}
+Case many_without_splits(int n)
+{
+    return {wiggly(n, 0.5), -20.0, false};
+}
+Case gear_outwards(int n)
+{
+    return {gear(n), 2.0};
+}
+Case gear_inwards(int n)
+{
+    return {gear(n), -2.0};
+}
+Case comb_inwards(int n)
+{
+    return {comb(n), -0.6};
+}
+Case comb_outwards(int n)
+{
+    return {comb(n), 0.5};
+}
+
+/// A coast by `share` of its width; the size is the number of the country.
+Case coast_by(int country, double share)
+{
+    Case c = {coast(kCoasts[country]), 0.0};
+    c.distance = share * width_of(c.points);
+    return c;
+}
+Case coast_out_little(int country)
+{
+    return coast_by(country, 0.005);
+}
+Case coast_out(int country)
+{
+    return coast_by(country, 0.03);
+}
+Case coast_in_little(int country)
+{
+    return coast_by(country, -0.005);
+}
+Case coast_in(int country)
+{
+    return coast_by(country, -0.03);
+}
+Case coast_out_without_splits(int country)
+{
+    Case c = coast_out_little(country);
+    c.split_events = false;
+    return c;
+}
+
+/// The record and the outline in it; never released, the process is the job's own.
+template <Case (*make)(int)>
+Work sweep(int n)
+{
+    auto* const status = new BORDERStatus;
+    BORDERInitialize(status);
+    const Case c = make(n);
+    status->distance = c.distance;
+    status->split_events = c.split_events;
+    status->path->dim = 3;
+    status->path->count = static_cast<int32_t>(c.points.size() / 3);
+    if (DATAAllocate(status->path) < 0)
+        std::abort();
+    std::copy(c.points.begin(), c.points.end(), status->path->dvals);
+    return [status] { BORDER_BORDER(status); };
+}
+
+#ifdef KORVALE_HAS_POLYCLIPPING
+template <Case (*make)(int)>
+Work clipper(int n)
+{
+    return [c = make(n)] {
+        constexpr double kGrid = 1e6;
+        ClipperLib::Path path;
+        for (size_t i = 0; i < c.points.size(); i += 3)
+            path.emplace_back(std::llround(c.points[i] * kGrid), std::llround(c.points[i + 1] * kGrid));
+        ClipperLib::ClipperOffset offset(1000.0);
+        offset.AddPath(path, ClipperLib::jtMiter, ClipperLib::etClosedPolygon);
+        ClipperLib::Paths result;
+        offset.Execute(result, c.distance * kGrid);
+        keep(result);
+    };
+}
+#endif
+
+#ifdef KORVALE_HAS_GEOS
+template <Case (*make)(int)>
+Work geos(int n)
+{
+    const Case c = make(n);
+    GEOSContextHandle_t const context = GEOS_init_r();
+    const auto count = static_cast<unsigned>(c.points.size() / 3);
+    GEOSCoordSequence* const ring = GEOSCoordSeq_create_r(context, count + 1, 2);
+    for (unsigned i = 0; i <= count; ++i)
+        GEOSCoordSeq_setXY_r(context, ring, i, c.points[3 * (i % count)], c.points[3 * (i % count) + 1]);
+    GEOSGeometry* const polygon =
+        GEOSGeom_createPolygon_r(context, GEOSGeom_createLinearRing_r(context, ring), nullptr, 0);
+    return [context, polygon, distance = c.distance] {
+        GEOSGeometry* const result =
+            GEOSBufferWithStyle_r(context, polygon, distance, 8, GEOSBUF_CAP_FLAT, GEOSBUF_JOIN_MITRE, 1000.0);
+        GEOSGeom_destroy_r(context, result);
+    };
+}
+#endif
+
+template <Case (*make)(int)>
+void add(std::vector<Job>& jobs, const std::string& name, std::vector<int> sizes, double exponent = 0.0,
+         int counted = 0)
+{
+    jobs.push_back({"border." + name, sizes, sweep<make>, exponent, counted});
+#ifdef KORVALE_HAS_POLYCLIPPING
+    jobs.push_back({"border." + name + "@Clipper", sizes, clipper<make>});
+#endif
+#ifdef KORVALE_HAS_GEOS
+    jobs.push_back({"border." + name + "@GEOS", sizes, geos<make>});
+#endif
+}
+
+} // namespace
+
+std::vector<Job> border_jobs()
+{
+    std::vector<Job> jobs;
+    add<no_event>(jobs, "no_event", {4, 8, 16, 24, 64, 256, 1024, 4096}, 1.1, 1024);
+    add<many_events>(jobs, "many_events", {16, 256, 1024, 4096}, 2.0, 256);
+    jobs.push_back({"border.many_without_splits", {256, 1024, 4096}, sweep<many_without_splits>, 2.0, 256});
+    add<comb_inwards>(jobs, "comb_inwards", {254, 1022, 4094}, 1.95, 256);
+    add<comb_outwards>(jobs, "comb_outwards", {254, 1022, 4094}, 1.95, 256);
+    add<gear_outwards>(jobs, "gear_outwards", {1024, 4096}, 1.35, 1024);
+    add<gear_inwards>(jobs, "gear_inwards", {1024, 4096});
+    add<coast_out_little>(jobs, "coast_out_0.5_percent", {0, 1, 2, 3, 4});
+    add<coast_out>(jobs, "coast_out_3_percent", {0, 1, 2, 3, 4});
+    add<coast_in_little>(jobs, "coast_in_0.5_percent", {0, 1, 2, 3, 4});
+    add<coast_in>(jobs, "coast_in_3_percent", {0, 1, 2, 3, 4});
+    jobs.push_back({"border.coast_out_without_splits", {0, 1, 2, 3, 4}, sweep<coast_out_without_splits>});
+    return jobs;
+}
+
+} // namespace korvale::bench
