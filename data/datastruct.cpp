@@ -42,12 +42,6 @@ int64_t capacity(const DATAstruct& d)
     return components(d.alloc_count, d.alloc_dim);
 }
 
-/// Whether the present buffer serves for `wanted` elements of the kind wanted.
-bool fits(const DATAstruct& d, int64_t wanted)
-{
-    return d.type == d.alloc_type && wanted <= capacity(d);
-}
-
 /// Changes the buffer from `held` to `wanted` elements, keeping the leading ones. False, with nothing changed, when the
 /// heap is exhausted and there are elements to keep.
 bool resize_buffer(DATAstruct& d, int64_t held, int64_t wanted)
@@ -108,11 +102,10 @@ int DATAAllocate(DATAstruct* d)
     const int64_t wanted = components(d->count, d->dim);
     if (wanted > kMostElements)
         return -1;
-    if (d->alloc_count > 0 && d->alloc_dim > 0) {
-        if (fits(*d, wanted))
-            return 1;
+    if (serves(*d, d->type, wanted))
+        return 1;
+    if (!is_wrapped(*d))
         free_buffers(*d);
-    }
     d->alloc_count = d->count;
     d->alloc_dim = d->dim;
     d->alloc_type = d->type;

@@ -1,21 +1,26 @@
+// The loops over bare values. Each is a step over lanes, the same operations on each value in the same order, so every
+// width gives the same bits. Only on memory that overlaps without being the same does it matter that lanes read ahead
+// of what is written: there, and for a few values, where choosing lanes takes longer than the work, a plain loop runs.
 #include "data/internal/kernels.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "math/internal/mat.h"
-#include "math/internal/vec.h"
-#include "platform/internal/widest.h"
+#include "platform/internal/lanes.h"
+#include "platform/internal/lanes3.h"
 
-#ifdef KORVALE_HAS_WIDE_LANES
-#include <immintrin.h>
-#endif
-
-// Every operation has a plain loop, which defines the result, and where it pays a second one in lanes of four doubles.
-// The lanes do the same operations on each value in the same order, so they give the same bits; only on memory that
-// overlaps without being the same do the loops differ, so there the plain one runs.
 namespace korvale::inside {
 namespace {
+
+/// From so many values on it pays to ask for four lanes.
+constexpr int64_t kManyValues = 24;
+
+/// Whether reading n values ahead of writing others gives what writing each at once gives.
+bool may_run_ahead(const double* from, const double* to, int64_t n)
+{
+    return from == to || is_apart(from, n, to, n);
+}
 
 /// Exchanges elements of a size known to the compiler, which then needs no buffer and no calls.
 template <size_t kBytes>
@@ -43,6 +48,20 @@ void reverse_pieces(unsigned char* low, unsigned char* high, size_t bytes)
         }
 }
 
+/// Copies one component after the other.
+template <size_t kBytes>
+void copy_forward(const unsigned char* from, int64_t n, unsigned char* to)
+{
+    for (const unsigned char* const end = from + n * static_cast<int64_t>(kBytes); from < end;
+         from += kBytes, to += kBytes) {
+        unsigned char held[kBytes];
+        std::memcpy(held, from, kBytes);
+        std::memcpy(to, held, kBytes);
+    }
+}
+
+// Bounds. A step `lesser(value, standing)` keeps what stands on equal values and beside a value that is no number.
+
 /// Widens the bounds by n values, which are whole elements. They may lie among the values: each is stored at once.
 void widen_bounds(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
 {
@@ -56,171 +75,13 @@ void widen_bounds(const double* values, int64_t n, int64_t dim, double* least, d
         }
 }
 
-/// The lesser and the greater of two, of equals the one that stood there.
-inline double lesser(double standing, double value)
+/// The same for bounds apart from the values.
+void widen_bounds_apart(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
 {
-    return standing > value ? value : standing;
-}
-
-inline double greater(double standing, double value)
-{
-    return value > standing ? value : standing;
-}
-
-/// The same for bounds apart from the values: those of points stay in registers.
-void widen_apart(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
-{
-    if (dim != 3)
-        return widen_bounds(values, n, dim, least, greatest);
-    double x0 = least[0], y0 = least[1], z0 = least[2];
-    double x1 = greatest[0], y1 = greatest[1], z1 = greatest[2];
-    for (const double* p = values; p < values + n; p += 3) {
-        x0 = lesser(x0, p[0]);
-        y0 = lesser(y0, p[1]);
-        z0 = lesser(z0, p[2]);
-        x1 = greater(x1, p[0]);
-        y1 = greater(y1, p[1]);
-        z1 = greater(z1, p[2]);
-    }
-    const double low[] = {x0, y0, z0}, high[] = {x1, y1, z1};
-    copy3(low, least);
-    copy3(high, greatest);
-}
-
-#ifdef KORVALE_HAS_WIDE_LANES
-
-#define KORVALE_WIDE __attribute__((target("avx2")))
-
-bool is_apart(const double* a, int64_t of_a, const double* b, int64_t of_b)
-{
-    return a + of_a <= b || b + of_b <= a;
-}
-
-/// Whether reading n values ahead of writing others gives what writing each at once gives.
-bool may_run_ahead(const double* from, const double* to, int64_t n)
-{
-    return from == to || is_apart(from, n, to, n);
-}
-
-/// Four points, a coordinate in each vector.
-struct FourPoints {
-    __m256d x, y, z;
-};
-
-// clang-format off
-KORVALE_WIDE inline FourPoints load_points(const double* p)
-{
-    const __m256d a = _mm256_loadu_pd(p);                      // x0 y0 z0 x1
-    const __m256d b = _mm256_loadu_pd(p + 4);                  // y1 z1 x2 y2
-    const __m256d c = _mm256_loadu_pd(p + 8);                  // z2 x3 y3 z3
-    const __m256d xy = _mm256_blend_pd(a, b, 0b1100);          // x0 y0 x2 y2
-    const __m256d zx = _mm256_permute2f128_pd(a, c, 0x21);     // z0 x1 z2 x3
-    const __m256d yz = _mm256_blend_pd(b, c, 0b1100);          // y1 z1 y3 z3
-    return {_mm256_shuffle_pd(xy, zx, 0b1010),                 // x0 x1 x2 x3
-            _mm256_shuffle_pd(xy, yz, 0b0101),                 // y0 y1 y2 y3
-            _mm256_shuffle_pd(zx, yz, 0b1010)};                // z0 z1 z2 z3
-}
-
-KORVALE_WIDE inline void store_points(const FourPoints& points, double* p)
-{
-    const __m256d xy = _mm256_unpacklo_pd(points.x, points.y);          // x0 y0 x2 y2
-    const __m256d zx = _mm256_shuffle_pd(points.z, points.x, 0b1010);   // z0 x1 z2 x3
-    const __m256d yz = _mm256_unpackhi_pd(points.y, points.z);          // y1 z1 y3 z3
-    _mm256_storeu_pd(p, _mm256_permute2f128_pd(xy, zx, 0x20));          // x0 y0 z0 x1
-    _mm256_storeu_pd(p + 4, _mm256_blend_pd(yz, xy, 0b1100));           // y1 z1 x2 y2
-    _mm256_storeu_pd(p + 8, _mm256_permute2f128_pd(zx, yz, 0x31));      // z2 x3 y3 z3
-}
-// clang-format on
-
-/// Row `i` of `m` applied to four points, summed from the left.
-KORVALE_WIDE inline __m256d carried(const double (*m)[4], int i, const FourPoints& p)
-{
-    const __m256d x = _mm256_mul_pd(_mm256_set1_pd(m[i][0]), p.x);
-    const __m256d y = _mm256_mul_pd(_mm256_set1_pd(m[i][1]), p.y);
-    const __m256d z = _mm256_mul_pd(_mm256_set1_pd(m[i][2]), p.z);
-    return _mm256_add_pd(_mm256_add_pd(_mm256_add_pd(x, y), z), _mm256_set1_pd(m[i][3]));
-}
-
-/// Carries the points in groups of four. Returns how many were carried.
-KORVALE_WIDE int64_t carry_points_wide(const double (*matrix)[4], const double* from, int64_t count, double* to)
-{
-    double m[4][4]; // a copy that no store can change
-    std::memcpy(m, matrix, sizeof m);
-    const __m256d one = _mm256_set1_pd(1.0);
-    int64_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        const FourPoints p = load_points(from + 3 * i);
-        FourPoints h = {carried(m, 0, p), carried(m, 1, p), carried(m, 2, p)};
-        const __m256d hw = carried(m, 3, p);
-        if (_mm256_movemask_pd(_mm256_cmp_pd(hw, one, _CMP_EQ_OQ)) != 0b1111)
-            h = {_mm256_div_pd(h.x, hw), _mm256_div_pd(h.y, hw), _mm256_div_pd(h.z, hw)}; // by 1 changes nothing
-        store_points(h, to + 3 * i);
-    }
-    return i;
-}
-
-KORVALE_WIDE int64_t mix_values_wide(const double* a, const double* b, double wa, double wb, int64_t n, double* to)
-{
-    const __m256d va = _mm256_set1_pd(wa), vb = _mm256_set1_pd(wb);
-    int64_t j = 0;
-    for (; j + 4 <= n; j += 4)
-        _mm256_storeu_pd(to + j, _mm256_add_pd(_mm256_mul_pd(va, _mm256_loadu_pd(a + j)),
-                                               _mm256_mul_pd(vb, _mm256_loadu_pd(b + j))));
-    return j;
-}
-
-KORVALE_WIDE int64_t mix_values_wide(const double* a, const double* b, const double* c, const double* d,
-                                     const double* w, int64_t n, double* to)
-{
-    const __m256d va = _mm256_set1_pd(w[0]), vb = _mm256_set1_pd(w[1]);
-    const __m256d vc = _mm256_set1_pd(w[2]), vd = _mm256_set1_pd(w[3]);
-    int64_t j = 0;
-    for (; j + 4 <= n; j += 4) {
-        const __m256d ab =
-            _mm256_add_pd(_mm256_mul_pd(va, _mm256_loadu_pd(a + j)), _mm256_mul_pd(vb, _mm256_loadu_pd(b + j)));
-        const __m256d abc = _mm256_add_pd(ab, _mm256_mul_pd(vc, _mm256_loadu_pd(c + j)));
-        _mm256_storeu_pd(to + j, _mm256_add_pd(abc, _mm256_mul_pd(vd, _mm256_loadu_pd(d + j))));
-    }
-    return j;
-}
-
-/// Values that find_bounds_wide takes at a time; a dim that divides it keeps each component in lanes of its own.
-constexpr int kBoundsLanes = 24;
-/// Bit d is set for the dims that do.
-constexpr uint32_t kBoundsDims = 1u << 1 | 1u << 2 | 1u << 3 | 1u << 4 | 1u << 6 | 1u << 8 | 1u << 12 | 1u << 24;
-/// Fewer values than this are as quickly done one by one.
-constexpr int64_t kFewestValues = 20 * kBoundsLanes;
-
-/// Widens the bounds by whole groups of values. Returns how many values were taken. A bound of zero has the sign of the
-/// lane that wins, not of the first zero.
-KORVALE_WIDE int64_t widen_bounds_wide(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
-{
-    constexpr int kVectors = kBoundsLanes / 4;
-    double start[kBoundsLanes];
-    for (int64_t k = 0; k < kBoundsLanes; ++k)
-        start[k] = k < dim ? values[k] : start[k - dim];
-    __m256d low[kVectors], high[kVectors];
-#pragma GCC unroll 6
-    for (int q = 0; q < kVectors; ++q)
-        low[q] = high[q] = _mm256_loadu_pd(start + 4 * q);
-    int64_t j = 0;
-    for (; j + kBoundsLanes <= n; j += kBoundsLanes) {
-#pragma GCC unroll 6 // so that all stay in registers
-        for (int q = 0; q < kVectors; ++q) {
-            const __m256d value = _mm256_loadu_pd(values + j + 4 * q);
-            low[q] = _mm256_min_pd(value, low[q]); // value < low ? value : low
-            high[q] = _mm256_max_pd(value, high[q]);
-        }
-    }
-    double lows[kBoundsLanes], highs[kBoundsLanes];
-#pragma GCC unroll 6
-    for (int q = 0; q < kVectors; ++q) {
-        _mm256_storeu_pd(lows + 4 * q, low[q]);
-        _mm256_storeu_pd(highs + 4 * q, high[q]);
-    }
-    widen_apart(lows, kBoundsLanes, dim, least, greatest);
-    widen_apart(highs, kBoundsLanes, dim, least, greatest);
-    return j;
+    if (dim == 3)
+        widen_by_points(values, values + n, least, greatest);
+    else
+        widen_bounds(values, n, dim, least, greatest);
 }
 
 /// The zero that element order finds first: of equal values the first stays.
@@ -231,11 +92,9 @@ double first_zero(const double* values, int64_t dim)
     return *values;
 }
 
-/// find_bounds in lanes, for a dim that divides kBoundsLanes.
-void find_bounds_wide(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
+/// Gives the bounds that lanes have found, of which a zero has the sign of the lane that won, the sign of the first.
+void settle_zeros(const double* values, int64_t dim, double* least, double* greatest)
 {
-    const int64_t taken = widen_bounds_wide(values, n, dim, least, greatest);
-    widen_apart(values + taken, n - taken, dim, least, greatest);
     for (int64_t k = 0; k < dim; ++k) {
         if (least[k] == 0.0)
             least[k] = first_zero(values + k, dim);
@@ -244,7 +103,158 @@ void find_bounds_wide(const double* values, int64_t n, int64_t dim, double* leas
     }
 }
 
-#endif
+/// Vectors that are taken at a time: a dim that divides their values keeps each component in lanes of its own.
+constexpr int kVectors = 6;
+template <class V>
+constexpr int kGroup = kVectors* width_of<V>;
+/// Values from which on lanes are quicker.
+constexpr int64_t kManyPointValues = 72, kManyBoundValues = 144;
+
+/// Takes whole groups of values into bounds that start in lanes. Returns how many values were taken.
+template <class V>
+KORVALE_OVER_LANES int64_t widen_lanes(const double* values, int64_t n, V (&low)[kVectors], V (&high)[kVectors])
+{
+    int64_t j = 0;
+    for (; j + kGroup<V> <= n; j += kGroup<V>) {
+#pragma GCC unroll 6 // so that all stay in registers
+        for (int q = 0; q < kVectors; ++q) {
+            const V value = load<V>(values + j + width_of<V> * q);
+            low[q] = lesser(value, low[q]);
+            high[q] = greater(value, high[q]);
+        }
+    }
+    return j;
+}
+
+/// The bounds of n values that are points, as far as whole groups go. Returns how many values were taken.
+template <class V>
+KORVALE_OVER_LANES int64_t bound_points_by(const double* values, int64_t n, double* least, double* greatest)
+{
+    const V first[3] = {all<V>(values[0]), all<V>(values[1]), all<V>(values[2])};
+    V start[3];
+    list_three(first, start);
+    V low[kVectors] = {start[0], start[1], start[2], start[0], start[1], start[2]};
+    V high[kVectors] = {start[0], start[1], start[2], start[0], start[1], start[2]};
+    const int64_t taken = widen_lanes<V>(values, n, low, high);
+    const V lows[3] = {lesser(low[3], low[0]), lesser(low[4], low[1]), lesser(low[5], low[2])};
+    const V highs[3] = {greater(high[3], high[0]), greater(high[4], high[1]), greater(high[5], high[2])};
+    V parted[3];
+    part_three(lows, parted);
+    least[0] = reduce_least(parted[0]);
+    least[1] = reduce_least(parted[1]);
+    least[2] = reduce_least(parted[2]);
+    part_three(highs, parted);
+    greatest[0] = reduce_greatest(parted[0]);
+    greatest[1] = reduce_greatest(parted[1]);
+    greatest[2] = reduce_greatest(parted[2]);
+    return taken;
+}
+
+/// The same for a dim that divides the groups.
+template <class V>
+KORVALE_OVER_LANES int64_t bound_elements_by(const double* values, int64_t n, int64_t dim, double* least,
+                                             double* greatest)
+{
+    double lows[kGroup<V>], highs[kGroup<V>];
+    for (int64_t k = 0; k < kGroup<V>; ++k)
+        lows[k] = k < dim ? values[k] : lows[k - dim];
+    V low[kVectors], high[kVectors];
+#pragma GCC unroll 6
+    for (int q = 0; q < kVectors; ++q)
+        low[q] = high[q] = load<V>(lows + width_of<V> * q);
+    const int64_t taken = widen_lanes<V>(values, n, low, high);
+#pragma GCC unroll 6
+    for (int q = 0; q < kVectors; ++q) {
+        store(lows + width_of<V> * q, low[q]);
+        store(highs + width_of<V> * q, high[q]);
+    }
+    widen_bounds(lows, kGroup<V>, dim, least, greatest);
+    widen_bounds(highs, kGroup<V>, dim, least, greatest);
+    return taken;
+}
+
+template <class V>
+KORVALE_OVER_LANES int64_t bound_by(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
+{
+    if (dim == 3)
+        return bound_points_by<V>(values, n, least, greatest);
+    return kGroup<V> % dim == 0 ? bound_elements_by<V>(values, n, dim, least, greatest) : 0;
+}
+
+KORVALE_FOUR_LANES int64_t bound_by_quads(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
+{
+    return bound_by<Quad>(values, n, dim, least, greatest);
+}
+
+// Steps over lanes, and the loops that take them.
+
+/// Row `i` of `m` applied to points, summed from the left.
+template <class V>
+KORVALE_OVER_LANES V row_applied(const double (&m)[4][4], int i, const Lanes3<V>& p)
+{
+    return m[i][0] * p.x + m[i][1] * p.y + m[i][2] * p.z + m[i][3];
+}
+
+template <class V>
+KORVALE_OVER_LANES void carry_some(const double (&m)[4][4], const double* from, double* to)
+{
+    const Lanes3<V> p = load_points<V>(from);
+    const Lanes3<V> h = {row_applied(m, 0, p), row_applied(m, 1, p), row_applied(m, 2, p)};
+    const V w = row_applied(m, 3, p);
+    if (any_false(w == all<V>(1.0)))
+        store_points(to, h / w); // by 1 changes nothing
+    else
+        store_points(to, h);
+}
+
+/// Carries whole groups of points. Returns how many were carried.
+template <class V>
+KORVALE_OVER_LANES int64_t carry_by(const double (*matrix)[4], const double* from, int64_t count, double* to)
+{
+    double m[4][4]; // a copy that no store can change
+    std::memcpy(m, matrix, sizeof m);
+    int64_t i = 0;
+    for (; i + width_of<V> <= count; i += width_of<V>)
+        carry_some<V>(m, from + 3 * i, to + 3 * i);
+    return i;
+}
+
+KORVALE_FOUR_LANES int64_t carry_by_quads(const double (*m)[4], const double* from, int64_t count, double* to)
+{
+    return carry_by<Quad>(m, from, count, to);
+}
+
+/// Mixes from value j on, as far as whole groups go. Returns how far it came.
+template <class V>
+KORVALE_OVER_LANES int64_t mix_by(const double* a, const double* b, double wa, double wb, int64_t j, int64_t n,
+                                  double* to)
+{
+    for (; j + width_of<V> <= n; j += width_of<V>)
+        store<V>(to + j, wa * load<V>(a + j) + wb * load<V>(b + j));
+    return j;
+}
+
+template <class V>
+KORVALE_OVER_LANES int64_t mix_by(const double* a, const double* b, const double* c, const double* d, double wa,
+                                  double wb, double wc, double wd, int64_t j, int64_t n, double* to)
+{
+    for (; j + width_of<V> <= n; j += width_of<V>) {
+        const V ab = wa * load<V>(a + j) + wb * load<V>(b + j);
+        store<V>(to + j, (ab + wc * load<V>(c + j)) + wd * load<V>(d + j));
+    }
+    return j;
+}
+
+KORVALE_FOUR_LANES int64_t mix_by_quads(const double* a, const double* b, double wa, double wb, int64_t n, double* to)
+{
+    return mix_by<Quad>(a, b, wa, wb, 0, n, to);
+}
+
+KORVALE_FOUR_LANES int64_t mix_by_quads(const double* a, const double* b, const double* c, const double* d, double wa,
+                                        double wb, double wc, double wd, int64_t n, double* to)
+{
+    return mix_by<Quad>(a, b, c, d, wa, wb, wc, wd, 0, n, to);
+}
 
 } // namespace
 
@@ -270,72 +280,65 @@ void reverse_elements(void* buffer, int64_t count, size_t bytes)
     }
 }
 
-void copy_values(const void* from, size_t bytes, size_t component, void* to)
+void copy_ahead(const unsigned char* from, int64_t n, size_t component, unsigned char* to)
 {
-    const auto first = reinterpret_cast<uintptr_t>(from), target = reinterpret_cast<uintptr_t>(to);
-    if (target <= first || first + bytes <= target) { // no value is overwritten before it was read
-        std::memmove(to, from, bytes);
-        return;
-    }
-    const auto* const values = static_cast<const unsigned char*>(from);
-    auto* const copies = static_cast<unsigned char*>(to);
-    unsigned char held[sizeof(double)];
-    for (size_t i = 0; i < bytes; i += component) {
-        std::memcpy(held, values + i, component);
-        std::memcpy(copies + i, held, component);
-    }
+    if (component == sizeof(double))
+        copy_forward<sizeof(double)>(from, n, to);
+    else if (component == sizeof(int32_t))
+        copy_forward<sizeof(int32_t)>(from, n, to);
+    else
+        copy_forward<1>(from, n, to);
 }
 
-void find_bounds(const double* values, int64_t count, int64_t dim, double* least, double* greatest)
+void find_bounds_of_many(const double* values, int64_t count, int64_t dim, double* box)
 {
+    double *const least = box, *const greatest = box + dim;
     for (int64_t k = 0; k < dim; ++k)
         least[k] = greatest[k] = values[k];
     const int64_t n = count * dim;
-    const bool apart = (least + dim <= values || values + n <= least) && //
-                       (greatest + dim <= values || values + n <= greatest);
-    if (!apart)
+    if (!is_apart(values, n, box, 2 * dim))
         return widen_bounds(values + dim, n - dim, dim, least, greatest);
-#ifdef KORVALE_HAS_WIDE_LANES
-    const bool fits = dim <= kBoundsLanes && (kBoundsDims >> dim & 1) != 0;
-    if (n >= kFewestValues && fits && has_avx2())
-        return find_bounds_wide(values, n, dim, least, greatest);
-#endif
-    widen_apart(values + dim, n - dim, dim, least, greatest);
+    int64_t taken = dim;
+    if (n >= (dim == 3 ? kManyPointValues : kManyBoundValues)) {
+        taken = widest([&] { return bound_by_quads(values, n, dim, least, greatest); },
+                       [&] { return bound_by<Pair>(values, n, dim, least, greatest); });
+    }
+    widen_bounds_apart(values + taken, n - taken, dim, least, greatest);
+    if (taken > dim)
+        settle_zeros(values, dim, least, greatest);
 }
 
-void carry_points(const double (*m)[4], const double* from, int64_t count, double* to)
+void carry_many_points(const double (*m)[4], const double* from, int64_t count, double* to)
 {
     int64_t i = 0;
-#ifdef KORVALE_HAS_WIDE_LANES
-    if (may_run_ahead(from, to, 3 * count) && is_apart(m[0], 16, to, 3 * count) && has_avx2())
-        i = carry_points_wide(m, from, count, to);
-#endif
+    if (may_run_ahead(from, to, 3 * count) && is_apart(m[0], 16, to, 3 * count))
+        i = widest([&] { return carry_by_quads(m, from, count, to); },
+                   [&] { return carry_by<Pair>(m, from, count, to); });
     for (; i < count; ++i)
         carry_point(m, from + 3 * i, to + 3 * i);
 }
 
-void mix_values(const double* a, const double* b, double wa, double wb, int64_t n, double* to)
+void mix_many_values(const double* a, const double* b, double wa, double wb, int64_t n, double* to)
 {
     int64_t j = 0;
-#ifdef KORVALE_HAS_WIDE_LANES
-    if (may_run_ahead(a, to, n) && may_run_ahead(b, to, n) && has_avx2())
-        j = mix_values_wide(a, b, wa, wb, n, to);
-#endif
-    for (; j < n; ++j)
-        to[j] = wa * a[j] + wb * b[j];
+    if (may_run_ahead(a, to, n) && may_run_ahead(b, to, n)) {
+        if (n >= kManyValues)
+            j = widest([&] { return mix_by_quads(a, b, wa, wb, n, to); }, [] { return int64_t{0}; });
+        j = mix_by<Pair>(a, b, wa, wb, j, n, to);
+    }
+    mix_by<double>(a, b, wa, wb, j, n, to);
 }
 
-void mix_values(const double* a, const double* b, const double* c, const double* d, const double* w, int64_t n,
-                double* to)
+void mix_many_values(const double* a, const double* b, const double* c, const double* d, double wa, double wb,
+                     double wc, double wd, int64_t n, double* to)
 {
     int64_t j = 0;
-#ifdef KORVALE_HAS_WIDE_LANES
-    if (may_run_ahead(a, to, n) && may_run_ahead(b, to, n) && may_run_ahead(c, to, n) && may_run_ahead(d, to, n) &&
-        has_avx2())
-        j = mix_values_wide(a, b, c, d, w, n, to);
-#endif
-    for (; j < n; ++j)
-        to[j] = ((w[0] * a[j] + w[1] * b[j]) + w[2] * c[j]) + w[3] * d[j];
+    if (may_run_ahead(a, to, n) && may_run_ahead(b, to, n) && may_run_ahead(c, to, n) && may_run_ahead(d, to, n)) {
+        if (n >= kManyValues)
+            j = widest([&] { return mix_by_quads(a, b, c, d, wa, wb, wc, wd, n, to); }, [] { return int64_t{0}; });
+        j = mix_by<Pair>(a, b, c, d, wa, wb, wc, wd, j, n, to);
+    }
+    mix_by<double>(a, b, c, d, wa, wb, wc, wd, j, n, to);
 }
 
 } // namespace korvale::inside

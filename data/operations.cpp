@@ -15,7 +15,7 @@ namespace {
 template <class Array>
 bool same_shape(const Array& a, const Array& b)
 {
-    return a.count == b.count && a.dim == b.dim && a.type == b.type;
+    return shape_of(a) == shape_of(b) && a.type == b.type;
 }
 
 /// Whether the elements of `d` can be read: an unknown kind has none and needs no buffer.
@@ -55,28 +55,30 @@ bool shape_for_cat(DATAstruct& output, int32_t type, int32_t count, int32_t dim)
     return allocate_as(output, type, count, dim);
 }
 
-bool shape_for_copy(const Data& source, Data& output)
+inline bool shape_for_copy(const Data& source, Data& output, int32_t type)
 {
-    if (source.dim > output.dim || source.count > output.count || source.type != output.type || lacks_buffer(output))
-        return replace_as(output, source.type, source.count, source.dim);
+    if (source.dim > output.dim || source.count > output.count || type != output.type || lacks_buffer(output))
+        return replace_as(output, type, source.count, source.dim);
     return true; // Deliberate: a larger output keeps its shape
 }
 
-bool shape_for_copy(const DATAstruct& source, DATAstruct& output)
+inline bool shape_for_copy(const DATAstruct& source, DATAstruct& output, int32_t type)
 {
-    return allocate_as(output, source.type, source.count, source.dim);
+    shape_as(output, type, source.count, source.dim);
+    return serves(output, type, components(source.count, source.dim)) || allocate(output) > 0;
 }
 
-bool shape_for_bounds(const Data& source, Data& output)
+inline bool shape_for_bounds(const Data& source, Data& output, int32_t type)
 {
-    if (source.dim > output.dim || output.count < 2 || source.type != output.type)
+    if (source.dim > output.dim || output.count < 2 || type != output.type)
         dispose(output);
-    return allocate_as(output, source.type, 2, source.dim); // Deliberate: a buffer that was kept is not released
+    return allocate_as(output, type, 2, source.dim); // Deliberate: a buffer that was kept is not released
 }
 
-bool shape_for_bounds(const DATAstruct& source, DATAstruct& output)
+inline bool shape_for_bounds(const DATAstruct& source, DATAstruct& output, int32_t type)
 {
-    return allocate_as(output, source.type, 2, source.dim);
+    shape_as(output, type, 2, source.dim);
+    return serves(output, type, components(2, source.dim)) || allocate(output) > 0;
 }
 
 template <class Array>
@@ -111,111 +113,156 @@ int cat(const Array* first, const Array* second, Array* output)
     if (components(count, first->dim) > kMostElements ||
         !shape_for_cat(*output, first->type, static_cast<int32_t>(count), first->dim))
         return -1;
-    const size_t bytes = static_cast<size_t>(first->dim) * component_bytes(*first, first->type);
+    const size_t bytes = component_bytes(*first, first->type);
     if (bytes == 0)
         return 1;
-    const size_t leading = static_cast<size_t>(first->count) * bytes;
-    const size_t component = component_bytes(*first, first->type);
+    const int64_t leading = components(first->count, first->dim), others = components(second->count, first->dim);
     auto* const to = static_cast<unsigned char*>(buffer_of(*output, output->type));
-    copy_values(buffer_of(*first, first->type), leading, component, to);
-    copy_values(buffer_of(*second, second->type), static_cast<size_t>(second->count) * bytes, component, to + leading);
+    copy_components(buffer_of(*first, first->type), leading, bytes, to);
+    copy_components(buffer_of(*second, second->type), others, bytes, to + static_cast<size_t>(leading) * bytes);
+    return 1;
+}
+
+/// Copies a source of kind `type`. Where the caller names the kind, no choice between buffers is left.
+template <class Array>
+[[gnu::always_inline]] inline int copy_kind(const Array& source, Array& output, int32_t type)
+{
+    const bool is_known = component_bytes(source, type) != 0;
+    const int64_t n = components(source.count, source.dim);
+    if (source.count < 1 || source.dim < 1 || n > kMostElements || (is_known && !holds(source, type, n)))
+        return -1;
+    if (!shape_for_copy(source, output, type))
+        return -1;
+    if (!is_known)
+        return 1;
+    if (type > last_copied_kind(source))
+        return -1;
+    copy_components(buffer_of(source, type), n, component_bytes(source, type), buffer_of(output, type));
     return 1;
 }
 
 template <class Array>
-int copy(const Array* source, Array* output)
+[[gnu::always_inline]] inline int copy(const Array* source, Array* output)
 {
-    if (source == nullptr || output == nullptr || output == source || !is_readable(*source))
+    if (source == nullptr || output == nullptr || output == source)
         return -1;
-    if (!shape_for_copy(*source, *output))
-        return -1;
-    if (!is_known_kind(*source))
-        return 1;
-    if (source->type > last_copied_kind(*source))
-        return -1;
-    const size_t component = component_bytes(*source, source->type);
-    const auto n = static_cast<size_t>(components(source->count, source->dim));
-    copy_values(buffer_of(*source, source->type), n * component, component, buffer_of(*output, output->type));
-    return 1;
+    if (source->type == DATA_TYPE_DOUBLE)
+        return copy_kind(*source, *output, DATA_TYPE_DOUBLE);
+    return copy_kind(*source, *output, source->type);
 }
 
-/// Whether every array can be read and has the shape of the first, and the output may be shaped for them.
-template <class Array, size_t N>
-bool can_mix(const Array* const (&inputs)[N], const Array* output)
+/// How many doubles a mix works on where its arrays hold as many each, in one shape, and nothing has to be made; else
+/// 0.
+template <class Array, class... Arrays>
+[[gnu::always_inline]] inline int64_t doubles_to_mix(const Array* a, const Arrays*... others)
 {
+    const int64_t n = a == nullptr ? 0 : doubles_in(*a);
+    const auto is_like = [=](const Array* d) {
+        return d != nullptr && shape_of(*d) == shape_of(*a) && d->type == DATA_TYPE_DOUBLE && d->dvals != nullptr &&
+               has_room(*d, n);
+    };
+    return n > 0 && (is_like(others) && ...) ? n : 0;
+}
+
+/// Shapes the output of a mix in all other cases. True where doubles are now to be mixed, else `result` is that of the
+/// call.
+template <class Array, size_t N>
+[[gnu::noinline]] bool prepare_mix(const Array* const (&inputs)[N], Array* output, int& result)
+{
+    result = -1;
     if (output == nullptr)
         return false;
     for (const Array* input : inputs)
         if (input == nullptr || !same_shape(*inputs[0], *input) || !is_readable(*input))
             return false;
-    return true;
-}
-
-/// Shapes the output of a mix. 1 where doubles are now to be mixed, else the result of the call in `result`.
-template <class Array>
-bool wants_mixing(const Array& a, Array& output, int& result)
-{
-    const bool is_shaped = shape_for_mix(a, output);
-    result = is_shaped && !is_known_kind(a) ? 1 : -1;
-    return is_shaped && a.type == DATA_TYPE_DOUBLE;
+    const Array& a = *inputs[0];
+    if (!shape_for_mix(a, *output))
+        return false;
+    result = is_known_kind(a) ? -1 : 1;
+    return a.type == DATA_TYPE_DOUBLE;
 }
 
 template <class Array>
-int mix(const Array* a, const Array* b, double wa, double wb, Array* output)
+[[gnu::noinline]] int mix_into_another(const Array* a, const Array* b, double wa, double wb, Array* output)
 {
-    const Array* const inputs[] = {a, b};
-    int result = -1;
-    if (!can_mix(inputs, output) || !wants_mixing(*a, *output, result))
+    int result;
+    if (!prepare_mix({a, b}, output, result))
         return result;
     mix_values(a->dvals, b->dvals, wa, wb, components(a->count, a->dim), output->dvals);
     return 1;
 }
 
 template <class Array>
-int mix_four(const Array* a, const Array* b, const Array* c, const Array* d, double wa, double wb, double wc, double wd,
-             Array* output)
+[[gnu::always_inline]] inline int mix(const Array* a, const Array* b, double wa, double wb, Array* output)
 {
-    const Array* const inputs[] = {a, b, c, d};
-    int result = -1;
-    if (!can_mix(inputs, output) || !wants_mixing(*a, *output, result))
+    const int64_t n = doubles_to_mix(a, b, output);
+    if (n == 0)
+        return mix_into_another(a, b, wa, wb, output);
+    mix_values(a->dvals, b->dvals, wa, wb, n, output->dvals);
+    return 1;
+}
+
+template <class Array>
+[[gnu::noinline]] int mix_four_into_another(const Array* a, const Array* b, const Array* c, const Array* d, double wa,
+                                            double wb, double wc, double wd, Array* output)
+{
+    int result;
+    if (!prepare_mix({a, b, c, d}, output, result))
         return result;
-    const double weights[] = {wa, wb, wc, wd};
-    mix_values(a->dvals, b->dvals, c->dvals, d->dvals, weights, components(a->count, a->dim), output->dvals);
+    mix_values(a->dvals, b->dvals, c->dvals, d->dvals, wa, wb, wc, wd, components(a->count, a->dim), output->dvals);
     return 1;
 }
 
 template <class Array>
-int bounds(const Array* source, Array* output)
+[[gnu::always_inline]] inline int mix_four(const Array* a, const Array* b, const Array* c, const Array* d, double wa,
+                                           double wb, double wc, double wd, Array* output)
 {
-    if (source == nullptr || output == nullptr || output == source || !is_readable(*source))
+    const int64_t n = doubles_to_mix(a, b, c, d, output);
+    if (n == 0)
+        return mix_four_into_another(a, b, c, d, wa, wb, wc, wd, output);
+    mix_values(a->dvals, b->dvals, c->dvals, d->dvals, wa, wb, wc, wd, n, output->dvals);
+    return 1;
+}
+
+/// The bounds of an array whose elements are no doubles that could be read.
+template <class Array>
+[[gnu::noinline]] int bounds_of_none(const Array& source, Array& output)
+{
+    if (!is_readable(source) || components(2, source.dim) > kMostElements ||
+        !shape_for_bounds(source, output, source.type))
         return -1;
-    if (components(2, source->dim) > kMostElements || !shape_for_bounds(*source, *output))
+    return is_known_kind(source) ? -1 : 1;
+}
+
+template <class Array>
+[[gnu::always_inline]] inline int bounds(const Array* source, Array* output)
+{
+    if (source == nullptr || output == nullptr || output == source)
         return -1;
-    if (!is_known_kind(*source))
-        return 1;
-    if (source->type != DATA_TYPE_DOUBLE)
+    if (doubles_in(*source) == 0)
+        return bounds_of_none(*source, *output);
+    if (components(2, source->dim) > kMostElements || !shape_for_bounds(*source, *output, DATA_TYPE_DOUBLE))
         return -1;
-    find_bounds(source->dvals, source->count, source->dim, output->dvals, output->dvals + source->dim);
+    find_bounds(source->dvals, source->count, source->dim, output->dvals);
     return 1;
 }
 
 template <class Array>
-int box_around(const Array* src, Array* box)
+[[gnu::always_inline]] inline int box_around(const Array* src, Array* box)
 {
-    if (src == nullptr || box == nullptr || src->count < 1 || src->dim < 1)
+    if (src == nullptr || box == nullptr || doubles_in(*src) == 0)
         return -1;
     const int64_t corners = components(2, src->dim);
-    if (components(box->count, box->dim) != corners || box->type != src->type || src->type != DATA_TYPE_DOUBLE)
+    if (components(box->count, box->dim) != corners || box->type != DATA_TYPE_DOUBLE ||
+        !holds(*box, DATA_TYPE_DOUBLE, corners))
         return -1;
-    if (!is_filled(*src) || !holds(*box, DATA_TYPE_DOUBLE, corners))
-        return -1;
-    find_bounds(src->dvals, src->count, src->dim, box->dvals, box->dvals + src->dim);
+    find_bounds(src->dvals, src->count, src->dim, box->dvals);
     return 1;
 }
 
 /// Carries the points of one array to another where both have them.
 template <class Array>
-void carry_array(const double (*m)[4], const Array& source, Array& output)
+[[gnu::always_inline]] inline void carry_array(const double (*m)[4], const Array& source, Array& output)
 {
     const int64_t n = components(source.count, 3);
     if (source.dim != 3 || output.dim != 3 || !holds(source, DATA_TYPE_DOUBLE, n) ||
@@ -225,13 +272,13 @@ void carry_array(const double (*m)[4], const Array& source, Array& output)
 }
 
 /// A place in two trees of the same structure.
-struct Pair {
+struct Twins {
     const DATAstruct* source;
     DATAstruct* output;
 };
 
 /// Carries the points of a pair of leaves. Returns how many pairs of children are to be visited.
-int32_t carry_pair(const double (*m)[4], const Pair& pair)
+int32_t carry_pair(const double (*m)[4], const Twins& pair)
 {
     const auto& [source, output] = pair;
     if (source == nullptr || output == nullptr || source->count < 1 || source->count != output->count ||
@@ -242,6 +289,15 @@ int32_t carry_pair(const double (*m)[4], const Pair& pair)
     if (source->type != DATA_TYPE_DATA)
         return 0;
     return std::min(children_by_count(*source), children_by_count(*output)); // equal, or 0
+}
+
+[[gnu::noinline]] void carry_tree(const double (*m)[4], const DATAstruct* source, DATAstruct* output)
+{
+    walk_tree(
+        Twins{source, output}, [m](const Twins& pair) { return carry_pair(m, pair); },
+        [](const Twins& pair, int32_t slot) {
+            return Twins{child(*pair.source, slot), child(*pair.output, slot)};
+        });
 }
 
 } // namespace
@@ -321,11 +377,11 @@ void TransformData(Xfm m, Data* source, Data* output)
 
 void TransformDATA(Xfm m, DATAstruct* source, DATAstruct* output)
 {
-    if (m == nullptr)
+    if (m == nullptr || source == nullptr || output == nullptr || source->count < 1 || source->count != output->count ||
+        source->type != output->type)
         return;
-    walk_tree(
-        Pair{source, output}, [m](const Pair& pair) { return carry_pair(m, pair); },
-        [](const Pair& pair, int32_t slot) {
-            return Pair{child(*pair.source, slot), child(*pair.output, slot)};
-        });
+    if (source->type == DATA_TYPE_DOUBLE)
+        carry_array(m, *source, *output);
+    else
+        carry_tree(m, source, output);
 }

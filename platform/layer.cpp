@@ -96,12 +96,11 @@ void Mwsrand(unsigned seed)
     random_state.store(seed, std::memory_order_relaxed);
 }
 
+// Threads that draw at the same time may be given the same number, which costs nothing that one generator for the
+// process promises; a locked instruction would cost most of a draw.
 int Mwrand()
 {
-    uint32_t state = random_state.load(std::memory_order_relaxed);
-    uint32_t next;
-    do {
-        next = state * kMultiplier + kIncrement;
-    } while (!random_state.compare_exchange_weak(state, next, std::memory_order_relaxed));
+    const uint32_t next = random_state.load(std::memory_order_relaxed) * kMultiplier + kIncrement;
+    random_state.store(next, std::memory_order_relaxed);
     return static_cast<int>(next >> 16 & 0x7fff);
 }

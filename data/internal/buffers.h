@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "data/data.h"
@@ -141,6 +142,51 @@ inline int64_t room(const Data& d)
 inline int64_t room(const DATAstruct& d)
 {
     return is_wrapped(d) ? components(d.count, d.dim) : components(d.alloc_count, d.alloc_dim);
+}
+
+/// Two neighbours of a record's sizes in one word.
+inline uint64_t both(const int32_t* sizes)
+{
+    uint64_t word;
+    std::memcpy(&word, reinterpret_cast<const unsigned char*>(sizes), sizeof word);
+    return word;
+}
+
+/// dim and count.
+template <class Array>
+uint64_t shape_of(const Array& d)
+{
+    static_assert(offsetof(Array, count) == offsetof(Array, dim) + sizeof d.dim);
+    return both(&d.dim);
+}
+
+/// n <= room(d) of an array of n components, quickly where the capacity is just the shape.
+inline bool has_room(const Data&, int64_t)
+{
+    return true;
+}
+
+inline bool has_room(const DATAstruct& d, int64_t n)
+{
+    static_assert(offsetof(DATAstruct, alloc_count) == offsetof(DATAstruct, alloc_dim) + sizeof d.alloc_dim);
+    return both(&d.alloc_dim) == shape_of(d) || n <= room(d);
+}
+
+/// How many doubles an array holds that is of this kind and complete; else 0.
+template <class Array>
+[[gnu::always_inline]] inline int64_t doubles_in(const Array& d)
+{
+    if (d.type != DATA_TYPE_DOUBLE || d.dvals == nullptr || d.count < 1 || d.dim < 1)
+        return 0;
+    const int64_t n = components(d.count, d.dim);
+    return n <= kMostElements && has_room(d, n) ? n : 0;
+}
+
+/// Whether the buffer that the library has allocated serves for `wanted` components of kind `type`.
+inline bool serves(const DATAstruct& d, int32_t type, int64_t wanted)
+{
+    return type == d.alloc_type && !is_wrapped(d) && wanted <= components(d.alloc_count, d.alloc_dim) &&
+           (buffer_of(d, type) != nullptr || component_bytes(d, type) == 0);
 }
 
 /// Whether `wanted` components of kind `type` can be read or written: the buffer exists and has the room, and an array

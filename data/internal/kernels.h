@@ -2,29 +2,110 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
-// Work on the bare elements of an array, ignorant of its record.
+#include "math/internal/mat.h"
+
+// Work on the bare elements of an array, ignorant of its record. Each does what going through the values one by one,
+// from the first on, does, whatever buffers overlap; for a few values that is what it does, in place, for more it is a
+// call.
 namespace korvale::inside {
 
 /// Exchanges element i with element count - 1 - i, `bytes` bytes each.
 void reverse_elements(void* buffer, int64_t count, size_t bytes);
 
-/// Copies components of `component` bytes each, `bytes` in all, as if one after the other from the first on; the
-/// buffers may overlap.
-void copy_values(const void* from, size_t bytes, size_t component, void* to);
+void copy_ahead(const unsigned char* from, int64_t n, size_t component, unsigned char* to);
 
-/// Writes the least and the greatest value of each component of values[count][dim], count of 1 or more. Both start at
-/// element 0 and are replaced by strict comparisons, in element order.
-void find_bounds(const double* values, int64_t count, int64_t dim, double* least, double* greatest);
+/// Copies n components of `component` bytes each.
+[[gnu::always_inline]] inline void copy_components(const void* from, int64_t n, size_t component, void* to)
+{
+    const size_t bytes = static_cast<size_t>(n) * component;
+    const auto *const first = static_cast<const unsigned char*>(from), *const target = static_cast<unsigned char*>(to);
+    if (first < target && target < first + bytes) // writes what is still to be read
+        copy_ahead(first, n, component, static_cast<unsigned char*>(to));
+    else
+        std::memmove(to, from, bytes);
+}
 
-/// Carries `count` points by `m`, one after the other; the buffers may overlap, and `m` may lie in either.
-void carry_points(const double (*m)[4], const double* from, int64_t count, double* to);
+inline bool is_apart(const double* a, int64_t of_a, const double* b, int64_t of_b)
+{
+    return a + of_a <= b || b + of_b <= a;
+}
 
-/// to = wa * a + wb * b, value by value; the buffers may overlap.
-void mix_values(const double* a, const double* b, double wa, double wb, int64_t n, double* to);
+void find_bounds_of_many(const double* values, int64_t count, int64_t dim, double* box);
 
-/// to = ((w[0] * a + w[1] * b) + w[2] * c) + w[3] * d, value by value; the buffers may overlap.
-void mix_values(const double* a, const double* b, const double* c, const double* d, const double* w, int64_t n,
-                double* to);
+/// Widens bounds by points that do not overlap them.
+[[gnu::always_inline]] inline void widen_by_points(const double* p, const double* end, double* least, double* greatest)
+{
+    double x0 = least[0], y0 = least[1], z0 = least[2];
+    double x1 = greatest[0], y1 = greatest[1], z1 = greatest[2];
+    for (; p < end; p += 3) {
+        x0 = x0 > p[0] ? p[0] : x0;
+        y0 = y0 > p[1] ? p[1] : y0;
+        z0 = z0 > p[2] ? p[2] : z0;
+        x1 = p[0] > x1 ? p[0] : x1;
+        y1 = p[1] > y1 ? p[1] : y1;
+        z1 = p[2] > z1 ? p[2] : z1;
+    }
+    least[0] = x0;
+    least[1] = y0;
+    least[2] = z0;
+    greatest[0] = x1;
+    greatest[1] = y1;
+    greatest[2] = z1;
+}
+
+/// Writes the least value of each component of values[count][dim], count of 1 or more, to box[0] and the greatest to
+/// box[1]. Both start at element 0 and are replaced by strict comparisons, in element order.
+[[gnu::always_inline]] inline void find_bounds(const double* values, int64_t count, int64_t dim, double* box)
+{
+    constexpr int64_t kFewPoints = 24;
+    if (dim != 3 || count >= kFewPoints || !is_apart(values, 3 * count, box, 6))
+        return find_bounds_of_many(values, count, dim, box);
+    const double first[] = {values[0], values[1], values[2]};
+    std::memcpy(box, first, sizeof first);
+    std::memcpy(box + 3, first, sizeof first);
+    widen_by_points(values + 3, values + 3 * count, box, box + 3);
+}
+
+void carry_many_points(const double (*m)[4], const double* from, int64_t count, double* to);
+
+/// Carries `count` points by `m`, which is read again for each where it lies among those written.
+[[gnu::always_inline]] inline void carry_points(const double (*m)[4], const double* from, int64_t count, double* to)
+{
+    constexpr int64_t kFewPoints = 4;
+    if (count >= kFewPoints)
+        return carry_many_points(m, from, count, to);
+    for (int64_t i = 0; i < count; ++i)
+        carry_point(m, from + 3 * i, to + 3 * i);
+}
+
+/// Fewer values than this are mixed one by one.
+constexpr int64_t kFewValues = 6, kFewValuesOfFour = 13;
+
+void mix_many_values(const double* a, const double* b, double wa, double wb, int64_t n, double* to);
+
+/// to = wa * a + wb * b.
+[[gnu::always_inline]] inline void mix_values(const double* a, const double* b, double wa, double wb, int64_t n,
+                                              double* to)
+{
+    if (n >= kFewValues)
+        return mix_many_values(a, b, wa, wb, n, to);
+    for (int64_t j = 0; j < n; ++j)
+        to[j] = wa * a[j] + wb * b[j];
+}
+
+void mix_many_values(const double* a, const double* b, const double* c, const double* d, double wa, double wb,
+                     double wc, double wd, int64_t n, double* to);
+
+/// to = ((wa * a + wb * b) + wc * c) + wd * d.
+[[gnu::always_inline]] inline void mix_values(const double* a, const double* b, const double* c, const double* d,
+                                              double wa, double wb, double wc, double wd, int64_t n, double* to)
+{
+    if (n >= kFewValuesOfFour)
+        return mix_many_values(a, b, c, d, wa, wb, wc, wd, n, to);
+    for (int64_t j = 0; j < n; ++j)
+        to[j] = ((wa * a[j] + wb * b[j]) + wc * c[j]) + wd * d[j];
+}
 
 } // namespace korvale::inside
