@@ -203,7 +203,7 @@ std::vector<Job> array_jobs()
         {"array.copy", sizes, on_arrays<copy>},
         {"array.reverse", sizes, on_arrays<reverse>, 1.05, 10000},
         {"array.transform", sizes, on_arrays<transform>, 1.05, 10000},
-        {"path.frames_open", {16, 1000, 100000}, frames<0>, 1.05, 2000},
+        {"path.frames_open", {16, 1000, 100000}, frames<0>, 1.05, 8000},
         {"path.frames_closed", {16, 1000, 100000}, frames<1>, 1.05, 2000},
         {"path.flatten", {16, 1000, 100000}, flatten, 1.05, 2000},
         {"sample.one_triangle", {1, 16, 1000}, sample<1>, 1.05, 1000},

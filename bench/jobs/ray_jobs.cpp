@@ -34,12 +34,16 @@ std::vector<double> ball(int n)
     std::vector<double> out;
     for (int row = 0; row < rows; ++row)
         for (int column = 0; column < columns; ++column) {
-            point(row, column, out);
-            point(row + 1, column, out);
-            point(row + 1, column + 1, out);
-            point(row, column, out);
-            point(row + 1, column + 1, out);
-            point(row, column + 1, out);
+            if (row + 1 < rows) {
+                point(row, column, out);
+                point(row + 1, column, out);
+                point(row + 1, column + 1, out);
+            }
+            if (row > 0) {
+                point(row, column, out);
+                point(row + 1, column + 1, out);
+                point(row, column + 1, out);
+            }
         }
     return out;
 }
