@@ -26,12 +26,6 @@ inline Point operator*(double s, Point a)
     return {s * a.x, s * a.y};
 }
 
-/// Positive when c lies to the left of the line from a to b.
-inline double side(Point a, Point b, Point c)
-{
-    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
-}
-
 struct Vec3 {
     double x = 0, y = 0, z = 0;
 };
@@ -105,11 +99,20 @@ private:
     double scale_;
 };
 
-/// Cuts a shape into triangles, by clipping ears after its holes have been joined to the outer outline.
-///
-/// The result numbers the points of all outlines in their order. The outer outline runs counter-clockwise, holes
-/// clockwise, and so do the triangles run counter-clockwise. Points that coincide are allowed; a shape that crosses
-/// itself still gets triangles, some of which overlap.
-std::vector<std::array<int, 3>> triangulate(const Shape& shape);
+/// The outline at height z.
+std::vector<Vec3> lifted(const Outline& outline, double z = 0);
+
+/// Every outline at height 0, outer and holes.
+std::vector<std::vector<Vec3>> lifted(const Shape& shape);
+
+/// The x and y of points: of the gallery's own, or of the library's.
+template <class Points>
+Outline plan(const Points& points)
+{
+    Outline outline;
+    for (const auto& [x, y, z] : points)
+        outline.push_back({x, y});
+    return outline;
+}
 
 } // namespace gallery

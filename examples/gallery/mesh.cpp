@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <map>
 #include <sstream>
 #include <stdexcept>
-#include <tuple>
 
 namespace gallery {
+
+Mesh::Mesh(const korvale::Mesh& made) : triangles(made.triangles)
+{
+    for (const auto& [x, y, z] : made.vertices)
+        points.push_back({x, y, z});
+}
 
 Mesh read_obj(const std::filesystem::path& file)
 {
@@ -70,26 +74,6 @@ void append(Mesh& mesh, const Mesh& other)
     mesh.points.insert(mesh.points.end(), other.points.begin(), other.points.end());
     for (const auto& t : other.triangles)
         mesh.triangles.push_back({t[0] + shift, t[1] + shift, t[2] + shift});
-}
-
-Mesh welded(const Mesh& mesh)
-{
-    Mesh out;
-    std::map<std::tuple<double, double, double>, int> places;
-    const auto place_of = [&](Vec3 p) {
-        const auto [found, is_new] = places.try_emplace({p.x, p.y, p.z}, int(out.points.size()));
-        if (is_new)
-            out.points.push_back(p);
-        return found->second;
-    };
-    for (const auto& t : mesh.triangles) {
-        std::array<int, 3> w{};
-        for (size_t k = 0; k < 3; k++)
-            w[k] = place_of(mesh.points[size_t(t[k])]);
-        if (w[0] != w[1] && w[1] != w[2] && w[2] != w[0])
-            out.triangles.push_back(w);
-    }
-    return out;
 }
 
 std::vector<std::array<Vec3, 3>> corner_normals(const Mesh& mesh, double crease)

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <korvale.hpp>
+
 #include "geometry.h"
 
 namespace gallery {
@@ -13,6 +15,12 @@ namespace gallery {
 struct Mesh {
     std::vector<Vec3> points;
     std::vector<std::array<int, 3>> triangles;
+
+    Mesh() = default;
+    Mesh(std::vector<Vec3> p, std::vector<std::array<int, 3>> t) : points(std::move(p)), triangles(std::move(t)) {}
+
+    /// A mesh that the library has made.
+    explicit Mesh(const korvale::Mesh& made);
 };
 
 /// The box around a mesh.
@@ -33,9 +41,6 @@ std::string obj_text(const Mesh& mesh, const std::string& note);
 
 /// Adds the triangles of another mesh.
 void append(Mesh& mesh, const Mesh& other);
-
-/// Makes points of equal position one, and drops the triangles that lose their area by it and the points no longer used.
-Mesh welded(const Mesh& mesh);
 
 /// The normal of each corner of each triangle: the mean over the triangles around its point whose own normal lies
 /// within `crease` degrees of that triangle's.

@@ -1,7 +1,7 @@
 // A host with vertices of its own kind, of which the library sees only a collection. It reads them into an array,
 // equations move them, and it writes them back.
 
-#include "arrays.h"
+#include "mesh.h"
 #include "scene.h"
 #include "shade.h"
 
@@ -69,28 +69,20 @@ private:
 };
 
 // Moves every point by equations in x, y, z and whatever else they name in `names`.
-void move_by_equations(DATAstruct& points, const std::string& names, const std::vector<std::string>& equations)
+void move_by_equations(DATAstruct& points, const std::string& names, const std::vector<std::string>& texts)
 {
-    EquationSystem system;
-    bool parsed = EqSystemInitialize(&system) == 1;
-    std::string declared = "x y z " + names;
-    parsed = parsed && EqParseVariables(&system, declared.data(), 0) > 0;
-    for (std::string text : equations)
-        parsed = parsed && EqParseEquation(&system, text.data()) > 0;
-    if (parsed) {
-        char axes[3][2] = {"x", "y", "z"};
-        for (int i = 0; i < points.count; i++) {
-            double* const p = points.dvals + 3 * i;
-            for (int k = 0; k < 3; k++)
-                EqSetVariableByName(&system, axes[k], p[k]);
-            EqSystemEvaluate(&system);
-            for (int k = 0; k < 3; k++)
-                p[k] = EqReadVariableByName(&system, axes[k]);
-        }
+    korvale::Equations equations;
+    equations.declare("x y z " + names);
+    for (const std::string& text : texts)
+        equations.add(text);
+    std::vector<korvale::Column> sources;
+    std::vector<korvale::ResultColumn> results;
+    const char* const axes[] = {"x", "y", "z"};
+    for (int k = 0; k < 3; k++) {
+        sources.emplace_back(axes[k], points.dvals + k, size_t(points.count), 3);
+        results.emplace_back(axes[k], points.dvals + k, size_t(points.count), 3);
     }
-    EqSystemDispose(&system);
-    if (!parsed)
-        throw std::runtime_error("an equation cannot be read");
+    equations.evaluate_all(sources, results);
 }
 
 void edit(HostMesh& host, const std::string& names, const std::vector<std::string>& equations)
@@ -157,11 +149,10 @@ void draw(Gallery& hall)
 
 Scene bent_vertices()
 {
-    return {
-        "Bent vertices",
-        "The exchange functions know a host's mesh only as a vertex collection: they ask for its count, then read or "
-        "write one vertex after the other.",
-        draw};
+    return {"Bent vertices",
+            "The exchange functions know a host's mesh only as a vertex collection: they ask for its count, then read "
+            "or write one vertex after the other.",
+            draw};
 }
 
 } // namespace gallery

@@ -1,25 +1,20 @@
-// A word as a bevelled solid. Each letter is a list of outlines, the outer one and its holes, that BORDER moves sideways
-// and lifts, once for every step of a profile. With `keep_collapsed` set each step has the points of the one before, so
-// that strips between neighbouring steps close the sides.
+// A word as a bevelled solid. Each letter is a list of outlines, the outer one and its holes, that are moved sideways
+// and lifted, once for every step of a profile. Each step has the points of the one before, so that strips between
+// neighbouring steps close the sides.
 
-#include "arrays.h"
 #include "scene.h"
 #include "shade.h"
-
-#include <stdexcept>
 
 namespace gallery {
 namespace {
 
-struct Step {
-    double distance, height; // thousandths of an em
-};
+using korvale::BevelStep; // thousandths of an em
 
 // From the foot upwards: a cove that narrows, a wall, a round edge.
-std::vector<Step> profile()
+std::vector<BevelStep> profile()
 {
     constexpr double kQuarter = 1.57079632679489662;
-    std::vector<Step> steps{{16, 0}, {16, 10}};
+    std::vector<BevelStep> steps{{16, 0}, {16, 10}};
     for (int i = 1; i <= 6; i++) {
         const double turn = kQuarter * i / 6;
         steps.push_back({16 - 16 * std::sin(turn), 10 + 26 * (1 - std::cos(turn))});
@@ -47,84 +42,37 @@ std::vector<Shape> spaced(std::vector<Shape> letters, double gap)
     return letters;
 }
 
-// One letter at every step, [step][outline][point].
-using Layers = std::vector<std::vector<std::vector<Vec3>>>;
+// The outlines of one letter at every step.
+using Layers = std::vector<Shape>;
 
-Layers lift(BorderRecord& record, const Shape& letter, const std::vector<Step>& steps)
+Layers layers_of(const Shape& letter, const std::vector<BevelStep>& steps)
 {
-    fill_list(*record->path, letter);
-    DATADispose(record->output); // a list that grows would forget the children it had
-    record->keep_collapsed = 1;
-    record->split_events = 1;
+    korvale::Offsetter offsetter;
     Layers layers;
-    for (const Step& step : steps) {
-        record->distance = step.distance;
-        record->height = step.height;
-        if (BORDER(record.get()) != 1)
-            throw std::runtime_error("a letter cannot be offset");
+    for (const BevelStep& step : steps) {
         layers.emplace_back();
-        for (int k = 0; k < record->output->count; k++)
-            layers.back().push_back(points_of(child(*record->output, k)));
+        for (const korvale::Offset& border : offsetter.shape(lifted(letter), step.distance))
+            layers.back().push_back(plan(border.points));
     }
     return layers;
 }
 
-Shape plan(const std::vector<std::vector<Vec3>>& layer)
-{
-    Shape shape;
-    for (const auto& points : layer) {
-        shape.emplace_back();
-        for (Vec3 p : points)
-            shape.back().push_back({p.x, p.y});
-    }
-    return shape;
-}
-
-// Strips between the layers, a cap in front and one behind.
-Mesh solid(const Layers& layers)
-{
-    Mesh mesh;
-    for (const auto& layer : layers)
-        for (const auto& points : layer)
-            mesh.points.insert(mesh.points.end(), points.begin(), points.end());
-
-    const int layer_points = int(mesh.points.size() / layers.size());
-    for (int s = 0; s + 1 < int(layers.size()); s++) {
-        int first = s * layer_points;
-        for (const auto& points : layers[0]) {
-            const int n = int(points.size());
-            for (int i = 0; i < n; i++) {
-                const int a = first + i, b = first + (i + 1) % n;
-                mesh.triangles.push_back({a, b, b + layer_points});
-                mesh.triangles.push_back({a, b + layer_points, a + layer_points});
-            }
-            first += n;
-        }
-    }
-    const int last = int(layers.size() - 1) * layer_points;
-    for (const auto& t : triangulate(plan(layers.back())))
-        mesh.triangles.push_back({last + t[0], last + t[1], last + t[2]});
-    for (const auto& t : triangulate(plan(layers.front())))
-        mesh.triangles.push_back({t[0], t[2], t[1]});
-    return welded(mesh);
-}
-
 // All steps of all letters as contour lines, and the profile they follow.
-Svg draw_plan(const std::vector<Layers>& letters, const std::vector<Step>& steps, const Box2& bounds)
+Svg draw_plan(const std::vector<Layers>& letters, const std::vector<BevelStep>& steps, const Box2& bounds)
 {
     Svg drawing(kWidth, 360);
-    const auto colour = [&](const Step& step) { return scale_colour(0.9 * step.height / steps.back().height); };
+    const auto colour = [&](const BevelStep& step) { return scale_colour(0.9 * step.height / steps.back().height); };
     const View view(bounds, {50, 30}, {850, 300});
     for (const Layers& letter : letters)
-        drawing.fill(view(plan(letter[0])), hex(0xe9e5da));
+        drawing.fill(view(letter[0]), hex(0xe9e5da));
     for (size_t s = 0; s < steps.size(); s++)
         for (const Layers& letter : letters)
-            for (const Outline& outline : view(plan(letter[s])))
+            for (const Outline& outline : view(letter[s]))
                 drawing.stroke(outline, 0.9, colour(steps[s]), true);
 
     const View side({{-30, 0}, {30, 115}}, {970, 40}, {170, 255});
     Outline line;
-    for (const Step& step : steps)
+    for (const BevelStep& step : steps)
         line.push_back(side({step.distance, step.height}));
     drawing.stroke({side({0, -8}), side({0, 115})}, 1, kFaint);
     drawing.stroke({side({-36, 0}), side({36, 0})}, 1, kFaint);
@@ -160,24 +108,22 @@ void draw(Gallery& hall)
 {
     const Font serif(hall.data("serif-bold.txt"));
     const std::vector<Shape> word = spaced(serif.lay_out("korvale"), 50);
-    const std::vector<Step> steps = profile();
+    const std::vector<BevelStep> steps = profile();
 
-    BorderRecord record;
     std::vector<Layers> letters;
     Mesh text;
     Box2 bounds;
     for (const Shape& letter : word) {
-        letters.push_back(lift(record, letter, steps));
-        append(text, solid(letters.back()));
-        for (const Outline& outline : plan(letters.back().front()))
+        letters.push_back(layers_of(letter, steps));
+        append(text, Mesh(korvale::bevel(lifted(letter), steps)));
+        for (const Outline& outline : letters.back().front())
             bounds.include(outline);
         hall.progress(0.5 * double(letters.size()) / double(word.size()));
     }
 
-    hall.show(
-        "bevelled-text.png", shade(text, bounds),
-        "Seven letters with their holes, offset and lifted in sixteen steps: a foot wider than the letter, a cove, a "
-        "wall, and a round edge narrower than the letter.");
+    hall.show("bevelled-text.png", shade(text, bounds),
+              "Seven letters with their holes, offset and lifted in sixteen steps: a foot wider than the letter, a "
+              "cove, a wall, and a round edge narrower than the letter.");
     hall.show("bevelled-text.svg", draw_plan(letters, steps, bounds),
               "The steps as contour lines from above, paler with height, and the profile they follow.");
     hall.attach("bevelled-text.obj", obj_text(text, "The word as a closed mesh, 1000 units per em."),
@@ -188,11 +134,10 @@ void draw(Gallery& hall)
 
 Scene bevelled_text()
 {
-    return {
-        "Bevelled text",
-        "Outlines of a font, outer and holes together, go through BORDER in several steps of distance and height; what "
-        "comes back has the same number of points each time, so that neighbouring steps can be joined by strips.",
-        draw};
+    return {"Bevelled text",
+            "Outlines of a font, outer and holes together, are offset in several steps of distance and height; what "
+            "comes back has the same number of points each time, so that neighbouring steps are joined by strips.",
+            draw};
 }
 
 } // namespace gallery

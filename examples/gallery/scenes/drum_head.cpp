@@ -1,41 +1,14 @@
 // Equations as text. A drum head is a mesh whose heights an equation gives, one evaluation of the system per point; a
 // table of RAND makes its grain, the same in every picture because the row of the table is the number of the point.
 
-#include "arrays.h"
 #include "plot.h"
 #include "scene.h"
 #include "shade.h"
-
-#include <stdexcept>
 
 namespace gallery {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-
-// A system that goes away with the block. The library takes texts as `char*`, which it does not keep.
-class Equations {
-public:
-    explicit Equations(std::string variables)
-    {
-        EqSystemInitialize(&system_);
-        EqParseVariables(&system_, variables.data(), 0);
-    }
-    ~Equations() { EqSystemDispose(&system_); }
-    Equations(const Equations&) = delete;
-    Equations& operator=(const Equations&) = delete;
-
-    void parse(std::string text)
-    {
-        if (EqParseEquation(&system_, text.data()) < 0)
-            throw std::runtime_error("not an equation: " + text);
-    }
-    int variable(std::string name) { return EqLookupVariable(&system_, name.data()); }
-    EquationSystem* get() { return &system_; }
-
-private:
-    EquationSystem system_;
-};
 
 // A disc of rings around a middle point, in the plane z = 0.
 Mesh disc(double radius, int rings, int sectors)
@@ -65,30 +38,27 @@ const char* const kHeight = "h = SIN(r * 6 - t) * EXP(0 - r) + 0.03 * (RAND - 0.
 
 void draw_drum(Gallery& hall)
 {
-    Equations equations("x y t r h");
-    equations.parse(kDistance);
-    equations.parse(kHeight);
+    korvale::Equations equations;
+    equations.declare("x y t r h");
+    equations.add(kDistance);
+    equations.add(kHeight);
     Mesh drum = disc(2.6, 70, 160);
-    char table[] = "RAND";
     EqSeed(7);
-    if (EqMakeTableByName(equations.get(), table, int(drum.points.size()), 1) != 1)
-        throw std::runtime_error("no table can be made");
-    const int x = equations.variable("x"), y = equations.variable("y"), t = equations.variable("t"),
-              h = equations.variable("h");
+    equations.make_table("RAND", int(drum.points.size()));
 
     static const char* const kMoments[] = {"t = 0", "t = PI / 2", "t = PI", "t = 3 PI / 2"};
     constexpr int kFrames = 4, kFrame = kWidth / kFrames, kFrameHeight = 210;
     Picture strip(kWidth, kFrameHeight + 110);
     for (int frame = 0; frame < kFrames; frame++) {
-        EqSetVariable(equations.get(), t, frame * kPi / 2);
+        equations.set("t", frame * kPi / 2);
         std::vector<Colour> colours;
         for (size_t i = 0; i < drum.points.size(); i++) {
             Vec3& p = drum.points[i];
-            EqSetVariable(equations.get(), x, p.x);
-            EqSetVariable(equations.get(), y, p.y);
-            EqSetTableIndex(equations.get(), double(i));
-            EqSystemEvaluate(equations.get());
-            p.z = EqReadVariable(equations.get(), h);
+            equations.set("x", p.x);
+            equations.set("y", p.y);
+            equations.set_table_position(double(i));
+            equations.evaluate_all();
+            p.z = equations.get("h");
             colours.push_back(scale_colour(0.45 + 0.75 * p.z));
         }
         Stage stage({{0, -8, 5.4}, {0, 0, 0.06}, {0, 0, 1}, 24});
@@ -118,16 +88,16 @@ void draw_functions(Gallery& hall)
     Picture picture(kWidth, int(cell.y) * kRows + 10);
     for (int i = 0; i < kColumns * kRows; i++) {
         const std::string text = kEquations[i];
-        Equations equations("x y");
-        equations.parse(text);
+        korvale::Equations equations;
+        equations.declare("x y");
+        const int equation = equations.add(text);
         EqSeed(i);
-        const int x = equations.variable("x");
         const bool is_random = text == "y = RAND" || text == "y = GAUSS";
         std::vector<Point> points;
-        for (double at = -5; at <= 5; at += is_random ? 0.05 : 0.01) {
-            EqSetVariable(equations.get(), x, at);
-            points.push_back({at, EqEvaluate(equations.get(), 0)});
-        }
+        for (double at = -5; at <= 5; at += is_random ? 0.05 : 0.01)
+            points.push_back({at, 0});
+        const korvale::Column x("x", &points[0].x, points.size(), 2);
+        equations.evaluate(equation, {&x, 1}, &points[0].y, points.size(), 2);
 
         const Point corner{cell.x * (i % kColumns) + 38, cell.y * (i / kColumns) + 34};
         Plot plot(picture, hall.sans(), corner, cell - Point{56, 66}, {{-5, -5}, {5, 5}});
@@ -137,10 +107,9 @@ void draw_functions(Gallery& hall)
         else
             plot.curve(points, kBlue);
     }
-    hall.show(
-        "functions.png", picture,
-        "The eighteen built-in functions, each drawn by the equation above it; 1 / x is 0 at 0, and what is no real "
-        "number is left out.");
+    hall.show("functions.png", picture,
+              "The eighteen built-in functions, each drawn by the equation above it; 1 / x is 0 at 0, and what is no "
+              "real number is left out.");
 }
 
 void draw(Gallery& hall)
@@ -153,11 +122,10 @@ void draw(Gallery& hall)
 
 Scene drum_head()
 {
-    return {
-        "Drum head",
-        "Equations come as text, are parsed once, and are evaluated as often as the host likes: here once for each of "
-        "eleven thousand points and each moment.",
-        draw};
+    return {"Drum head",
+            "Equations come as text, are parsed once, and are evaluated as often as the host likes: here once for each "
+            "of eleven thousand points and each moment.",
+            draw};
 }
 
 } // namespace gallery

@@ -1,10 +1,12 @@
-// A road from its middle line. The sweep wants closed outlines: wings carry the closing edge away from the ends of an open
-// line, and the pipe joins the line with its border into one closed band.
+// A road from its middle line, and the four calls of the fixed interface behind a band. The sweep wants closed
+// outlines: wings carry the closing edge away from the ends of an open line, and the pipe joins the line with its
+// border into one closed band.
 
-#include "arrays.h"
+#include "mesh.h"
 #include "scene.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace gallery {
@@ -31,30 +33,6 @@ Outline smooth_line(const Outline& through, int steps)
     return line;
 }
 
-struct Band {
-    Outline winged, border, band;
-};
-
-// The band between an open line and its border at a signed distance.
-Band band_of(BorderRecord& record, const Outline& line, double distance)
-{
-    Band result;
-    fill_points(*record->path, line);
-    record->distance = distance;
-    record->height = 0;
-    record->keep_collapsed = 1; // taking the wings off again needs a border point for each point of the line
-    record->split_events = 0;   // a long winding line may come near itself
-    BORDERAddWings(record.get());
-    result.winged = outline_of(*record->path);
-    if (BORDER(record.get()) != 1)
-        throw std::runtime_error("the road cannot be offset");
-    result.border = outline_of(*record->output);
-    BORDERRemoveWings(record.get());
-    BORDERMakePipe(record.get());
-    result.band = outline_of(*record->output);
-    return result;
-}
-
 // A mountain road whose ends stand upright on the lower edge, so that the closing edge meets them squarely.
 Outline mountain_road()
 {
@@ -66,33 +44,72 @@ Outline mountain_road()
 }
 
 // The band on both sides of a line.
-void fill_road(Picture& picture, BorderRecord& record, const View& view, const Outline& line, double half_width,
-               Colour colour)
+void fill_road(Picture& picture, const View& view, const Outline& line, double half_width, Colour colour)
 {
-    picture.fill({view(band_of(record, line, half_width).band), view(band_of(record, line, -half_width).band)}, colour);
+    picture.fill({view(plan(korvale::band(lifted(line), half_width, {.both_sides = true}).outline))}, colour);
 }
 
-Picture draw_road(BorderRecord& record, const Outline& line)
+Picture draw_road(const Outline& line)
 {
     Picture picture(kWidth, 480, hex(0xdfe6cf));
     const View view({{0, 0}, {1200, 480}}, {0, 0}, {1200, 480});
     for (int k = 5; k >= 0; k--)
-        fill_road(picture, record, view, line, 26 + 9 * k, mix(hex(0xbccf9f), hex(0xdfe6cf), k / 5.0));
-    fill_road(picture, record, view, line, 25, hex(0xb3a582));
-    fill_road(picture, record, view, line, 21, hex(0x4b5157));
+        fill_road(picture, view, line, 26 + 9 * k, mix(hex(0xbccf9f), hex(0xdfe6cf), k / 5.0));
+    fill_road(picture, view, line, 25, hex(0xb3a582));
+    fill_road(picture, view, line, 21, hex(0x4b5157));
     for (double distance : {18.0, -18.0})
-        picture.stroke(view(band_of(record, line, distance).border), 1.6, hex(0xf4f2ea));
+        picture.stroke(view(plan(korvale::band(lifted(line), distance).border())), 1.6, hex(0xf4f2ea));
     const Outline middle = view(line);
     for (size_t i = 0; i + 2 < middle.size(); i += 4)
         picture.stroke({middle[i], middle[i + 1], middle[i + 2]}, 2, hex(0xf2c230));
     return picture;
 }
 
+// What the four calls leave in the record.
+struct Calls {
+    Outline winged, border, band;
+};
+
+Outline outline_in(const DATAstruct& array)
+{
+    return plan(std::span(reinterpret_cast<const korvale::Point*>(array.dvals), size_t(array.count)));
+}
+
+Calls make_calls(const Outline& line, double distance)
+{
+    BORDERStatus status;
+    BORDERInitialize(&status);
+    status.path->type = DATA_TYPE_DOUBLE;
+    status.path->count = int(line.size());
+    status.path->dim = 3;
+    if (DATAAllocate(status.path) != 1)
+        throw std::bad_alloc();
+    std::ranges::copy(korvale::PointView(lifted(line)).coordinates(), status.path->dvals);
+    status.distance = distance;
+    status.keep_collapsed = 1; // taking the wings off again needs a border point for each point of the line
+    status.split_events = 0;   // a long winding line may come near itself
+    Calls calls;
+    BORDERAddWings(&status);
+    calls.winged = outline_in(*status.path);
+    if (BORDER(&status) != 1)
+        throw std::runtime_error("the line cannot be offset");
+    calls.border = outline_in(*status.output);
+    BORDERRemoveWings(&status);
+    BORDERMakePipe(&status);
+    calls.band = outline_in(*status.output);
+    for (DATAstruct* array : {status.path, status.output, status.flat, status.velocity, status.direction, status.line,
+                              status.dead, status.length, status.rate, status.merge}) {
+        DATADispose(array);
+        std::free(array);
+    }
+    return calls;
+}
+
 // The four calls, one panel each.
-Svg draw_calls(BorderRecord& record)
+Svg draw_calls()
 {
     const Outline line = smooth_line({{60, 40}, {60, 140}, {130, 210}, {210, 150}, {270, 130}, {300, 60}}, 3);
-    const Band band = band_of(record, line, 22);
+    const Calls band = make_calls(line, 22);
     Svg drawing(kWidth, 330);
     const char* const names[] = {"BORDERAddWings", "BORDER", "BORDERRemoveWings", "BORDERMakePipe"};
     const char* const effects[] = {"a point more at each end", "the closed outline, offset",
@@ -124,11 +141,10 @@ Svg draw_calls(BorderRecord& record)
 
 void draw(Gallery& hall)
 {
-    BorderRecord record;
-    hall.show("road-band.png", draw_road(record, mountain_road()),
+    hall.show("road-band.png", draw_road(mountain_road()),
               "A mountain road from its middle line: verge, gravel and asphalt are bands on either side, and the white "
               "lines are borders without their bands.");
-    hall.show("road-band.svg", draw_calls(record),
+    hall.show("road-band.svg", draw_calls(),
               "The four calls in their order: wings lengthen both ends, the closed outline is offset, the wings come "
               "off again, and the pipe joins line and border into a band.");
 }

@@ -1,7 +1,6 @@
 // Points scattered over a mesh evenly by area. Each carries attributes of its triangle's corners: here the normal, and
 // the number of the triangle, which is the same at all three and so arrives unchanged.
 
-#include "arrays.h"
 #include "plot.h"
 #include "scene.h"
 #include "shade.h"
@@ -13,7 +12,6 @@ namespace gallery {
 namespace {
 
 constexpr int kPoints = 5000;
-constexpr int kAttributes = 4; // normal x, y, z, and the triangle
 
 struct Sample {
     Vec3 point, normal;
@@ -22,35 +20,23 @@ struct Sample {
 
 std::vector<Sample> scatter(const Mesh& mesh)
 {
-    Data triangles, corners, points, carried;
-    for (Data* d : {&triangles, &corners, &points, &carried})
-        DataInitialize(d);
-    fill_triangles(triangles, mesh);
-
-    corners.dim = kAttributes;
-    corners.count = int(3 * mesh.triangles.size());
-    points.dim = 3;
-    points.count = kPoints;
-    carried.dim = kAttributes;
-    carried.count = kPoints;
-    std::vector<Sample> samples;
-    if (DataAllocate(&corners) == 1 && DataAllocate(&points) == 1 && DataAllocate(&carried) == 1) {
-        double* to = corners.dvals;
-        int number = 0;
-        for (const auto& triangle : corner_normals(mesh, 60)) {
-            for (Vec3 normal : triangle)
-                for (double value : {normal.x, normal.y, normal.z, double(number)})
-                    *to++ = value;
-            number++;
-        }
-        DataTriSample(&triangles, 2024, &points, &corners, &carried);
-        for (int i = 0; i < kPoints; i++) {
-            const double *p = points.dvals + 3 * i, *a = carried.dvals + kAttributes * i;
-            samples.push_back({{p[0], p[1], p[2]}, unit({a[0], a[1], a[2]}), int(std::lround(a[3]))});
+    std::vector<Vec3> corners;
+    std::vector<double> attributes;
+    const auto normals = corner_normals(mesh, 60);
+    for (size_t i = 0; i < mesh.triangles.size(); i++) {
+        for (size_t k = 0; k < 3; k++) {
+            corners.push_back(mesh.points[size_t(mesh.triangles[i][k])]);
+            const Vec3 n = normals[i][k];
+            attributes.insert(attributes.end(), {n.x, n.y, n.z, double(i)});
         }
     }
-    for (Data* d : {&triangles, &corners, &points, &carried})
-        DataDispose(d);
+    const korvale::Scattered scattered = korvale::scatter(corners, kPoints, 2024, attributes);
+    std::vector<Sample> samples;
+    for (size_t i = 0; i < scattered.points.size(); i++) {
+        const auto [x, y, z] = scattered.points[i];
+        const double* a = scattered.attributes.data() + i * scattered.width;
+        samples.push_back({{x, y, z}, unit({a[0], a[1], a[2]}), int(std::lround(a[3]))});
+    }
     return samples;
 }
 
@@ -130,10 +116,9 @@ void draw(Gallery& hall)
     const Mesh teapot = read_obj(hall.data("teapot.obj"));
     const std::vector<Sample> samples = scatter(teapot);
     hall.progress(0.3);
-    hall.show(
-        "scattered-points.png", draw_teapot(teapot, samples, bounds_of(teapot)),
-        "Five thousand points scattered over the teapot, each drawn as a quill along the normal that it was given "
-        "from the corners of its triangle and coloured by it.");
+    hall.show("scattered-points.png", draw_teapot(teapot, samples, bounds_of(teapot)),
+              "Five thousand points scattered over the teapot, each drawn as a quill along the normal that it was "
+              "given from the corners of its triangle and coloured by it.");
     hall.show("scattered-shares.png", draw_shares(hall, teapot, samples),
               "What each group of triangles has of the area and what it got of the points.");
 }
@@ -142,11 +127,10 @@ void draw(Gallery& hall)
 
 Scene scattered_points()
 {
-    return {
-        "Scattered points",
-        "DataTriSample scatters points over triangles evenly by area and carries the values of the corners to them. "
-        "The same seed gives the same points on every machine.",
-        draw};
+    return {"Scattered points",
+            "Points are scattered over triangles evenly by area and carry the values of the corners. The same seed "
+            "gives the same points on every machine.",
+            draw};
 }
 
 } // namespace gallery

@@ -1,13 +1,11 @@
-// A teapot pressed to 60 % of its height finds back, as far as the measures of the mesh that it is asked to keep lead it.
+// A teapot pressed to 60 % of its height finds back, as far as the measures of the mesh that it is asked to keep lead
+// it.
 
-#include "arrays.h"
 #include "plot.h"
 #include "scene.h"
 #include "shade.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <stdexcept>
+#include <cmath>
 
 namespace gallery {
 namespace {
@@ -29,60 +27,20 @@ const Wish kWishes[] = {
     {"lengths and volume, the spout held", 1, 1e-4, 0, true, kRed},
 };
 
-// A mesh with its solver, released with the block.
-class Solver {
-public:
-    Solver(const Mesh& mesh, const Wish& wish)
-    {
-        for (DATAstruct* array : {&reference_, &positions_, &sizes_, &corners_, &tags_})
-            DATAInitialize(array);
-        fill_points(reference_, mesh.points);
-        make(sizes_, DATA_TYPE_INT, mesh.triangles.size());
-        make(corners_, DATA_TYPE_INT, 3 * mesh.triangles.size());
-        make(tags_, DATA_TYPE_BYTE, mesh.points.size());
-        for (size_t i = 0; i < mesh.triangles.size(); i++) {
-            sizes_.ivals[i] = 3;
-            std::copy_n(mesh.triangles[i].begin(), 3, corners_.ivals + 3 * i);
-        }
-        for (size_t i = 0; i < mesh.points.size(); i++)
-            tags_.bvals[i] = wish.holds_spout && mesh.points[i].x > 7.4;
-        if (PreserveInitialize(&status_, &reference_, nullptr, &sizes_, &corners_) != 1)
-            throw std::runtime_error("the solver does not take the mesh");
-        PreserveSetTag(&status_, &tags_);
-        PreservePreserve(&status_, PRESERVE_LENGTH, wish.length);
-        PreservePreserve(&status_, PRESERVE_VOLUME, wish.volume);
-        PreservePreserve(&status_, PRESERVE_AREA, wish.area);
-    }
-
-    ~Solver()
-    {
-        DATADispose(status_.edges);
-        std::free(status_.edges);
-        PreserveDispose(&status_);
-        for (DATAstruct* array : {&reference_, &positions_, &sizes_, &corners_, &tags_})
-            DATADispose(array);
-    }
-    Solver(const Solver&) = delete;
-    Solver& operator=(const Solver&) = delete;
-
-    void start_from(const std::vector<Vec3>& points) { fill_points(positions_, points); }
-    void relax(int steps) { PreserveCompute(&status_, &positions_, steps); }
-    double energy() const { return status_.energy; }
-    std::vector<Vec3> points() const { return points_of(positions_); }
-
-private:
-    static void make(DATAstruct& d, int type, size_t count)
-    {
-        d.count = int(count);
-        d.dim = 1;
-        d.type = type;
-        if (DATAAllocate(&d) != 1)
-            throw std::runtime_error("an array cannot be allocated");
-    }
-
-    PreserveStatus status_{}; // all zero, as the first initialisation wants it
-    DATAstruct reference_, positions_, sizes_, corners_, tags_;
-};
+korvale::Relaxer relaxer_for(const Mesh& mesh, const Wish& wish)
+{
+    korvale::Relaxer relaxer(mesh.points, mesh.triangles);
+    relaxer.keep("lengths", wish.length);
+    if (wish.volume > 0)
+        relaxer.keep("volume", wish.volume);
+    if (wish.area > 0)
+        relaxer.keep("area", wish.area);
+    std::vector<bool> held;
+    for (const Vec3& p : mesh.points)
+        held.push_back(wish.holds_spout && p.x > 7.4);
+    relaxer.hold(held);
+    return relaxer;
+}
 
 Picture portrait(const Gallery& hall, const Mesh& mesh, const char* title, Colour colour)
 {
@@ -108,30 +66,27 @@ void draw(Gallery& hall)
     Plot plot(curves, hall.sans(), {70, 50}, {kWidth - 400, 270}, {{0, -2}, {kRounds * kStepsPerRound, 5}});
     plot.axes("energy, as a power of ten", "steps of steepest descent");
     for (const Wish& wish : kWishes) {
-        Solver solver(teapot, wish);
-        solver.start_from(squashed.points);
+        korvale::Relaxer relaxer = relaxer_for(teapot, wish);
+        Mesh relaxed = squashed;
         std::vector<Point> energies;
         for (int round = 0; round <= kRounds; round++) {
-            solver.relax(round == 0 ? 0 : kStepsPerRound);
-            energies.push_back({double(round * kStepsPerRound), std::log10(solver.energy())});
+            const double energy = relaxer.step(relaxed.points, round == 0 ? 0 : kStepsPerRound);
+            energies.push_back({double(round * kStepsPerRound), std::log10(energy)});
             hall.progress((double(portraits.size() - 2) + double(round) / kRounds) / 4);
         }
         plot.curve(energies, wish.colour);
         const double row = 90 + 34.0 * double(portraits.size() - 2);
         curves.stroke({{kWidth - 310, row - 5}, {kWidth - 290, row - 5}}, 3, wish.colour);
         draw_text(curves, hall.sans(), {kWidth - 280, row}, 15, wish.title);
-        Mesh relaxed = teapot;
-        relaxed.points = solver.points();
         portraits.push_back(portrait(hall, relaxed, wish.title, wish.colour));
     }
 
     Picture strip(kWidth, 2 * portraits[0].height());
     for (int i = 0; i < int(portraits.size()); i++)
         strip.put(portraits[size_t(i)], i % 3 * portraits[0].width(), i / 3 * portraits[0].height());
-    hall.show(
-        "squashed-teapot.png", strip,
-        "A teapot, the same pressed to 60 % of its height, and what six hundred steps make of that by what they are to "
-        "keep; the lid is a piece of its own and stays below.");
+    hall.show("squashed-teapot.png", strip,
+              "A teapot, the same pressed to 60 % of its height, and what six hundred steps make of that by what they "
+              "are to keep; the lid is a piece of its own and stays below.");
     hall.show("squashed-teapot-energy.png", curves,
               "The energy of the four relaxations: each step is halved until it falls.");
 }
@@ -140,11 +95,10 @@ void draw(Gallery& hall)
 
 Scene squashed_teapot()
 {
-    return {
-        "Squashed teapot",
-        "A mesh remembers its edge lengths, its volume and its area; a step of steepest descent takes a deformed copy "
-        "nearer to them.",
-        draw};
+    return {"Squashed teapot",
+            "A mesh remembers its edge lengths, its volume and its area; a step of steepest descent takes a deformed "
+            "copy nearer to them.",
+            draw};
 }
 
 } // namespace gallery

@@ -1,7 +1,6 @@
-// Tubes around knots. path2xfm and PATH2xfm give each point of a line a frame; a circle carried by every frame makes the
-// tube, and the colours run around it from the x axis on, so that they show how the frames turn.
+// Tubes around knots. Each point of a line gets a frame; a circle carried by every frame makes the tube, and the
+// colours run around it from the x axis on, so that they show how the frames turn.
 
-#include "arrays.h"
 #include "scene.h"
 #include "shade.h"
 
@@ -36,21 +35,6 @@ std::vector<Vec3> torus_knot(int n)
     return points;
 }
 
-struct Frame {
-    Xfm m;
-};
-
-std::vector<Frame> frames_along(const std::vector<Vec3>& points, bool closed)
-{
-    std::vector<Frame> frames(points.size());
-    DATAstruct path;
-    DATAInitialize(&path);
-    fill_points(path, points);
-    PATH2xfm(&path, closed, &frames.data()->m);
-    DATADispose(&path);
-    return frames;
-}
-
 // Orange along the x axis, blue against it.
 Colour around(double angle)
 {
@@ -60,26 +44,18 @@ Colour around(double angle)
                        : mix(pale, hex(0x1f5fa8), std::pow(-towards, 3));
 }
 
-// Rings around the frames, joined to each other and, when closed, the last to the first.
-void add_tube(Stage& stage, const std::vector<Frame>& frames, double radius, bool closed)
+void add_tube(Stage& stage, const std::vector<Vec3>& path, double radius, bool closed)
 {
-    Mesh tube;
+    std::vector<Vec3> circle;
     std::vector<Colour> colours;
-    for (Frame frame : frames)
-        for (int k = 0; k < kAround; k++) {
-            const double angle = kFullTurn * k / kAround;
-            double p[3] = {radius * std::cos(angle), radius * std::sin(angle), 0};
-            TransformPoint(frame.m, p, p);
-            tube.points.push_back({p[0], p[1], p[2]});
-            colours.push_back(around(angle));
-        }
-    const int rings = int(frames.size());
-    for (int i = 0; i < (closed ? rings : rings - 1); i++)
-        for (int k = 0; k < kAround; k++) {
-            const int here = i * kAround, there = (i + 1) % rings * kAround, next = (k + 1) % kAround;
-            tube.triangles.push_back({here + k, there + k, there + next});
-            tube.triangles.push_back({here + k, there + next, here + next});
-        }
+    for (int k = 0; k < kAround; k++) {
+        const double angle = kFullTurn * k / kAround;
+        circle.push_back({radius * std::cos(angle), radius * std::sin(angle), 0});
+    }
+    for (size_t i = 0; i < path.size(); i++)
+        for (int k = 0; k < kAround; k++)
+            colours.push_back(around(kFullTurn * k / kAround));
+    const Mesh tube(korvale::tube(path, circle, {.closed = closed, .caps = false}));
     stage.add(tube, {kPaper, 0.35, 50, 60}, colours);
 }
 
@@ -99,7 +75,7 @@ Picture draw_tube(const Font& font, const std::vector<Vec3>& loop, double radius
     if (!closed)
         points.push_back(loop.front()); // the same loop as an open line that ends where it starts
     Stage stage({kEye, {0, 0, 0}, {0, 1, 0}, 0, height});
-    add_tube(stage, frames_along(points, closed), radius, closed);
+    add_tube(stage, points, radius, closed);
     Picture picture = stage.render(kSide, kSide);
 
     const Point start = seen(loop.front(), height), label{0.8 * kSide, 0.09 * kSide};
@@ -138,11 +114,10 @@ void draw(Gallery& hall)
 
 Scene swept_tubes()
 {
-    return {
-        "Swept tubes",
-        "Every point of a line gets a frame whose x axis turns as little as it can. The tubes are orange along the x "
-        "axes and blue against them.",
-        draw};
+    return {"Swept tubes",
+            "Every point of a line gets a frame whose x axis turns as little as it can. The tubes are orange along the "
+            "x axes and blue against them.",
+            draw};
 }
 
 } // namespace gallery

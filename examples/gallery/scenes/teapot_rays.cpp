@@ -1,7 +1,7 @@
-// The teapot as rays see it: how far away the nearest triangle is, and how many each ray goes through. The same rays are
-// cast at grids of several sizes, and timed.
+// The teapot as rays see it: how far away the nearest triangle is, and how many each ray goes through. The same rays
+// are cast at grids of several sizes, and timed.
 
-#include "arrays.h"
+#include "mesh.h"
 #include "plot.h"
 #include "scene.h"
 
@@ -12,34 +12,6 @@ namespace gallery {
 namespace {
 
 constexpr int kRaysAcross = 320, kRaysDown = 240;
-
-// Triangles in a grid of n x n x n cells, released with the block.
-class Grid {
-public:
-    Grid(const Mesh& mesh, int n)
-    {
-        DataInitialize(&triangles_);
-        fill_triangles(triangles_, mesh);
-        ray_initialize(&status_);
-        status_.nx = status_.ny = status_.nz = n;
-        ray_set_triangles(&triangles_, &status_);
-        ray_classify(&status_);
-    }
-    ~Grid()
-    {
-        ray_declassify(&status_);
-        DataDispose(&status_.bbox);
-        DataDispose(&triangles_);
-    }
-    Grid(const Grid&) = delete;
-    Grid& operator=(const Grid&) = delete;
-
-    RayStatus* get() { return &status_; }
-
-private:
-    Data triangles_;
-    RayStatus status_;
-};
 
 struct Hit {
     int triangles = 0;
@@ -60,18 +32,20 @@ Cast cast_rays(Gallery& hall, const Mesh& mesh, int cells, double done, double s
 
     Cast cast;
     const std::clock_t start = std::clock();
-    Grid grid(mesh, cells);
+    korvale::RayGrid grid(mesh.points, mesh.triangles, korvale::GridSize{cells, cells, cells});
     const std::clock_t sorted = std::clock();
+    std::vector<Vec3> row(kRaysAcross);
+    std::vector<double> distances(kRaysAcross);
+    std::vector<int> counts(kRaysAcross);
     for (int j = 0; j < kRaysDown; j++) {
         for (int i = 0; i < kRaysAcross; i++) {
             const double x = half_height * (2 * i + 1 - kRaysAcross) / kRaysDown;
             const double y = half_height * (kRaysDown - 2 * j - 1) / kRaysDown;
-            const Vec3 d = x * right + y * up - back;
-            double origin[] = {eye.x, eye.y, eye.z}, direction[] = {d.x, d.y, d.z};
-            Hit hit;
-            hit.triangles = ray_intersect(origin, direction, grid.get(), &hit.distance);
-            cast.hits.push_back(hit);
+            row[size_t(i)] = x * right + y * up - back;
         }
+        grid.cast({{eye.x, eye.y, eye.z}}, row, {.distances = distances, .counts = counts});
+        for (size_t i = 0; i < row.size(); i++)
+            cast.hits.push_back({counts[i], distances[i]});
         hall.progress(done + share * (j + 1) / kRaysDown);
     }
     cast.sorting = double(sorted - start) / CLOCKS_PER_SEC;
@@ -173,10 +147,9 @@ void draw(Gallery& hall)
                       casts[i].sorting * 1e3);
         draw_text(times, hall.sans(), {222 + length, y + 19}, 15, note, kGrey);
     }
-    hall.show(
-        "teapot-times.png", times,
-        "The time of a ray with grids of 1, 4, 16 and 32 cells in each direction, and the time to sort the triangles "
-        "into them, on this machine.");
+    hall.show("teapot-times.png", times,
+              "The time of a ray with grids of 1, 4, 16 and 32 cells in each direction, and the time to sort the "
+              "triangles into them, on this machine.");
 }
 
 } // namespace
@@ -185,8 +158,7 @@ Scene teapot_rays()
 {
     return {"Teapot by rays",
             "A thousand triangles sorted into a grid of cells, and rays cast at them: each tells how many triangles it "
-            "meets "
-            "and how far away the nearest is.",
+            "meets and how far away the nearest is.",
             draw};
 }
 

@@ -1,7 +1,7 @@
 // Coasts offset inwards, twenty times, each ring from the one before. Where a bay cuts the land in two, a split event
 // drops the smaller piece, and the rings go on in the larger.
 
-#include "arrays.h"
+#include "mesh.h"
 #include "scene.h"
 
 #include <algorithm>
@@ -134,19 +134,13 @@ Outline prepared(const Outline& coast, double tolerance)
 }
 
 // The coast and the rings inside it, as many as there is room for.
-std::vector<Outline> rings_of(BorderRecord& record, const Outline& coast, double step)
+std::vector<Outline> rings_of(korvale::Offsetter& offsetter, const Outline& coast, double step)
 {
     std::vector<Outline> rings{coast};
-    record->distance = -step;
-    record->height = 0;
-    record->split_events = 1;
-    record->keep_collapsed = 0; // the next ring starts from the points that are left
     for (int k = 1; k <= kRings; k++) {
-        fill_points(*record->path, rings.back());
-        if (BORDER(record.get()) != 1)
-            throw std::runtime_error("a coast cannot be offset");
-        Outline ring = outline_of(*record->output);
-        if (ring.size() < 3 || signed_area(ring) <= 0)
+        offsetter(lifted(rings.back()), -step, {.keep_vertices = false}); // the next ring starts from what is left
+        Outline ring = plan(offsetter.points());
+        if (offsetter.collapsed() || signed_area(ring) <= 0)
             break;
         rings.push_back(std::move(ring));
     }
@@ -178,29 +172,27 @@ void draw(Gallery& hall)
     constexpr int kColumns = 4;
     const Point cell{kWidth / double(kColumns), 330};
     Picture picture(kWidth, int(cell.y) * int((countries.size() + kColumns - 1) / kColumns));
-    BorderRecord record;
+    korvale::Offsetter offsetter;
     for (size_t i = 0; i < countries.size(); i++) {
         const double depth = depth_of(countries[i].coast), step = depth / (kRings + 0.5);
-        const std::vector<Outline> rings = rings_of(record, prepared(countries[i].coast, 0.02 * depth), step);
+        const std::vector<Outline> rings = rings_of(offsetter, prepared(countries[i].coast, 0.02 * depth), step);
         paint(picture, hall.sans(), countries[i], rings, step,
               {cell.x * double(i % kColumns), cell.y * double(i / kColumns)}, cell);
         hall.progress(double(i + 1) / double(countries.size()));
     }
-    hall.show(
-        "tree-rings.png", picture,
-        "The largest land of a dozen countries with up to twenty rings inside each; where a ring tears, the larger "
-        "piece is followed.");
+    hall.show("tree-rings.png", picture,
+              "The largest land of a dozen countries with up to twenty rings inside each; where a ring tears, the "
+              "larger piece is followed.");
 }
 
 } // namespace
 
 Scene tree_rings()
 {
-    return {
-        "Tree rings",
-        "Coasts offset inwards step by step with split events on: bays widen, headlands wear off, and where the land "
-        "is cut in two the piece with the smaller box is dropped.",
-        draw};
+    return {"Tree rings",
+            "Coasts offset inwards step by step with split events on: bays widen, headlands wear off, and where the "
+            "land is cut in two the piece with the smaller box is dropped.",
+            draw};
 }
 
 } // namespace gallery
