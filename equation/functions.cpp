@@ -1,11 +1,90 @@
-#include "equation/system.h"
+// Functions live in five arrays, of which one slot each belongs to a function: pointer, name, number of arguments,
+// table and column. They have room for more functions than there are; the count of the pointers alone tells how many
+// those are. The built-in functions come first and in a fixed order, which the parser's operators rely on.
+#include "equation/functions.h"
 
+#include <algorithm>
+#include <cstring>
+
+#include "equation/internal/functions.h"
 #include "platform/internal/random.h"
 
-// Deliberate: truncated decimals of sqrt(3) and 2 sqrt(3), which bring the sum of four draws to variance 1 and mean 0.
 namespace korvale::inside {
 namespace {
 
+/// Functions for which room is made when the arrays are full.
+constexpr int32_t kGrowth = 20;
+
+/// Whether the arrays of the functions may be replaced by larger ones.
+bool can_grow(const EquationSystem& es)
+{
+    for (const DATAstruct* array : {es.funcs, es.func_nargs, es.func_names, es.tables, es.table_pos})
+        if (array == nullptr || !may_grow(*array))
+            return false;
+    return es.funcs->count < kMostElements - kGrowth;
+}
+
+/// Makes room for more functions. Deliberate: where the heap has none, the counts are left raised.
+bool grow_functions(EquationSystem& es)
+{
+    es.funcs->count += kGrowth;
+    DATAstruct* const arrays[] = {es.funcs, es.func_nargs, es.func_names, es.tables, es.table_pos};
+    for (DATAstruct* array : arrays)
+        array->count = es.funcs->count;
+    for (DATAstruct* array : arrays)
+        if (!grow_cleared(*array))
+            return false;
+    es.funcs->count -= kGrowth;
+    return true;
+}
+
+uint8_t* name_slot(const EquationSystem& es, int32_t f)
+{
+    return es.func_names->bvals + int64_t{f} * kNameBytes;
+}
+
+/// Whether formatting the name reads no value: every percent sign is followed by a second one.
+bool is_plain_format(const char* name)
+{
+    for (; *name != '\0'; ++name)
+        if (*name == '%' && *++name != '%')
+            return false;
+    return true;
+}
+
+/// What formatting the name writes; it is never longer than the name.
+void format_name(const char* name, uint8_t* slot)
+{
+    for (; *name != '\0'; ++name) {
+        *slot++ = static_cast<uint8_t>(*name);
+        if (*name == '%')
+            ++name; // the second of a pair
+    }
+    *slot = 0;
+}
+
+/// Registers a function of `nargs` arguments; 1 or -1.
+int register_function(EquationSystem* es, const char* name, int32_t nargs, void* function)
+{
+    if (name == nullptr || function == nullptr || std::strlen(name) > kLongestName || !is_plain_format(name))
+        return -1;
+    const int32_t f = EqAnotherFunc(es);
+    if (f < 0)
+        return -1;
+    format_name(name, name_slot(*es, f));
+    es->func_nargs->ivals[f] = nargs;
+    es->funcs->pvals[f] = function;
+    return 1;
+}
+
+template <class Function, size_t N>
+void register_all(EquationSystem& es, int32_t nargs, const BuiltIn<Function> (&functions)[N])
+{
+    for (const BuiltIn<Function>& built_in : functions)
+        register_function(&es, built_in.name, nargs, reinterpret_cast<void*>(built_in.function));
+}
+
+// Deliberate: truncated decimals of sqrt(3) and 2 sqrt(3), which bring the sum of four draws to variance 1 and mean 0.
 constexpr double kDrawsToUnitVariance = 1.7320508;
 constexpr double kMeanOfScaledDraws = 3.4641016;
 
@@ -15,9 +94,112 @@ void seed_generator(int seed)
 }
 
 } // namespace
+
+int32_t function_count(const EquationSystem& es)
+{
+    const int64_t present = std::min({room(es.funcs, DATA_TYPE_POINTER), room(es.func_nargs, DATA_TYPE_INT),
+                                      room(es.func_names, DATA_TYPE_BYTE) / kNameBytes, room(es.tables, DATA_TYPE_DATA),
+                                      room(es.table_pos, DATA_TYPE_INT)});
+    return present < 1 ? 0 : static_cast<int32_t>(std::min<int64_t>(present, es.funcs->count));
+}
+
+int32_t find_function(const EquationSystem& es, Word name)
+{
+    const int32_t n = function_count(es);
+    return n == 0 ? -1 : find_name(es.func_names->bvals, n, name);
+}
+
+NamedFunctions find_named_functions(const EquationSystem& es, Word name)
+{
+    NamedFunctions found;
+    const int32_t n = function_count(es);
+    for (int32_t i = 0; i < n; ++i) {
+        if (!is_name(name_slot(es, i), name))
+            continue;
+        switch (es.func_nargs->ivals[i]) {
+        case 1:
+            found.unary = i;
+            return found; // a function of one argument comes before all others
+        case 0:
+            if (found.no_arg < 0)
+                found.no_arg = i;
+            break;
+        case 2:
+            if (found.binary < 0)
+                found.binary = i;
+            break;
+        default:
+            break;
+        }
+    }
+    return found;
+}
+
+double call_no_arg(const EquationSystem& es, int32_t f)
+{
+    const auto function = reinterpret_cast<NoArgFunction>(function_at(es, f));
+    if (function == nullptr || f >= usable_count(es.func_nargs, DATA_TYPE_INT) || es.func_nargs->ivals[f] != 0)
+        return 0.0;
+    return function();
+}
+
+void register_built_ins(EquationSystem& es)
+{
+    register_all(es, 2, kOperators);
+    register_all(es, 1, kUnaryFunctions);
+    register_all(es, 0, kDraws);
+    register_all(es, 2, kAngle);
+}
+
 } // namespace korvale::inside
 
 using namespace korvale::inside;
+
+int EqAnotherFunc(EquationSystem* es)
+{
+    if (es == nullptr || es->funcs == nullptr)
+        return -1;
+    const int32_t f = es->funcs->count;
+    const bool is_full = f >= room(es->funcs, DATA_TYPE_POINTER);
+    if (f < 0 || (is_full && !can_grow(*es)))
+        return -1;
+    es->funcs->count += 1;
+    if (is_full && !grow_functions(*es))
+        return -1;
+    if (f >= function_count(*es)) { // one of the other arrays is shorter
+        es->funcs->count = f;
+        return -1;
+    }
+    DATAstruct* const table = DATANew();
+    if (table == nullptr)
+        return -1;
+    table->count = 0;
+    table->dim = 0;
+    table->type = DATA_TYPE_DOUBLE;
+    es->tables->pvals[f] = table;
+    es->table_pos->ivals[f] = 0;
+    return f;
+}
+
+int EqAddFuncBinary(EquationSystem* es, char* name, double (*function)(double, double))
+{
+    return register_function(es, name, 2, reinterpret_cast<void*>(function));
+}
+
+int EqAddFuncUnary(EquationSystem* es, char* name, double (*function)(double))
+{
+    return register_function(es, name, 1, reinterpret_cast<void*>(function));
+}
+
+int EqAddFuncNoArg(EquationSystem* es, char* name, double (*function)())
+{
+    return register_function(es, name, 0, reinterpret_cast<void*>(function));
+}
+
+int EqLookupFunction(EquationSystem* es, char* name)
+{
+    return es == nullptr || name == nullptr ? -1 : find_function(*es, word_of(name));
+}
 
 void EqSeed(int seed)
 {

@@ -1,17 +1,17 @@
-#include "equation/equation.h"
-
-#include <cstdlib>
-#include <cstring>
-
-#include "equation/internal/number.h"
-#include "equation/internal/program.h"
-#include "equation/internal/registry.h"
-#include "equation/internal/variables.h"
-#include "platform/internal/wrapping.h"
-
 // An operator-precedence translator from text to postfix items (E. W. Dijkstra, "Algol 60 translation", 1961) with two
 // stacks: binary operators and parentheses, which leave by priority, and functions of one argument, which leave when
 // the operand or group at their own depth is complete. Both stacks fill from their last entry downward.
+#include "equation/parse.h"
+
+#include <cstring>
+
+#include "data/internal/record.h"
+#include "equation/internal/functions.h"
+#include "equation/internal/number.h"
+#include "equation/internal/program.h"
+#include "equation/internal/variables.h"
+#include "platform/internal/wrapping.h"
+
 namespace korvale::inside {
 namespace {
 
@@ -114,9 +114,9 @@ bool add_binary(Parse& p, int code)
     return new_bi_item(code, &p.op_top, &p.operand_counter, &p.item_pos, &p.kinds, &p.operands, &p.op_stack) > 0;
 }
 
-bool add_name(Parse& p, const char* first, size_t length)
+bool add_name(Parse& p, Word name)
 {
-    const NamedFunctions named = find_named_functions(p.es, first, length);
+    const NamedFunctions named = find_named_functions(p.es, name);
     if (named.unary >= 0) {
         p.after_operand = false;
         return push_function(p, named.unary);
@@ -127,7 +127,7 @@ bool add_name(Parse& p, const char* first, size_t length)
     }
     if (named.binary >= 0)
         return add_binary(p, named.binary);
-    const int32_t variable = find_variable(p.es, first, length);
+    const int32_t variable = find_variable(p.es, name);
     return variable >= 0 && add_operand(p, EQ_ITEM_VARIABLE, variable);
 }
 
@@ -209,7 +209,7 @@ bool scan(Parse& p, const char* at)
         const char* last = at + 1;
         if (is_letter(*at)) {
             last = end_of_name(at);
-            if (!add_name(p, at, static_cast<size_t>(last - at)))
+            if (!add_name(p, {at, static_cast<size_t>(last - at)}))
                 return false;
         } else if (is_number_part(*at)) {
             last = end_of_number(at);
@@ -239,7 +239,7 @@ int32_t find_target(const EquationSystem& es, const char* first, const char* las
     const char* end = first;
     while (end != last && !is_space(*end))
         ++end;
-    return end == first ? -1 : find_variable(es, first, static_cast<size_t>(end - first));
+    return end == first ? -1 : find_variable(es, {first, static_cast<size_t>(end - first)});
 }
 
 /// Adds an empty row to the equations; false, with nothing added, when the heap is exhausted or the memory is a host's.
@@ -248,14 +248,14 @@ bool append_row(DATAstruct& equations)
     const int32_t row = equations.count;
     if (row < 0 || row >= kMostElements - kRowGrowth)
         return false;
-    if (components(row + int64_t{1}, kChildren) <= room(&equations, DATA_TYPE_DATA)) {
+    if ((row + int64_t{1}) * kChildren <= room(&equations, DATA_TYPE_DATA)) {
         equations.count = row + 1;
         return true;
     }
     if (!may_grow(equations))
         return false;
     equations.count = row + 1 + kRowGrowth;
-    if (!grow_cleared(equations) || !holds(equations, DATA_TYPE_DATA, components(equations.count, kChildren))) {
+    if (!grow_cleared(equations) || !holds(equations, DATA_TYPE_DATA, int64_t{equations.count} * kChildren)) {
         equations.count = row;
         return false;
     }
@@ -263,28 +263,13 @@ bool append_row(DATAstruct& equations)
     return true;
 }
 
-/// Allocated entries for the items of an equation, or null.
-DATAstruct* new_items(int32_t type)
-{
-    DATAstruct* const items = DATANew();
-    if (items == nullptr)
-        return nullptr;
-    items->count = kMostItems;
-    items->dim = 1;
-    items->type = type;
-    if (DATAAllocate(items) > 0)
-        return items;
-    std::free(items);
-    return nullptr;
-}
-
 /// Makes the three arrays of the last row; false when the heap is exhausted.
 bool make_items(const EquationSystem& es, DATAstruct* (&items)[kChildren])
 {
     const int32_t types[kChildren] = {DATA_TYPE_INT, DATA_TYPE_INT, DATA_TYPE_DOUBLE};
-    void** const row = es.equations->pvals + components(es.equations->count - int64_t{1}, kChildren);
+    void** const row = es.equations->pvals + (es.equations->count - int64_t{1}) * kChildren;
     for (int32_t child = 0; child < kChildren; ++child) {
-        items[child] = new_items(types[child]);
+        items[child] = new_array(types[child], kMostItems, 1);
         if (items[child] == nullptr)
             return false;
         row[child] = items[child];

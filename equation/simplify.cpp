@@ -1,8 +1,12 @@
-#include "equation/equation.h"
+// A program is in postfix order, so a function whose operands are all constants stands right behind them. One walk
+// folds each such function into the first of its constants and goes on from there; what follows moves down. The
+// registry's functions are called, whatever they are; variables and samples stay, as they may differ at the next
+// evaluation.
+#include "equation/simplify.h"
 
-#include <algorithm>
 #include <cstring>
 
+#include "equation/internal/functions.h"
 #include "equation/internal/program.h"
 
 namespace korvale::inside {
@@ -27,7 +31,8 @@ bool is_constant(const Program& program, int32_t position)
     return position >= 0 && program.kinds[position] == EQ_ITEM_CONSTANT;
 }
 
-/// Folds the function at position `p`, if it is of that kind and follows constants only; `p` is then where its value is.
+/// Folds the function at position `p`, if it is of that kind and follows constants only; `p` is then where its value
+/// is.
 void fold_binary(const EquationSystem& es, const Program& program, int32_t& p)
 {
     if (program.kinds[p] != EQ_ITEM_BINARY || !is_constant(program, p - 1) || !is_constant(program, p - 2))
@@ -53,16 +58,6 @@ void fold_unary(const EquationSystem& es, const Program& program, int32_t& p)
 }
 
 } // namespace
-
-Program careful_program(const DATAstruct* kinds, const DATAstruct* operands, const DATAstruct* constants)
-{
-    const int64_t shortest =
-        std::min({room(kinds, DATA_TYPE_INT), room(operands, DATA_TYPE_INT), room(constants, DATA_TYPE_DOUBLE)});
-    if (shortest < 1)
-        return {};
-    const auto held = static_cast<int32_t>(shortest);
-    return {kinds->ivals, operands->ivals, constants->dvals, held, std::min(held, kinds->count)};
-}
 
 } // namespace korvale::inside
 

@@ -1,11 +1,14 @@
+// The nine arrays of a system: five that belong to functions, three to variables, one to equations. They are made in
+// one go or not at all; the functions, variables and rows in them each come from the source of their own.
 #include "equation/system.h"
 
 #include <cstddef>
 #include <cstdlib>
 
+#include "data/internal/record.h"
+#include "equation/internal/functions.h"
 #include "equation/internal/program.h"
-#include "equation/internal/registry.h"
-#include "equation/internal/variables.h"
+#include "equation/variables.h"
 
 static_assert(sizeof(EquationSystem) == 80 && offsetof(EquationSystem, funcs) == 0 &&
               offsetof(EquationSystem, func_names) == 8 && offsetof(EquationSystem, func_nargs) == 16 &&
@@ -31,13 +34,6 @@ Arrays arrays_of(EquationSystem& es)
              &es.table_pos, &es.equations}};
 }
 
-void shape(DATAstruct& d, int32_t count, int32_t type, int32_t dim)
-{
-    d.count = count;
-    d.type = type;
-    d.dim = dim;
-}
-
 /// Makes the nine empty arrays; those the heap has no room for are null.
 bool make_arrays(EquationSystem& es)
 {
@@ -51,18 +47,18 @@ bool make_arrays(EquationSystem& es)
 
 bool allocate_functions(EquationSystem& es)
 {
-    shape(*es.funcs, kFirstFunctions, DATA_TYPE_POINTER, 1);
-    shape(*es.func_nargs, kFirstFunctions, DATA_TYPE_INT, 1);
-    shape(*es.func_names, kFirstFunctions, DATA_TYPE_BYTE, kNameBytes);
-    shape(*es.tables, kFirstFunctions, DATA_TYPE_DATA, 1);
-    shape(*es.table_pos, kFirstFunctions, DATA_TYPE_INT, 1);
+    shape_as(*es.funcs, DATA_TYPE_POINTER, kFirstFunctions, 1);
+    shape_as(*es.func_nargs, DATA_TYPE_INT, kFirstFunctions, 1);
+    shape_as(*es.func_names, DATA_TYPE_BYTE, kFirstFunctions, kNameBytes);
+    shape_as(*es.tables, DATA_TYPE_DATA, kFirstFunctions, 1);
+    shape_as(*es.table_pos, DATA_TYPE_INT, kFirstFunctions, 1);
     es.table_index = 0.0;
     for (DATAstruct* array : {es.funcs, es.func_nargs, es.func_names, es.tables, es.table_pos})
         if (DATAAllocate(array) < 0)
             return false;
     for (int32_t f = 0; f < kFirstFunctions; ++f) { // pointers are null already
         es.func_nargs->ivals[f] = 0;
-        es.func_names->bvals[components(f, kNameBytes)] = 0;
+        es.func_names->bvals[int64_t{f} * kNameBytes] = 0;
         es.table_pos->ivals[f] = 0;
     }
     es.funcs->count = 0;
@@ -71,17 +67,18 @@ bool allocate_functions(EquationSystem& es)
 
 void declare_built_ins(EquationSystem& es)
 {
-    shape(*es.var_vals, 0, DATA_TYPE_DOUBLE, 1);
-    shape(*es.var_names, 0, DATA_TYPE_BYTE, kNameBytes);
-    shape(*es.var_flags, 0, DATA_TYPE_BYTE, 1);
-    declare_variables(es, "PI, E", 0);
-    EqSetVariable(&es, find_variable(es, "PI", 2), 3.141592653589793);
-    EqSetVariable(&es, find_variable(es, "E", 1), 2.718281828459045);
+    shape_as(*es.var_vals, DATA_TYPE_DOUBLE, 0, 1);
+    shape_as(*es.var_names, DATA_TYPE_BYTE, 0, kNameBytes);
+    shape_as(*es.var_flags, DATA_TYPE_BYTE, 0, 1);
+    char pi[] = "PI", e[] = "E", both[] = "PI, E";
+    EqParseVariables(&es, both, 0);
+    EqSetVariableByName(&es, pi, 3.141592653589793);
+    EqSetVariableByName(&es, e, 2.718281828459045);
 }
 
 bool allocate_equations(EquationSystem& es)
 {
-    shape(*es.equations, kFirstEquations, DATA_TYPE_DATA, kChildren);
+    shape_as(*es.equations, DATA_TYPE_DATA, kFirstEquations, kChildren);
     if (DATAAllocate(es.equations) < 0) // its slots are null
         return false;
     es.equations->count = 0;

@@ -1,8 +1,11 @@
-#include "equation/system.h"
+// A table holds samples of a function without arguments, count rows of dim columns. Each place in an equation that
+// names the function reads a column of its own, so the reads of one pass walk along a row; the row position, which all
+// tables share, moves smoothly from pass to pass. What a table has no element for is asked of the function itself.
+#include "equation/tables.h"
 
 #include <cstdlib>
 
-#include "equation/internal/registry.h"
+#include "equation/internal/functions.h"
 #include "platform/internal/wrapping.h"
 
 namespace korvale::inside {
@@ -15,12 +18,12 @@ DATAstruct* table_of(const EquationSystem& es, int32_t f)
 
 bool is_function(const EquationSystem& es, int32_t f)
 {
-    return f >= 0 && f < length(es.funcs, DATA_TYPE_POINTER) && f < length(es.func_nargs, DATA_TYPE_INT) &&
-           f < length(es.tables, DATA_TYPE_DATA) && f < length(es.table_pos, DATA_TYPE_INT);
+    return f >= 0 && f < usable_count(es.funcs, DATA_TYPE_POINTER) && f < usable_count(es.func_nargs, DATA_TYPE_INT) &&
+           f < usable_count(es.tables, DATA_TYPE_DATA) && f < usable_count(es.table_pos, DATA_TYPE_INT);
 }
 
 /// A table as one read sees it.
-struct View {
+struct TableRead {
     const DATAstruct* table; ///< null while the function has none
     int64_t rows;
     int64_t columns;
@@ -36,27 +39,27 @@ struct View {
 };
 
 /// The sample the table has at row position `x`; false where only a fresh call can tell.
-bool read_sample(const View& view, double x, double& sample)
+bool find_sample(const TableRead& read, double x, double& sample)
 {
-    const auto last = static_cast<double>(view.rows - 1);
+    const auto last = static_cast<double>(read.rows - 1);
     if (x >= 0.0 && x < last) {
         const auto row = static_cast<int64_t>(x);
         const double t = x - static_cast<double>(row);
-        if (!view.has(row) || !view.has(row + 1))
+        if (!read.has(row) || !read.has(row + 1))
             return false;
-        sample = (1.0 - t) * view.at(row) + t * view.at(row + 1);
+        sample = (1.0 - t) * read.at(row) + t * read.at(row + 1);
         return true;
     }
     int64_t row;
     if (x > -1.0 && x < 0.0)
         row = 0;
-    else if (x > -1.0 && x >= last && x < static_cast<double>(view.rows))
-        row = view.rows - 1;
+    else if (x > -1.0 && x >= last && x < static_cast<double>(read.rows))
+        row = read.rows - 1;
     else
         return false;
-    if (!view.has(row))
+    if (!read.has(row))
         return false;
-    sample = view.at(row);
+    sample = read.at(row);
     return true;
 }
 
@@ -113,9 +116,9 @@ double EqTableRead(EquationSystem* es, int func)
     const DATAstruct* const table = table_of(*es, func);
     const int32_t columns = table == nullptr ? 0 : table->dim;
     int32_t column = es->table_pos->ivals[func];
-    const View view = {table, table == nullptr ? 0 : table->count, columns, column};
+    const TableRead read = {table, table == nullptr ? 0 : table->count, columns, column};
     double sample;
-    if (read_sample(view, es->table_index, sample))
+    if (find_sample(read, es->table_index, sample))
         column = wrapping_sum(column, 1);
     else
         sample = call_no_arg(*es, func);

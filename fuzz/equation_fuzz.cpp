@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "equation/equation.h"
+#include "korvale.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Systems whose records a host has edited: items of any kind and operand, counts that are not true, arrays that wrap
-// memory of the host, other functions in the registry. Whatever runs, an evaluation gives what the documented steps give,
-// and memory of the host neither moves nor grows.
+// memory of the host, other functions in the registry. Whatever runs, an evaluation gives what the documented steps
+// give, and memory of the host neither moves nor grows.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "equation/equation.h"
+#include "korvale.h"
 #include "platform/layer.h"
 #include "tests/reference/equation_steps.h"
 

@@ -1,8 +1,7 @@
-#include <algorithm>
-#include <chrono>
+// Equations beside the documented steps, the same expression compiled, and a general parser. Evaluations with constants
+// that can be folded are measured as they are parsed and simplified.
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -10,186 +9,160 @@
 #include <muParser.h>
 #endif
 
-#include "bench/equation/plain.h"
-#include "equation/equation.h"
+#include "bench/ratio.h"
+#include "korvale.h"
+#include "tests/reference/equation_steps.h"
 
-// Each benchmark runs the library and its peers in turns, so that a drifting clock meets all alike, and keeps the shortest
-// turn of each. `ns` is the library's; the other counters are the peers' times as multiples of it, more than 1 where the
-// library is quicker.
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-/// The shortest of all turns.
-struct Shortest {
-    double seconds = std::numeric_limits<double>::infinity();
-
-    template <class Work>
-    void turn(Work work)
-    {
-        const auto start = Clock::now();
-        work();
-        seconds = std::min(seconds, std::chrono::duration<double>(Clock::now() - start).count());
-    }
-    bool was_run() const { return std::isfinite(seconds); }
-};
-
-void report(benchmark::State& state, const Shortest& library, int runs_a_turn)
-{
-    state.counters["ns"] = library.seconds / runs_a_turn * 1e9;
-}
-
-void report_peer(benchmark::State& state, const Shortest& library, const char* name, const Shortest& peer)
-{
-    if (peer.was_run())
-        state.counters[name] = peer.seconds / library.seconds;
-}
+using korvale::bench::Race;
 
 struct Variables {
     double a = 1.25, b = -0.5, c = 2.0, x = 0.3;
 };
 
-[[gnu::noinline]] double native_small(const Variables& v)
-{
-    return v.a + v.b * 2;
-}
-
-[[gnu::noinline]] double native_medium(const Variables& v)
-{
-    return std::sin(v.x * 2) * std::cos(v.a) + std::sqrt(v.c);
-}
-
-[[gnu::noinline]] double native_arithmetic(const Variables& v)
-{
-    const double a = v.a, b = v.b, c = v.c, x = v.x;
-    return ((a + b) * (a - b) + (c + x) * (c - x)) * ((a * b + 1) - (c * x + 2)) +
-           (a + 1) * (b + 2) * (c + 3) * (x + 4) + (a * 0.5 + b * 0.25) * (c * 0.125 + x * 2) - (a - 3) * (b - 4) -
-           c * c * x;
-}
-
-const char* const kArithmetic =
-    "((a + b) * (a - b) + (c + x) * (c - x)) * ((a * b + 1) - (c * x + 2)) + (a + 1) * (b + 2) * (c + 3) * (x + 4)"
-    " + (a * 0.5 + b * 0.25) * (c * 0.125 + x * 2) - (a - 3) * (b - 4) - c * c * x";
-
 struct Expression {
-    const char* name;
     std::string text;
     double (*native)(const Variables&);
 };
 
-const Expression kExpressions[] = {
-    {"small", "a + b * 2", native_small},
-    {"medium", "SIN(x * 2) * COS(a) + SQRT(c)", native_medium},
-    {"arithmetic", kArithmetic, native_arithmetic},
-    {"drum", "SIN(a * 6 - x) * EXP(0 - a)",
-     [](const Variables& v) { return std::sin(v.a * 6 - v.x) * std::exp(0 - v.a); }},
-};
+const Expression kShort = {"a + b * 2", [](const Variables& v) { return v.a + v.b * 2; }};
+
+const Expression kMedium = {"SIN(x * 2) * COS(a) + SQRT(c)",
+                            [](const Variables& v) { return std::sin(v.x * 2) * std::cos(v.a) + std::sqrt(v.c); }};
+
+/// 31 operators.
+const Expression kArith = {
+    "((a + b) * (a - b) + (c + x) * (c - x)) * ((a * b + 1) - (c * x + 2)) + (a + 1) * (b + 2) * (c + 3) * (x + 4)"
+    " + (a * 0.5 + b * 0.25) * (c * 0.125 + x * 2) - (a - 3) * (b - 4) - c * c * x",
+    [](const Variables& v) {
+        const double a = v.a, b = v.b, c = v.c, x = v.x;
+        return ((a + b) * (a - b) + (c + x) * (c - x)) * ((a * b + 1) - (c * x + 2)) +
+               (a + 1) * (b + 2) * (c + 3) * (x + 4) + (a * 0.5 + b * 0.25) * (c * 0.125 + x * 2) - (a - 3) * (b - 4) -
+               c * c * x;
+    }};
+
+/// 43 operators and functions.
+const Expression kLong = {
+    "SIN(a * 2 + x) * COS(b - 1) + SQRT(c * c + 1) * (a + b) - EXP(0 - x * x) * LOG(c + 3) + ATAN(a * b) * SIN(x) * "
+    "COS(x)"
+    " - TAN(x * 0.5) / (c + 4) + (a + 1) * (b + 2) * (c + 3) - SIN(c) + ATAN(x / (c + 5)) * SIN(a - b) + 2.5",
+    [](const Variables& v) {
+        const double a = v.a, b = v.b, c = v.c, x = v.x;
+        return std::sin(a * 2 + x) * std::cos(b - 1) + std::sqrt(c * c + 1) * (a + b) -
+               std::exp(0 - x * x) * std::log(c + 3) + std::atan(a * b) * std::sin(x) * std::cos(x) -
+               std::tan(x * 0.5) / (c + 4) + (a + 1) * (b + 2) * (c + 3) - std::sin(c) +
+               std::atan(x / (c + 5)) * std::sin(a - b) + 2.5;
+    }};
+
+/// Most of it folds; its native form is folded by the compiler.
+const Expression kFoldable = {
+    "a * (2 + 3 * 4) + b * (1 - 8 / 16) * (3 + 4) - (5 - 2) * (7 + 1) * x + (9 - 1) * (1 + 1)", [](const Variables& v) {
+        return v.a * (2 + 3.0 * 4) + v.b * (1 - 8.0 / 16) * (3 + 4) - (5 - 2) * (7 + 1) * v.x + (9 - 1) * (1 + 1);
+    }};
 
 /// A system with the variables of `Variables` and y.
-EquationSystem* new_system()
-{
-    auto* const es = new EquationSystem;
-    if (EqSystemInitialize(es) < 0)
-        std::abort();
-    std::string names = "a b c x y";
-    EqParseVariables(es, names.data(), 0);
-    const Variables v;
-    const double values[] = {v.a, v.b, v.c, v.x};
-    for (int i = 0; i < 4; ++i)
-        EqSetVariable(es, 2 + i, values[i]);
-    return es;
-}
+class System {
+public:
+    System()
+    {
+        if (EqSystemInitialize(&record_) < 0)
+            std::abort();
+        declare("a b c x y", 0);
+        const Variables v;
+        const double values[] = {v.a, v.b, v.c, v.x};
+        for (int i = 0; i < 4; ++i)
+            EqSetVariable(&record_, 2 + i, values[i]);
+    }
+    ~System() { EqSystemDispose(&record_); }
+    System(const System&) = delete;
+    System& operator=(const System&) = delete;
 
-void release(EquationSystem* es)
-{
-    EqSystemDispose(es);
-    delete es;
-}
+    operator EquationSystem*() { return &record_; }
+
+    void declare(std::string names, int flag) { EqParseVariables(&record_, names.data(), flag); }
+    void parse(std::string text)
+    {
+        if (EqParseEquation(&record_, text.data()) < 1)
+            std::abort();
+    }
+
+private:
+    EquationSystem record_;
+};
 
 #ifdef KORVALE_HAS_MUPARSER
-void define(mu::Parser& parser, Variables& v, const std::string& text)
+/// The parser with the variables and functions of the expressions.
+mu::Parser new_parser(Variables& v)
 {
+    mu::Parser parser;
     parser.DefineVar("a", &v.a);
     parser.DefineVar("b", &v.b);
     parser.DefineVar("c", &v.c);
     parser.DefineVar("x", &v.x);
-    parser.DefineFun("SIN", static_cast<double (*)(double)>(std::sin));
-    parser.DefineFun("COS", static_cast<double (*)(double)>(std::cos));
-    parser.DefineFun("SQRT", static_cast<double (*)(double)>(std::sqrt));
-    parser.DefineFun("EXP", static_cast<double (*)(double)>(std::exp));
-    parser.SetExpr(text);
-    parser.Eval();
+    using Function = double (*)(double);
+    const std::pair<const char*, Function> functions[] = {{"SIN", std::sin},   {"COS", std::cos}, {"TAN", std::tan},
+                                                          {"SQRT", std::sqrt}, {"EXP", std::exp}, {"LOG", std::log},
+                                                          {"ATAN", std::atan}};
+    for (const auto& [name, function] : functions)
+        parser.DefineFun(name, function);
+    return parser;
 }
 #endif
 
-void evaluate(benchmark::State& state, const Expression& expression)
+void evaluate(benchmark::State& state, const Expression& expression, bool simplified)
 {
-    EquationSystem* const es = new_system();
-    std::string text = "y = " + expression.text;
-    if (EqParseEquation(es, text.data()) < 0)
-        std::abort();
+    System es;
+    es.parse("y = " + expression.text);
+    if (simplified)
+        EqSimplify(es, 0);
     Variables v;
-    constexpr int kRuns = 200;
-    Shortest library, plain, native, peer;
-#ifdef KORVALE_HAS_MUPARSER
-    mu::Parser parser;
-    define(parser, v, expression.text);
-#endif
-    if (EqEvaluate(es, 0) != korvale::bench::evaluate_plainly(es, 0) || EqEvaluate(es, 0) != expression.native(v))
+    const double value = EqEvaluate(es, 0);
+    if (value != korvale::reference::evaluate(es, 0) || value != expression.native(v))
         std::abort();
-    for (auto _ : state) {
-        library.turn([&] {
-            for (int i = 0; i < kRuns; ++i)
-                benchmark::DoNotOptimize(EqEvaluate(es, 0));
-        });
-        plain.turn([&] {
-            for (int i = 0; i < kRuns; ++i)
-                benchmark::DoNotOptimize(korvale::bench::evaluate_plainly(es, 0));
-        });
-        native.turn([&] {
-            for (int i = 0; i < kRuns; ++i)
-                benchmark::DoNotOptimize(expression.native(v));
-        });
+    Race race(state, [&] { benchmark::DoNotOptimize(EqEvaluate(es, 0)); });
+    race.against("steps", [&] { benchmark::DoNotOptimize(korvale::reference::evaluate(es, 0)); });
+    race.against("native", [&] { benchmark::DoNotOptimize(expression.native(v)); });
 #ifdef KORVALE_HAS_MUPARSER
-        peer.turn([&] {
-            for (int i = 0; i < kRuns; ++i)
-                benchmark::DoNotOptimize(parser.Eval());
-        });
+    mu::Parser parser = new_parser(v);
+    parser.SetExpr(expression.text);
+    race.against("muParser", [&] { benchmark::DoNotOptimize(parser.Eval()); });
 #endif
-    }
-    report(state, library, kRuns);
-    report_peer(state, library, "plain", plain);
-    report_peer(state, library, "native", native);
-    report_peer(state, library, "muParser", peer);
-    release(es);
 }
 
-BENCHMARK_CAPTURE(evaluate, small, kExpressions[0])->Iterations(1000);
-BENCHMARK_CAPTURE(evaluate, medium, kExpressions[1])->Iterations(1000);
-BENCHMARK_CAPTURE(evaluate, arithmetic_31, kExpressions[2])->Iterations(1000);
-BENCHMARK_CAPTURE(evaluate, drum, kExpressions[3])->Iterations(1000);
+BENCHMARK_CAPTURE(evaluate, short, kShort, false);
+BENCHMARK_CAPTURE(evaluate, medium, kMedium, false);
+BENCHMARK_CAPTURE(evaluate, arith, kArith, false);
+BENCHMARK_CAPTURE(evaluate, long, kLong, false);
+BENCHMARK_CAPTURE(evaluate, foldable, kFoldable, false);
+BENCHMARK_CAPTURE(evaluate, simplified, kFoldable, true);
 
+/// Fifteen texts, for which a system has room from the start, and the making of that system.
 void parse(benchmark::State& state, const Expression& expression)
 {
-    const std::string text = "y = " + expression.text;
-    Shortest library, peer;
-    for (auto _ : state) {
-        EquationSystem* const es = new_system();
-        std::string copy = text;
-        library.turn([&] { benchmark::DoNotOptimize(EqParseEquation(es, copy.data())); });
-        release(es);
+    constexpr int kTexts = 15;
+    std::string text = "y = " + expression.text;
+    Race race(state, [&] {
+        System es;
+        for (int i = 0; i < kTexts; ++i)
+            benchmark::DoNotOptimize(EqParseEquation(es, text.data()));
+    });
 #ifdef KORVALE_HAS_MUPARSER
-        mu::Parser parser;
-        Variables v;
-        peer.turn([&] { define(parser, v, expression.text); });
+    Variables v;
+    race.against("muParser", [&] {
+        mu::Parser parser = new_parser(v);
+        for (int i = 0; i < kTexts; ++i) {
+            parser.SetExpr(expression.text + std::string(static_cast<size_t>(i), ' ')); // a text it has not seen
+            benchmark::DoNotOptimize(parser.Eval());                                    // is parsed at the first use
+        }
+    });
 #endif
-    }
-    report(state, library, 1);
-    report_peer(state, library, "muParser", peer);
 }
 
-BENCHMARK_CAPTURE(parse, medium, kExpressions[1])->Iterations(1000);
-BENCHMARK_CAPTURE(parse, arithmetic_31, kExpressions[2])->Iterations(1000);
+BENCHMARK_CAPTURE(parse, short, kShort);
+BENCHMARK_CAPTURE(parse, medium, kMedium);
+BENCHMARK_CAPTURE(parse, arith, kArith);
+BENCHMARK_CAPTURE(parse, long, kLong);
 
 /// n names of letters, all different.
 std::string names(int n)
@@ -204,52 +177,32 @@ std::string names(int n)
     return text;
 }
 
-void declare_names(benchmark::State& state)
+void declare(benchmark::State& state)
 {
     std::string text = names(static_cast<int>(state.range(0)));
-    Shortest library, plain;
-    for (auto _ : state) {
-        EquationSystem* es = new_system();
-        library.turn([&] { benchmark::DoNotOptimize(EqParseVariables(es, text.data(), 0)); });
-        release(es);
-        es = new_system();
-        plain.turn([&] { benchmark::DoNotOptimize(korvale::bench::declare_plainly(es, text.c_str(), 0)); });
-        release(es);
-    }
-    report(state, library, 1);
-    report_peer(state, library, "plain", plain);
+    Race(state, [&] {
+        System es;
+        benchmark::DoNotOptimize(EqParseVariables(es, text.data(), 0));
+    }).against("steps", [&] {
+        System es;
+        benchmark::DoNotOptimize(korvale::reference::declare(es, text.c_str(), 0));
+    });
 }
 
-BENCHMARK(declare_names)->Arg(4)->Arg(64)->Arg(1024)->Arg(16000)->Iterations(3);
+BENCHMARK(declare)->Arg(4)->Arg(64)->Arg(1024);
 
-/// A pass over 8 equations in a system of many variables.
+/// A pass over 8 equations in a system of many variables, reserved or not.
 void evaluate_all(benchmark::State& state)
 {
-    EquationSystem* const es = new_system();
-    std::string many = names(static_cast<int>(state.range(0)));
-    EqParseVariables(es, many.data(), static_cast<int>(state.range(1)));
-    for (int i = 0; i < 8; ++i) {
-        std::string text = (i % 2 == 0 ? "nameZ" : "y") + (" = " + kExpressions[i % 2].text);
-        if (EqParseEquation(es, text.data()) < 0)
-            std::abort();
-    }
-    constexpr int kRuns = 4;
-    Shortest library, plain;
-    for (auto _ : state) {
-        library.turn([&] {
-            for (int i = 0; i < kRuns; ++i)
-                benchmark::DoNotOptimize(EqSystemEvaluate(es));
-        });
-        plain.turn([&] {
-            for (int i = 0; i < kRuns; ++i)
-                benchmark::DoNotOptimize(korvale::bench::evaluate_all_plainly(es));
-        });
-    }
-    report(state, library, kRuns);
-    report_peer(state, library, "plain", plain);
-    release(es);
+    System es;
+    es.declare(names(static_cast<int>(state.range(0))), static_cast<int>(state.range(1)));
+    for (int i = 0; i < 8; ++i)
+        es.parse((i % 2 == 0 ? "nameZ = " : "y = ") + (i % 2 == 0 ? kShort : kMedium).text);
+    Race(state, [&] { benchmark::DoNotOptimize(EqSystemEvaluate(es)); }).against("steps", [&] {
+        benchmark::DoNotOptimize(korvale::reference::evaluate_all(es));
+    });
 }
 
-BENCHMARK(evaluate_all)->ArgsProduct({{8, 1000, 200000}, {0, 1}})->Iterations(10);
+BENCHMARK(evaluate_all)->ArgsProduct({{8, 1000, 200000}, {0, 1}});
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "equation/internal/registry.h"
+#include "data/internal/lists.h"
 #include "equation/system.h"
 
 namespace korvale::inside {
@@ -25,16 +25,16 @@ inline bool is_equation(const EquationSystem& es, int32_t equation)
 {
     const DATAstruct* const equations = es.equations;
     return equation >= 0 && equations != nullptr && equation < equations->count &&
-           components(equation + int64_t{1}, kChildren) <= room(equations, DATA_TYPE_DATA);
+           (equation + int64_t{1}) * kChildren <= room(equations, DATA_TYPE_DATA);
 }
 
 /// The items of any three arrays that a row may hold.
-Program careful_program(const DATAstruct* kinds, const DATAstruct* operands, const DATAstruct* constants);
+Program checked_program(const DATAstruct* kinds, const DATAstruct* operands, const DATAstruct* constants);
 
 /// The items of an equation that exists.
 inline Program program_of(const EquationSystem& es, int32_t equation)
 {
-    void* const* const row = es.equations->pvals + components(equation, kChildren);
+    void* const* const row = es.equations->pvals + int64_t{equation} * kChildren;
     const auto* const kinds = static_cast<const DATAstruct*>(row[0]);
     const auto* const operands = static_cast<const DATAstruct*>(row[1]);
     const auto* const constants = static_cast<const DATAstruct*>(row[2]);
@@ -43,7 +43,7 @@ inline Program program_of(const EquationSystem& es, int32_t equation)
     };
     if (!is_common(kinds) || !is_common(operands) || !is_common(constants) || kinds->ivals == nullptr ||
         operands->ivals == nullptr || constants->dvals == nullptr || kinds->count > kMostItems)
-        return careful_program(kinds, operands, constants);
+        return checked_program(kinds, operands, constants);
     return {kinds->ivals, operands->ivals, constants->dvals, kMostItems, kinds->count};
 }
 

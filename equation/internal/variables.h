@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
-#include "equation/internal/registry.h"
+#include "data/internal/lists.h"
+#include "equation/internal/names.h"
 #include "equation/system.h"
 
 namespace korvale::inside {
@@ -11,7 +11,7 @@ namespace korvale::inside {
 /// Variables that have a value.
 inline int32_t variable_count(const EquationSystem& es)
 {
-    return length(es.var_vals, DATA_TYPE_DOUBLE);
+    return usable_count(es.var_vals, DATA_TYPE_DOUBLE);
 }
 
 inline bool is_variable(const EquationSystem& es, int32_t v)
@@ -20,15 +20,12 @@ inline bool is_variable(const EquationSystem& es, int32_t v)
 }
 
 /// The lowest index of the variable of that name, or -1.
-int32_t find_variable(const EquationSystem& es, const char* word, size_t length);
+int32_t find_variable(const EquationSystem& es, Word name);
 
 /// Whether variable `v` keeps its value until the end of a pass.
 inline bool is_reserved(const EquationSystem& es, int32_t v)
 {
-    return v < length(es.var_flags, DATA_TYPE_BYTE) && es.var_flags->bvals[v] != 0;
+    return v < usable_count(es.var_flags, DATA_TYPE_BYTE) && es.var_flags->bvals[v] != 0;
 }
-
-/// What `EqParseVariables` does.
-int declare_variables(EquationSystem& es, const char* text, int flag);
 
 } // namespace korvale::inside

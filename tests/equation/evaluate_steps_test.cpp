@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include "equation/equation.h"
 #include "platform/layer.h"
 #include "tests/equation/system.h"
 #include "tests/reference/equation_steps.h"
@@ -79,7 +78,8 @@ void fill_program(System& es, int equation, Random& random)
     es.kinds(equation)->count = count;
 }
 
-/// A system of six variables, the functions SETTHIRD (18), SWAP (19), HIDE (20) and SEVEN (21), and `programs` equations.
+/// A system of six variables, the functions SETTHIRD (18), SWAP (19), HIDE (20) and SEVEN (21), and `programs`
+/// equations.
 struct Composed : System {
     Composed(Random& random, int programs)
     {

@@ -1,4 +1,4 @@
-#include "equation/equation.h"
+#include "equation/evaluate.h"
 
 #include <cmath>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "equation/equation.h"
+#include "equation/parse.h"
 
 #include <cstring>
 #include <string>

@@ -1,4 +1,4 @@
-#include "equation/equation.h"
+#include "equation/simplify.h"
 
 #include <string>
 

@@ -3,7 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "equation/equation.h"
+#include "equation/evaluate.h"
+#include "equation/functions.h"
+#include "equation/parse.h"
+#include "equation/simplify.h"
+#include "equation/system.h"
+#include "equation/tables.h"
+#include "equation/variables.h"
 
 namespace korvale::test {
 

@@ -1,4 +1,4 @@
-#include "equation/system.h"
+#include "equation/tables.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include "equation/equation.h"
 #include "tests/equation/system.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"

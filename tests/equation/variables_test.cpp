@@ -1,4 +1,4 @@
-#include "equation/system.h"
+#include "equation/variables.h"
 
 #include <cstdlib>
 #include <set>

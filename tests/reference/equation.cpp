@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "equation/system.h"
+#include "equation/functions.h"
 
 namespace korvale::reference {
 namespace {

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string>
 
+#include "equation/tables.h"
+
 namespace korvale::reference {
 namespace {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "equation/equation.h"
+#include "equation/system.h"
 
-// The documented steps over the records themselves, one by one, whatever a host has put into them: the value stack on the
-// heap, every function called through the registry, every name compared with every other.
+// The documented steps over the records themselves, one by one, whatever a host has put into them: the value stack on
+// the heap, every function called through the registry, every name compared with every other.
 namespace korvale::reference {
 
 /// `EqEvaluate`.

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "equation/equation.h"
 #include "platform/layer.h"
 #include "tests/equation/expressions.h"
 #include "tests/equation/system.h"
@@ -258,7 +257,7 @@ private:
     std::string copy_;
 };
 
-TEST(EquationSystem, RandomOperationsLeaveTheDocumentedState)
+TEST(EquationSystemSteps, RandomOperationsLeaveTheDocumentedState)
 {
     Random random(20260105);
     for (int system = 0; system < korvale::test::rounds(45); ++system) {

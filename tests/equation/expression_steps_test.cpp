@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "equation/equation.h"
 #include "platform/layer.h"
 #include "tests/equation/expressions.h"
 #include "tests/equation/system.h"
@@ -205,7 +204,7 @@ private:
     int items_ = 0;
 };
 
-TEST(EqEvaluate, AgreesWithRecursiveDescentOnRandomExpressions)
+TEST(EqEvaluateSteps, AgreesWithRecursiveDescentOnRandomExpressions)
 {
     Random random(20260103);
     int evaluated = 0, refused = 0;
@@ -243,7 +242,7 @@ TEST(EqEvaluate, AgreesWithRecursiveDescentOnRandomExpressions)
     EXPECT_GT(refused, 0);
 }
 
-TEST(EqParseEquation, TreatsAllShortTokenSequencesAsDocumented)
+TEST(EqParseEquationSteps, TreatsAllShortTokenSequencesAsDocumented)
 {
     const char* const tokens[] = {" x ", " 2 ", " RAND ", " SIN ", " MEAN ", "+", "-", "^", "(", ")", " q "};
     constexpr int kTokens = sizeof tokens / sizeof *tokens;
@@ -268,7 +267,7 @@ TEST(EqParseEquation, TreatsAllShortTokenSequencesAsDocumented)
     EXPECT_GT(accepted, 100);
 }
 
-TEST(EqParseEquation, TreatsMutatedTextsAsDocumented)
+TEST(EqParseEquationSteps, TreatsMutatedTextsAsDocumented)
 {
     Random random(20260104);
     int accepted = 0;
@@ -288,7 +287,7 @@ TEST(EqParseEquation, TreatsMutatedTextsAsDocumented)
     EXPECT_LT(accepted, korvale::test::rounds(8000));
 }
 
-TEST(EqParseEquation, TreatsAllTruncationsAsDocumented)
+TEST(EqParseEquationSteps, TreatsAllTruncationsAsDocumented)
 {
     const std::string text = " y = -SIN(x ^ 2.25 * (PI - RAND)) / 3 MEAN z";
     Pair pair;

@@ -5,11 +5,59 @@
 #include <cstdint>
 #include <iterator>
 
-#include "equation/internal/registry.h"
+#include "data/internal/lists.h"
+#include "equation/functions.h"
+#include "equation/internal/names.h"
 
-// The built-in functions where they stand in the registry: ADD to POWER, NEGATE to ATAN, RAND and GAUSS, ANGLE.
 namespace korvale::inside {
 
+/// What a parser operator stands for: the indices the first built-in functions are registered under.
+enum : int32_t { kAdd = 0, kSubtract = 1, kMultiply = 2, kDivide = 3, kPower = 4, kNegate = 5 };
+
+using BinaryFunction = double (*)(double, double);
+using UnaryFunction = double (*)(double);
+using NoArgFunction = double (*)();
+
+/// Functions that can be looked up: those counted and present in all arrays.
+int32_t function_count(const EquationSystem& es);
+
+/// The lowest index of the function of that name, or -1.
+int32_t find_function(const EquationSystem& es, Word name);
+
+/// The functions an equation can mean by a name: the lowest index for each number of arguments, or -1.
+struct NamedFunctions {
+    int32_t unary = -1;
+    int32_t no_arg = -1;
+    int32_t binary = -1;
+};
+NamedFunctions find_named_functions(const EquationSystem& es, Word name);
+
+/// What a function slot points to; null for an index that is no function's.
+inline void* function_at(const EquationSystem& es, int32_t f)
+{
+    return f >= 0 && f < usable_count(es.funcs, DATA_TYPE_POINTER) ? es.funcs->pvals[f] : nullptr;
+}
+
+/// A call through the registry, 0.0 where there is no function.
+inline double call(const EquationSystem& es, int32_t f, double x)
+{
+    const auto function = reinterpret_cast<UnaryFunction>(function_at(es, f));
+    return function == nullptr ? 0.0 : function(x);
+}
+
+inline double call(const EquationSystem& es, int32_t f, double a, double b)
+{
+    const auto function = reinterpret_cast<BinaryFunction>(function_at(es, f));
+    return function == nullptr ? 0.0 : function(a, b);
+}
+
+/// A call through the registry, 0.0 where there is no function or one with arguments.
+double call_no_arg(const EquationSystem& es, int32_t f);
+
+/// Registers the eighteen built-in functions in order.
+void register_built_ins(EquationSystem& es);
+
+// The built-in functions where they stand in the registry: ADD to POWER, NEGATE to ATAN, RAND and GAUSS, ANGLE.
 template <class Function>
 struct BuiltIn {
     const char* name;

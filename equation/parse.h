@@ -1,7 +1,9 @@
 #pragma once
 
+#include "../platform/export.h"
 #include "system.h"
 
+/// @file
 /// Equations as text: name = expression.
 ///
 /// An expression is made of numbers (digits and points), variables, functions, parentheses and the operators + - * / ^.
@@ -29,9 +31,9 @@
 /// a refused equation too.
 ///
 /// Returns the number of items; 1, with an empty row, for a text without "="; -1 for a null argument, a left side that
-/// is no variable, an unknown name, a missing or left-over operand, an unbalanced parenthesis, more than 100 items, more
-/// than 51 waiting operators and parentheses or 51 waiting functions, and an exhausted heap. Nothing changes where the
-/// equations wrap memory of the host that is full.
+/// is no variable, an unknown name, a missing or left-over operand, an unbalanced parenthesis, more than 100 items,
+/// more than 51 waiting operators and parentheses or 51 waiting functions, and an exhausted heap. Nothing changes where
+/// the equations wrap memory of the host that is full.
 ///
 /// Deliberate: where the left side is no variable the "=" is left overwritten by a zero. In all other cases the text is
 /// not written and may be in read-only memory.
@@ -43,8 +45,8 @@ KORVALE_API int EqParseEquation(EquationSystem* es, char* text);
 /// that is moved becomes an `EQ_ITEM_BINARY` at `*item_pos` of `kinds` and `operands` and takes one from
 /// `*operand_counter`.
 ///
-/// Returns 1, or -1 as soon as the counter falls below 1, when the program or the stack is full, and for a null argument
-/// or an array without room.
+/// Returns 1, or -1 as soon as the counter falls below 1, when the program or the stack is full, and for a null
+/// argument or an array without room.
 KORVALE_API int new_bi_item(int code, int* op_top, int* operand_counter, int* item_pos, DATAstruct* kinds,
                             DATAstruct* operands, DATAstruct* op_stack);
 
@@ -54,30 +56,3 @@ KORVALE_API int op_isp(int code);
 
 /// The priority of an operator that arrives.
 KORVALE_API int op_icp(int code);
-
-/// Replaces each function of constants in an equation by its value, which is found by calling the function. Variables
-/// and samples are never folded.
-///
-/// Returns 1, or -1 for a null system or an index outside 0 to count - 1.
-///
-/// Deliberate: the count of the kinds stays; the program ends at the `EQ_ITEM_END` that now follows it.
-KORVALE_API int EqSimplify(EquationSystem* es, int equation);
-
-/// `EqSimplify` on all equations, in order. Returns 1, -(i + 1) when equation i fails, or -1 for a null system.
-KORVALE_API int EqSystemSimplify(EquationSystem* es);
-
-/// Runs an equation and returns its result; the variable on the left takes it at once unless it is reserved.
-///
-/// Up to 51 values are held; a program that wants more stops there and its result is the topmost value. A function with
-/// too few values below it is passed over. Returns 0.0, and changes nothing, for an equation without a left side and an
-/// index that is no equation's.
-KORVALE_API double EqEvaluate(EquationSystem* es, int equation);
-
-/// Runs all equations in order. Each result is in its variable for the equations that follow, or, for a reserved
-/// variable, not until the end of the pass.
-///
-/// What functions that are called change in variables does not outlast the pass: at its end every variable has its last
-/// result, or, when it stands on no left side, the value it had at the start.
-///
-/// Returns 1, or -1 with nothing changed for a null system, one without variables, or an exhausted heap.
-KORVALE_API int EqSystemEvaluate(EquationSystem* es);

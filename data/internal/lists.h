@@ -1,0 +1,50 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "data/datastruct.h"
+#include "data/internal/buffers.h"
+
+// Arrays of dim 1 or more that serve as lists: how much of them exists, whatever a host has done to the record.
+namespace korvale::inside {
+
+/// Components of kind `type` that exist: 0 for a null record or buffer.
+inline int64_t room(const DATAstruct* d, int32_t type)
+{
+    return d == nullptr || buffer_of(*d, type) == nullptr ? 0 : room(*d);
+}
+
+/// How many components may be read: the count, but no more than the buffer has.
+inline int32_t checked_usable_count(const DATAstruct* d, int32_t type)
+{
+    const int64_t held = room(d, type);
+    return held < 1 || d->count < 1 ? 0 : static_cast<int32_t>(std::min<int64_t>(held, d->count));
+}
+
+/// The same, quickly for lists of dim 1 that the library allocated.
+inline int32_t usable_count(const DATAstruct* d, int32_t type)
+{
+    const bool is_common = d != nullptr && d->alloc_dim == 1 && d->alloc_count >= 0 && buffer_of(*d, type) != nullptr &&
+                           static_cast<uint32_t>(d->count) <= static_cast<uint32_t>(d->alloc_count);
+    return is_common ? d->count : checked_usable_count(d, type);
+}
+
+/// Changes the array to count * dim components and clears those it gains; false where it has fewer then.
+inline bool grow_cleared(DATAstruct& d)
+{
+    const int64_t held = room(&d, d.type);
+    const int64_t wanted = components(d.count, d.dim);
+    if (DATAReAllocate(&d) < 0 || !holds(d, d.type, wanted))
+        return false;
+    if (wanted > held) {
+        const size_t bytes = component_bytes(d, d.type);
+        auto* const buffer = static_cast<unsigned char*>(buffer_of(d, d.type));
+        std::memset(buffer + static_cast<size_t>(held) * bytes, 0, static_cast<size_t>(wanted - held) * bytes);
+    }
+    return true;
+}
+
+} // namespace korvale::inside

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "../platform/export.h"
+#include "system.h"
+
+/// Fills the table of a no-argument function with `rows` rows of its values, one call each in storage order.
+///
+/// The number of columns becomes the present number multiplied by `cols`. A new function has 0 columns; each place an
+/// equation names it adds one, so tables are made after the equations are parsed.
+///
+/// Returns 1, or -1 for a function with arguments, an index that is no function's, and a table that cannot be
+/// allocated.
+///
+/// Deliberate: the rows and the multiplied columns stay on the table when its allocation is refused. Only a product of
+/// more than 31 bits changes nothing.
+KORVALE_API int EqMakeTable(EquationSystem* es, int func, int rows, int cols);
+
+/// `EqMakeTable` by name. Returns -1 for an unknown name as well.
+KORVALE_API int EqMakeTableByName(EquationSystem* es, char* name, int rows, int cols);
+
+/// Sets the row position of all table reads.
+KORVALE_API void EqSetTableIndex(EquationSystem* es, double index);
+
+/// The next sample of a no-argument function: from its table where `table_index` lies inside, else a fresh call.
+///
+/// Between two rows the sample is interpolated; in the row before the first and after the last it is that of the end
+/// row. The next read takes the next column and wraps around. A fresh call does not advance the column; it is also made
+/// when the element lies outside the table's buffer, as after a further equation has widened the table.
+///
+/// Returns 0.0 for an index that is no function's.
+KORVALE_API double EqTableRead(EquationSystem* es, int func);
