@@ -4,6 +4,7 @@
 
 #include "math/internal/mat.h"
 #include "platform/internal/widest.h"
+#include "ray/internal/cells.h"
 #include "ray/internal/meet.h"
 
 #ifdef KORVALE_HAS_WIDE_LANES
@@ -43,8 +44,8 @@ void test_triangle(Cast& cast, int32_t t)
     ++cast.hits;
 }
 
-/// Marks each triangle of a cell that is there and not marked yet, and calls `test` with its number, in the order of the
-/// chain.
+/// Marks each triangle of a cell that is there and not marked yet, and calls `test` with its number, in the order of
+/// the chain.
 template <class Test>
 [[gnu::always_inline]] inline void for_each_new(const Cast& cast, const data_list_struct& cell, Test test)
 {
@@ -53,7 +54,7 @@ template <class Test>
     const int32_t count = cast.count;
     for (const data_list_struct* node = cell.next; node != nullptr; node = node->next) {
         const int32_t* const numbers = node->ivals;
-        const int32_t n = node->count;
+        const int32_t n = numbers_held(*node);
         for (int32_t i = 0; i < n; ++i) {
             if (i + kPrefetchDistance < n)
                 prefetch_triangle(triangles, count, numbers[i + kPrefetchDistance]);
@@ -134,7 +135,10 @@ void test_cell(Cast& cast, const data_list_struct& cell)
 void prefetch_triangles(const Cast& cast, const data_list_struct& cell)
 {
     const data_list_struct* const node = cell.next;
-    for (int32_t i = 0; node != nullptr && i < std::min(node->count, kPrefetchDistance); ++i)
+    if (node == nullptr)
+        return;
+    const int32_t n = std::min(numbers_held(*node), kPrefetchDistance);
+    for (int32_t i = 0; i < n; ++i)
         prefetch_triangle(cast.triangles, cast.count, node->ivals[i]);
 }
 

@@ -5,8 +5,8 @@
 #include "ray/internal/meet.h"
 
 // Where a ray meets a face depends on nothing but the plane of the face, and all cells of a grid share nx + ny + nz + 3
-// planes. So each plane is met once, and the cells whose faces hold the meeting point are those whose closed ranges hold
-// its two coordinates: consecutive cells along both axes, on either side of the plane.
+// planes. So each plane is met once, and the cells whose faces hold the meeting point are those whose closed ranges
+// hold its two coordinates: consecutive cells along both axes, on either side of the plane.
 
 namespace korvale::inside {
 namespace {
@@ -27,26 +27,48 @@ CellRange cells_holding(const GridAxis& axis, double value)
     return {first, last};
 }
 
-/// The cells found so far, in any order and some more than once.
-struct Found {
-    const Grid& grid;
-    int32_t* met;
-    int32_t count;
+/// The cells found so far, in any order and some more than once. A fine grid is far larger than the fast memory, so a
+/// cell is asked for when it is found, and looked into together with the many that are found after it.
+class Found {
+public:
+    Found(const data_list_struct* cells, int32_t* met) : cells_(cells), met_(met) {}
 
     /// False when there is no more room.
     bool add(int32_t cell)
     {
-        if (!grid.holds_triangles(cell) || (count > 0 && met[count - 1] == cell))
-            return true;
-        if (count == kMostCellsMet)
-            return false;
-        met[count++] = cell;
+        __builtin_prefetch(&cells_[cell].next);
+        waiting_[added_++] = cell;
+        return added_ < kWaiting || look_into_all();
+    }
+
+    /// How many cells can be met, or -1 when there is no room for them.
+    int32_t finish() { return look_into_all() ? count_ : -1; }
+
+private:
+    bool look_into_all()
+    {
+        for (int32_t i = 0; i < added_; ++i) {
+            const int32_t cell = waiting_[i];
+            if (!can_be_met(cells_[cell]))
+                continue;
+            if (count_ == kMostCellsMet)
+                return false;
+            met_[count_++] = cell;
+        }
+        added_ = 0;
         return true;
     }
+
+    static constexpr int32_t kWaiting = 256;
+    const data_list_struct* cells_;
+    int32_t* met_;
+    int32_t count_ = 0;
+    int32_t added_ = 0;
+    int32_t waiting_[kWaiting];
 };
 
-/// The planes of axis `k` in the order in which the ray comes to them, `step` apart, up to `end`. The rest lie behind it
-/// or are not approached.
+/// The planes of axis `k` in the order in which the ray comes to them, `step` apart, up to `end`. The rest lie behind
+/// it or are not approached.
 struct PlaneWalk {
     int32_t i, end, step;
 };
@@ -107,14 +129,17 @@ bool add_cells_across(const double* o, const double* d, const Grid& grid, int k,
 
 } // namespace
 
-int32_t find_cells_met(const double* o, const double* d, const Grid& grid, int32_t (&met)[kMostCellsMet])
+int32_t find_cells_met(const double* o, const double* d, const Cells& cells, int32_t (&met)[kMostCellsMet])
 {
-    Found found = {grid, met, 0};
+    Found found(cells.first, met);
     for (int k = 0; k < 3; ++k)
-        if (!add_cells_across(o, d, grid, k, found))
+        if (!add_cells_across(o, d, *cells.grid, k, found))
             return -1;
-    std::sort(met, met + found.count);
-    return static_cast<int32_t>(std::unique(met, met + found.count) - met);
+    const int32_t count = found.finish();
+    if (count < 0)
+        return -1;
+    std::sort(met, met + count);
+    return static_cast<int32_t>(std::unique(met, met + count) - met);
 }
 
 } // namespace korvale::inside

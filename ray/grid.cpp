@@ -1,3 +1,8 @@
+// A grid has planes along each axis, one more than cells, found by repeated addition of the step; a cell's box lies
+// between two neighbouring planes of each axis. Where the planes are in order, the cells that touch a triangle's box
+// are consecutive along each axis: a guess and a few comparisons find the first and the last of them, by the very
+// comparisons that hold every cell against the box. A grid whose planes are not in order (a box that is not finite) is
+// searched cell by cell.
 #include "ray/grid.h"
 
 #include <cstddef>
@@ -8,13 +13,8 @@
 #include "data/operations.h"
 #include "math/internal/box.h"
 #include "platform/internal/scratch.h"
+#include "ray/internal/cells.h"
 #include "ray/internal/grid.h"
-
-// A grid has planes along each axis, one more than cells, found by repeated addition of the step; a cell's box lies
-// between two neighbouring planes of each axis. Where the planes are in order, the cells that touch a triangle's box
-// are consecutive along each axis: a guess and a few comparisons find the first and the last of them, by the very
-// comparisons that hold every cell against the box. A grid whose planes are not in order (a box that is not finite) is
-// searched cell by cell.
 
 static_assert(sizeof(RayStatus) == 112 && offsetof(RayStatus, triangles) == 0 && offsetof(RayStatus, bbox) == 8 &&
               offsetof(RayStatus, tri_marks) == 48 && offsetof(RayStatus, cells) == 88 &&
@@ -25,43 +25,10 @@ namespace {
 
 constexpr int32_t kDefaultCells = 4;
 
-/// Triangle numbers in one node of a chain.
-constexpr int32_t kNodeRoom = 100;
-
 /// Widens a triangle's box, so that one lying in a coordinate plane still meets the cells around it.
 constexpr double kTrianglePadding = 1e-06;
 
-constexpr int32_t kBoxValues = 6;
 constexpr size_t kBoxBytes = kBoxValues * sizeof(double);
-
-/// nx * ny * nz, or 0 when that leaves 31 bits.
-int32_t cells_wanted(const RayStatus& s)
-{
-    const int64_t slab = components(s.ny, s.nz);
-    if (slab > kMostElements || components(s.nx, slab) > kMostElements)
-        return 0;
-    return static_cast<int32_t>(s.nx * slab);
-}
-
-/// What stands behind the box of the first cell; the planes of x, y and z follow, then the bits of the cells.
-struct GridHeader {
-    int32_t cells[3];
-    int32_t in_order;
-};
-constexpr size_t kHeaderBytes = kBoxBytes + sizeof(GridHeader);
-static_assert(kHeaderBytes % sizeof(double) == 0);
-
-/// The 64-bit words that a bit for each cell takes.
-size_t words_of_bits(int32_t cells)
-{
-    return (static_cast<size_t>(cells) + 63) / 64;
-}
-
-size_t bytes_of_first_cell(const int32_t (&n)[3], int32_t cells)
-{
-    const int64_t planes = int64_t{n[0]} + n[1] + n[2] + 3;
-    return kHeaderBytes + static_cast<size_t>(planes) * sizeof(double) + words_of_bits(cells) * sizeof(uint64_t);
-}
 
 void release_cells(data_list_struct* cells, int32_t count)
 {
@@ -70,8 +37,8 @@ void release_cells(data_list_struct* cells, int32_t count)
     std::free(cells);
 }
 
-/// New cells with room for their boxes, in the first with room for the grid as well; null when the heap is exhausted.
-data_list_struct* make_cells(int32_t count, size_t bytes_of_first)
+/// New cells with room for their boxes; null when the heap is exhausted.
+data_list_struct* make_cells(int32_t count)
 {
     auto* const cells =
         static_cast<data_list_struct*>(std::malloc(static_cast<size_t>(count) * sizeof(data_list_struct)));
@@ -81,7 +48,7 @@ data_list_struct* make_cells(int32_t count, size_t bytes_of_first)
         DataListInitialize(&cells[c]);
         cells[c].dim = kBoxValues;
         cells[c].count = 1;
-        cells[c].dvals = static_cast<double*>(std::malloc(c == 0 ? bytes_of_first : kBoxBytes));
+        cells[c].dvals = static_cast<double*>(std::malloc(kBoxBytes));
         if (cells[c].dvals == nullptr) {
             release_cells(cells, c);
             return nullptr;
@@ -90,51 +57,15 @@ data_list_struct* make_cells(int32_t count, size_t bytes_of_first)
     return cells;
 }
 
+/// Makes room for other cells. Those of a host stay with it: they may not even come from the heap.
 void drop_cells(RayStatus& s)
 {
-    release_cells(s.cells, grid_of(s).count());
+    if (const Cells cells = cells_of(s); cells.grid != nullptr) {
+        const int32_t count = cells.count;
+        forget_cells(s.cells);
+        release_cells(s.cells, count);
+    }
     s.cells = nullptr;
-}
-
-/// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in
-/// order.
-bool place_planes(double least, double greatest, int32_t n, double* planes)
-{
-    const double step = (greatest - least) / n;
-    bool in_order = least == least;
-    planes[0] = least;
-    for (int32_t i = 0; i < n; ++i) {
-        planes[i + 1] = planes[i] + step;
-        in_order = in_order && planes[i] <= planes[i + 1];
-    }
-    return in_order;
-}
-
-/// Writes a grid of empty cells behind the first cell's box.
-void write_grid(data_list_struct& first, const double* bbox, const int32_t (&n)[3], int32_t cells)
-{
-    GridHeader header = {{n[0], n[1], n[2]}, 1};
-    double* planes = first.dvals + kHeaderBytes / sizeof(double);
-    for (int k = 0; k < 3; ++k) {
-        if (!place_planes(bbox[k], bbox[k + 3], n[k], planes))
-            header.in_order = 0;
-        planes += n[k] + 1;
-    }
-    std::memset(planes, 0, words_of_bits(cells) * sizeof(uint64_t));
-    std::memcpy(first.dvals + kBoxValues, &header, sizeof header);
-}
-
-/// Gives every cell its box.
-void place_cells(data_list_struct* cell, const Grid& grid)
-{
-    const GridAxis &x = grid.axes[0], &y = grid.axes[1], &z = grid.axes[2];
-    for (int32_t ix = 0; ix < x.cells; ++ix)
-        for (int32_t iy = 0; iy < y.cells; ++iy)
-            for (int32_t iz = 0; iz < z.cells; ++iz, ++cell) {
-                const double box[kBoxValues] = {x.planes[ix],     y.planes[iy],     z.planes[iz],
-                                                x.planes[ix + 1], y.planes[iy + 1], z.planes[iz + 1]};
-                std::memcpy(cell->dvals, box, sizeof box);
-            }
 }
 
 data_list_struct* new_node()
@@ -153,11 +84,18 @@ data_list_struct* new_node()
     return node;
 }
 
-/// Appends a number to the chain that ends in `last`; its first node never takes numbers. Returns the node that ends
-/// the chain afterwards.
-data_list_struct* append(data_list_struct* last, int32_t triangle)
+/// Whether a node behind the first has a place left.
+bool takes_numbers(const data_list_struct& node)
 {
-    if (last->type != DATA_TYPE_INT || last->count >= kNodeRoom) {
+    return node.type == DATA_TYPE_INT && node.ivals != nullptr && node.dim >= 1 && node.count >= 0 &&
+           node.count < kNodeRoom;
+}
+
+/// Appends a number to the chain of `cell` that ends in `last`; the first node never takes numbers. Returns the node
+/// that ends the chain afterwards.
+data_list_struct* append(const data_list_struct& cell, data_list_struct* last, int32_t triangle)
+{
+    if (last == &cell || !takes_numbers(*last)) {
         data_list_struct* const node = new_node();
         if (node == nullptr)
             return last;
@@ -200,49 +138,39 @@ CellRange cells_touching(const GridAxis& axis, double least, double greatest)
     return {first, last};
 }
 
-/// Appends a number to the chain of a cell, which ends in `last`. Returns the node that ends it afterwards.
-data_list_struct* list_triangle(const Grid& grid, int32_t cell, data_list_struct* last, int32_t triangle)
-{
-    data_list_struct* const end = append(last, triangle);
-    if (end->type == DATA_TYPE_INT)
-        grid.note_triangles(cell);
-    return end;
-}
-
-/// Lists triangles in the cells of a grid while it is filled, remembering where each chain ends.
+/// Lists triangles in cells while they are filled, remembering where each chain ends.
 class Filling {
 public:
-    Filling(RayStatus& s, const Grid& grid) : s_(s), grid_(grid), ends_(grid.count())
+    Filling(RayStatus& s, int32_t cells) : s_(s), ends_(cells)
     {
-        for (int32_t c = 0; ends_.exists() && c < grid.count(); ++c)
+        for (int32_t c = 0; ends_.exists() && c < cells; ++c)
             ends_[c] = &s.cells[c];
     }
     void list(int32_t triangle, int32_t cell)
     {
         if (ends_.exists())
-            ends_[cell] = list_triangle(grid_, cell, ends_[cell], triangle);
+            ends_[cell] = append(s_.cells[cell], ends_[cell], triangle);
         else
             ray_add_tri_to_bbox(&s_, triangle, cell);
     }
 
 private:
     RayStatus& s_;
-    const Grid& grid_;
     Scratch<data_list_struct*> ends_;
 };
 
 /// Lists every triangle in the cells its box touches.
-void fill_cells(RayStatus& s, const double* triangles, int32_t count)
+void fill_cells(RayStatus& s, const Grid& grid, const double* triangles, int32_t count)
 {
-    const Grid grid = grid_of(s);
-    Filling filling(s, grid);
+    Filling filling(s, grid.count());
     for (int32_t t = 0; t < count; ++t) {
         double box[kBoxValues];
         find_triangle_box(triangles + 9 * static_cast<int64_t>(t), box);
         if (!grid.in_order) {
-            for (int32_t c = 0; c < grid.count(); ++c)
-                if (boxes_meet(s.cells[c].dvals, box))
-                    filling.list(t, c);
+            grid.for_each_cell([&](int32_t cell, const double* cell_box) {
+                if (boxes_meet(cell_box, box))
+                    filling.list(t, cell);
+            });
             continue;
         }
         const CellRange x = cells_touching(grid.axes[0], box[0], box[3]);
@@ -256,26 +184,6 @@ void fill_cells(RayStatus& s, const double* triangles, int32_t count)
 }
 
 } // namespace
-
-Grid grid_of(const RayStatus& s)
-{
-    Grid grid = {};
-    if (s.cells == nullptr || s.cells[0].dvals == nullptr)
-        return grid;
-    const double* const behind_box = s.cells[0].dvals + kBoxValues;
-    GridHeader header;
-    std::memcpy(&header, behind_box, sizeof header);
-    grid.in_order = header.in_order != 0;
-    double* planes = s.cells[0].dvals + kHeaderBytes / sizeof(double);
-    for (int k = 0; k < 3; ++k) {
-        const int32_t n = header.cells[k];
-        grid.axes[k] = {planes, n, n / (planes[n] - planes[0])};
-        planes += n + 1;
-    }
-    grid.holding = reinterpret_cast<uint64_t*>(planes);
-    return grid;
-}
-
 } // namespace korvale::inside
 
 using namespace korvale::inside;
@@ -328,8 +236,8 @@ void ray_classify(RayStatus* s)
     }
 
     ray_make_sub_bbox(s);
-    if (s->cells != nullptr)
-        fill_cells(*s, points.dvals, s->triangles->count);
+    if (const Cells cells = cells_of(*s); cells.grid != nullptr)
+        fill_cells(*s, *cells.grid, points.dvals, s->triangles->count);
 }
 
 void ray_make_sub_bbox(RayStatus* s)
@@ -343,25 +251,26 @@ void ray_make_sub_bbox(RayStatus* s)
     const int32_t count = cells_wanted(*s);
     if (count == 0 || !holds(s->bbox, DATA_TYPE_DOUBLE, kBoxValues))
         return;
-    const int32_t n[3] = {s->nx, s->ny, s->nz};
-    s->cells = make_cells(count, bytes_of_first_cell(n, count));
+    s->cells = make_cells(count);
     if (s->cells == nullptr)
         return;
-    write_grid(s->cells[0], s->bbox.dvals, n, count);
-    place_cells(s->cells, grid_of(*s));
+    const Grid* const grid = remember_cells(s->cells, {s->nx, s->ny, s->nz}, s->bbox.dvals);
+    if (grid == nullptr) {
+        release_cells(s->cells, count);
+        s->cells = nullptr;
+        return;
+    }
+    grid->for_each_cell([&](int32_t cell, const double* box) { std::memcpy(s->cells[cell].dvals, box, kBoxBytes); });
 }
 
 void ray_add_tri_to_bbox(RayStatus* s, int triangle, int cell)
 {
-    if (s == nullptr)
-        return;
-    const Grid grid = grid_of(*s);
-    if (cell < 0 || cell >= grid.count())
+    if (s == nullptr || cell < 0 || cell >= cells_of(*s).count)
         return;
     data_list_struct* last = &s->cells[cell];
     while (last->next != nullptr)
         last = last->next;
-    list_triangle(grid, cell, last, triangle);
+    append(s->cells[cell], last, triangle);
 }
 
 void ray_declassify(RayStatus* s)
@@ -369,5 +278,8 @@ void ray_declassify(RayStatus* s)
     if (s == nullptr)
         return;
     DataDispose(&s->tri_marks);
-    drop_cells(*s);
+    const int32_t count = cells_of(*s).count;
+    forget_cells(s->cells);
+    release_cells(s->cells, count);
+    s->cells = nullptr;
 }

@@ -7,17 +7,17 @@
 
 /// Triangles sorted into a regular grid of cells, so that a ray (`ray_intersect`) is tested against the few near it.
 ///
-/// Calling order: `ray_initialize`; set nx, ny, nz if 4 each do not suit; `ray_set_triangles`; `ray_classify`; any number
-/// of queries; `ray_declassify` before other triangles are classified and before the record is discarded. After the last
-/// `ray_declassify`, `DataDispose(&s.bbox)` releases what is left; the triangle array stays the caller's.
+/// Calling order: `ray_initialize`; set nx, ny, nz if 4 each do not suit; `ray_set_triangles`; `ray_classify`; any
+/// number of queries; `ray_declassify` before other triangles are classified and before the record is discarded. After
+/// the last `ray_declassify`, `DataDispose(&s.bbox)` releases what is left; the triangle array stays the caller's.
 struct RayStatus {
     Data* triangles; ///< [triangles][9], borrowed: three vertices x, y, z each; null until set
     Data bbox;       ///< [1][6], owned: xmin, ymin, zmin, xmax, ymax, zmax of all vertices
     Data tri_marks;  ///< [triangles] bytes, owned: which triangles the last query tested
-    data_list_struct*
-        cells;  ///< [nx ny nz], owned, cell (ix, iy, iz) at (ix * ny + iy) * nz + iz; null until classified.
-                ///< A cell's first node holds its box [1][6]; the nodes that follow hold 1 to 100 triangle
-                ///< numbers each, ascending along the chain, with room for 100. Read only
+    /// [nx * ny * nz], owned, from the C heap; null until classified. Cell (ix, iy, iz) is number (ix * ny + iy) * nz +
+    /// iz. Its first node holds its box [1][6]. The nodes that follow hold triangle numbers, ascending along the chain:
+    /// `DATA_TYPE_INT`, dim 1, room for 100 and 1 to 100 in use. See `ray_intersect` for what a host may change.
+    data_list_struct* cells;
     int32_t nx; ///< cells along x; 4 by default
     int32_t ny; ///< cells along y; 4 by default
     int32_t nz; ///< cells along z; 4 by default
@@ -36,25 +36,28 @@ KORVALE_API int ray_initialize(RayStatus* s);
 KORVALE_API void ray_set_triangles(Data* triangles, RayStatus* s);
 
 /// Measures the box around all triangles, divides it into nx * ny * nz cells and lists every triangle in each cell that
-/// its own box, widened by 1e-06 around vertex 0, touches. Cells made before are released.
+/// its own box, widened by 1e-06 around vertex 0, touches. Cells made before are released; those that a host has made
+/// stay with it.
 ///
-/// The triangle array is left with dim 9 whatever it had before; its count alone says how many triangles it holds. One
-/// without a buffer leaves no cells, one with count below 1 leaves empty cells in the box as it stands. Nothing happens
-/// while no array is set. When the heap is exhausted `cells` is null, or triangles are missing from cells.
+/// The triangle array is left with dim 9 whatever it had before; its count alone says how many triangles it holds, and
+/// `dvals` must hold 9 values for each: 12 points as [12][3] are 4 triangles and need count 4. An array without a
+/// buffer leaves no cells, one with count below 1 leaves empty cells in the box as it stands. Nothing happens while no
+/// array is set. When the heap is exhausted `cells` is null, or triangles are missing from cells.
 KORVALE_API void ray_classify(RayStatus* s);
 
 /// Divides `bbox` into empty cells, after raising each of nx, ny and nz below 1 to 1. `ray_classify` calls it.
 ///
-/// Cells made before are released. `cells` is null afterwards when more than 2^31 - 1 cells are wanted, the heap is
-/// exhausted or the box has no buffer.
+/// Cells made before are released; those that a host has made stay with it. `cells` is null afterwards when more than
+/// 2^31 - 1 cells are wanted, the heap is exhausted or the box has no buffer.
 KORVALE_API void ray_make_sub_bbox(RayStatus* s);
 
-/// Lists triangle number `triangle` at the end of cell number `cell`. `ray_classify` calls it.
+/// Lists triangle number `triangle` at the end of cell number `cell`: in the last node, if that holds less than 100
+/// numbers, else in a new one. The first node of a cell takes none. An emptied cell keeps the number, too.
 ///
 /// Nothing happens for a cell that does not exist, or when the heap is exhausted.
 KORVALE_API void ray_add_tri_to_bbox(RayStatus* s, int triangle, int cell);
 
-/// Releases the cells and the marks. `bbox` and `triangles` stay as they are.
+/// Releases the cells, a host's own included, and the marks. `bbox` and `triangles` stay as they are.
 ///
 /// Before the same triangles are classified again, `ray_set_triangles` gives them marks; without marks of its own a
 /// record takes working memory in each query.

@@ -7,6 +7,7 @@
 #include "math/internal/vec.h"
 #include "platform/internal/scratch.h"
 #include "ray/internal/cast.h"
+#include "ray/internal/cells.h"
 #include "ray/internal/cells_met.h"
 #include "ray/internal/meet.h"
 
@@ -48,23 +49,41 @@ void prefetch_numbers(const data_list_struct* cells, const int32_t* met, int32_t
 }
 
 /// Tests all triangles of the cells that the ray meets, in the order of the cells.
-void test_cells(Cast& cast, const double* o, const double* d, const RayStatus& s)
+void test_cells(Cast& cast, const double* o, const double* d, const Cells& cells)
 {
-    const Grid grid = grid_of(s);
-    int32_t met[kMostCellsMet];
-    const int32_t count = grid.in_order ? find_cells_met(o, d, grid, met) : -1;
-    if (count >= 0) {
-        prefetch_numbers(s.cells, met, count);
-        for (int32_t i = 0; i < count; ++i) {
-            if (i + 1 < count)
-                prefetch_triangles(cast, s.cells[met[i + 1]]);
-            test_cell(cast, s.cells[met[i]]);
-        }
+    const auto test_if_met = [&](int32_t c, const double* box) {
+        if (meets_box(o, d, box))
+            test_cell(cast, cells.first[c]);
+    };
+    if (cells.grid == nullptr) {
+        for (int32_t c = 0; c < cells.count; ++c)
+            if (can_be_met(cells.first[c]))
+                test_if_met(c, cells.first[c].dvals);
         return;
     }
-    for (int32_t c = 0; c < grid.count(); ++c)
-        if (meets_box(o, d, s.cells[c].dvals))
-            test_cell(cast, s.cells[c]);
+    int32_t met[kMostCellsMet];
+    const int32_t count = cells.grid->in_order ? find_cells_met(o, d, cells, met) : -1;
+    if (count < 0) {
+        cells.grid->for_each_cell([&](int32_t c, const double* box) {
+            if (can_be_met(cells.first[c]))
+                test_if_met(c, box);
+        });
+        return;
+    }
+    prefetch_numbers(cells.first, met, count);
+    for (int32_t i = 0; i < count; ++i) {
+        if (i + 1 < count)
+            prefetch_triangles(cast, cells.first[met[i + 1]]);
+        test_cell(cast, cells.first[met[i]]);
+    }
+}
+
+/// What the three plane tests do, for axis `k` and the coordinates along axes `a` and `b`.
+int find_meeting(const double* o, const double* d, double plane, int k, int a, int b, double* at_a, double* at_b)
+{
+    if (o == nullptr || d == nullptr || at_a == nullptr || at_b == nullptr)
+        return 0;
+    return meets_plane(o, d, plane, k, a, b, at_a, at_b) ? 1 : 0;
 }
 
 } // namespace
@@ -101,7 +120,7 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
     cast.marks = has_marks ? marks.bvals : own_marks.get();
     cast.hits = 0;
     cast.nearest = 0;
-    test_cells(cast, origin, d, *s);
+    test_cells(cast, origin, d, cells_of(*s));
     if (cast.hits > 0 && distance != nullptr)
         *distance = cast.nearest;
     return cast.hits;
@@ -109,30 +128,31 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
 
 void ray_compute_xfm(double* origin, double* direction, Xfm m)
 {
-    find_ray_frame(origin, direction, m);
+    if (origin != nullptr && direction != nullptr && m != nullptr)
+        find_ray_frame(origin, direction, m);
 }
 
 int ray_int_bbox(double* origin, double* direction, double* box)
 {
-    return meets_box(origin, direction, box) ? 1 : 0;
+    return origin != nullptr && direction != nullptr && box != nullptr && meets_box(origin, direction, box) ? 1 : 0;
 }
 
 int ray_int_x_plane(double* origin, double* direction, double plane, double* y, double* z)
 {
-    return meets_plane(origin, direction, plane, 0, 1, 2, y, z) ? 1 : 0;
+    return find_meeting(origin, direction, plane, 0, 1, 2, y, z);
 }
 
 int ray_int_y_plane(double* origin, double* direction, double plane, double* x, double* z)
 {
-    return meets_plane(origin, direction, plane, 1, 0, 2, x, z) ? 1 : 0;
+    return find_meeting(origin, direction, plane, 1, 0, 2, x, z);
 }
 
 int ray_int_z_plane(double* origin, double* direction, double plane, double* x, double* y)
 {
-    return meets_plane(origin, direction, plane, 2, 0, 1, x, y) ? 1 : 0;
+    return find_meeting(origin, direction, plane, 2, 0, 1, x, y);
 }
 
 int z_intersect(double* point, double* triangle, double* z)
 {
-    return meets_triangle(point, triangle, z) ? 1 : 0;
+    return point != nullptr && triangle != nullptr && z != nullptr && meets_triangle(point, triangle, z) ? 1 : 0;
 }

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "ray/internal/grid.h"
+#include "ray/internal/cells.h"
 
 namespace korvale::inside {
 
@@ -10,9 +10,9 @@ namespace korvale::inside {
 /// to meet more.
 constexpr int32_t kMostCellsMet = 2048;
 
-/// Finds the cells of a grid in order that hold triangles and a face of which the ray meets: those that
-/// `ray_int_bbox` accepts. Writes their numbers, ascending, and returns how many there are, or -1 when there are more
-/// than there is room for.
-int32_t find_cells_met(const double* o, const double* d, const Grid& grid, int32_t (&met)[kMostCellsMet]);
+/// Finds the cells of a grid in order that can be met and a face of which the ray meets: those that `ray_int_bbox`
+/// accepts where the grid has them. Writes their numbers, ascending, and returns how many there are, or -1 when there
+/// are more than there is room for.
+int32_t find_cells_met(const double* o, const double* d, const Cells& cells, int32_t (&met)[kMostCellsMet]);
 
 } // namespace korvale::inside

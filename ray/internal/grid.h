@@ -2,8 +2,6 @@
 
 #include <cstdint>
 
-#include "ray/grid.h"
-
 namespace korvale::inside {
 
 /// One axis of a grid: cell i reaches from planes[i] to planes[i + 1], so neighbours share the very same bound.
@@ -22,20 +20,28 @@ struct GridAxis {
     }
 };
 
-/// The grid as it was made, whatever the record's nx, ny and nz have been set to since. It stands in the buffer of the
-/// first cell, behind its box, and is released with it.
+/// A box divided into cells. Cell (ix, iy, iz) is number (ix * axes[1].cells + iy) * axes[2].cells + iz.
 struct Grid {
     GridAxis axes[3];
-    bool in_order;     // no plane lies before its predecessor, and none is NaN
-    uint64_t* holding; // [cells] bits, 1 where a cell holds triangles: far fewer lines of memory than the cells
+    bool in_order; // no plane lies before its predecessor, and none is NaN
 
     int32_t count() const { return axes[0].cells * axes[1].cells * axes[2].cells; }
-    bool holds_triangles(int32_t cell) const { return (holding[cell / 64] >> (cell % 64) & 1) != 0; }
-    void note_triangles(int32_t cell) const { holding[cell / 64] |= uint64_t{1} << (cell % 64); }
-};
 
-/// The grid of `s`; all zero when there is none.
-Grid grid_of(const RayStatus& s);
+    /// Calls `visit` with the number and the box[6] of every cell, ascending.
+    template <class Visit>
+    void for_each_cell(Visit visit) const
+    {
+        const GridAxis &x = axes[0], &y = axes[1], &z = axes[2];
+        int32_t cell = 0;
+        for (int32_t ix = 0; ix < x.cells; ++ix)
+            for (int32_t iy = 0; iy < y.cells; ++iy)
+                for (int32_t iz = 0; iz < z.cells; ++iz) {
+                    const double box[6] = {x.planes[ix],     y.planes[iy],     z.planes[iz],
+                                           x.planes[ix + 1], y.planes[iy + 1], z.planes[iz + 1]};
+                    visit(cell++, box);
+                }
+    }
+};
 
 /// Consecutive cells of an axis; none when `last` is before `first`.
 struct CellRange {

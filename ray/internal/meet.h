@@ -8,8 +8,8 @@ namespace korvale::inside {
 /// A ray must come towards a plane by this much per unit of its length to meet it.
 constexpr double kLeastApproach = 1e-06;
 
-/// Where the ray meets the plane at `plane` of axis `k`, in the coordinates of axes `a` and `b`. Nothing is written when
-/// it does not.
+/// Where the ray meets the plane at `plane` of axis `k`, in the coordinates of axes `a` and `b`. Nothing is written
+/// when it does not.
 inline bool meets_plane(const double* o, const double* d, double plane, int k, int a, int b, double* at_a, double* at_b)
 {
     if (plane > o[k] && d[k] < kLeastApproach)

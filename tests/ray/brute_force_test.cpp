@@ -396,7 +396,8 @@ TEST(RayAgainstBruteForce, SnapsToTheZAxis)
 
 TEST(RayAgainstBruteForce, MissesCellsWhoseFacesTheRayNearlyRunsAlong)
 {
-    // Long cells: a ray crosses several of them in x, always by less than the least approach, before it leaves any in z.
+    // Long cells: a ray crosses several of them in x, always by less than the least approach, before it leaves any in
+    // z.
     Random random(20);
     Comparison mesh(scaled(random_triangles(300, 1, 108), 0.001, 1, 1000), 16, 1, 1);
     for (int r = 0; r < rounds(400); ++r) {

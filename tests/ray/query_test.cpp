@@ -203,6 +203,27 @@ TEST(ray_int_bbox, IsNotMetAtNaN)
     EXPECT_EQ(meets_box({-1, 1, 1}, {1, 0, 0}, {0, 0, 0, 1, kNaN, 3}), 0);
 }
 
+TEST_P(EveryPlane, TakesNull)
+{
+    Vector o = {0, 0, 0}, d = {1, 1, 1};
+    double a = -7, b = -7;
+    EXPECT_EQ(GetParam().meets(nullptr, d, 1, &a, &b), 0);
+    EXPECT_EQ(GetParam().meets(o, nullptr, 1, &a, &b), 0);
+    EXPECT_EQ(GetParam().meets(o, d, 1, nullptr, &b), 0);
+    EXPECT_EQ(GetParam().meets(o, d, 1, &a, nullptr), 0);
+    EXPECT_EQ(a, -7);
+    EXPECT_EQ(b, -7);
+}
+
+TEST(ray_int_bbox, TakesNull)
+{
+    Vector o = {-1, 1, 1}, d = {1, 0, 0};
+    double box[6] = {0, 0, 0, 1, 2, 3};
+    EXPECT_EQ(ray_int_bbox(nullptr, d, box), 0);
+    EXPECT_EQ(ray_int_bbox(o, nullptr, box), 0);
+    EXPECT_EQ(ray_int_bbox(o, d, nullptr), 0);
+}
+
 // ---------------------------------------------------------------------------------------------------- the ray's frame
 
 void expect_frame(Vector o, Vector d, const std::vector<double>& expected)
@@ -240,6 +261,17 @@ TEST(ray_compute_xfm, SnapsToTheAxisBelowTheThreshold)
     EXPECT_EQ(m[0][1], -1);
     EXPECT_EQ(m[1][2], -kThreshold);
     EXPECT_EQ(m[2][0], kThreshold);
+}
+
+TEST(ray_compute_xfm, TakesNull)
+{
+    Vector o = {2, 3, 4}, d = {0, 0, 1};
+    Xfm m = {{7}};
+    ray_compute_xfm(nullptr, d, m);
+    ray_compute_xfm(o, nullptr, m);
+    EXPECT_EQ(m[0][0], 7);
+    EXPECT_EQ(m[3][3], 0);
+    ray_compute_xfm(o, d, nullptr);
 }
 
 TEST(ray_compute_xfm, BringsTheOriginToZeroAndTheDirectionToZ)
@@ -369,6 +401,25 @@ TEST(z_intersect, CountsNaNAsMet)
     EXPECT_TRUE(std::isnan(m.z));
 }
 
+TEST(z_intersect, RejectsNaNByTheOtherCoordinates)
+{
+    EXPECT_EQ(meet({0.25, 0.25, 0}, {1, kNaN, 1, 2, 0, 1, 1, 1, 1}).met, 0); // all beside in x
+    EXPECT_EQ(meet({0.25, 0.25, 0}, {0, 0, kNaN, 1, 0, kNaN, 1, 1, kNaN}).met, 1);
+    EXPECT_EQ(meet({0.25, 0.75, 0}, {0, 0, kNaN, 1, 0, kNaN, 1, 1, kNaN}).met, 0); // beside the long edge
+    EXPECT_EQ(meet({0.25, 0.25, 2}, {0, kNaN, 1, 1, 0, 1, 0, 1, 1}).met, 0);       // all behind
+}
+
+TEST(z_intersect, TakesNull)
+{
+    Vector p = {0.25, 0.25, 0};
+    std::vector<double> triangle = corner(1, 1, 1);
+    double z = -7;
+    EXPECT_EQ(z_intersect(nullptr, triangle.data(), &z), 0);
+    EXPECT_EQ(z_intersect(p, nullptr, &z), 0);
+    EXPECT_EQ(z_intersect(p, triangle.data(), nullptr), 0);
+    EXPECT_EQ(z, -7);
+}
+
 // ----------------------------------------------------------------------------------------------------------- queries
 
 struct Answer {
@@ -455,6 +506,22 @@ TEST(ray_intersect, MissesATriangleWhosePlaneItRunsIn)
     Scene s(level(3), 4, 4, 4);
     EXPECT_EQ(cast(s, {-1, 0.25, 3}, {1, 0, 0}).hits, 0);
     EXPECT_THAT(s.marks(), ElementsAre(1));
+}
+
+TEST(ray_intersect, MissesATriangleThatEndsJustShortOfAFaceItStartsAlong)
+{
+    // From the lower of two cells the ray crosses the face y = 1 at x = 5.2, too slowly to meet it.
+    const std::vector<double> wall = {5.1, 0, 0, 5.1, 1 - 1e-08, 0, 5.1, 1 - 1e-08, 2};
+    Scene s(joined(wall, spanning(0, 0, 0, 10, 2, 2)), 1, 2, 1);
+    ASSERT_THAT(s.numbers(0), testing::Contains(0));
+    ASSERT_THAT(s.numbers(1), testing::Not(testing::Contains(0)));
+    cast(s, {5, 1 - 1e-07, 1}, {1, 5e-07, 0});
+    EXPECT_EQ(s.marks()[0], 0);
+    cast(s, {5, 1 - 1e-07, 1}, {1, 5e-06, 0});
+    EXPECT_EQ(s.marks()[0], 1);
+    s->ny = 1;
+    ray_classify(s);
+    EXPECT_EQ(cast(s, {5, 1 - 1e-07, 1}, {1, 5e-07, 0}).hits, 1);
 }
 
 TEST(ray_intersect, NeedsADirection)

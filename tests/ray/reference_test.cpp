@@ -9,6 +9,7 @@
 
 #include "ray/grid.h"
 #include "ray/query.h"
+#include "tests/ray/host_cells.h"
 #include "tests/ray/scene.h"
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
@@ -89,18 +90,27 @@ struct Ray {
     double origin[3], direction[3];
 };
 
+/// The boxes of all cells.
+std::vector<Box> boxes_of(Scene& s)
+{
+    std::vector<Box> boxes(static_cast<size_t>(s->nx * s->ny * s->nz));
+    for (size_t c = 0; c < boxes.size(); ++c)
+        std::copy(s->cells[c].dvals, s->cells[c].dvals + 6, boxes[c].begin());
+    return boxes;
+}
+
 /// A ray that has to do with the triangles: from near them, from a plane of the grid, or towards a vertex.
-Ray random_ray(Random& random, Scene& s)
+Ray random_ray(Random& random, Scene& s, const std::vector<Box>& boxes)
 {
     Ray ray;
     const Data& triangles = s.triangles();
     const double* const target = triangles.dvals + 3 * random.below(3 * triangles.count);
-    const int cell = random.below(s->nx * s->ny * s->nz);
+    const Box& box = boxes[static_cast<size_t>(random.below(static_cast<int>(boxes.size())))];
     for (int k = 0; k < 3; ++k) {
         const double low = s->bbox.dvals[k], high = s->bbox.dvals[k + 3];
         switch (random.below(4)) {
         case 0:
-            ray.origin[k] = s->cells[cell].dvals[k + 3 * random.below(2)];
+            ray.origin[k] = box[static_cast<size_t>(k + 3 * random.below(2))];
             break;
         case 1:
             ray.origin[k] = target[k];
@@ -118,6 +128,11 @@ Ray random_ray(Random& random, Scene& s)
     if (random.one_in(20))
         ray.direction[random.below(3)] = random.awkward();
     return ray;
+}
+
+Ray random_ray(Random& random, Scene& s)
+{
+    return random_ray(random, s, boxes_of(s));
 }
 
 void expect_same_cells(Scene& s)
@@ -205,6 +220,68 @@ TEST_P(EveryMesh, MayBeMovedBetweenQueries)
         for (int k = 0; k < 3; ++k)
             vertex[k] = random.one_in(10) ? random.awkward() : vertex[k] + random.uniform(-0.5, 0.5);
         expect_same_answer(s, random_ray(random, s), random);
+    }
+}
+
+/// Changes a cell as a host may; `boxes` are those of all cells.
+void edit(Scene& s, const std::vector<Box>& boxes, Random& random)
+{
+    const int c = random.below(static_cast<int>(boxes.size()));
+    const int t = random.below(s.triangles().count);
+    data_list_struct& cell = s->cells[c];
+    switch (random.below(5)) {
+    case 0:
+        DataListDispose(&cell);
+        break;
+    case 1:
+        DataDispose(&cell);
+        break;
+    case 2:
+        if (cell.dvals == nullptr)
+            give_box(cell, boxes[static_cast<size_t>(c)]);
+        break;
+    case 3: {
+        data_list_struct* const node = number_node({t, random.below(s.triangles().count)});
+        node->next = cell.next;
+        cell.next = node;
+        break;
+    }
+    default:
+        ray_add_tri_to_bbox(s, t, c);
+        break;
+    }
+}
+
+TEST_P(EveryMesh, IsCastAtInEditedCellsAsThePlainStepsDo)
+{
+    Random random(1001 + static_cast<uint64_t>(GetParam()));
+    for (int i = 0; i < rounds(20) && !HasFailure(); ++i) {
+        Scene s(random_triangles(GetParam(), random, random.between(1, 150)), random.between(1, 7),
+                random.between(1, 7), random.between(1, 7));
+        const std::vector<Box> boxes = boxes_of(s);
+        for (int r = 0; r < 60 && !HasFailure(); ++r) {
+            for (int edits = random.below(4); edits > 0; --edits)
+                edit(s, boxes, random);
+            expect_same_answer(s, random_ray(random, s, boxes), random);
+        }
+    }
+}
+
+TEST_P(EveryMesh, IsCastAtInCellsOfTheHostAsThePlainStepsDo)
+{
+    Random random(1021 + static_cast<uint64_t>(GetParam()));
+    for (int i = 0; i < rounds(40) && !HasFailure(); ++i) {
+        Scene s(random_triangles(GetParam(), random, random.between(1, 60)));
+        std::vector<Box> boxes(static_cast<size_t>(random.between(1, 30)));
+        for (Box& box : boxes)
+            for (int k = 0; k < 6; ++k)
+                box[static_cast<size_t>(k)] = coordinate(GetParam(), random, k % 3);
+        make_cells(s, boxes);
+        std::copy(boxes[0].begin(), boxes[0].end(), s->bbox.dvals);
+        for (int n = random.below(80); n > 0; --n)
+            ray_add_tri_to_bbox(s, random.below(s.triangles().count), random.below(s->nz));
+        for (int r = 0; r < 40 && !HasFailure(); ++r)
+            expect_same_answer(s, random_ray(random, s, boxes), random);
     }
 }
 

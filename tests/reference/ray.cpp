@@ -80,7 +80,7 @@ int intersect(const double* origin, const double* direction, RayStatus& s, doubl
 
     int hits = 0;
     for (int32_t c = 0; c < s.nx * s.ny * s.nz; ++c) {
-        if (ray_int_bbox(o, d, s.cells[c].dvals) != 1)
+        if (s.cells[c].dvals == nullptr || ray_int_bbox(o, d, s.cells[c].dvals) != 1)
             continue;
         for (const data_list_struct* node = s.cells[c].next; node != nullptr; node = node->next)
             for (int32_t i = 0; i < node->count; ++i) {

@@ -18,7 +18,7 @@ struct RayCell {
 std::vector<RayCell> sort_triangles(const double* triangles, int32_t count, const double* bbox, int32_t nx, int32_t ny,
                                     int32_t nz);
 
-/// `ray_intersect` on a classified record: the ray is held against every cell in index order.
+/// `ray_intersect` on a record with cells: the ray is held against every one that has a box, in index order.
 int intersect(const double* origin, const double* direction, RayStatus& s, double* distance);
 
 } // namespace korvale::reference

@@ -1,0 +1,178 @@
+// The library's own cells and those of a host look alike, and their array may have been made by either. What is known
+// of the library's own, above all the planes between them, is therefore kept aside, in a table by the address of the
+// array. A host that releases an array by itself may be given the same address again for one of its own. So an array
+// counts as the library's only while one of the first cells still has the box that it was given, or none of them has
+// any. Nothing outside either array is read to find out.
+//
+// Records are used by one thread each, but all share the table: a lock guards the entries that fall together in it.
+// What an entry says is read without the lock, as nobody but the thread that uses the record releases it.
+#include "ray/internal/cells.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <new>
+
+namespace korvale::inside {
+namespace {
+
+/// By the boxes of how many cells an array is recognised: a host may have given a few of them other ones.
+constexpr int32_t kBoxesKnown = 8;
+
+/// An array of cells that the library has made. The planes of its grid stand behind it in memory.
+struct MadeCells {
+    MadeCells* next; // with the same place in the table
+    const data_list_struct* cells;
+    const double* boxes[kBoxesKnown]; // of the first cells, as they were given
+    Grid grid;
+};
+static_assert(sizeof(MadeCells) % alignof(double) == 0);
+
+class Table {
+public:
+    constexpr Table() = default;
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
+
+    /// At unload: what hosts never declassified.
+    ~Table()
+    {
+        for (Place& place : places_)
+            while (place.first != nullptr) {
+                MadeCells* const following = place.first->next;
+                std::free(place.first);
+                place.first = following;
+            }
+    }
+
+    const MadeCells* find(const data_list_struct* cells)
+    {
+        Place& place = place_of(cells);
+        const std::lock_guard lock(place.mutex);
+        return *link_to(place, cells);
+    }
+    void add(MadeCells* made)
+    {
+        Place& place = place_of(made->cells);
+        const std::lock_guard lock(place.mutex);
+        made->next = place.first;
+        place.first = made;
+    }
+    void remove(const data_list_struct* cells)
+    {
+        Place& place = place_of(cells);
+        const std::lock_guard lock(place.mutex);
+        MadeCells** const link = link_to(place, cells);
+        if (MadeCells* const made = *link; made != nullptr) {
+            *link = made->next;
+            std::free(made);
+        }
+    }
+
+private:
+    static constexpr int kPlaceBits = 8;
+    struct Place {
+        std::mutex mutex;
+        MadeCells* first = nullptr;
+    };
+
+    /// The golden section spreads neighbouring addresses (Knuth, The Art of Computer Programming 3, 1973).
+    Place& place_of(const data_list_struct* cells)
+    {
+        return places_[reinterpret_cast<uintptr_t>(cells) * 0x9e3779b97f4a7c15u >> (64 - kPlaceBits)];
+    }
+    static MadeCells** link_to(Place& place, const data_list_struct* cells)
+    {
+        MadeCells** link = &place.first;
+        while (*link != nullptr && (*link)->cells != cells)
+            link = &(*link)->next;
+        return link;
+    }
+
+    Place places_[1 << kPlaceBits];
+};
+
+constinit Table table __attribute__((init_priority(1000)));
+
+/// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in
+/// order.
+bool place_planes(double least, double greatest, int32_t n, double* planes)
+{
+    const double step = (greatest - least) / n;
+    bool in_order = least == least;
+    planes[0] = least;
+    for (int32_t i = 0; i < n; ++i) {
+        planes[i + 1] = planes[i] + step;
+        in_order = in_order && planes[i] <= planes[i + 1];
+    }
+    return in_order;
+}
+
+/// Whether the array of `s` is the one that was made. Reads no more cells than both would have.
+bool still_stands(const RayStatus& s, const MadeCells& made)
+{
+    const int32_t wanted = cells_wanted(s);
+    const int32_t shared = wanted == 0 ? made.grid.count() : std::min(wanted, made.grid.count());
+    bool has_others = false;
+    for (int32_t c = 0; c < std::min(shared, kBoxesKnown); ++c) {
+        if (s.cells[c].dvals == made.boxes[c])
+            return true;
+        has_others = has_others || s.cells[c].dvals != nullptr;
+    }
+    return !has_others;
+}
+
+} // namespace
+
+int32_t cells_wanted(const RayStatus& s)
+{
+    if (s.nx < 1 || s.ny < 1 || s.nz < 1)
+        return 0;
+    const int64_t slab = components(s.ny, s.nz);
+    if (slab > kMostElements || components(s.nx, slab) > kMostElements)
+        return 0;
+    return static_cast<int32_t>(s.nx * slab);
+}
+
+Cells cells_of(const RayStatus& s)
+{
+    if (s.cells == nullptr)
+        return {};
+    const MadeCells* const made = table.find(s.cells);
+    if (made == nullptr)
+        return {s.cells, cells_wanted(s), nullptr};
+    if (!still_stands(s, *made))
+        return {s.cells, std::min(cells_wanted(s), made->grid.count()), nullptr};
+    return {s.cells, made->grid.count(), &made->grid};
+}
+
+const Grid* remember_cells(const data_list_struct* cells, const int32_t (&n)[3], const double* bbox)
+{
+    forget_cells(cells); // an array that a host released by itself
+    const int64_t planes = int64_t{n[0]} + n[1] + n[2] + 3;
+    void* const memory = std::malloc(sizeof(MadeCells) + static_cast<size_t>(planes) * sizeof(double));
+    if (memory == nullptr)
+        return nullptr;
+    auto* const made = new (memory) MadeCells;
+    auto* plane = reinterpret_cast<double*>(made + 1);
+    made->grid.in_order = true;
+    for (int k = 0; k < 3; ++k) {
+        if (!place_planes(bbox[k], bbox[k + 3], n[k], plane))
+            made->grid.in_order = false;
+        made->grid.axes[k] = {plane, n[k], n[k] / (plane[n[k]] - plane[0])};
+        plane += n[k] + 1;
+    }
+    made->cells = cells;
+    for (int32_t c = 0; c < std::min(made->grid.count(), kBoxesKnown); ++c)
+        made->boxes[c] = cells[c].dvals;
+    table.add(made);
+    return &made->grid;
+}
+
+void forget_cells(const data_list_struct* cells)
+{
+    table.remove(cells);
+}
+
+} // namespace korvale::inside
