@@ -1,12 +1,11 @@
+// Where a ray meets a face depends on nothing but the plane of the face, and all cells of a grid share nx + ny + nz + 3
+// planes. So each plane is met once, and the cells whose faces hold the meeting point are those whose closed ranges
+// hold its two coordinates: consecutive cells along both axes, on either side of the plane.
 #include "ray/internal/cells_met.h"
 
 #include <algorithm>
 
 #include "ray/internal/meet.h"
-
-// Where a ray meets a face depends on nothing but the plane of the face, and all cells of a grid share nx + ny + nz + 3
-// planes. So each plane is met once, and the cells whose faces hold the meeting point are those whose closed ranges
-// hold its two coordinates: consecutive cells along both axes, on either side of the plane.
 
 namespace korvale::inside {
 namespace {

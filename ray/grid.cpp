@@ -165,7 +165,7 @@ void fill_cells(RayStatus& s, const Grid& grid, const double* triangles, int32_t
     Filling filling(s, grid.count());
     for (int32_t t = 0; t < count; ++t) {
         double box[kBoxValues];
-        find_triangle_box(triangles + 9 * static_cast<int64_t>(t), box);
+        find_triangle_box(triangles + 9 * int64_t{t}, box);
         if (!grid.in_order) {
             grid.for_each_cell([&](int32_t cell, const double* cell_box) {
                 if (boxes_meet(cell_box, box))

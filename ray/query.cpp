@@ -1,3 +1,8 @@
+// A query moves the ray to the z axis, finds the cells it meets, and tests their triangles one after the other: cells
+// by their numbers, triangles by their places in the chain, each once, as its mark tells. The order matters, for a
+// distance that is not a number stays when it comes first. In the library's own cells the planes between them lead to
+// those met; a grid that is not in order, and one of which a ray meets more cells than there is room for, is tried cell
+// by cell, as cells of a host are.
 #include "ray/query.h"
 
 #include <cstring>

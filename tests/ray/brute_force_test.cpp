@@ -134,7 +134,7 @@ public:
         int sure = 0, possible = 0;
         long double least_sure = kFar, least_possible = kFar, error = 0;
         for (int t = 0; t < count_; ++t) {
-            const double* const triangle = scene_.triangles().dvals + 9 * static_cast<int64_t>(t);
+            const double* const triangle = scene_.triangles().dvals + 9 * int64_t{t};
             const Meeting m = meet(o, taken, triangle);
             if (snaps && meet(o, d, triangle).verdict != m.verdict)
                 ++causes_.snapped;
