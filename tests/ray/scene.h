@@ -1,5 +1,7 @@
 #pragma once
 
+#include <numeric>
+#include <utility>
 #include <vector>
 
 #include "ray/grid.h"
@@ -74,6 +76,31 @@ inline std::vector<double> joined(std::vector<double> first, const std::vector<d
 {
     first.insert(first.end(), second.begin(), second.end());
     return first;
+}
+
+/// `n` copies of one triangle.
+inline std::vector<double> copies(int n)
+{
+    std::vector<double> all;
+    for (int i = 0; i < n; ++i)
+        all = joined(std::move(all), {0, 0, 0, 1, 0, 0, 0, 1, 0});
+    return all;
+}
+
+inline std::vector<int> first_numbers(int n)
+{
+    std::vector<int> numbers(static_cast<size_t>(n));
+    std::iota(numbers.begin(), numbers.end(), 0);
+    return numbers;
+}
+
+/// The counts of the number nodes of a cell.
+inline std::vector<int> node_counts(const data_list_struct& cell)
+{
+    std::vector<int> counts;
+    for (const data_list_struct* node = cell.next; node != nullptr; node = node->next)
+        counts.push_back(node->count);
+    return counts;
 }
 
 } // namespace korvale::test

@@ -167,11 +167,11 @@ int expect_same_answer(Scene& s, Ray ray, Random& random)
     return hits;
 }
 
-class EveryMesh : public testing::TestWithParam<Mesh> {};
+class RaySteps : public testing::TestWithParam<Mesh> {};
 
-INSTANTIATE_TEST_SUITE_P(Meshes, EveryMesh, testing::ValuesIn(kMeshes));
+INSTANTIATE_TEST_SUITE_P(Meshes, RaySteps, testing::ValuesIn(kMeshes));
 
-TEST_P(EveryMesh, IsSortedAsThePlainStepsDo)
+TEST_P(RaySteps, SortAnyMesh)
 {
     Random random(901 + static_cast<uint64_t>(GetParam()));
     for (int i = 0; i < rounds(60); ++i) {
@@ -185,7 +185,7 @@ TEST_P(EveryMesh, IsSortedAsThePlainStepsDo)
     expect_same_cells(s);
 }
 
-TEST_P(EveryMesh, IsCastAtAsThePlainStepsDo)
+TEST_P(RaySteps, CastAtAnyMesh)
 {
     Random random(951 + static_cast<uint64_t>(GetParam()));
     int64_t hits = 0;
@@ -200,7 +200,7 @@ TEST_P(EveryMesh, IsCastAtAsThePlainStepsDo)
     }
 }
 
-TEST_P(EveryMesh, IsCastAtInFineGridsAsThePlainStepsDo)
+TEST_P(RaySteps, CastInFineGrids)
 {
     Random random(981 + static_cast<uint64_t>(GetParam()));
     const int sizes[][3] = {{16, 16, 16}, {3, 7, 11}, {40, 1, 1}, {1, 30, 2}, {1, 1, 1}, {2, 1, 50}};
@@ -211,7 +211,7 @@ TEST_P(EveryMesh, IsCastAtInFineGridsAsThePlainStepsDo)
     }
 }
 
-TEST_P(EveryMesh, MayBeMovedBetweenQueries)
+TEST_P(RaySteps, CastBetweenMovements)
 {
     Random random(991 + static_cast<uint64_t>(GetParam()));
     Scene s(random_triangles(GetParam(), random, 100), 4, 4, 4);
@@ -252,7 +252,7 @@ void edit(Scene& s, const std::vector<Box>& boxes, Random& random)
     }
 }
 
-TEST_P(EveryMesh, IsCastAtInEditedCellsAsThePlainStepsDo)
+TEST_P(RaySteps, CastInEditedCells)
 {
     Random random(1001 + static_cast<uint64_t>(GetParam()));
     for (int i = 0; i < rounds(20) && !HasFailure(); ++i) {
@@ -267,7 +267,7 @@ TEST_P(EveryMesh, IsCastAtInEditedCellsAsThePlainStepsDo)
     }
 }
 
-TEST_P(EveryMesh, IsCastAtInCellsOfTheHostAsThePlainStepsDo)
+TEST_P(RaySteps, CastInCellsOfTheHost)
 {
     Random random(1021 + static_cast<uint64_t>(GetParam()));
     for (int i = 0; i < rounds(40) && !HasFailure(); ++i) {
@@ -285,7 +285,7 @@ TEST_P(EveryMesh, IsCastAtInCellsOfTheHostAsThePlainStepsDo)
     }
 }
 
-TEST(RayReference, HoldsForBoxesThatAreNotFinite)
+TEST(RayStepsAnywhere, HoldForBoxesThatAreNotFinite)
 {
     Random random(999);
     const double ends[] = {-kInfinity,

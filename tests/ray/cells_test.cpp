@@ -1,0 +1,239 @@
+// The single steps of classification, its undoing, and where both end.
+#include "ray/grid.h"
+
+#include <algorithm>
+#include <limits>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ray/query.h"
+#include "tests/ray/scene.h"
+#include "tests/support/bits.h"
+#include "tests/support/heap.h"
+
+namespace korvale::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int kMostCells = std::numeric_limits<int>::max();
+
+// ------------------------------------------------------------------------------------------------------ single steps
+
+TEST(ray_make_sub_bbox, DividesTheBoxAsItStands)
+{
+    Scene s({});
+    const double box[6] = {1, 2, 3, 3, 6, 9};
+    std::copy(box, box + 6, s->bbox.dvals);
+    s->nx = s->ny = s->nz = 2;
+    ray_make_sub_bbox(s);
+    EXPECT_EQ(s.box(0), (std::vector<double>{1, 2, 3, 2, 4, 6}));
+    EXPECT_EQ(s.box(7), (std::vector<double>{2, 4, 6, 3, 6, 9}));
+    EXPECT_THAT(s.numbers(0), IsEmpty());
+    ray_make_sub_bbox(nullptr);
+}
+
+TEST(ray_make_sub_bbox, RaisesGridSizesBelowOneOnly)
+{
+    Scene s({});
+    s->nx = 0;
+    s->ny = 2;
+    s->nz = -7;
+    ray_make_sub_bbox(s);
+    EXPECT_EQ(s->nx, 1);
+    EXPECT_EQ(s->ny, 2);
+    EXPECT_EQ(s->nz, 1);
+}
+
+TEST(ray_make_sub_bbox, MakesNothingFromABoxWithoutABuffer)
+{
+    Scene s({});
+    DataDispose(&s->bbox);
+    ray_make_sub_bbox(s);
+    EXPECT_EQ(s->cells, nullptr);
+}
+
+TEST(ray_add_tri_to_bbox, AppendsToTheEndOfTheChain)
+{
+    Scene s({});
+    ray_make_sub_bbox(s);
+    for (int i = 0; i < 250; ++i)
+        ray_add_tri_to_bbox(s, i, 5);
+    ray_add_tri_to_bbox(s, 7, 63);
+    EXPECT_THAT(node_counts(s->cells[5]), ElementsAre(100, 100, 50));
+    EXPECT_EQ(s.numbers(5), first_numbers(250));
+    EXPECT_THAT(s.numbers(63), ElementsAre(7));
+    EXPECT_THAT(s.numbers(4), IsEmpty());
+    EXPECT_EQ(s->cells[5].count, 1);
+}
+
+TEST(ray_add_tri_to_bbox, IgnoresCellsThatDoNotExist)
+{
+    Scene s({});
+    ray_add_tri_to_bbox(s, 0, 0);
+    ray_add_tri_to_bbox(nullptr, 0, 0);
+    ray_make_sub_bbox(s);
+    ray_add_tri_to_bbox(s, 0, -1);
+    ray_add_tri_to_bbox(s, 0, 64);
+    s->nx = 1000;
+    ray_add_tri_to_bbox(s, 0, 64);
+    for (int c = 0; c < 64; ++c)
+        EXPECT_THAT(s.numbers(c), IsEmpty());
+}
+
+TEST(ray_declassify, LeavesTheBoxAndTheTriangles)
+{
+    Scene s(spanning(0, 1, 2, 3, 4, 5), 2, 2, 2);
+    ray_declassify(s);
+    EXPECT_EQ(s->cells, nullptr);
+    EXPECT_EQ(s->tri_marks.bvals, nullptr);
+    EXPECT_EQ(s->tri_marks.count, -1);
+    EXPECT_EQ(s->triangles, &s.triangles());
+    EXPECT_TRUE(same_bits({0, 1, 2, 3, 4, 5}, s->bbox.dvals));
+    EXPECT_EQ(s->nx, 2);
+    ray_declassify(nullptr);
+}
+
+TEST(ray_declassify, LetsAnotherGridBeMade)
+{
+    Scene s(spanning(0, 0, 0, 4, 4, 4), 1, 1, 1);
+    ray_declassify(s);
+    s->nx = 2;
+    ray_set_triangles(&s.triangles(), s);
+    ray_classify(s);
+    EXPECT_EQ(s.box(1), (std::vector<double>{2, 0, 0, 4, 4, 4}));
+    EXPECT_THAT(s.numbers(1), ElementsAre(0, 1));
+}
+
+// ----------------------------------------------------------------------------------------------------- where it ends
+
+TEST(ray_classify, MakesNoCellsBeyondThirtyOneBits)
+{
+    const int sizes[][3] = {{100000, 100000, 100000},
+                            {kMostCells, kMostCells, kMostCells},
+                            {kMostCells, 2, 1},
+                            {1, 1 << 16, 1 << 15},
+                            {1 << 15, 1, 1 << 16}};
+    for (const auto& n : sizes) {
+        Scene s(spanning(0, 0, 0, 1, 1, 1), n[0], n[1], n[2]);
+        EXPECT_EQ(s->cells, nullptr);
+        EXPECT_EQ(s->nx, n[0]);
+        double o[3] = {0.2, 0.2, -1}, d[3] = {0, 0, 1}, distance = 7;
+        EXPECT_EQ(ray_intersect(o, d, s, &distance), 0);
+        EXPECT_EQ(distance, 7);
+    }
+}
+
+TEST(ray_classify, MakesNoCellsWithoutHeap)
+{
+    NEEDS_HEAP_FAILURES();
+    // First the array of cells, then one or another of its boxes cannot be had.
+    for (const int n : {1, 2, 3, 65}) {
+        Scene s(spanning(0, 0, 0, 1, 1, 1));
+        const HeapFailure failure(n, HeapFailure::all_after);
+        ray_classify(s);
+        EXPECT_TRUE(failure.happened());
+        EXPECT_EQ(s->cells, nullptr);
+    }
+}
+
+TEST(ray_classify, TakesNoTriangles)
+{
+    for (const int count : {0, -1, std::numeric_limits<int>::min()}) {
+        Scene s({});
+        s.triangles().count = count;
+        ray_classify(s);
+        EXPECT_EQ(s.triangles().dim, 9);
+        EXPECT_EQ(s.triangles().count, count);
+        for (int c = 0; c < 64; ++c) {
+            EXPECT_EQ(s.box(c), (std::vector<double>{0, 0, 0, 0, 0, 0}));
+            EXPECT_THAT(s.numbers(c), IsEmpty());
+        }
+    }
+}
+
+TEST(ray_classify, LeavesAnArrayWithoutABufferUnclassified)
+{
+    Scene s(spanning(0, 0, 0, 1, 1, 1), 1, 1, 1);
+    Data bare = wrapped<Data>(nullptr, 2, 4);
+    ray_set_triangles(&bare, s);
+    ray_classify(s);
+    EXPECT_EQ(bare.dim, 9);
+    EXPECT_EQ(s->cells, nullptr);
+    EXPECT_TRUE(same_bits({0, 0, 0, 1, 1, 1}, s->bbox.dvals));
+
+    auto integers = array_of<Data>(DATA_TYPE_INT, 2, 9);
+    ray_set_triangles(integers, s);
+    ray_classify(s);
+    EXPECT_EQ(s->cells, nullptr);
+}
+
+TEST(ray_classify, LeavesMoreTrianglesThanAnArrayCanHoldUnclassified)
+{
+    double value = 0;
+    Data huge = wrapped<Data>(&value, std::numeric_limits<int>::max() / 9 + 1, 9);
+    Scene s({});
+    s->triangles = &huge;
+    ray_classify(s);
+    EXPECT_EQ(s->cells, nullptr);
+}
+
+TEST(ray_classify, ReplacesTheCellsOfAnEarlierCall)
+{
+    NEEDS_HEAP_COUNTS();
+    const HeapWatch heap;
+    {
+        Scene s(spanning(0, 0, 0, 1, 1, 1), 3, 3, 3);
+        ray_classify(s);
+        s->nx = 1;
+        ray_classify(s);
+        EXPECT_EQ(s.box(0)[3], 1);
+        s->nz = 9;
+        ray_make_sub_bbox(s);
+        EXPECT_THAT(s.numbers(26), IsEmpty());
+    }
+    EXPECT_EQ(heap.live_blocks(), 0);
+}
+
+TEST(ray_declassify, ReleasesTheCellsThatWereMade)
+{
+    NEEDS_HEAP_COUNTS();
+    for (const int n : {1, 2, 100, -3}) {
+        const HeapWatch heap;
+        {
+            Scene s(joined(spanning(0, 0, 0, 1, 1, 1), copies(150)), 3, 4, 5);
+            s->nx = s->ny = s->nz = n;
+            ray_declassify(s);
+            ray_declassify(s);
+            EXPECT_EQ(s->nx, n);
+        }
+        EXPECT_EQ(heap.live_blocks(), 0);
+    }
+}
+
+TEST(ray_classify, SurvivesEveryFailedAllocation)
+{
+    NEEDS_HEAP_FAILURES();
+    const int64_t failed = fail_each_allocation([](int64_t) {
+        double values[9 * 120] = {};
+        for (int i = 0; i < 120; ++i)
+            values[9 * i + 3] = values[9 * i + 7] = 1;
+        Data triangles = wrapped<Data>(values, 120, 9);
+        RayStatus s;
+        ray_initialize(&s);
+        s.nx = s.ny = s.nz = 2;
+        ray_set_triangles(&triangles, &s);
+        ray_classify(&s);
+        double o[3] = {0.25, 0.25, -1}, d[3] = {0, 0, 1}, distance = 1;
+        EXPECT_LE(ray_intersect(o, d, &s, &distance), 120);
+        EXPECT_EQ(distance, 1);
+        ray_declassify(&s);
+        DataDispose(&s.bbox);
+    });
+    EXPECT_GE(failed, 2 + 9 + 8 * 4); // box, marks, cells with their boxes, two nodes each
+}
+
+} // namespace
+} // namespace korvale::test
