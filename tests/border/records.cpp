@@ -16,6 +16,12 @@ void shape_points(Array& d, const Coordinates& points)
 
 } // namespace
 
+void warm_up()
+{
+    OwnedBORDERStatus status(gear(16, 9, 10));
+    BORDER_BORDER(status);
+}
+
 void release(Data* d)
 {
     DataDispose(d);

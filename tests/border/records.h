@@ -5,11 +5,10 @@
 #include "border/border.h"
 #include "data/data.h"
 #include "data/datastruct.h"
+#include "tests/support/outlines.h"
 
 // Status records for tests, released with all that hangs off them, and one way to run either flavour.
 namespace korvale::test {
-
-using Coordinates = std::vector<double>;
 
 /// A `BORDERStatus` on the stack. Passes as a pointer to the record.
 class OwnedBORDERStatus {
@@ -44,6 +43,9 @@ public:
 private:
     BorderStatus status_;
 };
+
+/// Runs a sweep, so that the library keeps working memory for those to come and they leave no block behind.
+void warm_up();
 
 /// Releases a record and what hangs off it; null does nothing.
 void release(Data* d);

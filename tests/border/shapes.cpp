@@ -1,21 +1,13 @@
 #include "tests/border/shapes.h"
 
 #include <cmath>
-#include <numbers>
 
 namespace korvale::test {
 namespace {
 
-constexpr double kFullTurn = 2.0 * std::numbers::pi;
-
 void add_point(Coordinates& points, double x, double y)
 {
     points.insert(points.end(), {x, y, 0.0});
-}
-
-void add_polar(Coordinates& points, double radius, double angle)
-{
-    add_point(points, radius * std::cos(angle), radius * std::sin(angle));
 }
 
 /// Repeats some points, puts some on the line between their neighbours, folds some back.
@@ -47,56 +39,19 @@ void disturb(Coordinates& points, Random& random)
 
 } // namespace
 
-Coordinates wiggly(int n, int waves, double depth, double noise, Random& random)
+Coordinates rough(Coordinates points, double noise, Random& random)
 {
-    Coordinates points;
-    for (int i = 0; i < n; ++i) {
-        const double angle = kFullTurn * i / n;
-        add_polar(points, 10.0 + depth * std::sin(waves * angle) + noise * random.uniform(-1, 1), angle);
-    }
-    return points;
-}
-
-Coordinates gear(int teeth, double root_radius, double tip_radius)
-{
-    Coordinates points;
-    for (int i = 0; i < 4 * teeth; ++i)
-        add_polar(points, i % 4 < 2 ? root_radius : tip_radius, kFullTurn * i / (4 * teeth));
-    return points;
-}
-
-Coordinates comb(int teeth, double gap)
-{
-    Coordinates points;
-    add_point(points, 0, 0);
-    add_point(points, teeth * (1 + gap), 0);
-    for (int i = teeth - 1; i >= 0; --i) {
-        const double left = i * (1 + gap);
-        add_point(points, left + 1, 1);
-        add_point(points, left + 1, 5);
-        add_point(points, left, 5);
-        add_point(points, left, 1);
+    for (size_t i = 0; i < points.size(); i += 3) {
+        const double factor = 1.0 + 0.1 * noise * random.uniform(-1, 1);
+        points[i] *= factor;
+        points[i + 1] *= factor;
     }
     return points;
 }
 
 Coordinates coast(int levels, double roughness, Random& random)
 {
-    Coordinates points;
-    for (int i = 0; i < 4; ++i)
-        add_polar(points, random.uniform(5, 15), kFullTurn * i / 4);
-    for (int level = 0; level < levels; ++level) {
-        Coordinates finer;
-        const size_t n = points.size();
-        for (size_t i = 0; i < n; i += 3) {
-            const double *const p = &points[i], *const q = &points[(i + 3) % n];
-            const double aside = roughness * random.uniform(-1, 1);
-            add_point(finer, p[0], p[1]);
-            add_point(finer, 0.5 * (p[0] + q[0]) + aside * (q[1] - p[1]), 0.5 * (p[1] + q[1]) - aside * (q[0] - p[0]));
-        }
-        points = finer;
-    }
-    return points;
+    return coast(levels, roughness, [&random] { return random.uniform(-1, 1); });
 }
 
 Coordinates grid_walk(int n, int size, Random& random)
@@ -131,7 +86,7 @@ Coordinates any_outline(int most, Random& random)
     switch (random.below(8)) {
     case 0:
     case 1:
-        points = wiggly(n, 1 + random.below(1 + n / 4), random.uniform(0, 3), random.uniform(0, 0.5), random);
+        points = rough(wiggly(n, 1 + random.below(1 + n / 4), random.uniform(0, 3)), random.uniform(0, 0.5), random);
         break;
     case 2:
         points = gear(1 + n / 4, random.uniform(2, 9), 10);
@@ -149,7 +104,7 @@ Coordinates any_outline(int most, Random& random)
         points = scramble(n, random);
         break;
     default:
-        points = wiggly(n, 0, 0, random.uniform(0, 8), random); // a star
+        points = rough(wiggly(n, 0, 0), random.uniform(0, 8), random); // a star
     }
     if (random.one_in(3))
         disturb(points, random);

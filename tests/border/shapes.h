@@ -3,19 +3,13 @@
 #include "tests/border/records.h"
 #include "tests/support/random.h"
 
-// Outlines for random tests, in the plane z = 0. Most of them run counter-clockwise.
+// Outlines for random tests beside those of support/outlines.h, in the plane z = 0. Most of them run counter-clockwise.
 namespace korvale::test {
 
-/// A circle of radius 10 whose radius wobbles: `waves` waves of `depth` each side of it, plus noise.
-Coordinates wiggly(int n, int waves, double depth, double noise, Random& random);
+/// The outline with every point moved along its radius by up to `noise`, for a radius of 10.
+Coordinates rough(Coordinates points, double noise, Random& random);
 
-/// A gear of `teeth` teeth, four points each, all alike.
-Coordinates gear(int teeth, double root_radius, double tip_radius);
-
-/// A comb: `teeth` narrow teeth on a bar, coordinates on a grid.
-Coordinates comb(int teeth, double gap);
-
-/// A coast: a polygon whose edges are broken `levels` times at a displaced midpoint.
+/// `coast` of support/outlines.h.
 Coordinates coast(int levels, double roughness, Random& random);
 
 /// Points on an integer grid in random order, with many equal coordinates, repeated points and straight runs.
