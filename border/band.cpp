@@ -1,3 +1,5 @@
+// Edits that turn the sweep of a closed outline into a band along an open polyline. All of them work in place; an array
+// that cannot grow stays as it is, count and points.
 #include "border/band.h"
 
 #include <algorithm>
@@ -26,12 +28,6 @@ bool has_points(const DATAstruct& d)
     return d.dim == 3 && holds(d, DATA_TYPE_DOUBLE, components(d.count, 3));
 }
 
-/// Whether `d` stands around memory of the host, which the library cannot release and so cannot grow.
-bool wraps_memory(const DATAstruct& d)
-{
-    return is_wrapped(d) && (d.dvals != nullptr || d.ivals != nullptr || d.bvals != nullptr || d.pvals != nullptr);
-}
-
 /// Gives `d` the count and, where there are elements, the buffer for them. False, with the count as it was, when there
 /// is no memory for them.
 bool resize(DATAstruct& d, int32_t count)
@@ -56,7 +52,7 @@ void BORDERAddWings(BORDERStatus* status)
     if (status == nullptr || status->path == nullptr || status->path->type != DATA_TYPE_DOUBLE)
         return;
     DATAstruct& path = *status->path;
-    if (path.count < 2 || !has_points(path) || wraps_memory(path) || !resize(path, path.count + 2))
+    if (path.count < 2 || !has_points(path) || !may_grow(path) || !resize(path, path.count + 2))
         return;
     const int64_t n = path.count;
     double* const p = path.dvals;
@@ -91,7 +87,7 @@ void BORDERMakePipe(BORDERStatus* status)
     DATAstruct &path = *status->path, &output = *status->output;
     const int64_t points = int64_t{output.count} + path.count;
     const bool path_has_points = has_points(path);
-    if (points > kMostElements || wraps_memory(output) || !resize(output, static_cast<int32_t>(points)))
+    if (points > kMostElements || !may_grow(output) || !resize(output, static_cast<int32_t>(points)))
         return;
     if (!path_has_points || output.type != DATA_TYPE_DOUBLE || !has_points(output))
         return;

@@ -1,3 +1,5 @@
+// The two doors to the sweep of one outline. Around it they do the same: flatten the outline, sweep it in work arrays,
+// carry the border back; what differs between them stands above them.
 #include "border/border.h"
 
 #include <cmath>

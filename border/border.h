@@ -20,6 +20,10 @@
 /// merged into; without it the removed vertices are left out, and a single point may remain. A distance of 0 returns
 /// the outline, carried to the plane z = 0 and back. Lengths are absolute: scale outlines so that 1e-06 is negligible.
 ///
+/// From the second call on in arrays that fit nothing is allocated. The working memory of a call is kept for the next
+/// ones, at most four blocks of at most 4 MiB for all threads together (an outline of about 10,000 points needs as
+/// much; larger ones ask the heap at every call). Unloading the library releases it.
+///
 /// Edges shrinking to nothing cost time in proportion to n at every event, meetings of vertices and edges more, which
 /// is why `split_events` can be switched off. Coordinates that are not finite do no harm; the border is then
 /// unspecified.
@@ -55,20 +59,3 @@ KORVALE_API int Border(BorderStatus* status);
 /// Returns 1, or -1 for a null record, a path that is null, empty, not of doubles or not 3 wide, a distance that is not
 /// finite, a null work array or an exhausted heap; points of the output are not written then.
 KORVALE_API int BORDER_BORDER(BORDERStatus* status);
-
-/// Makes `status->output` the border of an outline, or of every outline of a list, lifted by `height`.
-///
-/// For a path of kind double this is `BORDER_BORDER` followed by a lift of every point by `height` along the normal
-/// that `DATA_to_xy_xfms` finds for the path. For a path of kind `DATA_TYPE_DATA` child 0 is the outer outline and the
-/// others are holes: the output becomes a list of the same size with one border per child in the same order; children
-/// that it already holds are reused, null ones made. Holes are offset by minus `distance`, so that a positive distance
-/// grows the outer outline and shrinks the holes. Every child is flattened on its own and offset without regard to the
-/// others; all are lifted along the normal of child 0.
-///
-/// Returns 1, or -1 for a null record or path, a path of another kind, a list without children or without an output
-/// record (nothing changes then), an exhausted heap, or where `BORDER_BORDER` fails.
-///
-/// Deliberate: when an outline of a list fails, or a child is null, the record is left as it stands: `path` and
-/// `output` point to that child and its output, and `distance` is negated when it was a hole. Put them back before the
-/// record is used again.
-KORVALE_API int BORDER(BORDERStatus* status);

@@ -10,11 +10,13 @@
 //
 // The boxes of one round would serve that round only. So boxes are made around the motion of some rounds to come, and
 // the pairs whose boxes meet are kept as candidates. Each round then tests that all vertices still are inside their
-// boxes, renews the boxes of the few that are not, and examines the candidates. Invariant while `registered`: every
-// vertex and edge whose boxes meet are candidates, except those of edges in `changed_edges`.
+// boxes, renews the boxes of the few that are not, and examines the candidates. Invariants while `registered`: every
+// vertex and edge whose boxes meet are candidates, except those of edges in `changed_edges`; every vertex, where it is,
+// is inside its box by `allowance`; the edges of a stretch lie in its box.
 #include "border/internal/meeting.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace korvale::inside {
@@ -22,28 +24,32 @@ namespace {
 
 /// A vertex and an edge that approach each other more slowly than this never meet.
 constexpr double kSlowestApproach = 1e-06;
-/// A pair farther apart than this much more than its approach until the event covers meets later, however the division
-/// of the two is rounded.
+/// A pair is skipped only where its distance exceeds kLater times the way it closes until the event: then it meets
+/// after the event however the division rounds. kLaterAtLeast keeps that true where the product underflows.
 constexpr double kLater = 1.0000000001, kLaterAtLeast = 1e-290;
 /// Below this many vertices every pair is tested.
 constexpr int32_t kFewVertices = 24;
 /// Coordinates beyond this leave no room for the arithmetic of boxes.
-constexpr double kFarthest = 1e100;
+constexpr double kFarthestBox = 1e100;
 /// Widening of boxes for rounding, per unit of the largest coordinate.
 constexpr double kRounding = 1e-12;
-/// Rounds that a box is meant to hold, as far as it then is no larger than this share of the average edge; boxes that
-/// are large for the outline meet too many others.
+/// Boxes look kRoundsAhead rounds ahead, but no farther than kAheadOfEdge of an average edge: larger boxes meet too
+/// many others.
 constexpr double kRoundsAhead = 24.0;
 constexpr double kAheadOfEdge = 0.5;
 /// Candidates kept per vertex, on average.
 constexpr int64_t kCandidatesPerVertex = 24;
-/// Children of a node of the tree of boxes, and vertices that descend it together.
-constexpr int32_t kFan = 8;
 /// A window this many times the average edge is searched in stages.
 constexpr double kWideWindow = 4.0;
 constexpr double kStageGrowth = 8.0;
+/// Boxes are all made anew where more than this many change, and one in this many.
+constexpr int32_t kFewChanges = 4, kShareOfChanges = 64;
 
-constexpr int kMostLevels = 12;
+/// Whether the point is in the box; one that is not a number is in none.
+bool holds_point(const Box& box, double x, double y)
+{
+    return x >= box.low_x && x <= box.high_x && y >= box.low_y && y <= box.high_y;
+}
 
 bool comes_before(const Event& event, double time, int32_t vertex, int32_t edge)
 {
@@ -54,21 +60,22 @@ bool comes_before(const Event& event, double time, int32_t vertex, int32_t edge)
 }
 
 /// Makes the meeting of vertex m with edge e the event if it comes first.
-inline void meet(const Columns& col, bool outwards, int32_t m, int32_t e, Event& event)
+inline void meet(const Wavefront& w, bool outwards, int32_t m, int32_t e, Event& event)
 {
-    const double vx = col.vx[m], vy = col.vy[m];
-    const double approach = col.a[e] * vx + col.b[e] * vy + 1.0;
+    const double vx = w.velocity.x[m], vy = w.velocity.y[m], dx = w.edge.dx[e], dy = w.edge.dy[e];
+    const double a = -dy, b = dx, c = dy * w.at.x[e] - dx * w.at.y[e]; // the line of the edge
+    const double approach = a * vx + b * vy + 1.0;
     if (std::fabs(approach) < kSlowestApproach)
         return;
-    const double apart = col.a[e] * col.x[m] + col.b[e] * col.y[m] + col.c[e];
+    const double apart = a * w.at.x[m] + b * w.at.y[m] + c;
     if (std::fabs(apart) > std::fabs(event.time) * std::fabs(approach) * kLater + kLaterAtLeast)
         return;
     const double time = -apart / approach;
     if (!(outwards ? time >= 0.0 : time <= 0.0) || !comes_before(event, time, m, e))
         return;
-    const bool by_x = std::fabs(col.dx[e]) > kDominantComponent;
-    const double *const p = by_x ? col.x : col.y, *const v = by_x ? col.vx : col.vy;
-    const double along = by_x ? col.dx[e] : col.dy[e];
+    const bool by_x = std::fabs(dx) > kDominantComponent;
+    const double *const p = by_x ? w.at.x : w.at.y, *const v = by_x ? w.velocity.x : w.velocity.y;
+    const double along = by_x ? dx : dy;
     const double q = p[m] + time * v[m];
     if ((q - (p[e] + time * v[e])) / along < 0.0 || (q - (p[e + 1] + time * v[e + 1])) / along > 0.0)
         return;
@@ -76,101 +83,86 @@ inline void meet(const Columns& col, bool outwards, int32_t m, int32_t e, Event&
 }
 
 /// Whether edge e ends at vertex m or starts there.
-bool is_own(const Wavefront& w, int32_t m, int32_t e)
+inline bool is_own(const Wavefront& w, int32_t m, int32_t e)
 {
-    return e == m || (e + 1 == w.live ? 0 : e + 1) == m;
+    return (e == m) | ((e + 1 == w.live ? 0 : e + 1) == m);
 }
 
-Event test_all_pairs(const Wavefront& w, Event event)
+/// Lists those of the edges from e on, as many as V has lanes, that vertex m may meet within `window`.
+template <class V>
+KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e, double window, int32_t& count)
 {
-    const Columns col = w.col;
+    const V dx = load<V>(w.edge.dx + e), dy = load<V>(w.edge.dy + e);
+    const V approach = absolute(dx * w.velocity.y[m] - dy * w.velocity.x[m] + 1.0);
+    const V c = dy * load<V>(w.at.x + e) - dx * load<V>(w.at.y + e);
+    const V apart = absolute(dx * w.at.y[m] - dy * w.at.x[m] + c);
+    add_places(e, bits(apart > window * approach + kLaterAtLeast) ^ kAllBits<V>, w.list, count);
+}
+
+/// `test_all_pairs` with V for lanes.
+template <class V>
+KORVALE_OVER_LANES Event test_pairs(const Wavefront& w, Event event)
+{
     const bool outwards = w.s.remaining > 0.0;
     for (int32_t m = 0; m < w.live; ++m) {
-        const double x = col.x[m], y = col.y[m], vx = col.vx[m], vy = col.vy[m];
         const double window = std::min(std::fabs(event.time), std::fabs(w.s.remaining)) * kLater;
-        for_lanes(0, w.live, [&w, &col, &event, outwards, m, x, y, vx, vy, window](int32_t i, auto lanes) {
-            using V = decltype(lanes);
-            const V a = load<V>(col.a + i), b = load<V>(col.b + i);
-            const V approach = magnitude(a * vx + b * vy + 1.0);
-            const V apart = magnitude(a * x + b * y + load<V>(col.c + i));
-            if (!any_false(apart > window * approach + kLaterAtLeast))
-                return;
-            for (int32_t e = i; e < i + static_cast<int32_t>(sizeof(V) / sizeof(double)); ++e)
-                if (!is_own(w, m, e))
-                    meet(col, outwards, m, e, event);
-        });
+        int32_t count = 0, e = 0;
+        for (; w.live - e >= width_of<V>; e += width_of<V>)
+            list_near_edges<V>(w, m, e, window, count);
+        for (; e < w.live; ++e)
+            list_near_edges<double>(w, m, e, window, count);
+        for (int32_t k = 0; k < count; ++k)
+            if (!is_own(w, m, w.list[k]))
+                meet(w, outwards, m, w.list[k], event);
     }
     return event;
 }
 
-bool overlap(const SweptBox& a, const SweptBox& b)
+KORVALE_FOUR_LANES Event test_pairs_by_four(const Wavefront& w, Event event)
 {
-    return !any((a.low > b.high) | (b.low > a.high));
+    return test_pairs<Quad>(w, event);
 }
 
-SweptBox hull(const SweptBox& a, const SweptBox& b)
+Event test_all_pairs(const Wavefront& w, Event event)
 {
-    return {lesser(a.low, b.low), greater(a.high, b.high)};
-}
-
-/// The box around `count` boxes.
-SweptBox around(const SweptBox* boxes, int32_t count)
-{
-    SweptBox all = boxes[0];
-    for (int32_t k = 1; k < count; ++k)
-        all = hull(all, boxes[k]);
-    return all;
+    return widest([&] { return test_pairs_by_four(w, event); }, [&] { return test_pairs<Pair>(w, event); });
 }
 
 /// The box around vertex i and where it is after `time`, widened by `margin`.
-SweptBox swept_box(const Wavefront& w, int32_t i, double time, double margin)
+Box swept_box(const Wavefront& w, int32_t i, double time, double margin)
 {
-    const Pair from = {w.col.x[i], w.col.y[i]}, speed = {w.col.vx[i], w.col.vy[i]};
-    const Pair to = from + time * speed;
-    return {lesser(from, to) - margin, greater(from, to) + margin};
+    const double x = w.at.x[i], y = w.at.y[i];
+    Box box = box_at(x, y);
+    widen(box, x + time * w.velocity.x[i], y + time * w.velocity.y[i]);
+    return {box.low_x - margin, box.low_y - margin, box.high_x + margin, box.high_y + margin};
 }
 
-/// What the boxes of a round must allow for.
-struct Motion {
-    double drift;    ///< the greatest speed at which an end leaves the line of its edge
+/// What boxes have to allow for.
+struct Allowance {
     double reach;    ///< the largest coordinate
     double edge;     ///< the average length
     bool is_regular; ///< all are finite and far from the limits
 };
 
-double measure_drift(const Wavefront& w)
+Allowance measure_allowance(const Wavefront& w)
 {
-    const Columns col = w.col;
-    Pair drift = {};
-    double last = 0.0;
-    for_lanes(0, w.live, [&drift, &last, col](int32_t i, auto lanes) {
-        using V = decltype(lanes);
-        const V a = load<V>(col.a + i), b = load<V>(col.b + i);
-        const V start = magnitude(a * load<V>(col.vx + i) + b * load<V>(col.vy + i) + 1.0);
-        const V end = magnitude(a * load<V>(col.vx + i + 1) + b * load<V>(col.vy + i + 1) + 1.0);
-        if constexpr (sizeof(V) == sizeof(Pair))
-            drift = greater(drift, greater(start, end));
-        else
-            last = greater(start, end);
+    const Points at = w.at, ahead = w.ahead;
+    bool is_regular = true;
+    for_lanes(0, w.live, [at, ahead, &is_regular]<class V>(int32_t i) {
+        const V farthest = all<V>(kFarthestBox);
+        const auto is_near = (absolute(load<V>(at.x + i)) < farthest) & (absolute(load<V>(at.y + i)) < farthest) &
+                             (absolute(load<V>(ahead.x + i)) < farthest) & (absolute(load<V>(ahead.y + i)) < farthest);
+        if (any_false(is_near))
+            is_regular = false;
     });
-    return std::max({drift[0], drift[1], last});
-}
-
-Motion measure_motion(const Wavefront& w, double window)
-{
-    Motion motion{};
-    double total = 0.0, length = 0.0;
-    for (int32_t i = 0; i < w.live; ++i) {
-        const double x = std::fabs(w.col.x[i]) + window * std::fabs(w.col.vx[i]);
-        const double y = std::fabs(w.col.y[i]) + window * std::fabs(w.col.vy[i]);
-        motion.reach = std::max({motion.reach, x, y});
-        total += x + y;
-        length += w.col.length[i];
-    }
-    motion.edge = length / w.live;
-    motion.is_regular = total < kFarthest; // false where a value is not a number
-    motion.drift = measure_drift(w);
-    return motion;
+    const double reach = greatest_over(0, w.live, 0.0, [at, ahead]<class V>(int32_t i) {
+        return greater(greater(absolute(load<V>(at.x + i)), absolute(load<V>(at.y + i))),
+                       greater(absolute(load<V>(ahead.x + i)), absolute(load<V>(ahead.y + i))));
+    });
+    double length[4] = {};
+    for (int32_t i = 0; i < w.live; ++i)
+        length[i % 4] += w.edge.length[i];
+    return {reach, (length[0] + length[1] + length[2] + length[3]) / w.live, is_regular};
 }
 
 /// By how much boxes are wider than the motion, so that rounding never takes a meeting outside.
@@ -179,110 +171,35 @@ double slack_of(double drift, double reach, double window)
     return 2.5 * window * drift + kRounding * reach;
 }
 
-/// A tree over the edges in order: `kFan` neighbours share a node, and so on upwards.
-struct EdgeTree {
-    SweptBox* level[kMostLevels]; ///< level[0] are the edges
-    int32_t count[kMostLevels];
-    int levels;
-};
-
-/// Boxes that the tree needs over n edges.
-int64_t boxes_of_tree(int64_t n)
+/// Makes the boxes of all vertices around their motion.
+void make_boxes(const MeetingSearch& search, const Wavefront& w, double time, double margin)
 {
-    int64_t total = n;
-    while (n > kFan) {
-        n = (n + kFan - 1) / kFan;
-        total += n;
-    }
-    return total;
-}
-
-EdgeTree grow_tree(const SweptBox* vertices, int32_t n, SweptBox* room)
-{
-    EdgeTree tree{};
-    tree.level[0] = room;
-    tree.count[0] = n;
-    for (int32_t e = 0; e < n; ++e)
-        room[e] = hull(vertices[e], vertices[e + 1]);
-    int top = 0;
-    while (tree.count[top] > kFan) {
-        const SweptBox* const children = tree.level[top];
-        const int32_t child_count = tree.count[top];
-        SweptBox* const nodes = tree.level[top + 1] = tree.level[top] + child_count;
-        const int32_t node_count = tree.count[top + 1] = (child_count + kFan - 1) / kFan;
-        for (int32_t k = 0; k < node_count; ++k) {
-            nodes[k] = around(children + k * kFan, std::min(kFan, child_count - k * kFan));
-        }
-        ++top;
-    }
-    tree.levels = top + 1;
-    return tree;
-}
-
-/// A run of vertices that descend the tree together.
-struct Bunch {
-    SweptBox box;
-    int32_t begin, end;
-};
-
-/// Calls emit(vertex, edge) for those of the bunch and of node k's edges whose boxes meet, until it returns false.
-template <class Emit>
-bool descend(const EdgeTree& tree, int level, int32_t k, const SweptBox* vertices, const Bunch& bunch, Emit& emit)
-{
-    const int32_t begin = k * kFan, end = std::min((k + 1) * kFan, tree.count[level - 1]);
-    if (level > 1) {
-        for (int32_t c = begin; c < end; ++c)
-            if (overlap(tree.level[level - 1][c], bunch.box) && !descend(tree, level - 1, c, vertices, bunch, emit))
-                return false;
-        return true;
-    }
-    for (int32_t m = bunch.begin; m < bunch.end; ++m) {
-        if (!overlap(tree.level[1][k], vertices[m]))
-            continue;
-        for (int32_t e = begin; e < end; ++e)
-            if (overlap(tree.level[0][e], vertices[m]) && !emit(m, e))
-                return false;
-    }
-    return true;
-}
-
-/// Calls emit(vertex, edge) for every vertex and edge whose boxes meet, until it returns false. n is above kFan.
-template <class Emit>
-bool for_meeting_boxes(const EdgeTree& tree, const SweptBox* vertices, int32_t n, Emit emit)
-{
-    const int top = tree.levels - 1;
-    for (int32_t begin = 0; begin < n; begin += kFan) {
-        const int32_t end = std::min(begin + kFan, n);
-        const Bunch bunch = {around(vertices + begin, end - begin), begin, end};
-        for (int32_t k = 0; k < tree.count[top]; ++k)
-            if (overlap(tree.level[top][k], bunch.box) && !descend(tree, top, k, vertices, bunch, emit))
-                return false;
-    }
-    return true;
-}
-
-EdgeTree make_boxes(MeetingSearch& search, const Wavefront& w, double time, double margin)
-{
-    SweptBox* const boxes = search.boxes.get();
-    for (int32_t i = 0; i < w.live; ++i)
-        boxes[i] = swept_box(w, i, time, margin);
-    boxes[w.live] = boxes[0];
-    return grow_tree(boxes, w.live, boxes + w.live + 1);
+    const Points at = w.at, velocity = w.velocity;
+    const Boxes boxes = search.boxes;
+    for_lanes(0, w.live, [=]<class V>(int32_t i) {
+        const V x = load<V>(at.x + i), y = load<V>(at.y + i);
+        const V to_x = x + time * load<V>(velocity.x + i), to_y = y + time * load<V>(velocity.y + i);
+        store(boxes.low_x + i, lesser(x, to_x) - margin);
+        store(boxes.low_y + i, lesser(y, to_y) - margin);
+        store(boxes.high_x + i, greater(x, to_x) + margin);
+        store(boxes.high_y + i, greater(y, to_y) + margin);
+    });
+    boxes.set(w.live, boxes[0]);
 }
 
 /// Searches boxes made for this round only. A window that is wide for the outline is widened in stages, since most
 /// boxes of a wide one meet and an early meeting makes the rest of it unnecessary.
-Event search_once(MeetingSearch& search, const Wavefront& w, const Motion& motion, double window, Event event)
+Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window, Event event)
 {
     search.registered = false;
     const bool outwards = w.s.remaining > 0.0;
-    double stage = window > kWideWindow * motion.edge ? kWideWindow * motion.edge : window;
+    double stage = std::min(window, kWideWindow * allow.edge);
     for (;;) {
-        const EdgeTree tree =
-            make_boxes(search, w, outwards ? stage : -stage, slack_of(motion.drift, motion.reach, window));
-        for_meeting_boxes(tree, search.boxes.get(), w.live, [&w, &event, outwards](int32_t m, int32_t e) {
+        make_boxes(search, w, outwards ? stage : -stage, slack_of(w.drift, allow.reach, window));
+        const BoxTree tree = grow_tree(search.boxes, w.live, search.tree_memory);
+        for_meeting_boxes(tree, search.boxes, w.live, [&w, &event, outwards](int32_t m, int32_t e) {
             if (!is_own(w, m, e))
-                meet(w.col, outwards, m, e, event);
+                meet(w, outwards, m, e, event);
             return true;
         });
         window = std::min(window, std::fabs(event.time));
@@ -298,12 +215,12 @@ bool add_candidate(MeetingSearch& search, const Wavefront& w, int32_t m, int32_t
         return true;
     if (search.candidate_count == search.most_candidates)
         return false;
-    search.candidates[search.candidate_count++] = {w.id[m], w.id[e]};
+    search.candidates[search.candidate_count++] = {m, e};
     return true;
 }
 
 /// How far ahead boxes look, as a signed distance.
-double look_ahead(const MeetingSearch& search, const Wavefront& w, double window)
+double box_ahead(const MeetingSearch& search, const Wavefront& w, double window)
 {
     const double wanted = std::min(kRoundsAhead * search.pace, kAheadOfEdge * search.edge);
     const double ahead = std::min(std::fabs(w.s.remaining), std::max(wanted, 2.0 * window));
@@ -316,33 +233,113 @@ double room_around(double ahead, double slack)
     return 4.0 * slack + 1e-3 * std::fabs(ahead);
 }
 
+/// The largest coordinate of a box.
+double reach_of(const Box& box)
+{
+    return greater(greater(std::fabs(box.low_x), std::fabs(box.low_y)),
+                   greater(std::fabs(box.high_x), std::fabs(box.high_y)));
+}
+
+/// Parts the outline into the stretches that a level of the tree has.
+void make_stretches(MeetingSearch& search, const BoxTree& tree, int32_t live)
+{
+    const int level = std::min(2, tree.levels - 1);
+    const int32_t length = level == 1 ? BoxTree::kFan : BoxTree::kFan * BoxTree::kFan;
+    search.stretches = tree.level[level];
+    search.stretch_count = tree.count[level];
+    for (int32_t k = 0; k < search.stretch_count; ++k)
+        search.stretch_begin[k] = k * length;
+    search.stretch_begin[search.stretch_count] = live;
+}
+
 /// Makes all boxes and candidates anew. False when there are too many candidates.
-bool register_all(MeetingSearch& search, const Wavefront& w, const Motion& motion, double window)
+bool register_all(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window)
 {
     search.candidate_count = 0;
     search.changed_count = 0;
-    search.edge = motion.edge;
-    const double ahead = look_ahead(search, w, window);
-    const double margin = room_around(ahead, slack_of(motion.drift, motion.reach, window));
-    const EdgeTree tree = make_boxes(search, w, ahead, margin);
-    const SweptBox all = around(tree.level[tree.levels - 1], tree.count[tree.levels - 1]);
-    const Pair reach = greater(magnitude(all.low), magnitude(all.high));
-    search.reach = std::max(reach[0], reach[1]);
-    search.registered = search.reach < kFarthest &&
-                        for_meeting_boxes(tree, search.boxes.get(), w.live, [&search, &w](int32_t m, int32_t e) {
+    search.edge = allow.edge;
+    const double ahead = box_ahead(search, w, window);
+    search.allowance = 2.0 * slack_of(w.drift, allow.reach, std::fabs(ahead));
+    make_boxes(search, w, ahead, room_around(ahead, search.allowance));
+    const BoxTree tree = grow_tree(search.boxes, w.live, search.tree_memory);
+    make_stretches(search, tree, w.live);
+    search.reach = reach_of(box_around(tree));
+    search.registered = search.reach < kFarthestBox &&
+                        for_meeting_boxes(tree, search.boxes, w.live, [&search, &w](int32_t m, int32_t e) {
                             return add_candidate(search, w, m, e);
                         });
     return search.registered;
 }
 
+/// Lists the vertices that would not be inside their boxes by the allowance when they arrive, in ascending order.
+/// Returns their number. A coordinate that is not a number is in no box.
+int32_t list_leaving(const MeetingSearch& search, const Wavefront& w)
+{
+    const Points ahead = w.ahead;
+    const Boxes boxes = search.boxes;
+    const double allowance = search.allowance;
+    int32_t* const list = search.leaving;
+    int32_t count = 0;
+    for_lanes(0, w.live, [=, &count]<class V>(int32_t i) {
+        const V x = load<V>(ahead.x + i), y = load<V>(ahead.y + i);
+        const auto is_inside =
+            (x - allowance >= load<V>(boxes.low_x + i)) & (x + allowance <= load<V>(boxes.high_x + i)) &
+            (y - allowance >= load<V>(boxes.low_y + i)) & (y + allowance <= load<V>(boxes.high_y + i));
+        add_places(i, bits(is_inside) ^ kAllBits<V>, list, count);
+    });
+    return count;
+}
+
+/// How many boxes and edges may change before all is better made anew.
+int32_t most_changes(const Wavefront& w)
+{
+    return kFewChanges + w.live / kShareOfChanges;
+}
+
+int32_t stretch_of(const MeetingSearch& search, int32_t edge)
+{
+    const int32_t* const begin = search.stretch_begin;
+    return static_cast<int32_t>(std::upper_bound(begin, begin + search.stretch_count, edge) - begin) - 1;
+}
+
+Box edge_box(const MeetingSearch& search, int32_t e)
+{
+    return hull(search.boxes[e], search.boxes[e + 1]);
+}
+
+/// Keeps edge e in the box of its stretch.
+void widen_stretch(const MeetingSearch& search, int32_t e)
+{
+    const int32_t k = stretch_of(search, e);
+    search.stretches.set(k, hull(search.stretches[k], edge_box(search, e)));
+}
+
+/// Calls step(begin, end) for the places of every stretch whose box shares a point with `box`.
+template <class Step>
+void for_stretches_near(const MeetingSearch& search, const Box& box, const Step& step)
+{
+    for (int32_t first = 0; first < search.stretch_count; first += BoxTree::kFan)
+        for (unsigned near = find_overlaps<Pair>(search.stretches, first, box); near != 0; near &= near - 1) {
+            const int32_t k = first + std::countr_zero(near);
+            step(search.stretch_begin[k], search.stretch_begin[k + 1]);
+        }
+}
+
 /// Adds the vertices whose box meets that of edge e. False when there are too many candidates.
 bool add_vertices_near(MeetingSearch& search, const Wavefront& w, int32_t e)
 {
-    const SweptBox* const boxes = search.boxes.get();
-    const SweptBox box = hull(boxes[e], boxes[e + 1]);
-    const int32_t n = w.live;
-    for (int32_t m = 0; m < n; ++m)
-        if (overlap(boxes[m], box) && !add_candidate(search, w, m, e))
+    const Boxes boxes = search.boxes;
+    const Box box = edge_box(search, e);
+    int32_t* const list = w.list;
+    int32_t count = 0;
+    for_stretches_near(search, box, [=, &count](int32_t begin, int32_t end) {
+        for_lanes(begin, end, [=, &count]<class V>(int32_t i) {
+            const auto is_apart = boxes_apart<V>(boxes, i, box);
+            add_places(i, bits(is_apart) ^ kAllBits<V>, list, count);
+        });
+    });
+    for (int32_t k = 0; k < count; ++k)
+        if (!add_candidate(search, w, list[k], e))
             return false;
     return true;
 }
@@ -350,86 +347,71 @@ bool add_vertices_near(MeetingSearch& search, const Wavefront& w, int32_t e)
 /// Adds the edges whose box meets that of vertex m. False when there are too many candidates.
 bool add_edges_near(MeetingSearch& search, const Wavefront& w, int32_t m)
 {
-    const SweptBox* const boxes = search.boxes.get();
-    const SweptBox box = boxes[m];
-    const int32_t n = w.live;
-    for (int32_t e = 0; e < n; ++e)
-        if (overlap(hull(boxes[e], boxes[e + 1]), box) && !add_candidate(search, w, m, e))
+    const Boxes boxes = search.boxes;
+    const Box box = boxes[m];
+    int32_t* const list = w.list;
+    int32_t count = 0;
+    for_stretches_near(search, box, [=, &count](int32_t begin, int32_t end) {
+        for_lanes(begin, end, [=, &count]<class V>(int32_t i) {
+            const auto is_apart = hulls_apart<V>(boxes, i, box);
+            add_places(i, bits(is_apart) ^ kAllBits<V>, list, count);
+        });
+    });
+    for (int32_t k = 0; k < count; ++k)
+        if (!add_candidate(search, w, m, list[k]))
             return false;
     return true;
-}
-
-/// Lists the vertices that would leave their boxes within the window, in ascending order, as far as `most`. Returns
-/// their number, or `most` + 1. A coordinate that is not a number is in no box.
-int32_t list_leaving(const MeetingSearch& search, const Wavefront& w, double time, double slack, int32_t* list,
-                     int32_t most)
-{
-    const SweptBox* const boxes = search.boxes.get();
-    const Columns col = w.col;
-    const Pair ahead = Pair() + time, margin = Pair() + slack;
-    const int32_t n = w.live;
-    int32_t count = 0;
-    for (int32_t i = 0; i < n; ++i) {
-        const Pair from = {col.x[i], col.y[i]}, speed = {col.vx[i], col.vy[i]};
-        const Pair to = from + ahead * speed;
-        const Pair low = lesser(from, to) - margin, high = greater(from, to) + margin;
-        if (!any_false((low >= boxes[i].low) & (high <= boxes[i].high)))
-            continue;
-        if (count == most)
-            return most + 1;
-        list[count++] = i;
-    }
-    return count;
 }
 
 /// Renews what has changed since the last search. False when so much has that all is better made anew.
 bool renew(MeetingSearch& search, const Wavefront& w, double window)
 {
-    SweptBox* const boxes = search.boxes.get();
-    const int32_t most = 4 + w.live / 64;
-    int32_t* const leaving = w.gaps; // free, as no column waits for its packing now
-    const double time = w.s.remaining > 0.0 ? window : -window, ahead = look_ahead(search, w, window);
-    const double slack = slack_of(measure_drift(w), search.reach, window);
-    const int32_t count = list_leaving(search, w, time, slack, leaving, most);
-    if (count + search.changed_count > most)
+    if (slack_of(w.drift, search.reach, window) > search.allowance)
         return false;
+    const int32_t count = list_leaving(search, w);
+    if (count + search.changed_count > most_changes(w))
+        return false;
+    const double ahead = box_ahead(search, w, window);
     for (int32_t k = 0; k < count; ++k) {
-        const SweptBox box = swept_box(w, leaving[k], ahead, room_around(ahead, slack));
-        const Pair reach = greater(magnitude(box.low), magnitude(box.high));
-        if (!(std::max(reach[0], reach[1]) <= search.reach))
+        const int32_t m = search.leaving[k];
+        const Box box = swept_box(w, m, ahead, room_around(ahead, search.allowance));
+        if (!(reach_of(box) <= search.reach) || !holds_point(box, w.ahead.x[m], w.ahead.y[m]))
             return false;
-        boxes[leaving[k]] = box;
+        search.boxes.set(m, box);
     }
-    boxes[w.live] = boxes[0];
+    search.boxes.set(w.live, search.boxes[0]);
     for (int32_t k = 0; k < count; ++k) {
-        const int32_t m = leaving[k], before = m == 0 ? w.live - 1 : m - 1;
-        if (!add_edges_near(search, w, m) || !add_vertices_near(search, w, m) || !add_vertices_near(search, w, before))
-            return false;
+        const int32_t m = search.leaving[k];
+        search.changed_edges[search.changed_count++] = m == 0 ? w.live - 1 : m - 1;
+        search.changed_edges[search.changed_count++] = m;
     }
-    for (int32_t k = 0; k < search.changed_count; ++k) {
-        const int32_t e = w.place[search.changed_edges[k]];
-        if (e >= 0 && !add_vertices_near(search, w, e))
+    for (int32_t k = 0; k < search.changed_count; ++k)
+        widen_stretch(search, search.changed_edges[k]);
+    for (int32_t k = 0; k < search.changed_count; ++k)
+        if (!add_vertices_near(search, w, search.changed_edges[k]))
             return false;
-    }
+    for (int32_t k = 0; k < count; ++k)
+        if (!add_edges_near(search, w, search.leaving[k]))
+            return false;
     search.changed_count = 0;
     return true;
 }
 
-/// Tests the candidates and forgets those of the dead.
-Event test_candidates(MeetingSearch& search, const Wavefront& w, Event event)
+Event test_candidates(const MeetingSearch& search, const Wavefront& w, Event event)
 {
     const bool outwards = w.s.remaining > 0.0;
-    Candidate* const candidates = search.candidates.get();
-    int64_t kept = 0;
+    const Points at = w.at, velocity = w.velocity;
+    const Edges edge = w.edge;
+    double window = std::fabs(event.time) * kLater;
     for (int64_t k = 0; k < search.candidate_count; ++k) {
-        const Candidate pair = candidates[k];
-        const int32_t m = w.place[pair.vertex], e = w.place[pair.edge];
-        if (m < 0 || e < 0 || is_own(w, m, e))
-            continue;
-        candidates[kept++] = pair;
-        meet(w.col, outwards, m, e, event);
+        const int32_t m = search.candidates[k].vertex, e = search.candidates[k].edge;
+        const double dx = edge.dx[e], dy = edge.dy[e], c = dy * at.x[e] - dx * at.y[e];
+        const double approach = std::fabs(dx * velocity.y[m] - dy * velocity.x[m] + 1.0);
+        if (std::fabs(dx * at.y[m] - dy * at.x[m] + c) > window * approach + kLaterAtLeast)
+            continue; // most do not meet before the event
+        meet(w, outwards, m, e, event);
+        window = std::fabs(event.time) * kLater;
     }
-    search.candidate_count = kept;
     return event;
 }
 
@@ -442,36 +424,107 @@ void note_pace(MeetingSearch& search, double remaining)
     ++search.rounds;
 }
 
+/// The place that i has after the last packing, -1 for a gap.
+int32_t place_after(const Wavefront& w, int32_t i)
+{
+    const int32_t *const gaps = w.gaps, *const end = gaps + w.gap_count;
+    const int32_t* const gap = std::lower_bound(gaps, end, i);
+    return gap != end && *gap == i ? -1 : i - static_cast<int32_t>(gap - gaps);
+}
+
+/// Where one vertex died, which is how most rounds end, only its neighbours have become neighbours.
+int64_t follow_one_death(Candidate* candidates, int64_t count, const Wavefront& w)
+{
+    const int32_t gap = w.gaps[0], before = gap == 0 ? w.live - 1 : gap - 1, after = gap == w.live ? 0 : gap;
+    int64_t kept = 0;
+    for (int64_t k = 0; k < count; ++k) {
+        const int32_t vertex = candidates[k].vertex, edge = candidates[k].edge;
+        const int32_t m = vertex - (vertex > gap), e = edge - (edge > gap);
+        candidates[kept] = {m, e};
+        kept += !((vertex == gap) | (edge == gap) | ((m == after) & (e == before)));
+    }
+    return kept;
+}
+
+int64_t follow_deaths(Candidate* candidates, int64_t count, const Wavefront& w)
+{
+    int64_t kept = 0;
+    for (int64_t k = 0; k < count; ++k) {
+        const int32_t m = place_after(w, candidates[k].vertex), e = place_after(w, candidates[k].edge);
+        if (m >= 0 && e >= 0 && !is_own(w, m, e))
+            candidates[kept++] = {m, e};
+    }
+    return kept;
+}
+
+/// The edges that ended at the dead end elsewhere now.
+void follow_changed_edges(MeetingSearch& search, const Wavefront& w)
+{
+    int32_t kept = 0;
+    for (int32_t k = 0; k < search.changed_count; ++k)
+        if (const int32_t e = place_after(w, search.changed_edges[k]); e >= 0)
+            search.changed_edges[kept++] = e;
+    search.changed_count = kept;
+    int32_t previous = -1;
+    for (int32_t g = 0; g < w.gap_count; ++g) {
+        const int32_t place = w.gaps[g] - g, before = place == 0 ? w.live - 1 : place - 1;
+        if (before == previous)
+            continue; // a neighbour died as well
+        previous = before;
+        search.changed_edges[search.changed_count++] = before;
+    }
+}
+
+bool has_search(const Sweep& s)
+{
+    return s.split_events && s.n >= kFewVertices;
+}
+
 } // namespace
 
-MeetingSearch::MeetingSearch(const Sweep& s)
-    : wanted(s.split_events && s.n >= kFewVertices), registered(false), rounds(0), previous_remaining(s.remaining),
-      pace(0.0), reach(0.0), edge(0.0), candidate_count(0), most_candidates(kCandidatesPerVertex * s.n),
-      changed_count(0), boxes(wanted ? s.n + 1 + boxes_of_tree(s.n) : 0), candidates(wanted ? most_candidates : 0),
-      changed_edges(wanted ? s.n : 0)
+int64_t MeetingSearch::doubles_for(const Sweep& s)
 {
+    if (!has_search(s))
+        return 0;
+    const int64_t n = s.n, places = 4 * n + 2;
+    return 4 * boxes_for_vertices(n) + doubles_for_tree(n) + places / 2 + kCandidatesPerVertex * n;
+}
+
+MeetingSearch::MeetingSearch(const Sweep& s, double* memory)
+    : registered(false), rounds(0), previous_remaining(s.remaining), pace(0.0), reach(0.0), allowance(0.0), edge(0.0),
+      vertices(s.n), boxes(), tree_memory(nullptr), stretch_count(0), stretch_begin(nullptr), stretches(),
+      changed_count(0), changed_edges(nullptr), leaving(nullptr), candidate_count(0),
+      most_candidates(kCandidatesPerVertex * s.n), candidates(nullptr)
+{
+    if (!has_search(s))
+        return;
+    const int64_t n = s.n;
+    boxes = boxes_in(memory, boxes_for_vertices(n));
+    tree_memory = memory + 4 * boxes_for_vertices(n);
+    leaving = reinterpret_cast<int32_t*>(tree_memory + doubles_for_tree(n));
+    stretch_begin = leaving + n;
+    changed_edges = stretch_begin + n;
+    candidates = reinterpret_cast<Candidate*>(leaving + 4 * n + 2);
 }
 
 void follow_packing(MeetingSearch& search, const Wavefront& w)
 {
+    search.registered = search.registered && search.changed_count + w.gap_count <= most_changes(w);
     if (!search.registered)
         return;
-    SweptBox* const boxes = search.boxes.get();
-    const int32_t n = w.live + w.gap_count;
-    close_gaps(boxes, sizeof *boxes, w.gaps, w.gap_count, n);
-    boxes[w.live] = boxes[0];
-    int32_t previous = -1;
-    for (int32_t g = 0; g < w.gap_count; ++g) {
-        const int32_t before = w.gaps[g] - g == 0 ? w.live - 1 : w.gaps[g] - g - 1;
-        if (before == previous)
-            continue; // a neighbour died as well
-        previous = before;
-        if (search.changed_count == w.s.n) {
-            search.registered = false;
-            return;
-        }
-        search.changed_edges[search.changed_count++] = w.id[before];
+    for (double* const column : {search.boxes.low_x, search.boxes.low_y, search.boxes.high_x, search.boxes.high_y}) {
+        close_gaps(column, sizeof *column, w.gaps, w.gap_count, w.live + w.gap_count);
+        column[w.live] = column[0];
     }
+    int32_t gap = 0;
+    for (int32_t k = 0; k <= search.stretch_count; ++k) {
+        while (gap < w.gap_count && w.gaps[gap] < search.stretch_begin[k])
+            ++gap;
+        search.stretch_begin[k] -= gap;
+    }
+    search.candidate_count =
+        (w.gap_count == 1 ? follow_one_death : follow_deaths)(search.candidates, search.candidate_count, w);
+    follow_changed_edges(search, w);
 }
 
 Event earlier_split_event(MeetingSearch& search, const Wavefront& w, Event event)
@@ -483,11 +536,11 @@ Event earlier_split_event(MeetingSearch& search, const Wavefront& w, Event event
     if (search.registered && renew(search, w, window))
         return test_candidates(search, w, event);
     search.registered = false;
-    const Motion motion = measure_motion(w, window);
-    if (!motion.is_regular)
+    const Allowance allow = measure_allowance(w);
+    if (!allow.is_regular)
         return test_all_pairs(w, event);
-    if (search.rounds < 2 || !register_all(search, w, motion, window))
-        return search_once(search, w, motion, window, event);
+    if (search.rounds < 2 || !register_all(search, w, allow, window))
+        return search_once(search, w, allow, window, event);
     return test_candidates(search, w, event);
 }
 

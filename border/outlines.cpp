@@ -1,4 +1,8 @@
-// Borders of single outlines and of lists of outlines, lifted off their plane.
+// Borders of single outlines and of lists of outlines. The sweep works in the plane of each outline; what is added here
+// is the lift along the normal of the first one. Invariant: while a list is worked on, the record points at one of its
+// children, and a hole sees the distance negated.
+#include "border/outlines.h"
+
 #include "border/border.h"
 #include "data/internal/buffers.h"
 #include "math/internal/mat.h"

@@ -1,3 +1,5 @@
+// The records of the sweep and their defaults, each set in one place. Hosts compile against the layout, which is pinned
+// here.
 #include "border/status.h"
 
 #include <cstddef>

@@ -2,73 +2,48 @@
 // bisector of its two edges and an edge's length changes at a constant rate. That goes on until something happens: an
 // edge shrinks to nothing and its vertex dies, or (where wanted) a vertex runs into an edge that is not its own, which
 // cuts the outline in two; the piece with the smaller box dies. Then all is measured again and the rest of the
-// distance travelled. Every round leaves, buries a vertex or spends the time of its event.
+// distance travelled. Every round returns, buries a vertex, or moves by the time of its event.
 #include "border/internal/sweep.h"
 
 #include <cmath>
 #include <cstring>
 
+#include "border/internal/box_tree.h"
 #include "border/internal/meeting.h"
+#include "border/internal/steps.h"
 #include "border/internal/wavefront.h"
+#include "border/internal/workroom.h"
 #include "math/internal/vec.h"
 
 namespace korvale::inside {
 namespace {
 
-struct Box {
-    double low[2];
-    double high[2];
-};
-
 void start_live(Sweep& s)
 {
-    for (int32_t i = 0; i < s.n; ++i) {
-        s.dead[i] = 0;
-        s.velocity[3 * static_cast<int64_t>(i) + 2] = 0.0;
-        s.direction[3 * static_cast<int64_t>(i) + 2] = 0.0;
+    std::memset(s.dead, 0, static_cast<size_t>(s.n));
+    for (int32_t i = 0; i < s.n; ++i)
         s.merge[i] = i;
+}
+
+/// Widens the box by the vertices from `first` forwards up to and including `last`. None of them is gone.
+void widen_by(Box& box, const Wavefront& w, int32_t first, int32_t last)
+{
+    if (last < first) {
+        widen_by(box, w, first, w.live - 1);
+        first = 0;
     }
+    const Points at = w.at;
+    box.low_x = least_over(first, last + 1, box.low_x, [at]<class V>(int32_t i) { return load<V>(at.x + i); });
+    box.low_y = least_over(first, last + 1, box.low_y, [at]<class V>(int32_t i) { return load<V>(at.y + i); });
+    box.high_x = greatest_over(first, last + 1, box.high_x, [at]<class V>(int32_t i) { return load<V>(at.x + i); });
+    box.high_y = greatest_over(first, last + 1, box.high_y, [at]<class V>(int32_t i) { return load<V>(at.y + i); });
 }
 
-void widen(Box& box, double x, double y)
+/// The box around the vertices from `first` to `last`, forwards, that starts from the one at `start`.
+Box box_of_piece(const Wavefront& w, int32_t start, int32_t first, int32_t last)
 {
-    if (x < box.low[0])
-        box.low[0] = x;
-    if (x > box.high[0])
-        box.high[0] = x;
-    if (y < box.low[1])
-        box.low[1] = y;
-    if (y > box.high[1])
-        box.high[1] = y;
-}
-
-double area(const Box& box)
-{
-    return (box.high[0] - box.low[0]) * (box.high[1] - box.low[1]);
-}
-
-Box box_at(double x, double y)
-{
-    return {{x, y}, {x, y}};
-}
-
-/// The box around the vertices from `first` forwards up to and including `last`.
-Box box_forwards(const Wavefront& w, int32_t first, int32_t last)
-{
-    Box box = box_at(w.col.x[first], w.col.y[first]);
-    while (first != last) {
-        first = next_live(w, first);
-        widen(box, w.col.x[first], w.col.y[first]);
-    }
-    return box;
-}
-
-/// The box around the vertices from `first` backwards down to, but not including, `end`.
-Box box_backwards(const Wavefront& w, int32_t first, int32_t end)
-{
-    Box box = box_at(w.col.x[first], w.col.y[first]);
-    while ((first = previous_live(w, first)) != end)
-        widen(box, w.col.x[first], w.col.y[first]);
+    Box box = box_at(w.at.x[start], w.at.y[start]);
+    widen_by(box, w, first, last);
     return box;
 }
 
@@ -79,7 +54,8 @@ void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
     const int32_t after = next_live(w, vertex), before = previous_live(w, vertex);
     bool drops_after = true;
     if (after != edge) {
-        const Box ahead = box_forwards(w, after, edge), behind = box_backwards(w, before, edge);
+        const Box ahead = box_of_piece(w, after, after, edge);
+        const Box behind = box_of_piece(w, before, next_live(w, edge), before);
         drops_after = !(area(ahead) > area(behind));
     }
     if (drops_after) {
@@ -92,48 +68,64 @@ void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
     }
 }
 
+/// Closes the gaps that the dead have left.
+void close_up(Wavefront& w, MeetingSearch& search)
+{
+    if (w.gone_count == 0)
+        return;
+    pack(w);
+    follow_packing(search, w);
+}
+
+/// Measures the edges of the live vertices, none of them short any more. False when a single vertex is left.
+bool measure_live(Wavefront& w, MeetingSearch& search)
+{
+    if (w.live - w.gone_count == 1)
+        return false;
+    close_up(w, search);
+    if (measure_edges(w))
+        return true;
+    if (!merge_short_edges(w))
+        return false;
+    if (w.gone_count > 0) {
+        close_up(w, search);
+        close_gaps(w, w.edge);
+    }
+    return true;
+}
+
 void sweep_wavefront(Wavefront& w, MeetingSearch& search)
 {
     Sweep& s = w.s;
-    const int64_t most_rounds = 4 * static_cast<int64_t>(s.n) + 64;
+    const int64_t most_rounds = 4 * int64_t{s.n} + 64;
     for (int64_t round = 0; round < most_rounds && s.remaining != 0.0; ++round) {
-        bool has_died;
-        if (!measure_edges(w, has_died))
-            return; // a single vertex is left
-        if (has_died)
-            follow_packing(search, w);
-        if (s.split_events)
-            fit_edge_lines(w);
+        if (!measure_live(w, search))
+            return;
+        fit_edge_lines(w);
         switch (aim_vertices(w)) {
         case Corners::outline_gone:
             return;
         case Corners::hairpin_removed:
-            pack(w);
-            follow_packing(search, w);
             continue; // measure again, from the same distance
         case Corners::aimed:
             break;
         }
-        set_length_rates(w);
         Event event = first_edge_event(w);
+        look_ahead(w, std::fabs(event.time) > std::fabs(s.remaining) ? s.remaining : event.time);
         if (s.split_events)
             event = earlier_split_event(search, w, event);
         if (std::fabs(event.time) > std::fabs(s.remaining)) {
-            move_all(w, s.remaining); // nothing more happens on the way
+            arrive(w); // nothing more happens on the way
             return;
         }
         if (event.vertex < 0) {
-            has_died = collapse_edges(w, event.time);
+            collapse_edges(w, event.time);
         } else {
-            move_all(w, event.time);
+            look_ahead(w, event.time);
+            arrive(w);
             drop_smaller_piece(w, event.vertex, event.edge);
-            has_died = true;
         }
         s.remaining -= event.time;
-        if (has_died) {
-            pack(w);
-            follow_packing(search, w);
-        }
     }
 }
 
@@ -157,12 +149,17 @@ int32_t find_heir(const Sweep& s, int32_t* heir, int32_t i)
 bool run_sweep(Sweep& s)
 {
     start_live(s);
-    if (s.remaining == 0.0)
+    if (s.remaining == 0.0) {
+        for (int64_t k = 2; k < 3 * int64_t{s.n}; k += 3)
+            s.direction[k] = s.velocity[k] = 0.0;
         return true;
-    Wavefront w(s);
-    MeetingSearch search(s);
-    if (!w.exists() || !search.exists())
+    }
+    const int64_t of_wavefront = Wavefront::doubles_for(s);
+    const Workroom room(of_wavefront + MeetingSearch::doubles_for(s));
+    if (!room.exists())
         return false;
+    Wavefront w(s, room.get());
+    MeetingSearch search(s, room.get() + of_wavefront);
     sweep_wavefront(w, search);
     hand_back(w);
     return true;
@@ -172,13 +169,14 @@ bool join_dead_vertices(Sweep& s)
 {
     if (std::memchr(s.dead, 1, static_cast<size_t>(s.n)) == nullptr)
         return true;
-    Scratch<int32_t> heir(s.n);
-    if (!heir.exists())
+    const Workroom room((s.n + 1) / 2);
+    if (!room.exists())
         return false;
-    std::memcpy(heir.get(), s.merge, static_cast<size_t>(s.n) * sizeof *s.merge);
+    auto* const heir = reinterpret_cast<int32_t*>(room.get());
+    std::memcpy(heir, s.merge, static_cast<size_t>(s.n) * sizeof *s.merge);
     for (int32_t i = 0; i < s.n; ++i)
         if (s.dead[i])
-            copy3(s.flat + 3 * static_cast<int64_t>(find_heir(s, heir.get(), i)), s.flat + 3 * static_cast<int64_t>(i));
+            copy3(s.flat + 3 * int64_t{find_heir(s, heir, i)}, s.flat + 3 * int64_t{i});
     return true;
 }
 
@@ -187,7 +185,7 @@ int32_t pack_live_positions(Sweep& s)
     int32_t live = 0;
     for (int32_t i = 0; i < s.n; ++i)
         if (!s.dead[i])
-            copy3(s.flat + 3 * static_cast<int64_t>(i), s.flat + 3 * static_cast<int64_t>(live++));
+            copy3(s.flat + 3 * int64_t{i}, s.flat + 3 * int64_t{live++});
     return live;
 }
 

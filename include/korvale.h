@@ -5,6 +5,7 @@
 
 #include "../border/band.h"
 #include "../border/border.h"
+#include "../border/outlines.h"
 #include "../border/status.h"
 #include "../data/data.h"
 #include "../data/datastruct.h"

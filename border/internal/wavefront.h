@@ -1,101 +1,101 @@
 #pragma once
 
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 
 #include "border/internal/sweep.h"
-#include "platform/internal/scratch.h"
+#include "platform/internal/lanes.h"
 
 namespace korvale::inside {
 
-/// A component of a unit direction larger than this is used to divide by.
-constexpr double kDominantComponent = 0.5;
+/// A column has one value per live vertex, in index order. Place -1 repeats the last one and place `live` the first, so
+/// that a step reads its neighbours without going round.
+struct Points {
+    double *x, *y;
+};
 
-/// One value per live vertex, in index order. Place -1 repeats the last one and place `live` the first, so that a step
-/// reads its neighbours without going round.
-struct Columns {
-    double *x, *y;     ///< position
-    double *dx, *dy;   ///< unit direction of the edge that starts here
-    double *vx, *vy;   ///< motion per unit of distance
-    double *a, *b, *c; ///< line of the edge; without split events null
-    double* length;    ///< of the edge
-    double* rate;      ///< change of the length per unit of distance
+/// The edges that start at the vertices.
+struct Edges {
+    double *dx, *dy; ///< unit direction
+    double* length;
 };
 
 /// The live vertices of a sweep, packed into columns.
 ///
-/// A vertex that dies hands its values back to the arrays of the sweep at once and is marked in `gone`; `pack` closes
-/// the gaps afterwards. Only positions and ids are packed then: the other columns are renewed by the next round
-/// anyway. They are noted in `unpacked` and follow in `settle`, before a step that may leave some of them as they
-/// are. In the same way they are fetched from the arrays of the sweep only where a step leaves some of them as they
-/// were before it.
+/// Positions and edges have two sets of columns each. The vertices move from `at` to `ahead`, then the two change
+/// places; a round measures `edge` while `edge_before` keeps what the round before has measured. So the lines of the
+/// edges are never stored: that of edge i follows from `line_edge` and `line_at`, the edges and the positions they were
+/// last fitted to, which are among those four sets.
+///
+/// A vertex that dies hands its values back to the arrays of the sweep at once and stays, marked in `gone`, until
+/// `pack`. That packs what lives on from round to round, `at` and `id`. The other columns are renewed by the next round
+/// and keep their gaps until then: they are *spread*. A step that writes a whole column takes it out of `spread`; one
+/// that may leave some entries as they were, or reads what the round before has left, calls `refresh` first.
+///
+/// A column that no step has written yet is not in `written`, and is not handed back: the arrays of the sweep keep what
+/// stands there.
 struct Wavefront {
-    enum Unpacked : unsigned { edges = 1, lines = 2, velocities = 4, rates = 8 };
+    enum Group : unsigned { lines = 1, velocities = 2, rates = 4, edges = 8 };
 
-    explicit Wavefront(Sweep& sweep);
-
-    bool exists() const { return memory.exists(); }
+    /// Takes `memory`, of `doubles_for` the sweep.
+    Wavefront(Sweep& sweep, double* memory);
+    static int64_t doubles_for(const Sweep& s);
 
     Sweep& s;
     int32_t live; ///< vertices in the columns
-    Columns col;
-    int32_t* id;    ///< [live] index in the sweep
-    int32_t* place; ///< [n] by index in the sweep: place in the columns, -1 once packed away
-    uint8_t* gone;  ///< [live] 1 for a dead vertex not yet packed away
-    int32_t* gaps;  ///< places that the last packing closed, ascending
-    int32_t gap_count;
-    unsigned unpacked; ///< columns that still have these gaps or, before there were any, nothing
-
-private:
-    Scratch<double> memory;
+    Points at, ahead;
+    Edges edge, edge_before;
+    Points line_at;
+    Edges line_edge;
+    Points velocity; ///< motion per unit of distance
+    double* rate;    ///< change of an edge's length per unit of distance
+    double drift;    ///< the greatest speed at which an end leaves the line of its edge
+    int32_t* id;     ///< [live] index in the sweep
+    int32_t* gaps;   ///< places that the last packing closed, ascending
+    int32_t* list;   ///< [live] for the use of a step
+    uint8_t* gone;   ///< [live] 1 for a dead vertex not yet packed away
+    int32_t gone_count, gap_count;
+    unsigned spread;  ///< groups that still have the gaps of the last packing
+    unsigned written; ///< groups that a step has written
 };
 
-/// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`. Both are
-/// places in the columns.
-struct Event {
-    double time;
-    int32_t vertex;
-    int32_t edge;
-};
+/// Adds place i + k to a list for every bit k that is set.
+inline void add_places(int32_t i, int set, int32_t* list, int32_t& count)
+{
+    for (auto rest = static_cast<unsigned>(set); rest != 0; rest &= rest - 1)
+        list[count++] = i + std::countr_zero(rest);
+}
 
-enum class Corners { aimed, hairpin_removed, outline_gone };
+/// The bits of a condition that holds in every lane.
+template <class V>
+inline constexpr int kAllBits = (1 << width_of<V>)-1;
 
 /// The live vertex after place i; vertices marked gone are passed over.
 int32_t next_live(const Wavefront& w, int32_t i);
 int32_t previous_live(const Wavefront& w, int32_t i);
 
-/// The vertex at place i dies and merges into the one at `heir`.
+/// Repeats the ends of a column beyond its ends.
+void close_ring(double* column, int32_t live);
+void close_ring(const Points& points, int32_t live);
+
+/// The vertex at place i dies and merges into the one at `heir`. Its row must be complete: nothing is spread.
 void bury(Wavefront& w, int32_t i, int32_t heir);
 
-/// Closes the gaps that the dead have left. There are some.
+/// Closes the gaps that the dead have left in `at` and `id`. There are some, and nothing is spread.
 void pack(Wavefront& w);
 
-/// Brings the columns in `unpacked` up to date: closes the gaps of the last packing or, before any, fetches them.
-void settle(Wavefront& w);
+/// Closes the gaps of the last packing in the columns that still have them, and fetches velocities that no step has
+/// written from the arrays of the sweep.
+void refresh(Wavefront& w);
 
 /// Closes `count` gaps in a column of `n` values.
 void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, int32_t n);
 
+/// Closes the gaps of the last packing in the edges just measured.
+void close_gaps(const Wavefront& w, const Edges& edges);
+
 /// Hands all values of the live vertices back to the arrays of the sweep.
 void hand_back(Wavefront& w);
-
-/// Sets direction and length of every edge and merges away the short ones. False when a single vertex is left. Whether
-/// some were packed away is told by `has_died`.
-bool measure_edges(Wavefront& w, bool& has_died);
-
-/// Sets the line that every edge lies on, with the unit normal to the left.
-void fit_edge_lines(Wavefront& w);
-
-/// Sets the velocity of every vertex such that both its edges move at unit speed, up to the first hairpin.
-Corners aim_vertices(Wavefront& w);
-
-void set_length_rates(Wavefront& w);
-
-/// When the first edge shrinks to nothing; beyond the remaining distance when none does.
-Event first_edge_event(const Wavefront& w);
-
-void move_all(Wavefront& w, double time);
-
-/// Moves the vertices and buries those whose edge has shrunk to nothing. Whether there are some.
-bool collapse_edges(Wavefront& w, double time);
 
 } // namespace korvale::inside

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "border/border.h"
+#include "border/outlines.h"
 #include "tests/border/records.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"

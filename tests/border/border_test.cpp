@@ -1,6 +1,9 @@
 // What the two flavours of the sweep do around it: validation, records, allocation, flattening, height.
 #include "border/border.h"
 
+#include <sys/resource.h>
+
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 #include <limits>
@@ -324,6 +327,7 @@ TEST(BORDER_BORDER, TheOutputMayBeThePath)
 TEST(Border, LeavesExactlyEightRecordsAndTheirBuffersAllocated)
 {
     NEEDS_HEAP_COUNTS();
+    warm_up();
     const HeapWatch heap;
     {
         OwnedBorderStatus status(kRooms);
@@ -349,6 +353,7 @@ TEST(Border, AnEmptyPathLeavesEightRecordsWithoutBuffers)
 TEST(BORDER_BORDER, LeavesNothingBehindWhenItsArraysAreReleased)
 {
     NEEDS_HEAP_COUNTS();
+    warm_up();
     const HeapWatch heap;
     for (const double distance : {0.0, 1.0, -0.75, -5.0}) {
         OwnedBORDERStatus status(kRooms);
@@ -420,6 +425,7 @@ TEST(BORDER_BORDER, RefusesANullWorkArray)
 TEST(BORDER_BORDER, EveryAllocationMayFailAndLeavesThePointsOfTheOutput)
 {
     NEEDS_HEAP_FAILURES();
+    warm_up();
     int64_t failed = 0;
     for (bool happened = true; happened; ++failed) {
         const HeapWatch heap;
@@ -440,6 +446,60 @@ TEST(BORDER_BORDER, EveryAllocationMayFailAndLeavesThePointsOfTheOutput)
     EXPECT_GE(failed, 8 + 1);
 }
 
+TEST(BORDER_BORDER, WorkingMemoryThatCannotBeMadeFails)
+{
+    NEEDS_HEAP_FAILURES();
+    const HeapWatch heap;
+    {
+        OwnedBORDERStatus status(gear(10000, 9, 10)); // more than the library keeps memory for
+        fill_points(*status->output, {7, 8, 9});
+        const HeapFailure failure(8 + 1);
+        EXPECT_EQ(BORDER_BORDER(status), -1);
+        EXPECT_TRUE(failure.happened());
+        EXPECT_TRUE(same_bits({7, 8, 9}, points_of(status->output)));
+    }
+    EXPECT_EQ(heap.live_blocks(), 0);
+}
+
+// The second call in records that fit.
+
+TEST(BORDER_BORDER, ASecondSweepAllocatesNothing)
+{
+    NEEDS_HEAP_COUNTS();
+    for (const int32_t split_events : {0, 1})
+        for (const double distance : {0.25, -0.75, -5.0}) {
+            OwnedBORDERStatus few(kRooms), many(gear(64, 9, 10));
+            for (BORDERStatus* const status : {static_cast<BORDERStatus*>(few), static_cast<BORDERStatus*>(many)}) {
+                status->distance = distance;
+                status->split_events = split_events;
+                ASSERT_EQ(BORDER_BORDER(status), 1);
+                const HeapWatch heap;
+                ASSERT_EQ(BORDER_BORDER(status), 1);
+                EXPECT_EQ(heap.allocations(), 0);
+                EXPECT_EQ(heap.frees(), 0);
+            }
+        }
+}
+
+TEST(BORDER_BORDER, ASecondSweepTouchesNoNewPage)
+{
+    NEEDS_HEAP_COUNTS();
+    OwnedBORDERStatus status(wiggly(4096, 256, 0.001));
+    status->distance = -0.0001;
+    ASSERT_EQ(BORDER_BORDER(status), 1);
+    const auto faults = [] {
+        rusage usage;
+        getrusage(RUSAGE_THREAD, &usage);
+        return usage.ru_minflt + usage.ru_majflt;
+    };
+    faults();
+    const long before = faults();
+    for (int i = 0; i < 20; ++i)
+        BORDER_BORDER(status);
+    EXPECT_EQ(faults() - before, 0);
+    EXPECT_EQ(std::count(status->dead->bvals, status->dead->bvals + 4096, 1), 0);
+}
+
 TEST(BORDER_BORDER, AnOutputThatCannotBeMadeFails)
 {
     NEEDS_HEAP_FAILURES();
@@ -454,6 +514,7 @@ TEST(BORDER_BORDER, AnOutputThatCannotBeMadeFails)
 TEST(Border, EveryAllocationMayFail)
 {
     NEEDS_HEAP_FAILURES();
+    warm_up();
     int64_t failed = 0;
     for (bool happened = true; happened; ++failed) {
         OwnedBorderStatus status(kRooms);

@@ -1,10 +1,11 @@
-#include "border/border.h"
+#include "border/outlines.h"
 
 #include <initializer_list>
 #include <limits>
 
 #include <gtest/gtest.h>
 
+#include "border/border.h"
 #include "tests/border/records.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
@@ -237,6 +238,7 @@ TEST(BORDER, AnEmptyChildFailsLikeAnyOther)
 TEST(BORDER, EveryAllocationOfAListMayFail)
 {
     NEEDS_HEAP_FAILURES();
+    warm_up();
     int64_t failed = 0;
     for (bool happened = true; happened; ++failed) {
         const HeapWatch heap;

@@ -387,8 +387,8 @@ TEST(BORDER_BORDER, AMeetingAtTheTimeOfAnEdgeEventInwardsDoesNotCount)
     EXPECT_THAT(at_once.row(at_once->flat, 0), ElementsAre(0.75 - 0x1p-52, 0.75 - 0x1p-52, 0.0));
 }
 
-// The same room as a bay in a block, open above its left part: floor edge 12, prong 6-7, end of the arm edge 11. Growing
-// the block by 0.5 + 2^-53 closes the arm.
+// The same room as a bay in a block, open above its left part: floor edge 12, prong 6-7, end of the arm edge 11.
+// Growing the block by 0.5 + 2^-53 closes the arm.
 TEST(BORDER_BORDER, AMeetingAtTheTimeOfAnEdgeEventOutwardsDoesNotCount)
 {
     const auto block = [](double gap) {

@@ -1,0 +1,186 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+#include "platform/internal/lanes.h"
+
+namespace korvale::inside {
+
+/// An axis-aligned box in the plane.
+struct Box {
+    double low_x, low_y, high_x, high_y;
+};
+
+inline Box box_at(double x, double y)
+{
+    return {x, y, x, y};
+}
+
+inline void widen(Box& box, double x, double y)
+{
+    box.low_x = lesser(x, box.low_x);
+    box.low_y = lesser(y, box.low_y);
+    box.high_x = greater(x, box.high_x);
+    box.high_y = greater(y, box.high_y);
+}
+
+inline double area(const Box& box)
+{
+    return (box.high_x - box.low_x) * (box.high_y - box.low_y);
+}
+
+inline Box hull(const Box& a, const Box& b)
+{
+    return {lesser(a.low_x, b.low_x), lesser(a.low_y, b.low_y), greater(a.high_x, b.high_x),
+            greater(a.high_y, b.high_y)};
+}
+
+/// Whether the boxes share a point.
+inline bool overlap(const Box& a, const Box& b)
+{
+    return !((a.low_x > b.high_x) | (b.low_x > a.high_x) | (a.low_y > b.high_y) | (b.low_y > a.high_y));
+}
+
+/// Boxes as columns.
+struct Boxes {
+    double *low_x, *low_y, *high_x, *high_y;
+
+    Box operator[](int64_t i) const { return {low_x[i], low_y[i], high_x[i], high_y[i]}; }
+    void set(int64_t i, const Box& box) const
+    {
+        low_x[i] = box.low_x;
+        low_y[i] = box.low_y;
+        high_x[i] = box.high_x;
+        high_y[i] = box.high_y;
+    }
+};
+
+/// Columns for n boxes in `memory` of 4 n doubles.
+inline Boxes boxes_in(double* memory, int64_t n)
+{
+    return {memory, memory + n, memory + 2 * n, memory + 3 * n};
+}
+
+/// Of as many boxes from i on as V has lanes, whether they share no point with `box`.
+template <class V>
+KORVALE_OVER_LANES auto boxes_apart(const Boxes& boxes, int64_t i, const Box& box)
+{
+    return (load<V>(boxes.low_x + i) > all<V>(box.high_x)) | (load<V>(boxes.low_y + i) > all<V>(box.high_y)) |
+           (all<V>(box.low_x) > load<V>(boxes.high_x + i)) | (all<V>(box.low_y) > load<V>(boxes.high_y + i));
+}
+
+/// The same of the hulls of boxes i and i + 1.
+template <class V>
+KORVALE_OVER_LANES auto hulls_apart(const Boxes& boxes, int64_t i, const Box& box)
+{
+    return (lesser(load<V>(boxes.low_x + i), load<V>(boxes.low_x + i + 1)) > all<V>(box.high_x)) |
+           (lesser(load<V>(boxes.low_y + i), load<V>(boxes.low_y + i + 1)) > all<V>(box.high_y)) |
+           (all<V>(box.low_x) > greater(load<V>(boxes.high_x + i), load<V>(boxes.high_x + i + 1))) |
+           (all<V>(box.low_y) > greater(load<V>(boxes.high_y + i), load<V>(boxes.high_y + i + 1)));
+}
+
+/// A tree over the edges of a closed outline in order, whose vertices have boxes: the box of an edge is the hull of
+/// those of its two ends, and `kFan` neighbours share a node, and so on upwards, to at most `kFan` nodes.
+struct BoxTree {
+    static constexpr int32_t kFan = 8;
+    static constexpr int kMostLevels = 12;
+
+    Boxes level[kMostLevels]; ///< level[0] are the edges; each is filled up to a multiple of kFan with empty boxes
+    int32_t count[kMostLevels];
+    int levels;
+};
+
+/// What a tree over n edges needs.
+int64_t doubles_for_tree(int64_t n);
+
+/// Boxes that columns of n vertices have room for: the first is repeated at the end, and kFan can be read from
+/// anywhere.
+inline int64_t boxes_for_vertices(int64_t n)
+{
+    return n + 1 + BoxTree::kFan;
+}
+
+/// The tree over the edges between n vertices, in `memory`.
+BoxTree grow_tree(const Boxes& vertices, int32_t n, double* memory);
+
+/// The box around all.
+Box box_around(const BoxTree& tree);
+
+/// The bits of those of the kFan boxes from `first` on that share a point with `box`.
+template <class V>
+KORVALE_OVER_LANES unsigned find_overlaps(const Boxes& boxes, int64_t first, const Box& box)
+{
+    constexpr int kWidth = width_of<V>;
+    unsigned apart = 0;
+    for (int k = 0; k < BoxTree::kFan; k += kWidth)
+        apart |= static_cast<unsigned>(bits(boxes_apart<V>(boxes, first + k, box))) << k;
+    return ~apart & ((1u << BoxTree::kFan) - 1);
+}
+
+/// Calls emit(vertex, edge) for those of the vertices of leaf `bunch` and the edges of leaf `node` whose boxes meet,
+/// until it returns false.
+template <class V, class Emit>
+KORVALE_OVER_LANES bool meet_leaf(const BoxTree& tree, const Boxes& vertices, int32_t n, int32_t bunch, int32_t node,
+                                  const Emit& emit)
+{
+    const int32_t first = BoxTree::kFan * bunch, first_edge = BoxTree::kFan * node;
+    unsigned near = find_overlaps<V>(vertices, first, tree.level[1][node]);
+    near &= n - first < BoxTree::kFan ? (1u << (n - first)) - 1 : ~0u;
+    for (; near != 0; near &= near - 1) {
+        const int32_t m = first + std::countr_zero(near);
+        unsigned edges = find_overlaps<V>(tree.level[0], first_edge, vertices[m]);
+        for (; edges != 0; edges &= edges - 1)
+            if (!emit(m, first_edge + std::countr_zero(edges)))
+                return false;
+    }
+    return true;
+}
+
+/// `for_meeting_boxes` with V for lanes. The vertices of a leaf descend together, as the leaf's own box.
+template <class V, class Emit>
+KORVALE_OVER_LANES bool descend(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit)
+{
+    const int top = tree.levels - 1;
+    unsigned pending[BoxTree::kMostLevels];
+    int32_t first[BoxTree::kMostLevels];
+    for (int32_t bunch = 0; bunch < tree.count[1]; ++bunch) {
+        const Box box = tree.level[1][bunch];
+        int level = top;
+        first[top] = 0;
+        pending[top] = find_overlaps<V>(tree.level[top], 0, box);
+        while (level <= top) {
+            if (pending[level] == 0) {
+                ++level;
+                continue;
+            }
+            const int32_t node = first[level] + std::countr_zero(pending[level]);
+            pending[level] &= pending[level] - 1;
+            if (level > 1) {
+                --level;
+                first[level] = BoxTree::kFan * node;
+                pending[level] = find_overlaps<V>(tree.level[level], first[level], box);
+            } else if (!meet_leaf<V>(tree, vertices, n, bunch, node, emit)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+template <class Emit>
+KORVALE_FOUR_LANES bool descend_by_four(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit)
+{
+    return descend<Quad>(tree, vertices, n, emit);
+}
+
+/// Calls emit(vertex, edge) for every vertex and edge whose boxes meet, until it returns false. Whether it never did.
+/// n is above kFan.
+template <class Emit>
+bool for_meeting_boxes(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit)
+{
+    return widest([&] { return descend_by_four(tree, vertices, n, emit); },
+                  [&] { return descend<Pair>(tree, vertices, n, emit); });
+}
+
+} // namespace korvale::inside

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+
+#include "border/internal/wavefront.h"
+
+// The steps of a round, in the order in which a sweep takes them.
+namespace korvale::inside {
+
+/// A component of a unit direction larger than this is used to divide by.
+constexpr double kDominantComponent = 0.5;
+
+/// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`. Both are
+/// places in the columns.
+struct Event {
+    double time;
+    int32_t vertex;
+    int32_t edge;
+};
+
+enum class Corners { aimed, hairpin_removed, outline_gone };
+
+/// Sets direction and length of every edge. False when some are too short to have a direction.
+bool measure_edges(Wavefront& w);
+
+/// Buries the vertices whose edge has been measured and is too short, and measures the edges that change with that.
+/// False when a single vertex is left.
+bool merge_short_edges(Wavefront& w);
+
+/// From here on the lines of the edges are those of the edges and positions as they are now.
+void fit_edge_lines(Wavefront& w);
+
+/// Sets the velocity of every vertex such that both its edges move at unit speed, up to the first hairpin, which is
+/// buried. Sets `drift` as well.
+Corners aim_vertices(Wavefront& w);
+
+/// Sets at which rate every edge changes its length. When the first shrinks to nothing; beyond the remaining distance
+/// when none does.
+Event first_edge_event(Wavefront& w);
+
+/// Sets where the vertices are after `time`.
+void look_ahead(Wavefront& w, double time);
+
+/// The vertices are where they were expected.
+void arrive(Wavefront& w);
+
+/// Lets the vertices arrive and buries those whose edge has shrunk to nothing at `time`, for which they have looked
+/// ahead.
+void collapse_edges(Wavefront& w, double time);
+
+} // namespace korvale::inside

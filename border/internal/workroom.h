@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+
+namespace korvale::inside {
+
+/// Working memory of one call: uninitialised doubles. A few are in the object itself. More come from one of some blocks
+/// that the library keeps for the calls to come, so that these neither ask the heap nor have new pages cleared.
+///
+/// At most `kKeptBlocks` blocks of at most `kMostKept` doubles are kept, for all threads together; what is larger or
+/// one too many goes back to the heap. They are released when the library is unloaded.
+class Workroom {
+public:
+    static constexpr int64_t kNearby = 512;
+    static constexpr int kKeptBlocks = 4;
+    static constexpr int64_t kMostKept = int64_t{1} << 19;
+
+    explicit Workroom(int64_t count) : values_(nearby_), block_(nullptr)
+    {
+        if (count > kNearby)
+            take_block(count);
+    }
+    ~Workroom()
+    {
+        if (block_ != nullptr)
+            give_back();
+    }
+    Workroom(const Workroom&) = delete;
+    Workroom& operator=(const Workroom&) = delete;
+
+    /// Whether there is room for `count` values; false where the heap is exhausted.
+    bool exists() const { return values_ != nullptr; }
+    double* get() const { return values_; }
+
+private:
+    struct Block;
+
+    void take_block(int64_t count);
+    void give_back();
+
+    double* values_;
+    Block* block_;
+    double nearby_[kNearby];
+
+    friend struct KeptBlocks;
+};
+
+} // namespace korvale::inside

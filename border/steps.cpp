@@ -1,0 +1,292 @@
+// The steps of a sweep over packed columns; one vertex at a time they stand in tests/reference/sweep.cpp. What a step
+// computes for a vertex does not depend on the others' results, so whole columns are computed at a time. Only deaths
+// depend on the order: the few places where a vertex may die are listed first, and the step goes through them in order.
+// Invariant: every live vertex gets its value by the operations of the documented steps, in their order, once a round.
+#include "border/internal/steps.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "platform/internal/lanes.h"
+
+namespace korvale::inside {
+namespace {
+
+/// An edge shorter than this is merged away when it is measured.
+constexpr double kMergeLength = 1.2e-06;
+/// Directions that differ by less than this are taken for the same.
+constexpr double kLeastTurn = 1e-06;
+/// A corner whose half turn has a smaller cosine is a hairpin: it would move infinitely fast.
+constexpr double kHairpinCosine = 1e-06;
+/// Above twice the square of that: a corner with a larger 1 + cos(turn) is certainly no hairpin.
+constexpr double kHairpinTurn = 3e-12;
+/// An edge that an event leaves no longer than this has collapsed.
+constexpr double kCollapsedLength = 1e-06;
+/// Distance beyond the remaining one at which "no event" is placed.
+constexpr double kBeyond = 1.0;
+
+/// Sets edge i, which ends at vertex j, without dividing by its length.
+void measure_edge(const Wavefront& w, int32_t i, int32_t j)
+{
+    const double dx = w.at.x[j] - w.at.x[i], dy = w.at.y[j] - w.at.y[i];
+    w.edge.dx[i] = dx;
+    w.edge.dy[i] = dy;
+    w.edge.length[i] = std::sqrt(dx * dx + dy * dy);
+}
+
+/// Edge i is as it was before the round.
+void keep_edge(const Wavefront& w, int32_t i)
+{
+    const bool was_measured = (w.written & Wavefront::lines) != 0;
+    const int64_t vertex = w.id[i];
+    w.edge.dx[i] = was_measured ? w.edge_before.dx[i] : w.s.direction[3 * vertex];
+    w.edge.dy[i] = was_measured ? w.edge_before.dy[i] : w.s.direction[3 * vertex + 1];
+    w.edge.length[i] = was_measured ? w.edge_before.length[i] : w.s.length[vertex];
+}
+
+bool is_short(const Wavefront& w, int32_t i)
+{
+    return !w.gone[i] && w.edge.length[i] < kMergeLength;
+}
+
+/// Buries vertex i, whose edge is short, and the vertices before it as long as the edge to what follows is short as
+/// well. False when a single vertex is left.
+bool merge_from(Wavefront& w, int32_t i)
+{
+    for (;;) {
+        const int32_t j = next_live(w, i);
+        measure_edge(w, i, j);
+        bury(w, i, j);
+        const int32_t k = previous_live(w, i);
+        if (j == k) {
+            if (j > i)
+                keep_edge(w, j); // its turn would have come
+            return false;
+        }
+        measure_edge(w, k, j);
+        const double length = w.edge.length[k];
+        if (k < i && length < kMergeLength) {
+            i = k;
+            continue;
+        }
+        w.edge.dx[k] /= length;
+        w.edge.dy[k] /= length;
+        return true;
+    }
+}
+
+/// 1 + the cosine of the turn from unit edge direction e to f.
+template <class V>
+KORVALE_OVER_LANES V turn(const V& ex, const V& ey, const V& fx, const V& fy)
+{
+    return 1.0 + (ex * fx + ey * fy);
+}
+
+/// The direction in which the corner between unit edge directions e and f moves.
+template <class V>
+KORVALE_OVER_LANES void find_bisector(const V& ex, const V& ey, const V& fx, const V& fy, V& bx, V& by)
+{
+    const V dx = ex - fx, dy = ey - fy;
+    const V size = root(dx * dx + dy * dy);
+    const auto bends = size >= all<V>(kLeastTurn);
+    const auto bends_back = ex * fy - ey * fx < all<V>(0.0);
+    const V ux = dx / size, uy = dy / size;
+    bx = select(bends_back, -ux, ux);
+    by = select(bends_back, -uy, uy);
+    if (any_false(bends)) {
+        bx = select(bends, bx, fy);
+        by = select(bends, by, -fx);
+    }
+}
+
+/// The speed at which a vertex of velocity v leaves the line of an edge that it starts or ends.
+template <class V>
+KORVALE_OVER_LANES V drift_of(const V& dx, const V& dy, const V& vx, const V& vy)
+{
+    return absolute(dx * vy - dy * vx + 1.0);
+}
+
+/// Lists the corners that may be hairpins.
+int32_t list_sharp_corners(const Wavefront& w)
+{
+    const double *const dx = w.edge.dx, *const dy = w.edge.dy;
+    int32_t* const list = w.list;
+    int32_t count = 0;
+    for_lanes(0, w.live, [dx, dy, list, &count]<class V>(int32_t i) {
+        const V c = turn(load<V>(dx + i - 1), load<V>(dy + i - 1), load<V>(dx + i), load<V>(dy + i));
+        const auto is_sharp = c < all<V>(kHairpinTurn);
+        add_places(i, bits(is_sharp), list, count);
+    });
+    return count;
+}
+
+/// Aims the corners from `begin` to `end`, none of which is a hairpin.
+void aim_corners(Wavefront& w, int32_t begin, int32_t end)
+{
+    const Edges edge = w.edge;
+    const Points velocity = w.velocity;
+    w.drift = greatest_over(begin, end, w.drift, [edge, velocity]<class V>(int32_t i) {
+        const V ex = load<V>(edge.dx + i - 1), ey = load<V>(edge.dy + i - 1);
+        const V fx = load<V>(edge.dx + i), fy = load<V>(edge.dy + i);
+        V bx, by;
+        find_bisector(ex, ey, fx, fy, bx, by);
+        const V speed = 1.0 / root(0.5 * turn(ex, ey, fx, fy));
+        const V vx = bx * speed, vy = by * speed;
+        store(velocity.x + i, vx);
+        store(velocity.y + i, vy);
+        return greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy));
+    });
+}
+
+/// Aims corner i. False for a hairpin, of which only the direction of motion is set.
+bool aim_sharp_corner(Wavefront& w, int32_t i)
+{
+    const double ex = w.edge.dx[i - 1], ey = w.edge.dy[i - 1], fx = w.edge.dx[i], fy = w.edge.dy[i];
+    double &vx = w.velocity.x[i], &vy = w.velocity.y[i];
+    find_bisector(ex, ey, fx, fy, vx, vy);
+    const double c = turn(ex, ey, fx, fy);
+    const double cos_half_turn = c < 0.0 ? 0.0 : std::sqrt(0.5 * c);
+    if (cos_half_turn < kHairpinCosine)
+        return false;
+    const double speed = 1.0 / cos_half_turn;
+    vx *= speed;
+    vy *= speed;
+    w.drift = greater(greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy)), w.drift);
+    return true;
+}
+
+/// Lists the edges that `time` brings to nothing.
+int32_t list_collapsing(const Wavefront& w, double time)
+{
+    const double *const length = w.edge.length, *const rate = w.rate;
+    int32_t* const list = w.list;
+    int32_t count = 0;
+    for_lanes(0, w.live, [length, rate, time, list, &count]<class V>(int32_t i) {
+        const auto collapsed = time * load<V>(rate + i) + load<V>(length + i) <= all<V>(kCollapsedLength);
+        add_places(i, bits(collapsed), list, count);
+    });
+    return count;
+}
+
+} // namespace
+
+bool measure_edges(Wavefront& w)
+{
+    std::swap(w.edge, w.edge_before);
+    close_ring(w.at, w.live);
+    const Points at = w.at;
+    const Edges edge = w.edge;
+    const double shortest = least_over(0, w.live, kMergeLength, [at, edge]<class V>(int32_t i) {
+        const V dx = load<V>(at.x + i + 1) - load<V>(at.x + i), dy = load<V>(at.y + i + 1) - load<V>(at.y + i);
+        const V length = root(dx * dx + dy * dy);
+        store(edge.length + i, length);
+        store(edge.dx + i, dx / length);
+        store(edge.dy + i, dy / length);
+        return length;
+    });
+    w.written |= Wavefront::edges;
+    return !(shortest < kMergeLength);
+}
+
+bool merge_short_edges(Wavefront& w)
+{
+    refresh(w);
+    // In order, an edge is measured when its turn comes. Only the one that ends at the first vertex is affected by an
+    // earlier death: it is the last, and is measured again with every such death.
+    for (int32_t i = 0; i < w.live; ++i)
+        if (is_short(w, i) && !merge_from(w, i))
+            return false;
+    return true;
+}
+
+void fit_edge_lines(Wavefront& w)
+{
+    close_ring(w.at, w.live); // again, as some may have died
+    close_ring(w.edge.dx, w.live);
+    close_ring(w.edge.dy, w.live);
+    w.line_at = w.at;
+    w.line_edge = w.edge;
+    w.written |= Wavefront::lines;
+    w.spread &= ~static_cast<unsigned>(Wavefront::lines);
+}
+
+Corners aim_vertices(Wavefront& w)
+{
+    w.drift = 0.0;
+    const int32_t sharp = list_sharp_corners(w);
+    int32_t done = 0;
+    if (sharp > 0)
+        refresh(w); // a hairpin leaves the velocities behind it as they were
+    for (int32_t k = 0; k < sharp; ++k) {
+        const int32_t i = w.list[k];
+        aim_corners(w, done, i);
+        if (!aim_sharp_corner(w, i)) {
+            const int32_t j = next_live(w, i), before = previous_live(w, i);
+            bury(w, i, w.edge.length[before] > w.edge.length[i] ? j : before);
+            return j != before ? Corners::hairpin_removed : Corners::outline_gone;
+        }
+        done = i + 1;
+    }
+    aim_corners(w, done, w.live);
+    close_ring(w.velocity, w.live);
+    w.written |= Wavefront::velocities;
+    w.spread &= ~static_cast<unsigned>(Wavefront::velocities);
+    return Corners::aimed;
+}
+
+Event first_edge_event(Wavefront& w)
+{
+    // Counted along the motion, so that times are positive and an edge shrinks where its rate has the sign of
+    // `shrinks`.
+    const bool outwards = w.s.remaining > 0.0;
+    const double sign = outwards ? -1.0 : 1.0;
+    const double beyond = outwards ? w.s.remaining + kBeyond : -(w.s.remaining - kBeyond);
+    const Edges edge = w.edge;
+    const Points velocity = w.velocity;
+    double* const rates = w.rate;
+    const double time = least_over(0, w.live, beyond, [edge, velocity, rates, sign, beyond]<class V>(int32_t i) {
+        const V dx = load<V>(edge.dx + i), dy = load<V>(edge.dy + i);
+        const V along_x = load<V>(velocity.x + i + 1) - load<V>(velocity.x + i);
+        const V along_y = load<V>(velocity.y + i + 1) - load<V>(velocity.y + i);
+        const auto by_x = absolute(dx) > all<V>(kDominantComponent);
+        const V rate = select(by_x, along_x, along_y) / select(by_x, dx, dy);
+        store(rates + i, rate);
+        const V shrinking = sign * rate;
+        return select(shrinking > all<V>(0.0), load<V>(edge.length + i) / shrinking, all<V>(beyond));
+    });
+    w.written |= Wavefront::rates;
+    w.spread &= ~static_cast<unsigned>(Wavefront::rates);
+    return {outwards ? time : -time, -1, -1};
+}
+
+void look_ahead(Wavefront& w, double time)
+{
+    const Points at = w.at, ahead = w.ahead, velocity = w.velocity;
+    for_lanes(0, w.live, [at, ahead, velocity, time]<class V>(int32_t i) {
+        store(ahead.x + i, load<V>(at.x + i) + time * load<V>(velocity.x + i));
+        store(ahead.y + i, load<V>(at.y + i) + time * load<V>(velocity.y + i));
+    });
+}
+
+void arrive(Wavefront& w)
+{
+    std::swap(w.at, w.ahead);
+}
+
+void collapse_edges(Wavefront& w, double time)
+{
+    const int32_t count = list_collapsing(w, time);
+    arrive(w);
+    for (int32_t k = 0; k < count; ++k) {
+        const int32_t i = w.list[k], j = next_live(w, i);
+        bury(w, i, j);
+        if (j == previous_live(w, i)) { // Deliberate: the vertices after i stay where they are
+            std::copy(w.ahead.x + i + 1, w.ahead.x + w.live, w.at.x + i + 1);
+            std::copy(w.ahead.y + i + 1, w.ahead.y + w.live, w.at.y + i + 1);
+            return;
+        }
+    }
+}
+
+} // namespace korvale::inside

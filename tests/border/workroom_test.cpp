@@ -1,0 +1,108 @@
+// Memory that is kept between calls.
+#include "border/internal/workroom.h"
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/heap.h"
+
+using namespace korvale::inside;
+using namespace korvale::test;
+
+namespace {
+
+/// Where a room of `count` is, which is given back at once.
+const double* place_of_room(int64_t count)
+{
+    const Workroom room(count);
+    EXPECT_TRUE(room.exists());
+    room.get()[count - 1] = 1.0;
+    return room.get();
+}
+
+} // namespace
+
+TEST(Workroom, ASecondOneTakesTheMemoryOfTheFirst)
+{
+    NEEDS_HEAP_COUNTS();
+    const double* const first = place_of_room(1000);
+    const HeapWatch heap;
+    EXPECT_EQ(place_of_room(513), first);
+    EXPECT_EQ(place_of_room(900), first);
+    EXPECT_EQ(place_of_room(1000), first);
+    EXPECT_EQ(heap.live_blocks(), 0);
+    EXPECT_EQ(heap.frees(), 0);
+}
+
+TEST(Workroom, ASmallOneNeedsNoBlock)
+{
+    NEEDS_HEAP_COUNTS();
+    const HeapWatch heap;
+    const Workroom room(Workroom::kNearby);
+    EXPECT_EQ(heap.live_blocks(), 0);
+    const auto* const begin = reinterpret_cast<const char*>(&room);
+    const auto* const values = reinterpret_cast<const char*>(room.get());
+    EXPECT_GE(values, begin);
+    EXPECT_LE(values + Workroom::kNearby * sizeof(double), begin + sizeof room);
+}
+
+TEST(Workroom, ALargerOneTakesThePlaceOfASmaller)
+{
+    NEEDS_HEAP_COUNTS();
+    place_of_room(1000);
+    const HeapWatch heap;
+    const double* const large = place_of_room(100000);
+    EXPECT_EQ(heap.live_blocks(), 0); // the small one went
+    EXPECT_EQ(heap.frees(), 1);
+    EXPECT_EQ(place_of_room(1000), large);
+}
+
+TEST(Workroom, WhatIsLargerThanTheBoundIsNotKept)
+{
+    NEEDS_HEAP_COUNTS();
+    const HeapWatch heap;
+    {
+        const Workroom huge(Workroom::kMostKept + 1);
+        EXPECT_TRUE(huge.exists());
+    }
+    EXPECT_EQ(heap.live_blocks(), 0);
+}
+
+TEST(Workroom, NoMoreBlocksAreKeptThanPromised)
+{
+    NEEDS_HEAP_COUNTS();
+    std::vector<std::unique_ptr<Workroom>> rooms;
+    rooms.reserve(Workroom::kKeptBlocks + 3);
+    for (int i = 0; i < Workroom::kKeptBlocks + 3; ++i)
+        rooms.push_back(std::make_unique<Workroom>(1000));
+    const HeapWatch heap;
+    rooms.clear(); // the objects go, and three of the blocks
+    EXPECT_EQ(heap.frees(), Workroom::kKeptBlocks + 3 + 3);
+}
+
+TEST(Workroom, MoreThanThereIsGivesNone)
+{
+    EXPECT_FALSE(Workroom(INT64_MAX).exists());
+    EXPECT_FALSE(Workroom(int64_t{1} << 58).exists());
+}
+
+TEST(Workroom, ThreadsNeverShareABlock)
+{
+    std::vector<std::thread> threads;
+    for (int t = 1; t <= 6; ++t)
+        threads.emplace_back([t] {
+            for (int round = 0; round < 3000; ++round) {
+                const Workroom room(600);
+                ASSERT_TRUE(room.exists());
+                for (int i = 0; i < 600; ++i)
+                    room.get()[i] = t;
+                for (int i = 0; i < 600; ++i)
+                    ASSERT_EQ(room.get()[i], t);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+}
