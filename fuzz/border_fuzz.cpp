@@ -1,5 +1,7 @@
-// Offsets arbitrary outlines by both flavours. The first byte selects, then follow the distance and the coordinates: as
-// doubles, or as small integers, which make equal coordinates, straight runs and simultaneous events common.
+// Offsets arbitrary outlines by both flavours, smaller ones beside the documented steps. The first byte selects, then
+// follow the distance and the coordinates: as doubles, or as small integers, which make equal coordinates, straight
+// runs and simultaneous events common.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -9,6 +11,11 @@
 
 #include "border/band.h"
 #include "border/border.h"
+#include "border/outlines.h"
+#include "data/operations.h"
+#include "path/flatten.h"
+#include "platform/layer.h"
+#include "tests/reference/sweep.h"
 
 // The work arrays of Border stay allocated on purpose.
 extern "C" const char* __lsan_default_suppressions();
@@ -47,7 +54,7 @@ std::vector<double> read_integers(const uint8_t* bytes, size_t count)
     return values;
 }
 
-void sweep(std::vector<double>& points, double distance, bool keep, bool split, bool as_band)
+BORDERStatus status_for(const std::vector<double>& points, double distance, bool keep, bool split)
 {
     BORDERStatus status;
     BORDERInitialize(&status);
@@ -59,6 +66,19 @@ void sweep(std::vector<double>& points, double distance, bool keep, bool split, 
     status.path->count = n;
     if (DATAAllocate(status.path) > 0)
         std::memcpy(status.path->dvals, points.data(), 3 * sizeof(double) * static_cast<size_t>(n));
+    return status;
+}
+
+void release_all(BORDERStatus& status)
+{
+    for (DATAstruct* const d : {status.path, status.output, status.flat, status.velocity, status.direction, status.line,
+                                status.dead, status.length, status.rate, status.merge})
+        release(d);
+}
+
+void sweep(const std::vector<double>& points, double distance, bool keep, bool split, bool as_band)
+{
+    BORDERStatus status = status_for(points, distance, keep, split);
     if (as_band)
         BORDERAddWings(&status);
     const int32_t wanted = status.path->count;
@@ -78,9 +98,71 @@ void sweep(std::vector<double>& points, double distance, bool keep, bool split, 
         BORDERRemoveWings(&status);
         BORDERMakePipe(&status);
     }
-    for (DATAstruct* const d : {status.path, status.output, status.flat, status.velocity, status.direction, status.line,
-                                status.dead, status.length, status.rate, status.merge})
-        release(d);
+    release_all(status);
+}
+
+/// A double that the sweep may have to leave as it is.
+constexpr double kUntouched = 7.25;
+
+/// Equal bits; any NaN equals any other.
+void require_same(const std::vector<double>& expected, const double* actual)
+{
+    for (size_t i = 0; i < expected.size(); ++i)
+        require(std::memcmp(&expected[i], &actual[i], sizeof(double)) == 0 ||
+                (std::isnan(expected[i]) && std::isnan(actual[i])));
+}
+
+/// The work arrays against the documented steps.
+void compare_with_steps(const std::vector<double>& points, double distance, bool split)
+{
+    const size_t n = points.size() / 3;
+    BORDERStatus status = status_for(points, distance, true, split);
+    const auto prefill = [n](DATAstruct& d, int32_t dim) {
+        d.dim = dim;
+        d.count = static_cast<int32_t>(n);
+        require(DATAAllocate(&d) > 0);
+        std::fill_n(d.dvals, n * static_cast<size_t>(dim), kUntouched);
+    };
+    for (DATAstruct* const d : {status.flat, status.velocity, status.direction, status.line})
+        prefill(*d, 3);
+    prefill(*status.length, 1);
+    prefill(*status.rate, 1);
+
+    Mwsrand(1);
+    Xfm xfm, reverse;
+    DATA_to_xy_xfms(status.path, xfm, reverse, 1);
+    TransformDATA(xfm, status.path, status.flat);
+    std::vector<double> flat(status.flat->dvals, status.flat->dvals + 3 * n);
+    std::vector<double> velocity(3 * n, kUntouched), direction(velocity), line(velocity), length(n, kUntouched),
+        rate(length);
+    std::vector<uint8_t> dead(n);
+    std::vector<int32_t> merge(n);
+    korvale::reference::Sweep s{};
+    s.n = static_cast<int32_t>(n);
+    s.remaining = distance;
+    s.split_events = split;
+    s.flat = flat.data();
+    s.direction = direction.data();
+    s.velocity = velocity.data();
+    s.line = line.data();
+    s.length = length.data();
+    s.rate = rate.data();
+    s.dead = dead.data();
+    s.merge = merge.data();
+    korvale::reference::run_sweep(s);
+    korvale::reference::join_dead_vertices(s);
+
+    Mwsrand(1);
+    require(BORDER_BORDER(&status) == 1);
+    require_same(flat, status.flat->dvals);
+    require_same(velocity, status.velocity->dvals);
+    require_same(direction, status.direction->dvals);
+    require_same(line, status.line->dvals);
+    require_same(length, status.length->dvals);
+    require_same(rate, status.rate->dvals);
+    require(std::memcmp(dead.data(), status.dead->bvals, n) == 0);
+    require(std::memcmp(merge.data(), status.merge->ivals, n * sizeof(int32_t)) == 0);
+    release_all(status);
 }
 
 void sweep_first_generation(std::vector<double>& points, double distance, bool keep, bool split)
@@ -144,6 +226,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
     count -= 1 + sizeof distance;
     std::vector<double> points = (bytes[0] & 16) != 0 ? read_integers(rest, count) : read_doubles(rest, count);
     sweep(points, distance, keep, split, as_band);
+    constexpr size_t kMostCompared = 120; // the steps take time in proportion to the cube
+    if (points.size() >= 3 && points.size() / 3 <= kMostCompared && std::isfinite(distance))
+        compare_with_steps(points, distance, split);
     if (points.size() >= 3)
         pipe_wrapped(points, bytes[1]);
     if ((bytes[0] & 0xe0) == 0xe0) // now and then: its work arrays stay
