@@ -416,6 +416,10 @@ KORVALE_FOUR_LANES double least_over_four_lanes(Index i, Index end, double start
         even = lesser(step.template operator()<Quad>(i), even);
         odd = lesser(step.template operator()<Quad>(i + 4), odd);
     }
+    if (end - i >= 4) {
+        even = lesser(step.template operator()<Quad>(i), even);
+        i += 4;
+    }
     const double rest = least_over_two_lanes<Index>(i, end, start, step);
     return lesser(reduce_least(lesser(even, odd)), rest);
 }
