@@ -198,8 +198,7 @@ Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& al
         make_boxes(search, w, outwards ? stage : -stage, slack_of(w.drift, allow.reach, window));
         const BoxTree tree = grow_tree(search.boxes, w.live, search.tree_memory);
         for_meeting_boxes(tree, search.boxes, w.live, [&w, &event, outwards](int32_t m, int32_t e) {
-            if (!is_own(w, m, e))
-                meet(w, outwards, m, e, event);
+            meet(w, outwards, m, e, event);
             return true;
         });
         window = std::min(window, std::fabs(event.time));
@@ -209,10 +208,8 @@ Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& al
     }
 }
 
-bool add_candidate(MeetingSearch& search, const Wavefront& w, int32_t m, int32_t e)
+bool add_candidate(MeetingSearch& search, int32_t m, int32_t e)
 {
-    if (is_own(w, m, e))
-        return true;
     if (search.candidate_count == search.most_candidates)
         return false;
     search.candidates[search.candidate_count++] = {m, e};
@@ -265,9 +262,8 @@ bool register_all(MeetingSearch& search, const Wavefront& w, const Allowance& al
     make_stretches(search, tree, w.live);
     search.reach = reach_of(box_around(tree));
     search.registered = search.reach < kFarthestBox &&
-                        for_meeting_boxes(tree, search.boxes, w.live, [&search, &w](int32_t m, int32_t e) {
-                            return add_candidate(search, w, m, e);
-                        });
+                        for_meeting_boxes(tree, search.boxes, w.live,
+                                          [&search](int32_t m, int32_t e) { return add_candidate(search, m, e); });
     return search.registered;
 }
 
@@ -339,7 +335,7 @@ bool add_vertices_near(MeetingSearch& search, const Wavefront& w, int32_t e)
         });
     });
     for (int32_t k = 0; k < count; ++k)
-        if (!add_candidate(search, w, list[k], e))
+        if (!is_own(w, list[k], e) && !add_candidate(search, list[k], e))
             return false;
     return true;
 }
@@ -358,7 +354,7 @@ bool add_edges_near(MeetingSearch& search, const Wavefront& w, int32_t m)
         });
     });
     for (int32_t k = 0; k < count; ++k)
-        if (!add_candidate(search, w, m, list[k]))
+        if (!is_own(w, m, list[k]) && !add_candidate(search, m, list[k]))
             return false;
     return true;
 }

@@ -5,10 +5,13 @@
 
 #include <cstring>
 
+#include "platform/internal/lanes3.h"
+
 namespace korvale::inside {
 namespace {
 
 constexpr int32_t kColumns = 13, kLists = 3;
+constexpr unsigned kAllGroups = Wavefront::lines | Wavefront::velocities | Wavefront::rates | Wavefront::edges;
 
 /// Values of the row that hold before the sweep, for a step that leaves some as they are.
 void fetch_velocities(const Wavefront& w)
@@ -46,6 +49,28 @@ void store_row(const Wavefront& w, int32_t i)
     }
 }
 
+/// Hands back the rows of a sweep in which nobody died, so that they are the columns side by side.
+void store_all_rows(const Wavefront& w)
+{
+    const Sweep s = w.s;
+    const Points at = w.at, velocity = w.velocity, line_at = w.line_at;
+    const Edges edge = w.edge, line_edge = w.line_edge;
+    const double* const rate = w.rate;
+    for_lanes(0, int64_t{s.n}, [=]<class V>(int64_t i) {
+        const V zero = all<V>(0.0), z = load_points<V>(s.flat + 3 * i).z;
+        store_points<V>(s.flat + 3 * i, {load<V>(at.x + i), load<V>(at.y + i), z});
+        store_points<V>(s.direction + 3 * i, {load<V>(edge.dx + i), load<V>(edge.dy + i), zero});
+        store_points<V>(s.velocity + 3 * i, {load<V>(velocity.x + i), load<V>(velocity.y + i), zero});
+        store(s.length + i, load<V>(edge.length + i));
+        store(s.rate + i, load<V>(rate + i));
+        if (s.split_events) {
+            const V dx = load<V>(line_edge.dx + i), dy = load<V>(line_edge.dy + i);
+            const V c = dy * load<V>(line_at.x + i) - dx * load<V>(line_at.y + i);
+            store_points<V>(s.line + 3 * i, {-dy, dx, c});
+        }
+    });
+}
+
 void close_column(const Wavefront& w, double* column)
 {
     close_gaps(column, sizeof *column, w.gaps, w.gap_count, w.live + w.gap_count);
@@ -81,11 +106,15 @@ Wavefront::Wavefront(Sweep& sweep, double* memory)
     list = gaps + s.n;
     gone = reinterpret_cast<uint8_t*>(list + s.n);
     std::memset(gone, 0, static_cast<size_t>(s.n));
-    for (int32_t i = 0; i < s.n; ++i) {
+    for (int32_t i = 0; i < s.n; ++i)
         id[i] = i;
-        at.x[i] = s.flat[3 * int64_t{i}];
-        at.y[i] = s.flat[3 * int64_t{i} + 1];
-    }
+    const double* const flat = s.flat;
+    const Points to = at;
+    for_lanes(0, int64_t{s.n}, [flat, to]<class V>(int64_t i) {
+        const Lanes3<V> points = load_points<V>(flat + 3 * i);
+        store(to.x + i, points.x);
+        store(to.y + i, points.y);
+    });
 }
 
 int32_t next_live(const Wavefront& w, int32_t i)
@@ -182,6 +211,10 @@ void hand_back(Wavefront& w)
 {
     if (w.spread != 0)
         refresh(w);
+    if (w.live == w.s.n && w.gone_count == 0 && w.written == kAllGroups) {
+        store_all_rows(w);
+        return;
+    }
     for (int32_t i = 0; i < w.live; ++i)
         if (!w.gone[i])
             store_row(w, i);

@@ -118,6 +118,34 @@ KORVALE_OVER_LANES unsigned find_overlaps(const Boxes& boxes, int64_t first, con
     return ~apart & ((1u << BoxTree::kFan) - 1);
 }
 
+/// Whether high[i] < low[i] for kFan places from `first` on.
+template <class V>
+KORVALE_OVER_LANES bool all_clear(const double* high, const double* low, int64_t first)
+{
+    bool are_clear = true;
+    for (int k = 0; k < BoxTree::kFan; k += width_of<V>)
+        are_clear &= !any_false(load<V>(high + first + k) < load<V>(low + first + k));
+    return are_clear;
+}
+
+/// Whether the boxes of kFan + 1 vertices lie one behind the other along an axis. Then a vertex of theirs meets none of
+/// the edges between them but its own.
+template <class V>
+KORVALE_OVER_LANES bool are_in_line(const Boxes& vertices, int64_t first)
+{
+    return all_clear<V>(vertices.high_x, vertices.low_x + 1, first) ||
+           all_clear<V>(vertices.high_x + 1, vertices.low_x, first) ||
+           all_clear<V>(vertices.high_y, vertices.low_y + 1, first) ||
+           all_clear<V>(vertices.high_y + 1, vertices.low_y, first);
+}
+
+/// The bit of an edge in a leaf, 0 where it is in another.
+inline unsigned bit_in_leaf(int32_t edge, int32_t first_edge)
+{
+    const int32_t place = edge - first_edge;
+    return place >= 0 && place < BoxTree::kFan ? 1u << place : 0u;
+}
+
 /// Calls emit(vertex, edge) for those of the vertices of leaf `bunch` and the edges of leaf `node` whose boxes meet,
 /// until it returns false.
 template <class V, class Emit>
@@ -125,11 +153,14 @@ KORVALE_OVER_LANES bool meet_leaf(const BoxTree& tree, const Boxes& vertices, in
                                   const Emit& emit)
 {
     const int32_t first = BoxTree::kFan * bunch, first_edge = BoxTree::kFan * node;
+    if (bunch == node && n - first >= BoxTree::kFan && are_in_line<V>(vertices, first))
+        return true;
     unsigned near = find_overlaps<V>(vertices, first, tree.level[1][node]);
     near &= n - first < BoxTree::kFan ? (1u << (n - first)) - 1 : ~0u;
     for (; near != 0; near &= near - 1) {
-        const int32_t m = first + std::countr_zero(near);
+        const int32_t m = first + std::countr_zero(near), before = m == 0 ? n - 1 : m - 1;
         unsigned edges = find_overlaps<V>(tree.level[0], first_edge, vertices[m]);
+        edges &= ~(bit_in_leaf(m, first_edge) | bit_in_leaf(before, first_edge));
         for (; edges != 0; edges &= edges - 1)
             if (!emit(m, first_edge + std::countr_zero(edges)))
                 return false;
@@ -174,8 +205,8 @@ KORVALE_FOUR_LANES bool descend_by_four(const BoxTree& tree, const Boxes& vertic
     return descend<Quad>(tree, vertices, n, emit);
 }
 
-/// Calls emit(vertex, edge) for every vertex and edge whose boxes meet, until it returns false. Whether it never did.
-/// n is above kFan.
+/// Calls emit(vertex, edge) for every vertex and edge whose boxes meet, except its own two edges, until it returns
+/// false. Whether it never did. n is above kFan.
 template <class Emit>
 bool for_meeting_boxes(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit)
 {

@@ -25,8 +25,9 @@ public:
           boxes_(boxes_in(memory_.data(), boxes_for_vertices(n)))
     {
         double x = 0, y = 0;
+        const bool straight = random.one_in(2);
         for (int i = 0; i < n; ++i) {
-            x += random.between(-2, 2);
+            x += straight && !random.one_in(12) ? 3 : random.between(-2, 2);
             y += random.between(-2, 2);
             Box box = box_at(x, y);
             widen(box, x + random.uniform(-size, size), y + random.uniform(-size, size));
@@ -50,7 +51,7 @@ Pairs all_pairs(const WalkBoxes& walk)
     Pairs pairs;
     for (int m = 0; m < walk.count(); ++m)
         for (int e = 0; e < walk.count(); ++e)
-            if (overlap(walk.boxes()[m], walk.edge(e)))
+            if (e != m && (e + 1) % walk.count() != m && overlap(walk.boxes()[m], walk.edge(e)))
                 pairs.emplace(m, e);
     return pairs;
 }
@@ -66,7 +67,7 @@ TEST(Box, BoxesThatTouchShareAPoint)
     EXPECT_TRUE(overlap(box, {0.25, 0.25, 0.5, 0.5}));
 }
 
-TEST(BoxTree, FindsEveryMeetingOnce)
+TEST(BoxTree, FindsEveryMeetingWithAnEdgeThatIsNotItsOwnOnce)
 {
     Random random(1);
     for (int round = 0; round < rounds(300) && !testing::Test::HasFailure(); ++round) {
