@@ -109,7 +109,9 @@ KORVALE_OVER_LANES Event test_pairs(const Wavefront& w, Event event)
         int32_t count = 0, e = 0;
         for (; w.live - e >= width_of<V>; e += width_of<V>)
             list_near_edges<V>(w, m, e, window, count);
-        for (; e < w.live; ++e)
+        for (; w.live - e >= 2; e += 2)
+            list_near_edges<Pair>(w, m, e, window, count);
+        if (e < w.live)
             list_near_edges<double>(w, m, e, window, count);
         for (int32_t k = 0; k < count; ++k)
             if (!is_own(w, m, w.list[k]))
@@ -486,21 +488,21 @@ int64_t MeetingSearch::doubles_for(const Sweep& s)
     return 4 * boxes_for_vertices(n) + doubles_for_tree(n) + places / 2 + kCandidatesPerVertex * n;
 }
 
-MeetingSearch::MeetingSearch(const Sweep& s, double* memory)
-    : registered(false), rounds(0), previous_remaining(s.remaining), pace(0.0), reach(0.0), allowance(0.0), edge(0.0),
-      vertices(s.n), boxes(), tree_memory(nullptr), stretch_count(0), stretch_begin(nullptr), stretches(),
-      changed_count(0), changed_edges(nullptr), leaving(nullptr), candidate_count(0),
-      most_candidates(kCandidatesPerVertex * s.n), candidates(nullptr)
+MeetingSearch::MeetingSearch(const Sweep& s, double* memory) : registered(false)
 {
     if (!has_search(s))
-        return;
+        return; // nothing else is looked at
     const int64_t n = s.n;
+    rounds = 0;
+    previous_remaining = s.remaining;
+    pace = 0.0;
     boxes = boxes_in(memory, boxes_for_vertices(n));
     tree_memory = memory + 4 * boxes_for_vertices(n);
     leaving = reinterpret_cast<int32_t*>(tree_memory + doubles_for_tree(n));
     stretch_begin = leaving + n;
     changed_edges = stretch_begin + n;
     candidates = reinterpret_cast<Candidate*>(leaving + 4 * n + 2);
+    most_candidates = kCandidatesPerVertex * n;
 }
 
 void follow_packing(MeetingSearch& search, const Wavefront& w)

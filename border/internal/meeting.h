@@ -27,7 +27,6 @@ struct MeetingSearch {
     double reach;              ///< no box holds a larger coordinate
     double allowance;          ///< by how much the boxes are wider than the motion that was tested, at least
     double edge;               ///< average length when the boxes were made
-    int32_t vertices;          ///< of the sweep
     Boxes boxes;               ///< [live + 1] of the vertices, the first repeated at the end
     double* tree_memory;
     int32_t stretch_count;
