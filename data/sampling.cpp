@@ -5,8 +5,8 @@
 
 #include "data/internal/buffers.h"
 #include "math/internal/vec.h"
+#include "platform/internal/random.h"
 #include "platform/internal/scratch.h"
-#include "platform/layer.h"
 
 // Sampling draws a number for each point and takes the first triangle whose cumulative share of the area reaches it.
 // The shares are kept as running maxima: they reach a number at the same triangle first, and they ascend whatever the
@@ -15,8 +15,6 @@
 namespace korvale::inside {
 namespace {
 
-/// The largest value of the platform's generator.
-constexpr int kLargestDraw = 32767;
 /// From so many points on a table of all draws is quicker than halving.
 constexpr int64_t kPointsForTable = 4096;
 /// Points drawn before the first of them is written.
@@ -39,12 +37,6 @@ struct Attributes {
     double* to;         ///< [points][width]
     int64_t width;      ///< 0 where none are carried
 };
-
-/// A draw as a value in [0, 1].
-double unit(int draw)
-{
-    return draw / static_cast<double>(kLargestDraw);
-}
 
 double area(const double* triangle)
 {
@@ -79,12 +71,12 @@ int64_t first_reaching(double r, const double* reached, int64_t count)
     return std::min(found, count - 1);
 }
 
-/// Writes the triangle of every draw to table[kLargestDraw + 1].
+/// Writes the triangle of every draw to table[kGreatestDraw + 1].
 void tabulate(const double* reached, int64_t count, int32_t* table)
 {
     int64_t i = 0;
-    for (int draw = 0; draw <= kLargestDraw; ++draw) {
-        while (i < count - 1 && !(unit(draw) <= reached[i]))
+    for (int draw = 0; draw <= kGreatestDraw; ++draw) {
+        while (i < count - 1 && !(unit_of(draw) <= reached[i]))
             ++i;
         table[draw] = static_cast<int32_t>(i);
     }
@@ -108,13 +100,13 @@ void draw_places(const Triangles& t, const double* reached, const int32_t* table
 {
     for (int64_t s = 0; s < count; ++s) {
         const int draw = Mwrand();
-        const bool tabled = table != nullptr && draw >= 0 && draw <= kLargestDraw;
+        const bool tabled = table != nullptr && draw >= 0 && draw <= kGreatestDraw;
         Place& place = places[s];
-        place.triangle = tabled ? table[draw] : first_reaching(unit(draw), reached, t.count);
+        place.triangle = tabled ? table[draw] : first_reaching(unit_of(draw), reached, t.count);
         __builtin_prefetch(t.values + place.triangle * t.stride);
         __builtin_prefetch(t.values + place.triangle * t.stride + kTriangle - 1);
-        place.u = unit(Mwrand());
-        place.v = unit(Mwrand());
+        place.u = unit_draw();
+        place.v = unit_draw();
         if (place.u + place.v > 1) {
             place.u = 1 - place.u;
             place.v = 1 - place.v;
@@ -130,7 +122,7 @@ void scatter(const Triangles& t, unsigned seed, const Points& p, const Attribute
         return;
     measure_shares(t, reached.get());
     const bool wants_table = p.count >= kPointsForTable;
-    Scratch<int32_t> table(wants_table ? kLargestDraw + 1 : 0);
+    Scratch<int32_t> table(wants_table ? kGreatestDraw + 1 : 0);
     const bool has_table = wants_table && table.exists(); // without one the search goes on as for few points
     if (has_table)
         tabulate(reached.get(), t.count, table.get());

@@ -1,8 +1,12 @@
+// Loading in two stages. Two objects of one class frame all other static objects of the library: the one at the end of
+// this file is made before them, the one in last.cpp after them. A constructor moves `ref` one step up and a destructor
+// one step down; each step tells the layer of one stage.
+//
+// All state is constant-initialised: the layer may call the entry point while the library registers itself.
 #include "frame/frame.h"
 
 #include <cstdint>
 
-// All state is constant-initialised: the layer may call the entry point while the library registers itself.
 int _Initializerkorvale::ref = 0;
 int _Initializerkorvale::infunc = 0;
 void* _Initializerkorvale::handle = nullptr;
@@ -128,5 +132,5 @@ void* GetKorvaleRefCount()
     return &reference_count;
 }
 
-// The first stage: before every module's initialiser, see last.cpp for the second.
+// The first stage: before every module's initialiser.
 static _Initializerkorvale first __attribute__((init_priority(101)));

@@ -1,3 +1,7 @@
+// The thin layer for systems without one: handles that tell libraries apart, identifiers of window messages by name,
+// and the random generator of the process. It stays loaded once it was loaded, so all of this is the process's.
+//
+// All state is constant-initialised, since libraries register themselves while they are loaded.
 #include "platform/layer.h"
 
 #include <atomic>
@@ -7,7 +11,6 @@
 #include <cstring>
 #include <mutex>
 
-// The thin layer. All state is constant-initialised, since libraries register themselves while they are loaded.
 namespace {
 
 constexpr unsigned kProcessAttach = 1;

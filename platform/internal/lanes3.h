@@ -53,8 +53,8 @@ KORVALE_OVER_LANES Lanes3<V> cross(const Lanes3<V>& a, const Lanes3<V>& b)
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
-// Three values of lanes listed one after the other, x0 y0 z0 x1 y1 ..., and the same parted by coordinate. Both ways may
-// be done in place.
+// Three values of lanes listed one after the other, x0 y0 z0 x1 y1 ..., and the same parted by coordinate. Both ways
+// may be done in place.
 
 inline void part_three(const double (&listed)[3], double (&parted)[3])
 {

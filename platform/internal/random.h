@@ -4,10 +4,18 @@
 
 namespace korvale::inside {
 
-/// One draw of the platform's generator as a value in [0, 1]; both ends occur.
+/// The greatest number that `Mwrand` returns; the least is 0.
+inline constexpr int kGreatestDraw = 32767;
+
+/// A number drawn with `Mwrand` as a value in [0, 1]; both ends occur.
+inline double unit_of(int draw)
+{
+    return draw / static_cast<double>(kGreatestDraw);
+}
+
 inline double unit_draw()
 {
-    return Mwrand() / 32767.0;
+    return unit_of(Mwrand());
 }
 
 } // namespace korvale::inside

@@ -1,5 +1,5 @@
-// Every operation on lanes beside the same operation on doubles, bit by bit, over values of which many are zeros of both
-// signs, infinite, denormal or not a number. A step is run value by value, in pairs, and four at a time.
+// Every operation on lanes beside the same operation on doubles, bit by bit, over values of which many are zeros of
+// both signs, infinite, denormal or not a number. A step is run value by value, in pairs, and four at a time.
 #include "platform/internal/lanes.h"
 
 #include <limits>
