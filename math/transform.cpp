@@ -11,6 +11,11 @@ constexpr int kDecimals = 6;
 /// The longest element: a sign, 309 digits, the point and the decimals.
 constexpr size_t kLongestElement = 1 + 309 + 1 + kDecimals;
 
+KORVALE_FOUR_LANES void multiply_wide(const double (*a)[4], const double (*b)[4], double (*out)[4])
+{
+    multiply_in_lanes<Quad>(a, b, out);
+}
+
 } // namespace
 } // namespace korvale::inside
 
@@ -23,10 +28,12 @@ void make_identity(Xfm m)
 
 void TransformVector(Xfm m, double* v, double* out)
 {
-    double turned[3];
-    for (int i = 0; i < 3; ++i)
-        turned[i] = m[i][0] * v[0] + m[i][1] * v[1] + m[i][2] * v[2];
-    std::memcpy(out, turned, sizeof turned);
+    const double x = m[0][0] * v[0] + m[0][1] * v[1] + m[0][2] * v[2];
+    const double y = m[1][0] * v[0] + m[1][1] * v[1] + m[1][2] * v[2];
+    const double z = m[2][0] * v[0] + m[2][1] * v[1] + m[2][2] * v[2];
+    out[0] = x;
+    out[1] = y;
+    out[2] = z;
 }
 
 void TransformPoint(Xfm m, double* p, double* out)
@@ -43,7 +50,7 @@ void xfm_pnt(double* m16, double* p, double* out)
 
 void MatrixMultiply(Xfm a, Xfm b, Xfm out)
 {
-    multiply(a, b, out);
+    widest([&] { multiply_wide(a, b, out); }, [&] { multiply(a, b, out); });
 }
 
 void MatrixTranspose(Xfm in, Xfm out)

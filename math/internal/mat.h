@@ -2,49 +2,101 @@
 
 #include <cstring>
 
+#include "platform/internal/lanes3.h"
+
 // The matrix arithmetic of the library, inline. The exported functions of math/transform.h are doors to these.
 namespace korvale::inside {
 
 inline void set_identity(double (*m)[4])
 {
-    for (int i = 0; i < 4; ++i)
-        for (int j = 0; j < 4; ++j)
-            m[i][j] = i == j ? 1.0 : 0.0;
+    static constexpr double kIdentity[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+    std::memcpy(m, kIdentity, sizeof kIdentity);
 }
 
 /// Row `i` of `m` applied to (x, y, z, 1), summed from the left.
-inline double carried(const double (*m)[4], int i, double x, double y, double z)
+template <class V>
+KORVALE_OVER_LANES V carried(const double (*m)[4], int i, const Lanes3<V>& p)
 {
-    return m[i][0] * x + m[i][1] * y + m[i][2] * z + m[i][3];
+    return m[i][0] * p.x + m[i][1] * p.y + m[i][2] * p.z + m[i][3];
+}
+
+/// Applies `m` to points and divides by their fourth coordinates where one is not 1; dividing the others changes
+/// nothing.
+template <class V>
+KORVALE_OVER_LANES Lanes3<V> carried(const double (*m)[4], const Lanes3<V>& p)
+{
+    const Lanes3<V> h = {carried(m, 0, p), carried(m, 1, p), carried(m, 2, p)};
+    const V w = carried(m, 3, p);
+    if (any_false(w == all<V>(1.0)))
+        return h / w;
+    return h;
 }
 
 /// Applies `m` to the point `p`; `out` may be `p`.
 inline void carry_point(const double (*m)[4], const double* p, double* out)
 {
-    const double x = p[0], y = p[1], z = p[2];
-    const double hx = carried(m, 0, x, y, z);
-    const double hy = carried(m, 1, x, y, z);
-    const double hz = carried(m, 2, x, y, z);
-    const double hw = carried(m, 3, x, y, z);
-    if (hw == 1.0) {
-        out[0] = hx;
-        out[1] = hy;
-        out[2] = hz;
-    } else {
-        out[0] = hx / hw;
-        out[1] = hy / hw;
-        out[2] = hz / hw;
-    }
+    const Lanes3<double> h = carried(m, Lanes3<double>{p[0], p[1], p[2]});
+    out[0] = h.x;
+    out[1] = h.y;
+    out[2] = h.z;
+}
+
+/// A row of a matrix in lanes, one Quad or two Pairs.
+template <class V>
+struct Row {
+    V part[4 / width_of<V>];
+};
+
+template <class V>
+KORVALE_OVER_LANES Row<V> row_of(double a, double b, double c, double d)
+{
+    if constexpr (width_of<V> == 4)
+        return {{Quad(a, b, c, d)}};
+    else
+        return {{Pair{a, b}, Pair{c, d}}};
+}
+
+template <class V>
+KORVALE_OVER_LANES Row<V> load_row(const double* row)
+{
+    if constexpr (width_of<V> == 4)
+        return {{load<V>(row)}};
+    else
+        return {{load<V>(row), load<V>(row + 2)}};
+}
+
+template <class V>
+KORVALE_OVER_LANES void store_row(double* to, const Row<V>& row)
+{
+    for (int k = 0; k < 4 / width_of<V>; ++k)
+        store(to + k * width_of<V>, row.part[k]);
+}
+
+/// Row `a` times the matrix `b`. Each lane sums its column from the left.
+template <class V>
+KORVALE_OVER_LANES Row<V> row_product(const double* a, const Row<V> (&b)[4])
+{
+    const V x = all<V>(a[0]), y = all<V>(a[1]), z = all<V>(a[2]), w = all<V>(a[3]);
+    Row<V> product;
+    for (int k = 0; k < 4 / width_of<V>; ++k)
+        product.part[k] = x * b[0].part[k] + y * b[1].part[k] + z * b[2].part[k] + w * b[3].part[k];
+    return product;
 }
 
 /// out = a b; `out` may be either.
+template <class V>
+KORVALE_OVER_LANES void multiply_in_lanes(const double (*a)[4], const double (*b)[4], double (*out)[4])
+{
+    const Row<V> rows[4] = {load_row<V>(b[0]), load_row<V>(b[1]), load_row<V>(b[2]), load_row<V>(b[3])};
+    const Row<V> product[4] = {row_product(a[0], rows), row_product(a[1], rows), row_product(a[2], rows),
+                               row_product(a[3], rows)};
+    for (int i = 0; i < 4; ++i)
+        store_row(out[i], product[i]);
+}
+
 inline void multiply(const double (*a)[4], const double (*b)[4], double (*out)[4])
 {
-    double product[4][4];
-    for (int i = 0; i < 4; ++i)
-        for (int j = 0; j < 4; ++j)
-            product[i][j] = a[i][0] * b[0][j] + a[i][1] * b[1][j] + a[i][2] * b[2][j] + a[i][3] * b[3][j];
-    std::memcpy(out, product, sizeof product);
+    multiply_in_lanes<Pair>(a, b, out);
 }
 
 /// `out` must be another matrix than `in`.

@@ -6,11 +6,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/bits.h"
-#include "tests/support/random.h"
 
 namespace {
 
-using korvale::test::Random;
 using korvale::test::same_bits;
 
 TEST(factorial, IsOneForZeroAndBelow)
@@ -81,19 +79,6 @@ TEST(power, IsOneForExponentsBelowOne)
     EXPECT_EQ(power(2.0, -1), 1.0);
     EXPECT_EQ(power(std::numeric_limits<double>::quiet_NaN(), 0), 1.0);
     EXPECT_EQ(power(2.0, std::numeric_limits<int>::min()), 1.0);
-}
-
-TEST(power, EqualsRepeatedMultiplication)
-{
-    Random random(4);
-    for (int i = 0; i < korvale::test::rounds(3000); ++i) {
-        const double x = random.one_in(2) ? random.awkward() : random.uniform(-2, 2);
-        const int n = random.between(1, random.one_in(5) ? 3000 : 20);
-        double expected = x;
-        for (int k = 1; k < n; ++k)
-            expected *= x;
-        ASSERT_TRUE(same_bits(expected, power(x, n))) << x << " to the " << n;
-    }
 }
 
 TEST(power, EndsSoonWhereTheSizeNoLongerChanges)

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "math/transform.h"
+
+namespace korvale::reference {
+
+void make_identity(Xfm m);
+
+/// out = a b, summed element by element into a temporary.
+void multiply(const Xfm a, const Xfm b, Xfm out);
+
+/// The upper 3x3 block of `m` applied to `v`.
+void transform_vector(const Xfm m, const double* v, double* out);
+
+/// x multiplied by itself n - 1 times; 1 for n below 1.
+double power(double x, int n);
+
+} // namespace korvale::reference
