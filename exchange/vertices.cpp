@@ -40,7 +40,7 @@ int32_t read_points(I3DVertexAccessor& accessor, ReadOne read_one, uint32_t n, d
         if (number_read != 1)
             return kStatusFailed;
         for (int k = 0; k < 3; ++k)
-            points[3 * static_cast<int64_t>(i) + k] = xyz[k];
+            points[3 * int64_t{i} + k] = xyz[k];
     }
     return kSucceeded;
 }
@@ -51,7 +51,7 @@ int32_t write_points(I3DVertexAccessor& accessor, const double* points, uint32_t
         if (const int32_t status = accessor.Seek(i); status != kSucceeded)
             return status;
         uint32_t number_written = 0;
-        const double* const xyz = points + 3 * static_cast<int64_t>(i);
+        const double* const xyz = points + 3 * int64_t{i};
         if (const int32_t status = accessor.WritePositions(1, xyz, &number_written); status != kSucceeded)
             return status;
         if (number_written != 1)

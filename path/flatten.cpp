@@ -39,12 +39,12 @@ constexpr double kDegreesPerRadian = 57.2957795;
 
 /// The points of an outline, borrowed.
 struct Outline {
-    const double* points; // [3 count]
-    int count;            // 1 or more
+    const double* points; ///< [count][3]
+    int count;            ///< 1 or more
 
     int before(int i) const { return i == 0 ? count - 1 : i - 1; }
     int after(int i) const { return i == count - 1 ? 0 : i + 1; }
-    const double* point(int i) const { return points + 3 * static_cast<int64_t>(i); }
+    const double* point(int64_t i) const { return points + 3 * i; }
     const double* next(int i) const { return point(after(i)); }
     const double* previous(int i) const { return point(before(i)); }
 };
@@ -52,12 +52,12 @@ struct Outline {
 /// A pair of transforms in the making.
 struct Transforms {
     double (*forward)[4];
-    double (*reverse)[4]; // or null
+    double (*reverse)[4]; ///< or null
 };
 
-/// Whether `path` is of points at all.
+/// Whether the record is of points, by its kind and dim.
 template <class Array>
-bool is_path(const Array* path)
+bool is_outline(const Array* path)
 {
     return path != nullptr && path->type == DATA_TYPE_DOUBLE && path->dim == 3;
 }
@@ -235,7 +235,7 @@ struct Corner {
     int vertex;
     double incoming[3];
     double outgoing[3];
-    double normal[3]; // incoming x outgoing
+    double normal[3]; ///< incoming x outgoing
 };
 
 bool find_corner(const Outline& outline, Corner& corner)
@@ -361,7 +361,7 @@ int flatten(const Data* path, double (*xfm)[4], double (*reverse)[4], bool close
         return -1;
     const Transforms to = {xfm, reverse};
     set_identities(to);
-    if (!is_path(path))
+    if (!is_outline(path))
         return 1;
     if (components(path->count, path->dim) > kMostElements)
         return -1;
@@ -388,7 +388,7 @@ void flatten(const DATAstruct* path, double (*xfm)[4], double (*reverse)[4], boo
         return;
     const Transforms to = {xfm, reverse};
     set_identities(to);
-    if (!is_path(path) || !is_filled(*path))
+    if (!is_outline(path) || !is_filled(*path))
         return;
 
     const Outline outline = {path->dvals, path->count};

@@ -2,15 +2,19 @@
 // from point to point: what of it runs along the new z axis is taken away. A closed path ends with an x axis that is
 // turned against the first; every frame is then turned about its z axis by its share of that angle.
 //
-// A direction that cannot be normalised because it is too short is the sign of a degenerate place throughout.
+// Only the x axis has to wait for the frame before, so the z axes of a run of points are found first, several at a
+// time. A direction that cannot be normalised because it is too short is the sign of a degenerate place throughout.
+//
+// The steps one point at a time: tests/reference/frames.cpp.
 #include "path/frames.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "data/internal/buffers.h"
 #include "math/internal/mat.h"
 #include "math/internal/vec.h"
+#include "platform/internal/lanes3.h"
 
 namespace korvale::inside {
 namespace {
@@ -20,11 +24,11 @@ constexpr double kBackwardSine = -1e-06;
 
 /// A polyline of two points or more, borrowed.
 struct Polyline {
-    const double* points; // [3 n]
+    const double* points; ///< [n][3]
     int n;
     bool closed;
 
-    const double* point(int i) const { return points + 3 * static_cast<int64_t>(i); }
+    const double* point(int64_t i) const { return points + 3 * i; }
     const double* last() const { return point(n - 1); }
 };
 
@@ -138,11 +142,9 @@ Axes first_axes(const Polyline& path)
     return axes;
 }
 
-/// Carries the axes of the frame before on to a frame whose z axis runs along `z`.
-inline void carry_on(Axes& axes, double* z)
+/// Carries the axes of the frame before on to a frame with the unit z axis `z`.
+inline void carry_on(Axes& axes, const double* z)
 {
-    if (!make_unit(z))
-        copy3(axes.z, z);
     double x[3];
     copy3(axes.x, x);
     if (!make_perpendicular(x, z))
@@ -151,18 +153,126 @@ inline void carry_on(Axes& axes, double* z)
     copy3(z, axes.z);
 }
 
-/// A row of a matrix in lanes.
-typedef double Row __attribute__((vector_size(4 * sizeof(double))));
+/// The z axes of a run of points.
+struct Run {
+    static constexpr int kMost = 64;
 
-/// frame = frame * turn, the full product, so that signed zeros and points that are not finite come out the same. Each
-/// lane sums its column from the left.
-inline void turn_about_z(double c, double s, Xfm& frame)
+    double step[3][kMost + 1]; ///< the direction from the point before the first, from the first, and so on
+    double z[3][kMost];        ///< unit z axes
+    double size[kMost];        ///< lengths of the z axes before; one too short is no direction
+};
+
+/// Divides by `size`, the length of `v`, unless that is too short.
+template <class V>
+KORVALE_OVER_LANES Lanes3<V> unit_of(const Lanes3<V>& v, const V& size)
 {
-    const Row turn[4] = {{c, -s, 0.0, 0.0}, {s, c, 0.0, 0.0}, {0.0, 0.0, 1.0, 0.0}, {0.0, 0.0, 0.0, 1.0}};
-    for (auto& row : frame) {
-        const Row product = row[0] * turn[0] + row[1] * turn[1] + row[2] * turn[2] + row[3] * turn[3];
-        std::memcpy(row, &product, sizeof product);
+    const auto is_short = size < all<V>(kShortestVector);
+    const Lanes3<V> unit = v / size;
+    return {select(is_short, v.x, unit.x), select(is_short, v.y, unit.y), select(is_short, v.z, unit.z)};
+}
+
+template <class V>
+KORVALE_OVER_LANES void store_columns(double* x, double* y, double* z, const Lanes3<V>& v)
+{
+    store(x, v.x);
+    store(y, v.y);
+    store(z, v.z);
+}
+
+/// Finds the z axes of `count` inner points from `first` on.
+void find_run(const Polyline& path, int first, int count, Run& run)
+{
+    const double* const before = path.point(first - 1);
+    for_lanes(0, count + 1, [before, &run]<class V>(int i) {
+        const Lanes3<V> along = load_points<V>(before + 3 * (i + 1)) - load_points<V>(before + 3 * i);
+        store_columns(run.step[0] + i, run.step[1] + i, run.step[2] + i, unit_of(along, root(dot(along, along))));
+    });
+    for_lanes(0, count, [&run]<class V>(int i) {
+        const Lanes3<V> arriving = {load<V>(run.step[0] + i), load<V>(run.step[1] + i), load<V>(run.step[2] + i)};
+        const double *const x = run.step[0] + 1, *const y = run.step[1] + 1, *const z = run.step[2] + 1;
+        const Lanes3<V> back = {-load<V>(x + i), -load<V>(y + i), -load<V>(z + i)};
+        const Lanes3<V> halving = back - arriving;
+        const V size = root(dot(halving, halving));
+        store(run.size + i, size);
+        store_columns(run.z[0] + i, run.z[1] + i, run.z[2] + i, unit_of(halving, size));
+    });
+}
+
+/// Paths of fewer points than this are walked one by one: lanes would wait for what others have just stored.
+constexpr int kFewestInLanes = 10;
+
+/// Carries the axes along the inner points and writes their frames. Returns the last ones.
+Axes walk(const Polyline& path, Axes axes, Xfm* frames)
+{
+    Run run;
+    for (int first = 1; first < path.n - 1; first += Run::kMost) {
+        const int count = std::min(path.n - 1 - first, Run::kMost);
+        find_run(path, first, count, run);
+        for (int i = 0; i < count; ++i) {
+            double z[3] = {run.z[0][i], run.z[1][i], run.z[2][i]};
+            if (run.size[i] < kShortestVector)
+                copy3(axes.z, z);
+            carry_on(axes, z);
+            write_frame(axes, path.point(first + i), frames[first + i]);
+        }
     }
+    return axes;
+}
+
+/// The same one by one. The direction that leaves a point is the one that arrives at the next.
+Axes walk_few(const Polyline& path, Axes axes, Xfm* frames)
+{
+    double leaving[3], arriving[3], z[3];
+    unit_direction(path.point(0), path.point(1), leaving);
+    for (int i = 1; i < path.n - 1; ++i) {
+        copy3(leaving, arriving);
+        unit_direction(path.point(i), path.point(i + 1), leaving);
+        bisect(leaving, arriving, z);
+        if (!make_unit(z))
+            copy3(axes.z, z);
+        carry_on(axes, z);
+        write_frame(axes, path.point(i), frames[i]);
+    }
+    return axes;
+}
+
+/// The turns of frames 1, 2, ..., each by a share of the angle more than the one before.
+struct Shares {
+    double cos_share, sin_share;
+    double c = 1.0, s = 0.0;
+
+    void next()
+    {
+        const double next_c = cos_share * c - sin_share * s;
+        s = s * cos_share + c * sin_share;
+        c = next_c;
+    }
+};
+
+/// frame i = frame i * turn i for i = 1 ... n - 1: the full product, so that signed zeros and points that are not
+/// finite come out the same. The last row stays unless the turn is NaN.
+template <class V>
+KORVALE_OVER_LANES void turn_frames(Shares shares, int n, Xfm* frames)
+{
+    const int rows = std::isnan(shares.cos_share) ? 4 : 3;
+    for (int i = 1; i < n; ++i) {
+        shares.next();
+        const double c = shares.c, s = shares.s;
+        const Row<V> turn[4] = {row_of<V>(c, -s, 0.0, 0.0), row_of<V>(s, c, 0.0, 0.0), row_of<V>(0.0, 0.0, 1.0, 0.0),
+                                row_of<V>(0.0, 0.0, 0.0, 1.0)};
+        for (int r = 0; r < rows; ++r)
+            store_row(frames[i][r], row_product(frames[i][r], turn));
+    }
+}
+
+KORVALE_FOUR_LANES void turn_frames_wide(const Shares& shares, int n, Xfm* frames)
+{
+    turn_frames<Quad>(shares, n, frames);
+}
+
+void turn_frames_plain(const Shares& shares, int n, Xfm* frames)
+{
+    turn_frames<Pair>(shares, n, frames);
 }
 
 /// Turns frame i about its z axis by i / n of the angle between the last x axis and the first.
@@ -176,15 +286,22 @@ void spread_twist(const Axes& first, const Axes& last, double full_turn, int n, 
     const double sine = dot(axis, first.z);
     const double angle = sine > kBackwardSine ? std::acos(cosine) : full_turn - std::acos(cosine);
     const double share = angle / static_cast<double>(n);
-    const double cos_share = std::cos(share), sin_share = std::sin(share);
+    const Shares shares = {std::cos(share), std::sin(share)};
+    widest([&] { turn_frames_wide(shares, n, frames); }, [&] { turn_frames_plain(shares, n, frames); });
+}
 
-    double c = 1.0, s = 0.0;
-    for (int i = 1; i < n; ++i) {
-        const double next_c = cos_share * c - sin_share * s;
-        s = s * cos_share + c * sin_share;
-        c = next_c;
-        turn_about_z(c, s, frames[i]);
+/// The z axis of the last frame, not normalised.
+void find_last_z(const Polyline& path, double* z)
+{
+    const double* const before = path.point(path.n - 2);
+    if (!path.closed) {
+        subtract(before, path.last(), z);
+        return;
     }
+    double leaving[3], arriving[3];
+    unit_direction(before, path.last(), arriving);
+    unit_direction(path.last(), path.point(0), leaving);
+    bisect(leaving, arriving, z);
 }
 
 void find_frames(const Polyline& path, double full_turn, Xfm* frames)
@@ -192,24 +309,11 @@ void find_frames(const Polyline& path, double full_turn, Xfm* frames)
     const Axes first = first_axes(path);
     write_frame(first, path.point(0), frames[0]);
 
-    // The direction that leaves a point is the one that arrives at the next.
-    Axes axes = first;
-    double leaving[3], arriving[3], z[3];
-    unit_direction(path.point(0), path.point(1), leaving);
-    for (int i = 1; i < path.n - 1; ++i) {
-        copy3(leaving, arriving);
-        unit_direction(path.point(i), path.point(i + 1), leaving);
-        bisect(leaving, arriving, z);
-        carry_on(axes, z);
-        write_frame(axes, path.point(i), frames[i]);
-    }
-    if (path.closed) {
-        copy3(leaving, arriving);
-        unit_direction(path.last(), path.point(0), leaving);
-        bisect(leaving, arriving, z);
-    } else {
-        subtract(path.point(path.n - 2), path.last(), z);
-    }
+    Axes axes = path.n < kFewestInLanes ? walk_few(path, first, frames) : walk(path, first, frames);
+    double z[3];
+    find_last_z(path, z);
+    if (!make_unit(z))
+        copy3(axes.z, z);
     carry_on(axes, z);
     write_frame(axes, path.last(), frames[path.n - 1]);
 
@@ -217,9 +321,9 @@ void find_frames(const Polyline& path, double full_turn, Xfm* frames)
         spread_twist(first, axes, full_turn, path.n, frames);
 }
 
-/// Whether the record is of points at all.
+/// Whether the record is of points, by its count and dim alone.
 template <class Array>
-bool is_path(const Array* path)
+bool has_path_shape(const Array* path)
 {
     return path != nullptr && path->count >= 1 && path->dim == 3;
 }
@@ -250,12 +354,12 @@ using namespace korvale::inside;
 
 void path2xfm(Data* path, int closed, Xfm* frames)
 {
-    if (is_path(path))
+    if (has_path_shape(path))
         frames_along(*path, closed != 0, kFullTurnData, frames);
 }
 
 void PATH2xfm(DATAstruct* path, int closed, Xfm* frames)
 {
-    if (is_path(path) && path->type == DATA_TYPE_DOUBLE)
+    if (has_path_shape(path) && path->type == DATA_TYPE_DOUBLE)
         frames_along(*path, closed != 0, kFullTurnDATA, frames);
 }

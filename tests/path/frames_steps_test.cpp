@@ -47,7 +47,7 @@ void compare_paths(Random& random, int paths, Step step)
 
 } // namespace
 
-TEST(FramesAtRandom, ArbitraryPoints)
+TEST(FramesSteps, ArbitraryPoints)
 {
     Random random(81);
     compare_paths(random, 500, [&](std::vector<double>& xyz) {
@@ -56,7 +56,7 @@ TEST(FramesAtRandom, ArbitraryPoints)
     });
 }
 
-TEST(FramesAtRandom, PointsOnACoarseGrid)
+TEST(FramesSteps, PointsOnACoarseGrid)
 {
     // Doubled points, straight runs, hairpins and planar loops abound, and zeros of both signs.
     Random random(82);
@@ -66,7 +66,7 @@ TEST(FramesAtRandom, PointsOnACoarseGrid)
     });
 }
 
-TEST(FramesAtRandom, PlanarLoops)
+TEST(FramesSteps, PlanarLoops)
 {
     Random random(83);
     int with_nan = 0;
@@ -88,7 +88,7 @@ TEST(FramesAtRandom, PlanarLoops)
     EXPECT_LT(with_nan, rounds(1000));
 }
 
-TEST(FramesAtRandom, StraightLines)
+TEST(FramesSteps, StraightLines)
 {
     Random random(84);
     for (int round = 0; round < rounds(500); ++round) {
@@ -103,7 +103,7 @@ TEST(FramesAtRandom, StraightLines)
     }
 }
 
-TEST(FramesAtRandom, StepsAboutTheThreshold)
+TEST(FramesSteps, StepsAboutTheThreshold)
 {
     Random random(85);
     compare_paths(random, 2000, [&](std::vector<double>& xyz) {
@@ -114,7 +114,7 @@ TEST(FramesAtRandom, StepsAboutTheThreshold)
     });
 }
 
-TEST(FramesAtRandom, CoincidentPoints)
+TEST(FramesSteps, CoincidentPoints)
 {
     Random random(86);
     compare_paths(random, 1000, [&](std::vector<double>& xyz) {
@@ -124,7 +124,7 @@ TEST(FramesAtRandom, CoincidentPoints)
     });
 }
 
-TEST(FramesAtRandom, HugeAndTinyCoordinates)
+TEST(FramesSteps, HugeAndTinyCoordinates)
 {
     Random random(87);
     compare_paths(random, 1000, [&](std::vector<double>& xyz) {
@@ -133,7 +133,7 @@ TEST(FramesAtRandom, HugeAndTinyCoordinates)
     });
 }
 
-TEST(FramesAtRandom, NumbersOfEveryKind)
+TEST(FramesSteps, NumbersOfEveryKind)
 {
     Random random(88);
     compare_paths(random, 3000, [&](std::vector<double>& xyz) {
