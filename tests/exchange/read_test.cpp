@@ -11,24 +11,28 @@ namespace korvale::test {
 namespace {
 
 struct PositionsToData {
+    static constexpr char kName[] = "PositionsToData";
     using Array = Data;
     static int32_t read(I3DVertexCollection* c, Data* a) { return F3DKorvaleVertex2Data(c, a); }
     static void expect(Host& h, const std::vector<double>& xyz, Answer a = {}) { h.expect_read_position(xyz, a); }
 };
 
 struct PositionsToDATA {
+    static constexpr char kName[] = "PositionsToDATA";
     using Array = DATAstruct;
     static int32_t read(I3DVertexCollection* c, DATAstruct* a) { return F3DKorvaleVertex2DATA(c, a); }
     static void expect(Host& h, const std::vector<double>& xyz, Answer a = {}) { h.expect_read_position(xyz, a); }
 };
 
 struct NormalsToData {
+    static constexpr char kName[] = "NormalsToData";
     using Array = Data;
     static int32_t read(I3DVertexCollection* c, Data* a) { return F3DKorvaleNormal2Data(c, a); }
     static void expect(Host& h, const std::vector<double>& xyz, Answer a = {}) { h.expect_read_normal(xyz, a); }
 };
 
 struct NormalsToDATA {
+    static constexpr char kName[] = "NormalsToDATA";
     using Array = DATAstruct;
     static int32_t read(I3DVertexCollection* c, DATAstruct* a) { return F3DKorvaleNormal2DATA(c, a); }
     static void expect(Host& h, const std::vector<double>& xyz, Answer a = {}) { h.expect_read_normal(xyz, a); }
@@ -72,7 +76,15 @@ protected:
 };
 
 using Directions = testing::Types<PositionsToData, PositionsToDATA, NormalsToData, NormalsToDATA>;
-TYPED_TEST_SUITE(Reading, Directions);
+struct DirectionNames {
+    template <class Direction>
+    static std::string GetName(int)
+    {
+        return Direction::kName;
+    }
+};
+
+TYPED_TEST_SUITE(Reading, Directions, DirectionNames);
 
 } // namespace
 

@@ -53,7 +53,7 @@ protected:
 };
 
 using Generations = testing::Types<Data, DATAstruct>;
-TYPED_TEST_SUITE(Writing, Generations);
+TYPED_TEST_SUITE(Writing, Generations, GenerationNames);
 
 } // namespace
 

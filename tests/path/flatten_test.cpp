@@ -41,7 +41,7 @@ protected:
 };
 
 using Generations = testing::Types<Data, DATAstruct>;
-TYPED_TEST_SUITE(Flattening, Generations);
+TYPED_TEST_SUITE(Flattening, Generations, GenerationNames);
 
 } // namespace
 

@@ -76,7 +76,7 @@ protected:
 };
 
 using Generations = testing::Types<Data, DATAstruct>;
-TYPED_TEST_SUITE(Frames, Generations);
+TYPED_TEST_SUITE(Frames, Generations, GenerationNames);
 
 const double kHalf = std::sqrt(0.5);
 

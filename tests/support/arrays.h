@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <type_traits>
 #include <vector>
 
 #include "data/data.h"
@@ -34,6 +36,15 @@ public:
 
 private:
     Array record_;
+};
+
+/// Names the tests of a suite that runs for both generations.
+struct GenerationNames {
+    template <class Array>
+    static std::string GetName(int)
+    {
+        return std::is_same_v<Array, Data> ? "Data" : "DATAstruct";
+    }
 };
 
 using OwnedData = Owned<Data>;
