@@ -13,12 +13,12 @@
 namespace korvale::test {
 namespace {
 
-/// A random path, planar every other time.
+/// A random path, planar every other time; two points alone would be flattened by an angle of the C library's.
 std::vector<double> random_path(Random& random)
 {
     std::vector<double> xyz;
     const double a = random.uniform(-1, 1), b = random.uniform(-1, 1), off = random.one_in(2) ? 1.0 : 0.0;
-    for (int n = random.between(2, 40); n > 0; --n) {
+    for (int n = random.between(3, 40); n > 0; --n) {
         const double x = random.uniform(-9, 9), y = random.uniform(-9, 9);
         xyz.insert(xyz.end(), {x, y, a * x + b * y + off * random.unit()});
     }
@@ -41,7 +41,7 @@ TEST(Golden, Flattening)
         DATA_to_xy_xfms(datastruct, xfm, reverse, i % 2);
         hash.add(xfm[0], 16).add(reverse[0], 16).add(Mwrand());
     }
-    EXPECT_EQ(hash.value(), 0x50c46ea046a29264u);
+    EXPECT_EQ(hash.value(), 0x93ac6a560599257bu);
 }
 
 TEST(Golden, OpenFrames)
@@ -58,7 +58,7 @@ TEST(Golden, OpenFrames)
         PATH2xfm(datastruct, 0, reinterpret_cast<Xfm*>(frames.data()));
         hash.add(frames.data(), static_cast<int64_t>(frames.size()));
     }
-    EXPECT_EQ(hash.value(), 0x816e0921460eddbdu);
+    EXPECT_EQ(hash.value(), 0x98f791e567e41d6du);
 }
 
 } // namespace korvale::test
