@@ -8,14 +8,20 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+# Here and below: a parent project's own targets keep theirs.
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
 
 add_library(korvale_flags INTERFACE)
-target_compile_options(korvale_flags INTERFACE
-    -ffp-contract=off -fno-math-errno -fno-trapping-math
-    -Wall -Wextra -Wconversion -Wshadow -Wno-invalid-offsetof -Werror
-    $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>) # which gcc does not count among conversions
+target_include_directories(korvale_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(korvale_flags INTERFACE -ffp-contract=off -fno-math-errno -fno-trapping-math)
 target_link_options(korvale_flags INTERFACE -Wl,--as-needed)
+if(KORVALE_STRICT)
+    target_compile_options(korvale_flags INTERFACE
+        -Wall -Wextra -Wconversion -Wshadow -Wno-invalid-offsetof -Werror
+        $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>) # which gcc does not count among conversions
+endif()
 if(NOT KORVALE_SANITIZE) # a sanitizer's runtime is linked to the program only
     target_link_options(korvale_flags INTERFACE -Wl,--no-undefined)
 endif()
@@ -40,3 +46,10 @@ if(KORVALE_SANITIZE)
                            -fno-sanitize-recover=all)
     target_link_options(korvale_flags INTERFACE -fsanitize=${KORVALE_SANITIZE})
 endif()
+
+# What the libraries are built with besides. A parent project may calculate as it likes: the later -fno-fast-math takes
+# its choice back, and -O2 does where -Ofast would link code that switches small numbers off for the whole process.
+add_library(korvale_library_flags INTERFACE)
+target_link_libraries(korvale_library_flags INTERFACE korvale_flags)
+target_compile_options(korvale_library_flags INTERFACE -fno-fast-math)
+target_link_options(korvale_library_flags INTERFACE -fno-fast-math -O2)

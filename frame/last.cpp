@@ -3,3 +3,7 @@
 #include "frame/frame.h"
 
 static _Initializerkorvale last;
+
+// The name by which a static link asks for this object, and through it for the first stage.
+extern "C" const char korvale_second_stage;
+const char korvale_second_stage = 0;

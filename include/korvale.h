@@ -1,5 +1,10 @@
 #pragma once
 
+#define KORVALE_VERSION "1.0.0"
+#define KORVALE_VERSION_MAJOR 1
+#define KORVALE_VERSION_MINOR 0
+#define KORVALE_VERSION_PATCH 0
+
 /// All of korvale: numeric arrays, vector and matrix math, equations, outline flattening and path frames, the border
 /// sweep, shape preservation, ray casting, triangle sampling and vertex exchange with a host.
 

@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
-# usage: exports.sh LIBRARY LIST
-# Fails unless the library exports exactly the names of the list, and shows what differs.
+# usage: exports.sh LIBRARY LIST [VERSION]
+# Fails unless the library exports exactly the names of the list, each with the symbol version or all without any, and
+# shows what differs.
 set -euo pipefail
 export LC_ALL=C
-library=$1 list=$2
+library=$1 list=$2 version=${3:+@@$3}
 
-# The address sanitizer adds one name for each exported datum.
-exported=$(nm -DC --defined-only "$library" | cut -d' ' -f3- | grep -v '^__odr_asan' | sort -u)
-missing=$(comm -23 "$list" - <<<"$exported")
-unlisted=$(comm -13 "$list" - <<<"$exported")
+# The address sanitizer adds one name for each exported datum, the linker the version itself.
+exported=$(nm -DC --defined-only "$library" | grep -v ' A ' | cut -d' ' -f3- | grep -v '^__odr_asan' | sort -u)
+wanted=$(sed "s/\$/$version/" "$list" | sort)
+missing=$(comm -13 - <(echo "$wanted") <<<"$exported")
+unlisted=$(comm -23 - <(echo "$wanted") <<<"$exported")
 
 # A unique symbol would keep the library from ever being unloaded.
 unique=$(nm -DC --defined-only "$library" | sed -n 's/.* u //p')
