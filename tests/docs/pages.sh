@@ -1,0 +1,93 @@
+#!/usr/bin/env bash
+# usage: pages.sh INSTALLED SOURCE BUILD WORK PAGE
+# Compiles and runs the code of a page as a reader would, in the order of the page, against an installed copy of the
+# library. Fails where something does not compile, fails, or prints other than the page says.
+#
+# A block of ```cpp with a main is a program; one without is "block.h" to around/PAGE_N.cpp, N counting such blocks
+# from 1. A block of ```text that follows is what it prints. A comment <!-- file: NAME --> before
+# a block writes it to that file instead. The lines of ```sh are commands; blocks without a language are left alone.
+set -euo pipefail
+export LC_ALL=C
+shopt -s nullglob
+installed=$1 source=$2 build=$3 work=$4 page=$5
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+name=$(basename "$page" .md)
+work=$work/$name
+rm -rf "$work"
+mkdir -p "$work/blocks" "$work/place/home"
+
+fail() {
+    echo "$page: $*"
+    exit 1
+}
+
+# Each block as NN.language, with its file's name in NN.file.
+awk -v folder="$work/blocks" '
+    function start(language) { block = sprintf("%s/%03d", folder, ++count); out = block "." language; printf "" > out }
+    !inside && /^<!-- file: .* -->$/ { file = $3; next }
+    !inside && /^```/ {
+        language = substr($0, 4)
+        inside = 1
+        start(language == "" ? "plain" : language)
+        if (file != "") print file > (block ".file")
+        file = ""
+        next
+    }
+    inside && /^```$/ { inside = 0; close(out); next }
+    inside { print > out }
+' "$page"
+
+# In place of the script that a reader has at hand: installs what this build made.
+cat >"$work/place/dev" <<TEXT
+#!/bin/sh
+[ "\$1" = install ] && cmake --install '$build' --prefix "\$2" >/dev/null
+TEXT
+chmod +x "$work/place/dev"
+ln -s "$source" "$work/place/korvale"
+cd "$work/place"
+export HOME=$work/place/home
+
+pkg_config=$installed/lib/pkgconfig
+compile() { # a source file and further flags, to ./program
+    eval "g++ ${2:-} -std=c++17 -O1 -Wall -Wextra -Werror -Wno-unused-variable -Wno-misleading-indentation '$1' -o program" \
+        "$(PKG_CONFIG_PATH=$pkg_config pkg-config --cflags --libs korvale) -Wl,-rpath,'$installed/lib'" ||
+        fail "block $blocks does not compile"
+}
+
+blocks=0 fragments=0
+for block in "$work"/blocks/*.*; do
+    language=${block##*.}
+    case $language in
+    file | plain) continue ;;
+    esac
+    blocks=$((blocks + 1))
+    if [[ -e ${block%.*}.file ]]; then
+        file=$(<"${block%.*}.file")
+        mkdir -p "$(dirname "$file")"
+        cp "$block" "$file"
+        continue
+    fi
+    case $language in
+    cpp)
+        if grep -q '^int main(' "$block"; then
+            compile "$block"
+        else
+            fragments=$((fragments + 1))
+            cp "$block" "$work/block.h"
+            compile "$here/around/${name}_$fragments.cpp" "-I'$work'"
+        fi
+        LD_LIBRARY_PATH=$installed/lib ./program >"$work/printed" || fail "this fails: $(cat "$block")"
+        ;;
+    sh)
+        # What one block exports, the next ones have.
+        bash -euo pipefail -c '[[ ! -e $1 ]] || . "$1"; . "$2"; export -p >"$1"' sh "$work/exports" "$block" \
+            >"$work/printed" 2>"$work/errors" ||
+            fail "these commands fail: $(cat "$block" "$work/printed" "$work/errors")"
+        ;;
+    text)
+        diff "$block" "$work/printed" || fail "something else is printed (>)"
+        ;;
+    *) fail "what is a block of '$language'?" ;;
+    esac
+done
+echo "$page: $blocks blocks of code"
