@@ -22,8 +22,10 @@ constexpr int32_t kStatusNotImplemented = static_cast<int32_t>(0x80004001); ///<
 /// A host's cursor over the vertices of a collection.
 class I3DVertexAccessor {
 public:
+    /// The host's; never called.
     virtual int32_t QueryInterface(const void* identifier, void** object) = 0; // 0
-    virtual uint32_t AddRef() = 0;                                             // 1
+    /// The host's; never called.
+    virtual uint32_t AddRef() = 0; // 1
 
     /// Gives a reference back; the result is ignored.
     virtual uint32_t Release() = 0; // 2
@@ -31,11 +33,13 @@ public:
     /// Reads `number` (always 1) positions x, y, z from the current vertex on.
     virtual int32_t ReadPositions(uint32_t number, double* positions, uint32_t* number_read) = 0; // 3
 
+    /// Keeps a place in the table.
     virtual void Unused4() {} // 4
 
     /// Writes `number` (always 1) positions x, y, z from the current vertex on.
     virtual int32_t WritePositions(uint32_t number, const double* positions, uint32_t* number_written) = 0; // 5
 
+    /// Keeps a place in the table.
     virtual void Unused6() {} // 6
 
     /// Makes `vertex` the current one.
@@ -58,13 +62,17 @@ protected:
 /// A host's collection of vertices.
 class I3DVertexCollection {
 public:
+    /// The host's; never called.
     virtual int32_t QueryInterface(const void* identifier, void** object) = 0; // 0
-    virtual uint32_t AddRef() = 0;                                             // 1
-    virtual uint32_t Release() = 0;                                            // 2
+    /// The host's; never called.
+    virtual uint32_t AddRef() = 0; // 1
+    /// The host's; never called.
+    virtual uint32_t Release() = 0; // 2
 
     /// Writes the number of vertices.
     virtual int32_t GetVertexCount(uint32_t* count) = 0; // 3
 
+    /// Keeps a place in the table.
     virtual void Unused4() {} // 4
 
     /// Hands out an accessor with a reference that the caller releases; `zero` is always 0.

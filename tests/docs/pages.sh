@@ -43,7 +43,8 @@ cat >"$work/place/dev" <<TEXT
 [ "\$1" = install ] && cmake --install '$build' --prefix "\$2" >/dev/null
 TEXT
 chmod +x "$work/place/dev"
-ln -s "$source" "$work/place/korvale"
+mkdir "$work/place/korvale"
+echo "add_subdirectory(\"$source\" korvale)" >"$work/place/korvale/CMakeLists.txt"
 cd "$work/place"
 export HOME=$work/place/home
 
