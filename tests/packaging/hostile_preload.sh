@@ -8,8 +8,12 @@ program=$1 hostile=$2
 # behind a preloaded library.
 export ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0
 
+# By a name without the spaces and colons at which LD_PRELOAD would be split.
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+ln -s "$(realpath "$hostile")" "$folder/hostile.so"
 with_hostile() {
-    LD_PRELOAD=$hostile "$program" "$@"
+    LD_PRELOAD=$folder/hostile.so "$program" "$@"
 }
 
 alone=$("$program" host)
