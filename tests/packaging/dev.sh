@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# usage: dev_test.sh SOURCE
+# usage: dev.sh SOURCE
 # What the script `dev` says to wrong arguments, and where it puts things. Nothing is built: cmake and the packages are
 # played by stand-ins. Runs a copy of the script in a folder whose name has a space.
 set -euo pipefail
