@@ -19,13 +19,13 @@
 /// Arguments that cannot be used throw `korvale::Error`; an exhausted heap throws `std::bad_alloc`. Distinct values may
 /// be used from several threads at a time.
 
-#include "face/band.hpp"
-#include "face/equations.hpp"
-#include "face/frames.hpp"
-#include "face/mesh.hpp"
-#include "face/offset.hpp"
-#include "face/points.hpp"
-#include "face/rays.hpp"
-#include "face/relaxer.hpp"
-#include "face/scatter.hpp"
-#include "face/transform.hpp"
+#include "korvale/face/band.hpp"
+#include "korvale/face/equations.hpp"
+#include "korvale/face/frames.hpp"
+#include "korvale/face/mesh.hpp"
+#include "korvale/face/offset.hpp"
+#include "korvale/face/points.hpp"
+#include "korvale/face/rays.hpp"
+#include "korvale/face/relaxer.hpp"
+#include "korvale/face/scatter.hpp"
+#include "korvale/face/transform.hpp"

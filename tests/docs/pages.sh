@@ -50,7 +50,7 @@ export HOME=$work/place/home
 
 pkg_config=$installed/lib/pkgconfig
 compile() { # a source file and further flags, to ./program
-    eval "g++ ${2:-} -std=c++17 -O1 -Wall -Wextra -Werror -Wno-unused-variable -Wno-misleading-indentation '$1' -o program" \
+    eval "g++ ${2:-} -std=c++20 -O1 -Wall -Wextra -Werror -Wno-unused-variable -Wno-misleading-indentation '$1' -o program" \
         "$(PKG_CONFIG_PATH=$pkg_config pkg-config --cflags --libs korvale) -Wl,-rpath,'$installed/lib'" ||
         fail "block $blocks does not compile"
 }

@@ -64,6 +64,7 @@ found() {
     configure found -DCMAKE_PREFIX_PATH="$copy" -DSTANDARDS="14;17;20;23" || fail "$(cat "$mine.log")"
     build
     expect_bits "$mine"/host_*_??
+    [[ $("$mine/face_20") == "4 of 4.5" && $("$mine/face_23") == "4 of 4.5" ]] || fail "korvale.hpp gives another border"
     ldd "$mine/host_korvale_14" | grep -F " => $copy/" >/dev/null || fail "$mine/host_korvale_14 uses another library"
     if ldd "$mine/host_static_14" | grep korvale; then
         fail "the library is not inside $mine/host_static_14"
