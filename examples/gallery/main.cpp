@@ -9,9 +9,9 @@
 namespace {
 
 const gallery::Scene kScenes[] = {
-    gallery::bevelled_text(), gallery::tree_rings(),       gallery::road_band(),
-    gallery::drum_head(),     gallery::teapot_rays(),      gallery::squashed_teapot(),
-    gallery::swept_tubes(),   gallery::scattered_points(), gallery::bent_vertices(),
+    gallery::bevelled_text(),       gallery::tree_rings(),       gallery::road_band(),     gallery::drum_head(),
+    gallery::teapot_rays(),         gallery::squashed_teapot(),  gallery::swept_tubes(),   gallery::tilted_planes(),
+    gallery::scaled_turned_moved(), gallery::scattered_points(), gallery::bent_vertices(),
 };
 
 // Where the sources lay when this was built, or else as seen from the top of a checkout.
@@ -31,7 +31,7 @@ int main(int argc, char** argv)
     try {
         gallery::Gallery hall(data_folder(), argc == 2 ? argv[1] : "out/gallery");
         for (const gallery::Scene& scene : kScenes) {
-            hall.begin(scene.title, scene.idea);
+            hall.begin(scene);
             scene.draw(hall);
         }
         hall.close();

@@ -28,6 +28,8 @@ figure { grid-column: span 2; margin: 0; background: var(--paper); border: 1px s
          overflow: hidden; box-shadow: 0 1px 4px rgba(34, 48, 60, .08); }
 figure.half { grid-column: span 1; }
 img { display: block; width: 100%; height: auto; }
+.links { white-space: nowrap; }
+.links a { margin-left: .5em; }
 figcaption { padding: .7rem 1rem .8rem; border-top: 1px solid var(--line); font-size: .95rem; }
 @media (max-width: 760px) { figure.half { grid-column: span 2; } }
 </style>
@@ -43,13 +45,14 @@ std::string anchor(size_t i)
     return "scene-" + std::to_string(i + 1);
 }
 
-std::string figure(const Exhibit& e)
+std::string figure(const Section& section, const Exhibit& e)
 {
     const bool is_half = e.width <= kWidth / 2;
     const std::string sentence = escaped(e.sentence);
     return std::string("<figure") + (is_half ? " class=\"half\"" : "") + "><a href=\"" + e.file + "\"><img src=\"" +
            e.file + "\" width=\"" + std::to_string(e.width) + "\" height=\"" + std::to_string(e.height) + "\" alt=\"" +
-           sentence + "\"></a>\n<figcaption>" + sentence + "</figcaption></figure>\n";
+           sentence + "\"></a>\n<figcaption>" + sentence + " <span class=\"links\"><a href=\"" + section.source +
+           "\">its source</a> <a href=\"" + section.page + "\">its page</a></span></figcaption></figure>\n";
 }
 
 } // namespace
@@ -70,7 +73,7 @@ std::string page_text(const std::vector<Section>& sections)
         text += "</p>\n<div class=\"pictures\">\n";
         for (const Exhibit& e : section.exhibits)
             if (e.width > 0)
-                text += figure(e);
+                text += figure(section, e);
         text += "</div>\n";
     }
     return text + "</main>\n</body>\n</html>\n";

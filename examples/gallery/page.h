@@ -15,6 +15,7 @@ struct Exhibit {
 /// The exhibits of one scene.
 struct Section {
     std::string title, idea;
+    std::string source, page; ///< files that every picture of it links to
     std::vector<Exhibit> exhibits;
 };
 

@@ -21,11 +21,28 @@ double Gallery::seconds() const
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begun_).count();
 }
 
-void Gallery::begin(const std::string& title, const std::string& idea)
+void Gallery::begin(const Scene& scene)
 {
-    sections_.push_back({title, idea, {}});
     begun_ = std::chrono::steady_clock::now();
-    report(title);
+    report(scene.title);
+    const std::filesystem::path project = data_ / ".." / "..";
+    sections_.push_back({scene.title,
+                         scene.idea,
+                         copy(project / "examples" / "gallery" / "scenes" / scene.source),
+                         copy(project / "docs" / scene.page),
+                         {}});
+}
+
+// As text, which every browser shows. A page that several scenes share is copied once for each, to the same place.
+std::string Gallery::copy(const std::filesystem::path& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    if (!in)
+        throw std::runtime_error("cannot read " + file.string());
+    const std::string text{std::istreambuf_iterator<char>(in), {}}, name = file.filename().string() + ".txt";
+    write(name, text.data(), text.size());
+    report("  " + name);
+    return name;
 }
 
 void Gallery::write(const std::string& file, const void* bytes, size_t count)

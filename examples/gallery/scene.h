@@ -35,11 +35,12 @@ public:
     /// Tells the user how much of the scene is done, from 0 to 1. Call it wherever a second may pass.
     void progress(double done);
 
-    void begin(const std::string& title, const std::string& idea); ///< called before each scene
-    void close();                                                  ///< writes index.html
+    void begin(const struct Scene& scene); ///< called before each scene; its source and page go to the folder as well
+    void close();                          ///< writes index.html
 
 private:
     void write(const std::string& file, const void* bytes, size_t count);
+    std::string copy(const std::filesystem::path& file);
     void report(const std::string& line);
     double seconds() const;
 
@@ -50,12 +51,14 @@ private:
     bool line_open_ = false;
 };
 
-/// A scene: `draw` makes its pictures. Each lives in a file of its own under scenes/, is declared here, and is listed in
-/// main.cpp in the order of the page.
+/// A scene: `draw` makes its pictures. Each lives in a file of its own under scenes/, is declared here, and is listed
+/// in main.cpp in the order of the page.
 struct Scene {
     const char* title;
     const char* idea; ///< a sentence or two for the page
     void (*draw)(Gallery&);
+    const char* source; ///< its file under scenes/
+    const char* page;   ///< the page of docs/ about what it shows
 };
 
 Scene bevelled_text();
@@ -67,5 +70,7 @@ Scene squashed_teapot();
 Scene swept_tubes();
 Scene scattered_points();
 Scene bent_vertices();
+Scene tilted_planes();
+Scene scaled_turned_moved();
 
 } // namespace gallery

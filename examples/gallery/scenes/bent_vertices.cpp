@@ -152,7 +152,7 @@ Scene bent_vertices()
     return {"Bent vertices",
             "The exchange functions know a host's mesh only as a vertex collection: they ask for its count, then read "
             "or write one vertex after the other.",
-            draw};
+            draw, "bent_vertices.cpp", "exchange.md"};
 }
 
 } // namespace gallery

@@ -137,7 +137,7 @@ Scene bevelled_text()
     return {"Bevelled text",
             "Outlines of a font, outer and holes together, are offset in several steps of distance and height; what "
             "comes back has the same number of points each time, so that neighbouring steps are joined by strips.",
-            draw};
+            draw, "bevelled_text.cpp", "border.md"};
 }
 
 } // namespace gallery

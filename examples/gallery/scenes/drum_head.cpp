@@ -125,7 +125,7 @@ Scene drum_head()
     return {"Drum head",
             "Equations come as text, are parsed once, and are evaluated as often as the host likes: here once for each "
             "of eleven thousand points and each moment.",
-            draw};
+            draw, "drum_head.cpp", "equations.md"};
 }
 
 } // namespace gallery

@@ -156,7 +156,7 @@ Scene road_band()
     return {"Road band",
             "The sweep offsets closed outlines; with wings that keep its closing edge away from the ends it offsets an "
             "open line as well, and the line and its border make a band.",
-            draw};
+            draw, "road_band.cpp", "border.md"};
 }
 
 } // namespace gallery

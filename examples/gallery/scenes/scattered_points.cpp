@@ -130,7 +130,7 @@ Scene scattered_points()
     return {"Scattered points",
             "Points are scattered over triangles evenly by area and carry the values of the corners. The same seed "
             "gives the same points on every machine.",
-            draw};
+            draw, "scattered_points.cpp", "arrays.md"};
 }
 
 } // namespace gallery

@@ -117,7 +117,7 @@ Scene swept_tubes()
     return {"Swept tubes",
             "Every point of a line gets a frame whose x axis turns as little as it can. The tubes are orange along the "
             "x axes and blue against them.",
-            draw};
+            draw, "swept_tubes.cpp", "path.md"};
 }
 
 } // namespace gallery

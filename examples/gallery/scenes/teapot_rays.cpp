@@ -159,7 +159,7 @@ Scene teapot_rays()
     return {"Teapot by rays",
             "A thousand triangles sorted into a grid of cells, and rays cast at them: each tells how many triangles it "
             "meets and how far away the nearest is.",
-            draw};
+            draw, "teapot_rays.cpp", "ray.md"};
 }
 
 } // namespace gallery

@@ -192,7 +192,7 @@ Scene tree_rings()
     return {"Tree rings",
             "Coasts offset inwards step by step with split events on: bays widen, headlands wear off, and where the "
             "land is cut in two the piece with the smaller box is dropped.",
-            draw};
+            draw, "tree_rings.cpp", "border.md"};
 }
 
 } // namespace gallery
