@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "data/internal/buffers.h"
+#include "platform/internal/wrapping.h"
 #include "preserve/status.h"
 
 // What the evaluation reads of a status, as plain pointers; what is missing or too short shows as none.
@@ -59,10 +60,10 @@ inline Faces faces_of(const PreserveStatus& s)
     return faces_in(s.face_sizes, s.face_points);
 }
 
-/// Where the next face starts in the list. Sums wrap: they lead nowhere then, and no face with corners starts there.
+/// Where the next face starts in the list. A sum that wraps may lead anywhere; a face with corners outside is refused.
 inline int32_t next_start(int32_t start, int32_t size)
 {
-    return static_cast<int32_t>(static_cast<uint32_t>(start) + static_cast<uint32_t>(size));
+    return wrapping_sum(start, size);
 }
 
 /// Calls visit(corners, n, first, f) for every face f with corners: their n points, and the first corner's place in the

@@ -147,7 +147,7 @@ struct Pair {
 void compare(int rounds, uint64_t seed, const std::function<void(Pair&, Random&)>& run)
 {
     Random random(seed);
-    for (int i = 0; i < rounds; ++i)
+    for (int i = 0; i < korvale::test::rounds(rounds); ++i)
         for (Kind kind : kKinds) {
             Pair pair(kind, random);
             run(pair, random);
@@ -214,7 +214,7 @@ TEST(ReferenceSteps, GroupTheSameEdgesAndFaces)
 TEST(ReferenceSteps, RecordTheSameMeasures)
 {
     Random random(4602);
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < rounds(100); ++i)
         for (Kind kind : kKinds) {
             Mesh mesh = mesh_of(kind, random);
             mesh.points = moved_from(mesh.points, kind, random);

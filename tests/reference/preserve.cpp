@@ -53,6 +53,12 @@ struct Face {
     Corner corner(int k) const { return {points[k], points[(k + n - 1) % n], points[(k + 1) % n], first + k}; }
 };
 
+/// Where the next face starts, in 32 bits.
+int next_start(int first, int n)
+{
+    return static_cast<int>(static_cast<unsigned>(first) + static_cast<unsigned>(n));
+}
+
 /// Calls visit(face) for every face.
 template <class Visit>
 void for_each_face(const PreserveStatus& s, Visit visit)
@@ -61,7 +67,7 @@ void for_each_face(const PreserveStatus& s, Visit visit)
     for (int f = 0; s.face_points != nullptr && f < s.face_sizes->count; ++f) {
         const int n = s.face_sizes->ivals[f];
         visit(Face{s.face_points->ivals + first, n, first});
-        first += n;
+        first = next_start(first, n);
     }
 }
 
@@ -160,7 +166,7 @@ std::vector<int> edges(const std::vector<int>& sizes, const std::vector<int>& co
         }
         if (found.size() == 2 * corners.size())
             break;
-        first += n;
+        first = next_start(first, n);
     }
     return found;
 }
@@ -172,7 +178,7 @@ Connectivity connectivity(int points, const std::vector<int>& edges, const std::
     int start = 0;
     for (int n : sizes) {
         c.face_starts.push_back(start);
-        start += n;
+        start = next_start(start, n);
     }
     const auto count_of = [&](int v) -> int& { return c.point_edge_count[static_cast<size_t>(v)]; };
     const auto start_of = [&](int v) -> int& { return c.point_edge_start[static_cast<size_t>(v)]; };
