@@ -1,3 +1,7 @@
+// Steepest descent. A step is as long as the energy, along the force; while the energy has not fallen, half of what is
+// left of it is taken back. Most of the time goes into trials that are too long, so their energies are only summed
+// until they are known to be too high. The positions that are kept have always been evaluated in full. The same with
+// nothing left out: tests/reference/preserve.cpp.
 #include "preserve/compute.h"
 
 #include <algorithm>
@@ -5,13 +9,11 @@
 #include <limits>
 
 #include "data/operations.h"
+#include "platform/internal/lanes.h"
 #include "preserve/evaluation.h"
-#include "preserve/internal/energy.h"
 #include "preserve/internal/mesh.h"
+#include "preserve/internal/terms.h"
 
-// Steepest descent. A step is as long as the energy, along the force; while the energy has not fallen, half of what is
-// left of it is taken back. Most of the time goes into trials that are too long, so their energies are only summed
-// until they are known to be too high. The positions that are kept have always been evaluated in full.
 namespace korvale::inside {
 namespace {
 
@@ -31,52 +33,58 @@ bool look_at(PreserveStatus* status, DATAstruct* points)
     return true;
 }
 
-/// The values that a step moves: the coordinates x [n] along the force f [n].
-struct Motion {
+/// What a step moves: the coordinates x [n] along the force f [n].
+struct Step {
     double* x;
     double* f;
     int64_t n;
 };
 
-Motion motion_of(const PreserveStatus& s)
+Step step_of(const PreserveStatus& s)
 {
     double* const f = forces_of(s);
     return {s.cur_points->dvals, f, f == nullptr ? 0 : components(s.force->count, 3)};
 }
 
-void hold_tagged(const PreserveStatus& s, const Motion& m)
+void hold_tagged(const PreserveStatus& s, const Step& step)
 {
     const Tags tags = tags_of(s);
-    for (int64_t q = 0; q < m.n; q += 3)
-        if (tags.contain(static_cast<int32_t>(q / 3)))
-            m.f[q] = m.f[q + 1] = m.f[q + 2] = 0.0;
+    const int64_t n = std::min<int64_t>(step.n, elements(tags.count, 3));
+    for (int64_t q = 0; q < n; q += 3)
+        if (tags.bytes[q / 3] != 0)
+            step.f[q] = step.f[q + 1] = step.f[q + 2] = 0.0;
 }
 
-double magnitude(const Motion& m)
+/// The length of the force on all points together, its squares added in order.
+double length_of_force(const Step& step)
 {
     double sum = 0.0;
-    for (int64_t q = 0; q < m.n; ++q)
-        sum += m.f[q] * m.f[q];
+    for (int64_t q = 0; q < step.n; ++q)
+        sum += step.f[q] * step.f[q];
     return std::sqrt(sum);
 }
 
-/// Takes a whole step. Returns whether start and step are so short that no trial on the way can come to a number that
-/// is not finite.
-bool advance(const Motion& m, double step)
+/// Goes the whole way. Returns whether start and way are so short that no trial on it can come to a number that is not
+/// finite.
+bool advance(const Step& step, double length)
 {
+    double *const x = step.x, *const f = step.f;
     bool is_short = true;
-    for (int64_t q = 0; q < m.n; ++q) {
-        const double stride = step * m.f[q];
-        m.x[q] += stride;
-        is_short &= std::fabs(m.x[q]) < kFarthest && std::fabs(stride) < kFarthest;
-    }
+    for_lanes<int64_t>(0, step.n, [=, &is_short]<class V>(int64_t q) {
+        const V stride = all<V>(length) * load<V>(f + q), to = load<V>(x + q) + stride, limit = all<V>(kFarthest);
+        store(x + q, to);
+        if (any_false((absolute(to) < limit) & (absolute(stride) < limit)))
+            is_short = false;
+    });
     return is_short;
 }
 
-void retreat(const Motion& m, double step, double share)
+void retreat(const Step& step, double length, double share)
 {
-    for (int64_t q = 0; q < m.n; ++q)
-        m.x[q] -= step * m.f[q] * share;
+    double *const x = step.x, *const f = step.f;
+    for_lanes<int64_t>(0, step.n, [=]<class V>(int64_t q) {
+        store(x + q, load<V>(x + q) - all<V>(length) * load<V>(f + q) * all<V>(share));
+    });
 }
 
 bool are_finite(const double* values, int64_t n)
@@ -110,43 +118,24 @@ bool has_sound_terms(const PreserveStatus& s)
     return std::isfinite(s.ovolume) && std::isfinite(s.oarea) && has_finite_references(s);
 }
 
-/// Evaluates one trial of a step, but only until its energy is known to reach `bound`, which is then what stands in
-/// `energy`; the measures are not all renewed in this case. Volume and area come first, being the quickest to tell.
-void try_energy(PreserveStatus& s, double bound)
-{
-    Refusal refusal = {bound, 0.0, 0.0};
-    double energy = 0.0;
-    if ((s.flags & (PRESERVE_VOLUME | PRESERVE_AREA)) != 0 && measure_volume_and_area(s, s.flags)) {
-        refusal.volume = (s.flags & PRESERVE_VOLUME) != 0 ? volume_energy(s) : 0.0;
-        refusal.area = (s.flags & PRESERVE_AREA) != 0 ? area_energy(s) : 0.0;
-    }
-    LengthTerm lengths;
-    if (!refusal.is_due(energy) && (s.flags & PRESERVE_LENGTH) != 0 && find_term(s, lengths))
-        energy = add_energies(lengths, energy, refusal);
-    AngleTerm angles;
-    if (!refusal.is_due(energy) && (s.flags & PRESERVE_FACE_ANGLE) != 0 && find_term(s, angles))
-        energy = add_energies(angles, energy, refusal);
-    s.energy = energy + refusal.volume + refusal.area;
-}
-
 /// One step from evaluated positions; leaves the new ones evaluated in full.
 void take_step(PreserveStatus& s, bool terms_are_sound)
 {
     PreserveFindForce(&s);
-    const Motion m = motion_of(s);
-    hold_tagged(s, m);
+    const Step step = step_of(s);
+    hold_tagged(s, step);
     const double before = s.energy;
-    const double step = before / magnitude(m); // Deliberate: infinite without force
-    const bool can_refuse = advance(m, step) && terms_are_sound;
+    const double length = before / length_of_force(step); // Deliberate: infinite without force
+    const bool can_refuse = advance(step, length) && terms_are_sound;
     const double bound = can_refuse ? before : std::numeric_limits<double>::quiet_NaN();
-    try_energy(s, bound);
+    s.energy = evaluate(s, bound);
     for (double share = 0.5; s.energy >= before; share *= 0.5) { // a NaN is accepted
-        retreat(m, step, share);
+        retreat(step, length, share);
         if (share < kSmallestShare) { // accepted whatever its energy
-            PreserveFindEnergy(&s);
+            s.energy = evaluate(s);
             break;
         }
-        try_energy(s, bound);
+        s.energy = evaluate(s, bound);
     }
 }
 

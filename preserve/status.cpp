@@ -5,6 +5,7 @@
 
 #include "data/internal/buffers.h"
 #include "preserve/internal/connectivity.h"
+#include "preserve/internal/terms.h"
 
 static_assert(sizeof(PreserveStatus) == 216 && offsetof(PreserveStatus, flags) == 0 &&
               offsetof(PreserveStatus, points) == 8 && offsetof(PreserveStatus, edges) == 16 &&
@@ -41,27 +42,6 @@ void reset(PreserveStatus& s)
     s.point_faces = nullptr;
     for (double& weight : s.weights)
         weight = 1.0;
-}
-
-/// Stores the weight of a term, measures it and returns the result; nothing for what is not one term.
-int measure(PreserveStatus& s, int term, double weight)
-{
-    switch (term) {
-    case PRESERVE_LENGTH:
-        s.weights[0] = weight;
-        return PreserveInitOlen(&s);
-    case PRESERVE_FACE_ANGLE:
-        s.weights[1] = weight;
-        return PreserveInitOfang(&s);
-    case PRESERVE_VOLUME:
-        s.weights[2] = weight;
-        return PreserveInitOvolume(&s);
-    case PRESERVE_AREA:
-        s.weights[3] = weight;
-        return PreserveInitOarea(&s);
-    default:
-        return term == 0 ? 1 : -1;
-    }
 }
 
 } // namespace
@@ -129,7 +109,12 @@ int PreservePreserve(PreserveStatus* status, int which, double weight)
     if (weight <= 0.0) // a NaN passes
         return 1;
     status->flags |= which; // Deliberate: before `which` is examined
-    return measure(*status, which, weight);
+    for (const Term& term : kTerms)
+        if (which == term.bit) {
+            status->weights[term.slot] = weight; // also of a term that cannot be measured
+            return term.init(status);
+        }
+    return which == 0 ? 1 : -1;
 }
 
 int PreserveReInitialize(PreserveStatus* status, DATAstruct* points)

@@ -107,21 +107,6 @@ KORVALE_API int PreserveSetMass(PreserveStatus* status, DATAstruct* masses);
 /// switched on in this way whose arrays were never made is skipped by the evaluation.
 KORVALE_API int PreservePreserve(PreserveStatus* status, int which, double weight);
 
-/// Measures one term at the reference points: edge lengths to `olen`, corner cosines to `ofang`, six times the enclosed
-/// volume to `ovolume`, twice the surface area to `oarea`. `PreservePreserve` calls these.
-///
-/// The arrays are made when they are missing, and enlarged when the mesh is larger than the one they were made for. A
-/// corner with a neighbour at its own place has the cosine 0.0. The volume is that of a closed, consistently oriented
-/// mesh, summed face by face as a fan about the first corner, seen from the origin; a face of fewer than three corners
-/// has none.
-///
-/// Returns 1, or -1 with the term switched off when there are no positions to measure, no edges (length), no face sizes
-/// or no face points (the other three), or no memory.
-KORVALE_API int PreserveInitOlen(PreserveStatus* status);
-KORVALE_API int PreserveInitOfang(PreserveStatus* status);
-KORVALE_API int PreserveInitOvolume(PreserveStatus* status);
-KORVALE_API int PreserveInitOarea(PreserveStatus* status);
-
 /// Replaces the reference points by another array of the same count, borrowed like the first.
 ///
 /// Returns 1, or -1, with nothing changed, for an array that is not points or of another count.

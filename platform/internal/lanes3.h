@@ -150,6 +150,43 @@ KORVALE_QUAD void gather_points(const double* a, const double* b, const double* 
     to.z = Quad(a[2], b[2], c[2], d[2]);
 }
 
+/// Vectors one by one, for adding them to points: x and y of each lane side by side, and z.
+template <class V>
+struct Separate3 {
+    double xy[2 * width_of<V>];
+    double z[width_of<V>];
+
+    /// Lanes 1 and 2 of four have changed places, as they come out of the lanes without being turned round.
+    static constexpr int place_of(int lane) { return width_of<V> == 4 ? (lane & 1) * 2 + lane / 2 : lane; }
+
+    const double* xy_of(int lane) const { return xy + 2 * place_of(lane); }
+};
+
+KORVALE_QUAD void store_pairs(double* to, const Quad& x, const Quad& y)
+{
+    store_quad(to, Quad(__builtin_shufflevector(x.lanes, y.lanes, 0, 4, 2, 6)));     // x0 y0 x2 y2
+    store_quad(to + 4, Quad(__builtin_shufflevector(x.lanes, y.lanes, 1, 5, 3, 7))); // x1 y1 x3 y3
+}
+
+inline void store_pairs(double* to, Pair x, Pair y)
+{
+    store(to, Pair(__builtin_shufflevector(x, y, 0, 2)));
+    store(to + 2, Pair(__builtin_shufflevector(x, y, 1, 3)));
+}
+
+inline void store_pairs(double* to, double x, double y)
+{
+    to[0] = x;
+    to[1] = y;
+}
+
+template <class V>
+KORVALE_OVER_LANES void separate(const Lanes3<V>& v, Separate3<V>& to)
+{
+    store_pairs(to.xy, v.x, v.y);
+    store(to.z, v.z);
+}
+
 /// The points of p [][3] numbered i[0], i[step], i[2 step] ...
 template <class V>
 KORVALE_OVER_LANES Lanes3<V> points_at(const double* p, const int32_t* i, int step)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "data/internal/buffers.h"
 #include "platform/internal/wrapping.h"
@@ -55,6 +56,12 @@ inline Faces faces_in(const DATAstruct* sizes, const DATAstruct* points)
     return {sizes->ivals, points->ivals, sizes->count, points->count};
 }
 
+/// Whether there are faces with corners at all.
+inline bool has_faces(const PreserveStatus& s)
+{
+    return s.face_sizes != nullptr && s.face_points != nullptr;
+}
+
 inline Faces faces_of(const PreserveStatus& s)
 {
     return faces_in(s.face_sizes, s.face_points);
@@ -79,21 +86,30 @@ void for_each_face(const Faces& faces, Visit visit)
     }
 }
 
-/// Calls visit(point, previous, next, corner) for each of the n corners of a face, the first being corner `first`.
+/// Calls visit(point, previous, next, corner) for each corner of face f, the first being corner `first`.
 template <class Visit>
-void for_each_corner_of(const int32_t* corners, int32_t n, int32_t first, Visit visit)
+void for_each_corner_of(const Faces& faces, int32_t f, int32_t first, Visit visit)
 {
+    const int32_t n = faces.sizes[f], *const corners = faces.corners;
     for (int32_t k = 0; k < n; ++k)
-        visit(corners[k], corners[k == 0 ? n - 1 : k - 1], corners[k + 1 == n ? 0 : k + 1], first + k);
+        visit(corners[first + k], corners[k == 0 ? first + n - 1 : first + k - 1],
+              corners[k + 1 == n ? first : first + k + 1], first + k);
 }
 
-/// The same for every face, in order.
-template <class Visit>
-void for_each_corner(const Faces& faces, Visit visit)
+/// Whether the n faces from f on, 2 or 4, exist and are triangles. Two sizes are compared at a time.
+template <int n>
+inline bool are_triangles(const Faces& faces, int32_t f)
 {
-    for_each_face(faces, [&](const int32_t* corners, int32_t n, int32_t first, int32_t) {
-        for_each_corner_of(corners, n, first, visit);
-    });
+    static_assert(n % 2 == 0);
+    if (faces.count - f < n)
+        return false;
+    uint64_t others = 0;
+    for (int i = 0; i < n; i += 2) {
+        uint64_t two;
+        std::memcpy(&two, faces.sizes + f + i, sizeof two);
+        others |= two ^ 0x0000'0003'0000'0003;
+    }
+    return others == 0;
 }
 
 /// Which points are held fixed.
@@ -101,6 +117,7 @@ struct Tags {
     const uint8_t* bytes; // [count]
     int32_t count;
 
+    bool exist() const { return count != 0; }
     bool contain(int32_t point) const { return point < count && bytes[point] != 0; }
 };
 

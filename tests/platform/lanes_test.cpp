@@ -378,6 +378,20 @@ TEST(Lanes3, PointsAreFetchedByNumber)
     });
 }
 
+TEST(Lanes3, VectorsAreSeparatedForAdding)
+{
+    const double p[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    in_every_width([&p]<class V>() {
+        Separate3<V> at;
+        separate(load_points<V>(p), at);
+        for (int l = 0; l < width_of<V>; ++l) {
+            EXPECT_EQ(p[3 * l], at.xy_of(l)[0]);
+            EXPECT_EQ(p[3 * l + 1], at.xy_of(l)[1]);
+            EXPECT_EQ(p[3 * l + 2], at.z[l]);
+        }
+    });
+}
+
 // Dispatch.
 
 TEST(Widest, CallsTheWideFunctionWhereThereIsOneToCall)

@@ -2,9 +2,12 @@
 
 #include <vector>
 
+#include "preserve/angles.h"
 #include "preserve/compute.h"
 #include "preserve/evaluation.h"
+#include "preserve/lengths.h"
 #include "preserve/status.h"
+#include "preserve/volume_area.h"
 #include "tests/preserve/meshes.h"
 #include "tests/support/arrays.h"
 

@@ -1,0 +1,359 @@
+// The corners of triangles depend on the triangle only, so triangles are measured, and their forces computed, in lanes;
+// energies and forces are added one after the other. The three corners of a triangle share its sides: their lengths are
+// taken once, but every arm is a difference of its own, as the sign of a zero reaches the cosine. Faces of other sizes,
+// and triangles at which something is degenerate, go corner by corner.
+#include "preserve/angles.h"
+
+#include "math/internal/vec.h"
+#include "platform/internal/lanes3.h"
+#include "preserve/internal/mesh.h"
+#include "preserve/internal/terms.h"
+
+namespace korvale::inside {
+namespace {
+
+/// What the term reads, and where it leaves the cosines.
+struct Angles {
+    const double* p;
+    Faces faces;
+    Tags tags;
+    double weight;
+    const double* reference; // [corners]
+    double* measure;         // [corners]
+};
+
+/// The term at `cur_points`. False where its arrays are missing or too short for the mesh.
+bool find_angles(const PreserveStatus& s, Angles& t)
+{
+    t.faces = faces_of(s);
+    t.reference = measures_in(s.ofang, t.faces.corner_count);
+    t.measure = measures_in(s.nfang, t.faces.corner_count);
+    if (t.reference == nullptr || t.measure == nullptr || !covers_mesh(s.cur_points, s))
+        return false;
+    t.p = s.cur_points->dvals;
+    t.tags = tags_of(s);
+    t.weight = s.weights[1];
+    return true;
+}
+
+// Corner by corner.
+
+/// The cosine of the corner at `point`. False, with the cosine 0.0, where a neighbour is at the same place.
+bool corner_cosine(const double* p, int32_t point, int32_t previous, int32_t next, double& cosine)
+{
+    double u[3], w[3];
+    subtract(p + 3 * int64_t{next}, p + 3 * int64_t{point}, u);
+    subtract(p + 3 * int64_t{previous}, p + 3 * int64_t{point}, w);
+    const double lengths = length(u) * length(w);
+    if (lengths == 0.0) {
+        cosine = 0.0;
+        return false;
+    }
+    cosine = dot(u, w) / lengths;
+    return true;
+}
+
+/// Measures face f, the first corner of which is corner `first`, and adds the energies of its corners.
+[[gnu::noinline]] double add_face(const Angles& t, int32_t f, int32_t first, double energy)
+{
+    for_each_corner_of(t.faces, f, first, [&](int32_t point, int32_t previous, int32_t next, int32_t corner) {
+        double cosine;
+        const bool has_angle = corner_cosine(t.p, point, previous, next, cosine);
+        t.measure[corner] = cosine;
+        if (has_angle && (!t.tags.contain(point) || !t.tags.contain(next) || !t.tags.contain(previous)))
+            energy += penalty(t.weight, cosine - t.reference[corner]);
+    });
+    return energy;
+}
+
+/// f += ca * a + cb * b
+void add_mixed(double ca, const double* a, double cb, const double* b, double* f)
+{
+    f[0] += ca * a[0] + cb * b[0];
+    f[1] += ca * a[1] + cb * b[1];
+    f[2] += ca * a[2] + cb * b[2];
+}
+
+/// Adds the forces of one corner on its point and its neighbours: -c times the derivatives of ab / D, the cosine.
+void turn_corner(const double* p, int32_t point, int32_t previous, int32_t next, double c, double* force)
+{
+    double a[3], b[3];
+    subtract(p + 3 * int64_t{previous}, p + 3 * int64_t{point}, a);
+    subtract(p + 3 * int64_t{next}, p + 3 * int64_t{point}, b);
+    const double aa = dot(a, a), bb = dot(b, b), ab = dot(a, b);
+    const double lengths = root(aa) * root(bb);
+    if (lengths == 0.0)
+        return;
+    add_mixed((ab - aa) * -c / (aa * lengths), a, (ab - bb) * -c / (bb * lengths), b, force + 3 * int64_t{point});
+    add_mixed(-c / lengths, a, c * ab / (bb * lengths), b, force + 3 * int64_t{next});
+    add_mixed(c * ab / (aa * lengths), a, -c / lengths, b, force + 3 * int64_t{previous});
+}
+
+/// Adds the forces of the corners of face f, the first of which is corner `first`.
+[[gnu::noinline]] void turn_face(const Angles& t, int32_t f, int32_t first, double* force)
+{
+    for_each_corner_of(t.faces, f, first, [&](int32_t point, int32_t previous, int32_t next, int32_t corner) {
+        const double cosine = t.measure[corner], reference = t.reference[corner];
+        if (cosine != reference)
+            turn_corner(t.p, point, previous, next, 2.0 * t.weight * (cosine - reference), force);
+    });
+}
+
+// As many triangles as V has lanes. Corner k of a triangle has arm a to the previous corner and b to the next.
+
+template <class V>
+struct Arms {
+    Lanes3<V> a, b;
+    V aa, bb, lengths; // squares, and the product of the lengths
+};
+
+template <class V>
+struct Corners {
+    Arms<V> c0, c1, c2;
+
+    /// Whether a corner may have a neighbour at its own place.
+    KORVALE_OVER_LANES bool may_be_degenerate() const
+    {
+        const V none = all<V>(0.0);
+        return any((c0.lengths == none) | (c1.lengths == none) | (c2.lengths == none));
+    }
+};
+
+template <class V>
+KORVALE_OVER_LANES Corners<V> corners_of(const double* p, const int32_t* corners)
+{
+    const Lanes3<V> p0 = points_at<V>(p, corners, 3);
+    const Lanes3<V> p1 = points_at<V>(p, corners + 1, 3);
+    const Lanes3<V> p2 = points_at<V>(p, corners + 2, 3);
+    const Lanes3<V> to1 = p1 - p0, to2 = p2 - p1, to0 = p0 - p2;
+    const Lanes3<V> from1 = p0 - p1, from2 = p1 - p2, from0 = p2 - p0;
+    const V square01 = dot(to1, to1), square12 = dot(to2, to2), square20 = dot(to0, to0);
+    const V side01 = root(square01), side12 = root(square12), side20 = root(square20);
+    return {{from0, to1, square20, square01, side20 * side01},
+            {from1, to2, square01, square12, side01 * side12},
+            {from2, to0, square12, square20, side12 * side20}};
+}
+
+template <class V>
+KORVALE_OVER_LANES V cosine_of(const Arms<V>& arms)
+{
+    return dot(arms.b, arms.a) / arms.lengths;
+}
+
+/// Notes the cosines of corners first ... and gives their energies.
+template <class V>
+KORVALE_OVER_LANES void measure_corners(const Angles& t, int32_t first, const V& cosines, double* energies)
+{
+    store(t.measure + first, cosines);
+    store(energies, penalty<V>(t.weight, cosines - load<V>(t.reference + first)));
+}
+
+/// Measures the triangles that begin with corner `first` and adds the energies of those with a free point. False, with
+/// nothing added, where a corner may have none.
+template <class V>
+KORVALE_OVER_LANES bool add_triangles(const Angles& t, int32_t first, double& energy)
+{
+    constexpr int n = width_of<V>;
+    const int32_t* const corners = t.faces.corners + first;
+    const Corners<V> c = corners_of<V>(t.p, corners);
+    if (c.may_be_degenerate())
+        return false;
+    const V cosines[3] = {cosine_of(c.c0), cosine_of(c.c1), cosine_of(c.c2)};
+    V listed[3];
+    list_three(cosines, listed);
+    double energies[3 * n];
+    measure_corners(t, first, listed[0], energies);
+    measure_corners(t, first + n, listed[1], energies + n);
+    measure_corners(t, first + 2 * n, listed[2], energies + 2 * n);
+    double sum = energy;
+    if (!t.tags.exist())
+        for (double more : energies)
+            sum += more;
+    else
+        for (int i = 0; i < 3 * n; i += 3)
+            if (!t.tags.contain(corners[i]) || !t.tags.contain(corners[i + 1]) || !t.tags.contain(corners[i + 2]))
+                sum = sum + energies[i] + energies[i + 1] + energies[i + 2];
+    energy = sum;
+    return true;
+}
+
+template <class V>
+KORVALE_OVER_LANES double add_energies(const Angles& term, double energy, const Ceiling& limit)
+{
+    const Angles t = term; // copies that no store can change
+    const Ceiling ceiling = limit;
+    int32_t first = 0;
+    for (int32_t f = 0; f < t.faces.count && !ceiling.is_reached(energy);) {
+        if (are_triangles<width_of<V>>(t.faces, f) && add_triangles<V>(t, first, energy)) {
+            f += width_of<V>;
+            first += 3 * width_of<V>;
+        } else {
+            energy = add_face(t, f, first, energy);
+            first = next_start(first, t.faces.sizes[f++]);
+        }
+    }
+    return energy;
+}
+
+/// The forces of the corners of triangles on their points: the first, second and third contribution to each.
+template <class V>
+struct Turns {
+    Separate3<V> at[3][3]; // [point][contribution]
+};
+
+/// The forces of a corner on its point, the next and the previous one.
+template <class V>
+struct Turn {
+    Lanes3<V> point, next, previous;
+};
+
+template <class V>
+KORVALE_OVER_LANES Turn<V> turn_of(const Arms<V>& arms, const V& c)
+{
+    const V ab = dot(arms.a, arms.b), cab = c * ab, by_aa = arms.aa * arms.lengths, by_bb = arms.bb * arms.lengths;
+    const V across = -c / arms.lengths, along_a = cab / by_aa, along_b = cab / by_bb;
+    return {(ab - arms.aa) * -c / by_aa * arms.a + (ab - arms.bb) * -c / by_bb * arms.b,
+            across * arms.a + along_b * arms.b, along_a * arms.a + across * arms.b};
+}
+
+/// Corner k gives its point contribution k, and so it does to the others.
+template <class V, int k>
+KORVALE_OVER_LANES void turn_corners(const Arms<V>& arms, const V& c, Turns<V>& turns)
+{
+    const Turn<V> turn = turn_of(arms, c);
+    separate(turn.point, turns.at[k][k]);
+    separate(turn.next, turns.at[(k + 1) % 3][k]);
+    separate(turn.previous, turns.at[(k + 2) % 3][k]);
+}
+
+/// Twice the weight times the deviations of corners first ...; sets a bit of `same` where there is none.
+template <class V>
+KORVALE_OVER_LANES V deviations(const Angles& t, int32_t first, int& same)
+{
+    const V cosines = load<V>(t.measure + first), references = load<V>(t.reference + first);
+    same |= bits(cosines == references);
+    return all<V>(2.0 * t.weight) * (cosines - references);
+}
+
+/// Computes the turns of the triangles that begin with corner `first`. False where a corner may have none: it has its
+/// reference cosine, or a neighbour at its own place.
+template <class V>
+KORVALE_OVER_LANES bool find_turns(const Angles& t, int32_t first, Turns<V>& turns)
+{
+    constexpr int n = width_of<V>;
+    int same = 0;
+    const V listed[3] = {deviations<V>(t, first, same), deviations<V>(t, first + n, same),
+                         deviations<V>(t, first + 2 * n, same)};
+    if (same != 0)
+        return false;
+    const Corners<V> corners = corners_of<V>(t.p, t.faces.corners + first);
+    if (corners.may_be_degenerate())
+        return false;
+    V c[3];
+    part_three(listed, c);
+    turn_corners<V, 0>(corners.c0, c[0], turns);
+    turn_corners<V, 1>(corners.c1, c[1], turns);
+    turn_corners<V, 2>(corners.c2, c[2], turns);
+    return true;
+}
+
+/// Adds the turns of a triangle to its three different points.
+template <class V>
+KORVALE_OVER_LANES void add_turns(const Turns<V>& turns, int lane, const int32_t* corners, double* force)
+{
+    for (int k = 0; k < 3; ++k) {
+        double* const f = force + 3 * int64_t{corners[k]};
+        const Separate3<V>(&at)[3] = turns.at[k];
+        store(f, load<Pair>(f) + load<Pair>(at[0].xy_of(lane)) + load<Pair>(at[1].xy_of(lane)) +
+                     load<Pair>(at[2].xy_of(lane)));
+        f[2] = f[2] + at[0].z[lane] + at[1].z[lane] + at[2].z[lane];
+    }
+}
+
+inline bool has_repeated_point(const int32_t* corners)
+{
+    return corners[0] == corners[1] || corners[1] == corners[2] || corners[2] == corners[0];
+}
+
+template <class V>
+KORVALE_OVER_LANES void add_forces(const Angles& term, double* force)
+{
+    constexpr int n = width_of<V>;
+    const Angles t = term; // a copy that no store can change
+    for (int32_t f = 0, first = 0; f < t.faces.count;) {
+        Turns<V> turns;
+        if (!are_triangles<n>(t.faces, f) || !find_turns(t, first, turns)) {
+            turn_face(t, f, first, force);
+            first = next_start(first, t.faces.sizes[f++]);
+            continue;
+        }
+        for (int lane = 0; lane < n; ++lane, ++f, first += 3) {
+            if (has_repeated_point(t.faces.corners + first))
+                turn_face(t, f, first, force);
+            else
+                add_turns(turns, lane, t.faces.corners + first, force);
+        }
+    }
+}
+
+KORVALE_FOUR_LANES double add_energies_wide(const Angles& term, double energy, const Ceiling& ceiling)
+{
+    return add_energies<Quad>(term, energy, ceiling);
+}
+
+KORVALE_FOUR_LANES void add_forces_wide(const Angles& term, double* force)
+{
+    add_forces<Quad>(term, force);
+}
+
+} // namespace
+
+double add_angle_energies(PreserveStatus& s, double energy, const Ceiling& ceiling)
+{
+    Angles term;
+    if (!find_angles(s, term))
+        return energy;
+    return widest([&] { return add_energies_wide(term, energy, ceiling); },
+                  [&] { return add_energies<Pair>(term, energy, ceiling); });
+}
+
+} // namespace korvale::inside
+
+using namespace korvale::inside;
+
+int PreserveInitOfang(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    const Faces faces = faces_of(*status);
+    if (!has_faces(*status) || !covers_mesh(status->points, *status) || !make_room(status->ofang, faces.corner_count) ||
+        !make_room(status->nfang, faces.corner_count))
+        return switch_off(*status, PRESERVE_FACE_ANGLE);
+    const double* const p = status->points->dvals;
+    double* const cosines = status->ofang->dvals;
+    for_each_face(faces, [&](const int32_t*, int32_t, int32_t first, int32_t f) {
+        for_each_corner_of(faces, f, first, [=](int32_t point, int32_t previous, int32_t next, int32_t corner) {
+            corner_cosine(p, point, previous, next, cosines[corner]);
+        });
+    });
+    return 1;
+}
+
+int PreserveFindNfang(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    status->energy = add_angle_energies(*status, status->energy, Ceiling{});
+    return 1;
+}
+
+int PreserveFindFaceAngleForce(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    Angles term;
+    double* const force = forces_of(*status);
+    if (force != nullptr && find_angles(*status, term))
+        widest([&] { add_forces_wide(term, force); }, [&] { add_forces<Pair>(term, force); });
+    return 1;
+}

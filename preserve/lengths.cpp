@@ -1,0 +1,190 @@
+// The length of an edge depends on its two points only, so edges are measured in lanes; their energies are added one
+// after the other. An edge pulls both its points in the same turn. Turns come in ascending order, which is the order of
+// each point's run in `point_edges`, so every point sums its edges as if it walked along that run.
+#include "preserve/lengths.h"
+
+#include "platform/internal/lanes3.h"
+#include "preserve/internal/mesh.h"
+#include "preserve/internal/terms.h"
+
+namespace korvale::inside {
+namespace {
+
+/// An edge shorter than this has no direction to pull in.
+constexpr double kShortestPull = 1e-06;
+
+/// What the term reads, and where it leaves the lengths.
+struct Lengths {
+    const double* p;
+    Edges edges;
+    Tags tags;
+    double weight;
+    const double* reference; // [edges]
+    double* measure;         // [edges]
+
+    const int32_t* ends(int32_t e) const { return edges.ends + 2 * int64_t{e}; }
+};
+
+/// The term at `cur_points`. False where its arrays are missing or too short for the mesh.
+bool find_lengths(const PreserveStatus& s, Lengths& t)
+{
+    t.edges = edges_of(s);
+    t.reference = measures_in(s.olen, t.edges.count);
+    t.measure = measures_in(s.nlen, t.edges.count);
+    if (t.reference == nullptr || t.measure == nullptr || !covers_mesh(s.cur_points, s))
+        return false;
+    t.p = s.cur_points->dvals;
+    t.tags = tags_of(s);
+    t.weight = s.weights[0];
+    return true;
+}
+
+/// The lengths of as many edges as V has lanes.
+template <class V>
+KORVALE_OVER_LANES V lengths_of(const double* p, const int32_t* ends)
+{
+    const Lanes3<V> along = points_at<V>(p, ends, 2) - points_at<V>(p, ends + 1, 2);
+    return root(dot(along, along));
+}
+
+template <class V>
+KORVALE_OVER_LANES void measure_edges(const double* p, const Edges& edges, double* measure)
+{
+    constexpr int n = width_of<V>;
+    int32_t e = 0;
+    for (; e <= edges.count - n; e += n)
+        store(measure + e, lengths_of<V>(p, edges.ends + 2 * int64_t{e}));
+    for (; e < edges.count; ++e)
+        measure[e] = lengths_of<double>(p, edges.ends + 2 * int64_t{e});
+}
+
+/// Measures the edges from e on, as many as V has lanes, and adds the energies of those with a free end.
+template <class V>
+KORVALE_OVER_LANES double add_edges(const Lengths& t, int32_t e, double energy)
+{
+    constexpr int n = width_of<V>;
+    const V lengths = lengths_of<V>(t.p, t.ends(e));
+    store(t.measure + e, lengths);
+    double energies[n];
+    store(energies, penalty<V>(t.weight, lengths - load<V>(t.reference + e)));
+    for (int l = 0; l < n; ++l)
+        if (!t.tags.exist() || !t.tags.contain(t.ends(e)[2 * l]) || !t.tags.contain(t.ends(e)[2 * l + 1]))
+            energy += energies[l];
+    return energy;
+}
+
+template <class V>
+KORVALE_OVER_LANES double add_energies(const Lengths& term, double energy, const Ceiling& limit)
+{
+    const Lengths t = term; // copies that no store can change
+    const Ceiling ceiling = limit;
+    int32_t e = 0;
+    for (; e <= t.edges.count - width_of<V> && !ceiling.is_reached(energy); e += width_of<V>)
+        energy = add_edges<V>(t, e, energy);
+    for (; e < t.edges.count && !ceiling.is_reached(energy); ++e)
+        energy = add_edges<double>(t, e, energy);
+    return energy;
+}
+
+/// Adds the forces of an edge on its two points, `stretch` times the way from the other one: pulls for a positive
+/// stretch, pushes for a negative one. Either way is a difference of its own, which has zeros of its own.
+inline void pull_ends(const double* p, const int32_t* ends, double stretch, double* force)
+{
+    const double *const a = p + 3 * int64_t{ends[0]}, *const b = p + 3 * int64_t{ends[1]};
+    double *const fa = force + 3 * int64_t{ends[0]}, *const fb = force + 3 * int64_t{ends[1]};
+    const Pair along = stretch * (load<Pair>(a) - load<Pair>(b)), back = stretch * (load<Pair>(b) - load<Pair>(a));
+    const double along_z = stretch * (a[2] - b[2]), back_z = stretch * (b[2] - a[2]);
+    store(fa, load<Pair>(fa) - along);
+    fa[2] -= along_z;
+    store(fb, load<Pair>(fb) - back);
+    fb[2] -= back_z;
+}
+
+/// Adds the forces of the edges from e on, as many as V has lanes.
+template <class V>
+KORVALE_OVER_LANES void pull_edges(const Lengths& t, int32_t e, double* force)
+{
+    constexpr int n = width_of<V>;
+    const V lengths = load<V>(t.measure + e), reference = load<V>(t.reference + e);
+    const int still = bits(lengths == reference) | bits(lengths < all<V>(kShortestPull));
+    double stretches[n];
+    store(stretches, (lengths - reference) * all<V>(2.0 * t.weight) / lengths);
+    for (int l = 0; l < n; ++l)
+        if ((still >> l & 1) == 0)
+            pull_ends(t.p, t.ends(e) + 2 * l, stretches[l], force);
+}
+
+template <class V>
+KORVALE_OVER_LANES void add_forces(const Lengths& term, double* force)
+{
+    const Lengths t = term; // a copy that no store can change
+    int32_t e = 0;
+    for (; e <= t.edges.count - width_of<V>; e += width_of<V>)
+        pull_edges<V>(t, e, force);
+    for (; e < t.edges.count; ++e)
+        pull_edges<double>(t, e, force);
+}
+
+KORVALE_FOUR_LANES void measure_wide(const double* p, const Edges& edges, double* measure)
+{
+    measure_edges<Quad>(p, edges, measure);
+}
+
+KORVALE_FOUR_LANES double add_energies_wide(const Lengths& term, double energy, const Ceiling& ceiling)
+{
+    return add_energies<Quad>(term, energy, ceiling);
+}
+
+KORVALE_FOUR_LANES void add_forces_wide(const Lengths& term, double* force)
+{
+    add_forces<Quad>(term, force);
+}
+
+} // namespace
+
+double add_length_energies(PreserveStatus& s, double energy, const Ceiling& ceiling)
+{
+    Lengths term;
+    if (!find_lengths(s, term))
+        return energy;
+    return widest([&] { return add_energies_wide(term, energy, ceiling); },
+                  [&] { return add_energies<Pair>(term, energy, ceiling); });
+}
+
+} // namespace korvale::inside
+
+using namespace korvale::inside;
+
+int PreserveInitOlen(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    if (status->edges == nullptr || !covers_mesh(status->points, *status))
+        return switch_off(*status, PRESERVE_LENGTH);
+    const Edges edges = edges_of(*status);
+    if (!make_room(status->olen, edges.count) || !make_room(status->nlen, edges.count))
+        return switch_off(*status, PRESERVE_LENGTH);
+    const double* const p = status->points->dvals;
+    double* const lengths = status->olen->dvals;
+    widest([&] { measure_wide(p, edges, lengths); }, [&] { measure_edges<Pair>(p, edges, lengths); });
+    return 1;
+}
+
+int PreserveFindNlen(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    status->energy = add_length_energies(*status, status->energy, Ceiling{});
+    return 1;
+}
+
+int PreserveFindEdgeLengthForce(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    Lengths term;
+    double* const force = forces_of(*status);
+    if (force != nullptr && find_lengths(*status, term))
+        widest([&] { add_forces_wide(term, force); }, [&] { add_forces<Pair>(term, force); });
+    return 1;
+}

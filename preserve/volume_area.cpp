@@ -1,0 +1,325 @@
+// Both measures are sums over the faces, formed in order in one walk, for which triangles are taken apart in lanes.
+// What their forces do to a corner depends on one face only: triangles go in lanes, other faces corner by corner, and
+// every point adds what it gets in the order of the corners.
+#include "preserve/volume_area.h"
+
+#include "math/internal/vec.h"
+#include "platform/internal/lanes3.h"
+#include "preserve/internal/mesh.h"
+#include "preserve/internal/terms.h"
+
+namespace korvale::inside {
+namespace {
+
+/// A volume or an area this close to its reference is left alone.
+constexpr double kSmallestDeviation = 1e-06;
+
+struct Measures {
+    double volume = 0.0, area = 0.0;
+};
+
+// Face by face.
+
+/// Six times the volume of the fan from the origin to a face.
+double fan_volume(const double* p, const int32_t* corners, int32_t n)
+{
+    double sum[3] = {0.0, 0.0, 0.0}, product[3];
+    for (int32_t k = 1; k + 1 < n; ++k) {
+        cross(p + 3 * int64_t{corners[k]}, p + 3 * int64_t{corners[k + 1]}, product);
+        add(sum, product, sum);
+    }
+    return dot(p + 3 * int64_t{corners[0]}, sum);
+}
+
+/// The sum over the corners of a face of each point x the next: twice its area, along its normal.
+void area_vector(const double* p, const int32_t* corners, int32_t n, double* out)
+{
+    double product[3];
+    out[0] = out[1] = out[2] = 0.0;
+    for (int32_t k = 0; k < n; ++k) {
+        cross(p + 3 * int64_t{corners[k]}, p + 3 * int64_t{corners[k + 1 == n ? 0 : k + 1]}, product);
+        add(out, product, out);
+    }
+}
+
+/// Adds the measures of face f, whose first corner is `first`.
+[[gnu::noinline]] void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums)
+{
+    const int32_t n = faces.sizes[f];
+    if (n < 1)
+        return;
+    double normal[3];
+    if (n >= 3)
+        sums.volume += fan_volume(p, faces.corners + first, n);
+    area_vector(p, faces.corners + first, n, normal);
+    sums.area += length(normal);
+}
+
+/// f += scale * v
+void add_scaled(double scale, const double* v, double* f)
+{
+    f[0] += scale * v[0];
+    f[1] += scale * v[1];
+    f[2] += scale * v[2];
+}
+
+/// The pressure of the volume: along the product of the two neighbours' points.
+struct Pressure {
+    double factor; // twice weight times deviation
+
+    /// Adds the forces of one face.
+    [[gnu::noinline]] void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, double* force) const
+    {
+        for_each_corner_of(faces, f, first, [=, this](int32_t point, int32_t previous, int32_t next, int32_t) {
+            double product[3]; // Deliberate: the rule for triangles, whatever the face
+            cross(p + 3 * int64_t{previous}, p + 3 * int64_t{next}, product);
+            add_scaled(factor, product, force + 3 * int64_t{point});
+        });
+    }
+
+    /// The forces on the corners of as many triangles as V has lanes.
+    template <class V>
+    KORVALE_OVER_LANES void find(const Lanes3<V>& p0, const Lanes3<V>& p1, const Lanes3<V>& p2,
+                                 Lanes3<V> (&forces)[3]) const
+    {
+        const V k = all<V>(factor);
+        forces[0] = k * cross(p2, p1);
+        forces[1] = k * cross(p0, p2);
+        forces[2] = k * cross(p1, p0);
+    }
+};
+
+/// The tension of the area: across the side between the neighbours, in the plane of the face.
+struct Tension {
+    double factor; // twice weight times deviation
+
+    [[gnu::noinline]] void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, double* force) const
+    {
+        if (faces.sizes[f] < 1)
+            return;
+        double normal[3];
+        area_vector(p, faces.corners + first, faces.sizes[f], normal);
+        make_unit(normal); // Deliberate: too short a vector is used as it is
+        for_each_corner_of(faces, f, first, [&](int32_t point, int32_t previous, int32_t next, int32_t) {
+            double across[3], pull[3];
+            subtract(p + 3 * int64_t{previous}, p + 3 * int64_t{next}, across);
+            cross(across, normal, pull);
+            add_scaled(factor, pull, force + 3 * int64_t{point});
+        });
+    }
+
+    template <class V>
+    KORVALE_OVER_LANES void find(const Lanes3<V>& p0, const Lanes3<V>& p1, const Lanes3<V>& p2,
+                                 Lanes3<V> (&forces)[3]) const
+    {
+        const V k = all<V>(factor), zero = all<V>(0.0);
+        const Lanes3<V> none = {zero, zero, zero}; // turns a zero of the first product positive
+        const Lanes3<V> normal = none + cross(p0, p1) + cross(p1, p2) + cross(p2, p0);
+        const V size = root(dot(normal, normal));
+        const auto is_short = size < all<V>(kShortestVector);
+        const Lanes3<V> unit = {select(is_short, normal.x, normal.x / size),
+                                select(is_short, normal.y, normal.y / size),
+                                select(is_short, normal.z, normal.z / size)};
+        forces[0] = k * cross(p2 - p1, unit);
+        forces[1] = k * cross(p0 - p2, unit);
+        forces[2] = k * cross(p1 - p0, unit);
+    }
+};
+
+// As many triangles as V has lanes.
+
+template <class V>
+KORVALE_OVER_LANES void add_triangles(const double* p, const int32_t* corners, Measures& sums)
+{
+    constexpr int n = width_of<V>;
+    const Lanes3<V> p0 = points_at<V>(p, corners, 3);
+    const Lanes3<V> p1 = points_at<V>(p, corners + 1, 3);
+    const Lanes3<V> p2 = points_at<V>(p, corners + 2, 3);
+    const Lanes3<V> far = cross(p1, p2), normal = cross(p0, p1) + far + cross(p2, p0);
+    double volumes[n], areas[n];
+    store(volumes, dot(p0, far));
+    store(areas, root(dot(normal, normal)));
+    for (int l = 0; l < n; ++l) {
+        sums.volume += volumes[l];
+        sums.area += areas[l];
+    }
+}
+
+template <class V>
+KORVALE_OVER_LANES Measures measure_faces_over(const double* p, const Faces& all_faces)
+{
+    const Faces faces = all_faces; // a copy that no store can change
+    Measures sums;
+    for (int32_t f = 0, first = 0; f < faces.count;) {
+        if (are_triangles<width_of<V>>(faces, f)) {
+            add_triangles<V>(p, faces.corners + first, sums);
+            f += width_of<V>;
+            first += 3 * width_of<V>;
+        } else {
+            add_face(p, faces, f, first, sums);
+            first = next_start(first, faces.sizes[f++]);
+        }
+    }
+    return sums;
+}
+
+/// Adds the forces of a rule on every corner of every face.
+template <class V, class Rule>
+KORVALE_OVER_LANES void add_forces(const double* p, const Faces& all_faces, const Rule& given, double* force)
+{
+    constexpr int n = width_of<V>;
+    const Faces faces = all_faces; // copies that no store can change
+    const Rule rule = given;
+    for (int32_t f = 0, first = 0; f < faces.count;) {
+        const int32_t* corner = faces.corners + first;
+        if (!are_triangles<n>(faces, f)) {
+            rule.add_face(p, faces, f, first, force);
+            first = next_start(first, faces.sizes[f++]);
+            continue;
+        }
+        Lanes3<V> forces[3];
+        rule.template find<V>(points_at<V>(p, corner, 3), points_at<V>(p, corner + 1, 3),
+                              points_at<V>(p, corner + 2, 3), forces);
+        Separate3<V> at[3];
+        separate(forces[0], at[0]);
+        separate(forces[1], at[1]);
+        separate(forces[2], at[2]);
+        for (int lane = 0; lane < n; ++lane)
+            for (int k = 0; k < 3; ++k, ++corner) {
+                double* const to = force + 3 * int64_t{*corner};
+                store(to, load<Pair>(to) + load<Pair>(at[k].xy_of(lane)));
+                to[2] += at[k].z[lane];
+            }
+        f += n;
+        first += 3 * n;
+    }
+}
+
+KORVALE_FOUR_LANES Measures measure_faces_wide(const double* p, const Faces& faces)
+{
+    return measure_faces_over<Quad>(p, faces);
+}
+
+/// The two sums over all faces.
+Measures measure_faces(const double* p, const Faces& faces)
+{
+    return widest([&] { return measure_faces_wide(p, faces); }, [&] { return measure_faces_over<Pair>(p, faces); });
+}
+
+template <class Rule>
+KORVALE_FOUR_LANES void add_forces_wide(const double* p, const Faces& faces, const Rule& rule, double* force)
+{
+    add_forces<Quad>(p, faces, rule, force);
+}
+
+/// Adds the forces of a measure that is off by `deviation`.
+template <class Rule>
+int add_rule(const PreserveStatus& s, double deviation, double weight)
+{
+    double* const force = forces_of(s);
+    if (absolute(deviation) < kSmallestDeviation || force == nullptr || !covers_mesh(s.cur_points, s))
+        return 1;
+    const double* const p = s.cur_points->dvals;
+    const Faces faces = faces_of(s);
+    const Rule rule = {2.0 * weight * deviation};
+    widest([&] { add_forces_wide(p, faces, rule, force); }, [&] { add_forces<Pair>(p, faces, rule, force); });
+    return 1;
+}
+
+/// Measures the reference points. False where that cannot be done.
+bool measure_reference(const PreserveStatus& s, Measures& measures)
+{
+    if (!has_faces(s) || !covers_mesh(s.points, s))
+        return false;
+    measures = measure_faces(s.points->dvals, faces_of(s));
+    return true;
+}
+
+} // namespace
+
+bool measure_volume_and_area(PreserveStatus& s, int32_t terms, Ceiling& ceiling)
+{
+    const Faces faces = faces_of(s);
+    if ((terms & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0 || (faces.count > 0 && !covers_mesh(s.cur_points, s)))
+        return false;
+    const Measures measures = faces.count > 0 ? measure_faces(s.cur_points->dvals, faces) : Measures{};
+    if ((terms & PRESERVE_VOLUME) != 0) {
+        s.nvolume = measures.volume;
+        ceiling.volume = penalty(s.weights[2], s.nvolume - s.ovolume);
+    }
+    if ((terms & PRESERVE_AREA) != 0) {
+        s.narea = measures.area;
+        ceiling.area = penalty(s.weights[3], s.narea - s.oarea);
+    }
+    return true;
+}
+
+double add_volume_energy(PreserveStatus&, double energy, const Ceiling& ceiling)
+{
+    return energy + ceiling.volume;
+}
+
+double add_area_energy(PreserveStatus&, double energy, const Ceiling& ceiling)
+{
+    return energy + ceiling.area;
+}
+
+} // namespace korvale::inside
+
+using namespace korvale::inside;
+
+int PreserveInitOvolume(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    Measures measures;
+    if (!measure_reference(*status, measures))
+        return switch_off(*status, PRESERVE_VOLUME);
+    status->ovolume = measures.volume;
+    return 1;
+}
+
+int PreserveInitOarea(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    Measures measures;
+    if (!measure_reference(*status, measures))
+        return switch_off(*status, PRESERVE_AREA);
+    status->oarea = measures.area;
+    return 1;
+}
+
+int PreserveFindNvolume(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    Ceiling energies;
+    if (measure_volume_and_area(*status, PRESERVE_VOLUME, energies))
+        status->energy += energies.volume;
+    return 1;
+}
+
+int PreserveFindNarea(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    Ceiling energies;
+    if (measure_volume_and_area(*status, PRESERVE_AREA, energies))
+        status->energy += energies.area;
+    return 1;
+}
+
+int PreserveFindVolumeForce(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    return add_rule<Pressure>(*status, status->nvolume - status->ovolume, status->weights[2]);
+}
+
+int PreserveFindSurfaceAreaForce(PreserveStatus* status)
+{
+    if (status == nullptr)
+        return -1;
+    return add_rule<Tension>(*status, status->narea - status->oarea, status->weights[3]);
+}
