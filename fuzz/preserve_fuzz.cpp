@@ -1,6 +1,6 @@
 // Shape preservation of arbitrary meshes at arbitrary positions: any connectivity is refused or computed with, whether
-// its arrays are the library's or wrap memory of the host, whatever lists and sizes say, and also when the heap runs out.
-// What the heap leaves whole agrees bit for bit with the documented steps.
+// its arrays are the library's or wrap memory of the host, whatever lists and sizes say, and also when the heap runs
+// out. What the heap leaves whole agrees bit for bit with the documented steps.
 #include <bit>
 #include <cstdint>
 #include <cstdlib>
