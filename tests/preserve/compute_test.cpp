@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "preserve/compute.h"
-#include "tests/preserve/meshes.h"
+#include "tests/preserve/random_meshes.h"
 #include "tests/preserve/solver.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"

@@ -1,54 +1,18 @@
-#include <cstddef>
+#include "preserve/status.h"
+
 #include <cstdlib>
 #include <cstring>
-#include <type_traits>
 
 #include <gtest/gtest.h>
 
-#include "preserve/status.h"
 #include "tests/preserve/input.h"
+#include "tests/preserve/solver.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
 namespace korvale::test {
 namespace {
-
-TEST(PreserveStatus, HasItsFieldsInOrder)
-{
-    EXPECT_EQ(sizeof(PreserveStatus), 216u);
-    EXPECT_TRUE(std::is_standard_layout_v<PreserveStatus> && std::is_trivial_v<PreserveStatus>);
-    const size_t offsets[] = {offsetof(PreserveStatus, flags),
-                              offsetof(PreserveStatus, points),
-                              offsetof(PreserveStatus, edges),
-                              offsetof(PreserveStatus, face_sizes),
-                              offsetof(PreserveStatus, face_points),
-                              offsetof(PreserveStatus, tags),
-                              offsetof(PreserveStatus, masses),
-                              offsetof(PreserveStatus, face_starts),
-                              offsetof(PreserveStatus, point_edge_count),
-                              offsetof(PreserveStatus, point_edge_start),
-                              offsetof(PreserveStatus, point_edges),
-                              offsetof(PreserveStatus, point_faces),
-                              offsetof(PreserveStatus, weights)};
-    for (size_t i = 0; i < std::size(offsets); ++i)
-        EXPECT_EQ(offsets[i], 8 * i);
-    const size_t later[] = {
-        offsetof(PreserveStatus, olen),  offsetof(PreserveStatus, ofang),      offsetof(PreserveStatus, ovolume),
-        offsetof(PreserveStatus, oarea), offsetof(PreserveStatus, cur_points), offsetof(PreserveStatus, nlen),
-        offsetof(PreserveStatus, nfang), offsetof(PreserveStatus, nvolume),    offsetof(PreserveStatus, narea),
-        offsetof(PreserveStatus, force), offsetof(PreserveStatus, energy)};
-    for (size_t i = 0; i < std::size(later); ++i)
-        EXPECT_EQ(later[i], 128 + 8 * i);
-}
-
-TEST(PreserveStatus, TermsAreBits)
-{
-    EXPECT_EQ(PRESERVE_LENGTH, 1);
-    EXPECT_EQ(PRESERVE_FACE_ANGLE, 2);
-    EXPECT_EQ(PRESERVE_VOLUME, 4);
-    EXPECT_EQ(PRESERVE_AREA, 8);
-}
 
 TEST(PreserveInitialize, RefusesANullStatusAndWhatIsNotPoints)
 {
@@ -406,31 +370,6 @@ TEST(PreserveInitialize, ReleasesNothingOfAUsedStatus)
     PreserveDispose(&input.status);
     input.status = first;
     PreserveDispose(&input.status);
-}
-
-TEST(PreserveDispose, ReleasesWhatTheStatusOwnsAndKeepsTheFields)
-{
-    NEEDS_HEAP_COUNTS();
-    Input input = two_triangles({0, 1, 1, 2});
-    const HeapWatch heap;
-    ASSERT_EQ(input.initialize(), 1);
-    for (int term = 1; term <= PRESERVE_AREA; term *= 2)
-        ASSERT_EQ(PreservePreserve(&input.status, term, 1.0), 1);
-    EXPECT_EQ(heap.live_blocks(), 20) << "ten records with their buffers";
-    const PreserveStatus before = input.status;
-    PreserveDispose(&input.status);
-    EXPECT_EQ(heap.live_blocks(), 0);
-    EXPECT_EQ(std::memcmp(&before, &input.status, sizeof before), 0);
-    EXPECT_EQ(input.points->count, 4);
-    EXPECT_EQ(input.edges->count, 2);
-}
-
-TEST(PreserveDispose, TakesNullAndAZeroFilledRecord)
-{
-    PreserveDispose(nullptr);
-    PreserveStatus status = {};
-    PreserveDispose(&status);
-    EXPECT_EQ(status.force, nullptr);
 }
 
 } // namespace

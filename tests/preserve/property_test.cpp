@@ -5,7 +5,7 @@
 
 #include "preserve/compute.h"
 #include "preserve/evaluation.h"
-#include "tests/preserve/meshes.h"
+#include "tests/preserve/random_meshes.h"
 #include "tests/preserve/solver.h"
 #include "tests/support/bits.h"
 

@@ -8,8 +8,8 @@
 #include "preserve/lengths.h"
 #include "preserve/status.h"
 #include "preserve/volume_area.h"
-#include "tests/preserve/meshes.h"
 #include "tests/support/arrays.h"
+#include "tests/support/meshes.h"
 
 namespace korvale::test {
 

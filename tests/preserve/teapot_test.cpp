@@ -1,12 +1,9 @@
 // A mesh as it comes from a modeller: several pieces, open rims, sharp and flat corners.
 #include <cmath>
-#include <fstream>
-#include <string>
 
 #include <gtest/gtest.h>
 
 #include "preserve/compute.h"
-#include "tests/preserve/meshes.h"
 #include "tests/preserve/solver.h"
 #include "tests/reference/preserve.h"
 #include "tests/support/bits.h"
@@ -16,25 +13,7 @@ namespace {
 
 Mesh teapot()
 {
-    std::ifstream file(KORVALE_EXAMPLE_DATA "/teapot.obj");
-    Mesh mesh;
-    std::string word;
-    while (file >> word) {
-        if (word == "v") {
-            double xyz[3];
-            file >> xyz[0] >> xyz[1] >> xyz[2];
-            mesh.points.insert(mesh.points.end(), xyz, xyz + 3);
-        } else if (word == "f") {
-            int corner[3];
-            file >> corner[0] >> corner[1] >> corner[2];
-            mesh.sizes.push_back(3);
-            for (int c : corner)
-                mesh.corners.push_back(c - 1);
-        } else {
-            std::getline(file, word);
-        }
-    }
-    return mesh;
+    return read_obj(KORVALE_EXAMPLE_DATA "/teapot.obj");
 }
 
 std::vector<double> squashed(std::vector<double> points)

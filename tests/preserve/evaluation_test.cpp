@@ -1,29 +1,22 @@
+#include "preserve/evaluation.h"
+
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
 
-#include "preserve/evaluation.h"
-#include "tests/preserve/meshes.h"
+#include "tests/preserve/random_meshes.h"
 #include "tests/preserve/solver.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
+#include "tests/support/meshes.h"
+#include "tests/support/random.h"
 
 namespace korvale::test {
 namespace {
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-/// Two points, one edge of reference length 2, evaluated at length 3 along x.
-struct StretchedEdge : testing::Test {
-    Solver solver{{{0, 0, 0, 2, 0, 0}, {}, {}}, {0, 1}};
-
-    void SetUp() override
-    {
-        ASSERT_EQ(PreservePreserve(solver, PRESERVE_LENGTH, 5.0), 1);
-        solver.place({0, 0, 0, 3, 0, 0});
-    }
-};
 
 TEST(PreserveFindEnergy, IsZeroWithoutTerms)
 {
@@ -49,48 +42,6 @@ TEST(PreserveFindEnergy, IsExactlyZeroAtTheReference)
         ASSERT_TRUE(switch_on(solver, kAllTerms, 2.5));
         EXPECT_TRUE(same_bits(0.0, solver.energy()));
     }
-}
-
-TEST_F(StretchedEdge, HasWeightTimesSquaredDeviation)
-{
-    EXPECT_TRUE(same_bits(5.0, solver.energy()));
-    EXPECT_TRUE(same_bits(3.0, solver->nlen->dvals[0]));
-    EXPECT_TRUE(same_bits(2.0, solver->olen->dvals[0]));
-}
-
-TEST_F(StretchedEdge, HasNoEnergyWithBothEndsTagged)
-{
-    solver.tag({0, 1});
-    EXPECT_TRUE(same_bits(0.0, solver.energy()));
-    EXPECT_TRUE(same_bits(3.0, solver->nlen->dvals[0])) << "it is measured all the same";
-}
-
-TEST_F(StretchedEdge, KeepsItsEnergyWithOneEndTagged)
-{
-    solver.tag({1});
-    EXPECT_TRUE(same_bits(5.0, solver.energy()));
-}
-
-TEST_F(StretchedEdge, TagsBeyondAShortenedArrayOrWithoutABufferDoNotCount)
-{
-    OwnedDATA tags = bytes<DATAstruct>(1, {1, 1});
-    ASSERT_EQ(PreserveSetTag(solver, tags), 1);
-    tags->count = 1;
-    EXPECT_TRUE(same_bits(5.0, solver.energy()));
-    DATAstruct no_buffer = wrapped<DATAstruct>(nullptr, 2, 1);
-    no_buffer.type = DATA_TYPE_BYTE;
-    ASSERT_EQ(PreserveSetTag(solver, &no_buffer), 1);
-    EXPECT_TRUE(same_bits(5.0, solver.energy()));
-}
-
-TEST_F(StretchedEdge, EnergySquaresTheDeviationBeforeTheWeight)
-{
-    // (0.1 * 0.1) * 0.3 and 0.1 * (0.1 * 0.3) differ in the last bit.
-    ASSERT_EQ(PreservePreserve(solver, PRESERVE_LENGTH, 0.3), 1);
-    solver->olen->dvals[0] = 0.0;
-    solver.place({0, 0, 0, 0.1, 0, 0});
-    ASSERT_NE(0.3 * (0.1 * 0.1), 0.3 * 0.1 * 0.1);
-    EXPECT_TRUE(same_bits(0.3 * (0.1 * 0.1), solver.energy()));
 }
 
 TEST(PreserveFindEnergy, AddsOneMeasureAfterTheOther)
@@ -127,77 +78,6 @@ TEST(PreserveFindEnergy, AddsTheTermsInOrderIntoOneSum)
     EXPECT_EQ(PreserveFindNarea(one), 1);
     EXPECT_TRUE(same_bits(one->energy, all->energy));
     EXPECT_GT(all->energy, 0.0);
-}
-
-TEST(PreserveFindNlen, AddsToTheEnergyThatIsThere)
-{
-    Solver solver({{0, 0, 0, 2, 0, 0}, {}, {}}, {0, 1});
-    ASSERT_TRUE(switch_on(solver, PRESERVE_LENGTH));
-    solver.place({0, 0, 0, 3, 0, 0});
-    solver->cur_points = solver.moved();
-    solver->energy = 10.0;
-    EXPECT_EQ(PreserveFindNlen(solver), 1);
-    EXPECT_TRUE(same_bits(11.0, solver->energy));
-}
-
-TEST(PreserveFindNfang, HasTheEnergyOfEveryCorner)
-{
-    // A right angle opened to a straight line: cosines 0, c, c become -1, 1, 1.
-    Solver solver({{0, 0, 0, 1, 0, 0, 0, 1, 0}, {3}, {0, 1, 2}});
-    ASSERT_EQ(PreservePreserve(solver, PRESERVE_FACE_ANGLE, 3.0), 1);
-    const double c = solver->ofang->dvals[1], bent = 3.0 * ((1.0 - c) * (1.0 - c));
-    EXPECT_TRUE(same_bits(3.0 + bent + bent, solver.energy_at({0, 0, 0, 1, 0, 0, -1, 0, 0})));
-    EXPECT_TRUE(same_bits({-1, 1, 1}, solver->nfang->dvals));
-}
-
-TEST(PreserveFindNfang, ACornerWithANeighbourAtItsPlaceHasNoEnergy)
-{
-    Solver solver({{0, 0, 0, 1, 0, 0, 0, 1, 0}, {3}, {0, 1, 2}});
-    ASSERT_EQ(PreservePreserve(solver, PRESERVE_FACE_ANGLE, 1.0), 1);
-    // Points 0 and 1 coincide: only corner 2 is left, its cosine 1.
-    const double c = solver->ofang->dvals[2];
-    EXPECT_TRUE(same_bits((1.0 - c) * (1.0 - c), solver.energy_at({0, 0, 0, 0, 0, 0, 0, 1, 0})));
-    EXPECT_TRUE(same_bits({0, 0, 1}, solver->nfang->dvals));
-}
-
-TEST(PreserveFindNfang, ACornerHasNoEnergyWhenItAndBothNeighboursAreTagged)
-{
-    Solver solver({{0, 0, 0, 1, 0, 0, 0, 1, 0}, {3}, {0, 1, 2}});
-    ASSERT_EQ(PreservePreserve(solver, PRESERVE_FACE_ANGLE, 1.0), 1);
-    const double free = solver.energy_at({0, 0, 0, 1, 0, 0, 1, 1, 0});
-    EXPECT_GT(free, 0.0);
-    solver.tag({0, 1});
-    EXPECT_TRUE(same_bits(free, solver.energy()));
-    solver.tag({0, 2});
-    EXPECT_TRUE(same_bits(free, solver.energy()));
-    solver.tag({1, 2});
-    EXPECT_TRUE(same_bits(free, solver.energy()));
-    solver.tag({0, 1, 2});
-    EXPECT_TRUE(same_bits(0.0, solver.energy()));
-    EXPECT_NE(solver->nfang->dvals[0], solver->ofang->dvals[0]) << "it is measured all the same";
-}
-
-TEST(PreserveFindNvolume, TagsPlayNoPart)
-{
-    Solver solver(tetrahedron());
-    ASSERT_TRUE(switch_on(solver, PRESERVE_VOLUME | PRESERVE_AREA));
-    solver.tag({0, 1, 2, 3});
-    solver.energy_at({0, 0, 0, 3, 0, 0, 0, 1, 0, 0, 0, 1});
-    EXPECT_TRUE(same_bits(3.0, solver->nvolume));
-    EXPECT_GE(solver->energy, 4.0);
-    EXPECT_GT(solver->narea, solver->oarea);
-}
-
-TEST(PreserveFindNvolume, WithoutFacesTheMeasuresAreZero)
-{
-    Solver solver({{0, 0, 0, 2, 0, 0}, {}, {}}, {0, 1});
-    solver->ovolume = 3.0;
-    solver->oarea = 2.0;
-    solver->nvolume = solver->narea = 8.0;
-    solver->flags = PRESERVE_VOLUME | PRESERVE_AREA;
-    EXPECT_TRUE(same_bits(13.0, solver.energy()));
-    EXPECT_TRUE(same_bits(0.0, solver->nvolume));
-    EXPECT_TRUE(same_bits(0.0, solver->narea));
 }
 
 TEST(PreserveFindEnergy, ATranslationKeepsLengthsAnglesAndTheVolumeOfAClosedMesh)
@@ -251,6 +131,43 @@ TEST(PreserveFindEnergy, SkipsTermsWithoutPositions)
     EXPECT_TRUE(same_bits(0.0, solver->energy));
     EXPECT_EQ(PreserveFindForce(solver), 1);
     EXPECT_TRUE(same_bits(std::vector<double>(12, 0.0), solver->force->dvals));
+}
+
+TEST(PreserveFindForce, RefusesANullStatus)
+{
+    EXPECT_EQ(PreserveFindForce(nullptr), -1);
+    EXPECT_EQ(PreserveFindEdgeLengthForce(nullptr), -1);
+    EXPECT_EQ(PreserveFindFaceAngleForce(nullptr), -1);
+    EXPECT_EQ(PreserveFindVolumeForce(nullptr), -1);
+    EXPECT_EQ(PreserveFindSurfaceAreaForce(nullptr), -1);
+}
+
+TEST(PreserveFindForce, IsZeroWithoutTermsAndAtTheReference)
+{
+    Solver solver(tetrahedron());
+    std::fill(solver->force->dvals, solver->force->dvals + 12, 3.0);
+    EXPECT_TRUE(same_bits(std::vector<double>(12, 0.0), solver.force()));
+    ASSERT_TRUE(switch_on(solver, kAllTerms));
+    std::fill(solver->force->dvals, solver->force->dvals + 12, 3.0);
+    EXPECT_TRUE(same_bits(std::vector<double>(12, 0.0), solver.force()));
+}
+
+TEST(PreserveFindForce, AddsTheTermsInOrder)
+{
+    Random random(4301);
+    const Mesh mesh = random_closed_mesh(random);
+    Solver all(mesh), one(mesh);
+    ASSERT_TRUE(switch_on(all, kAllTerms, 0.7));
+    ASSERT_TRUE(switch_on(one, kAllTerms, 0.7));
+    const std::vector<double> moved = shaken(random, mesh.points, 0.2);
+    all.place(moved);
+    one.energy_at(moved);
+    std::fill(one->force->dvals, one->force->dvals + mesh.points.size(), 0.0);
+    EXPECT_EQ(PreserveFindEdgeLengthForce(one), 1);
+    EXPECT_EQ(PreserveFindFaceAngleForce(one), 1);
+    EXPECT_EQ(PreserveFindVolumeForce(one), 1);
+    EXPECT_EQ(PreserveFindSurfaceAreaForce(one), 1);
+    EXPECT_TRUE(same_bits(values_of(*one->force), all.force()));
 }
 
 } // namespace

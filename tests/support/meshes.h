@@ -1,10 +1,9 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
-#include "tests/support/random.h"
-
-// Meshes for tests, all closed and turned outwards unless said otherwise.
+// Meshes for tests and benchmarks, all closed and turned outwards unless said otherwise.
 namespace korvale::test {
 
 struct Mesh {
@@ -31,21 +30,14 @@ Mesh torus(int around, int along, double radius, double thickness);
 /// One planar regular face of n corners in the plane z = 0, of radius 1.
 Mesh polygon(int n);
 
-/// A closed triangle mesh of random kind, size, shape and numbering.
-Mesh random_closed_mesh(Random& random);
-
-/// Faces of 0 to 7 corners anywhere among `points` points, repeated corners and faces included; nothing is closed.
-Mesh random_soup(Random& random, int points, int faces);
-
-/// The same with negative sizes in between, which lead back so that faces share corners of the list, and sometimes with
-/// corners behind the last face.
-Mesh random_overlapping_soup(Random& random, int points, int faces);
-
 /// Each quad as two triangles.
 Mesh triangulated(const Mesh& quads);
 
-/// Every coordinate moved by up to `amount`.
-std::vector<double> shaken(Random& random, std::vector<double> points, double amount);
+/// The mesh of a Wavefront file; empty when it cannot be read.
+Mesh read_obj(const std::string& path);
+
+/// The corners of a mesh of triangles one after the other, nine numbers a triangle.
+std::vector<double> triangles_of(const Mesh& mesh);
 
 /// Every point moved by the same step.
 std::vector<double> shifted(std::vector<double> points, double dx, double dy, double dz);

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/preserve/meshes.h"
+#include "tests/preserve/random_meshes.h"
 #include "tests/preserve/solver.h"
 #include "tests/reference/preserve.h"
 #include "tests/support/bits.h"
@@ -156,7 +156,7 @@ void compare(int rounds, uint64_t seed, const std::function<void(Pair&, Random&)
         }
 }
 
-TEST(ReferenceSteps, FindTheSameEdges)
+TEST(PreserveSteps, FindTheSameEdges)
 {
     Random random(4601);
     for (int i = 0; i < rounds(400); ++i) {
@@ -170,7 +170,7 @@ TEST(ReferenceSteps, FindTheSameEdges)
     }
 }
 
-TEST(ReferenceSteps, RefuseTheSameFacesThatShareCorners)
+TEST(PreserveSteps, RefuseTheSameFacesThatShareCorners)
 {
     Random random(4609);
     int refused = 0;
@@ -186,7 +186,7 @@ TEST(ReferenceSteps, RefuseTheSameFacesThatShareCorners)
     EXPECT_GT(refused, 0);
 }
 
-TEST(ReferenceSteps, GroupTheSameEdgesAndFaces)
+TEST(PreserveSteps, GroupTheSameEdgesAndFaces)
 {
     Random random(4608);
     for (int i = 0; i < rounds(400); ++i) {
@@ -211,7 +211,7 @@ TEST(ReferenceSteps, GroupTheSameEdgesAndFaces)
     }
 }
 
-TEST(ReferenceSteps, RecordTheSameMeasures)
+TEST(PreserveSteps, RecordTheSameMeasures)
 {
     Random random(4602);
     for (int i = 0; i < rounds(100); ++i)
@@ -230,7 +230,7 @@ TEST(ReferenceSteps, RecordTheSameMeasures)
         }
 }
 
-TEST(ReferenceSteps, FindTheSameEnergy)
+TEST(PreserveSteps, FindTheSameEnergy)
 {
     compare(150, 4603, [](Pair& pair, Random&) {
         reference::find_energy(*pair.plain.get());
@@ -238,7 +238,7 @@ TEST(ReferenceSteps, FindTheSameEnergy)
     });
 }
 
-TEST(ReferenceSteps, FindTheSameForce)
+TEST(PreserveSteps, FindTheSameForce)
 {
     compare(150, 4604, [](Pair& pair, Random&) {
         reference::find_energy(*pair.plain.get());
@@ -248,7 +248,7 @@ TEST(ReferenceSteps, FindTheSameForce)
     });
 }
 
-TEST(ReferenceSteps, AddTheSameSingleTerms)
+TEST(PreserveSteps, AddTheSameSingleTerms)
 {
     // On top of whatever stands in energy and force, zeros of either sign included.
     compare(60, 4605, [](Pair& pair, Random& random) {
@@ -278,7 +278,7 @@ TEST(ReferenceSteps, AddTheSameSingleTerms)
     });
 }
 
-TEST(ReferenceSteps, MoveThePointsAlike)
+TEST(PreserveSteps, MoveThePointsAlike)
 {
     compare(60, 4606, [](Pair& pair, Random& random) {
         const int steps = random.between(0, 4);
@@ -287,7 +287,7 @@ TEST(ReferenceSteps, MoveThePointsAlike)
     });
 }
 
-TEST(ReferenceSteps, MoveALargeMeshAlike)
+TEST(PreserveSteps, MoveALargeMeshAlike)
 {
     Random random(4607);
     const Mesh mesh = icosphere(3);

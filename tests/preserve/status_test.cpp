@@ -1,31 +1,83 @@
-#include <cmath>
+#include "preserve/status.h"
+
+#include <cstddef>
+#include <cstring>
 #include <limits>
-#include <numbers>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
-#include "preserve/status.h"
-#include "tests/preserve/meshes.h"
+#include "tests/preserve/input.h"
 #include "tests/preserve/solver.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
+#include "tests/support/meshes.h"
 
 namespace korvale::test {
 namespace {
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// Volume and area measures of a mesh at its own points.
-struct Measures {
-    double volume, area;
-};
-
-Measures measures_of(const Mesh& mesh)
+TEST(PreserveStatus, HasItsFieldsInOrder)
 {
-    Solver solver(mesh);
-    EXPECT_TRUE(switch_on(solver, PRESERVE_VOLUME | PRESERVE_AREA));
-    return {solver->ovolume, solver->oarea};
+    EXPECT_EQ(sizeof(PreserveStatus), 216u);
+    EXPECT_TRUE(std::is_standard_layout_v<PreserveStatus> && std::is_trivial_v<PreserveStatus>);
+    const size_t offsets[] = {offsetof(PreserveStatus, flags),
+                              offsetof(PreserveStatus, points),
+                              offsetof(PreserveStatus, edges),
+                              offsetof(PreserveStatus, face_sizes),
+                              offsetof(PreserveStatus, face_points),
+                              offsetof(PreserveStatus, tags),
+                              offsetof(PreserveStatus, masses),
+                              offsetof(PreserveStatus, face_starts),
+                              offsetof(PreserveStatus, point_edge_count),
+                              offsetof(PreserveStatus, point_edge_start),
+                              offsetof(PreserveStatus, point_edges),
+                              offsetof(PreserveStatus, point_faces),
+                              offsetof(PreserveStatus, weights)};
+    for (size_t i = 0; i < std::size(offsets); ++i)
+        EXPECT_EQ(offsets[i], 8 * i);
+    const size_t later[] = {
+        offsetof(PreserveStatus, olen),  offsetof(PreserveStatus, ofang),      offsetof(PreserveStatus, ovolume),
+        offsetof(PreserveStatus, oarea), offsetof(PreserveStatus, cur_points), offsetof(PreserveStatus, nlen),
+        offsetof(PreserveStatus, nfang), offsetof(PreserveStatus, nvolume),    offsetof(PreserveStatus, narea),
+        offsetof(PreserveStatus, force), offsetof(PreserveStatus, energy)};
+    for (size_t i = 0; i < std::size(later); ++i)
+        EXPECT_EQ(later[i], 128 + 8 * i);
+}
+
+TEST(PreserveStatus, TermsAreBits)
+{
+    EXPECT_EQ(PRESERVE_LENGTH, 1);
+    EXPECT_EQ(PRESERVE_FACE_ANGLE, 2);
+    EXPECT_EQ(PRESERVE_VOLUME, 4);
+    EXPECT_EQ(PRESERVE_AREA, 8);
+}
+
+TEST(PreserveDispose, ReleasesWhatTheStatusOwnsAndKeepsTheFields)
+{
+    NEEDS_HEAP_COUNTS();
+    Input input = two_triangles({0, 1, 1, 2});
+    const HeapWatch heap;
+    ASSERT_EQ(input.initialize(), 1);
+    for (int term = 1; term <= PRESERVE_AREA; term *= 2)
+        ASSERT_EQ(PreservePreserve(&input.status, term, 1.0), 1);
+    EXPECT_EQ(heap.live_blocks(), 20) << "ten records with their buffers";
+    const PreserveStatus before = input.status;
+    PreserveDispose(&input.status);
+    EXPECT_EQ(heap.live_blocks(), 0);
+    EXPECT_EQ(std::memcmp(&before, &input.status, sizeof before), 0);
+    EXPECT_EQ(input.points->count, 4);
+    EXPECT_EQ(input.edges->count, 2);
+}
+
+TEST(PreserveDispose, TakesNullAndAZeroFilledRecord)
+{
+    PreserveDispose(nullptr);
+    PreserveStatus status = {};
+    PreserveDispose(&status);
+    EXPECT_EQ(status.force, nullptr);
 }
 
 TEST(PreserveSetTag, RefusesWhatIsNotOneBytePerPoint)
@@ -177,105 +229,6 @@ TEST(PreservePreserve, ASecondCallMeasuresAgainInTheSameArrays)
     EXPECT_TRUE(same_bits(2.0, solver->olen->dvals[0]));
     EXPECT_TRUE(same_bits(8.0, solver->ovolume));
     EXPECT_TRUE(same_bits(3.0, solver->weights[3]));
-}
-
-TEST(PreserveInitOlen, MeasuresEveryEdge)
-{
-    Solver solver({{0, 0, 0, 3, 4, 0, 3, 4, 12}, {}, {}}, {0, 1, 2, 0, 1, 1});
-    ASSERT_EQ(PreserveInitOlen(solver), 1);
-    EXPECT_EQ(solver->olen->dim, 1);
-    EXPECT_EQ(solver->olen->count, 3);
-    EXPECT_EQ(solver->olen->type, DATA_TYPE_DOUBLE);
-    EXPECT_EQ(solver->nlen->count, 3);
-    EXPECT_TRUE(same_bits({5, 13, 0}, solver->olen->dvals));
-    EXPECT_EQ(solver->flags, 0) << "only PreservePreserve switches terms on";
-}
-
-TEST(PreserveInitOfang, MeasuresTheCosineOfEveryCorner)
-{
-    Solver solver({{0, 0, 0, 2, 0, 0, 0, 2, 0}, {3, 2}, {0, 1, 2, 0, 1}});
-    ASSERT_EQ(PreserveInitOfang(solver), 1);
-    EXPECT_EQ(solver->ofang->count, 5) << "one for every entry of the list";
-    EXPECT_EQ(solver->nfang->count, 5);
-    const double slanted = 4.0 / (std::sqrt(8.0) * 2.0);
-    EXPECT_TRUE(same_bits({0, slanted, slanted, 1, 1}, solver->ofang->dvals));
-}
-
-TEST(PreserveInitOfang, ANeighbourAtTheSamePlaceGivesZero)
-{
-    Solver solver({{1, 1, 1, 1, 1, 1, 2, 0, 0}, {3, 1}, {0, 1, 2, 2}});
-    ASSERT_EQ(PreserveInitOfang(solver), 1);
-    EXPECT_TRUE(same_bits(0.0, solver->ofang->dvals[0]));
-    EXPECT_TRUE(same_bits(0.0, solver->ofang->dvals[1]));
-    EXPECT_TRUE(same_bits(3.0 / (std::sqrt(3.0) * std::sqrt(3.0)), solver->ofang->dvals[2]));
-    EXPECT_TRUE(same_bits(0.0, solver->ofang->dvals[3])) << "a single corner is its own neighbour";
-}
-
-TEST(PreserveInitOvolume, TheTetrahedronMeasuresOne)
-{
-    const Measures m = measures_of(tetrahedron());
-    EXPECT_TRUE(same_bits(1.0, m.volume));
-    EXPECT_TRUE(same_bits(3.0 + std::sqrt(3.0), m.area));
-}
-
-TEST(PreserveInitOvolume, IsSixTimesTheVolumeAndTheAreaTwice)
-{
-    EXPECT_TRUE(same_bits(6.0, measures_of(cube_of_quads()).volume));
-    EXPECT_TRUE(same_bits(6.0, measures_of(cube_of_triangles()).volume));
-    EXPECT_TRUE(same_bits(12.0, measures_of(cube_of_quads()).area));
-    EXPECT_TRUE(same_bits(12.0, measures_of(cube_of_triangles()).area));
-}
-
-TEST(PreserveInitOvolume, ApproachesTheSphereAndTheTorus)
-{
-    const double pi = std::numbers::pi;
-    const Measures sphere = measures_of(icosphere(4));
-    EXPECT_NEAR(sphere.volume / 6.0, 4.0 / 3.0 * pi, 0.02) << "5120 flat triangles leave out 0.2 % of the ball";
-    EXPECT_NEAR(sphere.area / 2.0, 4.0 * pi, 0.03);
-    const Measures ring = measures_of(torus(96, 48, 2.0, 0.5));
-    EXPECT_NEAR(ring.volume / 6.0, 2.0 * pi * pi * 2.0 * 0.25, 0.04);
-    EXPECT_NEAR(ring.area / 2.0, 4.0 * pi * pi * 2.0 * 0.5, 0.06);
-}
-
-TEST(PreserveInitOvolume, IsNegativeInsideOut)
-{
-    Mesh mesh = tetrahedron();
-    for (size_t f = 0; f < 4; ++f)
-        std::swap(mesh.corners[3 * f], mesh.corners[3 * f + 1]);
-    EXPECT_TRUE(same_bits(-1.0, measures_of(mesh).volume));
-}
-
-TEST(PreserveInitOvolume, FacesOfFewerThanThreeCornersHaveNone)
-{
-    const double infinity = std::numeric_limits<double>::infinity();
-    Mesh mesh = tetrahedron();
-    mesh.points.insert(mesh.points.end(), {infinity, kNaN, 1});
-    mesh.sizes.insert(mesh.sizes.end(), {2, 1, 0});
-    mesh.corners.insert(mesh.corners.end(), {4, 0, 4});
-    Solver solver(mesh);
-    ASSERT_EQ(PreserveInitOvolume(solver), 1);
-    EXPECT_TRUE(same_bits(1.0, solver->ovolume)) << "they are skipped, not evaluated";
-}
-
-TEST(PreserveInitOvolume, SumsTheFanBeforeTheProductWithTheFirstCorner)
-{
-    // The cross products of the fan are (0, 0, 1e16) and (0, 0, 1): their sum loses the 1, where two products with the
-    // first corner would keep it.
-    Solver solver({{0, 0, 3, 1e16, 0, 0, 0, 1, 0, -1, 0, 0}, {4}, {0, 1, 2, 3}});
-    ASSERT_EQ(PreserveInitOvolume(solver), 1);
-    EXPECT_TRUE(same_bits(3.0 * 1e16, solver->ovolume));
-}
-
-TEST(PreserveInitOarea, PlanarFacesMeasureTwiceTheirArea)
-{
-    Solver square({{0, 0, 5, 2, 0, 5, 2, 2, 5, 0, 2, 5}, {4}, {0, 1, 2, 3}});
-    ASSERT_EQ(PreserveInitOarea(square), 1);
-    EXPECT_TRUE(same_bits(8.0, square->oarea));
-    for (int n : {3, 5, 8}) {
-        Solver solver(polygon(n));
-        ASSERT_EQ(PreserveInitOarea(solver), 1);
-        EXPECT_NEAR(solver->oarea, n * std::sin(2.0 * std::numbers::pi / n), 1e-14);
-    }
 }
 
 TEST(PreserveReInitialize, ReplacesThePointsAndKeepsTheReferences)
