@@ -148,51 +148,87 @@ KORVALE_OVER_LANES void measure_corners(const Angles& t, int32_t first, const V&
     store(energies, penalty<V>(t.weight, cosines - load<V>(t.reference + first)));
 }
 
-/// Measures the triangles that begin with corner `first` and adds the energies of those with a free point. False, with
-/// nothing added, where a corner may have none.
+/// Measures the triangles that begin with corner `first`. False, with nothing done, where a corner may have no energy.
 template <class V>
-KORVALE_OVER_LANES bool add_triangles(const Angles& t, int32_t first, double& energy)
+KORVALE_OVER_LANES bool measure_triangles(const Angles& t, int32_t first, double* energies)
 {
     constexpr int n = width_of<V>;
-    const int32_t* const corners = t.faces.corners + first;
-    const Corners<V> c = corners_of<V>(t.p, corners);
+    const Corners<V> c = corners_of<V>(t.p, t.faces.corners + first);
     if (c.may_be_degenerate())
         return false;
     const V cosines[3] = {cosine_of(c.c0), cosine_of(c.c1), cosine_of(c.c2)};
     V listed[3];
     list_three(cosines, listed);
-    double energies[3 * n];
     measure_corners(t, first, listed[0], energies);
     measure_corners(t, first + n, listed[1], energies + n);
     measure_corners(t, first + 2 * n, listed[2], energies + 2 * n);
-    double sum = energy;
-    if (!t.tags.exist())
-        for (double more : energies)
-            sum += more;
-    else
-        for (int i = 0; i < 3 * n; i += 3)
-            if (!t.tags.contain(corners[i]) || !t.tags.contain(corners[i + 1]) || !t.tags.contain(corners[i + 2]))
-                sum = sum + energies[i] + energies[i + 1] + energies[i + 2];
-    energy = sum;
     return true;
 }
+
+/// Energies of triangles that wait to be added. Sums come last and one after the other: while those of one group of
+/// triangles are added, the next groups are measured.
+template <class V>
+struct Waiting {
+    static constexpr int kGroups = 2, kSlots = kGroups + 1, n = 3 * width_of<V>;
+    double energies[kSlots][n];
+    int32_t firsts[kSlots];
+    int next = 0, count = 0; // the slot to fill, and how many before it wait
+
+    KORVALE_OVER_LANES double* slot() { return energies[next]; }
+
+    /// Adds those that have a free point, from the slot that has waited longest.
+    KORVALE_OVER_LANES double add_one(const Angles& t, double energy)
+    {
+        const int slot = next >= count ? next - count : next - count + kSlots;
+        const double* const e = energies[slot];
+        --count;
+        if (!t.tags.exist()) {
+            for (int i = 0; i < n; i += 3)
+                energy = energy + e[i] + e[i + 1] + e[i + 2];
+            return energy;
+        }
+        const int32_t* const corners = t.faces.corners + firsts[slot];
+        for (int i = 0; i < n; i += 3)
+            if (!t.tags.contain(corners[i]) || !t.tags.contain(corners[i + 1]) || !t.tags.contain(corners[i + 2]))
+                energy = energy + e[i] + e[i + 1] + e[i + 2];
+        return energy;
+    }
+
+    /// Keeps what the slot has been filled with, for the triangles from corner `first` on.
+    KORVALE_OVER_LANES double keep(const Angles& t, int32_t first, double energy)
+    {
+        firsts[next] = first;
+        next = next + 1 == kSlots ? 0 : next + 1;
+        ++count;
+        return count > kGroups ? add_one(t, energy) : energy;
+    }
+
+    KORVALE_OVER_LANES double add_all(const Angles& t, double energy)
+    {
+        while (count > 0)
+            energy = add_one(t, energy);
+        return energy;
+    }
+};
 
 template <class V>
 KORVALE_OVER_LANES double add_energies(const Angles& term, double energy, const Ceiling& limit)
 {
     const Angles t = term; // copies that no store can change
     const Ceiling ceiling = limit;
+    Waiting<V> waiting;
     int32_t first = 0;
     for (int32_t f = 0; f < t.faces.count && !ceiling.is_reached(energy);) {
-        if (are_triangles<width_of<V>>(t.faces, f) && add_triangles<V>(t, first, energy)) {
+        if (are_triangles<width_of<V>>(t.faces, f) && measure_triangles<V>(t, first, waiting.slot())) {
+            energy = waiting.keep(t, first, energy);
             f += width_of<V>;
             first += 3 * width_of<V>;
         } else {
-            energy = add_face(t, f, first, energy);
+            energy = add_face(t, f, first, waiting.add_all(t, energy));
             first = next_start(first, t.faces.sizes[f++]);
         }
     }
-    return energy;
+    return waiting.add_all(t, energy);
 }
 
 /// The forces of the corners of triangles on their points: the first, second and third contribution to each.
@@ -235,10 +271,53 @@ KORVALE_OVER_LANES V deviations(const Angles& t, int32_t first, int& same)
     return all<V>(2.0 * t.weight) * (cosines - references);
 }
 
-/// Computes the turns of the triangles that begin with corner `first`. False where a corner may have none: it has its
-/// reference cosine, or a neighbour at its own place.
+/// Adds a triangle's three turns of one of its points.
 template <class V>
-KORVALE_OVER_LANES bool find_turns(const Angles& t, int32_t first, Turns<V>& turns)
+KORVALE_OVER_LANES void add_to_point(const Separate3<V> (&at)[3], int lane, double* f)
+{
+    store(f, load<Pair>(f) + load<Pair>(at[0].xy_of(lane)) + load<Pair>(at[1].xy_of(lane)) +
+                 load<Pair>(at[2].xy_of(lane)));
+    f[2] = f[2] + at[0].z[lane] + at[1].z[lane] + at[2].z[lane];
+}
+
+/// Adds the turns of the triangles from `lane` to `last`. Two points of one may be the same where a coordinate is not
+/// finite, but then all turns are NaN; other triangles of this kind have a side of length 0 and never come here.
+template <int lane, int last, class V>
+KORVALE_OVER_LANES void add_turns(const Turns<V>& turns, const int32_t* corners, double* force)
+{
+    add_to_point(turns.at[0], lane, force + 3 * int64_t{corners[3 * lane]});
+    add_to_point(turns.at[1], lane, force + 3 * int64_t{corners[3 * lane + 1]});
+    add_to_point(turns.at[2], lane, force + 3 * int64_t{corners[3 * lane + 2]});
+    if constexpr (lane < last)
+        add_turns<lane + 1, last>(turns, corners, force);
+}
+
+/// Turns of triangles that wait to be added, those from corner `first` on. The divisions of one group of triangles take
+/// so long that the group before is added in between.
+template <class V>
+struct WaitingTurns {
+    Turns<V> turns[2];
+    const int32_t* corners = nullptr; // of those that wait, or none
+    int filled = 0;                   // which of the two they are in
+
+    template <int first, int last>
+    KORVALE_OVER_LANES void add(double* force) const
+    {
+        if (corners != nullptr)
+            add_turns<first, last>(turns[filled], corners, force);
+    }
+
+    KORVALE_OVER_LANES void add_all(double* force)
+    {
+        add<0, width_of<V> - 1>(force);
+        corners = nullptr;
+    }
+};
+
+/// Computes the turns of the triangles that begin with corner `first`, adds those that wait, and lets these wait. False,
+/// with nothing done, where a corner may have no turn: it has its reference cosine, or a neighbour at its own place.
+template <class V>
+KORVALE_OVER_LANES bool add_triangle_turns(const Angles& t, int32_t first, WaitingTurns<V>& waiting, double* force)
 {
     constexpr int n = width_of<V>;
     int same = 0;
@@ -251,28 +330,15 @@ KORVALE_OVER_LANES bool find_turns(const Angles& t, int32_t first, Turns<V>& tur
         return false;
     V c[3];
     part_three(listed, c);
+    Turns<V>& turns = waiting.turns[1 - waiting.filled];
     turn_corners<V, 0>(corners.c0, c[0], turns);
+    waiting.template add<0, n / 2 - 1>(force);
     turn_corners<V, 1>(corners.c1, c[1], turns);
+    waiting.template add<n / 2, n - 1>(force);
     turn_corners<V, 2>(corners.c2, c[2], turns);
+    waiting.filled = 1 - waiting.filled;
+    waiting.corners = t.faces.corners + first;
     return true;
-}
-
-/// Adds the turns of a triangle to its three different points.
-template <class V>
-KORVALE_OVER_LANES void add_turns(const Turns<V>& turns, int lane, const int32_t* corners, double* force)
-{
-    for (int k = 0; k < 3; ++k) {
-        double* const f = force + 3 * int64_t{corners[k]};
-        const Separate3<V>(&at)[3] = turns.at[k];
-        store(f, load<Pair>(f) + load<Pair>(at[0].xy_of(lane)) + load<Pair>(at[1].xy_of(lane)) +
-                     load<Pair>(at[2].xy_of(lane)));
-        f[2] = f[2] + at[0].z[lane] + at[1].z[lane] + at[2].z[lane];
-    }
-}
-
-inline bool has_repeated_point(const int32_t* corners)
-{
-    return corners[0] == corners[1] || corners[1] == corners[2] || corners[2] == corners[0];
 }
 
 template <class V>
@@ -280,20 +346,18 @@ KORVALE_OVER_LANES void add_forces(const Angles& term, double* force)
 {
     constexpr int n = width_of<V>;
     const Angles t = term; // a copy that no store can change
+    WaitingTurns<V> waiting;
     for (int32_t f = 0, first = 0; f < t.faces.count;) {
-        Turns<V> turns;
-        if (!are_triangles<n>(t.faces, f) || !find_turns(t, first, turns)) {
+        if (are_triangles<n>(t.faces, f) && add_triangle_turns(t, first, waiting, force)) {
+            f += n;
+            first += 3 * n;
+        } else {
+            waiting.add_all(force);
             turn_face(t, f, first, force);
             first = next_start(first, t.faces.sizes[f++]);
-            continue;
-        }
-        for (int lane = 0; lane < n; ++lane, ++f, first += 3) {
-            if (has_repeated_point(t.faces.corners + first))
-                turn_face(t, f, first, force);
-            else
-                add_turns(turns, lane, t.faces.corners + first, force);
         }
     }
+    waiting.add_all(force);
 }
 
 KORVALE_FOUR_LANES double add_energies_wide(const Angles& term, double energy, const Ceiling& ceiling)

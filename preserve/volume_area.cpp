@@ -163,6 +163,24 @@ KORVALE_OVER_LANES Measures measure_faces_over(const double* p, const Faces& all
     return sums;
 }
 
+template <class V>
+KORVALE_OVER_LANES void add_to_point(const Separate3<V>& at, int lane, double* f)
+{
+    store(f, load<Pair>(f) + load<Pair>(at.xy_of(lane)));
+    f[2] += at.z[lane];
+}
+
+/// Adds the forces on the corners of the triangles from `lane` on, corner by corner.
+template <int lane, class V>
+KORVALE_OVER_LANES void add_to_corners(const Separate3<V> (&at)[3], const int32_t* corners, double* force)
+{
+    add_to_point(at[0], lane, force + 3 * int64_t{corners[3 * lane]});
+    add_to_point(at[1], lane, force + 3 * int64_t{corners[3 * lane + 1]});
+    add_to_point(at[2], lane, force + 3 * int64_t{corners[3 * lane + 2]});
+    if constexpr (lane + 1 < width_of<V>)
+        add_to_corners<lane + 1>(at, corners, force);
+}
+
 /// Adds the forces of a rule on every corner of every face.
 template <class V, class Rule>
 KORVALE_OVER_LANES void add_forces(const double* p, const Faces& all_faces, const Rule& given, double* force)
@@ -171,7 +189,7 @@ KORVALE_OVER_LANES void add_forces(const double* p, const Faces& all_faces, cons
     const Faces faces = all_faces; // copies that no store can change
     const Rule rule = given;
     for (int32_t f = 0, first = 0; f < faces.count;) {
-        const int32_t* corner = faces.corners + first;
+        const int32_t* const corner = faces.corners + first;
         if (!are_triangles<n>(faces, f)) {
             rule.add_face(p, faces, f, first, force);
             first = next_start(first, faces.sizes[f++]);
@@ -184,12 +202,7 @@ KORVALE_OVER_LANES void add_forces(const double* p, const Faces& all_faces, cons
         separate(forces[0], at[0]);
         separate(forces[1], at[1]);
         separate(forces[2], at[2]);
-        for (int lane = 0; lane < n; ++lane)
-            for (int k = 0; k < 3; ++k, ++corner) {
-                double* const to = force + 3 * int64_t{*corner};
-                store(to, load<Pair>(to) + load<Pair>(at[k].xy_of(lane)));
-                to[2] += at[k].z[lane];
-            }
+        add_to_corners<0>(at, corner, force);
         f += n;
         first += 3 * n;
     }
