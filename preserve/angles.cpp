@@ -314,8 +314,9 @@ struct WaitingTurns {
     }
 };
 
-/// Computes the turns of the triangles that begin with corner `first`, adds those that wait, and lets these wait. False,
-/// with nothing done, where a corner may have no turn: it has its reference cosine, or a neighbour at its own place.
+/// Computes the turns of the triangles that begin with corner `first`, adds those that wait, and lets these wait.
+/// False, with nothing done, where a corner may have no turn: it has its reference cosine, or a neighbour at its own
+/// place.
 template <class V>
 KORVALE_OVER_LANES bool add_triangle_turns(const Angles& t, int32_t first, WaitingTurns<V>& waiting, double* force)
 {

@@ -49,7 +49,7 @@ Step step_of(const PreserveStatus& s)
 void hold_tagged(const PreserveStatus& s, const Step& step)
 {
     const Tags tags = tags_of(s);
-    const int64_t n = std::min<int64_t>(step.n, elements(tags.count, 3));
+    const int64_t n = std::min<int64_t>(step.n, components(tags.count, 3));
     for (int64_t q = 0; q < n; q += 3)
         if (tags.bytes[q / 3] != 0)
             step.f[q] = step.f[q + 1] = step.f[q + 2] = 0.0;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "data/internal/buffers.h"
+#include "data/internal/record.h"
 #include "preserve/internal/edge_table.h"
 
 namespace korvale::inside {
@@ -81,17 +82,14 @@ void count_edges(const Edges& edges, DATAstruct& counts)
 
 } // namespace
 
-DATAstruct* new_array(int32_t count, int32_t dim, int32_t type)
+DATAstruct* new_list(int32_t type, int32_t count, int32_t dim)
 {
-    DATAstruct* d = DATANew();
-    if (d == nullptr)
-        return nullptr;
-    d->dim = dim;
-    d->count = count;
-    d->type = type;
-    if (DATAAllocate(d) < 0 && count > 0)
-        release(d);
-    return d;
+    if (count > 0)
+        return new_array(type, count, dim);
+    DATAstruct* const empty = DATANew();
+    if (empty != nullptr)
+        shape_as(*empty, type, count, dim);
+    return empty;
 }
 
 bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATAstruct* face_sizes,
@@ -116,7 +114,7 @@ bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATA
 
 DATAstruct* new_starts(const Faces& faces)
 {
-    DATAstruct* const starts = new_array(faces.count, 1, DATA_TYPE_INT);
+    DATAstruct* const starts = new_list(DATA_TYPE_INT, faces.count, 1);
     if (starts == nullptr)
         return nullptr;
     int32_t start = 0;
@@ -130,7 +128,7 @@ DATAstruct* new_starts(const Faces& faces)
 bool find_edges(const Faces& faces, DATAstruct*& edges)
 {
     const int32_t room = count_corners(faces, faces.corner_count);
-    edges = new_array(std::max(room, 1), 2, DATA_TYPE_INT);
+    edges = new_list(DATA_TYPE_INT, std::max(room, 1), 2);
     if (edges == nullptr)
         return true;
     EdgeTable table(edges->ivals, room);
@@ -149,11 +147,11 @@ void group_by_point(PreserveStatus& s)
 {
     const Edges edges = edges_of(s);
     const int32_t points = s.points->count;
-    s.point_edge_count = new_array(points, 1, DATA_TYPE_INT);
+    s.point_edge_count = new_list(DATA_TYPE_INT, points, 1);
     if (s.point_edge_count == nullptr)
         return;
     count_edges(edges, *s.point_edge_count);
-    s.point_edge_start = new_array(points, 1, DATA_TYPE_INT);
+    s.point_edge_start = new_list(DATA_TYPE_INT, points, 1);
     if (s.point_edge_start == nullptr)
         return;
     int32_t* const start = s.point_edge_start->ivals;
@@ -166,7 +164,7 @@ void group_by_point(PreserveStatus& s)
     }
 
     if (s.face_points != nullptr)
-        s.point_faces = new_array(slots, 1, DATA_TYPE_INT);
+        s.point_faces = new_list(DATA_TYPE_INT, slots, 1);
     if (s.point_faces != nullptr) {
         int32_t* const grouped = s.point_faces->ivals;
         std::fill(grouped, grouped + slots, -1);
@@ -180,7 +178,7 @@ void group_by_point(PreserveStatus& s)
         std::copy(start, start + points, cursor);
     }
 
-    s.point_edges = new_array(slots, 1, DATA_TYPE_INT);
+    s.point_edges = new_list(DATA_TYPE_INT, slots, 1);
     if (s.point_edges != nullptr)
         for (int32_t e = 0; e < edges.count; ++e)
             for (int end = 0; end < 2; ++end)

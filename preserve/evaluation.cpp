@@ -24,7 +24,7 @@ int PreserveFindForce(PreserveStatus* status)
         return -1;
     double* const force = forces_of(*status);
     if (force != nullptr)
-        std::fill(force, force + elements(status->force->count, 3), 0.0);
+        std::fill(force, force + components(status->force->count, 3), 0.0);
     for (const Term& term : kTerms)
         if ((status->flags & term.bit) != 0)
             term.add_force(status);

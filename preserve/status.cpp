@@ -71,7 +71,7 @@ int PreserveInitialize(PreserveStatus* status, DATAstruct* points, DATAstruct* e
     s.edges = edges;
     s.face_sizes = face_sizes;
     s.face_points = face_points;
-    s.force = new_array(points->count, 3, DATA_TYPE_DOUBLE);
+    s.force = new_list(DATA_TYPE_DOUBLE, points->count, 3);
     if (faces.count > 0)
         s.face_starts = new_starts(faces);
     if (edges != nullptr)

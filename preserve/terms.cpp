@@ -32,7 +32,7 @@ double evaluate(PreserveStatus& s, double bound)
 bool make_room(DATAstruct*& d, int32_t count)
 {
     if (d == nullptr) {
-        d = new_array(count, 1, DATA_TYPE_DOUBLE);
+        d = new_list(DATA_TYPE_DOUBLE, count, 1);
         return d != nullptr;
     }
     if (d->count >= count && (count == 0 || holds(*d, DATA_TYPE_DOUBLE, count)))

@@ -7,7 +7,7 @@
 namespace korvale::inside {
 
 /// A new array from the heap, or null. One of 0 elements has no buffer.
-DATAstruct* new_array(int32_t count, int32_t dim, int32_t type);
+DATAstruct* new_list(int32_t type, int32_t count, int32_t dim);
 
 /// Whether every size and index that the connectivity is made from stays inside the arrays, and the arrays made from
 /// them inside 31 bits. `face_sizes` and `face_points` are both there or not looked at.
