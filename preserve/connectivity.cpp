@@ -5,16 +5,11 @@
 
 #include "data/internal/buffers.h"
 #include "data/internal/record.h"
+#include "platform/internal/indices.h"
 #include "preserve/internal/edge_table.h"
 
 namespace korvale::inside {
 namespace {
-
-/// Whether every index is that of a point.
-bool are_points(const int32_t* indices, int64_t count, int32_t points)
-{
-    return std::all_of(indices, indices + count, [=](int32_t i) { return i >= 0 && i < points; });
-}
 
 /// Whether `wanted` ints of `d` can be read. A buffer of the host has what the host says it has: nobody has to set the
 /// dims of these arrays.
@@ -23,41 +18,61 @@ bool has_ints(const DATAstruct& d, int64_t wanted)
     return wanted <= kMostElements && (is_wrapped(d) || wanted <= room(d));
 }
 
+/// The corners that all faces have; a bit of `signs` tells whether a size is negative.
+int64_t count_corners(const Faces& faces, int32_t& signs)
+{
+    int64_t corners = 0;
+    signs = 0;
+    for (int32_t f = 0; f < faces.count; ++f) {
+        corners += faces.sizes[f];
+        signs |= faces.sizes[f];
+    }
+    return corners;
+}
+
 /// Whether every corner of every face is in the list and at one of the points. What no face uses is not looked at.
 bool are_sound(const Faces& faces, int32_t points)
 {
-    int32_t first = 0, reach = 0; // faces follow each other, or lead back: all corners below `reach` are used
+    int32_t signs;
+    const int64_t corners = count_corners(faces, signs);
+    if (signs >= 0)
+        return corners <= faces.corner_count && are_indices(faces.corners, corners, points);
+    int32_t first = 0;
     for (int32_t f = 0; f < faces.count; ++f) {
         const int32_t n = faces.sizes[f];
-        if (n > 0 && (first < 0 || n > faces.corner_count - first))
-            return false;
-        if (n > 0 && first <= reach)
-            reach = std::max(reach, first + n);
-        else if (n > 0 && !are_points(faces.corners + first, n, points)) // sums that wrapped left a gap
+        if (n > 0 && (first < 0 || n > faces.corner_count - first || !are_indices(faces.corners + first, n, points)))
             return false;
         first = next_start(first, n);
     }
-    return are_points(faces.corners, reach, points);
+    return true;
 }
 
-/// The corners that all faces have, or `most` where they are more.
-int32_t count_corners(const Faces& faces, int32_t most)
+/// Room for the edges that faces may have: one for each corner, but no more than the list is long.
+int32_t room_for_edges(const Faces& faces)
 {
-    int64_t corners = 0;
-    for (int32_t f = 0; f < faces.count; ++f)
-        corners += std::max(faces.sizes[f], 0);
-    return static_cast<int32_t>(std::min<int64_t>(corners, most));
+    int32_t signs;
+    const int64_t corners = count_corners(faces, signs);
+    return signs < 0 ? faces.corner_count : static_cast<int32_t>(std::min<int64_t>(corners, faces.corner_count));
 }
 
-/// Lists the edges of all faces until, after a face, `room` of them are found. False where a face has more.
+inline bool note(EdgeTable& table, int32_t a, int32_t b)
+{
+    return table.note(std::min(a, b), std::max(a, b));
+}
+
+/// Lists the edges of all faces until, after a face, `room` of them are found. False where a face has more, or the heap
+/// is exhausted.
 bool list_edges(const Faces& faces, int32_t room, EdgeTable& table)
 {
     int32_t first = 0;
     for (int32_t f = 0; f < faces.count && table.found() < room; ++f) {
         const int32_t n = faces.sizes[f];
-        for (int32_t k = 0; k < n; ++k) {
-            const int32_t here = faces.corners[first + k], next = faces.corners[k + 1 == n ? first : first + k + 1];
-            if (!table.note(std::min(here, next), std::max(here, next)))
+        if (n > 0) {
+            const int32_t* const corners = faces.corners + first;
+            for (int32_t k = 0; k + 1 < n; ++k)
+                if (!note(table, corners[k], corners[k + 1]))
+                    return false;
+            if (!note(table, corners[n - 1], corners[0]))
                 return false;
         }
         first = next_start(first, n);
@@ -75,9 +90,13 @@ void release(DATAstruct*& d)
 /// How many edges each point has, an edge from a point to itself counted twice.
 void count_edges(const Edges& edges, DATAstruct& counts)
 {
-    std::fill(counts.ivals, counts.ivals + counts.count, 0);
-    for (int64_t i = 0; i < components(edges.count, 2); ++i)
-        ++counts.ivals[edges.ends[i]];
+    int32_t* const count = counts.ivals;
+    std::fill(count, count + counts.count, 0);
+    const int32_t* end = edges.ends;
+    for (int32_t e = 0; e < edges.count; ++e, end += 2) {
+        ++count[end[0]];
+        ++count[end[1]];
+    }
 }
 
 } // namespace
@@ -99,7 +118,7 @@ bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATA
         return false;
     if (edges != nullptr) {
         const int64_t ends = components(edges->count, 2);
-        if (!has_ints(*edges, ends) || !are_points(edges->ivals, ends, points.count))
+        if (!has_ints(*edges, ends) || !are_indices(edges->ivals, ends, points.count))
             return false;
     }
     if (face_sizes == nullptr || face_points == nullptr)
@@ -127,7 +146,7 @@ DATAstruct* new_starts(const Faces& faces)
 
 bool find_edges(const Faces& faces, DATAstruct*& edges)
 {
-    const int32_t room = count_corners(faces, faces.corner_count);
+    const int32_t room = room_for_edges(faces);
     edges = new_list(DATA_TYPE_INT, std::max(room, 1), 2);
     if (edges == nullptr)
         return true;
@@ -168,21 +187,27 @@ void group_by_point(PreserveStatus& s)
     if (s.point_faces != nullptr) {
         int32_t* const grouped = s.point_faces->ivals;
         std::fill(grouped, grouped + slots, -1);
+        const auto put = [=](int32_t point, int32_t f) {
+            int32_t& place = cursor[point];
+            if (place < slots) // Deliberate: beyond the point's own run as well
+                grouped[place++] = f;
+        };
         for_each_face(faces_of(s), [=](const int32_t* corners, int32_t n, int32_t, int32_t f) {
-            for (int32_t k = 0; k < n; ++k) {
-                int32_t& place = cursor[corners[k]];
-                if (place < slots) // Deliberate: beyond the point's own run as well
-                    grouped[place++] = f;
-            }
+            for (int32_t k = 0; k < n; ++k)
+                put(corners[k], f);
         });
         std::copy(start, start + points, cursor);
     }
 
     s.point_edges = new_list(DATA_TYPE_INT, slots, 1);
-    if (s.point_edges != nullptr)
-        for (int32_t e = 0; e < edges.count; ++e)
-            for (int end = 0; end < 2; ++end)
-                s.point_edges->ivals[cursor[edges.ends[2 * int64_t{e} + end]]++] = e;
+    if (s.point_edges != nullptr) {
+        int32_t* const grouped = s.point_edges->ivals;
+        const int32_t* end = edges.ends;
+        for (int32_t e = 0; e < edges.count; ++e, end += 2) {
+            grouped[cursor[end[0]]++] = e;
+            grouped[cursor[end[1]]++] = e;
+        }
+    }
 
     for (int32_t v = 0; v < points; ++v)
         cursor[v] = (v + 1 < points ? start[v + 1] : slots) - start[v];

@@ -1,40 +1,41 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
-
-#include "data/internal/scratch.h"
 
 namespace korvale::inside {
 
-/// Tells edges found before from new ones: a hash table with open addressing of the edges listed in `ends`.
+/// Tells edges found before from new ones, which it lists: a hash table with open addressing of the places in the list.
+/// It grows with what it finds and never is more than three quarters full.
 class EdgeTable {
 public:
-    /// For at most `most` edges, of which usually half are found.
-    EdgeTable(int32_t* ends, int32_t most)
-        : ends_(ends), most_(most), mask_(slots_for(most) - 1), slots_(int64_t{mask_} + 1)
-    {
-        if (exists())
-            std::memset(slots_.get(), 0xff, (size_t{mask_} + 1) * sizeof(int32_t));
-    }
+    /// Lists up to `most` edges in `ends`, two points each.
+    EdgeTable(int32_t* ends, int32_t most) : ends_(ends), most_(most) { renew(slots_for(most / 2)); }
+    ~EdgeTable() { std::free(slots_); }
+    EdgeTable(const EdgeTable&) = delete;
+    EdgeTable& operator=(const EdgeTable&) = delete;
 
-    bool exists() const { return slots_.exists(); }
+    /// False once the heap was exhausted.
+    bool exists() const { return slots_ != nullptr; }
     int32_t found() const { return found_; }
 
-    /// Lists the edge a, b, a <= b, unless it is listed. False where it finds no room.
+    /// Lists the edge a, b, a <= b, unless it is listed. False where it finds no room, or the heap is exhausted.
     bool note(int32_t a, int32_t b)
     {
         uint32_t slot = first_slot(a, b);
-        for (; slots_[slot] != kEmpty; slot = (slot + 1) & mask_)
-            if (ends_[2 * int64_t{slots_[slot]}] == a && ends_[2 * int64_t{slots_[slot]} + 1] == b)
+        for (int32_t place; (place = slots_[slot]) != kEmpty; slot = (slot + 1) & mask_)
+            if (is_listed(place, a, b))
                 return true;
-        if (found_ == most_)
-            return false;
+        if (found_ == limit_)
+            return grow() && note(a, b);
         slots_[slot] = found_;
-        ends_[2 * int64_t{found_}] = a;
-        ends_[2 * int64_t{found_} + 1] = b;
+        int32_t* const end = ends_ + 2 * int64_t{found_};
+        end[0] = a;
+        end[1] = b;
         ++found_;
         return true;
     }
@@ -42,10 +43,10 @@ public:
 private:
     static constexpr int32_t kEmpty = -1;
 
-    /// A power of two with room to spare.
-    static uint32_t slots_for(int32_t most)
+    /// A power of two that `edges` fill to three quarters at most.
+    static uint32_t slots_for(int32_t edges)
     {
-        return std::bit_ceil(static_cast<uint32_t>(most) + static_cast<uint32_t>(most) / 2 + 1);
+        return std::bit_ceil(static_cast<uint32_t>(edges) + static_cast<uint32_t>(edges) / 3 + 4);
     }
 
     /// Edges in the same direction of a regular mesh lie side by side, those of one point far apart.
@@ -55,11 +56,46 @@ private:
         return (3 * from + 0x9e3779b1u * across) & mask_;
     }
 
+    bool is_listed(int32_t place, int32_t a, int32_t b) const
+    {
+        const int32_t* const end = ends_ + 2 * int64_t{place};
+        return ((end[0] ^ a) | (end[1] ^ b)) == 0;
+    }
+
+    /// Starts over with a table of `count` empty slots, or none without memory.
+    void renew(uint32_t count)
+    {
+        std::free(slots_);
+        const size_t bytes = size_t{count} * sizeof(int32_t);
+        slots_ = static_cast<int32_t*>(std::malloc(bytes));
+        if (slots_ == nullptr)
+            return;
+        std::memset(slots_, 0xff, bytes);
+        mask_ = count - 1;
+        limit_ = static_cast<int32_t>(std::min<int64_t>(most_, int64_t{count} / 4 * 3));
+    }
+
+    /// Makes the table twice as large, unless the list is full.
+    [[gnu::noinline]] bool grow()
+    {
+        if (found_ == most_)
+            return false;
+        renew(2 * (mask_ + 1));
+        if (!exists())
+            return false;
+        for (int32_t place = 0; place < found_; ++place) {
+            uint32_t slot = first_slot(ends_[2 * int64_t{place}], ends_[2 * int64_t{place} + 1]);
+            while (slots_[slot] != kEmpty)
+                slot = (slot + 1) & mask_;
+            slots_[slot] = place;
+        }
+        return true;
+    }
+
     int32_t* ends_;
-    int32_t most_;
-    uint32_t mask_;
-    Scratch<int32_t> slots_;
-    int32_t found_ = 0;
+    int32_t most_, found_ = 0, limit_ = 0; // limit_: as many as the table, or the list, has room for
+    uint32_t mask_ = 0;
+    int32_t* slots_ = nullptr;
 };
 
 } // namespace korvale::inside

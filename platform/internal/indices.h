@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+namespace korvale::inside {
+
+/// Whether all values lie in 0 .. limit - 1.
+inline bool are_indices(const int32_t* values, int64_t count, int32_t limit)
+{
+    typedef uint32_t Four __attribute__((vector_size(16)));
+    const uint32_t last = static_cast<uint32_t>(limit) - 1;
+    // What is negative has the sign bit, and so has last - v where v, which is not, is beyond it. Limits below 1 have
+    // no index at all.
+    if (limit < 1)
+        return count < 1;
+    Four signs = {};
+    int64_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        Four v;
+        std::memcpy(&v, values + i, sizeof v);
+        signs |= v | (last - v);
+    }
+    uint32_t sign = signs[0] | signs[1] | signs[2] | signs[3];
+    for (; i < count; ++i)
+        sign |= static_cast<uint32_t>(values[i]) | (last - static_cast<uint32_t>(values[i]));
+    return static_cast<int32_t>(sign) >= 0;
+}
+
+} // namespace korvale::inside
