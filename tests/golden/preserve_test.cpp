@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/golden/hash.h"
+#include "tests/preserve/random_meshes.h"
 #include "tests/preserve/solver.h"
 #include "tests/support/random.h"
 
