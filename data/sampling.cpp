@@ -1,34 +1,41 @@
+// Sampling draws a number for each point and takes the first triangle whose cumulative share of the area reaches it.
+//
+// The shares are kept as running maxima: they reach a number at the same triangle first, and they ascend whatever the
+// areas are (a share that is not a number reaches none). So the triangle is found by halving, and where many points are
+// made, in a table over the few values a draw has. Points are made in blocks: all draws of a block, their weights in
+// lanes, their triangles, which are asked for from memory, then the points. Areas are measured in lanes too. Sums are
+// formed in order, and where there is but one block, only as far as its largest draw.
 #include "data/sampling.h"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
 
 #include "data/internal/buffers.h"
-#include "math/internal/vec.h"
+#include "platform/internal/lanes3.h"
 #include "platform/internal/random.h"
 #include "platform/internal/scratch.h"
 
-// Sampling draws a number for each point and takes the first triangle whose cumulative share of the area reaches it.
-// The shares are kept as running maxima: they reach a number at the same triangle first, and they ascend whatever the
-// areas are (a share that is not a number reaches none). So the triangle is found by halving, and where many points are
-// made, in a table over the few values a draw has.
 namespace korvale::inside {
 namespace {
 
-/// From so many points on a table of all draws is quicker than halving.
-constexpr int64_t kPointsForTable = 4096;
-/// Points drawn before the first of them is written.
-constexpr int kPlacesAhead = 32;
+/// Points of a block.
+constexpr int kBlock = 32;
+/// A table of all draws is made where halving would take twice as many steps as it has entries.
+constexpr int64_t kStepsForTable = 2 * int64_t{kGreatestDraw + 1};
+/// So many shares need no heap.
+constexpr int64_t kNearbyShares = 16;
 /// Components of a triangle: three vertices.
 constexpr int kTriangle = 9;
 
+/// Elements that stand `stride` values apart.
 struct Triangles {
-    const double* values; ///< [count][stride], vertices in the first nine
+    const double* values; ///< vertices in the first nine
     int64_t count, stride;
 };
 
 struct Points {
-    double* values; ///< [count][stride], x y z in the first three
+    double* values; ///< x y z in the first three
     int64_t count, stride;
 };
 
@@ -38,37 +45,82 @@ struct Attributes {
     int64_t width;      ///< 0 where none are carried
 };
 
-double area(const double* triangle)
+/// The draws of a block, three a point, and what they mean.
+struct Places {
+    int draws[3 * kBlock];
+    double share[kBlock];        ///< the first, as a value in [0, 1]: it chooses the triangle
+    double u[kBlock], v[kBlock]; ///< the others: weights of vertices 0 and 1
+};
+
+// Areas and shares.
+
+/// The vertex at `p` of as many triangles as V has lanes.
+template <class V>
+KORVALE_OVER_LANES Lanes3<V> vertex_of(const double* p, int64_t stride)
 {
-    double a[3], b[3], normal[3];
-    subtract(triangle + 3, triangle, a);
-    subtract(triangle + 6, triangle, b);
-    cross(a, b, normal);
-    return 0.5 * length(normal);
+    Lanes3<V> vertices;
+    if constexpr (width_of<V> == 1)
+        vertices = {p[0], p[1], p[2]};
+    else if constexpr (width_of<V> == 2)
+        vertices = {Pair{p[0], p[stride]}, Pair{p[1], p[stride + 1]}, Pair{p[2], p[stride + 2]}};
+    else
+        gather_points(p, p + stride, p + 2 * stride, p + 3 * stride, vertices);
+    return vertices;
 }
 
-/// Fills `reached` with the running maximum of the cumulative shares of the area.
-void measure_shares(const Triangles& t, double* reached)
+/// Writes the areas from triangle i on, as far as whole groups go, and adds them to `sum` in order. Returns how far.
+template <class V>
+KORVALE_OVER_LANES int64_t measure_by(const Triangles& t, int64_t i, double* areas, double& sum)
+{
+    for (; i + width_of<V> <= t.count; i += width_of<V>) {
+        const double* const p = t.values + i * t.stride;
+        const Lanes3<V> first = vertex_of<V>(p, t.stride);
+        const Lanes3<V> normal = cross(vertex_of<V>(p + 3, t.stride) - first, vertex_of<V>(p + 6, t.stride) - first);
+        store<V>(areas + i, 0.5 * root(dot(normal, normal)));
+        for (int l = 0; l < width_of<V>; ++l)
+            sum += areas[i + l];
+    }
+    return i;
+}
+
+KORVALE_FOUR_LANES int64_t measure_by_quads(const Triangles& t, double* areas, double& sum)
+{
+    return measure_by<Quad>(t, 0, areas, sum);
+}
+
+/// Writes the areas of all triangles. Returns their sum.
+double measure_areas(const Triangles& t, double* areas)
 {
     double sum = 0.0;
-    for (int64_t i = 0; i < t.count; ++i) {
-        reached[i] = area(t.values + i * t.stride);
-        sum += reached[i];
-    }
-    double share = 0.0, most = -std::numeric_limits<double>::infinity();
-    for (int64_t i = 0; i < t.count; ++i) {
-        share += reached[i] / sum;
-        if (share > most)
-            most = share;
-        reached[i] = most;
-    }
+    int64_t i = 0;
+    if (t.count >= width_of<Quad>)
+        i = widest([&] { return measure_by_quads(t, areas, sum); }, [&] { return measure_by<Pair>(t, 0, areas, sum); });
+    measure_by<double>(t, i, areas, sum);
+    return sum;
 }
 
-/// The first triangle whose share reaches `r`, or the last.
+/// Makes running maxima of the cumulative shares out of the areas, up to the first that reaches `most_wanted`. Returns
+/// how many.
+int64_t accumulate_shares(double* areas, int64_t count, double sum, double most_wanted)
+{
+    double share = 0.0, most = -std::numeric_limits<double>::infinity();
+    int64_t i = 0;
+    while (i < count && most < most_wanted) {
+        share += areas[i] / sum;
+        most = greater(share, most);
+        areas[i++] = most;
+    }
+    return i;
+}
+
+// The triangle of a draw: the first whose share reaches it, or the last.
+
 int64_t first_reaching(double r, const double* reached, int64_t count)
 {
-    const int64_t found = std::lower_bound(reached, reached + count, r) - reached;
-    return std::min(found, count - 1);
+    const double* first = reached; // the answer is one of `count` from here on
+    for (; count > 1; count -= count / 2)
+        first += first[count / 2 - 1] < r ? count / 2 : 0;
+    return first - reached;
 }
 
 /// Writes the triangle of every draw to table[kGreatestDraw + 1].
@@ -76,68 +128,126 @@ void tabulate(const double* reached, int64_t count, int32_t* table)
 {
     int64_t i = 0;
     for (int draw = 0; draw <= kGreatestDraw; ++draw) {
-        while (i < count - 1 && !(unit_of(draw) <= reached[i]))
+        while (i < count - 1 && reached[i] < unit_of(draw))
             ++i;
         table[draw] = static_cast<int32_t>(i);
     }
 }
 
-/// The weighted sum of `width` values at three places `width` apart.
-void weigh(const double* corners, int64_t width, double u, double v, double w, double* out)
+/// How the triangle of a draw is found.
+struct Choice {
+    const double* reached; ///< [count]
+    int64_t count;
+    const int32_t* table; ///< [kGreatestDraw + 1], or null
+
+    int64_t operator()(int draw, double share) const
+    {
+        const bool is_tabled = table != nullptr && draw >= 0 && draw <= kGreatestDraw;
+        return is_tabled ? table[draw] : first_reaching(share, reached, count);
+    }
+};
+
+// Points.
+
+/// Gives the draws from the k-th place on their meaning, as far as whole groups go. Returns how far.
+template <class V>
+KORVALE_OVER_LANES int place_by(int k, int count, Places& places)
 {
+    const V one = all<V>(1.0);
+    for (; k + width_of<V> <= count; k += width_of<V>) {
+        const Lanes3<V> units = load_points<V>(places.draws + 3 * k) / all<V>(kGreatestDraw);
+        const V &u = units.y, &v = units.z;
+        const auto folds = u + v > one;
+        store<V>(places.share + k, units.x);
+        store<V>(places.u + k, select(folds, one - u, u));
+        store<V>(places.v + k, select(folds, one - v, v));
+    }
+    return k;
+}
+
+KORVALE_FOUR_LANES int place_by_quads(int count, Places& places)
+{
+    return place_by<Quad>(0, count, places);
+}
+
+/// Draws the places of the next `count` points, in order.
+void draw_places(int count, Places& places)
+{
+    draw_numbers(places.draws, 3 * count);
+    int k = 0;
+    if (count >= 2 * width_of<Quad>)
+        k = widest([&] { return place_by_quads(count, places); }, [&] { return place_by<Pair>(0, count, places); });
+    place_by<double>(k, count, places);
+}
+
+/// The weighted sum of `width` values at three places `width` apart.
+[[gnu::always_inline]] inline void weigh(const double* corners, int64_t width, double u, double v, double w,
+                                         double* out)
+{
+#pragma GCC unroll 3
     for (int64_t k = 0; k < width; ++k)
         out[k] = u * corners[k] + v * corners[width + k] + w * corners[2 * width + k];
 }
 
-/// Where a point lies: its triangle and the weights of vertices 0 and 1.
-struct Place {
-    int64_t triangle;
-    double u, v;
-};
-
-/// Draws the places of `count` points, in order.
-void draw_places(const Triangles& t, const double* reached, const int32_t* table, int64_t count, Place* places)
+/// Finds the triangles of the places and asks for them, which are far apart in memory.
+void choose_triangles(const Triangles& t, const Choice& choice, const Places& places, int count,
+                      int64_t (&triangles)[kBlock])
 {
-    for (int64_t s = 0; s < count; ++s) {
-        const int draw = Mwrand();
-        const bool tabled = table != nullptr && draw >= 0 && draw <= kGreatestDraw;
-        Place& place = places[s];
-        place.triangle = tabled ? table[draw] : first_reaching(unit_of(draw), reached, t.count);
-        __builtin_prefetch(t.values + place.triangle * t.stride);
-        __builtin_prefetch(t.values + place.triangle * t.stride + kTriangle - 1);
-        place.u = unit_draw();
-        place.v = unit_draw();
-        if (place.u + place.v > 1) {
-            place.u = 1 - place.u;
-            place.v = 1 - place.v;
-        }
+    for (int k = 0; k < count; ++k) {
+        triangles[k] = choice(places.draws[3 * k], places.share[k]);
+        const double* const corners = t.values + triangles[k] * t.stride;
+        __builtin_prefetch(corners);
+        __builtin_prefetch(corners + kTriangle - 1);
+    }
+}
+
+/// Makes the `count` points from number `first` on.
+void make_points(const Triangles& t, const Choice& choice, const Places& places, const Points& p,
+                 const Attributes& attributes, int64_t first, int count)
+{
+    int64_t triangles[kBlock];
+    if (t.count == 1)
+        std::fill_n(triangles, count, 0);
+    else
+        choose_triangles(t, choice, places, count, triangles);
+    for (int k = 0; k < count; ++k) {
+        const double u = places.u[k], v = places.v[k], w = 1 - u - v;
+        weigh(t.values + triangles[k] * t.stride, 3, u, v, w, p.values + (first + k) * p.stride);
+        if (attributes.width > 0)
+            weigh(attributes.from + 3 * triangles[k] * attributes.width, attributes.width, u, v, w,
+                  attributes.to + (first + k) * attributes.width);
     }
 }
 
 void scatter(const Triangles& t, unsigned seed, const Points& p, const Attributes& attributes)
 {
     Mwsrand(seed);
-    Scratch<double> reached(t.count);
+    Scratch<double, kNearbyShares> reached(t.count);
     if (!reached.exists())
         return;
-    measure_shares(t, reached.get());
-    const bool wants_table = p.count >= kPointsForTable;
+    const int in_first = static_cast<int>(std::min<int64_t>(kBlock, p.count));
+    Places places;
+    draw_places(in_first, places);
+    Choice choice = {reached.get(), t.count, nullptr};
+    if (t.count > 1) {
+        double most_wanted = std::numeric_limits<double>::infinity();
+        if (p.count <= kBlock)
+            most_wanted = *std::max_element(places.share, places.share + in_first);
+        const double sum = measure_areas(t, reached.get());
+        choice.count = accumulate_shares(reached.get(), t.count, sum, most_wanted);
+    }
+    const bool wants_table = p.count * std::bit_width(static_cast<uint64_t>(t.count - 1)) > kStepsForTable;
     Scratch<int32_t> table(wants_table ? kGreatestDraw + 1 : 0);
-    const bool has_table = wants_table && table.exists(); // without one the search goes on as for few points
-    if (has_table)
+    if (wants_table && table.exists()) { // without one the search goes on as for few points
         tabulate(reached.get(), t.count, table.get());
+        choice.table = table.get();
+    }
 
-    Place places[kPlacesAhead]; // triangles are far apart in memory: ask for some before the first is used
-    for (int64_t first = 0; first < p.count; first += kPlacesAhead) {
-        const int64_t count = std::min<int64_t>(kPlacesAhead, p.count - first);
-        draw_places(t, reached.get(), has_table ? table.get() : nullptr, count, places);
-        for (int64_t k = 0; k < count; ++k) {
-            const auto& [i, u, v] = places[k];
-            const double w = 1 - u - v;
-            weigh(t.values + i * t.stride, 3, u, v, w, p.values + (first + k) * p.stride);
-            weigh(attributes.from + 3 * i * attributes.width, attributes.width, u, v, w,
-                  attributes.to + (first + k) * attributes.width);
-        }
+    make_points(t, choice, places, p, attributes, 0, in_first);
+    for (int64_t first = in_first; first < p.count; first += kBlock) {
+        const int count = static_cast<int>(std::min<int64_t>(kBlock, p.count - first));
+        draw_places(count, places);
+        make_points(t, choice, places, p, attributes, first, count);
     }
 }
 

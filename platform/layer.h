@@ -44,4 +44,10 @@ KORVALE_API void Mwsrand(unsigned seed);
 
 /// The next number of the process's random generator, 0 to 32767.
 KORVALE_API int Mwrand();
+
+/// Writes the numbers that the next `count` calls of `Mwrand` would give and returns 1, where `rand` and `srand` are
+/// this layer's `Mwrand` and `Mwsrand`; returns 0 and draws nothing where a host stands in for either.
+///
+/// The thin layer's alone: no other layer needs it, and without it numbers are drawn one by one.
+KORVALE_API int korvale_draw_many(int (*rand)(), void (*srand)(unsigned), int* numbers, int count);
 }

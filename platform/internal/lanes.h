@@ -139,6 +139,15 @@ KORVALE_QUAD void store_quad(double* to, const Quad& v)
     *reinterpret_cast<QuadInMemory*>(to) = v.lanes;
 }
 
+/// Four integers as doubles.
+KORVALE_QUAD Quad load_quad(const int32_t* from)
+{
+    typedef int32_t Integers __attribute__((vector_size(16)));
+    Integers integers;
+    __builtin_memcpy(&integers, from, sizeof integers);
+    return Quad(__builtin_convertvector(integers, Quad::Lanes));
+}
+
 template <class V>
 KORVALE_OVER_LANES V load(const double* from)
 {
@@ -149,6 +158,18 @@ KORVALE_OVER_LANES V load(const double* from)
         std::memcpy(&v, from, sizeof v);
         return v;
     }
+}
+
+/// Integers as doubles.
+template <class V>
+KORVALE_OVER_LANES V load(const int32_t* from)
+{
+    if constexpr (std::is_same_v<V, Quad>)
+        return load_quad(from);
+    else if constexpr (std::is_same_v<V, Pair>)
+        return Pair{static_cast<double>(from[0]), static_cast<double>(from[1])};
+    else
+        return *from;
 }
 
 template <class V>

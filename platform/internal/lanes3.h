@@ -117,9 +117,9 @@ KORVALE_QUAD void list_three(const Quad (&parted)[3], Quad (&listed)[3])
     listed[2] = Quad(__builtin_shufflevector(zx, yz, 2, 3, 6, 7));
 }
 
-/// As many points as V has lanes, from [lanes][3].
-template <class V>
-KORVALE_OVER_LANES Lanes3<V> load_points(const double* p)
+/// As many points as V has lanes, from [lanes][3] of doubles or integers.
+template <class V, class Number>
+KORVALE_OVER_LANES Lanes3<V> load_points(const Number* p)
 {
     constexpr int n = width_of<V>;
     const V listed[3] = {load<V>(p), load<V>(p + n), load<V>(p + 2 * n)};

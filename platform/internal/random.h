@@ -2,6 +2,8 @@
 
 #include "platform/layer.h"
 
+#pragma weak korvale_draw_many // a layer may lack it
+
 namespace korvale::inside {
 
 /// The greatest number that `Mwrand` returns; the least is 0.
@@ -16,6 +18,15 @@ inline double unit_of(int draw)
 inline double unit_draw()
 {
     return unit_of(Mwrand());
+}
+
+/// Writes the next n draws.
+inline void draw_numbers(int* numbers, int n)
+{
+    if (korvale_draw_many != nullptr && korvale_draw_many(Mwrand, Mwsrand, numbers, n) != 0)
+        return;
+    for (int i = 0; i < n; ++i)
+        numbers[i] = Mwrand();
 }
 
 } // namespace korvale::inside

@@ -230,7 +230,7 @@ TYPED_TEST(TriSample, LeavesFurtherComponentsAlone)
 TYPED_TEST(TriSample, OnlySeedsWhenTheHeapIsExhausted)
 {
     NEEDS_HEAP_FAILURES();
-    auto t = doubles<TypeParam>(9, kWeights);
+    auto t = array_of<TypeParam>(DATA_TYPE_DOUBLE, 17, 9);
     auto p = points<TypeParam>({7, 7, 7});
     const HeapWatch heap;
     {
@@ -243,12 +243,23 @@ TYPED_TEST(TriSample, OnlySeedsWhenTheHeapIsExhausted)
     EXPECT_TRUE(same_bits({7, 7, 7}, p->dvals));
 }
 
+TYPED_TEST(TriSample, NeedsNoHeapForSixteenTriangles)
+{
+    NEEDS_HEAP_FAILURES();
+    Random random(15);
+    auto t = doubles<TypeParam>(9, random.uniforms(9 * 16, -1, 1));
+    auto p = array_of<TypeParam>(DATA_TYPE_DOUBLE, 1000, 3);
+    const HeapWatch heap;
+    sample(t.get(), 1, p.get(), this->kNone, this->kNone);
+    EXPECT_EQ(heap.allocations(), 0);
+}
+
 TYPED_TEST(TriSample, GivesTheSamePointsWithoutRoomForATable)
 {
     NEEDS_HEAP_FAILURES();
     Random random(16);
     auto t = doubles<TypeParam>(9, random.uniforms(9 * 100, -1, 1));
-    auto p = array_of<TypeParam>(DATA_TYPE_DOUBLE, 5000, 3);
+    auto p = array_of<TypeParam>(DATA_TYPE_DOUBLE, 20000, 3);
     sample(t.get(), 2, p.get(), this->kNone, this->kNone);
     const auto expected = values_of(*p);
     const auto failures = fail_each_allocation([&](int64_t n) {

@@ -92,6 +92,23 @@ TEST(Lanes, ADoubleStandsForItsValueInEachLane)
     expect_same_in_every_width(STEP(select(1.0 < a, b, c)));
 }
 
+TEST(Lanes, IntegersAreLoadedAsDoubles)
+{
+    Random random(20261122);
+    std::vector<int32_t> integers(3 * kCount);
+    for (int32_t& value : integers)
+        value = static_cast<int32_t>(random.bits());
+    integers[0] = std::numeric_limits<int32_t>::min();
+    integers[1] = std::numeric_limits<int32_t>::max();
+    const int32_t* const from = integers.data();
+    expect_same_in_every_width(
+        [from]<class V>(const Inputs&, int64_t i, double* out) { store<V>(out + i, load<V>(from + i)); });
+    expect_same_in_every_width([from]<class V>(const Inputs&, int64_t i, double* out) {
+        const Lanes3<V> p = load_points<V>(from + 3 * i);
+        store<V>(out + i, (p.x - p.y) * 0.5 + p.z);
+    });
+}
+
 TEST(Lanes, NothingIsFusedOrReordered)
 {
     expect_same_in_every_width(STEP(a * b + c));

@@ -153,6 +153,41 @@ TEST(RegisterWindowMessageA, ReturnsZeroOnceTheRangeIsUsedUp)
     EXPECT_EXIT(std::exit(use_up_the_range()), testing::ExitedWithCode(0), "");
 }
 
+int a_hosts_rand()
+{
+    return 7;
+}
+
+void a_hosts_srand(unsigned)
+{
+}
+
+TEST(korvale_draw_many, GivesWhatSoManyCallsGive)
+{
+    for (int count = 0; count <= 70; ++count) {
+        const unsigned seed = 2463534242u * static_cast<unsigned>(count);
+        std::vector<int> expected, drawn(static_cast<size_t>(count));
+        Mwsrand(seed);
+        for (int i = 0; i < count; ++i)
+            expected.push_back(Mwrand());
+        const int next = Mwrand();
+        Mwsrand(seed);
+        EXPECT_EQ(korvale_draw_many(Mwrand, Mwsrand, drawn.data(), count), 1);
+        EXPECT_EQ(drawn, expected);
+        EXPECT_EQ(Mwrand(), next) << count;
+    }
+}
+
+TEST(korvale_draw_many, DrawsNothingWhereAHostStandsIn)
+{
+    Mwsrand(1);
+    int number = -1;
+    EXPECT_EQ(korvale_draw_many(a_hosts_rand, Mwsrand, &number, 1), 0);
+    EXPECT_EQ(korvale_draw_many(Mwrand, a_hosts_srand, &number, 1), 0);
+    EXPECT_EQ(number, -1);
+    EXPECT_EQ(Mwrand(), 41);
+}
+
 // ---- Registration of libraries
 
 struct EntryCall {
