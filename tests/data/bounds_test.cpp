@@ -1,5 +1,4 @@
 // DataBBox and DATABBox, which fill a box, and DataBounds and DATABounds, which make one.
-#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <vector>
@@ -7,11 +6,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/data/generations.h"
-#include "tests/reference/arrays.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
-#include "tests/support/random.h"
 
 namespace korvale::test {
 namespace {
@@ -22,27 +19,12 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 template <class Array>
 class BBox : public testing::Test {
 };
-TYPED_TEST_SUITE(BBox, Generations);
+TYPED_TEST_SUITE(BBox, Generations, GenerationNames);
 
 template <class Array>
 class Bounds : public testing::Test {
 };
-TYPED_TEST_SUITE(Bounds, Generations);
-
-/// The bounds of values[][dim] by every way the library offers, each compared with the documented steps.
-template <class Array>
-void expect_bounds(const std::vector<double>& values, int32_t dim)
-{
-    auto source = doubles<Array>(dim, values);
-    std::vector<double> expected(static_cast<size_t>(2 * dim));
-    reference::bounds(values.data(), source->count, dim, expected.data(), expected.data() + dim);
-    auto row = array_of<Array>(DATA_TYPE_DOUBLE, 1, 2 * dim);
-    EXPECT_EQ(bbox(source, row), 1);
-    EXPECT_TRUE(same_bits(expected, row->dvals)) << source->count << " x " << dim;
-    Owned<Array> made;
-    EXPECT_EQ(bounds(source, made), 1);
-    EXPECT_TRUE(same_bits(expected, made->dvals)) << source->count << " x " << dim;
-}
+TYPED_TEST_SUITE(Bounds, Generations, GenerationNames);
 
 TYPED_TEST(BBox, FillsABoxOfEitherShape)
 {
@@ -120,7 +102,10 @@ TYPED_TEST(BBox, GivesAPointTwiceForOnePoint)
 
 TYPED_TEST(BBox, NeverReplacesABoundByNaN)
 {
-    expect_bounds<TypeParam>({1, 2, 3, kNaN, kNaN, kNaN, 0, 5, 3}, 3);
+    auto around = points<TypeParam>({1, 2, 3, kNaN, kNaN, kNaN, 0, 5, 3});
+    auto corners = array_of<TypeParam>(DATA_TYPE_DOUBLE, 2, 3);
+    EXPECT_EQ(bbox(around, corners), 1);
+    EXPECT_TRUE(same_bits({0, 2, 3, 1, 5, 3}, corners->dvals));
     auto source = doubles<TypeParam>(1, {1, kNaN, 0, kNaN, 4, kNaN});
     auto box = array_of<TypeParam>(DATA_TYPE_DOUBLE, 2, 1);
     EXPECT_EQ(bbox(source, box), 1);
@@ -147,43 +132,6 @@ TYPED_TEST(BBox, KeepsTheFirstOfEqualZeros)
     auto box = array_of<TypeParam>(DATA_TYPE_DOUBLE, 2, 2);
     EXPECT_EQ(bbox(source, box), 1);
     EXPECT_TRUE(same_bits({0.0, -0.0, 0.0, -0.0}, box->dvals));
-}
-
-TYPED_TEST(BBox, KeepsTheFirstZeroThatIsReached)
-{
-    // Zeros of both signs beyond other values, at every place among some.
-    for (int at = 1; at < 60; ++at)
-        for (const double zero : {0.0, -0.0}) {
-            std::vector<double> values(600, -zero);
-            values[0] = 5;
-            values[static_cast<size_t>(at)] = zero;
-            for (int i = 1; i < at; ++i)
-                values[static_cast<size_t>(i)] = 3;
-            expect_bounds<TypeParam>(values, 1);
-            for (double& value : values)
-                value = value == 0 ? value : -value;
-            expect_bounds<TypeParam>(values, 1);
-        }
-}
-
-TYPED_TEST(BBox, EqualsTheStepsOnAnyValues)
-{
-    Random random(12);
-    for (int round = 0; round < rounds(600); ++round) {
-        const int dim = random.one_in(2) ? 3 : random.between(1, 13);
-        const int count = random.one_in(2) ? random.between(1, 20) : random.between(1, 700);
-        std::vector<double> values = random.awkwards(static_cast<int64_t>(count) * dim);
-        const int flavour = random.below(3);
-        for (double& value : values) {
-            if (flavour == 0 && !random.one_in(8))
-                value = random.one_in(2) ? 0.0 : -0.0;
-            if (flavour == 1)
-                value = random.uniform(-1, 1);
-        }
-        expect_bounds<TypeParam>(values, dim);
-        if (testing::Test::HasFailure())
-            return;
-    }
 }
 
 TYPED_TEST(BBox, WorksOnOverlappingMemoryAsTheStepsDo)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <type_traits>
+
 #include <gtest/gtest.h>
 
 #include "data/data.h"
@@ -10,6 +13,15 @@
 namespace korvale::test {
 
 using Generations = testing::Types<Data, DATAstruct>;
+
+/// Names a shared test after the generation that it is run on.
+struct GenerationNames {
+    template <class Array>
+    static std::string GetName(int)
+    {
+        return std::is_same_v<Array, Data> ? "Data" : "DATAstruct";
+    }
+};
 
 inline int allocate(Data* d)
 {

@@ -15,7 +15,7 @@ namespace {
 template <class Array>
 class Reverse : public testing::Test {
 };
-TYPED_TEST_SUITE(Reverse, Generations);
+TYPED_TEST_SUITE(Reverse, Generations, GenerationNames);
 
 TYPED_TEST(Reverse, ExchangesWholeElements)
 {

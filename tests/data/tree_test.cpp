@@ -1,10 +1,10 @@
 // Arrays of arrays: however deep they are, through whatever slot, and however often a record is reached.
 #include <cstdlib>
-#include <limits>
 
 #include <gtest/gtest.h>
 
 #include "data/operations.h"
+#include "tests/data/trees.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
@@ -12,124 +12,92 @@
 namespace korvale::test {
 namespace {
 
-constexpr int kDeep = 400000;
-
 Xfm kShift = {{1, 0, 0, 10}, {0, 1, 0, 20}, {0, 0, 1, 30}, {0, 0, 0, 1}};
-
-/// `leaf` below `depth` arrays of two slots each, always in slot `at`; the other slot is null.
-DATAstruct* new_chain(DATAstruct* leaf, int depth, int at)
-{
-    DATAstruct* chain = leaf;
-    for (int i = 0; i < depth; ++i)
-        chain = at == 0 ? new_parent({chain, nullptr}) : new_parent({nullptr, chain});
-    return chain;
-}
-
-/// A tree of `depth` arrays with two slots, in which slot 0 leads down and slot 1 holds a point.
-DATAstruct* new_comb(int depth)
-{
-    DATAstruct* comb = new_doubles(3, {1, 2, 3});
-    for (int i = 0; i < depth; ++i)
-        comb = new_parent({comb, new_doubles(3, {1, 2, 3})});
-    return comb;
-}
 
 DATAstruct* child(const DATAstruct* d, int slot)
 {
     return static_cast<DATAstruct*>(d->pvals[slot]);
 }
 
-void release(DATAstruct* d)
+TEST(DATASubReverse, ReversesTheLeavesAndKeepsTheOrderOfTheChildren)
 {
-    DATADispose(d);
-    std::free(d);
+    auto* const a = new_doubles(1, {1, 2, 3});
+    auto* const b = new_ints(1, {4, 5});
+    auto tree = parent({new_parent({a}), nullptr, b});
+    DATAstruct* const inner = static_cast<DATAstruct*>(tree->pvals[0]);
+    DATASubReverse(tree);
+    EXPECT_TRUE(same_bits({3, 2, 1}, a->dvals));
+    EXPECT_TRUE(same_values({5, 4}, b->ivals));
+    EXPECT_EQ(tree->pvals[0], inner);
+    EXPECT_EQ(tree->pvals[2], b);
 }
 
-TEST(DATADispose, ReleasesAChildOfTwoChildrenOnce)
+TEST(DATASubReverse, ReversesARecordThatIsALeaf)
 {
-    const HeapWatch heap;
-    DATAstruct* const shared = new_doubles(1, {1});
-    auto d = parent({new_parent({shared}), new_parent({shared})});
-    EXPECT_EQ(DATADispose(d), 1);
-    EXPECT_EQ(heap.live_blocks(), 0);
+    auto d = doubles<DATAstruct>(2, {1, 2, 3, 4});
+    DATASubReverse(d);
+    EXPECT_TRUE(same_bits({3, 4, 1, 2}, d->dvals));
+    int first = 0, second = 0;
+    auto pointers = array_of<DATAstruct>(DATA_TYPE_POINTER, 2, 1);
+    pointers->pvals[0] = &first;
+    pointers->pvals[1] = &second;
+    DATASubReverse(pointers);
+    EXPECT_EQ(pointers->pvals[0], &second);
+    DATASubReverse(nullptr);
 }
 
-TEST(DATADispose, ReleasesSharedRecordsOfAnyLevelOnce)
+TEST(DATASubReverse, VisitsOneSlotPerElementWhateverDimIs)
 {
-    const HeapWatch heap;
-    DATAstruct* const leaf = new_doubles(1, {1});
-    DATAstruct* const listed = new_doubles(1, {2});
-    leaf->next = listed;
-    DATAstruct* const inner = new_parent({leaf, nullptr, leaf, listed});
-    DATAstruct* const outer = new_parent({inner, leaf});
-    auto d = parent({outer, inner, new_parent({new_parent({outer, listed})}), leaf});
-    d->next = new_parent({inner});
-    d->next->next = new_parent({outer, listed});
-    EXPECT_EQ(DATADispose(d), 1);
-    EXPECT_EQ(heap.live_blocks(), 0);
+    auto *const a = new_doubles(1, {1, 2}), *const b = new_doubles(1, {1, 2}), *const c = new_doubles(1, {1, 2});
+    auto* const d = new_doubles(1, {1, 2});
+    auto table = parent({a, b, c, d}, 2);
+    DATASubReverse(table);
+    EXPECT_TRUE(same_bits({2, 1}, a->dvals));
+    EXPECT_TRUE(same_bits({2, 1}, b->dvals));
+    EXPECT_TRUE(same_bits({1, 2}, c->dvals));
+    EXPECT_TRUE(same_bits({1, 2}, d->dvals));
+    table->dim = 0;
+    DATASubReverse(table);
+    EXPECT_TRUE(same_bits({1, 2}, a->dvals));
+    table->dim = 2;
 }
 
-TEST(DATADispose, ReleasesEveryLevelOfADiamondLadderOnce)
+TEST(DATASubReverse, WalksLongChainsWithoutRecursion)
 {
-    const HeapWatch heap;
-    DATAstruct* ladder = new_doubles(1, {1});
-    for (int i = 0; i < 1000; ++i) // as a tree it has 2^1000 leaves
-        ladder = new_parent({new_parent({ladder}), new_parent({ladder})});
-    release(ladder);
-    EXPECT_EQ(heap.live_blocks(), 0);
+    DATAstruct* const leaf = new_doubles(1, {1, 2});
+    DATAstruct* chain = leaf;
+    for (int i = 0; i < 500000; ++i)
+        chain = new_parent({chain});
+    DATASubReverse(chain);
+    EXPECT_TRUE(same_bits({2, 1}, leaf->dvals));
+    release(chain);
 }
 
-TEST(DATADispose, EmptiesARecordThatStandsInItsOwnSlots)
+TEST(DATASubReverse, VisitsNoSlotBeyondTheCapacity)
 {
-    const HeapWatch heap;
-    OwnedDATA d;
-    d.allocate(DATA_TYPE_DATA, 2, 1);
-    DATAstruct* const inner = new_parent({d.get()});
-    d->pvals[0] = d.get();
-    d->pvals[1] = inner;
-    inner->next = d.get();
-    EXPECT_EQ(DATADispose(d), 1);
-    EXPECT_EQ(d->pvals, nullptr);
-    EXPECT_EQ(heap.live_blocks(), 0);
+    auto* const a = new_doubles(1, {1, 2});
+    auto tree = parent({a});
+    tree->count = 1000;
+    DATASubReverse(tree);
+    EXPECT_TRUE(same_bits({1, 2}, a->dvals));
+    tree->count = 1;
 }
 
-TEST(DATADispose, ReleasesTheBufferOfAChildWhateverItsSizesSay)
+TEST(DATASubReverse, WalksSlotsThatAHostHasWrapped)
 {
-    constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
-    const HeapWatch heap;
-    for (const int32_t size : {kLeast, -1, 0, std::numeric_limits<int32_t>::max()}) {
-        DATAstruct* const sized = new_doubles(1, {1});
-        sized->dim = sized->count = size;
-        DATAstruct* const listed = new_doubles(1, {1});
-        listed->dim = listed->count = listed->alloc_count = listed->alloc_dim = size;
-        sized->next = listed;
-        DATAstruct* const inner = new_parent({new_doubles(1, {1})});
-        inner->dim = inner->count = size;
-        auto d = parent({sized, inner});
-        EXPECT_EQ(DATADispose(d), 1);
-        EXPECT_EQ(heap.live_blocks(), 0) << size;
-    }
-}
-
-TEST(DATADispose, FollowsNoSlotsOfACapacityBeyond31Bits)
-{
-    const HeapWatch heap;
-    DATAstruct* const leaf = new_doubles(1, {1});
-    auto d = parent({leaf});
-    d->alloc_count = d->alloc_dim = 65536;
-    EXPECT_EQ(DATADispose(d), 1);
-    EXPECT_EQ(leaf->dvals[0], 1.0);
-    release(leaf);
-    EXPECT_EQ(heap.live_blocks(), 0);
-}
-
-TEST(DATADispose, ReachesTheEndThroughAnySlot)
-{
-    const HeapWatch heap;
-    for (const int at : {0, 1})
-        release(new_chain(new_doubles(1, {1}), kDeep, at));
-    release(new_comb(kDeep));
-    EXPECT_EQ(heap.live_blocks(), 0);
+    DATAstruct* const a = new_doubles(1, {1, 2});
+    void* slots[] = {a};
+    DATAstruct tree;
+    DATAInitialize(&tree);
+    tree.type = DATA_TYPE_DATA;
+    tree.count = tree.dim = 1;
+    tree.pvals = slots;
+    DATASubReverse(&tree);
+    EXPECT_TRUE(same_bits({2, 1}, a->dvals));
+    tree.alloc_dim = tree.alloc_count = 0; // as in a zero-filled record
+    DATASubReverse(&tree);
+    EXPECT_TRUE(same_bits({1, 2}, a->dvals));
+    release(a);
 }
 
 TEST(DATASubReverse, ReachesTheEndThroughAnySlot)

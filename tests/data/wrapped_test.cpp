@@ -17,7 +17,7 @@ namespace {
 template <class Array>
 class Overlapping : public testing::Test {
 };
-TYPED_TEST_SUITE(Overlapping, Generations);
+TYPED_TEST_SUITE(Overlapping, Generations, GenerationNames);
 
 /// What a copy gives that moves one value after the other.
 template <class T>
