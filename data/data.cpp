@@ -1,3 +1,5 @@
+// Records of the first generation: a shape, a kind and a buffer, and lists of them. No capacity is remembered, so an
+// allocation never looks at what the record holds.
 #include "data/data.h"
 
 #include <cstddef>

@@ -1,3 +1,6 @@
+// Records of the second generation and their buffers. The alloc fields tell what the buffer was made for: it serves
+// every shape of the same kind that is not larger, and only DATAReAllocate makes it fit to the element. After an
+// allocation that has failed they describe what was wanted and there is no buffer, which everywhere counts as no room.
 #include "data/datastruct.h"
 
 #include <algorithm>

@@ -1,3 +1,8 @@
+// Operations on whole arrays. The work of each is written once: over bare values where the records do not matter, over
+// either record where the output is shaped; what the generations do differently stands in overloads and doors. An
+// output that serves already is found by comparing sizes alone and costs next to nothing, so that arrays of a few
+// elements are as quick as a loop written in place; whatever has to be made, refused or released takes a way of its
+// own.
 #include "data/operations.h"
 
 #include <algorithm>
@@ -7,8 +12,6 @@
 #include "data/internal/record.h"
 #include "data/internal/trees.h"
 
-// The work of every operation is written once: over bare elements where the records do not matter, over either record
-// where the output is reshaped. What the generations do differently stands in the overloads and doors.
 namespace korvale::inside {
 namespace {
 

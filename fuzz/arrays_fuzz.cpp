@@ -6,10 +6,13 @@
 #include <cstring>
 #include <vector>
 
+#include "data/internal/record.h"
 #include "data/operations.h"
 #include "data/sampling.h"
 
 namespace {
+
+using korvale::inside::dispose;
 
 constexpr int kRecords = 3;
 
@@ -74,16 +77,6 @@ void fill(Array& d, Input& in)
         if (d.type == DATA_TYPE_BYTE && d.bvals != nullptr)
             d.bvals[i] = static_cast<uint8_t>(in.next(256));
     }
-}
-
-void dispose(Data& d)
-{
-    DataDispose(&d);
-}
-
-void dispose(DATAstruct& d)
-{
-    DATADispose(&d);
 }
 
 constexpr int kKinds[] = {DATA_TYPE_DOUBLE, DATA_TYPE_DOUBLE, DATA_TYPE_DOUBLE, DATA_TYPE_INT, DATA_TYPE_BYTE, 5, -1};

@@ -16,6 +16,7 @@
 namespace {
 
 using korvale::bench::Race;
+namespace reference = korvale::reference;
 
 Xfm kMatrix = {{0.8, -0.6, 0, 1}, {0.6, 0.8, 0, 2}, {0, 0, 1, 3}, {0, 0, 0, 1}};
 
@@ -41,9 +42,7 @@ void transform(benchmark::State& state)
 {
     Doubles from(state.range(0), 3, 1), to(state.range(0), 3, 2);
     Race race(state, [&] { TransformDATA(kMatrix, &from.record, &to.record); });
-    race.against("plain", [&] {
-        korvale::reference::carry_points(kMatrix, from.values.data(), state.range(0), to.values.data());
-    });
+    race.against("plain", [&] { reference::transform(kMatrix, &from.record, &to.record); });
     race.against("copy", [&] {
         std::memcpy(to.values.data(), from.values.data(), from.values.size() * sizeof(double));
         benchmark::DoNotOptimize(to.values.data());
@@ -66,9 +65,7 @@ void bounds(benchmark::State& state)
 {
     Doubles from(state.range(0), 3, 1), box(2, 3, 2);
     Race race(state, [&] { DATABBox(&from.record, &box.record); });
-    race.against("plain", [&] {
-        korvale::reference::bounds(from.values.data(), state.range(0), 3, box.values.data(), box.values.data() + 3);
-    });
+    race.against("plain", [&] { reference::bbox(&from.record, &box.record); });
 #ifdef KORVALE_HAS_EIGEN
     const Eigen::Map<const Eigen::Matrix3Xd> in(from.values.data(), 3, state.range(0));
     race.against("eigen", [&] {
@@ -83,9 +80,7 @@ void mix(benchmark::State& state)
 {
     Doubles a(state.range(0), 3, 1), b(state.range(0), 3, 2), to(state.range(0), 3, 3);
     Race race(state, [&] { DATAMix(&a.record, &b.record, 0.25, 0.75, &to.record); });
-    race.against("plain", [&] {
-        korvale::reference::mix(a.values.data(), b.values.data(), 0.25, 0.75, 3 * state.range(0), to.values.data());
-    });
+    race.against("plain", [&] { reference::mix(&a.record, &b.record, 0.25, 0.75, &to.record); });
 #ifdef KORVALE_HAS_EIGEN
     const Eigen::Map<const Eigen::ArrayXd> va(a.values.data(), 3 * state.range(0)),
         vb(b.values.data(), 3 * state.range(0));
@@ -100,31 +95,28 @@ void mix_four(benchmark::State& state)
     Doubles to(state.range(0), 3, 5);
     const double weights[] = {0.1, 0.2, 0.3, 0.4};
     Race race(state, [&] { DATA4Mix(&a.record, &b.record, &c.record, &d.record, 0.1, 0.2, 0.3, 0.4, &to.record); });
-    race.against("plain", [&] {
-        korvale::reference::mix_four(a.values.data(), b.values.data(), c.values.data(), d.values.data(), weights,
-                                     3 * state.range(0), to.values.data());
-    });
+    race.against("plain",
+                 [&] { reference::mix_four(&a.record, &b.record, &c.record, &d.record, weights, &to.record); });
 }
 
 void reverse(benchmark::State& state)
 {
     Doubles d(state.range(0), 3, 1);
     Race race(state, [&] { DATAReverse(&d.record); });
-    race.against("plain", [&] {
-        double held[3];
-        double *low = d.values.data(), *high = low + 3 * (state.range(0) - 1);
-        for (; low < high; low += 3, high -= 3)
-            for (int k = 0; k < 3; ++k) {
-                held[k] = low[k];
-                low[k] = high[k];
-                high[k] = held[k];
-            }
-        benchmark::DoNotOptimize(low);
-    });
+    race.against("plain", [&] { reference::reverse(&d.record); });
 #ifdef KORVALE_HAS_EIGEN
     Eigen::Map<Eigen::Matrix3Xd> points(d.values.data(), 3, state.range(0));
     race.against("eigen", [&] { points.rowwise().reverseInPlace(); });
 #endif
+}
+
+void copy(benchmark::State& state)
+{
+    Doubles from(state.range(0), 3, 1), to(state.range(0), 3, 2);
+    to.record.alloc_count = to.record.count; // has the room, so nothing is allocated
+    to.record.alloc_dim = to.record.dim;
+    Race race(state, [&] { DATACopy(&from.record, &to.record); });
+    race.against("plain", [&] { reference::copy(&from.record, &to.record); });
 }
 
 /// Appending one point at a time, against a buffer of the final size that is filled once.
@@ -155,13 +147,14 @@ void append(benchmark::State& state)
     });
 }
 
-#define KORVALE_SIZES Arg(1)->Arg(4)->Arg(7)->Arg(16)->Arg(100)->Arg(1000)->Arg(1000000)
+#define KORVALE_SIZES Arg(1)->Arg(2)->Arg(4)->Arg(7)->Arg(16)->Arg(100)->Arg(1000)->Arg(1000000)
 
 BENCHMARK(transform)->KORVALE_SIZES;
 BENCHMARK(bounds)->KORVALE_SIZES;
 BENCHMARK(mix)->KORVALE_SIZES;
 BENCHMARK(mix_four)->KORVALE_SIZES;
 BENCHMARK(reverse)->KORVALE_SIZES;
+BENCHMARK(copy)->KORVALE_SIZES;
 BENCHMARK(append)->Arg(1000)->Arg(10000);
 
 } // namespace

@@ -40,8 +40,12 @@ void sample(benchmark::State& state)
 
 BENCHMARK(sample)
     ->Args({1, 1})
+    ->Args({16, 1})
+    ->Args({1000, 1})
+    ->Args({100000, 1})
     ->Args({16, 16})
     ->Args({1000, 100})
+    ->Args({1, 100000})
     ->Args({5000, 16})
     ->Args({10000, 16000})
     ->Args({1000000, 100000});

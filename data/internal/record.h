@@ -9,6 +9,16 @@
 // The life cycle of a record under one name for both generations, for work that is written once over either.
 namespace korvale::inside {
 
+inline void initialize(Data& d)
+{
+    DataInitialize(&d);
+}
+
+inline void initialize(DATAstruct& d)
+{
+    DATAInitialize(&d);
+}
+
 inline int allocate(Data& d)
 {
     return DataAllocate(&d);

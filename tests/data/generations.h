@@ -23,15 +23,6 @@ struct GenerationNames {
     }
 };
 
-inline int allocate(Data* d)
-{
-    return DataAllocate(d);
-}
-inline int allocate(DATAstruct* d)
-{
-    return DATAAllocate(d);
-}
-
 inline void dispose(Data* d)
 {
     DataDispose(d);

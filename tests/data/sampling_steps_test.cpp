@@ -32,9 +32,9 @@ TYPED_TEST_SUITE(SamplingSteps, Generations, GenerationNames);
 TYPED_TEST(SamplingSteps, AreTakenOnAnyTriangles)
 {
     Random random(17);
-    for (int round = 0; round < rounds(150); ++round) {
-        const int n = random.one_in(3) ? 1 : random.between(1, 300), k = random.below(4);
-        const int count = random.one_in(10) ? random.between(4000, 6000) : random.between(1, 60);
+    for (int round = 0; round < rounds(400); ++round) {
+        const int n = random.one_in(3) ? 1 : random.between(1, random.one_in(4) ? 3000 : 40), k = random.below(4);
+        const int count = random.one_in(10) ? random.between(6000, 12000) : random.between(1, 80);
         const int flavour = random.below(4);
         std::vector<double> triangles = random.uniforms(9 * n, -5, 5);
         for (int i = 0; i < n; ++i) {

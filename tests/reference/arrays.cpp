@@ -3,6 +3,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "data/internal/record.h"
+
 namespace korvale::reference {
 
 void bounds(const double* values, int64_t count, int64_t dim, double* least, double* greatest)
@@ -46,39 +48,13 @@ void mix_four(const double* a, const double* b, const double* c, const double* d
 
 namespace {
 
-int allocate(Data* d)
-{
-    return DataAllocate(d);
-}
-
-int allocate(DATAstruct* d)
-{
-    return DATAAllocate(d);
-}
-
-void dispose(Data* d)
-{
-    DataDispose(d);
-}
-
-void dispose(DATAstruct* d)
-{
-    DATADispose(d);
-}
+using inside::allocate_as;
+using inside::dispose;
 
 template <class Array>
 bool differ(const Array* a, const Array* b)
 {
     return a->count != b->count || a->dim != b->dim || a->type != b->type;
-}
-
-template <class Array>
-int shape(Array* d, int32_t type, int32_t count, int32_t dim)
-{
-    d->type = type;
-    d->count = count;
-    d->dim = dim;
-    return allocate(d);
 }
 
 template <class T>
@@ -129,8 +105,8 @@ int shape_for_mix(const Array* a, Array* output, int& result)
     if (a->count < 1 || a->dim < 1)
         return 0;
     if (differ(a, output)) {
-        dispose(output);
-        if (shape(output, a->type, a->count, a->dim) < 0)
+        dispose(*output);
+        if (!allocate_as(*output, a->type, a->count, a->dim))
             return 0;
     }
     result = is_known(a) ? -1 : 1;
@@ -218,8 +194,8 @@ int cat(const Data* first, const Data* second, Data* output)
         return -1;
     const int32_t count = first->count + second->count;
     if (output->type != first->type || output->dim != first->dim || output->count != count) {
-        dispose(output);
-        shape(output, first->type, count, first->dim);
+        dispose(*output);
+        allocate_as(*output, first->type, count, first->dim);
     }
     append(first, second, output);
     return 1;
@@ -229,7 +205,7 @@ int cat(const DATAstruct* first, const DATAstruct* second, DATAstruct* output)
 {
     if (!can_cat(first, second))
         return -1;
-    shape(output, first->type, first->count + second->count, first->dim);
+    allocate_as(*output, first->type, first->count + second->count, first->dim);
     append(first, second, output);
     return 1;
 }
@@ -239,8 +215,8 @@ int copy(const Data* source, Data* output)
     if (source->dim < 1 || source->count < 1)
         return -1;
     if (source->dim > output->dim || source->count > output->count || source->type != output->type) {
-        dispose(output);
-        shape(output, source->type, source->count, source->dim);
+        dispose(*output);
+        allocate_as(*output, source->type, source->count, source->dim);
     }
     if (source->type == DATA_TYPE_BYTE)
         return -1;
@@ -252,7 +228,7 @@ int copy(const DATAstruct* source, DATAstruct* output)
 {
     if (source->dim < 1 || source->count < 1)
         return -1;
-    shape(output, source->type, source->count, source->dim);
+    allocate_as(*output, source->type, source->count, source->dim);
     copy_values(source, int64_t{source->count} * source->dim, output, 0);
     return 1;
 }
@@ -283,8 +259,8 @@ int bounds(const Data* source, Data* output)
     if (source->dim < 1 || source->count < 1)
         return -1;
     if (source->dim > output->dim || output->count < 2 || source->type != output->type)
-        dispose(output);
-    shape(output, source->type, 2, source->dim);
+        dispose(*output);
+    allocate_as(*output, source->type, 2, source->dim);
     return fill_bounds(source, output);
 }
 
@@ -292,7 +268,7 @@ int bounds(const DATAstruct* source, DATAstruct* output)
 {
     if (source->dim < 1 || source->count < 1)
         return -1;
-    shape(output, source->type, 2, source->dim);
+    allocate_as(*output, source->type, 2, source->dim);
     return fill_bounds(source, output);
 }
 

@@ -3,38 +3,12 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "data/internal/record.h"
+
 namespace korvale::test {
 namespace {
 
-void initialize(Data& d)
-{
-    DataInitialize(&d);
-}
-
-void initialize(DATAstruct& d)
-{
-    DATAInitialize(&d);
-}
-
-void dispose(Data& d)
-{
-    DataDispose(&d);
-}
-
-void dispose(DATAstruct& d)
-{
-    DATADispose(&d);
-}
-
-int allocate(Data& d)
-{
-    return DataAllocate(&d);
-}
-
-int allocate(DATAstruct& d)
-{
-    return DATAAllocate(&d);
-}
+using namespace inside;
 
 /// A test cannot go on without its input.
 void must(bool done)
@@ -46,12 +20,8 @@ void must(bool done)
 template <class Array>
 void shape(Array& d, int32_t kind, size_t count, int32_t dim)
 {
-    d.type = kind;
-    d.count = static_cast<int32_t>(count);
-    d.dim = dim;
-    if (count == 0)
-        return;
-    must(allocate(d) == 1);
+    shape_as(d, kind, static_cast<int32_t>(count), dim);
+    must(count == 0 || allocate(d) == 1);
 }
 
 template <class Array>
