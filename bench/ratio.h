@@ -4,7 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
-// Ratios to a peer, measured in the same run: the time of the peer divided by ours, so 2 means twice as fast as the peer.
+// Ratios to a peer, measured in the same run: the time of the peer divided by ours, so 2 means twice as fast as the
+// peer.
 namespace korvale::bench {
 
 /// Processor time, so that a busy machine does not count.

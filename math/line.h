@@ -4,8 +4,8 @@
 
 /// Lines in the xy plane: three doubles a, b, c for a x + b y + c = 0.
 
-/// The line through p0 and p1, with (a, b) the unit direction from p0 to p1 turned a quarter turn counter-clockwise. z is
-/// not read.
+/// The line through p0 and p1, with (a, b) the unit direction from p0 to p1 turned a quarter turn counter-clockwise. z
+/// is not read.
 ///
 /// Returns 1, or -1 with the vertical line (1, 0, -p0.x) when the points are closer than 1e-06.
 KORVALE_API int find_line(double* p0, double* p1, double* line);

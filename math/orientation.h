@@ -14,6 +14,6 @@ KORVALE_API int orientation_xfm(double* origin, double* zdir, double* ref, doubl
 ///
 /// Returns 1, 0 when `rev` is null, or -1 with nothing written when a direction is shorter than 1e-06.
 ///
-/// Deliberate: the x axis is not normalised again after it was made perpendicular, so an `xdir` parallel to `zdir` gives
-/// an x axis of zero, and `rev` is the inverse only where the axes are orthonormal.
+/// Deliberate: the x axis is not normalised again after it was made perpendicular, so an `xdir` parallel to `zdir`
+/// gives an x axis of zero, and `rev` is the inverse only where the axes are orthonormal.
 KORVALE_API int orientation_xfm_and_reverse(double* origin, double* xdir, double* zdir, Xfm fwd, Xfm rev);

@@ -50,7 +50,7 @@ Doubles copy_of(const DATAstruct& record)
     return Doubles({static_cast<py::ssize_t>(record.count), static_cast<py::ssize_t>(record.dim)}, record.dvals);
 }
 
-// --- Arrays -----------------------------------------------------------------------------------------------------------
+// --- Arrays ----------------------------------------------------------------------------------------------------------
 
 /// A `DATAstruct` of doubles.
 class Array {
@@ -114,7 +114,7 @@ Owned transformed(const Array& array, const Doubles& matrix)
     return output;
 }
 
-// --- Borders ----------------------------------------------------------------------------------------------------------
+// --- Borders ---------------------------------------------------------------------------------------------------------
 
 /// A `BORDERStatus` that releases its arrays.
 class Sweep {
@@ -187,7 +187,7 @@ std::vector<Doubles> offset_with_holes(const std::vector<Doubles>& outlines, dou
     return borders;
 }
 
-// --- Equations --------------------------------------------------------------------------------------------------------
+// --- Equations -------------------------------------------------------------------------------------------------------
 
 /// An `EquationSystem`; names and texts go in as strings.
 class Equations {

@@ -1,9 +1,11 @@
+// Triangles lie far apart in memory, and the few of a small cell are tested before the next can arrive. Where there are
+// many triangles, those of small cells are gathered first and asked for, and tested when the last cell has been seen or
+// no more can wait. Cells with long lists, and the triangles of small meshes, are tested at once.
+//
 // Most triangles of a cell lie wholly beside the ray or behind it. With four lanes, one value of lanes per vertex takes
 // it into the frame of the ray, with the operations of the plain transform in their order, and one comparison of all
 // three tells such a triangle; the rest take the plain way.
 #include "ray/internal/cast.h"
-
-#include <algorithm>
 
 #include "math/internal/mat.h"
 #include "platform/internal/lanes.h"
@@ -15,6 +17,9 @@ namespace {
 
 /// Triangles lie far apart in memory: how many numbers ahead one is asked for.
 constexpr int32_t kPrefetchDistance = 32;
+
+/// As many triangles as stay at hand from one query to the next.
+constexpr int32_t kFewTriangles = 8192;
 
 void prefetch_triangle(const Cast& cast, int32_t t)
 {
@@ -60,11 +65,6 @@ KORVALE_OVER_LANES void for_each_new(const Cast& cast, const data_list_struct& c
     }
 }
 
-void test_in_turn(Cast& cast, const data_list_struct& cell)
-{
-    for_each_new(cast, cell, [&](int32_t t) { test_triangle(cast, t); });
-}
-
 /// The columns of a frame.
 struct WideFrame {
     Quad x, y, z, translation;
@@ -92,30 +92,83 @@ KORVALE_QUAD bool is_beside(const WideFrame& m, const double* triangle)
     return is_finite && ((lower & 7) | (upper & 3)) != 0;
 }
 
-KORVALE_FOUR_LANES void test_unless_beside(Cast& cast, const data_list_struct& cell)
+KORVALE_QUAD WideFrame wide(const double (*m)[4])
 {
-    const WideFrame m = {column(cast.frame, 0), column(cast.frame, 1), column(cast.frame, 2), column(cast.frame, 3)};
+    return {column(m, 0), column(m, 1), column(m, 2), column(m, 3)};
+}
+
+// The triangles of a cell, and those that wait, first with four lanes, then plainly.
+
+KORVALE_FOUR_LANES void test_cell_wide(Cast& cast, const data_list_struct& cell)
+{
+    const WideFrame m = wide(cast.frame);
     for_each_new(cast, cell, [&](int32_t t) {
         if (!is_beside(m, cast.triangle(t)))
             test_triangle(cast, t);
     });
 }
 
-} // namespace
-
 void test_cell(Cast& cast, const data_list_struct& cell)
 {
-    widest([&] { test_unless_beside(cast, cell); }, [&] { test_in_turn(cast, cell); });
+    for_each_new(cast, cell, [&](int32_t t) { test_triangle(cast, t); });
 }
 
-void prefetch_triangles(const Cast& cast, const data_list_struct& cell)
+KORVALE_FOUR_LANES void test_waiting_wide(Cast& cast)
+{
+    const WideFrame m = wide(cast.frame);
+    for (int32_t i = 0; i < cast.waiting; ++i)
+        if (!is_beside(m, cast.triangle(cast.numbers[i])))
+            test_triangle(cast, cast.numbers[i]);
+}
+
+void test_waiting_plainly(Cast& cast)
+{
+    for (int32_t i = 0; i < cast.waiting; ++i)
+        test_triangle(cast, cast.numbers[i]);
+}
+
+/// Marks the new triangles of a node of no more than kMostWaiting numbers, asks for them and lets them wait.
+void gather(Cast& cast, const data_list_struct& node)
+{
+    const int32_t n = numbers_held(node);
+    if (n > kMostWaiting - cast.waiting)
+        test_waiting(cast);
+    uint8_t* const marks = cast.marks; // in locals: storing a mark might change what is behind `cast`
+    const double* const triangles = cast.triangles;
+    const int32_t count = cast.count;
+    int32_t waiting = cast.waiting;
+    for (int32_t i = 0; i < n; ++i) {
+        const int32_t t = node.ivals[i];
+        if (t < 0 || t >= count)
+            continue;
+        __builtin_prefetch(triangles + 9 * int64_t{t});
+        __builtin_prefetch(triangles + 9 * int64_t{t} + 8);
+        cast.numbers[waiting] = t; // and no jump that depends on the mark, which nobody can foresee
+        waiting += marks[t] == 0 ? 1 : 0;
+        marks[t] = 1;
+    }
+    cast.waiting = waiting;
+}
+
+} // namespace
+
+void take_cell(Cast& cast, const data_list_struct& cell)
 {
     const data_list_struct* const node = cell.next;
-    if (node == nullptr)
+    if (cast.count > kFewTriangles && node != nullptr && node->next == nullptr && node->count <= kNodeRoom) {
+        gather(cast, *node);
         return;
-    const int32_t n = std::min(numbers_held(*node), kPrefetchDistance);
-    for (int32_t i = 0; i < n; ++i)
-        prefetch_triangle(cast, node->ivals[i]);
+    }
+    test_waiting(cast); // which come first
+    widest([&] { test_cell_wide(cast, cell); }, [&] { test_cell(cast, cell); });
+}
+
+void test_waiting(Cast& cast)
+{
+    if (cast.waiting == 0)
+        return;
+    widest([&] { test_waiting_wide(cast); }, [&] { test_waiting_plainly(cast); });
+    cast.waiting = 0;
 }
 
 } // namespace korvale::inside

@@ -53,12 +53,12 @@ void prefetch_numbers(const data_list_struct* cells, const int32_t* met, int32_t
             __builtin_prefetch(numbers->ivals);
 }
 
-/// Tests all triangles of the cells that the ray meets, in the order of the cells.
-void test_cells(Cast& cast, const double* o, const double* d, const Cells& cells)
+/// Takes all triangles of the cells that the ray meets, in the order of the cells.
+void take_cells(Cast& cast, const double* o, const double* d, const Cells& cells)
 {
     const auto test_if_met = [&](int32_t c, const double* box) {
         if (meets_box(o, d, box))
-            test_cell(cast, cells.first[c]);
+            take_cell(cast, cells.first[c]);
     };
     if (cells.grid == nullptr) {
         for (int32_t c = 0; c < cells.count; ++c)
@@ -76,11 +76,8 @@ void test_cells(Cast& cast, const double* o, const double* d, const Cells& cells
         return;
     }
     prefetch_numbers(cells.first, met, count);
-    for (int32_t i = 0; i < count; ++i) {
-        if (i + 1 < count)
-            prefetch_triangles(cast, cells.first[met[i + 1]]);
-        test_cell(cast, cells.first[met[i]]);
-    }
+    for (int32_t i = 0; i < count; ++i)
+        take_cell(cast, cells.first[met[i]]);
 }
 
 /// What the three plane tests do, for axis `k` and the coordinates along axes `a` and `b`.
@@ -125,7 +122,9 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
     cast.marks = has_marks ? marks.bvals : own_marks.get();
     cast.hits = 0;
     cast.nearest = 0;
-    test_cells(cast, origin, d, cells_of(*s));
+    cast.waiting = 0;
+    take_cells(cast, origin, d, cells_of(*s));
+    test_waiting(cast);
     if (cast.hits > 0 && distance != nullptr)
         *distance = cast.nearest;
     return cast.hits;

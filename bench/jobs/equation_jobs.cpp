@@ -1,4 +1,5 @@
-// Parsing and evaluating equations of several lengths. The size is the number of evaluations, or of texts parsed, a call.
+// Parsing and evaluating equations of several lengths. The size is the number of evaluations, or of texts parsed, a
+// call.
 #include <cmath>
 #include <cstdlib>
 #include <memory>

@@ -1,5 +1,5 @@
-// Runs one job of the library or of a peer in a process of its own, so that nothing another job left on the heap helps or
-// hurts it.
+// Runs one job of the library or of a peer in a process of its own, so that nothing another job left on the heap helps
+// or hurts it.
 //
 //     jobs list                 name, exponent, smallest counted size, sizes
 //     jobs time JOB SIZE        nanoseconds a call, page faults a call after the first

@@ -1,8 +1,8 @@
 // Queries and classification of the teapot, finer and finer, in grids of several sizes.
 //
-// "plain" is the time of the plain steps divided by ours, so 10 means ten times as fast; "embree" the same for a peer that
-// finds all hits in single precision, so 0.1 means that the peer takes a tenth of our time. Both are measured in the same
-// run, on the same rays.
+// "plain" is the time of the plain steps divided by ours, so 10 means ten times as fast; "embree" the same for a peer
+// that finds all hits in single precision, so 0.1 means that the peer takes a tenth of our time. Both are measured in
+// the same run, on the same rays.
 #include <algorithm>
 #include <cstdint>
 #include <map>

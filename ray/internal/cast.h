@@ -7,22 +7,28 @@
 
 namespace korvale::inside {
 
+/// Triangles that are tested together: enough to ask for all before the first is needed.
+constexpr int32_t kMostWaiting = 256;
+
 /// One query on its way through the cells.
 struct Cast {
     Xfm frame;               // into the frame of the ray; row 3 is (0, 0, 0, 1)
     const double* triangles; // [count][9]
     int32_t count;
-    uint8_t* marks; // [count] 1 once tested
+    uint8_t* marks; // [count] 1 once tested, or waiting to be
     int hits;
     double nearest; // meaningful once there are hits
+    int32_t waiting;
+    int32_t numbers[kMostWaiting]; // [waiting] of triangles to be tested next, in order
 
     const double* triangle(int64_t t) const { return triangles + 9 * t; }
 };
 
-/// Tests the triangles of a cell that are not marked yet, in the order of its chain.
-void test_cell(Cast& cast, const data_list_struct& cell);
+/// Takes the triangles of a cell that are there and not marked yet, in the order of its chain: marks each and tests it
+/// or lets it wait.
+void take_cell(Cast& cast, const data_list_struct& cell);
 
-/// Asks for the first triangles of a cell, to be tested soon.
-void prefetch_triangles(const Cast& cast, const data_list_struct& cell);
+/// Tests the triangles that wait.
+void test_waiting(Cast& cast);
 
 } // namespace korvale::inside

@@ -1,5 +1,5 @@
-// The initialiser's stages, its refusals and its guard, called directly in a program that is linked with the library and
-// the recording layer.
+// The initialiser's stages, its refusals and its guard, called directly in a program that is linked with the library
+// and the recording layer.
 #include <cstdint>
 #include <new>
 #include <stdexcept>
@@ -133,7 +133,7 @@ TEST_F(Initializer, DestructionInAnUnknownStageIsRefused)
     }
 }
 
-// --- The guard --------------------------------------------------------------------------------------------------------
+// --- The guard -------------------------------------------------------------------------------------------------------
 
 TEST_F(Initializer, IsIgnoredWhileAnotherRuns)
 {
@@ -211,7 +211,7 @@ TEST_F(Initializer, ClearsItsGuardWhenTheLayerThrowsInADestructor)
     }
 }
 
-// --- The single operations --------------------------------------------------------------------------------------------
+// --- The single operations -------------------------------------------------------------------------------------------
 
 TEST_F(Initializer, PreConstructStoresTheHandleTwice)
 {
@@ -259,7 +259,7 @@ TEST_F(Initializer, ConstructAndDestructAnnounceInAnyStage)
     EXPECT_EQ(_Initializerkorvale::ref, 0);
 }
 
-// --- The entry point --------------------------------------------------------------------------------------------------
+// --- The entry point -------------------------------------------------------------------------------------------------
 
 void* stored_instance()
 {

@@ -181,7 +181,7 @@ TEST_F(Load, ReferenceCountReadsZero)
     }
 }
 
-// --- Host programs ----------------------------------------------------------------------------------------------------
+// --- Host programs ---------------------------------------------------------------------------------------------------
 
 /// What the layer was asked while a host program ran; `environment` is prefixed to the command.
 Lines calls_of(const std::string& environment, const std::string& host)

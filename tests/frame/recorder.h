@@ -5,9 +5,9 @@
 
 #include "platform/layer.h"
 
-/// A platform layer that writes down what is asked of it. It has the soname of korvale's own layer, so it can be linked,
-/// preloaded or put first on the library path. Each call is one line: the function's name and what tells calls apart.
-/// Where the environment names a file in KORVALE_CALLS, the lines are appended there as they come.
+/// A platform layer that writes down what is asked of it. It has the soname of korvale's own layer, so it can be
+/// linked, preloaded or put first on the library path. Each call is one line: the function's name and what tells calls
+/// apart. Where the environment names a file in KORVALE_CALLS, the lines are appended there as they come.
 namespace recorder {
 
 /// What MwInitDLL was given last.

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-// A heap that counts and, on demand, fails. The test program's own malloc, calloc, realloc and free stand in front of the
-// C library's, so every call of the library under test passes through them. Counts are those of the calling thread.
+// A heap that counts and, on demand, fails. The test program's own malloc, calloc, realloc and free stand in front of
+// the C library's, so every call of the library under test passes through them. Counts are those of the calling thread.
 //
 // Under the address and thread sanitizers the counts come from the sanitizer's hooks and nothing can be made to fail;
 // under valgrind nothing is counted. Tests that need one or the other begin with the macros at the end.

@@ -109,8 +109,8 @@ private:
     testing::ScopedTrace trace_;
 };
 
-/// How many rounds a random test makes that makes `n` by default: the environment's KORVALE_ROUNDS times as many. A longer
-/// run begins with the rounds of the shorter one.
+/// How many rounds a random test makes that makes `n` by default: the environment's KORVALE_ROUNDS times as many. A
+/// longer run begins with the rounds of the shorter one.
 inline int rounds(int n)
 {
     const char* const factor = std::getenv("KORVALE_ROUNDS");
