@@ -12,6 +12,7 @@
 #include "data/internal/buffers.h"
 #include "data/operations.h"
 #include "math/internal/box.h"
+#include "platform/internal/large_pages.h"
 #include "platform/internal/scratch.h"
 #include "ray/internal/cells.h"
 #include "ray/internal/grid.h"
@@ -40,10 +41,11 @@ void release_cells(data_list_struct* cells, int32_t count)
 /// New cells with room for their boxes; null when the heap is exhausted.
 data_list_struct* make_cells(int32_t count)
 {
-    auto* const cells =
-        static_cast<data_list_struct*>(std::malloc(static_cast<size_t>(count) * sizeof(data_list_struct)));
+    const size_t bytes = static_cast<size_t>(count) * sizeof(data_list_struct);
+    auto* const cells = static_cast<data_list_struct*>(std::malloc(bytes));
     if (cells == nullptr)
         return nullptr;
+    prefer_large_pages(cells, bytes); // a ray looks into one here and one there
     for (int32_t c = 0; c < count; ++c) {
         DataListInitialize(&cells[c]);
         cells[c].dim = kBoxValues;

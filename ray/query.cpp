@@ -41,43 +41,41 @@ void find_ray_frame(const double* origin, const double* d, double (*m)[4])
         m[i][3] = -q[i];
 }
 
-/// Asks for the first numbers of each cell: one link of the way there at a time, for all cells at once.
-void prefetch_numbers(const data_list_struct* cells, const int32_t* met, int32_t count)
+/// Clears the marks of the query and asks for the first numbers of each cell that is met: the node first, then its
+/// numbers. What is asked for comes from memory while marks are cleared.
+void clear_and_fetch(Cast& cast, const data_list_struct* cells, const int32_t* met, int32_t count)
 {
-    for (int32_t i = 0; i < count; ++i)
-        __builtin_prefetch(&cells[met[i]].next);
+    const size_t half = cast.marks_held / 2;
     for (int32_t i = 0; i < count; ++i)
         __builtin_prefetch(cells[met[i]].next);
+    std::memset(cast.marks, 0, half);
     for (int32_t i = 0; i < count; ++i)
-        if (const data_list_struct* const numbers = cells[met[i]].next; numbers != nullptr)
-            __builtin_prefetch(numbers->ivals);
+        __builtin_prefetch(cells[met[i]].next->ivals);
+    std::memset(cast.marks + half, 0, cast.marks_held - half);
 }
 
 /// Takes all triangles of the cells that the ray meets, in the order of the cells.
 void take_cells(Cast& cast, const double* o, const double* d, const Cells& cells)
 {
-    const auto test_if_met = [&](int32_t c, const double* box) {
-        if (meets_box(o, d, box))
+    int32_t met[kMostCellsMet];
+    const bool has_order = cells.grid != nullptr && cells.grid->in_order;
+    const int32_t count = has_order ? find_cells_met(o, d, cells, met) : -1;
+    if (count >= 0) {
+        clear_and_fetch(cast, cells.first, met, count);
+        for (int32_t i = 0; i < count; ++i)
+            take_cell(cast, cells.first[met[i]]);
+        return;
+    }
+    clear_and_fetch(cast, nullptr, nullptr, 0);
+    const auto take_if_met = [&](int32_t c, const double* box) {
+        if (can_be_met(cells.first[c]) && meets_box(o, d, box))
             take_cell(cast, cells.first[c]);
     };
-    if (cells.grid == nullptr) {
+    if (cells.grid != nullptr)
+        cells.grid->for_each_cell(take_if_met);
+    else
         for (int32_t c = 0; c < cells.count; ++c)
-            if (can_be_met(cells.first[c]))
-                test_if_met(c, cells.first[c].dvals);
-        return;
-    }
-    int32_t met[kMostCellsMet];
-    const int32_t count = cells.grid->in_order ? find_cells_met(o, d, cells, met) : -1;
-    if (count < 0) {
-        cells.grid->for_each_cell([&](int32_t c, const double* box) {
-            if (can_be_met(cells.first[c]))
-                test_if_met(c, box);
-        });
-        return;
-    }
-    prefetch_numbers(cells.first, met, count);
-    for (int32_t i = 0; i < count; ++i)
-        take_cell(cast, cells.first[met[i]]);
+            take_if_met(c, cells.first[c].dvals);
 }
 
 /// What the three plane tests do, for axis `k` and the coordinates along axes `a` and `b`.
@@ -99,27 +97,29 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
         return 0;
     const Data& triangles = *s->triangles;
     Data& marks = s->tri_marks;
-    if (holds(marks, DATA_TYPE_BYTE, 1))
-        std::memset(marks.bvals, 0, static_cast<size_t>(components(marks.count, marks.dim)));
+    const size_t marks_held =
+        holds(marks, DATA_TYPE_BYTE, 1) ? static_cast<size_t>(components(marks.count, marks.dim)) : 0;
+    const bool has_marks = holds(marks, DATA_TYPE_BYTE, triangles.count);
     double d[3];
     copy3(direction, d);
-    if (!make_unit(d) || s->cells == nullptr || triangles.type != DATA_TYPE_DOUBLE || triangles.dvals == nullptr)
+    const bool can_meet =
+        make_unit(d) && s->cells != nullptr && triangles.type == DATA_TYPE_DOUBLE && triangles.dvals != nullptr;
+    if ((!can_meet || !has_marks) && marks_held > 0)
+        std::memset(marks.bvals, 0, marks_held);
+    if (!can_meet)
         return 0;
 
     // A record whose marks do not cover the triangles does without its own.
-    const bool has_marks = holds(marks, DATA_TYPE_BYTE, triangles.count);
     Scratch<uint8_t> own_marks(has_marks ? 0 : triangles.count);
-    if (!has_marks) {
-        if (!own_marks.exists())
-            return 0;
-        std::memset(own_marks.get(), 0, static_cast<size_t>(triangles.count));
-    }
+    if (!own_marks.exists())
+        return 0;
 
     Cast cast;
     find_ray_frame(origin, d, cast.frame);
     cast.triangles = triangles.dvals;
     cast.count = triangles.count;
     cast.marks = has_marks ? marks.bvals : own_marks.get();
+    cast.marks_held = has_marks ? marks_held : static_cast<size_t>(triangles.count);
     cast.hits = 0;
     cast.nearest = 0;
     cast.waiting = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "math/transform.h"
@@ -15,7 +16,8 @@ struct Cast {
     Xfm frame;               // into the frame of the ray; row 3 is (0, 0, 0, 1)
     const double* triangles; // [count][9]
     int32_t count;
-    uint8_t* marks; // [count] 1 once tested, or waiting to be
+    uint8_t* marks; // [marks_held], count or more: 1 once tested, or waiting to be
+    size_t marks_held;
     int hits;
     double nearest; // meaningful once there are hits
     int32_t waiting;
