@@ -52,7 +52,7 @@ refuses "there is no task 'nothing'" nothing
 refuses "fuzz takes a number of seconds, not 'abc'" fuzz abc
 refuses "abi takes 'update' or nothing, not 'store'" abi store
 refuses "lint takes no more than 0 argument(s), and was given: a b" lint a b
-refuses "bench takes no more than 1 argument(s)" bench a b
+refuses "bench takes no more than 2 argument(s)" bench a b c
 refuses "one folder is wanted" install --prefix
 refuses "one folder is wanted" install --where there
 refuses "one folder is wanted" install one two
