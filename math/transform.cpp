@@ -55,7 +55,11 @@ void MatrixMultiply(Xfm a, Xfm b, Xfm out)
 
 void MatrixTranspose(Xfm in, Xfm out)
 {
-    transpose(in, out);
+    if (in + 4 <= out || out + 4 <= in)
+        return transpose(in, out);
+    for (int i = 0; i < 4; ++i) // each element is written at once, over what is still to be read
+        for (int j = 0; j < 4; ++j)
+            out[i][j] = in[j][i];
 }
 
 void ScaleMatrix(double* s, Xfm out)

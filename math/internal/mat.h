@@ -99,12 +99,15 @@ inline void multiply(const double (*a)[4], const double (*b)[4], double (*out)[4
     multiply_in_lanes<Pair>(a, b, out);
 }
 
-/// `out` must be another matrix than `in`.
+/// Two rows and columns at a time; `out` must lie apart from `in`.
 inline void transpose(const double (*in)[4], double (*out)[4])
 {
-    for (int i = 0; i < 4; ++i)
-        for (int j = 0; j < 4; ++j)
-            out[i][j] = in[j][i];
+    for (int i = 0; i < 4; i += 2)
+        for (int j = 0; j < 4; j += 2) {
+            const Pair upper = load<Pair>(in[j] + i), lower = load<Pair>(in[j + 1] + i);
+            store(out[i] + j, Pair{upper[0], lower[0]});
+            store(out[i + 1] + j, Pair{upper[1], lower[1]});
+        }
 }
 
 } // namespace korvale::inside

@@ -56,6 +56,20 @@ TEST(MathSteps, MatrixMultiplyIntoPartOfAFactor)
     }
 }
 
+TEST(MathSteps, MatrixTransposeApartAndOverlapping)
+{
+    Random random(44);
+    for (int round = 0; round < rounds(2000); ++round) {
+        const std::vector<double> held = values(random, 48, round);
+        std::vector<double> expected = held, actual = held;
+        const int in = random.below(33), out = random.below(33);
+        const auto at = [](std::vector<double>& v, int k) { return reinterpret_cast<double(*)[4]>(v.data() + k); };
+        reference::transpose(at(expected, in), at(expected, out));
+        MatrixTranspose(at(actual, in), at(actual, out));
+        ASSERT_TRUE(same_bits(expected, actual)) << in << ' ' << out;
+    }
+}
+
 TEST(MathSteps, TransformVector)
 {
     Random random(43);

@@ -22,6 +22,13 @@ void multiply(const Xfm a, const Xfm b, Xfm out)
     std::memcpy(out, product, sizeof product);
 }
 
+void transpose(const Xfm in, Xfm out)
+{
+    for (int i = 0; i < 4; ++i)
+        for (int j = 0; j < 4; ++j)
+            out[i][j] = in[j][i];
+}
+
 void transform_vector(const Xfm m, const double* v, double* out)
 {
     double turned[3];

@@ -9,6 +9,9 @@ void make_identity(Xfm m);
 /// out = a b, summed element by element into a temporary.
 void multiply(const Xfm a, const Xfm b, Xfm out);
 
+/// out[i][j] = in[j][i], row by row, directly into `out`.
+void transpose(const Xfm in, Xfm out);
+
 /// The upper 3x3 block of `m` applied to `v`.
 void transform_vector(const Xfm m, const double* v, double* out);
 
