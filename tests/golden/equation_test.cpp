@@ -21,8 +21,10 @@ std::string random_term(Random& random, int depth)
         return "-" + random_term(random, depth - 1);
     if (random.one_in(8))
         return "SQRT(" + random_term(random, depth - 1) + ")";
-    const std::string both =
-        random_term(random, depth - 1) + kOperators[random.below(4)] + random_term(random, depth - 1);
+    const std::string right = random_term(random, depth - 1); // each by itself: operands have no order
+    const std::string sign = kOperators[random.below(4)];
+    const std::string left = random_term(random, depth - 1);
+    const std::string both = left + sign + right;
     return random.one_in(2) ? "(" + both + ")" : both;
 }
 

@@ -21,7 +21,10 @@ TEST(Golden, RayQueries)
             for (int k = 0; k < 9; ++k)
                 triangles.push_back(corner[static_cast<size_t>(k % 3)] + random.uniform(-1, 1));
         }
-        Scene scene(triangles, random.between(1, 9), random.between(1, 9), random.between(1, 9));
+        const int nz = random.between(1, 9); // each by itself: arguments have no order
+        const int ny = random.between(1, 9);
+        const int nx = random.between(1, 9);
+        Scene scene(triangles, nx, ny, nz);
         const int cells = scene->nx * scene->ny * scene->nz;
         for (int cell = 0; cell < cells; ++cell)
             for (const int triangle : scene.numbers(cell))
