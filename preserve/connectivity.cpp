@@ -55,11 +55,6 @@ int32_t room_for_edges(const Faces& faces)
     return signs < 0 ? faces.corner_count : static_cast<int32_t>(std::min<int64_t>(corners, faces.corner_count));
 }
 
-inline bool note(EdgeTable& table, int32_t a, int32_t b)
-{
-    return table.note(std::min(a, b), std::max(a, b));
-}
-
 /// Lists the edges of all faces until, after a face, `room` of them are found. False where a face has more, or the heap
 /// is exhausted.
 bool list_edges(const Faces& faces, int32_t room, EdgeTable& table)
@@ -69,22 +64,19 @@ bool list_edges(const Faces& faces, int32_t room, EdgeTable& table)
         const int32_t n = faces.sizes[f];
         if (n > 0) {
             const int32_t* const corners = faces.corners + first;
-            for (int32_t k = 0; k + 1 < n; ++k)
-                if (!note(table, corners[k], corners[k + 1]))
+            int32_t here = corners[0];
+            for (int32_t k = 1; k < n; ++k) {
+                const int32_t next = corners[k];
+                if (!table.note(here, next))
                     return false;
-            if (!note(table, corners[n - 1], corners[0]))
+                here = next;
+            }
+            if (!table.note(here, corners[0]))
                 return false;
         }
         first = next_start(first, n);
     }
     return true;
-}
-
-void release(DATAstruct*& d)
-{
-    DATADispose(d);
-    std::free(d);
-    d = nullptr;
 }
 
 /// How many edges each point has, an edge from a point to itself counted twice.
@@ -100,6 +92,13 @@ void count_edges(const Edges& edges, DATAstruct& counts)
 }
 
 } // namespace
+
+void release(DATAstruct*& d)
+{
+    DATADispose(d);
+    std::free(d);
+    d = nullptr;
+}
 
 DATAstruct* new_list(int32_t type, int32_t count, int32_t dim)
 {

@@ -62,8 +62,14 @@ int PreserveInitialize(PreserveStatus* status, DATAstruct* points, DATAstruct* e
     if (!is_sound_mesh(*points, edges, face_sizes, face_points))
         return -1;
     const Faces faces = faces_in(face_sizes, face_points);
-    if (edges == nullptr && faces.count > 0 && !find_edges(faces, edges))
+    // Large arrays that stay come before the table of edges: what follows it takes over its memory.
+    DATAstruct* force = new_list(DATA_TYPE_DOUBLE, points->count, 3);
+    DATAstruct* face_starts = faces.count > 0 ? new_starts(faces) : nullptr;
+    if (edges == nullptr && faces.count > 0 && !find_edges(faces, edges)) {
+        release(force);
+        release(face_starts);
         return -1;
+    }
 
     PreserveStatus& s = *status;
     reset(s);
@@ -71,9 +77,8 @@ int PreserveInitialize(PreserveStatus* status, DATAstruct* points, DATAstruct* e
     s.edges = edges;
     s.face_sizes = face_sizes;
     s.face_points = face_points;
-    s.force = new_list(DATA_TYPE_DOUBLE, points->count, 3);
-    if (faces.count > 0)
-        s.face_starts = new_starts(faces);
+    s.face_starts = face_starts;
+    s.force = force;
     if (edges != nullptr)
         group_by_point(s);
     return 1;

@@ -9,6 +9,9 @@ namespace korvale::inside {
 /// A new array from the heap, or null. One of 0 elements has no buffer.
 DATAstruct* new_list(int32_t type, int32_t count, int32_t dim);
 
+/// Disposes and frees an array, or null, and forgets it.
+void release(DATAstruct*& d);
+
 /// Whether every size and index that the connectivity is made from stays inside the arrays, and the arrays made from
 /// them inside 31 bits. `face_sizes` and `face_points` are both there or not looked at.
 bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATAstruct* face_sizes,

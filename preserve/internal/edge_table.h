@@ -23,19 +23,20 @@ public:
     bool exists() const { return slots_ != nullptr; }
     int32_t found() const { return found_; }
 
-    /// Lists the edge a, b, a <= b, unless it is listed. False where it finds no room, or the heap is exhausted.
+    /// Lists the edge between a and b, the smaller first, unless it is listed. False where it finds no room, or the
+    /// heap is exhausted.
     bool note(int32_t a, int32_t b)
     {
-        uint32_t slot = first_slot(a, b);
+        const int32_t from = b < a ? b : a, to = b < a ? a : b;
+        const uint64_t edge = packed(from, to);
+        uint32_t slot = first_slot(from, to);
         for (int32_t place; (place = slots_[slot]) != kEmpty; slot = (slot + 1) & mask_)
-            if (is_listed(place, a, b))
+            if (edge_at(place) == edge)
                 return true;
         if (found_ == limit_)
             return grow() && note(a, b);
         slots_[slot] = found_;
-        int32_t* const end = ends_ + 2 * int64_t{found_};
-        end[0] = a;
-        end[1] = b;
+        std::memcpy(ends_ + 2 * int64_t{found_}, &edge, sizeof edge);
         ++found_;
         return true;
     }
@@ -43,10 +44,10 @@ public:
 private:
     static constexpr int32_t kEmpty = -1;
 
-    /// A power of two that `edges` fill to three quarters at most.
+    /// A power of two that `edges` fill to two thirds at most.
     static uint32_t slots_for(int32_t edges)
     {
-        return std::bit_ceil(static_cast<uint32_t>(edges) + static_cast<uint32_t>(edges) / 3 + 4);
+        return std::bit_ceil(static_cast<uint32_t>(edges) + static_cast<uint32_t>(edges) / 2 + 4);
     }
 
     /// Edges in the same direction of a regular mesh lie side by side, those of one point far apart.
@@ -56,10 +57,18 @@ private:
         return (3 * from + 0x9e3779b1u * across) & mask_;
     }
 
-    bool is_listed(int32_t place, int32_t a, int32_t b) const
+    /// Two points as one number, as they stand in the list.
+    static uint64_t packed(int32_t from, int32_t to)
     {
-        const int32_t* const end = ends_ + 2 * int64_t{place};
-        return ((end[0] ^ a) | (end[1] ^ b)) == 0;
+        const uint64_t first = static_cast<uint32_t>(from), second = static_cast<uint32_t>(to);
+        return std::endian::native == std::endian::little ? second << 32 | first : first << 32 | second;
+    }
+
+    uint64_t edge_at(int32_t place) const
+    {
+        uint64_t edge;
+        std::memcpy(&edge, ends_ + 2 * int64_t{place}, sizeof edge);
+        return edge;
     }
 
     /// Starts over with a table of `count` empty slots, or none without memory.
