@@ -38,6 +38,21 @@ void release_cells(data_list_struct* cells, int32_t count)
     std::free(cells);
 }
 
+/// Makes a record a cell without numbers around room for its box. False for a null box.
+bool make_cell(data_list_struct& cell, double* box)
+{
+    DataListInitialize(&cell);
+    cell.dim = kBoxValues;
+    cell.count = 1;
+    cell.dvals = box;
+    return box != nullptr;
+}
+
+bool make_cell(data_list_struct& cell)
+{
+    return make_cell(cell, static_cast<double*>(std::malloc(kBoxBytes)));
+}
+
 /// New cells with room for their boxes; null when the heap is exhausted.
 data_list_struct* make_cells(int32_t count)
 {
@@ -46,26 +61,44 @@ data_list_struct* make_cells(int32_t count)
     if (cells == nullptr)
         return nullptr;
     prefer_large_pages(cells, bytes); // a ray looks into one here and one there
-    for (int32_t c = 0; c < count; ++c) {
-        DataListInitialize(&cells[c]);
-        cells[c].dim = kBoxValues;
-        cells[c].count = 1;
-        cells[c].dvals = static_cast<double*>(std::malloc(kBoxBytes));
-        if (cells[c].dvals == nullptr) {
+    for (int32_t c = 0; c < count; ++c)
+        if (!make_cell(cells[c])) {
             release_cells(cells, c);
+            return nullptr;
+        }
+    return cells;
+}
+
+/// Makes cells of the library's own as if they were new: in a fine grid most have nothing but their box. Null, with all
+/// of them released, when the heap is exhausted.
+data_list_struct* renew_cells(data_list_struct* cells, int32_t count)
+{
+    for (int32_t c = 0; c < count; ++c) {
+        data_list_struct& cell = cells[c];
+        double* const box = cell.dvals;
+        const bool is_as_made = box != nullptr && cell.type == DATA_TYPE_DOUBLE && cell.dim == kBoxValues &&
+                                cell.count == 1 && cell.ivals == nullptr && cell.bvals == nullptr;
+        if (is_as_made && cell.next == nullptr)
+            continue;
+        if (is_as_made)
+            cell.dvals = nullptr; // is kept
+        DataListDispose(&cell);
+        if (is_as_made)
+            make_cell(cell, box);
+        else if (!make_cell(cell)) {
+            release_cells(cells, count);
             return nullptr;
         }
     }
     return cells;
 }
 
-/// Makes room for other cells. Those of a host stay with it: they may not even come from the heap.
+/// Releases the cells of a record. Those of a host stay with it: they may not even come from the heap.
 void drop_cells(RayStatus& s)
 {
     if (const Cells cells = cells_of(s); cells.grid != nullptr) {
-        const int32_t count = cells.count;
         forget_cells(s.cells);
-        release_cells(s.cells, count);
+        release_cells(s.cells, cells.count);
     }
     s.cells = nullptr;
 }
@@ -249,11 +282,18 @@ void ray_make_sub_bbox(RayStatus* s)
     for (int32_t* n : {&s->nx, &s->ny, &s->nz})
         if (*n < 1)
             *n = 1;
-    drop_cells(*s);
     const int32_t count = cells_wanted(*s);
-    if (count == 0 || !holds(s->bbox, DATA_TYPE_DOUBLE, kBoxValues))
+    if (count == 0 || !holds(s->bbox, DATA_TYPE_DOUBLE, kBoxValues)) {
+        drop_cells(*s);
         return;
-    s->cells = make_cells(count);
+    }
+    if (const Cells cells = cells_of(*s); cells.grid != nullptr && cells.count == count) {
+        forget_cells(s->cells);
+        s->cells = renew_cells(s->cells, count);
+    } else {
+        drop_cells(*s);
+        s->cells = make_cells(count);
+    }
     if (s->cells == nullptr)
         return;
     const Grid* const grid = remember_cells(s->cells, {s->nx, s->ny, s->nz}, s->bbox.dvals);

@@ -9,9 +9,9 @@
 
 namespace korvale::inside {
 
-/// Asks the system to keep a new block of memory on large pages as far as it fills some, so that they are made and found
-/// sooner. Nothing else changes: the block is released like any other. Blocks of less than a few large pages are left
-/// alone.
+/// Asks the system to keep a new block of memory on large pages as far as it fills some, so that they are made and
+/// found sooner. Nothing else changes: the block is released like any other. Blocks of less than a few large pages are
+/// left alone.
 inline void prefer_large_pages(void* block, size_t bytes)
 {
 #ifdef __linux__

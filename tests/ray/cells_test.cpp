@@ -197,6 +197,48 @@ TEST(ray_classify, ReplacesTheCellsOfAnEarlierCall)
     EXPECT_EQ(heap.live_blocks(), 0);
 }
 
+TEST(ray_classify, UsesTheCellsOfAnEarlierCallAgain)
+{
+    NEEDS_HEAP_FAILURES();
+    Scene s(joined(spanning(0, 0, 0, 1, 1, 1), copies(150)), 4, 4, 4);
+    const std::vector<double> box = s.box(63);
+    DataListDispose(&s->cells[5]);
+    DataDispose(&s->cells[7]);
+    s->cells[63].dvals[0] = 99;
+    Scene fresh(joined(spanning(0, 0, 0, 1, 1, 1), copies(150)));
+    const HeapWatch first;
+    ray_classify(fresh);
+    const int64_t allocations = first.allocations();
+    const HeapWatch again;
+    ray_classify(s);
+    EXPECT_EQ(again.allocations(), allocations - 1 - 62); // the array, and all but two boxes
+    EXPECT_EQ(s.box(63), box);
+    for (int c = 0; c < 64; ++c) {
+        EXPECT_EQ(s.box(c), fresh.box(c));
+        EXPECT_EQ(s.numbers(c), fresh.numbers(c));
+        EXPECT_EQ(s->cells[c].count, 1);
+        EXPECT_EQ(s->cells[c].dim, 6);
+    }
+}
+
+TEST(ray_classify, LosesNoCellsWhenTheHeapIsExhaustedTheSecondTime)
+{
+    NEEDS_HEAP_FAILURES();
+    fail_each_allocation([](int64_t) {
+        RayStatus s;
+        ray_initialize(&s);
+        ray_make_sub_bbox(&s);
+        ray_add_tri_to_bbox(&s, 0, 3);
+        if (s.cells != nullptr) {
+            DataDispose(&s.cells[2]);
+            DataListDispose(&s.cells[3]);
+        }
+        ray_make_sub_bbox(&s);
+        ray_declassify(&s);
+        DataDispose(&s.bbox);
+    });
+}
+
 TEST(ray_declassify, ReleasesTheCellsThatWereMade)
 {
     NEEDS_HEAP_COUNTS();
