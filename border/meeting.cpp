@@ -252,7 +252,7 @@ void make_stretches(MeetingSearch& search, const BoxTree& tree, int32_t live)
 }
 
 /// Makes all boxes and candidates anew. False when there are too many candidates.
-bool register_all(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window)
+bool collect_candidates(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window)
 {
     search.candidate_count = 0;
     search.changed_count = 0;
@@ -493,6 +493,7 @@ MeetingSearch::MeetingSearch(const Sweep& s, double* memory) : registered(false)
     if (!has_search(s))
         return; // nothing else is looked at
     const int64_t n = s.n;
+    is_calm = true;
     rounds = 0;
     previous_remaining = s.remaining;
     pace = 0.0;
@@ -507,6 +508,7 @@ MeetingSearch::MeetingSearch(const Sweep& s, double* memory) : registered(false)
 
 void follow_packing(MeetingSearch& search, const Wavefront& w)
 {
+    search.is_calm = w.gap_count <= most_changes(w);
     search.registered = search.registered && search.changed_count + w.gap_count <= most_changes(w);
     if (!search.registered)
         return;
@@ -537,7 +539,7 @@ Event earlier_split_event(MeetingSearch& search, const Wavefront& w, Event event
     const Allowance allow = measure_allowance(w);
     if (!allow.is_regular)
         return test_all_pairs(w, event);
-    if (search.rounds < 2 || !register_all(search, w, allow, window))
+    if (search.rounds < 2 || !search.is_calm || !collect_candidates(search, w, allow, window))
         return search_once(search, w, allow, window, event);
     return test_candidates(search, w, event);
 }

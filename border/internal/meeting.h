@@ -21,6 +21,7 @@ struct MeetingSearch {
     static int64_t doubles_for(const Sweep& s);
 
     bool registered;           ///< boxes and candidates are up to date
+    bool is_calm;              ///< few died at the last packing: boxes for some rounds are worth making
     int32_t rounds;            ///< searches made
     double previous_remaining; ///< distance before the last of them
     double pace;               ///< distance that a round spends, on average
