@@ -30,12 +30,7 @@ struct WorkArrays {
 template <class Array>
 bool shape(Array* array, int32_t count, int32_t dim, int32_t type)
 {
-    if (array == nullptr)
-        return false;
-    array->count = count;
-    array->dim = dim;
-    array->type = type;
-    return allocate(*array) > 0;
+    return array != nullptr && allocate_as(*array, type, count, dim);
 }
 
 /// Makes room for n vertices. Every array is tried, also after one has failed.

@@ -5,6 +5,7 @@
 
 #include "border/border.h"
 #include "data/internal/buffers.h"
+#include "data/internal/record.h"
 #include "math/internal/mat.h"
 #include "path/flatten.h"
 
@@ -35,10 +36,7 @@ int border_outline(BORDERStatus& status)
 /// Gives `output` a slot for every child of `path`.
 bool shape_list(DATAstruct& output, const DATAstruct& path)
 {
-    output.type = DATA_TYPE_DATA;
-    output.count = path.count;
-    output.dim = path.dim;
-    return DATAAllocate(&output) > 0;
+    return allocate_as(output, DATA_TYPE_DATA, path.count, path.dim);
 }
 
 DATAstruct* child(const DATAstruct& list, int32_t k)

@@ -3,6 +3,7 @@
 // gaps but those of vertices marked in `gone`; the groups in `spread` have those that the last `pack` closed elsewhere.
 #include "border/internal/wavefront.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/internal/lanes3.h"
@@ -151,7 +152,7 @@ void bury(Wavefront& w, int32_t i, int32_t heir)
     w.s.dead[w.id[i]] = 1;
     w.s.merge[w.id[i]] = w.id[heir];
     w.gone[i] = 1;
-    ++w.gone_count;
+    w.gaps[w.gone_count++] = i;
 }
 
 void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, int32_t n)
@@ -175,13 +176,10 @@ void close_gaps(const Wavefront& w, const Edges& edges)
 
 void pack(Wavefront& w)
 {
-    w.gap_count = 0;
-    for (int32_t i = 0; w.gap_count < w.gone_count; ++i) {
-        const void* const mark = std::memchr(w.gone + i, 1, static_cast<size_t>(w.live - i));
-        i = static_cast<int32_t>(static_cast<const uint8_t*>(mark) - w.gone);
-        w.gone[i] = 0;
-        w.gaps[w.gap_count++] = i;
-    }
+    w.gap_count = w.gone_count;
+    std::sort(w.gaps, w.gaps + w.gap_count);
+    for (int32_t g = 0; g < w.gap_count; ++g)
+        w.gone[w.gaps[g]] = 0;
     w.gone_count = 0;
     w.live -= w.gap_count;
     close_points(w, w.at);

@@ -11,10 +11,10 @@ struct Sweep {
     int32_t n;         ///< vertices, live and dead
     double remaining;  ///< signed distance still to travel; 0 ends the sweep
     bool split_events; ///< also stop where a vertex runs into a far edge
-    double* flat;      ///< [n 3] positions; z is neither read nor written
-    double* direction; ///< [n 3] unit direction of edge i
-    double* velocity;  ///< [n 3] motion of vertex i per unit of distance
-    double* line;      ///< [n 3] a, b, c of edge i
+    double* flat;      ///< [n][3] positions; z is neither read nor written
+    double* direction; ///< [n][3] unit direction of edge i
+    double* velocity;  ///< [n][3] motion of vertex i per unit of distance
+    double* line;      ///< [n][3] a, b, c of edge i
     double* length;    ///< [n] length of edge i
     double* rate;      ///< [n] change of that length per unit of distance
     uint8_t* dead;     ///< [n] 1 once removed

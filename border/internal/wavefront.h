@@ -52,7 +52,7 @@ struct Wavefront {
     double* rate;    ///< change of an edge's length per unit of distance
     double drift;    ///< the greatest speed at which an end leaves the line of its edge
     int32_t* id;     ///< [live] index in the sweep
-    int32_t* gaps;   ///< places that the last packing closed, ascending
+    int32_t* gaps;   ///< places that the next packing closes, as they die; then those it has closed, ascending
     int32_t* list;   ///< [live] for the use of a step
     uint8_t* gone;   ///< [live] 1 for a dead vertex not yet packed away
     int32_t gone_count, gap_count;

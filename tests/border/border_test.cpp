@@ -7,6 +7,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <limits>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -498,6 +499,20 @@ TEST(BORDER_BORDER, ASecondSweepTouchesNoNewPage)
         BORDER_BORDER(status);
     EXPECT_EQ(faults() - before, 0);
     EXPECT_EQ(std::count(status->dead->bvals, status->dead->bvals + 4096, 1), 0);
+}
+
+TEST(BORDER_BORDER, ThreadsSweepRecordsOfTheirOwnAtOnce)
+{
+    const Coordinates path = wiggly(200, 12, 0.5);
+    const Coordinates expected = border_of<SecondFlavour>({path, -3.0}).border;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 5; ++t)
+        threads.emplace_back([&path, &expected] {
+            for (int round = 0; round < 40; ++round)
+                ASSERT_TRUE(same_bits(expected, border_of<SecondFlavour>({path, -3.0}).border));
+        });
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 TEST(BORDER_BORDER, AnOutputThatCannotBeMadeFails)
