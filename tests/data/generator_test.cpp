@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "data/sampling.h"
+#include "platform/layer.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 
