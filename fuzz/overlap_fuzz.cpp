@@ -1,5 +1,5 @@
-// Operations on arrays that are views of one memory, overlapping as they like, and sampling, beside the documented steps:
-// every byte of the memory has to be the same afterwards.
+// Operations on arrays that are views of one memory, overlapping as they like, and sampling, beside the documented
+// steps: every byte of the memory has to be the same afterwards.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

@@ -7,7 +7,10 @@
 #include <vector>
 
 #include "border/band.h"
-#include "equation/equation.h"
+#include "equation/evaluate.h"
+#include "equation/functions.h"
+#include "equation/parse.h"
+#include "equation/variables.h"
 
 namespace {
 
