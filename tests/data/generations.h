@@ -1,27 +1,16 @@
 #pragma once
 
-#include <string>
-#include <type_traits>
-
 #include <gtest/gtest.h>
 
 #include "data/data.h"
 #include "data/datastruct.h"
 #include "data/operations.h"
+#include "tests/support/arrays.h"
 
 // The functions of both array generations under one name, so that one test body serves both.
 namespace korvale::test {
 
 using Generations = testing::Types<Data, DATAstruct>;
-
-/// Names a shared test after the generation that it is run on.
-struct GenerationNames {
-    template <class Array>
-    static std::string GetName(int)
-    {
-        return std::is_same_v<Array, Data> ? "Data" : "DATAstruct";
-    }
-};
 
 inline void dispose(Data* d)
 {
