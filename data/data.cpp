@@ -89,8 +89,10 @@ void DataListDispose(data_list_struct* head)
 
 void DataReverse(Data* d)
 {
-    if (d == nullptr || d->count < 2 || !is_filled(*d))
+    if (d == nullptr || d->count < 2)
         return;
-    const size_t bytes = static_cast<size_t>(d->dim) * component_bytes(*d, d->type);
-    reverse_elements(buffer_of(*d, d->type), d->count, bytes);
+    if (doubles_in(*d) > 0)
+        reverse_elements(d->dvals, d->count, static_cast<size_t>(d->dim) * sizeof(double));
+    else if (is_filled(*d))
+        reverse_elements(buffer_of(*d, d->type), d->count, static_cast<size_t>(d->dim) * component_bytes(*d, d->type));
 }

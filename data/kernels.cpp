@@ -13,6 +13,8 @@
 namespace korvale::inside {
 namespace {
 
+/// Fewer points than this are done one by one where there are two lanes only.
+constexpr int64_t kFewPointsForPairs = 6;
 /// From so many values on it pays to ask for four lanes.
 constexpr int64_t kManyValues = 24;
 
@@ -313,7 +315,7 @@ void carry_many_points(const double (*m)[4], const double* from, int64_t count, 
     int64_t i = 0;
     if (may_run_ahead(from, to, 3 * count) && is_apart(m[0], 16, to, 3 * count))
         i = widest([&] { return carry_by_quads(m, from, count, to); },
-                   [&] { return carry_by<Pair>(m, from, count, to); });
+                   [&] { return count < kFewPointsForPairs ? 0 : carry_by<Pair>(m, from, count, to); });
     for (; i < count; ++i)
         carry_point(m, from + 3 * i, to + 3 * i);
 }
