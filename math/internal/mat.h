@@ -88,10 +88,12 @@ template <class V>
 KORVALE_OVER_LANES void multiply_in_lanes(const double (*a)[4], const double (*b)[4], double (*out)[4])
 {
     const Row<V> rows[4] = {load_row<V>(b[0]), load_row<V>(b[1]), load_row<V>(b[2]), load_row<V>(b[3])};
-    const Row<V> product[4] = {row_product(a[0], rows), row_product(a[1], rows), row_product(a[2], rows),
-                               row_product(a[3], rows)};
-    for (int i = 0; i < 4; ++i)
-        store_row(out[i], product[i]);
+    const Row<V> first = row_product(a[0], rows), second = row_product(a[1], rows); // no array: they stay in registers
+    const Row<V> third = row_product(a[2], rows), last = row_product(a[3], rows);
+    store_row(out[0], first);
+    store_row(out[1], second);
+    store_row(out[2], third);
+    store_row(out[3], last);
 }
 
 inline void multiply(const double (*a)[4], const double (*b)[4], double (*out)[4])
