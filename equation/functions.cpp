@@ -109,24 +109,24 @@ int32_t find_function(const EquationSystem& es, Word name)
     return n == 0 ? -1 : find_name(es.func_names->bvals, n, name);
 }
 
-NamedFunctions find_named_functions(const EquationSystem& es, Word name)
+NamedFunctions find_named_functions(const EquationSystem& es, int32_t count, const NamePattern& name)
 {
     NamedFunctions found;
-    const int32_t n = function_count(es);
-    for (int32_t i = 0; i < n; ++i) {
-        if (!is_name(name_slot(es, i), name))
+    const uint8_t* slot = count < 1 ? nullptr : es.func_names->bvals;
+    for (int32_t f = 0; f < count; ++f, slot += kNameBytes) {
+        if (!name.is_at(slot)) [[likely]]
             continue;
-        switch (es.func_nargs->ivals[i]) {
+        switch (es.func_nargs->ivals[f]) {
         case 1:
-            found.unary = i;
+            found.unary = f;
             return found; // a function of one argument comes before all others
         case 0:
             if (found.no_arg < 0)
-                found.no_arg = i;
+                found.no_arg = f;
             break;
         case 2:
             if (found.binary < 0)
-                found.binary = i;
+                found.binary = f;
             break;
         default:
             break;

@@ -39,10 +39,13 @@ Word next_run_of_letters(const char* at)
 
 int32_t find_name(const uint8_t* slots, int32_t count, Word word)
 {
-    if (word.length > kLongestName)
-        return -1;
+    return word.length > kLongestName ? -1 : find_name(slots, count, NamePattern(word));
+}
+
+int32_t find_name(const uint8_t* slots, int32_t count, const NamePattern& name)
+{
     for (int32_t i = 0; i < count; ++i)
-        if (is_name(slots + int64_t{i} * kNameBytes, word))
+        if (name.is_at(slots + int64_t{i} * kNameBytes))
             return i;
     return -1;
 }

@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <system_error>
 
 namespace korvale::inside {
@@ -15,10 +17,32 @@ bool has_whole_part(const char* first, const char* last)
     return first != last && *first != '.';
 }
 
+/// Powers of ten that are exact in a double.
+constexpr double kPowers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+constexpr std::ptrdiff_t kExactDigits = 15; ///< any integer of so many digits is exact in a double
+
+/// A number of few digits: both its digits as an integer and the power of ten they are divided by are exact, so that
+/// the quotient is correctly rounded (W. D. Clinger, "How to read floating point numbers accurately", 1990).
+double read_short_number(const char* first, const char* last)
+{
+    int64_t digits = 0;
+    const char* at = first;
+    for (; at != last && *at != '.'; ++at)
+        digits = 10 * digits + (*at - '0');
+    if (at == last)
+        return static_cast<double>(digits);
+    const char* const point = at++;
+    for (; at != last && *at != '.'; ++at)
+        digits = 10 * digits + (*at - '0');
+    return static_cast<double>(digits) / kPowers[at - point - 1];
+}
+
 } // namespace
 
 double read_number(const char* first, const char* last)
 {
+    if (last - first <= kExactDigits)
+        return read_short_number(first, last);
     double number = 0.0;
     const std::from_chars_result read = std::from_chars(first, last, number, std::chars_format::fixed);
     if (read.ec == std::errc::result_out_of_range) // without an exponent only size decides which end was passed

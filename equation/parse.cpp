@@ -29,7 +29,8 @@ struct Parse {
     DATAstruct& kinds;
     DATAstruct& operands;
     DATAstruct& constants;
-    DATAstruct op_stack;                    ///< wraps `op_codes`
+    const int32_t functions;                ///< that can be looked up
+    const int32_t variables;                ///< that can be looked up
     int32_t op_codes[kStackEntries];        ///< in use from `op_top` on
     PendingFunction pending[kStackEntries]; ///< in use from `pending_top` on
     int op_top = kStackEntries;
@@ -40,30 +41,21 @@ struct Parse {
     bool after_operand = false; ///< a "-" that comes now stands between two operands
 
     Parse(EquationSystem& system, DATAstruct* const (&items)[kChildren])
-        : es(system), kinds(*items[0]), operands(*items[1]), constants(*items[2])
+        : es(system), kinds(*items[0]), operands(*items[1]), constants(*items[2]), functions(function_count(system)),
+          variables(named_count(system))
     {
-        DATAInitialize(&op_stack);
-        op_stack.count = kStackEntries;
-        op_stack.dim = 1;
-        op_stack.type = DATA_TYPE_INT;
-        op_stack.ivals = op_codes;
     }
 };
 
-/// Appends an item; false where there is no room for it.
-bool emit(DATAstruct& kinds, DATAstruct& operands, int& item_pos, int32_t kind, int32_t operand)
-{
-    if (item_pos < 0 || item_pos >= room(&kinds, DATA_TYPE_INT) || item_pos >= room(&operands, DATA_TYPE_INT))
-        return false;
-    kinds.ivals[item_pos] = kind;
-    operands.ivals[item_pos] = operand;
-    ++item_pos;
-    return true;
-}
-
+/// Appends an item to arrays that have room for kMostItems; false where they are full.
 bool emit(Parse& p, int32_t kind, int32_t operand)
 {
-    return emit(p.kinds, p.operands, p.item_pos, kind, operand);
+    if (p.item_pos >= kMostItems)
+        return false;
+    p.kinds.ivals[p.item_pos] = kind;
+    p.operands.ivals[p.item_pos] = operand;
+    ++p.item_pos;
+    return true;
 }
 
 bool push_function(Parse& p, int32_t function)
@@ -108,15 +100,24 @@ void widen_table(const EquationSystem& es, int32_t f)
         table->dim = wrapping_sum(table->dim, 1);
 }
 
+/// What `new_bi_item` does.
 bool add_binary(Parse& p, int code)
 {
     p.after_operand = false;
-    return new_bi_item(code, &p.op_top, &p.operand_counter, &p.item_pos, &p.kinds, &p.operands, &p.op_stack) > 0;
+    const int priority = op_icp(code);
+    while (p.op_top < kStackEntries && op_isp(p.op_codes[p.op_top]) >= priority)
+        if (!emit(p, EQ_ITEM_BINARY, p.op_codes[p.op_top++]) || --p.operand_counter < 1)
+            return false;
+    if (p.op_top == 0)
+        return false;
+    p.op_codes[--p.op_top] = code;
+    return true;
 }
 
 bool add_name(Parse& p, Word name)
 {
-    const NamedFunctions named = find_named_functions(p.es, name);
+    const NamePattern pattern(name);
+    const NamedFunctions named = find_named_functions(p.es, p.functions, pattern);
     if (named.unary >= 0) {
         p.after_operand = false;
         return push_function(p, named.unary);
@@ -127,7 +128,7 @@ bool add_name(Parse& p, Word name)
     }
     if (named.binary >= 0)
         return add_binary(p, named.binary);
-    const int32_t variable = find_variable(p.es, name);
+    const int32_t variable = find_name(p.es.var_names->bvals, p.variables, pattern);
     return variable >= 0 && add_operand(p, EQ_ITEM_VARIABLE, variable);
 }
 
@@ -329,8 +330,11 @@ int new_bi_item(int code, int* op_top, int* operand_counter, int* item_pos, DATA
     while (*op_top < empty && op_isp(op_stack->ivals[*op_top]) >= op_icp(code)) {
         const int32_t waiting = op_stack->ivals[*op_top];
         *op_top += 1;
-        if (!emit(*kinds, *operands, *item_pos, EQ_ITEM_BINARY, waiting))
+        if (*item_pos < 0 || *item_pos >= room(kinds, DATA_TYPE_INT) || *item_pos >= room(operands, DATA_TYPE_INT))
             return -1;
+        kinds->ivals[*item_pos] = EQ_ITEM_BINARY;
+        operands->ivals[*item_pos] = waiting;
+        *item_pos += 1;
         *operand_counter = wrapping_difference(*operand_counter, 1);
         if (*operand_counter < 1)
             return -1;

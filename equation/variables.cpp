@@ -12,13 +12,6 @@
 namespace korvale::inside {
 namespace {
 
-/// Variables that have a value and a name.
-int32_t named_count(const EquationSystem& es)
-{
-    const int64_t named = room(es.var_names, DATA_TYPE_BYTE) / kNameBytes;
-    return static_cast<int32_t>(std::clamp<int64_t>(named, 0, variable_count(es)));
-}
-
 int64_t count_names(const char* text)
 {
     int64_t n = 0;
@@ -83,6 +76,12 @@ bool append(EquationSystem& es, const Names& names, int flag)
 }
 
 } // namespace
+
+int32_t named_count(const EquationSystem& es)
+{
+    const int64_t named = room(es.var_names, DATA_TYPE_BYTE) / kNameBytes;
+    return static_cast<int32_t>(std::clamp<int64_t>(named, 0, variable_count(es)));
+}
 
 int32_t find_variable(const EquationSystem& es, Word name)
 {

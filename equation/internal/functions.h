@@ -12,7 +12,7 @@
 namespace korvale::inside {
 
 /// What a parser operator stands for: the indices the first built-in functions are registered under.
-enum : int32_t { kAdd = 0, kSubtract = 1, kMultiply = 2, kDivide = 3, kPower = 4, kNegate = 5 };
+enum : int32_t { kAdd = 0, kSubtract = 1, kMultiply = 2, kDivide = 3, kPower = 4, kNegate = 5, kSquareRoot = 9 };
 
 using BinaryFunction = double (*)(double, double);
 using UnaryFunction = double (*)(double);
@@ -24,13 +24,14 @@ int32_t function_count(const EquationSystem& es);
 /// The lowest index of the function of that name, or -1.
 int32_t find_function(const EquationSystem& es, Word name);
 
-/// The functions an equation can mean by a name: the lowest index for each number of arguments, or -1.
+/// The functions an equation can mean by a name: the lowest index below `count` for each number
+/// of arguments, or -1.
 struct NamedFunctions {
     int32_t unary = -1;
     int32_t no_arg = -1;
     int32_t binary = -1;
 };
-NamedFunctions find_named_functions(const EquationSystem& es, Word name);
+NamedFunctions find_named_functions(const EquationSystem& es, int32_t count, const NamePattern& name);
 
 /// What a function slot points to; null for an index that is no function's.
 inline void* function_at(const EquationSystem& es, int32_t f)

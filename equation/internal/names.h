@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -37,8 +38,48 @@ inline bool is_name(const uint8_t* slot, Word word)
     return std::memcmp(slot, word.first, word.length) == 0 && slot[word.length] == 0;
 }
 
+/// A word of at most 12 characters as it would stand in a slot, to be compared with many slots, eight bytes at a time.
+class NamePattern {
+public:
+    explicit NamePattern(Word word)
+    {
+        for (size_t i = 0; i < word.length; ++i) {
+            const uint64_t c = static_cast<unsigned char>(word.first[i]);
+            if (i < 8)
+                first_ |= c << 8 * i;
+            if (i >= kLast)
+                last_ |= c << 8 * (i - kLast);
+        }
+        const size_t bytes = word.length + 1; // what follows the zero does not count
+        first_mask_ = leading(bytes);
+        last_mask_ = bytes <= kLast ? 0 : leading(bytes - kLast);
+    }
+
+    bool is_at(const uint8_t* slot) const
+    {
+        return ((eight(slot) ^ first_) & first_mask_) == 0 && ((eight(slot + kLast) ^ last_) & last_mask_) == 0;
+    }
+
+private:
+    static constexpr size_t kLast = kNameBytes - 8; // where the last eight bytes of a slot begin
+
+    /// Ones in the first bytes.
+    static uint64_t leading(size_t bytes) { return bytes >= 8 ? ~uint64_t{0} : (uint64_t{1} << 8 * bytes) - 1; }
+
+    /// Eight bytes, the first of them lowest.
+    static uint64_t eight(const uint8_t* bytes)
+    {
+        uint64_t value;
+        std::memcpy(&value, bytes, sizeof value);
+        return std::endian::native == std::endian::little ? value : __builtin_bswap64(value);
+    }
+
+    uint64_t first_ = 0, last_ = 0, first_mask_, last_mask_;
+};
+
 /// The lowest of the first `count` slots that holds the word, or -1.
 int32_t find_name(const uint8_t* slots, int32_t count, Word word);
+int32_t find_name(const uint8_t* slots, int32_t count, const NamePattern& name);
 
 /// The names there are, and those to be added to them.
 class Names {

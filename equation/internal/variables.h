@@ -19,6 +19,9 @@ inline bool is_variable(const EquationSystem& es, int32_t v)
     return v >= 0 && v < variable_count(es);
 }
 
+/// Variables that have a value and a name.
+int32_t named_count(const EquationSystem& es);
+
 /// The lowest index of the variable of that name, or -1.
 int32_t find_variable(const EquationSystem& es, Word name);
 
