@@ -1,7 +1,13 @@
-// A stack machine that keeps its topmost value in a variable and gives an operand to the operator that follows it
-// without pushing it. The operators, most of all functions, are computed in place while their slot of the registry
-// holds the built-in function. Any other function may be a host's, which may change variables, replace functions and
-// grow every array but those of the program, so what is known of them is looked up again after each call.
+// A program is run item by item on a stack of values. `step` does that as documented, one item at a time, and asks for
+// everything anew: which functions there are, how many variables, how many items. A host's function may have changed
+// any of it.
+//
+// Nearly all programs need none of that care: the records are as the library makes them, which `Frame::open` finds out
+// once, and there are only numbers, variables and built-in functions, none of which changes a record. For these each
+// kind of item has a function that ends in a call of the next one's, a jump. So all that changes from item to item
+// stays in the processor's registers, the topmost value among it, and each kind has branches of its own to learn what
+// follows. An operand is given to the operator behind it without being pushed. Items are not counted, as an end item
+// stands behind them. Whatever is unusual is left to `step` from there on.
 //
 // A pass over all equations. As documented, its results gather in a copy of all variables, made before the pass and
 // copied back after it, so that nothing else which happens to a variable meanwhile lasts. Only a host's function can do
@@ -16,184 +22,282 @@
 #include "equation/internal/program.h"
 #include "equation/internal/variables.h"
 #include "equation/tables.h"
+#include "equation/variables.h"
 #include "platform/internal/scratch.h"
 
 namespace korvale::inside {
 namespace {
 
-constexpr int kMostValues = 51; ///< values held during an evaluation
-constexpr int32_t kNearby = 64; ///< values a pass puts aside before the heap is asked
+constexpr int64_t kMostValues = 51; ///< values held during an evaluation
+constexpr int32_t kNearby = 64;     ///< values a pass puts aside before the heap is asked
 
-/// The variables and functions as they are between two calls of functions.
-struct Registers {
-    explicit Registers(const EquationSystem& es)
-        : value_count(static_cast<uint32_t>(variable_count(es))),
-          function_count(static_cast<uint32_t>(usable_count(es.funcs, DATA_TYPE_POINTER))),
-          values(value_count == 0 ? nullptr : es.var_vals->dvals),
-          functions(function_count == 0 ? nullptr : es.funcs->pvals)
+/// The values held but the topmost, from [1] on; [0] takes the 0.0 there is at first.
+using Below = double[kMostValues];
+
+/// An evaluation between two items, `position` that of the next one.
+struct Run {
+    int64_t position = 1; // the target is at 0
+    int64_t depth = 0;    // values held
+    double top = 0.0;     // the last of them; 0.0 while there is none
+};
+
+bool push(Run& run, Below& below, double value)
+{
+    if (run.depth == kMostValues)
+        return false;
+    below[run.depth++] = run.top;
+    run.top = value;
+    return true;
+}
+
+/// Runs the next item as documented; false after the last.
+bool step(EquationSystem& es, const Program& program, Run& run, Below& below)
+{
+    if (run.position >= program.count)
+        return false;
+    const int64_t p = run.position++;
+    const int32_t operand = program.operands[p];
+    switch (program.kinds[p]) {
+    case EQ_ITEM_END:
+        return false;
+    case EQ_ITEM_CONSTANT:
+        return push(run, below, program.constants[p]);
+    case EQ_ITEM_VARIABLE:
+        return push(run, below, EqReadVariable(&es, operand));
+    case EQ_ITEM_SAMPLE:
+        return push(run, below, EqTableRead(&es, operand));
+    case EQ_ITEM_UNARY:
+        if (run.depth >= 1)
+            run.top = call(es, operand, run.top);
+        return true;
+    case EQ_ITEM_BINARY:
+        if (run.depth >= 2) {
+            run.depth -= 1;
+            run.top = call(es, operand, below[run.depth], run.top);
+        }
+        return true;
+    default:
+        return true;
+    }
+}
+
+/// Runs the rest of a program that has a target, gives that variable the result unless it is reserved, and returns it.
+double finish(EquationSystem& es, const Program& program, Run& run, Below& below)
+{
+    while (step(es, program, run, below)) {
+    }
+    const int32_t target = program.operands[0];
+    if (is_variable(es, target) && !is_reserved(es, target))
+        es.var_vals->dvals[target] = run.top;
+    return run.top;
+}
+
+[[gnu::noinline]] double evaluate_step_by_step(EquationSystem& es, int32_t equation)
+{
+    if (!is_equation(es, equation))
+        return 0.0;
+    const Program program = program_of(es, equation);
+    Run run;
+    Below below;
+    return program.has_target() ? finish(es, program, run, below) : 0.0;
+}
+
+/// A list as the library makes it, with at least one element.
+inline bool is_usual(const DATAstruct* d)
+{
+    return d != nullptr && d->alloc_dim == 1 && d->count >= 1 && d->count <= d->alloc_count;
+}
+
+/// What an evaluation reads of an equation with a target and of its system.
+struct Frame {
+    EquationSystem* es;
+    const int32_t* kinds;
+    uint32_t value_count;
+    int32_t equation;
+    const int32_t* operands;
+    uint32_t function_count;
+    const double* constants;
+    double* values;
+    void* const* functions;
+    Below below;
+
+    /// False where anything is not as it usually is: all lists of the library's own making, an end item behind the
+    /// items and within their 100 places, ADD to DIVIDE in their slots.
+    [[gnu::always_inline]] bool open(EquationSystem& system, int32_t number)
     {
+        const DATAstruct* const equations = system.equations;
+        if (equations == nullptr || equations->pvals == nullptr || equations->alloc_dim != kChildren || number < 0 ||
+            number >= equations->count || number >= equations->alloc_count)
+            return false;
+        void* const* const row = equations->pvals + int64_t{number} * kChildren;
+        const auto* const kind_list = static_cast<const DATAstruct*>(row[0]);
+        const auto* const operand_list = static_cast<const DATAstruct*>(row[1]);
+        const auto* const constant_list = static_cast<const DATAstruct*>(row[2]);
+        if (!has_usual_room(kind_list) || !has_usual_room(operand_list) || !has_usual_room(constant_list))
+            return false;
+        kinds = kind_list->ivals;
+        operands = operand_list->ivals;
+        constants = constant_list->dvals;
+        const int32_t count = kind_list->count;
+        if (kinds == nullptr || operands == nullptr || constants == nullptr || count < 1 || count >= kMostItems ||
+            kinds[0] != EQ_ITEM_TARGET || kinds[count] != EQ_ITEM_END)
+            return false;
+        if (!is_usual(system.var_vals) || !is_usual(system.funcs))
+            return false;
+        es = &system;
+        equation = number;
+        values = system.var_vals->dvals;
+        value_count = static_cast<uint32_t>(system.var_vals->count);
+        functions = system.funcs->pvals;
+        function_count = static_cast<uint32_t>(system.funcs->count);
+        return values != nullptr && functions != nullptr && function_count > kNegate && holds(kAdd, EqFuncAdd) &&
+               holds(kSubtract, EqFuncSubtract) && holds(kMultiply, EqFuncMultiply) && holds(kDivide, EqFuncDivide);
+    }
+
+    static bool has_usual_room(const DATAstruct* d)
+    {
+        return d != nullptr && d->alloc_count == kMostItems && d->alloc_dim == 1;
+    }
+
+    template <class Function>
+    bool holds(int32_t f, Function built_in) const
+    {
+        return functions[f] == reinterpret_cast<void*>(built_in);
     }
 
     bool has_value(int32_t v) const { return static_cast<uint32_t>(v) < value_count; }
-
-    double value(int32_t v) const { return has_value(v) ? values[v] : 0.0; }
 
     void* function(int32_t f) const
     {
         const auto i = static_cast<uint32_t>(f);
         return i < function_count ? functions[i] : nullptr;
     }
-
-    uint32_t value_count;
-    uint32_t function_count;
-    double* values;
-    void* const* functions;
 };
 
-/// The registers after a call.
-[[gnu::noinline]] Registers renewed(const EquationSystem& es)
+// One function for each kind of item: `kind` and `operand` are the item's, `below` is the place for the next value that
+// will not be the topmost. At least one value is held. Each returns the result of the whole evaluation.
+double run_variable(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
+double run_constant(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
+double run_binary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
+double run_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
+double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
+
+[[gnu::always_inline]] inline double run(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+                                         double top)
 {
-    return Registers(es);
+    const int32_t k = *kind;
+    if (k == EQ_ITEM_VARIABLE)
+        return run_variable(frame, kind, operand, below, top);
+    if (k == EQ_ITEM_BINARY)
+        return run_binary(frame, kind, operand, below, top);
+    if (k == EQ_ITEM_CONSTANT)
+        return run_constant(frame, kind, operand, below, top);
+    if (k == EQ_ITEM_UNARY)
+        return run_unary(frame, kind, operand, below, top);
+    return run_other(frame, kind, operand, below, top);
 }
 
-template <class Function>
-bool is_built_in(void* slot, Function function)
+/// Gives a value to the operator behind its item, or pushes it.
+[[gnu::always_inline]] inline double run_value(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+                                               double top, double value)
 {
-    return slot == reinterpret_cast<void*>(function);
-}
-
-/// Computes one of the four sums and products if its slot holds the built-in function.
-inline bool compute_built_in(int32_t f, void* slot, double a, double b, double& result)
-{
-    switch (f) {
-    case kAdd:
-        result = a + b;
-        return is_built_in(slot, EqFuncAdd);
-    case kSubtract:
-        result = a - b;
-        return is_built_in(slot, EqFuncSubtract);
-    case kMultiply:
-        result = a * b;
-        return is_built_in(slot, EqFuncMultiply);
-    case kDivide:
-        result = b == 0.0 ? 0.0 : a / b;
-        return is_built_in(slot, EqFuncDivide);
-    default:
-        return false;
+    if (kind[1] == EQ_ITEM_BINARY) {
+        const int32_t f = operand[1];
+        if (f == kMultiply)
+            return run(frame, kind + 2, operand + 2, below, top * value);
+        if (f == kAdd)
+            return run(frame, kind + 2, operand + 2, below, top + value);
+        if (f == kSubtract)
+            return run(frame, kind + 2, operand + 2, below, top - value);
+        if (f == kDivide)
+            return run(frame, kind + 2, operand + 2, below, value == 0.0 ? 0.0 : top / value);
     }
+    if (below == frame.below + kMostValues)
+        return run_other(frame, kind, operand, below, top);
+    *below = top;
+    return run(frame, kind + 1, operand + 1, below + 1, value);
 }
 
-/// Computes a negation or a square root if the slot holds that function.
-inline bool compute_built_in(void* slot, double x, double& result)
+[[gnu::noinline]] double run_variable(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+                                      double top)
 {
-    if (is_built_in(slot, EqFuncNegate)) {
-        result = -x;
-        return true;
-    }
-    if (is_built_in(slot, static_cast<UnaryFunction>(std::sqrt))) {
-        result = std::sqrt(x);
-        return true;
-    }
-    return false;
+    const int32_t v = *operand;
+    if (!frame.has_value(v))
+        return run_other(frame, kind, operand, below, top);
+    return run_value(frame, kind, operand, below, top, frame.values[v]);
 }
 
-[[gnu::always_inline]] inline double apply(const EquationSystem& es, Registers& registers, int32_t f, double x)
+[[gnu::noinline]] double run_constant(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+                                      double top)
 {
-    void* const slot = registers.function(f);
-    double result;
-    if (compute_built_in(slot, x, result))
-        return result;
-    if (slot == nullptr)
-        return 0.0;
-    result = reinterpret_cast<UnaryFunction>(slot)(x);
-    if (!is_built_in_unary(f, slot))
-        registers = renewed(es);
-    return result;
+    return run_value(frame, kind, operand, below, top, frame.constants[kind - frame.kinds]);
 }
 
-[[gnu::always_inline]] inline double apply(const EquationSystem& es, Registers& registers, int32_t f, double a,
-                                           double b)
+[[gnu::noinline]] double run_binary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+                                    double top)
 {
-    void* const slot = registers.function(f);
-    double result;
-    if (compute_built_in(f, slot, a, b, result))
-        return result;
-    if (slot == nullptr)
-        return 0.0;
-    result = reinterpret_cast<BinaryFunction>(slot)(a, b);
-    if (!is_built_in_binary(f, slot))
-        registers = renewed(es);
-    return result;
+    if (below == frame.below + 1) // one value
+        return run_other(frame, kind, operand, below, top);
+    const int32_t f = *operand;
+    const double left = below[-1];
+    if (f == kMultiply)
+        return run(frame, kind + 1, operand + 1, below - 1, left * top);
+    if (f == kAdd)
+        return run(frame, kind + 1, operand + 1, below - 1, left + top);
+    if (f == kSubtract)
+        return run(frame, kind + 1, operand + 1, below - 1, left - top);
+    if (f == kDivide)
+        return run(frame, kind + 1, operand + 1, below - 1, top == 0.0 ? 0.0 : left / top);
+    return run_other(frame, kind, operand, below, top);
 }
 
-/// Runs the items behind the target of a program; the topmost value, 0.0 where there is none.
-[[gnu::always_inline]] inline double run(EquationSystem& es, const int32_t* kinds, const int32_t* operands,
-                                         const double* constants, int32_t count, Registers& registers)
+/// Leaves the rest of the program to the documented steps.
+[[gnu::noinline]] double run_step_by_step(Frame& frame, const int32_t* kind, double* below, double top)
 {
-    double held[kMostValues]; // from held[1] on, the values below the top; held[0] takes the 0.0 there is at first
-    double* below = held;     // as many values are held as entries lie before it
-    double top = 0.0;
-    for (int32_t p = 1; p < count; ++p) {
-        double operand;
-        bool at_operator = false;
-        switch (kinds[p]) {
-        case EQ_ITEM_CONSTANT:
-            operand = constants[p];
-            break;
-        case EQ_ITEM_VARIABLE:
-            operand = registers.value(operands[p]);
-            break;
-        case EQ_ITEM_SAMPLE:
-            operand = EqTableRead(&es, operands[p]);
-            registers = renewed(es);
-            break;
-        case EQ_ITEM_UNARY:
-            if (below > held)
-                top = apply(es, registers, operands[p], top);
-            continue;
-        case EQ_ITEM_BINARY:
-            if (below <= held + 1)
-                continue;
-            operand = top;
-            top = *--below;
-            at_operator = true;
-            break;
-        case EQ_ITEM_END:
-            return top;
-        default:
-            continue;
-        }
-        if (!at_operator) {
-            if (below == held + kMostValues)
-                return top;
-            if (below == held || p + 1 == count || kinds[p + 1] != EQ_ITEM_BINARY) {
-                *below++ = top;
-                top = operand;
-                continue;
-            }
-            ++p; // the operand goes straight to the operator behind it
-        }
-        top = apply(es, registers, operands[p], top, operand);
-    }
+    Run run = {kind - frame.kinds, below - frame.below, top};
+    return finish(*frame.es, program_of(*frame.es, frame.equation), run, frame.below);
+}
+
+[[gnu::noinline]] double call_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+                                    double top)
+{
+    void* const slot = frame.function(*operand);
+    if (!is_built_in_unary(*operand, slot))
+        return run_step_by_step(frame, kind, below, top);
+    return run(frame, kind + 1, operand + 1, below, reinterpret_cast<UnaryFunction>(slot)(top));
+}
+
+[[gnu::noinline]] double call_binary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+                                     double top)
+{
+    void* const slot = frame.function(*operand);
+    if (below == frame.below + 1 || !is_built_in_binary(*operand, slot))
+        return run_step_by_step(frame, kind, below, top);
+    return run(frame, kind + 1, operand + 1, below - 1, reinterpret_cast<BinaryFunction>(slot)(below[-1], top));
+}
+
+[[gnu::noinline]] double run_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
+{
+    const int32_t f = *operand;
+    if (f == kNegate && frame.holds(kNegate, EqFuncNegate))
+        return run(frame, kind + 1, operand + 1, below, -top);
+    if (f == kSquareRoot && frame.function(f) == reinterpret_cast<void*>(static_cast<UnaryFunction>(std::sqrt)))
+        return run(frame, kind + 1, operand + 1, below, std::sqrt(top));
+    return call_unary(frame, kind, operand, below, top);
+}
+
+[[gnu::noinline]] double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
+{
+    if (*kind == EQ_ITEM_BINARY)
+        return call_binary(frame, kind, operand, below, top);
+    const DATAstruct* const flags = frame.es->var_flags;
+    const int32_t target = frame.operands[0];
+    if (*kind != EQ_ITEM_END || !is_usual(flags) || flags->bvals == nullptr || !frame.has_value(target) ||
+        target >= flags->count)
+        return run_step_by_step(frame, kind, below, top);
+    if (flags->bvals[target] == 0)
+        frame.values[target] = top;
     return top;
-}
-
-/// Runs a program, gives its variable the result unless that is reserved, and returns it: the topmost value, 0.0 where
-/// there is none.
-double evaluate_items(EquationSystem& es, const int32_t* kinds, const int32_t* operands, const double* constants,
-                      int32_t count)
-{
-    Registers registers(es);
-    const double result = run(es, kinds, operands, constants, count, registers);
-    const int32_t target = operands[0];
-    if (registers.has_value(target) && !is_reserved(es, target))
-        registers.values[target] = result;
-    return result;
-}
-
-double evaluate(EquationSystem& es, const Program& program)
-{
-    return evaluate_items(es, program.kinds, program.operands, program.constants, program.count);
 }
 
 int32_t equation_count(const EquationSystem& es)
@@ -262,7 +366,7 @@ int pass_undisturbed(EquationSystem& es, int32_t equations)
         const Program program = program_at(es, i);
         if (!program.has_target())
             continue;
-        const double result = evaluate(es, program);
+        const double result = EqEvaluate(&es, i);
         if (has_reserved_target(es, program))
             *next++ = result;
     }
@@ -287,7 +391,7 @@ int pass_with_copy(EquationSystem& es, int32_t equations, int32_t variables)
         if (!program.has_target())
             continue;
         const int32_t target = program.operands[0];
-        const double result = evaluate(es, program);
+        const double result = EqEvaluate(&es, i);
         if (target >= 0 && target < variables)
             after.get()[target] = result;
     }
@@ -302,10 +406,18 @@ using namespace korvale::inside;
 
 double EqEvaluate(EquationSystem* es, int equation)
 {
-    if (es == nullptr || !is_equation(*es, equation))
+    if (es == nullptr)
         return 0.0;
-    const Program program = program_of(*es, equation);
-    return program.has_target() ? evaluate(*es, program) : 0.0;
+    Frame frame;
+    if (!frame.open(*es, equation))
+        return evaluate_step_by_step(*es, equation);
+    const int32_t* const first = frame.kinds + 1; // the first value is there without pushing
+    const int32_t* const operand = frame.operands + 1;
+    if (*first == EQ_ITEM_VARIABLE && frame.has_value(*operand))
+        return run(frame, first + 1, operand + 1, frame.below + 1, frame.values[*operand]);
+    if (*first == EQ_ITEM_CONSTANT)
+        return run(frame, first + 1, operand + 1, frame.below + 1, frame.constants[1]);
+    return evaluate_step_by_step(*es, equation);
 }
 
 int EqSystemEvaluate(EquationSystem* es)

@@ -17,19 +17,19 @@ inline int64_t room(const DATAstruct* d, int32_t type)
     return d == nullptr || buffer_of(*d, type) == nullptr ? 0 : room(*d);
 }
 
-/// How many components may be read: the count, but no more than the buffer has.
-inline int32_t checked_usable_count(const DATAstruct* d, int32_t type)
+/// How many elements of `dim` components may be read: the count, but no more than the buffer has.
+[[gnu::noinline]] inline int32_t checked_usable_count(const DATAstruct* d, int32_t type, int32_t dim)
 {
-    const int64_t held = room(d, type);
+    const int64_t held = room(d, type) / dim;
     return held < 1 || d->count < 1 ? 0 : static_cast<int32_t>(std::min<int64_t>(held, d->count));
 }
 
-/// The same, quickly for lists of dim 1 that the library allocated.
-inline int32_t usable_count(const DATAstruct* d, int32_t type)
+/// The same, quickly for lists that the library allocated.
+inline int32_t usable_count(const DATAstruct* d, int32_t type, int32_t dim = 1)
 {
-    const bool is_common = d != nullptr && d->alloc_dim == 1 && d->alloc_count >= 0 && buffer_of(*d, type) != nullptr &&
-                           static_cast<uint32_t>(d->count) <= static_cast<uint32_t>(d->alloc_count);
-    return is_common ? d->count : checked_usable_count(d, type);
+    const bool is_common = d != nullptr && buffer_of(*d, type) != nullptr && d->alloc_dim == dim && d->count >= 0 &&
+                           d->count <= d->alloc_count;
+    return is_common ? d->count : checked_usable_count(d, type, dim);
 }
 
 /// Changes the array to count * dim components and clears those it gains; false where it has fewer then.

@@ -23,9 +23,7 @@ struct Program {
 
 inline bool is_equation(const EquationSystem& es, int32_t equation)
 {
-    const DATAstruct* const equations = es.equations;
-    return equation >= 0 && equations != nullptr && equation < equations->count &&
-           (equation + int64_t{1}) * kChildren <= room(equations, DATA_TYPE_DATA);
+    return equation >= 0 && equation < usable_count(es.equations, DATA_TYPE_DATA, kChildren);
 }
 
 /// The items of any three arrays that a row may hold.
