@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# page_programs.sh PAGE SOURCES LIBRARIES: compiles every cpp block of a page as a program, with the headers below SOURCES
-# and the libraries in LIBRARIES, and compares what it prints with the text block that follows.
+# page_programs.sh PAGE SOURCES LIBRARIES: compiles every cpp block of a page as a program, with the headers below
+# SOURCES and the libraries in LIBRARIES, and compares what it prints with the text block that follows.
 set -euo pipefail
 page=$1 sources=$2 libraries=$3
 top=$(mktemp -d)

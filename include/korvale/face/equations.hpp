@@ -59,8 +59,10 @@ class Equations {
 public:
     Equations()
     {
-        if (EqSystemInitialize(&system_) != 1)
-            throw std::bad_alloc();
+        if (EqSystemInitialize(&system_) == 1 && is_complete())
+            return;
+        EqSystemDispose(&system_);
+        throw std::bad_alloc();
     }
     ~Equations() { EqSystemDispose(&system_); }
     Equations(Equations&& other) noexcept : system_(std::exchange(other.system_, EquationSystem{})) {}
@@ -106,10 +108,11 @@ public:
         if (equation.find('=') != std::string_view::npos && EqParseEquation(&system_, text.data()) > 0)
             return row;
 
-        if (system_.equations->count > row) { // a refused equation leaves an empty row and wider tables
+        if (equation.find('=') != std::string_view::npos) { // a refused equation leaves an empty row and wider tables
             for (std::int32_t f = 0; f < system_.funcs->count; ++f)
                 table(f).dim = columns[static_cast<std::size_t>(f)];
-            drop_last_row();
+            if (system_.equations->count == row || !drop_last_row())
+                throw std::bad_alloc();
         }
         const detail::Refusal refusal = detail::RefusalFinder(system_, equation).find();
         throw EquationError(equation, refusal.place, refusal.word, refusal.why);
@@ -312,16 +315,31 @@ private:
                 columns[c].values[static_cast<std::ptrdiff_t>(row) * columns[c].stride];
     }
 
-    /// Takes the last row off with its three arrays.
-    void drop_last_row()
+    /// Whether the heap had room for all that a new system holds.
+    bool is_complete() const
+    {
+        constexpr std::int32_t kFunctions = 18, kVariables = 2;
+        if (system_.funcs->count != kFunctions || system_.var_vals->count != kVariables)
+            return false;
+        for (std::int32_t f = 0; f < kFunctions; ++f)
+            if (system_.funcs->pvals[f] == nullptr || system_.tables->pvals[f] == nullptr)
+                return false;
+        return true;
+    }
+
+    /// Takes the last row off with its three arrays. Returns whether the heap had room for all of them.
+    bool drop_last_row()
     {
         DATAstruct& equations = *system_.equations;
         equations.count -= 1;
+        bool is_whole = true;
         for (int k = 0; k < 3; ++k) {
             void*& slot = equations.pvals[3 * std::ptrdiff_t{equations.count} + k];
+            is_whole = is_whole && slot != nullptr;
             DATADispose(static_cast<DATAstruct*>(slot));
             std::free(std::exchange(slot, nullptr));
         }
+        return is_whole;
     }
 
     EquationSystem system_ = {};

@@ -62,7 +62,7 @@ inline void frames(PointView path, std::span<Transform> output, bool closed = fa
                     "it has " + detail::text_of(output.size()));
     DATAstruct record = detail::record_over(path);
     PATH2xfm(&record, closed, &output[0].m);
-    if (!closed || !std::isnan(output[1].m[0][0]))
+    if (!closed || !detail::is_nan(output[1].m[0][0]))
         return;
 
     const std::size_t n = path.size();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <concepts>
@@ -48,28 +49,31 @@ private:
     std::string function_, argument_;
 };
 
-/// A type laid out as three doubles: with members x, y, z or with an index.
+namespace detail {
+
+/// Members x, y, z that are doubles.
+template <class T>
+concept HasXyz = requires(T& p)
+{
+    requires std::same_as<decltype((p.x)), double&>;
+    requires std::same_as<decltype((p.y)), double&>;
+    requires std::same_as<decltype((p.z)), double&>;
+};
+
+/// An index that gives doubles.
+template <class T>
+concept HasIndex = requires(T& p)
+{
+    requires std::same_as<decltype((p[0])), double&>;
+};
+
+} // namespace detail
+
+/// A type laid out as three doubles and nothing else: with members x, y, z or with an index.
 template <class T>
 concept PointLike = std::is_trivially_copyable_v<T> && std::is_standard_layout_v<T> &&
                         sizeof(T) == 3 * sizeof(double) &&
-                    alignof(T) == alignof(double) &&
-                    (
-                        requires(T & p) {
-                            {
-                                p.x
-                                } -> std::same_as<double&>;
-                            {
-                                p.y
-                                } -> std::same_as<double&>;
-                            {
-                                p.z
-                                } -> std::same_as<double&>;
-                        } ||
-                        requires(T & p) {
-                            {
-                                p[0]
-                                } -> std::same_as<double&>;
-                        });
+                    alignof(T) == alignof(double) && (detail::HasXyz<T> || detail::HasIndex<T>);
 
 namespace detail {
 
@@ -79,6 +83,17 @@ std::string text_of(Number value)
 {
     char text[32];
     return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
+/// Asked of the bits, so that a program compiled to take every number for finite is told the truth as well.
+inline bool is_finite(double value)
+{
+    return (~std::bit_cast<std::uint64_t>(value) & 0x7ff0000000000000u) != 0;
+}
+
+inline bool is_nan(double value)
+{
+    return (std::bit_cast<std::uint64_t>(value) << 1) > 0xffe0000000000000u;
 }
 
 /// "1 point", "3 points".
@@ -299,20 +314,17 @@ inline std::int32_t count_for(const char* function, const char* argument, std::s
 
 inline void require_finite(const char* function, const char* argument, double value)
 {
-    if (!std::isfinite(value))
+    if (!is_finite(value))
         throw Error(function, argument, "be finite", "it is " + text_of(value));
 }
 
 inline void require_finite(const char* function, const char* argument, PointView points)
 {
-    double spread = 0.0;
-    for (const double v : points.coordinates())
-        spread += v - v; // 0 unless v is infinite or not a number
-    if (spread == 0.0)
+    if (std::ranges::all_of(points.coordinates(), is_finite))
         return;
     for (std::size_t i = 0; i < points.size(); ++i)
         for (const double v : points[i])
-            if (!std::isfinite(v))
+            if (!is_finite(v))
                 throw Error(function, argument, "be finite",
                             "its point " + text_of(i) + " is " + text_of_point(points[i]));
 }

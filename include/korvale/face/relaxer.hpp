@@ -93,11 +93,15 @@ public:
     /// Keeps a measure of the mesh, as it is at the vertices, with a weight above 0.
     Relaxer& keep(Measure measure, double weight = 1.0)
     {
-        if (!(weight > 0.0) || !std::isfinite(weight))
+        if (!(weight > 0.0) || !detail::is_finite(weight))
             throw Error("Relaxer::keep", "weight", "be finite and above 0", "it is " + detail::text_of(weight));
-        if (PreservePreserve(&state_->status, static_cast<int>(measure), weight) != 1)
+        const State& s = *state_;
+        const bool has_measure = !s.corners.empty() || (measure == Measure::lengths && !s.edges.empty());
+        if (!has_measure)
             throw Error("Relaxer::keep", "measure", "be one that the mesh has",
                         "the mesh has no faces or edges for it");
+        if (PreservePreserve(&state_->status, static_cast<int>(measure), weight) != 1)
+            throw std::bad_alloc();
         return *this;
     }
 
@@ -270,6 +274,11 @@ private:
                                s.face_sizes.empty() ? nullptr : &s.sizes,
                                s.corners.empty() ? nullptr : &s.corner_record) != 1)
             throw std::bad_alloc();
+        // Where the heap is exhausted arrays are missing.
+        const bool has_edges = !s.edges.empty() || std::ranges::any_of(s.face_sizes, [](int n) { return n > 1; });
+        if (s.status.force == nullptr || s.status.force->dvals == nullptr || (has_edges && s.status.edges == nullptr) ||
+            (!s.corners.empty() && s.status.face_starts == nullptr))
+            throw std::bad_alloc();
     }
 
     void look_at(const char* function, PointView points) const
@@ -291,8 +300,7 @@ private:
     /// Whether no step has divided by a force of 0.
     bool is_sound(PointView points) const
     {
-        return std::isfinite(state_->status.energy) &&
-               std::ranges::none_of(points.coordinates(), [](double v) { return std::isnan(v); });
+        return detail::is_finite(state_->status.energy) && std::ranges::none_of(points.coordinates(), detail::is_nan);
     }
 
     std::unique_ptr<State> state_;

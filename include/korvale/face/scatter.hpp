@@ -91,7 +91,12 @@ inline Scattered scatter(TriangleView triangles, std::size_t count, unsigned see
     DATAstruct corner_values = detail::record_over(attributes, std::max<std::size_t>(1, width));
     DATAstruct point_values = detail::record_over(DATA_TYPE_DOUBLE, count, width);
     point_values.dvals = result.attributes.data();
+    // Where the heap is exhausted nothing is written, which a value that no arithmetic makes shows.
+    constexpr std::uint64_t kUntouched = 0x7ff4d1f3a5c6b7e9u;
+    result.points[0][0] = std::bit_cast<double>(kUntouched);
     DATATriSample(&from, seed, &to, width > 0 ? &corner_values : nullptr, width > 0 ? &point_values : nullptr);
+    if (std::bit_cast<std::uint64_t>(result.points[0][0]) == kUntouched)
+        throw std::bad_alloc();
     return result;
 }
 

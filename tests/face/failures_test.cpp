@@ -1,0 +1,70 @@
+#include "direct.h"
+
+#include "tests/support/heap.h"
+
+namespace korvale::test {
+namespace {
+
+// Every call with each of the library's allocations failing in turn: it throws `std::bad_alloc` or gives the right
+// result, and leaves nothing behind.
+template <class Call>
+void expect_whole_or_thrown(Call call)
+{
+    NEEDS_HEAP_FAILURES();
+    const auto expected = call();
+    const int64_t failures = fail_each_allocation([&](int64_t) {
+        try {
+            EXPECT_TRUE(call() == expected);
+        } catch (const std::bad_alloc&) {
+        }
+    });
+    EXPECT_GT(failures, 0);
+}
+
+const Outline kSquare = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
+
+TEST(FaceOnAnExhaustedHeap, OffsetThrows)
+{
+    expect_whole_or_thrown([] { return coordinates(offset(kSquare, 0.5).points); });
+    expect_whole_or_thrown([] { return coordinates(offset(std::vector<Outline>{kSquare}, 0.5)[0].points); });
+}
+
+TEST(FaceOnAnExhaustedHeap, BandThrows)
+{
+    expect_whole_or_thrown([] { return coordinates(band({{0, 0, 0}, {2, 0, 0}, {4, 1, 0}}, 1).outline); });
+}
+
+TEST(FaceOnAnExhaustedHeap, ScatterThrows)
+{
+    std::vector<double> triangles(9 * 5000); // more than fit on the stack
+    for (size_t i = 0; i < triangles.size(); ++i)
+        triangles[i] = static_cast<double>(i * i % 101);
+    expect_whole_or_thrown([&] { return coordinates(scatter(triangles, 9, 1).points); });
+}
+
+TEST(FaceOnAnExhaustedHeap, EquationsThrow)
+{
+    expect_whole_or_thrown([] {
+        Equations e;
+        e.declare("y x");
+        const int equation = e.add("y = x * 2 + 1");
+        e.set("x", 3);
+        return e.evaluate(equation);
+    });
+}
+
+TEST(FaceOnAnExhaustedHeap, RelaxerThrows)
+{
+    const Mesh mesh = cube();
+    expect_whole_or_thrown([&] {
+        Relaxer relaxer(mesh.vertices, mesh.triangles);
+        relaxer.keep("lengths").keep("angles");
+        Outline points = mesh.vertices;
+        points[0][0] -= 0.25;
+        relaxer.step(points, 3);
+        return points;
+    });
+}
+
+} // namespace
+} // namespace korvale::test

@@ -1,0 +1,41 @@
+// Compiled with -ffast-math, under which a compiler takes every number for finite.
+#include <korvale.hpp>
+
+#include <gtest/gtest.h>
+
+#ifndef __FAST_MATH__
+#error "not compiled with -ffast-math"
+#endif
+
+namespace {
+
+using korvale::Point;
+
+TEST(FaceUnderFastMath, StillRefusesWhatIsNotFinite)
+{
+    for (const uint64_t bits : {0x7ff8000000000000u, 0x7ff0000000000000u, 0xfff0000000000000u}) {
+        const std::vector<Point> outline = {{0, 0, 0}, {4, std::bit_cast<double>(uint64_t{bits}), 0}, {4, 4, 0}};
+        EXPECT_THROW(korvale::offset(outline, 1), korvale::Error);
+        EXPECT_THROW(korvale::frames(outline), korvale::Error);
+        EXPECT_THROW(korvale::offset({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}}, outline[1][1]), korvale::Error);
+    }
+}
+
+TEST(FaceUnderFastMath, StillMendsPlanarLoops)
+{
+    int mended = 0;
+    for (int k = 0; k < 50; ++k) {
+        std::vector<Point> loop = {{0, 0, 0}, {4, 0, 0}, {4, 3 + 0.1 * k, 0}, {1, 5, 0}, {-1, 2, 0}};
+        korvale::Transform::rotation({0.1 * k, 0.7, 0.05 * k}).apply(loop);
+        std::vector<korvale::Transform> direct(loop.size());
+        DATAstruct record = korvale::detail::record_over(korvale::PointView(loop));
+        PATH2xfm(&record, 1, &direct[0].m);
+        mended += korvale::detail::is_nan(direct[1](0, 0));
+        for (const korvale::Transform& place : korvale::frames(loop, true))
+            for (const double v : place.rows())
+                ASSERT_TRUE(korvale::detail::is_finite(v));
+    }
+    EXPECT_GT(mended, 0);
+}
+
+} // namespace
