@@ -34,6 +34,47 @@ TEST(FaceOnAnExhaustedHeap, BandThrows)
     expect_whole_or_thrown([] { return coordinates(band({{0, 0, 0}, {2, 0, 0}, {4, 1, 0}}, 1).outline); });
 }
 
+TEST(FaceHeap, NothingStaysBehind)
+{
+    NEEDS_HEAP_COUNTS();
+    const Mesh mesh = cube();
+    const Outline ess = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {2, 1, 0}}, climb = {{0, 0, 0}, {3, 0, 1}, {3, 3, 7}};
+    const BevelStep wall[] = {{0, 0}, {0, 1}};
+    const auto use_all = [&] {
+        offset(kSquare, -3);
+        offset(std::vector<Outline>{kSquare, kSquare}, 0.5, {.keep_vertices = false});
+        for (const double distance : {0.4, -0.4})
+            for (const bool both : {false, true}) {
+                band(ess, distance, {.both_sides = both}); // the wings, then the detour
+                band(climb, distance, {.both_sides = both, .up = Point{0, 0, 1}});
+            }
+        bevel(std::vector<Outline>{kSquare}, wall);
+        tube(climb, kSquare);
+        scatter(mesh.vertices, mesh.triangles, 9, 1, coordinates(mesh.vertices));
+        RayGrid grid(mesh.vertices, mesh.triangles);
+        RayGrid moved(std::move(grid));
+        moved.hits({-5, 0.1, 0.2}, {1, 0, 0});
+        Relaxer relaxer(mesh.vertices, mesh.triangles);
+        relaxer.keep("lengths").keep("angles").keep("volume").keep("area").hold(std::vector<bool>(8, true));
+        Outline points = mesh.vertices;
+        points[0][0] -= 0.25;
+        relaxer.run(points);
+        relaxer.forces(points);
+        Equations e;
+        e.declare("y x");
+        e.add("y = RAND + x");
+        e.make_table("RAND", 5);
+        refusal_of([&] { e.add("y = nothing + RAND"); });
+        refusal_of([&] { e.add("y"); });
+        Equations other(std::move(e));
+        other.evaluate_all();
+    };
+    use_all(); // what the runtime keeps for itself is there now
+    const HeapWatch heap;
+    use_all();
+    EXPECT_EQ(heap.live_blocks(), 0);
+}
+
 TEST(FaceOnAnExhaustedHeap, ScatterThrows)
 {
     std::vector<double> triangles(9 * 5000); // more than fit on the stack

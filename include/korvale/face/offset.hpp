@@ -125,6 +125,7 @@ private:
 
     void look_at(PointView outline, double distance)
     {
+        DATADispose(status_.path); // a line that has gained wings is the record's own
         *status_.path = record_over(outline);
         status_.distance = distance;
     }
