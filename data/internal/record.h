@@ -5,6 +5,7 @@
 
 #include "data/data.h"
 #include "data/datastruct.h"
+#include "data/internal/buffers.h"
 
 // The life cycle of a record under one name for both generations, for work that is written once over either.
 namespace korvale::inside {
@@ -26,7 +27,8 @@ inline int allocate(Data& d)
 
 inline int allocate(DATAstruct& d)
 {
-    return DATAAllocate(&d);
+    const bool is_there = d.count >= 1 && d.dim >= 1 && serves(d, d.type, components(d.count, d.dim));
+    return is_there ? 1 : DATAAllocate(&d); // which would find the same
 }
 
 inline void dispose(Data& d)
