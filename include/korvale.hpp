@@ -19,6 +19,10 @@
 /// Arguments that cannot be used throw `korvale::Error`; an exhausted heap throws `std::bad_alloc`. Distinct values may
 /// be used from several threads at a time.
 
+#if __cplusplus < 202002L
+#error "korvale.hpp is for C++20: compile with -std=c++20, or include korvale.h, which is content with C++14"
+#endif
+
 #include "korvale/face/band.hpp"
 #include "korvale/face/equations.hpp"
 #include "korvale/face/frames.hpp"

@@ -84,6 +84,10 @@ by_flags() {
             "$(pkg-config --static --cflags --libs korvale)"
     done
     expect_bits "$mine"/host_*
+
+    eval "$compiler -std=c++17 -fsyntax-only '$here/face_host.cpp' $(pkg-config --cflags korvale)" 2>"$mine/refused" &&
+        fail "korvale.hpp does not say which language it wants"
+    grep -F 'korvale.hpp is for C++20' "$mine/refused" >/dev/null || fail "$(head -3 "$mine/refused")"
 }
 
 # A host that knows the library at run time only.
