@@ -182,11 +182,8 @@ struct Waiting {
         const int slot = next >= count ? next - count : next - count + kSlots;
         const double* const e = energies[slot];
         --count;
-        if (!t.tags.exist()) {
-            for (int i = 0; i < n; i += 3)
-                energy = energy + e[i] + e[i + 1] + e[i + 2];
-            return energy;
-        }
+        if (!t.tags.exist())
+            return with_all<n>(energy, e);
         const int32_t* const corners = t.faces.corners + firsts[slot];
         for (int i = 0; i < n; i += 3)
             if (!t.tags.contain(corners[i]) || !t.tags.contain(corners[i + 1]) || !t.tags.contain(corners[i + 2]))

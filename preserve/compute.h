@@ -9,7 +9,7 @@
 /// before the step, the step is halved, at most 20 times; the last trial is kept whatever its energy. Tagged points do
 /// not move. Points already in shape (an energy of exactly 0.0) stay as they are, and so do all points for fewer than
 /// one iteration; the measures and the energy are refreshed nevertheless. The array stays referenced by the status as
-/// `cur_points`.
+/// `cur_points`. Nothing is allocated.
 ///
 /// Returns 1, or -1, with nothing changed, for a null status or an array that is not points, has another count than the
 /// reference points or lacks its buffer.
@@ -21,7 +21,8 @@
 KORVALE_API int PreserveCompute(PreserveStatus* status, DATAstruct* points, int iterations);
 
 /// Evaluates energy and force at `points` and copies the force, [points][3] doubles, to `force_out`, which is shaped as
-/// needed. The array `points` stays referenced by the status as `cur_points`.
+/// needed. The array `points` stays referenced by the status as `cur_points`. Nothing is allocated where `force_out`
+/// fits.
 ///
 /// Returns 1, also when `force_out` is null or cannot be allocated, or -1 as `PreserveCompute`.
 ///

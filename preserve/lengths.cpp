@@ -67,11 +67,8 @@ KORVALE_OVER_LANES double add_edges(const Lengths& t, int32_t e, double energy)
     store(t.measure + e, lengths);
     double energies[n];
     store(energies, penalty<V>(t.weight, lengths - load<V>(t.reference + e)));
-    if (!t.tags.exist()) {
-        for (double more : energies)
-            energy += more;
-        return energy;
-    }
+    if (!t.tags.exist())
+        return with_all<n>(energy, energies);
     for (int l = 0; l < n; ++l)
         if (!t.tags.contain(t.ends(e)[2 * l]) || !t.tags.contain(t.ends(e)[2 * l + 1]))
             energy += energies[l];

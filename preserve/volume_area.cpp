@@ -139,10 +139,7 @@ KORVALE_OVER_LANES void add_triangles(const double* p, const int32_t* corners, M
     double volumes[n], areas[n];
     store(volumes, dot(p0, far));
     store(areas, root(dot(normal, normal)));
-    for (int l = 0; l < n; ++l) {
-        sums.volume += volumes[l];
-        sums.area += areas[l];
-    }
+    sums = {with_all<n>(sums.volume, volumes), with_all<n>(sums.area, areas)};
 }
 
 template <class V>

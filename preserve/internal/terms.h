@@ -56,6 +56,16 @@ inline V penalty(double weight, const V& deviation)
     return weight * (deviation * deviation);
 }
 
+/// The sum with n energies added one after the other.
+template <int n>
+[[gnu::always_inline]] inline double with_all(double sum, const double* energies)
+{
+    if constexpr (n == 0)
+        return sum;
+    else
+        return with_all<n - 1>(sum + energies[0], energies + 1);
+}
+
 /// Gives a measure array room for `count` values; it is made when missing and left alone when large enough.
 bool make_room(DATAstruct*& d, int32_t count);
 

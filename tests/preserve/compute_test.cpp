@@ -270,6 +270,18 @@ TEST(PreserveGetForce, CopiesTheForce)
     EXPECT_TRUE(same_bits({0, 0, 0, 3, 0, 0}, edge.solver.positions()));
 }
 
+TEST(PreserveGetForce, AllocatesNothingFromTheSecondCallOn)
+{
+    NEEDS_HEAP_COUNTS();
+    Solver solver(icosphere(1));
+    ASSERT_TRUE(switch_on(solver, kAllTerms, 0.1));
+    OwnedDATA force;
+    ASSERT_EQ(PreserveGetForce(solver, solver.moved(), force), 1);
+    const HeapWatch heap;
+    EXPECT_EQ(PreserveGetForce(solver, solver.moved(), force), 1);
+    EXPECT_EQ(heap.allocations(), 0);
+}
+
 TEST(PreserveGetForce, DoesNotZeroTheForcesOfTaggedPoints)
 {
     Edge edge(5.0, 3.0);
