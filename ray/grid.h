@@ -10,6 +10,9 @@
 /// Calling order: `ray_initialize`; set nx, ny, nz if 4 each do not suit; `ray_set_triangles`; `ray_classify`; any
 /// number of queries; `ray_declassify` before other triangles are classified and before the record is discarded. After
 /// the last `ray_declassify`, `DataDispose(&s.bbox)` releases what is left; the triangle array stays the caller's.
+///
+/// Beside the record the library keeps the planes between the cells, nx + ny + nz + 3 numbers, until the cells are
+/// released, or it is unloaded. A query on a record with marks for all triangles takes no memory.
 struct RayStatus {
     Data* triangles; ///< [triangles][9], borrowed: three vertices x, y, z each; null until set
     Data bbox;       ///< [1][6], owned: xmin, ymin, zmin, xmax, ymax, zmax of all vertices
