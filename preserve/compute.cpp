@@ -73,7 +73,7 @@ bool advance(const Step& step, double length)
     for_lanes<int64_t>(0, step.n, [=, &is_short]<class V>(int64_t q) {
         const V stride = all<V>(length) * load<V>(f + q), to = load<V>(x + q) + stride, limit = all<V>(kFarthest);
         store(x + q, to);
-        if (any_false((absolute(to) < limit) & (absolute(stride) < limit)))
+        if (any_false(absolute(to) < limit) || any_false(absolute(stride) < limit))
             is_short = false;
     });
     return is_short;
