@@ -1,3 +1,0 @@
-#pragma once
-
-#include "platform/internal/scratch.h" // its present place
