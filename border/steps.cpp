@@ -76,6 +76,15 @@ bool merge_from(Wavefront& w, int32_t i)
     }
 }
 
+/// The lines stay those of the edges as they are now, which are about to change.
+void keep_edges(Wavefront& w)
+{
+    std::copy(w.edge.dx, w.edge.dx + w.live, w.edge_before.dx);
+    std::copy(w.edge.dy, w.edge.dy + w.live, w.edge_before.dy);
+    std::copy(w.edge.length, w.edge.length + w.live, w.edge_before.length);
+    w.line_edge = w.edge_before;
+}
+
 /// 1 + the cosine of the turn from unit edge direction e to f.
 template <class V>
 KORVALE_OVER_LANES V turn(const V& ex, const V& ey, const V& fx, const V& fy)
@@ -107,13 +116,13 @@ KORVALE_OVER_LANES V drift_of(const V& dx, const V& dy, const V& vx, const V& vy
     return absolute(dx * vy - dy * vx + 1.0);
 }
 
-/// Lists the corners that may be hairpins.
-int32_t list_sharp_corners(const Wavefront& w)
+/// Lists the corners from `from` on that may be hairpins.
+int32_t list_sharp_corners(const Wavefront& w, int32_t from)
 {
     const double *const dx = w.edge.dx, *const dy = w.edge.dy;
     int32_t* const list = w.list;
     int32_t count = 0;
-    for_lanes(0, w.live, [dx, dy, list, &count]<class V>(int32_t i) {
+    for_lanes(from, w.live, [dx, dy, list, &count]<class V>(int32_t i) {
         const V c = turn(load<V>(dx + i - 1), load<V>(dy + i - 1), load<V>(dx + i), load<V>(dy + i));
         const auto is_sharp = c < all<V>(kHairpinTurn);
         add_places(i, bits(is_sharp), list, count);
@@ -200,6 +209,25 @@ bool merge_short_edges(Wavefront& w)
     return true;
 }
 
+bool measure_over_hairpin(Wavefront& w, int32_t& from)
+{
+    const int32_t i = std::exchange(w.hairpin, -1), before = previous_live(w, i), j = next_live(w, i);
+    const double dx = w.at.x[j] - w.at.x[before], dy = w.at.y[j] - w.at.y[before];
+    const double length = std::sqrt(dx * dx + dy * dy);
+    if (length < kMergeLength) {
+        keep_edges(w);
+        if (!merge_from(w, before))
+            return false;
+    } else {
+        w.edge.length[before] = length;
+        w.edge.dx[before] = dx / length;
+        w.edge.dy[before] = dy / length;
+    }
+    const int32_t changed = previous_live(w, j);
+    from = changed < i && i < j ? changed : 0;
+    return true;
+}
+
 void fit_edge_lines(Wavefront& w)
 {
     close_ring(w.at, w.live); // again, as some may have died
@@ -211,11 +239,12 @@ void fit_edge_lines(Wavefront& w)
     w.spread &= ~static_cast<unsigned>(Wavefront::lines);
 }
 
-Corners aim_vertices(Wavefront& w)
+Corners aim_vertices(Wavefront& w, int32_t from)
 {
-    w.drift = 0.0;
-    const int32_t sharp = list_sharp_corners(w);
-    int32_t done = 0;
+    if (from == 0)
+        w.drift = 0.0;
+    const int32_t sharp = list_sharp_corners(w, from);
+    int32_t done = from;
     if (sharp > 0)
         refresh(w); // a hairpin leaves the velocities behind it as they were
     for (int32_t k = 0; k < sharp; ++k) {
@@ -224,6 +253,7 @@ Corners aim_vertices(Wavefront& w)
         if (!aim_sharp_corner(w, i)) {
             const int32_t j = next_live(w, i), before = previous_live(w, i);
             bury(w, i, w.edge.length[before] > w.edge.length[i] ? j : before);
+            w.hairpin = i;
             return j != before ? Corners::hairpin_removed : Corners::outline_gone;
         }
         done = i + 1;

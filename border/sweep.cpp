@@ -77,16 +77,21 @@ void close_up(Wavefront& w, MeetingSearch& search)
     follow_packing(search, w);
 }
 
-/// Measures the edges of the live vertices, none of them short any more. False when a single vertex is left.
-bool measure_live(Wavefront& w, MeetingSearch& search)
+/// Measures the edges of the live vertices, none of them short any more. Vertices before place `from` are aimed
+/// already. False when a single vertex is left.
+bool measure_live(Wavefront& w, MeetingSearch& search, int32_t& from)
 {
+    from = 0;
     if (w.live - w.gone_count == 1)
         return false;
-    close_up(w, search);
-    if (measure_edges(w))
-        return true;
-    if (!merge_short_edges(w))
-        return false;
+    if (w.hairpin >= 0) {
+        if (!measure_over_hairpin(w, from))
+            return false;
+    } else {
+        close_up(w, search);
+        if (!measure_edges(w) && !merge_short_edges(w))
+            return false;
+    }
     if (w.gone_count > 0) {
         close_up(w, search);
         close_gaps(w, w.edge);
@@ -99,10 +104,11 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
     Sweep& s = w.s;
     const int64_t most_rounds = 4 * int64_t{s.n} + 64;
     for (int64_t round = 0; round < most_rounds && s.remaining != 0.0; ++round) {
-        if (!measure_live(w, search))
+        int32_t from;
+        if (!measure_live(w, search, from))
             return;
         fit_edge_lines(w);
-        switch (aim_vertices(w)) {
+        switch (aim_vertices(w, from)) {
         case Corners::outline_gone:
             return;
         case Corners::hairpin_removed:

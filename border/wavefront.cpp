@@ -92,7 +92,7 @@ int64_t Wavefront::doubles_for(const Sweep& s)
 }
 
 Wavefront::Wavefront(Sweep& sweep, double* memory)
-    : s(sweep), live(sweep.n), drift(0.0), gone_count(0), gap_count(0), spread(0), written(0)
+    : s(sweep), live(sweep.n), drift(0.0), gone_count(0), gap_count(0), hairpin(-1), spread(0), written(0)
 {
     double* column = memory + 1;
     for (double** const c : {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx,

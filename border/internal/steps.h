@@ -27,12 +27,17 @@ bool measure_edges(Wavefront& w);
 /// False when a single vertex is left.
 bool merge_short_edges(Wavefront& w);
 
+/// The same after a hairpin has been buried. Nothing has moved since the edges were measured, so only the edge that
+/// ended there changes, and those that change because it is too short. Vertices before place `from` see no difference.
+/// False when a single vertex is left.
+bool measure_over_hairpin(Wavefront& w, int32_t& from);
+
 /// From here on the lines of the edges are those of the edges and positions as they are now.
 void fit_edge_lines(Wavefront& w);
 
-/// Sets the velocity of every vertex such that both its edges move at unit speed, up to the first hairpin, which is
-/// buried. Sets `drift` as well.
-Corners aim_vertices(Wavefront& w);
+/// Sets the velocity of every vertex from place `from` on such that both its edges move at unit speed, up to the first
+/// hairpin, which is buried. Those before `from` have theirs from the round before. Sets `drift` as well.
+Corners aim_vertices(Wavefront& w, int32_t from);
 
 /// Sets at which rate every edge changes its length. When the first shrinks to nothing; beyond the remaining distance
 /// when none does.

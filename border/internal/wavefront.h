@@ -56,6 +56,7 @@ struct Wavefront {
     int32_t* list;   ///< [live] for the use of a step
     uint8_t* gone;   ///< [live] 1 for a dead vertex not yet packed away
     int32_t gone_count, gap_count;
+    int32_t hairpin;  ///< place of a hairpin that was buried when the vertices were aimed last, -1 for none
     unsigned spread;  ///< groups that still have the gaps of the last packing
     unsigned written; ///< groups that a step has written
 };

@@ -194,6 +194,21 @@ TEST(SweepSteps, LeaveTheSameThroughManyEvents)
     compare({comb(80, 0.5), 0.4, true, true}, 1);
 }
 
+// Teeth of a comb vanish all at once and leave spikes, whose removal brings their feet together.
+TEST(SweepSteps, LeaveTheSameWhereSpikesCollapse)
+{
+    Random random(7);
+    for (int round = 0; round < rounds(400) && !testing::Test::HasFailure(); ++round) {
+        Coordinates path = comb(1 + random.below(25), random.one_in(2) ? 0.5 : random.uniform(0.1, 1.5));
+        if (random.one_in(3)) // begin anywhere
+            std::rotate(path.begin(), path.begin() + 3 * random.below(static_cast<int>(path.size() / 3)), path.end());
+        if (random.one_in(3))
+            path = rough(path, 1e-6, random);
+        const double distance = random.one_in(2) ? random.uniform(-1, 1) : random.one_in(2) ? -0.6 : 0.5;
+        compare({path, distance, random.one_in(2), random.one_in(2)}, round);
+    }
+}
+
 TEST(SweepSteps, MakeTheSameBorderOfTheFirstGeneration)
 {
     Random random(5);
