@@ -1,3 +1,6 @@
+// What is derived from sizes and indices: whether they are sound, the edges of faces, and the edges and faces at each
+// point. Everything is linear in their number. Points are grouped by counting: how many each point has, where its run
+// therefore starts, and then one after the other at a cursor per point.
 #include "preserve/internal/connectivity.h"
 
 #include <algorithm>
@@ -160,7 +163,7 @@ bool find_edges(const Faces& faces, DATAstruct*& edges)
     return true;
 }
 
-// Each point's run is filled at a cursor of its own, for which the counts stand in meanwhile.
+// The counts stand in for the cursors until the end.
 void group_by_point(PreserveStatus& s)
 {
     const Edges edges = edges_of(s);

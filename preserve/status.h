@@ -36,7 +36,7 @@ struct PreserveStatus {
     DATAstruct* point_faces;      ///< [2 edges] ints, faces grouped by point in the same runs, -1 where unused; kept,
                                   ///< read by no computation
 
-    // Reference measures.
+    // Reference measures. In the names here and below, o is what a measure originally was, n what it is now.
     double weights[4]; ///< weight of each term: length, face angle, volume, area; 1.0 after `PreserveInitialize`
     DATAstruct* olen;  ///< [edges] doubles, lengths, owned
     DATAstruct* ofang; ///< [corners] doubles, cosines, owned

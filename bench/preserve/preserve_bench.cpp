@@ -67,10 +67,10 @@ public:
 
     ~Squashed()
     {
-        DATAstruct* const edges = status.edges;
+        DATAstruct* const built = status.edges;
         PreserveDispose(&status);
-        DATADispose(edges);
-        std::free(edges);
+        DATADispose(built);
+        std::free(built);
     }
 
     Squashed(const Squashed&) = delete;

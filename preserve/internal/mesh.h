@@ -31,7 +31,7 @@ inline double* measures_in(const DATAstruct* d, int64_t wanted)
 }
 
 struct Edges {
-    const int32_t* ends; // [2 count] the two points of each edge
+    const int32_t* ends; // [count][2] the two points of each edge
     int32_t count;
 };
 

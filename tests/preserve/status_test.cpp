@@ -1,9 +1,7 @@
 #include "preserve/status.h"
 
-#include <cstddef>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -18,34 +16,6 @@ namespace korvale::test {
 namespace {
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-TEST(PreserveStatus, HasItsFieldsInOrder)
-{
-    EXPECT_EQ(sizeof(PreserveStatus), 216u);
-    EXPECT_TRUE(std::is_standard_layout_v<PreserveStatus> && std::is_trivial_v<PreserveStatus>);
-    const size_t offsets[] = {offsetof(PreserveStatus, flags),
-                              offsetof(PreserveStatus, points),
-                              offsetof(PreserveStatus, edges),
-                              offsetof(PreserveStatus, face_sizes),
-                              offsetof(PreserveStatus, face_points),
-                              offsetof(PreserveStatus, tags),
-                              offsetof(PreserveStatus, masses),
-                              offsetof(PreserveStatus, face_starts),
-                              offsetof(PreserveStatus, point_edge_count),
-                              offsetof(PreserveStatus, point_edge_start),
-                              offsetof(PreserveStatus, point_edges),
-                              offsetof(PreserveStatus, point_faces),
-                              offsetof(PreserveStatus, weights)};
-    for (size_t i = 0; i < std::size(offsets); ++i)
-        EXPECT_EQ(offsets[i], 8 * i);
-    const size_t later[] = {
-        offsetof(PreserveStatus, olen),  offsetof(PreserveStatus, ofang),      offsetof(PreserveStatus, ovolume),
-        offsetof(PreserveStatus, oarea), offsetof(PreserveStatus, cur_points), offsetof(PreserveStatus, nlen),
-        offsetof(PreserveStatus, nfang), offsetof(PreserveStatus, nvolume),    offsetof(PreserveStatus, narea),
-        offsetof(PreserveStatus, force), offsetof(PreserveStatus, energy)};
-    for (size_t i = 0; i < std::size(later); ++i)
-        EXPECT_EQ(later[i], 128 + 8 * i);
-}
 
 TEST(PreserveStatus, TermsAreBits)
 {
