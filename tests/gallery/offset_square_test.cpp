@@ -11,8 +11,7 @@ using korvale::test::run_program;
 
 TEST(OffsetSquare, PrintsTheCornersOfTheWiderSquare)
 {
-    // The example leaves its arrays to the end of the process; a leak checker is told so.
-    const Outcome outcome = run_program("ASAN_OPTIONS=detect_leaks=0 \"" OFFSET_SQUARE_PROGRAM "\"");
+    const Outcome outcome = run_program("\"" OFFSET_SQUARE_PROGRAM "\"");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.printed, "-0.5 -0.5\n4.5 -0.5\n4.5 4.5\n-0.5 4.5\n");
 }
