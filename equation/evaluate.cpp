@@ -81,27 +81,6 @@ bool step(EquationSystem& es, const Program& program, Run& run, Below& below)
     }
 }
 
-/// Runs the rest of a program that has a target, gives that variable the result unless it is reserved, and returns it.
-double finish(EquationSystem& es, const Program& program, Run& run, Below& below)
-{
-    while (step(es, program, run, below)) {
-    }
-    const int32_t target = program.operands[0];
-    if (is_variable(es, target) && !is_reserved(es, target))
-        es.var_vals->dvals[target] = run.top;
-    return run.top;
-}
-
-[[gnu::noinline]] double evaluate_step_by_step(EquationSystem& es, int32_t equation)
-{
-    if (!is_equation(es, equation))
-        return 0.0;
-    const Program program = program_of(es, equation);
-    Run run;
-    Below below;
-    return program.has_target() ? finish(es, program, run, below) : 0.0;
-}
-
 /// A list as the library makes it, with at least one element.
 inline bool is_usual(const DATAstruct* d)
 {
@@ -119,10 +98,13 @@ struct Frame {
     const double* constants;
     double* values;
     void* const* functions;
+    int32_t count; ///< items
     Below below;
+    int32_t ended[kMostItems + 1]; ///< a copy of the kinds, where no end item stands behind them
 
     /// False where anything is not as it usually is: all lists of the library's own making, an end item behind the
     /// items and within their 100 places, ADD to DIVIDE in their slots.
+    template <bool may_copy>
     [[gnu::always_inline]] bool open(EquationSystem& system, int32_t number)
     {
         const DATAstruct* const equations = system.equations;
@@ -138,10 +120,17 @@ struct Frame {
         kinds = kind_list->ivals;
         operands = operand_list->ivals;
         constants = constant_list->dvals;
-        const int32_t count = kind_list->count;
-        if (kinds == nullptr || operands == nullptr || constants == nullptr || count < 1 || count >= kMostItems ||
-            kinds[0] != EQ_ITEM_TARGET || kinds[count] != EQ_ITEM_END)
+        count = kind_list->count;
+        if (kinds == nullptr || operands == nullptr || constants == nullptr || count < 1 || count > kMostItems ||
+            kinds[0] != EQ_ITEM_TARGET)
             return false;
+        if (count == kMostItems || kinds[count] != EQ_ITEM_END) {
+            if constexpr (!may_copy)
+                return false;
+            std::copy_n(kinds, count, ended);
+            ended[count] = EQ_ITEM_END;
+            kinds = ended;
+        }
         if (!is_usual(system.var_vals) || !is_usual(system.funcs))
             return false;
         es = &system;
@@ -251,29 +240,82 @@ double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, doub
     return run_other(frame, kind, operand, below, top);
 }
 
-/// Leaves the rest of the program to the documented steps.
-[[gnu::noinline]] double run_step_by_step(Frame& frame, const int32_t* kind, double* below, double top)
+/// Gives the variable on the left the result, unless it is reserved, and returns it.
+double conclude(EquationSystem& es, const Program& program, double result)
 {
-    Run run = {kind - frame.kinds, below - frame.below, top};
-    return finish(*frame.es, program_of(*frame.es, frame.equation), run, frame.below);
+    const int32_t target = program.operands[0];
+    if (is_variable(es, target) && !is_reserved(es, target))
+        es.var_vals->dvals[target] = result;
+    return result;
+}
+
+/// Goes on after anything may have changed: quickly, if all is as usual, or else as documented to the end.
+[[gnu::noinline]] double go_on(Frame& frame, Run state)
+{
+    EquationSystem& es = *frame.es;
+    const int32_t equation = frame.equation;
+    if (state.depth >= 1 && frame.open<true>(es, equation) && state.position <= frame.count)
+        return run(frame, frame.kinds + state.position, frame.operands + state.position, frame.below + state.depth,
+                   state.top);
+    const Program program = is_equation(es, equation) ? program_of(es, equation) : Program();
+    if (!program.has_target())
+        return state.top;
+    while (step(es, program, state, frame.below)) {
+    }
+    return conclude(es, program, state.top);
+}
+
+/// Runs the next item as documented, and goes on.
+[[gnu::noinline]] double run_carefully(Frame& frame, const int32_t* kind, double* below, double top)
+{
+    Run state = {kind - frame.kinds, below - frame.below, top};
+    const Program program = program_of(*frame.es, frame.equation); // nothing has changed since the frame was opened
+    return step(*frame.es, program, state, frame.below) ? go_on(frame, state) : conclude(*frame.es, program, state.top);
+}
+
+/// An evaluation from its beginning, whatever the records are like.
+[[gnu::noinline]] double evaluate_carefully(EquationSystem& es, int32_t equation)
+{
+    Frame frame;
+    frame.es = &es;
+    frame.equation = equation;
+    Run state;
+    const Program program = is_equation(es, equation) ? program_of(es, equation) : Program();
+    if (!program.has_target())
+        return 0.0;
+    return step(es, program, state, frame.below) ? go_on(frame, state) : conclude(es, program, state.top);
 }
 
 [[gnu::noinline]] double call_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
                                     double top)
 {
     void* const slot = frame.function(*operand);
-    if (!is_built_in_unary(*operand, slot))
-        return run_step_by_step(frame, kind, below, top);
-    return run(frame, kind + 1, operand + 1, below, reinterpret_cast<UnaryFunction>(slot)(top));
+    if (slot == nullptr)
+        return run_carefully(frame, kind, below, top);
+    const double result = reinterpret_cast<UnaryFunction>(slot)(top);
+    if (is_built_in_unary(*operand, slot))
+        return run(frame, kind + 1, operand + 1, below, result);
+    return go_on(frame, {kind - frame.kinds + 1, below - frame.below, result});
 }
 
 [[gnu::noinline]] double call_binary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
                                      double top)
 {
     void* const slot = frame.function(*operand);
-    if (below == frame.below + 1 || !is_built_in_binary(*operand, slot))
-        return run_step_by_step(frame, kind, below, top);
-    return run(frame, kind + 1, operand + 1, below - 1, reinterpret_cast<BinaryFunction>(slot)(below[-1], top));
+    if (slot == nullptr || below == frame.below + 1) // no function, one value
+        return run_carefully(frame, kind, below, top);
+    const double result = reinterpret_cast<BinaryFunction>(slot)(below[-1], top);
+    if (is_built_in_binary(*operand, slot))
+        return run(frame, kind + 1, operand + 1, below - 1, result);
+    return go_on(frame, {kind - frame.kinds + 1, below - 1 - frame.below, result});
+}
+
+[[gnu::noinline]] double call_draw(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
+{
+    if (below == frame.below + kMostValues || !is_built_in_draw(*operand, frame.function(*operand)))
+        return run_carefully(frame, kind, below, top);
+    *below = top;
+    return run(frame, kind + 1, operand + 1, below + 1, EqTableRead(frame.es, *operand));
 }
 
 [[gnu::noinline]] double run_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
@@ -290,11 +332,13 @@ double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, doub
 {
     if (*kind == EQ_ITEM_BINARY)
         return call_binary(frame, kind, operand, below, top);
+    if (*kind == EQ_ITEM_SAMPLE)
+        return call_draw(frame, kind, operand, below, top);
     const DATAstruct* const flags = frame.es->var_flags;
     const int32_t target = frame.operands[0];
     if (*kind != EQ_ITEM_END || !is_usual(flags) || flags->bvals == nullptr || !frame.has_value(target) ||
         target >= flags->count)
-        return run_step_by_step(frame, kind, below, top);
+        return run_carefully(frame, kind, below, top);
     if (flags->bvals[target] == 0)
         frame.values[target] = top;
     return top;
@@ -409,15 +453,15 @@ double EqEvaluate(EquationSystem* es, int equation)
     if (es == nullptr)
         return 0.0;
     Frame frame;
-    if (!frame.open(*es, equation))
-        return evaluate_step_by_step(*es, equation);
-    const int32_t* const first = frame.kinds + 1; // the first value is there without pushing
-    const int32_t* const operand = frame.operands + 1;
-    if (*first == EQ_ITEM_VARIABLE && frame.has_value(*operand))
-        return run(frame, first + 1, operand + 1, frame.below + 1, frame.values[*operand]);
-    if (*first == EQ_ITEM_CONSTANT)
-        return run(frame, first + 1, operand + 1, frame.below + 1, frame.constants[1]);
-    return evaluate_step_by_step(*es, equation);
+    if (frame.open<false>(*es, equation)) {
+        const int32_t* const first = frame.kinds + 1; // its value is there without pushing
+        const int32_t* const operand = frame.operands + 1;
+        if (*first == EQ_ITEM_VARIABLE && frame.has_value(*operand))
+            return run(frame, first + 1, operand + 1, frame.below + 1, frame.values[*operand]);
+        if (*first == EQ_ITEM_CONSTANT)
+            return run(frame, first + 1, operand + 1, frame.below + 1, frame.constants[1]);
+    }
+    return evaluate_carefully(*es, equation);
 }
 
 int EqSystemEvaluate(EquationSystem* es)
