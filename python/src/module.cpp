@@ -1,4 +1,4 @@
-// The Python module `korvale`: arrays whose memory NumPy sees without a copy, the border sweep, equations.
+// The Python module `korvale._korvale`: arrays whose memory NumPy sees without a copy, the border sweep, equations.
 //
 // What the library reports by -1 becomes a ValueError; shapes are checked before the library is called.
 #include <cstdlib>
@@ -237,7 +237,7 @@ private:
 
 } // namespace
 
-PYBIND11_MODULE(korvale, m)
+PYBIND11_MODULE(_korvale, m)
 {
     m.doc() = "Numeric geometry: arrays, borders of outlines, equations.";
 

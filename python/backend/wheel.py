@@ -1,0 +1,119 @@
+"""How pip builds korvale: CMake compiles the package folder, and this packs it into a wheel.
+
+It needs cmake, a compiler and pybind11, and nothing from the network. `--config-settings folder=FOLDER` names the build
+folder; without it the build is in build/wheel, or, where that cannot be written, in a folder that is removed again.
+"""
+
+import base64
+import hashlib
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import sysconfig
+import tarfile
+import tempfile
+import zipfile
+
+SOURCES = pathlib.Path(__file__).resolve().parent.parent.parent
+
+
+def version():
+    """The version, which stands in the header alone."""
+    header = (SOURCES / "include/korvale.h").read_text()
+    return re.search(r'#define KORVALE_VERSION "(.*)"', header).group(1)
+
+
+def metadata():
+    """What pip shows and asks for."""
+    return f"""Metadata-Version: 2.1
+Name: korvale
+Version: {version()}
+Summary: Numeric geometry: borders, bands, rays, relaxation, equations, frames, scattering
+License: MIT
+Requires-Python: >=3.9
+Requires-Dist: numpy
+Description-Content-Type: text/markdown
+
+{(SOURCES / "README.md").read_text()}"""
+
+
+def tag():
+    """What the compiled modules fit: this Python on this kind of machine."""
+    python = f"cp{sys.version_info.major}{sys.version_info.minor}"
+    return f"{python}-{python}-{re.sub('[-.]', '_', sysconfig.get_platform())}"
+
+
+def compile_package(folder):
+    """Builds the package folder and returns its parent."""
+    generator = ["-G", "Ninja"] if shutil.which("ninja") and not (folder / "CMakeCache.txt").exists() else []
+    configure = ["cmake", "-S", SOURCES, "-B", folder, *generator, "-DCMAKE_BUILD_TYPE=Release"]
+    options = ["-DKORVALE_PYTHON=ON", "-DKORVALE_INSTALL=OFF", f"-DPYTHON_EXECUTABLE={sys.executable}", "-Wno-dev"]
+    subprocess.run(configure + options, check=True, stdout=sys.stderr)
+    build = ["cmake", "--build", folder, "--target", "python_package", "--parallel", str(os.cpu_count())]
+    subprocess.run(build, check=True, stdout=sys.stderr)
+    return folder / "python"
+
+
+def pack(parent, target):
+    """Writes the wheel: the package folder, what describes it and a list of all with their digests."""
+    described = f"korvale-{version()}.dist-info"
+    texts = {
+        f"{described}/METADATA": metadata(),
+        f"{described}/WHEEL": f"Wheel-Version: 1.0\nGenerator: korvale\nRoot-Is-Purelib: false\nTag: {tag()}\n",
+        f"{described}/LICENSE": (SOURCES / "LICENSE").read_text(),
+    }
+    contents = {name: text.encode() for name, text in texts.items()}
+    for file in sorted((parent / "korvale").rglob("*")):
+        if file.is_file() and "__pycache__" not in file.parts:
+            contents[file.relative_to(parent).as_posix()] = file.read_bytes()
+    record = ""
+    with zipfile.ZipFile(target, "w", zipfile.ZIP_DEFLATED) as wheel:
+        for name, content in contents.items():
+            write(wheel, name, content)
+            digest = base64.urlsafe_b64encode(hashlib.sha256(content).digest()).rstrip(b"=").decode()
+            record += f"{name},sha256={digest},{len(content)}\n"
+        write(wheel, f"{described}/RECORD", f"{record}{described}/RECORD,,\n".encode())
+
+
+def write(wheel, name, content):
+    """Adds a file that all may read, always of the same day, so that equal contents give an equal wheel."""
+    entry = zipfile.ZipInfo(name, (2026, 1, 1, 0, 0, 0))
+    entry.external_attr = (0o100755 if ".so" in name else 0o100644) << 16
+    entry.compress_type = zipfile.ZIP_DEFLATED
+    wheel.writestr(entry, content)
+
+
+# --- What pip calls ---------------------------------------------------------------------------------------------------
+
+
+def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
+    """Builds the wheel into a folder and returns the name of its file."""
+    name = f"korvale-{version()}-{tag()}.whl"
+    target = pathlib.Path(wheel_directory) / name
+    given = (config_settings or {}).get("folder")
+    if given or os.access(SOURCES, os.W_OK):
+        pack(compile_package(pathlib.Path(given or SOURCES / "build/wheel").absolute()), target)
+    else:
+        with tempfile.TemporaryDirectory() as folder:
+            pack(compile_package(pathlib.Path(folder)), target)
+    return name
+
+
+def build_sdist(sdist_directory, config_settings=None):
+    """Packs the sources without what was built from them and returns the name of the file."""
+    name = f"korvale-{version()}"
+
+    def kept(entry):
+        path = entry.name[len(name) + 1 :]
+        return None if path in ("build", "out", ".git") or "__pycache__" in path else entry
+
+    with tarfile.open(pathlib.Path(sdist_directory) / f"{name}.tar.gz", "w:gz", format=tarfile.PAX_FORMAT) as archive:
+        archive.add(SOURCES, name, filter=kept)
+        with tempfile.NamedTemporaryFile("w", suffix=".txt") as described:
+            described.write(metadata())
+            described.flush()
+            archive.add(described.name, f"{name}/PKG-INFO")
+    return f"{name}.tar.gz"

@@ -1,0 +1,34 @@
+"""Tests of the installed package: it stands on its own, and is the version the header names."""
+
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+import korvale
+
+PACKAGE = pathlib.Path(korvale.__file__).parent
+SOURCES = pathlib.Path(__file__).resolve().parent.parent.parent
+
+
+class PackageTest(unittest.TestCase):
+    def test_is_the_installed_one(self):
+        self.assertIn("site-packages", PACKAGE.parts)
+
+    def test_has_the_version_of_the_header(self):
+        header = (SOURCES / "include/korvale.h").read_text()
+        self.assertEqual(korvale.__version__, re.search('KORVALE_VERSION "(.*)"', header).group(1))
+
+    def test_carries_both_libraries_and_loads_no_others(self):
+        text = "import korvale._raw; print(open('/proc/self/maps').read())"
+        maps = subprocess.run([sys.executable, "-c", text], check=True, capture_output=True, text=True).stdout
+        loaded = set(re.findall(r"\S*libkorvale\S*", maps))
+        self.assertEqual(loaded, {str(PACKAGE / name) for name in ("libkorvale.so.1", "libkorvale-platform.so.1")})
+
+    def test_is_marked_as_typed(self):
+        self.assertTrue((PACKAGE / "py.typed").exists())
+
+
+if __name__ == "__main__":
+    unittest.main()
