@@ -1,14 +1,15 @@
 // Arbitrary sequences of array operations on three records of each generation. After every step each record must be
 // usable over its whole shape, and results are compared with what a host could compute itself.
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 #include "data/internal/record.h"
 #include "data/operations.h"
 #include "data/sampling.h"
+#include "fuzz/input.h"
+
+using namespace korvale::fuzz;
 
 namespace {
 
@@ -16,41 +17,10 @@ using korvale::inside::dispose;
 
 constexpr int kRecords = 3;
 
-/// The input, byte by byte; zeros when it is used up.
-struct Input {
-    const uint8_t* bytes;
-    size_t left;
-
-    int next(int below)
-    {
-        if (left == 0)
-            return 0;
-        --left;
-        return *bytes++ % below;
-    }
-
-    double value()
-    {
-        double d = 0.0;
-        if (left >= sizeof d && next(4) == 0 && left >= sizeof d) {
-            std::memcpy(&d, bytes, sizeof d);
-            bytes += sizeof d;
-            left -= sizeof d;
-            return d;
-        }
-        return next(256) / 16.0 - 8;
-    }
-};
-
-void must(bool holds)
+/// Mostly a small multiple of 1/16, now and then any number.
+double value_of(Input& in)
 {
-    if (!holds)
-        std::abort();
-}
-
-bool is_same(double a, double b)
-{
-    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+    return in.below(4) == 0 ? in.any<double>() : in.below(256) / 16.0 - 8;
 }
 
 int64_t size(const Data& d)
@@ -71,11 +41,11 @@ void fill(Array& d, Input& in)
         return;
     for (int64_t i = 0; i < size(d); ++i) {
         if (d.type == DATA_TYPE_DOUBLE && d.dvals != nullptr)
-            d.dvals[i] = in.value();
+            d.dvals[i] = value_of(in);
         if (d.type == DATA_TYPE_INT && d.ivals != nullptr)
-            d.ivals[i] = in.next(256);
+            d.ivals[i] = in.below(256);
         if (d.type == DATA_TYPE_BYTE && d.bvals != nullptr)
-            d.bvals[i] = static_cast<uint8_t>(in.next(256));
+            d.bvals[i] = static_cast<uint8_t>(in.below(256));
     }
 }
 
@@ -84,9 +54,9 @@ constexpr int kKinds[] = {DATA_TYPE_DOUBLE, DATA_TYPE_DOUBLE, DATA_TYPE_DOUBLE, 
 template <class Array>
 void shape(Array& d, Input& in)
 {
-    d.type = kKinds[in.next(7)];
-    d.count = in.next(40) - 1;
-    d.dim = in.next(2) == 0 ? 3 : in.next(11) - 1;
+    d.type = kKinds[in.below(7)];
+    d.count = in.below(40) - 1;
+    d.dim = in.below(2) == 0 ? 3 : in.below(11) - 1;
 }
 
 void make(Data& d, Input& in)
@@ -100,7 +70,7 @@ void make(Data& d, Input& in)
 void make(DATAstruct& d, Input& in)
 {
     shape(d, in);
-    const int done = in.next(2) == 0 ? DATAAllocate(&d) : DATAReAllocate(&d);
+    const int done = in.below(2) == 0 ? DATAAllocate(&d) : DATAReAllocate(&d);
     if (done == 1)
         fill(d, in);
     else // the shape was refused: leave the record as one that may be used
@@ -119,7 +89,7 @@ void transform_checked(Xfm m, DATAstruct& from, DATAstruct& to)
         double expected[3];
         TransformPoint(m, &before[i], expected);
         for (size_t k = 0; k < 3; ++k)
-            must(is_same(expected[k], to.dvals[i + k]));
+            require(is_same(expected[k], to.dvals[i + k]));
     }
 }
 
@@ -129,7 +99,7 @@ void bounds_checked(DATAstruct& from, DATAstruct& to)
         return;
     for (int64_t i = 0; i < size(from); ++i) {
         const double low = to.dvals[i % from.dim], high = to.dvals[from.dim + i % from.dim];
-        must(!(from.dvals[i] < low) && !(from.dvals[i] > high));
+        require(!(from.dvals[i] < low) && !(from.dvals[i] > high));
     }
 }
 
@@ -141,7 +111,7 @@ void reverse_checked(DATAstruct& d)
     DATAReverse(&d);
     for (size_t i = 0; i < before.size(); ++i) {
         const auto dim = static_cast<size_t>(d.dim), count = static_cast<size_t>(d.count);
-        must(is_same(before[i], d.dvals[(count - 1 - i / dim) * dim + i % dim]));
+        require(is_same(before[i], d.dvals[(count - 1 - i / dim) * dim + i % dim]));
     }
 }
 
@@ -149,25 +119,25 @@ void reverse_checked(DATAstruct& d)
 void walk_tree(Xfm m, Input& in)
 {
     DATAstruct* first = nullptr;
-    const int n = in.next(6);
+    const int n = in.below(6);
     for (int i = 0; i < n; ++i) {
         DATAstruct* const d = DATANew();
         make(*d, in);
         d->next = first;
         first = d;
     }
-    must(DATAListCount(first) == n);
+    require(DATAListCount(first) == n);
     DATAstruct* const tree = DATAListToDATA(first);
-    must((tree == nullptr) == (n == 0));
+    require((tree == nullptr) == (n == 0));
     if (tree == nullptr)
         return;
     TransformDATA(m, tree, tree);
     DATASubReverse(tree);
     DATAReverse(tree);
-    must(DATACheckIfPatch(tree) == 1 && DATACheckIfMesh(tree) == 0);
+    require(DATACheckIfPatch(tree) == 1 && DATACheckIfMesh(tree) == 0);
     if (DATACheckIfFace(tree) == 1)
         for (int i = 0; i < n; ++i)
-            must(DATACheckIfPoints(static_cast<DATAstruct*>(tree->pvals[i])) == 1);
+            require(DATACheckIfPoints(static_cast<DATAstruct*>(tree->pvals[i])) == 1);
     DATADispose(tree);
     std::free(tree);
 }
@@ -176,7 +146,7 @@ void walk_tree(Xfm m, Input& in)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
-    Input in = {bytes, count};
+    Input in(bytes, count);
     Data old[kRecords];
     DATAstruct now[kRecords];
     for (int i = 0; i < kRecords; ++i) {
@@ -186,14 +156,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
     Xfm m;
     for (auto& row : m)
         for (double& value : row)
-            value = in.value();
-    if (in.next(2) == 0)
+            value = value_of(in);
+    if (in.below(2) == 0)
         m[3][0] = m[3][1] = m[3][2] = 0, m[3][3] = 1;
 
-    for (int step = 0; step < 64 && in.left > 0; ++step) {
-        const int a = in.next(kRecords), b = in.next(kRecords), to = in.next(kRecords);
-        const double wa = in.value(), wb = in.value();
-        switch (in.next(13)) {
+    for (int step = 0; step < 64 && !in.is_used_up(); ++step) {
+        const int a = in.below(kRecords), b = in.below(kRecords), to = in.below(kRecords);
+        const double wa = value_of(in), wb = value_of(in);
+        switch (in.below(13)) {
         case 0:
             make(old[a], in);
             break;
@@ -247,7 +217,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
             dispose(now[b]);
             break;
         }
-        if (in.next(4) == 0)
+        if (in.below(4) == 0)
             for (int i = 0; i < kRecords; ++i) {
                 fill(old[i], in);
                 fill(now[i], in);

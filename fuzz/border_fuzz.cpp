@@ -13,6 +13,7 @@
 #include "border/border.h"
 #include "border/outlines.h"
 #include "data/operations.h"
+#include "fuzz/input.h"
 #include "path/flatten.h"
 #include "platform/layer.h"
 #include "tests/reference/sweep.h"
@@ -24,26 +25,14 @@ extern "C" const char* __lsan_default_suppressions()
     return "leak:Border(BorderStatus*)\n";
 }
 
-namespace {
+using namespace korvale::fuzz;
 
-void require(bool fact)
-{
-    if (!fact)
-        std::abort();
-}
+namespace {
 
 void release(DATAstruct* d)
 {
     DATADispose(d);
     std::free(d);
-}
-
-std::vector<double> read_doubles(const uint8_t* bytes, size_t count)
-{
-    std::vector<double> values(count / sizeof(double));
-    if (!values.empty())
-        std::memcpy(values.data(), bytes, values.size() * sizeof(double));
-    return values;
 }
 
 std::vector<double> read_integers(const uint8_t* bytes, size_t count)
@@ -108,8 +97,7 @@ constexpr double kUntouched = 7.25;
 void require_same(const std::vector<double>& expected, const double* actual)
 {
     for (size_t i = 0; i < expected.size(); ++i)
-        require(std::memcmp(&expected[i], &actual[i], sizeof(double)) == 0 ||
-                (std::isnan(expected[i]) && std::isnan(actual[i])));
+        require(is_same(expected[i], actual[i]));
 }
 
 /// The work arrays against the documented steps.
@@ -224,7 +212,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
         distance = static_cast<double>(static_cast<int8_t>(bytes[1])) / 16.0;
     const uint8_t* const rest = bytes + 1 + sizeof distance;
     count -= 1 + sizeof distance;
-    std::vector<double> points = (bytes[0] & 16) != 0 ? read_integers(rest, count) : read_doubles(rest, count);
+    std::vector<double> points = (bytes[0] & 16) != 0 ? read_integers(rest, count) : doubles_of(rest, count);
     sweep(points, distance, keep, split, as_band);
     constexpr size_t kMostCompared = 120; // the steps take time in proportion to the cube
     if (points.size() >= 3 && points.size() / 3 <= kMostCompared && std::isfinite(distance))

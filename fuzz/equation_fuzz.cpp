@@ -1,18 +1,13 @@
 // Runs a script of lines: each line's first byte chooses what is done with the rest, most lines are equations.
-#include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
+#include "fuzz/input.h"
 #include "korvale.h"
 
-namespace {
+using namespace korvale::fuzz;
 
-void require(bool fact)
-{
-    if (!fact)
-        std::abort();
-}
+namespace {
 
 double half(double x)
 {
@@ -27,11 +22,6 @@ double least(double a, double b)
 double three()
 {
     return 3;
-}
-
-bool is_same(double a, double b)
-{
-    return a == b || (std::isnan(a) && std::isnan(b));
 }
 
 void register_name(EquationSystem& es, std::string name)

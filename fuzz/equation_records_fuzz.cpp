@@ -2,24 +2,19 @@
 // memory of the host, other functions in the registry. Whatever runs, an evaluation gives what the documented steps
 // give, and memory of the host neither moves nor grows.
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <vector>
 
+#include "fuzz/input.h"
 #include "korvale.h"
 #include "platform/layer.h"
 #include "tests/reference/equation_steps.h"
 
-namespace {
+using namespace korvale::fuzz;
 
-void require(bool fact)
-{
-    if (!fact)
-        std::abort();
-}
+namespace {
 
 double half(double x)
 {
@@ -36,49 +31,24 @@ double three()
     return 3;
 }
 
-/// The input, zeros after its end.
-class Bytes {
-public:
-    Bytes(const uint8_t* bytes, size_t count) : next_(bytes), end_(bytes + count) {}
-
-    bool are_left() const { return next_ < end_; }
-    int byte() { return next_ < end_ ? *next_++ : 0; }
-    int below(int n) { return byte() % n; }
-    template <class T>
-    T any()
-    {
-        T value = {};
-        auto* const to = reinterpret_cast<uint8_t*>(&value);
-        for (size_t i = 0; i < sizeof value; ++i)
-            to[i] = static_cast<uint8_t>(byte());
-        return value;
-    }
-    /// A small number or one of those where arithmetic ends.
-    int count()
-    {
-        const int values[] = {-1, INT32_MIN, INT32_MAX, INT32_MAX - 19, 715827880};
-        const int which = below(16);
-        return which < 5 ? values[which] : below(150);
-    }
-    std::string text()
-    {
-        static const char* const kWords[] = {"a",    "b",     "c ",    "d",     "12", ".5", "2x", "SIN ",
-                                             "HALF", "LEAST", "THREE", "RAND ", "+",  "-",  "*",  "/",
-                                             "^",    "(",     ")",     " ",     "=",  "e",  "A",  "_"};
-        std::string words;
-        for (int n = below(24); n > 0; --n)
-            words += kWords[below(24)];
-        return words;
-    }
-
-private:
-    const uint8_t* next_;
-    const uint8_t* end_;
-};
-
-bool is_same(double a, double b)
+/// A small number or one of those where arithmetic ends.
+int count_of(Input& in)
 {
-    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+    const int values[] = {-1, INT32_MIN, INT32_MAX, INT32_MAX - 19, 715827880};
+    const int which = in.below(16);
+    return which < 5 ? values[which] : in.below(150);
+}
+
+/// Words of equations in any order.
+std::string text_of(Input& in)
+{
+    static const char* const kWords[] = {"a",    "b",     "c ",    "d",     "12", ".5", "2x", "SIN ",
+                                         "HALF", "LEAST", "THREE", "RAND ", "+",  "-",  "*",  "/",
+                                         "^",    "(",     ")",     " ",     "=",  "e",  "A",  "_"};
+    std::string words;
+    for (int n = in.below(24); n > 0; --n)
+        words += kWords[in.below(24)];
+    return words;
 }
 
 std::array<DATAstruct*, 9> arrays_of(const EquationSystem& es)
@@ -94,14 +64,14 @@ DATAstruct* child(const EquationSystem& es, int row, int which)
 }
 
 /// An index of a function with `nargs` arguments, or one that is no function's.
-int function_index(const EquationSystem& es, int nargs, Bytes& in)
+int function_index(const EquationSystem& es, int nargs, Input& in)
 {
     const int f = in.below(24);
     const bool exists = f < es.func_nargs->alloc_count && f < es.funcs->alloc_count;
     return exists && es.func_nargs->ivals[f] != nargs ? -1 - f : f;
 }
 
-void edit_items(const EquationSystem& es, Bytes& in)
+void edit_items(const EquationSystem& es, Input& in)
 {
     const int row = in.below(4), p = in.below(100);
     DATAstruct *const kinds = child(es, row, 0), *const operands = child(es, row, 1),
@@ -122,7 +92,7 @@ void edit_items(const EquationSystem& es, Bytes& in)
 }
 
 /// Another size for one of the arrays of items, or none at all.
-void reshape_items(const EquationSystem& es, Bytes& in)
+void reshape_items(const EquationSystem& es, Input& in)
 {
     const int row = in.below(4), which = in.below(3), count = in.below(130);
     DATAstruct* const items = child(es, row, which);
@@ -184,9 +154,9 @@ void same(EquationSystem& es, Library library, Steps steps)
 }
 
 /// Anything that adds to the system.
-void grow(EquationSystem& es, Bytes& in)
+void grow(EquationSystem& es, Input& in)
 {
-    std::string text = in.text();
+    std::string text = text_of(in);
     switch (in.below(4)) {
     case 0:
         EqParseVariables(&es, text.data(), in.below(2));
@@ -205,7 +175,7 @@ void grow(EquationSystem& es, Bytes& in)
 }
 
 /// Growth with some of the arrays wrapped around exactly what they count: those stay as they are.
-void grow_wrapped(EquationSystem& es, Bytes& in)
+void grow_wrapped(EquationSystem& es, Input& in)
 {
     const int mask = in.any<uint16_t>();
     struct Shape {
@@ -235,12 +205,12 @@ void grow_wrapped(EquationSystem& es, Bytes& in)
 }
 
 /// Growth and evaluation with counts that are not true. `funcs` is left out where its 8 bytes a slot would exist.
-void run_miscounted(EquationSystem& es, Bytes& in)
+void run_miscounted(EquationSystem& es, Input& in)
 {
     DATAstruct* const arrays[] = {es.funcs, es.func_nargs, es.var_vals, es.equations, es.tables, es.var_flags};
     DATAstruct& d = *arrays[in.below(6)];
     const int32_t count = d.count;
-    d.count = in.count();
+    d.count = count_of(in);
     if (&d == es.funcs && d.count == 715827880)
         d.count = INT32_MAX;
     const int32_t untrue = d.count;
@@ -253,7 +223,7 @@ void run_miscounted(EquationSystem& es, Bytes& in)
         d.count = count;
 }
 
-void replace_function(const EquationSystem& es, Bytes& in)
+void replace_function(const EquationSystem& es, Input& in)
 {
     void* const unary[] = {nullptr, reinterpret_cast<void*>(half), reinterpret_cast<void*>(EqFuncNegate)};
     void* const binary[] = {nullptr, reinterpret_cast<void*>(least), reinterpret_cast<void*>(EqFuncAdd),
@@ -265,7 +235,7 @@ void replace_function(const EquationSystem& es, Bytes& in)
         es.funcs->pvals[f] = binary[which % 5];
 }
 
-void step(EquationSystem& es, Bytes& in)
+void step(EquationSystem& es, Input& in)
 {
     const int row = in.below(5) - 1;
     switch (in.below(14)) {
@@ -277,7 +247,7 @@ void step(EquationSystem& es, Bytes& in)
         break;
     case 4:
         if (DATAstruct* const kinds = child(es, row < 0 ? 0 : row, 0); kinds != nullptr && kinds->alloc_count > 0)
-            kinds->count = in.count();
+            kinds->count = count_of(in);
         break;
     case 5:
         reshape_items(es, in);
@@ -317,7 +287,7 @@ void step(EquationSystem& es, Bytes& in)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
-    Bytes in(bytes, count);
+    Input in(bytes, count);
     EquationSystem es;
     require(EqSystemInitialize(&es) == 1);
     char names[] = "a b c d", unary[] = "HALF", binary[] = "LEAST", none[] = "THREE",
@@ -327,7 +297,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
     require(EqAddFuncNoArg(&es, none, three) == 1);
     for (int row = 0; row < 3; ++row)
         require(EqParseEquation(&es, text) > 0);
-    for (int steps = 0; steps < 100 && in.are_left(); ++steps)
+    for (int steps = 0; steps < 100 && !in.is_used_up(); ++steps)
         step(es, in);
     EqSystemDispose(&es);
     return 0;

@@ -1,18 +1,14 @@
 // Flattens arbitrary points by both methods of both generations. The first byte selects, the rest are coordinates.
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "fuzz/input.h"
 #include "path/flatten.h"
 
-namespace {
+using namespace korvale::fuzz;
 
-void require(bool fact)
-{
-    if (!fact)
-        std::abort();
-}
+namespace {
 
 } // namespace
 
@@ -22,9 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
         return 0;
     const int closed = bytes[0] & 1;
     const bool with_reverse = (bytes[0] & 2) != 0;
-    std::vector<double> points((count - 1) / sizeof(double));
-    if (!points.empty())
-        std::memcpy(points.data(), bytes + 1, points.size() * sizeof(double));
+    std::vector<double> points = doubles_of(bytes + 1, count - 1);
     const std::vector<double> before = points;
     const auto n = static_cast<int32_t>(points.size() / 3);
 

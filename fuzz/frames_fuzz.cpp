@@ -2,11 +2,13 @@
 // are coordinates.
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
+#include "fuzz/input.h"
 #include "path/frames.h"
 #include "tests/reference/frames.h"
+
+using namespace korvale::fuzz;
 
 namespace {
 
@@ -14,21 +16,13 @@ struct Frame {
     Xfm m;
 };
 
-/// Whether both have the same bits or both are not numbers.
-bool is_same(double a, double b)
-{
-    return std::memcmp(&a, &b, sizeof a) == 0 || (a != a && b != b);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
     if (count == 0)
         return 0;
-    std::vector<double> points((count - 1) / sizeof(double));
-    if (!points.empty())
-        std::memcpy(points.data(), bytes + 1, points.size() * sizeof(double));
+    std::vector<double> points = doubles_of(bytes + 1, count - 1);
     const bool closed = (bytes[0] & 1) != 0;
     const size_t n = points.size() / 3;
     std::vector<Frame> frames(n), expected(n); // exactly as many as there are points: one more written is caught

@@ -10,32 +10,15 @@
 #include <vector>
 
 #include "data/operations.h"
+#include "fuzz/input.h"
+
+using namespace korvale::fuzz;
 
 namespace {
 
 constexpr int kMostRecords = 40;
 /// A walk that visits more leaves than this is not made: shared levels multiply.
 constexpr double kMostVisits = 20000;
-
-/// The input, byte by byte; zeros when it is used up.
-struct Input {
-    const uint8_t* bytes;
-    size_t left;
-
-    int next(int below)
-    {
-        if (left == 0)
-            return 0;
-        --left;
-        return *bytes++ % below;
-    }
-};
-
-void must(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 /// The records of a tree from the heap; record 0 is the root, and slots lead to records of a higher number.
 struct Tree {
@@ -49,32 +32,32 @@ int32_t odd_size(Input& in)
 {
     constexpr int32_t kSizes[] = {
         -1, 0, 1, 2, 5, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()};
-    return kSizes[in.next(7)];
+    return kSizes[in.below(7)];
 }
 
 /// Leaves the buffer of `d` as one that a host has made.
 void wrap(DATAstruct& d, Input& in)
 {
-    d.alloc_count = d.alloc_dim = in.next(2) - 1;
+    d.alloc_count = d.alloc_dim = in.below(2) - 1;
 }
 
 void make_leaf(DATAstruct& d, Input& in)
 {
     constexpr int32_t kKinds[] = {
         DATA_TYPE_DOUBLE, DATA_TYPE_DOUBLE, DATA_TYPE_DOUBLE, DATA_TYPE_INT, DATA_TYPE_BYTE, DATA_TYPE_POINTER, 7};
-    d.type = kKinds[in.next(7)];
-    d.count = in.next(12);
-    d.dim = in.next(3) == 0 ? in.next(5) : 3;
+    d.type = kKinds[in.below(7)];
+    d.count = in.below(12);
+    d.dim = in.below(3) == 0 ? in.below(5) : 3;
     if (DATAAllocate(&d) != 1)
         return;
     for (int32_t i = 0; i < d.count * d.dim; ++i)
         if (d.type == DATA_TYPE_DOUBLE)
-            d.dvals[i] = in.next(256) / 16.0 - 8;
+            d.dvals[i] = in.below(256) / 16.0 - 8;
         else if (d.type == DATA_TYPE_INT)
-            d.ivals[i] = in.next(256);
+            d.ivals[i] = in.below(256);
         else if (d.type == DATA_TYPE_BYTE)
-            d.bvals[i] = static_cast<uint8_t>(in.next(256));
-    if (in.next(4) == 0)
+            d.bvals[i] = static_cast<uint8_t>(in.below(256));
+    if (in.below(4) == 0)
         wrap(d, in);
 }
 
@@ -84,12 +67,12 @@ void make_parent(Tree& tree, size_t number, Input& in)
     DATAstruct& d = *tree.records[number];
     const auto behind = static_cast<int>(tree.records.size() - number - 1);
     d.type = DATA_TYPE_DATA;
-    d.count = 1 + in.next(6);
-    d.dim = 1 + in.next(2);
-    must(DATAAllocate(&d) == 1);
+    d.count = 1 + in.below(6);
+    d.dim = 1 + in.below(2);
+    require(DATAAllocate(&d) == 1);
     double visits = 0;
     for (int32_t i = 0; i < d.count * d.dim; ++i) {
-        const int to = in.next(behind + 1);
+        const int to = in.below(behind + 1);
         if (to == 0)
             continue;
         d.pvals[i] = tree.records[number + static_cast<size_t>(to)];
@@ -97,20 +80,20 @@ void make_parent(Tree& tree, size_t number, Input& in)
             visits += tree.visits[number + static_cast<size_t>(to)];
     }
     tree.visits[number] = 1 + visits;
-    if (in.next(5) == 0)
+    if (in.below(5) == 0)
         wrap(d, in);
 }
 
 Tree make_tree(Input& in)
 {
-    const size_t n = 2 + static_cast<size_t>(in.next(kMostRecords - 1));
+    const size_t n = 2 + static_cast<size_t>(in.below(kMostRecords - 1));
     Tree tree = {std::vector<DATAstruct*>(n), std::vector<double>(n, 1.0)};
     for (DATAstruct*& record : tree.records) {
         record = DATANew();
-        must(record != nullptr);
+        require(record != nullptr);
     }
     for (size_t i = n; i-- > 1;) {
-        if (in.next(2) == 0)
+        if (in.below(2) == 0)
             make_leaf(*tree.records[i], in);
         else
             make_parent(tree, i, in);
@@ -119,7 +102,7 @@ Tree make_tree(Input& in)
     root.type = DATA_TYPE_DATA;
     root.count = static_cast<int32_t>(n) - 1;
     root.dim = 1;
-    must(DATAAllocate(&root) == 1);
+    require(DATAAllocate(&root) == 1);
     for (size_t i = 1; i < n; ++i) {
         root.pvals[i - 1] = tree.records[i];
         tree.visits[0] += tree.visits[i];
@@ -149,8 +132,8 @@ Tree make_twin(const Tree& tree, Input& in)
             for (size_t j = i + 1; j < n; ++j)
                 if (from.pvals[k] == tree.records[j])
                     to.pvals[k] = twin.records[j];
-        if (!is_parent && in.next(8) == 0)
-            to.dim = in.next(to.dim + 1);
+        if (!is_parent && in.below(8) == 0)
+            to.dim = in.below(to.dim + 1);
     }
     return twin;
 }
@@ -180,7 +163,8 @@ void expect_same(const Values& values)
     for (const auto& [record, numbers] : values)
         for (size_t i = 0; i < numbers.size(); ++i) {
             const double found = record->dvals[i];
-            must(std::memcmp(&found, &numbers[i], sizeof found) == 0 || (std::isnan(found) && std::isnan(numbers[i])));
+            require(std::memcmp(&found, &numbers[i], sizeof found) == 0 ||
+                    (std::isnan(found) && std::isnan(numbers[i])));
         }
 }
 
@@ -223,18 +207,18 @@ void carry_plainly(Xfm m, const DATAstruct* from, const DATAstruct* to, Values& 
 void tangle(Tree& tree, Input& in)
 {
     const auto n = static_cast<int>(tree.records.size());
-    for (int i = in.next(6); i > 0; --i) {
-        DATAstruct& d = *tree.records[static_cast<size_t>(in.next(n))];
+    for (int i = in.below(6); i > 0; --i) {
+        DATAstruct& d = *tree.records[static_cast<size_t>(in.below(n))];
         if (d.next == nullptr)
-            d.next = tree.records[static_cast<size_t>(in.next(n))];
+            d.next = tree.records[static_cast<size_t>(in.below(n))];
     }
-    for (int i = in.next(4); i > 0; --i) {
-        DATAstruct& d = *tree.records[static_cast<size_t>(in.next(n))];
+    for (int i = in.below(4); i > 0; --i) {
+        DATAstruct& d = *tree.records[static_cast<size_t>(in.below(n))];
         if (d.type == DATA_TYPE_DATA && d.pvals != nullptr)
-            d.pvals[0] = in.next(3) == 0 ? d.pvals[0] : tree.records[static_cast<size_t>(in.next(n))];
+            d.pvals[0] = in.below(3) == 0 ? d.pvals[0] : tree.records[static_cast<size_t>(in.below(n))];
     }
-    for (int i = in.next(6); i > 0; --i) {
-        DATAstruct& d = *tree.records[static_cast<size_t>(in.next(n))];
+    for (int i = in.below(6); i > 0; --i) {
+        DATAstruct& d = *tree.records[static_cast<size_t>(in.below(n))];
         d.count = odd_size(in);
         d.dim = odd_size(in);
     }
@@ -245,10 +229,10 @@ void tangle(Tree& tree, Input& in)
 
 void dispose(Tree& tree, Input& in)
 {
-    if (in.next(2) == 0)
+    if (in.below(2) == 0)
         tangle(tree, in);
-    must(DATADispose(tree.root()) == 1);
-    must(tree.root()->pvals == nullptr && tree.root()->next == nullptr && tree.root()->count == -1);
+    require(DATADispose(tree.root()) == 1);
+    require(tree.root()->pvals == nullptr && tree.root()->next == nullptr && tree.root()->count == -1);
     std::free(tree.root());
 }
 
@@ -256,12 +240,12 @@ void dispose(Tree& tree, Input& in)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
-    Input in = {bytes, count};
+    Input in(bytes, count);
     Xfm m;
     for (auto& row : m)
         for (double& value : row)
-            value = in.next(64) / 8.0 - 4;
-    if (in.next(2) == 0)
+            value = in.below(64) / 8.0 - 4;
+    if (in.below(2) == 0)
         m[3][0] = m[3][1] = m[3][2] = 0, m[3][3] = 1;
     Tree tree = make_tree(in), twin = make_twin(tree, in);
     if (tree.visits[0] <= kMostVisits) {
@@ -283,9 +267,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
     DATACheckIfMesh(tree.root());
     DATAstruct shared;
     DATAInitialize(&shared);
-    must(DATACopy(tree.root(), &shared) == 1);
-    must(DATACat(tree.root(), twin.root(), &shared) == 1);
-    must(shared.pvals[0] == tree.root()->pvals[0]);
+    require(DATACopy(tree.root(), &shared) == 1);
+    require(DATACat(tree.root(), twin.root(), &shared) == 1);
+    require(shared.pvals[0] == tree.root()->pvals[0]);
     DATANodeDispose(&shared);
     dispose(tree, in);
     dispose(twin, in);

@@ -3,49 +3,27 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "data/operations.h"
 #include "data/sampling.h"
+#include "fuzz/input.h"
 #include "tests/reference/arrays.h"
 #include "tests/reference/sampling.h"
+
+using namespace korvale::fuzz;
 
 namespace {
 
 constexpr int kMemory = 700;
 
-/// The input, byte by byte; zeros when it is used up.
-struct Input {
-    const uint8_t* bytes;
-    size_t left;
-
-    int next(int below)
-    {
-        if (left == 0)
-            return 0;
-        --left;
-        return *bytes++ % below;
-    }
-
-    double value()
-    {
-        constexpr double kOdd[] = {0.0, -0.0, INFINITY, -INFINITY, NAN, 5e-324, 1e308, -1e308};
-        const int choice = next(256);
-        return choice < 8 ? kOdd[choice] : (choice - 130) / 16.0;
-    }
-};
-
-void must(bool holds)
+/// Mostly a small number, now and then an odd one.
+double value_of(Input& in)
 {
-    if (!holds)
-        std::abort();
-}
-
-bool is_same(double a, double b)
-{
-    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+    constexpr double kOdd[] = {0.0, -0.0, INFINITY, -INFINITY, NAN, 5e-324, 1e308, -1e308};
+    const int choice = in.below(256);
+    return choice < 8 ? kOdd[choice] : (choice - 130) / 16.0;
 }
 
 /// Where an array lies in the memory.
@@ -69,7 +47,7 @@ struct View {
 View draw_view(Input& in, int count, int dim)
 {
     const int most = kMemory - count * dim;
-    return {(in.next(256) * 256 + in.next(256)) % (most + 1), count, dim};
+    return {(in.below(256) * 256 + in.below(256)) % (most + 1), count, dim};
 }
 
 int run(bool plainly, int job, double (*m)[4], const double* w, DATAstruct* d)
@@ -100,27 +78,27 @@ int run(bool plainly, int job, double (*m)[4], const double* w, DATAstruct* d)
 
 void operate(Input& in)
 {
-    const int job = in.next(8), dim = in.next(2) == 0 || job == 7 ? 3 : 1 + in.next(14);
-    const int count = 1 + in.next(std::min(200, (kMemory / 2 - 2 * dim) / dim));
+    const int job = in.below(8), dim = in.below(2) == 0 || job == 7 ? 3 : 1 + in.below(14);
+    const int count = 1 + in.below(std::min(200, (kMemory / 2 - 2 * dim) / dim));
     View views[5];
     for (View& view : views)
         view = draw_view(in, count, dim);
-    if (in.next(4) == 0)
+    if (in.below(4) == 0)
         views[4] = views[0];
     if (job == 0)
         views[4].offset %= kMemory - 2 * count * dim + 1;
     if (job == 4 || job == 5)
         views[4] = draw_view(in, 2, dim);
-    const int matrix_at = in.next(2) == 0 ? -1 : in.next(256) * 2;
+    const int matrix_at = in.below(2) == 0 ? -1 : in.below(256) * 2;
 
     double ours[kMemory], plain[kMemory], w[4], apart[4][4];
     for (double& value : ours)
-        value = in.value();
+        value = value_of(in);
     for (double& value : w)
-        value = in.value();
+        value = value_of(in);
     for (auto& row : apart)
         for (double& value : row)
-            value = in.value();
+            value = value_of(in);
     std::memcpy(plain, ours, sizeof plain);
 
     int results[2];
@@ -131,21 +109,21 @@ void operate(Input& in)
             d[i] = views[i].in(memory);
         double(*m)[4] = matrix_at < 0 ? apart : reinterpret_cast<double(*)[4]>(memory + matrix_at);
         results[plainly ? 1 : 0] = run(plainly, job, m, w, d);
-        must(d[4].dvals == memory + views[4].offset);
+        require(d[4].dvals == memory + views[4].offset);
     }
-    must(results[0] == results[1]);
+    require(results[0] == results[1]);
     for (int i = 0; i < kMemory; ++i)
-        must(is_same(ours[i], plain[i]));
+        require(is_same(ours[i], plain[i]));
 }
 
 void sample(Input& in)
 {
-    const int n = 1 + in.next(60), k = in.next(3), count = 1 + in.next(100);
+    const int n = 1 + in.below(60), k = in.below(3), count = 1 + in.below(100);
     std::vector<double> triangles(static_cast<size_t>(9 * n)), attributes(static_cast<size_t>(3 * n * k));
     for (double& value : triangles)
-        value = in.value();
+        value = value_of(in);
     for (double& value : attributes)
-        value = in.value();
+        value = value_of(in);
     std::vector<double> points(static_cast<size_t>(3 * count)), carried(static_cast<size_t>(k * count));
     DATAstruct t, p, from, to;
     for (DATAstruct* d : {&t, &p, &from, &to})
@@ -154,21 +132,21 @@ void sample(Input& in)
     p.count = count, p.dim = 3, p.dvals = points.data();
     from.count = 3 * n, from.dim = k, from.dvals = attributes.data();
     to.count = count, to.dim = k, to.dvals = carried.data();
-    const auto seed = static_cast<unsigned>(in.next(256));
+    const auto seed = static_cast<unsigned>(in.below(256));
     DATATriSample(&t, seed, &p, &from, &to);
     const auto expected = korvale::reference::sample_triangles(triangles, seed, count, attributes);
     for (size_t i = 0; i < points.size(); ++i)
-        must(is_same(points[i], expected.points[i]));
+        require(is_same(points[i], expected.points[i]));
     for (size_t i = 0; i < carried.size(); ++i)
-        must(is_same(carried[i], expected.attributes[i]));
+        require(is_same(carried[i], expected.attributes[i]));
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
-    Input in = {bytes, count};
-    if (in.next(4) == 0)
+    Input in(bytes, count);
+    if (in.below(4) == 0)
         sample(in);
     else
         operate(in);

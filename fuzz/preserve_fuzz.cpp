@@ -8,9 +8,12 @@
 #include <memory>
 #include <vector>
 
+#include "fuzz/input.h"
 #include "preserve/compute.h"
 #include "preserve/evaluation.h"
 #include "tests/reference/preserve.h"
+
+using namespace korvale::fuzz;
 
 namespace {
 
@@ -32,63 +35,45 @@ void* __wrap_malloc(size_t bytes)
 
 namespace {
 
-void require(bool fact)
+bool one_in(Input& input, uint8_t n)
 {
-    if (!fact)
-        std::abort();
+    return input.byte() % n == 1 % n;
 }
 
-/// Takes the input apart; zeros once it is used up.
-class Bytes {
-public:
-    Bytes(const uint8_t* bytes, size_t count) : bytes_(bytes), count_(count) {}
+/// An index, mostly of a point that exists.
+int32_t index_of(Input& input, int32_t points)
+{
+    const int32_t index = input.byte() % (points + 1);
+    return index - (input.byte() == 1);
+}
 
-    template <class T>
-    T next()
-    {
-        T value = {};
-        const size_t n = count_ < sizeof value ? count_ : sizeof value;
-        if (n > 0)
-            std::memcpy(&value, bytes_, n);
-        bytes_ += n;
-        count_ -= n;
-        return value;
-    }
-
-    bool one_in(uint8_t n) { return next<uint8_t>() % n == 1 % n; }
-
-    /// An index, mostly of a point that exists.
-    int32_t index(int32_t points) { return next<uint8_t>() % (points + 1) - (next<uint8_t>() == 1); }
-
-    /// A coordinate, mostly a small one.
-    double coordinate() { return next<uint8_t>() < 8 ? next<double>() : next<int16_t>() / 1000.0; }
-
-private:
-    const uint8_t* bytes_;
-    size_t count_;
-};
+/// A coordinate, mostly a small one.
+double coordinate_of(Input& input)
+{
+    return input.byte() < 8 ? input.any<double>() : input.any<int16_t>() / 1000.0;
+}
 
 /// An array of the library's, or one around memory of the host that is exactly as long as the values.
 class Array {
 public:
-    Array(Bytes& input, const std::vector<int32_t>& values, int32_t dim) : Array(values.size(), dim)
+    Array(Input& input, const std::vector<int32_t>& values, int32_t dim) : Array(values.size(), dim)
     {
         d_.type = DATA_TYPE_INT;
         wrapped_ints_ = std::make_unique<int32_t[]>(values.size());
         d_.ivals = wrapped_ints_.get();
-        if (!input.one_in(3)) {
+        if (!one_in(input, 3)) {
             DATAstruct own = d_;
             own.ivals = nullptr;
             if (DATAAllocate(&own) == 1)
                 d_ = own;
             wrapped_ints_.reset(is_own() ? nullptr : wrapped_ints_.release());
         } else {
-            d_.dim = input.next<int8_t>() % 4;
+            d_.dim = input.any<int8_t>() % 4;
         }
         if (!values.empty())
             std::memcpy(d_.ivals, values.data(), values.size() * sizeof values[0]);
-        if (is_own() && input.one_in(16)) // longer than its buffer
-            d_.count += input.next<uint16_t>();
+        if (is_own() && one_in(input, 16)) // longer than its buffer
+            d_.count += input.any<uint16_t>();
     }
 
     Array(const std::vector<double>& values, int32_t dim) : Array(values.size(), dim)
@@ -141,24 +126,24 @@ struct Mesh {
     int32_t points;
     std::vector<int32_t> ends, sizes, corners;
 
-    explicit Mesh(Bytes& input) : points(input.next<uint8_t>() % 24)
+    explicit Mesh(Input& input) : points(input.byte() % 24)
     {
-        const int32_t faces = input.next<uint8_t>() % 32;
-        ends.resize(2 * (input.next<uint8_t>() % 12u));
+        const int32_t faces = input.byte() % 32;
+        ends.resize(2 * (input.byte() % 12u));
         for (int32_t& end : ends)
-            end = input.index(points);
+            end = index_of(input, points);
         int32_t start = 0;
         for (int32_t f = 0; f < faces; ++f) {
-            sizes.push_back(input.one_in(8) ? input.next<int8_t>() % 9 : 3);
+            sizes.push_back(one_in(input, 8) ? input.any<int8_t>() % 9 : 3);
             start += sizes.back();
             while (static_cast<int32_t>(corners.size()) < start)
-                corners.push_back(input.index(points));
-            if (input.one_in(128))
-                sizes.back() = input.next<int32_t>();
+                corners.push_back(index_of(input, points));
+            if (one_in(input, 128))
+                sizes.back() = input.any<int32_t>();
         }
-        for (int32_t extra = input.next<uint8_t>() % 16 - 12; extra > 0; --extra)
-            corners.push_back(input.next<int32_t>());
-        if (!corners.empty() && input.one_in(32))
+        for (int32_t extra = input.byte() % 16 - 12; extra > 0; --extra)
+            corners.push_back(input.any<int32_t>());
+        if (!corners.empty() && one_in(input, 32))
             corners.pop_back();
     }
 };
@@ -169,7 +154,7 @@ struct Solver {
     Array edges, sizes, corners, reference, moved, tags;
     int result;
 
-    Solver(Bytes input, const Mesh& mesh, const std::vector<double>& at, const std::vector<double>& to,
+    Solver(Input input, const Mesh& mesh, const std::vector<double>& at, const std::vector<double>& to,
            const std::vector<uint8_t>& tagged)
         : edges(input, mesh.ends, 2), sizes(input, mesh.sizes, 1), corners(input, mesh.corners, 1), reference(at, 3),
           moved(to, 3), tags(tagged)
@@ -223,23 +208,23 @@ void clear_measures(PreserveStatus& s)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
-    Bytes input(bytes, count);
-    const int32_t fails_at = input.one_in(4) ? input.next<uint8_t>() % 32 : -1;
-    const uint8_t terms = input.next<uint8_t>(), iterations = input.next<uint8_t>() % 4;
-    const bool has_tags = input.one_in(2), has_odd_terms = input.one_in(8);
+    Input input(bytes, count);
+    const int32_t fails_at = one_in(input, 4) ? input.byte() % 32 : -1;
+    const uint8_t terms = input.byte(), iterations = input.byte() % 4;
+    const bool has_tags = one_in(input, 2), has_odd_terms = one_in(input, 8);
     const Mesh mesh(input);
     std::vector<double> reference(3 * static_cast<size_t>(mesh.points)), moved(reference.size());
     for (double& x : reference)
-        x = input.coordinate();
+        x = coordinate_of(input);
     for (double& x : moved)
-        x = input.coordinate();
+        x = coordinate_of(input);
     std::vector<uint8_t> tagged(static_cast<size_t>(mesh.points));
     for (uint8_t& tag : tagged)
-        tag = input.next<uint8_t>() % 4 == 1;
+        tag = input.byte() % 4 == 1;
     double weights[4];
     for (double& weight : weights)
-        weight = input.coordinate();
-    const int32_t odd_term = input.next<int8_t>();
+        weight = coordinate_of(input);
+    const int32_t odd_term = input.any<int8_t>();
 
     allocations_left = fails_at;
     Solver s(input, mesh, reference, moved, tagged);

@@ -4,10 +4,13 @@
 #include <cstring>
 #include <vector>
 
+#include "fuzz/input.h"
 #include "ray/grid.h"
 #include "ray/query.h"
 #include "tests/ray/host_cells.h"
 #include "tests/reference/ray.h"
+
+using namespace korvale::fuzz;
 
 namespace {
 
@@ -15,44 +18,12 @@ using korvale::test::Box;
 using korvale::test::give_box;
 using korvale::test::number_node;
 
-void require(bool fact)
+/// Mostly a small multiple of 1/2, so that things touch; now and then any double.
+double value_of(Input& in)
 {
-    if (!fact)
-        std::abort();
+    const auto small = in.any<int8_t>();
+    return small > -120 ? 0.5 * small : in.any<double>();
 }
-
-/// The bytes of the input one after the other, zeros behind their end.
-class Bytes {
-public:
-    Bytes(const uint8_t* bytes, size_t count) : at_(bytes), left_(count) {}
-    bool any_left() const { return left_ > 0; }
-    uint8_t next()
-    {
-        if (left_ == 0)
-            return 0;
-        --left_;
-        return *at_++;
-    }
-    int below(int n) { return next() % n; }
-
-    /// Mostly a small multiple of 1/2, so that things touch; now and then any double.
-    double value()
-    {
-        const int8_t small = static_cast<int8_t>(next());
-        if (small > -120)
-            return 0.5 * small;
-        uint8_t raw[sizeof(double)];
-        for (uint8_t& byte : raw)
-            byte = next();
-        double any;
-        std::memcpy(&any, raw, sizeof any);
-        return any;
-    }
-
-private:
-    const uint8_t* at_;
-    size_t left_;
-};
 
 std::vector<Box> boxes_of(const RayStatus& s)
 {
@@ -63,12 +34,12 @@ std::vector<Box> boxes_of(const RayStatus& s)
 }
 
 /// Changes one cell. `boxes` are those of all cells. Whether it was given a box.
-bool edit(RayStatus& s, const std::vector<Box>& boxes, Bytes& bytes)
+bool edit(RayStatus& s, const std::vector<Box>& boxes, Input& in)
 {
-    const int c = bytes.below(static_cast<int>(boxes.size()));
-    const int t = bytes.below(s.triangles->count);
+    const int c = in.below(static_cast<int>(boxes.size()));
+    const int t = in.below(s.triangles->count);
     data_list_struct& cell = s.cells[c];
-    switch (bytes.below(8)) {
+    switch (in.below(8)) {
     case 0:
         DataListDispose(&cell);
         break;
@@ -82,7 +53,7 @@ bool edit(RayStatus& s, const std::vector<Box>& boxes, Bytes& bytes)
         }
         break;
     case 3: {
-        data_list_struct* const node = number_node({t, bytes.below(s.triangles->count)});
+        data_list_struct* const node = number_node({t, in.below(s.triangles->count)});
         node->next = cell.next;
         cell.next = node;
         break;
@@ -99,7 +70,7 @@ bool edit(RayStatus& s, const std::vector<Box>& boxes, Bytes& bytes)
             DataDispose(cell.next);
         break;
     default:
-        for (int n = bytes.below(120); n >= 0; --n)
+        for (int n = in.below(120); n >= 0; --n)
             ray_add_tri_to_bbox(&s, t, c);
         break;
     }
@@ -107,45 +78,44 @@ bool edit(RayStatus& s, const std::vector<Box>& boxes, Bytes& bytes)
 }
 
 /// One ray, beside the documented steps.
-void cast(RayStatus& s, Bytes& bytes)
+void cast(RayStatus& s, Input& in)
 {
     double origin[3], direction[3];
     for (int k = 0; k < 3; ++k) {
-        origin[k] = bytes.value();
-        direction[k] = bytes.value();
+        origin[k] = value_of(in);
+        direction[k] = value_of(in);
     }
     double expected_distance = -1, distance = -1;
     const int expected = korvale::reference::intersect(origin, direction, s, &expected_distance);
     const std::vector<uint8_t> marks(s.tri_marks.bvals, s.tri_marks.bvals + s.tri_marks.count);
     require(ray_intersect(origin, direction, &s, &distance) == expected);
-    require(std::memcmp(&distance, &expected_distance, sizeof distance) == 0 ||
-            (distance != distance && expected_distance != expected_distance));
+    require(is_same(distance, expected_distance));
     require(std::memcmp(marks.data(), s.tri_marks.bvals, marks.size()) == 0);
 }
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t count)
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
-    Bytes bytes(input, count);
+    Input in(bytes, count);
     RayStatus s;
     require(ray_initialize(&s) == 1);
-    s.nx = 1 + bytes.below(5);
-    s.ny = 1 + bytes.below(5);
-    s.nz = 1 + bytes.below(5);
-    std::vector<double> values(9 * static_cast<size_t>(1 + bytes.below(20)));
+    s.nx = 1 + in.below(5);
+    s.ny = 1 + in.below(5);
+    s.nz = 1 + in.below(5);
+    std::vector<double> values(9 * static_cast<size_t>(1 + in.below(20)));
     for (double& value : values)
-        value = bytes.value();
+        value = value_of(in);
     Data triangles = {9, static_cast<int32_t>(values.size() / 9), DATA_TYPE_DOUBLE, values.data(), nullptr, nullptr};
     ray_set_triangles(&triangles, &s);
 
     std::vector<Box> boxes;
-    const bool is_made_by_host = bytes.below(2) == 1;
+    const bool is_made_by_host = in.below(2) == 1;
     if (is_made_by_host) {
-        boxes.resize(static_cast<size_t>(1 + bytes.below(30)));
+        boxes.resize(static_cast<size_t>(1 + in.below(30)));
         for (Box& box : boxes)
             for (double& value : box)
-                value = bytes.value();
+                value = value_of(in);
         korvale::test::make_cells(&s, boxes);
     } else {
         ray_classify(&s);
@@ -153,11 +123,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t count)
         boxes = boxes_of(s);
     }
     bool has_given_box = false;
-    while (bytes.any_left()) {
-        if (bytes.below(4) != 0)
-            has_given_box = edit(s, boxes, bytes) || has_given_box;
+    while (!in.is_used_up()) {
+        if (in.below(4) != 0)
+            has_given_box = edit(s, boxes, in) || has_given_box;
         else
-            cast(s, bytes);
+            cast(s, in);
     }
     // Neither may other sizes and moved boxes lead astray, as long as the cells can be told from those of a host.
     if (!is_made_by_host && !has_given_box) {

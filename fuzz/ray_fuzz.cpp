@@ -1,21 +1,17 @@
 // Sorts arbitrary triangles into an arbitrary grid and casts an arbitrary ray at them, then again by holding the ray
 // against every cell. Three bytes give the grid, the rest are doubles: origin, direction, triangles.
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "fuzz/input.h"
 #include "math/vector.h"
 #include "ray/grid.h"
 #include "ray/query.h"
 
-namespace {
+using namespace korvale::fuzz;
 
-void require(bool fact)
-{
-    if (!fact)
-        std::abort();
-}
+namespace {
 
 /// The triangles in the cells that the ray meets, 1 for each.
 std::vector<uint8_t> triangles_met(RayStatus& s, double* origin, double* direction)
@@ -40,8 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
     constexpr size_t kGridBytes = 3, kRayValues = 6, kTriangleValues = 9;
     if (count < kGridBytes + kRayValues * sizeof(double))
         return 0;
-    std::vector<double> values((count - kGridBytes) / sizeof(double));
-    std::memcpy(values.data(), bytes + kGridBytes, values.size() * sizeof(double));
+    std::vector<double> values = doubles_of(bytes + kGridBytes, count - kGridBytes);
     double* const origin = values.data();
     double* const direction = origin + 3;
     const auto triangles = static_cast<int32_t>((values.size() - kRayValues) / kTriangleValues);

@@ -1,7 +1,6 @@
 // Arrays around memory of the host in every function that makes an array longer in place. The library cannot know who
 // frees that memory, so a call that would have to grow one fails and changes nothing; where there is room it works.
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -11,28 +10,11 @@
 #include "equation/functions.h"
 #include "equation/parse.h"
 #include "equation/variables.h"
+#include "fuzz/input.h"
+
+using namespace korvale::fuzz;
 
 namespace {
-
-/// The input, byte by byte; zeros when it is used up.
-struct Input {
-    const uint8_t* bytes;
-    size_t left;
-
-    int next(int below)
-    {
-        if (left == 0)
-            return 0;
-        --left;
-        return *bytes++ % below;
-    }
-};
-
-void must(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 size_t component_bytes(const DATAstruct& d)
 {
@@ -72,7 +54,7 @@ public:
         memory_.resize(bytes);
         std::memcpy(memory_.data(), own_, bytes);
         set_buffer(d, memory_.data());
-        d.alloc_count = d.alloc_dim = in.next(2) - 1;
+        d.alloc_count = d.alloc_dim = in.below(2) - 1;
     }
 
     /// Puts the library's own buffer back, with what was written to the memory of the host.
@@ -80,7 +62,7 @@ public:
     {
         if (memory_.empty())
             return;
-        must(buffer(d_) == memory_.data() && d_.alloc_count < 1);
+        require(buffer(d_) == memory_.data() && d_.alloc_count < 1);
         std::memcpy(own_, memory_.data(), memory_.size());
         set_buffer(d_, own_);
         d_.alloc_count = alloc_count_;
@@ -120,11 +102,11 @@ struct Snapshot {
 void make_points(DATAstruct& d, Input& in)
 {
     DATAInitialize(&d);
-    d.count = in.next(9);
-    d.dim = in.next(8) == 0 ? 2 : 3;
+    d.count = in.below(9);
+    d.dim = in.below(8) == 0 ? 2 : 3;
     if (DATAAllocate(&d) == 1)
         for (int32_t i = 0; i < d.count * d.dim; ++i)
-            d.dvals[i] = in.next(32) / 4.0;
+            d.dvals[i] = in.below(32) / 4.0;
 }
 
 /// Wings and pipe on a path and an output of which either may be the host's.
@@ -137,20 +119,20 @@ void band(Input& in)
     std::memset(&status, 0, sizeof status);
     status.path = &path;
     status.output = &output;
-    for (int round = in.next(4); round > 0; --round) {
-        const bool wraps_path = in.next(2) == 0, wraps_output = in.next(2) == 0;
+    for (int round = in.below(4); round > 0; --round) {
+        const bool wraps_path = in.below(2) == 0, wraps_output = in.below(2) == 0;
         DATAstruct none;
         DATAInitialize(&none);
         Wrapping around_path(wraps_path ? path : none, in), around_output(wraps_output ? output : none, in);
         const Snapshot path_before(path), output_before(output);
-        if (in.next(2) == 0) {
+        if (in.below(2) == 0) {
             BORDERAddWings(&status);
-            must(output_before.is_still(output));
-            must(!around_path.is_wrapped() || path_before.is_still(path));
+            require(output_before.is_still(output));
+            require(!around_path.is_wrapped() || path_before.is_still(path));
         } else {
             BORDERMakePipe(&status);
-            must(path_before.is_still(path));
-            must(!around_output.is_wrapped() || path.count < 1 || output_before.is_still(output));
+            require(path_before.is_still(path));
+            require(!around_output.is_wrapped() || path.count < 1 || output_before.is_still(output));
         }
     }
     DATADispose(&path);
@@ -170,10 +152,10 @@ double three()
 /// One call that may make arrays of the system longer; whether it succeeded.
 bool extend(EquationSystem& es, Input& in)
 {
-    std::string name(1 + static_cast<size_t>(in.next(3)), 'a');
+    std::string name(1 + static_cast<size_t>(in.below(3)), 'a');
     for (char& letter : name)
-        letter = static_cast<char>('a' + in.next(26));
-    switch (in.next(5)) {
+        letter = static_cast<char>('a' + in.below(26));
+    switch (in.below(5)) {
     case 0:
         return EqAddFuncUnary(&es, name.data(), half) == 1;
     case 1:
@@ -196,22 +178,22 @@ bool extend(EquationSystem& es, Input& in)
 void system(Input& in)
 {
     EquationSystem es;
-    must(EqSystemInitialize(&es) == 1);
-    for (int i = in.next(24); i > 0; --i)
+    require(EqSystemInitialize(&es) == 1);
+    for (int i = in.below(24); i > 0; --i)
         extend(es, in);
     DATAstruct* const arrays[] = {es.funcs,     es.func_names, es.func_nargs, es.var_names, es.var_vals,
                                   es.var_flags, es.equations,  es.tables,     es.table_pos};
-    for (int round = in.next(6); round > 0; --round) {
+    for (int round = in.below(6); round > 0; --round) {
         DATAstruct none;
         DATAInitialize(&none);
-        const int at = in.next(9), also = in.next(9);
+        const int at = in.below(9), also = in.below(9);
         Wrapping first(*arrays[at], in), second(also == at ? none : *arrays[also], in);
         std::vector<Snapshot> before;
         for (const DATAstruct* d : arrays)
             before.emplace_back(*d);
         if (!extend(es, in))
             for (size_t i = 0; i < 9; ++i)
-                must(before[i].is_still(*arrays[i]));
+                require(before[i].is_still(*arrays[i]));
         EqLookupFunction(&es, before.size() > 1 ? std::string("half").data() : nullptr);
         EqSystemEvaluate(&es);
     }
@@ -222,8 +204,8 @@ void system(Input& in)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
 {
-    Input in = {bytes, count};
-    if (in.next(2) == 0)
+    Input in(bytes, count);
+    if (in.below(2) == 0)
         band(in);
     else
         system(in);
