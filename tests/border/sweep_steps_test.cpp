@@ -21,29 +21,21 @@ using namespace korvale::test;
 namespace {
 
 /// What the arrays hold before a sweep, so that entries that it must not write are seen as well.
-constexpr double kUntouched = 7.25;
+constexpr double kUntouched = korvale::reference::SweepArrays::kUntouched;
 
 /// All that `BORDER_BORDER` leaves, computed by the documented steps.
-struct Expected {
-    Coordinates flat, direction, velocity, line;
-    std::vector<double> length, rate;
-    std::vector<uint8_t> dead;
-    std::vector<int32_t> merge;
+struct Expected : korvale::reference::SweepArrays {
+    using SweepArrays::SweepArrays;
+
     int32_t points;
     int64_t rounds;
     Coordinates border;
 };
 
-void expect(Expected& expected, const Outline& outline, int seed)
+Expected expect(const Outline& outline, int seed)
 {
     const size_t n = outline.path.size() / 3;
-    for (Coordinates* const c : {&expected.flat, &expected.direction, &expected.velocity, &expected.line})
-        c->assign(3 * n, kUntouched);
-    expected.length.assign(n, kUntouched);
-    expected.rate.assign(n, kUntouched);
-    expected.dead.assign(n, 99);
-    expected.merge.assign(n, 99);
-
+    Expected expected(n);
     OwnedBORDERStatus arrays(outline.path);
     fill_points(*arrays->flat, outline.path);
     Xfm xfm, reverse;
@@ -52,18 +44,7 @@ void expect(Expected& expected, const Outline& outline, int seed)
     TransformDATA(xfm, arrays->path, arrays->flat);
     std::copy_n(arrays->flat->dvals, 3 * n, expected.flat.begin());
 
-    korvale::reference::Sweep s{};
-    s.n = static_cast<int32_t>(n);
-    s.remaining = outline.distance;
-    s.split_events = outline.split_events;
-    s.flat = expected.flat.data();
-    s.direction = expected.direction.data();
-    s.velocity = expected.velocity.data();
-    s.line = expected.line.data();
-    s.length = expected.length.data();
-    s.rate = expected.rate.data();
-    s.dead = expected.dead.data();
-    s.merge = expected.merge.data();
+    korvale::reference::Sweep s = expected.sweep(outline.distance, outline.split_events);
     korvale::reference::run_sweep(s);
     expected.rounds = s.rounds;
     expected.points = s.n;
@@ -77,6 +58,7 @@ void expect(Expected& expected, const Outline& outline, int seed)
     fill_points(*arrays->output, border);
     TransformDATA(reverse, arrays->flat, arrays->output);
     expected.border = points_of(arrays->output);
+    return expected;
 }
 
 void prefill(DATAstruct& d, int32_t kind, size_t n, int32_t dim)
@@ -102,8 +84,7 @@ bool is_moderate(const Coordinates& points)
 /// Whether the library leaves what the documented steps leave.
 void compare(const Outline& outline, int seed)
 {
-    Expected expected;
-    expect(expected, outline, seed);
+    const Expected expected = expect(outline, seed);
     const size_t n = outline.path.size() / 3;
 
     OwnedBORDERStatus status(outline.path);
@@ -229,21 +210,9 @@ TEST(SweepSteps, MakeTheSameBorderOfTheFirstGeneration)
         const size_t n = outline.path.size() / 3;
         OwnedBorderStatus flat(outline.path);
         TransformData(xfm, status->path, flat->path);
-        Coordinates direction(3 * n), velocity(3 * n), line(3 * n), length(n), rate(n);
-        std::vector<uint8_t> dead(n);
-        std::vector<int32_t> merge(n);
-        korvale::reference::Sweep s{};
-        s.n = static_cast<int32_t>(n);
-        s.remaining = outline.distance;
-        s.split_events = outline.split_events;
+        korvale::reference::SweepArrays steps(n);
+        korvale::reference::Sweep s = steps.sweep(outline.distance, outline.split_events);
         s.flat = flat->path->dvals;
-        s.direction = direction.data();
-        s.velocity = velocity.data();
-        s.line = line.data();
-        s.length = length.data();
-        s.rate = rate.data();
-        s.dead = dead.data();
-        s.merge = merge.data();
         korvale::reference::run_sweep(s);
         if (outline.keep_collapsed)
             korvale::reference::join_dead_vertices(s);

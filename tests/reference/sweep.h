@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace korvale::reference {
 
@@ -19,6 +21,39 @@ struct Sweep {
     uint8_t* dead;     ///< [n] 1 once removed
     int32_t* merge;    ///< [n] vertex it merged into
     int64_t rounds;    ///< rounds made
+};
+
+/// The arrays of a sweep of `n` vertices, which start with numbers that show where nothing was written.
+struct SweepArrays {
+    static constexpr double kUntouched = 7.25;
+
+    explicit SweepArrays(std::size_t n)
+        : flat(3 * n, kUntouched), direction(flat), velocity(flat), line(flat), length(n, kUntouched), rate(length),
+          dead(n, 99), merge(n, 99)
+    {
+    }
+
+    /// A sweep in these arrays.
+    Sweep sweep(double distance, bool split_events)
+    {
+        Sweep s{};
+        s.n = static_cast<int32_t>(dead.size());
+        s.remaining = distance;
+        s.split_events = split_events;
+        s.flat = flat.data();
+        s.direction = direction.data();
+        s.velocity = velocity.data();
+        s.line = line.data();
+        s.length = length.data();
+        s.rate = rate.data();
+        s.dead = dead.data();
+        s.merge = merge.data();
+        return s;
+    }
+
+    std::vector<double> flat, direction, velocity, line, length, rate;
+    std::vector<uint8_t> dead;
+    std::vector<int32_t> merge;
 };
 
 /// Makes every vertex live, then moves the edges of the outline `flat` to the right by `remaining`.
