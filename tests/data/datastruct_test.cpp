@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "data/datastruct.h"
+#include "tests/data/records.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
@@ -15,48 +16,6 @@ namespace korvale::test {
 namespace {
 
 constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
-
-void expect_empty(const DATAstruct& d)
-{
-    EXPECT_EQ(d.dim, -1);
-    EXPECT_EQ(d.count, -1);
-    EXPECT_EQ(d.alloc_dim, -1);
-    EXPECT_EQ(d.alloc_count, -1);
-    EXPECT_EQ(d.type, DATA_TYPE_DOUBLE);
-    EXPECT_EQ(d.alloc_type, DATA_TYPE_DOUBLE);
-    EXPECT_EQ(d.dvals, nullptr);
-    EXPECT_EQ(d.ivals, nullptr);
-    EXPECT_EQ(d.bvals, nullptr);
-    EXPECT_EQ(d.pvals, nullptr);
-    EXPECT_EQ(d.next, nullptr);
-}
-
-/// Which buffers exist, as "d", "i", "b" and "p".
-std::string buffers(const DATAstruct& d)
-{
-    return std::string(d.dvals != nullptr ? "d" : "") + (d.ivals != nullptr ? "i" : "") +
-           (d.bvals != nullptr ? "b" : "") + (d.pvals != nullptr ? "p" : "");
-}
-
-void shape(DATAstruct* d, int32_t type, int32_t count, int32_t dim)
-{
-    d->type = type;
-    d->count = count;
-    d->dim = dim;
-}
-
-int allocate_as(DATAstruct* d, int32_t type, int32_t count, int32_t dim)
-{
-    shape(d, type, count, dim);
-    return DATAAllocate(d);
-}
-
-void expect_capacity(const DATAstruct& d, int32_t type, int32_t count, int32_t dim)
-{
-    EXPECT_EQ(d.alloc_type, type);
-    EXPECT_EQ(d.alloc_count, count);
-    EXPECT_EQ(d.alloc_dim, dim);
-}
 
 TEST(DATAInitialize, MakesARecordEmpty)
 {

@@ -1,10 +1,10 @@
 // What disposing a record releases, and how far it follows what hangs on it.
-#include <cstdlib>
 #include <limits>
 
 #include <gtest/gtest.h>
 
 #include "data/datastruct.h"
+#include "tests/data/records.h"
 #include "tests/data/trees.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
@@ -12,46 +12,6 @@
 
 namespace korvale::test {
 namespace {
-
-void expect_empty(const DATAstruct& d)
-{
-    EXPECT_EQ(d.dim, -1);
-    EXPECT_EQ(d.count, -1);
-    EXPECT_EQ(d.alloc_dim, -1);
-    EXPECT_EQ(d.alloc_count, -1);
-    EXPECT_EQ(d.type, DATA_TYPE_DOUBLE);
-    EXPECT_EQ(d.alloc_type, DATA_TYPE_DOUBLE);
-    EXPECT_EQ(d.dvals, nullptr);
-    EXPECT_EQ(d.ivals, nullptr);
-    EXPECT_EQ(d.bvals, nullptr);
-    EXPECT_EQ(d.pvals, nullptr);
-    EXPECT_EQ(d.next, nullptr);
-}
-
-void shape(DATAstruct* d, int32_t type, int32_t count, int32_t dim)
-{
-    d->type = type;
-    d->count = count;
-    d->dim = dim;
-}
-
-int allocate_as(DATAstruct* d, int32_t type, int32_t count, int32_t dim)
-{
-    shape(d, type, count, dim);
-    return DATAAllocate(d);
-}
-
-/// A list of `n` records, each with a point.
-DATAstruct* new_list(int n)
-{
-    DATAstruct* first = nullptr;
-    for (int i = n; i-- > 0;) {
-        DATAstruct* const d = new_doubles(3, {static_cast<double>(i), 0, 0});
-        d->next = first;
-        first = d;
-    }
-    return first;
-}
 
 TEST(DATANodeDispose, FreesTheBuffersAndForgetsTheList)
 {

@@ -1,33 +1,15 @@
 // Lists of records and the arrays made of them.
-#include <cstdlib>
 
 #include <gtest/gtest.h>
 
 #include "data/datastruct.h"
+#include "tests/data/records.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
 namespace korvale::test {
 namespace {
-
-/// A list of `n` records, each with a point.
-DATAstruct* new_list(int n)
-{
-    DATAstruct* first = nullptr;
-    for (int i = n; i-- > 0;) {
-        DATAstruct* const d = new_doubles(3, {static_cast<double>(i), 0, 0});
-        d->next = first;
-        first = d;
-    }
-    return first;
-}
-
-void release(DATAstruct* d)
-{
-    DATADispose(d);
-    std::free(d);
-}
 
 TEST(DATAListCount, CountsTheRecordsAlongNext)
 {

@@ -1,55 +1,15 @@
 // DATAReAllocate: growing, shrinking and regrouping what an array holds.
-#include <cstdlib>
-#include <string>
 
 #include <gtest/gtest.h>
 
 #include "data/datastruct.h"
+#include "tests/data/records.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
 namespace korvale::test {
 namespace {
-
-/// Which buffers exist, as "d", "i", "b" and "p".
-std::string buffers(const DATAstruct& d)
-{
-    return std::string(d.dvals != nullptr ? "d" : "") + (d.ivals != nullptr ? "i" : "") +
-           (d.bvals != nullptr ? "b" : "") + (d.pvals != nullptr ? "p" : "");
-}
-
-void shape(DATAstruct* d, int32_t type, int32_t count, int32_t dim)
-{
-    d->type = type;
-    d->count = count;
-    d->dim = dim;
-}
-
-int allocate_as(DATAstruct* d, int32_t type, int32_t count, int32_t dim)
-{
-    shape(d, type, count, dim);
-    return DATAAllocate(d);
-}
-
-int reallocate_as(DATAstruct* d, int32_t type, int32_t count, int32_t dim)
-{
-    shape(d, type, count, dim);
-    return DATAReAllocate(d);
-}
-
-void expect_capacity(const DATAstruct& d, int32_t type, int32_t count, int32_t dim)
-{
-    EXPECT_EQ(d.alloc_type, type);
-    EXPECT_EQ(d.alloc_count, count);
-    EXPECT_EQ(d.alloc_dim, dim);
-}
-
-void release(DATAstruct* d)
-{
-    DATADispose(d);
-    std::free(d);
-}
 
 TEST(DATAReAllocate, GrowingKeepsTheLeadingValues)
 {

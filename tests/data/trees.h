@@ -1,8 +1,6 @@
 #pragma once
 
-#include <cstdlib>
-
-#include "tests/support/arrays.h"
+#include "tests/data/records.h"
 
 // Deep arrays of arrays.
 namespace korvale::test {
@@ -26,12 +24,6 @@ inline DATAstruct* new_comb(int depth)
     for (int i = 0; i < depth; ++i)
         comb = new_parent({comb, new_doubles(3, {1, 2, 3})});
     return comb;
-}
-
-inline void release(DATAstruct* d)
-{
-    DATADispose(d);
-    std::free(d);
 }
 
 } // namespace korvale::test
