@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "data/data.h"
 #include "data/datastruct.h"
@@ -20,8 +21,16 @@ inline int64_t components(int64_t count, int64_t dim)
     return count * dim;
 }
 
-/// Bytes an element component of a kind takes; 0 for an unknown kind.
-inline size_t component_bytes(const Data&, int32_t type)
+/// Whether elements of a kind are pointers, which the first generation has none of.
+template <class Array>
+constexpr bool are_pointers(int32_t type)
+{
+    return std::is_same_v<Array, DATAstruct> && (type == DATA_TYPE_POINTER || type == DATA_TYPE_DATA);
+}
+
+/// Bytes of one component of a kind; 0 for an unknown kind.
+template <class Array>
+size_t component_bytes(const Array&, int32_t type)
 {
     switch (type) {
     case DATA_TYPE_DOUBLE:
@@ -31,23 +40,13 @@ inline size_t component_bytes(const Data&, int32_t type)
     case DATA_TYPE_BYTE:
         return sizeof(uint8_t);
     default:
-        return 0;
-    }
-}
-
-inline size_t component_bytes(const DATAstruct&, int32_t type)
-{
-    switch (type) {
-    case DATA_TYPE_POINTER:
-    case DATA_TYPE_DATA:
-        return sizeof(void*);
-    default:
-        return component_bytes(Data{}, type);
+        return are_pointers<Array>(type) ? sizeof(void*) : 0;
     }
 }
 
 /// The buffer that a kind selects, or null.
-inline void* buffer_of(const Data& d, int32_t type)
+template <class Array>
+void* buffer_of(const Array& d, int32_t type)
 {
     switch (type) {
     case DATA_TYPE_DOUBLE:
@@ -57,29 +56,15 @@ inline void* buffer_of(const Data& d, int32_t type)
     case DATA_TYPE_BYTE:
         return d.bvals;
     default:
-        return nullptr;
-    }
-}
-
-inline void* buffer_of(const DATAstruct& d, int32_t type)
-{
-    switch (type) {
-    case DATA_TYPE_DOUBLE:
-        return d.dvals;
-    case DATA_TYPE_INT:
-        return d.ivals;
-    case DATA_TYPE_BYTE:
-        return d.bvals;
-    case DATA_TYPE_POINTER:
-    case DATA_TYPE_DATA:
-        return d.pvals;
-    default:
+        if constexpr (requires { d.pvals; })
+            return are_pointers<Array>(type) ? d.pvals : nullptr;
         return nullptr;
     }
 }
 
 /// Makes `buffer` the buffer of a kind; what stood there is not released.
-inline void set_buffer(Data& d, int32_t type, void* buffer)
+template <class Array>
+void set_buffer(Array& d, int32_t type, void* buffer)
 {
     switch (type) {
     case DATA_TYPE_DOUBLE:
@@ -92,28 +77,10 @@ inline void set_buffer(Data& d, int32_t type, void* buffer)
         d.bvals = static_cast<uint8_t*>(buffer);
         break;
     default:
-        break;
-    }
-}
-
-inline void set_buffer(DATAstruct& d, int32_t type, void* buffer)
-{
-    switch (type) {
-    case DATA_TYPE_DOUBLE:
-        d.dvals = static_cast<double*>(buffer);
-        break;
-    case DATA_TYPE_INT:
-        d.ivals = static_cast<int32_t*>(buffer);
-        break;
-    case DATA_TYPE_BYTE:
-        d.bvals = static_cast<uint8_t*>(buffer);
-        break;
-    case DATA_TYPE_POINTER:
-    case DATA_TYPE_DATA:
-        d.pvals = static_cast<void**>(buffer);
-        break;
-    default:
-        break;
+        if constexpr (requires { d.pvals; }) {
+            if (are_pointers<Array>(type))
+                d.pvals = static_cast<void**>(buffer);
+        }
     }
 }
 
