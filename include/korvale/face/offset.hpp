@@ -8,8 +8,7 @@ namespace korvale {
 struct OffsetOptions {
     double height = 0.0;       ///< lift of the border along the normal from which the outline runs counter-clockwise
     bool keep_vertices = true; ///< a point of the border per vertex of the outline; else removed vertices are left out
-    bool split =
-        true; ///< also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing
+    bool split = true; ///< also stop where parts of the outline meet; else only where an edge vanishes (quicker)
 };
 
 /// One border, and what became of every vertex of its outline.
