@@ -6,8 +6,9 @@
 // once, and there are only numbers, variables and built-in functions, none of which changes a record. For these each
 // kind of item has a function that ends in a call of the next one's, a jump. So all that changes from item to item
 // stays in the processor's registers, the topmost value among it, and each kind has branches of its own to learn what
-// follows. An operand is given to the operator behind it without being pushed. Items are not counted, as an end item
-// stands behind them. Whatever is unusual is left to `step` from there on.
+// follows. An operand is given to the operator behind it without being pushed, for which there is always a place: with
+// all places taken nothing is quick. Items are not counted, as an end item stands behind them. Whatever is unusual is
+// left to `step` from there on.
 //
 // A pass over all equations. As documented, its results gather in a copy of all variables, made before the pass and
 // copied back after it, so that nothing else which happens to a variable meanwhile lasts. Only a host's function can do
@@ -29,6 +30,7 @@ namespace korvale::inside {
 namespace {
 
 constexpr int64_t kMostValues = 51; ///< values held during an evaluation
+constexpr int64_t kMostQuick = 50;  ///< values held while it is quick: one more may be on its way to an operator
 constexpr int32_t kNearby = 64;     ///< values a pass puts aside before the heap is asked
 
 /// The values held but the topmost, from [1] on; [0] takes the 0.0 there is at first.
@@ -201,7 +203,7 @@ double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, doub
         if (f == kDivide)
             return run(frame, kind + 2, operand + 2, below, value == 0.0 ? 0.0 : top / value);
     }
-    if (below == frame.below + kMostValues)
+    if (below == frame.below + kMostQuick)
         return run_other(frame, kind, operand, below, top);
     *below = top;
     return run(frame, kind + 1, operand + 1, below + 1, value);
@@ -254,7 +256,8 @@ double conclude(EquationSystem& es, const Program& program, double result)
 {
     EquationSystem& es = *frame.es;
     const int32_t equation = frame.equation;
-    if (state.depth >= 1 && frame.open<true>(es, equation) && state.position <= frame.count)
+    if (state.depth >= 1 && state.depth <= kMostQuick && frame.open<true>(es, equation) &&
+        state.position <= frame.count)
         return run(frame, frame.kinds + state.position, frame.operands + state.position, frame.below + state.depth,
                    state.top);
     const Program program = is_equation(es, equation) ? program_of(es, equation) : Program();
@@ -312,7 +315,7 @@ double conclude(EquationSystem& es, const Program& program, double result)
 
 [[gnu::noinline]] double call_draw(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
 {
-    if (below == frame.below + kMostValues || !is_built_in_draw(*operand, frame.function(*operand)))
+    if (below == frame.below + kMostQuick || !is_built_in_draw(*operand, frame.function(*operand)))
         return run_carefully(frame, kind, below, top);
     *below = top;
     return run(frame, kind + 1, operand + 1, below + 1, EqTableRead(frame.es, *operand));

@@ -49,13 +49,15 @@ void fill_program(System& es, int equation, Random& random)
 {
     const int kinds[] = {EQ_ITEM_CONSTANT, EQ_ITEM_VARIABLE, EQ_ITEM_VARIABLE, EQ_ITEM_SAMPLE, EQ_ITEM_UNARY,
                          EQ_ITEM_BINARY,   EQ_ITEM_BINARY,   EQ_ITEM_BINARY,   EQ_ITEM_TARGET, 6};
-    const bool is_wild = random.one_in(3);
-    const int count = random.between(1, random.one_in(4) ? 100 : 20);
+    const bool is_wild = random.one_in(3), is_deep = random.one_in(8);
+    const int count = random.between(1, is_deep || random.one_in(4) ? 100 : 20);
     int held = 0;
     for (int p = 1; p < 100; ++p) {
         int kind = kinds[random.below(is_wild ? 10 : 8)];
         if (!is_wild && kind == EQ_ITEM_BINARY && held < 2)
             kind = EQ_ITEM_VARIABLE;
+        if (is_deep && held < 50) // up to the values that can be held, then about there
+            kind = kinds[random.below(random.one_in(30) ? 5 : 3)];
         if (random.one_in(300))
             kind = random.one_in(2) ? EQ_ITEM_END : static_cast<int>(random.bits());
         held += kind == EQ_ITEM_BINARY ? -1 : kind == EQ_ITEM_UNARY ? 0 : 1;

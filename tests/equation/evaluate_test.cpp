@@ -271,6 +271,30 @@ TEST(EqEvaluate, HoldsFiftyOneValuesAndStopsAtTheNext)
     EXPECT_EQ(EqEvaluate(es, 0), -51.0);
 }
 
+TEST(EqEvaluate, StopsAtTheFiftySecondValueWhateverTakesIt)
+{
+    for (const int kind : {EQ_ITEM_CONSTANT, EQ_ITEM_VARIABLE, EQ_ITEM_SAMPLE})
+        for (const int f : {0, 1, 2, 3, 4, 17}) {
+            Evaluator es;
+            es.set("x", 52.0);
+            es.parse("y = 1");
+            for (int p = 1; p <= 52; ++p) {
+                es.kinds(0)->ivals[p] = EQ_ITEM_CONSTANT;
+                es.constants(0)->dvals[p] = p;
+            }
+            const auto run_with = [&](int values) {
+                es.kinds(0)->ivals[values] = kind;
+                es.operands(0)->ivals[values] = kind == EQ_ITEM_VARIABLE ? 2 : 15;
+                es.kinds(0)->ivals[values + 1] = EQ_ITEM_BINARY;
+                es.operands(0)->ivals[values + 1] = f;
+                es.kinds(0)->count = values + 2;
+                return EqEvaluate(es, 0);
+            };
+            EXPECT_EQ(run_with(52), 51.0) << kind << ' ' << f;
+            EXPECT_NE(run_with(51), 50.0) << "the last place is used";
+        }
+}
+
 TEST(EqEvaluate, RunsProgramsInArraysOfAnyLength)
 {
     Evaluator es;
