@@ -267,6 +267,26 @@ TEST_P(RaySteps, CastInEditedCells)
     }
 }
 
+/// More triangles than a query tests at once: those of small cells wait for each other.
+TEST_P(RaySteps, CastAtThousandsOfTriangles)
+{
+    Random random(1041 + static_cast<uint64_t>(GetParam()));
+    std::vector<double> triangles = random_triangles(GetParam(), random, 8193);
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (size_t t = 0; t < triangles.size(); t += 9 * 50) // met at a distance that is not a number, if it is met
+        std::fill_n(&triangles[t + 3 + 3 * (t / 9 % 2)], 3, nan);
+    const int sizes[][3] = {{8, 8, 8}, {12, 5, 9}, {1, 1, 40}};
+    for (const auto& n : sizes) {
+        Scene s(triangles, n[0], n[1], n[2]);
+        const std::vector<Box> boxes = boxes_of(s);
+        for (int r = 0; r < rounds(25) && !HasFailure(); ++r) {
+            for (int edits = random.below(20); edits > 0; --edits)
+                edit(s, boxes, random);
+            expect_same_answer(s, random_ray(random, s, boxes), random);
+        }
+    }
+}
+
 TEST_P(RaySteps, CastInCellsOfTheHost)
 {
     Random random(1021 + static_cast<uint64_t>(GetParam()));
