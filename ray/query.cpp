@@ -97,9 +97,10 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
         return 0;
     const Data& triangles = *s->triangles;
     Data& marks = s->tri_marks;
+    const int64_t marks_claimed = components(marks.count, marks.dim);
     const size_t marks_held =
-        holds(marks, DATA_TYPE_BYTE, 1) ? static_cast<size_t>(components(marks.count, marks.dim)) : 0;
-    const bool has_marks = holds(marks, DATA_TYPE_BYTE, triangles.count);
+        marks_claimed > 0 && holds(marks, DATA_TYPE_BYTE, marks_claimed) ? static_cast<size_t>(marks_claimed) : 0;
+    const bool has_marks = marks_held >= static_cast<size_t>(triangles.count);
     double d[3];
     copy3(direction, d);
     const bool can_meet =

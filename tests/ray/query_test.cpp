@@ -275,6 +275,19 @@ TEST(ray_intersect, WorksWithMarksForFewerTriangles)
     EXPECT_THAT(s.marks(), ElementsAre(0));
 }
 
+TEST(ray_intersect, WorksWithMarksOfMoreBytesThanAnArrayMayHave)
+{
+    Scene s(level(1), 1, 1, 1);
+    for (const int dim : {std::numeric_limits<int>::max(), 1 << 30}) {
+        s->tri_marks.count = 2;
+        s->tri_marks.dim = dim;
+        s->tri_marks.bvals[0] = 9;
+        EXPECT_EQ(cast(s, {0.25, 0.25, 0}, {0, 0, 1}).hits, 1);
+        EXPECT_EQ(s->tri_marks.bvals[0], 9);
+    }
+    s->tri_marks.count = s->tri_marks.dim = 1;
+}
+
 TEST(ray_intersect, MeetsNothingWithoutHeapForMarks)
 {
     NEEDS_HEAP_FAILURES();
