@@ -6,6 +6,7 @@
 
 #include "data/internal/buffers.h"
 #include "math/internal/vec.h"
+#include "platform/internal/wrapping.h"
 
 namespace korvale::inside {
 namespace {
@@ -76,8 +77,8 @@ void BORDERRemoveWings(BORDERStatus* status)
         if (e < in_output)
             output.dvals[e - 3] = output.dvals[e];
     }
-    path.count -= 2;
-    output.count -= 2;
+    path.count = wrapping_difference(path.count, 2);
+    output.count = wrapping_difference(output.count, 2);
 }
 
 void BORDERMakePipe(BORDERStatus* status)

@@ -1,7 +1,9 @@
 #include "border/band.h"
 
 #include <cmath>
+#include <limits>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -207,6 +209,20 @@ TEST(BORDERRemoveWings, OfArraysWithoutBuffersTheCountsDrop)
     BORDERRemoveWings(status);
     EXPECT_EQ(status->path->count, 2);
     EXPECT_EQ(status->output->count, -1);
+}
+
+TEST(BORDERRemoveWings, CountsBelowZeroDropAndWrap)
+{
+    OwnedBORDERStatus status;
+    const int32_t least = std::numeric_limits<int32_t>::min(), greatest = std::numeric_limits<int32_t>::max();
+    const std::pair<int32_t, int32_t> counts[] = {{1, -1}, {-1, -3}, {least + 1, greatest}, {least, greatest - 1}};
+    for (const auto& [before, after] : counts) {
+        status->path->count = status->output->count = before;
+        BORDERRemoveWings(status);
+        EXPECT_EQ(status->path->count, after);
+        EXPECT_EQ(status->output->count, after);
+    }
+    status->path->count = status->output->count = -1;
 }
 
 TEST(BORDERRemoveWings, IgnoresOtherKindsAndMissingRecords)
