@@ -66,6 +66,21 @@ TEST(FramesSteps, PointsOnACoarseGrid)
     });
 }
 
+TEST(FramesSteps, LongPaths)
+{
+    // Far more points than are looked at in one run, and lengths on both sides of one, two and three runs.
+    Random random(89);
+    for (const int n : {63, 64, 65, 66, 67, 68, 127, 128, 129, 130, 131, 193, 194, 195, 196, 257, 258, 259, 1000})
+        for (const bool has_steps : {false, true}) {
+            std::vector<double> xyz;
+            for (int i = 0; i < 3 * n; ++i)
+                xyz.push_back(has_steps ? random.between(-1, 1) : random.uniform(-10, 10));
+            compare(xyz);
+            if (HasFatalFailure())
+                return;
+        }
+}
+
 TEST(FramesSteps, PlanarLoops)
 {
     Random random(83);
