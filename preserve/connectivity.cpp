@@ -9,6 +9,7 @@
 #include "data/internal/buffers.h"
 #include "data/internal/record.h"
 #include "platform/internal/indices.h"
+#include "platform/internal/large_pages.h"
 #include "preserve/internal/edge_table.h"
 
 namespace korvale::inside {
@@ -105,12 +106,22 @@ void release(DATAstruct*& d)
 
 DATAstruct* new_list(int32_t type, int32_t count, int32_t dim)
 {
-    if (count > 0)
-        return new_array(type, count, dim);
-    DATAstruct* const empty = DATANew();
-    if (empty != nullptr)
-        shape_as(*empty, type, count, dim);
-    return empty;
+    DATAstruct* const d = DATANew();
+    if (d == nullptr)
+        return nullptr;
+    shape_as(*d, type, count, dim);
+    if (count < 1)
+        return d;
+    void* const buffer = new_block(static_cast<size_t>(components(count, dim)) * component_bytes(*d, type));
+    if (buffer == nullptr) {
+        std::free(d);
+        return nullptr;
+    }
+    set_buffer(*d, type, buffer);
+    d->alloc_type = type;
+    d->alloc_count = count;
+    d->alloc_dim = dim;
+    return d;
 }
 
 bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATAstruct* face_sizes,

@@ -57,10 +57,9 @@ bool make_cell(data_list_struct& cell)
 data_list_struct* make_cells(int32_t count)
 {
     const size_t bytes = static_cast<size_t>(count) * sizeof(data_list_struct);
-    auto* const cells = static_cast<data_list_struct*>(std::malloc(bytes));
+    auto* const cells = static_cast<data_list_struct*>(new_block(bytes)); // a ray looks into one here and one there
     if (cells == nullptr)
         return nullptr;
-    prefer_large_pages(cells, bytes); // a ray looks into one here and one there
     for (int32_t c = 0; c < count; ++c)
         if (!make_cell(cells[c])) {
             release_cells(cells, c);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 #ifdef __linux__
 #include <sys/mman.h>
@@ -9,20 +10,22 @@
 
 namespace korvale::inside {
 
-/// Asks the system to keep a new block of memory on large pages as far as it fills some, so that they are made and
-/// found sooner. Nothing else changes: the block is released like any other. Blocks of less than a few large pages are
-/// left alone.
-inline void prefer_large_pages(void* block, size_t bytes)
+/// The size of a large page, where the system has such.
+constexpr size_t kLargePage = size_t{2} << 20;
+
+/// A new block of the C heap, released like any other; null when the heap is exhausted. One that fills large pages
+/// begins with one, and the system is asked to use them: it clears and finds one of these sooner than 512 small ones.
+inline void* new_block(size_t bytes)
 {
+    if (bytes < kLargePage)
+        return std::malloc(bytes);
+    void* block = nullptr;
+    if (posix_memalign(&block, kLargePage, bytes) != 0)
+        return nullptr;
 #ifdef __linux__
-    constexpr uintptr_t kPage = 4096, kLeast = uintptr_t{4} << 20;
-    const uintptr_t begin = (reinterpret_cast<uintptr_t>(block) + kPage - 1) / kPage * kPage;
-    const uintptr_t end = (reinterpret_cast<uintptr_t>(block) + bytes) / kPage * kPage;
-    if (end > begin && end - begin >= kLeast)
-        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
-#else
-    static_cast<void>(block), static_cast<void>(bytes);
+    madvise(block, bytes / kLargePage * kLargePage, MADV_HUGEPAGE);
 #endif
+    return block;
 }
 
 } // namespace korvale::inside

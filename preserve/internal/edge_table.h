@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/internal/large_pages.h"
+
 namespace korvale::inside {
 
 /// Tells edges found before from new ones, which it lists: a hash table with open addressing of the places in the list.
@@ -76,7 +78,7 @@ private:
     {
         std::free(slots_);
         const size_t bytes = size_t{count} * sizeof(int32_t);
-        slots_ = static_cast<int32_t*>(std::malloc(bytes));
+        slots_ = static_cast<int32_t*>(new_block(bytes));
         if (slots_ == nullptr)
             return;
         std::memset(slots_, 0xff, bytes);

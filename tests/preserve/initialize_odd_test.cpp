@@ -9,6 +9,7 @@
 #include "tests/preserve/input.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
+#include "tests/support/meshes.h"
 
 namespace korvale::test {
 namespace {
@@ -240,6 +241,21 @@ TEST(PreserveInitialize, WhatAnExhaustedHeapLeftCanBeRelaxed)
         release(input);
     });
     EXPECT_GT(failures, 20);
+}
+
+/// A torus so large that the arrays at its points fill large pages.
+TEST(PreserveInitialize, AnExhaustedHeapLeavesNothingOfALargeMesh)
+{
+    NEEDS_HEAP_FAILURES();
+    const Mesh torus = triangulated(korvale::test::torus(300, 300, 2.0, 0.7));
+    Input input = {
+        points<DATAstruct>(torus.points), {}, ints<DATAstruct>(1, torus.sizes), ints<DATAstruct>(1, torus.corners)};
+    const int64_t failures = fail_each_allocation([&](int64_t) {
+        input.status = {};
+        if (input.initialize() == 1)
+            release(input);
+    });
+    EXPECT_GE(failures, 14);
 }
 
 } // namespace
