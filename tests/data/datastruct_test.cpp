@@ -40,6 +40,14 @@ TEST(DATANew, GivesNullWhenTheHeapIsExhausted)
     EXPECT_EQ(DATANew(), nullptr);
 }
 
+TEST(DATAstruct, FunctionsTakeNull)
+{
+    DATAInitialize(nullptr);
+    EXPECT_EQ(DATAAllocate(nullptr), -1);
+    DATANodeDispose(nullptr);
+    DATAReverse(nullptr);
+}
+
 TEST(DATAAllocate, MakesTheBufferOfTheKind)
 {
     const std::string expected[] = {"d", "i", "b", "p", "p"};

@@ -65,6 +65,35 @@ TEST(OwnGenerator, ChoosesTheTriangleByTheFirstOfThree)
     }
 }
 
+TEST(OwnGenerator, FoldsOnlyWeightsOfMoreThanOne)
+{
+    numbers = {0, 32767, 0, 0, 0, 32767, 0, 32767, 1}; // u + v is 1, 1 and a little more
+    auto triangle = doubles<Data>(9, kWeights);
+    auto points = array_of<Data>(DATA_TYPE_DOUBLE, 40, 3);
+    DataTriSample(triangle, 1, points, nullptr, nullptr);
+    const double v = 1 - 1 / 32767.0;
+    for (int i = 0; i < 39; i += 3)
+        EXPECT_TRUE(same_bits({1, 0, 0, 0, 1, 0, 0, v, 1 - 0.0 - v}, points->dvals + 3 * i)) << i;
+}
+
+TEST(OwnGenerator, TakesTheFirstTriangleThatReachesTheDraw)
+{
+    // Shares 0, 0.5, 0.5, 1: a draw of 0 is reached by the first, what is above 0.5 by the last alone.
+    numbers = {0, 0, 0, 1, 0, 0, 16384, 0, 0, 32767, 0, 0};
+    const auto triangle = [](double z, double width) { return std::vector<double>{0, 0, z, width, 0, z, 0, 1, z}; };
+    std::vector<double> corners;
+    for (const auto& t : {triangle(1, 0), triangle(2, 1), triangle(3, 0), triangle(4, 1)})
+        corners.insert(corners.end(), t.begin(), t.end());
+    auto triangles = doubles<Data>(9, corners);
+    for (const int count : {4, 40, 40000}) {
+        auto points = array_of<Data>(DATA_TYPE_DOUBLE, count, 3);
+        DataTriSample(triangles, 1, points, nullptr, nullptr);
+        const double chosen[] = {1, 2, 4, 4};
+        for (int i = 0; i < count; ++i)
+            ASSERT_EQ(points->dvals[3 * i + 2], chosen[i % 4]) << i;
+    }
+}
+
 TEST(OwnGenerator, MayGiveNumbersBeyondItsRange)
 {
     numbers = {40000, -3, 5, -1, 2, 3};

@@ -221,6 +221,16 @@ TEST(Transform2SRT, ReadsTheZTurnAtThePoleFromTheFirstRow)
     EXPECT_TRUE(same_bits({0.0, 1.5707963, std::asin(3.0 / 5.0)}, r));
 }
 
+TEST(Transform2SRT, TakesTheUpperPoleWhereTheThirdRowDoesNotTell)
+{
+    for (const double undecided : {0.0, -0.0, kNaN}) {
+        Xfm m = {{1, 0, 0, 0}, {0, 1, 1, 0}, {undecided, 0, 0, 0}, {0, 0, 0, 1}};
+        double s[3], r[3], t[3];
+        Transform2SRT(m, s, r, t);
+        EXPECT_TRUE(same_bits({0.0, 1.5707963, -0.0}, r));
+    }
+}
+
 TEST(Transform2SRT, TakesTheOpenBranchAtTheThreshold)
 {
     const double at = 0x1.0c6f7a0b5f6c6p-20, below = 0x1.0c6f7a0b5f6c5p-20; // beside 1, normalised: 1e-06 and less
