@@ -31,8 +31,8 @@ KORVALE_API int EqReserveVariableByName(EquationSystem* es, char* name, int flag
 /// Declares the variables named in `text`, each with the value 0.0 and the low byte of `flag`.
 ///
 /// A name is a run of ASCII letters; every other character only separates, so "x1y" declares x and y. Names that exist
-/// already are skipped. A flag other than 0 reserves the variables: `EqSystemEvaluate` changes them at the end of a
-/// pass.
+/// already are skipped. A byte other than 0 reserves the variables: `EqSystemEvaluate` changes them at the end of a
+/// pass, `EqEvaluate` not at all.
 ///
 /// Returns the number of variables, or -1 with the variables unchanged for a null argument, a name of more than 12
 /// letters, the name of a function, new names where one of the arrays wraps memory of the host, or an exhausted heap.
