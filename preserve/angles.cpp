@@ -1,13 +1,12 @@
 // The corners of triangles depend on the triangle only, so triangles are measured, and their forces computed, in lanes;
 // energies and forces are added one after the other. The three corners of a triangle share its sides: their lengths are
 // taken once, but every arm is a difference of its own, as the sign of a zero reaches the cosine. Faces of other sizes,
-// and triangles at which something is degenerate, go corner by corner.
+// and triangles at which something is degenerate, go corner by corner. Where volume and area are yet to be measured,
+// the walk takes them along: it has the points of the triangles at hand, and their sums need not wait for one another.
 #include "preserve/angles.h"
 
 #include "math/internal/vec.h"
-#include "platform/internal/lanes3.h"
-#include "preserve/internal/mesh.h"
-#include "preserve/internal/terms.h"
+#include "preserve/internal/measures.h"
 
 namespace korvale::inside {
 namespace {
@@ -120,13 +119,10 @@ struct Corners {
 };
 
 template <class V>
-KORVALE_OVER_LANES Corners<V> corners_of(const double* p, const int32_t* corners)
+KORVALE_OVER_LANES Corners<V> corners_of(const Triangles<V>& t)
 {
-    const Lanes3<V> p0 = points_at<V>(p, corners, 3);
-    const Lanes3<V> p1 = points_at<V>(p, corners + 1, 3);
-    const Lanes3<V> p2 = points_at<V>(p, corners + 2, 3);
-    const Lanes3<V> to1 = p1 - p0, to2 = p2 - p1, to0 = p0 - p2;
-    const Lanes3<V> from1 = p0 - p1, from2 = p1 - p2, from0 = p2 - p0;
+    const Lanes3<V> to1 = t.p1 - t.p0, to2 = t.p2 - t.p1, to0 = t.p0 - t.p2;
+    const Lanes3<V> from1 = t.p0 - t.p1, from2 = t.p1 - t.p2, from0 = t.p2 - t.p0;
     const V square01 = dot(to1, to1), square12 = dot(to2, to2), square20 = dot(to0, to0);
     const V side01 = root(square01), side12 = root(square12), side20 = root(square20);
     return {{from0, to1, square20, square01, side20 * side01},
@@ -150,10 +146,11 @@ KORVALE_OVER_LANES void measure_corners(const Angles& t, int32_t first, const V&
 
 /// Measures the triangles that begin with corner `first`. False, with nothing done, where a corner may have no energy.
 template <class V>
-KORVALE_OVER_LANES bool measure_triangles(const Angles& t, int32_t first, double* energies)
+KORVALE_OVER_LANES bool measure_triangles(const Angles& t, const Triangles<V>& triangles, int32_t first,
+                                          double* energies)
 {
     constexpr int n = width_of<V>;
-    const Corners<V> c = corners_of<V>(t.p, t.faces.corners + first);
+    const Corners<V> c = corners_of(triangles);
     if (c.may_be_degenerate())
         return false;
     const V cosines[3] = {cosine_of(c.c0), cosine_of(c.c1), cosine_of(c.c2)};
@@ -208,23 +205,33 @@ struct Waiting {
     }
 };
 
-template <class V>
-KORVALE_OVER_LANES double add_energies(const Angles& term, double energy, const Ceiling& limit)
+/// Adds the energies of all corners and, with `measuring`, the measures of all faces.
+template <class V, bool measuring>
+KORVALE_OVER_LANES double add_energies(const Angles& term, double energy, const Ceiling& limit, Measures& measures)
 {
     const Angles t = term; // copies that no store can change
     const Ceiling ceiling = limit;
+    Measures sums;
     Waiting<V> waiting;
     int32_t first = 0;
     for (int32_t f = 0; f < t.faces.count && !ceiling.is_reached(energy);) {
-        if (are_triangles<width_of<V>>(t.faces, f) && measure_triangles<V>(t, first, waiting.slot())) {
-            energy = waiting.keep(t, first, energy);
-            f += width_of<V>;
-            first += 3 * width_of<V>;
-        } else {
-            energy = add_face(t, f, first, waiting.add_all(t, energy));
-            first = next_start(first, t.faces.sizes[f++]);
+        if (are_triangles<width_of<V>>(t.faces, f)) {
+            const Triangles<V> triangles = triangles_at<V>(t.p, t.faces.corners + first);
+            if (measure_triangles(t, triangles, first, waiting.slot())) {
+                if constexpr (measuring)
+                    add_triangles(triangles, sums);
+                energy = waiting.keep(t, first, energy);
+                f += width_of<V>;
+                first += 3 * width_of<V>;
+                continue;
+            }
         }
+        energy = add_face(t, f, first, waiting.add_all(t, energy));
+        if constexpr (measuring)
+            add_face(t.p, t.faces, f, first, sums);
+        first = next_start(first, t.faces.sizes[f++]);
     }
+    measures = sums;
     return waiting.add_all(t, energy);
 }
 
@@ -323,7 +330,7 @@ KORVALE_OVER_LANES bool add_triangle_turns(const Angles& t, int32_t first, Waiti
                          deviations<V>(t, first + 2 * n, same)};
     if (same != 0)
         return false;
-    const Corners<V> corners = corners_of<V>(t.p, t.faces.corners + first);
+    const Corners<V> corners = corners_of(triangles_at<V>(t.p, t.faces.corners + first));
     if (corners.may_be_degenerate())
         return false;
     V c[3];
@@ -358,9 +365,18 @@ KORVALE_OVER_LANES void add_forces(const Angles& term, double* force)
     waiting.add_all(force);
 }
 
-KORVALE_FOUR_LANES double add_energies_wide(const Angles& term, double energy, const Ceiling& ceiling)
+template <bool measuring>
+KORVALE_FOUR_LANES double add_energies_wide(const Angles& term, double energy, const Ceiling& ceiling,
+                                            Measures& measures)
 {
-    return add_energies<Quad>(term, energy, ceiling);
+    return add_energies<Quad, measuring>(term, energy, ceiling, measures);
+}
+
+template <bool measuring>
+double add_all_energies(const Angles& term, double energy, const Ceiling& ceiling, Measures& measures)
+{
+    return widest([&] { return add_energies_wide<measuring>(term, energy, ceiling, measures); },
+                  [&] { return add_energies<Pair, measuring>(term, energy, ceiling, measures); });
 }
 
 KORVALE_FOUR_LANES void add_forces_wide(const Angles& term, double* force)
@@ -370,13 +386,17 @@ KORVALE_FOUR_LANES void add_forces_wide(const Angles& term, double* force)
 
 } // namespace
 
-double add_angle_energies(PreserveStatus& s, double energy, const Ceiling& ceiling)
+double add_angle_energies(PreserveStatus& s, double energy, Ceiling& ceiling)
 {
     Angles term;
     if (!find_angles(s, term))
         return energy;
-    return widest([&] { return add_energies_wide(term, energy, ceiling); },
-                  [&] { return add_energies<Pair>(term, energy, ceiling); });
+    Measures measures;
+    if (ceiling.is_known || (s.flags & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0)
+        return add_all_energies<false>(term, energy, ceiling, measures);
+    energy = add_all_energies<true>(term, energy, ceiling, measures);
+    note_measures(s, s.flags, measures, ceiling);
+    return energy;
 }
 
 } // namespace korvale::inside
@@ -405,7 +425,9 @@ int PreserveFindNfang(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    status->energy = add_angle_energies(*status, status->energy, Ceiling{});
+    Ceiling none;
+    none.is_known = true; // and not measured along
+    status->energy = add_angle_energies(*status, status->energy, none);
     return 1;
 }
 

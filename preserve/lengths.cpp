@@ -144,7 +144,7 @@ KORVALE_FOUR_LANES void add_forces_wide(const Lengths& term, double* force)
 
 } // namespace
 
-double add_length_energies(PreserveStatus& s, double energy, const Ceiling& ceiling)
+double add_length_energies(PreserveStatus& s, double energy, Ceiling& ceiling)
 {
     Lengths term;
     if (!find_lengths(s, term))
@@ -176,7 +176,8 @@ int PreserveFindNlen(PreserveStatus* status)
 {
     if (status == nullptr)
         return -1;
-    status->energy = add_length_energies(*status, status->energy, Ceiling{});
+    Ceiling none;
+    status->energy = add_length_energies(*status, status->energy, none);
     return 1;
 }
 

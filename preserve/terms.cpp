@@ -21,7 +21,8 @@ double evaluate(PreserveStatus& s, double bound)
 {
     Ceiling ceiling;
     ceiling.bound = bound;
-    measure_volume_and_area(s, s.flags, ceiling); // first, being the quickest to tell that the bound is reached
+    if (ceiling.has_bound())
+        measure_volume_and_area(s, s.flags, ceiling); // first, being the quickest to tell that it is reached
     double energy = 0.0;
     for (const Term& term : kTerms)
         if ((s.flags & term.bit) != 0)

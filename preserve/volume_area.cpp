@@ -4,19 +4,13 @@
 #include "preserve/volume_area.h"
 
 #include "math/internal/vec.h"
-#include "platform/internal/lanes3.h"
-#include "preserve/internal/mesh.h"
-#include "preserve/internal/terms.h"
+#include "preserve/internal/measures.h"
 
 namespace korvale::inside {
 namespace {
 
 /// A volume or an area this close to its reference is left alone.
 constexpr double kSmallestDeviation = 1e-06;
-
-struct Measures {
-    double volume = 0.0, area = 0.0;
-};
 
 // Face by face.
 
@@ -40,19 +34,6 @@ void area_vector(const double* p, const int32_t* corners, int32_t n, double* out
         cross(p + 3 * int64_t{corners[k]}, p + 3 * int64_t{corners[k + 1 == n ? 0 : k + 1]}, product);
         add(out, product, out);
     }
-}
-
-/// Adds the measures of face f, whose first corner is `first`.
-[[gnu::noinline]] void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums)
-{
-    const int32_t n = faces.sizes[f];
-    if (n < 1)
-        return;
-    double normal[3];
-    if (n >= 3)
-        sums.volume += fan_volume(p, faces.corners + first, n);
-    area_vector(p, faces.corners + first, n, normal);
-    sums.area += length(normal);
 }
 
 /// f += scale * v
@@ -79,13 +60,12 @@ struct Pressure {
 
     /// The forces on the corners of as many triangles as V has lanes.
     template <class V>
-    KORVALE_OVER_LANES void find(const Lanes3<V>& p0, const Lanes3<V>& p1, const Lanes3<V>& p2,
-                                 Lanes3<V> (&forces)[3]) const
+    KORVALE_OVER_LANES void find(const Triangles<V>& t, Lanes3<V> (&forces)[3]) const
     {
         const V k = all<V>(factor);
-        forces[0] = k * cross(p2, p1);
-        forces[1] = k * cross(p0, p2);
-        forces[2] = k * cross(p1, p0);
+        forces[0] = k * cross(t.p2, t.p1);
+        forces[1] = k * cross(t.p0, t.p2);
+        forces[2] = k * cross(t.p1, t.p0);
     }
 };
 
@@ -109,38 +89,23 @@ struct Tension {
     }
 
     template <class V>
-    KORVALE_OVER_LANES void find(const Lanes3<V>& p0, const Lanes3<V>& p1, const Lanes3<V>& p2,
-                                 Lanes3<V> (&forces)[3]) const
+    KORVALE_OVER_LANES void find(const Triangles<V>& t, Lanes3<V> (&forces)[3]) const
     {
         const V k = all<V>(factor), zero = all<V>(0.0);
         const Lanes3<V> none = {zero, zero, zero}; // turns a zero of the first product positive
-        const Lanes3<V> normal = none + cross(p0, p1) + cross(p1, p2) + cross(p2, p0);
+        const Lanes3<V> normal = none + cross(t.p0, t.p1) + cross(t.p1, t.p2) + cross(t.p2, t.p0);
         const V size = root(dot(normal, normal));
         const auto is_short = size < all<V>(kShortestVector);
         const Lanes3<V> unit = {select(is_short, normal.x, normal.x / size),
                                 select(is_short, normal.y, normal.y / size),
                                 select(is_short, normal.z, normal.z / size)};
-        forces[0] = k * cross(p2 - p1, unit);
-        forces[1] = k * cross(p0 - p2, unit);
-        forces[2] = k * cross(p1 - p0, unit);
+        forces[0] = k * cross(t.p2 - t.p1, unit);
+        forces[1] = k * cross(t.p0 - t.p2, unit);
+        forces[2] = k * cross(t.p1 - t.p0, unit);
     }
 };
 
 // As many triangles as V has lanes.
-
-template <class V>
-KORVALE_OVER_LANES void add_triangles(const double* p, const int32_t* corners, Measures& sums)
-{
-    constexpr int n = width_of<V>;
-    const Lanes3<V> p0 = points_at<V>(p, corners, 3);
-    const Lanes3<V> p1 = points_at<V>(p, corners + 1, 3);
-    const Lanes3<V> p2 = points_at<V>(p, corners + 2, 3);
-    const Lanes3<V> far = cross(p1, p2), normal = cross(p0, p1) + far + cross(p2, p0);
-    double volumes[n], areas[n];
-    store(volumes, dot(p0, far));
-    store(areas, root(dot(normal, normal)));
-    sums = {with_all<n>(sums.volume, volumes), with_all<n>(sums.area, areas)};
-}
 
 template <class V>
 KORVALE_OVER_LANES Measures measure_faces_over(const double* p, const Faces& all_faces)
@@ -149,7 +114,7 @@ KORVALE_OVER_LANES Measures measure_faces_over(const double* p, const Faces& all
     Measures sums;
     for (int32_t f = 0, first = 0; f < faces.count;) {
         if (are_triangles<width_of<V>>(faces, f)) {
-            add_triangles<V>(p, faces.corners + first, sums);
+            add_triangles(triangles_at<V>(p, faces.corners + first), sums);
             f += width_of<V>;
             first += 3 * width_of<V>;
         } else {
@@ -193,8 +158,7 @@ KORVALE_OVER_LANES void add_forces(const double* p, const Faces& all_faces, cons
             continue;
         }
         Lanes3<V> forces[3];
-        rule.template find<V>(points_at<V>(p, corner, 3), points_at<V>(p, corner + 1, 3),
-                              points_at<V>(p, corner + 2, 3), forces);
+        rule.template find<V>(triangles_at<V>(p, corner), forces);
         Separate3<V> at[3];
         separate(forces[0], at[0]);
         separate(forces[1], at[1]);
@@ -247,12 +211,20 @@ bool measure_reference(const PreserveStatus& s, Measures& measures)
 
 } // namespace
 
-bool measure_volume_and_area(PreserveStatus& s, int32_t terms, Ceiling& ceiling)
+[[gnu::noinline]] void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums)
 {
-    const Faces faces = faces_of(s);
-    if ((terms & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0 || (faces.count > 0 && !covers_mesh(s.cur_points, s)))
-        return false;
-    const Measures measures = faces.count > 0 ? measure_faces(s.cur_points->dvals, faces) : Measures{};
+    const int32_t n = faces.sizes[f];
+    if (n < 1)
+        return;
+    double normal[3];
+    if (n >= 3)
+        sums.volume += fan_volume(p, faces.corners + first, n);
+    area_vector(p, faces.corners + first, n, normal);
+    sums.area += length(normal);
+}
+
+void note_measures(PreserveStatus& s, int32_t terms, const Measures& measures, Ceiling& ceiling)
+{
     if ((terms & PRESERVE_VOLUME) != 0) {
         s.nvolume = measures.volume;
         ceiling.volume = penalty(s.weights[2], s.nvolume - s.ovolume);
@@ -261,16 +233,28 @@ bool measure_volume_and_area(PreserveStatus& s, int32_t terms, Ceiling& ceiling)
         s.narea = measures.area;
         ceiling.area = penalty(s.weights[3], s.narea - s.oarea);
     }
-    return true;
+    ceiling.is_known = true;
 }
 
-double add_volume_energy(PreserveStatus&, double energy, const Ceiling& ceiling)
+void measure_volume_and_area(PreserveStatus& s, int32_t terms, Ceiling& ceiling)
 {
+    const Faces faces = faces_of(s);
+    if ((terms & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0 || (faces.count > 0 && !covers_mesh(s.cur_points, s)))
+        return;
+    note_measures(s, terms, faces.count > 0 ? measure_faces(s.cur_points->dvals, faces) : Measures{}, ceiling);
+}
+
+double add_volume_energy(PreserveStatus& s, double energy, Ceiling& ceiling)
+{
+    if (!ceiling.is_known)
+        measure_volume_and_area(s, s.flags, ceiling);
     return energy + ceiling.volume;
 }
 
-double add_area_energy(PreserveStatus&, double energy, const Ceiling& ceiling)
+double add_area_energy(PreserveStatus& s, double energy, Ceiling& ceiling)
 {
+    if (!ceiling.is_known)
+        measure_volume_and_area(s, s.flags, ceiling);
     return energy + ceiling.area;
 }
 
@@ -305,7 +289,8 @@ int PreserveFindNvolume(PreserveStatus* status)
     if (status == nullptr)
         return -1;
     Ceiling energies;
-    if (measure_volume_and_area(*status, PRESERVE_VOLUME, energies))
+    measure_volume_and_area(*status, PRESERVE_VOLUME, energies);
+    if (energies.is_known)
         status->energy += energies.volume;
     return 1;
 }
@@ -315,7 +300,8 @@ int PreserveFindNarea(PreserveStatus* status)
     if (status == nullptr)
         return -1;
     Ceiling energies;
-    if (measure_volume_and_area(*status, PRESERVE_AREA, energies))
+    measure_volume_and_area(*status, PRESERVE_AREA, energies);
+    if (energies.is_known)
         status->energy += energies.area;
     return 1;
 }

@@ -9,11 +9,13 @@ namespace korvale::inside {
 
 /// A trial step is given up as soon as its energy cannot end below `bound`: what is added later is never negative, and
 /// sums of such values never fall, rounded or not. `volume` and `area` are the two energies that are added last; they
-/// are known first.
+/// are known first where there is a bound.
 struct Ceiling {
     double bound = std::numeric_limits<double>::quiet_NaN(); // a NaN is never reached
     double volume = 0.0, area = 0.0;
+    bool is_known = false; // volume and area are measured
 
+    bool has_bound() const { return bound == bound; }
     bool is_reached(double energy) const { return energy + volume + area >= bound; }
 };
 
@@ -26,7 +28,7 @@ struct Term {
 
     /// Measures the term and returns `energy` with that of every measure added in order, or some sum that has reached
     /// the ceiling.
-    double (*add_energy)(PreserveStatus& s, double energy, const Ceiling& ceiling);
+    double (*add_energy)(PreserveStatus& s, double energy, Ceiling& ceiling);
 
     /// Adds the forces of the term. Returns 1.
     int (*add_force)(PreserveStatus*);
@@ -35,15 +37,16 @@ struct Term {
 /// In the order in which energies and forces are summed.
 extern const Term kTerms[4];
 
-/// The energies of the terms, as `Term::add_energy`. Those of volume and area are what the ceiling says.
-double add_length_energies(PreserveStatus& s, double energy, const Ceiling& ceiling);
-double add_angle_energies(PreserveStatus& s, double energy, const Ceiling& ceiling);
-double add_volume_energy(PreserveStatus& s, double energy, const Ceiling& ceiling);
-double add_area_energy(PreserveStatus& s, double energy, const Ceiling& ceiling);
+/// The energies of the terms, as `Term::add_energy`. Those of volume and area are what the ceiling says, once they are
+/// known; where they are not, the walk over the angles takes them along.
+double add_length_energies(PreserveStatus& s, double energy, Ceiling& ceiling);
+double add_angle_energies(PreserveStatus& s, double energy, Ceiling& ceiling);
+double add_volume_energy(PreserveStatus& s, double energy, Ceiling& ceiling);
+double add_area_energy(PreserveStatus& s, double energy, Ceiling& ceiling);
 
 /// Measures volume and area as far as they are switched on in `terms`, in one walk, and notes their energies in
-/// `ceiling`. False, with nothing noted, where neither is, or there are faces but no positions.
-bool measure_volume_and_area(PreserveStatus& s, int32_t terms, Ceiling& ceiling);
+/// `ceiling`. Nothing is noted where neither is, or there are faces but no positions.
+void measure_volume_and_area(PreserveStatus& s, int32_t terms, Ceiling& ceiling);
 
 /// The energy of `s` at `cur_points`, all measures renewed; or `bound` or more as soon as that is known, with some
 /// measures left as they were.
