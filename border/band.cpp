@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "data/internal/buffers.h"
-#include "math/internal/vec.h"
+#include "math/internal/vector.h"
 #include "platform/internal/wrapping.h"
 
 namespace korvale::inside {

@@ -6,7 +6,7 @@
 #include "border/border.h"
 #include "data/internal/buffers.h"
 #include "data/internal/record.h"
-#include "math/internal/mat.h"
+#include "math/internal/matrix.h"
 #include "path/flatten.h"
 
 namespace korvale::inside {

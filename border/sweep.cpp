@@ -13,7 +13,7 @@
 #include "border/internal/steps.h"
 #include "border/internal/wavefront.h"
 #include "border/internal/workroom.h"
-#include "math/internal/vec.h"
+#include "math/internal/vector.h"
 
 namespace korvale::inside {
 namespace {

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "math/internal/mat.h"
+#include "math/internal/matrix.h"
 #include "platform/internal/lanes.h"
 #include "platform/internal/lanes3.h"
 

@@ -1,7 +1,7 @@
 #include "math/orientation.h"
 
 #include "math/internal/orientation.h"
-#include "math/internal/vec.h"
+#include "math/internal/vector.h"
 
 namespace korvale::inside {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "math/internal/mat.h"
+#include "math/internal/matrix.h"
 #include "math/internal/rotation.h"
 
 namespace korvale::inside {

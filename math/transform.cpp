@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "math/internal/mat.h"
+#include "math/internal/matrix.h"
 
 namespace korvale::inside {
 namespace {

@@ -1,6 +1,6 @@
 #include "math/vector.h"
 
-#include "math/internal/vec.h"
+#include "math/internal/vector.h"
 
 using namespace korvale::inside;
 

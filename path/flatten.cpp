@@ -9,10 +9,10 @@
 #include <cmath>
 
 #include "data/internal/buffers.h"
-#include "math/internal/mat.h"
+#include "math/internal/matrix.h"
 #include "math/internal/orientation.h"
 #include "math/internal/rotation.h"
-#include "math/internal/vec.h"
+#include "math/internal/vector.h"
 #include "path/internal/flatten.h"
 #include "platform/internal/random.h"
 

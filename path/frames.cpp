@@ -12,8 +12,8 @@
 #include <cmath>
 
 #include "data/internal/buffers.h"
-#include "math/internal/mat.h"
-#include "math/internal/vec.h"
+#include "math/internal/matrix.h"
+#include "math/internal/vector.h"
 #include "platform/internal/lanes3.h"
 
 namespace korvale::inside {

@@ -5,7 +5,7 @@
 // the walk takes them along: it has the points of the triangles at hand, and their sums need not wait for one another.
 #include "preserve/angles.h"
 
-#include "math/internal/vec.h"
+#include "math/internal/vector.h"
 #include "preserve/internal/measures.h"
 
 namespace korvale::inside {

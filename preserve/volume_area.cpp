@@ -3,7 +3,7 @@
 // every point adds what it gets in the order of the corners.
 #include "preserve/volume_area.h"
 
-#include "math/internal/vec.h"
+#include "math/internal/vector.h"
 #include "preserve/internal/measures.h"
 
 namespace korvale::inside {

@@ -7,7 +7,7 @@
 // three tells such a triangle; the rest take the plain way.
 #include "ray/internal/cast.h"
 
-#include "math/internal/mat.h"
+#include "math/internal/matrix.h"
 #include "platform/internal/lanes.h"
 #include "ray/internal/cells.h"
 #include "ray/internal/meet.h"

@@ -8,8 +8,8 @@
 #include <cstring>
 
 #include "data/internal/buffers.h"
-#include "math/internal/mat.h"
-#include "math/internal/vec.h"
+#include "math/internal/matrix.h"
+#include "math/internal/vector.h"
 #include "platform/internal/scratch.h"
 #include "ray/internal/cast.h"
 #include "ray/internal/cells.h"

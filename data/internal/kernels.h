@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "math/internal/mat.h"
+#include "math/internal/matrix.h"
 
 // Work on the bare elements of an array, ignorant of its record. Each does what going through the values one by one,
 // from the first on, does, whatever buffers overlap; for a few values that is what it does, in place, for more it is a
