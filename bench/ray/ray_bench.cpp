@@ -13,8 +13,8 @@
 #include "bench/ratio.h"
 #include "ray/grid.h"
 #include "ray/query.h"
-#include "tests/ray/meshes.h"
 #include "tests/reference/ray.h"
+#include "tests/support/meshes.h"
 
 #ifdef KORVALE_HAS_EMBREE
 #include <embree3/rtcore.h>
@@ -34,7 +34,8 @@ const std::vector<double>& teapot(int times)
     static std::map<int, std::vector<double>> made;
     std::vector<double>& mesh = made[times];
     if (mesh.empty())
-        mesh = korvale::test::subdivided(korvale::test::triangles_of_obj(KORVALE_EXAMPLE_DATA "/teapot.obj"), times);
+        mesh = korvale::test::subdivided(
+            korvale::test::triangles_of(korvale::test::read_obj(KORVALE_EXAMPLE_DATA "/teapot.obj")), times);
     return mesh;
 }
 

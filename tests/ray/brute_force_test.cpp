@@ -15,8 +15,8 @@
 #include "math/vector.h"
 #include "ray/grid.h"
 #include "ray/query.h"
-#include "tests/ray/meshes.h"
 #include "tests/ray/scene.h"
+#include "tests/support/meshes.h"
 #include "tests/support/random.h"
 
 namespace korvale::test {
@@ -308,7 +308,7 @@ std::vector<double> random_triangles(int count, double size, uint64_t seed)
 
 TEST(RayAgainstBruteForce, AgreesOnTheTeapot)
 {
-    const std::vector<double> teapot = triangles_of_obj(KORVALE_EXAMPLE_DATA "/teapot.obj");
+    const std::vector<double> teapot = triangles_of(read_obj(KORVALE_EXAMPLE_DATA "/teapot.obj"));
     ASSERT_EQ(teapot.size(), 9u * 992u);
     const Causes c = compare(teapot, 240, 11);
     EXPECT_GT(c.hits, c.rays / 2);
@@ -317,7 +317,7 @@ TEST(RayAgainstBruteForce, AgreesOnTheTeapot)
 
 TEST(RayAgainstBruteForce, LeavesNothingToRoundingForRaysAtRandom)
 {
-    const Causes c = compare(triangles_of_obj(KORVALE_EXAMPLE_DATA "/teapot.obj"), 1600, 10, 8);
+    const Causes c = compare(triangles_of(read_obj(KORVALE_EXAMPLE_DATA "/teapot.obj")), 1600, 10, 8);
     EXPECT_GT(c.hits, c.rays / 2);
     EXPECT_EQ(c.rim, 0);
     EXPECT_EQ(c.snapped, 0);

@@ -186,4 +186,51 @@ std::vector<double> shifted(std::vector<double> points, double dx, double dy, do
     return points;
 }
 
+std::vector<double> subdivided(std::vector<double> triangles, int times)
+{
+    for (; times > 0; --times) {
+        std::vector<double> finer;
+        finer.reserve(4 * triangles.size());
+        for (size_t t = 0; t < triangles.size(); t += 9) {
+            double corners[3][3], middles[3][3];
+            for (int i = 0; i < 9; ++i)
+                corners[i / 3][i % 3] = triangles[t + static_cast<size_t>(i)];
+            for (int i = 0; i < 9; ++i)
+                middles[i / 3][i % 3] = 0.5 * (corners[i / 3][i % 3] + corners[(i / 3 + 1) % 3][i % 3]);
+            const auto add = [&finer](const double* a, const double* b, const double* c) {
+                for (const double* vertex : {a, b, c})
+                    finer.insert(finer.end(), vertex, vertex + 3);
+            };
+            add(corners[0], middles[0], middles[2]);
+            add(middles[0], corners[1], middles[1]);
+            add(middles[2], middles[1], corners[2]);
+            add(middles[0], middles[1], middles[2]);
+        }
+        triangles = std::move(finer);
+    }
+    return triangles;
+}
+
+std::vector<double> scaled(std::vector<double> triangles, double x, double y, double z)
+{
+    for (size_t i = 0; i < triangles.size(); ++i)
+        triangles[i] *= i % 3 == 0 ? x : i % 3 == 1 ? y : z;
+    return triangles;
+}
+
+std::vector<double> landscape(int n)
+{
+    std::vector<double> triangles;
+    const auto add = [&](int i, int j) {
+        const double x = static_cast<double>(i) / n, y = static_cast<double>(j) / n;
+        triangles.insert(triangles.end(), {x, y, 0.1 * std::sin(9 * x) * std::cos(7 * y)});
+    };
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) {
+            add(i, j), add(i + 1, j), add(i + 1, j + 1);
+            add(i, j), add(i + 1, j + 1), add(i, j + 1);
+        }
+    return triangles;
+}
+
 } // namespace korvale::test

@@ -39,6 +39,14 @@ Mesh read_obj(const std::string& path);
 /// The corners of a mesh of triangles one after the other, nine numbers a triangle.
 std::vector<double> triangles_of(const Mesh& mesh);
 
+/// A landscape of 2 n n triangles over the unit square.
+std::vector<double> landscape(int n);
+
+/// Each triangle divided into four at the midpoints of its edges, `times` times.
+std::vector<double> subdivided(std::vector<double> triangles, int times);
+
+std::vector<double> scaled(std::vector<double> points, double x, double y, double z);
+
 /// Every point moved by the same step.
 std::vector<double> shifted(std::vector<double> points, double dx, double dy, double dz);
 
