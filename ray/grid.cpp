@@ -125,14 +125,23 @@ bool takes_numbers(const data_list_struct& node)
            node.count < kNodeRoom;
 }
 
+data_list_struct* last_node(data_list_struct& cell)
+{
+    data_list_struct* last = &cell;
+    while (last->next != nullptr)
+        last = last->next;
+    return last;
+}
+
 /// Appends a number to the chain of `cell` that ends in `last`; the first node never takes numbers. Returns the node
-/// that ends the chain afterwards.
-data_list_struct* append(const data_list_struct& cell, data_list_struct* last, int32_t triangle)
+/// that ends the chain afterwards, or null, with nothing done, when the heap is exhausted.
+[[gnu::always_inline]] inline data_list_struct* append(const data_list_struct& cell, data_list_struct* last,
+                                                       int32_t triangle)
 {
     if (last == &cell || !takes_numbers(*last)) {
         data_list_struct* const node = new_node();
         if (node == nullptr)
-            return last;
+            return nullptr;
         last->next = node;
         last = node;
     }
@@ -172,7 +181,7 @@ CellRange cells_touching(const GridAxis& axis, double least, double greatest)
     return {first, last};
 }
 
-/// Lists triangles in cells while they are filled, remembering where each chain ends.
+/// Lists triangles in cells while they are filled, remembering where each chain ends where there is memory for that.
 class Filling {
 public:
     Filling(RayStatus& s, int32_t cells) : s_(s), ends_(cells)
@@ -180,12 +189,15 @@ public:
         for (int32_t c = 0; ends_.exists() && c < cells; ++c)
             ends_[c] = &s.cells[c];
     }
-    void list(int32_t triangle, int32_t cell)
+
+    /// False when the heap is exhausted.
+    bool list(int32_t triangle, int32_t cell)
     {
-        if (ends_.exists())
-            ends_[cell] = append(s_.cells[cell], ends_[cell], triangle);
-        else
-            ray_add_tri_to_bbox(&s_, triangle, cell);
+        data_list_struct& first = s_.cells[cell];
+        data_list_struct* walked = ends_.exists() ? nullptr : last_node(first);
+        data_list_struct*& end = ends_.exists() ? ends_[cell] : walked;
+        end = append(first, end, triangle);
+        return end != nullptr;
     }
 
 private:
@@ -193,28 +205,39 @@ private:
     Scratch<data_list_struct*> ends_;
 };
 
-/// Lists every triangle in the cells its box touches.
-void fill_cells(RayStatus& s, const Grid& grid, const double* triangles, int32_t count)
+/// Lists a triangle in the cells that its box[6] touches. False when the heap is exhausted.
+bool list_triangle(Filling& filling, const Grid& grid, int32_t t, const double* box)
+{
+    if (!grid.in_order) {
+        bool is_listed = true;
+        grid.for_each_cell([&](int32_t cell, const double* cell_box) {
+            if (is_listed && boxes_meet(cell_box, box))
+                is_listed = filling.list(t, cell);
+        });
+        return is_listed;
+    }
+    const CellRange x = cells_touching(grid.axes[0], box[0], box[3]);
+    const CellRange y = cells_touching(grid.axes[1], box[1], box[4]);
+    const CellRange z = cells_touching(grid.axes[2], box[2], box[5]);
+    for (int32_t ix = x.first; ix <= x.last; ++ix)
+        for (int32_t iy = y.first; iy <= y.last; ++iy)
+            for (int32_t iz = z.first; iz <= z.last; ++iz)
+                if (!filling.list(t, (ix * grid.axes[1].cells + iy) * grid.axes[2].cells + iz))
+                    return false;
+    return true;
+}
+
+/// Lists every triangle in the cells its box touches. False when the heap is exhausted.
+bool fill_cells(RayStatus& s, const Grid& grid, const double* triangles, int32_t count)
 {
     Filling filling(s, grid.count());
     for (int32_t t = 0; t < count; ++t) {
         double box[kBoxValues];
         find_triangle_box(triangles + 9 * int64_t{t}, box);
-        if (!grid.in_order) {
-            grid.for_each_cell([&](int32_t cell, const double* cell_box) {
-                if (boxes_meet(cell_box, box))
-                    filling.list(t, cell);
-            });
-            continue;
-        }
-        const CellRange x = cells_touching(grid.axes[0], box[0], box[3]);
-        const CellRange y = cells_touching(grid.axes[1], box[1], box[4]);
-        const CellRange z = cells_touching(grid.axes[2], box[2], box[5]);
-        for (int32_t ix = x.first; ix <= x.last; ++ix)
-            for (int32_t iy = y.first; iy <= y.last; ++iy)
-                for (int32_t iz = z.first; iz <= z.last; ++iz)
-                    filling.list(t, (ix * grid.axes[1].cells + iy) * grid.axes[2].cells + iz);
+        if (!list_triangle(filling, grid, t, box))
+            return false;
     }
+    return true;
 }
 
 } // namespace
@@ -270,8 +293,9 @@ void ray_classify(RayStatus* s)
     }
 
     ray_make_sub_bbox(s);
-    if (const Cells cells = cells_of(*s); cells.grid != nullptr)
-        fill_cells(*s, *cells.grid, points.dvals, s->triangles->count);
+    if (const Cells cells = cells_of(*s);
+        cells.grid != nullptr && !fill_cells(*s, *cells.grid, points.dvals, s->triangles->count))
+        drop_cells(*s);
 }
 
 void ray_make_sub_bbox(RayStatus* s)
@@ -308,10 +332,7 @@ void ray_add_tri_to_bbox(RayStatus* s, int triangle, int cell)
 {
     if (s == nullptr || cell < 0 || cell >= cells_of(*s).count)
         return;
-    data_list_struct* last = &s->cells[cell];
-    while (last->next != nullptr)
-        last = last->next;
-    append(s->cells[cell], last, triangle);
+    append(s->cells[cell], last_node(s->cells[cell]), triangle);
 }
 
 void ray_declassify(RayStatus* s)

@@ -45,7 +45,7 @@ KORVALE_API void ray_set_triangles(Data* triangles, RayStatus* s);
 /// The triangle array is left with dim 9 whatever it had before; its count alone says how many triangles it holds, and
 /// `dvals` must hold 9 values for each: 12 points as [12][3] are 4 triangles and need count 4. An array without a
 /// buffer leaves no cells, one with count below 1 leaves empty cells in the box as it stands. Nothing happens while no
-/// array is set. When the heap is exhausted `cells` is null, or triangles are missing from cells.
+/// array is set. When the heap is exhausted `cells` is null.
 KORVALE_API void ray_classify(RayStatus* s);
 
 /// Divides `bbox` into empty cells, after raising each of nx, ny and nz below 1 to 1. `ray_classify` calls it.

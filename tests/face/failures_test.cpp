@@ -34,6 +34,15 @@ TEST(FaceOnAnExhaustedHeap, BandThrows)
     expect_whole_or_thrown([] { return coordinates(band({{0, 0, 0}, {2, 0, 0}, {4, 1, 0}}, 1).outline); });
 }
 
+TEST(FaceOnAnExhaustedHeap, RayGridThrows)
+{
+    const Mesh mesh = cube();
+    expect_whole_or_thrown([&mesh] {
+        RayGrid grid(mesh.vertices, mesh.triangles, GridSize{2, 2, 2});
+        return std::pair(grid.hits({-5, 0.1, 0.2}, {1, 0, 0}), grid.nearest({-5, 0.1, 0.2}, {1, 0, 0}));
+    });
+}
+
 TEST(FaceHeap, NothingStaysBehind)
 {
     NEEDS_HEAP_COUNTS();

@@ -255,26 +255,32 @@ TEST(ray_declassify, ReleasesTheCellsThatWereMade)
     }
 }
 
-TEST(ray_classify, SurvivesEveryFailedAllocation)
+TEST(ray_classify, ListsAllTrianglesOrMakesNoCellsWhenAnAllocationFails)
 {
     NEEDS_HEAP_FAILURES();
-    const int64_t failed = fail_each_allocation([](int64_t) {
-        double values[9 * 120] = {};
-        for (int i = 0; i < 120; ++i)
-            values[9 * i + 3] = values[9 * i + 7] = 1;
-        Data triangles = wrapped<Data>(values, 120, 9);
-        RayStatus s;
-        ray_initialize(&s);
-        s.nx = s.ny = s.nz = 2;
-        ray_set_triangles(&triangles, &s);
-        ray_classify(&s);
-        double o[3] = {0.25, 0.25, -1}, d[3] = {0, 0, 1}, distance = 1;
-        EXPECT_LE(ray_intersect(o, d, &s, &distance), 120);
-        EXPECT_EQ(distance, 1);
-        ray_declassify(&s);
-        DataDispose(&s.bbox);
-    });
-    EXPECT_GE(failed, 2 + 9 + 8 * 4); // box, marks, cells with their boxes, two nodes each
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const double first : {0.0, nan}) { // with planes in order, and cell by cell
+        const int64_t failed = fail_each_allocation([first](int64_t) {
+            double values[9 * 120] = {first};
+            for (int i = 0; i < 120; ++i)
+                values[9 * i + 3] = values[9 * i + 7] = 1;
+            Data triangles = wrapped<Data>(values, 120, 9);
+            RayStatus s;
+            ray_initialize(&s);
+            s.nx = s.ny = s.nz = 2;
+            ray_set_triangles(&triangles, &s);
+            ray_classify(&s);
+            for (int c = 0; s.cells != nullptr && c < 8; ++c)
+                EXPECT_THAT(node_counts(s.cells[c]), ElementsAre(100, 20));
+            double o[3] = {0.25, 0.25, -1}, d[3] = {0, 0, 1}, distance = 1;
+            const int hits = ray_intersect(o, d, &s, &distance);
+            EXPECT_TRUE(hits == 0 || (hits == 120 && first == 0.0)) << hits;
+            EXPECT_EQ(distance, 1);
+            ray_declassify(&s);
+            DataDispose(&s.bbox);
+        });
+        EXPECT_GE(failed, 2 + 9 + 8 * 4); // box, marks, cells with their boxes, two nodes each
+    }
 }
 
 } // namespace

@@ -193,7 +193,7 @@ private:
         s.status.nz = cells.z;
         ray_set_triangles(&s.triangles, &s.status);
         ray_classify(&s.status);
-        if (s.status.cells == nullptr && n > 0)
+        if (n > 0 && (s.status.cells == nullptr || s.status.tri_marks.bvals == nullptr))
             throw std::bad_alloc();
     }
 
