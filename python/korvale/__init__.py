@@ -1,6 +1,15 @@
-"""Numeric geometry: arrays, borders of outlines, equations."""
+"""Numeric geometry over NumPy arrays, with the same bits as the C++ library."""
 
-from korvale._korvale import Array, Equations, offset, offset_with_holes
-from korvale._version import __version__
+from ._errors import EquationError, Error
+from ._korvale import Band, Mesh, Offset
+from ._shapes import (
+    Flattening, Offsets, Scattered, band, bevel, flatten, frames, offset, outlines, scatter, shapes, triangulate, tube,
+)
+from ._transform import Srt, Transform, transform_points, transform_vectors
+from ._version import __version__
 
-__all__ = ["Array", "Equations", "__version__", "offset", "offset_with_holes"]
+__all__ = [
+    "Band", "EquationError", "Error", "Flattening", "Mesh", "Offset", "Offsets", "Scattered", "Srt", "Transform",
+    "__version__", "band", "bevel", "flatten", "frames", "offset", "outlines", "scatter", "shapes", "transform_points",
+    "transform_vectors", "triangulate", "tube",
+]

@@ -1,0 +1,246 @@
+"""Outlines, bands, solids, frames and scattered points."""
+
+from __future__ import annotations
+
+from typing import Any, NamedTuple
+
+import numpy
+
+from . import _input, _korvale
+from ._errors import refuse
+from ._korvale import Band, Mesh, Offset
+from ._transform import Transform
+
+
+class Offsets(tuple):  # type: ignore[type-arg]
+    """The borders of an outer outline and its holes, in their order. Made by `offset`."""
+
+    __slots__ = ()
+
+    @property
+    def outer(self) -> Offset:
+        """The border of the outer outline."""
+        border: Offset = self[0]
+        return border
+
+    @property
+    def holes(self) -> tuple[Offset, ...]:
+        """The borders of the holes."""
+        return tuple(self[1:])
+
+    @property
+    def collapsed(self) -> bool:
+        """True where nothing is left of the outer outline. Each hole has a `collapsed` of its own."""
+        return self.outer.collapsed
+
+    def __repr__(self) -> str:
+        return f"korvale.Offsets({super().__repr__()[1:-1].rstrip(',')})"
+
+
+def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices: bool = True,
+           split: bool = True) -> Any:
+    """The border of a closed, planar outline: every edge moved sideways in the outline's own plane.
+
+    outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first, and may repeat
+        it. A float64 array (N, 3) is read where it is. Or an outer outline and its holes: a list of outlines, a Shapely
+        polygon, a matplotlib path.
+    distance: outwards where it is positive, in units of the outline. Corners stay sharp.
+    height: lift of the border along the normal from which the outline runs counter-clockwise.
+    keep_vertices: a point of the border for each vertex; else vertices that were removed are left out.
+    split: also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing.
+
+    Returns an `Offset` for an outline, `Offsets`, a tuple of them, for one with holes: a positive distance shrinks the
+    holes, whichever way round they run. Lengths are absolute: work in units in which an outline measures about 1 or
+    more.
+
+    >>> square = [(0, 0), (4, 0), (4, 4), (0, 4)]
+    >>> korvale.offset(square, 0.5).xy
+    array([[-0.5, -0.5],
+           [ 4.5, -0.5],
+           [ 4.5,  4.5],
+           [-0.5,  4.5]])
+    >>> korvale.offset(square, -2.5).collapsed
+    True
+    >>> plate = korvale.offset([square, [(1, 1), (3, 1), (3, 3), (1, 3)]], 0.25)
+    >>> plate.outer.xy.max(), plate.holes[0].xy.max()
+    (4.25, 2.75)
+    """
+    result = _korvale.offset(outline, distance, height, keep_vertices, split)
+    return result if type(result) is Offset else Offsets(result)
+
+
+def outlines(shape: Any) -> list[numpy.ndarray]:
+    """The outlines of a shape as korvale sees them: float64 (N, 3) each, the outer one first, no point repeated.
+
+    shape: an outline, a list of outlines, a Shapely polygon, a matplotlib path.
+
+    >>> [len(outline) for outline in korvale.outlines([(0, 0), (1, 0), (1, 1), (0, 0)])]
+    [3]
+    """
+    return [_input.without_repeat(outline) for outline in _input.shape(shape, "outlines", "shape")]
+
+
+def shapes(path: Any) -> list[list[numpy.ndarray]]:
+    """Sorts outlines seen from above into shapes, each a list with an outer outline and its holes.
+
+    path: a matplotlib path, such as that of a text, or any outlines in any order.
+
+    An outline inside an even number of others is an outer one; it does not matter which way round it runs.
+
+    >>> square = numpy.array([(0, 0), (1, 0), (1, 1), (0, 1)])
+    >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]
+    [2, 1]
+    """
+    if hasattr(path, "vertices") and hasattr(path, "codes"):
+        return _input.shapes_of(_input._path_outlines(path, "shapes", "path"))
+    return _input.shapes_of(_input.points(outline, "shapes", "path") for outline in path)
+
+
+def band(line: Any, distance: float, *, height: float = 0.0, both_sides: bool = False, up: Any = None) -> Band:
+    """The band between an open line and its border, to the right of the line where the distance is positive.
+
+    line: points (N, 3) or (N, 2), at least two.
+    distance: in units of the line, not 0.
+    height: lift of the border along `up`.
+    both_sides: from the border on one side to that on the other, instead of to the line itself.
+    up: the direction (3,) from which right is right. Without it the line has to be planar, and is seen from the side
+        that is up in z (in y or x where its plane is upright). With it the line may rise and fall: each point of the
+        border is as high as its point of the line.
+
+    The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
+    border give way and share a place; `removed` names them. `crossing` tells where the outline meets itself.
+
+    >>> road = korvale.band([(0, 0), (10, 0), (10, 10)], 1, both_sides=True)
+    >>> road.outline[:3, :2]
+    array([[ 0., -1.],
+           [11., -1.],
+           [11., 10.]])
+    >>> road.collapsed, road.crossing
+    (False, None)
+    """
+    return _korvale.band(line, distance, height, both_sides, up)
+
+
+def bevel(outline: Any, profile: Any, *, split: bool = True) -> Mesh:
+    """A closed mesh from an outline, with or without holes, and a profile.
+
+    outline: as for `offset`.
+    profile: (S, 2), at least two steps (distance outwards, height along the normal): a layer for each, strips between
+        neighbours, a cap on the first and on the last.
+
+    Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. The triangles
+    face outwards. Vertices at exactly one place are one vertex.
+
+    >>> korvale.bevel([(0, 0), (4, 0), (4, 4), (0, 4)], [(0, 0), (0, 8), (-1, 9)])  # a wall with a chamfer
+    <korvale.Mesh of 12 vertices, 20 triangles>
+    """
+    steps = _input.array(profile, "bevel", "profile", "be steps, (S, 2)")
+    if steps.ndim != 2 or steps.shape[1] != 2:
+        raise refuse("bevel", "profile", "be steps, (S, 2)", f"its shape is {steps.shape}")
+    return _korvale.bevel(_input.shape(outline, "bevel", "outline"), steps, split)
+
+
+def tube(path: Any, section: Any, *, closed: bool = False, caps: bool = True) -> Mesh:
+    """A mesh from a path and a section that is carried along it.
+
+    path: points (N, 3). section: an outline (K, 2) or (K, 3) in the plane z = 0 around the origin.
+    closed: the last point of the path joins the first. caps: close the two ends of an open tube.
+
+    Vertex k of ring i is at i * K + k. The triangles face outwards. Mitres keep the section's size at a bend; the wall
+    gets thinner there.
+
+    >>> korvale.tube([(0, 0, 0), (0, 0, 5)], [(1, 0), (0, 1), (-1, 0), (0, -1)])
+    <korvale.Mesh of 8 vertices, 12 triangles>
+    """
+    return _korvale.tube(path, section, closed, caps)
+
+
+def triangulate(outline: Any) -> numpy.ndarray:
+    """Cuts a planar outline, with or without holes, into triangles: int32 (T, 3).
+
+    The triangles number the points of all outlines in their order, as `outlines` gives them, and run counter-clockwise
+    where the outer outline does.
+
+    >>> korvale.triangulate([(0, 0), (4, 0), (4, 4), (0, 4)]).shape
+    (2, 3)
+    """
+    return _korvale.triangulate(_input.shape(outline, "triangulate", "outline"))
+
+
+class Flattening(NamedTuple):
+    """A transform into the plane z = 0 and its way back."""
+
+    to_plane: Transform
+    from_plane: Transform
+
+
+def flatten(path: Any, *, closed: bool = True, by_extremes: bool = False) -> Flattening:
+    """The transforms that lay a planar outline into the plane z = 0, counter-clockwise there, and carry it back.
+
+    path: points (N, 3). closed: it is an outline, else an open polyline. by_extremes: take the plane from the extremes
+    of the bounds, whichever way the outline then runs.
+
+    >>> outline = [(0, 0, 0), (0, 3, 0), (0, 3, 3), (0, 0, 3)]
+    >>> way = korvale.flatten(outline)
+    >>> bool(abs(way.to_plane(outline)[:, 2]).max() < 1e-12)
+    True
+    """
+    to_plane, from_plane = _korvale.flatten(path, closed, by_extremes)
+    return Flattening(Transform(to_plane), Transform(from_plane))
+
+
+def frames(path: Any, *, closed: bool = False) -> numpy.ndarray:
+    """One frame for each point of a polyline: float64 (N, 4, 4).
+
+    path: points (N, 3), at least two. closed: the last point joins the first.
+
+    The columns of a frame are its x axis, y axis, z axis and the point, so it carries the plane z = 0 to the point. z
+    points back along the path and halves the angle at a joint; x turns as little as it can from frame to frame.
+
+    >>> korvale.frames([(0, 0, 0), (1, 0, 0), (2, 0, 0)])[1, :3, 3]
+    array([1., 0., 0.])
+    """
+    return _korvale.frames(path, closed)
+
+
+class Scattered(NamedTuple):
+    """Points on triangles, float64 (N, 3), and what they carry, float64 (N, k) or None."""
+
+    points: numpy.ndarray
+    attributes: numpy.ndarray | None
+
+
+def scatter(mesh: Any, count: int, *, seed: int, attributes: Any = None, triangles: Any = None) -> Scattered:
+    """Scatters `count` points over triangles, uniformly by area.
+
+    mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
+        (T, 3) given apart, or the corners of triangles (T, 3, 3) or (T, 9).
+    seed: of the random generator of the process: the same seed gives the same points, as long as no other thread draws
+        meanwhile.
+    attributes: values to be blended to the points by the same weights: (V, k) or (V,) for a mesh, (T, 3, k) or (T, 3)
+        for corners.
+
+    >>> points, colours = korvale.scatter([[(0, 0, 0), (1, 0, 0), (0, 1, 0)]], 1000, seed=42,
+    ...                                   attributes=[[(1, 0, 0), (0, 1, 0), (0, 0, 1)]])
+    >>> points.shape, colours.shape
+    ((1000, 3), (1000, 3))
+    """
+    n = _input.count(count, "scatter", "count")
+    start = _input.count(seed, "scatter", "seed", -(2**31), 2**32 - 1) % 2**32
+    values = None if attributes is None else _input.array(attributes, "scatter", "attributes", "be numbers")
+    if values is not None:
+        values = numpy.ascontiguousarray(values)
+    if triangles is not None or _input.is_mesh(mesh):
+        vertices, sizes, faces = _input.mesh(mesh, triangles, "scatter")
+        if sizes is not None:
+            faces = _korvale.fans(sizes, faces)[0]
+        if values is not None and (values.ndim not in (1, 2) or len(values) != len(vertices)):
+            raise refuse("scatter", "attributes", f"be ({len(vertices)},) or ({len(vertices)}, k), a row a vertex",
+                         f"its shape is {values.shape}")
+        return Scattered(*_korvale.scatter_mesh(vertices, faces, n, start, values))
+    corners = _input.corners(mesh, "scatter", "mesh")
+    if values is not None and (values.ndim not in (2, 3) or values.shape[:2] != (len(corners), 3)):
+        raise refuse("scatter", "attributes", f"be ({len(corners)}, 3) or ({len(corners)}, 3, k), a row a corner",
+                     f"its shape is {values.shape}")
+    return Scattered(*_korvale.scatter_corners(corners, n, start, values))
+

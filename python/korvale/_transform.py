@@ -1,0 +1,190 @@
+"""Transforms as values."""
+
+from __future__ import annotations
+
+from typing import Any, NamedTuple
+
+import numpy
+
+from . import _input, _korvale
+from ._errors import refuse
+
+
+class Srt(NamedTuple):
+    """Scale, rotation about x, then y, then z in radians, and translation, applied in this order: (3,) or (N, 3)."""
+
+    scale: numpy.ndarray
+    rotation: numpy.ndarray
+    translation: numpy.ndarray
+
+
+class Transform:
+    """Transform(matrix=None): a 4x4 transform as a value; the identity without a matrix (4, 4) or (16,), row by row.
+
+    Points are columns, so `a @ b` applies b first and the translation is in column 3. Calling it moves points.
+
+    >>> from math import pi
+    >>> place = korvale.Transform.translation((10, 0, 0)) @ korvale.Transform.rotation((0, 0, pi / 2))
+    >>> place((1, 0, 0)).round(12)
+    array([10.,  1.,  0.])
+    >>> place([(1, 0, 0), (0, 1, 0)]).shape
+    (2, 3)
+    """
+
+    __slots__ = ("_matrix",)
+
+    def __init__(self, matrix: Any = None) -> None:
+        if matrix is None:
+            self._matrix = numpy.identity(4)
+        else:
+            self._matrix = matrices(matrix, "Transform", "matrix", single=True)[0].copy()
+        self._matrix.flags.writeable = False
+
+    @classmethod
+    def _of(cls, rows: numpy.ndarray) -> Transform:
+        self = cls.__new__(cls)
+        self._matrix = rows.reshape(4, 4)
+        self._matrix.flags.writeable = False
+        return self
+
+    @classmethod
+    def scaling(cls, scale: Any) -> Transform:
+        """Scales by (3,), or by one number in all directions."""
+        if numpy.ndim(scale) == 0:
+            scale = (scale,) * 3
+        return cls._of(_korvale.scaling(_vector(scale, "Transform.scaling", "scale")))
+
+    @classmethod
+    def translation(cls, by: Any) -> Transform:
+        """Moves by (3,)."""
+        return cls._of(_korvale.translation(_vector(by, "Transform.translation", "by")))
+
+    @classmethod
+    def rotation(cls, radians: Any) -> Transform:
+        """Turns by (3,) radians about x first, then y, then z."""
+        return cls._of(_korvale.rotation(_vector(radians, "Transform.rotation", "radians")))
+
+    @classmethod
+    def rotation_in_degrees(cls, degrees: Any) -> Transform:
+        """Turns by (3,) degrees, converted with the short factor 0.0174533."""
+        return cls._of(_korvale.rotation_in_degrees(_vector(degrees, "Transform.rotation_in_degrees", "degrees")))
+
+    @classmethod
+    def from_srt(cls, scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any = (0, 0, 0)) -> Transform:
+        """Scales, then turns (radians), then moves."""
+        name = "Transform.from_srt"
+        return cls._of(_korvale.from_srt(_vector(scale, name, "scale"), _vector(rotation, name, "rotation"),
+                                         _vector(translation, name, "translation")))
+
+    @classmethod
+    def inverse_of(cls, scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any = (0, 0, 0)) -> Transform:
+        """The inverse of `from_srt` of the same. A scale below 1e-06 is inverted to 1000000, and stays finite."""
+        name = "Transform.inverse_of"
+        return cls._of(_korvale.inverse_from_srt(_vector(scale, name, "scale"), _vector(rotation, name, "rotation"),
+                                                 _vector(translation, name, "translation")))
+
+    @classmethod
+    def into_frame(cls, origin: Any, z: Any, reference: Any) -> Transform:
+        """From the world into the frame at `origin` whose z axis runs along `z`, its x axis along reference x z."""
+        name = "Transform.into_frame"
+        return cls._of(_korvale.into_frame(_vector(origin, name, "origin"), _vector(z, name, "z"),
+                                           _vector(reference, name, "reference")))
+
+    @property
+    def matrix(self) -> numpy.ndarray:
+        """float64 (4, 4), not writable."""
+        return self._matrix
+
+    def __call__(self, points: Any, out: numpy.ndarray | None = None) -> numpy.ndarray:
+        """The points (N, 3) or (3,) moved; divided by their fourth coordinate unless that is exactly 1.
+
+        out: where they go, a float64 array of the same shape, which may be `points` itself.
+        """
+        return transform_points(self._matrix, points, out=out)
+
+    def vectors(self, vectors: Any, out: numpy.ndarray | None = None) -> numpy.ndarray:
+        """The vectors (N, 3) or (3,) turned and scaled, not moved."""
+        return transform_vectors(self._matrix, vectors, out=out)
+
+    def __matmul__(self, other: Transform) -> Transform:
+        if not isinstance(other, Transform):
+            return NotImplemented
+        return Transform._of(_korvale.multiply(self._matrix[None], other._matrix[None]))
+
+    __mul__ = __matmul__
+
+    def transposed(self) -> Transform:
+        """Rows and columns exchanged."""
+        return Transform._of(_korvale.transpose(self._matrix[None]))
+
+    def take_apart(self) -> Srt:
+        """Scale, rotation and translation (3,) of a transform made of them.
+
+        Where the y rotation is a quarter turn, x and z turn about one axis and only their sum or difference is known:
+        x comes out as 0.
+        """
+        return Srt(*(part[0] for part in _korvale.take_apart(self._matrix[None])))
+
+    def __array__(self, dtype: Any = None) -> numpy.ndarray:
+        return self._matrix if dtype is None else self._matrix.astype(dtype)
+
+    def __getitem__(self, key: Any) -> Any:
+        return self._matrix[key]
+
+    def __eq__(self, other: object) -> Any:
+        if not isinstance(other, Transform):
+            return NotImplemented
+        return bool((self._matrix == other._matrix).all())
+
+    def __hash__(self) -> int:
+        return hash(tuple((self._matrix.ravel() + 0.0).tolist()))
+
+    def __repr__(self) -> str:
+        return f"korvale.Transform({self._matrix.tolist()})"
+
+    def __reduce__(self) -> Any:
+        return Transform, (self._matrix.copy(),)
+
+
+def _vector(value: Any, function: str, argument: str) -> numpy.ndarray:
+    return _input.finite(_input.point(value, function, argument), function, argument)
+
+
+def matrices(value: Any, function: str, argument: str, single: bool = False) -> numpy.ndarray:
+    """Matrices as a plain array (N, 4, 4)."""
+    if isinstance(value, Transform):
+        return value.matrix[None]
+    must = "be a matrix, (4, 4) or (16,)" if single else "be matrices, (N, 4, 4) or (4, 4)"
+    given = numpy.require(_input.array(value, function, argument, must), numpy.float64, ["C", "A"])
+    if given.shape in ((4, 4), (16,)):
+        return given.reshape(1, 4, 4)
+    if single or given.ndim != 3 or given.shape[1:] != (4, 4):
+        raise refuse(function, argument, must, f"its shape is {given.shape}")
+    return given
+
+
+def _carry(by: Any, matrix: Any, rows: Any, out: numpy.ndarray | None, function: str, argument: str) -> numpy.ndarray:
+    m = matrices(matrix, function, "matrices")
+    given = _input.points_or_point(rows, function, argument)
+    is_single = numpy.ndim(rows) == 1 and len(m) == 1 and len(given) == 1 and numpy.ndim(matrix) != 3
+    n = len(given) if len(m) == 1 else len(m)
+    result = _input.output(out, (3,) if is_single else (n, 3), function)
+    by(m, given, result)
+    return result
+
+
+def transform_points(matrices: Any, points: Any, *, out: numpy.ndarray | None = None) -> numpy.ndarray:
+    """Points moved by one transform or by one each: float64 (N, 3).
+
+    matrices: a `Transform`, (4, 4) or (N, 4, 4). points: (N, 3) or (3,). out: where they go, which may be `points`.
+    The points are divided by their fourth coordinate unless that is exactly 1.
+
+    >>> korvale.transform_points(korvale.Transform.scaling(2), [(1, 2, 3)])
+    array([[2., 4., 6.]])
+    """
+    return _carry(_korvale.transform_points, matrices, points, out, "transform_points", "points")
+
+
+def transform_vectors(matrices: Any, vectors: Any, *, out: numpy.ndarray | None = None) -> numpy.ndarray:
+    """Vectors turned and scaled, not moved, by one transform or by one each: float64 (N, 3)."""
+    return _carry(_korvale.transform_vectors, matrices, vectors, out, "transform_vectors", "vectors")

@@ -1,0 +1,118 @@
+// Bands along open lines.
+#include "support.h"
+
+namespace korvale::python {
+namespace {
+
+/// From so many points on a band is likely to take 20 microseconds or more.
+constexpr std::size_t kLongLine = 16;
+
+bool is_equal(const Band& a, const Band& b)
+{
+    const auto edges = [](const Band& band) {
+        return band.crossing ? std::array{band.crossing->first, band.crossing->second} : std::array{SIZE_MAX, SIZE_MAX};
+    };
+    return a.collapsed == b.collapsed && edges(a) == edges(b) && std::ranges::equal(a.outline, b.outline) &&
+           std::ranges::equal(a.removed, b.removed);
+}
+
+py::array outline_of(py::object self)
+{
+    Points& outline = self.cast<Band&>().outline;
+    return view_of(std::span(outline.data(), outline.size()), self);
+}
+
+py::array border_of(py::object self)
+{
+    Points& outline = self.cast<Band&>().outline;
+    return view_of(std::span(outline.data(), outline.size() / 2), self);
+}
+
+py::array removed_of(py::object self)
+{
+    Array<std::uint8_t>& removed = self.cast<Band&>().removed;
+    return truths_of(removed.data(), removed.size(), self);
+}
+
+py::object crossing_of(const Band& band)
+{
+    if (!band.crossing)
+        return py::none();
+    return py::make_tuple(band.crossing->first, band.crossing->second);
+}
+
+py::tuple state_of(py::object self)
+{
+    const Band& band = self.cast<Band&>();
+    return py::make_tuple(outline_of(self), removed_of(self), band.collapsed, crossing_of(band));
+}
+
+Band restored(const py::tuple& state)
+{
+    const auto outline = state[0].cast<py::array_t<double, py::array::c_style>>();
+    const auto removed = state[1].cast<py::array_t<bool, py::array::c_style>>();
+    Band band;
+    band.outline = Points(static_cast<std::size_t>(outline.size()) / 3);
+    std::copy_n(outline.data(), 3 * band.outline.size(), band.outline.coordinates().data());
+    band.removed = Array<std::uint8_t>(static_cast<std::size_t>(removed.size()));
+    std::copy_n(removed.data(), band.removed.size(), band.removed.data());
+    band.collapsed = state[2].cast<bool>();
+    if (!state[3].is_none()) {
+        const py::tuple edges = state[3];
+        band.crossing = Crossing{edges[0].cast<std::size_t>(), edges[1].cast<std::size_t>()};
+    }
+    return band;
+}
+
+Band band_of(py::handle line, py::handle distance, py::handle height, py::handle both_sides, py::handle up)
+{
+    const PointsIn points(line, "band", "line");
+    BandOptions options = {number_of(height, "band", "height"), truth_of(both_sides), {}};
+    if (!up.is_none())
+        options.up = PointsIn(converted("point", up, "band", "up"), "band", "up").view()[0];
+    const double d = number_of(distance, "band", "distance");
+    const Unlocked unlocked(points.view().size() >= kLongLine);
+    return band(points.view(), d, options);
+}
+
+} // namespace
+
+void bind_band(py::module_& m)
+{
+    py::class_<Band>(m, "Band",
+                     "A closed outline along a line. Made by `band`.\n\n"
+                     "It is its outline where NumPy asks: numpy.asarray(result), len(result), for point in result.")
+        .def_property_readonly("outline", &outline_of,
+                               "float64 (2 N, 3): the border in the order of the line, then the other side backwards; "
+                               "the library's own memory.")
+        .def_property_readonly("border", &border_of,
+                               "float64 (N, 3): the border alone, one point for each point of the line.")
+        .def_property_readonly("removed", &removed_of,
+                               "bool, one for each point of the line: a bend is too tight there and its point gave "
+                               "way.")
+        .def_readonly("collapsed", &Band::collapsed,
+                      "True where every point gave way: no part of the line has a border at this distance.")
+        .def_property_readonly("crossing", &crossing_of,
+                               "Two edges at which the outline meets itself, (i, k), or None. Edge i runs from point i "
+                               "to the next.")
+        .def("__len__", [](const Band& self) { return self.outline.size(); })
+        .def("__iter__", [](py::object self) { return py::iter(outline_of(self)); })
+        .def("__getitem__", [](py::object self, py::object key) { return py::object(outline_of(self)[key]); })
+        .def(
+            "__array__",
+            [](py::object self, py::object dtype) {
+                const py::array outline = outline_of(self);
+                return dtype.is_none() ? py::object(outline) : outline.attr("astype")(dtype);
+            },
+            py::arg("dtype") = py::none())
+        .def("__eq__", &is_equal, py::is_operator())
+        .def("__repr__",
+             [](const Band& self) {
+                 return "<korvale.Band of " + detail::counted(self.outline.size(), "point") +
+                        (self.collapsed ? ", collapsed" : "") + (self.crossing ? ", meets itself>" : ">");
+             })
+        .def(py::pickle(&state_of, &restored));
+    m.def("band", &band_of);
+}
+
+} // namespace korvale::python

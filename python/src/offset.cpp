@@ -1,0 +1,127 @@
+// Outlines moved sideways. One outline in a plain array goes from the caller's memory through the sweep to the result
+// without a line of Python.
+#include "support.h"
+
+namespace korvale::python {
+namespace {
+
+/// From so many points on a sweep is likely to take 20 microseconds or more.
+constexpr std::size_t kLongOutline = 32;
+
+bool is_equal(const Offset& a, const Offset& b)
+{
+    return a.collapsed == b.collapsed && std::ranges::equal(a.points, b.points) &&
+           std::ranges::equal(a.removed, b.removed) && std::ranges::equal(a.merged_into, b.merged_into);
+}
+
+py::array points_of(py::object self)
+{
+    Points& points = self.cast<Offset&>().points;
+    return view_of(std::span(points.data(), points.size()), self);
+}
+
+py::array removed_of(py::object self)
+{
+    Array<std::uint8_t>& removed = self.cast<Offset&>().removed;
+    return truths_of(removed.data(), removed.size(), self);
+}
+
+py::array merged_into_of(py::object self)
+{
+    Array<std::int32_t>& merged = self.cast<Offset&>().merged_into;
+    return view_of(merged.data(), {static_cast<py::ssize_t>(merged.size())}, self);
+}
+
+/// A copy made of what `state_of` gave.
+Offset restored(const py::tuple& state)
+{
+    const auto points = state[0].cast<py::array_t<double, py::array::c_style>>();
+    const auto removed = state[1].cast<py::array_t<bool, py::array::c_style>>();
+    const auto merged = state[2].cast<py::array_t<std::int32_t, py::array::c_style>>();
+    Offset result;
+    result.points = Points(static_cast<std::size_t>(points.size()) / 3);
+    std::copy_n(points.data(), 3 * result.points.size(), result.points.coordinates().data());
+    result.removed = Array<std::uint8_t>(static_cast<std::size_t>(removed.size()));
+    std::copy_n(removed.data(), result.removed.size(), result.removed.data());
+    result.merged_into = Array<std::int32_t>(static_cast<std::size_t>(merged.size()));
+    std::copy_n(merged.data(), result.merged_into.size(), result.merged_into.data());
+    result.collapsed = state[3].cast<bool>();
+    return result;
+}
+
+py::tuple state_of(py::object self)
+{
+    return py::make_tuple(points_of(self), removed_of(self), merged_into_of(self), self.cast<Offset&>().collapsed);
+}
+
+Offset offset_of(PointView outline, double distance, const OffsetOptions& options)
+{
+    const Unlocked unlocked(outline.size() >= kLongOutline);
+    return offset(outline, distance, options);
+}
+
+/// An `Offset` for an outline, a list of them for a list of outlines.
+py::object offset_any(py::handle outline, py::handle distance, py::handle height, py::handle keep_vertices,
+                      py::handle split)
+{
+    const double d = number_of(distance, "offset", "distance");
+    const OffsetOptions options = {number_of(height, "offset", "height"), truth_of(keep_vertices), truth_of(split)};
+    if (is_plain_points(outline))
+        return py::cast(offset_of(PointsIn(outline, "offset", "outline").outline(), d, options));
+
+    const py::object input = converted("outline_or_shape", outline, "offset", "outline");
+    if (!py::isinstance<py::list>(input))
+        return py::cast(offset_of(PointsIn(input, "offset", "outline").outline(), d, options));
+    const ShapeIn shape(input, "offset", "outline");
+    std::vector<Offset> borders;
+    {
+        const Unlocked unlocked(shape.points() >= kLongOutline);
+        borders = offset(shape.views(), d, options);
+    }
+    py::list list;
+    for (Offset& border : borders)
+        list.append(std::move(border));
+    return list;
+}
+
+} // namespace
+
+void bind_offset(py::module_& m)
+{
+    py::class_<Offset>(m, "Offset",
+                       "One border, and what became of every vertex of its outline. Made by `offset`.\n\n"
+                       "It is its points where NumPy asks: numpy.asarray(result), len(result), for point in result.")
+        .def_property_readonly("points", &points_of, "The border, float64 (N, 3); the library's own memory.")
+        .def_property_readonly(
+            "xy",
+            [](py::object self) {
+                return py::object(points_of(self)[py::make_tuple(py::ellipsis(), py::slice(0, 2, 1))]);
+            },
+            "The border without z, float64 (N, 2): a view of `points`.")
+        .def_property_readonly("removed", &removed_of, "bool, one for each vertex of the outline: removed on the way.")
+        .def_property_readonly("merged_into", &merged_into_of,
+                               "int32, one for each vertex of the outline: the vertex it merged into, itself while it "
+                               "stayed.")
+        .def_readonly("collapsed", &Offset::collapsed,
+                      "True where nothing is left: fewer than three vertices, or all on one line.")
+        .def("__len__", [](const Offset& self) { return self.points.size(); })
+        .def("__iter__", [](py::object self) { return py::iter(points_of(self)); })
+        .def("__getitem__", [](py::object self, py::object key) { return py::object(points_of(self)[key]); })
+        .def(
+            "__array__",
+            [](py::object self, py::object dtype) {
+                const py::array points = points_of(self);
+                return dtype.is_none() ? py::object(points) : points.attr("astype")(dtype);
+            },
+            py::arg("dtype") = py::none())
+        .def("__eq__", &is_equal, py::is_operator())
+        .def("__repr__",
+             [](const Offset& self) {
+                 return "<korvale.Offset of " + detail::counted(self.points.size(), "point") +
+                        (self.collapsed ? ", collapsed>" : ">");
+             })
+        .def(py::pickle(&state_of, &restored));
+    m.def("offset", &offset_any);
+}
+
+} // namespace korvale::python

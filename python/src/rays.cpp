@@ -1,0 +1,168 @@
+// Rays into a grid of triangles.
+#include "support.h"
+
+namespace korvale::python {
+namespace {
+
+using Doubles = py::array_t<double, py::array::c_style>;
+using Ints = py::array_t<std::int32_t, py::array::c_style>;
+
+/// From so many rays on a cast is likely to take 20 microseconds or more; through many triangles a single one may.
+constexpr std::size_t kManyRays = 32;
+constexpr std::size_t kManyTriangles = 20000;
+
+std::optional<GridSize> size_of(const py::object& cells)
+{
+    if (cells.is_none())
+        return {};
+    const auto [x, y, z] = cells.cast<std::array<std::int32_t, 3>>();
+    return GridSize{x, y, z};
+}
+
+/// A grid with what keeps its triangles alive.
+class Grid {
+public:
+    Grid(RayGrid grid, py::object corners) : grid_(std::move(grid)), corners_(std::move(corners)) {}
+
+    RayGrid& get() { return grid_; }
+    Turns& turns() { return turns_; }
+    const py::object& corners() const { return corners_; }
+    std::size_t size() const { return grid_.size(); }
+
+private:
+    RayGrid grid_;
+    py::object corners_; // the array that the grid reads, [.][9]
+    Turns turns_;
+};
+
+/// Over corners [.][9], which are read by every query.
+std::unique_ptr<Grid> grid_of(const Doubles& corners, const py::object& cells)
+{
+    const std::optional<GridSize> size = size_of(cells);
+    const PointView points = PointView::at(corners.data(), static_cast<std::size_t>(corners.size()) / 3);
+    std::optional<RayGrid> grid;
+    {
+        const py::gil_scoped_release unlocked;
+        grid.emplace(RayGrid::over(TriangleView(points), size));
+    }
+    return std::make_unique<Grid>(std::move(*grid), corners);
+}
+
+/// The corners [.][9] of triangles on shared vertices.
+py::array gathered(const Doubles& vertices, const Ints& triangles)
+{
+    Doubles corners({triangles.size() / 3, py::ssize_t{9}});
+    double* const to = corners.mutable_data();
+    const double* const from = vertices.data();
+    const std::int32_t* const number = triangles.data();
+    const py::ssize_t n = triangles.size(), count = vertices.shape(0);
+    for (py::ssize_t i = 0; i < n; ++i) {
+        if (number[i] < 0 || number[i] >= count)
+            throw Error("RayGrid", "triangles", "name vertices", "corner " + detail::text_of(i) + " does not");
+        std::copy_n(from + 3 * std::ptrdiff_t{number[i]}, 3, to + 3 * i);
+    }
+    return corners;
+}
+
+/// (sizes, corners) of faces cut into triangles about their first corners, and the face of each triangle.
+py::tuple fans_of(const Ints& sizes, const Ints& corners)
+{
+    std::vector<std::int32_t> triangles, faces;
+    const std::int32_t* at = corners.data();
+    for (std::int32_t f = 0; f < sizes.size(); ++f) {
+        const std::int32_t n = sizes.data()[f];
+        for (std::int32_t k = 2; k < n; ++k) {
+            triangles.insert(triangles.end(), {at[0], at[k - 1], at[k]});
+            faces.push_back(f);
+        }
+        at += n;
+    }
+    return py::make_tuple(Ints({static_cast<py::ssize_t>(faces.size()), py::ssize_t{3}}, triangles.data()),
+                          Ints(static_cast<py::ssize_t>(faces.size()), faces.data()));
+}
+
+/// Runs a query on one ray in the grid's turn.
+template <class Query>
+auto ask(Grid& grid, const char* function, py::handle origin, py::handle direction, Query query)
+{
+    const Point from = PointsIn(origin, function, "origin").view()[0];
+    const Point along = PointsIn(direction, function, "direction").view()[0];
+    detail::require_finite(function, "origin", PointView(std::span(&from, 1)));
+    detail::require_finite(function, "direction", PointView(std::span(&along, 1)));
+    const Unlocked unlocked(grid.size() >= kManyTriangles);
+    const Turns::Turn turn(grid.turns(), function, grid.size() >= kManyTriangles);
+    return query(grid.get(), from, along);
+}
+
+py::object nearest_of(Grid& grid, py::handle origin, py::handle direction)
+{
+    const auto hit =
+        ask(grid, "RayGrid.nearest", origin, direction, [](auto& g, auto& o, auto& d) { return g.nearest(o, d); });
+    if (!hit)
+        return py::none();
+    return py::make_tuple(hit->distance, hit->triangle);
+}
+
+py::list hits_of(Grid& grid, py::handle origin, py::handle direction)
+{
+    py::list list;
+    for (const RayHit& hit :
+         ask(grid, "RayGrid.hits", origin, direction, [](auto&g, auto&o, auto&d) { return g.hits(o, d); }))
+        list.append(py::make_tuple(hit.distance, hit.triangle));
+    return list;
+}
+
+int count_of(Grid& grid, py::handle origin, py::handle direction)
+{
+    return ask(grid, "RayGrid.count", origin, direction, [](auto& g, auto& o, auto& d) { return g.count(o, d); });
+}
+
+template <class T>
+std::span<T> span_of(const py::object& array)
+{
+    if (array.is_none())
+        return {};
+    py::array_t<T> out = array;
+    return {out.mutable_data(), static_cast<std::size_t>(out.size())};
+}
+
+/// Rays from row `first` to before `last` into arrays that are there; those that are None are not wanted.
+void cast_rays(Grid& grid, const Doubles& origins, const Doubles& directions, const py::object& distances,
+               const py::object& triangles, const py::object& counts, std::size_t first, std::size_t last)
+{
+    const auto rows = [&](const Doubles& points) {
+        const auto n = static_cast<std::size_t>(points.shape(0));
+        return n == 1 ? PointView::at(points.data(), 1) : PointView::at(points.data() + 3 * first, last - first);
+    };
+    const auto part = [&](auto all) { return all.empty() ? all : all.subspan(first, last - first); };
+    const RayColumns columns = {part(span_of<double>(distances)), part(span_of<std::int32_t>(triangles)),
+                                part(span_of<std::int32_t>(counts))};
+    const PointView from = rows(origins), along = rows(directions);
+    const bool is_long = last - first >= kManyRays || grid.size() >= kManyTriangles;
+    const Unlocked unlocked(is_long);
+    const Turns::Turn turn(grid.turns(), "RayGrid.cast", is_long);
+    grid.get().cast(from, along, columns);
+}
+
+} // namespace
+
+void bind_rays(py::module_& m)
+{
+    py::class_<Grid>(m, "Grid")
+        .def(py::init(&grid_of))
+        .def("__len__", &Grid::size)
+        .def_property_readonly("cells",
+                               [](Grid& self) {
+                                   const GridSize size = self.get().grid_size();
+                                   return py::make_tuple(size.x, size.y, size.z);
+                               })
+        .def_property_readonly("corners", &Grid::corners)
+        .def("nearest", &nearest_of)
+        .def("hits", &hits_of)
+        .def("count", &count_of)
+        .def("cast", &cast_rays);
+    m.def("gathered", &gathered);
+    m.def("fans", &fans_of);
+}
+
+} // namespace korvale::python

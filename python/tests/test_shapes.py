@@ -1,0 +1,276 @@
+"""Tests of outlines, bands, solids, frames and scattered points."""
+
+import copy
+import math
+import pickle
+import unittest
+
+import korvale
+import numpy
+
+SQUARE = numpy.array([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], float)
+HOLE = numpy.array([(1, 1, 0), (3, 1, 0), (3, 3, 0), (1, 3, 0)], float)
+# A plate whose corner is cut by a short edge, which goes first.
+CUT = [(0, 0), (4, 0), (4, 3.9), (3.9, 4), (0, 4)]
+
+
+class RefusingTest(unittest.TestCase):
+    def assertRefuses(self, text, call):
+        with self.assertRaises(ValueError) as caught:
+            call()
+        self.assertIsInstance(caught.exception, korvale.Error)
+        self.assertEqual(str(caught.exception), text)
+
+
+class OffsetTest(RefusingTest):
+    def test_moves_the_edges_of_a_square(self):
+        border = korvale.offset(SQUARE, 0.5)
+        numpy.testing.assert_allclose(border.points, [(-0.5, -0.5, 0), (4.5, -0.5, 0), (4.5, 4.5, 0), (-0.5, 4.5, 0)],
+                                      atol=1e-12)
+        self.assertEqual(border.removed.tolist(), [False] * 4)
+        self.assertEqual(border.merged_into.tolist(), [0, 1, 2, 3])
+        self.assertIs(border.collapsed, False)
+
+    def test_tells_that_nothing_is_left(self):
+        self.assertFalse(korvale.offset(SQUARE, -1.99).collapsed)
+        self.assertTrue(korvale.offset(SQUARE, -2).collapsed)
+        self.assertTrue(korvale.offset(SQUARE, -2.5).collapsed)
+        self.assertEqual(korvale.offset(SQUARE, -10).points.shape, (4, 3))
+        self.assertLess(len(korvale.offset(SQUARE, -10, keep_vertices=False)), 4)
+
+    def test_names_removed_vertices_and_leaves_them_out_when_asked(self):
+        kept = korvale.offset(CUT, -1)
+        self.assertEqual(len(kept), 5)
+        self.assertEqual(kept.removed.sum(), 1)
+        dropped = korvale.offset(CUT, -1, keep_vertices=False)
+        numpy.testing.assert_array_equal(dropped.points, kept.points[~kept.removed])
+
+    def test_lifts_by_the_height(self):
+        numpy.testing.assert_allclose(korvale.offset(SQUARE, -1, height=2),
+                                      [(1, 1, 2), (3, 1, 2), (3, 3, 2), (1, 3, 2)], atol=1e-12)
+
+    def test_moves_holes_the_other_way(self):
+        for hole in (HOLE, HOLE[::-1]):
+            borders = korvale.offset([SQUARE, hole], 0.25)
+            self.assertIsInstance(borders, korvale.Offsets)
+            self.assertEqual(borders.outer.points.max(), 4.25)
+            self.assertEqual([border.points.max() for border in borders.holes], [2.75])
+        grown = korvale.offset([SQUARE, HOLE], 1.5)
+        self.assertFalse(grown.collapsed)
+        self.assertTrue(grown.holes[0].collapsed)
+
+    def test_may_stand_in_any_plane(self):
+        place = korvale.Transform.from_srt((1, 1, 1), (0.3, -0.2, 0.9), (5, 6, 7))
+        border = korvale.offset(place(SQUARE), 0.5)
+        numpy.testing.assert_allclose(border, place(korvale.offset(SQUARE, 0.5)), atol=1e-6)
+
+    def test_drops_a_closing_point(self):
+        closed = numpy.vstack([SQUARE, SQUARE[:1]])
+        self.assertEqual(korvale.offset(closed, 0.5), korvale.offset(SQUARE, 0.5))
+        self.assertEqual(korvale.offset([closed, HOLE], 0.5), korvale.offset([SQUARE, HOLE], 0.5))
+
+    def test_is_its_points_to_numpy(self):
+        border = korvale.offset(SQUARE, 0.5)
+        self.assertEqual(numpy.asarray(border).shape, (4, 3))
+        self.assertEqual(len(border), 4)
+        self.assertEqual([point.tolist() for point in border], border.points.tolist())
+        self.assertEqual(border[2].tolist(), [4.5, 4.5, 0])
+        self.assertEqual(border.xy.shape, (4, 2))
+        self.assertEqual(korvale.offset(border, -0.5).points.tolist(), SQUARE.tolist())
+
+    def test_is_equal_where_all_is(self):
+        border = korvale.offset(SQUARE, 0.5)
+        self.assertEqual(border, korvale.offset(SQUARE, 0.5))
+        self.assertNotEqual(border, korvale.offset(SQUARE, 0.75))
+        self.assertNotEqual(border, None)
+
+    def test_shows_itself(self):
+        self.assertEqual(repr(korvale.offset(SQUARE, 0.5)), "<korvale.Offset of 4 points>")
+        self.assertEqual(repr(korvale.offset(SQUARE, -3, keep_vertices=False)),
+                         "<korvale.Offset of 1 point, collapsed>")
+
+    def test_copies_and_pickles(self):
+        for border in (korvale.offset(CUT, -1), korvale.offset([SQUARE, HOLE], 0.1), korvale.offset(SQUARE, -9)):
+            for twin in (copy.copy(border), copy.deepcopy(border), pickle.loads(pickle.dumps(border))):
+                self.assertEqual(twin, border)
+                self.assertIs(type(twin), type(border))
+
+    def test_says_what_it_refuses(self):
+        nan = math.nan
+        self.assertRefuses("offset: outline must have at least 3 points, but it has 2",
+                           lambda: korvale.offset(SQUARE[:2], 1))
+        self.assertRefuses("offset: outline must have at least 3 points, but it has 0", lambda: korvale.offset([], 1))
+        self.assertRefuses("offset: outline must be finite, but its point 1 is (nan, 0, 0)",
+                           lambda: korvale.offset([(0, 0), (nan, 0), (1, 1)], 1))
+        self.assertRefuses("offset: distance must be finite, but it is nan", lambda: korvale.offset(SQUARE, nan))
+        self.assertRefuses("offset: height must be finite, but it is inf",
+                           lambda: korvale.offset(SQUARE, 1, height=math.inf))
+        self.assertRefuses("offset: distance must be a number, but it is 'far'", lambda: korvale.offset(SQUARE, "far"))
+        self.assertRefuses("offset: outline must be points, (N, 2) or (N, 3), but its shape is (4, 4)",
+                           lambda: korvale.offset(numpy.zeros((4, 4)), 1))
+        self.assertRefuses("offset: outline must be points, (N, 2) or (N, 3), but its shape is (3,)",
+                           lambda: korvale.offset([1, 2, 3], 1))
+        self.assertRefuses("offset: outline must be an outline, (N, 2) or (N, 3), or a list of outlines, but it is 7",
+                           lambda: korvale.offset(7, 1))
+        self.assertRefuses("offset: outline must be points, (N, 2) or (N, 3), but it holds complex numbers",
+                           lambda: korvale.offset(SQUARE * 1j, 1))
+        self.assertRefuses("offset: outline 1 must have at least 3 points, but it has 2",
+                           lambda: korvale.offset([SQUARE, HOLE[:2]], 1))
+        with self.assertRaises(korvale.Error) as caught:
+            korvale.offset(SQUARE, nan)
+        self.assertEqual((caught.exception.function, caught.exception.argument), ("offset", "distance"))
+        twin = pickle.loads(pickle.dumps(caught.exception))
+        self.assertEqual((str(twin), twin.argument), (str(caught.exception), "distance"))
+
+
+class BandTest(RefusingTest):
+    def test_lies_to_the_right_of_the_line(self):
+        band = korvale.band([(0, 0), (10, 0), (10, 10)], 1)
+        numpy.testing.assert_allclose(band.border, [(0, -1, 0), (11, -1, 0), (11, 10, 0)], atol=1e-12)
+        self.assertEqual(band.outline[3:].tolist(), [[10, 10, 0], [10, 0, 0], [0, 0, 0]])
+        self.assertEqual((band.collapsed, band.crossing, band.removed.tolist()), (False, None, [False] * 3))
+
+    def test_takes_straight_lines_and_lines_that_rise(self):
+        self.assertEqual(korvale.band([(0, 0), (10, 0)], 2).border.tolist(), [[0, -2, 0], [10, -2, 0]])
+        rising = korvale.band([(0, 0, 0), (10, 0, 1), (10, 10, 3)], 1, up=(0, 0, 1))
+        numpy.testing.assert_allclose(rising.border[:, 2], [0, 1, 3], atol=1e-12)
+
+    def test_names_points_that_gave_way(self):
+        band = korvale.band([(0, 0), (10, 0), (10, 0.5), (0, 0.5)], -2)
+        self.assertGreater(band.removed.sum(), 0)
+
+    def test_tells_where_it_meets_itself(self):
+        crossing = korvale.band([(0, 0), (10, 0), (10, 3), (4, 3), (4, -5)], 1, both_sides=True).crossing
+        self.assertIsNotNone(crossing)
+        self.assertEqual(len(crossing), 2)
+
+    def test_copies_pickles_and_shows_itself(self):
+        band = korvale.band([(0, 0), (10, 0), (10, 3), (4, 3), (4, -5)], 1, both_sides=True)
+        for twin in (copy.copy(band), copy.deepcopy(band), pickle.loads(pickle.dumps(band))):
+            self.assertEqual(twin, band)
+        self.assertNotEqual(band, korvale.band([(0, 0), (10, 0)], 2))
+        self.assertEqual(repr(band), "<korvale.Band of 10 points, meets itself>")
+        self.assertEqual(len(band), 10)
+        self.assertEqual(numpy.asarray(band).tolist(), band.outline.tolist())
+
+    def test_says_what_it_refuses(self):
+        self.assertRefuses("band: line must have at least 2 points, but it has 1", lambda: korvale.band([(0, 0)], 1))
+        self.assertRefuses("band: distance must be other than 0, but it is 0",
+                           lambda: korvale.band([(0, 0), (1, 0)], 0))
+        self.assertRefuses("band: up must be a point, (3,) or (2,), but its shape is (4,)",
+                           lambda: korvale.band([(0, 0), (1, 0)], 1, up=(1, 2, 3, 4)))
+
+
+class SolidTest(RefusingTest):
+    def volume(self, mesh):
+        a, b, c = (mesh.vertices[mesh.triangles[:, k]] for k in range(3))
+        return (a * numpy.cross(b, c)).sum() / 6
+
+    def test_bevels_a_plate_with_a_hole(self):
+        mesh = korvale.bevel([SQUARE, HOLE], [(0, 0), (0, 2)])
+        self.assertAlmostEqual(self.volume(mesh), (16 - 4) * 2, places=12)
+        self.assertEqual((mesh.vertices.shape, mesh.vertices.dtype), ((16, 3), numpy.float64))
+        self.assertEqual((mesh.triangles.shape[1], mesh.triangles.dtype), (3, numpy.int32))
+        self.assertEqual(mesh.faces.tolist(), mesh.triangles.tolist())
+
+    def test_meshes_compare_copy_and_pickle(self):
+        mesh = korvale.bevel(SQUARE, [(0, 0), (0, 2)])
+        vertices, triangles = mesh
+        self.assertEqual(korvale.Mesh(vertices, triangles), mesh)
+        for twin in (copy.copy(mesh), copy.deepcopy(mesh), pickle.loads(pickle.dumps(mesh))):
+            self.assertEqual(twin, mesh)
+        self.assertNotEqual(korvale.Mesh(vertices + 1, triangles), mesh)
+        self.assertEqual(repr(mesh), "<korvale.Mesh of 8 vertices, 12 triangles>")
+        self.assertRefuses("Mesh: triangles must name vertices 0 to 3, but one of its corners is 4",
+                           lambda: korvale.Mesh(SQUARE, [(0, 1, 4)]))
+
+    def test_tubes_close(self):
+        section = [(1, 0), (0, 1), (-1, 0), (0, -1)]
+        self.assertAlmostEqual(self.volume(korvale.tube([(0, 0, 0), (0, 0, 5)], section)), 10, places=12)
+        loop = [(9 * math.cos(t), 9 * math.sin(t), 0) for t in numpy.linspace(0, 2 * math.pi, 41)]
+        loop[-1] = loop[0]  # it may be closed by a repeated point
+        ring = korvale.tube(loop, section, closed=True)
+        self.assertEqual(len(ring.vertices), 160)
+        self.assertGreater(self.volume(ring), 100)
+
+    def test_triangles_cover_a_shape_once(self):
+        triangles = korvale.triangulate([SQUARE, HOLE[::-1]])
+        points = numpy.vstack(korvale.outlines([SQUARE, HOLE[::-1]]))
+        a, b, c = (points[triangles[:, k]] for k in range(3))
+        areas = numpy.cross(b - a, c - a)[:, 2] / 2
+        self.assertTrue((areas > 0).all())
+        self.assertAlmostEqual(areas.sum(), 12, places=12)
+
+    def test_says_what_it_refuses(self):
+        self.assertRefuses("bevel: profile must have at least 2 steps, but it has 1",
+                           lambda: korvale.bevel(SQUARE, [(0, 0)]))
+        self.assertRefuses("bevel: profile must be steps, (S, 2), but its shape is (2, 3)",
+                           lambda: korvale.bevel(SQUARE, [(0, 0, 0), (0, 1, 2)]))
+        self.assertRefuses("tube: section must have at least 3 points, but it has 2",
+                           lambda: korvale.tube([(0, 0), (1, 0)], [(0, 0), (1, 1)]))
+
+
+class PathTest(RefusingTest):
+    def test_flattens_and_carries_back(self):
+        place = korvale.Transform.from_srt((1, 1, 1), (0.3, -0.2, 0.9), (5, 6, 7))
+        outline = place(SQUARE)
+        way = korvale.flatten(outline)
+        flat = way.to_plane(outline)
+        self.assertLess(abs(flat[:, 2]).max(), 1e-6)
+        numpy.testing.assert_allclose(way.from_plane(flat), outline, atol=1e-6)
+        self.assertRefuses("flatten: path must span a plane, but its points lie on one line or too close together",
+                           lambda: korvale.flatten([(0, 0), (1, 1), (2, 2)], by_extremes=True))
+
+    def test_frames_stand_at_the_points(self):
+        path = numpy.array([(0, 0, 0), (1, 0, 0), (1, 1, 0), (1, 1, 1)], float)
+        frames = korvale.frames(path)
+        self.assertEqual(frames.shape, (4, 4, 4))
+        numpy.testing.assert_array_equal(frames[:, :3, 3], path)
+        half = math.sqrt(0.5)  # z points back along the path and halves the angle at a joint
+        numpy.testing.assert_allclose(frames[:2, :3, 2], [(-1, 0, 0), (-half, -half, 0)], atol=1e-12)
+
+    def test_frames_of_planar_loops_are_numbers(self):
+        t = numpy.linspace(0, 2 * numpy.pi, 30, endpoint=False)
+        loop = numpy.stack([numpy.cos(t), numpy.sin(t), 0.3 * numpy.cos(t)], axis=1)
+        self.assertTrue(numpy.isfinite(korvale.frames(loop, closed=True)).all())
+
+
+class ScatterTest(RefusingTest):
+    def setUp(self):
+        self.mesh = korvale.bevel(SQUARE, [(0, 0), (0, 4)])
+
+    def test_gives_the_same_points_of_a_mesh_and_of_its_corners(self):
+        vertices, triangles = self.mesh
+        points = korvale.scatter(self.mesh, 500, seed=42).points
+        corners = vertices[triangles]
+        for given in (lambda: korvale.scatter((vertices, triangles), 500, seed=42),
+                      lambda: korvale.scatter(vertices, 500, seed=42, triangles=triangles),
+                      lambda: korvale.scatter(corners, 500, seed=42),
+                      lambda: korvale.scatter(corners.reshape(-1, 9), 500, seed=42)):
+            numpy.testing.assert_array_equal(given().points, points)
+        self.assertFalse((korvale.scatter(self.mesh, 500, seed=43).points == points).all())
+
+    def test_carries_attributes(self):
+        vertices, triangles = self.mesh
+        points, carried = korvale.scatter(self.mesh, 100, seed=7, attributes=vertices)
+        numpy.testing.assert_array_equal(points, carried)
+        points, carried = korvale.scatter(vertices[triangles], 100, seed=7, attributes=vertices[triangles])
+        numpy.testing.assert_array_equal(points, carried)
+        self.assertEqual(korvale.scatter(self.mesh, 100, seed=7, attributes=vertices[:, 0]).attributes.shape, (100, 1))
+        self.assertIsNone(korvale.scatter(self.mesh, 100, seed=7).attributes)
+
+    def test_says_what_it_refuses(self):
+        self.assertRefuses("scatter: triangles must have at least 1 triangle, but there is none",
+                           lambda: korvale.scatter(numpy.zeros((0, 9)), 5, seed=1))
+        self.assertRefuses("scatter: attributes must be (8,) or (8, k), a row a vertex, but its shape is (9,)",
+                           lambda: korvale.scatter(self.mesh, 5, seed=1, attributes=numpy.zeros(9)))
+        self.assertRefuses("scatter: attributes must be (12, 3) or (12, 3, k), a row a corner, but its shape is (12,)",
+                           lambda: korvale.scatter(self.mesh.vertices[self.mesh.triangles], 5, seed=1,
+                                                   attributes=numpy.zeros(12)))
+        self.assertRefuses("scatter: count must be 0 to 2147483647, but it is -1",
+                           lambda: korvale.scatter(self.mesh, -1, seed=1))
+        self.assertEqual(korvale.scatter(self.mesh, 0, seed=1).points.shape, (0, 3))
+
+
+if __name__ == "__main__":
+    unittest.main()
