@@ -54,7 +54,7 @@ KORVALE_API int Border(BorderStatus* status);
 /// plane z = 0 and has their count.
 ///
 /// An outline of which nothing is left is no failure: its points then lie upon each other, and fewer than three entries
-/// of `dead` are 0.
+/// of `dead` are 0. At exactly the distance at which its last edges vanish two places may be left.
 ///
 /// Returns 1, or -1 for a null record, a path that is null, empty, not of doubles or not 3 wide, a distance that is not
 /// finite, a null work array or an exhausted heap; points of the output are not written then.

@@ -272,6 +272,19 @@ TEST(BORDER_BORDER, ARoofShrinksToItsRidge)
     EXPECT_EQ(s.row(s->flat, 0), s.row(s->flat, 2));
 }
 
+TEST(BORDER_BORDER, AtTheVeryDistanceOfItsRidgeARoofKeepsTheTwoEnds)
+{
+    // The short edges vanish at -1 / c with c = kCornerSpeed, and then nothing of the distance is left.
+    for (const bool keeps : {true, false}) {
+        Swept s({{0, 0, 0, 6, 0, 0, 6, 2, 0, 0, 2, 0}, -1 / kCornerSpeed, keeps, true});
+        EXPECT_THAT(s.dead(), ElementsAre(0, 1, 0, 1));
+        EXPECT_THAT(s.merge(), ElementsAre(0, 2, 2, 0));
+        ASSERT_EQ(s->output->count, keeps ? 4 : 2);
+        EXPECT_THAT(s.row(s->flat, 0), ElementsAre(1.0, 1.0, 0.0));
+        EXPECT_THAT(s.row(s->flat, keeps ? 2 : 1), ElementsAre(5.0, 1.0, 0.0));
+    }
+}
+
 // Vertex 4 touches edge 0 from above, so the outline splits before it moves. On its left stand vertices 5, 6 and 0, on
 // its right 1, 2 and 3; the boxes are those of these vertices, without vertex 4.
 TEST(BORDER_BORDER, ASplitDropsTheVerticesAheadWhereTheirBoxIsSmaller)
