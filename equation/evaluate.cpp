@@ -349,7 +349,7 @@ double conclude(EquationSystem& es, const Program& program, double result)
 
 int32_t equation_count(const EquationSystem& es)
 {
-    return es.equations == nullptr ? 0 : es.equations->count;
+    return usable_count(es.equations, DATA_TYPE_DATA, kChildren);
 }
 
 /// The program of an equation, one of no items where it does not exist.

@@ -68,10 +68,12 @@ int register_function(EquationSystem* es, const char* name, int32_t nargs, void*
 {
     if (name == nullptr || function == nullptr || std::strlen(name) > kLongestName || !is_plain_format(name))
         return -1;
+    uint8_t formatted[kNameBytes] = {}; // before the names move, one of which may have been given
+    format_name(name, formatted);
     const int32_t f = EqAnotherFunc(es);
     if (f < 0)
         return -1;
-    format_name(name, name_slot(*es, f));
+    std::memcpy(name_slot(*es, f), formatted, sizeof formatted);
     es->func_nargs->ivals[f] = nargs;
     es->funcs->pvals[f] = function;
     return 1;

@@ -96,8 +96,10 @@ bool add_number(Parse& p, const char* first, const char* last)
 void widen_table(const EquationSystem& es, int32_t f)
 {
     auto* const table = static_cast<DATAstruct*>(es.tables->pvals[f]);
-    if (table != nullptr)
-        table->dim = wrapping_sum(table->dim, 1);
+    if (table == nullptr)
+        return;
+    note_room(*table, table->count, table->dim);
+    table->dim = wrapping_sum(table->dim, 1);
 }
 
 /// What `new_bi_item` does.

@@ -89,11 +89,14 @@ int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
     const int64_t columns = components(table->dim, cols);
     if (std::abs(columns) > kMostElements)
         return -1;
+    const int32_t rows_before = table->count, columns_before = table->dim;
     table->count = rows;
     table->type = DATA_TYPE_DOUBLE;
     table->dim = static_cast<int32_t>(columns); // Deliberate: stays when the allocation is refused
-    if (DATAAllocate(table) < 0)
+    if (DATAAllocate(table) < 0) {
+        note_room(*table, rows_before, columns_before);
         return -1;
+    }
     fill(*es, func, *table);
     return 1;
 }

@@ -32,6 +32,17 @@ inline int32_t usable_count(const DATAstruct* d, int32_t type, int32_t dim = 1)
     return is_common ? d->count : checked_usable_count(d, type, dim);
 }
 
+/// Notes for an array around memory of the host that this holds count * dim components, where its own count and dim
+/// tell something else from now on. Nothing where there is no memory or it is the library's.
+inline void note_room(DATAstruct& d, int32_t count, int32_t dim)
+{
+    if (!is_wrapped(d) || buffer_of(d, d.type) == nullptr)
+        return;
+    d.alloc_count = count;
+    d.alloc_dim = dim;
+    d.alloc_type = d.type;
+}
+
 /// Changes the array to count * dim components and clears those it gains; false where it has fewer then.
 inline bool grow_cleared(DATAstruct& d)
 {

@@ -514,6 +514,17 @@ TEST(EqSystemEvaluate, FailsWithoutVariables)
     EXPECT_EQ(EqSystemEvaluate(es), 1);
 }
 
+TEST(EqSystemEvaluate, EquationsThatAHostCountedBeyondTheArrayTakeNoTime)
+{
+    Evaluator es;
+    es.parse("y = y + 1");
+    es->equations->count = std::numeric_limits<int>::max();
+    for (int pass = 1; pass <= 20; ++pass)
+        EXPECT_EQ(EqSystemEvaluate(es), 1);
+    EXPECT_EQ(es.get("y"), 20.0);
+    es->equations->count = 1;
+}
+
 TEST(EqSystemEvaluate, WithoutEquationsChangesNothing)
 {
     System es;

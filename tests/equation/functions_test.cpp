@@ -112,6 +112,15 @@ TEST(EqAddFunc, RefusesAnyOtherDirectiveBeforeAnIndexIsTaken)
     }
 }
 
+TEST(EqAddFunc, TakesANameThatStandsInTheRegistry)
+{
+    System es;
+    while (es->funcs->count < 41) // at 20 the names move to a larger array
+        ASSERT_EQ(EqAddFuncUnary(es, reinterpret_cast<char*>(es->func_names->bvals + 13 * 6), doubled), 1);
+    for (int f = 18; f < 41; ++f)
+        EXPECT_STREQ(name_of(es, f), "SIN") << f;
+}
+
 TEST(EqAddFunc, TheTwentyFirstRegistrationGrowsTheArraysByTwenty)
 {
     System es;

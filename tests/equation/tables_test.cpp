@@ -1,7 +1,9 @@
 #include "equation/tables.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <initializer_list>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -246,6 +248,66 @@ TEST(EqTableRead, AWidenedTableIsReadWhereItsBufferReaches)
     EXPECT_EQ(es.position(), 1);
     EXPECT_EQ(es.read(-0.5), 2.0);
     EXPECT_EQ(es.position(), 0);
+}
+
+/// Puts `values` into the table of function 18, in memory of the host.
+void wrap_table(System& es, int rows, int columns, std::initializer_list<double> values)
+{
+    DATAstruct* const table = es.table(18);
+    table->count = rows;
+    table->dim = columns;
+    table->dvals = static_cast<double*>(std::malloc(values.size() * sizeof(double)));
+    std::copy(values.begin(), values.end(), table->dvals);
+}
+
+TEST(EqTableRead, ATableInMemoryOfTheHostIsReadWhereItReaches)
+{
+    System es;
+    es.add("F", fresh);
+    es.declare("y");
+    wrap_table(es, 2, 1, {1, 2});
+    const auto read = [&](double index) {
+        EqSetTableIndex(es, index);
+        return EqTableRead(es, 18);
+    };
+    EXPECT_EQ(read(1.0), 2.0);
+    es.parse("y = F"); // two columns now, over the values 1, 2
+    EXPECT_EQ(es.table(18)->dim, 2);
+    EXPECT_EQ(read(0.0), -1000.0);
+    EXPECT_EQ(read(1.0), -1000.0);
+    EXPECT_EQ(read(-0.5), 1.0);
+    EXPECT_EQ(read(-0.5), 2.0);
+    es.parse("y = F");
+    EXPECT_EQ(read(1.0), -1000.0);
+    EXPECT_EQ(read(-0.5), 1.0);
+}
+
+TEST(EqTableRead, ATableOfTheHostWithoutColumnsGetsThemFromEquations)
+{
+    System es;
+    es.add("F", fresh);
+    es.declare("y");
+    wrap_table(es, 2, 0, {1, 2});
+    es.parse("y = F");
+    EqSetTableIndex(es, 1.0);
+    EXPECT_EQ(EqTableRead(es, 18), 2.0);
+}
+
+TEST(EqMakeTable, RefusedItLeavesTheHostsMemoryAsLongAsItIs)
+{
+    System es;
+    es.add("F", fresh);
+    wrap_table(es, 2, 1, {1, 2});
+    EXPECT_EQ(EqMakeTable(es, 18, 1 << 30, 2), -1);
+    EXPECT_EQ(es.table(18)->count, 1 << 30);
+    EXPECT_EQ(es.table(18)->dim, 2);
+    const auto read = [&](double index) {
+        EqSetTableIndex(es, index);
+        return EqTableRead(es, 18);
+    };
+    EXPECT_EQ(read(1e9), -1000.0);
+    EXPECT_EQ(read(1.0), -1000.0);
+    EXPECT_EQ(read(-0.5), 1.0);
 }
 
 TEST(EqTableRead, ColumnsOfZeroOrLessAreReadFreshAndStillWrap)
