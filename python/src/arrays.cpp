@@ -1,4 +1,6 @@
 // Operations on whole arrays, and the random generator of the process.
+#include <pybind11/stl.h>
+
 #include "support.h"
 
 namespace korvale::python {

@@ -201,19 +201,37 @@ void evaluate_all_rows(System& system, const Columns& columns, Columns& results)
                [&](Equations& equations) { equations.evaluate_all(read, write); });
 }
 
+/// What a table holds, [rows][columns] as they were when it was made; equations added since may want more columns.
 py::array table_of(System& system, const std::string& name)
 {
     const DATAstruct* const table = system.table(name);
-    const bool is_there = table != nullptr && table->dvals != nullptr && table->count > 0 && table->dim > 0;
-    const py::ssize_t rows = is_there ? table->count : 0, columns = is_there ? table->dim : 0;
+    const bool is_there = table != nullptr && table->dvals != nullptr;
+    const py::ssize_t rows = is_there ? table->alloc_count : 0, columns = is_there ? table->alloc_dim : 0;
     return Doubles({rows, columns}, is_there ? table->dvals : nullptr);
 }
 
 void fill_table(System& system, const std::string& name, const Doubles& values)
 {
     DATAstruct* const table = system.table(name);
-    if (table == nullptr || table->dvals == nullptr || values.shape(0) != table->count || values.shape(1) != table->dim)
+    if (table == nullptr || table->dvals == nullptr || values.shape(0) != table->alloc_count ||
+        values.shape(1) != table->alloc_dim)
         throw Error("Equations.fill_table", "values", "have the shape of the table", "it has another");
+    std::copy_n(values.data(), values.size(), table->dvals);
+}
+
+/// Makes a table of values that `table_of` gave, without calling the function.
+void restore_table(System& system, const std::string& name, const Doubles& values)
+{
+    DATAstruct* const table = system.table(name);
+    if (table == nullptr)
+        throw std::bad_alloc();
+    const std::int32_t columns = table->dim; // what the equations want
+    table->type = DATA_TYPE_DOUBLE;
+    table->count = static_cast<std::int32_t>(values.shape(0));
+    table->dim = static_cast<std::int32_t>(values.shape(1));
+    if (DATAAllocate(table) != 1)
+        throw std::bad_alloc();
+    table->dim = columns;
     std::copy_n(values.data(), values.size(), table->dvals);
 }
 
@@ -299,6 +317,7 @@ void bind_equations(py::module_& m)
         .def_property_readonly("table_position", [](System& self) { return self.equations().system().table_index; })
         .def("table", &table_of)
         .def("fill_table", &fill_table)
+        .def("restore_table", &restore_table)
         .def("table_columns", &table_columns)
         .def("set_table_columns", &set_table_columns);
 }

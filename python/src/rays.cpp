@@ -1,4 +1,6 @@
 // Rays into a grid of triangles.
+#include <pybind11/stl.h>
+
 #include "support.h"
 
 namespace korvale::python {

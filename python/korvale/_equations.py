@@ -1,0 +1,361 @@
+"""Equations as text, over columns."""
+
+from __future__ import annotations
+
+import inspect
+from collections.abc import Callable, Iterable, Iterator
+from typing import Any
+
+import numpy
+
+from . import _input, _korvale
+from ._errors import EquationError, refuse
+from ._progress import Progress
+
+# Rows between two reports of progress.
+_CHUNK = 65536
+
+
+class Equations:
+    """Equations(names=""): named variables and equations over them, written as text.
+
+    names: variables to declare, such as "h r t".
+
+    Variables are items: `equations["t"] = 0.5`. Names are up to 12 letters, capitals count; PI and E and eighteen
+    functions are there from the start: ADD SUBTRACT MULTIPLY DIVIDE POWER NEGATE SIN COS TAN SQRT EXP LOG ASIN ACOS
+    ATAN RAND GAUSS ANGLE. Operators are + - * / ^; a division by 0 gives 0; angles are in radians.
+
+    >>> drum = korvale.Equations("h r t")
+    >>> drum.add("h = SIN(r * 6 - t) * EXP(0 - r)")
+    0
+    >>> drum["t"] = 0.5
+    >>> drum.evaluate(r=[0, 0.1, 0.2, 0.3]).round(3)
+    array([-0.479,  0.09 ,  0.527,  0.714])
+    """
+
+    __slots__ = ("_system", "_log", "__weakref__")
+
+    def __init__(self, names: str | Iterable[str] = "") -> None:
+        self._system = _korvale.System()
+        self._log: list[tuple[Any, ...]] = []
+        self.declare(names)
+
+    # --- Variables ---
+
+    def declare(self, names: str | Iterable[str], *, reserved: bool = False) -> None:
+        """Declares variables, each 0 at first; names that exist are left alone.
+
+        A reserved variable takes the result of its equation at the end of a pass (`evaluate_all`) instead of at once.
+        """
+        text = names if isinstance(names, str) else " ".join(names)
+        self._system.declare(_plain(text), bool(reserved))
+        if text.strip():
+            self._log.append(("declare", text, bool(reserved)))
+
+    @property
+    def variables(self) -> dict[str, float]:
+        """The variables with their values, PI and E first; a copy."""
+        return {name: self._system.get(name) for name in self._system.variables()}
+
+    def __getitem__(self, name: str) -> float:
+        self._require(name)
+        return self._system.get(name)
+
+    def __setitem__(self, name: str, value: float) -> None:
+        self._require(name)
+        self._system.set(name, _input.number(value, "Equations", name))
+
+    def __contains__(self, name: object) -> bool:
+        return name in self._system.variables()
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._system.variables())
+
+    def __len__(self) -> int:
+        return len(self._system.variables())
+
+    def _require(self, name: str) -> None:
+        if name not in self:
+            raise KeyError(name)
+
+    # --- Equations ---
+
+    @property
+    def equations(self) -> list[str]:
+        """The texts of the equations, in order."""
+        return [entry[1] for entry in self._log if entry[0] == "add"]
+
+    def add(self, equation: str) -> int:
+        """Adds an equation, "name = expression", and returns its number, counted from 0.
+
+        Raises `EquationError`, with nothing added, for a text that cannot be read: it says which word, where, and why.
+
+        >>> korvale.Equations("y x").add("y = SIN(x) / frequency")
+        Traceback (most recent call last):
+        ...
+        korvale._errors.EquationError: Equations.add: text must be an equation, but "y = SIN(x) / frequency" is \
+refused at character 14: "frequency" is neither a variable nor a function
+        """
+        if not isinstance(equation, str):
+            raise refuse("Equations.add", "text", "be a str", f"it is {equation!r}")
+        try:
+            number: int = self._system.add(_plain(equation))
+        except EquationError as error:
+            message = str(error).replace(f'"{_plain(equation)}"', f'"{equation}"', 1)
+            word = equation[error.place:error.place + len(error.word)]
+            raise EquationError(message, error.function, error.argument, error.place, word) from None
+        self._log.append(("add", equation))
+        return number
+
+    def evaluate(self, equation: int = 0, columns: Any = None, /, *, out: numpy.ndarray | None = None,
+                 progress: Any = None, **values: Any) -> Any:
+        """Runs one equation, once or for every row of columns.
+
+        equation: its number.
+        columns, values: what variables are set to before each run, as a mapping or as keywords: numbers, which stay
+            the same, or arrays of one shape. Columns of float64 arrays are read where they are, strided ones too.
+        out: where the results go, float64 of that shape.
+        progress: see `Relaxer.run`; it is told of the rows done.
+
+        Returns a float, or an array of the columns' shape. The variables keep the values of the last row.
+
+        >>> wave = korvale.Equations("y x a")
+        >>> wave.add("y = a * x ^ 2")
+        0
+        >>> wave.evaluate(0, a=2, x=[1, 2, 3])
+        array([ 2.,  8., 18.])
+        >>> wave.evaluate(0, a=2, x=4)
+        32.0
+        """
+        name = "Equations.evaluate"
+        number = self._number(equation, name)
+        given, shape = self._columns(columns, values, name)
+        if shape is None:
+            return self._system.evaluate(number)
+        result = _input.output(out, shape, name)
+        rows = result.reshape(-1)
+        if progress is None:
+            self._system.evaluate_rows(number, given, rows)
+            return result
+        with Progress(progress, len(rows)) as report:
+            for first in range(0, len(rows), _CHUNK):
+                part = slice(first, first + _CHUNK)
+                self._system.evaluate_rows(number, [(v, column[part]) for v, column in given], rows[part])
+                if not report(min(first + _CHUNK, len(rows))):
+                    break
+        return result
+
+    def evaluate_all(self, results: str | Iterable[str] = (), columns: Any = None, /, **values: Any) -> Any:
+        """Runs all equations in order, once or for every row of columns.
+
+        results: the variables whose values are wanted after each pass, such as "x y".
+        columns, values: as for `evaluate`.
+
+        Returns a dict of the results: floats, or arrays of the columns' shape.
+
+        >>> turn = korvale.Equations("x y a")
+        >>> turn.add("x = COS(a)"), turn.add("y = SIN(a)")
+        (0, 1)
+        >>> turn.evaluate_all("x y", a=[0, turn["PI"]])["x"]
+        array([ 1., -1.])
+        """
+        name = "Equations.evaluate_all"
+        wanted = results.replace(",", " ").split() if isinstance(results, str) else list(results)
+        given, shape = self._columns(columns, values, name)
+        if shape is None:
+            self._system.evaluate_all()
+            return {variable: self._system.get(variable) for variable in wanted}
+        arrays = {variable: numpy.empty(shape) for variable in wanted}
+        self._system.evaluate_all_rows(given, [(v, array.reshape(-1)) for v, array in arrays.items()])
+        return arrays
+
+    def simplify(self) -> None:
+        """Replaces functions of constants in all equations by their values."""
+        self._system.simplify()
+        self._log.append(("simplify",))
+
+    def _number(self, equation: Any, function: str) -> int:
+        n = len(self._system)
+        number = _input.count(equation, function, "equation", -n) if n else 0
+        if n == 0:
+            raise refuse(function, "equation", "be the number of an equation", "there is none yet")
+        if number >= n:
+            raise refuse(function, "equation", f"be the number of one of {n} equations", f"it is {number}")
+        return number % n
+
+    def _columns(self, columns: Any, values: dict[str, Any],
+                 function: str) -> tuple[list[tuple[str, numpy.ndarray]], tuple[int, ...] | None]:
+        """Columns as one-dimensional arrays and their common shape; numbers are set at once."""
+        given: list[tuple[str, numpy.ndarray]] = []
+        shape: tuple[int, ...] | None = None
+        numbers: list[tuple[str, float]] = []
+        for name, value in {**dict(columns or {}), **values}.items():
+            if name not in self:
+                raise refuse(function, "columns", "name variables", f'"{name}" is none')
+            if isinstance(value, (int, float)) or numpy.ndim(value) == 0:
+                numbers.append((name, _input.number(value, function, name)))
+                continue
+            column = _column(value, function, name)
+            if shape is None:
+                shape = column.shape
+            elif column.shape != shape:
+                raise refuse(function, f'column "{name}"', f"have the shape of the others, {shape}",
+                             f"its shape is {column.shape}")
+            given.append((name, column if column.ndim == 1 else column.reshape(-1)))
+        for name, number in numbers:
+            self._system.set(name, number)
+        return given, shape
+
+    # --- Functions and tables ---
+
+    def function(self, name: str, callable: Callable[..., float] | None = None, *,
+                 arguments: int | None = None) -> Any:
+        """Adds a Python function of no, one or two numbers for the equations added from now on.
+
+        name: up to 12 letters that stand for nothing yet. arguments: how many numbers it takes, where that cannot be
+        seen. Without `callable` it decorates a function. What it raises ends the evaluation. A system has room for 64
+        functions of each number of arguments. Each call costs about a microsecond: columns of NumPy results are
+        quicker where a whole column can be computed.
+
+        >>> equations = korvale.Equations("y x")
+        >>> @equations.function("STEP")
+        ... def step(x):
+        ...     return 0.0 if x < 0 else 1.0
+        >>> equations.add("y = STEP(x) + 1")
+        0
+        >>> equations.evaluate(x=[-1, 1])
+        array([1., 2.])
+        """
+        if callable is None:
+            def decorate(decorated: Callable[..., float]) -> Callable[..., float]:
+                self.function(name, decorated, arguments=arguments)
+                return decorated
+            return decorate
+        n = _arguments_of(callable) if arguments is None else _input.count(arguments, "Equations.function",
+                                                                          "arguments", 0, 2)
+        self._system.function(_plain(name), callable, n)
+        self._log.append(("function", name, callable, n))
+        return callable
+
+    def make_table(self, name: str, rows: int) -> None:
+        """Replaces a function without arguments, such as RAND, by a table of `rows` rows of its values.
+
+        So noise stays the same from pass to pass and moves smoothly with `table_position`. Call it after the equations
+        that name the function: each place that does has a column of its own.
+        """
+        n = _input.count(rows, "Equations.make_table", "rows", 1)
+        self._system.make_table(_plain(name), n)
+        self._log.append(("make_table", name, n))
+
+    def table(self, name: str) -> numpy.ndarray:
+        """The values of a table, float64 (rows, columns); a copy. (0, 0) where there is none."""
+        return self._system.table(_plain(name))
+
+    def fill_table(self, name: str, values: Any) -> None:
+        """Gives the values (rows, columns) of a table that `make_table` made."""
+        given = _input.array(values, "Equations.fill_table", "values", "be numbers (rows, columns)")
+        shape = self.table(name).shape
+        if given.shape != shape:
+            raise refuse("Equations.fill_table", "values", f"have the shape of the table, {shape}",
+                         f"its shape is {given.shape}")
+        self._system.fill_table(_plain(name), given)
+
+    @property
+    def table_position(self) -> float:
+        """The row at which all tables are read; between two rows values are interpolated."""
+        position: float = self._system.table_position
+        return position
+
+    @table_position.setter
+    def table_position(self, row: float) -> None:
+        self._system.set_table_position(_input.number(row, "Equations", "table_position"))
+
+    # --- As a value ---
+
+    def __repr__(self) -> str:
+        names = " ".join(name for name in self if name not in ("PI", "E"))
+        return f"<korvale.Equations({names!r}): {'; '.join(self.equations)}>"
+
+    def _state(self) -> tuple[Any, ...]:
+        tables = {entry[1]: self.table(entry[1]) for entry in self._log if entry[0] == "make_table"}
+        return list(self._log), self.variables, tables, self.table_position, self._system.table_columns()
+
+    def __eq__(self, other: object) -> Any:
+        if not isinstance(other, Equations):
+            return NotImplemented
+        mine, others = self._state(), other._state()
+        return (mine[:2] == others[:2] and mine[3:] == others[3:]
+                and all(numpy.array_equal(table, others[2][name]) for name, table in mine[2].items()))
+
+    __hash__ = None  # type: ignore[assignment]
+
+    def __reduce__(self) -> Any:
+        return _restored, self._state()
+
+
+def _restored(log: list[tuple[Any, ...]], variables: dict[str, float], tables: dict[str, numpy.ndarray],
+              position: float, columns: list[int]) -> Equations:
+    equations = Equations()
+    for action, *arguments in log:
+        if action == "declare":
+            equations.declare(arguments[0], reserved=arguments[1])
+        elif action == "function":
+            equations.function(arguments[0], arguments[1], arguments=arguments[2])
+        elif action == "add":
+            equations.add(arguments[0])
+        elif action == "simplify":
+            equations.simplify()
+        else:  # a table, whose values are at hand, so that nothing is drawn
+            equations._log.append((action, *arguments))
+    for name, table in tables.items():
+        equations._system.restore_table(_plain(name), table)
+    for name, value in variables.items():
+        equations._system.set(name, value)
+    equations.table_position = position
+    equations._system.set_table_columns(columns)
+    return equations
+
+
+def evaluate(expression: str, columns: Any = None, /, **values: Any) -> Any:
+    """The values of one expression over columns, whose names are its variables.
+
+    expression: such as "SIN(x) / x"; see `Equations`, which is quicker for the same expression many times.
+    columns, values: numbers, or arrays of one shape, as a mapping or as keywords.
+
+    >>> korvale.evaluate("a * x ^ 2", a=0.5, x=[1, 2, 3])
+    array([0.5, 2. , 4.5])
+    """
+    given = {**dict(columns or {}), **values}
+    result = next(name for name in _names() if name not in given)
+    equations = Equations([*given, result])
+    equations.add(f"{result} = {expression}")
+    return equations.evaluate(0, given)
+
+
+def _names() -> Iterator[str]:
+    return ("result" + "x" * n for n in range(7))
+
+
+def _plain(text: str) -> str:
+    """The text with a question mark, which only separates, for each character beyond ASCII, so that places agree."""
+    return text if text.isascii() else text.encode("ascii", "replace").decode()
+
+
+def _column(value: Any, function: str, name: str) -> numpy.ndarray:
+    """Numbers as an array of doubles whose stride counts doubles, without a copy where they are that already."""
+    if (isinstance(value, numpy.ndarray) and value.dtype == numpy.float64 and value.flags.aligned
+            and value.ndim == 1 and value.strides[0] % 8 == 0):
+        return value
+    return _input.array(value, function, name, "be numbers")
+
+
+def _arguments_of(callable: Callable[..., float]) -> int:
+    try:
+        parameters = inspect.signature(callable).parameters.values()
+    except (TypeError, ValueError):
+        raise refuse("Equations.function", "arguments", "be given where they cannot be seen",
+                     "they are missing") from None
+    n = sum(p.kind in (p.POSITIONAL_ONLY, p.POSITIONAL_OR_KEYWORD) and p.default is p.empty for p in parameters)
+    if n > 2:
+        raise refuse("Equations.function", "callable", "take no, one or two numbers", f"it takes {n}")
+    return n

@@ -1,0 +1,34 @@
+"""Telling of long work."""
+
+from __future__ import annotations
+
+from typing import Any
+
+
+class Progress:
+    """Who is told how far work has come, as a context.
+
+    `who` is a function of the number done, and of `more`, that returns False to stop; or a bar with `update(n)`, such
+    as tqdm's; or the class of such bars, of which one is made with `total` and closed in the end.
+    """
+
+    def __init__(self, who: Any, total: int) -> None:
+        self._owns = isinstance(who, type)
+        self._who = who(total=total) if self._owns else who
+        self._is_bar = hasattr(self._who, "update")
+        self._done = 0
+
+    def __enter__(self) -> Progress:
+        return self
+
+    def __call__(self, done: int, *more: Any) -> bool:
+        """Tells it, and returns whether to go on."""
+        if self._is_bar:
+            self._who.update(done - self._done)
+            self._done = done
+            return True
+        return self._who(done, *more) is not False
+
+    def __exit__(self, *ignored: Any) -> None:
+        if self._owns and hasattr(self._who, "close"):
+            self._who.close()

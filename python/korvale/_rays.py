@@ -1,0 +1,157 @@
+"""Rays into triangles."""
+
+from __future__ import annotations
+
+from typing import Any, NamedTuple
+
+import numpy
+
+from . import _input, _korvale
+from ._errors import refuse
+from ._progress import Progress
+
+# Rays between two reports of progress.
+_CHUNK = 16384
+
+
+class RayHit(NamedTuple):
+    """One triangle met by a ray."""
+
+    distance: float  #: from the origin of the ray, in units of length whatever the direction's
+    triangle: int  #: its number
+
+
+class Cast(NamedTuple):
+    """What rays have met, one value a ray; None for what was not wanted."""
+
+    distances: numpy.ndarray | None  #: float64, to the nearest triangle, infinity where there is none
+    triangles: numpy.ndarray | None  #: int32, the nearest triangle, -1 where there is none
+    counts: numpy.ndarray | None  #: int32, the number of triangles met
+
+
+class RayGrid:
+    """RayGrid(mesh, triangles=None, *, cells=None, copy=True): triangles sorted into a grid of cells, for rays.
+
+    mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
+        given apart, (T, 3) or faces of any number of corners, or the corners of triangles (T, 3, 3) or (T, 9).
+    cells: (nx, ny, nz); else a number that suits the triangles is chosen.
+    copy: False reads corners, float64 (T, 9) or (T, 3, 3), where they are at every query. Do not change them.
+
+    Faces of more than three corners are cut into triangles about their first corner; `faces` tells which is whose. A
+    triangle that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles
+    measure about 0.01 or more.
+
+    >>> grid = korvale.RayGrid([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], [(0, 1, 2), (0, 2, 3)])
+    >>> grid.nearest((3, 1, 5), (0, 0, -1))
+    RayHit(distance=5.0, triangle=0)
+    >>> grid.cast([(3, 1, 5), (1, 3, 5), (9, 9, 5)], (0, 0, -1)).triangles
+    array([ 0,  1, -1], dtype=int32)
+    """
+
+    __slots__ = ("_grid", "_faces")
+
+    def __init__(self, mesh: Any, triangles: Any = None, *, cells: Any = None, copy: bool = True) -> None:
+        self._faces: numpy.ndarray | None = None
+        if triangles is not None or _input.is_mesh(mesh):
+            vertices, sizes, numbers = _input.mesh(mesh, triangles, "RayGrid")
+            if sizes is not None:
+                numbers, self._faces = _korvale.fans(sizes, numbers)
+            corners = _korvale.gathered(vertices, numbers)
+        else:
+            corners = _input.corners(mesh, "RayGrid", "mesh")
+            if copy and numpy.may_share_memory(corners, mesh if isinstance(mesh, numpy.ndarray) else corners):
+                corners = corners.copy()
+        if cells is not None:
+            cells = tuple(_input.count(n, "RayGrid", "cells", 1) for n in cells)
+            if len(cells) != 3:
+                raise refuse("RayGrid", "cells", "be three numbers", f"there are {len(cells)}")
+        self._grid = _korvale.Grid(corners, cells)
+
+    @property
+    def cells(self) -> tuple[int, int, int]:
+        """The number of cells along x, y and z."""
+        nx, ny, nz = self._grid.cells
+        return nx, ny, nz
+
+    @property
+    def corners(self) -> numpy.ndarray:
+        """The corners of the triangles, float64 (T, 9), as the grid reads them."""
+        return self._grid.corners
+
+    @property
+    def faces(self) -> numpy.ndarray:
+        """int32 (T,): the face that each triangle is of; its own number where the grid was made of triangles."""
+        return numpy.arange(len(self), dtype=numpy.int32) if self._faces is None else self._faces
+
+    def __len__(self) -> int:
+        return len(self._grid)
+
+    def nearest(self, origin: Any, direction: Any) -> RayHit | None:
+        """The nearest triangle on a ray, or None; the one with the least number of several at one distance."""
+        hit = self._grid.nearest(*_ray(origin, direction, "RayGrid.nearest"))
+        return None if hit is None else RayHit(*hit)
+
+    def hits(self, origin: Any, direction: Any) -> list[RayHit]:
+        """All triangles on a ray, nearest first; those at one distance by their numbers."""
+        return [RayHit(*hit) for hit in self._grid.hits(*_ray(origin, direction, "RayGrid.hits"))]
+
+    def count(self, origin: Any, direction: Any) -> int:
+        """The number of triangles that a ray meets: odd from inside a closed mesh."""
+        return self._grid.count(*_ray(origin, direction, "RayGrid.count"))
+
+    def cast(self, origins: Any, directions: Any, *, distances: Any = True, triangles: Any = True, counts: Any = True,
+             progress: Any = None) -> Cast:
+        """Casts many rays.
+
+        origins, directions: (N, 3) each, or one of them (3,) for all rays.
+        distances, triangles, counts: whether each is wanted, or the array (N,) that it goes to (float64, int32, int32).
+        progress: see `Relaxer.run`; it is told of the rays done.
+        """
+        name = "RayGrid.cast"
+        start = _input.finite(_input.points_or_point(origins, name, "origins"), name, "origins")
+        along = _input.finite(_input.points_or_point(directions, name, "directions"), name, "directions")
+        n = len(along) if len(start) == 1 else len(start)
+        if len(along) not in (1, n):
+            raise refuse(name, "directions", f"be 1 or as many as the {n} origins", f"there are {len(along)}")
+        wanted = (_column(distances, n, name, numpy.float64), _column(triangles, n, name, numpy.int32),
+                  _column(counts, n, name, numpy.int32))
+        if progress is None:
+            self._grid.cast(start, along, *wanted, 0, n)
+        else:
+            with Progress(progress, n) as report:
+                for first in range(0, n, _CHUNK):
+                    last = min(n, first + _CHUNK)
+                    self._grid.cast(start, along, *wanted, first, last)
+                    if not report(last):
+                        break
+        return Cast(*wanted)
+
+    def __repr__(self) -> str:
+        return f"<korvale.RayGrid of {len(self)} triangles in {'x'.join(map(str, self.cells))} cells>"
+
+    def __eq__(self, other: object) -> Any:
+        if not isinstance(other, RayGrid):
+            return NotImplemented
+        return (self.cells == other.cells and numpy.array_equal(self.corners, other.corners)
+                and numpy.array_equal(self.faces, other.faces))
+
+    __hash__ = None  # type: ignore[assignment]
+
+    def __reduce__(self) -> Any:
+        return _restored, (numpy.array(self.corners), self.cells, self._faces)
+
+
+def _restored(corners: numpy.ndarray, cells: tuple[int, int, int], faces: numpy.ndarray | None) -> RayGrid:
+    grid = RayGrid(corners, cells=cells, copy=False)
+    grid._faces = faces
+    return grid
+
+
+def _ray(origin: Any, direction: Any, function: str) -> tuple[numpy.ndarray, numpy.ndarray]:
+    return _input.point(origin, function, "origin"), _input.point(direction, function, "direction")
+
+
+def _column(wanted: Any, n: int, function: str, kind: Any) -> numpy.ndarray | None:
+    if wanted is False or wanted is None:
+        return None
+    return _input.output(None if wanted is True else wanted, (n,), function, kind)

@@ -1,0 +1,193 @@
+"""Meshes that remember their shape."""
+
+from __future__ import annotations
+
+from typing import Any, NamedTuple
+
+import numpy
+
+from . import _input, _korvale
+from ._errors import refuse
+from ._progress import Progress
+
+
+class Relaxation(NamedTuple):
+    """What a relaxation came to."""
+
+    points: numpy.ndarray  #: float64 (N, 3), moved towards the shape
+    steps: int  #: done
+    energy: float  #: left; 0 where the shape is the remembered one
+    stop: str  #: why it ended: "steps", "energy", "stalled", "cancelled" or "no_force"
+
+
+class Relaxer:
+    """Relaxer(mesh, triangles=None, *, edges=None): a mesh that remembers its shape and brings deformed copies back.
+
+    mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), or vertices (V, 3) with
+        `triangles` given apart, (T, 3) or faces of any number of corners.
+    edges: (E, 2) instead of triangles; of edges alone only lengths can be kept.
+
+    Say what to keep, then relax deformed points. Weights are not comparable: lengths and angles are sums over many
+    small deviations, volume and area are one large number squared.
+
+    >>> square = numpy.array([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], float)
+    >>> relaxer = korvale.Relaxer(square, [(0, 1, 2), (0, 2, 3)])
+    >>> relaxer.keep("lengths").hold([0])
+    <korvale.Relaxer of 4 points, keeps lengths, holds 1>
+    >>> result = relaxer.run(square * (1.5, 1, 1), steps=800)
+    >>> bool(result.energy < 1e-5), result.points[0]
+    (True, array([0., 0., 0.]))
+    """
+
+    __slots__ = ("_mesh", "_given", "_kept", "_held")
+
+    def __init__(self, mesh: Any, triangles: Any = None, *, edges: Any = None) -> None:
+        self._kept: dict[str, float] = {}
+        self._held: numpy.ndarray | None = None
+        if edges is not None:
+            vertices = _input.finite(_input.points(mesh, "Relaxer", "vertices"), "Relaxer", "vertices")
+            pairs = numpy.asarray(edges)
+            if triangles is not None or pairs.dtype.kind not in "iu" or pairs.ndim != 2 or pairs.shape[1] != 2:
+                raise refuse("Relaxer", "edges", "be whole numbers (E, 2), without triangles",
+                             f"its shape is {pairs.shape}")
+            _input._require_vertices(pairs, len(vertices), "Relaxer", "edges")
+            pairs = numpy.ascontiguousarray(pairs, numpy.int32)
+            self._given: tuple[Any, ...] = (vertices.copy(), None, pairs)
+            self._mesh = _korvale.RelaxerMesh.of_edges(vertices, pairs)
+        else:
+            vertices, sizes, corners = _input.mesh(mesh, triangles, "Relaxer")
+            if sizes is None:
+                sizes = numpy.full(len(corners), 3, numpy.int32)
+            self._given = (vertices.copy(), sizes, corners.ravel().copy())
+            self._mesh = _korvale.RelaxerMesh.of_faces(vertices, sizes, corners.ravel())
+
+    def __len__(self) -> int:
+        return len(self._mesh)
+
+    @property
+    def edges(self) -> numpy.ndarray:
+        """The edges as pairs of points: int32 (E, 2)."""
+        return self._mesh.edges
+
+    @property
+    def kept(self) -> dict[str, float]:
+        """What is kept, with its weights."""
+        return dict(self._kept)
+
+    def keep(self, measure: str, weight: float = 1.0) -> Relaxer:
+        """Keeps a measure of the mesh as it is at the vertices: "lengths", "angles", "volume" or "area".
+
+        weight: above 0. Volume needs a closed mesh that is turned one way. Returns the relaxer.
+        """
+        self._mesh.keep(str(measure), _input.number(weight, "Relaxer.keep", "weight"))
+        self._kept[str(measure)] = float(weight)
+        return self
+
+    def hold(self, which: Any) -> Relaxer:
+        """Holds points where they are: bool (N,), true for those that do not move, or the numbers of these points.
+
+        An empty list frees all. Returns the relaxer.
+        """
+        mask = numpy.asarray(which)
+        n = len(self)
+        if mask.dtype != bool:
+            if mask.size and (mask.dtype.kind not in "iu" or mask.ndim != 1):
+                raise refuse("Relaxer.hold", "which", f"be truths ({n},) or numbers of points",
+                             f"it is {mask.dtype} {mask.shape}")
+            numbers = mask.astype(numpy.intp)
+            _input._require_vertices(numbers, n, "Relaxer.hold", "which")
+            mask = numpy.zeros(n, bool)
+            mask[numbers] = True
+        if mask.shape != (n,):
+            raise refuse("Relaxer.hold", "which", f"be truths ({n},) or numbers of points",
+                         f"its shape is {mask.shape}")
+        self._mesh.hold(mask)
+        self._held = mask.copy()
+        return self
+
+    def step(self, points: Any, steps: int = 1, *, out: numpy.ndarray | None = None) -> Relaxation:
+        """Exactly `steps` steps of steepest descent towards the shape.
+
+        points: (N, 3). out: where the moved points go, which may be `points` itself; else a new array.
+        Where there is energy but nothing free to move lowers it, the points stay as they were.
+        """
+        moving = self._moving(points, out, "Relaxer.step")
+        done = _input.count(steps, "Relaxer.step", "steps")
+        energy = self._mesh.step(moving, done)
+        return Relaxation(moving, done, energy, "steps")
+
+    def run(self, points: Any, *, steps: int = 1000, energy: float = 0.0, least_drop: float = 0.0, progress: Any = None,
+            out: numpy.ndarray | None = None) -> Relaxation:
+        """Moves points towards the shape, step by step until one of the conditions holds.
+
+        points: (N, 3), the deformed mesh. steps: at most. energy: stop at this energy or below. least_drop: stop when
+        a step lowers the energy by less than this share of it.
+        progress: called after every step as progress(step, energy), False stops; or a bar with `update(n)`, such as
+            tqdm's; or the class of such bars.
+        out: where the moved points go, which may be `points` itself; else a new array.
+        """
+        name = "Relaxer.run"
+        most = _input.count(steps, name, "steps")
+        least = _input.number(energy, name, "energy")
+        drop = _input.number(least_drop, name, "least_drop")
+        moving = self._moving(points, out, name)
+        if progress is None:
+            return Relaxation(moving, *self._mesh.run(moving, most, least, drop, None))
+        with Progress(progress, most) as report:
+            return Relaxation(moving, *self._mesh.run(moving, most, least, drop, report))
+
+    def energy(self, points: Any) -> float:
+        """The energy at points (N, 3), which are only read."""
+        return self._mesh.energy(self._points(points, "Relaxer.energy"))
+
+    def forces(self, points: Any) -> numpy.ndarray:
+        """The force on every point, held ones included: float64 (N, 3)."""
+        return self._mesh.forces(self._points(points, "Relaxer.forces"))
+
+    def _points(self, points: Any, function: str) -> numpy.ndarray:
+        given = _input.finite(_input.points(points, function, "points"), function, "points")
+        if len(given) != len(self):
+            raise refuse(function, "points", f"be {len(self)} like the mesh's", f"there are {len(given)}")
+        return given
+
+    def _moving(self, points: Any, out: numpy.ndarray | None, function: str) -> numpy.ndarray:
+        given = self._points(points, function)
+        moving = _input.output(out, given.shape, function)
+        if moving is not given:
+            moving[...] = given
+        return moving
+
+    def __repr__(self) -> str:
+        text = f"<korvale.Relaxer of {len(self)} points"
+        if self._kept:
+            text += ", keeps " + ", ".join(self._kept)
+        if self._held is not None and self._held.any():
+            text += f", holds {int(self._held.sum())}"
+        return text + ">"
+
+    def __eq__(self, other: object) -> Any:
+        if not isinstance(other, Relaxer):
+            return NotImplemented
+        mine, others = self._held, other._held
+        if mine is None or others is None:
+            same_hold = not (mine is not None and mine.any()) and not (others is not None and others.any())
+        else:
+            same_hold = numpy.array_equal(mine, others)
+        return (same_hold and self._kept == other._kept
+                and all(numpy.array_equal(a, b) for a, b in zip(self._given, other._given)))
+
+    __hash__ = None  # type: ignore[assignment]
+
+    def __reduce__(self) -> Any:
+        return _restored, (self._given, self._kept, self._held)
+
+
+def _restored(given: tuple[Any, ...], kept: dict[str, float], held: numpy.ndarray | None) -> Relaxer:
+    vertices, sizes, numbers = given
+    relaxer = Relaxer.__new__(Relaxer)
+    relaxer._given, relaxer._kept, relaxer._held = given, {}, None
+    relaxer._mesh = (_korvale.RelaxerMesh.of_edges(vertices, numbers) if sizes is None
+                     else _korvale.RelaxerMesh.of_faces(vertices, sizes, numbers))
+    for measure, weight in kept.items():
+        relaxer.keep(measure, weight)
+    return relaxer if held is None else relaxer.hold(held)
