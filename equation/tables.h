@@ -27,5 +27,5 @@ KORVALE_API void EqSetTableIndex(EquationSystem* es, double index);
 /// row. The next read takes the next column and wraps around. A fresh call does not advance the column; it is also made
 /// when the element lies outside the table's buffer, as after a further equation has widened the table.
 ///
-/// Returns 0.0 for an index that is no function's.
+/// Returns 0.0 for an index that is no function's, and in place of a fresh call of a function with arguments.
 KORVALE_API double EqTableRead(EquationSystem* es, int func);

@@ -91,6 +91,33 @@ void edit_items(const EquationSystem& es, Input& in)
     constants->dvals[p] = in.any<double>();
 }
 
+/// Values only, up to more of them than an evaluation can hold.
+void fill_with_values(const EquationSystem& es, Input& in)
+{
+    const int row = in.below(4), n = in.below(100), variable = in.below(8);
+    DATAstruct *const kinds = child(es, row, 0), *const operands = child(es, row, 1);
+    if (kinds == nullptr || operands == nullptr)
+        return;
+    for (int p = 1; p <= n && p < kinds->alloc_count && p < operands->alloc_count; ++p) {
+        kinds->ivals[p] = p % 8 < variable ? EQ_ITEM_VARIABLE : EQ_ITEM_CONSTANT;
+        operands->ivals[p] = p % 6;
+    }
+    kinds->count = 100;
+}
+
+/// Memory of the host for the table of a function, as long as rows times columns say.
+void wrap_table(const EquationSystem& es, Input& in)
+{
+    const int f = in.below(24), rows = in.below(5), columns = in.below(4);
+    auto* const table = f < es.tables->alloc_count ? static_cast<DATAstruct*>(es.tables->pvals[f]) : nullptr;
+    if (table == nullptr)
+        return;
+    DATADispose(table);
+    table->count = rows;
+    table->dim = columns;
+    table->dvals = static_cast<double*>(std::calloc(static_cast<size_t>(rows * columns), sizeof(double)));
+}
+
 /// Another size for one of the arrays of items, or none at all.
 void reshape_items(const EquationSystem& es, Input& in)
 {
@@ -238,7 +265,7 @@ void replace_function(const EquationSystem& es, Input& in)
 void step(EquationSystem& es, Input& in)
 {
     const int row = in.below(5) - 1;
-    switch (in.below(14)) {
+    switch (in.below(16)) {
     case 0:
     case 1:
     case 2:
@@ -274,6 +301,12 @@ void step(EquationSystem& es, Input& in)
     case 12:
         same(
             es, [&] { return EqSystemEvaluate(&es); }, [&] { return korvale::reference::evaluate_all(&es); });
+        break;
+    case 13:
+        fill_with_values(es, in);
+        break;
+    case 14:
+        wrap_table(es, in);
         break;
     default:
         EqSetVariable(&es, in.below(8), in.any<double>());

@@ -69,7 +69,8 @@ public:
         return t;
     }
 
-    /// The inverse of `from(srt)`. A scale below 1e-06 is inverted to 1000000, so that the result stays finite.
+    /// The inverse of `from(srt)`. A scale strictly between -1e-06 and 1e-06 is inverted to 1000000, so that the result
+    /// stays finite.
     static Transform inverse_of(const Srt& srt)
     {
         Transform t;
