@@ -31,7 +31,7 @@ std::size_t common_count(const char* function, std::initializer_list<Rows> argum
 {
     std::size_t n = 1;
     for (const Rows& rows : arguments)
-        if (rows.count != 1)
+        if (n == 1)
             n = rows.count;
     for (const Rows& rows : arguments)
         if (rows.count != 1 && rows.count != n)
