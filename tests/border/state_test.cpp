@@ -185,14 +185,24 @@ TEST(BORDER_BORDER, ATipBetweenEqualEdgesMergesIntoThePreviousVertexAndThatIntoT
     EXPECT_EQ(s.row(s->flat, 4), s.row(s->flat, 5)); // through vertex 3
 }
 
+// The cosine of half the turn is sqrt(c / 2), c being 1 plus the cosine of the turn, a multiple of 2^-53. It is never
+// 1e-06 itself: the nearest are those of 18014 * 2^-53 below and 18015 * 2^-53 above it.
 TEST(BORDER_BORDER, ACornerIsAHairpinWhereTheCosineOfHalfItsTurnIsBelowAMillionth)
 {
-    const auto is_removed = [](double width) { // of a spike 4 high: the cosine is about width / 8
-        Swept s({{0, 0, 0, 5, 0, 0, 5, 4, 0, 2 + width, 4, 0, 2, 8, 0, 2, 4, 0, 0, 4, 0}, 1e-12, true, false});
+    const auto is_removed = [](double width, double height) { // of a spike: the cosine is about width / (2 height)
+        Swept s({{0, 0, 0, 5, 0, 0, 5, 4, 0, 2 + width, 4, 0, 2, 4 + height, 0, 2, 4, 0, 0, 4, 0}, 1e-12, true, false});
         return s->dead->bvals[4] == 1;
     };
-    EXPECT_TRUE(is_removed(7.99e-06));
-    EXPECT_FALSE(is_removed(8.01e-06));
+    const auto one_plus_cosine = [](double width, double height) {
+        const double dx = 2 - (2 + width);
+        return 1.0 - height / std::sqrt(dx * dx + height * height);
+    };
+    ASSERT_EQ(one_plus_cosine(3.74994475e-06, 1.875), 18014 * 0x1p-53);
+    ASSERT_EQ(one_plus_cosine(3.74998725e-06, 1.875), 18015 * 0x1p-53);
+    EXPECT_TRUE(is_removed(3.74994475e-06, 1.875));
+    EXPECT_FALSE(is_removed(3.74998725e-06, 1.875));
+    EXPECT_TRUE(is_removed(7.99e-06, 4));
+    EXPECT_FALSE(is_removed(8.01e-06, 4));
 }
 
 TEST(BORDER_BORDER, TwoVerticesAreAHairpinThatEndsTheSweep)
