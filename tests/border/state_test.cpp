@@ -261,6 +261,32 @@ TEST(BORDER_BORDER, AnEdgeLeftNoLongerThanAMillionthCollapsesAndTheLastVertexSta
     }
 }
 
+// A prong from the right whose tip, near the origin, has a bevel of e1 below and a longer one of e2 above. When the first
+// vanishes, at `time`, the second is left as long as rounding says: a millionth itself, or one of its neighbours. The
+// distance ends there, so that nothing is measured again.
+TEST(BORDER_BORDER, AnEdgeLeftExactlyAMillionthLongHasCollapsed)
+{
+    const double millionth = 1e-06;
+    const struct {
+        double e1, e2, left;
+    } cases[] = {
+        {0x1.27476ca61d708p-20, 0x1.e5176eb260bdp-20, std::nextafter(millionth, 0.0)},
+        {0x1.27476ca61b88p-20, 0x1.e5176eb25ed48p-20, millionth},
+        {0x1.27476ca63bf88p-20, 0x1.e5176eb27f45p-20, std::nextafter(millionth, 1.0)},
+    };
+    for (const auto& [e1, e2, left] : cases) {
+        const double x = 0x1p-17, y = 0x1p-18, height = 0x1p-17, up = y + e1 + height;
+        const Coordinates pronged = {0,      0,  0, 9,           0,       0, 9, y,       0, x, y, 0, x - e1, y + e1, 0,
+                                     x - e1, up, 0, x - e1 + e2, up + e2, 0, 9, up + e2, 0, 9, 5, 0, 0,      5,      0};
+        Swept without({pronged, 1e-09, true, false});
+        const double* const rate = without->rate->dvals;
+        const double time = -without->length->dvals[3] / rate[3];
+        ASSERT_EQ(time * rate[5] + without->length->dvals[5], left);
+        Swept s({pronged, time, true, false});
+        EXPECT_THAT(s.dead(), ElementsAre(0, 0, 0, 1, 0, left <= millionth ? 1 : 0, 0, 0, 0, 0)) << left;
+    }
+}
+
 TEST(BORDER_BORDER, AnEventBeyondTheDistanceDoesNotHappen)
 {
     Swept s({kUnitSquare, -0.499});

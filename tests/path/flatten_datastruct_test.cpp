@@ -219,6 +219,16 @@ TEST(DATA_to_xy_xfms, ARayThatCrossesTheOutlineTwiceLeavesAConvexCorner)
     EXPECT_EQ(closed(u).forward.m[2][2], 1.0);
 }
 
+TEST(DATA_to_xy_xfms, AnEdgeThroughTheFirstCornerDoesNotCrossItsRay)
+{
+    // The corner at p0 looks straight down; the edge from p3 to p4 passes through p0.
+    const std::vector<double> xyz = {0, 0, 0, 1, 1, 0, 2, 0.5, 0, 1, 0, 0, -1, 0, 0, -2, 0.5, 0, -1, 1, 0};
+    EXPECT_EQ(closed(xyz).forward.m[2][2], 1.0);
+    // A little further down it does.
+    const std::vector<double> below = {0, 0, 0, 1, 1, 0, 2, 0.5, 0, 1, -0.1, 0, -1, -0.1, 0, -2, 0.5, 0, -1, 1, 0};
+    EXPECT_EQ(closed(below).forward.m[2][2], -1.0);
+}
+
 TEST(DATA_to_xy_xfms, DoubledPointsAndStraightCornersAreNotProperCorners)
 {
     const Flattened f = closed({0, 0, 0, 0, 0, 0, 1, 0, 0, 2, 0, 0, 2, 5e-07, 0, 2, 3, 0, -1, 3, 0, -1, 0, 0});

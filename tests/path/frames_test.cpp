@@ -386,6 +386,17 @@ TYPED_TEST(Frames, AWeeTurnBackwardsCountsAsForwards)
     EXPECT_TRUE(near({kHalf, -kHalf, 0}, second_x(1.00001 * height), 1e-4));
 }
 
+TYPED_TEST(Frames, ATurnOfExactlyTheThresholdBackwardsCountsAsBackwards)
+{
+    // Heights found by trying: the sine of the turn is -1e-06 at the middle one and a neighbour of it at the others.
+    const auto second_x = [](double h) {
+        return column(frames_of<TypeParam>({0, 0, 0, 4, 0, 0, 4, 1, h, 0, 1, 0}, 1)[1], 0);
+    };
+    EXPECT_TRUE(near({0, 0, -1}, second_x(-0x1.7ba004189202fp-18), 1e-4));
+    EXPECT_FALSE(near({0, 0, -1}, second_x(-0x1.7ba004189202ap-18), 0.5));
+    EXPECT_FALSE(near({0, 0, -1}, second_x(-0x1.7ba004189202bp-18), 0.5));
+}
+
 TYPED_TEST(Frames, ACosineAboveOneMakesAllTurnedAxesNaN)
 {
     // A planar loop whose x axis is longer than 1 by one rounding.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -216,6 +217,37 @@ TEST(PreserveCompute, ANaNCoordinateSpreadsWithoutTrouble)
     EXPECT_TRUE(std::isnan(solver->energy));
     for (double x : solver.positions())
         EXPECT_TRUE(std::isnan(x));
+}
+
+TEST(PreserveCompute, ATrialThatIsNotANumberIsKeptThoughItsLengthsAloneAreTooMuch)
+{
+    // The energy is about 1e200, and a step of that length makes infinite lengths, whose energy is too high, and angles
+    // that are not numbers: the sum is none either, which ends the halving at once.
+    Solver solver({{0, 0, 0, 1, 0, 0, 0, 1, 0}, {3}, {0, 1, 2}});
+    ASSERT_TRUE(switch_on(solver, PRESERVE_LENGTH | PRESERVE_FACE_ANGLE));
+    solver.place({0, 0, 0, 1e100, 0, 0, 0, 2e100, 0});
+    EXPECT_EQ(PreserveCompute(solver, solver.moved(), 1), 1);
+    EXPECT_TRUE(std::isinf(solver->nlen->dvals[0]));
+    EXPECT_TRUE(std::isnan(solver->energy));
+    double farthest = 0.0;
+    for (double x : solver.positions())
+        farthest = std::max(farthest, std::fabs(x));
+    EXPECT_GT(farthest, 1e199);
+}
+
+TEST(PreserveCompute, TagsBehindThePointsHoldNothing)
+{
+    Edge edge(0.25, 3.0);
+    OwnedDATA tags = array_of<DATAstruct>(DATA_TYPE_BYTE, 1 << 24, 1); // far more than stands behind the force
+    std::fill(tags->bvals, tags->bvals + (1 << 24), uint8_t{1});
+    tags->bvals[0] = tags->bvals[1] = 0;
+    tags->count = 2;
+    ASSERT_EQ(PreserveSetTag(edge.solver, tags), 1);
+    tags->count = 1 << 24;
+    Edge plain(0.25, 3.0);
+    EXPECT_EQ(PreserveCompute(edge.solver, edge.solver.moved(), 1), 1);
+    EXPECT_EQ(PreserveCompute(plain.solver, plain.solver.moved(), 1), 1);
+    EXPECT_TRUE(same_bits(plain.solver.positions(), edge.solver.positions()));
 }
 
 TEST(PreserveCompute, MassesPlayNoPart)

@@ -49,6 +49,18 @@ TEST(PreserveInitialize, RefusesWrappedCornersThatAreFewerThanTheFacesHave)
     EXPECT_EQ(status.force, nullptr);
 }
 
+TEST(PreserveInitialize, RefusesWrappedEdgesOfMoreThan31Bits)
+{
+    std::vector<int32_t> ends = {0, 1};
+    OwnedDATA points = korvale::test::points<DATAstruct>({0, 0, 0, 1, 0, 0});
+    for (const int32_t count : {1 << 30, 2147483647}) {
+        DATAstruct edges = wrapped_ints(ends, count, 2);
+        PreserveStatus status = {};
+        EXPECT_EQ(PreserveInitialize(&status, points, &edges, nullptr, nullptr), -1);
+        EXPECT_EQ(status.force, nullptr);
+    }
+}
+
 TEST(PreserveInitialize, ANegativeSizeLeadsBackInTheList)
 {
     Input input = square({}, {3, -3, 3}, {0, 1, 2});
