@@ -261,9 +261,9 @@ TEST(BORDER_BORDER, AnEdgeLeftNoLongerThanAMillionthCollapsesAndTheLastVertexSta
     }
 }
 
-// A prong from the right whose tip, near the origin, has a bevel of e1 below and a longer one of e2 above. When the first
-// vanishes, at `time`, the second is left as long as rounding says: a millionth itself, or one of its neighbours. The
-// distance ends there, so that nothing is measured again.
+// A prong from the right whose tip, near the origin, has a bevel of e1 below and a longer one of e2 above. When the
+// first vanishes, at `time`, the second is left as long as rounding says: a millionth itself, or one of its neighbours.
+// The distance ends there, so that nothing is measured again.
 TEST(BORDER_BORDER, AnEdgeLeftExactlyAMillionthLongHasCollapsed)
 {
     const double millionth = 1e-06;
