@@ -11,8 +11,12 @@ wrong=0
 listed() { # the names with a symbol version, without tags and quotes
     sed -nE "s/^ (\(c\+\+\)\")?(.*)@$1\"? [0-9.]+$/\2/p" packaging/debian/libkorvale1.symbols | grep -v '^KORVALE_' | sort
 }
-diff packaging/exports.txt <(listed 'KORVALE_[0-9.]+') || { echo "the symbols file (>) has other names"; wrong=1; }
-diff packaging/exports-platform.txt <(listed Base) || { echo "the symbols file (>) has other names"; wrong=1; }
+differ() {
+    echo "packaging/debian/libkorvale1.symbols (>) has other names, or $1 (<) is not sorted by bytes"
+    wrong=1
+}
+diff packaging/exports.txt <(listed 'KORVALE_[0-9.]+') || differ packaging/exports.txt
+diff packaging/exports-platform.txt <(listed Base) || differ packaging/exports-platform.txt
 
 [[ $(head -1 packaging/debian/changelog) == "korvale ($version) "* ]] ||
     { echo "packaging/debian/changelog does not begin with $version"; wrong=1; }
