@@ -1,14 +1,18 @@
 #!/usr/bin/env bash
-# usage: exports.sh LIBRARY LIST [VERSION]
-# Fails unless the library exports exactly the names of the list, each with the symbol version or all without any, and
-# shows what differs.
+# usage: exports.sh LIBRARY LIST [SYMBOLS]
+# Fails unless the library exports exactly the names of the list, each with the symbol version that the symbols file of
+# the Debian package gives it, or all without any, and shows what differs.
 set -euo pipefail
 export LC_ALL=C
-library=$1 list=$2 version=${3:+@@$3}
+library=$1 list=$2 symbols=${3:-/dev/null}
 
 # The address sanitizer adds one name for each exported datum, the linker the version itself.
 exported=$(nm -DC --defined-only "$library" | grep -v ' A ' | cut -d' ' -f3- | grep -v '^__odr_asan' | sort -u)
-wanted=$(sed "s/\$/$version/" "$list" | sort)
+versions=$(sed -nE 's/^ (\(c\+\+\)")?([^"]*)@(KORVALE_[0-9.]+)"? .*/\2@@\3/p' "$symbols")
+wanted=$(awk '
+    { name = $0; sub(/@@.*/, "", name) }
+    versions { full[name] = $0; next }
+    { print name in full ? full[name] : name }' versions=1 <(echo "$versions") versions=0 "$list" | sort)
 missing=$(comm -13 - <(echo "$wanted") <<<"$exported")
 unlisted=$(comm -23 - <(echo "$wanted") <<<"$exported")
 
