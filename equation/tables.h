@@ -11,6 +11,8 @@
 /// Returns 1, or -1 for a function with arguments, an index that is no function's, and a table that cannot be
 /// allocated.
 ///
+/// Memory of the host in the table has to come from malloc: it is freed, or a buffer of the library takes its place.
+///
 /// Deliberate: the rows and the multiplied columns stay on the table when its allocation is refused. Only a number of
 /// columns beyond 31 bits changes nothing.
 KORVALE_API int EqMakeTable(EquationSystem* es, int func, int rows, int cols);

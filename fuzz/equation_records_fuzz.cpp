@@ -105,17 +105,33 @@ void fill_with_values(const EquationSystem& es, Input& in)
     kinds->count = 100;
 }
 
+DATAstruct* table_of(const EquationSystem& es, int f)
+{
+    return f < es.tables->alloc_count ? static_cast<DATAstruct*>(es.tables->pvals[f]) : nullptr;
+}
+
 /// Memory of the host for the table of a function, as long as rows times columns say.
 void wrap_table(const EquationSystem& es, Input& in)
 {
     const int f = in.below(24), rows = in.below(5), columns = in.below(4);
-    auto* const table = f < es.tables->alloc_count ? static_cast<DATAstruct*>(es.tables->pvals[f]) : nullptr;
+    DATAstruct* const table = table_of(es, f);
     if (table == nullptr)
         return;
     DATADispose(table);
     table->count = rows;
     table->dim = columns;
     table->dvals = static_cast<double*>(std::calloc(static_cast<size_t>(rows * columns), sizeof(double)));
+}
+
+/// A table of the library's making; memory of the host that it takes the place of is the host's to release.
+void make_table(EquationSystem& es, Input& in)
+{
+    const int f = in.below(24), rows = in.below(6) - 1, columns = in.below(4) - 1;
+    const DATAstruct* const table = table_of(es, f);
+    double* const hosts = table != nullptr && (table->alloc_count < 1 || table->alloc_dim < 1) ? table->dvals : nullptr;
+    EqMakeTable(&es, f, rows, columns);
+    if (hosts != nullptr && table->dvals != hosts)
+        std::free(hosts);
 }
 
 /// Another size for one of the arrays of items, or none at all.
@@ -295,7 +311,7 @@ void step(EquationSystem& es, Input& in)
         EqSimplify(&es, row);
         break;
     case 11:
-        EqMakeTable(&es, in.below(24), in.below(6) - 1, in.below(4) - 1);
+        make_table(es, in);
         EqSetTableIndex(&es, in.below(40) / 4.0 - 2);
         break;
     case 12:
