@@ -20,7 +20,8 @@ struct BandOptions {
 
 /// Two edges of a band that meet.
 struct Crossing {
-    std::size_t first, second; ///< edge i runs from point i of the outline to the next one
+    std::size_t first;  ///< an edge; edge i runs from point i of the outline to the next one
+    std::size_t second; ///< the other one
 };
 
 /// A closed outline along a line.

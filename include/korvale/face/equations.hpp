@@ -6,11 +6,12 @@ namespace korvale {
 
 /// Values of one variable, one for each row of a calculation.
 struct Column {
-    std::string_view name;
-    const double* values = nullptr;
-    std::size_t size = 0;
-    std::ptrdiff_t stride = 1; ///< doubles from one value to the next
+    std::string_view name;          ///< the variable
+    const double* values = nullptr; ///< the first value
+    std::size_t size = 0;           ///< how many there are
+    std::ptrdiff_t stride = 1;      ///< doubles from one value to the next
 
+    /// All of `numbers`.
     Column(std::string_view variable, std::span<const double> numbers)
         : name(variable), values(numbers.data()), size(numbers.size())
     {
@@ -25,11 +26,12 @@ struct Column {
 
 /// Where the values of one variable go, one for each row of a calculation.
 struct ResultColumn {
-    std::string_view name;
-    double* values = nullptr;
-    std::size_t size = 0;
+    std::string_view name;     ///< the variable
+    double* values = nullptr;  ///< where the first value goes
+    std::size_t size = 0;      ///< how many there is room for
     std::ptrdiff_t stride = 1; ///< doubles from one value to the next
 
+    /// All of `numbers`.
     ResultColumn(std::string_view variable, std::span<double> numbers)
         : name(variable), values(numbers.data()), size(numbers.size())
     {
@@ -65,7 +67,9 @@ public:
         throw std::bad_alloc();
     }
     ~Equations() { EqSystemDispose(&system_); }
+    /// Takes the system over; what is left behind may only be destroyed or assigned to.
     Equations(Equations&& other) noexcept : system_(std::exchange(other.system_, EquationSystem{})) {}
+    /// Exchanges the systems.
     Equations& operator=(Equations&& other) noexcept
     {
         std::swap(system_, other.system_);

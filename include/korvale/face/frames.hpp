@@ -12,7 +12,8 @@ struct FlattenOptions {
 
 /// A transform into the plane z = 0 and its way back.
 struct Flattening {
-    Transform to_plane, from_plane;
+    Transform to_plane;   ///< into z = 0
+    Transform from_plane; ///< and back
 };
 
 /// The transforms that lay a planar outline into the plane z = 0, running counter-clockwise there, and carry it back.

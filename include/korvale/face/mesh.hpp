@@ -13,8 +13,8 @@ using Triangle = std::array<std::int32_t, 3>;
 
 /// Triangles on shared vertices.
 struct Mesh {
-    std::vector<Point> vertices;
-    std::vector<Triangle> triangles;
+    std::vector<Point> vertices;     ///< shared by the triangles
+    std::vector<Triangle> triangles; ///< numbers of vertices
 };
 
 namespace detail {

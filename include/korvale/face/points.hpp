@@ -32,6 +32,7 @@ using Point = std::array<double, 3>;
 /// An argument that cannot be used. `what()` is one sentence: the function, the argument, what it must be, what came.
 class Error : public std::invalid_argument {
 public:
+    /// "function: argument must `must`, but `but`".
     Error(std::string_view function, std::string_view argument, std::string_view must, std::string_view but)
         : std::invalid_argument(std::string(function) + ": " + std::string(argument) + " must " + std::string(must) +
                                 ", but " + std::string(but)),
@@ -130,6 +131,7 @@ class BasicPointView {
 public:
     BasicPointView() = default;
 
+    /// All of a range; plain doubles have to come in threes.
     template <class R>
     requires(!std::same_as<std::remove_cvref_t<R>, BasicPointView> && detail::Coordinates<R, Double>)
         BasicPointView(R&& range) // NOLINT: views are made in passing
@@ -146,12 +148,14 @@ public:
         }
     }
 
+    /// Points written out, as `{{0, 0, 0}, {1, 0, 0}}`: for an argument, whose call they outlive.
     BasicPointView(std::initializer_list<Point> points) // NOLINT
         requires(std::is_const_v<Double>)
         : data_(points.begin()->data()), count_(points.size())
     {
     }
 
+    /// Points to change may be read.
     template <class Other>
     requires(std::is_const_v<Double>&& std::same_as<Other, double>)
         BasicPointView(const BasicPointView<Other>& other) // NOLINT
@@ -168,13 +172,19 @@ public:
         return view;
     }
 
+    /// How many points there are.
+    ///@{
     std::size_t size() const noexcept { return count_; }
     bool empty() const noexcept { return count_ == 0; }
+    ///@}
 
     /// The first coordinate of the first point.
     Double* data() const noexcept { return data_; }
 
+    /// x y z of all points.
     std::span<Double> coordinates() const noexcept { return {data_, 3 * count_}; }
+
+    /// Point i, as a copy.
     Point operator[](std::size_t i) const { return {data_[3 * i], data_[3 * i + 1], data_[3 * i + 2]}; }
 
 private:
@@ -205,6 +215,8 @@ public:
             throw std::bad_alloc();
     }
 
+    /// A contiguous range of elements.
+    ///@{
     T* data() noexcept { return data_.get(); }
     const T* data() const noexcept { return data_.get(); }
     std::size_t size() const noexcept { return size_; }
@@ -215,6 +227,7 @@ public:
     T* end() noexcept { return data() + size_; }
     const T* begin() const noexcept { return data(); }
     const T* end() const noexcept { return data() + size_; }
+    ///@}
 
     /// Hands the block over, to be released with `free`; the array is empty afterwards.
     T* release() noexcept
@@ -249,6 +262,8 @@ public:
     /// `count` points, not cleared.
     explicit Points(std::size_t count) : numbers_(3 * count) {}
 
+    /// A contiguous range of points.
+    ///@{
     std::size_t size() const noexcept { return numbers_.size() / 3; }
     bool empty() const noexcept { return size() == 0; }
     Point* data() noexcept { return reinterpret_cast<Point*>(numbers_.data()); }
@@ -259,10 +274,13 @@ public:
     Point* end() noexcept { return data() + size(); }
     const Point* begin() const noexcept { return data(); }
     const Point* end() const noexcept { return data() + size(); }
+    ///@}
 
     /// x y z of all points.
+    ///@{
     std::span<double> coordinates() noexcept { return {numbers_.data(), numbers_.size()}; }
     std::span<const double> coordinates() const noexcept { return {numbers_.data(), numbers_.size()}; }
+    ///@}
 
     /// Hands the coordinates over, to be released with `free`; there are no points afterwards.
     double* release() noexcept { return numbers_.release(); }
@@ -274,6 +292,7 @@ private:
 /// An outer outline and its holes: made from any range of ranges of points, without copying the points.
 class ShapeView {
 public:
+    /// A range of outlines, the outer one first.
     template <std::ranges::input_range R>
     requires(!std::same_as<std::remove_cvref_t<R>, ShapeView> &&
              !PointLike<std::remove_cvref_t<std::ranges::range_reference_t<R>>> &&
@@ -284,12 +303,16 @@ public:
             outlines_.push_back(PointView(outline));
     }
 
+    /// Outlines by name, as `{outer, hole, hole}`.
     ShapeView(std::initializer_list<PointView> outlines) : outlines_(outlines) {}
 
+    /// A range of outlines.
+    ///@{
     std::size_t size() const noexcept { return outlines_.size(); }
     PointView operator[](std::size_t i) const { return outlines_[i]; }
     auto begin() const noexcept { return outlines_.begin(); }
     auto end() const noexcept { return outlines_.end(); }
+    ///@}
 
 private:
     std::vector<PointView> outlines_;

@@ -8,7 +8,9 @@ namespace korvale {
 
 /// Cells of a `RayGrid` along x, y and z.
 struct GridSize {
-    std::int32_t x = 4, y = 4, z = 4;
+    std::int32_t x = 4; ///< cells along x
+    std::int32_t y = 4; ///< cells along y
+    std::int32_t z = 4; ///< cells along z
 };
 
 /// One triangle met by a ray.
@@ -16,6 +18,7 @@ struct RayHit {
     double distance;       ///< from the origin of the ray, in units of length whatever the direction's
     std::int32_t triangle; ///< its number
 
+    /// The same triangle at the same distance.
     friend bool operator==(const RayHit&, const RayHit&) = default;
 };
 
@@ -66,10 +69,16 @@ public:
         return RayGrid(std::vector<double>(), triangles, size);
     }
 
+    /// Moves; what is left behind may only be destroyed or assigned to.
+    ///@{
     RayGrid(RayGrid&&) noexcept = default;
     RayGrid& operator=(RayGrid&&) noexcept = default;
+    ///@}
 
+    /// The number of triangles.
     std::size_t size() const { return static_cast<std::size_t>(state_->triangles.count); }
+
+    /// The cells that were made.
     GridSize grid_size() const { return {state_->status.nx, state_->status.ny, state_->status.nz}; }
 
     /// The face that a triangle is of; its own number where the grid was made of triangles.

@@ -9,6 +9,7 @@ namespace korvale {
 /// An equation that is refused: `what()` quotes it and says which word, where, and why.
 class EquationError : public Error {
 public:
+    /// `text` is refused from character `place` on, where `word` stands.
     EquationError(std::string_view text, std::size_t place, std::string_view word, std::string_view why)
         : Error("Equations::add", "text", "be an equation",
                 "\"" + std::string(text) + "\" is refused at character " + detail::text_of(place + 1) + ": " +

@@ -35,9 +35,9 @@ enum class Stop {
 
 /// What a run came to.
 struct Relaxation {
-    int steps;
-    double energy;
-    Stop stop;
+    int steps;     ///< steps made
+    double energy; ///< that is left
+    Stop stop;     ///< why it ended
 };
 
 /// A mesh that remembers its shape and brings deformed copies of its points back towards it.
@@ -74,8 +74,11 @@ public:
         return Relaxer(vertices, {}, {}, {edges.empty() ? nullptr : edges[0].data(), 2 * edges.size()});
     }
 
+    /// Moves; what is left behind may only be destroyed or assigned to.
+    ///@{
     Relaxer(Relaxer&&) noexcept = default;
     Relaxer& operator=(Relaxer&&) noexcept = default;
+    ///@}
 
     /// The number of points.
     std::size_t size() const { return state_->reference.size() / 3; }

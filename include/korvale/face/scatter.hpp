@@ -10,6 +10,7 @@ class TriangleView {
 public:
     TriangleView() = default;
 
+    /// All of a range.
     template <class R>
     requires(!std::same_as<std::remove_cvref_t<R>, TriangleView> && detail::Coordinates<R, const double>)
         TriangleView(R&& corners) // NOLINT: views are made in passing
@@ -17,15 +18,19 @@ public:
     {
     }
 
+    /// Corners, which have to come in threes.
     TriangleView(PointView corners) : data_(corners.data()), count_(corners.size() / 3) // NOLINT
     {
         if (corners.size() % 3 != 0)
             throw Error("triangles", "the corners", "come in threes", "there are " + detail::text_of(corners.size()));
     }
 
+    /// How many triangles there are, and their numbers.
+    ///@{
     std::size_t size() const noexcept { return count_; }
     const double* data() const noexcept { return data_; }
     std::span<const double> coordinates() const noexcept { return {data_, 9 * count_}; }
+    ///@}
 
 private:
     const double* data_ = nullptr;
@@ -53,7 +58,7 @@ inline std::span<const std::int32_t> corners_of(std::span<const Triangle> triang
 
 /// Points on triangles, and what they carry.
 struct Scattered {
-    Points points;
+    Points points;            ///< as they were drawn
     Array<double> attributes; ///< [points][width], point after point
     std::size_t width = 0;    ///< attributes of a point
 };

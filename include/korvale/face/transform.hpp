@@ -6,10 +6,11 @@ namespace korvale {
 
 /// Scale, rotation about x, then y, then z in radians, and translation, applied in this order.
 struct Srt {
-    Point scale = {1.0, 1.0, 1.0};
-    Point rotation = {0.0, 0.0, 0.0};
-    Point translation = {0.0, 0.0, 0.0};
+    Point scale = {1.0, 1.0, 1.0};       ///< along x, y and z
+    Point rotation = {0.0, 0.0, 0.0};    ///< about x, y and z, in radians
+    Point translation = {0.0, 0.0, 0.0}; ///< along x, y and z
 
+    /// The same nine numbers.
     friend bool operator==(const Srt&, const Srt&) = default;
 };
 
@@ -30,6 +31,7 @@ public:
     /// Sixteen numbers, row by row.
     explicit Transform(std::span<const double, 16> rows) { array2xfm(detail::unconst(rows.data()), m); }
 
+    /// By s[0] along x, s[1] along y and s[2] along z.
     static Transform scaling(const Point& s)
     {
         Transform t;
@@ -37,6 +39,7 @@ public:
         return t;
     }
 
+    /// By a vector.
     static Transform translation(const Point& by)
     {
         Transform t;
@@ -90,8 +93,11 @@ public:
         return Transform(rows);
     }
 
+    /// One element.
+    ///@{
     double operator()(std::size_t row, std::size_t column) const { return m[row][column]; }
     double& operator()(std::size_t row, std::size_t column) { return m[row][column]; }
+    ///@}
 
     /// The sixteen numbers, row by row.
     std::span<const double, 16> rows() const { return std::span<const double, 16>(&m[0][0], 16); }
@@ -126,6 +132,7 @@ public:
         TransformDATA(matrix(), &from, &to);
     }
 
+    /// First b, then a.
     friend Transform operator*(const Transform& a, const Transform& b)
     {
         Transform product;
@@ -133,6 +140,7 @@ public:
         return product;
     }
 
+    /// Rows as columns.
     Transform transposed() const
     {
         Transform t;
@@ -149,6 +157,7 @@ public:
         return srt;
     }
 
+    /// The same sixteen numbers.
     friend bool operator==(const Transform&, const Transform&) = default;
 
 private:
