@@ -1,4 +1,47 @@
-"""Numeric geometry over NumPy arrays, with the same bits as the C++ library."""
+"""Numeric geometry over NumPy arrays.
+
+| to | use |
+|---|---|
+| offset an outline, with or without holes, in any plane | `offset` |
+| lay a band along a line | `band` |
+| make solids, cut shapes into triangles | `bevel`, `tube`, `triangulate` |
+| lay an outline flat, place sections along a path | `flatten`, `frames` |
+| take shapes from a text or from other packages | `shapes`, `outlines` |
+| scatter points on triangles | `scatter` |
+| cast rays | `RayGrid` |
+| keep a deforming mesh in shape | `Relaxer` |
+| evaluate equations written as text, over columns | `Equations`, `evaluate` |
+| move points | `Transform`, `transform_points`, `transform_vectors` |
+| vectors | `dot`, `cross`, `norm`, `normalize`, `angle` |
+| many matrices at a time | `from_srt`, `take_apart`, `multiply`, `rotation`, `into_frame` and more |
+| whole arrays | `mix`, `mix4`, `bounds`, `reverse`, `join` |
+| repeat random numbers | `seed`, `random`, `gauss` |
+| call the library's own functions on its own records | `korvale.raw` |
+
+Points are rows of arrays (N, 3), or (N, 2) where z is 0. Contiguous float64 arrays are read where they are; lists,
+tuples, other kinds of numbers, and rings, polygons, paths and meshes of Shapely, matplotlib, trimesh and meshio are
+converted. What comes back are arrays over the library's own memory, float64 (N, 3), or small objects that hold some.
+Angles are in radians; lengths are in units of the input, and thresholds are absolute (mostly 1e-06): work in units in
+which a model measures about 1 or more.
+
+    >>> import korvale
+    >>> square = [(0, 0), (4, 0), (4, 4), (0, 4)]
+    >>> korvale.offset(square, 1).xy
+    array([[-1., -1.],
+           [ 5., -1.],
+           [ 5.,  5.],
+           [-1.,  5.]])
+
+The same calls give the same bits as in C++, on every machine; docs/math.md names the few that follow the C library.
+
+Arguments that cannot be used raise `korvale.Error`, a ValueError that names the function, the argument, what it must
+be, and what came. Calls of more than about 20 microseconds let other threads run; objects may be shared by threads,
+which then take turns, but one for each is quicker. Results, `Equations`, `Relaxer`, `RayGrid` and `Transform` can be
+copied, compared and pickled, so work spreads over processes:
+
+    with concurrent.futures.ProcessPoolExecutor() as executor:
+        borders = list(executor.map(functools.partial(korvale.offset, distance=1), outlines, chunksize=500))
+"""
 
 from ._arrays import bounds, gauss, join, mix, mix4, random, reverse, seed
 from ._equations import Equations, evaluate

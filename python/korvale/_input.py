@@ -135,8 +135,10 @@ def _is_outline(value: Any) -> bool:
     """Whether something is one outline rather than several."""
     if hasattr(value, "coords"):
         return True
-    if isinstance(value, numpy.ndarray) or hasattr(value, "__array__"):
-        return numpy.ndim(value) < 3 and numpy.asarray(value).dtype.kind != "O"
+    if hasattr(value, "__array__"):
+        given = numpy.asarray(value)
+        if given.ndim != 1 or given.dtype.kind != "O":
+            return given.ndim < 3
     for first in value:
         if hasattr(first, "coords") or isinstance(first, (str, bytes)):
             return False
@@ -170,6 +172,8 @@ def outline_or_shape(value: Any, function: str, argument: str) -> Any:
             raise refuse(function, argument, "be one outline or shape",
                          "it has several: take those that korvale.shapes gives singly")
         return shapes_of(outlines)[0]
+    if isinstance(value, memoryview):
+        value = numpy.asarray(value)
     if isinstance(value, (str, bytes)) or not (hasattr(value, "__array__") or hasattr(value, "coords")
                                                or isinstance(value, Iterable)):
         raise refuse(function, argument, "be an outline, (N, 2) or (N, 3), or a list of outlines",

@@ -10,6 +10,7 @@ using Doubles = py::array_t<double, py::array::c_style>;
 
 /// From so many numbers on each takes 20 microseconds or more.
 constexpr py::ssize_t kManyNumbers = 50000;
+constexpr py::ssize_t kManyDraws = 1000;
 
 /// A record over an array [n][...], which the library only reads, or writes without shaping it.
 DATAstruct record_of(const char* function, const py::array& array)
@@ -79,8 +80,10 @@ template <double (*Draw)()>
 py::array draws(py::ssize_t count)
 {
     Doubles out(count);
+    double* const to = out.mutable_data();
+    const Unlocked unlocked(count >= kManyDraws);
     for (py::ssize_t i = 0; i < count; ++i)
-        out.mutable_data()[i] = Draw();
+        to[i] = Draw();
     return out;
 }
 

@@ -17,6 +17,10 @@ using Doubles = py::array_t<double, py::array::c_style>;
 /// From so many rows on an evaluation is likely to take 20 microseconds or more.
 constexpr std::size_t kManyRows = 200;
 
+/// From so many equations on a pass takes 20 microseconds or more, and from so many rows on making a table.
+constexpr int kManyEquations = 100;
+constexpr int kManyDraws = 500;
+
 /// Python functions of one number of arguments that a system can have.
 constexpr std::size_t kMostFunctions = 64;
 
@@ -99,6 +103,7 @@ public:
     }
 
     Equations& equations() { return equations_; }
+    bool is_large() const { return equations_.size() >= kManyEquations; }
 
     int visit(visitproc visit, void* arg)
     {
@@ -301,14 +306,16 @@ void bind_equations(py::module_& m)
              })
         .def("evaluate_rows", &evaluate_rows)
         .def("evaluate_all",
-             [](System& self) { self.run("Equations.evaluate_all", false, [&](Equations& e) { e.evaluate_all(); }); })
+             [](System& self) {
+                 self.run("Equations.evaluate_all", self.is_large(), [&](Equations& e) { e.evaluate_all(); });
+             })
         .def("evaluate_all_rows", &evaluate_all_rows)
         .def("simplify",
-             [](System& self) { self.run("Equations.simplify", false, [&](Equations& e) { e.simplify(); }); })
+             [](System& self) { self.run("Equations.simplify", self.is_large(), [&](Equations& e) { e.simplify(); }); })
         .def("function", &System::add_function)
         .def("make_table",
              [](System& self, const std::string& name, int rows) {
-                 self.run("Equations.make_table", false, [&](Equations& e) { e.make_table(name, rows); });
+                 self.run("Equations.make_table", rows >= kManyDraws, [&](Equations& e) { e.make_table(name, rows); });
              })
         .def("set_table_position",
              [](System& self, double row) {

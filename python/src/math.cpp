@@ -9,8 +9,9 @@ namespace {
 
 using Doubles = py::array_t<double, py::array::c_style>;
 
-/// From so many rows on the cheapest functions take 20 microseconds or more.
+/// From so many rows on sums and products take 20 microseconds or more, and sines and their like.
 constexpr std::size_t kManyRows = 1000;
+constexpr std::size_t kManySines = 200;
 
 /// An argument, one row for each result or one for all.
 struct Rows {
@@ -47,13 +48,13 @@ auto matrix_at(double* first, std::size_t i)
 
 /// An array [n][tail...], each row written by `write(row number, row)`.
 template <class Writer>
-py::array made(std::size_t n, std::vector<py::ssize_t> tail, Writer write)
+py::array made(std::size_t n, std::vector<py::ssize_t> tail, Writer write, std::size_t many = kManyRows)
 {
     tail.insert(tail.begin(), static_cast<py::ssize_t>(n));
     Doubles out(std::move(tail));
     double* const data = out.mutable_data();
     const std::size_t width = n == 0 ? 0 : static_cast<std::size_t>(out.size()) / n;
-    const Unlocked unlocked(n >= kManyRows);
+    const Unlocked unlocked(n >= many);
     for (std::size_t i = 0; i < n; ++i)
         write(i, data + i * width);
     return out;
@@ -74,7 +75,8 @@ py::array cross_of(const Doubles& a, const Doubles& b)
 py::array angle_of(const Doubles& a, const Doubles& b)
 {
     const Rows x("a", a), y("b", b);
-    return made(common_count("angle", {x, y}), {}, [&](auto i, double* out) { *out = angle(x[i], y[i]); });
+    return made(
+        common_count("angle", {x, y}), {}, [&](auto i, double* out) { *out = angle(x[i], y[i]); }, kManySines);
 }
 
 py::array norm_of(const Doubles& a)
@@ -99,15 +101,17 @@ template <void (*Make)(double*, double (*)[4])>
 py::array matrices_of(const Doubles& a)
 {
     const Rows x("values", a);
-    return made(x.count, {4, 4}, [&](auto i, double* out) { Make(x[i], matrix_at(out, 0)); });
+    return made(
+        x.count, {4, 4}, [&](auto i, double* out) { Make(x[i], matrix_at(out, 0)); }, kManySines);
 }
 
 template <void (*Make)(double*, double*, double*, double (*)[4])>
 py::array from_srt(const Doubles& scale, const Doubles& rotation, const Doubles& translation)
 {
     const Rows s("scale", scale), r("rotation", rotation), t("translation", translation);
-    return made(common_count("Transform", {s, r, t}), {4, 4},
-                [&](auto i, double* out) { Make(s[i], r[i], t[i], matrix_at(out, 0)); });
+    return made(
+        common_count("Transform", {s, r, t}), {4, 4},
+        [&](auto i, double* out) { Make(s[i], r[i], t[i], matrix_at(out, 0)); }, kManySines);
 }
 
 py::tuple take_apart(const Doubles& matrices)
@@ -116,8 +120,11 @@ py::tuple take_apart(const Doubles& matrices)
     const auto n = static_cast<py::ssize_t>(m.count);
     Doubles scale({n, py::ssize_t{3}}), rotation({n, py::ssize_t{3}}), translation({n, py::ssize_t{3}});
     double *const s = scale.mutable_data(), *const r = rotation.mutable_data(), *const t = translation.mutable_data();
-    for (std::size_t i = 0; i < m.count; ++i)
-        Transform2SRT(m.matrix(i), s + 3 * i, r + 3 * i, t + 3 * i);
+    {
+        const Unlocked unlocked(m.count >= kManySines);
+        for (std::size_t i = 0; i < m.count; ++i)
+            Transform2SRT(m.matrix(i), s + 3 * i, r + 3 * i, t + 3 * i);
+    }
     return py::make_tuple(scale, rotation, translation);
 }
 
@@ -228,8 +235,10 @@ py::array boxes_meet(const Doubles& a, const Doubles& b)
     const Rows x("a", a), y("b", b);
     const std::size_t n = common_count("boxes_meet", {x, y});
     py::array_t<bool> out(static_cast<py::ssize_t>(n));
+    bool* const to = out.mutable_data();
+    const Unlocked unlocked(n >= kManyRows);
     for (std::size_t i = 0; i < n; ++i)
-        out.mutable_data()[i] = bbox_intersect(x[i], y[i]);
+        to[i] = bbox_intersect(x[i], y[i]);
     return out;
 }
 

@@ -9,9 +9,12 @@ namespace {
 using Doubles = py::array_t<double, py::array::c_style>;
 using Ints = py::array_t<std::int32_t, py::array::c_style>;
 
-/// From so many rays on a cast is likely to take 20 microseconds or more; through many triangles a single one may.
-constexpr std::size_t kManyRays = 32;
-constexpr std::size_t kManyTriangles = 20000;
+/// From so many rays on a cast may take 20 microseconds or more; through so many triangles a single one may.
+constexpr std::size_t kManyRays = 4;
+constexpr std::size_t kManyTriangles = 500;
+
+/// From so many corners on gathering them takes 20 microseconds or more.
+constexpr py::ssize_t kManyCorners = 3000;
 
 std::optional<GridSize> size_of(const py::object& cells)
 {
@@ -58,6 +61,7 @@ py::array gathered(const Doubles& vertices, const Ints& triangles)
     const double* const from = vertices.data();
     const std::int32_t* const number = triangles.data();
     const py::ssize_t n = triangles.size(), count = vertices.shape(0);
+    const Unlocked unlocked(n >= kManyCorners);
     for (py::ssize_t i = 0; i < n; ++i) {
         if (number[i] < 0 || number[i] >= count)
             throw Error("RayGrid", "triangles", "name vertices", "corner " + detail::text_of(i) + " does not");
@@ -70,14 +74,17 @@ py::array gathered(const Doubles& vertices, const Ints& triangles)
 py::tuple fans_of(const Ints& sizes, const Ints& corners)
 {
     std::vector<std::int32_t> triangles, faces;
-    const std::int32_t* at = corners.data();
-    for (std::int32_t f = 0; f < sizes.size(); ++f) {
-        const std::int32_t n = sizes.data()[f];
-        for (std::int32_t k = 2; k < n; ++k) {
-            triangles.insert(triangles.end(), {at[0], at[k - 1], at[k]});
-            faces.push_back(f);
+    {
+        const Unlocked unlocked(corners.size() >= kManyCorners);
+        const std::int32_t* at = corners.data();
+        for (std::int32_t f = 0; f < sizes.size(); ++f) {
+            const std::int32_t n = sizes.data()[f];
+            for (std::int32_t k = 2; k < n; ++k) {
+                triangles.insert(triangles.end(), {at[0], at[k - 1], at[k]});
+                faces.push_back(f);
+            }
+            at += n;
         }
-        at += n;
     }
     return py::make_tuple(Ints({static_cast<py::ssize_t>(faces.size()), py::ssize_t{3}}, triangles.data()),
                           Ints(static_cast<py::ssize_t>(faces.size()), faces.data()));
