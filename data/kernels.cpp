@@ -111,6 +111,8 @@ template <class V>
 constexpr int kGroup = kVectors* width_of<V>;
 /// Values from which on lanes are quicker.
 constexpr int64_t kManyPointValues = 72, kManyBoundValues = 144;
+/// Wider elements fill lanes of their own, where there are so many.
+constexpr int64_t kNarrow = 4, kManyWideElements = 4;
 
 /// Takes whole groups of values into bounds that start in lanes. Returns how many values were taken.
 template <class V>
@@ -173,6 +175,63 @@ KORVALE_OVER_LANES int64_t bound_elements_by(const double* values, int64_t n, in
     widen_bounds(lows, kGroup<V>, dim, least, greatest);
     widen_bounds(highs, kGroup<V>, dim, least, greatest);
     return taken;
+}
+
+/// Widens the bounds by n values, which are whole elements; of each element the first `width` components, which fill
+/// more than N - 1 vectors of lanes and no more than N. The last vector ends with them, so it may take some of the one
+/// before once more, which changes nothing.
+template <class V, int N>
+KORVALE_OVER_LANES void widen_columns(const double* values, int64_t n, int64_t dim, int64_t width, double* least,
+                                      double* greatest)
+{
+    const int64_t last = width - width_of<V>;
+    V low[N], high[N];
+#pragma GCC unroll 6
+    for (int q = 0; q < N; ++q) {
+        low[q] = load<V>(least + (q < N - 1 ? width_of<V> * q : last));
+        high[q] = load<V>(greatest + (q < N - 1 ? width_of<V> * q : last));
+    }
+    for (int64_t j = 0; j < n; j += dim) {
+#pragma GCC unroll 6 // so that all stay in registers
+        for (int q = 0; q < N; ++q) {
+            const V value = load<V>(values + j + (q < N - 1 ? width_of<V> * q : last));
+            low[q] = lesser(value, low[q]);
+            high[q] = greater(value, high[q]);
+        }
+    }
+#pragma GCC unroll 6
+    for (int q = 0; q < N; ++q) {
+        store(least + (q < N - 1 ? width_of<V> * q : last), low[q]);
+        store(greatest + (q < N - 1 ? width_of<V> * q : last), high[q]);
+    }
+}
+
+/// The same for elements of any dim that fills a vector, as many columns at a time as registers hold.
+template <class V>
+KORVALE_OVER_LANES void widen_all_columns(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
+{
+    constexpr int64_t kWidest = 4 * width_of<V>;
+    for (int64_t k = 0, width; k < dim; k += width) {
+        width = std::min(dim - k, kWidest);
+        if (width < width_of<V>) {
+            width = width_of<V>;
+            k = dim - width;
+        }
+        if (width <= width_of<V>)
+            widen_columns<V, 1>(values + k, n, dim, width, least + k, greatest + k);
+        else if (width <= 2 * width_of<V>)
+            widen_columns<V, 2>(values + k, n, dim, width, least + k, greatest + k);
+        else if (width <= 3 * width_of<V>)
+            widen_columns<V, 3>(values + k, n, dim, width, least + k, greatest + k);
+        else
+            widen_columns<V, 4>(values + k, n, dim, width, least + k, greatest + k);
+    }
+}
+
+KORVALE_FOUR_LANES void widen_columns_by_quads(const double* values, int64_t n, int64_t dim, double* least,
+                                               double* greatest)
+{
+    widen_all_columns<Quad>(values, n, dim, least, greatest);
 }
 
 template <class V>
@@ -300,6 +359,9 @@ void find_bounds_of_many(const double* values, int64_t count, int64_t dim, doubl
     const int64_t n = count * dim;
     if (!is_apart(values, n, box, 2 * dim))
         return widen_bounds(values + dim, n - dim, dim, least, greatest);
+    if (dim > kNarrow && count >= kManyWideElements && (n < kManyBoundValues || kGroup<Quad> % dim != 0))
+        return widest([&] { widen_columns_by_quads(values + dim, n - dim, dim, least, greatest); },
+                      [&] { widen_all_columns<Pair>(values + dim, n - dim, dim, least, greatest); });
     int64_t taken = dim;
     if (n >= (dim == 3 ? kManyPointValues : kManyBoundValues)) {
         taken = widest([&] { return bound_by_quads(values, n, dim, least, greatest); },

@@ -76,6 +76,15 @@ void bounds(benchmark::State& state)
 #endif
 }
 
+/// Elements wider than points; triangles have 9 components.
+void wide_bounds(benchmark::State& state)
+{
+    const auto dim = static_cast<int>(state.range(1));
+    Doubles from(state.range(0), dim, 1), box(2, dim, 2);
+    Race race(state, [&] { DATABBox(&from.record, &box.record); });
+    race.against("plain", [&] { reference::bbox(&from.record, &box.record); });
+}
+
 void mix(benchmark::State& state)
 {
     Doubles a(state.range(0), 3, 1), b(state.range(0), 3, 2), to(state.range(0), 3, 3);
@@ -151,6 +160,7 @@ void append(benchmark::State& state)
 
 BENCHMARK(transform)->KORVALE_SIZES;
 BENCHMARK(bounds)->KORVALE_SIZES;
+BENCHMARK(wide_bounds)->ArgsProduct({{1, 2, 4, 16, 100, 1000}, {5, 9, 13}});
 BENCHMARK(mix)->KORVALE_SIZES;
 BENCHMARK(mix_four)->KORVALE_SIZES;
 BENCHMARK(reverse)->KORVALE_SIZES;

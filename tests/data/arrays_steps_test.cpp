@@ -201,7 +201,7 @@ TYPED_TEST(ArraySteps, AreTakenForBoundsOfAnyValues)
 {
     Random random(12);
     for (int round = 0; round < rounds(600); ++round) {
-        const int dim = random.one_in(2) ? 3 : random.between(1, 13);
+        const int dim = random.one_in(2) ? 3 : random.between(1, 40);
         const int count = random.one_in(2) ? random.between(1, 20) : random.between(1, 700);
         std::vector<double> values = random.awkwards(static_cast<int64_t>(count) * dim);
         const int flavour = random.below(3);
