@@ -46,14 +46,18 @@ Threads and Python functions
 ``Border`` keeps its work arrays allocated at every call, as documented; prefer ``BORDER_BORDER`` in loops.
 """
 
+from __future__ import annotations
+
 from typing import Any, Protocol
 
-from numpy.typing import NDArray
 import numpy as np
+from numpy.typing import NDArray
 
-import korvale._raw as _raw
-from korvale._raw import *  # noqa: F403
-from korvale._raw import __all__ as _names
+from . import _raw
+from ._raw import *
+
+__all__ = ["I3DVertexAccessor", "I3DVertexCollection"]
+__all__ += _raw.__all__
 
 
 class I3DVertexAccessor(Protocol):
@@ -68,7 +72,7 @@ class I3DVertexAccessor(Protocol):
     def ReadPositions(self, number: int) -> Any:
         """``number`` positions [number][3] from the current vertex on."""
 
-    def WritePositions(self, number: int, positions: NDArray[np.float64]) -> "int | None":
+    def WritePositions(self, number: int, positions: NDArray[np.float64]) -> int | None:
         """Takes positions [number][3] from the current vertex on. Returns how many it took; None is all."""
 
     def ReadNormals(self, number: int) -> Any:
@@ -81,8 +85,5 @@ class I3DVertexCollection(Protocol):
     def GetVertexCount(self) -> int:
         """The number of vertices."""
 
-    def GetAccessor(self, zero: int) -> "I3DVertexAccessor | None":
+    def GetAccessor(self, zero: int) -> I3DVertexAccessor | None:
         """An accessor; ``zero`` is always 0."""
-
-
-__all__ = [*_names, "I3DVertexAccessor", "I3DVertexCollection"]
