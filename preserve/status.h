@@ -100,8 +100,8 @@ KORVALE_API int PreserveSetMass(PreserveStatus* status, DATAstruct* masses);
 ///
 /// A weight of 0.0 or below changes nothing and returns 1; a NaN weight is taken. `which` = 0 returns 1 as well.
 ///
-/// Returns 1, or -1 when the measure cannot be taken (see `PreserveInitOlen` and its like): the term stays off, its
-/// weight is stored.
+/// Returns 1, or -1 when the measure cannot be taken (see `PreserveInitOlen` and its like): the term is off then, also
+/// where it was on, and its weight is stored.
 ///
 /// Deliberate: a `which` that is not one of the four bits returns -1 and yet leaves its bits in `flags`. A term
 /// switched on in this way whose arrays were never made is skipped by the evaluation.

@@ -200,6 +200,19 @@ TEST(BORDER_BORDER, ADistanceThatIsNotFiniteFailsWithoutTouchingTheOutput)
     }
 }
 
+TEST(BORDER_BORDER, ADistanceThatIsNotFiniteMakesNoOutput)
+{
+    for (const double distance : kNotFinite) {
+        OwnedBORDERStatus status(kUnitSquare);
+        release(status->output);
+        status->output = nullptr;
+        status->distance = distance;
+        EXPECT_EQ(BORDER_BORDER(status), -1);
+        EXPECT_EQ(status->output, nullptr);
+        EXPECT_EQ(status->flat->count, -1);
+    }
+}
+
 TEST(Border, AHeightThatIsNotFiniteIsNotLookedAt)
 {
     OwnedBorderStatus status(kUnitSquare);

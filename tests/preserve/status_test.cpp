@@ -184,6 +184,21 @@ TEST(PreservePreserve, PointsWithoutABufferCannotBeMeasured)
     EXPECT_EQ(solver->flags, 0);
 }
 
+TEST(PreservePreserve, ATermThatCanNoLongerBeMeasuredIsSwitchedOff)
+{
+    Solver solver(tetrahedron());
+    ASSERT_TRUE(switch_on(solver, kAllTerms));
+    DATAstruct no_buffer = wrapped<DATAstruct>(nullptr, 4, 3);
+    ASSERT_EQ(PreserveReInitialize(solver, &no_buffer), 1);
+    EXPECT_EQ(solver->flags, kAllTerms);
+    for (int slot = 0, left = kAllTerms; slot < 4; ++slot) {
+        EXPECT_EQ(PreservePreserve(solver, 1 << slot, 7.0), -1);
+        left &= ~(1 << slot);
+        EXPECT_EQ(solver->flags, left);
+        EXPECT_TRUE(same_bits(7.0, solver->weights[slot]));
+    }
+}
+
 TEST(PreservePreserve, ASecondCallMeasuresAgainInTheSameArrays)
 {
     NEEDS_HEAP_COUNTS();
