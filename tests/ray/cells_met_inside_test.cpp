@@ -113,6 +113,25 @@ TEST(CellsMetSteps, AreThoseWithAFaceThatTheRayMeets)
     EXPECT_GT(cells_met, 5000);
 }
 
+TEST(CellsMet, AreFoundOnAllPlanesThatCoincide)
+{
+    // Three quarters of the last place below 1 are a step up to 1 and none beyond: the last three planes are one.
+    constexpr double kPlace = 0x1p-53;
+    Record record({1 - 6 * kPlace, 0, 0, 1, 1, 1}, 8, 1, 1);
+    const Cells cells = record.cells();
+    for (int c = 0; c < 8; ++c)
+        record.fill(c);
+    for (int i = 0; i <= 8; ++i)
+        ASSERT_EQ(cells.grid->axes[0].planes[i], 1 - std::max(6 - i, 0) * kPlace);
+    const std::vector<int> touching = {5, 6, 7};
+    for (const Ray& ray : {Ray{{1, 0.5, 0.5}, {1, 0, 0}}, Ray{{1, 0.5, 0.5}, {-1, 0, 0}}, Ray{{1, -1, 0.5}, {0, 1, 0}},
+                           Ray{{1, 2, 0.5}, {0, -1, 0}}, Ray{{1, 0.5, 2}, {0, 0, -1}}}) {
+        const std::vector<int> expected = met_one_by_one(record, ray);
+        EXPECT_EQ(found(record, ray), expected);
+        EXPECT_TRUE(std::includes(expected.begin(), expected.end(), touching.begin(), touching.end()));
+    }
+}
+
 TEST(CellsMet, AreNotFoundInAnEmptiedCell)
 {
     Record record({0, 0, 0, 1, 1, 4}, 1, 1, 4);

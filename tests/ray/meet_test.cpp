@@ -319,6 +319,12 @@ TEST(z_intersect, FindsTheHeightWithin)
     EXPECT_EQ(m.z, 0.5 * 4 + 0.25 * 8 + 0.25 * 16);
 }
 
+TEST(z_intersect, AddsTheThirdHeightLast)
+{
+    // 0.25 (-4e16 - 1) + 0.5 (2e16 - 1) + 1: the two large terms cancel first.
+    EXPECT_EQ(meet({0.25, 0.25, 0}, corner(2e16, -4e16, 1)).z, 1.0);
+}
+
 TEST(z_intersect, TakesEitherSenseOfRotation)
 {
     EXPECT_EQ(meet({0.25, 0.25, 0}, {0, 0, 1, 0, 1, 1, 1, 0, 1}).met, 1);
