@@ -287,6 +287,35 @@ TEST(PreserveSteps, MoveThePointsAlike)
     });
 }
 
+/// Changes weights and references as a host may.
+void edit(PreserveStatus& s, uint64_t seed)
+{
+    Random random(seed);
+    const auto change = [&random](double& value) {
+        if (random.one_in(4))
+            value = random.one_in(2) ? random.awkward() : random.uniform(-2, 2);
+    };
+    for (double& weight : s.weights)
+        change(weight);
+    change(s.ovolume);
+    change(s.oarea);
+    for (DATAstruct* d : {s.olen, s.ofang})
+        if (d != nullptr && d->count > 0)
+            change(d->dvals[random.below(d->count)]);
+}
+
+TEST(PreserveSteps, MoveThePointsAlikeTowardsEditedReferences)
+{
+    compare(60, 4610, [](Pair& pair, Random& random) {
+        const uint64_t seed = random.bits();
+        edit(*pair.plain.get(), seed);
+        edit(*pair.library.get(), seed);
+        const int steps = random.between(1, 3);
+        reference::compute(*pair.plain.get(), *pair.plain.moved(), steps);
+        EXPECT_EQ(PreserveCompute(pair.library, pair.library.moved(), steps), 1);
+    });
+}
+
 TEST(PreserveSteps, MoveALargeMeshAlike)
 {
     Random random(4607);

@@ -164,6 +164,16 @@ TEST(EditedCells, AreReleasedWithTheOthers)
         ray_classify(s);
         EXPECT_EQ(hits_upwards(s), 9);
     }
+    for (const bool again : {true, false}) { // more than enough cells emptied to know them by
+        Scene s(levels(9), 1, 1, 16);
+        for (int c = 0; c < 12; ++c)
+            DataListDispose(&s->cells[c]);
+        if (again) {
+            ray_classify(s);
+            EXPECT_EQ(hits_upwards(s), 9);
+        }
+        s->nz = 3;
+    }
     {
         Scene s = four_layers();
         DataListDispose(&s->cells[0]);
