@@ -1,0 +1,78 @@
+"""The pages for Python: every block of code runs, prints what the page says and draws the picture that is stored.
+
+With KORVALE_PICTURES=1 pictures are stored anew instead of compared.
+"""
+
+import contextlib
+import io
+import os
+import pathlib
+import shutil
+import tempfile
+import unittest
+
+import matplotlib
+
+matplotlib.use("Agg")
+
+import matplotlib.image
+import matplotlib.pyplot
+
+SOURCES = pathlib.Path(__file__).resolve().parent.parent.parent
+PICTURES = SOURCES / "docs/images"
+RENEW = os.environ.get("KORVALE_PICTURES")
+
+
+def blocks(page):
+    """The blocks of a page in order: language, first line, text."""
+    inside = None
+    for number, line in enumerate(page.read_text().split("\n"), 1):
+        if inside is None and line.startswith("```"):
+            inside = (line[3:], number, [])
+        elif inside is not None and line == "```":
+            yield inside[0], inside[1], "\n".join(inside[2]) + "\n"
+            inside = None
+        elif inside is not None:
+            inside[2].append(line)
+
+
+class PagesTest(unittest.TestCase):
+    def run_page(self, name):
+        """Runs a page from a folder that has the examples' data and a place for pictures."""
+        page, printed, names = SOURCES / "docs" / name, "", {"__name__": "__main__"}
+        matplotlib.rcdefaults()
+        with tempfile.TemporaryDirectory() as folder, contextlib.chdir(folder):
+            os.makedirs("images")
+            os.symlink(SOURCES / "examples", "examples")
+            for language, line, text in blocks(page):
+                if language == "text":
+                    self.assertEqual(printed, text, f"{name}:{line}")
+                if language != "python":
+                    continue
+                output = io.StringIO()
+                with contextlib.redirect_stdout(output):
+                    exec(compile("\n" * line + text, str(page), "exec"), names)
+                printed = output.getvalue()
+            matplotlib.pyplot.close("all")
+            self.compare([pathlib.Path("images") / file for file in sorted(os.listdir("images"))], page)
+
+    def compare(self, drawn, page):
+        for file in drawn:
+            with self.subTest(file.name):
+                self.assertIn(f"(images/{file.name})", page.read_text())
+                if RENEW:
+                    shutil.copy(file, PICTURES)
+                stored = matplotlib.image.imread(PICTURES / file.name)
+                picture = matplotlib.image.imread(file)
+                self.assertEqual(picture.shape, stored.shape)
+                self.assertEqual(abs(picture - stored).max(), 0)
+
+    def test_the_tutorial(self):
+        self.run_page("python.md")
+
+    def test_the_page_for_those_who_come_from_elsewhere(self):
+        self.run_page("python-from.md")
+
+
+if __name__ == "__main__":
+    unittest.main()
