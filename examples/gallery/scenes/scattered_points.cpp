@@ -129,7 +129,7 @@ Scene scattered_points()
 {
     return {"Scattered points",
             "Points are scattered over triangles evenly by area and carry the values of the corners. The same seed "
-            "gives the same points on every machine.",
+            "gives the same points on every machine, as long as no other thread draws meanwhile.",
             draw, "scattered_points.cpp", "arrays.md"};
 }
 
