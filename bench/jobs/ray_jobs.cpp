@@ -105,6 +105,12 @@ Work classify(int side)
     };
 }
 
+/// The same triangles in a grid that is there already.
+Work classify_again(int side)
+{
+    return [grid = std::make_shared<Grid>(1000, side)] { ray_classify(&grid->status); };
+}
+
 Work classify_growing(int n)
 {
     return [grid = std::make_shared<Grid>(n, 16)] {
@@ -192,6 +198,7 @@ std::vector<Job> ray_jobs()
     std::vector<Job> jobs = {
         {"ray.thousand_queries", sizes, cast, 1.0, 16000},
         {"ray.build_on_1k_triangles", {4, 16, 64}, classify<1000>},
+        {"ray.build_again_on_1k_triangles", {16, 64}, classify_again},
         {"ray.build_on_250k_triangles", {16, 64}, classify<250000>},
         {"ray.build_16_cells", {16000}, classify_growing, 1.05, 16000},
     };
