@@ -1,7 +1,10 @@
 #include "plot.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+
+#include "svg.h"
 
 namespace gallery {
 namespace {
@@ -18,6 +21,44 @@ double round_step(double range, int most)
     return 10 * power;
 }
 
+class PictureCanvas : public Canvas {
+public:
+    PictureCanvas(Picture& picture, const Font& font) : picture_(picture), font_(font) {}
+    void fill(const Shape& shape, Colour colour, double opacity) override { picture_.fill(shape, colour, opacity); }
+    void stroke(const Outline& line, double width, Colour colour, bool closed) override
+    {
+        picture_.stroke(line, width, colour, closed);
+    }
+    void dot(Point middle, double radius, Colour colour) override { picture_.dot(middle, radius, colour); }
+    void text(Point at, double size, const std::string& text, Colour colour, Align align) override
+    {
+        draw_text(picture_, font_, at, size, text, colour, align);
+    }
+
+private:
+    Picture& picture_;
+    const Font& font_;
+};
+
+class SvgCanvas : public Canvas {
+public:
+    explicit SvgCanvas(Svg& drawing) : drawing_(drawing) {}
+    void fill(const Shape& shape, Colour colour, double opacity) override { drawing_.fill(shape, colour, opacity); }
+    void stroke(const Outline& line, double width, Colour colour, bool closed) override
+    {
+        drawing_.stroke(line, width, colour, closed);
+    }
+    void dot(Point middle, double radius, Colour colour) override { drawing_.dot(middle, radius, colour); }
+    void text(Point at, double size, const std::string& text, Colour colour, Align align) override
+    {
+        const char* const anchors[] = {"start", "middle", "end"};
+        drawing_.text(at, size, text, colour, anchors[int(align)]);
+    }
+
+private:
+    Svg& drawing_;
+};
+
 } // namespace
 
 std::string number_text(double v)
@@ -28,34 +69,69 @@ std::string number_text(double v)
 }
 
 Plot::Plot(Picture& picture, const Font& font, Point corner, Point size, const Box2& range)
-    : picture_(picture), font_(font), corner_(corner), size_(size), range_(range)
+    : canvas_(std::make_shared<PictureCanvas>(picture, font)), corner_(corner), size_(size), range_(range)
 {
+}
+
+Plot::Plot(Svg& drawing, Point corner, Point size, const Box2& range, Scale scale)
+    : canvas_(std::make_shared<SvgCanvas>(drawing)), corner_(corner), size_(size), range_(range), scale_(scale)
+{
+}
+
+double Plot::scaled(double v) const
+{
+    return scale_ == Scale::ratios ? std::log10(v) : v;
 }
 
 Point Plot::place(Point p) const
 {
-    return {corner_.x + size_.x * (p.x - range_.low.x) / range_.size().x,
-            corner_.y + size_.y * (range_.high.y - p.y) / range_.size().y};
+    const auto share = [this](double v, double low, double high) {
+        return (scaled(v) - scaled(low)) / (scaled(high) - scaled(low));
+    };
+    return {corner_.x + size_.x * share(p.x, range_.low.x, range_.high.x),
+            corner_.y + size_.y * (1 - share(p.y, range_.low.y, range_.high.y))};
 }
 
-void Plot::axes(const std::string& title, const std::string& x_label)
+bool Plot::is_inside(Point p) const
+{
+    return p.y >= range_.low.y && p.y <= range_.high.y && p.x >= range_.low.x && p.x <= range_.high.x;
+}
+
+// Where lines stand that are some `pixels` apart.
+std::vector<double> Plot::round_numbers(double low, double high, double pixels) const
+{
+    std::vector<double> numbers;
+    if (scale_ == Scale::ratios) {
+        const bool is_short = high < 50 * low;
+        for (double power = std::floor(std::log10(low)); power <= std::log10(high); power++)
+            for (double factor : {1.0, 2.0, 5.0})
+                if (const double v = factor * std::pow(10, power); v >= low && v <= high && (is_short || factor == 1.0))
+                    numbers.push_back(v);
+        return numbers;
+    }
+    const double step = round_step(high - low, std::max(2, int(pixels)));
+    for (double i = std::ceil(low / step - 1e-9); i * step <= high + 1e-9 * step; i++)
+        numbers.push_back(i * step);
+    return numbers;
+}
+
+void Plot::axes(const std::string& title, const std::string& x_label, std::string (*x_text)(double),
+                std::string (*y_text)(double))
 {
     const Point end = corner_ + size_;
-    const double dx = round_step(range_.size().x, std::max(2, int(size_.x / 80)));
-    const double dy = round_step(range_.size().y, std::max(2, int(size_.y / 45)));
-    for (double i = std::ceil(range_.low.x / dx - 1e-9); i * dx <= range_.high.x + 1e-9 * dx; i++) {
-        const double x = place({i * dx, 0}).x;
-        picture_.stroke({{x, corner_.y}, {x, end.y}}, 1, kFaint);
-        draw_text(picture_, font_, {x, end.y + 20}, kLetters, number_text(i * dx), kGrey, Align::middle);
+    for (double v : round_numbers(range_.low.x, range_.high.x, size_.x / 80)) {
+        const double x = place({v, range_.low.y}).x;
+        canvas_->stroke({{x, corner_.y}, {x, end.y}}, 1, kFaint, false);
+        canvas_->text({x, end.y + 20}, kLetters, x_text(v), kGrey, Align::middle);
     }
-    for (double i = std::ceil(range_.low.y / dy - 1e-9); i * dy <= range_.high.y + 1e-9 * dy; i++) {
-        const double y = place({0, i * dy}).y;
-        picture_.stroke({{corner_.x, y}, {end.x, y}}, 1, kFaint);
-        draw_text(picture_, font_, {corner_.x - 8, y + 5}, kLetters, number_text(i * dy), kGrey, Align::right);
+    for (double v : round_numbers(range_.low.y, range_.high.y, size_.y / 45)) {
+        const double y = place({range_.low.x, v}).y;
+        canvas_->stroke({{corner_.x, y}, {end.x, y}}, 1, kFaint, false);
+        canvas_->text({corner_.x - 8, y + 5}, kLetters, y_text(v), kGrey, Align::right);
     }
-    picture_.stroke({corner_, {end.x, corner_.y}, end, {corner_.x, end.y}}, 1.2, kGrey, true);
-    draw_text(picture_, font_, {corner_.x, corner_.y - 12}, kLetters + 2, title);
-    draw_text(picture_, font_, {end.x, end.y + 42}, kLetters, x_label, kGrey, Align::right);
+    canvas_->stroke({corner_, {end.x, corner_.y}, end, {corner_.x, end.y}}, 1.2, kGrey, true);
+    canvas_->text({corner_.x, corner_.y - 12}, kLetters + 2, title, kInk, Align::left);
+    canvas_->text({end.x, end.y + 42}, kLetters, x_label, kGrey, Align::right);
 }
 
 void Plot::curve(const std::vector<Point>& points, Colour colour, double width)
@@ -63,11 +139,11 @@ void Plot::curve(const std::vector<Point>& points, Colour colour, double width)
     Outline line; // cut where it leaves the rectangle or is no number
     const auto draw = [&] {
         if (line.size() >= 2)
-            picture_.stroke(line, width, colour);
+            canvas_->stroke(line, width, colour, false);
         line.clear();
     };
     for (Point p : points) {
-        if (p.y >= range_.low.y && p.y <= range_.high.y && p.x >= range_.low.x && p.x <= range_.high.x)
+        if (is_inside(p))
             line.push_back(place(p));
         else
             draw();
@@ -78,13 +154,13 @@ void Plot::curve(const std::vector<Point>& points, Colour colour, double width)
 void Plot::dots(const std::vector<Point>& points, double radius, Colour colour)
 {
     for (Point p : points)
-        picture_.dot(place(p), radius, colour);
+        canvas_->dot(place(p), radius, colour);
 }
 
 void Plot::bar(double from, double to, double height, Colour colour, double opacity)
 {
     const Point a = place({from, std::max(0.0, range_.low.y)}), b = place({to, height});
-    picture_.fill({{a, {b.x, a.y}, b, {a.x, b.y}}}, colour, opacity);
+    canvas_->fill({{a, {b.x, a.y}, b, {a.x, b.y}}}, colour, opacity);
 }
 
 } // namespace gallery
