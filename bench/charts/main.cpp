@@ -1,0 +1,135 @@
+// usage: charts MEASURED FOLDER
+// Draws the times of the main jobs over their size, beside an earlier library and the peers, into FOLDER. MEASURED is
+// bench/measured.txt.
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "plot.h"
+#include "svg.h"
+
+namespace {
+
+using namespace gallery;
+
+using Curve = std::vector<Point>; // size, nanoseconds
+
+/// The curves of a job by who did it, as the file names them.
+using Job = std::map<std::string, Curve>;
+
+std::map<std::string, Job> read_measured(const char* file)
+{
+    std::map<std::string, Job> jobs;
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);) {
+        std::istringstream words(line);
+        std::string job, who;
+        double size, time;
+        if (line[0] != '#' && words >> job >> size >> who >> time)
+            jobs[job][who].push_back({size, time});
+    }
+    return jobs;
+}
+
+struct Who {
+    const char* name;
+    const char* label;
+    Colour colour;
+};
+
+const std::string kOwn = "own";
+
+const Who kWho[] = {{"Clipper", "Clipper", kOrange}, {"GEOS", "GEOS", kGreen},   {"CGAL", "CGAL", kRed},
+                    {"Embree", "Embree", kOrange},   {"Eigen", "Eigen", kGreen}, {"baseline", "e283db8", kGrey},
+                    {"own", "korvale", kBlue}};
+
+struct Panel {
+    const char* job;
+    const char* title;
+    const char* x_label;
+};
+
+std::string count_text(double count)
+{
+    if (count < 1e4)
+        return number_text(count);
+    return count < 1e6 ? number_text(count / 1e3) + "k" : number_text(count / 1e6) + "M";
+}
+
+std::string time_text(double nanoseconds)
+{
+    const char* const units[] = {" ns", " us", " ms", " s"};
+    int unit = 0;
+    for (; nanoseconds >= 999 && unit < 3; ++unit)
+        nanoseconds /= 1000;
+    return number_text(nanoseconds) + units[unit];
+}
+
+/// The curves of a panel below its names, in a rectangle of the drawing.
+void draw_panel(Svg& drawing, const Panel& panel, const Job& job, Point corner, Point size)
+{
+    Box2 range = {{1e300, 1e300}, {0, 0}};
+    for (const auto& [who, curve] : job)
+        for (const Point p : curve) {
+            range.low = {std::min(range.low.x, p.x), std::min(range.low.y, p.y)};
+            range.high = {std::max(range.high.x, p.x), std::max(range.high.y, p.y)};
+        }
+    range = {{range.low.x / 1.3, range.low.y / 2}, {range.high.x * 1.3, range.high.y * 2}};
+    Plot plot(drawing, corner, size, range, Scale::ratios);
+    plot.axes(panel.title, panel.x_label, count_text, time_text);
+    double x = corner.x;
+    for (const Who& who : kWho) { // the library itself last, on top of the others
+        const auto found = job.find(who.name);
+        if (found == job.end())
+            continue;
+        const bool is_own = who.name == kOwn;
+        plot.curve(found->second, who.colour, is_own ? 3.5 : 2);
+        plot.dots(found->second, is_own ? 4 : 3, who.colour);
+        drawing.dot({x + 6, corner.y - 38}, 5, who.colour);
+        drawing.text({x + 15, corner.y - 33}, 15, who.label, who.colour);
+        x += 30 + 8.2 * double(std::string(who.label).size());
+    }
+}
+
+/// Panels side by side in a file of their own.
+bool draw(const std::map<std::string, Job>& jobs, const std::string& file, const std::vector<Panel>& panels)
+{
+    constexpr int kPanelWidth = 400, kHeight = 420;
+    Svg drawing(kPanelWidth * int(panels.size()), kHeight);
+    for (size_t i = 0; i < panels.size(); ++i) {
+        const auto job = jobs.find(panels[i].job);
+        if (job == jobs.end()) {
+            std::fprintf(stderr, "charts: %s was not measured\n", panels[i].job);
+            return false;
+        }
+        draw_panel(drawing, panels[i], job->second, {kPanelWidth * double(i) + 75, 70}, {300, 290});
+    }
+    std::ofstream out(file);
+    out << drawing.content();
+    return out.good();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: charts MEASURED FOLDER\n");
+        return 2;
+    }
+    const auto jobs = read_measured(argv[1]);
+    const std::string folder = argv[2];
+    const bool drawn = draw(jobs, folder + "/speed-borders.svg",
+                            {{"border.no_event", "A wave, nothing meets", "points"},
+                             {"border.many_events", "A wave far inwards", "points"},
+                             {"border.comb_inwards", "A comb inwards", "points"}}) &&
+                       draw(jobs, folder + "/speed-rays-arrays.svg",
+                            {{"ray.thousand_queries", "1,000 rays, all hits", "triangles"},
+                             {"array.transform", "Points through a matrix", "points"},
+                             {"array.mix", "Mixing two arrays", "points"}});
+    return drawn ? 0 : 1;
+}
