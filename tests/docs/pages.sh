@@ -5,7 +5,8 @@
 #
 # A block of ```cpp with a main is a program; one without is "block.h" to around/PAGE_N.cpp, N counting such blocks
 # from 1. A block of ```text that follows is what it prints. A comment <!-- file: NAME --> before
-# a block writes it to that file instead. The lines of ```sh are commands; blocks without a language are left alone.
+# a block writes it to that file instead. The lines of ```sh are commands; blocks without a language are left alone,
+# and so are ```python and what it prints, which python/tests/test_pages.py runs.
 set -euo pipefail
 export LC_ALL=C
 shopt -s nullglob
@@ -55,11 +56,17 @@ compile() { # a source file and further flags, to ./program
         fail "block $blocks does not compile"
 }
 
-blocks=0 fragments=0
+blocks=0 fragments=0 of_python=0
 for block in "$work"/blocks/*.*; do
     language=${block##*.}
     case $language in
     file | plain) continue ;;
+    python)
+        of_python=1
+        continue
+        ;;
+    text) ((of_python)) && continue ;;
+    *) of_python=0 ;;
     esac
     blocks=$((blocks + 1))
     if [[ -e ${block%.*}.file ]]; then
