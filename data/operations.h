@@ -11,6 +11,8 @@
 ///   an input (a mix excepted), a kind that is not supported, and an exhausted heap.
 /// - The kind and the heap are looked at last, when the output may have been reshaped; on any other failure it is as it
 ///   was.
+/// - An output that is disposed takes its list and its children along, so no input may be among them. `DATACat`,
+///   `DATACopy` and `DATABounds` shape it without disposing it: dispose an output that holds children first.
 /// - Copies, joins, mixes and transforms go element by element from the first on, so buffers that overlap give what
 ///   that order gives.
 

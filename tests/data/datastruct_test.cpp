@@ -136,6 +136,18 @@ TEST(DATAAllocate, ReplacesABufferOfAnotherKind)
     expect_capacity(*d, DATA_TYPE_BYTE, 1, 1);
 }
 
+TEST(DATAAllocate, DoesNotReleaseTheChildrenInSlotsItFrees)
+{
+    for (const int32_t type : {DATA_TYPE_DATA, DATA_TYPE_DOUBLE}) {
+        DATAstruct* const child = new_doubles(1, {7});
+        auto d = parent({child});
+        EXPECT_EQ(allocate_as(d, type, 4, 3), 1);
+        EXPECT_EQ(child->dvals[0], 7.0);
+        DATADispose(child);
+        std::free(child);
+    }
+}
+
 TEST(DATAAllocate, GivesAnUnknownKindNoBufferButRemembersIt)
 {
     for (const int32_t type : {5, -1, kMost}) {
