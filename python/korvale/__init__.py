@@ -43,6 +43,7 @@ copied, compared and pickled, so work spreads over processes:
         borders = list(executor.map(functools.partial(korvale.offset, distance=1), outlines, chunksize=500))
 """
 
+from . import raw
 from ._arrays import bounds, gauss, join, mix, mix4, random, reverse, seed
 from ._equations import Equations, evaluate
 from ._errors import EquationError, Error
@@ -66,6 +67,6 @@ __all__ = [
     "binomial", "bounds", "boxes_meet", "cross", "determinant", "dot", "evaluate", "factorial", "flatten",
     "frame_both_ways", "frames", "from_srt", "gauss", "into_frame", "inverse_from_srt", "join", "line_through",
     "lines_meet", "mix", "mix4", "multiply", "norm", "normalize", "normalize_lines", "offset", "outlines", "power",
-    "random", "reverse", "rotation", "rotation_in_degrees", "scaling", "scatter", "seed", "shapes", "solve",
+    "random", "raw", "reverse", "rotation", "rotation_in_degrees", "scaling", "scatter", "seed", "shapes", "solve",
     "take_apart", "transform_points", "transform_vectors", "translation", "transpose", "triangulate", "tube",
 ]

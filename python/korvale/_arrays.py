@@ -8,9 +8,10 @@ import numpy
 
 from . import _input, _korvale
 from ._errors import refuse
+from ._types import Doubles
 
 
-def _alike(function: str, **arrays: Any) -> list[numpy.ndarray]:
+def _alike(function: str, **arrays: Any) -> list[Doubles]:
     """Arrays of one shape."""
     given = [numpy.require(_input.array(value, function, name, "be numbers"), numpy.float64, ["C", "A"])
              for name, value in arrays.items()]
@@ -22,7 +23,7 @@ def _alike(function: str, **arrays: Any) -> list[numpy.ndarray]:
     return given
 
 
-def mix(a: Any, b: Any, wa: float, wb: float, *, out: numpy.ndarray | None = None) -> numpy.ndarray:
+def mix(a: Any, b: Any, wa: float, wb: float, *, out: Doubles | None = None) -> Doubles:
     """wa * a + wb * b of arrays of one shape, as float64. out: where it goes, which may be a or b.
 
     >>> korvale.mix([(0, 0, 0), (2, 2, 2)], [(4, 4, 4), (4, 4, 4)], 0.75, 0.25)
@@ -36,20 +37,20 @@ def mix(a: Any, b: Any, wa: float, wb: float, *, out: numpy.ndarray | None = Non
 
 
 def mix4(a: Any, b: Any, c: Any, d: Any, wa: float, wb: float, wc: float, wd: float, *,
-         out: numpy.ndarray | None = None) -> numpy.ndarray:
+         out: Doubles | None = None) -> Doubles:
     """((wa * a + wb * b) + wc * c) + wd * d of arrays of one shape, as float64. out: where it goes.
 
     >>> korvale.mix4([1], [2], [3], [4], 1, 10, 100, 1000)
     array([4321.])
     """
-    given = _alike("mix4", a=a, b=b, c=c, d=d)
+    p, q, r, s = _alike("mix4", a=a, b=b, c=c, d=d)
     weights = [_input.number(w, "mix4", name) for name, w in zip(("wa", "wb", "wc", "wd"), (wa, wb, wc, wd))]
-    result = _input.output(out, given[0].shape, "mix4")
-    _korvale.mix4(*given, weights, result)
+    result = _input.output(out, p.shape, "mix4")
+    _korvale.mix4(p, q, r, s, weights, result)
     return result
 
 
-def bounds(array: Any) -> numpy.ndarray:
+def bounds(array: Any) -> Doubles:
     """The least and the greatest of each column of an array (N, k): float64 (2, k).
 
     Comparisons are strict: a NaN never replaces a value, but one in the first row stays.
@@ -66,7 +67,7 @@ def bounds(array: Any) -> numpy.ndarray:
     return result
 
 
-def reverse(array: Any, *, out: numpy.ndarray | None = None) -> numpy.ndarray:
+def reverse(array: Any, *, out: Doubles | None = None) -> Doubles:
     """The rows of an array in reverse order, as float64. out: where they go; `array` itself reverses it in place.
 
     >>> korvale.reverse([(1, 2), (3, 4)])
@@ -81,7 +82,7 @@ def reverse(array: Any, *, out: numpy.ndarray | None = None) -> numpy.ndarray:
     return result
 
 
-def join(a: Any, b: Any) -> numpy.ndarray:
+def join(a: Any, b: Any) -> Doubles:
     """The rows of a and then those of b, which have as many columns, as float64.
 
     >>> korvale.join([(1, 2)], [(3, 4), (5, 6)]).shape
@@ -109,7 +110,7 @@ def seed(seed: int) -> None:
     _korvale.seed(_input.count(seed, "seed", "seed", -(2**31)))
 
 
-def random(count: int) -> numpy.ndarray:
+def random(count: int) -> Doubles:
     """Draws in [0, 1], of which there are 32768, as the RAND of equations gives: float64 (count,).
 
     >>> korvale.seed(7)
@@ -121,6 +122,6 @@ def random(count: int) -> numpy.ndarray:
     return _korvale.random(_input.count(count, "random", "count"))
 
 
-def gauss(count: int) -> numpy.ndarray:
+def gauss(count: int) -> Doubles:
     """About normal values in [-3.4641016, 3.4641016], from four draws each: float64 (count,)."""
     return _korvale.gauss(_input.count(count, "gauss", "count"))

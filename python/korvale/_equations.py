@@ -11,6 +11,7 @@ import numpy
 from . import _input, _korvale
 from ._errors import EquationError, refuse
 from ._progress import Progress
+from ._types import Doubles
 
 # Rows between two reports of progress.
 _CHUNK = 65536
@@ -107,7 +108,7 @@ refused at character 14: "frequency" is neither a variable nor a function
         self._log.append(("add", equation))
         return number
 
-    def evaluate(self, equation: int = 0, columns: Any = None, /, *, out: numpy.ndarray | None = None,
+    def evaluate(self, equation: int = 0, columns: Any = None, /, *, out: Doubles | None = None,
                  progress: Any = None, **values: Any) -> Any:
         """Runs one equation, once or for every row of columns.
 
@@ -184,9 +185,9 @@ refused at character 14: "frequency" is neither a variable nor a function
         return number % n
 
     def _columns(self, columns: Any, values: dict[str, Any],
-                 function: str) -> tuple[list[tuple[str, numpy.ndarray]], tuple[int, ...] | None]:
+                 function: str) -> tuple[list[tuple[str, Doubles]], tuple[int, ...] | None]:
         """Columns as one-dimensional arrays and their common shape; numbers are set at once."""
-        given: list[tuple[str, numpy.ndarray]] = []
+        given: list[tuple[str, Doubles]] = []
         shape: tuple[int, ...] | None = None
         numbers: list[tuple[str, float]] = []
         for name, value in {**dict(columns or {}), **values}.items():
@@ -247,7 +248,7 @@ refused at character 14: "frequency" is neither a variable nor a function
         self._system.make_table(_plain(name), n)
         self._log.append(("make_table", name, n))
 
-    def table(self, name: str) -> numpy.ndarray:
+    def table(self, name: str) -> Doubles:
         """The values of a table, float64 (rows, columns); a copy. (0, 0) where there is none."""
         return self._system.table(_plain(name))
 
@@ -293,7 +294,7 @@ refused at character 14: "frequency" is neither a variable nor a function
         return _restored, self._state()
 
 
-def _restored(log: list[tuple[Any, ...]], variables: dict[str, float], tables: dict[str, numpy.ndarray],
+def _restored(log: list[tuple[Any, ...]], variables: dict[str, float], tables: dict[str, Doubles],
               position: float, columns: list[int]) -> Equations:
     equations = Equations()
     for action, *arguments in log:
@@ -341,7 +342,7 @@ def _plain(text: str) -> str:
     return text if text.isascii() else text.encode("ascii", "replace").decode()
 
 
-def _column(value: Any, function: str, name: str) -> numpy.ndarray:
+def _column(value: Any, function: str, name: str) -> Doubles:
     """Numbers as an array of doubles whose stride counts doubles, without a copy where they are that already."""
     if (isinstance(value, numpy.ndarray) and value.dtype == numpy.float64 and value.flags.aligned
             and value.ndim == 1 and value.strides[0] % 8 == 0):

@@ -13,6 +13,7 @@ from typing import Any
 import numpy
 
 from ._errors import Error, refuse
+from ._types import Numbers
 
 # How matplotlib marks the vertices of a path.
 _MOVE, _LINE, _CLOSE = 1, 2, 79
@@ -44,7 +45,7 @@ def count(value: Any, function: str, argument: str, least: int = 0, most: int = 
     return n
 
 
-def array(value: Any, function: str, argument: str, must: str) -> numpy.ndarray:
+def array(value: Any, function: str, argument: str, must: str) -> Numbers:
     """Numbers as an array of doubles, without a copy where they are that already."""
     if hasattr(value, "coords") and not isinstance(value, numpy.ndarray):
         value = value.coords
@@ -67,13 +68,13 @@ def array(value: Any, function: str, argument: str, must: str) -> numpy.ndarray:
     return numpy.ascontiguousarray(given, dtype=numpy.float64) if given.ndim else given.astype(numpy.float64)
 
 
-def _kind(given: numpy.ndarray) -> str:
+def _kind(given: Numbers) -> str:
     names = {"U": "text", "S": "bytes", "c": "complex numbers", "O": "objects, or rows that differ in length",
              "M": "dates", "m": "times", "V": "records"}
     return names.get(given.dtype.kind, str(given.dtype))
 
 
-def points(value: Any, function: str, argument: str) -> numpy.ndarray:
+def points(value: Any, function: str, argument: str) -> Numbers:
     """Points as a plain array of doubles (N, 3); a missing z is 0."""
     must = "be points, (N, 2) or (N, 3)"
     given = array(value, function, argument, must)
@@ -88,7 +89,7 @@ def points(value: Any, function: str, argument: str) -> numpy.ndarray:
     raise refuse(function, argument, must, f"its shape is {given.shape}")
 
 
-def point(value: Any, function: str, argument: str) -> numpy.ndarray:
+def point(value: Any, function: str, argument: str) -> Numbers:
     """One point as an array (1, 3)."""
     must = "be a point, (3,) or (2,)"
     given = array(value, function, argument, must)
@@ -99,13 +100,13 @@ def point(value: Any, function: str, argument: str) -> numpy.ndarray:
     raise refuse(function, argument, must, f"its shape is {given.shape}")
 
 
-def points_or_point(value: Any, function: str, argument: str) -> numpy.ndarray:
+def points_or_point(value: Any, function: str, argument: str) -> Numbers:
     """Points (N, 3); a single one becomes (1, 3)."""
     given = array(value, function, argument, "be points, (N, 3) or (3,)")
     return points(given[None] if given.ndim == 1 and given.size else given, function, argument)
 
 
-def finite(given: numpy.ndarray, function: str, argument: str) -> numpy.ndarray:
+def finite(given: Numbers, function: str, argument: str) -> Numbers:
     """The array, which must not hold NaN or infinity."""
     good = numpy.isfinite(given)
     if not good.all():
@@ -117,7 +118,7 @@ def finite(given: numpy.ndarray, function: str, argument: str) -> numpy.ndarray:
 # --- Outlines --------------------------------------------------------------------------------------------------------
 
 
-def _path_outlines(path: Any, function: str, argument: str) -> list[numpy.ndarray]:
+def _path_outlines(path: Any, function: str, argument: str) -> list[Numbers]:
     """The outlines of a matplotlib path."""
     codes = path.codes
     if codes is None:
@@ -185,23 +186,23 @@ def outline_or_shape(value: Any, function: str, argument: str) -> Any:
     return [points(outline, function, f"{argument} {k}") for k, outline in enumerate(value)]
 
 
-def shape(value: Any, function: str, argument: str) -> list[numpy.ndarray]:
+def shape(value: Any, function: str, argument: str) -> list[Numbers]:
     """An outer outline and its holes, in plain arrays."""
     given = outline_or_shape(value, function, argument)
     return given if isinstance(given, list) else [given]
 
 
-def without_repeat(outline: numpy.ndarray) -> numpy.ndarray:
+def without_repeat(outline: Numbers) -> Numbers:
     """An outline without a last point that repeats the first."""
     return outline[:-1] if len(outline) > 1 and (outline[0] == outline[-1]).all() else outline
 
 
-def _doubled_area(outline: numpy.ndarray) -> float:
+def _doubled_area(outline: Numbers) -> float:
     x, y = outline[:, 0], outline[:, 1]
     return float(numpy.sum(x * numpy.roll(y, -1) - numpy.roll(x, -1) * y))
 
 
-def _is_inside(p: numpy.ndarray, outline: numpy.ndarray) -> bool:
+def _is_inside(p: Numbers, outline: Numbers) -> bool:
     """Whether a point lies in an outline, both seen from above."""
     a, b = outline, numpy.roll(outline, -1, axis=0)
     straddles = (a[:, 1] > p[1]) != (b[:, 1] > p[1])
@@ -210,7 +211,7 @@ def _is_inside(p: numpy.ndarray, outline: numpy.ndarray) -> bool:
     return int(numpy.count_nonzero(across > p[0])) % 2 == 1
 
 
-def shapes_of(outlines: Iterable[numpy.ndarray]) -> list[list[numpy.ndarray]]:
+def shapes_of(outlines: Iterable[Numbers]) -> list[list[Numbers]]:
     """Sorts outlines into shapes: those inside an even number of others are outer ones, the rest their holes."""
     rings = [without_repeat(outline) for outline in outlines]
     holders = [[k for k, other in enumerate(rings) if k != i and _is_inside(ring[0], other)]
@@ -226,7 +227,7 @@ def shapes_of(outlines: Iterable[numpy.ndarray]) -> list[list[numpy.ndarray]]:
 # --- Meshes ----------------------------------------------------------------------------------------------------------
 
 
-def triangles(value: Any, vertices: int, function: str, argument: str) -> numpy.ndarray:
+def triangles(value: Any, vertices: int, function: str, argument: str) -> Numbers:
     """Triangles on shared vertices as a plain array of 32-bit integers (T, 3)."""
     must = "be triangles, whole numbers (T, 3)"
     try:
@@ -243,13 +244,13 @@ def triangles(value: Any, vertices: int, function: str, argument: str) -> numpy.
     return numpy.require(given, numpy.int32, ["C", "A"])
 
 
-def _require_vertices(corners: numpy.ndarray, vertices: int, function: str, argument: str) -> None:
+def _require_vertices(corners: Numbers, vertices: int, function: str, argument: str) -> None:
     if corners.size and (corners.min() < 0 or corners.max() >= vertices):
         wrong = corners[(corners < 0) | (corners >= vertices)].flat[0]
         raise refuse(function, argument, f"name vertices 0 to {vertices - 1}", f"one of its corners is {wrong}")
 
 
-def faces(value: Any, vertices: int, function: str, argument: str) -> tuple[numpy.ndarray | None, numpy.ndarray]:
+def faces(value: Any, vertices: int, function: str, argument: str) -> tuple[Numbers | None, Numbers]:
     """Faces as (sizes, corners), both 32-bit; sizes is None where all are triangles."""
     try:
         given = numpy.asarray(value)
@@ -278,7 +279,7 @@ def is_mesh(value: Any) -> bool:
             or (isinstance(value, tuple) and len(value) == 2))
 
 
-def mesh(value: Any, more: Any, function: str) -> tuple[numpy.ndarray, numpy.ndarray | None, numpy.ndarray]:
+def mesh(value: Any, more: Any, function: str) -> tuple[Numbers, Numbers | None, Numbers]:
     """(vertices, sizes, corners) of a mesh, of a pair, or of vertices and faces given apart."""
     if more is None:
         if hasattr(value, "vertices") and hasattr(value, "faces"):
@@ -294,7 +295,7 @@ def mesh(value: Any, more: Any, function: str) -> tuple[numpy.ndarray, numpy.nda
     return (vertices, *faces(more, len(vertices), function, "triangles"))
 
 
-def _meshio(given: Any, function: str) -> tuple[numpy.ndarray, numpy.ndarray | None, numpy.ndarray]:
+def _meshio(given: Any, function: str) -> tuple[Numbers, Numbers | None, Numbers]:
     vertices = finite(points(given.points, function, "mesh.points"), function, "mesh.points")
     blocks = given.cells.items() if hasattr(given.cells, "items") else (
         (block.type, block.data) if hasattr(block, "type") else block for block in given.cells)
@@ -308,7 +309,7 @@ def _meshio(given: Any, function: str) -> tuple[numpy.ndarray, numpy.ndarray | N
     return (vertices, *faces(rows, len(vertices), function, "mesh.cells"))
 
 
-def corners(value: Any, function: str, argument: str) -> numpy.ndarray:
+def corners(value: Any, function: str, argument: str) -> Numbers:
     """Triangles given by their corners, as a plain array (T, 9)."""
     must = "be corners of triangles, (T, 3, 3) or (T, 9)"
     given = array(value, function, argument, must)
@@ -322,7 +323,7 @@ def corners(value: Any, function: str, argument: str) -> numpy.ndarray:
 # --- Results ---------------------------------------------------------------------------------------------------------
 
 
-def output(out: Any, shape: tuple[int, ...], function: str, kind: Any = numpy.float64) -> numpy.ndarray:
+def output(out: Any, shape: tuple[int, ...], function: str, kind: Any = numpy.float64) -> Numbers:
     """The array that a result goes to: a new one, or the caller's."""
     if out is None:
         return numpy.empty(shape, kind)

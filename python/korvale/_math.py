@@ -9,6 +9,7 @@ import numpy
 from . import _input, _korvale
 from ._errors import refuse
 from ._transform import Srt, matrices
+from ._types import Doubles, Numbers
 
 
 class _Single:
@@ -17,12 +18,12 @@ class _Single:
     def __init__(self) -> None:
         self.is_single = True
 
-    def vectors(self, value: Any, function: str, argument: str) -> numpy.ndarray:
+    def vectors(self, value: Any, function: str, argument: str) -> Doubles:
         if numpy.ndim(value) != 1:
             self.is_single = False
         return _input.points_or_point(value, function, argument)
 
-    def rows(self, value: Any, tail: tuple[int, ...], function: str, argument: str) -> numpy.ndarray:
+    def rows(self, value: Any, tail: tuple[int, ...], function: str, argument: str) -> Doubles:
         text = ", ".join(map(str, tail))
         must = f"be ({text}{',' * (len(tail) == 1)}) or (N, {text})"
         given = numpy.require(_input.array(value, function, argument, must), numpy.float64, ["C", "A"])
@@ -33,13 +34,13 @@ class _Single:
         self.is_single = False
         return given
 
-    def matrices(self, value: Any, function: str, argument: str) -> numpy.ndarray:
+    def matrices(self, value: Any, function: str, argument: str) -> Doubles:
         given = matrices(value, function, argument)
         if numpy.ndim(value) == 3:
             self.is_single = False
         return given
 
-    def result(self, rows: numpy.ndarray) -> Any:
+    def result(self, rows: Numbers) -> Any:
         return rows[0] if self.is_single else rows
 
 
@@ -58,13 +59,13 @@ def dot(a: Any, b: Any) -> Any:
     return _of_two("dot", a, b)
 
 
-def cross(a: Any, b: Any) -> numpy.ndarray:
+def cross(a: Any, b: Any) -> Doubles:
     """The cross products of vectors (N, 3) or (3,): float64 (N, 3).
 
     >>> korvale.cross((1, 0, 0), (0, 1, 0))
     array([0., 0., 1.])
     """
-    result: numpy.ndarray = _of_two("cross", a, b)
+    result: Doubles = _of_two("cross", a, b)
     return result
 
 
@@ -89,7 +90,7 @@ def norm(vectors: Any) -> Any:
     return single.result(_korvale.norm(single.vectors(vectors, "norm", "vectors")))
 
 
-def normalize(vectors: Any) -> numpy.ndarray:
+def normalize(vectors: Any) -> Doubles:
     """Vectors (N, 3) or (3,) divided by their lengths; those shorter than 1e-06 as they are.
 
     >>> korvale.normalize([(0, 0, 2), (0, 0, 0)])
@@ -97,25 +98,25 @@ def normalize(vectors: Any) -> numpy.ndarray:
            [0., 0., 0.]])
     """
     single = _Single()
-    result: numpy.ndarray = single.result(_korvale.normalize(single.vectors(vectors, "normalize", "vectors")))
+    result: Doubles = single.result(_korvale.normalize(single.vectors(vectors, "normalize", "vectors")))
     return result
 
 
 # --- Matrices --------------------------------------------------------------------------------------------------------
 
 
-def _matrices_of(function: str, values: Any) -> numpy.ndarray:
+def _matrices_of(function: str, values: Any) -> Doubles:
     single = _Single()
-    result: numpy.ndarray = single.result(getattr(_korvale, function)(single.vectors(values, function, "values")))
+    result: Doubles = single.result(getattr(_korvale, function)(single.vectors(values, function, "values")))
     return result
 
 
-def scaling(values: Any) -> numpy.ndarray:
+def scaling(values: Any) -> Doubles:
     """Matrices that scale by (N, 3) or (3,): float64 (N, 4, 4)."""
     return _matrices_of("scaling", values)
 
 
-def translation(values: Any) -> numpy.ndarray:
+def translation(values: Any) -> Doubles:
     """Matrices that move by (N, 3) or (3,): float64 (N, 4, 4).
 
     >>> korvale.translation([(1, 2, 3)])[0, :, 3]
@@ -124,25 +125,25 @@ def translation(values: Any) -> numpy.ndarray:
     return _matrices_of("translation", values)
 
 
-def rotation(values: Any) -> numpy.ndarray:
+def rotation(values: Any) -> Doubles:
     """Matrices that turn by (N, 3) or (3,) radians about x first, then y, then z: float64 (N, 4, 4)."""
     return _matrices_of("rotation", values)
 
 
-def rotation_in_degrees(values: Any) -> numpy.ndarray:
+def rotation_in_degrees(values: Any) -> Doubles:
     """Matrices that turn by (N, 3) or (3,) degrees, converted with the short factor 0.0174533."""
     return _matrices_of("rotation_in_degrees", values)
 
 
-def _from_srt(function: str, scale: Any, rotation: Any, translation: Any) -> numpy.ndarray:
+def _from_srt(function: str, scale: Any, rotation: Any, translation: Any) -> Doubles:
     single = _Single()
-    result: numpy.ndarray = single.result(getattr(_korvale, function)(
+    result: Doubles = single.result(getattr(_korvale, function)(
         single.vectors(scale, function, "scale"), single.vectors(rotation, function, "rotation"),
         single.vectors(translation, function, "translation")))
     return result
 
 
-def from_srt(scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any = (0, 0, 0)) -> numpy.ndarray:
+def from_srt(scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any = (0, 0, 0)) -> Doubles:
     """Matrices that scale, then turn (radians), then move, each (N, 3) or (3,): float64 (N, 4, 4).
 
     >>> korvale.from_srt(scale=(2, 2, 2), translation=[(1, 0, 0), (0, 1, 0)]).shape
@@ -152,7 +153,7 @@ def from_srt(scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any
 
 
 def inverse_from_srt(scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0),
-                     translation: Any = (0, 0, 0)) -> numpy.ndarray:
+                     translation: Any = (0, 0, 0)) -> Doubles:
     """The inverses of `from_srt` of the same. A scale below 1e-06 is inverted to 1000000, and stays finite."""
     return _from_srt("inverse_from_srt", scale, rotation, translation)
 
@@ -168,39 +169,39 @@ def take_apart(matrices: Any) -> Srt:
     return Srt(*(single.result(part) for part in parts))
 
 
-def multiply(a: Any, b: Any) -> numpy.ndarray:
+def multiply(a: Any, b: Any) -> Doubles:
     """The products of matrices (N, 4, 4) or (4, 4), which apply b first.
 
     >>> bool((korvale.multiply(numpy.identity(4), numpy.ones((5, 4, 4))) == 1).all())
     True
     """
     single = _Single()
-    result: numpy.ndarray = single.result(_korvale.multiply(single.matrices(a, "multiply", "a"),
+    result: Doubles = single.result(_korvale.multiply(single.matrices(a, "multiply", "a"),
                                                             single.matrices(b, "multiply", "b")))
     return result
 
 
-def transpose(matrices: Any) -> numpy.ndarray:
+def transpose(matrices: Any) -> Doubles:
     """Rows and columns of matrices (N, 4, 4) or (4, 4) exchanged."""
     single = _Single()
-    result: numpy.ndarray = single.result(_korvale.transpose(single.matrices(matrices, "transpose", "matrices")))
+    result: Doubles = single.result(_korvale.transpose(single.matrices(matrices, "transpose", "matrices")))
     return result
 
 
-def into_frame(origin: Any, z: Any, reference: Any) -> numpy.ndarray:
+def into_frame(origin: Any, z: Any, reference: Any) -> Doubles:
     """Matrices from the world into frames at `origin` whose z axes run along `z`, their x axes along reference x z.
 
     Each (N, 3) or (3,). Returns float64 (N, 4, 4).
     """
     single = _Single()
     name = "into_frame"
-    result: numpy.ndarray = single.result(_korvale.into_frame(
+    result: Doubles = single.result(_korvale.into_frame(
         single.vectors(origin, name, "origin"), single.vectors(z, name, "z"),
         single.vectors(reference, name, "reference")))
     return result
 
 
-def frame_both_ways(origin: Any, x: Any, z: Any) -> tuple[numpy.ndarray, numpy.ndarray]:
+def frame_both_ways(origin: Any, x: Any, z: Any) -> tuple[Doubles, Doubles]:
     """Matrices from the world into frames at `origin` with the axes `x` (made perpendicular to z) and `z`, and back.
 
     Each (N, 3) or (3,). The second is the inverse where the directions are perpendicular.
@@ -215,21 +216,21 @@ def frame_both_ways(origin: Any, x: Any, z: Any) -> tuple[numpy.ndarray, numpy.n
 # --- Lines, boxes, numbers -------------------------------------------------------------------------------------------
 
 
-def line_through(a: Any, b: Any) -> numpy.ndarray:
+def line_through(a: Any, b: Any) -> Doubles:
     """Lines in the xy plane through points (N, 3) or (3,): rows a, b, c of a x + b y + c = 0, float64 (N, 3).
 
     >>> korvale.line_through((0, 1), (5, 1))
     array([ 0.,  1., -1.])
     """
-    result: numpy.ndarray = _of_two("line_through", a, b)
+    result: Doubles = _of_two("line_through", a, b)
     return result
 
 
-def normalize_lines(lines: Any) -> numpy.ndarray:
+def normalize_lines(lines: Any) -> Doubles:
     """Lines (N, 3) or (3,) divided by the lengths of their (a, b)."""
     single = _Single()
     name = "normalize_lines"
-    result: numpy.ndarray = single.result(_korvale.normalize_lines(single.rows(lines, (3,), name, "lines")))
+    result: Doubles = single.result(_korvale.normalize_lines(single.rows(lines, (3,), name, "lines")))
     return result
 
 
@@ -268,14 +269,14 @@ def determinant(matrices: Any) -> Any:
     return single.result(_korvale.determinant(single.rows(matrices, (2, 2), "determinant", "matrices")))
 
 
-def solve(systems: Any) -> numpy.ndarray:
+def solve(systems: Any) -> Doubles:
     """Solves systems (N, 2, 3) or (2, 3) of two equations, rows a, b, c for a x + b y = c: float64 (N, 2).
 
     >>> korvale.solve([(2, 0, 6), (0, 3, 12)])
     array([3., 4.])
     """
     single = _Single()
-    result: numpy.ndarray = single.result(_korvale.solve(single.rows(systems, (2, 3), "solve", "systems")))
+    result: Doubles = single.result(_korvale.solve(single.rows(systems, (2, 3), "solve", "systems")))
     return result
 
 

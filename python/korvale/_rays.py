@@ -9,6 +9,7 @@ import numpy
 from . import _input, _korvale
 from ._errors import refuse
 from ._progress import Progress
+from ._types import Doubles, Ints
 
 # Rays between two reports of progress.
 _CHUNK = 16384
@@ -24,9 +25,9 @@ class RayHit(NamedTuple):
 class Cast(NamedTuple):
     """What rays have met, one value a ray; None for what was not wanted."""
 
-    distances: numpy.ndarray | None  #: float64, to the nearest triangle, infinity where there is none
-    triangles: numpy.ndarray | None  #: int32, the nearest triangle, -1 where there is none
-    counts: numpy.ndarray | None  #: int32, the number of triangles met
+    distances: Doubles | None  #: float64, to the nearest triangle, infinity where there is none
+    triangles: Ints | None  #: int32, the nearest triangle, -1 where there is none
+    counts: Ints | None  #: int32, the number of triangles met
 
 
 class RayGrid:
@@ -51,7 +52,7 @@ class RayGrid:
     __slots__ = ("_grid", "_faces")
 
     def __init__(self, mesh: Any, triangles: Any = None, *, cells: Any = None, copy: bool = True) -> None:
-        self._faces: numpy.ndarray | None = None
+        self._faces: Ints | None = None
         if triangles is not None or _input.is_mesh(mesh):
             vertices, sizes, numbers = _input.mesh(mesh, triangles, "RayGrid")
             if sizes is not None:
@@ -74,12 +75,12 @@ class RayGrid:
         return nx, ny, nz
 
     @property
-    def corners(self) -> numpy.ndarray:
+    def corners(self) -> Doubles:
         """The corners of the triangles, float64 (T, 9), as the grid reads them."""
         return self._grid.corners
 
     @property
-    def faces(self) -> numpy.ndarray:
+    def faces(self) -> Ints:
         """int32 (T,): the face that each triangle is of; its own number where the grid was made of triangles."""
         return numpy.arange(len(self), dtype=numpy.int32) if self._faces is None else self._faces
 
@@ -141,17 +142,17 @@ class RayGrid:
         return _restored, (numpy.array(self.corners), self.cells, self._faces)
 
 
-def _restored(corners: numpy.ndarray, cells: tuple[int, int, int], faces: numpy.ndarray | None) -> RayGrid:
+def _restored(corners: Doubles, cells: tuple[int, int, int], faces: Ints | None) -> RayGrid:
     grid = RayGrid(corners, cells=cells, copy=False)
     grid._faces = faces
     return grid
 
 
-def _ray(origin: Any, direction: Any, function: str) -> tuple[numpy.ndarray, numpy.ndarray]:
+def _ray(origin: Any, direction: Any, function: str) -> tuple[Doubles, Doubles]:
     return _input.point(origin, function, "origin"), _input.point(direction, function, "direction")
 
 
-def _column(wanted: Any, n: int, function: str, kind: Any) -> numpy.ndarray | None:
+def _column(wanted: Any, n: int, function: str, kind: Any) -> Any:
     if wanted is False or wanted is None:
         return None
     return _input.output(None if wanted is True else wanted, (n,), function, kind)

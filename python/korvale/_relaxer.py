@@ -9,12 +9,13 @@ import numpy
 from . import _input, _korvale
 from ._errors import refuse
 from ._progress import Progress
+from ._types import Doubles, Ints, Numbers
 
 
 class Relaxation(NamedTuple):
     """What a relaxation came to."""
 
-    points: numpy.ndarray  #: float64 (N, 3), moved towards the shape
+    points: Doubles  #: float64 (N, 3), moved towards the shape
     steps: int  #: done
     energy: float  #: left; 0 where the shape is the remembered one
     stop: str  #: why it ended: "steps", "energy", "stalled", "cancelled" or "no_force"
@@ -43,7 +44,7 @@ class Relaxer:
 
     def __init__(self, mesh: Any, triangles: Any = None, *, edges: Any = None) -> None:
         self._kept: dict[str, float] = {}
-        self._held: numpy.ndarray | None = None
+        self._held: Numbers | None = None
         if edges is not None:
             vertices = _input.finite(_input.points(mesh, "Relaxer", "vertices"), "Relaxer", "vertices")
             pairs = numpy.asarray(edges)
@@ -65,7 +66,7 @@ class Relaxer:
         return len(self._mesh)
 
     @property
-    def edges(self) -> numpy.ndarray:
+    def edges(self) -> Ints:
         """The edges as pairs of points: int32 (E, 2)."""
         return self._mesh.edges
 
@@ -105,7 +106,7 @@ class Relaxer:
         self._held = mask.copy()
         return self
 
-    def step(self, points: Any, steps: int = 1, *, out: numpy.ndarray | None = None) -> Relaxation:
+    def step(self, points: Any, steps: int = 1, *, out: Doubles | None = None) -> Relaxation:
         """Exactly `steps` steps of steepest descent towards the shape.
 
         points: (N, 3). out: where the moved points go, which may be `points` itself; else a new array.
@@ -117,7 +118,7 @@ class Relaxer:
         return Relaxation(moving, done, energy, "steps")
 
     def run(self, points: Any, *, steps: int = 1000, energy: float = 0.0, least_drop: float = 0.0, progress: Any = None,
-            out: numpy.ndarray | None = None) -> Relaxation:
+            out: Doubles | None = None) -> Relaxation:
         """Moves points towards the shape, step by step until one of the conditions holds.
 
         points: (N, 3), the deformed mesh. steps: at most. energy: stop at this energy or below. least_drop: stop when
@@ -140,17 +141,17 @@ class Relaxer:
         """The energy at points (N, 3), which are only read."""
         return self._mesh.energy(self._points(points, "Relaxer.energy"))
 
-    def forces(self, points: Any) -> numpy.ndarray:
+    def forces(self, points: Any) -> Doubles:
         """The force on every point, held ones included: float64 (N, 3)."""
         return self._mesh.forces(self._points(points, "Relaxer.forces"))
 
-    def _points(self, points: Any, function: str) -> numpy.ndarray:
+    def _points(self, points: Any, function: str) -> Doubles:
         given = _input.finite(_input.points(points, function, "points"), function, "points")
         if len(given) != len(self):
             raise refuse(function, "points", f"be {len(self)} like the mesh's", f"there are {len(given)}")
         return given
 
-    def _moving(self, points: Any, out: numpy.ndarray | None, function: str) -> numpy.ndarray:
+    def _moving(self, points: Any, out: Doubles | None, function: str) -> Doubles:
         given = self._points(points, function)
         moving = _input.output(out, given.shape, function)
         if moving is not given:
@@ -182,7 +183,7 @@ class Relaxer:
         return _restored, (self._given, self._kept, self._held)
 
 
-def _restored(given: tuple[Any, ...], kept: dict[str, float], held: numpy.ndarray | None) -> Relaxer:
+def _restored(given: tuple[Any, ...], kept: dict[str, float], held: Numbers | None) -> Relaxer:
     vertices, sizes, numbers = given
     relaxer = Relaxer.__new__(Relaxer)
     relaxer._given, relaxer._kept, relaxer._held = given, {}, None

@@ -10,6 +10,7 @@ from . import _input, _korvale
 from ._errors import refuse
 from ._korvale import Band, Mesh, Offset
 from ._transform import Transform
+from ._types import Doubles, Ints
 
 
 class Offsets(tuple):  # type: ignore[type-arg]
@@ -69,7 +70,7 @@ def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices:
     return result if type(result) is Offset else Offsets(result)
 
 
-def outlines(shape: Any) -> list[numpy.ndarray]:
+def outlines(shape: Any) -> list[Doubles]:
     """The outlines of a shape as korvale sees them: float64 (N, 3) each, the outer one first, no point repeated.
 
     shape: an outline, a list of outlines, a Shapely polygon, a matplotlib path.
@@ -80,7 +81,7 @@ def outlines(shape: Any) -> list[numpy.ndarray]:
     return [_input.without_repeat(outline) for outline in _input.shape(shape, "outlines", "shape")]
 
 
-def shapes(path: Any) -> list[list[numpy.ndarray]]:
+def shapes(path: Any) -> list[list[Doubles]]:
     """Sorts outlines seen from above into shapes, each a list with an outer outline and its holes.
 
     path: a matplotlib path, such as that of a text, or any outlines in any order.
@@ -155,7 +156,7 @@ def tube(path: Any, section: Any, *, closed: bool = False, caps: bool = True) ->
     return _korvale.tube(path, section, closed, caps)
 
 
-def triangulate(outline: Any) -> numpy.ndarray:
+def triangulate(outline: Any) -> Ints:
     """Cuts a planar outline, with or without holes, into triangles: int32 (T, 3).
 
     The triangles number the points of all outlines in their order, as `outlines` gives them, and run counter-clockwise
@@ -189,7 +190,7 @@ def flatten(path: Any, *, closed: bool = True, by_extremes: bool = False) -> Fla
     return Flattening(Transform(to_plane), Transform(from_plane))
 
 
-def frames(path: Any, *, closed: bool = False) -> numpy.ndarray:
+def frames(path: Any, *, closed: bool = False) -> Doubles:
     """One frame for each point of a polyline: float64 (N, 4, 4).
 
     path: points (N, 3), at least two. closed: the last point joins the first.
@@ -206,8 +207,8 @@ def frames(path: Any, *, closed: bool = False) -> numpy.ndarray:
 class Scattered(NamedTuple):
     """Points on triangles, float64 (N, 3), and what they carry, float64 (N, k) or None."""
 
-    points: numpy.ndarray
-    attributes: numpy.ndarray | None
+    points: Doubles
+    attributes: Doubles | None
 
 
 def scatter(mesh: Any, count: int, *, seed: int, attributes: Any = None, triangles: Any = None) -> Scattered:

@@ -8,14 +8,15 @@ import numpy
 
 from . import _input, _korvale
 from ._errors import refuse
+from ._types import Doubles
 
 
 class Srt(NamedTuple):
     """Scale, rotation about x, then y, then z in radians, and translation, applied in this order: (3,) or (N, 3)."""
 
-    scale: numpy.ndarray
-    rotation: numpy.ndarray
-    translation: numpy.ndarray
+    scale: Doubles
+    rotation: Doubles
+    translation: Doubles
 
 
 class Transform:
@@ -41,7 +42,7 @@ class Transform:
         self._matrix.flags.writeable = False
 
     @classmethod
-    def _of(cls, rows: numpy.ndarray) -> Transform:
+    def _of(cls, rows: Doubles) -> Transform:
         self = cls.__new__(cls)
         self._matrix = rows.reshape(4, 4)
         self._matrix.flags.writeable = False
@@ -91,18 +92,18 @@ class Transform:
                                            _vector(reference, name, "reference")))
 
     @property
-    def matrix(self) -> numpy.ndarray:
+    def matrix(self) -> Doubles:
         """float64 (4, 4), not writable."""
         return self._matrix
 
-    def __call__(self, points: Any, out: numpy.ndarray | None = None) -> numpy.ndarray:
+    def __call__(self, points: Any, out: Doubles | None = None) -> Doubles:
         """The points (N, 3) or (3,) moved; divided by their fourth coordinate unless that is exactly 1.
 
         out: where they go, a float64 array of the same shape, which may be `points` itself.
         """
         return transform_points(self._matrix, points, out=out)
 
-    def vectors(self, vectors: Any, out: numpy.ndarray | None = None) -> numpy.ndarray:
+    def vectors(self, vectors: Any, out: Doubles | None = None) -> Doubles:
         """The vectors (N, 3) or (3,) turned and scaled, not moved."""
         return transform_vectors(self._matrix, vectors, out=out)
 
@@ -125,7 +126,7 @@ class Transform:
         """
         return Srt(*(part[0] for part in _korvale.take_apart(self._matrix[None])))
 
-    def __array__(self, dtype: Any = None) -> numpy.ndarray:
+    def __array__(self, dtype: Any = None) -> Doubles:
         return self._matrix if dtype is None else self._matrix.astype(dtype)
 
     def __getitem__(self, key: Any) -> Any:
@@ -146,11 +147,11 @@ class Transform:
         return Transform, (self._matrix.copy(),)
 
 
-def _vector(value: Any, function: str, argument: str) -> numpy.ndarray:
+def _vector(value: Any, function: str, argument: str) -> Doubles:
     return _input.finite(_input.point(value, function, argument), function, argument)
 
 
-def matrices(value: Any, function: str, argument: str, single: bool = False) -> numpy.ndarray:
+def matrices(value: Any, function: str, argument: str, single: bool = False) -> Doubles:
     """Matrices as a plain array (N, 4, 4)."""
     if isinstance(value, Transform):
         return value.matrix[None]
@@ -163,7 +164,7 @@ def matrices(value: Any, function: str, argument: str, single: bool = False) -> 
     return given
 
 
-def _carry(by: Any, matrix: Any, rows: Any, out: numpy.ndarray | None, function: str, argument: str) -> numpy.ndarray:
+def _carry(by: Any, matrix: Any, rows: Any, out: Doubles | None, function: str, argument: str) -> Doubles:
     m = matrices(matrix, function, "matrices")
     given = _input.points_or_point(rows, function, argument)
     is_single = numpy.ndim(rows) == 1 and len(m) == 1 and len(given) == 1 and numpy.ndim(matrix) != 3
@@ -173,7 +174,7 @@ def _carry(by: Any, matrix: Any, rows: Any, out: numpy.ndarray | None, function:
     return result
 
 
-def transform_points(matrices: Any, points: Any, *, out: numpy.ndarray | None = None) -> numpy.ndarray:
+def transform_points(matrices: Any, points: Any, *, out: Doubles | None = None) -> Doubles:
     """Points moved by one transform or by one each: float64 (N, 3).
 
     matrices: a `Transform`, (4, 4) or (N, 4, 4). points: (N, 3) or (3,). out: where they go, which may be `points`.
@@ -185,6 +186,6 @@ def transform_points(matrices: Any, points: Any, *, out: numpy.ndarray | None = 
     return _carry(_korvale.transform_points, matrices, points, out, "transform_points", "points")
 
 
-def transform_vectors(matrices: Any, vectors: Any, *, out: numpy.ndarray | None = None) -> numpy.ndarray:
+def transform_vectors(matrices: Any, vectors: Any, *, out: Doubles | None = None) -> Doubles:
     """Vectors turned and scaled, not moved, by one transform or by one each: float64 (N, 3)."""
     return _carry(_korvale.transform_vectors, matrices, vectors, out, "transform_vectors", "vectors")
