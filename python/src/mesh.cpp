@@ -7,6 +7,9 @@ namespace {
 /// From so many points on, cutting a shape into triangles is likely to take 20 microseconds or more.
 constexpr std::size_t kLongShape = 32;
 
+/// From so many vertices and triangles on copying a mesh takes 20 microseconds or more.
+constexpr std::size_t kLargeMesh = 5000;
+
 py::array vertices_of(py::object self)
 {
     return view_of(std::span(self.cast<Mesh&>().vertices), self);
@@ -24,11 +27,14 @@ Mesh mesh_of(const py::object& vertices, const py::object& triangles)
     const PointsIn points(vertices, "Mesh", "vertices");
     const auto corners = py::array_t<std::int32_t, py::array::c_style>(
         converted("triangles", triangles, points.view().size(), "Mesh", "triangles"));
+    const std::int32_t* const numbers = corners.data();
+    const auto triangle_count = static_cast<std::size_t>(corners.shape(0));
     Mesh mesh;
+    const Unlocked unlocked(points.view().size() + triangle_count >= kLargeMesh);
     mesh.vertices.resize(points.view().size());
     std::ranges::copy(points.view().coordinates(), mesh.vertices.empty() ? nullptr : mesh.vertices[0].data());
-    mesh.triangles.resize(static_cast<std::size_t>(corners.shape(0)));
-    std::copy_n(corners.data(), corners.size(), mesh.triangles.empty() ? nullptr : mesh.triangles[0].data());
+    mesh.triangles.resize(triangle_count);
+    std::copy_n(numbers, 3 * triangle_count, mesh.triangles.empty() ? nullptr : mesh.triangles[0].data());
     return mesh;
 }
 

@@ -52,22 +52,29 @@ std::unique_ptr<Mesh> of_edges(const Doubles& vertices, const Ints& edges)
     return std::make_unique<Mesh>(Relaxer::of_edges(points_in(vertices), pairs));
 }
 
-py::array edges_of(const Mesh& mesh)
+/// A view that cannot be written: the relaxer goes by them.
+py::array edges_of(py::object self)
 {
-    const auto edges = mesh.relaxer.edges();
-    return Ints({static_cast<py::ssize_t>(edges.size()), py::ssize_t{2}}, edges.empty() ? nullptr : edges[0].data());
+    const auto edges = self.cast<Mesh&>().relaxer.edges();
+    py::array view = view_of(const_cast<std::int32_t*>(edges.empty() ? nullptr : edges[0].data()),
+                             {static_cast<py::ssize_t>(edges.size()), 2}, self);
+    view.attr("flags").attr("writeable") = false;
+    return view;
 }
 
 void keep(Mesh& mesh, const std::string& measure, double weight)
 {
-    const Turns::Turn turn(mesh.turns, "Relaxer.keep", false);
+    const Unlocked unlocked(mesh.is_long());
+    const Turns::Turn turn(mesh.turns, "Relaxer.keep", mesh.is_long());
     mesh.relaxer.keep(measure, weight);
 }
 
 void hold(Mesh& mesh, const py::array_t<bool, py::array::c_style>& mask)
 {
-    const Turns::Turn turn(mesh.turns, "Relaxer.hold", false);
-    mesh.relaxer.hold(std::span(mask.data(), static_cast<std::size_t>(mask.size())));
+    const std::span<const bool> held(mask.data(), static_cast<std::size_t>(mask.size()));
+    const Unlocked unlocked(mesh.is_long());
+    const Turns::Turn turn(mesh.turns, "Relaxer.hold", mesh.is_long());
+    mesh.relaxer.hold(held);
 }
 
 double step(Mesh& mesh, py::array points, int steps)
