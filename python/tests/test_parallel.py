@@ -1,0 +1,46 @@
+"""Tests that work spreads over processes and clusters, with the same bits."""
+
+import concurrent.futures
+import functools
+import multiprocessing
+import pathlib
+import subprocess
+import sys
+import unittest
+
+import korvale
+import numpy
+from calls import CUBE
+
+EXAMPLE = pathlib.Path(__file__).resolve().parents[2] / "examples/python/many_outlines.py"
+
+
+def frame(relaxer, k):
+    return relaxer.run(CUBE.vertices * (1 + k / 10, 1, 1), steps=20)
+
+
+class ParallelTest(unittest.TestCase):
+    def test_20000_outlines_are_the_same_serially_in_processes_and_on_a_cluster(self):
+        try:
+            import distributed  # noqa: F401
+        except ImportError:
+            self.skipTest("python3-distributed is not installed")
+        done = subprocess.run([sys.executable, str(EXAMPLE)], capture_output=True, text=True)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        lines = [line.split(None, 1) for line in done.stdout.splitlines()]
+        self.assertEqual([name for name, result in lines], ["serial", "processes", "cluster"])
+        self.assertEqual(len({result for name, result in lines}), 1)
+        self.assertTrue(lines[0][1].startswith("20000 borders, "))
+
+    def test_a_mesh_sequence_spreads_over_fresh_processes(self):
+        relaxer = korvale.Relaxer(CUBE).keep("lengths").hold([0])
+        work = functools.partial(frame, relaxer)
+        context = multiprocessing.get_context("spawn")
+        with concurrent.futures.ProcessPoolExecutor(2, mp_context=context) as executor:
+            for here, there in zip(map(work, range(8)), executor.map(work, range(8))):
+                numpy.testing.assert_array_equal(here.points, there.points)
+                self.assertEqual(here[1:], there[1:])
+
+
+if __name__ == "__main__":
+    unittest.main()
