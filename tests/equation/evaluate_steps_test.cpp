@@ -15,8 +15,9 @@
 namespace korvale::test {
 namespace {
 
-/// The system that the functions below change.
+/// The system that the functions below change, and how many variables it has.
 EquationSystem* meddled_with;
+int all_variables;
 
 double set_third(double x)
 {
@@ -35,7 +36,7 @@ double swap_functions(double a, double b)
 /// Leaves the variables in their place or hides all but four.
 double hide_variables(double x)
 {
-    meddled_with->var_vals->count = meddled_with->var_vals->count == 4 ? 6 : 4;
+    meddled_with->var_vals->count = meddled_with->var_vals->count == 4 ? all_variables : 4;
     return x;
 }
 
@@ -45,7 +46,8 @@ double seven()
     return 7;
 }
 
-void fill_program(System& es, int equation, Random& random)
+/// `may_meddle` lets the functions above take part.
+void fill_program(System& es, int equation, Random& random, bool may_meddle)
 {
     const int kinds[] = {EQ_ITEM_CONSTANT, EQ_ITEM_VARIABLE, EQ_ITEM_VARIABLE, EQ_ITEM_SAMPLE, EQ_ITEM_UNARY,
                          EQ_ITEM_BINARY,   EQ_ITEM_BINARY,   EQ_ITEM_BINARY,   EQ_ITEM_TARGET, 6};
@@ -61,13 +63,13 @@ void fill_program(System& es, int equation, Random& random)
         if (random.one_in(300))
             kind = random.one_in(2) ? EQ_ITEM_END : static_cast<int>(random.bits());
         held += kind == EQ_ITEM_BINARY ? -1 : kind == EQ_ITEM_UNARY ? 0 : 1;
-        int operand = kind == EQ_ITEM_BINARY     ? (random.one_in(8) ? 19 : random.between(0, 4))
+        int operand = kind == EQ_ITEM_BINARY     ? (may_meddle && random.one_in(8) ? 19 : random.between(0, 4))
                       : kind == EQ_ITEM_UNARY    ? random.between(5, random.one_in(4) ? 14 : 9)
                       : kind == EQ_ITEM_VARIABLE ? random.between(0, 5)
                                                  : random.between(15, 16);
-        if (kind == EQ_ITEM_UNARY && random.one_in(8))
+        if (may_meddle && kind == EQ_ITEM_UNARY && random.one_in(8))
             operand = random.one_in(2) ? 18 : 20;
-        if (kind == EQ_ITEM_SAMPLE && random.one_in(8))
+        if (may_meddle && kind == EQ_ITEM_SAMPLE && random.one_in(8))
             operand = 21;
         if (kind == EQ_ITEM_VARIABLE && random.one_in(30))
             operand = random.one_in(2) ? -1 : static_cast<int>(random.bits() >> 33) + 6;
@@ -80,13 +82,20 @@ void fill_program(System& es, int equation, Random& random)
     es.kinds(equation)->count = count;
 }
 
-/// A system of six variables, the functions SETTHIRD (18), SWAP (19), HIDE (20) and SEVEN (21), and `programs`
-/// equations.
+/// A system of six variables or, at times, so many that a pass copies them only if it must, the functions SETTHIRD
+/// (18), SWAP (19), HIDE (20) and SEVEN (21), and `programs` equations.
 struct Composed : System {
     Composed(Random& random, int programs)
     {
         declare("a b", random.one_in(2));
         declare("c d", random.one_in(2));
+        const bool has_many = random.one_in(8), may_meddle = !has_many || random.one_in(4);
+        for (char first = 'e'; has_many && first <= 'f'; ++first)
+            for (char second = 'a'; second <= 'z'; ++second)
+                declare({first, second});
+        for (char first = 'A'; has_many && first <= 'Z'; ++first)
+            declare({first, '_'});
+        all_variables = get()->var_vals->count;
         add("SETTHIRD", set_third);
         add("SWAP", swap_functions);
         add("HIDE", hide_variables);
@@ -94,7 +103,7 @@ struct Composed : System {
         for (int i = 0; i < programs; ++i) {
             if (parse("a = 0") != 2)
                 std::abort();
-            fill_program(*this, i, random);
+            fill_program(*this, i, random, may_meddle);
         }
         for (int v = 0; v < 6; ++v)
             EqSetVariable(get(), v, random.awkward());
@@ -117,7 +126,7 @@ std::string outcome(uint64_t seed, int programs, Work work)
     meddled_with = es;
     EqSeed(static_cast<int>(seed));
     const double result = work(es);
-    es->var_vals->count = 6;
+    es->var_vals->count = all_variables;
     return (std::isnan(result) ? "nan" : describe(result)) + " " + std::to_string(Mwrand()) + "\n" +
            state_of(*es.get());
 }
