@@ -59,6 +59,8 @@ refuses "one folder is wanted" install one two
 refuses "nothing in $top/elsewhere/none that 'install' put there" uninstall none
 touch "$top/elsewhere/file"
 refuses "$top/elsewhere/file/below cannot be made" install file/below
+refuses "$project has the sources; name another folder" install "$project"
+(cd "$project" && refuses "has the sources" install . && exit $wrong) || wrong=1
 
 makes "$top/elsewhere/relative path/include/korvale.h" install "relative path"
 makes "$top/elsewhere/two/include/korvale.h" install --prefix two
