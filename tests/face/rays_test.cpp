@@ -131,6 +131,20 @@ TEST(FaceRayGrid, OverBorrowsAndTheOthersCopy)
     EXPECT_EQ(borrowed.distance({0.2, 0.2, 1}, {0, 0, -1}), 1.0 - 1e-7);
 }
 
+TEST(FaceRayGrid, RefusesFacesByTheirOwnNumbers)
+{
+    const std::vector<Point> square = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
+    const auto refusal = [&](std::vector<std::int32_t> sizes, std::vector<std::int32_t> corners) {
+        return refusal_of([&] { RayGrid(square, sizes, corners); });
+    };
+    EXPECT_EQ(refusal({4}, {0, 1, 2}),
+              "RayGrid: corners must be as many as the faces have together, 4, but there are 3");
+    EXPECT_EQ(refusal({3}, {0, 1, 2, 3}),
+              "RayGrid: corners must be as many as the faces have together, 3, but there are 4");
+    EXPECT_EQ(refusal({4}, {0, 1, 2, 4}), "RayGrid: corners must name vertices 0 to 3, but its corner 3 is 4");
+    EXPECT_EQ(refusal({-1}, {}), "RayGrid: face_sizes must be 0 or more, but face 0 has -1");
+}
+
 TEST(FaceRayGrid, MovesAndTakesNoTriangles)
 {
     RayGrid grid{std::vector<double>()};

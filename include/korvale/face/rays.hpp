@@ -220,16 +220,11 @@ private:
 
     static Fan fan(PointView vertices, std::span<const std::int32_t> face_sizes, std::span<const std::int32_t> corners)
     {
+        detail::require_faces("RayGrid", face_sizes, corners, vertices.size());
         std::vector<std::int32_t> triangles, faces;
         std::size_t first = 0;
         for (std::size_t f = 0; f < face_sizes.size(); ++f) {
-            if (face_sizes[f] < 0)
-                throw Error("RayGrid", "face_sizes", "be 0 or more",
-                            "face " + detail::text_of(f) + " has " + detail::text_of(face_sizes[f]));
             const auto n = static_cast<std::size_t>(face_sizes[f]);
-            if (n > corners.size() - first)
-                throw Error("RayGrid", "corners", "be as many as the faces have together",
-                            "there are " + detail::text_of(corners.size()));
             for (std::size_t k = 2; k < n; ++k) {
                 triangles.insert(triangles.end(), {corners[first], corners[first + k - 1], corners[first + k]});
                 faces.push_back(static_cast<std::int32_t>(f));

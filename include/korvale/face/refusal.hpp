@@ -190,6 +190,17 @@ private:
         last_word_ = word;
     }
 
+    /// "1e5" or "0x10": the letter before `second` only separates, so two numbers follow each other.
+    void look_for_number_like_word(std::size_t first, std::size_t second)
+    {
+        std::size_t last = second;
+        while (last < text_.size() && is_number_part(text_[last]))
+            ++last;
+        const std::string_view word = text_.substr(first, last - first);
+        if (last > second)
+            note(first, word, quoted(word) + " is no number: numbers have digits and a point, but no letters");
+    }
+
     void scan(std::size_t at)
     {
         while (at < text_.size()) {
@@ -204,8 +215,10 @@ private:
                     ++last;
                 operand(at, text_.substr(at, last - at));
                 last_word_ = text_.substr(at, last - at);
-                if (last < text_.size() && is_letter(text_[last]))
+                if (last < text_.size() && is_letter(text_[last])) {
                     ++last; // the character that ends a number is examined as an operator, which a letter is not
+                    look_for_number_like_word(at, last);
+                }
             } else {
                 sign(at, text_[at]);
             }

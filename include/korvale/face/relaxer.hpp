@@ -251,18 +251,8 @@ private:
         detail::count_for("Relaxer", "face_sizes", face_sizes.size(), 1);
         detail::count_for("Relaxer", "corners", corners.size(), 2);
         detail::count_for("Relaxer", "edges", edges.size(), 2);
-        detail::require_corners("Relaxer", "corners", corners, vertices.size());
+        detail::require_faces("Relaxer", face_sizes, corners, vertices.size());
         detail::require_corners("Relaxer", "edges", edges, vertices.size());
-        std::size_t wanted = 0;
-        for (std::size_t f = 0; f < face_sizes.size(); ++f) {
-            if (face_sizes[f] < 0)
-                throw Error("Relaxer", "face_sizes", "be 0 or more",
-                            "face " + detail::text_of(f) + " has " + detail::text_of(face_sizes[f]));
-            wanted += static_cast<std::size_t>(face_sizes[f]);
-        }
-        if (wanted != corners.size())
-            throw Error("Relaxer", "corners", "be as many as the faces have together, " + detail::text_of(wanted),
-                        "there are " + detail::text_of(corners.size()));
 
         State& s = *state_;
         s.reference.assign(vertices.coordinates().begin(), vertices.coordinates().end());

@@ -49,6 +49,23 @@ inline void require_corners(const char* function, const char* argument, std::spa
                         "its corner " + text_of(i) + " is " + text_of(corners[i]));
 }
 
+/// Throws unless the corners are vertices and as many as the faces have together.
+inline void require_faces(const char* function, std::span<const std::int32_t> face_sizes,
+                          std::span<const std::int32_t> corners, std::size_t vertices)
+{
+    require_corners(function, "corners", corners, vertices);
+    std::size_t wanted = 0;
+    for (std::size_t f = 0; f < face_sizes.size(); ++f) {
+        if (face_sizes[f] < 0)
+            throw Error(function, "face_sizes", "be 0 or more",
+                        "face " + text_of(f) + " has " + text_of(face_sizes[f]));
+        wanted += static_cast<std::size_t>(face_sizes[f]);
+    }
+    if (wanted != corners.size())
+        throw Error(function, "corners", "be as many as the faces have together, " + text_of(wanted),
+                    "there are " + text_of(corners.size()));
+}
+
 inline std::span<const std::int32_t> corners_of(std::span<const Triangle> triangles)
 {
     return {triangles.empty() ? nullptr : triangles[0].data(), 3 * triangles.size()};
