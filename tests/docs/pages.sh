@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# usage: pages.sh INSTALLED SOURCE BUILD WORK PAGE
+# usage: pages.sh INSTALLED BUILD WORK PAGE
 # Compiles and runs the code of a page as a reader would, in the order of the page, against an installed copy of the
 # library. Fails where something does not compile, fails, or prints other than the page says.
 #
@@ -10,7 +10,7 @@
 set -euo pipefail
 export LC_ALL=C
 shopt -s nullglob
-installed=$1 source=$2 build=$3 work=$4 page=$5
+installed=$1 build=$2 work=$3 page=$4
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 name=$(basename "$page" .md)
 work=$work/$name
@@ -45,7 +45,8 @@ cat >"$work/place/dev" <<TEXT
 TEXT
 chmod +x "$work/place/dev"
 mkdir "$work/place/korvale"
-echo "add_subdirectory(\"$source\" korvale)" >"$work/place/korvale/CMakeLists.txt"
+# In place of the sources, whose own targets the tests of consumers build below a project.
+echo "find_package(korvale REQUIRED GLOBAL PATHS \"$installed\" NO_DEFAULT_PATH)" >"$work/place/korvale/CMakeLists.txt"
 cd "$work/place"
 export HOME=$work/place/home
 
