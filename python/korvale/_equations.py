@@ -48,10 +48,11 @@ class Equations:
 
         A reserved variable takes the result of its equation at the end of a pass (`evaluate_all`) instead of at once.
         """
-        text = names if isinstance(names, str) else " ".join(names)
-        self._system.declare(_plain(text), bool(reserved))
-        if text.strip():
-            self._log.append(("declare", text, bool(reserved)))
+        text = " ".join(_listed(names, "Equations.declare", "names"))
+        is_reserved = _input.flag(reserved, "Equations.declare", "reserved")
+        self._system.declare(_input.text(text, "Equations.declare", "names"), is_reserved)
+        if text:
+            self._log.append(("declare", text, is_reserved))
 
     @property
     def variables(self) -> dict[str, float]:
@@ -97,12 +98,11 @@ class Equations:
         korvale._errors.EquationError: Equations.add: text must be an equation, but "y = SIN(x) / frequency" is \
 refused at character 14: "frequency" is neither a variable nor a function
         """
-        if not isinstance(equation, str):
-            raise refuse("Equations.add", "text", "be a str", f"it is {equation!r}")
+        plain = _input.text(equation, "Equations.add", "text")
         try:
-            number: int = self._system.add(_plain(equation))
+            number: int = self._system.add(plain)
         except EquationError as error:
-            message = str(error).replace(f'"{_plain(equation)}"', f'"{equation}"', 1)
+            message = str(error).replace(f'"{plain}"', f'"{equation}"', 1)
             word = equation[error.place:error.place + len(error.word)]
             raise EquationError(message, error.function, error.argument, error.place, word) from None
         self._log.append(("add", equation))
@@ -161,7 +161,10 @@ refused at character 14: "frequency" is neither a variable nor a function
         array([ 1., -1.])
         """
         name = "Equations.evaluate_all"
-        wanted = results.replace(",", " ").split() if isinstance(results, str) else list(results)
+        wanted = _listed(results, name, "results")
+        for variable in wanted:
+            if variable not in self:
+                raise refuse(name, "results", "name variables", f'"{variable}" is none')
         given, shape = self._columns(columns, values, name)
         if shape is None:
             self._system.evaluate_all()
@@ -190,13 +193,13 @@ refused at character 14: "frequency" is neither a variable nor a function
         given: list[tuple[str, Doubles]] = []
         shape: tuple[int, ...] | None = None
         numbers: list[tuple[str, float]] = []
-        for name, value in {**dict(columns or {}), **values}.items():
+        for name, value in _named(columns, values, function).items():
             if name not in self:
                 raise refuse(function, "columns", "name variables", f'"{name}" is none')
-            if isinstance(value, (int, float)) or numpy.ndim(value) == 0:
+            column = None if isinstance(value, (int, float)) else _column(value, function, name)
+            if column is None or column.ndim == 0:
                 numbers.append((name, _input.number(value, function, name)))
                 continue
-            column = _column(value, function, name)
             if shape is None:
                 shape = column.shape
             elif column.shape != shape:
@@ -232,9 +235,11 @@ refused at character 14: "frequency" is neither a variable nor a function
                 self.function(name, decorated, arguments=arguments)
                 return decorated
             return decorate
+        if not hasattr(callable, "__call__"):
+            raise refuse("Equations.function", "callable", "be a function", f"it is {callable!r}")
         n = _arguments_of(callable) if arguments is None else _input.count(arguments, "Equations.function",
                                                                           "arguments", 0, 2)
-        self._system.function(_plain(name), callable, n)
+        self._system.function(_input.text(name, "Equations.function", "name"), callable, n)
         self._log.append(("function", name, callable, n))
         return callable
 
@@ -245,12 +250,12 @@ refused at character 14: "frequency" is neither a variable nor a function
         that name the function: each place that does has a column of its own.
         """
         n = _input.count(rows, "Equations.make_table", "rows", 1)
-        self._system.make_table(_plain(name), n)
+        self._system.make_table(_input.text(name, "Equations.make_table", "name"), n)
         self._log.append(("make_table", name, n))
 
     def table(self, name: str) -> Doubles:
         """The values of a table, float64 (rows, columns); a copy. (0, 0) where there is none."""
-        return self._system.table(_plain(name))
+        return self._system.table(_input.text(name, "Equations.table", "name"))
 
     def fill_table(self, name: str, values: Any) -> None:
         """Gives the values (rows, columns) of a table that `make_table` made."""
@@ -259,7 +264,7 @@ refused at character 14: "frequency" is neither a variable nor a function
         if given.shape != shape:
             raise refuse("Equations.fill_table", "values", f"have the shape of the table, {shape}",
                          f"its shape is {given.shape}")
-        self._system.fill_table(_plain(name), given)
+        self._system.fill_table(name, given)
 
     @property
     def table_position(self) -> float:
@@ -309,7 +314,7 @@ def _restored(log: list[tuple[Any, ...]], variables: dict[str, float], tables: d
         else:  # a table, whose values are at hand, so that nothing is drawn
             equations._log.append((action, *arguments))
     for name, table in tables.items():
-        equations._system.restore_table(_plain(name), table)
+        equations._system.restore_table(name, table)
     for name, value in variables.items():
         equations._system.set(name, value)
     equations.table_position = position
@@ -326,7 +331,7 @@ def evaluate(expression: str, columns: Any = None, /, **values: Any) -> Any:
     >>> korvale.evaluate("a * x ^ 2", a=0.5, x=[1, 2, 3])
     array([0.5, 2. , 4.5])
     """
-    given = {**dict(columns or {}), **values}
+    given = _named(columns, values, "evaluate")
     result = next(name for name in _names() if name not in given)
     equations = Equations([*given, result])
     equations.add(f"{result} = {expression}")
@@ -337,9 +342,25 @@ def _names() -> Iterator[str]:
     return ("result" + "x" * n for n in range(7))
 
 
-def _plain(text: str) -> str:
-    """The text with a question mark, which only separates, for each character beyond ASCII, so that places agree."""
-    return text if text.isascii() else text.encode("ascii", "replace").decode()
+def _listed(names: Any, function: str, argument: str) -> list[str]:
+    """Names from a text or a list of them."""
+    if isinstance(names, str):
+        return names.replace(",", " ").replace(";", " ").split()
+    must = "be names, in a str or a list"
+    given = _input.items(names, function, argument, must)
+    if not all(isinstance(name, str) for name in given):
+        raise refuse(function, argument, must, "not all are str")
+    return given
+
+
+def _named(columns: Any, values: dict[str, Any], function: str) -> dict[str, Any]:
+    """Columns by their names, from a mapping and from keywords."""
+    if columns is None:
+        return values
+    if not hasattr(columns, "keys") or not all(isinstance(name, str) for name in columns.keys()):
+        raise refuse(function, "columns", "be a mapping from names to numbers or arrays",
+                     f"it is {_input._shown(columns)}")
+    return {**{name: columns[name] for name in columns.keys()}, **values}
 
 
 def _column(value: Any, function: str, name: str) -> Doubles:

@@ -45,6 +45,30 @@ def count(value: Any, function: str, argument: str, least: int = 0, most: int = 
     return n
 
 
+def flag(value: Any, function: str, argument: str) -> bool:
+    """Yes or no."""
+    if isinstance(value, (bool, numpy.bool_)) or (isinstance(value, (int, numpy.integer)) and value in (0, 1)):
+        return bool(value)
+    raise refuse(function, argument, "be True or False", f"it is {_shown(value)}")
+
+
+def text(value: Any, function: str, argument: str) -> str:
+    """A text; characters beyond ASCII, of which none has a meaning, become question marks, so that places agree."""
+    if not isinstance(value, str):
+        raise refuse(function, argument, "be a str", f"it is {_shown(value)}")
+    return value if value.isascii() else value.encode("ascii", "replace").decode()
+
+
+def items(value: Any, function: str, argument: str, must: str) -> list[Any]:
+    """The items of something to go through."""
+    if not isinstance(value, (str, bytes)):
+        try:
+            return list(value)
+        except TypeError:
+            pass
+    raise refuse(function, argument, must, f"it is {_shown(value)}")
+
+
 def array(value: Any, function: str, argument: str, must: str) -> Numbers:
     """Numbers as an array of doubles, without a copy where they are that already."""
     if hasattr(value, "coords") and not isinstance(value, numpy.ndarray):
@@ -100,10 +124,11 @@ def point(value: Any, function: str, argument: str) -> Numbers:
     raise refuse(function, argument, must, f"its shape is {given.shape}")
 
 
-def points_or_point(value: Any, function: str, argument: str) -> Numbers:
-    """Points (N, 3); a single one becomes (1, 3)."""
+def points_or_point(value: Any, function: str, argument: str) -> tuple[Numbers, bool]:
+    """Points (N, 3), and whether they were a single one, (3,), which becomes (1, 3)."""
     given = array(value, function, argument, "be points, (N, 3) or (3,)")
-    return points(given[None] if given.ndim == 1 and given.size else given, function, argument)
+    is_single = given.ndim == 1 and given.size > 0
+    return points(given[None] if is_single else given, function, argument), is_single
 
 
 def finite(given: Numbers, function: str, argument: str) -> Numbers:
@@ -124,6 +149,8 @@ def _path_outlines(path: Any, function: str, argument: str) -> list[Numbers]:
     if codes is None:
         return [points(path.vertices, function, argument)]
     codes = numpy.asarray(codes)
+    if codes.shape != numpy.shape(path.vertices)[:1]:
+        raise refuse(function, argument, "have a code for each vertex", f"there are {codes.size}")
     if not numpy.isin(codes, (_MOVE, _LINE, _CLOSE)).all():  # curves, which the path flattens itself
         return [points(polygon, function, argument) for polygon in path.to_polygons() if len(polygon) > 2]
     given = points(path.vertices, function, argument)
@@ -161,7 +188,8 @@ def _is_row_of_rows(value: Any) -> bool:
 def outline_or_shape(value: Any, function: str, argument: str) -> Any:
     """One outline as an array (N, 3), or an outer outline and its holes as a list of such arrays."""
     if hasattr(value, "exterior") and hasattr(value, "interiors"):
-        return [points(ring, function, argument) for ring in (value.exterior, *value.interiors)]
+        holes = items(value.interiors, function, argument, "have interiors")
+        return [points(ring, function, argument) for ring in (value.exterior, *holes)]
     if hasattr(value, "geoms"):
         raise refuse(function, argument, "be one outline or shape",
                      f"it has {len(value.geoms)}: take its .geoms singly")
@@ -213,7 +241,7 @@ def _is_inside(p: Numbers, outline: Numbers) -> bool:
 
 def shapes_of(outlines: Iterable[Numbers]) -> list[list[Numbers]]:
     """Sorts outlines into shapes: those inside an even number of others are outer ones, the rest their holes."""
-    rings = [without_repeat(outline) for outline in outlines]
+    rings = [ring for ring in map(without_repeat, outlines) if len(ring)]
     holders = [[k for k, other in enumerate(rings) if k != i and _is_inside(ring[0], other)]
                for i, ring in enumerate(rings)]
     shapes = {i: [ring] for i, ring in enumerate(rings) if len(holders[i]) % 2 == 0}
@@ -297,8 +325,9 @@ def mesh(value: Any, more: Any, function: str) -> tuple[Numbers, Numbers | None,
 
 def _meshio(given: Any, function: str) -> tuple[Numbers, Numbers | None, Numbers]:
     vertices = finite(points(given.points, function, "mesh.points"), function, "mesh.points")
-    blocks = given.cells.items() if hasattr(given.cells, "items") else (
-        (block.type, block.data) if hasattr(block, "type") else block for block in given.cells)
+    cells = given.cells.items() if hasattr(given.cells, "items") else given.cells
+    blocks = [(block.type, block.data) if hasattr(block, "type") else block
+              for block in items(cells, function, "mesh.cells", "be blocks of cells")]
     rows: list[Any] = []
     for kind, data in blocks:
         if kind in ("triangle", "quad", "polygon"):

@@ -8,7 +8,7 @@ import numpy
 
 from . import _input, _korvale
 from ._errors import refuse
-from ._transform import Srt, matrices
+from ._transform import Srt, Transform, matrices
 from ._types import Doubles, Numbers
 
 
@@ -19,9 +19,9 @@ class _Single:
         self.is_single = True
 
     def vectors(self, value: Any, function: str, argument: str) -> Doubles:
-        if numpy.ndim(value) != 1:
-            self.is_single = False
-        return _input.points_or_point(value, function, argument)
+        given, is_single = _input.points_or_point(value, function, argument)
+        self.is_single &= is_single
+        return given
 
     def rows(self, value: Any, tail: tuple[int, ...], function: str, argument: str) -> Doubles:
         text = ", ".join(map(str, tail))
@@ -36,8 +36,7 @@ class _Single:
 
     def matrices(self, value: Any, function: str, argument: str) -> Doubles:
         given = matrices(value, function, argument)
-        if numpy.ndim(value) == 3:
-            self.is_single = False
+        self.is_single &= isinstance(value, Transform) or numpy.ndim(value) < 3
         return given
 
     def result(self, rows: Numbers) -> Any:

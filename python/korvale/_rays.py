@@ -63,7 +63,8 @@ class RayGrid:
             if copy and numpy.may_share_memory(corners, mesh if isinstance(mesh, numpy.ndarray) else corners):
                 corners = corners.copy()
         if cells is not None:
-            cells = tuple(_input.count(n, "RayGrid", "cells", 1) for n in cells)
+            cells = tuple(_input.count(n, "RayGrid", "cells", 1)
+                          for n in _input.items(cells, "RayGrid", "cells", "be three numbers"))
             if len(cells) != 3:
                 raise refuse("RayGrid", "cells", "be three numbers", f"there are {len(cells)}")
         self._grid = _korvale.Grid(corners, cells)
@@ -109,8 +110,8 @@ class RayGrid:
         progress: see `Relaxer.run`; it is told of the rays done.
         """
         name = "RayGrid.cast"
-        start = _input.finite(_input.points_or_point(origins, name, "origins"), name, "origins")
-        along = _input.finite(_input.points_or_point(directions, name, "directions"), name, "directions")
+        start = _input.finite(_input.points_or_point(origins, name, "origins")[0], name, "origins")
+        along = _input.finite(_input.points_or_point(directions, name, "directions")[0], name, "directions")
         n = len(along) if len(start) == 1 else len(start)
         if len(along) not in (1, n):
             raise refuse(name, "directions", f"be 1 or as many as the {n} origins", f"there are {len(along)}")

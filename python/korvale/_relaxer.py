@@ -47,7 +47,7 @@ class Relaxer:
         self._held: Numbers | None = None
         if edges is not None:
             vertices = _input.finite(_input.points(mesh, "Relaxer", "vertices"), "Relaxer", "vertices")
-            pairs = numpy.asarray(edges)
+            pairs = _numbers(edges)
             if triangles is not None or pairs.dtype.kind not in "iu" or pairs.ndim != 2 or pairs.shape[1] != 2:
                 raise refuse("Relaxer", "edges", "be whole numbers (E, 2), without triangles",
                              f"its shape is {pairs.shape}")
@@ -80,8 +80,10 @@ class Relaxer:
 
         weight: above 0. Volume needs a closed mesh that is turned one way. Returns the relaxer.
         """
-        self._mesh.keep(str(measure), _input.number(weight, "Relaxer.keep", "weight"))
-        self._kept[str(measure)] = float(weight)
+        name = _input.text(measure, "Relaxer.keep", "measure")
+        number = _input.number(weight, "Relaxer.keep", "weight")
+        self._mesh.keep(name, number)
+        self._kept[name] = number
         return self
 
     def hold(self, which: Any) -> Relaxer:
@@ -89,12 +91,12 @@ class Relaxer:
 
         An empty list frees all. Returns the relaxer.
         """
-        mask = numpy.asarray(which)
+        mask = _numbers(which)
         n = len(self)
         if mask.dtype != bool:
             if mask.size and (mask.dtype.kind not in "iu" or mask.ndim != 1):
                 raise refuse("Relaxer.hold", "which", f"be truths ({n},) or numbers of points",
-                             f"it is {mask.dtype} {mask.shape}")
+                             f"it is {_input._shown(which)}")
             numbers = mask.astype(numpy.intp)
             _input._require_vertices(numbers, n, "Relaxer.hold", "which")
             mask = numpy.zeros(n, bool)
@@ -181,6 +183,14 @@ class Relaxer:
 
     def __reduce__(self) -> Any:
         return _restored, (self._given, self._kept, self._held)
+
+
+def _numbers(value: Any) -> Numbers:
+    """An array; one of no numbers where rows differ in length."""
+    try:
+        return numpy.asarray(value)
+    except ValueError:
+        return numpy.array(None)
 
 
 def _restored(given: tuple[Any, ...], kept: dict[str, float], held: Numbers | None) -> Relaxer:

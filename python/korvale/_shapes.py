@@ -94,7 +94,8 @@ def shapes(path: Any) -> list[list[Doubles]]:
     """
     if hasattr(path, "vertices") and hasattr(path, "codes"):
         return _input.shapes_of(_input._path_outlines(path, "shapes", "path"))
-    return _input.shapes_of(_input.points(outline, "shapes", "path") for outline in path)
+    given = _input.items(path, "shapes", "path", "be outlines")
+    return _input.shapes_of([_input.points(outline, "shapes", "path") for outline in given])
 
 
 def band(line: Any, distance: float, *, height: float = 0.0, both_sides: bool = False, up: Any = None) -> Band:

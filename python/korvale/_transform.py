@@ -51,7 +51,7 @@ class Transform:
     @classmethod
     def scaling(cls, scale: Any) -> Transform:
         """Scales by (3,), or by one number in all directions."""
-        if numpy.ndim(scale) == 0:
+        if numpy.isscalar(scale):
             scale = (scale,) * 3
         return cls._of(_korvale.scaling(_vector(scale, "Transform.scaling", "scale")))
 
@@ -166,10 +166,10 @@ def matrices(value: Any, function: str, argument: str, single: bool = False) -> 
 
 def _carry(by: Any, matrix: Any, rows: Any, out: Doubles | None, function: str, argument: str) -> Doubles:
     m = matrices(matrix, function, "matrices")
-    given = _input.points_or_point(rows, function, argument)
-    is_single = numpy.ndim(rows) == 1 and len(m) == 1 and len(given) == 1 and numpy.ndim(matrix) != 3
+    given, is_single = _input.points_or_point(rows, function, argument)
     n = len(given) if len(m) == 1 else len(m)
-    result = _input.output(out, (3,) if is_single else (n, 3), function)
+    alone = is_single and (isinstance(matrix, Transform) or numpy.ndim(matrix) < 3)
+    result = _input.output(out, (3,) if alone else (n, 3), function)
     by(m, given, result)
     return result
 

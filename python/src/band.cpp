@@ -67,7 +67,7 @@ Band restored(const py::tuple& state)
 Band band_of(py::handle line, py::handle distance, py::handle height, py::handle both_sides, py::handle up)
 {
     const PointsIn points(line, "band", "line");
-    BandOptions options = {number_of(height, "band", "height"), truth_of(both_sides), {}};
+    BandOptions options = {number_of(height, "band", "height"), flag_of(both_sides, "band", "both_sides"), {}};
     if (!up.is_none())
         options.up = PointsIn(converted("point", up, "band", "up"), "band", "up").view()[0];
     const double d = number_of(distance, "band", "distance");

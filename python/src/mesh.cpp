@@ -42,7 +42,7 @@ Mesh bevel_of(const py::list& outlines, const py::array_t<double, py::array::c_s
 {
     const ShapeIn shape(outlines, "bevel", "outline");
     const std::vector<PointView> views = shape.views();
-    const bool is_split = truth_of(split);
+    const bool is_split = flag_of(split, "bevel", "split");
     static_assert(sizeof(BevelStep) == 2 * sizeof(double));
     std::vector<BevelStep> steps;
     for (py::ssize_t i = 0; i < profile.shape(0); ++i)
@@ -54,7 +54,7 @@ Mesh bevel_of(const py::list& outlines, const py::array_t<double, py::array::c_s
 Mesh tube_of(py::handle path, py::handle section, py::handle closed, py::handle caps)
 {
     const PointsIn points(path, "tube", "path"), around(section, "tube", "section");
-    const TubeOptions options = {truth_of(closed), truth_of(caps)};
+    const TubeOptions options = {flag_of(closed, "tube", "closed"), flag_of(caps, "tube", "caps")};
     const PointView along = options.closed ? points.outline() : points.view();
     const py::gil_scoped_release unlocked;
     return tube(along, around.outline(), options);

@@ -65,7 +65,9 @@ py::object offset_any(py::handle outline, py::handle distance, py::handle height
                       py::handle split)
 {
     const double d = number_of(distance, "offset", "distance");
-    const OffsetOptions options = {number_of(height, "offset", "height"), truth_of(keep_vertices), truth_of(split)};
+    const OffsetOptions options = {number_of(height, "offset", "height"),
+                                   flag_of(keep_vertices, "offset", "keep_vertices"),
+                                   flag_of(split, "offset", "split")};
     if (is_plain_points(outline))
         return py::cast(offset_of(PointsIn(outline, "offset", "outline").outline(), d, options));
 

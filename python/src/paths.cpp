@@ -17,7 +17,8 @@ py::array array_of(const Transform& transform)
 py::tuple flatten_of(py::handle path, py::handle closed, py::handle by_extremes)
 {
     const PointsIn points(path, "flatten", "path");
-    const FlattenOptions options = {truth_of(closed), truth_of(by_extremes)};
+    const FlattenOptions options = {flag_of(closed, "flatten", "closed"),
+                                    flag_of(by_extremes, "flatten", "by_extremes")};
     const PointView view = options.closed ? points.outline() : points.view();
     Flattening way;
     {
@@ -30,7 +31,7 @@ py::tuple flatten_of(py::handle path, py::handle closed, py::handle by_extremes)
 py::array frames_of(py::handle path, py::handle closed)
 {
     const PointsIn points(path, "frames", "path");
-    const bool is_closed = truth_of(closed);
+    const bool is_closed = flag_of(closed, "frames", "closed");
     const PointView view = is_closed ? points.outline() : points.view();
     py::array_t<double> output({static_cast<py::ssize_t>(view.size()), py::ssize_t{4}, py::ssize_t{4}});
     const std::span<Transform> frame(reinterpret_cast<Transform*>(output.mutable_data()), view.size());

@@ -97,7 +97,7 @@ py::tuple run(Mesh& mesh, py::array points, int steps, double energy, double lea
             const py::gil_scoped_acquire locked;
             try {
                 const py::object answer = progress(done, now);
-                return answer.is_none() || truth_of(answer);
+                return answer.is_none() || answer.cast<bool>();
             } catch (py::error_already_set& error) {
                 raised.emplace(std::move(error));
                 return false;

@@ -104,12 +104,12 @@ inline double number_of(py::handle object, const char* function, const char* arg
     return converted("number", object, function, argument).cast<double>();
 }
 
-inline bool truth_of(py::handle object)
+/// A yes or no handed in.
+inline bool flag_of(py::handle object, const char* function, const char* argument)
 {
-    const int truth = PyObject_IsTrue(object.ptr());
-    if (truth < 0)
-        throw py::error_already_set();
-    return truth == 1;
+    if (PyBool_Check(object.ptr()))
+        return object.ptr() == Py_True;
+    return converted("flag", object, function, argument).cast<bool>();
 }
 
 /// An array over memory that `base` keeps alive.
