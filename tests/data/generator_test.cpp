@@ -94,19 +94,6 @@ TEST(OwnGenerator, TakesTheFirstTriangleThatReachesTheDraw)
     }
 }
 
-TEST(OwnGenerator, ADrawThatEqualsAShareTakesItsTriangle)
-{
-    // The first triangle has no area, so its share is 0, which a draw of 0 reaches; a draw of 1 does not.
-    numbers = {0, 0, 0, 1, 0, 0};
-    auto triangles = doubles<Data>(9, {0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 2, 3, 0, 2, 0, 1, 2});
-    for (const int count : {2, 40, 70000}) {
-        auto points = array_of<Data>(DATA_TYPE_DOUBLE, count, 3);
-        DataTriSample(triangles, 1, points, nullptr, nullptr);
-        for (int i = 0; i < count; ++i)
-            ASSERT_EQ(points->dvals[3 * i + 2], i % 2 == 0 ? 1.0 : 2.0) << i;
-    }
-}
-
 TEST(OwnGenerator, MayGiveNumbersBeyondItsRange)
 {
     numbers = {40000, -3, 5, -1, 2, 3};
