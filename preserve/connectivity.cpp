@@ -206,12 +206,6 @@ void group_by_point(PreserveStatus& s)
                 grouped[place++] = f;
         };
         for_each_face(faces_of(s), [=](const int32_t* corners, int32_t n, int32_t, int32_t f) {
-            if (n == 3) { // as nearly all have
-                put(corners[0], f);
-                put(corners[1], f);
-                put(corners[2], f);
-                return;
-            }
             for (int32_t k = 0; k < n; ++k)
                 put(corners[k], f);
         });
