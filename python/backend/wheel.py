@@ -49,9 +49,10 @@ def tag():
 def compile_package(folder):
     """Builds the package folder and returns its parent."""
     generator = ["-G", "Ninja"] if shutil.which("ninja") and not (folder / "CMakeCache.txt").exists() else []
-    configure = ["cmake", "-S", SOURCES, "-B", folder, *generator, "-DCMAKE_BUILD_TYPE=Release"]
-    options = ["-DKORVALE_PYTHON=ON", "-DKORVALE_INSTALL=OFF", f"-DPYTHON_EXECUTABLE={sys.executable}", "-Wno-dev"]
-    subprocess.run(configure + options, check=True, stdout=sys.stderr)
+    flags = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O2", f"-DPYTHON_EXECUTABLE={sys.executable}"]
+    options = ["-DKORVALE_PYTHON=ON", "-DKORVALE_INSTALL=OFF", "-Wno-dev"]
+    configure = ["cmake", "-S", SOURCES, "-B", folder, *generator, *flags, *options]
+    subprocess.run(configure, check=True, stdout=sys.stderr)
     build = ["cmake", "--build", folder, "--target", "python_package", "--parallel", str(os.cpu_count())]
     subprocess.run(build, check=True, stdout=sys.stderr)
     return folder / "python"

@@ -292,6 +292,17 @@ auto* output_like(Call& call, const std::shared_ptr<Object>& output, const Objec
     return shaped;
 }
 
+/// Raises for arrays that are part of a status: a copy would share them.
+void refuse_parts(const Call&, const Table&)
+{
+}
+
+void refuse_parts(const Call& call, const Tree& source)
+{
+    if (source.is_part && source.record != nullptr && source.record->type == DATA_TYPE_DATA)
+        call.refuse("the arrays in the slots belong to a status and cannot be shared: copy one by one");
+}
+
 template <class Object, class R>
 void def_operations(py::module_& m, const char* cat_name, int (*cat)(R*, R*, R*), const char* copy_name,
                     int (*copy)(R*, R*), const char* box_name, int (*box_around)(R*, R*), const char* xfm_name,
@@ -303,6 +314,8 @@ void def_operations(py::module_& m, const char* cat_name, int (*cat)(R*, R*, R*)
         [=](const Held& first, const Held& second, const Held& output) {
             Call call(cat_name);
             R *const a = call.read(first, "first"), *const b = call.read(second, "second");
+            refuse_parts(call, *first);
+            refuse_parts(call, *second);
             R* const o = call.shape(output, "output");
             return call.run([=] { return cat(a, b, o); });
         },
@@ -311,7 +324,9 @@ void def_operations(py::module_& m, const char* cat_name, int (*cat)(R*, R*, R*)
         copy_name,
         [=](const Held& source, const Held& output) {
             Call call(copy_name);
-            R *const s = call.read(source, "source"), *const o = call.shape(output, "output");
+            R* const s = call.read(source, "source");
+            refuse_parts(call, *source);
+            R* const o = call.shape(output, "output");
             return call.run([=] { return copy(s, o); });
         },
         py::arg("source"), py::arg("output"), described(copy_name));

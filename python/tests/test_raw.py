@@ -130,6 +130,14 @@ class MisuseTest(unittest.TestCase):
         with self.assertRaises(ValueError):
             es.equations.pvals[0].ivals[0] = 99
 
+    def test_the_arrays_of_a_status_are_not_shared(self):
+        es = system("y = x")
+        self.refused(ValueError, "belong to a status", raw.DATACopy, es.equations, raw.DATAstruct())
+        self.refused(ValueError, "belong to a status", raw.DATACat, es.tables, es.tables, raw.DATAstruct())
+        copy = raw.DATAstruct()
+        self.assertEqual(raw.DATACopy(es.equations.pvals[0], copy), 1)
+        self.assertEqual(copy.ivals[0, 0], raw.EQ_ITEM_TARGET)
+
     def test_a_disposed_system_is_refused(self):
         es = system("y = x")
         values = es.var_vals
