@@ -70,3 +70,9 @@ __all__ = [
     "random", "raw", "reverse", "rotation", "rotation_in_degrees", "scaling", "scatter", "seed", "shapes", "solve",
     "take_apart", "transform_points", "transform_vectors", "translation", "transpose", "triangulate", "tube",
 ]
+
+# Public classes show themselves, and are pickled, by the place where people find them.
+for _name in __all__:
+    if isinstance(globals()[_name], type):
+        globals()[_name].__module__ = __name__
+del _name

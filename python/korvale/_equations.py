@@ -95,7 +95,7 @@ class Equations:
         >>> korvale.Equations("y x").add("y = SIN(x) / frequency")
         Traceback (most recent call last):
         ...
-        korvale._errors.EquationError: Equations.add: text must be an equation, but "y = SIN(x) / frequency" is \
+        korvale.EquationError: Equations.add: text must be an equation, but "y = SIN(x) / frequency" is \
 refused at character 14: "frequency" is neither a variable nor a function
         """
         plain = _input.text(equation, "Equations.add", "text")

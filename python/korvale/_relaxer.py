@@ -126,7 +126,7 @@ class Relaxer:
         points: (N, 3), the deformed mesh. steps: at most. energy: stop at this energy or below. least_drop: stop when
         a step lowers the energy by less than this share of it.
         progress: called after every step as progress(step, energy), False stops; or a bar with `update(n)`, such as
-            tqdm's; or the class of such bars.
+            tqdm's; or the class of such bars. An interrupt from the keyboard ends the run in any case.
         out: where the moved points go, which may be `points` itself; else a new array.
         """
         name = "Relaxer.run"

@@ -1,4 +1,6 @@
 // Meshes that remember their shape.
+#include <chrono>
+
 #include "support.h"
 
 namespace korvale::python {
@@ -86,23 +88,33 @@ double step(Mesh& mesh, py::array points, int steps)
     return mesh.relaxer.step(moving, steps);
 }
 
-/// Returns (steps, energy, why). What `progress` raises stops the run and is raised again.
+/// Returns (steps, energy, why). What `progress` raises stops the run and is raised again; so is what a signal raises,
+/// such as an interrupt from the keyboard, which is looked for now and then.
 py::tuple run(Mesh& mesh, py::array points, int steps, double energy, double least_drop, const py::object& progress)
 {
+    using Clock = std::chrono::steady_clock;
+    constexpr auto kPatience = std::chrono::milliseconds(100);
     const PointSpan moving = points_to_move(points);
-    RunOptions options = {steps, energy, least_drop, {}};
     std::optional<py::error_already_set> raised;
-    if (!progress.is_none())
-        options.progress = [&](int done, double now) {
-            const py::gil_scoped_acquire locked;
-            try {
-                const py::object answer = progress(done, now);
-                return answer.is_none() || answer.cast<bool>();
-            } catch (py::error_already_set& error) {
-                raised.emplace(std::move(error));
-                return false;
-            }
-        };
+    const auto tell = [&](int done, double now) {
+        const py::gil_scoped_acquire locked;
+        try {
+            if (PyErr_CheckSignals() != 0)
+                throw py::error_already_set();
+            return progress.is_none() || progress(done, now).cast<bool>();
+        } catch (py::error_already_set& error) {
+            raised.emplace(std::move(error));
+            return false;
+        }
+    };
+    auto looked = Clock::now();
+    const RunOptions options = {steps, energy, least_drop, [&](int done, double now) {
+                                    if (progress.is_none() && Clock::now() - looked < kPatience)
+                                        return true;
+                                    const bool goes_on = tell(done, now);
+                                    looked = Clock::now();
+                                    return goes_on;
+                                }};
     Relaxation result;
     {
         const bool is_long = mesh.is_long(steps);

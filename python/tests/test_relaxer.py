@@ -2,6 +2,7 @@
 
 import copy
 import pickle
+import signal
 import unittest
 
 import korvale
@@ -92,6 +93,23 @@ class RelaxerTest(RefusingTest):
         with self.assertRaisesRegex(RuntimeError, "enough"):
             self.relaxer.run(stretched(), progress=fail)
         self.assertEqual(self.relaxer.run(stretched(), steps=1).steps, 1)
+
+    def test_ends_when_interrupted(self):
+        def interrupt(*ignored):
+            raise KeyboardInterrupt
+
+        circle = numpy.linspace(0, 2 * numpy.pi, 2000, endpoint=False)
+        path = numpy.stack([9 * numpy.cos(circle), 9 * numpy.sin(circle), 0 * circle], axis=1)
+        tube = korvale.tube(path, [(1, 0), (0, 1), (-1, 0), (0, -1)], closed=True)
+        relaxer = korvale.Relaxer(tube).keep("lengths")
+        before = signal.signal(signal.SIGALRM, interrupt)
+        signal.setitimer(signal.ITIMER_REAL, 0.3)
+        try:
+            with self.assertRaises(KeyboardInterrupt):
+                relaxer.run(tube.vertices * (1.5, 1, 1), steps=10**9)
+        finally:
+            signal.setitimer(signal.ITIMER_REAL, 0)
+            signal.signal(signal.SIGALRM, before)
 
     def test_refuses_to_be_called_by_its_own_progress(self):
         with self.assertRaisesRegex(korvale.Error, "Relaxer.energy: the object must be free"):
