@@ -24,7 +24,7 @@ GARBAGE = [
     numpy.full((4, 3), numpy.nan), numpy.full((4, 3), 1e308), numpy.full((4, 3), numpy.inf), numpy.zeros((2, 2, 2)),
     numpy.zeros((2, 3, 3)), numpy.array("x"), numpy.array(["2020-01-01"], "M8[D]"), numpy.zeros(3, [("x", float)]),
     numpy.array([object()]), numpy.ma.masked_array([1, 2, 3]), numpy.float32(1), numpy.arange(12).reshape(4, 3),
-    numpy.arange(12, dtype=numpy.uint64).reshape(4, 3), numpy.zeros((4, 3), bool), SQUARE, SQUARE.tolist(),
+    numpy.arange(12, dtype=numpy.uint64).reshape(4, 3), numpy.zeros((4, 3), bool), SQUARE.copy(), SQUARE.tolist(),
     [SQUARE, None], [SQUARE, "x"], CUBE, (VERTICES, TRIANGLES), korvale.offset(SQUARE, 1), PLACE, GRID, RELAXER,
     EQUATIONS, Odd(vertices=1, faces=2), Odd(vertices=1, codes=[1, 2]), Odd(vertices=SQUARE, codes=[1]),
     Odd(exterior=1, interiors=2), Odd(points=SQUARE, cells=3), Odd(coords=None), Odd(geoms=[]),
@@ -103,6 +103,7 @@ CALLS = [
 
 class GarbageTest(unittest.TestCase):
     def test_is_taken_or_refused_by_name(self):
+        before = [array.copy() for array in (SQUARE, HOLE, LINE, VERTICES, MATRICES, X)]
         refused = 0
         for function, *arguments, named in CALLS:
             function(*arguments, **named)
@@ -119,6 +120,8 @@ class GarbageTest(unittest.TestCase):
                     except Exception as error:
                         self.fail(f"{function} {place} {odd!r}: {type(error).__name__}: {error}")
         self.assertGreater(refused, 5000)
+        for array, known in zip((SQUARE, HOLE, LINE, VERTICES, MATRICES, X), before):
+            numpy.testing.assert_array_equal(array, known)  # inputs stay as they were
 
 
 if __name__ == "__main__":
