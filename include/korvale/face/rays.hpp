@@ -40,7 +40,7 @@ struct RayColumns {
 ///
 /// Queries write marks into the grid, so one grid belongs to one thread at a time; make one for each thread. A triangle
 /// that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles measure about
-/// 0.01 or more.
+/// 0.01 or more. The length of a direction does not matter, but one shorter than 1e-06 meets nothing.
 class RayGrid {
 public:
     /// Triangles given by their corners, which are copied. Without a `size`, one that suits them is chosen.
