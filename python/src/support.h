@@ -99,8 +99,13 @@ private:
 /// A finite number handed in.
 inline double number_of(py::handle object, const char* function, const char* argument)
 {
-    if (PyFloat_CheckExact(object.ptr()))
+    if (PyFloat_Check(object.ptr()))
         return PyFloat_AS_DOUBLE(object.ptr());
+    if (int overflow = 0; PyLong_CheckExact(object.ptr())) {
+        const long value = PyLong_AsLongAndOverflow(object.ptr(), &overflow);
+        if (overflow == 0)
+            return static_cast<double>(value);
+    }
     return converted("number", object, function, argument).cast<double>();
 }
 
