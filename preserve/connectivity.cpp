@@ -95,6 +95,42 @@ void count_edges(const Edges& edges, DATAstruct& counts)
     }
 }
 
+/// Where each point's run starts when the runs follow one another, and a cursor there in place of its length. Returns
+/// the length of all.
+int32_t start_runs(int32_t points, int32_t* start, int32_t* cursor)
+{
+    int32_t slots = 0;
+    for (int32_t v = 0; v < points; ++v) {
+        start[v] = slots;
+        slots += cursor[v];
+        cursor[v] = start[v];
+    }
+    return slots;
+}
+
+/// The faces at each point, in runs as long as those of its edges; -1 where there are fewer.
+void group_faces(const Faces& faces, int32_t slots, int32_t* cursor, int32_t* grouped)
+{
+    std::fill(grouped, grouped + slots, -1);
+    for_each_face(faces, [=](const int32_t* corners, int32_t n, int32_t, int32_t f) {
+        for (int32_t k = 0; k < n; ++k) {
+            int32_t& place = cursor[corners[k]];
+            if (place < slots) // Deliberate: beyond the point's own run as well
+                grouped[place++] = f;
+        }
+    });
+}
+
+/// The edges at each point.
+void group_edges(const Edges& edges, int32_t* cursor, int32_t* grouped)
+{
+    const int32_t* end = edges.ends;
+    for (int32_t e = 0; e < edges.count; ++e, end += 2) {
+        grouped[cursor[end[0]]++] = e;
+        grouped[cursor[end[1]]++] = e;
+    }
+}
+
 } // namespace
 
 void release(DATAstruct*& d)
@@ -188,39 +224,17 @@ void group_by_point(PreserveStatus& s)
         return;
     int32_t* const start = s.point_edge_start->ivals;
     int32_t* const cursor = s.point_edge_count->ivals;
-    int32_t slots = 0;
-    for (int32_t v = 0; v < points; ++v) {
-        start[v] = slots;
-        slots += cursor[v];
-        cursor[v] = start[v];
-    }
+    const int32_t slots = start_runs(points, start, cursor);
 
     if (s.face_points != nullptr)
         s.point_faces = new_list(DATA_TYPE_INT, slots, 1);
     if (s.point_faces != nullptr) {
-        int32_t* const grouped = s.point_faces->ivals;
-        std::fill(grouped, grouped + slots, -1);
-        const auto put = [=](int32_t point, int32_t f) {
-            int32_t& place = cursor[point];
-            if (place < slots) // Deliberate: beyond the point's own run as well
-                grouped[place++] = f;
-        };
-        for_each_face(faces_of(s), [=](const int32_t* corners, int32_t n, int32_t, int32_t f) {
-            for (int32_t k = 0; k < n; ++k)
-                put(corners[k], f);
-        });
+        group_faces(faces_of(s), slots, cursor, s.point_faces->ivals);
         std::copy(start, start + points, cursor);
     }
-
     s.point_edges = new_list(DATA_TYPE_INT, slots, 1);
-    if (s.point_edges != nullptr) {
-        int32_t* const grouped = s.point_edges->ivals;
-        const int32_t* end = edges.ends;
-        for (int32_t e = 0; e < edges.count; ++e, end += 2) {
-            grouped[cursor[end[0]]++] = e;
-            grouped[cursor[end[1]]++] = e;
-        }
-    }
+    if (s.point_edges != nullptr)
+        group_edges(edges, cursor, s.point_edges->ivals);
 
     for (int32_t v = 0; v < points; ++v)
         cursor[v] = (v + 1 < points ? start[v + 1] : slots) - start[v];
