@@ -110,10 +110,11 @@ DATAstruct* table_of(const EquationSystem& es, int f)
     return f < es.tables->alloc_count ? static_cast<DATAstruct*>(es.tables->pvals[f]) : nullptr;
 }
 
-/// Memory of the host for the table of a function, as long as rows times columns say.
+/// Memory of the host for the table of a function, as long as rows times columns say. Not without columns: then the
+/// memory is for those that equations will add, and only the host knows how many.
 void wrap_table(const EquationSystem& es, Input& in)
 {
-    const int f = in.below(24), rows = in.below(5), columns = in.below(4);
+    const int f = in.below(24), rows = in.below(5), columns = 1 + in.below(3);
     DATAstruct* const table = table_of(es, f);
     if (table == nullptr)
         return;
