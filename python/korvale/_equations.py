@@ -26,6 +26,12 @@ class Equations:
     functions are there from the start: ADD SUBTRACT MULTIPLY DIVIDE POWER NEGATE SIN COS TAN SQRT EXP LOG ASIN ACOS
     ATAN RAND GAUSS ANGLE. Operators are + - * / ^; a division by 0 gives 0; angles are in radians.
 
+    Three things are not as in Python. A sign before an operand binds tighter than ^, so -x ^ 2 is (-x) ^ 2. Products
+    have their sign: 2x is 2, the letter is passed over. And numbers have no exponent: 1e-3 is 1 - 3, write 0.001.
+
+    >>> korvale.evaluate("-x ^ 2", x=3), korvale.evaluate("0 - x ^ 2", x=3)
+    (9.0, -9.0)
+
     >>> drum = korvale.Equations("h r t")
     >>> drum.add("h = SIN(r * 6 - t) * EXP(0 - r)")
     0
@@ -114,7 +120,8 @@ refused at character 14: "frequency" is neither a variable nor a function
 
         equation: its number.
         columns, values: what variables are set to before each run, as a mapping or as keywords: numbers, which stay
-            the same, or arrays of one shape. Columns of float64 arrays are read where they are, strided ones too.
+            the same, or arrays of one shape. Columns of float64 arrays are read where they are, strided ones too. What
+            is not given keeps its value, 0 after `declare`.
         out: where the results go, float64 of that shape.
         progress: see `Relaxer.run`; it is told of the rows done.
 
@@ -327,6 +334,8 @@ def evaluate(expression: str, columns: Any = None, /, **values: Any) -> Any:
 
     expression: such as "SIN(x) / x"; see `Equations`, which is quicker for the same expression many times.
     columns, values: numbers, or arrays of one shape, as a mapping or as keywords.
+
+    A text that is refused is quoted with the variable for its result before it.
 
     >>> korvale.evaluate("a * x ^ 2", a=0.5, x=[1, 2, 3])
     array([0.5, 2. , 4.5])

@@ -24,7 +24,8 @@ class Error(ValueError):
 class EquationError(Error):
     """An equation that is refused: the text quotes it and says which word, where, and why.
 
-    `place` is where the trouble starts, in characters from 0; `word` the word or sign there, empty at the end.
+    `place` is where the trouble starts, in characters from 0, where the message counts from 1; `word` the word or sign
+    there, empty at the end.
     """
 
     def __init__(self, message: str, function: str = "", argument: str = "", place: int = 0, word: str = "") -> None:

@@ -105,7 +105,8 @@ class RayGrid:
              progress: Any = None) -> Cast:
         """Casts many rays.
 
-        origins, directions: (N, 3) each, or one of them (3,) for all rays.
+        origins, directions: (N, 3) each, or one of them (3,) for all rays. Directions may have any length; distances
+            are in units of the mesh. A direction of zeros meets nothing.
         distances, triangles, counts: whether each is wanted, or the array (N,) that it goes to (float64, int32, int32).
         progress: see `Relaxer.run`; it is told of the rays done.
         """

@@ -51,8 +51,9 @@ def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices:
     split: also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing.
 
     Returns an `Offset` for an outline, `Offsets`, a tuple of them, for one with holes: a positive distance shrinks the
-    holes, whichever way round they run. Lengths are absolute: work in units in which an outline measures about 1 or
-    more.
+    holes, whichever way round they run. Each outline is moved by itself: nothing tells where a hole that grows meets
+    another or the outer border, and whether outlines are planar and free of crossings is not checked. Lengths are
+    absolute: work in units in which an outline measures about 1 or more.
 
     >>> square = [(0, 0), (4, 0), (4, 4), (0, 4)]
     >>> korvale.offset(square, 0.5).xy
@@ -104,13 +105,15 @@ def band(line: Any, distance: float, *, height: float = 0.0, both_sides: bool = 
     line: points (N, 3) or (N, 2), at least two.
     distance: in units of the line, not 0.
     height: lift of the border along `up`.
-    both_sides: from the border on one side to that on the other, instead of to the line itself.
+    both_sides: from the border on one side to that on the other, 2 * distance apart, instead of to the line itself.
     up: the direction (3,) from which right is right. Without it the line has to be planar, and is seen from the side
         that is up in z (in y or x where its plane is upright). With it the line may rise and fall: each point of the
         border is as high as its point of the line.
 
     The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
-    border give way and share a place; `removed` names them. `crossing` tells where the outline meets itself.
+    border give way and share a place; `removed` names them. `crossing` tells where the outline meets itself. Corners
+    stay sharp however acute, so thin a noisy track first. Do not draw a band that is `collapsed`: on one side at least
+    all points gave way, and the place they share may lie far off.
 
     >>> road = korvale.band([(0, 0), (10, 0), (10, 10)], 1, both_sides=True)
     >>> road.outline[:3, :2]
