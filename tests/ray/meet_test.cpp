@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -42,6 +43,12 @@ struct Plane {
     PlaneFunction meets;
     int axis, first, second;
 };
+
+/// For messages, which would else show the bytes of it, the unused ones too.
+void PrintTo(const Plane& plane, std::ostream* out)
+{
+    *out << "the plane across axis " << plane.axis;
+}
 
 class EveryPlane : public testing::TestWithParam<Plane> {
 protected:
