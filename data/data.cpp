@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "data/internal/buffers.h"
-#include "data/internal/kernels.h"
+#include "data/internal/record.h"
 
 using namespace korvale::inside;
 
@@ -89,10 +89,6 @@ void DataListDispose(data_list_struct* head)
 
 void DataReverse(Data* d)
 {
-    if (d == nullptr || d->count < 2)
-        return;
-    if (doubles_in(*d) > 0)
-        reverse_elements(d->dvals, d->count, static_cast<size_t>(d->dim) * sizeof(double));
-    else if (is_filled(*d))
-        reverse_elements(buffer_of(*d, d->type), d->count, static_cast<size_t>(d->dim) * component_bytes(*d, d->type));
+    if (d != nullptr)
+        reverse(*d);
 }

@@ -9,7 +9,6 @@
 #include <cstring>
 
 #include "data/internal/buffers.h"
-#include "data/internal/kernels.h"
 #include "data/internal/record.h"
 #include "data/internal/trees.h"
 
@@ -212,12 +211,8 @@ int DATACheckIfMesh(DATAstruct* d)
 
 void DATAReverse(DATAstruct* d)
 {
-    if (d == nullptr || d->count < 2)
-        return;
-    if (doubles_in(*d) > 0)
-        reverse_elements(d->dvals, d->count, static_cast<size_t>(d->dim) * sizeof(double));
-    else if (is_filled(*d))
-        reverse_elements(buffer_of(*d, d->type), d->count, static_cast<size_t>(d->dim) * component_bytes(*d, d->type));
+    if (d != nullptr)
+        reverse(*d);
 }
 
 void DATASubReverse(DATAstruct* d)

@@ -6,8 +6,10 @@
 #include "data/data.h"
 #include "data/datastruct.h"
 #include "data/internal/buffers.h"
+#include "data/internal/kernels.h"
 
-// The life cycle of a record under one name for both generations, for work that is written once over either.
+// What both generations do alike, under one name: the life cycle of a record, for work that is written once over
+// either, and reversal.
 namespace korvale::inside {
 
 inline void initialize(Data& d)
@@ -67,6 +69,18 @@ inline DATAstruct* new_array(int32_t type, int32_t count, int32_t dim)
         return d;
     std::free(d);
     return nullptr;
+}
+
+/// The elements from last to first; an array that does not hold what it counts stays as it is.
+template <class Array>
+void reverse(Array& d)
+{
+    if (d.count < 2)
+        return;
+    if (doubles_in(d) > 0) // as in most, and quicker
+        reverse_elements(d.dvals, d.count, static_cast<size_t>(d.dim) * sizeof(double));
+    else if (is_filled(d))
+        reverse_elements(buffer_of(d, d.type), d.count, static_cast<size_t>(d.dim) * component_bytes(d, d.type));
 }
 
 } // namespace korvale::inside
