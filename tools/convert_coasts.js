@@ -9,7 +9,7 @@
 const fs = require('fs');
 
 const WANTED = ['Norway', 'Sweden', 'Iceland', 'United Kingdom', 'Ireland', 'Italy', 'Greece', 'Japan', 'New Zealand',
-                'Madagascar', 'Thailand', 'Croatia'];
+                'Madagascar', 'Thailand', 'Croatia', 'Greenland', 'Chile'];
 const EARTH_RADIUS = 6371.0; // km
 
 const atlas = JSON.parse(fs.readFileSync(process.argv[2], 'utf8'));

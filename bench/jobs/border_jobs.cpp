@@ -58,8 +58,9 @@ Points comb(int n)
     return points;
 }
 
-/// The coasts, in kilometres, each named by how many points it has: Norway, the United Kingdom, Iceland, Japan, Italy.
-const std::vector<int> kCoasts = {993, 507, 452, 384, 382};
+/// The coasts, in kilometres, each named by how many points it has: Greenland, Chile, Norway, the United Kingdom,
+/// Iceland, Japan, Italy.
+const std::vector<int> kCoasts = {1953, 1144, 993, 507, 452, 384, 382};
 
 Points coast(int wanted)
 {
