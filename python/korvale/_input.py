@@ -275,7 +275,7 @@ def triangles(value: Any, vertices: int, function: str, argument: str) -> Number
 def _require_vertices(corners: Numbers, vertices: int, function: str, argument: str) -> None:
     if corners.size and (corners.min() < 0 or corners.max() >= vertices):
         wrong = corners[(corners < 0) | (corners >= vertices)].flat[0]
-        raise refuse(function, argument, f"name vertices 0 to {vertices - 1}", f"one of its corners is {wrong}")
+        raise refuse(function, argument, f"name vertices 0 to {vertices - 1}", f"{wrong} is among them")
 
 
 def faces(value: Any, vertices: int, function: str, argument: str) -> tuple[Numbers | None, Numbers]:

@@ -28,8 +28,9 @@ class Relaxer:
         `triangles` given apart, (T, 3) or faces of any number of corners.
     edges: (E, 2) instead of triangles; of edges alone only lengths can be kept.
 
-    Say what to keep, then relax deformed points. Weights are not comparable: lengths and angles are sums over many
-    small deviations, volume and area are one large number squared.
+    Say what to keep, then relax deformed points; with nothing to keep there is nothing to do, and that is refused.
+    Weights are not comparable: lengths and angles are sums over many small deviations, volume and area are one large
+    number squared.
 
     >>> square = numpy.array([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], float)
     >>> relaxer = korvale.Relaxer(square, [(0, 1, 2), (0, 2, 3)])
@@ -154,6 +155,8 @@ class Relaxer:
         return given
 
     def _moving(self, points: Any, out: Doubles | None, function: str) -> Doubles:
+        if not self._kept:
+            raise refuse(function, "relaxer", "keep a measure", "it keeps none")
         given = self._points(points, function)
         moving = _input.output(out, given.shape, function)
         if moving is not given:

@@ -102,7 +102,7 @@ class RayGridTest(RefusingTest):
                            lambda: self.grid.cast((0, 0, 0), [(1, 0, 0), (numpy.nan, 0, 0)]))
         self.assertRefuses("RayGrid: mesh must be corners of triangles, (T, 3, 3) or (T, 9), but its shape is (4, 2)",
                            lambda: korvale.RayGrid(numpy.zeros((4, 2))))
-        self.assertRefuses("RayGrid: triangles must name vertices 0 to 7, but one of its corners is -1",
+        self.assertRefuses("RayGrid: triangles must name vertices 0 to 7, but -1 is among them",
                            lambda: korvale.RayGrid(CUBE.vertices, [(0, 1, -1)]))
         self.assertRefuses("RayGrid: cells must be 1 to 2147483647, but it is 0",
                            lambda: korvale.RayGrid(CUBE, cells=(1, 0, 1)))

@@ -148,8 +148,11 @@ class RelaxerTest(RefusingTest):
                            lambda: self.relaxer.run(numpy.zeros((3, 3))))
         self.assertRefuses("Relaxer.hold: which must be truths (8,) or numbers of points, but its shape is (3,)",
                            lambda: self.relaxer.hold([True, False, True]))
-        self.assertRefuses("Relaxer.hold: which must name vertices 0 to 7, but one of its corners is 9",
+        self.assertRefuses("Relaxer.hold: which must name vertices 0 to 7, but 9 is among them",
                            lambda: self.relaxer.hold([9]))
+        for move in (korvale.Relaxer(CUBE).run, korvale.Relaxer(CUBE).step):
+            self.assertRefuses(f"Relaxer.{move.__name__}: relaxer must keep a measure, but it keeps none",
+                               lambda: move(stretched()))
         bad = stretched()
         bad[3, 1] = numpy.nan
         self.assertRefuses(f"Relaxer.step: points must be finite, but its row 3 is {bad[3].tolist()}",

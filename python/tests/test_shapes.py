@@ -181,7 +181,7 @@ class SolidTest(RefusingTest):
             self.assertEqual(twin, mesh)
         self.assertNotEqual(korvale.Mesh(vertices + 1, triangles), mesh)
         self.assertEqual(repr(mesh), "<korvale.Mesh of 8 vertices, 12 triangles>")
-        self.assertRefuses("Mesh: triangles must name vertices 0 to 3, but one of its corners is 4",
+        self.assertRefuses("Mesh: triangles must name vertices 0 to 3, but 4 is among them",
                            lambda: korvale.Mesh(SQUARE, [(0, 1, 4)]))
 
     def test_tubes_close(self):
