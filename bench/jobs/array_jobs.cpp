@@ -6,6 +6,10 @@
 #include "bench/jobs/job.h"
 #include "include/korvale.h"
 
+#ifdef KORVALE_HAS_STEPS
+#include "tests/reference/arrays.h"
+#include "tests/reference/sampling.h"
+#endif
 #ifdef KORVALE_HAS_CGAL
 #include <CGAL/Random.h>
 #include <CGAL/Simple_cartesian.h>
@@ -70,15 +74,24 @@ void mix_four(Arrays& x)
 {
     Data4Mix(&x.a, &x.b, &x.c, &x.d, 0.1, 0.2, 0.3, 0.4, &x.out);
 }
+/// Two corners around numbers of its own.
+struct Box : Data {
+    Box()
+    {
+        DataInitialize(this);
+        type = DATA_TYPE_DOUBLE;
+        count = 2;
+        dim = 3;
+        dvals = values;
+    }
+
+    double values[6];
+};
+
 void bounds(Arrays& x)
 {
-    double box[6];
-    Data corners = x.out;
-    corners.dvals = box;
-    corners.type = DATA_TYPE_DOUBLE;
-    corners.count = 2;
-    corners.dim = 3;
-    DataBBox(&x.a, &corners);
+    Box box;
+    DataBBox(&x.a, &box);
 }
 void copy(Arrays& x)
 {
@@ -93,6 +106,36 @@ void transform(Arrays& x)
 {
     TransformData(x.m, &x.a, &x.b);
 }
+
+#ifdef KORVALE_HAS_STEPS
+void mix_steps(Arrays& x)
+{
+    reference::mix(&x.a, &x.b, 0.25, 0.75, &x.out);
+}
+void mix_four_steps(Arrays& x)
+{
+    const double weights[] = {0.1, 0.2, 0.3, 0.4};
+    reference::mix_four(&x.a, &x.b, &x.c, &x.d, weights, &x.out);
+}
+void bounds_steps(Arrays& x)
+{
+    Box box;
+    reference::bbox(&x.a, &box);
+}
+void copy_steps(Arrays& x)
+{
+    reference::copy(&x.a, &x.out);
+    DataDispose(&x.out);
+}
+void reverse_steps(Arrays& x)
+{
+    reference::reverse(&x.a);
+}
+void transform_steps(Arrays& x)
+{
+    reference::transform(x.m, &x.a, &x.b);
+}
+#endif
 
 #ifdef KORVALE_HAS_EIGEN
 void eigen_transform(Arrays& x)
@@ -168,6 +211,13 @@ Work sample(int n)
     return [input = std::make_shared<Input>(n)] { DataTriSample(&input->from, 1, &input->to, nullptr, nullptr); };
 }
 
+#ifdef KORVALE_HAS_STEPS
+Work sample_steps(int n)
+{
+    return [triangle = random_triangles(1), n] { keep(reference::sample_triangles(triangle, 1, n, {})); };
+}
+#endif
+
 #ifdef KORVALE_HAS_CGAL
 /// A point is drawn by its share of the area, as CGAL's own generator does for triangles in space.
 template <int triangles>
@@ -210,6 +260,15 @@ std::vector<Job> array_jobs()
         {"sample.100k_triangles", {1, 1000000}, sample<100000>},
         {"sample.16k_triangles", {10000}, sample<16000>, 1.0, 10000},
     };
+#ifdef KORVALE_HAS_STEPS
+    jobs.insert(jobs.end(), {{"array.mix@steps", sizes, on_arrays<mix_steps>},
+                             {"array.mix_four@steps", sizes, on_arrays<mix_four_steps>},
+                             {"array.bounds@steps", sizes, on_arrays<bounds_steps>},
+                             {"array.copy@steps", sizes, on_arrays<copy_steps>},
+                             {"array.reverse@steps", sizes, on_arrays<reverse_steps>},
+                             {"array.transform@steps", sizes, on_arrays<transform_steps>},
+                             {"sample.one_triangle@steps", {1, 16, 1000}, sample_steps}});
+#endif
 #ifdef KORVALE_HAS_EIGEN
     jobs.push_back({"array.mix@Eigen", sizes, on_arrays<eigen_mix>});
     jobs.push_back({"array.transform@Eigen", sizes, on_arrays<eigen_transform>});

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-// The main jobs of the library, each with the sizes that matter, and the same work done by its peers. They call
-// exported functions only, so the program runs with any build of the library.
+// The main jobs of the library, each with the sizes that matter, and the same work done by its peers, of which the
+// documented steps written out are one. They call exported functions only, so the program runs with any build of the
+// library.
 namespace korvale::bench {
 
 /// One call of the work, on input made beforehand; what it captures lives as long as it does.

@@ -7,6 +7,10 @@
 #include "bench/jobs/job.h"
 #include "include/korvale.h"
 
+#ifdef KORVALE_HAS_STEPS
+#include "tests/reference/preserve.h"
+#endif
+
 namespace korvale::bench {
 namespace {
 
@@ -122,11 +126,41 @@ Work initialize(int n)
     };
 }
 
+#ifdef KORVALE_HAS_STEPS
+void energy_steps(Squashed& torus)
+{
+    reference::find_energy(torus.status);
+}
+void force_steps(Squashed& torus)
+{
+    reference::find_force(torus.status);
+}
+void four_plain_steps(Squashed& torus)
+{
+    std::copy(torus.squashed.begin(), torus.squashed.end(), torus.moved.numbers.begin());
+    reference::compute(torus.status, torus.moved, 4);
+}
+Work initialize_steps(int n)
+{
+    const auto torus = std::make_shared<Squashed>(n);
+    const DATAstruct& made = *torus->status.edges;
+    return [torus, edges = std::vector<int>(made.ivals, made.ivals + 2 * made.count)] {
+        keep(reference::connectivity(torus->points.count, edges, torus->sizes.numbers, torus->corners.numbers));
+    };
+}
+#endif
+
 } // namespace
 
 std::vector<Job> preserve_jobs()
 {
     return {
+#ifdef KORVALE_HAS_STEPS
+        {"preserve.energy@steps", {100, 1000, 10000}, on_torus<energy_steps>},
+        {"preserve.force@steps", {100, 1000, 10000}, on_torus<force_steps>},
+        {"preserve.four_steps@steps", {100, 1000, 10000}, on_torus<four_plain_steps>},
+        {"preserve.initialize_with_edges@steps", {1000, 10000, 100000}, initialize_steps},
+#endif
         {"preserve.energy", {100, 1000, 10000}, on_torus<energy>, 1.05, 2000},
         {"preserve.force", {100, 1000, 10000}, on_torus<force>, 1.05, 2000},
         {"preserve.four_steps", {100, 1000, 10000}, on_torus<four_steps>, 1.1, 500},

@@ -35,6 +35,7 @@ Samples sample_triangles(const std::vector<double>& triangles, unsigned seed, in
             shares[i] = shares[i - 1] + shares[i];
     }
     Samples samples;
+    samples.points.reserve(static_cast<size_t>(3 * count));
     for (int64_t s = 0; s < count; ++s) {
         const double r = Mwrand() / 32767.0;
         size_t i = 0;
