@@ -216,8 +216,13 @@ bool measure_over_hairpin(Wavefront& w, int32_t& from)
     const double length = std::sqrt(dx * dx + dy * dy);
     if (length < kMergeLength) {
         keep_edges(w);
-        if (!merge_from(w, before))
-            return false;
+        // The first vertex that dies leaves the last edge, whose turn comes last, with a new length.
+        int32_t at = before;
+        do {
+            if (!merge_from(w, at))
+                return false;
+            at = previous_live(w, j);
+        } while (is_short(w, at));
     } else {
         w.edge.length[before] = length;
         w.edge.dx[before] = dx / length;

@@ -185,6 +185,16 @@ TEST(BORDER_BORDER, ATipBetweenEqualEdgesMergesIntoThePreviousVertexAndThatIntoT
     EXPECT_EQ(s.row(s->flat, 4), s.row(s->flat, 5)); // through vertex 3
 }
 
+// The feet of the spike at vertex 1 are 0 and 2. Vertex 5 stands beside the first, on the other side of the second.
+TEST(BORDER_BORDER, TheLastEdgeIsMergedAwayWhenTheFootOfASpikeThatItEndsAtIsAndLeavesItShort)
+{
+    Swept s({{0x1p-20, 0, 0, 5, 0, 0, 0, 0, 0, -3, 4, 0, -3, -4, 0, -0x1p-20, 0, 0}, 0.25});
+    EXPECT_THAT(s.dead(), ElementsAre(1, 1, 0, 0, 0, 1));
+    EXPECT_THAT(s.merge(), ElementsAre(2, 0, 2, 3, 4, 2));
+    EXPECT_EQ(s->length->dvals[5], 0x1p-20);
+    EXPECT_EQ(s.row(s->flat, 5), s.row(s->flat, 2));
+}
+
 // The cosine of half the turn is sqrt(c / 2), c being 1 plus the cosine of the turn, a multiple of 2^-53. It is never
 // 1e-06 itself: the nearest are those of 18014 * 2^-53 below and 18015 * 2^-53 above it.
 TEST(BORDER_BORDER, ACornerIsAHairpinWhereTheCosineOfHalfItsTurnIsBelowAMillionth)

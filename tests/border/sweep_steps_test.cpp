@@ -190,6 +190,22 @@ TEST(SweepSteps, LeaveTheSameWhereSpikesCollapse)
     }
 }
 
+// Points on a line, a few times the length below which edges merge: every corner is straight or the tip of a spike.
+TEST(SweepSteps, LeaveTheSameWhereNothingButSpikesAndShortEdgesAreLeft)
+{
+    Random random(8);
+    for (int round = 0; round < rounds(3000) && !testing::Test::HasFailure(); ++round) {
+        const int n = 3 + random.below(60);
+        const double width = random.uniform(2e-06, 2e-05);
+        Coordinates path;
+        for (int i = 0; i < n; ++i)
+            path.insert(path.end(), {random.uniform(0, width), 0.0, 0.0});
+        if (random.one_in(2)) // something is left
+            path.insert(path.end(), {-3.0, 4.0, 0.0, -3.0, -4.0, 0.0});
+        compare({path, random.uniform(-1, 1), random.one_in(2), random.one_in(2)}, round);
+    }
+}
+
 TEST(SweepSteps, MakeTheSameBorderOfTheFirstGeneration)
 {
     Random random(5);
