@@ -11,18 +11,26 @@
 
 namespace korvale::inside {
 
+/// Where an edge belongs in a table: its lower bits. Edges in the same direction of a regular mesh lie close to one
+/// another, in steps that leave room for the other directions. The direction is scattered, lest steps of both add up.
+inline uint32_t edge_hash(int32_t from, int32_t to)
+{
+    const uint32_t across = 0x9e3779b1u * (static_cast<uint32_t>(to) - static_cast<uint32_t>(from));
+    return 7 * static_cast<uint32_t>(from) + (across ^ across >> 15);
+}
+
 /// Tells edges found before from new ones, which it lists: a hash table with open addressing of the places in the list.
 /// It grows with what it finds and never is more than three quarters full.
 class EdgeTable {
 public:
     /// Lists up to `most` edges in `ends`, two points each.
     EdgeTable(int32_t* ends, int32_t most) : ends_(ends), most_(most) { renew(slots_for(most / 2)); }
-    ~EdgeTable() { std::free(slots_); }
+    ~EdgeTable() { std::free(memory_); }
     EdgeTable(const EdgeTable&) = delete;
     EdgeTable& operator=(const EdgeTable&) = delete;
 
     /// False once the heap was exhausted.
-    bool exists() const { return slots_ != nullptr; }
+    bool exists() const { return memory_ != nullptr; }
     int32_t found() const { return found_; }
 
     /// Lists the edge between a and b, the smaller first, unless it is listed. False where it finds no room, or the
@@ -52,12 +60,17 @@ private:
         return std::bit_ceil(static_cast<uint32_t>(edges) + static_cast<uint32_t>(edges) / 2 + 4);
     }
 
-    /// Edges in the same direction of a regular mesh lie side by side, those of one point far apart.
-    uint32_t first_slot(int32_t a, int32_t b) const
+    /// The bytes to ask for, of which `used` are touched: over half of what all arrays made of edges and faces take.
+    /// The C library keeps twice the largest block that it was ever given back (M_MMAP_THRESHOLD in mallopt(3)), so
+    /// these arrays find the pages of those disposed before; with less, the pages go back to the system and come again.
+    size_t bytes_for(size_t used) const
     {
-        const auto from = static_cast<uint32_t>(a), across = static_cast<uint32_t>(b - a);
-        return (3 * from + 0x9e3779b1u * across) & mask_;
+        constexpr size_t kKeptAnyway = size_t{128} << 10, kMostKept = size_t{31} << 20;
+        const size_t arrays = 20 * static_cast<size_t>(most_);
+        return arrays < 2 * kKeptAnyway ? used : std::max(used, std::min(arrays + kKeptAnyway, kMostKept));
     }
+
+    uint32_t first_slot(int32_t a, int32_t b) const { return edge_hash(a, b) & mask_; }
 
     /// Two points as one number, as they stand in the list.
     static uint64_t packed(int32_t from, int32_t to)
@@ -76,12 +89,13 @@ private:
     /// Starts over with a table of `count` empty slots, or none without memory.
     void renew(uint32_t count)
     {
-        std::free(slots_);
-        const size_t bytes = size_t{count} * sizeof(int32_t);
-        slots_ = static_cast<int32_t*>(new_block(bytes));
-        if (slots_ == nullptr)
+        std::free(memory_);
+        const size_t used = size_t{count} * sizeof(int32_t), before_large = used < kLargePage ? 0 : kLargePage;
+        memory_ = std::malloc(bytes_for(used) + before_large);
+        if (memory_ == nullptr)
             return;
-        std::memset(slots_, 0xff, bytes);
+        slots_ = static_cast<int32_t*>(before_large == 0 ? memory_ : large_pages_in(memory_, used));
+        std::memset(slots_, 0xff, used);
         mask_ = count - 1;
         limit_ = static_cast<int32_t>(std::min<int64_t>(most_, int64_t{count} / 4 * 3));
     }
@@ -106,7 +120,8 @@ private:
     int32_t* ends_;
     int32_t most_, found_ = 0, limit_ = 0; // limit_: as many as the table, or the list, has room for
     uint32_t mask_ = 0;
-    int32_t* slots_ = nullptr;
+    void* memory_ = nullptr;
+    int32_t* slots_ = nullptr; // in memory_
 };
 
 } // namespace korvale::inside

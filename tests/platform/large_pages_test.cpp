@@ -1,5 +1,6 @@
 #include "platform/internal/large_pages.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +11,7 @@ namespace korvale::test {
 namespace {
 
 using inside::kLargePage;
+using inside::large_pages_in;
 using inside::new_block;
 
 bool begins_large_page(const void* block)
@@ -53,6 +55,19 @@ TEST(NewBlock, KeepsItsContentWhenMadeSmaller)
     EXPECT_EQ(smaller[0], 1);
     EXPECT_EQ(smaller[kLargePage + 4], 2);
     std::free(smaller);
+}
+
+TEST(LargePagesIn, AreTheNextToBegin)
+{
+    auto* const memory = static_cast<unsigned char*>(std::malloc(3 * kLargePage));
+    ASSERT_NE(memory, nullptr);
+    auto* const pages = static_cast<unsigned char*>(large_pages_in(memory, 2 * kLargePage));
+    EXPECT_TRUE(begins_large_page(pages));
+    EXPECT_GE(pages, memory);
+    EXPECT_LT(pages - memory, static_cast<ptrdiff_t>(kLargePage));
+    EXPECT_EQ(large_pages_in(pages, kLargePage), pages);
+    std::memset(pages, 0xff, 2 * kLargePage);
+    std::free(memory);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "preserve/internal/edge_table.h"
 
+#include <algorithm>
+#include <bit>
 #include <map>
 #include <utility>
 #include <vector>
@@ -11,7 +13,58 @@
 namespace korvale::test {
 namespace {
 
+using inside::edge_hash;
 using inside::EdgeTable;
+
+/// The edges of a lattice [rows][columns] of triangles whose borders meet, its points numbered row by row from `first`
+/// on, or only every `apart`th number.
+std::vector<std::pair<int, int>> lattice_edges(int rows, int columns, int first, int apart)
+{
+    std::vector<std::pair<int, int>> edges;
+    const auto point = [=](int row, int column) { return first + apart * (row % rows * columns + column % columns); };
+    for (int i = 0; i < rows; ++i)
+        for (int j = 0; j < columns; ++j)
+            for (const int to : {point(i + 1, j), point(i, j + 1), point(i + 1, j + 1)})
+                edges.emplace_back(std::min(point(i, j), to), std::max(point(i, j), to));
+    return edges;
+}
+
+/// Slots looked at to place each edge in a table that they fill to two thirds at most, on average.
+double slots_looked_at(const std::vector<std::pair<int, int>>& edges)
+{
+    const size_t mask = std::bit_ceil(edges.size() + edges.size() / 2 + 4) - 1;
+    std::vector<bool> taken(mask + 1);
+    int64_t looked = 0;
+    for (const auto& [from, to] : edges) {
+        size_t slot = edge_hash(from, to) & mask;
+        for (++looked; taken[slot]; slot = (slot + 1) & mask)
+            ++looked;
+        taken[slot] = true;
+    }
+    return static_cast<double>(looked) / static_cast<double>(edges.size());
+}
+
+TEST(EdgeHash, LatticesOfAnySizeSpread)
+{
+    for (int columns = 7; columns < 250; columns += columns / 5 + 1)
+        for (const int rows : {3, columns / 2 + 3, columns, 2 * columns + 1}) {
+            EXPECT_LT(slots_looked_at(lattice_edges(rows, columns, 0, 1)), 4.0) << rows << " x " << columns;
+            EXPECT_LT(slots_looked_at(lattice_edges(rows, columns, 5000, 1)), 4.0) << rows << " x " << columns;
+            EXPECT_LT(slots_looked_at(lattice_edges(rows, columns, 0, 10)), 8.0) << rows << " x " << columns;
+        }
+}
+
+TEST(EdgeHash, EdgesThatGetEverLongerSpread)
+{
+    for (const int step : {1, 2, 3, 5, 10})
+        for (int count = 100; count < 100000; count += count / 2) {
+            std::vector<std::pair<int, int>> edges;
+            for (int i = 0; i < count; ++i)
+                for (int k = 0; k < 3; ++k)
+                    edges.emplace_back(i, count + step * i + k);
+            EXPECT_LT(slots_looked_at(edges), 4.0) << count << " by " << step;
+        }
+}
 
 TEST(EdgeTable, ListsEachEdgeOnceInOrderOfAppearance)
 {
