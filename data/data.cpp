@@ -67,9 +67,9 @@ void DataDispose(Data* d)
 {
     if (d == nullptr)
         return;
-    std::free(d->dvals);
-    std::free(d->ivals);
-    std::free(d->bvals);
+    free_buffer(d->dvals);
+    free_buffer(d->ivals);
+    free_buffer(d->bvals);
     DataInitialize(d);
 }
 

@@ -24,10 +24,10 @@ namespace {
 
 void free_buffers(DATAstruct& d)
 {
-    std::free(d.dvals);
-    std::free(d.ivals);
-    std::free(d.bvals);
-    std::free(d.pvals);
+    free_buffer(d.dvals);
+    free_buffer(d.ivals);
+    free_buffer(d.bvals);
+    free_buffer(d.pvals);
     d.dvals = nullptr;
     d.ivals = nullptr;
     d.bvals = nullptr;

@@ -47,9 +47,9 @@ private:
 
     void take(DATAstruct& d)
     {
-        std::free(d.dvals);
-        std::free(d.ivals);
-        std::free(d.bvals);
+        free_buffer(d.dvals);
+        free_buffer(d.ivals);
+        free_buffer(d.bvals);
         d.dvals = &mark_;
     }
 
@@ -70,7 +70,7 @@ private:
         const int64_t n = owned_slots(d);
         for (int64_t i = 0; i < n; ++i)
             take_list(static_cast<DATAstruct*>(d.pvals[i]));
-        std::free(d.pvals);
+        free_buffer(d.pvals);
     }
 
     double mark_ = 0.0; ///< no array of a host lies here

@@ -84,6 +84,13 @@ void set_buffer(Array& d, int32_t type, void* buffer)
     }
 }
 
+/// Releases a buffer or nothing: most kinds of buffer that a record may have are absent, and asking beats a call.
+inline void free_buffer(void* buffer)
+{
+    if (buffer != nullptr)
+        std::free(buffer);
+}
+
 /// Whether a buffer of the record would be the host's own: its capacity was never set, or the record was zero-filled.
 /// The library leaves no buffer beside a capacity of 0.
 inline bool is_wrapped(const DATAstruct& d)
