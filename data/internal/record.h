@@ -73,7 +73,7 @@ inline DATAstruct* new_array(int32_t type, int32_t count, int32_t dim)
 
 /// The elements from last to first; an array that does not hold what it counts stays as it is.
 template <class Array>
-void reverse(Array& d)
+[[gnu::always_inline]] inline void reverse(Array& d)
 {
     if (d.count < 2)
         return;
