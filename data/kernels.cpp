@@ -13,8 +13,6 @@
 namespace korvale::inside {
 namespace {
 
-/// Fewer points than this are done one by one where there are two lanes only.
-constexpr int64_t kFewPointsForPairs = 6;
 /// From so many values on it pays to ask for four lanes.
 constexpr int64_t kManyValues = 24;
 
@@ -249,40 +247,22 @@ KORVALE_FOUR_LANES int64_t bound_by_quads(const double* values, int64_t n, int64
 
 // Steps over lanes, and the loops that take them.
 
-/// Row `i` of `m` applied to points, summed from the left.
+/// Carries `count` points, no fewer than V has lanes. The last group is carried before any is written, and written
+/// last: the points that it shares with the one before come out the same.
 template <class V>
-KORVALE_OVER_LANES V row_applied(const double (&m)[4][4], int i, const Lanes3<V>& p)
+KORVALE_OVER_LANES void carry_by(const double (*matrix)[4], const double* from, int64_t count, double* to)
 {
-    return m[i][0] * p.x + m[i][1] * p.y + m[i][2] * p.z + m[i][3];
+    const SpreadMatrix<V> m = spread<V>(matrix); // out of reach of the stores
+    const int64_t last = 3 * (count - width_of<V>);
+    const Lanes3<V> carried_last = carried(m, load_points<V>(from + last));
+    for (int64_t i = 0; i < last; i += 3 * width_of<V>)
+        store_points(to + i, carried(m, load_points<V>(from + i)));
+    store_points(to + last, carried_last);
 }
 
-template <class V>
-KORVALE_OVER_LANES void carry_some(const double (&m)[4][4], const double* from, double* to)
+KORVALE_FOUR_LANES void carry_by_quads(const double (*m)[4], const double* from, int64_t count, double* to)
 {
-    const Lanes3<V> p = load_points<V>(from);
-    const Lanes3<V> h = {row_applied(m, 0, p), row_applied(m, 1, p), row_applied(m, 2, p)};
-    const V w = row_applied(m, 3, p);
-    if (any_false(w == all<V>(1.0)))
-        store_points(to, h / w); // by 1 changes nothing
-    else
-        store_points(to, h);
-}
-
-/// Carries whole groups of points. Returns how many were carried.
-template <class V>
-KORVALE_OVER_LANES int64_t carry_by(const double (*matrix)[4], const double* from, int64_t count, double* to)
-{
-    double m[4][4]; // a copy that no store can change
-    std::memcpy(m, matrix, sizeof m);
-    int64_t i = 0;
-    for (; i + width_of<V> <= count; i += width_of<V>)
-        carry_some<V>(m, from + 3 * i, to + 3 * i);
-    return i;
-}
-
-KORVALE_FOUR_LANES int64_t carry_by_quads(const double (*m)[4], const double* from, int64_t count, double* to)
-{
-    return carry_by<Quad>(m, from, count, to);
+    carry_by<Quad>(m, from, count, to);
 }
 
 /// Mixes from value j on, as far as whole groups go. Returns how far it came.
@@ -374,11 +354,9 @@ void find_bounds_of_many(const double* values, int64_t count, int64_t dim, doubl
 
 void carry_many_points(const double (*m)[4], const double* from, int64_t count, double* to)
 {
-    int64_t i = 0;
     if (may_run_ahead(from, to, 3 * count) && is_apart(m[0], 16, to, 3 * count))
-        i = widest([&] { return carry_by_quads(m, from, count, to); },
-                   [&] { return count < kFewPointsForPairs ? 0 : carry_by<Pair>(m, from, count, to); });
-    for (; i < count; ++i)
+        return widest([&] { carry_by_quads(m, from, count, to); }, [&] { carry_by<Pair>(m, from, count, to); });
+    for (int64_t i = 0; i < count; ++i)
         carry_point(m, from + 3 * i, to + 3 * i);
 }
 

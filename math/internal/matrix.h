@@ -13,20 +13,43 @@ inline void set_identity(double (*m)[4])
     std::memcpy(m, kIdentity, sizeof kIdentity);
 }
 
-/// Row `i` of `m` applied to (x, y, z, 1), summed from the left.
+/// A row of a matrix, each element in all lanes.
 template <class V>
-KORVALE_OVER_LANES V carried(const double (*m)[4], int i, const Lanes3<V>& p)
+struct SpreadRow {
+    V x, y, z, w;
+};
+
+template <class V>
+KORVALE_OVER_LANES SpreadRow<V> spread(const double* row)
 {
-    return m[i][0] * p.x + m[i][1] * p.y + m[i][2] * p.z + m[i][3];
+    return {all<V>(row[0]), all<V>(row[1]), all<V>(row[2]), all<V>(row[3])};
+}
+
+template <class V>
+struct SpreadMatrix {
+    SpreadRow<V> x, y, z, w;
+};
+
+template <class V>
+KORVALE_OVER_LANES SpreadMatrix<V> spread(const double (*m)[4])
+{
+    return {spread<V>(m[0]), spread<V>(m[1]), spread<V>(m[2]), spread<V>(m[3])};
+}
+
+/// A row applied to (x, y, z, 1), summed from the left.
+template <class V>
+KORVALE_OVER_LANES V carried(const SpreadRow<V>& row, const Lanes3<V>& p)
+{
+    return row.x * p.x + row.y * p.y + row.z * p.z + row.w;
 }
 
 /// Applies `m` to points and divides by their fourth coordinates where one is not 1; dividing the others changes
 /// nothing.
 template <class V>
-KORVALE_OVER_LANES Lanes3<V> carried(const double (*m)[4], const Lanes3<V>& p)
+KORVALE_OVER_LANES Lanes3<V> carried(const SpreadMatrix<V>& m, const Lanes3<V>& p)
 {
-    const Lanes3<V> h = {carried(m, 0, p), carried(m, 1, p), carried(m, 2, p)};
-    const V w = carried(m, 3, p);
+    const Lanes3<V> h = {carried(m.x, p), carried(m.y, p), carried(m.z, p)};
+    const V w = carried(m.w, p);
     if (any_false(w == all<V>(1.0)))
         return h / w;
     return h;
@@ -35,7 +58,7 @@ KORVALE_OVER_LANES Lanes3<V> carried(const double (*m)[4], const Lanes3<V>& p)
 /// Applies `m` to the point `p`; `out` may be `p`.
 inline void carry_point(const double (*m)[4], const double* p, double* out)
 {
-    const Lanes3<double> h = carried(m, Lanes3<double>{p[0], p[1], p[2]});
+    const Lanes3<double> h = carried(spread<double>(m), Lanes3<double>{p[0], p[1], p[2]});
     out[0] = h.x;
     out[1] = h.y;
     out[2] = h.z;
