@@ -83,11 +83,18 @@ bool step(EquationSystem& es, const Program& program, Run& run, Below& below)
     }
 }
 
-/// A list as the library makes it, with at least one element.
-inline bool is_usual(const DATAstruct* d)
+/// A list as the library makes it, with `least` elements or more.
+[[gnu::always_inline]] inline bool is_usual(const DATAstruct* d, int32_t least)
 {
-    return d != nullptr && d->alloc_dim == 1 && d->count >= 1 && d->count <= d->alloc_count;
+    return d != nullptr && d->alloc_dim == 1 && d->count >= least && d->count <= d->alloc_count;
 }
+
+/// An item, and the place for the next value that will not be the topmost.
+struct Place {
+    const int32_t* kind;
+    const int32_t* operand;
+    double* below;
+};
 
 /// What an evaluation reads of an equation with a target and of its system.
 struct Frame {
@@ -96,53 +103,56 @@ struct Frame {
     uint32_t value_count;
     int32_t equation;
     const int32_t* operands;
-    uint32_t function_count;
-    const double* constants;
     double* values;
+    const double* constants;
     void* const* functions;
-    int32_t count; ///< items
+    Place place; ///< during a call
     Below below;
     int32_t ended[kMostItems + 1]; ///< a copy of the kinds, where no end item stands behind them
 
-    /// False where anything is not as it usually is: all lists of the library's own making, an end item behind the
-    /// items and within their 100 places, ADD to DIVIDE in their slots.
+    /// The number of items; 0 where anything is not as it usually is: all lists of the library's own making, an end
+    /// item behind the items and within their 100 places, slots for all built-in functions, ADD to DIVIDE in theirs.
     template <bool may_copy>
-    [[gnu::always_inline]] bool open(EquationSystem& system, int32_t number)
+    [[gnu::always_inline]] int32_t open(EquationSystem& system, int32_t number)
     {
         const DATAstruct* const equations = system.equations;
         if (equations == nullptr || equations->pvals == nullptr || equations->alloc_dim != kChildren || number < 0 ||
             number >= equations->count || number >= equations->alloc_count)
-            return false;
+            return 0;
         void* const* const row = equations->pvals + int64_t{number} * kChildren;
         const auto* const kind_list = static_cast<const DATAstruct*>(row[0]);
         const auto* const operand_list = static_cast<const DATAstruct*>(row[1]);
         const auto* const constant_list = static_cast<const DATAstruct*>(row[2]);
         if (!has_usual_room(kind_list) || !has_usual_room(operand_list) || !has_usual_room(constant_list))
-            return false;
+            return 0;
+        constexpr int32_t most = may_copy ? kMostItems : kMostItems - 1;
+        const int32_t count = kind_list->count;
         kinds = kind_list->ivals;
-        operands = operand_list->ivals;
-        constants = constant_list->dvals;
-        count = kind_list->count;
-        if (kinds == nullptr || operands == nullptr || constants == nullptr || count < 1 || count > kMostItems ||
-            kinds[0] != EQ_ITEM_TARGET)
-            return false;
+        if (kinds == nullptr || count < 1 || count > most || kinds[0] != EQ_ITEM_TARGET)
+            return 0;
         if (count == kMostItems || kinds[count] != EQ_ITEM_END) {
             if constexpr (!may_copy)
-                return false;
+                return 0;
             std::copy_n(kinds, count, ended);
             ended[count] = EQ_ITEM_END;
             kinds = ended;
         }
-        if (!is_usual(system.var_vals) || !is_usual(system.funcs))
-            return false;
+        operands = operand_list->ivals;
+        constants = constant_list->dvals;
+        if (operands == nullptr || constants == nullptr || !is_usual(system.var_vals, 1) ||
+            !is_usual(system.funcs, kBuiltInCount))
+            return 0;
         es = &system;
         equation = number;
         values = system.var_vals->dvals;
         value_count = static_cast<uint32_t>(system.var_vals->count);
         functions = system.funcs->pvals;
-        function_count = static_cast<uint32_t>(system.funcs->count);
-        return values != nullptr && functions != nullptr && function_count > kNegate && holds(kAdd, EqFuncAdd) &&
-               holds(kSubtract, EqFuncSubtract) && holds(kMultiply, EqFuncMultiply) && holds(kDivide, EqFuncDivide);
+        const bool has_operators = values != nullptr && functions != nullptr &&
+                                   functions[kAdd] == kBuiltIns[kAdd].function.slot() &&
+                                   functions[kSubtract] == kBuiltIns[kSubtract].function.slot() &&
+                                   functions[kMultiply] == kBuiltIns[kMultiply].function.slot() &&
+                                   functions[kDivide] == kBuiltIns[kDivide].function.slot();
+        return has_operators ? count : 0;
     }
 
     static bool has_usual_room(const DATAstruct* d)
@@ -150,63 +160,63 @@ struct Frame {
         return d != nullptr && d->alloc_count == kMostItems && d->alloc_dim == 1;
     }
 
-    template <class Function>
-    bool holds(int32_t f, Function built_in) const
-    {
-        return functions[f] == reinterpret_cast<void*>(built_in);
-    }
-
     bool has_value(int32_t v) const { return static_cast<uint32_t>(v) < value_count; }
 
-    void* function(int32_t f) const
+    bool has_built_in(int32_t f) const
     {
-        const auto i = static_cast<uint32_t>(f);
-        return i < function_count ? functions[i] : nullptr;
+        return static_cast<uint32_t>(f) < kBuiltInCount && is_built_in(f, functions[f]);
     }
 };
 
 // One function for each kind of item: `kind` and `operand` are the item's, `below` is the place for the next value that
 // will not be the topmost. At least one value is held. Each returns the result of the whole evaluation.
-double run_variable(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
-double run_constant(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
-double run_binary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
-double run_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
-double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
+using RunItem = double(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
+RunItem run_end, run_constant, run_variable, run_draw, run_unary, run_binary, run_other;
 
+extern RunItem* const kRunItems[EQ_ITEM_TARGET + 1]; ///< for each kind
+
+/// Runs the next item, behind one of the kind `before`. Variables and operators have tests of their own, which are
+/// predicted better than a jump to anywhere. Not so after one of their own kind: a function that ends in a call of
+/// itself becomes a loop, and what it would keep there is more than there are registers.
+template <int32_t before = EQ_ITEM_TARGET>
 [[gnu::always_inline]] inline double run(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
                                          double top)
 {
     const int32_t k = *kind;
-    if (k == EQ_ITEM_VARIABLE)
+    if (before != EQ_ITEM_VARIABLE && k == EQ_ITEM_VARIABLE)
         return run_variable(frame, kind, operand, below, top);
-    if (k == EQ_ITEM_BINARY)
+    if (before != EQ_ITEM_BINARY && k == EQ_ITEM_BINARY)
         return run_binary(frame, kind, operand, below, top);
-    if (k == EQ_ITEM_CONSTANT)
-        return run_constant(frame, kind, operand, below, top);
-    if (k == EQ_ITEM_UNARY)
-        return run_unary(frame, kind, operand, below, top);
-    return run_other(frame, kind, operand, below, top);
+    if (static_cast<uint32_t>(k) > EQ_ITEM_TARGET)
+        return run_other(frame, kind, operand, below, top);
+    return kRunItems[k](frame, kind, operand, below, top);
 }
 
-/// Gives a value to the operator behind its item, or pushes it.
+[[gnu::always_inline]] inline double run_at(Frame& frame, int64_t position, int64_t depth, double top)
+{
+    return run(frame, frame.kinds + position, frame.operands + position, frame.below + depth, top);
+}
+
+/// Gives the value of an item of the kind `own` to the operator behind it, or pushes it.
+template <int32_t own>
 [[gnu::always_inline]] inline double run_value(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
                                                double top, double value)
 {
     if (kind[1] == EQ_ITEM_BINARY) {
         const int32_t f = operand[1];
         if (f == kMultiply)
-            return run(frame, kind + 2, operand + 2, below, top * value);
+            return run<own>(frame, kind + 2, operand + 2, below, top * value);
         if (f == kAdd)
-            return run(frame, kind + 2, operand + 2, below, top + value);
+            return run<own>(frame, kind + 2, operand + 2, below, top + value);
         if (f == kSubtract)
-            return run(frame, kind + 2, operand + 2, below, top - value);
+            return run<own>(frame, kind + 2, operand + 2, below, top - value);
         if (f == kDivide)
-            return run(frame, kind + 2, operand + 2, below, value == 0.0 ? 0.0 : top / value);
+            return run<own>(frame, kind + 2, operand + 2, below, value == 0.0 ? 0.0 : top / value);
     }
     if (below == frame.below + kMostQuick)
         return run_other(frame, kind, operand, below, top);
     *below = top;
-    return run(frame, kind + 1, operand + 1, below + 1, value);
+    return run<own>(frame, kind + 1, operand + 1, below + 1, value);
 }
 
 [[gnu::noinline]] double run_variable(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
@@ -215,13 +225,13 @@ double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, doub
     const int32_t v = *operand;
     if (!frame.has_value(v))
         return run_other(frame, kind, operand, below, top);
-    return run_value(frame, kind, operand, below, top, frame.values[v]);
+    return run_value<EQ_ITEM_VARIABLE>(frame, kind, operand, below, top, frame.values[v]);
 }
 
 [[gnu::noinline]] double run_constant(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
                                       double top)
 {
-    return run_value(frame, kind, operand, below, top, frame.constants[kind - frame.kinds]);
+    return run_value<EQ_ITEM_CONSTANT>(frame, kind, operand, below, top, frame.constants[kind - frame.kinds]);
 }
 
 [[gnu::noinline]] double run_binary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
@@ -232,13 +242,13 @@ double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, doub
     const int32_t f = *operand;
     const double left = below[-1];
     if (f == kMultiply)
-        return run(frame, kind + 1, operand + 1, below - 1, left * top);
+        return run<EQ_ITEM_BINARY>(frame, kind + 1, operand + 1, below - 1, left * top);
     if (f == kAdd)
-        return run(frame, kind + 1, operand + 1, below - 1, left + top);
+        return run<EQ_ITEM_BINARY>(frame, kind + 1, operand + 1, below - 1, left + top);
     if (f == kSubtract)
-        return run(frame, kind + 1, operand + 1, below - 1, left - top);
+        return run<EQ_ITEM_BINARY>(frame, kind + 1, operand + 1, below - 1, left - top);
     if (f == kDivide)
-        return run(frame, kind + 1, operand + 1, below - 1, top == 0.0 ? 0.0 : left / top);
+        return run<EQ_ITEM_BINARY>(frame, kind + 1, operand + 1, below - 1, top == 0.0 ? 0.0 : left / top);
     return run_other(frame, kind, operand, below, top);
 }
 
@@ -256,10 +266,8 @@ double conclude(EquationSystem& es, const Program& program, double result)
 {
     EquationSystem& es = *frame.es;
     const int32_t equation = frame.equation;
-    if (state.depth >= 1 && state.depth <= kMostQuick && frame.open<true>(es, equation) &&
-        state.position <= frame.count)
-        return run(frame, frame.kinds + state.position, frame.operands + state.position, frame.below + state.depth,
-                   state.top);
+    if (state.depth >= 1 && state.depth <= kMostQuick && state.position <= frame.open<true>(es, equation))
+        return run_at(frame, state.position, state.depth, state.top);
     const Program program = is_equation(es, equation) ? program_of(es, equation) : Program();
     if (!program.has_target())
         return state.top;
@@ -289,33 +297,37 @@ double conclude(EquationSystem& es, const Program& program, double result)
     return step(es, program, state, frame.below) ? go_on(frame, state) : conclude(es, program, state.top);
 }
 
-[[gnu::noinline]] double call_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
-                                    double top)
+/// Calls a built-in function. The frame keeps the place meanwhile, which takes less than saving registers would.
+[[gnu::noinline]] double call_built_in(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+                                       UnaryFunction function, double top)
 {
-    void* const slot = frame.function(*operand);
+    frame.place = {kind + 1, operand + 1, below};
+    const double result = function(top);
+    return run(frame, frame.place.kind, frame.place.operand, frame.place.below, result);
+}
+
+[[gnu::noinline]] double call_unary(Frame& frame, const int32_t* kind, int32_t f, double* below, double top)
+{
+    void* const slot = function_at(*frame.es, f);
     if (slot == nullptr)
         return run_carefully(frame, kind, below, top);
     const double result = reinterpret_cast<UnaryFunction>(slot)(top);
-    if (is_built_in_unary(*operand, slot))
-        return run(frame, kind + 1, operand + 1, below, result);
     return go_on(frame, {kind - frame.kinds + 1, below - frame.below, result});
 }
 
-[[gnu::noinline]] double call_binary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
-                                     double top)
+[[gnu::noinline]] double call_binary(Frame& frame, const int32_t* kind, int32_t f, double* below, double top)
 {
-    void* const slot = frame.function(*operand);
+    void* const slot = function_at(*frame.es, f);
     if (slot == nullptr || below == frame.below + 1) // no function, one value
         return run_carefully(frame, kind, below, top);
-    const double result = reinterpret_cast<BinaryFunction>(slot)(below[-1], top);
-    if (is_built_in_binary(*operand, slot))
-        return run(frame, kind + 1, operand + 1, below - 1, result);
-    return go_on(frame, {kind - frame.kinds + 1, below - 1 - frame.below, result});
+    const Run after = {kind - frame.kinds + 1, below - 1 - frame.below,
+                       reinterpret_cast<BinaryFunction>(slot)(below[-1], top)};
+    return is_built_in(f, slot) ? run_at(frame, after.position, after.depth, after.top) : go_on(frame, after);
 }
 
-[[gnu::noinline]] double call_draw(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
+[[gnu::noinline]] double run_draw(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
 {
-    if (below == frame.below + kMostQuick || !is_built_in_draw(*operand, frame.function(*operand)))
+    if (below == frame.below + kMostQuick || !frame.has_built_in(*operand))
         return run_carefully(frame, kind, below, top);
     *below = top;
     return run(frame, kind + 1, operand + 1, below + 1, EqTableRead(frame.es, *operand));
@@ -324,28 +336,36 @@ double conclude(EquationSystem& es, const Program& program, double result)
 [[gnu::noinline]] double run_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
 {
     const int32_t f = *operand;
-    if (f == kNegate && frame.holds(kNegate, EqFuncNegate))
-        return run(frame, kind + 1, operand + 1, below, -top);
-    if (f == kSquareRoot && frame.function(f) == reinterpret_cast<void*>(static_cast<UnaryFunction>(std::sqrt)))
-        return run(frame, kind + 1, operand + 1, below, std::sqrt(top));
-    return call_unary(frame, kind, operand, below, top);
+    if (!frame.has_built_in(f))
+        return call_unary(frame, kind, f, below, top);
+    if (f == kNegate)
+        return run<EQ_ITEM_UNARY>(frame, kind + 1, operand + 1, below, -top);
+    if (f == kSquareRoot)
+        return run<EQ_ITEM_UNARY>(frame, kind + 1, operand + 1, below, std::sqrt(top));
+    return call_built_in(frame, kind, operand, below, reinterpret_cast<UnaryFunction>(frame.functions[f]), top);
 }
 
 [[gnu::noinline]] double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
 {
-    if (*kind == EQ_ITEM_BINARY)
-        return call_binary(frame, kind, operand, below, top);
-    if (*kind == EQ_ITEM_SAMPLE)
-        return call_draw(frame, kind, operand, below, top);
+    return *kind == EQ_ITEM_BINARY ? call_binary(frame, kind, *operand, below, top)
+                                   : run_carefully(frame, kind, below, top);
+}
+
+[[gnu::noinline]] double run_end(Frame& frame, const int32_t* kind, const int32_t*, double* below, double top)
+{
     const DATAstruct* const flags = frame.es->var_flags;
     const int32_t target = frame.operands[0];
-    if (*kind != EQ_ITEM_END || !is_usual(flags) || flags->bvals == nullptr || !frame.has_value(target) ||
-        target >= flags->count)
+    if (flags == nullptr || flags->alloc_dim != 1 || flags->bvals == nullptr || !frame.has_value(target) ||
+        target >= flags->count || target >= flags->alloc_count)
         return run_carefully(frame, kind, below, top);
     if (flags->bvals[target] == 0)
         frame.values[target] = top;
     return top;
 }
+
+RunItem* const kRunItems[] = {run_end,   run_other, run_other, run_other,  run_constant, run_variable,
+                              run_other, run_draw,  run_unary, run_binary, run_other,    run_other,
+                              run_other, run_other, run_other, run_other,  run_other};
 
 int32_t equation_count(const EquationSystem& es)
 {
@@ -361,11 +381,9 @@ Program program_at(const EquationSystem& es, int32_t equation)
 bool holds_built_ins_only(const EquationSystem& es)
 {
     const int32_t n = usable_count(es.funcs, DATA_TYPE_POINTER);
-    for (int32_t f = 0; f < n; ++f) {
-        const void* const slot = es.funcs->pvals[f];
-        if (!is_built_in_binary(f, slot) && !is_built_in_unary(f, slot) && !is_built_in_draw(f, slot))
+    for (int32_t f = 0; f < n; ++f)
+        if (!is_built_in(f, es.funcs->pvals[f]))
             return false;
-    }
     return true;
 }
 
@@ -373,11 +391,9 @@ bool calls_built_ins_only(const EquationSystem& es, const Program& program)
 {
     for (int32_t p = 0; p < program.count; ++p) {
         const int32_t f = program.operands[p];
-        const void* const slot = function_at(es, f);
         const int32_t kind = program.kinds[p];
-        if ((kind == EQ_ITEM_BINARY && !is_built_in_binary(f, slot)) ||
-            (kind == EQ_ITEM_UNARY && !is_built_in_unary(f, slot)) ||
-            (kind == EQ_ITEM_SAMPLE && !is_built_in_draw(f, slot)))
+        const bool is_call = kind == EQ_ITEM_BINARY || kind == EQ_ITEM_UNARY || kind == EQ_ITEM_SAMPLE;
+        if (is_call && !is_built_in(f, function_at(es, f)))
             return false;
     }
     return true;
@@ -456,13 +472,12 @@ double EqEvaluate(EquationSystem* es, int equation)
     if (es == nullptr)
         return 0.0;
     Frame frame;
-    if (frame.open<false>(*es, equation)) {
-        const int32_t* const first = frame.kinds + 1; // its value is there without pushing
-        const int32_t* const operand = frame.operands + 1;
-        if (*first == EQ_ITEM_VARIABLE && frame.has_value(*operand))
-            return run(frame, first + 1, operand + 1, frame.below + 1, frame.values[*operand]);
-        if (*first == EQ_ITEM_CONSTANT)
-            return run(frame, first + 1, operand + 1, frame.below + 1, frame.constants[1]);
+    if (frame.open<false>(*es, equation) > 0) {
+        const int32_t kind = frame.kinds[1], operand = frame.operands[1]; // its value is there without pushing
+        if (kind == EQ_ITEM_VARIABLE && frame.has_value(operand))
+            return run_at(frame, 2, 1, frame.values[operand]);
+        if (kind == EQ_ITEM_CONSTANT)
+            return run_at(frame, 2, 1, frame.constants[1]);
     }
     return evaluate_carefully(*es, equation);
 }

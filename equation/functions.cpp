@@ -79,13 +79,6 @@ int register_function(EquationSystem* es, const char* name, int32_t nargs, void*
     return 1;
 }
 
-template <class Function, size_t N>
-void register_all(EquationSystem& es, int32_t nargs, const BuiltIn<Function> (&functions)[N])
-{
-    for (const BuiltIn<Function>& built_in : functions)
-        register_function(&es, built_in.name, nargs, reinterpret_cast<void*>(built_in.function));
-}
-
 // Deliberate: truncated decimals of sqrt(3) and 2 sqrt(3), which bring the sum of four draws to variance 1 and mean 0.
 constexpr double kDrawsToUnitVariance = 1.7320508;
 constexpr double kMeanOfScaledDraws = 3.4641016;
@@ -147,10 +140,8 @@ double call_no_arg(const EquationSystem& es, int32_t f)
 
 void register_built_ins(EquationSystem& es)
 {
-    register_all(es, 2, kOperators);
-    register_all(es, 1, kUnaryFunctions);
-    register_all(es, 0, kDraws);
-    register_all(es, 2, kAngle);
+    for (const BuiltIn& built_in : kBuiltIns)
+        register_function(&es, built_in.name, built_in.nargs, built_in.function.slot());
 }
 
 } // namespace korvale::inside

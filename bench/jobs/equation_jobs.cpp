@@ -155,6 +155,7 @@ std::vector<Job> equation_jobs()
         {"equation.simplified", once, evaluate<kFoldable, true>, 1.0, 1000},
         // The first blocks come from what the C library's heap has at hand, later ones take it longer.
         {"equation.parse_short", once, parse<kShort>, 1.15, 100},
+        {"equation.parse_medium", once, parse<kMedium>, 1.15, 100},
         {"equation.parse_arith", once, parse<kArith>, 1.1, 100},
         {"equation.parse_long", once, parse<kLong>, 1.1, 100},
         {"equation.pass", {100}, pass, 1.05, 100},
@@ -166,6 +167,7 @@ std::vector<Job> equation_jobs()
         {"equation.long@muParser", once, muparser<kLong>},
         {"equation.foldable@muParser", once, muparser<kFoldable>},
         {"equation.parse_short@muParser", once, muparser_parse<kShort>},
+        {"equation.parse_medium@muParser", once, muparser_parse<kMedium>},
         {"equation.parse_arith@muParser", once, muparser_parse<kArith>},
         {"equation.parse_long@muParser", once, muparser_parse<kLong>},
 #endif

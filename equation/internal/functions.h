@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -58,51 +59,48 @@ double call_no_arg(const EquationSystem& es, int32_t f);
 /// Registers the eighteen built-in functions in order.
 void register_built_ins(EquationSystem& es);
 
-// The built-in functions where they stand in the registry: ADD to POWER, NEGATE to ATAN, RAND and GAUSS, ANGLE.
-template <class Function>
+/// A function as the registry holds it: called by its number of arguments, compared as a pointer.
+union Function {
+    BinaryFunction two;
+    UnaryFunction one;
+    NoArgFunction none;
+
+    void* slot() const { return std::bit_cast<void*>(*this); }
+};
+
 struct BuiltIn {
     const char* name;
+    int32_t nargs;
     Function function;
 };
 
-inline constexpr BuiltIn<BinaryFunction> kOperators[] = {{"ADD", EqFuncAdd},
-                                                         {"SUBTRACT", EqFuncSubtract},
-                                                         {"MULTIPLY", EqFuncMultiply},
-                                                         {"DIVIDE", EqFuncDivide},
-                                                         {"POWER", std::pow}};
-inline constexpr BuiltIn<UnaryFunction> kUnaryFunctions[] = {
-    {"NEGATE", EqFuncNegate}, {"SIN", std::sin}, {"COS", std::cos},   {"TAN", std::tan},   {"SQRT", std::sqrt},
-    {"EXP", std::exp},        {"LOG", std::log}, {"ASIN", std::asin}, {"ACOS", std::acos}, {"ATAN", std::atan}};
-inline constexpr BuiltIn<NoArgFunction> kDraws[] = {{"RAND", EqFuncRand}, {"GAUSS", gauss}};
-inline constexpr BuiltIn<BinaryFunction> kAngle[] = {{"ANGLE", std::atan2}};
+/// The built-in functions where they stand in the registry. They change nothing but the random generator.
+inline constexpr BuiltIn kBuiltIns[] = {{"ADD", 2, {.two = EqFuncAdd}},
+                                        {"SUBTRACT", 2, {.two = EqFuncSubtract}},
+                                        {"MULTIPLY", 2, {.two = EqFuncMultiply}},
+                                        {"DIVIDE", 2, {.two = EqFuncDivide}},
+                                        {"POWER", 2, {.two = std::pow}},
+                                        {"NEGATE", 1, {.one = EqFuncNegate}},
+                                        {"SIN", 1, {.one = std::sin}},
+                                        {"COS", 1, {.one = std::cos}},
+                                        {"TAN", 1, {.one = std::tan}},
+                                        {"SQRT", 1, {.one = std::sqrt}},
+                                        {"EXP", 1, {.one = std::exp}},
+                                        {"LOG", 1, {.one = std::log}},
+                                        {"ASIN", 1, {.one = std::asin}},
+                                        {"ACOS", 1, {.one = std::acos}},
+                                        {"ATAN", 1, {.one = std::atan}},
+                                        {"RAND", 0, {.none = EqFuncRand}},
+                                        {"GAUSS", 0, {.none = gauss}},
+                                        {"ANGLE", 2, {.two = std::atan2}}};
+constexpr int32_t kBuiltInCount = std::size(kBuiltIns);
+static_assert(kBuiltInCount == 18);
 
-constexpr uint32_t kFirstUnary = std::size(kOperators);
-constexpr uint32_t kFirstDraw = kFirstUnary + std::size(kUnaryFunctions);
-constexpr uint32_t kAngleIndex = kFirstDraw + std::size(kDraws);
-static_assert(kFirstUnary == kNegate && kAngleIndex == 17);
-
-template <class Function, size_t N>
-bool is_one_of(const BuiltIn<Function> (&functions)[N], uint32_t i, const void* slot)
-{
-    return i < N && slot == reinterpret_cast<const void*>(functions[i].function);
-}
-
-/// Whether slot `f` holds its built-in function of two, one or no arguments. Those change nothing but the random
-/// generator.
-inline bool is_built_in_binary(int32_t f, const void* slot)
+/// Whether slot `f` holds its built-in function.
+inline bool is_built_in(int32_t f, const void* slot)
 {
     const auto i = static_cast<uint32_t>(f);
-    return is_one_of(kOperators, i, slot) || is_one_of(kAngle, i - kAngleIndex, slot);
-}
-
-inline bool is_built_in_unary(int32_t f, const void* slot)
-{
-    return is_one_of(kUnaryFunctions, static_cast<uint32_t>(f) - kFirstUnary, slot);
-}
-
-inline bool is_built_in_draw(int32_t f, const void* slot)
-{
-    return is_one_of(kDraws, static_cast<uint32_t>(f) - kFirstDraw, slot);
+    return i < kBuiltInCount && slot == kBuiltIns[i].function.slot();
 }
 
 } // namespace korvale::inside
