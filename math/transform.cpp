@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "math/internal/matrix.h"
+#include "math/internal/vector.h"
 
 namespace korvale::inside {
 namespace {
@@ -14,6 +15,29 @@ constexpr size_t kLongestElement = 1 + 309 + 1 + kDecimals;
 KORVALE_FOUR_LANES void multiply_wide(const double (*a)[4], const double (*b)[4], double (*out)[4])
 {
     multiply_in_lanes<Quad>(a, b, out);
+}
+
+KORVALE_QUAD void load_columns(const double* m, Quad& x, Quad& y, Quad& z, Quad& w)
+{
+    const Quad::Lanes a = load_quad(m).lanes, b = load_quad(m + 4).lanes;
+    const Quad::Lanes c = load_quad(m + 8).lanes, d = load_quad(m + 12).lanes;
+    const Quad::Lanes xz1 = __builtin_shufflevector(a, b, 0, 4, 2, 6), xz2 = __builtin_shufflevector(c, d, 0, 4, 2, 6);
+    const Quad::Lanes yw1 = __builtin_shufflevector(a, b, 1, 5, 3, 7), yw2 = __builtin_shufflevector(c, d, 1, 5, 3, 7);
+    x = Quad(__builtin_shufflevector(xz1, xz2, 0, 1, 4, 5));
+    y = Quad(__builtin_shufflevector(yw1, yw2, 0, 1, 4, 5));
+    z = Quad(__builtin_shufflevector(xz1, xz2, 2, 3, 6, 7));
+    w = Quad(__builtin_shufflevector(yw1, yw2, 2, 3, 6, 7));
+}
+
+/// As `carried`, all rows at a time: the three quotients are one.
+KORVALE_FOUR_LANES void carry_wide(const double* m, double px, double py, double pz, double* out)
+{
+    Quad x, y, z, w;
+    load_columns(m, x, y, z, w);
+    Quad h = x * px + y * py + z * pz + w;
+    if (h[3] != 1.0)
+        h = h / h[3];
+    store_points(out, Lanes3<double>{h[0], h[1], h[2]});
 }
 
 } // namespace
@@ -28,9 +52,10 @@ void make_identity(Xfm m)
 
 void TransformVector(Xfm m, double* v, double* out)
 {
-    const double x = m[0][0] * v[0] + m[0][1] * v[1] + m[0][2] * v[2];
-    const double y = m[1][0] * v[0] + m[1][1] * v[1] + m[1][2] * v[2];
-    const double z = m[2][0] * v[0] + m[2][1] * v[1] + m[2][2] * v[2];
+    const Lanes3<double> p = vector_of(v);
+    const double x = m[0][0] * p.x + m[0][1] * p.y + m[0][2] * p.z;
+    const double y = m[1][0] * p.x + m[1][1] * p.y + m[1][2] * p.z;
+    const double z = m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z;
     out[0] = x;
     out[1] = y;
     out[2] = z;
@@ -38,14 +63,20 @@ void TransformVector(Xfm m, double* v, double* out)
 
 void TransformPoint(Xfm m, double* p, double* out)
 {
-    carry_point(m, p, out);
+    const Lanes3<double> from = vector_of(p);
+    widest([&] { carry_wide(m[0], from.x, from.y, from.z, out); },
+           [&] { store_points(out, carried(spread<double>(m), from)); });
 }
 
 void xfm_pnt(double* m16, double* p, double* out)
 {
-    Xfm m;
-    array2xfm(m16, m);
-    carry_point(m, p, out);
+    const Lanes3<double> from = vector_of(p);
+    const auto plain = [&] {
+        Xfm m;
+        array2xfm(m16, m);
+        store_points(out, carried(spread<double>(m), from));
+    };
+    widest([&] { carry_wide(m16, from.x, from.y, from.z, out); }, plain);
 }
 
 void MatrixMultiply(Xfm a, Xfm b, Xfm out)

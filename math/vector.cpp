@@ -1,12 +1,41 @@
 #include "math/vector.h"
 
 #include "math/internal/vector.h"
+#include "platform/internal/lanes.h"
+
+namespace korvale::inside {
+namespace {
+
+/// With four lanes the three quotients are one instruction, which takes as long as for one.
+template <class V>
+KORVALE_OVER_LANES int normalize_by(double* v)
+{
+    const Lanes3<double> p = vector_of(v);
+    const double n = root(dot(p, p));
+    if (n < kShortestVector)
+        return -1;
+    if constexpr (width_of<V> == 4) {
+        const V unit = V(p.x, p.y, p.z, n) / n;
+        store_points(v, Lanes3<double>{unit[0], unit[1], unit[2]});
+    } else {
+        store_points(v, p / n);
+    }
+    return 1;
+}
+
+KORVALE_FOUR_LANES int normalize_wide(double* v)
+{
+    return normalize_by<Quad>(v);
+}
+
+} // namespace
+} // namespace korvale::inside
 
 using namespace korvale::inside;
 
 double dot_product(double* a, double* b)
 {
-    return dot(a, b);
+    return dot(vector_of(a), vector_of(b));
 }
 
 void cross_product(double* a, double* b, double* out)
@@ -16,12 +45,13 @@ void cross_product(double* a, double* b, double* out)
 
 double norm(double* v)
 {
-    return length(v);
+    const Lanes3<double> p = vector_of(v);
+    return root(dot(p, p));
 }
 
 int normalize(double* v)
 {
-    return make_unit(v) ? 1 : -1;
+    return widest([&] { return normalize_wide(v); }, [&] { return normalize_by<double>(v); });
 }
 
 double angle(double* a, double* b)

@@ -1,4 +1,5 @@
-// Small vector and matrix functions. The size is the number of calls.
+// Small vector and matrix functions. The size is the number of calls, each with a vector of its own: a result that is
+// the next input, or lies where it did, makes a processor wait or not by chance.
 #include <memory>
 
 #include "bench/jobs/job.h"
@@ -20,9 +21,11 @@ namespace korvale::bench {
 namespace {
 
 struct Input {
-    Input()
+    explicit Input(int count) : vectors(3 * static_cast<size_t>(count)), results(vectors.size())
     {
         Numbers random;
+        for (double& value : vectors)
+            value = random.uniform(-1, 1);
         for (double& value : a)
             value = random.uniform(-1, 1);
         for (double& value : b)
@@ -31,15 +34,19 @@ struct Input {
         array2xfm(b, n);
     }
 
-    double a[16], b[16], v[3] = {1, 2, 3}, w[3];
+    double a[16], b[16];
     Xfm m, n, out;
+    std::vector<double> vectors, results;
+    double *v, *w; // the vector of this call, and the place for its result
 };
 
 template <void (*run)(Input&)>
 Work repeat(int times)
 {
-    return [input = std::make_shared<Input>(), times] {
+    return [input = std::make_shared<Input>(times), times] {
         for (int i = 0; i < times; ++i) {
+            input->v = &input->vectors[3 * static_cast<size_t>(i)];
+            input->w = &input->results[3 * static_cast<size_t>(i)];
             run(*input);
             keep(*input);
         }
@@ -100,7 +107,7 @@ void glm_multiply(Input& x)
 void glm_unit(Input& x)
 {
     const glm::dvec3 unit = glm::normalize(glm::make_vec3(x.v));
-    keep(unit);
+    x.w[0] = unit.x, x.w[1] = unit.y, x.w[2] = unit.z;
 }
 #endif
 #ifdef KORVALE_HAS_IMATH
@@ -113,7 +120,7 @@ void imath_unit(Input& x)
 {
     Imath::V3d v(x.v[0], x.v[1], x.v[2]);
     v.normalize();
-    keep(v);
+    x.w[0] = v.x, x.w[1] = v.y, x.w[2] = v.z;
 }
 #endif
 

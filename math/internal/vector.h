@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "platform/internal/lanes3.h"
+
 // The vector arithmetic of the library, inline. The exported functions of math/vector.h are doors to these.
 namespace korvale::inside {
 
@@ -36,6 +38,14 @@ inline bool make_unit(double* v)
     v[1] /= n;
     v[2] /= n;
     return true;
+}
+
+/// The vector `v` of a host, which has often just been written number by number, and is read so: the one load of two
+/// numbers that compilers prefer would wait until the stores of both have reached the cache.
+inline Lanes3<double> vector_of(const double* v)
+{
+    const volatile double* const numbers = v;
+    return {numbers[0], numbers[1], numbers[2]};
 }
 
 /// out = a + b; `out` may be either.

@@ -6,6 +6,8 @@
 
 #include "math/combinatorics.h"
 #include "math/transform.h"
+#include "math/vector.h"
+#include "tests/reference/arrays.h"
 #include "tests/reference/transform.h"
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
@@ -81,6 +83,42 @@ TEST(MathSteps, TransformVector)
         ASSERT_TRUE(same_bits(expected, actual));
         TransformVector(matrix, v.data(), v.data());
         ASSERT_TRUE(same_bits(expected, v));
+    }
+}
+
+TEST(MathSteps, TransformPoint)
+{
+    Random random(45);
+    for (int round = 0; round < rounds(20000); ++round) {
+        std::vector<double> m = values(random, 16, round), p = values(random, 3, round), expected(3), actual(3);
+        if (random.one_in(2)) { // affine
+            m[12] = m[13] = m[14] = 0.0;
+            m[15] = 1.0;
+        }
+        double(*const matrix)[4] = reinterpret_cast<double(*)[4]>(m.data());
+        reference::carry_points(matrix, p.data(), 1, expected.data());
+        TransformPoint(matrix, p.data(), actual.data());
+        ASSERT_TRUE(same_bits(expected, actual));
+        xfm_pnt(m.data(), p.data(), actual.data());
+        ASSERT_TRUE(same_bits(expected, actual));
+        std::vector<double> in_place = p;
+        TransformPoint(matrix, in_place.data(), in_place.data());
+        ASSERT_TRUE(same_bits(expected, in_place));
+    }
+}
+
+TEST(MathSteps, Normalize)
+{
+    Random random(46);
+    for (int round = 0; round < rounds(20000); ++round) {
+        std::vector<double> expected = values(random, 3, round);
+        if (random.one_in(4))
+            for (double& value : expected)
+                value *= 2e-07; // about the shortest
+        std::vector<double> actual = expected;
+        const int result = reference::normalize(expected.data());
+        ASSERT_EQ(result, normalize(actual.data()));
+        ASSERT_TRUE(same_bits(expected, actual));
     }
 }
 

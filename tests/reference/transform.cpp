@@ -1,5 +1,6 @@
 #include "tests/reference/transform.h"
 
+#include <cmath>
 #include <cstring>
 
 namespace korvale::reference {
@@ -35,6 +36,16 @@ void transform_vector(const Xfm m, const double* v, double* out)
     for (int i = 0; i < 3; ++i)
         turned[i] = m[i][0] * v[0] + m[i][1] * v[1] + m[i][2] * v[2];
     std::memcpy(out, turned, sizeof turned);
+}
+
+int normalize(double* v)
+{
+    const double n = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+    if (n < 1e-06)
+        return -1;
+    for (int k = 0; k < 3; ++k)
+        v[k] /= n;
+    return 1;
 }
 
 double power(double x, int n)

@@ -15,6 +15,9 @@ void transpose(const Xfm in, Xfm out);
 /// The upper 3x3 block of `m` applied to `v`.
 void transform_vector(const Xfm m, const double* v, double* out);
 
+/// `v` divided by its length, component by component. Returns 1, or -1 for a vector shorter than 1e-06.
+int normalize(double* v);
+
 /// x multiplied by itself n - 1 times; 1 for n below 1.
 double power(double x, int n);
 
