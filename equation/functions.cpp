@@ -92,10 +92,12 @@ void seed_generator(int seed)
 
 int32_t function_count(const EquationSystem& es)
 {
-    const int64_t present = std::min({room(es.funcs, DATA_TYPE_POINTER), room(es.func_nargs, DATA_TYPE_INT),
-                                      room(es.func_names, DATA_TYPE_BYTE) / kNameBytes, room(es.tables, DATA_TYPE_DATA),
-                                      room(es.table_pos, DATA_TYPE_INT)});
-    return present < 1 ? 0 : static_cast<int32_t>(std::min<int64_t>(present, es.funcs->count));
+    int64_t present = usable_count(es.funcs, DATA_TYPE_POINTER);
+    present = std::min(present, room(es.func_nargs, DATA_TYPE_INT));
+    present = std::min(present, room(es.func_names, DATA_TYPE_BYTE) / kNameBytes);
+    present = std::min(present, room(es.tables, DATA_TYPE_DATA));
+    present = std::min(present, room(es.table_pos, DATA_TYPE_INT));
+    return static_cast<int32_t>(std::max<int64_t>(present, 0));
 }
 
 int32_t find_function(const EquationSystem& es, Word name)
@@ -107,10 +109,8 @@ int32_t find_function(const EquationSystem& es, Word name)
 NamedFunctions find_named_functions(const EquationSystem& es, int32_t count, const NamePattern& name)
 {
     NamedFunctions found;
-    const uint8_t* slot = count < 1 ? nullptr : es.func_names->bvals;
-    for (int32_t f = 0; f < count; ++f, slot += kNameBytes) {
-        if (!name.is_at(slot)) [[likely]]
-            continue;
+    const uint8_t* const names = function_names(es);
+    for (int32_t f = find_name(names, count, name); f >= 0; f = find_name(names, count, name, f + 1)) {
         switch (es.func_nargs->ivals[f]) {
         case 1:
             found.unary = f;

@@ -39,13 +39,12 @@ Word next_run_of_letters(const char* at)
 
 int32_t find_name(const uint8_t* slots, int32_t count, Word word)
 {
-    return word.length > kLongestName ? -1 : find_name(slots, count, NamePattern(word));
-}
-
-int32_t find_name(const uint8_t* slots, int32_t count, const NamePattern& name)
-{
+    if (word.length > kLongestName)
+        return -1;
+    if (word.length > 0)
+        return find_name(slots, count, NamePattern(word));
     for (int32_t i = 0; i < count; ++i)
-        if (name.is_at(slots + int64_t{i} * kNameBytes))
+        if (is_name(slots + int64_t{i} * kNameBytes, word))
             return i;
     return -1;
 }

@@ -3,6 +3,7 @@
 // the operand or group at their own depth is complete. Both stacks fill from their last entry downward.
 #include "equation/parse.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "data/internal/record.h"
@@ -31,6 +32,7 @@ struct Parse {
     DATAstruct& constants;
     const int32_t functions;                ///< that can be looked up
     const int32_t variables;                ///< that can be looked up
+    const Initials initials;                ///< of the functions; most names are variables and begin otherwise
     int32_t op_codes[kStackEntries];        ///< in use from `op_top` on
     PendingFunction pending[kStackEntries]; ///< in use from `pending_top` on
     int op_top = kStackEntries;
@@ -42,7 +44,7 @@ struct Parse {
 
     Parse(EquationSystem& system, DATAstruct* const (&items)[kChildren])
         : es(system), kinds(*items[0]), operands(*items[1]), constants(*items[2]), functions(function_count(system)),
-          variables(named_count(system))
+          variables(named_count(system)), initials(function_names(system), functions)
     {
     }
 };
@@ -119,7 +121,8 @@ bool add_binary(Parse& p, int code)
 bool add_name(Parse& p, Word name)
 {
     const NamePattern pattern(name);
-    const NamedFunctions named = find_named_functions(p.es, p.functions, pattern);
+    const NamedFunctions named =
+        p.initials.may_begin(name) ? find_named_functions(p.es, p.functions, pattern) : NamedFunctions();
     if (named.unary >= 0) {
         p.after_operand = false;
         return push_function(p, named.unary);
@@ -235,14 +238,15 @@ bool is_space(char c)
 }
 
 /// The variable named by the first word of [first, last), or -1.
-int32_t find_target(const EquationSystem& es, const char* first, const char* last)
+int32_t find_target(const Parse& p, const char* first, const char* last)
 {
     while (first != last && is_space(*first))
         ++first;
     const char* end = first;
     while (end != last && !is_space(*end))
         ++end;
-    return end == first ? -1 : find_variable(es, {first, static_cast<size_t>(end - first)});
+    const Word name = {first, static_cast<size_t>(end - first)};
+    return name.length == 0 || p.variables == 0 ? -1 : find_name(p.es.var_names->bvals, p.variables, name);
 }
 
 /// Adds an empty row to the equations; false, with nothing added, when the heap is exhausted or the memory is a host's.
@@ -277,11 +281,10 @@ bool make_items(const EquationSystem& es, DATAstruct* (&items)[kChildren])
             return false;
         row[child] = items[child];
     }
-    for (int32_t i = 0; i < kMostItems; ++i) {
-        items[0]->ivals[i] = EQ_ITEM_END;
-        items[1]->ivals[i] = -1;
-        items[2]->dvals[i] = 0.0;
-    }
+    // To the count, which no compiler knows here: to the 100 it is, it would write word by word.
+    std::fill_n(items[0]->ivals, items[0]->count, EQ_ITEM_END);
+    std::fill_n(items[1]->ivals, items[1]->count, -1);
+    std::fill_n(items[2]->dvals, items[2]->count, 0.0);
     items[0]->count = 0;
     return true;
 }
@@ -358,12 +361,12 @@ int EqParseEquation(EquationSystem* es, char* text)
     char* const equals = std::strchr(text, '=');
     if (equals == nullptr)
         return 1;
-    const int32_t target = find_target(*es, text, equals);
+    Parse parse(*es, items);
+    const int32_t target = find_target(parse, text, equals);
     if (target < 0) {
         *equals = '\0'; // Deliberate: not restored
         return -1;
     }
-    Parse parse(*es, items);
     emit(parse, EQ_ITEM_TARGET, target);
     if (equals[1] != '\0' && (!scan(parse, equals + 1) || parse.operand_counter > 1))
         return -1;

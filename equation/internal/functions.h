@@ -22,6 +22,12 @@ using NoArgFunction = double (*)();
 /// Functions that can be looked up: those counted and present in all arrays.
 int32_t function_count(const EquationSystem& es);
 
+/// The names of functions; null where there are none.
+inline const uint8_t* function_names(const EquationSystem& es)
+{
+    return es.func_names == nullptr ? nullptr : es.func_names->bvals;
+}
+
 /// The lowest index of the function of that name, or -1.
 int32_t find_function(const EquationSystem& es, Word name);
 

@@ -38,18 +38,16 @@ inline bool is_name(const uint8_t* slot, Word word)
     return std::memcmp(slot, word.first, word.length) == 0 && slot[word.length] == 0;
 }
 
-/// A word of at most 12 characters as it would stand in a slot, to be compared with many slots, eight bytes at a time.
+/// A word of 1 to 12 characters as it would stand in a slot, to be compared with many slots: nearly all differ in their
+/// first two bytes, the others are compared eight bytes at a time.
 class NamePattern {
 public:
     explicit NamePattern(Word word)
     {
-        for (size_t i = 0; i < word.length; ++i) {
-            const uint64_t c = static_cast<unsigned char>(word.first[i]);
-            if (i < 8)
-                first_ |= c << 8 * i;
-            if (i >= kLast)
-                last_ |= c << 8 * (i - kLast);
-        }
+        for (size_t i = 0; i < 8 && i < word.length; ++i)
+            first_ |= uint64_t{static_cast<unsigned char>(word.first[i])} << 8 * i;
+        for (size_t i = kLast; i < word.length; ++i)
+            last_ |= uint64_t{static_cast<unsigned char>(word.first[i])} << 8 * (i - kLast);
         const size_t bytes = word.length + 1; // what follows the zero does not count
         first_mask_ = leading(bytes);
         last_mask_ = bytes <= kLast ? 0 : leading(bytes - kLast);
@@ -57,7 +55,10 @@ public:
 
     bool is_at(const uint8_t* slot) const
     {
-        return ((eight(slot) ^ first_) & first_mask_) == 0 && ((eight(slot + kLast) ^ last_) & last_mask_) == 0;
+        if (leading_bytes<uint16_t>(slot) != static_cast<uint16_t>(first_)) [[likely]]
+            return false;
+        return ((leading_bytes<uint64_t>(slot) ^ first_) & first_mask_) == 0 &&
+               ((leading_bytes<uint64_t>(slot + kLast) ^ last_) & last_mask_) == 0;
     }
 
 private:
@@ -66,12 +67,15 @@ private:
     /// Ones in the first bytes.
     static uint64_t leading(size_t bytes) { return bytes >= 8 ? ~uint64_t{0} : (uint64_t{1} << 8 * bytes) - 1; }
 
-    /// Eight bytes, the first of them lowest.
-    static uint64_t eight(const uint8_t* bytes)
+    /// The first bytes of a slot, the very first of them lowest.
+    template <class Bytes>
+    static Bytes leading_bytes(const uint8_t* slot)
     {
-        uint64_t value;
-        std::memcpy(&value, bytes, sizeof value);
-        return std::endian::native == std::endian::little ? value : __builtin_bswap64(value);
+        Bytes value;
+        std::memcpy(&value, slot, sizeof value);
+        if constexpr (std::endian::native == std::endian::big)
+            value = sizeof value == 2 ? __builtin_bswap16(value) : __builtin_bswap64(value);
+        return value;
     }
 
     uint64_t first_ = 0, last_ = 0, first_mask_, last_mask_;
@@ -79,7 +83,34 @@ private:
 
 /// The lowest of the first `count` slots that holds the word, or -1.
 int32_t find_name(const uint8_t* slots, int32_t count, Word word);
-int32_t find_name(const uint8_t* slots, int32_t count, const NamePattern& name);
+
+/// The same from slot `from` on.
+inline int32_t find_name(const uint8_t* slots, int32_t count, const NamePattern& name, int32_t from = 0)
+{
+    const uint8_t* const end = slots + int64_t{count} * kNameBytes;
+    for (const uint8_t* slot = slots + int64_t{from} * kNameBytes; slot < end; slot += kNameBytes)
+        if (name.is_at(slot))
+            return static_cast<int32_t>((slot - slots) / kNameBytes);
+    return -1;
+}
+
+/// The characters that some names begin with, each letter with a bit of its own; others may share one.
+class Initials {
+public:
+    Initials(const uint8_t* slots, int32_t count)
+    {
+        for (int32_t i = 0; i < count; ++i)
+            bits_ |= bit_of(slots[int64_t{i} * kNameBytes]);
+    }
+
+    /// False where no name begins like the word, which is not empty.
+    bool may_begin(Word word) const { return (bits_ & bit_of(static_cast<uint8_t>(*word.first))) != 0; }
+
+private:
+    static uint64_t bit_of(uint8_t c) { return uint64_t{1} << (c & 63); }
+
+    uint64_t bits_ = 0;
+};
 
 /// The names there are, and those to be added to them.
 class Names {

@@ -56,6 +56,16 @@ TEST(Names, AreFoundWholeAndTheFirstOfEqualOnes)
     EXPECT_EQ(inside::find_name(slots.data(), 0, word("a")), -1);
 }
 
+TEST(Names, WhatFollowsTheZeroOfASlotDoesNotCount)
+{
+    std::vector<uint8_t> slots = slots_of({"a", "", "abcdefgh"});
+    slots[2] = slots[kNameBytes + 1] = slots[2 * kNameBytes + 9] = 'x';
+    EXPECT_EQ(inside::find_name(slots.data(), 3, word("a")), 0);
+    EXPECT_EQ(inside::find_name(slots.data(), 3, word("")), 1);
+    EXPECT_EQ(inside::find_name(slots.data(), 3, word("abcdefgh")), 2);
+    EXPECT_EQ(inside::find_name(slots.data(), 3, word("abcdefghx")), -1);
+}
+
 TEST(Names, OnlyTheCharactersOfTheWordAreRead)
 {
     const std::vector<uint8_t> slots = slots_of({"abc"});
