@@ -14,6 +14,16 @@ namespace {
 constexpr int32_t kColumns = 13, kLists = 3;
 constexpr unsigned kAllGroups = Wavefront::lines | Wavefront::velocities | Wavefront::rates | Wavefront::edges;
 
+/// Columns begin where four lanes are aligned, which then never reach over a line of the cache. The room before place 0
+/// is the end of the column before it.
+constexpr int64_t kAlignment = 4;
+
+/// Doubles from one column to the next.
+int64_t column_length(int64_t n)
+{
+    return (n + 2 + kAlignment - 1) / kAlignment * kAlignment;
+}
+
 /// Values of the row that hold before the sweep, for a step that leaves some as they are.
 void fetch_velocities(const Wavefront& w)
 {
@@ -88,21 +98,21 @@ void close_points(const Wavefront& w, const Points& points)
 int64_t Wavefront::doubles_for(const Sweep& s)
 {
     const int64_t n = s.n;
-    return kColumns * (n + 2) + (kLists * 4 * n + n + 7) / 8;
+    return kAlignment + kColumns * column_length(n) + (kLists * 4 * n + n + 7) / 8;
 }
 
 Wavefront::Wavefront(Sweep& sweep, double* memory)
     : s(sweep), live(sweep.n), drift(0.0), gone_count(0), gap_count(0), hairpin(-1), spread(0), written(0)
 {
-    double* column = memory + 1;
+    double* column = memory + kAlignment;
     for (double** const c : {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx,
                              &edge_before.dy, &edge_before.length, &velocity.x, &velocity.y, &rate}) {
         *c = column;
-        column += s.n + 2;
+        column += column_length(s.n);
     }
     line_at = at;
     line_edge = edge;
-    id = reinterpret_cast<int32_t*>(column - 1);
+    id = reinterpret_cast<int32_t*>(column);
     gaps = id + s.n;
     list = gaps + s.n;
     gone = reinterpret_cast<uint8_t*>(list + s.n);

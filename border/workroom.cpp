@@ -9,7 +9,13 @@ namespace korvale::inside {
 
 struct Workroom::Block {
     int64_t room;
-    int64_t unused; // keeps the values behind aligned like the block
+
+    /// Where the values begin.
+    double* values()
+    {
+        constexpr uintptr_t kBehind = kAlignment - 1;
+        return reinterpret_cast<double*>((reinterpret_cast<uintptr_t>(this + 1) + kBehind) & ~kBehind);
+    }
 };
 
 struct KeptBlocks {
@@ -57,14 +63,14 @@ void Workroom::take_block(int64_t count)
     block_ = count <= kMostKept ? kept.take() : nullptr;
     if (block_ == nullptr || block_->room < count) {
         std::free(block_);
-        const uint64_t bytes = sizeof(Block) + static_cast<uint64_t>(count) * sizeof(double);
+        const uint64_t bytes = sizeof(Block) + kAlignment + static_cast<uint64_t>(count) * sizeof(double);
         block_ = bytes > SIZE_MAX / 2 || bytes / sizeof(double) < static_cast<uint64_t>(count)
                      ? nullptr
                      : static_cast<Block*>(std::malloc(static_cast<size_t>(bytes)));
         if (block_ != nullptr)
             block_->room = count;
     }
-    values_ = block_ == nullptr ? nullptr : reinterpret_cast<double*>(block_ + 1);
+    values_ = block_ == nullptr ? nullptr : block_->values();
 }
 
 void Workroom::give_back()

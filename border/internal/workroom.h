@@ -4,14 +4,16 @@
 
 namespace korvale::inside {
 
-/// Working memory of one call: uninitialised doubles. A few are in the object itself. More come from one of some blocks
-/// that the library keeps for the calls to come, so that these neither ask the heap nor have new pages cleared.
+/// Working memory of one call: uninitialised doubles, the first where four lanes are aligned. A few are in the object
+/// itself. More come from one of some blocks that the library keeps for the calls to come, so that these neither ask
+/// the heap nor have new pages cleared.
 ///
 /// At most `kKeptBlocks` blocks of at most `kMostKept` doubles are kept, for all threads together; what is larger or
 /// one too many goes back to the heap. They are released when the library is unloaded.
 class Workroom {
 public:
     static constexpr int64_t kNearby = 512;
+    static constexpr int kAlignment = 32; ///< in bytes
     static constexpr int kKeptBlocks = 4;
     static constexpr int64_t kMostKept = int64_t{1} << 19;
 
@@ -40,7 +42,7 @@ private:
 
     double* values_;
     Block* block_;
-    double nearby_[kNearby];
+    alignas(kAlignment) double nearby_[kNearby];
 
     friend struct KeptBlocks;
 };

@@ -37,6 +37,12 @@ TEST(Workroom, ASecondOneTakesTheMemoryOfTheFirst)
     EXPECT_EQ(heap.frees(), 0);
 }
 
+TEST(Workroom, BeginsWhereFourLanesAreAligned)
+{
+    for (const int64_t count : {int64_t{1}, Workroom::kNearby, Workroom::kNearby + 1, Workroom::kMostKept + 1})
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(place_of_room(count)) % Workroom::kAlignment, 0u) << count;
+}
+
 TEST(Workroom, ASmallOneNeedsNoBlock)
 {
     NEEDS_HEAP_COUNTS();
