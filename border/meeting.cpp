@@ -8,15 +8,11 @@
 // window times the speed at which they drift off it, |a vx + b vy + 1|, both divided by a component of the direction
 // that is at least a half. Boxes are widened by a little more than that.
 //
-// The boxes of one round would serve that round only. So boxes are made around the motion of some rounds to come, and
-// the pairs whose boxes meet are kept as candidates. Each round then tests that all vertices still are inside their
-// boxes, renews the boxes of the few that are not, and examines the candidates. Invariants while `registered`: every
-// vertex and edge whose boxes meet are candidates, except those of edges in `changed_edges`; every vertex, where it is,
-// is inside its box by `allowance`; the edges of a stretch lie in its box.
+// The boxes of one round would serve that round only. So a watch is kept over some rounds, and each round tests those
+// of its candidates that are due.
 #include "border/internal/meeting.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 
 namespace korvale::inside {
@@ -24,32 +20,20 @@ namespace {
 
 /// A vertex and an edge that approach each other more slowly than this never meet.
 constexpr double kSlowestApproach = 1e-06;
-/// A pair is skipped only where its distance exceeds kLater times the way it closes until the event: then it meets
-/// after the event however the division rounds. kLaterAtLeast keeps that true where the product underflows.
-constexpr double kLater = 1.0000000001, kLaterAtLeast = 1e-290;
+/// A pair is skipped only where its distance exceeds kLater times the way it closes until the event. This keeps that
+/// true where the product underflows.
+constexpr double kLaterAtLeast = 1e-290;
 /// Below this many vertices every pair is tested.
 constexpr int32_t kFewVertices = 24;
-/// Coordinates beyond this leave no room for the arithmetic of boxes.
-constexpr double kFarthestBox = 1e100;
-/// Widening of boxes for rounding, per unit of the largest coordinate.
-constexpr double kRounding = 1e-12;
-/// Boxes look kRoundsAhead rounds ahead, but no farther than kAheadOfEdge of an average edge: larger boxes meet too
+/// With coordinates beyond this every pair is tested as well.
+constexpr double kFarthest = 1e100;
+/// A watch looks kRoundsAhead rounds ahead, but no farther than kAheadOfEdge of an average edge: larger boxes meet too
 /// many others.
-constexpr double kRoundsAhead = 24.0;
+constexpr double kRoundsAhead = 48.0;
 constexpr double kAheadOfEdge = 0.5;
-/// Candidates kept per vertex, on average.
-constexpr int64_t kCandidatesPerVertex = 24;
 /// A window this many times the average edge is searched in stages.
 constexpr double kWideWindow = 4.0;
 constexpr double kStageGrowth = 8.0;
-/// Boxes are all made anew where more than this many change, and one in this many.
-constexpr int32_t kFewChanges = 4, kShareOfChanges = 64;
-
-/// Whether the point is in the box; one that is not a number is in none.
-bool holds_point(const Box& box, double x, double y)
-{
-    return x >= box.low_x && x <= box.high_x && y >= box.low_y && y <= box.high_y;
-}
 
 bool comes_before(const Event& event, double time, int32_t vertex, int32_t edge)
 {
@@ -80,12 +64,6 @@ inline void meet(const Wavefront& w, bool outwards, int32_t m, int32_t e, Event&
     if ((q - (p[e] + time * v[e])) / along < 0.0 || (q - (p[e + 1] + time * v[e + 1])) / along > 0.0)
         return;
     event = {time, m, e};
-}
-
-/// Whether edge e ends at vertex m or starts there.
-inline bool is_own(const Wavefront& w, int32_t m, int32_t e)
-{
-    return (e == m) | ((e + 1 == w.live ? 0 : e + 1) == m);
 }
 
 /// Lists those of the edges from e on, as many as V has lanes, that vertex m may meet within `window`.
@@ -130,15 +108,6 @@ Event test_all_pairs(const Wavefront& w, Event event)
     return widest([&] { return test_pairs_by_four(w, event); }, [&] { return test_pairs<Pair>(w, event); });
 }
 
-/// The box around vertex i and where it is after `time`, widened by `margin`.
-Box swept_box(const Wavefront& w, int32_t i, double time, double margin)
-{
-    const double x = w.at.x[i], y = w.at.y[i];
-    Box box = box_at(x, y);
-    widen(box, x + time * w.velocity.x[i], y + time * w.velocity.y[i]);
-    return {box.low_x - margin, box.low_y - margin, box.high_x + margin, box.high_y + margin};
-}
-
 /// What boxes have to allow for.
 struct Allowance {
     double reach;    ///< the largest coordinate
@@ -146,20 +115,19 @@ struct Allowance {
     bool is_regular; ///< all are finite and far from the limits
 };
 
-Allowance measure_allowance(const Wavefront& w)
+/// Looks at the vertices where they are and where they will be after `time`.
+Allowance measure_allowance(const Wavefront& w, double time)
 {
-    const Points at = w.at, ahead = w.ahead;
+    const Points at = w.at, velocity = w.velocity;
     bool is_regular = true;
-    for_lanes(0, w.live, [at, ahead, &is_regular]<class V>(int32_t i) {
-        const V farthest = all<V>(kFarthestBox);
-        const auto is_near = (absolute(load<V>(at.x + i)) < farthest) & (absolute(load<V>(at.y + i)) < farthest) &
-                             (absolute(load<V>(ahead.x + i)) < farthest) & (absolute(load<V>(ahead.y + i)) < farthest);
-        if (any_false(is_near))
+    const double reach = greatest_over(0, w.live, 0.0, [at, velocity, time, &is_regular]<class V>(int32_t i) {
+        const V x = load<V>(at.x + i), y = load<V>(at.y + i);
+        const V to_x = absolute(x + time * load<V>(velocity.x + i)),
+                to_y = absolute(y + time * load<V>(velocity.y + i));
+        const V farthest = all<V>(kFarthest);
+        if (any_false((absolute(x) < farthest) & (absolute(y) < farthest) & (to_x < farthest) & (to_y < farthest)))
             is_regular = false;
-    });
-    const double reach = greatest_over(0, w.live, 0.0, [at, ahead]<class V>(int32_t i) {
-        return greater(greater(absolute(load<V>(at.x + i)), absolute(load<V>(at.y + i))),
-                       greater(absolute(load<V>(ahead.x + i)), absolute(load<V>(ahead.y + i))));
+        return greater(greater(absolute(x), absolute(y)), greater(to_x, to_y));
     });
     double length[4] = {};
     for (int32_t i = 0; i < w.live; ++i)
@@ -167,39 +135,15 @@ Allowance measure_allowance(const Wavefront& w)
     return {reach, (length[0] + length[1] + length[2] + length[3]) / w.live, is_regular};
 }
 
-/// By how much boxes are wider than the motion, so that rounding never takes a meeting outside.
-double slack_of(double drift, double reach, double window)
-{
-    return 2.5 * window * drift + kRounding * reach;
-}
-
-/// Makes the boxes of all vertices around their motion.
-void make_boxes(const MeetingSearch& search, const Wavefront& w, double time, double margin)
-{
-    const Points at = w.at, velocity = w.velocity;
-    const Boxes boxes = search.boxes;
-    for_lanes(0, w.live, [=]<class V>(int32_t i) {
-        const V x = load<V>(at.x + i), y = load<V>(at.y + i);
-        const V to_x = x + time * load<V>(velocity.x + i), to_y = y + time * load<V>(velocity.y + i);
-        store(boxes.low_x + i, lesser(x, to_x) - margin);
-        store(boxes.low_y + i, lesser(y, to_y) - margin);
-        store(boxes.high_x + i, greater(x, to_x) + margin);
-        store(boxes.high_y + i, greater(y, to_y) + margin);
-    });
-    boxes.set(w.live, boxes[0]);
-}
-
 /// Searches boxes made for this round only. A window that is wide for the outline is widened in stages, since most
 /// boxes of a wide one meet and an early meeting makes the rest of it unnecessary.
-Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window, Event event)
+Event search_once(const Watch& watch, const Wavefront& w, const Allowance& allow, double window, Event event)
 {
-    search.registered = false;
     const bool outwards = w.s.remaining > 0.0;
     double stage = std::min(window, kWideWindow * allow.edge);
     for (;;) {
-        make_boxes(search, w, outwards ? stage : -stage, slack_of(w.drift, allow.reach, window));
-        const BoxTree tree = grow_tree(search.boxes, w.live, search.tree_memory);
-        for_meeting_boxes(tree, search.boxes, w.live, [&w, &event, outwards](int32_t m, int32_t e) {
+        const BoxTree tree = grow_boxes(watch, w, outwards ? stage : -stage, slack_of(w.drift, allow.reach, window));
+        for_meeting_boxes(tree, watch.boxes, w.live, [&w, &event, outwards](int32_t m, int32_t e) {
             meet(w, outwards, m, e, event);
             return true;
         });
@@ -210,267 +154,65 @@ Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& al
     }
 }
 
-bool add_candidate(MeetingSearch& search, int32_t m, int32_t e)
+/// How far ahead a watch looks, as a signed distance.
+double watch_ahead(const MeetingSearch& search, const Wavefront& w, double edge, double window)
 {
-    if (search.candidate_count == search.most_candidates)
-        return false;
-    search.candidates[search.candidate_count++] = {m, e};
-    return true;
-}
-
-/// How far ahead boxes look, as a signed distance.
-double box_ahead(const MeetingSearch& search, const Wavefront& w, double window)
-{
-    const double wanted = std::min(kRoundsAhead * search.pace, kAheadOfEdge * search.edge);
+    const double wanted = std::min(kRoundsAhead * search.pace, kAheadOfEdge * edge);
     const double ahead = std::min(std::fabs(w.s.remaining), std::max(wanted, 2.0 * window));
     return w.s.remaining > 0.0 ? ahead : -ahead;
 }
 
-/// Room beyond the motion, for velocities that change a little from round to round.
-double room_around(double ahead, double slack)
-{
-    return 4.0 * slack + 1e-3 * std::fabs(ahead);
-}
-
-/// The largest coordinate of a box.
-double reach_of(const Box& box)
-{
-    return greater(greater(std::fabs(box.low_x), std::fabs(box.low_y)),
-                   greater(std::fabs(box.high_x), std::fabs(box.high_y)));
-}
-
-/// Parts the outline into the stretches that a level of the tree has.
-void make_stretches(MeetingSearch& search, const BoxTree& tree, int32_t live)
-{
-    const int level = std::min(2, tree.levels - 1);
-    const int32_t length = level == 1 ? BoxTree::kFan : BoxTree::kFan * BoxTree::kFan;
-    search.stretches = tree.level[level];
-    search.stretch_count = tree.count[level];
-    for (int32_t k = 0; k < search.stretch_count; ++k)
-        search.stretch_begin[k] = k * length;
-    search.stretch_begin[search.stretch_count] = live;
-}
-
-/// Makes all boxes and candidates anew. False when there are too many candidates.
-bool collect_candidates(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window)
-{
-    search.candidate_count = 0;
-    search.changed_count = 0;
-    search.edge = allow.edge;
-    const double ahead = box_ahead(search, w, window);
-    search.allowance = 2.0 * slack_of(w.drift, allow.reach, std::fabs(ahead));
-    make_boxes(search, w, ahead, room_around(ahead, search.allowance));
-    const BoxTree tree = grow_tree(search.boxes, w.live, search.tree_memory);
-    make_stretches(search, tree, w.live);
-    search.reach = reach_of(box_around(tree));
-    search.registered = search.reach < kFarthestBox &&
-                        for_meeting_boxes(tree, search.boxes, w.live,
-                                          [&search](int32_t m, int32_t e) { return add_candidate(search, m, e); });
-    return search.registered;
-}
-
-/// Lists the vertices that would not be inside their boxes by the allowance when they arrive, in ascending order.
-/// Returns their number. A coordinate that is not a number is in no box.
-int32_t list_leaving(const MeetingSearch& search, const Wavefront& w)
-{
-    const Points ahead = w.ahead;
-    const Boxes boxes = search.boxes;
-    const double allowance = search.allowance;
-    int32_t* const list = search.leaving;
-    int32_t count = 0;
-    for_lanes(0, w.live, [=, &count]<class V>(int32_t i) {
-        const V x = load<V>(ahead.x + i), y = load<V>(ahead.y + i);
-        const auto is_inside =
-            (x - allowance >= load<V>(boxes.low_x + i)) & (x + allowance <= load<V>(boxes.high_x + i)) &
-            (y - allowance >= load<V>(boxes.low_y + i)) & (y + allowance <= load<V>(boxes.high_y + i));
-        add_places(i, bits(is_inside) ^ kAllBits<V>, list, count);
-    });
-    return count;
-}
-
-/// How many boxes and edges may change before all is better made anew.
-int32_t most_changes(const Wavefront& w)
-{
-    return kFewChanges + w.live / kShareOfChanges;
-}
-
-int32_t stretch_of(const MeetingSearch& search, int32_t edge)
-{
-    const int32_t* const begin = search.stretch_begin;
-    return static_cast<int32_t>(std::upper_bound(begin, begin + search.stretch_count, edge) - begin) - 1;
-}
-
-Box edge_box(const MeetingSearch& search, int32_t e)
-{
-    return hull(search.boxes[e], search.boxes[e + 1]);
-}
-
-/// Keeps edge e in the box of its stretch.
-void widen_stretch(const MeetingSearch& search, int32_t e)
-{
-    const int32_t k = stretch_of(search, e);
-    search.stretches.set(k, hull(search.stretches[k], edge_box(search, e)));
-}
-
-/// Calls step(begin, end) for the places of every stretch whose box shares a point with `box`.
-template <class Step>
-void for_stretches_near(const MeetingSearch& search, const Box& box, const Step& step)
-{
-    for (int32_t first = 0; first < search.stretch_count; first += BoxTree::kFan)
-        for (unsigned near = find_overlaps<Pair>(search.stretches, first, box); near != 0; near &= near - 1) {
-            const int32_t k = first + std::countr_zero(near);
-            step(search.stretch_begin[k], search.stretch_begin[k + 1]);
-        }
-}
-
-/// Adds the vertices whose box meets that of edge e. False when there are too many candidates.
-bool add_vertices_near(MeetingSearch& search, const Wavefront& w, int32_t e)
-{
-    const Boxes boxes = search.boxes;
-    const Box box = edge_box(search, e);
-    int32_t* const list = w.list;
-    int32_t count = 0;
-    for_stretches_near(search, box, [=, &count](int32_t begin, int32_t end) {
-        for_lanes(begin, end, [=, &count]<class V>(int32_t i) {
-            const auto is_apart = boxes_apart<V>(boxes, i, box);
-            add_places(i, bits(is_apart) ^ kAllBits<V>, list, count);
-        });
-    });
-    for (int32_t k = 0; k < count; ++k)
-        if (!is_own(w, list[k], e) && !add_candidate(search, list[k], e))
-            return false;
-    return true;
-}
-
-/// Adds the edges whose box meets that of vertex m. False when there are too many candidates.
-bool add_edges_near(MeetingSearch& search, const Wavefront& w, int32_t m)
-{
-    const Boxes boxes = search.boxes;
-    const Box box = boxes[m];
-    int32_t* const list = w.list;
-    int32_t count = 0;
-    for_stretches_near(search, box, [=, &count](int32_t begin, int32_t end) {
-        for_lanes(begin, end, [=, &count]<class V>(int32_t i) {
-            const auto is_apart = hulls_apart<V>(boxes, i, box);
-            add_places(i, bits(is_apart) ^ kAllBits<V>, list, count);
-        });
-    });
-    for (int32_t k = 0; k < count; ++k)
-        if (!is_own(w, m, list[k]) && !add_candidate(search, m, list[k]))
-            return false;
-    return true;
-}
-
-/// Renews what has changed since the last search. False when so much has that all is better made anew.
-bool renew(MeetingSearch& search, const Wavefront& w, double window)
-{
-    if (slack_of(w.drift, search.reach, window) > search.allowance)
-        return false;
-    const int32_t count = list_leaving(search, w);
-    if (count + search.changed_count > most_changes(w))
-        return false;
-    const double ahead = box_ahead(search, w, window);
-    for (int32_t k = 0; k < count; ++k) {
-        const int32_t m = search.leaving[k];
-        const Box box = swept_box(w, m, ahead, room_around(ahead, search.allowance));
-        if (!(reach_of(box) <= search.reach) || !holds_point(box, w.ahead.x[m], w.ahead.y[m]))
-            return false;
-        search.boxes.set(m, box);
-    }
-    search.boxes.set(w.live, search.boxes[0]);
-    for (int32_t k = 0; k < count; ++k) {
-        const int32_t m = search.leaving[k];
-        search.changed_edges[search.changed_count++] = m == 0 ? w.live - 1 : m - 1;
-        search.changed_edges[search.changed_count++] = m;
-    }
-    for (int32_t k = 0; k < search.changed_count; ++k)
-        widen_stretch(search, search.changed_edges[k]);
-    for (int32_t k = 0; k < search.changed_count; ++k)
-        if (!add_vertices_near(search, w, search.changed_edges[k]))
-            return false;
-    for (int32_t k = 0; k < count; ++k)
-        if (!add_edges_near(search, w, search.leaving[k]))
-            return false;
-    search.changed_count = 0;
-    return true;
-}
-
-Event test_candidates(const MeetingSearch& search, const Wavefront& w, Event event)
+/// Tests the candidates that are due before the event.
+Event test_candidates(Watch& watch, const Wavefront& w, double window, Event event)
 {
     const bool outwards = w.s.remaining > 0.0;
-    const Points at = w.at, velocity = w.velocity;
-    const Edges edge = w.edge;
-    double window = std::fabs(event.time) * kLater;
-    for (int64_t k = 0; k < search.candidate_count; ++k) {
-        const int32_t m = search.candidates[k].vertex, e = search.candidates[k].edge;
-        const double dx = edge.dx[e], dy = edge.dy[e], c = dy * at.x[e] - dx * at.y[e];
-        const double approach = std::fabs(dx * velocity.y[m] - dy * velocity.x[m] + 1.0);
-        if (std::fabs(dx * at.y[m] - dy * at.x[m] + c) > window * approach + kLaterAtLeast)
-            continue; // most do not meet before the event
-        meet(w, outwards, m, e, event);
-        window = std::fabs(event.time) * kLater;
+    const double soon = watch.spent + window * kLater;
+    const double* const due = watch.due;
+    int32_t* const list = w.list;
+    for (int64_t begin, end = watch.candidate_count; end > 0; end = begin) { // as many at a time as the list has room
+        begin = std::max<int64_t>(0, end - w.live);
+        int32_t count = 0;
+        for_lanes(begin, end, [due, soon, begin, list, &count]<class V>(int64_t k) {
+            add_places(static_cast<int32_t>(k - begin), bits(load<V>(due + k) <= all<V>(soon)), list, count);
+        });
+        while (count-- > 0) { // from the last, as the last candidate takes the place of one that is dropped
+            const int64_t k = begin + list[count];
+            const int32_t m = place_of(watch.slots, watch.candidates[k].vertex);
+            const int32_t e = place_of(watch.slots, watch.candidates[k].edge);
+            if (m < 0 || e < 0 || is_own(w, m, e)) {
+                drop_candidate(watch, k);
+            } else {
+                meet(w, outwards, m, e, event);
+                renew_due(watch, w, k, m, e);
+            }
+        }
     }
     return event;
 }
 
-/// Keeps the average of what a round spends.
-void note_pace(MeetingSearch& search, double remaining)
+/// Notes what a round spends, and the average of that.
+void note_spent(MeetingSearch& search, double spent)
 {
-    const double spent = std::fabs(search.previous_remaining - remaining);
+    search.watch.spent += spent;
     search.pace += (spent - search.pace) * (search.rounds < 16 ? 1.0 / (search.rounds + 1) : 1.0 / 16.0);
-    search.previous_remaining = remaining;
     ++search.rounds;
 }
 
-/// The place that i has after the last packing, -1 for a gap.
-int32_t place_after(const Wavefront& w, int32_t i)
+/// `earlier_split_event` of so many vertices that a search pays, within `window`.
+Event search_meetings(MeetingSearch& search, Wavefront& w, double window, Event event)
 {
-    const int32_t *const gaps = w.gaps, *const end = gaps + w.gap_count;
-    const int32_t* const gap = std::lower_bound(gaps, end, i);
-    return gap != end && *gap == i ? -1 : i - static_cast<int32_t>(gap - gaps);
-}
-
-/// Where one vertex died, which is how most rounds end, only its neighbours have become neighbours.
-int64_t follow_one_death(Candidate* candidates, int64_t count, const Wavefront& w)
-{
-    const int32_t gap = w.gaps[0], before = gap == 0 ? w.live - 1 : gap - 1, after = gap == w.live ? 0 : gap;
-    int64_t kept = 0;
-    for (int64_t k = 0; k < count; ++k) {
-        const int32_t vertex = candidates[k].vertex, edge = candidates[k].edge;
-        const int32_t m = vertex - (vertex > gap), e = edge - (edge > gap);
-        candidates[kept] = {m, e};
-        kept += !((vertex == gap) | (edge == gap) | ((m == after) & (e == before)));
+    Watch& watch = search.watch;
+    if (!w.is_watched || !keep_up(watch, w, window)) {
+        w.is_watched = false;
+        const Allowance allow = measure_allowance(w, w.s.remaining > 0.0 ? window : -window);
+        if (!allow.is_regular)
+            return test_all_pairs(w, event);
+        if (search.rounds > 0 && watch.is_calm)
+            start_watch(watch, w, watch_ahead(search, w, allow.edge, window), allow.reach);
+        if (!w.is_watched)
+            return search_once(watch, w, allow, window, event);
     }
-    return kept;
-}
-
-int64_t follow_deaths(Candidate* candidates, int64_t count, const Wavefront& w)
-{
-    int64_t kept = 0;
-    for (int64_t k = 0; k < count; ++k) {
-        const int32_t m = place_after(w, candidates[k].vertex), e = place_after(w, candidates[k].edge);
-        if (m >= 0 && e >= 0 && !is_own(w, m, e))
-            candidates[kept++] = {m, e};
-    }
-    return kept;
-}
-
-/// The edges that ended at the dead end elsewhere now.
-void follow_changed_edges(MeetingSearch& search, const Wavefront& w)
-{
-    int32_t kept = 0;
-    for (int32_t k = 0; k < search.changed_count; ++k)
-        if (const int32_t e = place_after(w, search.changed_edges[k]); e >= 0)
-            search.changed_edges[kept++] = e;
-    search.changed_count = kept;
-    int32_t previous = -1;
-    for (int32_t g = 0; g < w.gap_count; ++g) {
-        const int32_t place = w.gaps[g] - g, before = place == 0 ? w.live - 1 : place - 1;
-        if (before == previous)
-            continue; // a neighbour died as well
-        previous = before;
-        search.changed_edges[search.changed_count++] = before;
-    }
+    return test_candidates(watch, w, window, event);
 }
 
 bool has_search(const Sweep& s)
@@ -482,66 +224,24 @@ bool has_search(const Sweep& s)
 
 int64_t MeetingSearch::doubles_for(const Sweep& s)
 {
-    if (!has_search(s))
-        return 0;
-    const int64_t n = s.n, places = 4 * n + 2;
-    return 4 * boxes_for_vertices(n) + doubles_for_tree(n) + places / 2 + kCandidatesPerVertex * n;
+    return has_search(s) ? Watch::doubles_for(s.n) : 0;
 }
 
-MeetingSearch::MeetingSearch(const Sweep& s, double* memory) : registered(false)
+MeetingSearch::MeetingSearch(const Sweep& s, double* memory)
+    : rounds(0), pace(0.0), watch(has_search(s) ? s.n : 0, memory)
 {
-    if (!has_search(s))
-        return; // nothing else is looked at
-    const int64_t n = s.n;
-    is_calm = true;
-    rounds = 0;
-    previous_remaining = s.remaining;
-    pace = 0.0;
-    boxes = boxes_in(memory, boxes_for_vertices(n));
-    tree_memory = memory + 4 * boxes_for_vertices(n);
-    leaving = reinterpret_cast<int32_t*>(tree_memory + doubles_for_tree(n));
-    stretch_begin = leaving + n;
-    changed_edges = stretch_begin + n;
-    candidates = reinterpret_cast<Candidate*>(leaving + 4 * n + 2);
-    most_candidates = kCandidatesPerVertex * n;
 }
 
-void follow_packing(MeetingSearch& search, const Wavefront& w)
+Event earlier_split_event(MeetingSearch& search, Wavefront& w, Event event)
 {
-    search.is_calm = w.gap_count <= most_changes(w);
-    search.registered = search.registered && search.changed_count + w.gap_count <= most_changes(w);
-    if (!search.registered)
-        return;
-    for (double* const column : {search.boxes.low_x, search.boxes.low_y, search.boxes.high_x, search.boxes.high_y}) {
-        close_gaps(column, sizeof *column, w.gaps, w.gap_count, w.live + w.gap_count);
-        column[w.live] = column[0];
-    }
-    int32_t gap = 0;
-    for (int32_t k = 0; k <= search.stretch_count; ++k) {
-        while (gap < w.gap_count && w.gaps[gap] < search.stretch_begin[k])
-            ++gap;
-        search.stretch_begin[k] -= gap;
-    }
-    search.candidate_count =
-        (w.gap_count == 1 ? follow_one_death : follow_deaths)(search.candidates, search.candidate_count, w);
-    follow_changed_edges(search, w);
-}
-
-Event earlier_split_event(MeetingSearch& search, const Wavefront& w, Event event)
-{
-    if (w.live < kFewVertices)
+    if (w.live < kFewVertices) {
+        w.is_watched = false;
         return test_all_pairs(w, event);
+    }
     const double window = std::min(std::fabs(event.time), std::fabs(w.s.remaining));
-    note_pace(search, w.s.remaining);
-    if (search.registered && renew(search, w, window))
-        return test_candidates(search, w, event);
-    search.registered = false;
-    const Allowance allow = measure_allowance(w);
-    if (!allow.is_regular)
-        return test_all_pairs(w, event);
-    if (search.rounds < 2 || !search.is_calm || !collect_candidates(search, w, allow, window))
-        return search_once(search, w, allow, window, event);
-    return test_candidates(search, w, event);
+    event = search_meetings(search, w, window, event);
+    note_spent(search, std::min(window, std::fabs(event.time)));
+    return event;
 }
 
 } // namespace korvale::inside

@@ -130,12 +130,15 @@ int32_t list_sharp_corners(const Wavefront& w, int32_t from)
     return count;
 }
 
-/// Aims the corners from `begin` to `end`, none of which is a hairpin.
+/// Aims the corners from `begin` to `end`, none of which is a hairpin. While watched, lists those that turn: the roots
+/// and divisions take so long that this costs next to nothing.
+template <bool kIsWatched>
 void aim_corners(Wavefront& w, int32_t begin, int32_t end)
 {
     const Edges edge = w.edge;
-    const Points velocity = w.velocity;
-    w.drift = greatest_over(begin, end, w.drift, [edge, velocity]<class V>(int32_t i) {
+    const Points velocity = w.velocity, expected = w.expected;
+    int32_t *const turned = w.turned, *const turned_count = &w.turned_count;
+    w.drift = greatest_over(begin, end, w.drift, [=]<class V>(int32_t i) {
         const V ex = load<V>(edge.dx + i - 1), ey = load<V>(edge.dy + i - 1);
         const V fx = load<V>(edge.dx + i), fy = load<V>(edge.dy + i);
         V bx, by;
@@ -144,8 +147,21 @@ void aim_corners(Wavefront& w, int32_t begin, int32_t end)
         const V vx = bx * speed, vy = by * speed;
         store(velocity.x + i, vx);
         store(velocity.y + i, vy);
+        if constexpr (kIsWatched) {
+            const V off_x = absolute(vx - load<V>(expected.x + i)), off_y = absolute(vy - load<V>(expected.y + i));
+            const auto is_steady = (off_x <= all<V>(kSteady)) & (off_y <= all<V>(kSteady));
+            add_places(i, bits(is_steady) ^ kAllBits<V>, turned, *turned_count);
+        }
         return greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy));
     });
+}
+
+void aim_corners(Wavefront& w, int32_t begin, int32_t end)
+{
+    if (w.is_watched)
+        aim_corners<true>(w, begin, end);
+    else
+        aim_corners<false>(w, begin, end);
 }
 
 /// Aims corner i. False for a hairpin, of which only the direction of motion is set.
@@ -162,6 +178,8 @@ bool aim_sharp_corner(Wavefront& w, int32_t i)
     vx *= speed;
     vy *= speed;
     w.drift = greater(greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy)), w.drift);
+    if (w.is_watched)
+        w.turned[w.turned_count++] = i; // whether or not it has
     return true;
 }
 
@@ -246,8 +264,10 @@ void fit_edge_lines(Wavefront& w)
 
 Corners aim_vertices(Wavefront& w, int32_t from)
 {
-    if (from == 0)
+    if (from == 0) {
         w.drift = 0.0;
+        w.turned_count = 0;
+    }
     const int32_t sharp = list_sharp_corners(w, from);
     int32_t done = from;
     if (sharp > 0)
@@ -259,6 +279,7 @@ Corners aim_vertices(Wavefront& w, int32_t from)
             const int32_t j = next_live(w, i), before = previous_live(w, i);
             bury(w, i, w.edge.length[before] > w.edge.length[i] ? j : before);
             w.hairpin = i;
+            w.is_watched = false; // some may have turned already, and all have places yet to change
             return j != before ? Corners::hairpin_removed : Corners::outline_gone;
         }
         done = i + 1;
@@ -273,46 +294,46 @@ Corners aim_vertices(Wavefront& w, int32_t from)
 Event first_edge_event(Wavefront& w)
 {
     // Counted along the motion, so that times are positive and an edge shrinks where its rate has the sign of
-    // `shrinks`.
+    // `shrinks`. Few edges come near the first event known so far, and only these are divided by their rates.
     const bool outwards = w.s.remaining > 0.0;
     const double sign = outwards ? -1.0 : 1.0;
-    const double beyond = outwards ? w.s.remaining + kBeyond : -(w.s.remaining - kBeyond);
+    double first = outwards ? w.s.remaining + kBeyond : -(w.s.remaining - kBeyond), soon = first * kLater;
     const Edges edge = w.edge;
     const Points velocity = w.velocity;
     double* const rates = w.rate;
-    const double time = least_over(0, w.live, beyond, [edge, velocity, rates, sign, beyond]<class V>(int32_t i) {
-        const V dx = load<V>(edge.dx + i), dy = load<V>(edge.dy + i);
+    for_lanes(0, w.live, [edge, velocity, rates, sign, &first, &soon]<class V>(int32_t i) {
+        const V dx = load<V>(edge.dx + i), dy = load<V>(edge.dy + i), length = load<V>(edge.length + i);
         const V along_x = load<V>(velocity.x + i + 1) - load<V>(velocity.x + i);
         const V along_y = load<V>(velocity.y + i + 1) - load<V>(velocity.y + i);
         const auto by_x = absolute(dx) > all<V>(kDominantComponent);
         const V rate = select(by_x, along_x, along_y) / select(by_x, dx, dy);
         store(rates + i, rate);
         const V shrinking = sign * rate;
-        return select(shrinking > all<V>(0.0), load<V>(edge.length + i) / shrinking, all<V>(beyond));
+        if (any(length < soon * shrinking)) {
+            const V time = select(shrinking > all<V>(0.0), length / shrinking, all<V>(first));
+            first = reduce_least(lesser(time, all<V>(first)));
+            soon = first * kLater;
+        }
     });
     w.written |= Wavefront::rates;
     w.spread &= ~static_cast<unsigned>(Wavefront::rates);
-    return {outwards ? time : -time, -1, -1};
+    return {outwards ? first : -first, -1, -1};
 }
 
-void look_ahead(Wavefront& w, double time)
+void move_vertices(Wavefront& w, double time)
 {
     const Points at = w.at, ahead = w.ahead, velocity = w.velocity;
     for_lanes(0, w.live, [at, ahead, velocity, time]<class V>(int32_t i) {
         store(ahead.x + i, load<V>(at.x + i) + time * load<V>(velocity.x + i));
         store(ahead.y + i, load<V>(at.y + i) + time * load<V>(velocity.y + i));
     });
-}
-
-void arrive(Wavefront& w)
-{
     std::swap(w.at, w.ahead);
 }
 
 void collapse_edges(Wavefront& w, double time)
 {
     const int32_t count = list_collapsing(w, time);
-    arrive(w);
+    move_vertices(w, time);
     for (int32_t k = 0; k < count; ++k) {
         const int32_t i = w.list[k], j = next_live(w, i);
         bury(w, i, j);

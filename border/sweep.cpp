@@ -74,7 +74,7 @@ void close_up(Wavefront& w, MeetingSearch& search)
     if (w.gone_count == 0)
         return;
     pack(w);
-    follow_packing(search, w);
+    follow_packing(search.watch, w);
 }
 
 /// Measures the edges of the live vertices, none of them short any more. Vertices before place `from` are aimed
@@ -117,18 +117,16 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
             break;
         }
         Event event = first_edge_event(w);
-        look_ahead(w, std::fabs(event.time) > std::fabs(s.remaining) ? s.remaining : event.time);
         if (s.split_events)
             event = earlier_split_event(search, w, event);
         if (std::fabs(event.time) > std::fabs(s.remaining)) {
-            arrive(w); // nothing more happens on the way
+            move_vertices(w, s.remaining); // nothing more happens on the way
             return;
         }
         if (event.vertex < 0) {
             collapse_edges(w, event.time);
         } else {
-            look_ahead(w, event.time);
-            arrive(w);
+            move_vertices(w, event.time);
             drop_smaller_piece(w, event.vertex, event.edge);
         }
         s.remaining -= event.time;

@@ -11,7 +11,7 @@
 namespace korvale::inside {
 namespace {
 
-constexpr int32_t kColumns = 13, kLists = 3;
+constexpr int32_t kColumns = 15, kLists = 4;
 constexpr unsigned kAllGroups = Wavefront::lines | Wavefront::velocities | Wavefront::rates | Wavefront::edges;
 
 /// Columns begin where four lanes are aligned, which then never reach over a line of the cache. The room before place 0
@@ -102,11 +102,13 @@ int64_t Wavefront::doubles_for(const Sweep& s)
 }
 
 Wavefront::Wavefront(Sweep& sweep, double* memory)
-    : s(sweep), live(sweep.n), drift(0.0), gone_count(0), gap_count(0), hairpin(-1), spread(0), written(0)
+    : s(sweep), live(sweep.n), drift(0.0), turned_count(0), is_watched(false), gone_count(0), gap_count(0), hairpin(-1),
+      spread(0), written(0)
 {
     double* column = memory + kAlignment;
-    for (double** const c : {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx,
-                             &edge_before.dy, &edge_before.length, &velocity.x, &velocity.y, &rate}) {
+    for (double** const c :
+         {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx, &edge_before.dy,
+          &edge_before.length, &velocity.x, &velocity.y, &rate, &expected.x, &expected.y}) {
         *c = column;
         column += column_length(s.n);
     }
@@ -115,7 +117,8 @@ Wavefront::Wavefront(Sweep& sweep, double* memory)
     id = reinterpret_cast<int32_t*>(column);
     gaps = id + s.n;
     list = gaps + s.n;
-    gone = reinterpret_cast<uint8_t*>(list + s.n);
+    turned = list + s.n;
+    gone = reinterpret_cast<uint8_t*>(turned + s.n);
     std::memset(gone, 0, static_cast<size_t>(s.n));
     for (int32_t i = 0; i < s.n; ++i)
         id[i] = i;
@@ -184,6 +187,12 @@ void close_gaps(const Wavefront& w, const Edges& edges)
     close_column(w, edges.length);
 }
 
+void expect_velocities(Wavefront& w)
+{
+    std::copy_n(w.velocity.x, w.live, w.expected.x);
+    std::copy_n(w.velocity.y, w.live, w.expected.y);
+}
+
 void pack(Wavefront& w)
 {
     w.gap_count = w.gone_count;
@@ -193,6 +202,8 @@ void pack(Wavefront& w)
     w.gone_count = 0;
     w.live -= w.gap_count;
     close_points(w, w.at);
+    if (w.is_watched)
+        close_points(w, w.expected);
     close_gaps(w.id, sizeof *w.id, w.gaps, w.gap_count, w.live + w.gap_count);
     w.spread = Wavefront::lines | Wavefront::velocities | Wavefront::rates;
 }

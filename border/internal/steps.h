@@ -10,6 +10,10 @@ namespace korvale::inside {
 /// A component of a unit direction larger than this is used to divide by.
 constexpr double kDominantComponent = 0.5;
 
+/// What is farther away than this times the way that closes until some time comes after it, however the time of its own
+/// is rounded.
+constexpr double kLater = 1.0000000001;
+
 /// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`. Both are
 /// places in the columns.
 struct Event {
@@ -36,21 +40,18 @@ bool measure_over_hairpin(Wavefront& w, int32_t& from);
 void fit_edge_lines(Wavefront& w);
 
 /// Sets the velocity of every vertex from place `from` on such that both its edges move at unit speed, up to the first
-/// hairpin, which is buried. Those before `from` have theirs from the round before. Sets `drift` as well.
+/// hairpin, which is buried. Those before `from` have theirs from the round before. Sets `drift` as well. While the
+/// wavefront is watched, lists the vertices that have turned.
 Corners aim_vertices(Wavefront& w, int32_t from);
 
 /// Sets at which rate every edge changes its length. When the first shrinks to nothing; beyond the remaining distance
 /// when none does.
 Event first_edge_event(Wavefront& w);
 
-/// Sets where the vertices are after `time`.
-void look_ahead(Wavefront& w, double time);
+/// Moves the vertices by `time`; where they were is `ahead` from then on.
+void move_vertices(Wavefront& w, double time);
 
-/// The vertices are where they were expected.
-void arrive(Wavefront& w);
-
-/// Lets the vertices arrive and buries those whose edge has shrunk to nothing at `time`, for which they have looked
-/// ahead.
+/// Moves the vertices by `time` and buries those whose edge has shrunk to nothing.
 void collapse_edges(Wavefront& w, double time);
 
 } // namespace korvale::inside

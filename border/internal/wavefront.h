@@ -51,6 +51,10 @@ struct Wavefront {
     Points velocity; ///< motion per unit of distance
     double* rate;    ///< change of an edge's length per unit of distance
     double drift;    ///< the greatest speed at which an end leaves the line of its edge
+    Points expected; ///< while watched, what the velocity was when the vertex was looked at last
+    int32_t* turned; ///< while watched, places whose velocity is not what was expected, in ascending order
+    int32_t turned_count;
+    bool is_watched; ///< whether somebody counts on the velocities
     int32_t* id;     ///< [live] index in the sweep
     int32_t* gaps;   ///< places that the next packing closes, as they die; then those it has closed, ascending
     int32_t* list;   ///< [live] for the use of a step
@@ -76,6 +80,12 @@ inline constexpr int kAllBits = (1 << width_of<V>)-1;
 int32_t next_live(const Wavefront& w, int32_t i);
 int32_t previous_live(const Wavefront& w, int32_t i);
 
+/// Whether edge e ends at vertex m or starts there.
+inline bool is_own(const Wavefront& w, int32_t m, int32_t e)
+{
+    return (e == m) | ((e + 1 == w.live ? 0 : e + 1) == m);
+}
+
 /// Repeats the ends of a column beyond its ends.
 void close_ring(double* column, int32_t live);
 void close_ring(const Points& points, int32_t live);
@@ -83,7 +93,14 @@ void close_ring(const Points& points, int32_t live);
 /// The vertex at place i dies and merges into the one at `heir`. Its row must be complete: nothing is spread.
 void bury(Wavefront& w, int32_t i, int32_t heir);
 
-/// Closes the gaps that the dead have left in `at` and `id`. There are some, and nothing is spread.
+/// Velocities that differ from what was expected by no more than this, on each axis, are steady.
+constexpr double kSteady = 5e-04;
+
+/// The velocities that the vertices have are expected from here on.
+void expect_velocities(Wavefront& w);
+
+/// Closes the gaps that the dead have left in `at`, `id` and, while watched, `expected`. There are some, and nothing is
+/// spread.
 void pack(Wavefront& w);
 
 /// Closes the gaps of the last packing in the columns that still have them, and fetches velocities that no step has
