@@ -164,7 +164,8 @@ struct Frame {
 
     bool has_built_in(int32_t f) const
     {
-        return static_cast<uint32_t>(f) < kBuiltInCount && is_built_in(f, functions[f]);
+        const auto i = static_cast<uint32_t>(f);
+        return i < kBuiltInCount && functions[i] == kBuiltIns[i].function.slot();
     }
 };
 
@@ -337,18 +338,21 @@ double conclude(EquationSystem& es, const Program& program, double result)
 {
     const int32_t f = *operand;
     if (!frame.has_built_in(f))
-        return call_unary(frame, kind, f, below, top);
+        return run_other(frame, kind, operand, below, top);
     if (f == kNegate)
         return run<EQ_ITEM_UNARY>(frame, kind + 1, operand + 1, below, -top);
     if (f == kSquareRoot)
         return run<EQ_ITEM_UNARY>(frame, kind + 1, operand + 1, below, std::sqrt(top));
-    return call_built_in(frame, kind, operand, below, reinterpret_cast<UnaryFunction>(frame.functions[f]), top);
+    return call_built_in(frame, kind, operand, below, kBuiltIns[f].function.one, top);
 }
 
 [[gnu::noinline]] double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
 {
-    return *kind == EQ_ITEM_BINARY ? call_binary(frame, kind, *operand, below, top)
-                                   : run_carefully(frame, kind, below, top);
+    if (*kind == EQ_ITEM_UNARY)
+        return call_unary(frame, kind, *operand, below, top);
+    if (*kind == EQ_ITEM_BINARY)
+        return call_binary(frame, kind, *operand, below, top);
+    return run_carefully(frame, kind, below, top);
 }
 
 [[gnu::noinline]] double run_end(Frame& frame, const int32_t* kind, const int32_t*, double* below, double top)
