@@ -154,12 +154,15 @@ Event search_once(const Watch& watch, const Wavefront& w, const Allowance& allow
     }
 }
 
-/// How far ahead a watch looks, as a signed distance.
-double watch_ahead(const MeetingSearch& search, const Wavefront& w, double edge, double window)
+/// Starts a watch, unless it would hardly outlast this round.
+void watch_some_rounds(MeetingSearch& search, Wavefront& w, const Allowance& allow, double window, const Event& event)
 {
-    const double wanted = std::min(kRoundsAhead * search.pace, kAheadOfEdge * edge);
-    const double ahead = std::min(std::fabs(w.s.remaining), std::max(wanted, 2.0 * window));
-    return w.s.remaining > 0.0 ? ahead : -ahead;
+    const double farthest = std::min(std::fabs(w.s.remaining), kAheadOfEdge * allow.edge), least = 2.0 * window;
+    if (!(least < farthest) || list_collapsing(w, event.time) > most_changes(w))
+        return;
+    const double pace = search.rounds == 0 ? window : search.pace;
+    const double ahead = std::min(farthest, std::max(kRoundsAhead * pace, least));
+    start_watch(search.watch, w, w.s.remaining > 0.0 ? ahead : -ahead, allow.reach);
 }
 
 /// Tests the candidates that are due before the event.
@@ -207,8 +210,7 @@ Event search_meetings(MeetingSearch& search, Wavefront& w, double window, Event 
         const Allowance allow = measure_allowance(w, w.s.remaining > 0.0 ? window : -window);
         if (!allow.is_regular)
             return test_all_pairs(w, event);
-        if (search.rounds > 0 && watch.is_calm)
-            start_watch(watch, w, watch_ahead(search, w, allow.edge, window), allow.reach);
+        watch_some_rounds(search, w, allow, window, event);
         if (!w.is_watched)
             return search_once(watch, w, allow, window, event);
     }

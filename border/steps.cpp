@@ -183,19 +183,6 @@ bool aim_sharp_corner(Wavefront& w, int32_t i)
     return true;
 }
 
-/// Lists the edges that `time` brings to nothing.
-int32_t list_collapsing(const Wavefront& w, double time)
-{
-    const double *const length = w.edge.length, *const rate = w.rate;
-    int32_t* const list = w.list;
-    int32_t count = 0;
-    for_lanes(0, w.live, [length, rate, time, list, &count]<class V>(int32_t i) {
-        const auto collapsed = time * load<V>(rate + i) + load<V>(length + i) <= all<V>(kCollapsedLength);
-        add_places(i, bits(collapsed), list, count);
-    });
-    return count;
-}
-
 } // namespace
 
 bool measure_edges(Wavefront& w)
@@ -328,6 +315,18 @@ void move_vertices(Wavefront& w, double time)
         store(ahead.y + i, load<V>(at.y + i) + time * load<V>(velocity.y + i));
     });
     std::swap(w.at, w.ahead);
+}
+
+int32_t list_collapsing(const Wavefront& w, double time)
+{
+    const double *const length = w.edge.length, *const rate = w.rate;
+    int32_t* const list = w.list;
+    int32_t count = 0;
+    for_lanes(0, w.live, [length, rate, time, list, &count]<class V>(int32_t i) {
+        const auto collapsed = time * load<V>(rate + i) + load<V>(length + i) <= all<V>(kCollapsedLength);
+        add_places(i, bits(collapsed), list, count);
+    });
+    return count;
 }
 
 void collapse_edges(Wavefront& w, double time)

@@ -32,11 +32,6 @@ constexpr int32_t kFewChanges = 8, kShareOfChanges = 32;
 /// After this many rounds all is made anew, so that rounding errors of positions stay far below kRounding.
 constexpr int32_t kMostRounds = 256;
 
-int32_t most_changes(const Wavefront& w)
-{
-    return kFewChanges + w.live / kShareOfChanges;
-}
-
 /// Room beyond the motion: twice what velocities may turn and still be steady.
 double room_around(double ahead, double allowance)
 {
@@ -166,7 +161,7 @@ int64_t Watch::doubles_for(int32_t n)
     return 4 * boxes_for_vertices(n) + doubles_for_tree(n) + 2 * int64_t{n} + 2 * kCandidatesPerVertex * n;
 }
 
-Watch::Watch(int32_t n, double* memory) : is_calm(true), spent(0.0), horizon(0.0)
+Watch::Watch(int32_t n, double* memory) : spent(0.0)
 {
     if (n == 0)
         return; // nothing is ever watched
@@ -178,6 +173,11 @@ Watch::Watch(int32_t n, double* memory) : is_calm(true), spent(0.0), horizon(0.0
     changed = reinterpret_cast<int32_t*>(candidates + most_candidates);
     slots.slot = changed + n;
     slots.place = due + 2 * most_candidates + n;
+}
+
+int32_t most_changes(const Wavefront& w)
+{
+    return kFewChanges + w.live / kShareOfChanges;
 }
 
 double slack_of(double drift, double reach, double window)
@@ -224,7 +224,6 @@ void start_watch(Watch& watch, Wavefront& w, double ahead, double reach)
 
 void follow_packing(Watch& watch, Wavefront& w)
 {
-    watch.is_calm = w.gap_count <= most_changes(w);
     w.is_watched = w.is_watched && watch.changed_count + w.gap_count <= most_changes(w);
     if (!w.is_watched)
         return;

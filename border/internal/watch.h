@@ -20,7 +20,6 @@ struct Watch {
     Watch(int32_t n, double* memory);
     static int64_t doubles_for(int32_t n);
 
-    bool is_calm;     ///< few died at the last packing: a watch of some rounds is worth starting
     int32_t rounds;   ///< searched since it began
     double spent;     ///< distance travelled
     double horizon;   ///< distance up to which the boxes hold the motion
@@ -37,6 +36,9 @@ struct Watch {
     double* due; ///< distance before which a candidate does not meet
     double* tree_memory;
 };
+
+/// How many vertices may turn or die in a round before a watch is better started anew.
+int32_t most_changes(const Wavefront& w);
 
 /// By how much boxes are wider than the motion over `window`, so that rounding never takes a meeting outside.
 double slack_of(double drift, double reach, double window);
