@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "platform/internal/lanes.h"
@@ -130,8 +131,8 @@ int32_t list_sharp_corners(const Wavefront& w, int32_t from)
     return count;
 }
 
-/// Aims the corners from `begin` to `end`, none of which is a hairpin. While watched, lists those that turn: the roots
-/// and divisions take so long that this costs next to nothing.
+/// Aims the corners from `begin` to `end`; `drift` becomes infinite where one is so sharp that it may be a hairpin.
+/// While watched, lists those that turn: the roots and divisions take so long that this costs next to nothing.
 template <bool kIsWatched>
 void aim_corners(Wavefront& w, int32_t begin, int32_t end)
 {
@@ -143,7 +144,7 @@ void aim_corners(Wavefront& w, int32_t begin, int32_t end)
         const V fx = load<V>(edge.dx + i), fy = load<V>(edge.dy + i);
         V bx, by;
         find_bisector(ex, ey, fx, fy, bx, by);
-        const V speed = 1.0 / root(0.5 * turn(ex, ey, fx, fy));
+        const V c = turn(ex, ey, fx, fy), speed = 1.0 / root(0.5 * c);
         const V vx = bx * speed, vy = by * speed;
         store(velocity.x + i, vx);
         store(velocity.y + i, vy);
@@ -152,7 +153,8 @@ void aim_corners(Wavefront& w, int32_t begin, int32_t end)
             const auto is_steady = (off_x <= all<V>(kSteady)) & (off_y <= all<V>(kSteady));
             add_places(i, bits(is_steady) ^ kAllBits<V>, turned, *turned_count);
         }
-        return greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy));
+        const V drift = greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy));
+        return select(c < all<V>(kHairpinTurn), all<V>(std::numeric_limits<double>::infinity()), drift);
     });
 }
 
@@ -162,6 +164,20 @@ void aim_corners(Wavefront& w, int32_t begin, int32_t end)
         aim_corners<true>(w, begin, end);
     else
         aim_corners<false>(w, begin, end);
+}
+
+/// Aims all corners as if none were sharp, which saves looking for such. False, with the velocities as they were, where
+/// some are.
+bool aim_blunt_corners(Wavefront& w)
+{
+    std::swap(w.velocity, w.velocity_before);
+    aim_corners(w, 0, w.live);
+    if (w.drift < std::numeric_limits<double>::infinity())
+        return true;
+    std::swap(w.velocity, w.velocity_before);
+    w.drift = 0.0;
+    w.turned_count = 0;
+    return false;
 }
 
 /// Aims corner i. False for a hairpin, of which only the direction of motion is set.
@@ -255,23 +271,26 @@ Corners aim_vertices(Wavefront& w, int32_t from)
         w.drift = 0.0;
         w.turned_count = 0;
     }
-    const int32_t sharp = list_sharp_corners(w, from);
-    int32_t done = from;
-    if (sharp > 0)
-        refresh(w); // a hairpin leaves the velocities behind it as they were
-    for (int32_t k = 0; k < sharp; ++k) {
-        const int32_t i = w.list[k];
-        aim_corners(w, done, i);
-        if (!aim_sharp_corner(w, i)) {
-            const int32_t j = next_live(w, i), before = previous_live(w, i);
-            bury(w, i, w.edge.length[before] > w.edge.length[i] ? j : before);
-            w.hairpin = i;
-            w.is_watched = false; // some may have turned already, and all have places yet to change
-            return j != before ? Corners::hairpin_removed : Corners::outline_gone;
+    if (from > 0 || w.has_sharp_corners || !aim_blunt_corners(w)) {
+        const int32_t sharp = list_sharp_corners(w, from);
+        w.has_sharp_corners = sharp > 0;
+        int32_t done = from;
+        if (sharp > 0)
+            refresh(w); // a hairpin leaves the velocities behind it as they were
+        for (int32_t k = 0; k < sharp; ++k) {
+            const int32_t i = w.list[k];
+            aim_corners(w, done, i);
+            if (!aim_sharp_corner(w, i)) {
+                const int32_t j = next_live(w, i), before = previous_live(w, i);
+                bury(w, i, w.edge.length[before] > w.edge.length[i] ? j : before);
+                w.hairpin = i;
+                w.is_watched = false; // some may have turned already, and all have places yet to change
+                return j != before ? Corners::hairpin_removed : Corners::outline_gone;
+            }
+            done = i + 1;
         }
-        done = i + 1;
+        aim_corners(w, done, w.live);
     }
-    aim_corners(w, done, w.live);
     close_ring(w.velocity, w.live);
     w.written |= Wavefront::velocities;
     w.spread &= ~static_cast<unsigned>(Wavefront::velocities);

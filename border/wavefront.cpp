@@ -11,7 +11,7 @@
 namespace korvale::inside {
 namespace {
 
-constexpr int32_t kColumns = 15, kLists = 4;
+constexpr int32_t kColumns = 17, kLists = 4;
 constexpr unsigned kAllGroups = Wavefront::lines | Wavefront::velocities | Wavefront::rates | Wavefront::edges;
 
 /// Columns begin where four lanes are aligned, which then never reach over a line of the cache. The room before place 0
@@ -102,13 +102,13 @@ int64_t Wavefront::doubles_for(const Sweep& s)
 }
 
 Wavefront::Wavefront(Sweep& sweep, double* memory)
-    : s(sweep), live(sweep.n), drift(0.0), turned_count(0), is_watched(false), gone_count(0), gap_count(0), hairpin(-1),
-      spread(0), written(0)
+    : s(sweep), live(sweep.n), drift(0.0), turned_count(0), has_sharp_corners(false), is_watched(false), gone_count(0),
+      gap_count(0), hairpin(-1), spread(0), written(0)
 {
     double* column = memory + kAlignment;
-    for (double** const c :
-         {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx, &edge_before.dy,
-          &edge_before.length, &velocity.x, &velocity.y, &rate, &expected.x, &expected.y}) {
+    for (double** const c : {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx,
+                             &edge_before.dy, &edge_before.length, &velocity.x, &velocity.y, &velocity_before.x,
+                             &velocity_before.y, &rate, &expected.x, &expected.y}) {
         *c = column;
         column += column_length(s.n);
     }

@@ -23,10 +23,10 @@ struct Edges {
 
 /// The live vertices of a sweep, packed into columns.
 ///
-/// Positions and edges have two sets of columns each. The vertices move from `at` to `ahead`, then the two change
-/// places; a round measures `edge` while `edge_before` keeps what the round before has measured. So the lines of the
-/// edges are never stored: that of edge i follows from `line_edge` and `line_at`, the edges and the positions they were
-/// last fitted to, which are among those four sets.
+/// Positions, edges and velocities have two sets of columns each. The vertices move from `at` to `ahead`, then the two
+/// change places; a round measures `edge` while `edge_before` keeps what the round before has measured. So the lines of
+/// the edges are never stored: that of edge i follows from `line_edge` and `line_at`, the edges and the positions they
+/// were last fitted to, which are among the sets of those.
 ///
 /// A vertex that dies hands its values back to the arrays of the sweep at once and stays, marked in `gone`, until
 /// `pack`. That packs what lives on from round to round, `at` and `id`. The other columns are renewed by the next round
@@ -48,17 +48,19 @@ struct Wavefront {
     Edges edge, edge_before;
     Points line_at;
     Edges line_edge;
-    Points velocity; ///< motion per unit of distance
-    double* rate;    ///< change of an edge's length per unit of distance
-    double drift;    ///< the greatest speed at which an end leaves the line of its edge
-    Points expected; ///< while watched, what the velocity was when the vertex was looked at last
-    int32_t* turned; ///< while watched, places whose velocity is not what was expected, in ascending order
+    Points velocity;        ///< motion per unit of distance
+    Points velocity_before; ///< columns that take turns with those of `velocity`
+    double* rate;           ///< change of an edge's length per unit of distance
+    double drift;           ///< the greatest speed at which an end leaves the line of its edge
+    Points expected;        ///< while watched, what the velocity was when the vertex was looked at last
+    int32_t* turned;        ///< while watched, places whose velocity is not what was expected, in ascending order
     int32_t turned_count;
-    bool is_watched; ///< whether somebody counts on the velocities
-    int32_t* id;     ///< [live] index in the sweep
-    int32_t* gaps;   ///< places that the next packing closes, as they die; then those it has closed, ascending
-    int32_t* list;   ///< [live] for the use of a step
-    uint8_t* gone;   ///< [live] 1 for a dead vertex not yet packed away
+    bool has_sharp_corners; ///< corners that may be hairpins were found when the vertices were aimed last
+    bool is_watched;        ///< whether somebody counts on the velocities
+    int32_t* id;            ///< [live] index in the sweep
+    int32_t* gaps;          ///< places that the next packing closes, as they die; then those it has closed, ascending
+    int32_t* list;          ///< [live] for the use of a step
+    uint8_t* gone;          ///< [live] 1 for a dead vertex not yet packed away
     int32_t gone_count, gap_count;
     int32_t hairpin;  ///< place of a hairpin that was buried when the vertices were aimed last, -1 for none
     unsigned spread;  ///< groups that still have the gaps of the last packing
