@@ -67,9 +67,7 @@ void DataDispose(Data* d)
 {
     if (d == nullptr)
         return;
-    free_buffer(d->dvals);
-    free_buffer(d->ivals);
-    free_buffer(d->bvals);
+    free_buffers(*d);
     DataInitialize(d);
 }
 
@@ -78,12 +76,7 @@ void DataListDispose(data_list_struct* head)
     if (head == nullptr)
         return;
     DataDispose(head);
-    for (data_list_struct* node = head->next; node != nullptr;) {
-        data_list_struct* const following = node->next;
-        DataDispose(node);
-        std::free(node);
-        node = following;
-    }
+    free_chain(head->next);
     DataListInitialize(head);
 }
 

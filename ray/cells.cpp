@@ -46,7 +46,7 @@ public:
             }
     }
 
-    const MadeCells* find(const data_list_struct* cells)
+    MadeCells* find(const data_list_struct* cells)
     {
         Place& place = place_of(cells);
         const std::lock_guard lock(place.mutex);
@@ -164,10 +164,15 @@ const Grid* remember_cells(const data_list_struct* cells, const int32_t (&n)[3],
         plane += n[k] + 1;
     }
     made->cells = cells;
-    for (int32_t c = 0; c < std::min(made->grid.count(), kBoxesKnown); ++c)
-        made->boxes[c] = cells[c].dvals;
     table.add(made);
     return &made->grid;
+}
+
+void note_boxes(const data_list_struct* cells)
+{
+    MadeCells& made = *table.find(cells);
+    for (int32_t c = 0; c < std::min(made.grid.count(), kBoxesKnown); ++c)
+        made.boxes[c] = cells[c].dvals;
 }
 
 void forget_cells(const data_list_struct* cells)

@@ -31,65 +31,50 @@ constexpr double kTrianglePadding = 1e-06;
 
 constexpr size_t kBoxBytes = kBoxValues * sizeof(double);
 
+/// All numbers go before the boxes: the C library joins what is free side by side, and has less to do so.
 void release_cells(data_list_struct* cells, int32_t count)
 {
     for (int32_t c = 0; c < count; ++c)
-        DataListDispose(&cells[c]);
+        free_chain(cells[c].next);
+    for (int32_t c = 0; c < count; ++c)
+        free_buffers(cells[c]);
     std::free(cells);
 }
 
-/// Makes a record a cell without numbers around room for its box. False for a null box.
-bool make_cell(data_list_struct& cell, double* box)
+/// Releases what follows a node.
+void end_chain(data_list_struct& last)
+{
+    free_chain(last.next);
+    last.next = nullptr;
+}
+
+/// Makes a record a cell with a box and without numbers. False when the heap is exhausted.
+bool make_cell(data_list_struct& cell, const double* box)
 {
     DataListInitialize(&cell);
     cell.dim = kBoxValues;
     cell.count = 1;
-    cell.dvals = box;
-    return box != nullptr;
+    cell.dvals = static_cast<double*>(std::malloc(kBoxBytes));
+    if (cell.dvals == nullptr)
+        return false;
+    std::memcpy(cell.dvals, box, kBoxBytes);
+    return true;
 }
 
-bool make_cell(data_list_struct& cell)
+/// The same for a cell that the library has made before. Its nodes stay behind it.
+bool renew_cell(data_list_struct& cell, const double* box)
 {
-    return make_cell(cell, static_cast<double*>(std::malloc(kBoxBytes)));
-}
-
-/// New cells with room for their boxes; null when the heap is exhausted.
-data_list_struct* make_cells(int32_t count)
-{
-    const size_t bytes = static_cast<size_t>(count) * sizeof(data_list_struct);
-    auto* const cells = static_cast<data_list_struct*>(new_block(bytes)); // a ray looks into one here and one there
-    if (cells == nullptr)
-        return nullptr;
-    for (int32_t c = 0; c < count; ++c)
-        if (!make_cell(cells[c])) {
-            release_cells(cells, c);
-            return nullptr;
-        }
-    return cells;
-}
-
-/// Makes cells of the library's own as if they were new: in a fine grid most have nothing but their box. Null, with all
-/// of them released, when the heap is exhausted.
-data_list_struct* renew_cells(data_list_struct* cells, int32_t count)
-{
-    for (int32_t c = 0; c < count; ++c) {
-        data_list_struct& cell = cells[c];
-        double* const box = cell.dvals;
-        const bool is_as_made = box != nullptr && cell.type == DATA_TYPE_DOUBLE && cell.dim == kBoxValues &&
-                                cell.count == 1 && cell.ivals == nullptr && cell.bvals == nullptr;
-        if (is_as_made && cell.next == nullptr)
-            continue;
-        if (is_as_made)
-            cell.dvals = nullptr; // is kept
-        DataListDispose(&cell);
-        if (is_as_made)
-            make_cell(cell, box);
-        else if (!make_cell(cell)) {
-            release_cells(cells, count);
-            return nullptr;
-        }
+    const bool is_as_made = cell.dvals != nullptr && cell.type == DATA_TYPE_DOUBLE && cell.dim == kBoxValues &&
+                            cell.count == 1 && cell.ivals == nullptr && cell.bvals == nullptr;
+    if (is_as_made) {
+        std::memcpy(cell.dvals, box, kBoxBytes);
+        return true;
     }
-    return cells;
+    data_list_struct* const nodes = cell.next;
+    free_buffers(cell);
+    const bool is_made = make_cell(cell, box);
+    cell.next = nodes;
+    return is_made;
 }
 
 /// Releases the cells of a record. Those of a host stay with it: they may not even come from the heap.
@@ -100,6 +85,61 @@ void drop_cells(RayStatus& s)
         release_cells(s.cells, cells.count);
     }
     s.cells = nullptr;
+}
+
+/// Makes the cells of a record, or none where the heap is exhausted. Returns whether they are those that stood there
+/// before, with all their nodes.
+bool make_grid(RayStatus& s)
+{
+    for (int32_t* n : {&s.nx, &s.ny, &s.nz})
+        if (*n < 1)
+            *n = 1;
+    const int32_t count = cells_wanted(s);
+    if (count == 0 || !holds(s.bbox, DATA_TYPE_DOUBLE, kBoxValues)) {
+        drop_cells(s);
+        return false;
+    }
+    const Cells before = cells_of(s);
+    const bool is_again = before.grid != nullptr && before.count == count;
+    if (is_again) {
+        forget_cells(s.cells);
+    } else {
+        drop_cells(s);
+        const size_t bytes = static_cast<size_t>(count) * sizeof(data_list_struct);
+        s.cells = static_cast<data_list_struct*>(new_block(bytes)); // a ray looks into one here and one there
+        if (s.cells == nullptr)
+            return false;
+    }
+    const Grid* const grid = remember_cells(s.cells, {s.nx, s.ny, s.nz}, s.bbox.dvals);
+    int32_t made = 0;
+    if (grid != nullptr)
+        grid->for_each_cell([&](int32_t c, const double* box) {
+            if (made == c)
+                made += is_again ? renew_cell(s.cells[c], box) : make_cell(s.cells[c], box);
+        });
+    if (made == count) {
+        note_boxes(s.cells);
+        return is_again;
+    }
+    forget_cells(s.cells);
+    release_cells(s.cells, is_again ? count : made);
+    s.cells = nullptr;
+    return false;
+}
+
+/// Whether a node behind the first has a place left.
+bool takes_numbers(const data_list_struct& node)
+{
+    return node.type == DATA_TYPE_INT && node.ivals != nullptr && node.dim >= 1 && node.count >= 0 &&
+           node.count < kNodeRoom;
+}
+
+data_list_struct* last_node(data_list_struct& cell)
+{
+    data_list_struct* last = &cell;
+    while (last->next != nullptr)
+        last = last->next;
+    return last;
 }
 
 data_list_struct* new_node()
@@ -118,34 +158,41 @@ data_list_struct* new_node()
     return node;
 }
 
-/// Whether a node behind the first has a place left.
-bool takes_numbers(const data_list_struct& node)
+/// Makes a node of a chain one without numbers. False when the heap is exhausted.
+bool empty_node(data_list_struct& node)
 {
-    return node.type == DATA_TYPE_INT && node.ivals != nullptr && node.dim >= 1 && node.count >= 0 &&
-           node.count < kNodeRoom;
+    // Where a host has made the node its buffer may be of any size; one that fits stays where it is.
+    void* const numbers = std::realloc(node.ivals, kNodeRoom * sizeof(int32_t));
+    if (numbers == nullptr)
+        return false;
+    node.ivals = static_cast<int32_t*>(numbers);
+    free_buffer(node.dvals);
+    free_buffer(node.bvals);
+    node.dvals = nullptr;
+    node.bvals = nullptr;
+    node.type = DATA_TYPE_INT;
+    node.dim = 1;
+    node.count = 0;
+    return true;
 }
 
-data_list_struct* last_node(data_list_struct& cell)
+/// The node behind `last`, emptied, or a new one; null when the heap is exhausted.
+data_list_struct* next_node(data_list_struct& last)
 {
-    data_list_struct* last = &cell;
-    while (last->next != nullptr)
-        last = last->next;
-    return last;
+    if (last.next == nullptr)
+        return last.next = new_node();
+    return empty_node(*last.next) ? last.next : nullptr;
 }
 
 /// Appends a number to the chain of `cell` that ends in `last`; the first node never takes numbers. Returns the node
-/// that ends the chain afterwards, or null, with nothing done, when the heap is exhausted.
+/// that ends the chain afterwards, or null when the heap is exhausted.
 [[gnu::always_inline]] inline data_list_struct* append(const data_list_struct& cell, data_list_struct* last,
                                                        int32_t triangle)
 {
-    if (last == &cell || !takes_numbers(*last)) {
-        data_list_struct* const node = new_node();
-        if (node == nullptr)
-            return nullptr;
-        last->next = node;
-        last = node;
-    }
-    last->ivals[last->count++] = triangle;
+    if (last == &cell || !takes_numbers(*last))
+        last = next_node(*last);
+    if (last != nullptr)
+        last->ivals[last->count++] = triangle;
     return last;
 }
 
@@ -181,28 +228,35 @@ CellRange cells_touching(const GridAxis& axis, double least, double greatest)
     return {first, last};
 }
 
-/// Lists triangles in cells while they are filled, remembering where each chain ends where there is memory for that.
+/// Lists triangles in cells while they are filled, in nodes that stand there as far as they go.
 class Filling {
 public:
-    Filling(RayStatus& s, int32_t cells) : s_(s), ends_(cells)
+    Filling(RayStatus& s, int32_t cells) : s_(s), count_(cells), ends_(cells)
     {
-        for (int32_t c = 0; ends_.exists() && c < cells; ++c)
+        for (int32_t c = 0; exists() && c < count_; ++c)
             ends_[c] = &s.cells[c];
     }
 
     /// False when the heap is exhausted.
+    bool exists() const { return ends_.exists(); }
+
+    /// False when the heap is exhausted.
     bool list(int32_t triangle, int32_t cell)
     {
-        data_list_struct& first = s_.cells[cell];
-        data_list_struct* walked = ends_.exists() ? nullptr : last_node(first);
-        data_list_struct*& end = ends_.exists() ? ends_[cell] : walked;
-        end = append(first, end, triangle);
-        return end != nullptr;
+        return (ends_[cell] = append(s_.cells[cell], ends_[cell], triangle)) != nullptr;
+    }
+
+    /// Releases the nodes that nothing was listed in.
+    void end_chains()
+    {
+        for (int32_t c = 0; c < count_; ++c)
+            end_chain(*ends_[c]);
     }
 
 private:
     RayStatus& s_;
-    Scratch<data_list_struct*> ends_;
+    int32_t count_;
+    Scratch<data_list_struct*> ends_; // of the chains, as far as they are filled
 };
 
 /// Lists a triangle in the cells that its box[6] touches. False when the heap is exhausted.
@@ -228,15 +282,19 @@ bool list_triangle(Filling& filling, const Grid& grid, int32_t t, const double* 
 }
 
 /// Lists every triangle in the cells its box touches. False when the heap is exhausted.
-bool fill_cells(RayStatus& s, const Grid& grid, const double* triangles, int32_t count)
+bool fill_cells(RayStatus& s, const Grid& grid, const double* triangles, int32_t count, bool has_nodes)
 {
     Filling filling(s, grid.count());
+    if (!filling.exists())
+        return false;
     for (int32_t t = 0; t < count; ++t) {
         double box[kBoxValues];
         find_triangle_box(triangles + 9 * int64_t{t}, box);
         if (!list_triangle(filling, grid, t, box))
             return false;
     }
+    if (has_nodes)
+        filling.end_chains();
     return true;
 }
 
@@ -292,9 +350,9 @@ void ray_classify(RayStatus* s)
         DataBBox(&points, &s->bbox);
     }
 
-    ray_make_sub_bbox(s);
+    const bool has_nodes = make_grid(*s);
     if (const Cells cells = cells_of(*s);
-        cells.grid != nullptr && !fill_cells(*s, *cells.grid, points.dvals, s->triangles->count))
+        cells.grid != nullptr && !fill_cells(*s, *cells.grid, points.dvals, s->triangles->count, has_nodes))
         drop_cells(*s);
 }
 
@@ -302,30 +360,10 @@ void ray_make_sub_bbox(RayStatus* s)
 {
     if (s == nullptr)
         return;
-    for (int32_t* n : {&s->nx, &s->ny, &s->nz})
-        if (*n < 1)
-            *n = 1;
-    const int32_t count = cells_wanted(*s);
-    if (count == 0 || !holds(s->bbox, DATA_TYPE_DOUBLE, kBoxValues)) {
-        drop_cells(*s);
+    if (!make_grid(*s))
         return;
-    }
-    if (const Cells cells = cells_of(*s); cells.grid != nullptr && cells.count == count) {
-        forget_cells(s->cells);
-        s->cells = renew_cells(s->cells, count);
-    } else {
-        drop_cells(*s);
-        s->cells = make_cells(count);
-    }
-    if (s->cells == nullptr)
-        return;
-    const Grid* const grid = remember_cells(s->cells, {s->nx, s->ny, s->nz}, s->bbox.dvals);
-    if (grid == nullptr) {
-        release_cells(s->cells, count);
-        s->cells = nullptr;
-        return;
-    }
-    grid->for_each_cell([&](int32_t cell, const double* box) { std::memcpy(s->cells[cell].dvals, box, kBoxBytes); });
+    for (int32_t c = 0; c < cells_wanted(*s); ++c)
+        end_chain(s->cells[c]);
 }
 
 void ray_add_tri_to_bbox(RayStatus* s, int triangle, int cell)

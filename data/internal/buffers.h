@@ -91,6 +91,25 @@ inline void free_buffer(void* buffer)
         std::free(buffer);
 }
 
+/// Releases the buffers of a record, which is left as it is.
+inline void free_buffers(const Data& d)
+{
+    free_buffer(d.dvals);
+    free_buffer(d.ivals);
+    free_buffer(d.bvals);
+}
+
+/// Releases a node, or nothing, and all that follow it.
+inline void free_chain(data_list_struct* node)
+{
+    while (node != nullptr) {
+        data_list_struct* const following = node->next;
+        free_buffers(*node);
+        std::free(node);
+        node = following;
+    }
+}
+
 /// Whether a buffer of the record would be the host's own: its capacity was never set, or the record was zero-filled.
 /// The library leaves no buffer beside a capacity of 0.
 inline bool is_wrapped(const DATAstruct& d)

@@ -25,9 +25,11 @@ struct Cells {
 /// where the host has made them.
 Cells cells_of(const RayStatus& s);
 
-/// Keeps a grid of n[3] cells in bbox[6] for an array of as many, made by the library and all with a box, and returns
-/// it; null when the heap is exhausted. `forget_cells` releases it, before the array is released.
+/// Keeps a grid of n[3] cells in bbox[6] for an array that the library makes of as many, and returns it; null when the
+/// heap is exhausted. Once the cells are made `note_boxes` tells by which boxes they are recognised; `forget_cells`
+/// releases the grid, before the array is released.
 const Grid* remember_cells(const data_list_struct* cells, const int32_t (&n)[3], const double* bbox);
+void note_boxes(const data_list_struct* cells);
 void forget_cells(const data_list_struct* cells);
 
 /// nx * ny * nz, or 0 when one is below 1 or the product leaves 31 bits.

@@ -2,7 +2,9 @@
 #include "ray/grid.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -206,12 +208,15 @@ TEST(ray_classify, UsesTheCellsOfAnEarlierCallAgain)
     DataDispose(&s->cells[7]);
     s->cells[63].dvals[0] = 99;
     Scene fresh(joined(spanning(0, 0, 0, 1, 1, 1), copies(150)));
-    const HeapWatch first;
     ray_classify(fresh);
-    const int64_t allocations = first.allocations();
+    int64_t kept = 0;
+    for (int c = 0; c < 64; ++c)
+        kept += static_cast<int64_t>(node_counts(s->cells[c]).size());
+    const int64_t lost = static_cast<int64_t>(node_counts(fresh->cells[5]).size());
     const HeapWatch again;
     ray_classify(s);
-    EXPECT_EQ(again.allocations(), allocations - 1 - 62); // the array, and all but two boxes
+    // The planes, the ends of chains, two boxes, the nodes of one cell, and the room of all others is asked for.
+    EXPECT_EQ(again.allocations(), 4 + 2 * lost + kept);
     EXPECT_EQ(s.box(63), box);
     for (int c = 0; c < 64; ++c) {
         EXPECT_EQ(s.box(c), fresh.box(c));
@@ -219,6 +224,91 @@ TEST(ray_classify, UsesTheCellsOfAnEarlierCallAgain)
         EXPECT_EQ(s->cells[c].count, 1);
         EXPECT_EQ(s->cells[c].dim, 6);
     }
+}
+
+/// The places of all nodes behind a cell and of their numbers.
+std::vector<const void*> places(const data_list_struct& cell)
+{
+    std::vector<const void*> found;
+    for (const data_list_struct* node = cell.next; node != nullptr; node = node->next) {
+        found.push_back(node);
+        found.push_back(node->ivals);
+    }
+    return found;
+}
+
+TEST(ray_classify, UsesTheNodesOfAnEarlierCallAgain)
+{
+    Scene s(copies(251), 2, 2, 2);
+    const std::vector<const void*> before = places(s->cells[0]);
+    ASSERT_EQ(before.size(), 6u);
+    ray_classify(s);
+    EXPECT_EQ(places(s->cells[0]), before);
+    EXPECT_THAT(node_counts(s->cells[0]), ElementsAre(100, 100, 51));
+
+    int64_t cells = 0;
+    for (int c = 0; c < 8; ++c)
+        cells += s->cells[c].next != nullptr ? 1 : 0;
+    const HeapWatch heap;
+    s->triangles->count = 101;
+    ray_classify(s);
+    EXPECT_THAT(node_counts(s->cells[0]), ElementsAre(100, 1));
+    EXPECT_EQ(heap.live_blocks(), heap_is_counted() ? -2 * cells : 0);
+    s->triangles->count = 0;
+    ray_classify(s);
+    EXPECT_EQ(s->cells[0].next, nullptr);
+    s->triangles->count = 251;
+    ray_classify(s);
+    EXPECT_EQ(s.numbers(0), first_numbers(251));
+    ray_make_sub_bbox(s);
+    EXPECT_EQ(s->cells[0].next, nullptr);
+}
+
+TEST(ray_classify, MakesNodesOfTheHostItsOwn)
+{
+    const HeapWatch heap;
+    {
+        Scene s(copies(151), 1, 1, 1);
+        data_list_struct* const node = DataListNew();
+        node->dim = 3;
+        node->count = 1;
+        node->type = DATA_TYPE_DOUBLE;
+        DataAllocate(node);
+        node->ivals = static_cast<int32_t*>(std::malloc(sizeof(int32_t)));
+        node->bvals = static_cast<uint8_t*>(std::malloc(5));
+        node->next = s->cells[0].next;
+        s->cells[0].next = node;
+        ray_classify(s);
+        EXPECT_EQ(s.numbers(0), first_numbers(151));
+        EXPECT_THAT(node_counts(s->cells[0]), ElementsAre(100, 51));
+        EXPECT_EQ(node->dvals, nullptr);
+        EXPECT_EQ(node->bvals, nullptr);
+    }
+    EXPECT_EQ(heap.live_blocks(), 0);
+}
+
+TEST(ray_classify, ListsAllTrianglesOrMakesNoCellsTheSecondTime)
+{
+    NEEDS_HEAP_FAILURES();
+    const int64_t failed = fail_each_allocation([](int64_t) {
+        double values[9 * 120] = {};
+        for (int i = 0; i < 120; ++i)
+            values[9 * i + 3] = values[9 * i + 7] = 1;
+        Data triangles = wrapped<Data>(values, 120, 9);
+        RayStatus s;
+        ray_initialize(&s);
+        s.nx = s.ny = s.nz = 2;
+        ray_set_triangles(&triangles, &s);
+        ray_classify(&s);
+        if (s.cells != nullptr)
+            DataListDispose(&s.cells[6]);
+        ray_classify(&s);
+        for (int c = 0; s.cells != nullptr && c < 8; ++c)
+            EXPECT_THAT(node_counts(s.cells[c]), ElementsAre(100, 20));
+        ray_declassify(&s);
+        DataDispose(&s.bbox);
+    });
+    EXPECT_GE(failed, 2 + 9 + 8 * 4 + 2 + 1 + 4 + 14); // again: planes and ends, a box, its nodes, room of the others
 }
 
 TEST(ray_classify, LosesNoCellsWhenTheHeapIsExhaustedTheSecondTime)
