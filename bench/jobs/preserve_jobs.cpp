@@ -164,7 +164,7 @@ std::vector<Job> preserve_jobs()
         {"preserve.energy", {100, 1000, 10000}, on_torus<energy>, 1.05, 2000},
         {"preserve.force", {100, 1000, 10000}, on_torus<force>, 1.05, 2000},
         {"preserve.four_steps", {100, 1000, 10000}, on_torus<four_steps>, 1.1, 500},
-        {"preserve.find_edges", {1000, 10000, 100000}, on_torus<edges>, 1.05, 2000},
+        {"preserve.find_edges", {1000, 10000, 100000}, on_torus<edges>, 1.05, 2500},
         {"preserve.initialize_with_edges", {1000, 10000, 100000}, initialize, 1.05, 2000},
     };
 }
