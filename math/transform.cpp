@@ -29,12 +29,13 @@ KORVALE_QUAD void load_columns(const double* m, Quad& x, Quad& y, Quad& z, Quad&
     w = Quad(__builtin_shufflevector(yw1, yw2, 2, 3, 6, 7));
 }
 
-/// As `carried`, all rows at a time: the three quotients are one.
-KORVALE_FOUR_LANES void carry_wide(const double* m, double px, double py, double pz, double* out)
+/// As `carry_point`, all rows at a time: the three quotients are one.
+KORVALE_FOUR_LANES void carry_wide(const double* m, const double* point, double* out)
 {
+    const Lanes3<double> p = vector_of(point);
     Quad x, y, z, w;
     load_columns(m, x, y, z, w);
-    Quad h = x * px + y * py + z * pz + w;
+    Quad h = x * p.x + y * p.y + z * p.z + w;
     if (h[3] != 1.0)
         h = h / h[3];
     store_points(out, Lanes3<double>{h[0], h[1], h[2]});
@@ -63,20 +64,17 @@ void TransformVector(Xfm m, double* v, double* out)
 
 void TransformPoint(Xfm m, double* p, double* out)
 {
-    const Lanes3<double> from = vector_of(p);
-    widest([&] { carry_wide(m[0], from.x, from.y, from.z, out); },
-           [&] { store_points(out, carried(spread<double>(m), from)); });
+    widest([&] { carry_wide(m[0], p, out); }, [&] { carry_point(m, p, out); });
 }
 
 void xfm_pnt(double* m16, double* p, double* out)
 {
-    const Lanes3<double> from = vector_of(p);
     const auto plain = [&] {
         Xfm m;
         array2xfm(m16, m);
-        store_points(out, carried(spread<double>(m), from));
+        carry_point(m, p, out);
     };
-    widest([&] { carry_wide(m16, from.x, from.y, from.z, out); }, plain);
+    widest([&] { carry_wide(m16, p, out); }, plain);
 }
 
 void MatrixMultiply(Xfm a, Xfm b, Xfm out)

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "math/internal/vector.h"
 #include "platform/internal/lanes3.h"
 
 // The matrix arithmetic of the library, inline. The exported functions of math/transform.h are doors to these.
@@ -58,7 +59,7 @@ KORVALE_OVER_LANES Lanes3<V> carried(const SpreadMatrix<V>& m, const Lanes3<V>& 
 /// Applies `m` to the point `p`; `out` may be `p`.
 inline void carry_point(const double (*m)[4], const double* p, double* out)
 {
-    const Lanes3<double> h = carried(spread<double>(m), Lanes3<double>{p[0], p[1], p[2]});
+    const Lanes3<double> h = carried(spread<double>(m), vector_of(p));
     out[0] = h.x;
     out[1] = h.y;
     out[2] = h.z;
