@@ -95,6 +95,8 @@ int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
     table->dim = static_cast<int32_t>(columns); // Deliberate: stays when the allocation is refused
     if (DATAAllocate(table) < 0) {
         note_room(*table, rows_before, columns_before);
+        if (is_wrapped(*table) && rows > rows_before) // nobody knows how many rows its memory is for
+            table->dvals = nullptr;
         return -1;
     }
     fill(*es, func, *table);

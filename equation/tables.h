@@ -11,7 +11,8 @@
 /// Returns 1, or -1 for a function with arguments, an index that is no function's, and a table that cannot be
 /// allocated.
 ///
-/// Memory of the host in the table has to come from malloc: it is freed, or a buffer of the library takes its place.
+/// Memory of the host in the table has to come from malloc: it is freed, or a buffer of the library takes its place. Of
+/// memory for no rows or columns it is not known how far it reaches, so a refusal that raises the rows takes it out.
 ///
 /// Deliberate: the rows and the multiplied columns stay on the table when its allocation is refused. Only a number of
 /// columns beyond 31 bits changes nothing.

@@ -310,6 +310,35 @@ TEST(EqMakeTable, RefusedItLeavesTheHostsMemoryAsLongAsItIs)
     EXPECT_EQ(read(-0.5), 1.0);
 }
 
+TEST(EqMakeTable, RefusedItForgetsMemoryOfTheHostForNoRows)
+{
+    System es;
+    es.add("F", fresh);
+    es.declare("y");
+    wrap_table(es, 0, 1, {1, 2, 3, 4});
+    double* const hosts = es.table(18)->dvals;
+    EXPECT_EQ(EqMakeTable(es, 18, 4, -1), -1);
+    EXPECT_EQ(es.table(18)->count, 4);
+    EXPECT_EQ(es.table(18)->dim, -1);
+    EXPECT_EQ(es.table(18)->dvals, nullptr);
+    es.parse("y = F + F"); // one column now
+    EqSetTableIndex(es, 0.0);
+    EXPECT_EQ(EqTableRead(es, 18), -1000.0);
+    std::free(hosts);
+}
+
+TEST(EqMakeTable, RefusedForNoMoreRowsItKeepsMemoryOfTheHost)
+{
+    System es;
+    es.add("F", fresh);
+    es.declare("y");
+    wrap_table(es, 2, 0, {1, 2});
+    EXPECT_EQ(EqMakeTable(es, 18, 2, 1), -1);
+    es.parse("y = F");
+    EqSetTableIndex(es, 1.0);
+    EXPECT_EQ(EqTableRead(es, 18), 2.0);
+}
+
 TEST(EqTableRead, ColumnsOfZeroOrLessAreReadFreshAndStillWrap)
 {
     Tabulated es(2, 1);
