@@ -176,7 +176,8 @@ Event test_candidates(Watch& watch, const Wavefront& w, double window, Event eve
         begin = std::max<int64_t>(0, end - w.live);
         int32_t count = 0;
         for_lanes(begin, end, [due, soon, begin, list, &count]<class V>(int64_t k) {
-            add_places(static_cast<int32_t>(k - begin), bits(load<V>(due + k) <= all<V>(soon)), list, count);
+            const auto is_later = load<V>(due + k) > all<V>(soon);
+            add_places(static_cast<int32_t>(k - begin), bits(is_later) ^ kAllBits<V>, list, count);
         });
         while (count-- > 0) { // from the last, as the last candidate takes the place of one that is dropped
             const int64_t k = begin + list[count];
