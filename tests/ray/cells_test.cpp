@@ -285,26 +285,46 @@ TEST(ray_classify, MakesNodesOfTheHostItsOwn)
     EXPECT_EQ(heap.live_blocks(), 0);
 }
 
-TEST(ray_classify, ListsAllTrianglesOrMakesNoCellsTheSecondTime)
-{
-    NEEDS_HEAP_FAILURES();
-    const int64_t failed = fail_each_allocation([](int64_t) {
-        double values[9 * 120] = {};
+/// 120 triangles that touch all of 2 x 2 x 2 cells, classified as far as the heap allows.
+struct Crowd {
+    explicit Crowd(double first = 0.0)
+    {
+        values[0] = first;
         for (int i = 0; i < 120; ++i)
             values[9 * i + 3] = values[9 * i + 7] = 1;
-        Data triangles = wrapped<Data>(values, 120, 9);
-        RayStatus s;
         ray_initialize(&s);
         s.nx = s.ny = s.nz = 2;
         ray_set_triangles(&triangles, &s);
         ray_classify(&s);
-        if (s.cells != nullptr)
-            DataListDispose(&s.cells[6]);
-        ray_classify(&s);
-        for (int c = 0; s.cells != nullptr && c < 8; ++c)
-            EXPECT_THAT(node_counts(s.cells[c]), ElementsAre(100, 20));
+    }
+    ~Crowd()
+    {
         ray_declassify(&s);
         DataDispose(&s.bbox);
+    }
+    Crowd(const Crowd&) = delete;
+    Crowd& operator=(const Crowd&) = delete;
+
+    void expect_all_listed_or_no_cells() const
+    {
+        for (int c = 0; s.cells != nullptr && c < 8; ++c)
+            EXPECT_THAT(node_counts(s.cells[c]), ElementsAre(100, 20));
+    }
+
+    double values[9 * 120] = {};
+    Data triangles = wrapped<Data>(values, 120, 9);
+    RayStatus s;
+};
+
+TEST(ray_classify, ListsAllTrianglesOrMakesNoCellsTheSecondTime)
+{
+    NEEDS_HEAP_FAILURES();
+    const int64_t failed = fail_each_allocation([](int64_t) {
+        Crowd crowd;
+        if (crowd.s.cells != nullptr)
+            DataListDispose(&crowd.s.cells[6]);
+        ray_classify(&crowd.s);
+        crowd.expect_all_listed_or_no_cells();
     });
     EXPECT_GE(failed, 2 + 9 + 8 * 4 + 2 + 1 + 4 + 14); // again: planes and ends, a box, its nodes, room of the others
 }
@@ -349,23 +369,12 @@ TEST(ray_classify, ListsAllTrianglesOrMakesNoCellsWhenAnAllocationFails)
     const double nan = std::numeric_limits<double>::quiet_NaN();
     for (const double first : {0.0, nan}) { // with planes in order, and cell by cell
         const int64_t failed = fail_each_allocation([first](int64_t) {
-            double values[9 * 120] = {first};
-            for (int i = 0; i < 120; ++i)
-                values[9 * i + 3] = values[9 * i + 7] = 1;
-            Data triangles = wrapped<Data>(values, 120, 9);
-            RayStatus s;
-            ray_initialize(&s);
-            s.nx = s.ny = s.nz = 2;
-            ray_set_triangles(&triangles, &s);
-            ray_classify(&s);
-            for (int c = 0; s.cells != nullptr && c < 8; ++c)
-                EXPECT_THAT(node_counts(s.cells[c]), ElementsAre(100, 20));
+            Crowd crowd(first);
+            crowd.expect_all_listed_or_no_cells();
             double o[3] = {0.25, 0.25, -1}, d[3] = {0, 0, 1}, distance = 1;
-            const int hits = ray_intersect(o, d, &s, &distance);
+            const int hits = ray_intersect(o, d, &crowd.s, &distance);
             EXPECT_TRUE(hits == 0 || (hits == 120 && first == 0.0)) << hits;
             EXPECT_EQ(distance, 1);
-            ray_declassify(&s);
-            DataDispose(&s.bbox);
         });
         EXPECT_GE(failed, 2 + 9 + 8 * 4); // box, marks, cells with their boxes, two nodes each
     }
