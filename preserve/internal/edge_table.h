@@ -6,21 +6,37 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include "platform/internal/large_pages.h"
 
 namespace korvale::inside {
 
 /// Where an edge belongs in a table: its lower bits. Edges in the same direction of a regular mesh lie close to one
-/// another, in steps that leave room for the other directions. The direction is scattered, lest steps of both add up.
+/// another, seven slots from point to point, which leaves room for the other directions; those are far apart. The
+/// number is 7 from + scatter (to - from).
 inline uint32_t edge_hash(int32_t from, int32_t to)
 {
-    const uint32_t across = 0x9e3779b1u * (static_cast<uint32_t>(to) - static_cast<uint32_t>(from));
-    return 7 * static_cast<uint32_t>(from) + (across ^ across >> 15);
+    constexpr uint32_t kScatter = 0x5bd1e995;
+    return (7 - kScatter) * static_cast<uint32_t>(from) + kScatter * static_cast<uint32_t>(to);
+}
+
+/// Where an edge belongs as if by chance: the lower bits hang on all bits of both points. It stays out of the loops that
+/// note edges, which need the registers.
+[[gnu::noinline]] inline uint32_t scattered_hash(int32_t from, int32_t to)
+{
+    uint64_t edge = uint64_t{static_cast<uint32_t>(from)} << 32 | static_cast<uint32_t>(to);
+    for (int round = 0; round < 2; ++round) {
+        edge *= 0x9e3779b97f4a7c15;
+        edge ^= edge >> 32;
+    }
+    return static_cast<uint32_t>(edge);
 }
 
 /// Tells edges found before from new ones, which it lists: a hash table with open addressing of the places in the list.
-/// It grows with what it finds and never is more than three quarters full.
+/// It grows with what it finds and never is more than three quarters full. Edges lie by `edge_hash` until that has led
+/// past four slots for each edge that the list has room for, as it does where point numbers go in steps of a large
+/// power of two; from then on they are scattered.
 class EdgeTable {
 public:
     /// Lists up to `most` edges in `ends`, two points each.
@@ -32,6 +48,8 @@ public:
     /// False once the heap was exhausted.
     bool exists() const { return memory_ != nullptr; }
     int32_t found() const { return found_; }
+    /// Slots of other edges that were passed so far.
+    int64_t passed() const { return passed_; }
 
     /// Lists the edge between a and b, the smaller first, unless it is listed. False where it finds no room, or the
     /// heap is exhausted.
@@ -40,9 +58,12 @@ public:
         const int32_t from = b < a ? b : a, to = b < a ? a : b;
         const uint64_t edge = packed(from, to);
         uint32_t slot = first_slot(from, to);
-        for (int32_t place; (place = slots_[slot]) != kEmpty; slot = (slot + 1) & mask_)
+        for (int32_t place; (place = slots_[slot]) != kEmpty; slot = (slot + 1) & mask_) {
             if (edge_at(place) == edge)
                 return true;
+            if (++passed_ > most_passed_)
+                return scatter() && note(a, b);
+        }
         if (found_ == limit_)
             return grow() && note(a, b);
         slots_[slot] = found_;
@@ -70,7 +91,10 @@ private:
         return arrays < 2 * kKeptAnyway ? used : std::max(used, std::min(arrays + kKeptAnyway, kMostKept));
     }
 
-    uint32_t first_slot(int32_t a, int32_t b) const { return edge_hash(a, b) & mask_; }
+    uint32_t first_slot(int32_t from, int32_t to) const
+    {
+        return (is_scattered_ ? scattered_hash(from, to) : edge_hash(from, to)) & mask_;
+    }
 
     /// Two points as one number, as they stand in the list.
     static uint64_t packed(int32_t from, int32_t to)
@@ -101,17 +125,26 @@ private:
     }
 
     /// Makes the table twice as large, unless the list is full.
-    [[gnu::noinline]] bool grow()
+    [[gnu::noinline]] bool grow() { return found_ != most_ && place_all(2 * (mask_ + 1)); }
+
+    /// Scatters the edges, for good.
+    [[gnu::noinline]] bool scatter()
     {
-        if (found_ == most_)
-            return false;
-        renew(2 * (mask_ + 1));
+        is_scattered_ = true;
+        most_passed_ = std::numeric_limits<int64_t>::max();
+        return place_all(mask_ + 1);
+    }
+
+    /// Starts over with `count` slots for the edges found so far.
+    bool place_all(uint32_t count)
+    {
+        renew(count);
         if (!exists())
             return false;
         for (int32_t place = 0; place < found_; ++place) {
             uint32_t slot = first_slot(ends_[2 * int64_t{place}], ends_[2 * int64_t{place} + 1]);
-            while (slots_[slot] != kEmpty)
-                slot = (slot + 1) & mask_;
+            for (; slots_[slot] != kEmpty; slot = (slot + 1) & mask_)
+                ++passed_;
             slots_[slot] = place;
         }
         return true;
@@ -119,6 +152,8 @@ private:
 
     int32_t* ends_;
     int32_t most_, found_ = 0, limit_ = 0; // limit_: as many as the table, or the list, has room for
+    int64_t passed_ = 0, most_passed_ = 4 * int64_t{most_};
+    bool is_scattered_ = false;
     uint32_t mask_ = 0;
     void* memory_ = nullptr;
     int32_t* slots_ = nullptr; // in memory_

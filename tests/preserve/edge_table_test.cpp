@@ -100,6 +100,45 @@ TEST(EdgeTable, ATableOfNoEdgesRefusesTheFirst)
     EXPECT_FALSE(table.note(3, 4));
 }
 
+/// Slots of other edges that a table passes to note all edges twice, for each note.
+double slots_passed(const std::vector<std::pair<int, int>>& edges)
+{
+    const int notes = static_cast<int>(2 * edges.size());
+    std::vector<int32_t> ends(static_cast<size_t>(2 * notes));
+    EdgeTable table(ends.data(), notes);
+    for (int turn = 0; turn < 2; ++turn)
+        for (const auto& [a, b] : edges)
+            EXPECT_TRUE(table.note(a, b));
+    EXPECT_EQ(table.found(), static_cast<int>(edges.size()));
+    return static_cast<double>(table.passed()) / notes;
+}
+
+TEST(EdgeTable, PassesFewSlotsWhereOnlyEverySoManiethNumberIsUsed)
+{
+    for (int apart = 1; apart <= 1 << 18; apart *= 2)
+        for (const int columns : {5, 20, 80})
+            EXPECT_LT(slots_passed(lattice_edges(90, columns, 0, apart)), 6.0) << columns << " columns, " << apart;
+}
+
+TEST(EdgeTable, PassesFewSlotsWhereColumnsLieFarApart)
+{
+    for (int apart = 1 << 10; apart <= 1 << 24; apart *= 2)
+        for (const int rows : {50, 1000}) {
+            std::vector<std::pair<int, int>> edges;
+            for (int j = 0; j < 60; ++j)
+                for (int i = 0; i < rows; ++i)
+                    for (const int to : {1, apart, apart + 1})
+                        edges.emplace_back(i + apart * j, i + apart * j + to);
+            EXPECT_LT(slots_passed(edges), 6.0) << rows << " rows, " << apart;
+        }
+}
+
+TEST(EdgeTable, ALatticeIsNotScattered)
+{
+    for (int columns = 7; columns < 250; columns += columns / 5 + 1)
+        EXPECT_LT(slots_passed(lattice_edges(2 * columns + 1, columns, 0, 1)), 3.0) << columns;
+}
+
 TEST(EdgeTable, AgreesWithAnOrderedMapWhateverTheEdges)
 {
     Random random(4610);
