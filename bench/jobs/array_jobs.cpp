@@ -250,6 +250,7 @@ std::vector<Job> array_jobs()
         {"array.mix", sizes, on_arrays<mix>, 1.05, 10000},
         {"array.mix_four", sizes, on_arrays<mix_four>, 1.05, 10000},
         {"array.bounds", sizes, on_arrays<bounds>, 1.05, 10000},
+        {"array.bounds_of_few", {}, on_arrays<bounds>, 1.05, 8}, // whole groups of lanes and nothing more
         {"array.copy", sizes, on_arrays<copy>},
         {"array.reverse", sizes, on_arrays<reverse>, 1.05, 10000},
         {"array.transform", sizes, on_arrays<transform>, 1.05, 10000},

@@ -193,6 +193,31 @@ TYPED_TEST(Mix, WorksOnOverlappingMemoryAsTheStepsDo)
     }
 }
 
+TYPED_TEST(Mix, WorksAsTheStepsDoWhicheverInputOverlaps)
+{
+    for (int overlapping = 0; overlapping < 4; ++overlapping)
+        for (int shift = -5; shift <= 5; ++shift) {
+            double apart[40], values[60], expected[60];
+            for (int i = 0; i < 60; ++i)
+                values[i] = expected[i] = i * i;
+            for (int i = 0; i < 40; ++i)
+                apart[i] = 3 * i - 50;
+            TypeParam inputs[4], output = wrapped<TypeParam>(values + 10 + shift, 40, 1);
+            const double* plain[4];
+            for (int k = 0; k < 4; ++k) {
+                inputs[k] = wrapped<TypeParam>(k == overlapping ? values + 10 : apart, 40, 1);
+                plain[k] = k == overlapping ? expected + 10 : apart;
+            }
+            const double w[] = {0.5, 0.25, -1, 2};
+            reference::mix_four(plain[0], plain[1], plain[2], plain[3], w, 40, expected + 10 + shift);
+            EXPECT_EQ(mix4(&inputs[0], &inputs[1], &inputs[2], &inputs[3], w[0], w[1], w[2], w[3], &output), 1);
+            EXPECT_TRUE(same_bits(expected, values, 60)) << overlapping << " by " << shift;
+            reference::mix(plain[0], plain[1], 0.5, 0.25, 40, expected + 10 + shift);
+            EXPECT_EQ(mix(&inputs[0], &inputs[1], 0.5, 0.25, &output), 1);
+            EXPECT_TRUE(same_bits(expected, values, 60)) << overlapping << " by " << shift;
+        }
+}
+
 TEST(DATAMix, RefusesPointerKindsAfterReshaping)
 {
     for (const int32_t type : {DATA_TYPE_POINTER, DATA_TYPE_DATA}) {

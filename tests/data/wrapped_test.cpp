@@ -145,6 +145,22 @@ TEST(WrappedDATA, ReAllocateFreesTheMemoryAndKeepsNothing)
     EXPECT_EQ(heap.live_blocks(), 0);
 }
 
+TEST(WrappedDATA, ReAllocateToNoElementsFreesTheMemoryWhicheverCapacityIsUnset)
+{
+    const HeapWatch heap;
+    const int32_t unset[][2] = {{-1, -1}, {-1, 0}, {0, -1}, {-1, 3}, {3, -1}};
+    for (const auto& capacity : unset) {
+        DATAstruct d = around_malloc({1, 2, 3}, 0, 3);
+        d.alloc_count = capacity[0];
+        d.alloc_dim = capacity[1];
+        EXPECT_EQ(DATAReAllocate(&d), 1);
+        EXPECT_EQ(d.dvals, nullptr) << capacity[0] << " " << capacity[1];
+        EXPECT_EQ(d.alloc_count, 0);
+        EXPECT_EQ(d.alloc_dim, 3);
+    }
+    EXPECT_EQ(heap.live_blocks(), 0);
+}
+
 TEST(WrappedDATA, DisposeFreesTheMemory)
 {
     const HeapWatch heap;
