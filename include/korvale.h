@@ -4,9 +4,9 @@
 /// sweep, shape preservation, ray casting, triangle sampling and vertex exchange with a host.
 
 /// The version as text.
-#define KORVALE_VERSION "1.0.0"
+#define KORVALE_VERSION "1.1.0"
 #define KORVALE_VERSION_MAJOR 1 ///< raised when programs have to be changed or compiled again
-#define KORVALE_VERSION_MINOR 0 ///< raised when functions are added
+#define KORVALE_VERSION_MINOR 1 ///< raised when functions are added
 #define KORVALE_VERSION_PATCH 0 ///< raised when something is mended
 
 #include "../border/band.h"

@@ -21,10 +21,10 @@ TRIED_ELSEWHERE = {"MwApplicationBugCheck", "_Initializerkorvale"}
 
 
 def exported():
-    """The exported names as they are written down, with their parameters."""
+    """The names that korvale.h and the layer export as they are written down, with their parameters."""
     names = []
     for file in ("exports.txt", "exports-platform.txt"):
-        names += (PACKAGING / file).read_text().split("\n")
+        names += (PACKAGING / file).read_text().split("\n#")[0].split("\n")
     listed = subprocess.run(["c++filt"], input="\n".join(names), text=True, capture_output=True, check=True).stdout
     return [name for name in listed.split("\n") if name and name != "KORVALE_1.0"]
 

@@ -15,7 +15,8 @@ differ() {
     echo "packaging/debian/libkorvale1.symbols (>) has other names, or $1 (<) is not sorted by bytes"
     wrong=1
 }
-diff packaging/exports.txt <(listed 'KORVALE_[0-9.]+') || differ packaging/exports.txt
+diff <(grep -vE '^(#|$)' packaging/exports.txt | sort) <(listed 'KORVALE_[0-9.]+') || differ packaging/exports.txt
+awk '/^(#|$)/ { last = ""; next } $0 < last { exit 1 } { last = $0 }' packaging/exports.txt || differ packaging/exports.txt
 diff packaging/exports-platform.txt <(listed Base) || differ packaging/exports-platform.txt
 
 [[ $(head -1 packaging/debian/changelog) == "korvale ($version) "* ]] ||

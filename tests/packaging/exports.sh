@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # usage: exports.sh LIBRARY LIST [SYMBOLS]
 # Fails unless the library exports exactly the names of the list, each with the symbol version that the symbols file of
-# the Debian package gives it, or all without any, and shows what differs.
+# the Debian package gives it, or all without any, and shows what differs. Lines with # are headings of the list.
 set -euo pipefail
 export LC_ALL=C
 library=$1 list=$2 symbols=${3:-/dev/null}
@@ -12,7 +12,7 @@ versions=$(sed -nE 's/^ (\(c\+\+\)")?([^"]*)@(KORVALE_[0-9.]+)"? .*/\2@@\3/p' "$
 wanted=$(awk '
     { name = $0; sub(/@@.*/, "", name) }
     versions { full[name] = $0; next }
-    { print name in full ? full[name] : name }' versions=1 <(echo "$versions") versions=0 "$list" | sort)
+    { print name in full ? full[name] : name }' versions=1 <(echo "$versions") versions=0 <(grep -vE '^(#|$)' "$list") | sort)
 missing=$(comm -13 - <(echo "$wanted") <<<"$exported")
 unlisted=$(comm -23 - <(echo "$wanted") <<<"$exported")
 

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "../korvale.h"
+#include "../korvale_c.h"
 
 namespace korvale {
 
@@ -319,6 +320,32 @@ private:
 };
 
 namespace detail {
+
+/// Throws what a call of the C interface tells, in the name of a function of this one.
+inline void check(const char* function, korvale_status status, const korvale_error& error)
+{
+    if (status == KORVALE_OK)
+        return;
+    if (status == KORVALE_NO_MEMORY)
+        throw std::bad_alloc();
+    throw Error(function, error.argument, error.wanted, error.given);
+}
+
+/// A view as the C interface takes it.
+///@{
+inline korvale_points view_of(PointView points)
+{
+    return {points.data(), static_cast<std::int64_t>(points.size()), 0, 3, KORVALE_DOUBLE};
+}
+inline korvale_points_out view_of_output(PointSpan points)
+{
+    return {points.data(), static_cast<std::int64_t>(points.size()), 0, 3, KORVALE_DOUBLE};
+}
+inline korvale_indices view_of(std::span<const std::int32_t> indices)
+{
+    return {indices.data(), static_cast<std::int64_t>(indices.size()), 0, KORVALE_INT32};
+}
+///@}
 
 /// "(1, 2, nan)".
 inline std::string text_of_point(const Point& p)

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
+
+// Memory of the door: from the C heap, like the library's, and std::bad_alloc where there is none.
+namespace korvale::door {
+
+template <class T>
+struct HeapAllocator {
+    using value_type = T;
+
+    HeapAllocator() = default;
+    template <class Other>
+    HeapAllocator(const HeapAllocator<Other>&) // NOLINT: containers convert it
+    {
+    }
+
+    T* allocate(size_t n)
+    {
+        void* const block = n <= SIZE_MAX / 2 / sizeof(T) ? std::malloc(n * sizeof(T)) : nullptr;
+        if (block == nullptr)
+            throw std::bad_alloc();
+        return static_cast<T*>(block);
+    }
+    void deallocate(T* block, size_t) { std::free(block); }
+
+    friend bool operator==(const HeapAllocator&, const HeapAllocator&) { return true; }
+};
+
+template <class T>
+using Vector = std::vector<T, HeapAllocator<T>>;
+
+/// A handle for the host: `new` and `delete` on the C heap.
+///@{
+template <class T, class... Arguments>
+T* make_handle(Arguments&&... arguments)
+{
+    void* const block = HeapAllocator<T>().allocate(1);
+    try {
+        return new (block) T(std::forward<Arguments>(arguments)...);
+    } catch (...) {
+        std::free(block);
+        throw;
+    }
+}
+
+template <class T>
+void free_handle(T* handle)
+{
+    if (handle == nullptr)
+        return;
+    handle->~T();
+    std::free(handle);
+}
+///@}
+
+} // namespace korvale::door

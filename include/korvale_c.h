@@ -1,0 +1,156 @@
+#ifndef KORVALE_C_H
+#define KORVALE_C_H
+
+/// korvale for C, and for every language that can call C: the one door on which `korvale.hpp` and the Python package
+/// stand as well. C99; nothing here needs C++.
+///
+/// - Every function that can fail returns a `korvale_status` and, where its last argument is not null, tells the whole
+///   story there: which function, which argument, what it must be, what it was given. A call that fails writes nothing
+///   else and keeps nothing. There is no global state of errors, nothing is printed, and an exhausted heap is a failure
+///   like any other.
+/// - Inputs are read where the host keeps them: `korvale_points`, `korvale_numbers` and `korvale_indices` say where the
+///   first element is, how many there are, how far they are apart and of what kind they are. A zero-filled rest means
+///   packed doubles x y z, packed doubles, packed 32-bit numbers.
+/// - Results go into memory of the caller, or stay in a handle, which is released by the function ending in `_free`;
+///   that takes null as well. What a handle shows belongs to it, until it is changed or released.
+/// - Options are structs that may grow. Call the function ending in `_defaults` with the size you compiled with, change
+///   what you like, hand them over; null means the defaults.
+/// - Distinct handles may be used from several threads at a time, one handle by one thread.
+///
+/// ```c
+/// const double square[] = {0, 0, 4, 0, 4, 4, 0, 4};
+/// const korvale_points outline = {.data = square, .count = 4, .dim = 2};
+/// double border[12];
+/// korvale_border result = {.points = border};
+/// korvale_error error;
+/// if (korvale_offset(&outline, 0.5, NULL, &result, &error) != KORVALE_OK)
+///     fprintf(stderr, "%s\n", error.text);
+/// ```
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define KORVALE_C_API __attribute__((visibility("default")))
+#else
+#define KORVALE_C_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// --- Version ---------------------------------------------------------------------------------------------------------
+
+/// The version of the library that runs, such as "1.1.0".
+KORVALE_C_API const char* korvale_version(void);
+
+/// The same as a number that grows with the version: 10000 * major + 100 * minor + patch.
+KORVALE_C_API int32_t korvale_version_number(void);
+
+// --- Failures --------------------------------------------------------------------------------------------------------
+
+/// What came of a call.
+typedef enum korvale_status {
+    KORVALE_OK = 0,           ///< all is done
+    KORVALE_BAD_ARGUMENT = 1, ///< an argument cannot be used
+    KORVALE_BAD_EQUATION = 2, ///< the text of an equation cannot be read
+    KORVALE_NO_MEMORY = 3,    ///< the heap is exhausted
+    KORVALE_STOPPED = 4       ///< a function of the host asked to stop
+} korvale_status;
+
+/// What went wrong, filled by the call that was given it. After KORVALE_OK only `status` has been written. Texts end
+/// with a zero; one that is too long for its place ends in "...".
+typedef struct korvale_error {
+    int32_t status;    ///< the status that the call returned
+    int32_t place;     ///< of KORVALE_BAD_EQUATION: the character where the trouble starts, from 0; else -1
+    char function[48]; ///< the function that refuses, as "korvale_offset"
+    char argument[64]; ///< the argument that it refuses, as "outline" or "options.height"
+    char wanted[208];  ///< what the argument must do, as "have at least 3 points"
+    char given[640];   ///< what came, as "it has 2"
+    char word[64];     ///< of KORVALE_BAD_EQUATION: the word or sign at `place`, empty at the end of the text
+    char text[1024];   ///< all in one sentence: "korvale_offset: outline must have at least 3 points, but it has 2"
+} korvale_error;
+
+// --- Buffers of the host ---------------------------------------------------------------------------------------------
+
+/// Kinds of numbers in a host's buffers.
+enum {
+    KORVALE_DOUBLE = 0, ///< 64-bit
+    KORVALE_FLOAT = 1   ///< 32-bit; read as doubles, which changes no value; results are rounded to the nearest
+};
+
+/// Kinds of indices in a host's buffers.
+enum {
+    KORVALE_INT32 = 0,  ///< signed, 32-bit
+    KORVALE_UINT32 = 1, ///< unsigned, 32-bit
+    KORVALE_INT16 = 2,  ///< signed, 16-bit
+    KORVALE_UINT16 = 3, ///< unsigned, 16-bit
+    KORVALE_INT64 = 4   ///< signed, 64-bit
+};
+
+/// Points to read. Packed doubles x y z are read in place, all else is read once into a copy.
+typedef struct korvale_points {
+    const void* data; ///< the first coordinate of the first point; may be null where there are no points
+    int64_t count;    ///< how many points there are
+    int64_t stride;   ///< bytes from one point to the next; 0: packed
+    int32_t dim;      ///< coordinates of a point: 2 (z is 0) or 3; 0 is 3
+    int32_t kind;     ///< KORVALE_DOUBLE or KORVALE_FLOAT
+} korvale_points;
+
+/// Points to write, or to change in place. Of points with two coordinates z is read as 0 and not written.
+typedef struct korvale_points_out {
+    void* data;     ///< the first coordinate of the first point
+    int64_t count;  ///< how many points there are
+    int64_t stride; ///< bytes from one point to the next; 0: packed
+    int32_t dim;    ///< coordinates of a point: 2 or 3; 0 is 3
+    int32_t kind;   ///< KORVALE_DOUBLE or KORVALE_FLOAT
+} korvale_points_out;
+
+/// Numbers to read, rows of `width`.
+typedef struct korvale_numbers {
+    const void* data; ///< the first number; may be null where there are no rows
+    int64_t count;    ///< how many rows there are
+    int64_t stride;   ///< bytes from one row to the next; 0: packed
+    int32_t width;    ///< numbers of a row, side by side; 0 is 1
+    int32_t kind;     ///< KORVALE_DOUBLE or KORVALE_FLOAT
+} korvale_numbers;
+
+/// Numbers to write, or to change in place.
+typedef struct korvale_numbers_out {
+    void* data;     ///< the first number
+    int64_t count;  ///< how many rows there are
+    int64_t stride; ///< bytes from one row to the next; 0: packed
+    int32_t width;  ///< numbers of a row, side by side; 0 is 1
+    int32_t kind;   ///< KORVALE_DOUBLE or KORVALE_FLOAT
+} korvale_numbers_out;
+
+/// Indices to read, from 0. Packed KORVALE_INT32 are read in place where nothing has to be kept.
+typedef struct korvale_indices {
+    const void* data; ///< the first index; may be null where there are none
+    int64_t count;    ///< how many indices there are
+    int64_t stride;   ///< bytes from one index to the next; 0: packed
+    int32_t kind;     ///< KORVALE_INT32 and so on
+} korvale_indices;
+
+/// Triangles: three corners each, numbers of `points`; without `corners.data` three points after one another each.
+typedef struct korvale_triangles {
+    korvale_points points;   ///< shared by the triangles
+    korvale_indices corners; ///< [3 per triangle] numbers of points
+} korvale_triangles;
+
+/// Faces of any number of corners on shared points.
+typedef struct korvale_faces {
+    korvale_points points;   ///< shared by the faces
+    korvale_indices sizes;   ///< the number of corners of each face; without `data` all are triangles
+    korvale_indices corners; ///< numbers of points, face after face
+} korvale_faces;
+
+/// Called now and then by long work with what is done of it, from 0 to 1. Returns 0 to stop, anything else to go on.
+typedef int32_t (*korvale_progress)(double done, void* user);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
