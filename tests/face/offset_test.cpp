@@ -1,11 +1,14 @@
 #include "direct.h"
 
+#include "tests/support/heap.h"
+
 namespace korvale::test {
 namespace {
 
 const Outline kSquare = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
 const std::vector<Outline> kPlate = {{{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}},
                                      {{3, 3, 0}, {7, 3, 0}, {7, 7, 0}, {3, 7, 0}}};
+const Outline kNotched = {{0, 0, 0}, {16, 0, 0}, {16, 7.5, 0}, {8, 1.5, 0}, {0, 7.5, 0}};
 
 void expect_near(std::span<const Point> points, const Outline& expected)
 {
@@ -130,6 +133,76 @@ TEST(FaceOffsetter, ReusesItsArrays)
     EXPECT_EQ(taken.points.data()->data(), first);
     EXPECT_EQ(offsetter(kSquare, 2).points()[2], (Point{6, 6, 0}));
     EXPECT_EQ(taken.points[2], (Point{5, 5, 0}));
+}
+
+void expect_nothing(Offsetter& offsetter)
+{
+    EXPECT_TRUE(offsetter.points().empty());
+    EXPECT_TRUE(offsetter.removed().empty());
+    EXPECT_TRUE(offsetter.merged_into().empty());
+    EXPECT_TRUE(offsetter.collapsed());
+    const Offset taken = offsetter.take();
+    EXPECT_TRUE(taken.points.empty());
+    EXPECT_TRUE(taken.removed.empty());
+    EXPECT_TRUE(taken.merged_into.empty());
+    EXPECT_TRUE(taken.collapsed);
+}
+
+TEST(FaceOffsetter, ShowsNothingBeforeItsFirstOutlineAndOnceItsResultIsTaken)
+{
+    Offsetter offsetter;
+    expect_nothing(offsetter);
+    EXPECT_FALSE(offsetter(kSquare, 1).collapsed());
+    EXPECT_EQ(offsetter.take().points.size(), 4u);
+    expect_nothing(offsetter);
+    expect_nothing(offsetter);
+    EXPECT_EQ(offsetter(kSquare, 1).points()[2], (Point{5, 5, 0}));
+}
+
+TEST(FaceOffsetter, OfAShapeHandsAllBordersOverAndShowsNothing)
+{
+    Offsetter offsetter;
+    offsetter(kSquare, 1);
+    const std::vector<Offset> borders = offsetter.shape(kPlate, 1, {.height = 2});
+    ASSERT_EQ(borders.size(), 2u);
+    expect_near(borders[0].points, {{-1, -1, 2}, {11, -1, 2}, {11, 11, 2}, {-1, 11, 2}});
+    expect_near(borders[1].points, {{4, 4, 2}, {6, 4, 2}, {6, 6, 2}, {4, 6, 2}});
+    EXPECT_EQ(borders[1].removed.size(), 4u);
+    EXPECT_EQ(borders[1].merged_into[3], 3);
+    expect_nothing(offsetter);
+    EXPECT_EQ(offsetter(kSquare, 1).points().size(), 4u);
+}
+
+TEST(FaceOffsetter, ShowsTheBorderBeforeWhereAnOutlineIsRefused)
+{
+    Offsetter offsetter;
+    offsetter(kSquare, 1);
+    EXPECT_THROW(offsetter({{0, 0, 0}}, 1), Error);
+    EXPECT_EQ(offsetter.points()[2], (Point{5, 5, 0}));
+}
+
+TEST(FaceOffsetter, ShowsNothingAfterTheHeapWasExhausted)
+{
+    NEEDS_HEAP_FAILURES();
+    int64_t failed = 0;
+    for (bool happened = true; happened; ++failed) {
+        Offsetter offsetter;
+        offsetter(kSquare, 1);
+        bool threw = false;
+        {
+            const HeapFailure failure(failed + 1, HeapFailure::all_after);
+            try {
+                offsetter(kNotched, 1); // more vertices, so every array grows
+            } catch (const std::bad_alloc&) {
+                threw = true;
+            }
+            happened = failure.happened();
+        }
+        EXPECT_EQ(threw, happened);
+        if (threw)
+            expect_nothing(offsetter);
+    }
+    EXPECT_EQ(failed, 1 + 8 + 1); // work arrays, output
 }
 
 TEST(FaceOffset, SaysWhatItRefuses)

@@ -79,6 +79,13 @@ public:
 
     bool is_removed(std::size_t vertex) const { return status_.dead->bvals[vertex] != 0; }
 
+    /// Points of the border, vertices of its outline: none before the first sweep, after one that failed and once the
+    /// result has been handed over.
+    ///@{
+    std::size_t points() const { return held(*status_.output); }
+    std::size_t vertices() const { return held(*status_.dead); }
+    ///@}
+
     /// Whether no area is left of the outline.
     bool has_collapsed() const
     {
@@ -86,7 +93,7 @@ public:
         const DATAstruct &output = *status_.output, &dead = *status_.dead;
         const bool kept = output.count == dead.count;
         std::vector<Point> live;
-        live.reserve(static_cast<std::size_t>(output.count));
+        live.reserve(points());
         for (std::ptrdiff_t i = 0, at = 0; i < dead.count; ++i) {
             if (dead.bvals[i] != 0)
                 continue;
@@ -110,10 +117,10 @@ public:
     {
         Offset result;
         result.collapsed = has_collapsed();
-        const auto vertices = static_cast<std::size_t>(status_.dead->count);
+        const std::size_t n = vertices();
         result.points = take_points(*status_.output);
-        result.removed = {std::exchange(status_.dead->bvals, nullptr), vertices};
-        result.merged_into = {std::exchange(status_.merge->ivals, nullptr), vertices};
+        result.removed = {std::exchange(status_.dead->bvals, nullptr), n};
+        result.merged_into = {std::exchange(status_.merge->ivals, nullptr), n};
         DATADispose(status_.dead);
         DATADispose(status_.merge);
         return result;
@@ -132,13 +139,21 @@ private:
     void finish(int result)
     {
         DATAInitialize(status_.path); // the points were the caller's
-        if (result != 1)
-            throw std::bad_alloc();
+        if (result == 1)
+            return;
+        for (DATAstruct* const array : {status_.output, status_.dead, status_.merge})
+            DATADispose(array);
+        throw std::bad_alloc();
+    }
+
+    static std::size_t held(const DATAstruct& array)
+    {
+        return array.count < 0 ? 0 : static_cast<std::size_t>(array.count);
     }
 
     static Points take_points(DATAstruct& array)
     {
-        const auto count = static_cast<std::size_t>(array.count);
+        const std::size_t count = held(array);
         Points points(std::exchange(array.dvals, nullptr), count);
         DATADispose(&array);
         return points;
@@ -170,7 +185,8 @@ inline void check_options(double distance, const OffsetOptions& options)
 /// ```
 class Offsetter {
 public:
-    /// Offsets one outline; see `offset`. What the accessors show is valid until the next call.
+    /// Offsets one outline; see `offset`. What the accessors show is valid until the next call. They show no points and
+    /// no vertices before the first one, after `take` and `shape`, and when the heap was exhausted.
     Offsetter& operator()(PointView outline, double distance, const OffsetOptions& options = {})
     {
         detail::check_outline("outline", outline);
@@ -183,29 +199,22 @@ public:
     /// The border of the latest outline.
     std::span<const Point> points() const
     {
-        const DATAstruct& output = *status().output;
-        return {reinterpret_cast<const Point*>(output.dvals), static_cast<std::size_t>(output.count)};
+        return {reinterpret_cast<const Point*>(status().output->dvals), sweep_.points()};
     }
 
     /// [n] 1 for each vertex of the latest outline that was removed.
-    std::span<const std::uint8_t> removed() const
-    {
-        return {status().dead->bvals, static_cast<std::size_t>(status().dead->count)};
-    }
+    std::span<const std::uint8_t> removed() const { return {status().dead->bvals, sweep_.vertices()}; }
 
     /// [n] the vertex that each one merged into, itself while it stayed.
-    std::span<const std::int32_t> merged_into() const
-    {
-        return {status().merge->ivals, static_cast<std::size_t>(status().merge->count)};
-    }
+    std::span<const std::int32_t> merged_into() const { return {status().merge->ivals, sweep_.vertices()}; }
 
-    /// Whether nothing is left of the latest outline.
+    /// Whether nothing is left of the latest outline, as in `Offset`; true where the accessors show none.
     bool collapsed() const { return sweep_.has_collapsed(); }
 
-    /// Hands the latest result over.
+    /// Hands the latest result over; an empty one, `collapsed`, where the accessors show none.
     Offset take() { return sweep_.take(); }
 
-    /// Offsets an outer outline and its holes; see `offset`. The accessors show the last of them.
+    /// Offsets an outer outline and its holes; see `offset`. The results are handed over, so the accessors show none.
     std::vector<Offset> shape(const ShapeView& outlines, double distance, const OffsetOptions& options = {})
     {
         detail::check_options(distance, options);
