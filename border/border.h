@@ -53,8 +53,10 @@ KORVALE_API int Border(BorderStatus* status);
 /// own. Afterwards the work arrays show how every input vertex ended; `flat` holds the points of the border in the
 /// plane z = 0 and has their count.
 ///
-/// An outline of which nothing is left is no failure: its points then lie upon each other, and fewer than three entries
-/// of `dead` are 0. At exactly the distance at which its last edges vanish two places may be left.
+/// An outline of which nothing is left is no failure. With `split_events` its points then lie upon each other, and
+/// fewer than three entries of `dead` are 0; at exactly the distance at which its last edges vanish two places may be
+/// left. Without `split_events` three or more vertices may live on: what has gone through itself runs clockwise in
+/// `flat` and grows, so look at the signed area as well.
 ///
 /// Returns 1, or -1 for a null record, a path that is null, empty, not of doubles or not 3 wide, a distance that is not
 /// finite, a null work array or an exhausted heap; points of the output are not written then.

@@ -48,7 +48,8 @@ def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices:
     distance: outwards where it is positive, in units of the outline. Corners stay sharp.
     height: lift of the border along the normal from which the outline runs counter-clockwise.
     keep_vertices: a point of the border for each vertex; else vertices that were removed are left out.
-    split: also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing.
+    split: also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing, and parts
+        that meet run through each other.
 
     Returns an `Offset` for an outline, `Offsets`, a tuple of them, for one with holes: a positive distance shrinks the
     holes, whichever way round they run. Each outline is moved by itself: nothing tells where a hole that grows meets
@@ -133,8 +134,9 @@ def bevel(outline: Any, profile: Any, *, split: bool = True) -> Mesh:
     profile: (S, 2), at least two steps (distance outwards, height along the normal): a layer for each, strips between
         neighbours, a cap on the first and on the last.
 
-    Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. The triangles
-    face outwards. Vertices at exactly one place are one vertex.
+    Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A layer in
+    which an outline collapses without `split` is made with it. The triangles face outwards. Vertices at exactly one
+    place are one vertex.
 
     >>> korvale.bevel([(0, 0), (4, 0), (4, 4), (0, 4)], [(0, 0), (0, 8), (-1, 9)])  # a wall with a chamfer
     <korvale.Mesh of 12 vertices, 20 triangles>

@@ -105,7 +105,8 @@ void bind_offset(py::module_& m)
                                "int32, one for each vertex of the outline: the vertex it merged into, itself while it "
                                "stayed.")
         .def_readonly("collapsed", &Offset::collapsed,
-                      "True where nothing is left: fewer than three vertices, or all on one line.")
+                      "True where nothing is left: fewer than three vertices, all on one line, or, with split=False, "
+                      "an outline that has turned inside out.")
         .def("__len__", [](const Offset& self) { return self.points.size(); })
         .def("__iter__", [](py::object self) { return py::iter(points_of(self)); })
         .def("__getitem__", [](py::object self, py::object key) { return py::object(points_of(self)[key]); })

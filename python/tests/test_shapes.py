@@ -38,6 +38,19 @@ class OffsetTest(RefusingTest):
         self.assertEqual(korvale.offset(SQUARE, -10).points.shape, (4, 3))
         self.assertLess(len(korvale.offset(SQUARE, -10, keep_vertices=False)), 4)
 
+    def test_tells_that_an_outline_without_splits_has_turned_inside_out(self):
+        # The tip of the notch runs through the foot; what is left is a triangle that grows downwards.
+        notched = [(0, 0), (16, 0), (16, 7.5), (8, 1.5), (0, 7.5)]
+        for outline in (notched, notched[::-1]):
+            border = korvale.offset(outline, -4, keep_vertices=False, split=False)
+            self.assertEqual(sorted(border.xy.round(9).tolist()), [[-2, 4], [8, -3.5], [18, 4]])
+            self.assertTrue(border.collapsed)
+            self.assertFalse(korvale.offset(outline, -1.71, split=False).collapsed)
+            self.assertTrue(korvale.offset(outline, -1.72, split=False).collapsed)
+            self.assertFalse(korvale.offset(outline, 4, split=False).collapsed)
+        profile = [(0, 0), (-4, 3)]
+        self.assertEqual(korvale.bevel(notched, profile, split=False), korvale.bevel(notched, profile))
+
     def test_names_removed_vertices_and_leaves_them_out_when_asked(self):
         kept = korvale.offset(CUT, -1)
         self.assertEqual(len(kept), 5)

@@ -331,6 +331,20 @@ TEST(BORDER_BORDER, AtTheVeryDistanceOfItsRidgeARoofKeepsTheTwoEnds)
     }
 }
 
+TEST(BORDER_BORDER, WithoutSplitsANotchRunsThroughTheFootAndWhatIsLeftGrowsInsideOut)
+{
+    // The tip of the notch meets the foot at 2/3. The sides vanish at 2.5; the foot and the edges of the notch never.
+    const Coordinates notched = {0, 0, 0, 16, 0, 0, 16, 7.5, 0, 8, 1.5, 0, 0, 7.5, 0};
+    Swept s({notched, -4.0, false, false});
+    EXPECT_THAT(s.dead(), ElementsAre(0, 1, 0, 0, 1));
+    const double clockwise[] = {-2, 4, 18, 4, 8, -3.5};
+    for (int i = 0; i < 3; ++i)
+        for (int k = 0; k < 2; ++k)
+            EXPECT_NEAR(s->flat->dvals[3 * i + k], clockwise[2 * i + k], 1e-12);
+    Swept split({notched, -4.0, false, true});
+    EXPECT_EQ(std::ranges::count(split.dead(), 0), 1);
+}
+
 // Vertex 4 touches edge 0 from above, so the outline splits before it moves. On its left stand vertices 5, 6 and 0, on
 // its right 1, 2 and 3; the boxes are those of these vertices, without vertex 4.
 TEST(BORDER_BORDER, ASplitDropsTheVerticesAheadWhereTheirBoxIsSmaller)

@@ -73,6 +73,17 @@ TEST(FaceBevel, ClosesARoofWhoseEdgesShrinkToNothing)
     EXPECT_NEAR(volume_of(hipped), 6 * 4 * 2 / 2.0 - 2 * (4 * 2 * 2 / 6.0), 1e-9);
 }
 
+TEST(FaceBevel, ALayerThatWouldTurnInsideOutIsMadeWithSplits)
+{
+    const std::vector<Outline> notched = {{{0, 0, 0}, {16, 0, 0}, {16, 7.5, 0}, {8, 1.5, 0}, {0, 7.5, 0}}};
+    const BevelStep past[] = {{0, 0}, {-4, 3}}, narrow[] = {{0, 0}, {-0.5, 1}};
+    const Mesh whole = bevel(notched, past), quick = bevel(notched, past, false);
+    EXPECT_EQ(quick.vertices, whole.vertices);
+    EXPECT_EQ(quick.triangles, whole.triangles);
+    EXPECT_TRUE(is_closed(quick));
+    EXPECT_TRUE(is_closed(bevel(notched, narrow, false)));
+}
+
 TEST(FaceBevel, SaysWhatItRefuses)
 {
     const BevelStep one[] = {{0, 0}};

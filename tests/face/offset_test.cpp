@@ -8,6 +8,8 @@ namespace {
 const Outline kSquare = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
 const std::vector<Outline> kPlate = {{{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}},
                                      {{3, 3, 0}, {7, 3, 0}, {7, 7, 0}, {3, 7, 0}}};
+// Moved in by d, the tip of the notch is at 1.5 - 1.25 d and the foot at d: they meet at 2/3. Without splits the area
+// is 72 - 51 d + 5.25 d^2, nothing at 12/7. The sides vanish at 2.5, the other three edges never.
 const Outline kNotched = {{0, 0, 0}, {16, 0, 0}, {16, 7.5, 0}, {8, 1.5, 0}, {0, 7.5, 0}};
 
 void expect_near(std::span<const Point> points, const Outline& expected)
@@ -41,6 +43,46 @@ TEST(FaceOffset, TellsThatNothingIsLeft)
     EXPECT_TRUE(offset(kSquare, -2.5, {.keep_vertices = false}).collapsed);
     EXPECT_TRUE(offset({{0, 0, 0}, {4, 0, 0}, {4, 2, 0}, {0, 2, 0}}, -1).collapsed); // a ridge is left
     EXPECT_TRUE(offset({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}, 1).collapsed);             // a straight line has no inside
+}
+
+TEST(FaceOffset, TellsThatAnOutlineWithoutSplitsHasTurnedInsideOut)
+{
+    const Offset border = offset(kNotched, -4, {.split = false});
+    expect_near(border.points, {{-2, 4, 0}, {18, 4, 0}, {18, 4, 0}, {8, -3.5, 0}, {-2, 4, 0}});
+    EXPECT_TRUE(border.collapsed);
+    EXPECT_TRUE(offset(kNotched, -4, {.height = 3, .keep_vertices = false, .split = false}).collapsed);
+    EXPECT_TRUE(offset(Outline(kNotched.rbegin(), kNotched.rend()), -4, {.split = false}).collapsed);
+    EXPECT_FALSE(offset(kNotched, -0.5, {.split = false}).collapsed);
+    EXPECT_FALSE(offset(kNotched, -1.71, {.split = false}).collapsed); // the lobes at the sides outweigh the rest
+    EXPECT_TRUE(offset(kNotched, -1.72, {.split = false}).collapsed);
+    EXPECT_FALSE(offset(kNotched, 4, {.split = false}).collapsed);
+}
+
+TEST(FaceOffset, NothingIsLeftOfAnOutlineMovedInFurtherThanItIsWide)
+{
+    Random random(1203);
+    for (int round = 0; round < rounds(500); ++round) {
+        Outline outline = random_outline(random, random.between(3, 40), 0, 0, 10);
+        if (random.one_in(2))
+            std::ranges::reverse(outline);
+        random_placement(random).apply(outline);
+        for (const bool split : {false, true}) {
+            const double distance = random.uniform(10, 25);
+            EXPECT_TRUE(offset(outline, -distance, {.split = split}).collapsed) << "round " << round;
+            EXPECT_FALSE(offset(outline, distance, {.split = split}).collapsed) << "round " << round;
+        }
+    }
+}
+
+TEST(FaceOffset, AnOutlineWhosePartsCancelTurnsNoWay)
+{
+    Random random(1204);
+    for (int round = 0; round < rounds(50); ++round) {
+        Outline eight = {{0, 0, 0}, {4, 4, 0}, {4, 0, 0}, {0, 4, 0}};
+        random_placement(random).apply(eight);
+        for (const double distance : {-0.5, 0.5})
+            EXPECT_FALSE(offset(eight, distance, {.split = false}).collapsed) << "round " << round;
+    }
 }
 
 TEST(FaceOffset, LeavesRemovedVerticesOutWhenAsked)

@@ -247,8 +247,9 @@ struct BevelStep {
 /// A closed mesh from an outline with holes and a profile: a layer for each step, strips between neighbours, a cap on
 /// the first and on the last layer. Its triangles face outwards.
 ///
-/// Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. Vertices at
-/// exactly one place are one vertex of the mesh.
+/// Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A layer in
+/// which an outline collapses without `split` is made with it, as it may be inside out. Vertices at exactly one place
+/// are one vertex of the mesh.
 ///
 /// ```
 /// const korvale::BevelStep edge[] = {{0, 0}, {0, 8}, {-1, 9}}; // a wall with a chamfer on top
@@ -264,7 +265,13 @@ inline Mesh bevel(const ShapeView& outlines, std::span<const BevelStep> profile,
     }
     Mesh mesh;
     Offsetter offsetter;
-    std::vector<Offset> layer = offsetter.shape(outlines, profile[0].distance, {profile[0].height, true, split});
+    const auto layer_at = [&](const BevelStep& step) {
+        std::vector<Offset> borders = offsetter.shape(outlines, step.distance, {step.height, true, split});
+        if (!split && std::ranges::any_of(borders, &Offset::collapsed))
+            borders = offsetter.shape(outlines, step.distance, {step.height, true, true});
+        return borders;
+    };
+    std::vector<Offset> layer = layer_at(profile[0]);
     const Transform to_plane = flatten(outlines[0]).to_plane;
     const auto add_cap = [&](std::int32_t first, bool is_bottom) {
         std::vector<detail::Ring> rings;
@@ -279,7 +286,7 @@ inline Mesh bevel(const ShapeView& outlines, std::span<const BevelStep> profile,
     std::int32_t before = 0, here = 0;
     for (std::size_t s = 0; s < profile.size(); ++s) {
         if (s > 0)
-            layer = offsetter.shape(outlines, profile[s].distance, {profile[s].height, true, split});
+            layer = layer_at(profile[s]);
         before = std::exchange(here, static_cast<std::int32_t>(mesh.vertices.size()));
         for (const Offset& border : layer)
             mesh.vertices.insert(mesh.vertices.end(), border.points.begin(), border.points.end());

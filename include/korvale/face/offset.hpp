@@ -8,7 +8,8 @@ namespace korvale {
 struct OffsetOptions {
     double height = 0.0;       ///< lift of the border along the normal from which the outline runs counter-clockwise
     bool keep_vertices = true; ///< a point of the border per vertex of the outline; else removed vertices are left out
-    bool split = true; ///< also stop where parts of the outline meet; else only where an edge vanishes (quicker)
+    bool split = true; ///< also stop where parts of the outline meet; else only where an edge vanishes (quicker), and
+                       ///< parts that meet run through each other
 };
 
 /// One border, and what became of every vertex of its outline.
@@ -16,10 +17,27 @@ struct Offset {
     Points points;                   ///< the border
     Array<std::uint8_t> removed;     ///< [n] 1 for a vertex that was removed on the way
     Array<std::int32_t> merged_into; ///< [n] the vertex that each one merged into, itself while it stayed
-    bool collapsed = false;          ///< nothing is left: fewer than three vertices, or all within 1.2e-06 of one line
+    bool collapsed = false; ///< nothing is left: fewer than three vertices, all within 1.2e-06 of one line, or, where
+                            ///< `split` is off, the outline has turned inside out
 };
 
 namespace detail {
+
+/// Twice the area that an outline goes round, along the normal from which it runs counter-clockwise. Zero where its
+/// parts cancel but for rounding.
+inline Point doubled_area_of(PointView outline)
+{
+    constexpr double kRounding = 1e-12;
+    Point sum = {};
+    double size = 0.0;
+    for (std::size_t i = 1; i + 1 < outline.size(); ++i) {
+        const Point a = minus(outline[i], outline[0]), b = minus(outline[i + 1], outline[0]);
+        const Point part = {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+        sum = plus(sum, 1.0, part);
+        size += std::fabs(part[0]) + std::fabs(part[1]) + std::fabs(part[2]);
+    }
+    return length(sum) > kRounding * size ? sum : Point{};
+}
 
 /// A `BORDERStatus` with its ten arrays, released with the value. They keep their capacity from sweep to sweep.
 class Sweep {
@@ -86,7 +104,8 @@ public:
     std::size_t vertices() const { return held(*status_.dead); }
     ///@}
 
-    /// Whether no area is left of the outline.
+    /// Whether no area is left of the outline. Without splits a part that has shrunk to nothing goes on, inside out,
+    /// and grows again; so there the border is compared with the outline.
     bool has_collapsed() const
     {
         constexpr double kThin = 1.2e-06; // neighbours within this merge
@@ -107,9 +126,11 @@ public:
             if (const Point d = minus(p, live[0]); dot(d, d) > dot(along, along))
                 along = d;
         const double reach = length(along);
-        return reach < kThin || std::ranges::all_of(live, [&](const Point& p) {
-                   return length(cross(along, minus(p, live[0]))) < kThin * reach;
-               });
+        if (reach < kThin || std::ranges::all_of(live, [&](const Point& p) {
+                return length(cross(along, minus(p, live[0]))) < kThin * reach;
+            }))
+            return true;
+        return status_.split_events == 0 && dot(doubled_area_of(live), area_) < 0.0;
     }
 
     /// Hands the result over; the arrays it takes start again empty.
@@ -134,6 +155,8 @@ private:
         DATADispose(status_.path); // a line that has gained wings is the record's own
         *status_.path = record_over(outline);
         status_.distance = distance;
+        if (status_.split_events == 0)
+            area_ = doubled_area_of(outline);
     }
 
     void finish(int result)
@@ -161,6 +184,7 @@ private:
 
     DATAstruct arrays_[kArrays];
     BORDERStatus status_ = {};
+    Point area_ = {}; // of the outline, where splits are off
 };
 
 inline void check_outline(const char* argument, PointView outline)
