@@ -225,6 +225,23 @@ class NothingLeftTest(unittest.TestCase):
                     call()
                 self.assertLess(resident() - before, 400_000)
 
+    def test_lists_that_grow_or_become_an_outline_leave_nothing_behind(self):
+        squares = [tree(np.tile(SQUARE, (500, 1))) for _ in range(5)]
+
+        def call():
+            status = raw.BORDERStatus()
+            status.distance = 0
+            for path in (*(raw.DATAstruct(squares[:n]) for n in (1, 2, 5, 3, 5)), squares[0]):
+                status.path = path
+                self.assertEqual(raw.BORDER(status), 1)
+
+        for _ in range(10):
+            call()
+        before = resident()
+        for _ in range(100):  # what they hold would be 500 kB a time
+            call()
+        self.assertLess(resident() - before, 400_000)
+
     def test_errors_leave_nothing_behind(self):
         es = raw.EquationSystem()
         raw.EqAddFuncNoArg(es, "BAD", lambda: 1 / 0)

@@ -495,6 +495,22 @@ TEST(BORDER_BORDER, ASecondSweepAllocatesNothing)
         }
 }
 
+TEST(BORDER_BORDER, WorkingMemoryIsKeptForOutlinesOf27410PointsAnd13902WithSplits)
+{
+    NEEDS_HEAP_COUNTS();
+    for (const bool split_events : {false, true})
+        for (const int excess : {0, 1}) {
+            OwnedBORDERStatus status(wiggly((split_events ? 13902 : 27410) + excess, 1, 0.0));
+            status->split_events = split_events;
+            status->distance = 1e-5;
+            ASSERT_EQ(BORDER_BORDER(status), 1);
+            const HeapWatch heap;
+            ASSERT_EQ(BORDER_BORDER(status), 1);
+            EXPECT_EQ(heap.allocations(), excess);
+            EXPECT_EQ(heap.frees(), excess);
+        }
+}
+
 TEST(BORDER_BORDER, ASecondSweepTouchesNoNewPage)
 {
     NEEDS_HEAP_COUNTS();
@@ -537,6 +553,19 @@ TEST(BORDER_BORDER, AnOutputThatCannotBeMadeFails)
     const HeapFailure failure(1);
     EXPECT_EQ(BORDER_BORDER(status), -1);
     EXPECT_EQ(status->output, nullptr);
+}
+
+TEST(BORDER_BORDER, AnOutputThatTheHeapHasNoRoomForLosesItsBuffer)
+{
+    NEEDS_HEAP_FAILURES();
+    warm_up();
+    OwnedBORDERStatus status(kUnitSquare);
+    fill_points(*status->output, {7, 8, 9});
+    const HeapFailure failure(8 + 1); // behind the work arrays
+    EXPECT_EQ(BORDER_BORDER(status), -1);
+    EXPECT_TRUE(failure.happened());
+    EXPECT_EQ(status->output->dvals, nullptr);
+    EXPECT_EQ(status->output->count, 4);
 }
 
 TEST(Border, EveryAllocationMayFail)

@@ -1,5 +1,6 @@
 #include "border/outlines.h"
 
+#include <algorithm>
 #include <initializer_list>
 #include <limits>
 
@@ -63,6 +64,39 @@ private:
     Owned<DATAstruct> list_;
     DATAstruct *own_path_, *own_output_;
 };
+
+/// Runs `BORDER` in one record on lists of so many squares, one list after the other, and releases the record. Returns
+/// how many blocks that leaves: they are those of the borders that a longer list has let go, and go as well.
+int64_t blocks_left_after_lists_of(std::initializer_list<int> sizes)
+{
+    warm_up();
+    std::vector<DATAstruct*> let_go, squares;
+    let_go.reserve(100);
+    squares.reserve(100);
+    const HeapWatch heap;
+    {
+        OwnedBORDERStatus status;
+        DATAstruct* const own_path = status->path;
+        int slots = 0;
+        for (const int size : sizes) {
+            squares.clear();
+            for (int k = 0; k < size; ++k)
+                squares.push_back(new_doubles(3, square(0, 8)));
+            Owned<DATAstruct> list(parent(squares));
+            for (int k = 0; size > slots && k < slots; ++k)
+                let_go.push_back(static_cast<DATAstruct*>(status->output->pvals[k]));
+            slots = std::max(slots, size);
+            status->path = list;
+            EXPECT_EQ(BORDER(status), 1);
+        }
+        status->path = own_path;
+    }
+    const int64_t left = heap.live_blocks();
+    for (DATAstruct* const border : let_go)
+        release(border);
+    EXPECT_EQ(heap.live_blocks(), 0);
+    return left;
+}
 
 } // namespace
 
@@ -166,6 +200,46 @@ TEST(BORDER, ASecondCallReusesTheChildrenOfTheOutput)
     EXPECT_EQ(first->dvals, buffer);
 }
 
+TEST(BORDER, AListThatGrowsLeavesTheBordersItHeldToTheHost)
+{
+    NEEDS_HEAP_COUNTS();
+    EXPECT_EQ(blocks_left_after_lists_of({2, 3}), 4); // two records and their buffers
+    EXPECT_EQ(blocks_left_after_lists_of({1, 2, 3, 4, 5}), 20);
+    EXPECT_EQ(blocks_left_after_lists_of({3, 2, 3}), 0);
+    EXPECT_EQ(blocks_left_after_lists_of({3, 2}), 0);
+}
+
+TEST(BORDER, AListThatBecomesASingleOutlineLeavesTheBordersItHeldToTheHost)
+{
+    NEEDS_HEAP_COUNTS();
+    for (const bool disposes_first : {false, true}) {
+        warm_up();
+        const HeapWatch heap;
+        DATAstruct* borders[2];
+        {
+            OwnedBORDERStatus status(square(0, 8));
+            DATAstruct* const own_path = status->path;
+            {
+                Owned<DATAstruct> list(parent({new_doubles(3, square(-5, 5)), new_doubles(3, square(-2, 2))}));
+                status->path = list;
+                ASSERT_EQ(BORDER(status), 1);
+                status->path = own_path;
+            }
+            for (int k = 0; k < 2; ++k)
+                borders[k] = static_cast<DATAstruct*>(status->output->pvals[k]);
+            if (disposes_first)
+                DATADispose(status->output);
+            ASSERT_EQ(BORDER(status), 1);
+            expect_near(square(-1, 9), points_of(status->output));
+        }
+        EXPECT_EQ(heap.live_blocks(), disposes_first ? 0 : 4);
+        for (DATAstruct* const border : borders)
+            if (!disposes_first)
+                release(border);
+        EXPECT_EQ(heap.live_blocks(), 0);
+    }
+}
+
 TEST(BORDER, AListWithoutChildrenFailsWithNothingChanged)
 {
     OwnedBORDERStatus status;
@@ -233,6 +307,26 @@ TEST(BORDER, AnEmptyChildFailsLikeAnyOther)
     EXPECT_EQ(BORDER(status), -1);
     EXPECT_EQ(status->path, empty);
     EXPECT_EQ(status->distance, -1.0);
+}
+
+TEST(BORDER, AFailingChildWithoutABorderLeavesItsNewOutputInNoSlot)
+{
+    NEEDS_HEAP_COUNTS();
+    warm_up();
+    const HeapWatch heap;
+    {
+        DATAstruct* const empty = DATANew();
+        empty->dim = 3;
+        empty->count = 0;
+        ListStatus status({new_doubles(3, square(-5, 5)), empty});
+        EXPECT_EQ(BORDER(status), -1);
+        ASSERT_NE(status->output, nullptr);
+        EXPECT_NE(status->output, status.outputs());
+        EXPECT_EQ(status.output(1), nullptr);
+        release(status->output); // nothing else leads to it
+        status->output = status.outputs();
+    }
+    EXPECT_EQ(heap.live_blocks(), 0);
 }
 
 TEST(BORDER, EveryAllocationOfAListMayFail)

@@ -1,13 +1,16 @@
 // Memory that is kept between calls.
 #include "border/internal/workroom.h"
 
+#include <algorithm>
 #include <memory>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "border/border.h"
 #include "tests/support/heap.h"
+#include "tests/support/outlines.h"
 
 using namespace korvale::inside;
 using namespace korvale::test;
@@ -87,6 +90,35 @@ TEST(Workroom, NoMoreBlocksAreKeptThanPromised)
     const HeapWatch heap;
     rooms.clear(); // the objects go, and three of the blocks
     EXPECT_EQ(heap.frees(), Workroom::kKeptBlocks + 3 + 3);
+}
+
+TEST(Workroom, TheFirstSweepWithSplitsAfterSweepsWithoutChangesItsBlockForALargerOne)
+{
+    NEEDS_HEAP_COUNTS();
+    std::vector<std::unique_ptr<Workroom>> rooms; // all that were kept
+    for (int i = 0; i < Workroom::kKeptBlocks; ++i)
+        rooms.push_back(std::make_unique<Workroom>(1000));
+    const Coordinates path = gear(64, 9, 10);
+    BORDERStatus status;
+    BORDERInitialize(&status);
+    status.path->count = 256;
+    status.path->dim = 3;
+    ASSERT_EQ(DATAAllocate(status.path), 1);
+    std::copy(path.begin(), path.end(), status.path->dvals);
+    status.split_events = 0;
+    ASSERT_EQ(BORDER_BORDER(&status), 1);
+    const auto blocks_given_up = [&status](int32_t split_events) {
+        status.split_events = split_events;
+        const HeapWatch heap;
+        EXPECT_EQ(BORDER_BORDER(&status), 1);
+        EXPECT_EQ(heap.live_blocks(), 0);
+        return heap.frees();
+    };
+    EXPECT_EQ(blocks_given_up(0), 0);
+    EXPECT_EQ(blocks_given_up(1), 1);
+    EXPECT_EQ(blocks_given_up(1), 0);
+    EXPECT_EQ(blocks_given_up(0), 0);
+    release_arrays(status);
 }
 
 TEST(Workroom, MoreThanThereIsGivesNone)

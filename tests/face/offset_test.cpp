@@ -247,6 +247,34 @@ TEST(FaceOffsetter, ShowsNothingAfterTheHeapWasExhausted)
     EXPECT_EQ(failed, 1 + 8 + 1); // work arrays, output
 }
 
+TEST(FaceOffsetter, LeavesNothingBehindInAnyOrderOfCalls)
+{
+    NEEDS_HEAP_COUNTS();
+    Random random(1205);
+    for (int round = 0; round < rounds(100); ++round) {
+        offset(kNotched, 1); // the library keeps its working memory
+        const HeapWatch heap;
+        {
+            Offsetter offsetter;
+            std::vector<Offset> taken;
+            for (int call = random.between(0, 8); call > 0; --call) {
+                const OffsetOptions options = {0.0, random.one_in(2), random.one_in(2)};
+                switch (random.below(4)) {
+                case 0:
+                    offsetter.shape(random.one_in(2) ? kPlate : std::vector<Outline>{kNotched}, 1, options);
+                    break;
+                case 1:
+                    taken.push_back(offsetter.take());
+                    break;
+                default:
+                    offsetter(random.one_in(2) ? kSquare : kNotched, random.uniform(-5, 5), options);
+                }
+            }
+        }
+        EXPECT_EQ(heap.live_blocks(), 0) << "round " << round;
+    }
+}
+
 TEST(FaceOffset, SaysWhatItRefuses)
 {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
