@@ -149,6 +149,71 @@ typedef struct korvale_faces {
 /// Called now and then by long work with what is done of it, from 0 to 1. Returns 0 to stop, anything else to go on.
 typedef int32_t (*korvale_progress)(double done, void* user);
 
+// --- Transforms ------------------------------------------------------------------------------------------------------
+// 16 numbers, row by row; points are columns, so the translation is in numbers 3, 7 and 11. Results may overlap what
+// they are made of. Where a pointer is null nothing happens.
+
+/// Scale, rotation about x, then y, then z in radians, and translation, applied in this order.
+typedef struct korvale_srt {
+    double scale[3];       ///< along x, y and z
+    double rotation[3];    ///< about x, y and z, in radians
+    double translation[3]; ///< along x, y and z
+} korvale_srt;
+
+/// Scales, then turns, then moves.
+KORVALE_C_API void korvale_transform_from_srt(const korvale_srt* srt, double* transform);
+
+/// The inverse of that. A scale strictly between -1e-06 and 1e-06 is inverted to 1000000, so that the result stays
+/// finite.
+KORVALE_C_API void korvale_transform_inverse_of_srt(const korvale_srt* srt, double* transform);
+
+/// By `radians` [3] about x first, then y, then z.
+KORVALE_C_API void korvale_transform_rotation(const double* radians, double* transform);
+
+/// Scale, rotation and translation of a transform made of them. Where the y rotation is a quarter turn x and z turn about
+/// one axis and only their sum or difference is known: x comes out as 0.
+KORVALE_C_API void korvale_transform_take_apart(const double* transform, korvale_srt* srt);
+
+/// From the world into the frame at `origin` whose z axis runs along `z` and whose x axis is `reference` x z. Refuses a
+/// z that is not longer than 1e-06 or runs along `reference`.
+KORVALE_C_API korvale_status korvale_transform_into_frame(const double* origin, const double* z,
+                                                          const double* reference, double* transform,
+                                                          korvale_error* error);
+
+/// First b, then a.
+KORVALE_C_API void korvale_transform_multiply(const double* a, const double* b, double* product);
+
+/// The transform that undoes another, by Gauss-Jordan elimination with partial pivoting; of a transform whose last row is
+/// 0 0 0 1 that row is exact. Refuses one that nothing undoes, or that is not finite.
+KORVALE_C_API korvale_status korvale_transform_invert(const double* transform, double* inverse, korvale_error* error);
+
+/// Moves points to `output`, which has as many and may be the same; each is divided by its fourth coordinate unless that
+/// is exactly 1.
+KORVALE_C_API korvale_status korvale_transform_points(const double* transform, const korvale_points* points,
+                                                      const korvale_points_out* output, korvale_error* error);
+
+/// Turns and scales vectors without moving them.
+KORVALE_C_API korvale_status korvale_transform_vectors(const double* transform, const korvale_points* vectors,
+                                                       const korvale_points_out* output, korvale_error* error);
+
+// --- Whole arrays ----------------------------------------------------------------------------------------------------
+
+/// Seeds the random generator of the process.
+KORVALE_C_API void korvale_seed(int32_t seed);
+
+/// Sums `count` arrays of one shape, 2 or 4, each times its weight, into `output`, which has that shape and may be one of
+/// them: w0 * a0 + w1 * a1, and with four + w2 * a2 + w3 * a3, added from the left.
+KORVALE_C_API korvale_status korvale_mix(const korvale_numbers* arrays, const double* weights, int64_t count,
+                                         const korvale_numbers_out* output, korvale_error* error);
+
+/// The least and the greatest value of each column, [width] each. Of a column that begins with NaN both are NaN, a later
+/// one is passed over. Refuses an array without rows.
+KORVALE_C_API korvale_status korvale_bounds(const korvale_numbers* array, double* least, double* greatest,
+                                            korvale_error* error);
+
+/// Turns the order of the rows round, in place.
+KORVALE_C_API korvale_status korvale_reverse(const korvale_numbers_out* array, korvale_error* error);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,50 @@
+// What the tests of the C interface share: the host's side of it, with fewer words.
+#pragma once
+
+#include <korvale_c.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace korvale::test {
+
+/// A packed buffer of points x y z, to read or to write.
+///@{
+inline korvale_points points_of(const std::vector<double>& xyz)
+{
+    return {xyz.data(), static_cast<int64_t>(xyz.size() / 3), 0, 3, KORVALE_DOUBLE};
+}
+inline korvale_points_out points_to(std::vector<double>& xyz)
+{
+    return {xyz.data(), static_cast<int64_t>(xyz.size() / 3), 0, 3, KORVALE_DOUBLE};
+}
+///@}
+
+/// A packed buffer of rows, to read or to write.
+///@{
+inline korvale_numbers rows_of(const std::vector<double>& values, int32_t width = 1)
+{
+    return {values.data(), static_cast<int64_t>(values.size()) / width, 0, width, KORVALE_DOUBLE};
+}
+inline korvale_numbers_out rows_to(std::vector<double>& values, int32_t width = 1)
+{
+    return {values.data(), static_cast<int64_t>(values.size()) / width, 0, width, KORVALE_DOUBLE};
+}
+///@}
+
+/// Calls a function with an error of its own as last argument, expects the status, and returns the sentence, which is
+/// empty after KORVALE_OK.
+template <class Call>
+std::string sentence_of(korvale_status status, Call call)
+{
+    korvale_error error = {};
+    EXPECT_EQ(call(&error), status) << error.text;
+    EXPECT_EQ(error.status, status);
+    EXPECT_EQ(call(static_cast<korvale_error*>(nullptr)), status) << "without an error record";
+    return error.text;
+}
+
+} // namespace korvale::test
