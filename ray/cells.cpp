@@ -1,37 +1,49 @@
 // The library's own cells and those of a host look alike, and their array may have been made by either. What is known
 // of the library's own, above all the planes between them, is therefore kept aside, in a table by the address of the
-// array. A host that releases an array by itself may be given the same address again for one of its own. So an array
-// counts as the library's only while one of the first cells still has the box that it was given, or none of them has
-// any. Nothing outside either array is read to find out.
+// array: from when it is made until the library releases it. Nothing that stands in the array makes a difference.
 //
-// Records are used by one thread each, but all share the table: a lock guards the entries that fall together in it.
-// What an entry says is read without the lock, as nobody but the thread that uses the record releases it.
+// A host that releases such an array by itself may be given the same address again for one of its own. Where the heap
+// tells how large a block is, another size gives that away.
+//
+// The table is a mutable global: a record has no place for it. Records are used by one thread each, but all share the
+// table: a lock guards the entries that fall together in it. What an entry says is read without the lock, as nobody but
+// the thread that uses the record releases it.
 #include "ray/internal/cells.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <mutex>
 #include <new>
+
+#ifdef __linux__
+#include <malloc.h>
+#endif
 
 namespace korvale::inside {
 namespace {
 
-/// By the boxes of how many cells an array is recognised: a host may have given a few of them other ones.
-constexpr int32_t kBoxesKnown = 8;
+/// The size of a block of the C heap; always 0 where the heap does not tell.
+size_t block_bytes([[maybe_unused]] void* block)
+{
+#ifdef __linux__
+    return malloc_usable_size(block);
+#else
+    return 0;
+#endif
+}
 
 /// An array of cells that the library has made. The planes of its grid stand behind it in memory.
 struct MadeCells {
     MadeCells* next; // with the same place in the table
     const data_list_struct* cells;
-    const double* boxes[kBoxesKnown]; // of the first cells, as they were given
+    size_t bytes; // of its block
     Grid grid;
 };
 static_assert(sizeof(MadeCells) % alignof(double) == 0);
 
 class Table {
 public:
-    constexpr Table() = default;
+    Table() = default;
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
 
@@ -93,7 +105,7 @@ private:
     Place places_[1 << kPlaceBits];
 };
 
-constinit Table table __attribute__((init_priority(1000)));
+Table table __attribute__((init_priority(1000)));
 
 /// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in
 /// order.
@@ -107,20 +119,6 @@ bool place_planes(double least, double greatest, int32_t n, double* planes)
         in_order = in_order && planes[i] <= planes[i + 1];
     }
     return in_order;
-}
-
-/// Whether the array of `s` is the one that was made. Reads no more cells than both would have.
-bool still_stands(const RayStatus& s, const MadeCells& made)
-{
-    const int32_t wanted = cells_wanted(s);
-    const int32_t shared = wanted == 0 ? made.grid.count() : std::min(wanted, made.grid.count());
-    bool has_others = false;
-    for (int32_t c = 0; c < std::min(shared, kBoxesKnown); ++c) {
-        if (s.cells[c].dvals == made.boxes[c])
-            return true;
-        has_others = has_others || s.cells[c].dvals != nullptr;
-    }
-    return !has_others;
 }
 
 } // namespace
@@ -142,12 +140,14 @@ Cells cells_of(const RayStatus& s)
     const MadeCells* const made = table.find(s.cells);
     if (made == nullptr)
         return {s.cells, cells_wanted(s), nullptr};
-    if (!still_stands(s, *made))
-        return {s.cells, std::min(cells_wanted(s), made->grid.count()), nullptr};
-    return {s.cells, made->grid.count(), &made->grid};
+    const size_t bytes = block_bytes(s.cells);
+    if (bytes == made->bytes)
+        return {s.cells, made->grid.count(), &made->grid};
+    const size_t fitting = bytes / sizeof(data_list_struct); // of a block that the host has put there since
+    return {s.cells, static_cast<int32_t>(std::min<size_t>(cells_wanted(s), fitting)), nullptr};
 }
 
-const Grid* remember_cells(const data_list_struct* cells, const int32_t (&n)[3], const double* bbox)
+const Grid* remember_cells(data_list_struct* cells, const int32_t (&n)[3], const double* bbox)
 {
     forget_cells(cells); // an array that a host released by itself
     const int64_t planes = int64_t{n[0]} + n[1] + n[2] + 3;
@@ -164,15 +164,9 @@ const Grid* remember_cells(const data_list_struct* cells, const int32_t (&n)[3],
         plane += n[k] + 1;
     }
     made->cells = cells;
+    made->bytes = block_bytes(cells);
     table.add(made);
     return &made->grid;
-}
-
-void note_boxes(const data_list_struct* cells)
-{
-    MadeCells& made = *table.find(cells);
-    for (int32_t c = 0; c < std::min(made.grid.count(), kBoxesKnown); ++c)
-        made.boxes[c] = cells[c].dvals;
 }
 
 void forget_cells(const data_list_struct* cells)

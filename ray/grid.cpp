@@ -117,10 +117,8 @@ bool make_grid(RayStatus& s)
             if (made == c)
                 made += is_again ? renew_cell(s.cells[c], box) : make_cell(s.cells[c], box);
         });
-    if (made == count) {
-        note_boxes(s.cells);
+    if (made == count)
         return is_again;
-    }
     forget_cells(s.cells);
     release_cells(s.cells, is_again ? count : made);
     s.cells = nullptr;

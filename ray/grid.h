@@ -20,6 +20,9 @@ struct RayStatus {
     /// [nx * ny * nz], owned, from the C heap; null until classified. Cell (ix, iy, iz) is number (ix * ny + iy) * nz +
     /// iz. Its first node holds its box [1][6]. The nodes that follow hold triangle numbers, ascending along the chain:
     /// `DATA_TYPE_INT`, dim 1, room for 100 and 1 to 100 in use. See `ray_intersect` for what a host may change.
+    ///
+    /// An array that the library has made is known by its address, whatever stands in it, until `ray_classify`,
+    /// `ray_make_sub_bbox` or `ray_declassify` releases it. Only these three may: never pass it to `free` or `realloc`.
     data_list_struct* cells;
     int32_t nx; ///< cells along x; 4 by default
     int32_t ny; ///< cells along y; 4 by default
@@ -39,8 +42,8 @@ KORVALE_API int ray_initialize(RayStatus* s);
 KORVALE_API void ray_set_triangles(Data* triangles, RayStatus* s);
 
 /// Measures the box around all triangles, divides it into nx * ny * nz cells and lists every triangle in each cell that
-/// its own box, widened by 1e-06 around vertex 0, touches. Cells made before are released; those that a host has made
-/// stay with it.
+/// its own box, widened by 1e-06 around vertex 0, touches. An array of cells that the library made before is released;
+/// one of a host stays with it.
 ///
 /// The triangle array is left with dim 9 whatever it had before; its count alone says how many triangles it holds, and
 /// `dvals` must hold 9 values for each: 12 points as [12][3] are 4 triangles and need count 4. An array without a
@@ -50,8 +53,8 @@ KORVALE_API void ray_classify(RayStatus* s);
 
 /// Divides `bbox` into empty cells, after raising each of nx, ny and nz below 1 to 1. `ray_classify` calls it.
 ///
-/// Cells made before are released; those that a host has made stay with it. `cells` is null afterwards when more than
-/// 2^31 - 1 cells are wanted, the heap is exhausted or the box has no buffer.
+/// An array of cells that the library made before is released; one of a host stays with it. `cells` is null afterwards
+/// when more than 2^31 - 1 cells are wanted, the heap is exhausted or the box has no buffer.
 KORVALE_API void ray_make_sub_bbox(RayStatus* s);
 
 /// Lists triangle number `triangle` at the end of cell number `cell`: in the last node, if that holds less than 100
@@ -60,7 +63,7 @@ KORVALE_API void ray_make_sub_bbox(RayStatus* s);
 /// Nothing happens for a cell that does not exist, or when the heap is exhausted.
 KORVALE_API void ray_add_tri_to_bbox(RayStatus* s, int triangle, int cell);
 
-/// Releases the cells, a host's own included, and the marks. `bbox` and `triangles` stay as they are.
+/// Releases the cells, a host's own array included, and the marks. `bbox` and `triangles` stay as they are.
 ///
 /// Before the same triangles are classified again, `ray_set_triangles` gives them marks; without marks of its own a
 /// record takes working memory in each query.

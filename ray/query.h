@@ -11,9 +11,9 @@
 /// of twice their area shows) never do. The vertices are read as they are now.
 ///
 /// The number nodes of the cells, too, are read as they stand, and a cell without a box (an emptied one) is not met.
-/// Nodes that are no number nodes and numbers of triangles that do not exist are passed over. The boxes that the
-/// library has made are taken to be where they were made. Cells that a host has put there itself are met where their
-/// boxes stand, nx * ny * nz of them.
+/// Nodes that are no number nodes and numbers of triangles that do not exist are passed over. In an array that the
+/// library has made every cell with a box is met where the library made it, whatever box that is. The cells of an array
+/// that a host has put there itself are met where their boxes stand, nx * ny * nz of them.
 ///
 /// Returns the number of triangles met. `distance` receives the distance to the nearest from `origin` when there is one
 /// and is untouched otherwise. Before classification there is none to meet. A triangle or a ray that is not finite may
@@ -22,7 +22,8 @@
 /// Afterwards the marks of `s` are 1 for each triangle tested and 0 for the rest; they are all 0 where they are fewer
 /// than the triangles.
 ///
-/// Deliberate: a box of the library's own that is moved by hand is not followed; its cell stays where it was.
+/// Deliberate: in an array that the library has made, neither a box that is moved by hand nor one that an emptied cell
+/// is given anew is followed; the cell stays where it was.
 KORVALE_API int ray_intersect(double* origin, double* direction, RayStatus* s, double* distance);
 
 /// Makes `m` the transform into the frame of a ray: origin[3] comes to (0, 0, 0), the unit direction[3] to +z.

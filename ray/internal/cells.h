@@ -21,15 +21,14 @@ struct Cells {
     const Grid* grid; // null for cells that a host has made, whose boxes alone say where they are
 };
 
-/// The cells of `s`: those that were made, whatever nx, ny and nz have been set to since; as many as nx, ny and nz say
-/// where the host has made them.
+/// The cells of `s`. In an array that the library has made they are those that were made, whatever a host has done to
+/// them and to nx, ny and nz since; in one of a host there are as many as nx, ny and nz say. Where a host has released
+/// an array of the library by hand, there are no more than fit the block that stands there now.
 Cells cells_of(const RayStatus& s);
 
 /// Keeps a grid of n[3] cells in bbox[6] for an array that the library makes of as many, and returns it; null when the
-/// heap is exhausted. Once the cells are made `note_boxes` tells by which boxes they are recognised; `forget_cells`
-/// releases the grid, before the array is released.
-const Grid* remember_cells(const data_list_struct* cells, const int32_t (&n)[3], const double* bbox);
-void note_boxes(const data_list_struct* cells);
+/// heap is exhausted. `forget_cells` releases the grid, before the array is released.
+const Grid* remember_cells(data_list_struct* cells, const int32_t (&n)[3], const double* bbox);
 void forget_cells(const data_list_struct* cells);
 
 /// nx * ny * nz, or 0 when one is below 1 or the product leaves 31 bits.

@@ -156,30 +156,5 @@ TEST(CellsMet, AreTooManyAboveTheRoomForThem)
     EXPECT_EQ(found(record, ray), std::vector<int>{-1});
 }
 
-TEST(Cells, OfARecordAreTheLibrarysOwnUntilTheirBoxesAreGone)
-{
-    Record record({0, 0, 0, 1, 1, 1}, 2, 2, 2);
-    EXPECT_NE(record.cells().grid, nullptr);
-    record->nx = 7;
-    EXPECT_EQ(record.cells().count, 8);
-    EXPECT_NE(record.cells().grid, nullptr);
-    record->nx = 2;
-    std::vector<data_list_struct> others(8);
-    std::copy(record->cells, record->cells + 8, others.begin());
-    for (int c = 0; c < 8; ++c) {
-        EXPECT_NE(record.cells().grid, nullptr);
-        DataListInitialize(&record->cells[c]);
-        give_box(record->cells[c], Box{0, 0, 0, 1, 1, 1});
-    }
-    EXPECT_EQ(record.cells().grid, nullptr);
-    EXPECT_EQ(record.cells().count, 8);
-    record->nx = 1;
-    EXPECT_EQ(record.cells().count, 4);
-    record->nx = 7;
-    EXPECT_EQ(record.cells().count, 8);
-    for (data_list_struct& cell : others)
-        DataListDispose(&cell);
-}
-
 } // namespace
 } // namespace korvale::test

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <limits>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,40 +23,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-/// A triangle over (0, 0), (1, 0), (0, 1) at one height.
-std::vector<double> level(double z)
-{
-    return {0, 0, z, 1, 0, z, 0, 1, z};
-}
-
-/// `n` of them, at the heights 0, 1, ...
-std::vector<double> levels(int n)
-{
-    std::vector<double> all;
-    for (int i = 0; i < n; ++i)
-        all = joined(std::move(all), level(i));
-    return all;
-}
-
-/// Hits of a ray upwards through all levels.
-int hits_upwards(RayStatus* s)
-{
-    double o[3] = {0.25, 0.25, -1}, d[3] = {0, 0, 1}, distance;
-    return ray_intersect(o, d, s, &distance);
-}
-
-/// The triangles that a ray upwards tested.
-std::vector<int> tested_upwards(Scene& s)
-{
-    hits_upwards(s);
-    std::vector<int> tested;
-    const std::vector<int> marks = s.marks();
-    for (size_t t = 0; t < marks.size(); ++t)
-        if (marks[t] != 0)
-            tested.push_back(static_cast<int>(t));
-    return tested;
-}
 
 void move_box(data_list_struct& cell, double by)
 {
@@ -248,6 +216,60 @@ TEST(EditedCells, StayWhereTheyWereMadeWhenABoxIsMoved)
     }
 }
 
+/// Gives every cell of a record another box in other memory, far away, as many blocks of `between` bytes after the
+/// library's own were released as there are cells.
+void give_other_boxes(Scene& s, int cells, size_t between)
+{
+    for (int c = 0; c < cells; ++c)
+        DataListDispose(&s->cells[c]);
+    std::vector<void*> others;
+    for (int c = 0; c < cells && between > 0; ++c)
+        others.push_back(std::malloc(between));
+    for (int c = 0; c < cells; ++c)
+        give_box(s->cells[c], Box{100, 100, 100, 101, 101, 101});
+    for (void* other : others)
+        std::free(other);
+}
+
+TEST(EditedCells, StayWhereTheyWereMadeWhateverBoxesTheyAreGivenAnew)
+{
+    NEEDS_HEAP_COUNTS();
+    for (const int cells : {1, 2, 8, 300})
+        for (const size_t between : {0, 48, 1000}) {
+            const HeapWatch heap;
+            {
+                Scene s(levels(9), 1, 1, cells);
+                give_other_boxes(s, cells, between);
+                EXPECT_EQ(hits_upwards(s), 0);
+                for (int c = 0; c < cells; ++c)
+                    ray_add_tri_to_bbox(s, c % 9, c);
+                EXPECT_EQ(hits_upwards(s), std::min(cells, 9)) << cells << " " << between;
+                s->nz = 1;
+                EXPECT_EQ(hits_upwards(s), std::min(cells, 9)) << cells << " " << between;
+                ray_classify(s);
+                EXPECT_EQ(hits_upwards(s), 9) << cells << " " << between;
+            }
+            EXPECT_EQ(heap.live_blocks(), 0) << cells << " " << between;
+        }
+}
+
+TEST(EditedCells, StayWhereTheyWereMadeUnderCellsThatAHostWritesOverThem)
+{
+    Scene s = four_layers();
+    data_list_struct own[4];
+    for (int c = 0; c < 4; ++c) {
+        DataListInitialize(&own[c]);
+        give_box(own[c], Box{100, 100, 100, 101, 101, 101});
+        own[c].next = number_node({2 * c});
+        std::swap(s->cells[c], own[c]);
+    }
+    EXPECT_THAT(tested_upwards(s), ElementsAre(0, 2, 4, 6));
+    s->nz = 2;
+    EXPECT_THAT(tested_upwards(s), ElementsAre(0, 2, 4, 6));
+    for (data_list_struct& cell : own)
+        DataListDispose(&cell);
+}
+
 TEST(EditedCells, StayWhereTheyWereMadeInAGridThatIsNotFinite)
 {
     Scene s(levels_around_nan(), 1, 1, 2);
@@ -414,28 +436,20 @@ TEST(HostMadeCells, AreLeftToTheHostByClassification)
     EXPECT_EQ(hits_upwards(s), 3);
 }
 
-TEST(HostMadeCells, MayStandWhereThoseOfTheLibraryStood)
+TEST(HostMadeCells, MayFollowThoseOfTheLibraryThatWereDeclassified)
 {
-    for (const int cells : {1, 2, 8, 300})
-        for (const int own : {cells, (cells + 1) / 2}) {
-            Scene s(levels(9), 1, 1, cells);
-            ASSERT_EQ(hits_upwards(s), 9);
-            std::vector<data_list_struct> made(static_cast<size_t>(own));
-            for (data_list_struct& cell : made) {
-                DataListInitialize(&cell);
-                give_box(cell, Box{5, 5, 0, 6, 6, 8});
-            }
-            for (int c = 0; c < cells; ++c)
-                DataListDispose(&s->cells[c]);
-            for (int c = 0; c < own; ++c) {
-                s->cells[c] = made[static_cast<size_t>(c)];
-                s->cells[c].next = number_node({c % 9});
-            }
-            s->nz = own;
-            EXPECT_EQ(hits_upwards(s), 0) << cells;
-            move_box(s->cells[0], -5);
-            EXPECT_EQ(hits_upwards(s), 1) << cells;
-        }
+    for (const int cells : {1, 2, 8, 300}) {
+        Scene s(levels(9), 1, 1, cells);
+        ASSERT_EQ(hits_upwards(s), 9);
+        ray_declassify(s);
+        std::vector<Box> boxes(static_cast<size_t>(cells), Box{5, 5, 0, 6, 6, 8});
+        make_cells(s, boxes);
+        for (int c = 0; c < cells; ++c)
+            ray_add_tri_to_bbox(s, c % 9, c);
+        EXPECT_EQ(hits_upwards(s), 0) << cells;
+        move_box(s->cells[0], -5);
+        EXPECT_EQ(hits_upwards(s), 1) << cells;
+    }
 }
 
 TEST(HostMadeCells, AreCastAtByManyThreadsBesideThoseOfTheLibrary)

@@ -39,12 +39,6 @@ Answer cast(RayStatus* s, Vector o, Vector d)
     return answer;
 }
 
-/// A triangle over (0, 0), (1, 0), (0, 1) at one height.
-std::vector<double> level(double z)
-{
-    return {0, 0, z, 1, 0, z, 0, 1, z};
-}
-
 TEST(ray_intersect, CountsTrianglesAndFindsTheNearest)
 {
     Scene s(joined(joined(level(5), level(2)), level(9)), 4, 4, 4);

@@ -78,6 +78,40 @@ inline std::vector<double> joined(std::vector<double> first, const std::vector<d
     return first;
 }
 
+/// A triangle over (0, 0), (1, 0), (0, 1) at one height.
+inline std::vector<double> level(double z)
+{
+    return {0, 0, z, 1, 0, z, 0, 1, z};
+}
+
+/// `n` of them, at the heights 0, 1, ...
+inline std::vector<double> levels(int n)
+{
+    std::vector<double> all;
+    for (int i = 0; i < n; ++i)
+        all = joined(std::move(all), level(i));
+    return all;
+}
+
+/// Hits of a ray upwards through all levels.
+inline int hits_upwards(RayStatus* s)
+{
+    double o[3] = {0.25, 0.25, -1}, d[3] = {0, 0, 1}, distance;
+    return ray_intersect(o, d, s, &distance);
+}
+
+/// The triangles that a ray upwards tested.
+inline std::vector<int> tested_upwards(Scene& s)
+{
+    hits_upwards(s);
+    std::vector<int> tested;
+    const std::vector<int> marks = s.marks();
+    for (size_t t = 0; t < marks.size(); ++t)
+        if (marks[t] != 0)
+            tested.push_back(static_cast<int>(t));
+    return tested;
+}
+
 /// `n` copies of one triangle.
 inline std::vector<double> copies(int n)
 {

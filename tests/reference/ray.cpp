@@ -64,7 +64,8 @@ std::vector<RayCell> sort_triangles(const double* triangles, int32_t count, cons
     return cells;
 }
 
-int intersect(const double* origin, const double* direction, RayStatus& s, double* distance)
+int intersect(const double* origin, const double* direction, RayStatus& s, double* distance,
+              const std::array<double, 6>* boxes)
 {
     if (s.triangles->count < 1)
         return 0;
@@ -80,7 +81,11 @@ int intersect(const double* origin, const double* direction, RayStatus& s, doubl
 
     int hits = 0;
     for (int32_t c = 0; c < s.nx * s.ny * s.nz; ++c) {
-        if (s.cells[c].dvals == nullptr || ray_int_bbox(o, d, s.cells[c].dvals) != 1)
+        if (s.cells[c].dvals == nullptr)
+            continue;
+        double box[6];
+        std::memcpy(box, boxes != nullptr ? boxes[c].data() : s.cells[c].dvals, sizeof box);
+        if (ray_int_bbox(o, d, box) != 1)
             continue;
         for (const data_list_struct* node = s.cells[c].next; node != nullptr; node = node->next)
             for (int32_t i = 0; i < node->count; ++i) {

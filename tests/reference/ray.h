@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -18,7 +19,9 @@ struct RayCell {
 std::vector<RayCell> sort_triangles(const double* triangles, int32_t count, const double* bbox, int32_t nx, int32_t ny,
                                     int32_t nz);
 
-/// `ray_intersect` on a record with cells: the ray is held against every one that has a box, in index order.
-int intersect(const double* origin, const double* direction, RayStatus& s, double* distance);
+/// `ray_intersect` on a record with cells: the ray is held against every one that has a box, in index order. `boxes`
+/// say where the library has made the cells; null for cells of a host, which are where their boxes stand.
+int intersect(const double* origin, const double* direction, RayStatus& s, double* distance,
+              const std::array<double, 6>* boxes = nullptr);
 
 } // namespace korvale::reference
