@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 #include "data/internal/buffers.h"
 #include "data/operations.h"
