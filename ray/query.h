@@ -6,9 +6,11 @@
 
 /// Counts the triangles that the ray from origin[3] along direction[3] meets, and finds the nearest.
 ///
-/// `direction` need not be of unit length; one shorter than 1e-06 meets nothing. Only triangles in front of the origin
-/// count, a meeting at distance 0 included, each once however many cells list it; those seen edge-on (less than 1e-06
-/// of twice their area shows) never do. The vertices are read as they are now.
+/// `direction` need not be of unit length; one shorter than 1e-06 meets nothing. One beyond about 1.3e154, whose length
+/// comes out infinite, becomes zero: it meets nothing, unless the origin lies exactly in a face of a cell, whose
+/// triangles are then looked for along +z. Only triangles in front of the origin count, a meeting at distance 0
+/// included, each once however many cells list it; those seen edge-on (less than 1e-06 of twice their area shows) never
+/// do. The vertices are read as they are now.
 ///
 /// The number nodes of the cells, too, are read as they stand, and a cell without a box (an emptied one) is not met.
 /// Nodes that are no number nodes and numbers of triangles that do not exist are passed over. In an array that the
@@ -17,10 +19,11 @@
 ///
 /// Returns the number of triangles met. `distance` receives the distance to the nearest from `origin` when there is one
 /// and is untouched otherwise. Before classification there is none to meet. A triangle or a ray that is not finite may
-/// count as met at a distance that is not a number; when it is the first one met, `distance` keeps that.
+/// count as met at a distance that is not a number; when it is the first one met, `distance` keeps that. It may not lie
+/// in `origin`, `direction` or anything that `s` leads to.
 ///
 /// Afterwards the marks of `s` are 1 for each triangle tested and 0 for the rest; they are all 0 where they are fewer
-/// than the triangles.
+/// than the triangles. They stay as they are where the triangle array has a count below 1, and where there is none.
 ///
 /// Deliberate: in an array that the library has made, neither a box that is moved by hand nor one that an emptied cell
 /// is given anew is followed; the cell stays where it was.

@@ -135,6 +135,27 @@ TEST(ray_intersect, NeedsADirection)
     EXPECT_EQ(cast(s, {0.25, 0.25, 0}, {0, 0, kThreshold}).hits, 1);
 }
 
+TEST(ray_intersect, TakesADirectionOfInfiniteLengthForZero)
+{
+    const double longest = 0x1.fffffffffffffp+511; // of which the square is finite: about 1.3e154
+    Scene s(joined(level(1), level(2)), 2, 2, 2);
+    EXPECT_EQ(cast(s, {0.25, 0.25, 0}, {0, 0, longest}).hits, 2);
+    for (const double length : {0x1p+512, 1e200, std::numeric_limits<double>::max()})
+        for (const Vector& d : {Vector{length, 0, 0}, {0, -length, 0}, {0, 0, length}, {0, 0, -length}}) {
+            std::memset(s->tri_marks.bvals, 9, 2);
+            for (const double z : {-1.0, 0.0, 1.25, 3.0}) {
+                const Answer a = cast(s, {0.25, 0.25, z}, d);
+                EXPECT_EQ(a.hits, 0) << z;
+                EXPECT_EQ(a.distance, -7);
+                EXPECT_THAT(s.marks(), ElementsAre(0, 0));
+            }
+            // From the face between the cells, whose triangles are looked for along +z.
+            const Answer a = cast(s, {0.25, 0.25, 1.5}, d);
+            EXPECT_EQ(a.hits, 1);
+            EXPECT_EQ(a.distance, 0.5);
+        }
+}
+
 TEST(ray_intersect, NeedsTriangles)
 {
     Scene s(level(1), 1, 1, 1);
@@ -147,6 +168,7 @@ TEST(ray_intersect, NeedsTriangles)
     Data* const triangles = s->triangles;
     s->triangles = nullptr;
     EXPECT_EQ(cast(s, {0.25, 0.25, 0}, {0, 0, 1}).hits, 0);
+    EXPECT_THAT(s.marks(), ElementsAre(9));
     s->triangles = triangles;
     EXPECT_EQ(cast(s, {0.25, 0.25, 0}, {0, 0, 1}).hits, 1);
 }
@@ -170,6 +192,20 @@ TEST(ray_intersect, BeforeClassificationMeetsNothing)
     EXPECT_EQ(a.hits, 0);
     EXPECT_EQ(a.distance, -7);
     EXPECT_THAT(s.marks(), ElementsAre(0));
+}
+
+TEST(ray_intersect, AnswersAsEverAfterADistanceThatLayInAnInput)
+{
+    Scene s(joined(level(1), level(2)), 2, 2, 2);
+    Vector o = {0.25, 0.25, 0}, d = {0, 0, 1};
+    for (double* inside : {o + 2, d + 2, s.triangles().dvals + 17, s->bbox.dvals + 5, s->cells[7].dvals + 5}) {
+        const double before = *inside;
+        ray_intersect(o, d, s, inside);
+        *inside = before;
+        const Answer a = cast(s, o, d);
+        EXPECT_EQ(a.hits, 2);
+        EXPECT_EQ(a.distance, 1);
+    }
 }
 
 TEST(ray_intersect, TakesNull)
