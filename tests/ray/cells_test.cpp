@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -224,6 +225,34 @@ TEST(ray_classify, UsesTheCellsOfAnEarlierCallAgain)
         EXPECT_EQ(s->cells[c].count, 1);
         EXPECT_EQ(s->cells[c].dim, 6);
     }
+}
+
+TEST(ray_classify, MakesACellAnewThatIsNotAsItWasMade)
+{
+    const HeapWatch heap;
+    {
+        Scene s(spanning(0, 0, 0, 2, 3, 6), 1, 1, 6);
+        const std::vector<int> numbers[6] = {{0}, {}, {}, {}, {}, {1}};
+        data_list_struct* const cells = s->cells;
+        cells[0].type = DATA_TYPE_INT;
+        cells[1].dim = 3;
+        cells[2].count = 2;
+        cells[3].ivals = static_cast<int32_t*>(std::malloc(sizeof(int32_t)));
+        cells[4].bvals = static_cast<uint8_t*>(std::malloc(1));
+        std::free(std::exchange(cells[5].dvals, nullptr));
+        ray_classify(s);
+        ASSERT_EQ(s->cells, cells);
+        for (int c = 0; c < 6; ++c) {
+            EXPECT_EQ(cells[c].type, DATA_TYPE_DOUBLE) << c;
+            EXPECT_EQ(cells[c].dim, 6) << c;
+            EXPECT_EQ(cells[c].count, 1) << c;
+            EXPECT_EQ(cells[c].ivals, nullptr) << c;
+            EXPECT_EQ(cells[c].bvals, nullptr) << c;
+            EXPECT_EQ(s.box(c), (std::vector<double>{0, 0, 0.0 + c, 2, 3, 1.0 + c})) << c;
+            EXPECT_EQ(s.numbers(c), numbers[c]) << c;
+        }
+    }
+    EXPECT_EQ(heap.live_blocks(), 0);
 }
 
 /// All nodes behind a cell.
