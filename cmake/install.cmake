@@ -21,7 +21,7 @@ foreach(folder platform frame math data path equation preserve ray exchange bord
 endforeach()
 
 # A host's layer is not installed; the package files know it by the name of its file.
-set(installed korvale korvale_static)
+set(installed korvale korvale_c korvale_static)
 set(is_host_layer OFF)
 set(layer_name libkorvale-platform.so.${PROJECT_VERSION_MAJOR})
 set(layer_flags)

@@ -170,8 +170,8 @@ KORVALE_C_API void korvale_transform_inverse_of_srt(const korvale_srt* srt, doub
 /// By `radians` [3] about x first, then y, then z.
 KORVALE_C_API void korvale_transform_rotation(const double* radians, double* transform);
 
-/// Scale, rotation and translation of a transform made of them. Where the y rotation is a quarter turn x and z turn about
-/// one axis and only their sum or difference is known: x comes out as 0.
+/// Scale, rotation and translation of a transform made of them. Where the y rotation is a quarter turn x and z turn
+/// about one axis and only their sum or difference is known: x comes out as 0.
 KORVALE_C_API void korvale_transform_take_apart(const double* transform, korvale_srt* srt);
 
 /// From the world into the frame at `origin` whose z axis runs along `z` and whose x axis is `reference` x z. Refuses a
@@ -183,12 +183,12 @@ KORVALE_C_API korvale_status korvale_transform_into_frame(const double* origin, 
 /// First b, then a.
 KORVALE_C_API void korvale_transform_multiply(const double* a, const double* b, double* product);
 
-/// The transform that undoes another, by Gauss-Jordan elimination with partial pivoting; of a transform whose last row is
-/// 0 0 0 1 that row is exact. Refuses one that nothing undoes, or that is not finite.
+/// The transform that undoes another, by Gauss-Jordan elimination with partial pivoting; of a transform whose last row
+/// is 0 0 0 1 that row is exact. Refuses one that nothing undoes, or that is not finite.
 KORVALE_C_API korvale_status korvale_transform_invert(const double* transform, double* inverse, korvale_error* error);
 
-/// Moves points to `output`, which has as many and may be the same; each is divided by its fourth coordinate unless that
-/// is exactly 1.
+/// Moves points to `output`, which has as many and may be the same; each is divided by its fourth coordinate unless
+/// that is exactly 1.
 KORVALE_C_API korvale_status korvale_transform_points(const double* transform, const korvale_points* points,
                                                       const korvale_points_out* output, korvale_error* error);
 
@@ -201,13 +201,13 @@ KORVALE_C_API korvale_status korvale_transform_vectors(const double* transform, 
 /// Seeds the random generator of the process.
 KORVALE_C_API void korvale_seed(int32_t seed);
 
-/// Sums `count` arrays of one shape, 2 or 4, each times its weight, into `output`, which has that shape and may be one of
-/// them: w0 * a0 + w1 * a1, and with four + w2 * a2 + w3 * a3, added from the left.
+/// Sums `count` arrays of one shape, 2 or 4, each times its weight, into `output`, which has that shape and may be one
+/// of them: w0 * a0 + w1 * a1, and with four + w2 * a2 + w3 * a3, added from the left.
 KORVALE_C_API korvale_status korvale_mix(const korvale_numbers* arrays, const double* weights, int64_t count,
                                          const korvale_numbers_out* output, korvale_error* error);
 
-/// The least and the greatest value of each column, [width] each. Of a column that begins with NaN both are NaN, a later
-/// one is passed over. Refuses an array without rows.
+/// The least and the greatest value of each column, [width] each. Of a column that begins with NaN both are NaN, a
+/// later one is passed over. Refuses an array without rows.
 KORVALE_C_API korvale_status korvale_bounds(const korvale_numbers* array, double* least, double* greatest,
                                             korvale_error* error);
 
