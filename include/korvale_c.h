@@ -149,6 +149,99 @@ typedef struct korvale_faces {
 /// Called now and then by long work with what is done of it, from 0 to 1. Returns 0 to stop, anything else to go on.
 typedef int32_t (*korvale_progress)(double done, void* user);
 
+// --- Relaxation ------------------------------------------------------------------------------------------------------
+
+/// A mesh that remembers its shape and brings deformed copies of its points back towards it. It keeps a copy.
+typedef struct korvale_relaxer korvale_relaxer;
+
+/// What a relaxation can keep of a mesh.
+enum {
+    KORVALE_LENGTHS = 1, ///< of the edges
+    KORVALE_ANGLES = 2,  ///< at the corners of the faces, as cosines
+    KORVALE_VOLUME = 4,  ///< enclosed; the mesh must be closed and turned one way
+    KORVALE_AREA = 8     ///< of the surface
+};
+
+/// A relaxer in `*relaxer`, null on failure. `edges` may be null; else they are pairs of points, whose lengths can be
+/// kept instead of those of the faces' own edges.
+///
+/// Refuses no points, numbers that are not finite, corners that are no points or not as many as the faces have
+/// together, and a number of edge ends that is odd.
+KORVALE_C_API korvale_status korvale_relaxer_new(const korvale_faces* faces, const korvale_indices* edges,
+                                                 korvale_relaxer** relaxer, korvale_error* error);
+
+/// The number of points; 0 of null.
+KORVALE_C_API int64_t korvale_relaxer_size(const korvale_relaxer* relaxer);
+
+/// The edges as pairs of points, [*count][2], in memory of the relaxer; null where there are none.
+KORVALE_C_API const int32_t* korvale_relaxer_edges(const korvale_relaxer* relaxer, int64_t* count);
+
+/// Keeps a measure of the mesh, as it is at the points that the relaxer was made with, with a weight above 0.
+///
+/// Refuses another weight, and a measure that the mesh does not have: without faces there are lengths of edges only.
+KORVALE_C_API korvale_status korvale_relaxer_keep(korvale_relaxer* relaxer, int32_t measure, double weight,
+                                                  korvale_error* error);
+
+/// Holds points where they are: `mask` [count] is not 0 for those that do not move. No mask frees all.
+KORVALE_C_API korvale_status korvale_relaxer_hold(korvale_relaxer* relaxer, const uint8_t* mask, int64_t count,
+                                                  korvale_error* error);
+
+/// Moves points towards the shape, in place, by exactly `steps` steps of steepest descent; `*energy`, which may be null,
+/// takes what is left. Where there is energy but nothing free to move that lowers it, the points stay as they were.
+KORVALE_C_API korvale_status korvale_relaxer_step(korvale_relaxer* relaxer, const korvale_points_out* points,
+                                                  int32_t steps, double* energy, korvale_error* error);
+
+/// When a run stops, and whom it tells.
+typedef struct korvale_run_options {
+    uint32_t size;     ///< of this struct, in bytes
+    int32_t steps;     ///< at most
+    double energy;     ///< stop at this energy or below
+    double least_drop; ///< stop when a step lowers the energy by less than this share of it
+
+    /// Called after every step with its number, from 1, and the energy; 0 stops the run. May be null.
+    int32_t (*progress)(int32_t step, double energy, void* user);
+    void* user; ///< handed to `progress`
+} korvale_run_options;
+
+/// 1,000 steps, energy 0, no least drop, no progress.
+KORVALE_C_API void korvale_run_defaults(korvale_run_options* options, size_t size);
+
+/// Why a run ended.
+enum {
+    KORVALE_RUN_STEPS = 0,     ///< all steps are done
+    KORVALE_RUN_ENERGY = 1,    ///< the energy wanted is reached
+    KORVALE_RUN_STALLED = 2,   ///< a step no longer lowers the energy, or by less than `least_drop`
+    KORVALE_RUN_CANCELLED = 3, ///< `progress` returned 0; the steps made so far stay
+    KORVALE_RUN_NO_FORCE = 4   ///< there is energy, but nothing that is free to move lowers it
+};
+
+/// What a run came to.
+typedef struct korvale_relaxation {
+    int32_t steps; ///< steps made
+    int32_t stop;  ///< why it ended
+    double energy; ///< that is left
+} korvale_relaxation;
+
+/// Moves points towards the shape, in place, step by step until one of the conditions holds. They end where the same
+/// number of single steps takes them.
+KORVALE_C_API korvale_status korvale_relaxer_run(korvale_relaxer* relaxer, const korvale_points_out* points,
+                                                 const korvale_run_options* options, korvale_relaxation* result,
+                                                 korvale_error* error);
+
+/// The energy at some points.
+KORVALE_C_API korvale_status korvale_relaxer_energy(korvale_relaxer* relaxer, const korvale_points* points,
+                                                    double* energy, korvale_error* error);
+
+/// The force on every point, held ones included: `forces` [points][3].
+KORVALE_C_API korvale_status korvale_relaxer_forces(korvale_relaxer* relaxer, const korvale_points* points,
+                                                    double* forces, korvale_error* error);
+
+/// The `PreserveStatus` behind the relaxer, for hosts in C++.
+KORVALE_C_API void* korvale_relaxer_record(korvale_relaxer* relaxer);
+
+/// Releases a relaxer.
+KORVALE_C_API void korvale_relaxer_free(korvale_relaxer* relaxer);
+
 // --- Transforms ------------------------------------------------------------------------------------------------------
 // 16 numbers, row by row; points are columns, so the translation is in numbers 3, 7 and 11. Results may overlap what
 // they are made of. Where a pointer is null nothing happens.

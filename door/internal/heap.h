@@ -60,4 +60,16 @@ void free_handle(T* handle)
 }
 ///@}
 
+struct FreeHandle {
+    template <class T>
+    void operator()(T* handle) const
+    {
+        free_handle(handle);
+    }
+};
+
+/// A handle that is not yet the host's.
+template <class T>
+using Handle = std::unique_ptr<T, FreeHandle>;
+
 } // namespace korvale::door

@@ -331,6 +331,14 @@ inline void check(const char* function, korvale_status status, const korvale_err
     throw Error(function, error.argument, error.wanted, error.given);
 }
 
+/// Calls a function of the C interface, which takes an error record last, in the name of one of this.
+template <class Call>
+void call(const char* function, Call call)
+{
+    korvale_error error;
+    check(function, call(&error), error);
+}
+
 /// A view as the C interface takes it.
 ///@{
 inline korvale_points view_of(PointView points)
@@ -344,6 +352,15 @@ inline korvale_points_out view_of_output(PointSpan points)
 inline korvale_indices view_of(std::span<const std::int32_t> indices)
 {
     return {indices.data(), static_cast<std::int64_t>(indices.size()), 0, KORVALE_INT32};
+}
+
+/// Sizes of faces: there are some, if only none.
+inline korvale_indices view_of_sizes(std::span<const std::int32_t> sizes)
+{
+    korvale_indices view = view_of(sizes);
+    if (view.data == nullptr)
+        view.data = ""; // somewhere
+    return view;
 }
 ///@}
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <functional>
 
 #include "scatter.hpp"
@@ -58,20 +59,20 @@ class Relaxer {
 public:
     /// Triangles on shared vertices.
     Relaxer(PointView vertices, std::span<const Triangle> triangles)
-        : Relaxer(vertices, std::vector<std::int32_t>(triangles.size(), 3), detail::corners_of(triangles), {})
+        : Relaxer(vertices, nullptr, detail::corners_of(triangles), {})
     {
     }
 
     /// Faces of any number of corners, `corners` face after face.
     Relaxer(PointView vertices, std::span<const std::int32_t> face_sizes, std::span<const std::int32_t> corners)
-        : Relaxer(vertices, std::vector<std::int32_t>(face_sizes.begin(), face_sizes.end()), corners, {})
+        : Relaxer(vertices, &face_sizes, corners, {})
     {
     }
 
     /// Edges alone, of which only lengths can be kept.
     static Relaxer of_edges(PointView vertices, std::span<const std::array<std::int32_t, 2>> edges)
     {
-        return Relaxer(vertices, {}, {}, {edges.empty() ? nullptr : edges[0].data(), 2 * edges.size()});
+        return Relaxer(vertices, nullptr, {}, {edges.empty() ? nullptr : edges[0].data(), 2 * edges.size()});
     }
 
     /// Moves; what is left behind may only be destroyed or assigned to.
@@ -81,30 +82,22 @@ public:
     ///@}
 
     /// The number of points.
-    std::size_t size() const { return state_->reference.size() / 3; }
+    std::size_t size() const { return static_cast<std::size_t>(korvale_relaxer_size(handle_.get())); }
 
     /// The edges, as pairs of points.
     std::span<const std::array<std::int32_t, 2>> edges() const
     {
-        const DATAstruct* const edges = state_->status.edges;
-        if (edges == nullptr || edges->ivals == nullptr)
-            return {};
-        return {reinterpret_cast<const std::array<std::int32_t, 2>*>(edges->ivals),
-                static_cast<std::size_t>(edges->count)};
+        std::int64_t count = 0;
+        const std::int32_t* const ends = korvale_relaxer_edges(handle_.get(), &count);
+        return {reinterpret_cast<const std::array<std::int32_t, 2>*>(ends), static_cast<std::size_t>(count)};
     }
 
     /// Keeps a measure of the mesh, as it is at the vertices, with a weight above 0.
     Relaxer& keep(Measure measure, double weight = 1.0)
     {
-        if (!(weight > 0.0) || !detail::is_finite(weight))
-            throw Error("Relaxer::keep", "weight", "be finite and above 0", "it is " + detail::text_of(weight));
-        const State& s = *state_;
-        const bool has_measure = !s.corners.empty() || (measure == Measure::lengths && !s.edges.empty());
-        if (!has_measure)
-            throw Error("Relaxer::keep", "measure", "be one that the mesh has",
-                        "the mesh has no faces or edges for it");
-        if (PreservePreserve(&state_->status, static_cast<int>(measure), weight) != 1)
-            throw std::bad_alloc();
+        detail::call("Relaxer::keep", [&](korvale_error* error) {
+            return korvale_relaxer_keep(handle_.get(), static_cast<std::int32_t>(measure), weight, error);
+        });
         return *this;
     }
 
@@ -130,16 +123,10 @@ public:
         std::vector<std::uint8_t> tags;
         for (const auto& value : mask)
             tags.push_back(static_cast<bool>(value) ? 1 : 0);
-        if (tags.empty())
-            tags.assign(size(), 0);
-        if (tags.size() != size())
-            throw Error("Relaxer::hold", "mask", "have one value for each of " + detail::counted(size(), "point"),
-                        "it has " + detail::text_of(tags.size()));
-        State& s = *state_;
-        s.tags = std::move(tags);
-        s.tag_record = detail::record_over(DATA_TYPE_BYTE, s.tags.size(), 1);
-        s.tag_record.bvals = s.tags.data();
-        PreserveSetTag(&s.status, &s.tag_record);
+        detail::call("Relaxer::hold", [&](korvale_error* error) {
+            return korvale_relaxer_hold(handle_.get(), tags.empty() ? nullptr : tags.data(),
+                                        static_cast<std::int64_t>(tags.size()), error);
+        });
         return *this;
     }
 
@@ -148,155 +135,97 @@ public:
     /// Where there is energy but nothing free to move that lowers it, the points stay as they were before the call.
     double step(PointSpan points, int steps = 1)
     {
-        look_at("Relaxer::step", points);
-        detail::require_finite("Relaxer::step", "points", points);
-        if (steps < 0)
-            throw Error("Relaxer::step", "steps", "be 0 or more", "it is " + detail::text_of(steps));
-        std::vector<double> before(points.coordinates().begin(), points.coordinates().end());
-        compute(points, steps);
-        if (!is_sound(points)) {
-            std::ranges::copy(before, points.data());
-            compute(points, 0);
-        }
-        return state_->status.energy;
+        const korvale_points_out moving = detail::view_of_output(points);
+        double energy = 0.0;
+        detail::call("Relaxer::step", [&](korvale_error* error) {
+            return korvale_relaxer_step(handle_.get(), &moving, steps, &energy, error);
+        });
+        return energy;
     }
 
     /// Moves points towards the shape, in place, step by step until one of the conditions holds. They end where the
-    /// same number of `step`s takes them.
+    /// same number of `step`s takes them. What `progress` throws ends the run and leaves it; the steps made stay.
     Relaxation run(PointSpan points, const RunOptions& options = {})
     {
-        look_at("Relaxer::run", points);
-        detail::require_finite("Relaxer::run", "points", points);
-        std::vector<double> before(points.coordinates().size());
-        compute(points, 0);
-        double energy = state_->status.energy;
-        for (int done = 0;; ++done) {
-            if (energy <= options.energy)
-                return {done, energy, Stop::energy};
-            if (done >= options.steps)
-                return {done, energy, Stop::steps};
-            std::ranges::copy(points.coordinates(), before.begin());
-            compute(points, 1);
-            const double after = state_->status.energy;
-            if (!is_sound(points)) {
-                std::ranges::copy(before, points.data());
-                compute(points, 0);
-                return {done, energy, Stop::no_force};
-            }
-            const double drop = energy - after;
-            const bool is_stalled = !(drop > 0.0) || drop < options.least_drop * energy;
-            energy = after;
-            if (options.progress && !options.progress(done + 1, energy))
-                return {done + 1, energy, Stop::cancelled};
-            if (is_stalled && !(energy <= options.energy))
-                return {done + 1, energy, Stop::stalled};
-        }
+        const korvale_points_out moving = detail::view_of_output(points);
+        Progress progress = {options.progress, {}};
+        korvale_run_options limits;
+        korvale_run_defaults(&limits, sizeof limits);
+        limits.steps = options.steps;
+        limits.energy = options.energy;
+        limits.least_drop = options.least_drop;
+        limits.progress = options.progress ? &Progress::tell : nullptr;
+        limits.user = &progress;
+        korvale_relaxation result = {};
+        detail::call("Relaxer::run", [&](korvale_error* error) {
+            return korvale_relaxer_run(handle_.get(), &moving, &limits, &result, error);
+        });
+        if (progress.thrown)
+            std::rethrow_exception(progress.thrown);
+        return {result.steps, result.energy, static_cast<Stop>(result.stop)};
     }
 
     /// The energy at some points, which are only read.
     double energy(PointView points)
     {
-        look_at("Relaxer::energy", points);
-        compute(PointSpan::at(detail::unconst(points.data()), points.size()), 0);
-        return state_->status.energy;
+        const korvale_points at = detail::view_of(points);
+        double energy = 0.0;
+        detail::call("Relaxer::energy",
+                     [&](korvale_error* error) { return korvale_relaxer_energy(handle_.get(), &at, &energy, error); });
+        return energy;
     }
 
     /// The force on every point, held ones included.
     Points forces(PointView points)
     {
-        look_at("Relaxer::forces", points);
-        DATAstruct record = detail::record_over(points), copy;
-        DATAInitialize(&copy);
-        const int result = PreserveGetForce(&state_->status, &record, &copy);
-        state_->status.cur_points = nullptr;
-        if (result != 1 || copy.dvals == nullptr)
-            throw std::bad_alloc();
-        return Points(copy.dvals, static_cast<std::size_t>(copy.count));
+        const korvale_points at = detail::view_of(points);
+        Points forces(points.size());
+        detail::call("Relaxer::forces", [&](korvale_error* error) {
+            return korvale_relaxer_forces(handle_.get(), &at, forces.coordinates().data(), error);
+        });
+        return forces;
     }
 
     /// The record behind the relaxer.
-    PreserveStatus& status() { return state_->status; }
+    PreserveStatus& status() { return *static_cast<PreserveStatus*>(korvale_relaxer_record(handle_.get())); }
 
 private:
-    struct State {
-        State()
+    /// A function of the caller behind a plain pointer: what it throws is kept until the run has ended.
+    struct Progress {
+        const std::function<bool(int, double)>& told;
+        std::exception_ptr thrown;
+
+        static std::int32_t tell(std::int32_t step, double energy, void* user)
         {
-            for (DATAstruct* record : {&points, &sizes, &corner_record, &edge_record, &tag_record})
-                DATAInitialize(record);
-        }
-        ~State()
-        {
-            DATAstruct* const used = status.edges;
-            PreserveDispose(&status);
-            if (used != nullptr && used != &edge_record) { // edges that were built are the caller's
-                DATADispose(used);
-                std::free(used);
+            auto& self = *static_cast<Progress*>(user);
+            try {
+                return self.told(step, energy) ? 1 : 0;
+            } catch (...) {
+                self.thrown = std::current_exception();
+                return 0;
             }
         }
-        State(const State&) = delete;
-        State& operator=(const State&) = delete;
-
-        std::vector<double> reference;
-        std::vector<std::int32_t> face_sizes, corners, edges;
-        std::vector<std::uint8_t> tags;
-        DATAstruct points, sizes, corner_record, edge_record, tag_record; // over the vectors
-        PreserveStatus status = {};
     };
 
-    Relaxer(PointView vertices, std::vector<std::int32_t> face_sizes, std::span<const std::int32_t> corners,
+    struct Free {
+        void operator()(korvale_relaxer* relaxer) const { korvale_relaxer_free(relaxer); }
+    };
+
+    Relaxer(PointView vertices, const std::span<const std::int32_t>* face_sizes, std::span<const std::int32_t> corners,
             std::span<const std::int32_t> edges)
-        : state_(std::make_unique<State>())
     {
-        detail::require_points("Relaxer", "vertices", vertices, 1);
-        detail::count_for("Relaxer", "face_sizes", face_sizes.size(), 1);
-        detail::count_for("Relaxer", "corners", corners.size(), 2);
-        detail::count_for("Relaxer", "edges", edges.size(), 2);
-        detail::require_faces("Relaxer", face_sizes, corners, vertices.size());
-        detail::require_corners("Relaxer", "edges", edges, vertices.size());
-
-        State& s = *state_;
-        s.reference.assign(vertices.coordinates().begin(), vertices.coordinates().end());
-        s.face_sizes = std::move(face_sizes);
-        s.corners.assign(corners.begin(), corners.end());
-        s.edges.assign(edges.begin(), edges.end());
-        s.points = detail::record_over(PointView(s.reference));
-        s.sizes = detail::record_over(std::span<const std::int32_t>(s.face_sizes));
-        s.corner_record = detail::record_over(std::span<const std::int32_t>(s.corners));
-        s.edge_record = detail::record_over(std::span<const std::int32_t>(s.edges), 2);
-        if (PreserveInitialize(&s.status, &s.points, s.edges.empty() ? nullptr : &s.edge_record,
-                               s.face_sizes.empty() ? nullptr : &s.sizes,
-                               s.corners.empty() ? nullptr : &s.corner_record) != 1)
-            throw std::bad_alloc();
-        // Where the heap is exhausted arrays are missing.
-        const bool has_edges = !s.edges.empty() || std::ranges::any_of(s.face_sizes, [](int n) { return n > 1; });
-        if (s.status.force == nullptr || s.status.force->dvals == nullptr || (has_edges && s.status.edges == nullptr) ||
-            (!s.corners.empty() && s.status.face_starts == nullptr))
-            throw std::bad_alloc();
+        korvale_faces faces = {detail::view_of(vertices), {}, detail::view_of(corners)};
+        if (face_sizes != nullptr)
+            faces.sizes = detail::view_of_sizes(*face_sizes);
+        const korvale_indices ends = detail::view_of(edges);
+        korvale_relaxer* made = nullptr;
+        detail::call("Relaxer", [&](korvale_error* error) {
+            return korvale_relaxer_new(&faces, edges.empty() ? nullptr : &ends, &made, error);
+        });
+        handle_.reset(made);
     }
 
-    void look_at(const char* function, PointView points) const
-    {
-        if (points.size() != size())
-            throw Error(function, "points", "be " + detail::text_of(size()) + " like the mesh's",
-                        "there are " + detail::text_of(points.size()));
-    }
-
-    void compute(PointSpan points, int steps)
-    {
-        DATAstruct record = detail::record_over(points);
-        const int result = PreserveCompute(&state_->status, &record, steps);
-        state_->status.cur_points = nullptr; // the record ends here
-        if (result != 1)
-            throw std::bad_alloc();
-    }
-
-    /// Whether no step has divided by a force of 0.
-    bool is_sound(PointView points) const
-    {
-        return detail::is_finite(state_->status.energy) && std::ranges::none_of(points.coordinates(), detail::is_nan);
-    }
-
-    std::unique_ptr<State> state_;
+    std::unique_ptr<korvale_relaxer, Free> handle_;
 };
 
 } // namespace korvale
