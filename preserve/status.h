@@ -28,13 +28,17 @@ struct PreserveStatus {
     DATAstruct* tags;        ///< [points] bytes, nonzero holds a point fixed, or null
     DATAstruct* masses;      ///< [points] doubles, or null; kept, read by no computation
 
-    // Connectivity. Owned, made by `PreserveInitialize`.
-    DATAstruct* face_starts;      ///< [faces] ints, first corner of each face
-    DATAstruct* point_edge_count; ///< [points] ints, edges at each point; an edge from a point to itself counts twice
-    DATAstruct* point_edge_start; ///< [points] ints, where the run of each point starts in `point_edges`
-    DATAstruct* point_edges;      ///< [2 edges] ints, edges grouped by point, ascending within each
-    DATAstruct* point_faces;      ///< [2 edges] ints, faces grouped by point in the same runs, -1 where unused; kept,
-                                  ///< read by no computation
+    // Connectivity. Owned, made by `PreserveInitialize` for the host; the library walks the lists that it was given.
+    DATAstruct* face_starts; ///< [faces] ints, first corner of each face; read by no computation
+    DATAstruct*
+        point_edge_count; ///< [points] ints, edges at each point, one from a point to itself counted twice; read
+                          ///< by no computation
+    DATAstruct* point_edge_start; ///< [points] ints, where the run of each point starts in `point_edges`; read by no
+                                  ///< computation
+    DATAstruct* point_edges;      ///< [2 edges] ints, edges grouped by point, ascending within each; read by no
+                                  ///< computation
+    DATAstruct* point_faces;      ///< [2 edges] ints, faces grouped by point in the same runs, -1 where unused; read by
+                                  ///< no computation
 
     // Reference measures. In the names here and below, o is what a measure originally was, n what it is now.
     double weights[4]; ///< weight of each term: length, face angle, volume, area; 1.0 after `PreserveInitialize`

@@ -1,5 +1,5 @@
-// The table of terms. A term lives in one file with its reference, energy and force; the record, the energy, the force
-// and the relaxation only walk this table.
+// The table of terms. A term lives in one file with its reference, energy and force; the record, the energy and the
+// force only walk this table, but where a trial may be given up volume and area are measured first.
 #include "preserve/internal/terms.h"
 
 #include "preserve/angles.h"

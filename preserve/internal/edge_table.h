@@ -21,8 +21,8 @@ inline uint32_t edge_hash(int32_t from, int32_t to)
     return (7 - kScatter) * static_cast<uint32_t>(from) + kScatter * static_cast<uint32_t>(to);
 }
 
-/// Where an edge belongs as if by chance: the lower bits hang on all bits of both points. It stays out of the loops that
-/// note edges, which need the registers.
+/// Where an edge belongs as if by chance: the lower bits hang on all bits of both points. It stays out of the loops
+/// that note edges, which need the registers.
 [[gnu::noinline]] inline uint32_t scattered_hash(int32_t from, int32_t to)
 {
     uint64_t edge = uint64_t{static_cast<uint32_t>(from)} << 32 | static_cast<uint32_t>(to);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "preserve/compute.h"
+#include "tests/preserve/input.h"
 #include "tests/preserve/random_meshes.h"
 #include "tests/preserve/solver.h"
 #include "tests/support/arrays.h"
@@ -264,6 +265,31 @@ TEST(PreserveCompute, MassesPlayNoPart)
         EXPECT_EQ(PreserveCompute(*solver, solver->moved(), 4), 1);
     }
     EXPECT_TRUE(same_bits(with.positions(), without.positions()));
+}
+
+TEST(PreserveCompute, WhatWasDerivedOfTheConnectivityPlaysNoPart)
+{
+    Input whole = two_triangles(), edited = two_triangles();
+    OwnedDATA first = points<DATAstruct>({0, 0, 0, 1.5, 0, 0, 1, 1, 0.25, -0.5, 1, 0});
+    OwnedDATA second = points<DATAstruct>(values_of(*first));
+    for (Input* input : {&whole, &edited}) {
+        ASSERT_EQ(input->initialize(), 1);
+        PreserveStatus& s = input->status;
+        if (input == &edited)
+            for (DATAstruct* d :
+                 {s.face_starts, s.point_edge_count, s.point_edge_start, s.point_edges, s.point_faces}) {
+                std::fill_n(d->ivals, d->count, 1 << 30);
+                d->count = 1 << 30;
+            }
+        for (int term = 1; term <= PRESERVE_AREA; term *= 2)
+            ASSERT_EQ(PreservePreserve(&s, term, 0.25), 1);
+        EXPECT_EQ(PreserveCompute(&s, input == &edited ? second : first, 5), 1);
+    }
+    EXPECT_TRUE(same_array(*first, *second));
+    EXPECT_TRUE(same_array(*whole.status.force, *edited.status.force));
+    EXPECT_TRUE(same_bits(whole.status.energy, edited.status.energy));
+    release(whole);
+    release(edited);
 }
 
 TEST(PreserveCompute, AllocatesNothing)
