@@ -42,7 +42,8 @@ KORVALE_API int data_to_xy_xfms(Data* path, Xfm xfm, Xfm reverse, int closed);
 /// - All points on one line: a turn about y by atan2(z, x) of its direction that also moves p0 to the origin.
 /// - All points within 1e-06 of the first: as a single point.
 ///
-/// Deliberate: after 101 attempts the normal is negated unseen. A vertex on the bisector of the first proper corner and
-/// within about 0.15 of it uses them up, and the outline is turned over: a counter-clockwise square of side 0.01 that
-/// starts at its least corner comes out clockwise, and so does a large outline that starts with such a step.
+/// Deliberate: after 101 attempts the normal is negated unseen, which is right at a reflex corner and turns the outline
+/// over at a convex one. A vertex on the bisector of the first proper corner and within about 0.2 of it may use them
+/// up, as the numbers drawn decide; a very near one does. A counter-clockwise square of side 0.01 that starts at its
+/// least corner comes out clockwise, and so does a large outline that starts with such a step.
 KORVALE_API void DATA_to_xy_xfms(DATAstruct* path, Xfm xfm, Xfm reverse, int closed);

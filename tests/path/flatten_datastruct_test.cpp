@@ -310,6 +310,20 @@ TEST(DATA_to_xy_xfms, ASmallClockwiseSquareIsNegatedAsWell)
     EXPECT_LT(doubled_area(carried(around, closed(around).forward)), 0);
 }
 
+TEST(DATA_to_xy_xfms, ASmallOutlineThatStartsAtAReflexCornerStaysAsItIs)
+{
+    // The notch at p0 looks along -x at p3, which no jitter leaves behind. There the normal has to be negated.
+    const std::vector<double> notched = {0.001, 0.0005, 0, 0.002, 0.001, 0, 0,     0.001, 0,
+                                         0,     0.0005, 0, 0,     0,     0, 0.002, 0,     0};
+    EXPECT_GT(doubled_area(notched), 0);
+    for (const unsigned seed : {1u, 2u, 3u, 4711u}) {
+        Flattened f;
+        EXPECT_EQ(draws(seed, [&] { f = closed(notched); }), 303) << "seed " << seed;
+        EXPECT_EQ(f.forward.m[2][2], 1.0) << "seed " << seed;
+        EXPECT_GT(doubled_area(carried(notched, f.forward)), 0) << "seed " << seed;
+    }
+}
+
 /// Whether `xyz`, counter-clockwise about +z, comes out counter-clockwise for each of `seeds` seeds; -1 if they differ.
 int keeps_its_turn(const std::vector<double>& xyz, int seeds)
 {
