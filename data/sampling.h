@@ -21,8 +21,9 @@
 /// Nothing happens, and the generator is left alone, when either array is null or has no elements, no buffer or one too
 /// small for them, when an element of `triangles` has fewer than nine components or one of `points` fewer than three,
 /// and, in `DATATriSample`, when either is not of kind double. More than 16 triangles ask the heap; where it is
-/// exhausted the generator is seeded and no point is written. Triangles without area, or with coordinates that are not
-/// finite, give points that mean nothing.
+/// exhausted the generator is seeded and no point is written. Many points on two triangles or more (16,385 on 16, fewer
+/// on more) ask it once again, for a table without which they come out the same. Triangles without area, or with
+/// coordinates that are not finite, give points that mean nothing.
 KORVALE_API void DataTriSample(Data* triangles, unsigned int seed, Data* points, Data* vertex_attributes,
                                Data* point_attributes);
 KORVALE_API void DATATriSample(DATAstruct* triangles, unsigned int seed, DATAstruct* points,

@@ -253,6 +253,21 @@ TYPED_TEST(TriSample, NeedsNoHeapForSixteenTriangles)
     EXPECT_EQ(heap.allocations(), 0);
 }
 
+TYPED_TEST(TriSample, AsksTheHeapForATableOfManyPointsOnFewTriangles)
+{
+    NEEDS_HEAP_COUNTS();
+    Random random(18);
+    const std::tuple<int, int, int> cases[] = {
+        {16, 16384, 0}, {16, 16385, 1}, {2, 65536, 0}, {2, 65537, 1}, {1, 100000, 0}};
+    for (const auto& [triangles, count, allocations] : cases) {
+        auto t = doubles<TypeParam>(9, random.uniforms(9 * static_cast<size_t>(triangles), -1, 1));
+        auto p = array_of<TypeParam>(DATA_TYPE_DOUBLE, count, 3);
+        const HeapWatch heap;
+        sample(t.get(), 1, p.get(), this->kNone, this->kNone);
+        EXPECT_EQ(heap.allocations(), allocations) << count << " points on " << triangles;
+    }
+}
+
 TYPED_TEST(TriSample, GivesTheSamePointsWithoutRoomForATable)
 {
     NEEDS_HEAP_FAILURES();
