@@ -39,9 +39,9 @@ KORVALE_API DATAstruct* DATANew();
 /// Makes room for count * dim elements of kind `type`; set the three before. The contents are not kept.
 ///
 /// A buffer of the same kind that is large enough is reused as it stands, and alloc_dim and alloc_count keep its larger
-/// capacity. Otherwise all buffers are freed, memory that a host wraps is left to it, and a new one is made: numbers are
-/// not cleared, pointer slots are null. An unknown kind gets no buffer and succeeds. Children in slots that are freed
-/// are not released: dispose an array of arrays before.
+/// capacity. Otherwise all buffers are freed, but for memory that a host wraps, and a new one is made: numbers are not
+/// cleared, pointer slots are null. An unknown kind gets no buffer and succeeds. Children in slots that are freed are
+/// not released: dispose an array of arrays before.
 ///
 /// Returns 1, or -1 for a null record, a count or dim below 1 or more than 2^31 - 1 elements (nothing changes), or an
 /// exhausted heap (the alloc fields then already describe the shape that was wanted).
