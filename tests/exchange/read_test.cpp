@@ -289,6 +289,27 @@ TYPED_TEST(Reading, WhatReleaseAnswersIsIgnored)
     EXPECT_EQ(TypeParam::read(&this->host.collection, array), 0);
 }
 
+TEST(F3DKorvaleNormal2Data, TheHostMayWrite256BytesBesideEachNormal)
+{
+    Host host; // does so
+    OwnedData data;
+    OwnedDATA array;
+    host.expect_count(1);
+    host.expect_accessor();
+    host.expect_seek(0);
+    host.expect_read_normal({0, 0, 1});
+    host.expect_release();
+    EXPECT_EQ(F3DKorvaleNormal2Data(&host.collection, data), 0);
+    EXPECT_TRUE(same_bits({0, 0, 1}, data->dvals));
+    host.expect_count(1);
+    host.expect_accessor();
+    host.expect_seek(0);
+    host.expect_read_normal({0, 1, 0});
+    host.expect_release();
+    EXPECT_EQ(F3DKorvaleNormal2DATA(&host.collection, array), 0);
+    EXPECT_TRUE(same_bits({0, 1, 0}, array->dvals));
+}
+
 // ---- What is known of a DATAstruct's buffer
 
 TEST(F3DKorvaleVertex2DATA, ABufferAllocatedTooSmallIsReshaped)

@@ -113,7 +113,7 @@ double slots_passed(const std::vector<std::pair<int, int>>& edges)
     return static_cast<double>(table.passed()) / notes;
 }
 
-TEST(EdgeTable, PassesFewSlotsWhereOnlyEverySoManiethNumberIsUsed)
+TEST(EdgeTable, PassesFewSlotsWhereNumbersGoInSteps)
 {
     for (int apart = 1; apart <= 1 << 18; apart *= 2)
         for (const int columns : {5, 20, 80})

@@ -198,6 +198,19 @@ TEST(PreserveInitialize, MoreFacesThanEdgesAtAPointRunIntoTheNextRun)
     PreserveDispose(&input.status);
 }
 
+TEST(PreserveInitialize, OnlyAFaceBehindTheWholeListIsDropped)
+{
+    // The two slots are point 0's, then point 3's; the points before that one begin where it does.
+    for (const auto& [ends, expected] :
+         {std::pair<std::vector<int>, std::vector<int32_t>>{{0, 0}, {0, 1}}, {{3, 3}, {1, 1}}}) {
+        Input input = two_triangles(ends);
+        ASSERT_EQ(input.initialize(), 1);
+        EXPECT_EQ(input.status.point_faces->count, 2);
+        EXPECT_TRUE(same_values(expected.data(), input.status.point_faces->ivals, 2));
+        PreserveDispose(&input.status);
+    }
+}
+
 TEST(PreserveInitialize, SizesWithoutAListBuildNoEdges)
 {
     Input input = two_triangles();
