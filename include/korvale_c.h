@@ -186,8 +186,9 @@ KORVALE_C_API korvale_status korvale_relaxer_keep(korvale_relaxer* relaxer, int3
 KORVALE_C_API korvale_status korvale_relaxer_hold(korvale_relaxer* relaxer, const uint8_t* mask, int64_t count,
                                                   korvale_error* error);
 
-/// Moves points towards the shape, in place, by exactly `steps` steps of steepest descent; `*energy`, which may be null,
-/// takes what is left. Where there is energy but nothing free to move that lowers it, the points stay as they were.
+/// Moves points towards the shape, in place, by exactly `steps` steps of steepest descent; `*energy`, which may be
+/// null, takes what is left. Where there is energy but nothing free to move that lowers it, the points stay as they
+/// were.
 KORVALE_C_API korvale_status korvale_relaxer_step(korvale_relaxer* relaxer, const korvale_points_out* points,
                                                   int32_t steps, double* energy, korvale_error* error);
 
