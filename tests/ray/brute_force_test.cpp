@@ -355,8 +355,17 @@ TEST(RayAgainstBruteForce, AgreesOnAMeshWithoutThickness)
     }
 }
 
+/// Whether this run calculates more exactly in long double than in double, which valgrind does not.
+bool has_long_double()
+{
+    volatile long double one = 1, tiny = 0x1p-60L;
+    return one + tiny != one;
+}
+
 TEST(RayAgainstBruteForce, AgreesFarFromOne)
 {
+    if (!has_long_double())
+        GTEST_SKIP() << "far from one, the plain answers need a long double";
     const Causes c = compare(scaled(random_triangles(300, 1, 104), 1e9, 1e9, 1e9), 300, 16);
     EXPECT_GT(c.hits, c.rays / 2);
     EXPECT_EQ(c.edge_on, 0);

@@ -233,7 +233,6 @@ void give_other_boxes(Scene& s, int cells, size_t between)
 
 TEST(EditedCells, StayWhereTheyWereMadeWhateverBoxesTheyAreGivenAnew)
 {
-    NEEDS_HEAP_COUNTS();
     for (const int cells : {1, 2, 8, 300})
         for (const size_t between : {0, 48, 1000}) {
             const HeapWatch heap;
