@@ -10,45 +10,14 @@
 #include "platform/internal/widest.h"
 #include "ray/query.h"
 #include "tests/ray/scene.h"
+#include "tests/ray/without_four_lanes.h"
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
-
-#ifdef KORVALE_HAS_WIDE_LANES
-// What the compiler's own library found out about the processor, which `__builtin_cpu_supports` asks.
-extern "C" struct {
-    unsigned vendor, type, subtype, features;
-} __cpu_model;
-#endif
 
 namespace korvale::test {
 namespace {
 
 using namespace korvale::inside;
-
-/// While it lives, the library in this program runs as on a processor without four lanes.
-class WithoutFourLanes {
-public:
-    WithoutFourLanes()
-    {
-#ifdef KORVALE_HAS_WIDE_LANES
-        __cpu_model.features = 0;
-#endif
-        EXPECT_FALSE(has_avx2());
-    }
-    ~WithoutFourLanes()
-    {
-#ifdef KORVALE_HAS_WIDE_LANES
-        __cpu_model.features = features_;
-#endif
-    }
-    WithoutFourLanes(const WithoutFourLanes&) = delete;
-    WithoutFourLanes& operator=(const WithoutFourLanes&) = delete;
-
-private:
-#ifdef KORVALE_HAS_WIDE_LANES
-    unsigned features_ = __cpu_model.features;
-#endif
-};
 
 struct Ray {
     double origin[3], direction[3];
@@ -121,6 +90,7 @@ TEST(Cast, TestsTrianglesWithFourLanesAndWithoutLikeEachByItself)
             Answer plain;
             {
                 const WithoutFourLanes here;
+                ASSERT_FALSE(has_avx2());
                 plain = cast(s, ray);
             }
             for (const Answer& actual : {wide, plain}) {
