@@ -149,6 +149,103 @@ typedef struct korvale_faces {
 /// Called now and then by long work with what is done of it, from 0 to 1. Returns 0 to stop, anything else to go on.
 typedef int32_t (*korvale_progress)(double done, void* user);
 
+// --- Offset outlines -------------------------------------------------------------------------------------------------
+
+/// How an outline is moved.
+typedef struct korvale_offset_options {
+    uint32_t size;         ///< of this struct, in bytes
+    int32_t keep_vertices; ///< 1: a point of the border per vertex of the outline; 0: removed ones are left out
+    int32_t split;         ///< 1: also stop where parts of the outline meet; 0: only where an edge vanishes (quicker)
+    int32_t reserved;      ///< 0
+    double height;         ///< lift of the border along the normal from which the outline runs counter-clockwise
+} korvale_offset_options;
+
+/// Keeps vertices, stops at splits, height 0. `size` is that of the struct you compiled with.
+KORVALE_C_API void korvale_offset_defaults(korvale_offset_options* options, size_t size);
+
+/// One border. Of `korvale_offset` the caller sets the pointers; `points` has to be there, the others may be null.
+typedef struct korvale_border {
+    double* points;       ///< [count][3] the border; room for as many points as the outline has
+    uint8_t* removed;     ///< [vertices] 1 for a vertex that was removed on the way
+    int32_t* merged_into; ///< [vertices] the vertex that each one merged into, itself while it stayed
+    int64_t count;        ///< written: points of the border
+    int64_t vertices;     ///< written: vertices of the outline
+    int32_t collapsed;    ///< written: 1 where nothing is left of the outline
+    int32_t reserved;
+} korvale_border;
+
+/// The border of a closed, planar outline: every edge moved sideways by `distance` in the outline's own plane, outwards
+/// where it is positive, with corners kept sharp.
+///
+/// The last point joins the first; do not repeat it. The plane may lie anywhere. The border may be written over the
+/// outline.
+///
+/// No random number is drawn, and outlines may have any size: one that reaches less than 1, or 2^24 and more, along each
+/// axis is brought to an ordinary size by a power of two first. So lengths count as nothing below about a millionth of a
+/// small outline (of up to 1 across), and below 1.2e-06 in others.
+///
+/// Refuses fewer than three points and numbers that are not finite.
+KORVALE_C_API korvale_status korvale_offset(const korvale_points* outline, double distance,
+                                            const korvale_offset_options* options, korvale_border* border,
+                                            korvale_error* error);
+
+/// Moves outlines one after the other in arrays that are kept: the quickest way to many.
+typedef struct korvale_offsetter korvale_offsetter;
+
+/// Makes one in `*offsetter`, null on failure.
+KORVALE_C_API korvale_status korvale_offsetter_new(korvale_offsetter** offsetter, korvale_error* error);
+
+/// Moves an outer outline and its holes, `count` in all: a positive distance grows the outer outline and shrinks the
+/// holes, whichever way round each of them runs; all are lifted along the normal of the outer one. The outlines do not
+/// see each other. Where an argument is refused the borders of the run before stay; where the heap is exhausted there are
+/// none.
+KORVALE_C_API korvale_status korvale_offsetter_run(korvale_offsetter* offsetter, const korvale_points* outlines,
+                                                   int64_t count, double distance,
+                                                   const korvale_offset_options* options, korvale_error* error);
+
+/// The borders of the latest run: as many as there were outlines, 0 before the first and after one that failed.
+KORVALE_C_API int64_t korvale_offsetter_count(const korvale_offsetter* offsetter);
+
+/// Border `k` of the latest run, in memory of the offsetter that is good until the next run; all zero where there is no
+/// such border.
+KORVALE_C_API korvale_border korvale_offsetter_border(const korvale_offsetter* offsetter, int64_t k);
+
+/// Hands border `k` of the latest run over: its arrays are the caller's, to be released with `free`, and the offsetter has
+/// no such border any more.
+KORVALE_C_API korvale_border korvale_offsetter_take(korvale_offsetter* offsetter, int64_t k);
+
+/// Releases an offsetter.
+KORVALE_C_API void korvale_offsetter_free(korvale_offsetter* offsetter);
+
+// --- Planes and frames -----------------------------------------------------------------------------------------------
+
+/// How the plane of a path is found.
+typedef struct korvale_flatten_options {
+    uint32_t size;       ///< of this struct, in bytes
+    int32_t open;        ///< 1: the path is an open polyline; 0: an outline
+    int32_t by_extremes; ///< 1: from the extremes of the bounds, whichever way the outline then runs
+    int32_t reserved;    ///< 0
+} korvale_flatten_options;
+
+/// A closed outline, not by extremes.
+KORVALE_C_API void korvale_flatten_defaults(korvale_flatten_options* options, size_t size);
+
+/// The transforms that lay a planar outline into the plane z = 0, counter-clockwise there, and carry it back: 16 numbers
+/// each, row by row. Either may be null.
+///
+/// No random number is drawn, and paths may have any size, as outlines of `korvale_offset`.
+///
+/// Refuses no points, numbers that are not finite and, by extremes, points that lie on one line.
+KORVALE_C_API korvale_status korvale_flatten(const korvale_points* path, const korvale_flatten_options* options,
+                                             double* to_plane, double* from_plane, korvale_error* error);
+
+/// One frame for every point of a polyline, 16 numbers each, row by row: `frames` [count][16]. The columns of a frame
+/// are its x axis, y axis, z axis and the point. z points back along the path and halves the angle at a joint; x turns
+/// as little as it can. `closed` joins the last point to the first and spreads the turn left over over all frames.
+///
+/// Refuses fewer than two points and numbers that are not finite.
+KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t closed, double* frames,
+                                            korvale_error* error);
 // --- Relaxation ------------------------------------------------------------------------------------------------------
 
 /// A mesh that remembers its shape and brings deformed copies of its points back towards it. It keeps a copy.

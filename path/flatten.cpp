@@ -6,6 +6,7 @@
 // Both matrices are the identity before anything is looked at, so every early return leaves identities.
 #include "path/flatten.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "data/internal/buffers.h"
@@ -297,8 +298,8 @@ void jitter(Ray& ray, const double* normal)
 
 enum class Crossings { even, odd, vertex_on_line };
 
-/// Counts the edges apart from the corner's own that cross the ray, up to the first vertex on its line.
-Crossings count_crossings(const Outline& outline, int corner, const Ray& ray)
+/// Counts the edges apart from the corner's own that cross the ray, up to the first vertex within `on_line` of its line.
+Crossings count_crossings(const Outline& outline, int corner, const Ray& ray, double on_line)
 {
     const int previous = outline.before(corner);
     bool odd = false;
@@ -309,9 +310,9 @@ Crossings count_crossings(const Outline& outline, int corner, const Ray& ray)
         const double* const to = outline.next(k);
         const double d1 = dot(ray.side, from) + ray.side_offset;
         const double d2 = dot(ray.side, to) + ray.side_offset;
-        if (std::fabs(d1) < kOnLine || std::fabs(d2) < kOnLine)
+        if (std::fabs(d1) < on_line || std::fabs(d2) < on_line)
             return Crossings::vertex_on_line;
-        if (d1 * d2 > 0)
+        if ((d1 < 0) == (d2 < 0))
             continue;
         const double t = d1 / (d1 - d2);
         double q[3];
@@ -330,7 +331,7 @@ bool is_reflex(const Outline& outline, const Corner& corner)
 {
     Ray ray = bisect(outline, corner);
     for (int attempt = 1;; ++attempt) {
-        const Crossings crossings = count_crossings(outline, corner.vertex, ray);
+        const Crossings crossings = count_crossings(outline, corner.vertex, ray, kOnLine);
         if (crossings == Crossings::vertex_on_line)
             jitter(ray, corner.normal);
         if (attempt == kLastAttempt)
@@ -353,7 +354,113 @@ bool flatten_closed(const Outline& outline, const Transforms& to)
     return true;
 }
 
+// ---- Closed outlines without random numbers
+
+/// Rounding moves a coordinate, or a sum of a few products of unit vectors with coordinates, by less than this share of
+/// the greatest coordinate.
+constexpr double kRounding = 0x1p-49;
+/// A corner whose plane rounding may have tilted by more than this is looked at again.
+constexpr double kTilt = 1e-06;
+/// How much nearer to the points the mean plane is than a corner's that rounding has tilted.
+constexpr double kNearer = 16.0;
+/// An area that is a smaller share of its parts is nothing but rounding.
+constexpr double kLeastArea = 1e-12;
+
+double greatest_coordinate(const Outline& outline)
+{
+    double greatest = 0.0;
+    for (int64_t k = 0; k < 3 * int64_t{outline.count}; ++k)
+        greatest = std::max(greatest, std::fabs(outline.points[k]));
+    return greatest;
+}
+
+/// Writes the normal, not normalised, about which the outline runs counter-clockwise. False where its parts cancel.
+bool find_mean_normal(const Outline& outline, double* normal)
+{
+    double parts = 0.0;
+    normal[0] = normal[1] = normal[2] = 0.0;
+    for (int i = 1; i < outline.count - 1; ++i) {
+        double a[3], b[3], part[3];
+        subtract(outline.point(i), outline.point(0), a);
+        subtract(outline.point(i + 1), outline.point(0), b);
+        cross(a, b, part);
+        add(normal, part, normal);
+        parts += std::fabs(part[0]) + std::fabs(part[1]) + std::fabs(part[2]);
+    }
+    return length(normal) > kLeastArea * parts;
+}
+
+/// Whether the corner is reflex, by the documented ray where that runs through no vertex, else by the outline's area.
+/// Where that is nothing, as of an eight, the ray decides after all, and vertices on its line lie to the left of it.
+bool is_reflex_for_sure(const Outline& outline, const Corner& corner, double rounding)
+{
+    const Ray ray = bisect(outline, corner);
+    Crossings crossings = count_crossings(outline, corner.vertex, ray, std::max(kOnLine, rounding));
+    double normal[3];
+    if (crossings == Crossings::vertex_on_line && find_mean_normal(outline, normal))
+        return dot(normal, corner.normal) < 0;
+    if (crossings == Crossings::vertex_on_line)
+        crossings = count_crossings(outline, corner.vertex, ray, 0.0);
+    return crossings == Crossings::odd;
+}
+
+/// How far the points get from the plane through `origin`.
+double greatest_height(const Outline& outline, const double* origin, const double* normal)
+{
+    double greatest = 0.0;
+    for (int i = 0; i < outline.count; ++i) {
+        double d[3];
+        subtract(outline.point(i), origin, d);
+        greatest = std::max(greatest, std::fabs(dot(d, normal)));
+    }
+    return greatest;
+}
+
+/// Whether it is by rounding that the plane of a corner misses the outline: its edges are short or nearly straight, and
+/// the mean plane, whose unit normal is written then, does better.
+bool is_tilted_by_rounding(const Outline& outline, const Corner& corner, double rounding, double* normal)
+{
+    const double* const at = outline.point(corner.vertex);
+    double in[3], out[3], product[3];
+    subtract(at, outline.previous(corner.vertex), in);
+    subtract(outline.next(corner.vertex), at, out);
+    cross(in, out, product);
+    if (rounding * std::max(length(in), length(out)) <= kTilt * length(product))
+        return false;
+    if (!find_mean_normal(outline, normal))
+        return false;
+    const double size = length(normal);
+    for (int k = 0; k < 3; ++k)
+        normal[k] /= size;
+    return greatest_height(outline, at, corner.normal) > kNearer * (greatest_height(outline, at, normal) + rounding);
+}
+
+bool flatten_closed_for_sure(const Outline& outline, const Transforms& to)
+{
+    Corner corner;
+    if (!find_corner(outline, corner))
+        return false;
+    const double rounding = kRounding * greatest_coordinate(outline);
+    double normal[3];
+    if (!is_tilted_by_rounding(outline, corner, rounding, normal)) {
+        const double sign = is_reflex_for_sure(outline, corner, rounding) ? -1.0 : 1.0;
+        for (int k = 0; k < 3; ++k)
+            normal[k] = sign * corner.normal[k];
+    }
+    orient(outline.point(corner.vertex), corner.outgoing, normal, to.forward, to.reverse);
+    return true;
+}
+
 } // namespace
+
+void flatten_for_sure(const double* points, int count, double (*xfm)[4], double (*reverse)[4], bool closed)
+{
+    const Transforms to = {xfm, reverse};
+    set_identities(to);
+    const Outline outline = {points, count};
+    if (!closed || !flatten_closed_for_sure(outline, to))
+        flatten_open(outline, to);
+}
 
 int flatten(const Data* path, double (*xfm)[4], double (*reverse)[4], bool closed)
 {

@@ -36,6 +36,45 @@ struct HeapAllocator {
 template <class T>
 using Vector = std::vector<T, HeapAllocator<T>>;
 
+/// A block that is taken up by other elements again and again: it grows, but neither keeps nor clears what it holds.
+template <class T>
+class Block {
+public:
+    Block() = default;
+    Block(Block&& other) noexcept : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+    Block& operator=(Block&& other) noexcept
+    {
+        std::swap(data_, other.data_);
+        std::swap(size_, other.size_);
+        return *this;
+    }
+    ~Block() { std::free(data_); }
+
+    /// Room for at least n elements.
+    void make_room(size_t n)
+    {
+        if (n <= size_)
+            return;
+        T* const larger = HeapAllocator<T>().allocate(n);
+        std::free(data_);
+        data_ = larger;
+        size_ = n;
+    }
+
+    T* data() const { return data_; }
+
+    /// Hands the block over, to be released with `free`; there is none then.
+    T* release()
+    {
+        size_ = 0;
+        return std::exchange(data_, nullptr);
+    }
+
+private:
+    T* data_ = nullptr;
+    size_t size_ = 0;
+};
+
 /// A handle for the host: `new` and `delete` on the C heap.
 ///@{
 template <class T, class... Arguments>

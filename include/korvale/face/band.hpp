@@ -38,6 +38,76 @@ struct Band {
 
 namespace detail {
 
+/// A `BORDERStatus` with its ten arrays, released with the value. They keep their capacity from sweep to sweep.
+class Sweep {
+public:
+    Sweep()
+    {
+        for (DATAstruct& array : arrays_)
+            DATAInitialize(&array);
+        DATAstruct** const fields[] = {&status_.path,      &status_.output, &status_.flat, &status_.velocity,
+                                       &status_.direction, &status_.line,   &status_.dead, &status_.length,
+                                       &status_.rate,      &status_.merge};
+        for (std::size_t i = 0; i < kArrays; ++i)
+            *fields[i] = &arrays_[i];
+    }
+    ~Sweep()
+    {
+        for (DATAstruct& array : arrays_)
+            DATADispose(&array);
+    }
+    Sweep(const Sweep&) = delete;
+    Sweep& operator=(const Sweep&) = delete;
+
+    BORDERStatus& status() { return status_; }
+    /// `BORDER` on one outline, with the status' height. The outline is read in place.
+    void run(PointView outline, double distance)
+    {
+        look_at(outline, distance);
+        finish(BORDER(&status_));
+    }
+
+    /// `BORDER` on one outline that the record owns and that gains wings.
+    void run_with_wings(PointView line, double distance)
+    {
+        DATAstruct& path = *status_.path;
+        path.type = DATA_TYPE_DOUBLE;
+        path.count = static_cast<std::int32_t>(line.size());
+        path.dim = 3;
+        if (DATAAllocate(&path) != 1)
+            throw std::bad_alloc();
+        std::ranges::copy(line.coordinates(), path.dvals);
+        BORDERAddWings(&status_);
+        if (path.count != static_cast<std::int32_t>(line.size()) + 2)
+            throw std::bad_alloc();
+        status_.distance = distance;
+        if (BORDER(&status_) != 1)
+            throw std::bad_alloc();
+    }
+
+    bool is_removed(std::size_t vertex) const { return status_.dead->bvals[vertex] != 0; }
+
+private:
+    static constexpr std::size_t kArrays = 10;
+
+    void look_at(PointView outline, double distance)
+    {
+        DATADispose(status_.path); // a line that has gained wings is the record's own
+        *status_.path = record_over(outline);
+        status_.distance = distance;
+    }
+
+    void finish(int result)
+    {
+        DATAInitialize(status_.path); // the points were the caller's
+        if (result != 1)
+            throw std::bad_alloc();
+    }
+
+    DATAstruct arrays_[kArrays];
+    BORDERStatus status_ = {};
+};
+
 /// A line within the plane in which its band lies.
 struct LinePlane {
     Point normal;

@@ -18,7 +18,8 @@ struct Flattening {
 
 /// The transforms that lay a planar outline into the plane z = 0, running counter-clockwise there, and carry it back.
 ///
-/// Measure in units in which an outline is about 1 or larger; lengths below 1e-06 have no direction here.
+/// No random number is drawn. Paths may have any size: lengths have no direction below 1e-06, or, where a path reaches
+/// less than 1 along each axis, below about a millionth of that.
 ///
 /// ```
 /// const korvale::Flattening way = korvale::flatten(outline);
@@ -30,20 +31,12 @@ struct Flattening {
 /// Throws `Error` without points, for numbers that are not finite, and, by extremes, where all points lie on one line.
 inline Flattening flatten(PointView path, const FlattenOptions& options = {})
 {
-    detail::require_points("flatten", "path", path, 1);
+    const korvale_points points = detail::view_of(path);
+    const korvale_flatten_options how = {sizeof how, !options.closed, options.by_extremes, 0};
     Flattening way;
-    if (!options.by_extremes) {
-        DATAstruct record = detail::record_over(path);
-        DATA_to_xy_xfms(&record, way.to_plane.m, way.from_plane.m, options.closed);
-        return way;
-    }
-    Data record;
-    DataInitialize(&record);
-    record.dim = 3;
-    record.count = static_cast<std::int32_t>(path.size());
-    record.dvals = detail::unconst(path.data());
-    if (data_to_xy_xfms(&record, way.to_plane.m, way.from_plane.m, options.closed) != 1)
-        throw Error("flatten", "path", "span a plane", "its points lie on one line or too close together");
+    korvale_error error;
+    detail::check("flatten", korvale_flatten(&points, &how, &way.to_plane.m[0][0], &way.from_plane.m[0][0], &error),
+                  error);
     return way;
 }
 
@@ -57,24 +50,13 @@ inline Flattening flatten(PointView path, const FlattenOptions& options = {})
 /// an open path that runs once around, from the last point over all points to the first.
 inline void frames(PointView path, std::span<Transform> output, bool closed = false)
 {
-    detail::require_points("frames", "path", path, 2);
-    if (output.size() != path.size())
+    const korvale_points points = detail::view_of(path);
+    korvale_error error;
+    if (path.size() >= 2 && output.size() != path.size())
         throw Error("frames", "output", "have " + detail::counted(path.size(), "frame"),
                     "it has " + detail::text_of(output.size()));
-    DATAstruct record = detail::record_over(path);
-    PATH2xfm(&record, closed, &output[0].m);
-    if (!closed || !detail::is_nan(output[1].m[0][0]))
-        return;
-
-    const std::size_t n = path.size();
-    std::vector<double> around(3 * (n + 2));
-    std::ranges::copy(path.coordinates(), around.begin() + 3);
-    std::ranges::copy(path[n - 1], around.begin());
-    std::ranges::copy(path[0], around.end() - 3);
-    std::vector<Transform> open(n + 2);
-    record = detail::record_over(PointView(around));
-    PATH2xfm(&record, 0, &open[0].m);
-    std::copy_n(open.begin() + 1, n, output.begin());
+    double* const numbers = output.empty() ? nullptr : &output[0].m[0][0];
+    detail::check("frames", korvale_frames(&points, closed, numbers, &error), error);
 }
 
 /// One frame for every point of a polyline.

@@ -23,179 +23,17 @@ struct Offset {
 
 namespace detail {
 
-/// Twice the area that an outline goes round, along the normal from which it runs counter-clockwise. Zero where its
-/// parts cancel but for rounding.
-inline Point doubled_area_of(PointView outline)
+inline korvale_offset_options options_of(const OffsetOptions& options)
 {
-    constexpr double kRounding = 1e-12;
-    Point sum = {};
-    double size = 0.0;
-    for (std::size_t i = 1; i + 1 < outline.size(); ++i) {
-        const Point a = minus(outline[i], outline[0]), b = minus(outline[i + 1], outline[0]);
-        const Point part = {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-        sum = plus(sum, 1.0, part);
-        size += std::fabs(part[0]) + std::fabs(part[1]) + std::fabs(part[2]);
-    }
-    return length(sum) > kRounding * size ? sum : Point{};
+    return {sizeof(korvale_offset_options), options.keep_vertices, options.split, 0, options.height};
 }
 
-/// A `BORDERStatus` with its ten arrays, released with the value. They keep their capacity from sweep to sweep.
-class Sweep {
-public:
-    Sweep()
-    {
-        for (DATAstruct& array : arrays_)
-            DATAInitialize(&array);
-        DATAstruct** const fields[] = {&status_.path,      &status_.output, &status_.flat, &status_.velocity,
-                                       &status_.direction, &status_.line,   &status_.dead, &status_.length,
-                                       &status_.rate,      &status_.merge};
-        for (std::size_t i = 0; i < kArrays; ++i)
-            *fields[i] = &arrays_[i];
-    }
-    ~Sweep()
-    {
-        for (DATAstruct& array : arrays_)
-            DATADispose(&array);
-    }
-    Sweep(const Sweep&) = delete;
-    Sweep& operator=(const Sweep&) = delete;
-
-    BORDERStatus& status() { return status_; }
-    Points border() const { return take_points(*status_.output); }
-
-    /// `BORDER` on one outline, with the status' height. The outline is read in place.
-    void run(PointView outline, double distance)
-    {
-        look_at(outline, distance);
-        finish(BORDER(&status_));
-    }
-
-    /// `BORDER_BORDER` on one outline.
-    void run_flat(PointView outline, double distance)
-    {
-        look_at(outline, distance);
-        finish(BORDER_BORDER(&status_));
-    }
-
-    /// `BORDER` on one outline that the record owns and that gains wings.
-    void run_with_wings(PointView line, double distance)
-    {
-        DATAstruct& path = *status_.path;
-        path.type = DATA_TYPE_DOUBLE;
-        path.count = static_cast<std::int32_t>(line.size());
-        path.dim = 3;
-        if (DATAAllocate(&path) != 1)
-            throw std::bad_alloc();
-        std::ranges::copy(line.coordinates(), path.dvals);
-        BORDERAddWings(&status_);
-        if (path.count != static_cast<std::int32_t>(line.size()) + 2)
-            throw std::bad_alloc();
-        status_.distance = distance;
-        if (BORDER(&status_) != 1)
-            throw std::bad_alloc();
-    }
-
-    bool is_removed(std::size_t vertex) const { return status_.dead->bvals[vertex] != 0; }
-
-    /// Points of the border, vertices of its outline: none before the first sweep, after one that failed and once the
-    /// result has been handed over.
-    ///@{
-    std::size_t points() const { return held(*status_.output); }
-    std::size_t vertices() const { return held(*status_.dead); }
-    ///@}
-
-    /// Whether no area is left of the outline. Without splits a part that has shrunk to nothing goes on, inside out,
-    /// and grows again; so there the border is compared with the outline.
-    bool has_collapsed() const
-    {
-        constexpr double kThin = 1.2e-06; // neighbours within this merge
-        const DATAstruct &output = *status_.output, &dead = *status_.dead;
-        const bool kept = output.count == dead.count;
-        std::vector<Point> live;
-        live.reserve(points());
-        for (std::ptrdiff_t i = 0, at = 0; i < dead.count; ++i) {
-            if (dead.bvals[i] != 0)
-                continue;
-            const double* const p = output.dvals + 3 * (kept ? i : at++);
-            live.push_back({p[0], p[1], p[2]});
-        }
-        if (live.size() < 3)
-            return true;
-        Point along = {};
-        for (const Point& p : live)
-            if (const Point d = minus(p, live[0]); dot(d, d) > dot(along, along))
-                along = d;
-        const double reach = length(along);
-        if (reach < kThin || std::ranges::all_of(live, [&](const Point& p) {
-                return length(cross(along, minus(p, live[0]))) < kThin * reach;
-            }))
-            return true;
-        return status_.split_events == 0 && dot(doubled_area_of(live), area_) < 0.0;
-    }
-
-    /// Hands the result over; the arrays it takes start again empty.
-    Offset take()
-    {
-        Offset result;
-        result.collapsed = has_collapsed();
-        const std::size_t n = vertices();
-        result.points = take_points(*status_.output);
-        result.removed = {std::exchange(status_.dead->bvals, nullptr), n};
-        result.merged_into = {std::exchange(status_.merge->ivals, nullptr), n};
-        DATADispose(status_.dead);
-        DATADispose(status_.merge);
-        return result;
-    }
-
-private:
-    static constexpr std::size_t kArrays = 10;
-
-    void look_at(PointView outline, double distance)
-    {
-        DATADispose(status_.path); // a line that has gained wings is the record's own
-        *status_.path = record_over(outline);
-        status_.distance = distance;
-        if (status_.split_events == 0)
-            area_ = doubled_area_of(outline);
-    }
-
-    void finish(int result)
-    {
-        DATAInitialize(status_.path); // the points were the caller's
-        if (result == 1)
-            return;
-        for (DATAstruct* const array : {status_.output, status_.dead, status_.merge})
-            DATADispose(array);
-        throw std::bad_alloc();
-    }
-
-    static std::size_t held(const DATAstruct& array)
-    {
-        return array.count < 0 ? 0 : static_cast<std::size_t>(array.count);
-    }
-
-    static Points take_points(DATAstruct& array)
-    {
-        const std::size_t count = held(array);
-        Points points(std::exchange(array.dvals, nullptr), count);
-        DATADispose(&array);
-        return points;
-    }
-
-    DATAstruct arrays_[kArrays];
-    BORDERStatus status_ = {};
-    Point area_ = {}; // of the outline, where splits are off
-};
-
-inline void check_outline(const char* argument, PointView outline)
+/// Throws for `offset`; `one_outline` goes by its own name.
+inline void check_offset(korvale_status status, const korvale_error& error, bool one_outline)
 {
-    require_points("offset", argument, outline, 3);
-}
-
-inline void check_options(double distance, const OffsetOptions& options)
-{
-    require_finite("offset", "distance", distance);
-    require_finite("offset", "options.height", options.height);
+    if (status == KORVALE_BAD_ARGUMENT && one_outline && std::string_view(error.argument) == "outline 0")
+        throw Error("offset", "outline", error.wanted, error.given);
+    check("offset", status, error);
 }
 
 } // namespace detail
@@ -209,82 +47,102 @@ inline void check_options(double distance, const OffsetOptions& options)
 /// ```
 class Offsetter {
 public:
+    Offsetter()
+    {
+        korvale_offsetter* made;
+        korvale_error error;
+        const korvale_status status = korvale_offsetter_new(&made, &error);
+        detail::check("offset", status, error);
+        offsetter_.reset(made);
+    }
+
     /// Offsets one outline; see `offset`. What the accessors show is valid until the next call. They show no points and
     /// no vertices before the first one, after `take` and `shape`, and when the heap was exhausted.
     Offsetter& operator()(PointView outline, double distance, const OffsetOptions& options = {})
     {
-        detail::check_outline("outline", outline);
-        detail::check_options(distance, options);
-        set(options);
-        sweep_.run(outline, distance);
+        const korvale_points points = detail::view_of(outline);
+        run({&points, 1}, distance, options, true);
         return *this;
     }
 
     /// The border of the latest outline.
     std::span<const Point> points() const
     {
-        return {reinterpret_cast<const Point*>(status().output->dvals), sweep_.points()};
+        return {reinterpret_cast<const Point*>(border_.points), static_cast<std::size_t>(border_.count)};
     }
 
     /// [n] 1 for each vertex of the latest outline that was removed.
-    std::span<const std::uint8_t> removed() const { return {status().dead->bvals, sweep_.vertices()}; }
+    std::span<const std::uint8_t> removed() const
+    {
+        return {border_.removed, static_cast<std::size_t>(border_.vertices)};
+    }
 
     /// [n] the vertex that each one merged into, itself while it stayed.
-    std::span<const std::int32_t> merged_into() const { return {status().merge->ivals, sweep_.vertices()}; }
+    std::span<const std::int32_t> merged_into() const
+    {
+        return {border_.merged_into, static_cast<std::size_t>(border_.vertices)};
+    }
 
     /// Whether nothing is left of the latest outline, as in `Offset`; true where the accessors show none.
-    bool collapsed() const { return sweep_.has_collapsed(); }
+    bool collapsed() const { return border_.points == nullptr || border_.collapsed != 0; }
 
     /// Hands the latest result over; an empty one, `collapsed`, where the accessors show none.
-    Offset take() { return sweep_.take(); }
+    Offset take()
+    {
+        border_ = {};
+        return taken(0);
+    }
 
     /// Offsets an outer outline and its holes; see `offset`. The results are handed over, so the accessors show none.
     std::vector<Offset> shape(const ShapeView& outlines, double distance, const OffsetOptions& options = {})
     {
-        detail::check_options(distance, options);
-        if (outlines.size() == 0)
-            throw Error("offset", "outlines", "have an outer outline", "there is none");
-        for (std::size_t k = 0; k < outlines.size(); ++k)
-            detail::check_outline(("outline " + detail::text_of(k)).c_str(), outlines[k]);
-        set(options);
-
-        // The steps of BORDER on a list, one by one, so that each outline's record can be looked at.
-        Xfm flat, back;
-        DATAstruct outer = detail::record_over(outlines[0]);
-        DATA_to_xy_xfms(&outer, flat, back, 1);
+        std::vector<korvale_points> points;
+        for (const PointView outline : outlines)
+            points.push_back(detail::view_of(outline));
+        run(points, distance, options, false);
+        border_ = {};
         std::vector<Offset> borders;
-        for (std::size_t k = 0; k < outlines.size(); ++k) {
-            sweep_.run_flat(outlines[k], k == 0 ? distance : -distance);
-            DATAstruct& output = *status().output;
-            TransformDATA(flat, &output, &output);
-            for (std::ptrdiff_t i = 0; i < output.count; ++i)
-                output.dvals[3 * i + 2] += options.height;
-            TransformDATA(back, &output, &output);
-            borders.push_back(sweep_.take());
-        }
+        for (std::size_t k = 0; k < points.size(); ++k)
+            borders.push_back(taken(static_cast<std::int64_t>(k)));
         return borders;
     }
 
 private:
-    const BORDERStatus& status() const { return const_cast<detail::Sweep&>(sweep_).status(); }
+    struct Free {
+        void operator()(korvale_offsetter* offsetter) const noexcept { korvale_offsetter_free(offsetter); }
+    };
 
-    void set(const OffsetOptions& options)
+    void run(std::span<const korvale_points> outlines, double distance, const OffsetOptions& options, bool one_outline)
     {
-        BORDERStatus& status = sweep_.status();
-        status.height = options.height;
-        status.keep_collapsed = options.keep_vertices;
-        status.split_events = options.split;
+        const korvale_offset_options how = detail::options_of(options);
+        korvale_error error;
+        const korvale_status status = korvale_offsetter_run(
+            offsetter_.get(), outlines.data(), static_cast<std::int64_t>(outlines.size()), distance, &how, &error);
+        border_ = korvale_offsetter_border(offsetter_.get(), 0);
+        detail::check_offset(status, error, one_outline);
     }
 
-    detail::Sweep sweep_;
+    Offset taken(std::int64_t k)
+    {
+        const korvale_border border = korvale_offsetter_take(offsetter_.get(), k);
+        const auto vertices = static_cast<std::size_t>(border.vertices);
+        return {Points(border.points, static_cast<std::size_t>(border.count)),
+                {border.removed, vertices},
+                {border.merged_into, vertices},
+                border.points == nullptr || border.collapsed != 0};
+    }
+
+    std::unique_ptr<korvale_offsetter, Free> offsetter_;
+    korvale_border border_ = {}; // of the latest outline
 };
 
 /// The border of a closed, planar outline: every edge moved sideways by `distance` in the outline's own plane, outwards
 /// where it is positive, with corners kept sharp.
 ///
 /// The last point joins the first; do not repeat it. The plane may lie anywhere. Edges that shrink to nothing and parts
-/// that meet are taken out on the way; `removed` and `collapsed` tell of it. Lengths are absolute: work in units in
-/// which an outline measures about 1 or more.
+/// that meet are taken out on the way; `removed` and `collapsed` tell of it. No random number is drawn. Outlines may
+/// have any size: lengths count as nothing below 1.2e-06, or, where an outline reaches less than 1 along each axis, below
+/// about a millionth of that.
 ///
 /// ```
 /// const std::vector<korvale::Point> square = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
@@ -295,7 +153,19 @@ private:
 /// Throws `Error` for fewer than three points and for numbers that are not finite.
 inline Offset offset(PointView outline, double distance, const OffsetOptions& options = {})
 {
-    return Offsetter()(outline, distance, options).take();
+    Offset border;
+    border.points = Points(outline.size());
+    border.removed = Array<std::uint8_t>(outline.size());
+    border.merged_into = Array<std::int32_t>(outline.size());
+    korvale_border to = {
+        border.points.coordinates().data(), border.removed.data(), border.merged_into.data(), 0, 0, 0, 0};
+    const korvale_points points = detail::view_of(outline);
+    const korvale_offset_options how = detail::options_of(options);
+    korvale_error error;
+    detail::check("offset", korvale_offset(&points, distance, &how, &to, &error), error);
+    border.points = Points(border.points.release(), static_cast<std::size_t>(to.count));
+    border.collapsed = to.collapsed != 0;
+    return border;
 }
 
 /// The borders of an outer outline and its holes, in their order. A positive distance grows the outer outline and

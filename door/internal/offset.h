@@ -1,0 +1,62 @@
+#pragma once
+
+#include "door/internal/planes.h"
+
+// Closed outlines moved sideways in their own planes, without random numbers and in any size.
+namespace korvale::door {
+
+/// An outline, a path or a border of somebody else.
+using Outline = std::span<const Point>;
+
+/// How an outline is moved.
+struct Motion {
+    double distance; ///< outwards where it is positive
+    double height = 0.0;
+    bool keep_vertices = true;
+    bool split = true;
+};
+
+/// What is asked for, once it has been found sound.
+Motion motion_of(double distance, const korvale_offset_options& options);
+
+/// Where a border is written: room for a point, a flag and a number per vertex of the outline.
+struct BorderOut {
+    Point* points;
+    uint8_t* removed;     ///< or null
+    int32_t* merged_into; ///< or null
+    size_t size;          ///< written: points of the border
+    bool collapsed;       ///< written: nothing is left
+};
+
+/// A border in memory of its own, which is used again for the next one.
+struct Border {
+    Block<Point> points;        ///< [size]
+    Block<uint8_t> removed;     ///< [vertices]
+    Block<int32_t> merged_into; ///< [vertices]
+    size_t size = 0;
+    size_t vertices = 0;
+    bool collapsed = false;
+
+    Outline outline() const { return {points.data(), size}; }
+};
+
+/// The arrays that a sweep works in, kept from sweep to sweep.
+class Sweep {
+public:
+    /// Moves an outline of 3 or more finite points. Where the heap is exhausted nothing is written. The output may be
+    /// the outline itself. `lifted_in` are the planes along whose normal the border is lifted: without it its own.
+    void move(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in = nullptr);
+
+    /// The same into memory of the border.
+    void move(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in = nullptr);
+
+    /// Moves an outer outline and its holes, which shrink where it grows; all are lifted along its normal.
+    void move(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders);
+
+private:
+    Block<double> numbers_;
+    Block<uint8_t> dead_;
+    Block<int32_t> merge_;
+};
+
+} // namespace korvale::door

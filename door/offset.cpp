@@ -1,0 +1,297 @@
+// Closed outlines moved sideways: the documented steps of a border, on an outline brought to an ordinary size by a power
+// of two. It is laid flat once, where the plain calls do so twice, and without random numbers. What is left is looked at
+// before it is brought back to its size, so that what counts as nothing is relative to small outlines too.
+#include "door/internal/offset.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "border/internal/sweep.h"
+#include "data/operations.h"
+#include "door/internal/vectors.h"
+#include "path/internal/flatten.h"
+
+namespace korvale::door {
+namespace {
+
+/// Twice the area that an outline goes round, along the normal from which it runs counter-clockwise. Zero where its
+/// parts cancel but for rounding.
+Point doubled_area(Outline outline)
+{
+    constexpr double kRounding = 1e-12;
+    Point sum = {};
+    double size = 0.0;
+    for (size_t i = 1; i + 1 < outline.size(); ++i) {
+        const Point part = cross(minus(outline[i], outline[0]), minus(outline[i + 1], outline[0]));
+        sum = plus(sum, 1.0, part);
+        size += std::fabs(part.x) + std::fabs(part.y) + std::fabs(part.z);
+    }
+    return length(sum) > kRounding * size ? sum : Point{};
+}
+
+/// Whether no area is left of an outline: fewer than three points, or all near one line.
+bool is_thin(Outline live)
+{
+    constexpr double kThin = 1.2e-06; // neighbours within this merge
+    if (live.size() < 3)
+        return true;
+    Point along = {};
+    for (const Point& p : live)
+        if (const Point d = minus(p, live[0]); dot(d, d) > dot(along, along))
+            along = d;
+    const double reach = length(along);
+    return reach < kThin || std::ranges::all_of(live, [&](const Point& p) {
+               return length(cross(along, minus(p, live[0]))) < kThin * reach;
+           });
+}
+
+void carry(Xfm& xfm, Outline from, Point* to)
+{
+    DATAstruct source = record_over(from), output = record_over({to, from.size()});
+    TransformDATA(xfm, &source, &output);
+}
+
+/// Lifts points along the normal of a plane.
+void lift(std::span<Point> points, Planes& planes, double height)
+{
+    carry(planes.to_plane, points, points.data());
+    for (Point& p : points)
+        p.z += height;
+    carry(planes.from_plane, points, points.data());
+}
+
+/// The points of vertices that are left, side by side.
+Outline live_points(Outline border, const uint8_t* dead, size_t vertices, Point* room)
+{
+    if (border.size() < vertices || std::memchr(dead, 1, vertices) == nullptr)
+        return border;
+    size_t live = 0;
+    for (size_t i = 0; i < vertices; ++i)
+        if (dead[i] == 0)
+            room[live++] = border[i];
+    return {room, live};
+}
+
+} // namespace
+
+Motion motion_of(double distance, const korvale_offset_options& options)
+{
+    require_finite(distance, "distance");
+    require_finite(options.height, "options.height");
+    return {distance, options.height, options.keep_vertices != 0, options.split != 0};
+}
+
+void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in)
+{
+    const size_t n = outline.size();
+    numbers_.make_room(14 * n);
+    dead_.make_room(n);
+    merge_.make_room(n);
+    inside::Sweep s = {};
+    s.n = static_cast<int32_t>(n);
+    s.flat = numbers_.data();
+    s.direction = s.flat + 3 * n;
+    s.velocity = s.direction + 3 * n;
+    s.line = s.velocity + 3 * n;
+    s.length = s.line + 3 * n;
+    s.rate = s.length + n;
+    s.dead = dead_.data();
+    s.merge = merge_.data();
+
+    const double scale = scale_for(outline, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
+    s.remaining = scale * motion.distance;
+    s.split_events = motion.split;
+    auto* const flat = reinterpret_cast<Point*>(s.flat);
+    auto* const room = reinterpret_cast<Point*>(s.direction); // free before and after the sweep
+    const Outline work = scaled(outline, scale, room);
+    Planes own;
+    inside::flatten_for_sure(work[0].data(), s.n, own.to_plane, own.from_plane, true);
+    Planes lifting = lifted_in == nullptr ? own : lifted_in->scaled(scale);
+    const Point area = motion.split ? Point{} : doubled_area(work);
+    carry(own.to_plane, work, flat);
+    if (!inside::run_sweep(s))
+        throw std::bad_alloc();
+    output.size = n;
+    if (!motion.keep_vertices)
+        output.size = static_cast<size_t>(inside::pack_live_positions(s));
+    else if (!inside::join_dead_vertices(s))
+        throw std::bad_alloc();
+
+    const std::span<Point> border(output.points, output.size);
+    carry(own.from_plane, {flat, output.size}, border.data());
+    lift(border, lifting, scale * motion.height);
+    const Outline live = live_points(border, s.dead, n, room);
+    // Without splits a part that has shrunk to nothing goes on, inside out, and grows again.
+    output.collapsed = is_thin(live) || (!motion.split && dot(doubled_area(live), area) < 0.0);
+    scaled(border, 1.0 / scale, border.data());
+    if (output.removed != nullptr)
+        std::memcpy(output.removed, s.dead, n);
+    if (output.merged_into != nullptr)
+        std::memcpy(output.merged_into, s.merge, n * sizeof *s.merge);
+}
+
+void Sweep::move(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in)
+{
+    const size_t n = outline.size();
+    border.points.make_room(n);
+    border.removed.make_room(n);
+    border.merged_into.make_room(n);
+    BorderOut output = {border.points.data(), border.removed.data(), border.merged_into.data(), 0, false};
+    move(outline, motion, output, lifted_in);
+    border.size = output.size;
+    border.vertices = n;
+    border.collapsed = output.collapsed;
+}
+
+void Sweep::move(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders)
+{
+    const Planes planes = flatten(outlines[0]);
+    Motion of_outline = motion;
+    for (size_t k = 0; k < outlines.size(); ++k) {
+        move(outlines[k], of_outline, borders[k], &planes);
+        of_outline.distance = -motion.distance;
+    }
+}
+
+} // namespace korvale::door
+
+using namespace korvale::door;
+
+/// The borders of the latest run.
+struct korvale_offsetter {
+    Sweep sweep;
+    Vector<Border> borders;
+    size_t count = 0; ///< borders that there are; the others keep their memory
+};
+
+namespace korvale::door {
+namespace {
+
+void require_outline(const PointsIn& outline, std::string_view argument)
+{
+    require_points(outline, argument, 3);
+}
+
+void run(korvale_offsetter& offsetter, std::span<const Outline> outlines, const Motion& motion)
+{
+    offsetter.count = 0;
+    if (offsetter.borders.size() < outlines.size())
+        offsetter.borders.resize(outlines.size());
+    if (outlines.size() == 1)
+        offsetter.sweep.move(outlines[0], motion, offsetter.borders[0]);
+    else
+        offsetter.sweep.move(outlines, motion, offsetter.borders);
+    offsetter.count = outlines.size();
+}
+
+/// Border k of an offsetter, or null.
+const Border* find_border(const korvale_offsetter* offsetter, int64_t k)
+{
+    if (offsetter == nullptr || k < 0 || k >= static_cast<int64_t>(offsetter->count))
+        return nullptr;
+    const Border& border = offsetter->borders[static_cast<size_t>(k)];
+    return border.points.data() != nullptr ? &border : nullptr;
+}
+
+korvale_border shown(const Border& border)
+{
+    return {border.points.data()->data(),
+            border.removed.data(),
+            border.merged_into.data(),
+            static_cast<int64_t>(border.size),
+            static_cast<int64_t>(border.vertices),
+            border.collapsed,
+            0};
+}
+
+} // namespace
+} // namespace korvale::door
+
+void korvale_offset_defaults(korvale_offset_options* options, size_t size)
+{
+    give_defaults(options, size, korvale_offset_options{sizeof *options, 1, 1, 0, 0.0});
+}
+
+korvale_status korvale_offset(const korvale_points* outline, double distance, const korvale_offset_options* options,
+                              korvale_border* border, korvale_error* error)
+{
+    return answer(error, "korvale_offset", [&] {
+        const PointsIn in(outline, "outline");
+        require_outline(in, "outline");
+        const Motion motion = motion_of(distance, options_of(options, korvale_offset_defaults));
+        require(border, "border");
+        require(border->points, "border.points");
+        BorderOut output = {reinterpret_cast<Point*>(border->points), border->removed, border->merged_into, 0, false};
+        Sweep().move(in.points(), motion, output);
+        border->count = static_cast<int64_t>(output.size);
+        border->vertices = in.size();
+        border->collapsed = output.collapsed;
+    });
+}
+
+korvale_status korvale_offsetter_new(korvale_offsetter** offsetter, korvale_error* error)
+{
+    return answer(error, "korvale_offsetter_new", [&] {
+        require(offsetter, "offsetter");
+        *offsetter = nullptr;
+        *offsetter = make_handle<korvale_offsetter>();
+    });
+}
+
+korvale_status korvale_offsetter_run(korvale_offsetter* offsetter, const korvale_points* outlines, int64_t count,
+                                     double distance, const korvale_offset_options* options, korvale_error* error)
+{
+    return answer(error, "korvale_offsetter_run", [&] {
+        require(offsetter, "offsetter");
+        if (count < 1)
+            throw Refusal("outlines", "have an outer outline", "there is none");
+        require(outlines, "outlines");
+        if (count == 1) { // without a list, for the sake of speed
+            const PointsIn in(outlines, "outline 0");
+            require_outline(in, "outline 0");
+            const Outline outline = in.points();
+            run(*offsetter, {&outline, 1}, motion_of(distance, options_of(options, korvale_offset_defaults)));
+            return;
+        }
+        Vector<PointsIn> ins;
+        Vector<Outline> views;
+        ins.reserve(static_cast<size_t>(count));
+        views.reserve(static_cast<size_t>(count));
+        for (int64_t k = 0; k < count; ++k) {
+            const Text name = Text() << "outline " << k;
+            ins.emplace_back(&outlines[k], name);
+            require_outline(ins.back(), name);
+            views.push_back(ins.back().points());
+        }
+        run(*offsetter, views, motion_of(distance, options_of(options, korvale_offset_defaults)));
+    });
+}
+
+int64_t korvale_offsetter_count(const korvale_offsetter* offsetter)
+{
+    return offsetter == nullptr ? 0 : static_cast<int64_t>(offsetter->count);
+}
+
+korvale_border korvale_offsetter_border(const korvale_offsetter* offsetter, int64_t k)
+{
+    const Border* const border = find_border(offsetter, k);
+    return border == nullptr ? korvale_border{} : shown(*border);
+}
+
+korvale_border korvale_offsetter_take(korvale_offsetter* offsetter, int64_t k)
+{
+    if (find_border(offsetter, k) == nullptr)
+        return {};
+    Border& border = offsetter->borders[static_cast<size_t>(k)];
+    const korvale_border taken = shown(border);
+    border.points.release();
+    border.removed.release();
+    border.merged_into.release();
+    return taken;
+}
+
+void korvale_offsetter_free(korvale_offsetter* offsetter)
+{
+    free_handle(offsetter);
+}

@@ -1,0 +1,179 @@
+// Planes of outlines and frames along paths, through flattening and frames of the library. What is added is that no
+// random number is drawn, and that points of any size are brought to an ordinary one first, by a power of two: turns
+// stay the same to the bit then, and only translations have to be brought back.
+#include "door/internal/planes.h"
+
+#include <cmath>
+
+#include "data/data.h"
+#include "path/frames.h"
+#include "path/internal/flatten.h"
+
+namespace korvale::door {
+namespace {
+
+/// Points whose reach has an exponent of two from this on are large ...
+constexpr int kLarge = 24;
+/// ... and no number gets an exponent beyond this.
+constexpr int kLargestExponent = 1000;
+
+/// How far points reach along the axis on which they reach furthest, halved so that it is finite.
+double half_reach(std::span<const Point> points)
+{
+    double reach = 0.0;
+    for (int k = 0; k < 3; ++k) {
+        double least = points[0][k], greatest = least;
+        for (const Point& p : points) {
+            least = p[k] < least ? p[k] : least;
+            greatest = p[k] > greatest ? p[k] : greatest;
+        }
+        reach = std::fmax(reach, 0.5 * greatest - 0.5 * least);
+    }
+    return reach;
+}
+
+/// False where the points lie on one line.
+bool flatten_by_extremes(std::span<const Point> points, bool closed, Planes& planes)
+{
+    Data path;
+    DataInitialize(&path);
+    path.count = static_cast<int32_t>(points.size());
+    path.dim = 3;
+    path.dvals = record_over(points).dvals;
+    return inside::flatten(&path, planes.to_plane, planes.from_plane, closed) == 1;
+}
+
+struct Frame {
+    Xfm m;
+};
+
+/// A planar loop has a turn left over that is nothing but rounding and can be no number. Its frames are those of an open
+/// path that runs once around then, from the last point over all points to the first.
+void find_frames_of_loop(std::span<const Point> path, Xfm* frames)
+{
+    Vector<Point> around;
+    around.reserve(path.size() + 2);
+    around.push_back(path.back());
+    around.insert(around.end(), path.begin(), path.end());
+    around.push_back(path.front());
+    Vector<Frame> open(around.size());
+
+    DATAstruct record = record_over(path);
+    PATH2xfm(&record, 1, frames);
+    if (!is_nan(frames[1][0][0]))
+        return;
+    record = record_over(around);
+    PATH2xfm(&record, 0, &open[0].m);
+    std::memcpy(frames, open.data() + 1, path.size() * sizeof *frames);
+}
+
+} // namespace
+
+double scale_for(std::span<const Point> points, double distance)
+{
+    const double half = half_reach(points);
+    if (half >= 0.5 && half < 0x1p23)
+        return 1.0;
+    if (half == 0.0)
+        return 1.0;
+    const int exponent = std::ilogb(half) + 1;
+    const int wanted = exponent < 0 ? -exponent : kLarge - 1 - exponent;
+    const int most = kLargestExponent - (distance == 0.0 ? 0 : std::ilogb(distance));
+    return std::ldexp(1.0, wanted < most ? wanted : most);
+}
+
+std::span<const Point> scaled(std::span<const Point> points, double scale, Point* room)
+{
+    if (scale == 1.0)
+        return points;
+    for (size_t i = 0; i < points.size(); ++i)
+        room[i] = {points[i].x * scale, points[i].y * scale, points[i].z * scale};
+    return {room, points.size()};
+}
+
+std::span<const Point> scaled(std::span<const Point> points, double scale, Vector<Point>& room)
+{
+    if (scale != 1.0)
+        room.resize(points.size());
+    return scaled(points, scale, room.data());
+}
+
+Planes Planes::scaled(double scale) const
+{
+    Planes result = *this;
+    for (int r = 0; r < 3; ++r) {
+        result.to_plane[r][3] *= scale;
+        result.from_plane[r][3] *= scale;
+    }
+    return result;
+}
+
+Planes flatten(std::span<const Point> points, bool closed)
+{
+    Planes planes;
+    Vector<Point> room;
+    const double scale = scale_for(points);
+    const std::span<const Point> work = scaled(points, scale, room);
+    inside::flatten_for_sure(work[0].data(), static_cast<int>(work.size()), planes.to_plane, planes.from_plane, closed);
+    return planes.scaled(1.0 / scale);
+}
+
+void find_frames(std::span<const Point> path, bool closed, Xfm* frames)
+{
+    Vector<Point> room;
+    const std::span<const Point> work = scaled(path, scale_for(path), room);
+    if (closed) {
+        find_frames_of_loop(work, frames);
+    } else {
+        DATAstruct record = record_over(work);
+        PATH2xfm(&record, 0, frames);
+    }
+    if (work.data() == path.data())
+        return;
+    for (size_t i = 0; i < path.size(); ++i)
+        for (int r = 0; r < 3; ++r)
+            frames[i][r][3] = path[i][r];
+}
+
+} // namespace korvale::door
+
+using namespace korvale::door;
+
+void korvale_flatten_defaults(korvale_flatten_options* options, size_t size)
+{
+    give_defaults(options, size, korvale_flatten_options{sizeof *options, 0, 0, 0});
+}
+
+korvale_status korvale_flatten(const korvale_points* path, const korvale_flatten_options* options, double* to_plane,
+                               double* from_plane, korvale_error* error)
+{
+    return answer(error, "korvale_flatten", [&] {
+        const korvale_flatten_options how = options_of(options, korvale_flatten_defaults);
+        const PointsIn in(path, "path");
+        require_points(in, "path", 1);
+        Planes planes;
+        if (how.by_extremes == 0) {
+            planes = flatten(in, how.open == 0);
+        } else {
+            Vector<Point> room;
+            const double scale = scale_for(in.points());
+            if (!flatten_by_extremes(scaled(in.points(), scale, room), how.open == 0, planes))
+                throw Refusal("path", "span a plane", "its points lie on one line or too close together");
+            planes = planes.scaled(1.0 / scale);
+        }
+        if (to_plane != nullptr)
+            std::memcpy(to_plane, planes.to_plane, sizeof planes.to_plane);
+        if (from_plane != nullptr)
+            std::memcpy(from_plane, planes.from_plane, sizeof planes.from_plane);
+    });
+}
+
+korvale_status korvale_frames(const korvale_points* path, int32_t closed, double* frames, korvale_error* error)
+{
+    return answer(error, "korvale_frames", [&] {
+        const PointsIn in(path, "path");
+        require_points(in, "path", 2);
+        require(frames, "frames");
+        find_frames(in.points(), closed != 0, reinterpret_cast<Xfm*>(frames));
+    });
+}

@@ -1,0 +1,49 @@
+// The fixed results of outlines moved sideways, planes and frames through the C interface, on coordinates that need no
+// trigonometry.
+#include <gtest/gtest.h>
+
+#include "include/korvale_c.h"
+#include "tests/golden/hash.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+
+TEST(Golden, DoorOffset)
+{
+    Random random(1105);
+    Hash hash;
+    for (int i = 0; i < 2000; ++i) {
+        const int n = random.between(3, 40);
+        const double size = random.one_in(2) ? 10 : random.one_in(2) ? 0.01 : 1e8;
+        std::vector<double> outline(static_cast<size_t>(3 * n)), border(outline.size()),
+            frames(16 * outline.size() / 3);
+        for (int k = 0; k < n; ++k) { // up one side, down the other
+            const double along = 2 * k < n ? k : n - k;
+            outline[static_cast<size_t>(3 * k)] = size * (2 * k < n ? random.uniform(1, 2) : random.uniform(-2, -1));
+            outline[static_cast<size_t>(3 * k + 1)] = size * along;
+            outline[static_cast<size_t>(3 * k + 2)] = 0.25 * outline[static_cast<size_t>(3 * k + 1)];
+        }
+        const korvale_points points = {outline.data(), n, 0, 3, KORVALE_DOUBLE};
+        korvale_offset_options options;
+        korvale_offset_defaults(&options, sizeof options);
+        options.height = size * random.uniform(-1, 1);
+        options.split = random.between(0, 1);
+        options.keep_vertices = random.between(0, 1);
+        korvale_border result = {};
+        result.points = border.data();
+        hash.add(korvale_offset(&points, size * random.uniform(-1, 1), &options, &result, nullptr));
+        hash.add(border.data(), 3 * result.count).add(result.collapsed);
+
+        korvale_flatten_options how;
+        korvale_flatten_defaults(&how, sizeof how);
+        how.open = random.between(0, 1);
+        how.by_extremes = random.between(0, 1);
+        double to_plane[16] = {}, from_plane[16] = {};
+        hash.add(korvale_flatten(&points, &how, to_plane, from_plane, nullptr));
+        hash.add(to_plane, 16).add(from_plane, 16);
+        hash.add(korvale_frames(&points, 0, frames.data(), nullptr)).add(frames.data(), 16 * n);
+    }
+    EXPECT_EQ(hash.value(), 0x84f9062365ce55cau);
+}
+
+} // namespace korvale::test
