@@ -1,6 +1,6 @@
 // A program is run item by item on a stack of values. `step` does that as documented, one item at a time, and asks for
-// everything anew: which functions there are, how many variables, how many items. A host's function may have changed
-// any of it.
+// functions, variables and tables anew each time. The program itself is looked up again where a function of the host
+// has run, on every route: that function may have changed how many items there are, or taken the equation away.
 //
 // Nearly all programs need none of that care: the records are as the library makes them, which `Frame::open` finds out
 // once, and there are only numbers, variables and built-in functions, none of which changes a record. For these each
@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "equation/internal/functions.h"
 #include "equation/internal/program.h"
@@ -33,6 +34,9 @@ constexpr int64_t kMostValues = 51; ///< values held during an evaluation
 constexpr int64_t kMostQuick = 50;  ///< values held while it is quick: one more may be on its way to an operator
 constexpr int32_t kNearby = 64;     ///< values a pass puts aside before the heap is asked
 
+/// A position behind the items of any program.
+constexpr int64_t kStopped = std::numeric_limits<int64_t>::max();
+
 /// The values held but the topmost, from [1] on; [0] takes the 0.0 there is at first.
 using Below = double[kMostValues];
 
@@ -43,44 +47,53 @@ struct Run {
     double top = 0.0;     // the last of them; 0.0 while there is none
 };
 
-bool push(Run& run, Below& below, double value)
+/// Where there is no place for a value the program stops.
+void push(Run& run, Below& below, double value)
 {
-    if (run.depth == kMostValues)
-        return false;
+    if (run.depth == kMostValues) {
+        run.position = kStopped;
+        return;
+    }
     below[run.depth++] = run.top;
     run.top = value;
-    return true;
 }
 
-/// Runs the next item as documented; false after the last.
-bool step(EquationSystem& es, const Program& program, Run& run, Below& below)
+/// What follows an item: the next one, the end, or, where a function of the host has run, nobody knows what.
+enum class After { next, end, unknown };
+
+/// Runs the next item as documented.
+[[gnu::always_inline]] inline After step(EquationSystem& es, const Program& program, Run& run, Below& below)
 {
     if (run.position >= program.count)
-        return false;
+        return After::end;
     const int64_t p = run.position++;
-    const int32_t operand = program.operands[p];
-    switch (program.kinds[p]) {
+    const int32_t kind = program.kinds[p], operand = program.operands[p];
+    switch (kind) {
     case EQ_ITEM_END:
-        return false;
+        return After::end;
     case EQ_ITEM_CONSTANT:
-        return push(run, below, program.constants[p]);
+        push(run, below, program.constants[p]);
+        return After::next;
     case EQ_ITEM_VARIABLE:
-        return push(run, below, EqReadVariable(&es, operand));
+        push(run, below, is_variable(es, operand) ? es.var_vals->dvals[operand] : 0.0);
+        return After::next;
     case EQ_ITEM_SAMPLE:
-        return push(run, below, EqTableRead(&es, operand));
     case EQ_ITEM_UNARY:
-        if (run.depth >= 1)
-            run.top = call(es, operand, run.top);
-        return true;
     case EQ_ITEM_BINARY:
-        if (run.depth >= 2) {
-            run.depth -= 1;
-            run.top = call(es, operand, below[run.depth], run.top);
-        }
-        return true;
+        break;
     default:
-        return true;
+        return After::next;
     }
+    void* const slot = function_at(es, operand);
+    if (kind == EQ_ITEM_SAMPLE) {
+        push(run, below, EqTableRead(&es, operand));
+    } else if (kind == EQ_ITEM_UNARY && run.depth >= 1) {
+        run.top = call(slot, run.top);
+    } else if (kind == EQ_ITEM_BINARY && run.depth >= 2) {
+        run.depth -= 1;
+        run.top = call(slot, below[run.depth], run.top);
+    }
+    return is_built_in(operand, slot) ? After::next : After::unknown;
 }
 
 /// A list as the library makes it, with `least` elements or more.
@@ -253,49 +266,61 @@ template <int32_t own>
     return run_other(frame, kind, operand, below, top);
 }
 
-/// Gives the variable on the left the result, unless it is reserved, and returns it.
+/// Gives the variable on the left the result, unless it is reserved or the equation is gone, and returns it.
 double conclude(EquationSystem& es, const Program& program, double result)
 {
-    const int32_t target = program.operands[0];
+    const int32_t target = program.room == 0 ? -1 : program.operands[0];
     if (is_variable(es, target) && !is_reserved(es, target))
         es.var_vals->dvals[target] = result;
     return result;
 }
 
-/// Goes on after anything may have changed: quickly, if all is as usual, or else as documented to the end.
-[[gnu::noinline]] double go_on(Frame& frame, Run state)
+/// Runs all further items as documented. After a function of the host the program is looked up again.
+[[gnu::noinline]] double run_to_end(Frame& frame, Run state)
 {
     EquationSystem& es = *frame.es;
-    const int32_t equation = frame.equation;
-    if (state.depth >= 1 && state.depth <= kMostQuick && state.position <= frame.open<true>(es, equation))
-        return run_at(frame, state.position, state.depth, state.top);
-    const Program program = is_equation(es, equation) ? program_of(es, equation) : Program();
-    if (!program.has_target())
-        return state.top;
-    while (step(es, program, state, frame.below)) {
+    for (;;) {
+        const Program program = program_at(es, frame.equation);
+        After after;
+        do
+            after = step(es, program, state, frame.below);
+        while (after == After::next);
+        if (after == After::end)
+            return conclude(es, program, state.top);
     }
-    return conclude(es, program, state.top);
 }
 
-/// Runs the next item as documented, and goes on.
+/// Goes on after anything may have changed: quickly, if all is as usual.
+[[gnu::noinline]] double go_on(Frame& frame, Run state)
+{
+    if (state.depth >= 1 && state.depth <= kMostQuick && state.position <= frame.open<true>(*frame.es, frame.equation))
+        return run_at(frame, state.position, state.depth, state.top);
+    return run_to_end(frame, state);
+}
+
+/// Runs the next item of a program as documented, and goes on.
+[[gnu::always_inline]] inline double step_on(Frame& frame, const Program& program, Run state)
+{
+    return step(*frame.es, program, state, frame.below) == After::end ? conclude(*frame.es, program, state.top)
+                                                                      : go_on(frame, state);
+}
+
+/// `step_on` from the item a quick function was at; nothing has changed since the frame was opened.
 [[gnu::noinline]] double run_carefully(Frame& frame, const int32_t* kind, double* below, double top)
 {
-    Run state = {kind - frame.kinds, below - frame.below, top};
-    const Program program = program_of(*frame.es, frame.equation); // nothing has changed since the frame was opened
-    return step(*frame.es, program, state, frame.below) ? go_on(frame, state) : conclude(*frame.es, program, state.top);
+    return step_on(frame, program_of(*frame.es, frame.equation), {kind - frame.kinds, below - frame.below, top});
 }
 
 /// An evaluation from its beginning, whatever the records are like.
 [[gnu::noinline]] double evaluate_carefully(EquationSystem& es, int32_t equation)
 {
+    const Program program = program_at(es, equation);
+    if (!program.has_target())
+        return 0.0;
     Frame frame;
     frame.es = &es;
     frame.equation = equation;
-    Run state;
-    const Program program = is_equation(es, equation) ? program_of(es, equation) : Program();
-    if (!program.has_target())
-        return 0.0;
-    return step(es, program, state, frame.below) ? go_on(frame, state) : conclude(es, program, state.top);
+    return step_on(frame, program, {});
 }
 
 /// Calls a built-in function. The frame keeps the place meanwhile, which takes less than saving registers would.
@@ -374,12 +399,6 @@ RunItem* const kRunItems[] = {run_end,   run_other, run_other, run_other,  run_c
 int32_t equation_count(const EquationSystem& es)
 {
     return usable_count(es.equations, DATA_TYPE_DATA, kChildren);
-}
-
-/// The program of an equation, one of no items where it does not exist.
-Program program_at(const EquationSystem& es, int32_t equation)
-{
-    return is_equation(es, equation) ? program_of(es, equation) : Program();
 }
 
 bool holds_built_ins_only(const EquationSystem& es)

@@ -130,14 +130,6 @@ NamedFunctions find_named_functions(const EquationSystem& es, int32_t count, con
     return found;
 }
 
-double call_no_arg(const EquationSystem& es, int32_t f)
-{
-    const auto function = reinterpret_cast<NoArgFunction>(function_at(es, f));
-    if (function == nullptr || f >= usable_count(es.func_nargs, DATA_TYPE_INT) || es.func_nargs->ivals[f] != 0)
-        return 0.0;
-    return function();
-}
-
 void register_built_ins(EquationSystem& es)
 {
     for (const BuiltIn& built_in : kBuiltIns)

@@ -10,6 +10,10 @@
 ///
 /// `name` is used as a format that takes no values: "%%" registers a percent sign.
 ///
+/// While the library calls it, the function may read and set variables, declare, register, parse, evaluate, and make
+/// and read tables: whatever called it reads item counts, functions, variables and tables anew. It may not release the
+/// system, its arrays, tables or equations, nor simplify an equation that is running.
+///
 /// Returns 1, or -1, with nothing registered, for a name that is null, longer than 12 characters or holds any other
 /// directive, for a null function, where the arrays are full and one of them wraps memory of the host, and when the
 /// heap is exhausted (the number of functions may stay raised then).

@@ -1,7 +1,7 @@
 // A program is in postfix order, so a function whose operands are all constants stands right behind them. One walk
 // folds each such function into the first of its constants and goes on from there; what follows moves down. The
 // registry's functions are called, whatever they are; variables and samples stay, as they may differ at the next
-// evaluation.
+// evaluation. After a function of the host the program is looked up again.
 #include "equation/simplify.h"
 
 #include <cstring>
@@ -31,34 +31,58 @@ bool is_constant(const Program& program, int32_t position)
     return position >= 0 && program.kinds[position] == EQ_ITEM_CONSTANT;
 }
 
-/// Folds the function at position `p`, if it is of that kind and follows constants only; `p` is then where its value
-/// is.
-void fold_binary(const EquationSystem& es, const Program& program, int32_t& p)
+/// Puts `value` in place of the function at position `p` and of the `operands` constants before it.
+void replace(const Program& program, int32_t p, int32_t operands, double value)
 {
-    if (program.kinds[p] != EQ_ITEM_BINARY || !is_constant(program, p - 1) || !is_constant(program, p - 2))
-        return;
-    const int32_t f = program.operands[p];
-    if (function_at(es, f) == nullptr)
-        return;
-    program.constants[p - 2] = call(es, f, program.constants[p - 2], program.constants[p - 1]);
-    move_down(program, p + 1, 2);
-    p -= 2;
+    program.constants[p - operands] = value;
+    move_down(program, p + 1, operands);
 }
 
-void fold_unary(const EquationSystem& es, const Program& program, int32_t& p)
+/// Replaces function `f` at position `p` by its value, and goes back to where that is. False when the function is a
+/// host's, which may have changed the equation or taken it away.
+[[gnu::always_inline]] inline bool fold(const EquationSystem& es, int32_t equation, const Program& program, int32_t& p,
+                                        int32_t operands, int32_t f, const void* slot, double value)
+{
+    const bool is_known = is_built_in(f, slot);
+    if (is_known)
+        replace(program, p, operands, value);
+    else if (const Program changed = program_at(es, equation); p < changed.room)
+        replace(changed, p, operands, value);
+    p -= operands;
+    return is_known;
+}
+
+/// Folds the function at position `p`, if it is of that kind and follows constants only; as `fold`.
+bool fold_binary(const EquationSystem& es, int32_t equation, const Program& program, int32_t& p)
+{
+    if (program.kinds[p] != EQ_ITEM_BINARY || !is_constant(program, p - 1) || !is_constant(program, p - 2))
+        return true;
+    const int32_t f = program.operands[p];
+    void* const slot = function_at(es, f);
+    return slot == nullptr ||
+           fold(es, equation, program, p, 2, f, slot, call(slot, program.constants[p - 2], program.constants[p - 1]));
+}
+
+bool fold_unary(const EquationSystem& es, int32_t equation, const Program& program, int32_t& p)
 {
     if (program.kinds[p] != EQ_ITEM_UNARY || !is_constant(program, p - 1))
-        return;
+        return true;
     const int32_t f = program.operands[p];
-    if (function_at(es, f) == nullptr)
-        return;
-    program.constants[p - 1] = call(es, f, program.constants[p - 1]);
-    move_down(program, p + 1, 1);
-    p -= 1;
+    void* const slot = function_at(es, f);
+    return slot == nullptr || fold(es, equation, program, p, 1, f, slot, call(slot, program.constants[p - 1]));
+}
+
+/// Folds an equation from position `p` on; false, with `p` where to go on, after a function of the host.
+bool fold_from(const EquationSystem& es, int32_t equation, int32_t& p)
+{
+    const Program program = program_of(es, equation);
+    for (; p < program.room && program.kinds[p] != EQ_ITEM_END; ++p)
+        if (!fold_binary(es, equation, program, p) || !fold_unary(es, equation, program, p))
+            return false;
+    return true;
 }
 
 } // namespace
-
 } // namespace korvale::inside
 
 using namespace korvale::inside;
@@ -67,10 +91,8 @@ int EqSimplify(EquationSystem* es, int equation)
 {
     if (es == nullptr || !is_equation(*es, equation))
         return -1;
-    const Program program = program_of(*es, equation);
-    for (int32_t p = 0; p < program.room && program.kinds[p] != EQ_ITEM_END; ++p) {
-        fold_binary(*es, program, p);
-        fold_unary(*es, program, p);
+    int32_t p = 0;
+    while (!fold_from(*es, equation, p) && is_equation(*es, equation)) {
     }
     return 1;
 }
@@ -79,8 +101,7 @@ int EqSystemSimplify(EquationSystem* es)
 {
     if (es == nullptr)
         return -1;
-    const int32_t n = es->equations == nullptr ? 0 : es->equations->count;
-    for (int32_t i = 0; i < n; ++i)
+    for (int32_t i = 0; es->equations != nullptr && i < es->equations->count; ++i) // calls may add equations
         if (EqSimplify(es, i) < 0)
             return -(i + 1);
     return 1;

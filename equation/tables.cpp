@@ -22,9 +22,10 @@ bool is_function(const EquationSystem& es, int32_t f)
            f < usable_count(es.tables, DATA_TYPE_DATA) && f < usable_count(es.table_pos, DATA_TYPE_INT);
 }
 
-/// A table as one read sees it.
+/// A table with columns as one read sees it.
 struct TableRead {
-    const DATAstruct* table; ///< null while the function has none
+    const double* values;
+    int64_t held; ///< values that exist
     int64_t rows;
     int64_t columns;
     int64_t column;
@@ -33,9 +34,9 @@ struct TableRead {
     bool has(int64_t row) const
     {
         const int64_t i = row * columns + column;
-        return columns > 0 && i >= 0 && i < room(table, DATA_TYPE_DOUBLE);
+        return i >= 0 && i < held;
     }
-    double at(int64_t row) const { return table->dvals[row * columns + column]; }
+    double at(int64_t row) const { return values[row * columns + column]; }
 };
 
 /// The sample the table has at row position `x`; false where only a fresh call can tell.
@@ -63,15 +64,34 @@ bool find_sample(const TableRead& read, double x, double& sample)
     return true;
 }
 
-/// Calls the function for each element of its table, which the function itself may change meanwhile.
-void fill(const EquationSystem& es, int32_t f, DATAstruct& table)
+/// Keeps the column that the next read uses.
+void keep_column(const EquationSystem& es, int32_t f, int32_t column, int32_t columns)
 {
-    const int64_t n = components(table.count, table.dim);
+    es.table_pos->ivals[f] = column >= columns ? wrapping_difference(column, columns) : column;
+}
+
+/// A fresh call, which may change the table or take everything away; column and columns are those of before.
+[[gnu::noinline]] double read_fresh(const EquationSystem& es, int32_t f, int32_t column, int32_t columns)
+{
+    const double sample = es.func_nargs->ivals[f] == 0 ? call(es.funcs->pvals[f]) : 0.0;
+    if (f < usable_count(es.table_pos, DATA_TYPE_INT))
+        keep_column(es, f, column, columns);
+    return sample;
+}
+
+/// Calls the function for each of `n` elements of its table, which the function itself may change meanwhile; false when
+/// it has taken the table away.
+bool fill(const EquationSystem& es, int32_t f, int64_t n)
+{
     for (int64_t i = 0; i < n; ++i) {
-        const double sample = call_no_arg(es, f);
-        if (i < room(&table, DATA_TYPE_DOUBLE))
-            table.dvals[i] = sample;
+        const double sample = call(function_at(es, f));
+        DATAstruct* const table = f < usable_count(es.tables, DATA_TYPE_DATA) ? table_of(es, f) : nullptr;
+        if (table == nullptr)
+            return false;
+        if (i < room(table, DATA_TYPE_DOUBLE))
+            table->dvals[i] = sample;
     }
+    return true;
 }
 
 } // namespace
@@ -99,8 +119,7 @@ int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
             table->dvals = nullptr;
         return -1;
     }
-    fill(*es, func, *table);
-    return 1;
+    return fill(*es, func, components(table->count, table->dim)) ? 1 : -1;
 }
 
 int EqMakeTableByName(EquationSystem* es, char* name, int rows, int cols)
@@ -120,15 +139,11 @@ double EqTableRead(EquationSystem* es, int func)
         return 0.0;
     const DATAstruct* const table = table_of(*es, func);
     const int32_t columns = table == nullptr ? 0 : table->dim;
-    int32_t column = es->table_pos->ivals[func];
-    const TableRead read = {table, table == nullptr ? 0 : table->count, columns, column};
+    const int32_t column = es->table_pos->ivals[func];
     double sample;
-    if (find_sample(read, es->table_index, sample))
-        column = wrapping_sum(column, 1);
-    else
-        sample = call_no_arg(*es, func);
-    if (column >= columns)
-        column = wrapping_difference(column, columns);
-    es->table_pos->ivals[func] = column;
+    if (columns < 1 || !find_sample({table->dvals, room(table, DATA_TYPE_DOUBLE), table->count, columns, column},
+                                    es->table_index, sample))
+        return read_fresh(*es, func, column, columns);
+    keep_column(*es, func, wrapping_sum(column, 1), columns);
     return sample;
 }

@@ -8,6 +8,8 @@
 /// The number of columns becomes the present number multiplied by `cols`. A new function has 0 columns; each place an
 /// equation names it adds one, so tables are made after the equations are parsed.
 ///
+/// The function may parse its own name meanwhile: it is called for the elements there were at the start.
+///
 /// Returns 1, or -1 for a function with arguments, an index that is no function's, and a table that cannot be
 /// allocated.
 ///
@@ -28,7 +30,8 @@ KORVALE_API void EqSetTableIndex(EquationSystem* es, double index);
 ///
 /// Between two rows the sample is interpolated; in the row before the first and after the last it is that of the end
 /// row. The next read takes the next column and wraps around. A fresh call does not advance the column; it is also made
-/// when the element lies outside the table's buffer, as after a further equation has widened the table.
+/// when the element lies outside the table's buffer, as after a further equation has widened the table. Should the
+/// function change rows, columns or position of its table then, the read goes on with those of before the call.
 ///
 /// Returns 0.0 for an index that is no function's, and in place of a fresh call of a function with arguments.
 KORVALE_API double EqTableRead(EquationSystem* es, int func);

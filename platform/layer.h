@@ -42,7 +42,7 @@ KORVALE_API unsigned RegisterWindowMessageA(const char* name);
 /// Sets the state of the process's random generator.
 KORVALE_API void Mwsrand(unsigned seed);
 
-/// The next number of the process's random generator, 0 to 32767.
+/// The next number of the process's random generator, 0 to 32767. A host's own calls nothing of korvale.
 KORVALE_API int Mwrand();
 
 /// Writes the numbers that the next `count` calls of `Mwrand` would give and returns 1, where `rand` and `srand` are

@@ -46,21 +46,21 @@ inline void* function_at(const EquationSystem& es, int32_t f)
     return f >= 0 && f < usable_count(es.funcs, DATA_TYPE_POINTER) ? es.funcs->pvals[f] : nullptr;
 }
 
-/// A call through the registry, 0.0 where there is no function.
-inline double call(const EquationSystem& es, int32_t f, double x)
+/// A call of what a function slot points to, 0.0 where that is nothing.
+inline double call(void* slot)
 {
-    const auto function = reinterpret_cast<UnaryFunction>(function_at(es, f));
-    return function == nullptr ? 0.0 : function(x);
+    return slot == nullptr ? 0.0 : reinterpret_cast<NoArgFunction>(slot)();
 }
 
-inline double call(const EquationSystem& es, int32_t f, double a, double b)
+inline double call(void* slot, double x)
 {
-    const auto function = reinterpret_cast<BinaryFunction>(function_at(es, f));
-    return function == nullptr ? 0.0 : function(a, b);
+    return slot == nullptr ? 0.0 : reinterpret_cast<UnaryFunction>(slot)(x);
 }
 
-/// A call through the registry, 0.0 where there is no function or one with arguments.
-double call_no_arg(const EquationSystem& es, int32_t f);
+inline double call(void* slot, double a, double b)
+{
+    return slot == nullptr ? 0.0 : reinterpret_cast<BinaryFunction>(slot)(a, b);
+}
 
 /// Registers the eighteen built-in functions in order.
 void register_built_ins(EquationSystem& es);
@@ -80,7 +80,8 @@ struct BuiltIn {
     Function function;
 };
 
-/// The built-in functions where they stand in the registry. They change nothing but the random generator.
+/// The built-in functions where they stand in the registry. They change nothing but the random generator: `Mwrand`, a
+/// host's own one too, calls nothing of the library.
 inline constexpr BuiltIn kBuiltIns[] = {{"ADD", 2, {.two = EqFuncAdd}},
                                         {"SUBTRACT", 2, {.two = EqFuncSubtract}},
                                         {"MULTIPLY", 2, {.two = EqFuncMultiply}},

@@ -45,4 +45,10 @@ inline Program program_of(const EquationSystem& es, int32_t equation)
     return {kinds->ivals, operands->ivals, constants->dvals, kMostItems, kinds->count};
 }
 
+/// The items of an equation, none where it does not exist.
+inline Program program_at(const EquationSystem& es, int32_t equation)
+{
+    return is_equation(es, equation) ? program_of(es, equation) : Program();
+}
+
 } // namespace korvale::inside

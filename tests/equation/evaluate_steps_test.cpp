@@ -40,6 +40,14 @@ double hide_variables(double x)
     return x;
 }
 
+/// Leaves equation 0 another number of items, from 1 to 100.
+double recount(double x)
+{
+    int32_t& count = static_cast<DATAstruct*>(meddled_with->equations->pvals[0])->count;
+    count = 1 + (37 * count + 11) % 100;
+    return x;
+}
+
 double seven()
 {
     EqSetVariable(meddled_with, 2, 7);
@@ -68,7 +76,7 @@ void fill_program(System& es, int equation, Random& random, bool may_meddle)
                       : kind == EQ_ITEM_VARIABLE ? random.between(0, 5)
                                                  : random.between(15, 16);
         if (may_meddle && kind == EQ_ITEM_UNARY && random.one_in(8))
-            operand = random.one_in(2) ? 18 : 20;
+            operand = random.one_in(3) ? 18 : random.one_in(2) ? 20 : 22;
         if (may_meddle && kind == EQ_ITEM_SAMPLE && random.one_in(8))
             operand = 21;
         if (kind == EQ_ITEM_VARIABLE && random.one_in(30))
@@ -83,7 +91,7 @@ void fill_program(System& es, int equation, Random& random, bool may_meddle)
 }
 
 /// A system of six variables or, at times, so many that a pass copies them only if it must, the functions SETTHIRD
-/// (18), SWAP (19), HIDE (20) and SEVEN (21), and `programs` equations.
+/// (18), SWAP (19), HIDE (20), SEVEN (21) and RECOUNT (22), and `programs` equations.
 struct Composed : System {
     Composed(Random& random, int programs)
     {
@@ -100,6 +108,7 @@ struct Composed : System {
         add("SWAP", swap_functions);
         add("HIDE", hide_variables);
         add("SEVEN", seven);
+        add("RECOUNT", recount);
         for (int i = 0; i < programs; ++i) {
             if (parse("a = 0") != 2)
                 std::abort();
@@ -112,7 +121,7 @@ struct Composed : System {
         if (random.one_in(6))
             std::swap(get()->funcs->pvals[5 + random.below(10)], get()->funcs->pvals[5 + random.below(10)]);
         if (random.one_in(20))
-            get()->funcs->pvals[random.below(22)] = nullptr;
+            get()->funcs->pvals[random.below(23)] = nullptr;
     }
 };
 

@@ -96,10 +96,14 @@ void release(DATAstruct* values)
     std::free(values);
 }
 
-double run(EquationSystem* es, const Items& items, double* values)
+/// Asks for the items anew each time: a function that is called may have changed them.
+double run(EquationSystem* es, int equation, double* values)
 {
     int n = 0;
-    for (int p = 0; p < items.count && items.kinds[p] != EQ_ITEM_END; ++p) {
+    for (int p = 0;; ++p) {
+        const Items items = items_of(*es, equation);
+        if (p >= items.count || items.kinds[p] == EQ_ITEM_END)
+            break;
         const int kind = items.kinds[p], operand = items.operands[p];
         if (kind == EQ_ITEM_CONSTANT || kind == EQ_ITEM_VARIABLE || kind == EQ_ITEM_SAMPLE) {
             const double* const value = kind == EQ_ITEM_VARIABLE ? variable(*es, operand) : nullptr;
@@ -124,13 +128,13 @@ double run(EquationSystem* es, const Items& items, double* values)
 
 double evaluate(EquationSystem* es, int equation)
 {
-    const Items items = items_of(*es, equation);
-    if (!items.has_target())
+    if (!items_of(*es, equation).has_target())
         return 0.0;
     DATAstruct* const stack = new_doubles(51);
-    const double result = run(es, items, stack->dvals);
+    const double result = run(es, equation, stack->dvals);
     release(stack);
-    const int target = items.operands[0];
+    const Items items = items_of(*es, equation);
+    const int target = items.room == 0 ? -1 : items.operands[0];
     if (double* const value = variable(*es, target); value != nullptr && !is_reserved(*es, target))
         *value = result;
     return result;
