@@ -12,8 +12,8 @@
 //
 // A pass over all equations. As documented, its results gather in a copy of all variables, made before the pass and
 // copied back after it, so that nothing else which happens to a variable meanwhile lasts. Only a host's function can do
-// such a thing. Where the equations call built-in functions alone, all but the results of reserved variables is in
-// place already, and only those are put aside.
+// such a thing, or parse equations, which the pass then comes to as well. Where the equations call built-in functions
+// alone, all but the results of reserved variables is in place already, and only those are put aside.
 #include "equation/evaluate.h"
 
 #include <algorithm>
@@ -396,11 +396,6 @@ RunItem* const kRunItems[] = {run_end,   run_other, run_other, run_other,  run_c
                               run_other, run_draw,  run_unary, run_binary, run_other,    run_other,
                               run_other, run_other, run_other, run_other,  run_other};
 
-int32_t equation_count(const EquationSystem& es)
-{
-    return usable_count(es.equations, DATA_TYPE_DATA, kChildren);
-}
-
 bool holds_built_ins_only(const EquationSystem& es)
 {
     const int32_t n = usable_count(es.funcs, DATA_TYPE_POINTER);
@@ -423,57 +418,55 @@ bool calls_built_ins_only(const EquationSystem& es, const Program& program)
 }
 
 /// Whether no equation can call a function of the host.
-bool is_undisturbed(const EquationSystem& es, int32_t equations)
+bool is_undisturbed(const EquationSystem& es)
 {
     if (holds_built_ins_only(es))
         return true;
-    for (int32_t i = 0; i < equations; ++i)
-        if (!calls_built_ins_only(es, program_at(es, i)))
+    for (int32_t i = 0; is_equation(es, i); ++i)
+        if (!calls_built_ins_only(es, program_of(es, i)))
             return false;
     return true;
 }
 
-bool has_reserved_target(const EquationSystem& es, const Program& program)
+/// The reserved variable on the left of an equation, or -1.
+int32_t reserved_target(const EquationSystem& es, int32_t equation)
 {
-    return program.has_target() && is_variable(es, program.operands[0]) && is_reserved(es, program.operands[0]);
+    const Program program = program_of(es, equation);
+    const int32_t target = program.has_target() ? program.operands[0] : -1;
+    return is_variable(es, target) && is_reserved(es, target) ? target : -1;
 }
 
 /// The pass when nothing but its results changes a variable.
-int pass_undisturbed(EquationSystem& es, int32_t equations)
+int pass_undisturbed(EquationSystem& es)
 {
     int32_t reserved = 0;
-    for (int32_t i = 0; i < equations; ++i)
-        reserved += has_reserved_target(es, program_at(es, i));
+    for (int32_t i = 0; is_equation(es, i); ++i)
+        reserved += reserved_target(es, i) >= 0;
     Scratch<double, kNearby> results(reserved);
     if (!results.exists())
         return -1;
     double* next = results.get();
-    for (int32_t i = 0; i < equations; ++i) {
-        const Program program = program_at(es, i);
-        if (!program.has_target())
-            continue;
+    for (int32_t i = 0; is_equation(es, i); ++i) {
         const double result = EqEvaluate(&es, i);
-        if (has_reserved_target(es, program))
+        if (reserved_target(es, i) >= 0)
             *next++ = result;
     }
     next = results.get();
-    for (int32_t i = 0; i < equations; ++i) {
-        const Program program = program_at(es, i);
-        if (has_reserved_target(es, program))
-            es.var_vals->dvals[program.operands[0]] = *next++;
-    }
+    for (int32_t i = 0; is_equation(es, i); ++i)
+        if (const int32_t target = reserved_target(es, i); target >= 0)
+            es.var_vals->dvals[target] = *next++;
     return 1;
 }
 
-/// The pass as documented, whatever the functions it calls do.
-int pass_with_copy(EquationSystem& es, int32_t equations, int32_t variables)
+/// The pass as documented, whatever the functions it calls do: equations that they parse run in it as well.
+int pass_with_copy(EquationSystem& es, int32_t variables)
 {
     Scratch<double, kNearby> after(variables);
     if (!after.exists())
         return -1;
     std::copy_n(es.var_vals->dvals, variables, after.get());
-    for (int32_t i = 0; i < equations; ++i) {
-        const Program program = program_at(es, i);
+    for (int32_t i = 0; is_equation(es, i); ++i) {
+        const Program program = program_of(es, i);
         if (!program.has_target())
             continue;
         const int32_t target = program.operands[0];
@@ -481,7 +474,8 @@ int pass_with_copy(EquationSystem& es, int32_t equations, int32_t variables)
         if (target >= 0 && target < variables)
             after.get()[target] = result;
     }
-    std::copy_n(after.get(), std::min(variables, variable_count(es)), es.var_vals->dvals);
+    if (const int32_t left = std::min(variables, variable_count(es)); left > 0)
+        std::copy_n(after.get(), left, es.var_vals->dvals);
     return 1;
 }
 
@@ -510,7 +504,7 @@ int EqSystemEvaluate(EquationSystem* es)
     const int32_t variables = es == nullptr ? 0 : variable_count(*es);
     if (variables == 0)
         return -1;
-    const int32_t equations = equation_count(*es);
-    return variables > kNearby && is_undisturbed(*es, equations) ? pass_undisturbed(*es, equations)
-                                                                 : pass_with_copy(*es, equations, variables);
+    if (variables > kNearby && is_undisturbed(*es))
+        return pass_undisturbed(*es);
+    return pass_with_copy(*es, variables);
 }

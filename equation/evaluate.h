@@ -16,5 +16,9 @@ KORVALE_API double EqEvaluate(EquationSystem* es, int equation);
 /// What functions that are called change in variables does not outlast the pass: at its end every variable has its last
 /// result, or, when it stands on no left side, the value it had at the start.
 ///
+/// Equations that such a function parses run in the same pass, when it comes to them. A function that parses a call of
+/// itself each time keeps the pass going until the heap is exhausted. Variables declared during the pass have no place
+/// in it: what is assigned to a reserved one is dropped, and one that is not reserved keeps what it is given.
+///
 /// Returns 1, or -1 with nothing changed for a null system, one without variables, or an exhausted heap.
 KORVALE_API int EqSystemEvaluate(EquationSystem* es);

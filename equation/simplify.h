@@ -11,5 +11,7 @@
 /// Deliberate: the count of the kinds stays; the program ends at the `EQ_ITEM_END` that now follows it.
 KORVALE_API int EqSimplify(EquationSystem* es, int equation);
 
-/// `EqSimplify` on all equations, in order. Returns 1, -(i + 1) when equation i fails, or -1 for a null system.
+/// `EqSimplify` on all equations, in order, those that a called function parses meanwhile included.
+///
+/// Returns 1, -(i + 1) when equation i fails, or -1 for a null system.
 KORVALE_API int EqSystemSimplify(EquationSystem* es);

@@ -265,6 +265,74 @@ TEST(HostFunctions, ReleasingTheVariablesLosesTheResultOnEveryRoute)
     });
 }
 
+TEST(HostFunctions, EquationsParsedWhileAPassRunsRunInIt)
+{
+    Host host;
+    host.set("x", 1);
+    host.parse("y = ACT(2)");
+    int parsed = 0;
+    act = [&] {
+        if (parsed++ < 30) // beyond the room for equations
+            host.parse(parsed < 30 ? "x = x + 1" : "z = ACT(x)");
+    };
+    EXPECT_EQ(EqSystemEvaluate(host), 1);
+    EXPECT_EQ(host->equations->count, 2);
+    EXPECT_EQ(host.get("x"), 2.0);
+    parsed = 29;
+    EXPECT_EQ(EqSystemEvaluate(host), 1);
+    EXPECT_EQ(host->equations->count, 3);
+    EXPECT_EQ(host.get("x"), 3.0);
+    EXPECT_EQ(host.get("z"), 3.0);
+    act = once([&] {
+        host.grow();
+        host.parse("x = 5");
+    });
+    EXPECT_EQ(EqSystemEvaluate(host), 1);
+    EXPECT_EQ(host->equations->count, 27);
+    EXPECT_EQ(host.get("x"), 5.0);
+    EXPECT_EQ(host.get("y"), 2.0);
+}
+
+TEST(HostFunctions, EquationsParsedWhileAPassOverManyVariablesRunsRunInIt)
+{
+    Host host;
+    for (char first = 'a'; first <= 'c'; ++first)
+        for (char second = 'a'; second <= 'z'; ++second)
+            host.declare({first, second}, 1);
+    host.parse("aa = x");
+    host.parse("y = ACT(2)");
+    act = [&] { host.parse("cz = 7"); };
+    EXPECT_EQ(EqSystemEvaluate(host), 1);
+    EXPECT_EQ(host.get("cz"), 7.0);
+}
+
+TEST(HostFunctions, AReservedVariableDeclaredWhileAPassRunsDropsItsResult)
+{
+    Host host;
+    host.parse("y = ACT(2)");
+    act = once([&] {
+        host.declare("kept", 1);
+        host.declare("free", 0);
+        host.parse("kept = 7");
+        host.parse("free = kept + 8");
+    });
+    EXPECT_EQ(EqSystemEvaluate(host), 1);
+    EXPECT_EQ(host.get("kept"), 0.0);
+    EXPECT_EQ(host.get("free"), 8.0); // changed at once
+    EXPECT_EQ(EqSystemEvaluate(host), 1);
+    EXPECT_EQ(host.get("kept"), 7.0);
+}
+
+TEST(HostFunctions, ReleasingTheSystemEndsAPass)
+{
+    Host host;
+    host.parse("y = ACT(2)");
+    host.parse("x = 7");
+    act = [&] { EqSystemDispose(host); };
+    EXPECT_EQ(EqSystemEvaluate(host), 1);
+    EXPECT_EQ(host->var_vals, nullptr);
+}
+
 TEST(HostFunctions, ReleasingTheSystemEndsATableRead)
 {
     Host host;
@@ -362,9 +430,13 @@ TEST(HostFunctions, DeclareRegisterAndParseWhileEquationsAreSimplified)
 {
     Host host;
     host.parse("y = 2 + ACT(3) * (1 JOIN 5) + x");
-    act = once([&] { host.grow(); });
-    EXPECT_EQ(EqSimplify(host, 0), 1);
+    act = once([&] {
+        host.grow();
+        host.parse("z = 2 * 3");
+    });
+    EXPECT_EQ(EqSystemSimplify(host), 1);
     EXPECT_EQ(host.program(0), "y = 17 x ADD");
+    EXPECT_EQ(host.program(), "z = 6"); // an equation that came meanwhile
 }
 
 TEST(HostFunctions, ReleasingTheSystemOrTheItemsEndsASimplification)

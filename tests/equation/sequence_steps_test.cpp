@@ -1,5 +1,6 @@
 #include <functional>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -20,13 +21,12 @@ using korvale::test::same_bits;
 using korvale::test::state_of;
 using korvale::test::System;
 
-/// How the functions below change a variable of the side that calls them.
-std::function<void(int, double)> meddle;
+/// What the functions below do to the side that calls them.
+std::function<void(double)> meddle;
 
 double meddling(double x)
 {
-    meddle(2, x);
-    meddle(4, x + 1);
+    meddle(x);
     return -x;
 }
 
@@ -35,6 +35,7 @@ double count;
 
 double counting()
 {
+    meddle(count);
     return ++count;
 }
 
@@ -54,6 +55,101 @@ void* erased(Function* function)
     return reinterpret_cast<void*>(function);
 }
 
+/// What functions of a host do to either side, in the same words.
+struct LibrarySide {
+    System& es;
+
+    void set(int v, double value) { EqSetVariable(es, v, value); }
+    void declare(const std::string& names, int flag) { es.declare(names, flag); }
+    void add(const std::string& name) { es.add(name, mean); }
+    void parse(const std::string& text) { es.parse(text); }
+    void tabulate(int rows) { EqMakeTable(es, 15, rows, 1); }
+    void set_row_position(double x) { EqSetTableIndex(es, x); }
+    int equations() { return es->equations->count; }
+    void set_count(int equation, int items) { es.kinds(equation)->count = items; }
+    void evaluate(int equation) { EqEvaluate(es, equation); }
+    void evaluate_all() { EqSystemEvaluate(es); }
+    void simplify(int equation) { EqSimplify(es, equation); }
+};
+
+struct ModelSide {
+    EquationModel& model;
+
+    void set(int v, double value) { model.set_variable(v, value); }
+    void declare(const std::string& names, int flag) { model.parse_variables(names, flag); }
+    void add(const std::string& name) { model.add_function(name, 2, erased(mean)); }
+    void parse(std::string text) { model.parse_equation(text); }
+    void tabulate(int rows) { model.make_table(15, rows, 1); }
+    void set_row_position(double x) { model.set_table_index(x); }
+    int equations() { return model.equations(); }
+    void set_count(int equation, int items) { model.set_count(equation, items); }
+    void evaluate(int equation) { model.evaluate(equation); }
+    void evaluate_all() { model.evaluate_all(); }
+    void simplify(int equation) { model.simplify(equation); }
+};
+
+/// The functions of a host in one run, which do the same to both sides.
+template <class Side>
+class Meddler {
+public:
+    Meddler(Side side, int seed, bool may_simplify)
+        : side_(side), random_(static_cast<uint64_t>(seed)), may_simplify_(may_simplify)
+    {
+    }
+
+    void operator()(double x)
+    {
+        side_.set(2, x);
+        side_.set(4, x + 1);
+        if (!random_.one_in(6))
+            return;
+        const int equations = side_.equations(), equation = equations == 0 ? 0 : random_.below(equations);
+        const std::string names[] = {"x", "z", "s", "m", "ma", "mb"};
+        const std::string& name = names[random_.below(6)];
+        switch (random_.below(8)) {
+        case 0:
+            side_.declare(name, random_.below(2));
+            break;
+        case 1:
+            side_.add("M" + name);
+            break;
+        case 2:
+        case 3:
+            if (parses_++ < 2) // or a pass would never end
+                side_.parse(name + (random_.one_in(2) ? "= MEDDLE(x) + COUNT" : "= 2 * 3 + RAND - s"));
+            break;
+        case 4:
+            side_.tabulate(random_.between(1, 3));
+            side_.set_row_position(random_.uniform(-1.5, 3));
+            break;
+        case 5:
+            if (equations > 0)
+                side_.set_count(equation, random_.below(20));
+            break;
+        case 6:
+            if (may_simplify_)
+                side_.simplify(equation);
+            break;
+        default:
+            if (std::exchange(is_evaluating_, true))
+                break;
+            if (random_.one_in(3))
+                side_.evaluate_all();
+            else
+                side_.evaluate(equation);
+            is_evaluating_ = false;
+            break;
+        }
+    }
+
+private:
+    Side side_;
+    Random random_;
+    bool may_simplify_;
+    int parses_ = 0;
+    bool is_evaluating_ = false;
+};
+
 /// A system and its model, which are given the same operations.
 class Twins {
 public:
@@ -61,6 +157,10 @@ public:
     {
         add("MEAN", 2, erased(mean));
         add("LESS", 2, erased(less));
+        if (random.one_in(2)) {
+            add("MEDDLE", 1, erased(meddling));
+            add("COUNT", 0, erased(counting));
+        }
         declare("x y z", random.one_in(3) ? 1 : 0);
         declare("r, s, t", random.one_in(2) ? 1 : 0);
         if (random.one_in(3))
@@ -235,18 +335,21 @@ private:
         EXPECT_EQ(added, expected);
     }
 
-    /// Both sides from the same random numbers, each with functions that meddle with its own variables.
+    /// Both sides from the same random numbers, each with functions that meddle with it alike.
     template <class Library, class Model>
     void same(Library library, Model model, int seed)
     {
+        const bool may_simplify = all_functions_exist();
         EqSeed(seed);
         count = seed;
-        meddle = [&](int v, double value) { EqSetVariable(es_, v, value); };
+        Meddler on_library(LibrarySide{es_}, seed, may_simplify);
+        meddle = std::ref(on_library);
         const double result = library();
         const int drawn = Mwrand();
         EqSeed(seed);
         count = seed;
-        meddle = [&](int v, double value) { model_.set_variable(v, value); };
+        Meddler on_model(ModelSide{model_}, seed, may_simplify);
+        meddle = std::ref(on_model);
         EXPECT_TRUE(same_bits(static_cast<double>(model()), result));
         EXPECT_EQ(Mwrand(), drawn);
     }

@@ -197,8 +197,12 @@ int EquationModel::make_table(int f, int rows, int columns)
         table.room_columns = table.columns;
         table.values.assign(static_cast<size_t>(wanted), 0.0);
     }
-    for (int64_t i = 0; i < wanted; ++i)
-        table.values[static_cast<size_t>(i)] = call(f);
+    for (size_t i = 0; i < static_cast<size_t>(wanted); ++i) {
+        const double value = call(f);
+        std::vector<double>& values = functions_[static_cast<size_t>(f)].table.values;
+        if (i < values.size())
+            values[i] = value;
+    }
     return 1;
 }
 
@@ -206,7 +210,7 @@ double EquationModel::read_table(int f)
 {
     if (f < 0 || f >= static_cast<int>(functions_.size()))
         return 0.0;
-    Function& function = functions_[static_cast<size_t>(f)];
+    const Function function = functions_[static_cast<size_t>(f)]; // as it is before a call
     const Table& table = function.table;
     const double x = table_index_, rows = table.rows;
     int64_t c = function.position;
@@ -239,7 +243,7 @@ double EquationModel::read_table(int f)
     }
     if (c >= table.columns)
         c -= table.columns;
-    function.position = static_cast<int32_t>(static_cast<uint32_t>(c));
+    functions_[static_cast<size_t>(f)].position = static_cast<int32_t>(static_cast<uint32_t>(c));
     return result;
 }
 
@@ -431,18 +435,22 @@ int EquationModel::simplify(int equation)
 {
     if (equation < 0 || equation >= equations())
         return -1;
-    Program& program = programs_[static_cast<size_t>(equation)];
-    const auto kind = [&](int p) { return p < 0 ? -1 : program.kinds[static_cast<size_t>(p)]; };
-    const auto constant = [&](int p) -> double& { return program.constants[static_cast<size_t>(p)]; };
+    // A function that is called may add equations, which moves the programs.
+    const auto program = [&]() -> Program& { return programs_[static_cast<size_t>(equation)]; };
+    const auto kind = [&](int p) { return p < 0 ? -1 : program().kinds[static_cast<size_t>(p)]; };
+    const auto operand = [&](int p) { return program().operands[static_cast<size_t>(p)]; };
+    const auto constant = [&](int p) -> double& { return program().constants[static_cast<size_t>(p)]; };
     for (int p = 0; p <= 99 && kind(p) != EQ_ITEM_END; ++p) {
         if (kind(p) == EQ_ITEM_BINARY && kind(p - 1) == EQ_ITEM_CONSTANT && kind(p - 2) == EQ_ITEM_CONSTANT) {
-            constant(p - 2) = call(program.operands[static_cast<size_t>(p)], constant(p - 2), constant(p - 1));
-            move_down(program, p + 1, 2);
+            const double value = call(operand(p), constant(p - 2), constant(p - 1));
+            constant(p - 2) = value;
+            move_down(program(), p + 1, 2);
             p -= 2;
         }
         if (kind(p) == EQ_ITEM_UNARY && kind(p - 1) == EQ_ITEM_CONSTANT) {
-            constant(p - 1) = call(program.operands[static_cast<size_t>(p)], constant(p - 1));
-            move_down(program, p + 1, 1);
+            const double value = call(operand(p), constant(p - 1));
+            constant(p - 1) = value;
+            move_down(program(), p + 1, 1);
             p -= 1;
         }
     }
@@ -461,14 +469,15 @@ double EquationModel::evaluate(int equation)
 {
     if (equation < 0 || equation >= equations())
         return 0.0;
-    const Program program = programs_[static_cast<size_t>(equation)];
-    if (program.kinds[0] != EQ_ITEM_TARGET)
+    // Asked anew for every item: a function that is called may change the count, or add equations.
+    const auto program = [&]() -> const Program& { return programs_[static_cast<size_t>(equation)]; };
+    if (program().kinds[0] != EQ_ITEM_TARGET)
         return 0.0;
     std::vector<double> stack;
-    for (size_t p = 0; p < static_cast<size_t>(program.count) && program.kinds[p] != EQ_ITEM_END; ++p) {
-        const int kind = program.kinds[p], operand = program.operands[p];
+    for (size_t p = 0; static_cast<int>(p) < program().count && program().kinds[p] != EQ_ITEM_END; ++p) {
+        const int kind = program().kinds[p], operand = program().operands[p];
         if (kind == EQ_ITEM_CONSTANT || kind == EQ_ITEM_VARIABLE || kind == EQ_ITEM_SAMPLE) {
-            const double pushed = kind == EQ_ITEM_CONSTANT   ? program.constants[p]
+            const double pushed = kind == EQ_ITEM_CONSTANT   ? program().constants[p]
                                   : kind == EQ_ITEM_VARIABLE ? read_variable(operand)
                                                              : read_table(operand);
             if (stack.size() == 51)
@@ -483,7 +492,7 @@ double EquationModel::evaluate(int equation)
         }
     }
     const double result = stack.empty() ? 0.0 : stack.back();
-    Variable& target = variables_[static_cast<size_t>(program.operands[0])];
+    Variable& target = variables_[static_cast<size_t>(program().operands[0])];
     if (target.flag == 0)
         target.value = result;
     return result;
@@ -495,9 +504,12 @@ int EquationModel::evaluate_all()
     for (const Variable& variable : variables_)
         after.push_back(variable.value);
     for (int i = 0; i < equations(); ++i) {
-        const Program& program = programs_[static_cast<size_t>(i)];
-        if (program.kinds[0] == EQ_ITEM_TARGET)
-            after[static_cast<size_t>(program.operands[0])] = evaluate(i);
+        if (programs_[static_cast<size_t>(i)].kinds[0] != EQ_ITEM_TARGET)
+            continue;
+        const auto target = static_cast<size_t>(programs_[static_cast<size_t>(i)].operands[0]);
+        const double result = evaluate(i);
+        if (target < after.size()) // a variable that was declared meanwhile has no place
+            after[target] = result;
     }
     for (size_t v = 0; v < after.size(); ++v)
         variables_[v].value = after[v];

@@ -34,6 +34,9 @@ public:
     /// Replaces the pointer of a function slot.
     void replace_function(int f, void* function) { functions_[static_cast<size_t>(f)].pointer = function; }
 
+    /// Changes the number of items of an equation.
+    void set_count(int equation, int count) { programs_[static_cast<size_t>(equation)].count = count; }
+
     int equations() const { return static_cast<int>(programs_.size()); }
 
     /// As korvale::test::state_of.

@@ -147,8 +147,7 @@ int evaluate_all(EquationSystem* es)
     const int count = static_cast<int>(std::min<int64_t>(es->var_vals->count, room(es->var_vals, es->var_vals->dvals)));
     DATAstruct* const after = new_doubles(count);
     std::memcpy(after->dvals, es->var_vals->dvals, sizeof(double) * static_cast<size_t>(count));
-    const int equations = es->equations == nullptr ? 0 : es->equations->count;
-    for (int i = 0; i < equations; ++i) {
+    for (int i = 0; es->equations != nullptr && i < es->equations->count; ++i) {
         const Items items = items_of(*es, i);
         if (!items.has_target())
             continue;
