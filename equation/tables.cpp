@@ -88,7 +88,7 @@ bool fill(const EquationSystem& es, int32_t f, int64_t n)
         DATAstruct* const table = f < usable_count(es.tables, DATA_TYPE_DATA) ? table_of(es, f) : nullptr;
         if (table == nullptr)
             return false;
-        if (i < room(table, DATA_TYPE_DOUBLE))
+        if (i < noted_room(*table, DATA_TYPE_DOUBLE))
             table->dvals[i] = sample;
     }
     return true;
@@ -115,8 +115,6 @@ int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
     table->dim = static_cast<int32_t>(columns); // Deliberate: stays when the allocation is refused
     if (DATAAllocate(table) < 0) {
         note_room(*table, rows_before, columns_before);
-        if (is_wrapped(*table) && rows > rows_before) // nobody knows how many rows its memory is for
-            table->dvals = nullptr;
         return -1;
     }
     return fill(*es, func, components(table->count, table->dim)) ? 1 : -1;
@@ -141,7 +139,7 @@ double EqTableRead(EquationSystem* es, int func)
     const int32_t columns = table == nullptr ? 0 : table->dim;
     const int32_t column = es->table_pos->ivals[func];
     double sample;
-    if (columns < 1 || !find_sample({table->dvals, room(table, DATA_TYPE_DOUBLE), table->count, columns, column},
+    if (columns < 1 || !find_sample({table->dvals, noted_room(*table, DATA_TYPE_DOUBLE), table->count, columns, column},
                                     es->table_index, sample))
         return read_fresh(*es, func, column, columns);
     keep_column(*es, func, wrapping_sum(column, 1), columns);

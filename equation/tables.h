@@ -13,8 +13,7 @@
 /// Returns 1, or -1 for a function with arguments, an index that is no function's, and a table that cannot be
 /// allocated.
 ///
-/// Memory of the host in the table has to come from malloc: it is freed, or a buffer of the library takes its place. Of
-/// memory for no rows or columns it is not known how far it reaches, so a refusal that raises the rows takes it out.
+/// Memory of the host in the table has to come from malloc: it is freed, or a buffer of the library takes its place.
 ///
 /// Deliberate: the rows and the multiplied columns stay on the table when its allocation is refused. Only a number of
 /// columns beyond 31 bits changes nothing.
@@ -32,6 +31,9 @@ KORVALE_API void EqSetTableIndex(EquationSystem* es, double index);
 /// row. The next read takes the next column and wraps around. A fresh call does not advance the column; it is also made
 /// when the element lies outside the table's buffer, as after a further equation has widened the table. Should the
 /// function change rows, columns or position of its table then, the read goes on with those of before the call.
+///
+/// Memory of the host is as long as rows times columns are before the library first changes one of them. Where that is
+/// nothing every read is a fresh call, until the host sets alloc_dim and alloc_count to -1 again beside new sizes.
 ///
 /// Returns 0.0 for an index that is no function's, and in place of a fresh call of a function with arguments.
 KORVALE_API double EqTableRead(EquationSystem* es, int func);

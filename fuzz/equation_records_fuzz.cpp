@@ -110,18 +110,18 @@ DATAstruct* table_of(const EquationSystem& es, int f)
     return f < es.tables->alloc_count ? static_cast<DATAstruct*>(es.tables->pvals[f]) : nullptr;
 }
 
-/// Memory of the host for the table of a function, as long as rows times columns say. Not without columns: then the
-/// memory is for those that equations will add, and only the host knows how many.
+/// Memory of the host for the table of a function, as long as rows times columns say.
 void wrap_table(const EquationSystem& es, Input& in)
 {
-    const int f = in.below(24), rows = in.below(5), columns = 1 + in.below(3);
+    const int f = in.below(24), rows = in.below(5), columns = in.below(5) - 1;
     DATAstruct* const table = table_of(es, f);
     if (table == nullptr)
         return;
     DATADispose(table);
     table->count = rows;
     table->dim = columns;
-    table->dvals = static_cast<double*>(std::calloc(static_cast<size_t>(rows * columns), sizeof(double)));
+    table->dvals =
+        static_cast<double*>(std::calloc(static_cast<size_t>(columns < 0 ? 0 : rows * columns), sizeof(double)));
 }
 
 /// A table of the library's making; memory of the host that it takes the place of is the host's to release.

@@ -32,15 +32,29 @@ inline int32_t usable_count(const DATAstruct* d, int32_t type, int32_t dim = 1)
     return is_common ? d->count : checked_usable_count(d, type, dim);
 }
 
+/// Whether `note_room` has noted that an array holds nothing, as room for one element of no components. A host that
+/// wraps memory leaves other sizes, and the library leaves no buffer beside these.
+inline bool is_noted_empty(const DATAstruct& d)
+{
+    return d.alloc_count == 1 && d.alloc_dim == 0;
+}
+
 /// Notes for an array around memory of the host that this holds count * dim components, where its own count and dim
-/// tell something else from now on. Nothing where there is no memory or it is the library's.
+/// tell something else from now on. Nothing where there is no memory, it is the library's or it is noted already.
 inline void note_room(DATAstruct& d, int32_t count, int32_t dim)
 {
-    if (!is_wrapped(d) || buffer_of(d, d.type) == nullptr)
+    if (!is_wrapped(d) || is_noted_empty(d) || buffer_of(d, d.type) == nullptr)
         return;
-    d.alloc_count = count;
-    d.alloc_dim = dim;
+    const bool is_empty = count < 1 || dim < 1;
+    d.alloc_count = is_empty ? 1 : count;
+    d.alloc_dim = is_empty ? 0 : dim;
     d.alloc_type = d.type;
+}
+
+/// `room` of an array whose room may have been noted.
+inline int64_t noted_room(const DATAstruct& d, int32_t type)
+{
+    return is_wrapped(d) && is_noted_empty(d) ? 0 : room(&d, type);
 }
 
 /// Changes the array to count * dim components and clears those it gains; false where it has fewer then.

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <limits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -282,7 +283,26 @@ TEST(EqTableRead, ATableInMemoryOfTheHostIsReadWhereItReaches)
     EXPECT_EQ(read(-0.5), 1.0);
 }
 
-TEST(EqTableRead, ATableOfTheHostWithoutColumnsGetsThemFromEquations)
+TEST(EqTableRead, ATableOfTheHostWithoutColumnsIsReadFreshHoweverManyEquationsAdd)
+{
+    for (const int columns : {0, -1, -4}) {
+        System es;
+        es.add("F", fresh);
+        es.declare("y");
+        wrap_table(es, 4, columns, {}); // a read would be one of memory that is not there
+        for (int mentions = 0; mentions < 8; ++mentions) {
+            for (const double index : {-0.5, 0.0, 0.5, 3.0, 3.5}) {
+                EqSetTableIndex(es, index);
+                EXPECT_EQ(EqTableRead(es, 18), -1000.0);
+            }
+            es.parse("y = F");
+            EXPECT_EQ(es.table(18)->dim, columns + mentions + 1);
+        }
+        EXPECT_NE(es.table(18)->dvals, nullptr);
+    }
+}
+
+TEST(EqTableRead, ATableOfTheHostWithNewSizesIsReadAgain)
 {
     System es;
     es.add("F", fresh);
@@ -290,6 +310,8 @@ TEST(EqTableRead, ATableOfTheHostWithoutColumnsGetsThemFromEquations)
     wrap_table(es, 2, 0, {1, 2});
     es.parse("y = F");
     EqSetTableIndex(es, 1.0);
+    EXPECT_EQ(EqTableRead(es, 18), -1000.0);
+    es.table(18)->alloc_count = es.table(18)->alloc_dim = -1; // 2 x 1, as count and dim say
     EXPECT_EQ(EqTableRead(es, 18), 2.0);
 }
 
@@ -310,33 +332,22 @@ TEST(EqMakeTable, RefusedItLeavesTheHostsMemoryAsLongAsItIs)
     EXPECT_EQ(read(-0.5), 1.0);
 }
 
-TEST(EqMakeTable, RefusedItForgetsMemoryOfTheHostForNoRows)
+TEST(EqMakeTable, RefusedItReadsNothingFromMemoryOfTheHostForNoRowsOrColumns)
 {
-    System es;
-    es.add("F", fresh);
-    es.declare("y");
-    wrap_table(es, 0, 1, {1, 2, 3, 4});
-    double* const hosts = es.table(18)->dvals;
-    EXPECT_EQ(EqMakeTable(es, 18, 4, -1), -1);
-    EXPECT_EQ(es.table(18)->count, 4);
-    EXPECT_EQ(es.table(18)->dim, -1);
-    EXPECT_EQ(es.table(18)->dvals, nullptr);
-    es.parse("y = F + F"); // one column now
-    EqSetTableIndex(es, 0.0);
-    EXPECT_EQ(EqTableRead(es, 18), -1000.0);
-    std::free(hosts);
-}
-
-TEST(EqMakeTable, RefusedForNoMoreRowsItKeepsMemoryOfTheHost)
-{
-    System es;
-    es.add("F", fresh);
-    es.declare("y");
-    wrap_table(es, 2, 0, {1, 2});
-    EXPECT_EQ(EqMakeTable(es, 18, 2, 1), -1);
-    es.parse("y = F");
-    EqSetTableIndex(es, 1.0);
-    EXPECT_EQ(EqTableRead(es, 18), 2.0);
+    for (const auto& [rows, columns] : {std::pair(0, 1), std::pair(2, 0), std::pair(0, 0)}) {
+        System es;
+        es.add("F", fresh);
+        es.declare("y");
+        wrap_table(es, rows, columns, {});
+        double* const hosts = es.table(18)->dvals;
+        EXPECT_EQ(EqMakeTable(es, 18, 4, -1), -1);
+        EXPECT_EQ(es.table(18)->count, 4);
+        EXPECT_EQ(es.table(18)->dim, -columns);
+        EXPECT_EQ(es.table(18)->dvals, hosts);
+        es.parse("y = F + F"); // one column or two
+        EqSetTableIndex(es, 0.0);
+        EXPECT_EQ(EqTableRead(es, 18), -1000.0);
+    }
 }
 
 TEST(EqTableRead, ColumnsOfZeroOrLessAreReadFreshAndStillWrap)
