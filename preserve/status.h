@@ -29,10 +29,9 @@ struct PreserveStatus {
     DATAstruct* masses;      ///< [points] doubles, or null; kept, read by no computation
 
     // Connectivity. Owned, made by `PreserveInitialize` for the host; the library walks the lists that it was given.
-    DATAstruct* face_starts; ///< [faces] ints, first corner of each face; read by no computation
-    DATAstruct*
-        point_edge_count; ///< [points] ints, edges at each point, one from a point to itself counted twice; read
-                          ///< by no computation
+    DATAstruct* face_starts;      ///< [faces] ints, first corner of each face; read by no computation
+    DATAstruct* point_edge_count; ///< [points] ints, edges at each point, an edge from a point to itself counted twice;
+                                  ///< read by no computation
     DATAstruct* point_edge_start; ///< [points] ints, where the run of each point starts in `point_edges`; read by no
                                   ///< computation
     DATAstruct* point_edges;      ///< [2 edges] ints, edges grouped by point, ascending within each; read by no
