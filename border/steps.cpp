@@ -230,18 +230,18 @@ bool merge_short_edges(Wavefront& w)
     return true;
 }
 
-bool measure_over_hairpin(Wavefront& w, int32_t& from)
+int32_t measure_over_hairpin(Wavefront& w)
 {
     const int32_t i = std::exchange(w.hairpin, -1), before = previous_live(w, i), j = next_live(w, i);
     const double dx = w.at.x[j] - w.at.x[before], dy = w.at.y[j] - w.at.y[before];
     const double length = std::sqrt(dx * dx + dy * dy);
     if (length < kMergeLength) {
         keep_edges(w);
-        // The first vertex that dies leaves the last edge, whose turn comes last, with a new length.
+        // The first vertex that dies leaves the last edge, whose turn comes last, with a new length. Two vertices stay:
+        // of two that are left, one edge is as it was, hence not short, and the other is as long.
         int32_t at = before;
         do {
-            if (!merge_from(w, at))
-                return false;
+            merge_from(w, at);
             at = previous_live(w, j);
         } while (is_short(w, at));
     } else {
@@ -250,8 +250,7 @@ bool measure_over_hairpin(Wavefront& w, int32_t& from)
         w.edge.dy[before] = dy / length;
     }
     const int32_t changed = previous_live(w, j);
-    from = changed < i && i < j ? changed : 0;
-    return true;
+    return changed < i && i < j ? changed : 0;
 }
 
 void fit_edge_lines(Wavefront& w)

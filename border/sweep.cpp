@@ -85,8 +85,7 @@ bool measure_live(Wavefront& w, MeetingSearch& search, int32_t& from)
     if (w.live - w.gone_count == 1)
         return false;
     if (w.hairpin >= 0) {
-        if (!measure_over_hairpin(w, from))
-            return false;
+        from = measure_over_hairpin(w);
     } else {
         close_up(w, search);
         if (!measure_edges(w) && !merge_short_edges(w))

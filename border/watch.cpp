@@ -61,15 +61,13 @@ void set_box(const Watch& watch, int32_t slot, const Box& box)
     watch.boxes.set(count, watch.boxes[0]);
 }
 
-/// Renews the box of the vertex at place m. False where it does not lie where boxes may; that of a motion that is not a
-/// number never does.
+/// Renews the box of the vertex at place m. False where it does not lie where boxes may. The motion is finite: the
+/// vertex is where boxes may lie, and no corner that is no hairpin moves faster than a million.
 bool renew_box(const Watch& watch, const Wavefront& w, int32_t m, double ahead)
 {
     const double x = w.at.x[m], y = w.at.y[m], room = room_around(ahead, watch.allowance);
     const double to_x = x + ahead * w.velocity.x[m], to_y = y + ahead * w.velocity.y[m];
     const Box box = {lesser(x, to_x) - room, lesser(y, to_y) - room, greater(x, to_x) + room, greater(y, to_y) + room};
-    if (!(to_x >= box.low_x && to_x <= box.high_x && to_y >= box.low_y && to_y <= box.high_y))
-        return false;
     set_box(watch, watch.slots.slot[m], box);
     w.expected.x[m] = w.velocity.x[m];
     w.expected.y[m] = w.velocity.y[m];

@@ -228,8 +228,6 @@ void refresh(Wavefront& w)
 
 void hand_back(Wavefront& w)
 {
-    if (w.spread != 0)
-        refresh(w);
     if (w.live == w.s.n && w.gone_count == 0 && w.written == kAllGroups) {
         store_all_rows(w);
         return;

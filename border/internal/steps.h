@@ -31,10 +31,10 @@ bool measure_edges(Wavefront& w);
 /// False when a single vertex is left.
 bool merge_short_edges(Wavefront& w);
 
-/// The same after a hairpin has been buried. Nothing has moved since the edges were measured, so only the edge that
-/// ended there changes, and those that change because it is too short. Vertices before place `from` see no difference.
-/// False when a single vertex is left.
-bool measure_over_hairpin(Wavefront& w, int32_t& from);
+/// The same after a hairpin has been buried that leaves two vertices or more. Nothing has moved since the edges were
+/// measured, so only the edge that ended there changes, and those that change because it is too short. Returns a place
+/// before which no vertex sees a difference.
+int32_t measure_over_hairpin(Wavefront& w);
 
 /// From here on the lines of the edges are those of the edges and positions as they are now.
 void fit_edge_lines(Wavefront& w);

@@ -115,7 +115,7 @@ void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, 
 /// Closes the gaps of the last packing in the edges just measured.
 void close_gaps(const Wavefront& w, const Edges& edges);
 
-/// Hands all values of the live vertices back to the arrays of the sweep.
+/// Hands all values of the live vertices back to the arrays of the sweep. Nothing is spread.
 void hand_back(Wavefront& w);
 
 } // namespace korvale::inside
