@@ -101,8 +101,7 @@ bool measure_live(Wavefront& w, MeetingSearch& search, int32_t& from)
 void sweep_wavefront(Wavefront& w, MeetingSearch& search)
 {
     Sweep& s = w.s;
-    const int64_t most_rounds = 4 * int64_t{s.n} + 64;
-    for (int64_t round = 0; round < most_rounds && s.remaining != 0.0; ++round) {
+    for (int64_t round = 0; round < most_rounds(s.n) && s.remaining != 0.0; ++round) {
         int32_t from;
         if (!measure_live(w, search, from))
             return;

@@ -21,6 +21,13 @@ struct Sweep {
     int32_t* merge;    ///< [n] vertex it merged into
 };
 
+/// Rounds after which a sweep of n vertices ends wherever it is: a guard for input on which it would never end. None is
+/// known.
+constexpr int64_t most_rounds(int32_t n)
+{
+    return 4 * int64_t{n} + 64;
+}
+
 /// Makes every vertex live, then moves the edges of the outline `flat` to the right by `remaining`. False when the heap
 /// is exhausted; nothing has moved then.
 bool run_sweep(Sweep& s);
