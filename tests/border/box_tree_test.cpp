@@ -25,10 +25,13 @@ public:
           boxes_(boxes_in(memory_.data(), boxes_for_vertices(n)))
     {
         double x = 0, y = 0;
-        const bool straight = random.one_in(2);
+        const bool straight = random.one_in(2), upright = random.one_in(2);
+        const int onwards = random.one_in(2) ? 3 : -3;
         for (int i = 0; i < n; ++i) {
-            x += straight && !random.one_in(12) ? 3 : random.between(-2, 2);
-            y += random.between(-2, 2);
+            const int along = straight && !random.one_in(12) ? onwards : random.between(-2, 2);
+            const int aside = random.between(-2, 2);
+            x += upright ? aside : along;
+            y += upright ? along : aside;
             Box box = box_at(x, y);
             widen(box, x + random.uniform(-size, size), y + random.uniform(-size, size));
             boxes_.set(i, random.one_in(4) ? box_at(x, y) : box);
@@ -111,6 +114,32 @@ TEST(BoxTree, ItsOwnBoxIsThatAroundAll)
         EXPECT_EQ(found.high_x, all.high_x);
         EXPECT_EQ(found.high_y, all.high_y);
     }
+}
+
+TEST(BoxTree, BoxesAreInLineWhereEachIsClearOfTheNextOnTheSameSide)
+{
+    Random random(5);
+    int in_line[4] = {};
+    for (int round = 0; round < rounds(400); ++round) {
+        const WalkBoxes walk(40, random.uniform(0, 1.5), random);
+        const Boxes& boxes = walk.boxes();
+        for (int first = 0; first < 40 - BoxTree::kFan; ++first) {
+            bool clear[4] = {true, true, true, true};
+            for (int i = first; i < first + BoxTree::kFan; ++i) {
+                clear[0] = clear[0] && boxes[i].high_x < boxes[i + 1].low_x;
+                clear[1] = clear[1] && boxes[i + 1].high_x < boxes[i].low_x;
+                clear[2] = clear[2] && boxes[i].high_y < boxes[i + 1].low_y;
+                clear[3] = clear[3] && boxes[i + 1].high_y < boxes[i].low_y;
+            }
+            const bool expected = clear[0] || clear[1] || clear[2] || clear[3];
+            EXPECT_EQ(are_in_line<Pair>(boxes, first), expected);
+            EXPECT_EQ(are_in_line<double>(boxes, first), expected);
+            for (int k = 0; k < 4; ++k)
+                in_line[k] += clear[k];
+        }
+    }
+    for (const int count : in_line)
+        EXPECT_GT(count, 20);
 }
 
 TEST(BoxTree, OverlapsOfEveryWidthAreTheSame)

@@ -190,6 +190,29 @@ TEST(SweepSteps, LeaveTheSameWhereSpikesCollapse)
     }
 }
 
+// A plate whose long foot has many short edges between two long ones, so that none vanishes before a dent on the other
+// side has come all the way: a search in stages finds the meeting in a late one.
+TEST(SweepSteps, LeaveTheSameWhereFarSidesMeetBeforeAnyEdgeVanishes)
+{
+    Random random(9);
+    int met = 0;
+    for (int round = 0; round < rounds(200) && !testing::Test::HasFailure(); ++round) {
+        const int n = 20 + random.below(150);
+        const double depth = random.uniform(1, 9), tip = random.uniform(16, 24);
+        Coordinates path = {0, 0, 0};
+        for (int i = 0; i <= n; ++i)
+            path.insert(path.end(), {15 + 10.0 * i / n, 0.0, 0.0});
+        path.insert(path.end(), {40, 0, 0, 40, 10, 0, tip + 1, 10, 0, tip, 10 - depth, 0, tip - 1, 10, 0, 0, 10, 0});
+        if (random.one_in(2))
+            path = rough(path, 1e-4, random);
+        const Outline outline = {path, random.uniform(-6, -3), false, true};
+        compare(outline, round);
+        met += border_of<SecondFlavour>(outline).border.size() <
+               border_of<SecondFlavour>({path, outline.distance, false, false}).border.size();
+    }
+    EXPECT_GT(met, 50);
+}
+
 // Points on a line, a few times the length below which edges merge: every corner is straight or the tip of a spike.
 TEST(SweepSteps, LeaveTheSameWhereNothingButSpikesAndShortEdgesAreLeft)
 {
