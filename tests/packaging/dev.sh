@@ -53,6 +53,7 @@ refuses "fuzz takes a number of seconds, not 'abc'" fuzz abc
 refuses "abi takes 'update' or nothing, not 'store'" abi store
 refuses "lint takes no more than 0 argument(s), and was given: a b" lint a b
 refuses "bench takes no more than 2 argument(s)" bench a b c
+refuses "bare takes the last commit, and these sources are no clone" bare
 refuses "one folder is wanted" install --prefix
 refuses "one folder is wanted" install --where there
 refuses "one folder is wanted" install one two
