@@ -58,15 +58,23 @@ def compile_package(folder):
     return folder / "python"
 
 
+def described():
+    """The name of the folder that describes the package."""
+    return f"korvale-{version()}.dist-info"
+
+
+def descriptions():
+    """The texts of that folder by name."""
+    return {
+        "METADATA": metadata(),
+        "WHEEL": f"Wheel-Version: 1.0\nGenerator: korvale\nRoot-Is-Purelib: false\nTag: {tag()}\n",
+        "LICENSE": (SOURCES / "LICENSE").read_text(),
+    }
+
+
 def pack(parent, target):
     """Writes the wheel: the package folder, what describes it and a list of all with their digests."""
-    described = f"korvale-{version()}.dist-info"
-    texts = {
-        f"{described}/METADATA": metadata(),
-        f"{described}/WHEEL": f"Wheel-Version: 1.0\nGenerator: korvale\nRoot-Is-Purelib: false\nTag: {tag()}\n",
-        f"{described}/LICENSE": (SOURCES / "LICENSE").read_text(),
-    }
-    contents = {name: text.encode() for name, text in texts.items()}
+    contents = {f"{described()}/{name}": text.encode() for name, text in descriptions().items()}
     for file in sorted((parent / "korvale").rglob("*")):
         if file.is_file() and "__pycache__" not in file.parts:
             contents[file.relative_to(parent).as_posix()] = file.read_bytes()
@@ -76,7 +84,7 @@ def pack(parent, target):
             write(wheel, name, content)
             digest = base64.urlsafe_b64encode(hashlib.sha256(content).digest()).rstrip(b"=").decode()
             record += f"{name},sha256={digest},{len(content)}\n"
-        write(wheel, f"{described}/RECORD", f"{record}{described}/RECORD,,\n".encode())
+        write(wheel, f"{described()}/RECORD", f"{record}{described()}/RECORD,,\n".encode())
 
 
 def write(wheel, name, content):
@@ -88,6 +96,15 @@ def write(wheel, name, content):
 
 
 # --- What pip calls ---------------------------------------------------------------------------------------------------
+
+
+def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
+    """Describes the package without building it, so pip knows that NumPy is missing before anything is compiled."""
+    folder = pathlib.Path(metadata_directory) / described()
+    folder.mkdir()
+    for name, text in descriptions().items():
+        (folder / name).write_text(text)
+    return folder.name
 
 
 def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):

@@ -1,9 +1,11 @@
 """Tests of the installed package: it stands on its own, and is the version the header names."""
 
+import os
 import pathlib
 import re
 import subprocess
 import sys
+import tempfile
 import unittest
 
 import korvale
@@ -28,6 +30,21 @@ class PackageTest(unittest.TestCase):
 
     def test_is_marked_as_typed(self):
         self.assertTrue((PACKAGE / "py.typed").exists())
+
+    def test_is_refused_before_anything_is_compiled_where_there_is_no_numpy(self):
+        with tempfile.TemporaryDirectory() as folder:
+            environment = pathlib.Path(folder) / "environment"
+            subprocess.run([sys.executable, "-m", "venv", environment], check=True)
+            cmake = environment / "bin/cmake"
+            cmake.write_text(f'#!/bin/sh\ntouch "{folder}/called"\nexit 1\n')
+            cmake.chmod(0o755)
+            variables = {name: value for name, value in os.environ.items() if not name.startswith("PIP_")}
+            variables |= {"PATH": f"{environment}/bin:{os.environ['PATH']}", "PIP_CONFIG_FILE": os.devnull}
+            pip = [environment / "bin/pip", "install", "--no-index", SOURCES]
+            run = subprocess.run(pip, env=variables, capture_output=True, text=True)
+            self.assertNotEqual(run.returncode, 0)
+            self.assertIn("No matching distribution found for numpy", run.stderr)
+            self.assertFalse((pathlib.Path(folder) / "called").exists())
 
 
 if __name__ == "__main__":
