@@ -38,46 +38,39 @@ void replace(const Program& program, int32_t p, int32_t operands, double value)
     move_down(program, p + 1, operands);
 }
 
-/// Replaces function `f` at position `p` by its value, and goes back to where that is. False when the function is a
-/// host's, which may have changed the equation or taken it away.
-[[gnu::always_inline]] inline bool fold(const EquationSystem& es, int32_t equation, const Program& program, int32_t& p,
-                                        int32_t operands, int32_t f, const void* slot, double value)
+/// Replaces the function at position `p` by its value, if it is of that kind and follows as many constants as it takes,
+/// and goes back to where the value is. False where the function was a host's: `program` is then the equation's as that
+/// has left it, or of no items.
+[[gnu::always_inline]] inline bool fold(const EquationSystem& es, int32_t equation, const Program& known,
+                                        Program& program, int32_t& p, int32_t kind, int32_t operands)
 {
-    const bool is_known = is_built_in(f, slot);
-    if (is_known)
+    if (known.kinds[p] != kind || !is_constant(known, p - 1) || !is_constant(known, p - operands))
+        return true;
+    const int32_t f = known.operands[p];
+    void* const slot = function_at(es, f);
+    if (slot == nullptr)
+        return true;
+    const double* const last = known.constants + p - 1;
+    const double value = operands == 2 ? call(slot, last[-1], *last) : call(slot, *last);
+    if (is_built_in(f, slot)) {
+        replace(known, p, operands, value);
+        p -= operands;
+        return true;
+    }
+    program = program_at(es, equation);
+    if (p < program.room)
         replace(program, p, operands, value);
-    else if (const Program changed = program_at(es, equation); p < changed.room)
-        replace(changed, p, operands, value);
     p -= operands;
-    return is_known;
+    return false;
 }
 
-/// Folds the function at position `p`, if it is of that kind and follows constants only; as `fold`.
-bool fold_binary(const EquationSystem& es, int32_t equation, const Program& program, int32_t& p)
+/// Folds an equation from position `p` on; false, with what `fold` leaves, after a function of the host.
+bool fold_from(const EquationSystem& es, int32_t equation, Program& program, int32_t& p)
 {
-    if (program.kinds[p] != EQ_ITEM_BINARY || !is_constant(program, p - 1) || !is_constant(program, p - 2))
-        return true;
-    const int32_t f = program.operands[p];
-    void* const slot = function_at(es, f);
-    return slot == nullptr ||
-           fold(es, equation, program, p, 2, f, slot, call(slot, program.constants[p - 2], program.constants[p - 1]));
-}
-
-bool fold_unary(const EquationSystem& es, int32_t equation, const Program& program, int32_t& p)
-{
-    if (program.kinds[p] != EQ_ITEM_UNARY || !is_constant(program, p - 1))
-        return true;
-    const int32_t f = program.operands[p];
-    void* const slot = function_at(es, f);
-    return slot == nullptr || fold(es, equation, program, p, 1, f, slot, call(slot, program.constants[p - 1]));
-}
-
-/// Folds an equation from position `p` on; false, with `p` where to go on, after a function of the host.
-bool fold_from(const EquationSystem& es, int32_t equation, int32_t& p)
-{
-    const Program program = program_of(es, equation);
-    for (; p < program.room && program.kinds[p] != EQ_ITEM_END; ++p)
-        if (!fold_binary(es, equation, program, p) || !fold_unary(es, equation, program, p))
+    const Program known = program;
+    for (; p < known.room && known.kinds[p] != EQ_ITEM_END; ++p)
+        if (!fold(es, equation, known, program, p, EQ_ITEM_BINARY, 2) ||
+            !fold(es, equation, known, program, p, EQ_ITEM_UNARY, 1))
             return false;
     return true;
 }
@@ -91,8 +84,9 @@ int EqSimplify(EquationSystem* es, int equation)
 {
     if (es == nullptr || !is_equation(*es, equation))
         return -1;
+    Program program = program_of(*es, equation);
     int32_t p = 0;
-    while (!fold_from(*es, equation, p) && is_equation(*es, equation)) {
+    while (!fold_from(*es, equation, program, p)) {
     }
     return 1;
 }
