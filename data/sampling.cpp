@@ -12,6 +12,8 @@
 #include <limits>
 
 #include "data/internal/buffers.h"
+#include "data/internal/sampling.h"
+#include "platform/internal/generator.h"
 #include "platform/internal/lanes3.h"
 #include "platform/internal/random.h"
 #include "platform/internal/scratch.h"
@@ -27,23 +29,6 @@ constexpr int64_t kStepsForTable = 2 * int64_t{kGreatestDraw + 1};
 constexpr int64_t kNearbyShares = 16;
 /// Components of a triangle: three vertices.
 constexpr int kTriangle = 9;
-
-/// Elements that stand `stride` values apart.
-struct Triangles {
-    const double* values; ///< vertices in the first nine
-    int64_t count, stride;
-};
-
-struct Points {
-    double* values; ///< x y z in the first three
-    int64_t count, stride;
-};
-
-struct Attributes {
-    const double* from; ///< [triangles][3][width]
-    double* to;         ///< [points][width]
-    int64_t width;      ///< 0 where none are carried
-};
 
 /// The draws of a block, three a point, and what they mean.
 struct Places {
@@ -70,7 +55,7 @@ KORVALE_OVER_LANES Lanes3<V> vertex_of(const double* p, int64_t stride)
 
 /// Writes the areas from triangle i on, as far as whole groups go, and adds them to `sum` in order. Returns how far.
 template <class V>
-KORVALE_OVER_LANES int64_t measure_by(const Triangles& t, int64_t i, double* areas, double& sum)
+KORVALE_OVER_LANES int64_t measure_by(const SampledTriangles& t, int64_t i, double* areas, double& sum)
 {
     for (; i + width_of<V> <= t.count; i += width_of<V>) {
         const double* const p = t.values + i * t.stride;
@@ -83,13 +68,13 @@ KORVALE_OVER_LANES int64_t measure_by(const Triangles& t, int64_t i, double* are
     return i;
 }
 
-KORVALE_FOUR_LANES int64_t measure_by_quads(const Triangles& t, double* areas, double& sum)
+KORVALE_FOUR_LANES int64_t measure_by_quads(const SampledTriangles& t, double* areas, double& sum)
 {
     return measure_by<Quad>(t, 0, areas, sum);
 }
 
 /// Writes the areas of all triangles. Returns their sum.
-double measure_areas(const Triangles& t, double* areas)
+double measure_areas(const SampledTriangles& t, double* areas)
 {
     double sum = 0.0;
     int64_t i = 0;
@@ -170,10 +155,9 @@ KORVALE_FOUR_LANES int place_by_quads(int count, Places& places)
     return place_by<Quad>(0, count, places);
 }
 
-/// Draws the places of the next `count` points, in order.
-void draw_places(int count, Places& places)
+/// Gives the draws of `count` points their meaning.
+void place(int count, Places& places)
 {
-    draw_numbers(places.draws, 3 * count);
     int k = 0;
     if (count >= 2 * width_of<Quad>)
         k = widest([&] { return place_by_quads(count, places); }, [&] { return place_by<Pair>(0, count, places); });
@@ -190,7 +174,7 @@ void draw_places(int count, Places& places)
 }
 
 /// Finds the triangles of the places and asks for them, which are far apart in memory.
-void choose_triangles(const Triangles& t, const Choice& choice, const Places& places, int count,
+void choose_triangles(const SampledTriangles& t, const Choice& choice, const Places& places, int count,
                       int64_t (&triangles)[kBlock])
 {
     for (int k = 0; k < count; ++k) {
@@ -202,14 +186,17 @@ void choose_triangles(const Triangles& t, const Choice& choice, const Places& pl
 }
 
 /// Makes the `count` points from number `first` on.
-void make_points(const Triangles& t, const Choice& choice, const Places& places, const Points& p,
-                 const Attributes& attributes, int64_t first, int count)
+void make_points(const SampledTriangles& t, const Choice& choice, const Places& places, const SamplePoints& p,
+                 const SampledAttributes& attributes, int64_t first, int count)
 {
     int64_t triangles[kBlock];
     if (t.count == 1)
         std::fill_n(triangles, count, 0);
     else
         choose_triangles(t, choice, places, count, triangles);
+    if (p.triangles != nullptr)
+        std::transform(triangles, triangles + count, p.triangles + first,
+                       [](int64_t number) { return static_cast<int32_t>(number); });
     for (int k = 0; k < count; ++k) {
         const double u = places.u[k], v = places.v[k], w = 1 - u - v;
         weigh(t.values + triangles[k] * t.stride, 3, u, v, w, p.values + (first + k) * p.stride);
@@ -219,15 +206,17 @@ void make_points(const Triangles& t, const Choice& choice, const Places& places,
     }
 }
 
-void scatter(const Triangles& t, unsigned seed, const Points& p, const Attributes& attributes)
+/// Scatters points; `draw` writes the next numbers of a generator. False where the heap is exhausted.
+template <class Draw>
+bool scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttributes& attributes, Draw draw)
 {
-    Mwsrand(seed);
     Scratch<double, kNearbyShares> reached(t.count);
     if (!reached.exists())
-        return;
+        return false;
     const int in_first = static_cast<int>(std::min<int64_t>(kBlock, p.count));
     Places places;
-    draw_places(in_first, places);
+    draw(places.draws, 3 * in_first);
+    place(in_first, places);
     Choice choice = {reached.get(), t.count, nullptr};
     if (t.count > 1) {
         double most_wanted = std::numeric_limits<double>::infinity();
@@ -246,16 +235,18 @@ void scatter(const Triangles& t, unsigned seed, const Points& p, const Attribute
     make_points(t, choice, places, p, attributes, 0, in_first);
     for (int64_t first = in_first; first < p.count; first += kBlock) {
         const int count = static_cast<int>(std::min<int64_t>(kBlock, p.count - first));
-        draw_places(count, places);
+        draw(places.draws, 3 * count);
+        place(count, places);
         make_points(t, choice, places, p, attributes, first, count);
     }
+    return true;
 }
 
 /// The attributes to carry, of width 0 where there are none or no place for them.
 template <class Array>
-Attributes attributes_to_carry(const Array* vertices, const Array* points, int64_t triangles, int64_t count)
+SampledAttributes attributes_to_carry(const Array* vertices, const Array* points, int64_t triangles, int64_t count)
 {
-    const Attributes none = {nullptr, nullptr, 0};
+    const SampledAttributes none = {nullptr, nullptr, 0};
     if (vertices == nullptr || points == nullptr)
         return none;
     const int64_t values = components(vertices->count, vertices->dim);
@@ -281,11 +272,20 @@ void sample(const Array* triangles, unsigned seed, Array* points, const Array* v
 {
     if (!has_rows(triangles, kTriangle) || !has_rows(points, 3))
         return;
-    scatter({triangles->dvals, triangles->count, triangles->dim}, seed, {points->dvals, points->count, points->dim},
-            attributes_to_carry(vertex_attributes, point_attributes, triangles->count, points->count));
+    Mwsrand(seed);
+    scatter({triangles->dvals, triangles->count, triangles->dim}, {points->dvals, points->count, points->dim, nullptr},
+            attributes_to_carry(vertex_attributes, point_attributes, triangles->count, points->count), draw_numbers);
 }
 
 } // namespace
+
+bool scatter_alone(const SampledTriangles& triangles, uint32_t seed, const SamplePoints& points,
+                   const SampledAttributes& attributes)
+{
+    return scatter(triangles, points, attributes,
+                   [state = seed](int* numbers, int count) mutable { state = draw_after(state, numbers, count); });
+}
+
 } // namespace korvale::inside
 
 using namespace korvale::inside;

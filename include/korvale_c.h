@@ -246,6 +246,22 @@ KORVALE_C_API korvale_status korvale_flatten(const korvale_points* path, const k
 /// Refuses fewer than two points and numbers that are not finite.
 KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t closed, double* frames,
                                             korvale_error* error);
+// --- Scattered points ------------------------------------------------------------------------------------------------
+
+/// Scatters `output->count` points over triangles, uniformly by area. `numbers` [output->count], which may be null, takes
+/// the triangle of each. `attributes` may be null; else it has a row for each point of `triangles`, and `blended` takes
+/// as many rows of the same width as there are points to make.
+///
+/// The call has a generator of its own: the same seed gives the same points in any number of threads, those that
+/// `DATATriSample` makes where korvale's own platform layer is there, and the generator of the process is neither seeded
+/// nor drawn from.
+///
+/// Refuses no triangles, corners that are no points, numbers that are not finite, and rows that do not fit.
+KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles, uint32_t seed,
+                                             const korvale_points_out* output, int32_t* numbers,
+                                             const korvale_numbers* attributes, const korvale_numbers_out* blended,
+                                             korvale_error* error);
+
 // --- Relaxation ------------------------------------------------------------------------------------------------------
 
 /// A mesh that remembers its shape and brings deformed copies of its points back towards it. It keeps a copy.

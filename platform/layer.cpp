@@ -11,6 +11,12 @@
 #include <cstring>
 #include <mutex>
 
+#include "platform/internal/generator.h"
+
+using korvale::inside::draw_after;
+using korvale::inside::following;
+using korvale::inside::number_of;
+
 namespace {
 
 constexpr unsigned kProcessAttach = 1;
@@ -34,24 +40,7 @@ struct MessageName {
 std::mutex message_lock;
 MessageName* messages = nullptr;
 
-// The classic 15-bit linear congruential generator, one state for the process.
-constexpr uint32_t kMultiplier = 214013;
-constexpr uint32_t kIncrement = 2531011;
 std::atomic<uint32_t> random_state{1};
-
-constexpr uint32_t following(uint32_t state)
-{
-    return state * kMultiplier + kIncrement;
-}
-
-// Four steps at once: the increment is where they lead from 0.
-constexpr uint32_t kMultiplierOfFour = kMultiplier * kMultiplier * kMultiplier * kMultiplier;
-constexpr uint32_t kIncrementOfFour = following(following(following(following(0))));
-
-constexpr int number_of(uint32_t state)
-{
-    return static_cast<int>(state >> 16 & 0x7fff);
-}
 
 } // namespace
 
@@ -132,24 +121,7 @@ int korvale_draw_many(int (*rand)(), void (*srand)(unsigned), int* numbers, int 
 {
     if (rand != own_rand || srand != own_srand)
         return 0;
-    uint32_t state = random_state.load(std::memory_order_relaxed);
-    uint32_t a = following(state), b = following(a), c = following(b), d = following(c);
-    int i = 0;
-    for (; i + 4 <= count; i += 4) { // four steps that need not wait for each other
-        numbers[i] = number_of(a);
-        numbers[i + 1] = number_of(b);
-        numbers[i + 2] = number_of(c);
-        numbers[i + 3] = number_of(d);
-        state = d;
-        a = a * kMultiplierOfFour + kIncrementOfFour;
-        b = b * kMultiplierOfFour + kIncrementOfFour;
-        c = c * kMultiplierOfFour + kIncrementOfFour;
-        d = d * kMultiplierOfFour + kIncrementOfFour;
-    }
-    for (; i < count; ++i) {
-        state = following(state);
-        numbers[i] = number_of(state);
-    }
-    random_state.store(state, std::memory_order_relaxed);
+    const uint32_t state = random_state.load(std::memory_order_relaxed);
+    random_state.store(draw_after(state, numbers, count), std::memory_order_relaxed);
     return 1;
 }

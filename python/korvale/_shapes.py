@@ -211,10 +211,11 @@ def frames(path: Any, *, closed: bool = False) -> Doubles:
 
 
 class Scattered(NamedTuple):
-    """Points on triangles, float64 (N, 3), and what they carry, float64 (N, k) or None."""
+    """Points on triangles, and what they carry."""
 
-    points: Doubles
-    attributes: Doubles | None
+    points: Doubles  #: float64 (N, 3)
+    attributes: Doubles | None  #: float64 (N, k), or None where none are carried
+    triangles: Ints  #: int32 (N,): the triangle that each point lies on
 
 
 def scatter(mesh: Any, count: int, *, seed: int, attributes: Any = None, triangles: Any = None) -> Scattered:
@@ -222,15 +223,15 @@ def scatter(mesh: Any, count: int, *, seed: int, attributes: Any = None, triangl
 
     mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
         (T, 3) given apart, or the corners of triangles (T, 3, 3) or (T, 9).
-    seed: of the random generator of the process: the same seed gives the same points, as long as no other thread draws
-        meanwhile.
+    seed: of a random generator of the call's own: the same seed gives the same points, in any number of threads. The
+        generator of the process is neither seeded nor drawn from.
     attributes: values to be blended to the points by the same weights: (V, k) or (V,) for a mesh, (T, 3, k) or (T, 3)
         for corners.
 
-    >>> points, colours = korvale.scatter([[(0, 0, 0), (1, 0, 0), (0, 1, 0)]], 1000, seed=42,
-    ...                                   attributes=[[(1, 0, 0), (0, 1, 0), (0, 0, 1)]])
-    >>> points.shape, colours.shape
-    ((1000, 3), (1000, 3))
+    >>> points, colours, triangles = korvale.scatter([[(0, 0, 0), (1, 0, 0), (0, 1, 0)]], 1000, seed=42,
+    ...                                              attributes=[[(1, 0, 0), (0, 1, 0), (0, 0, 1)]])
+    >>> points.shape, colours.shape, triangles.shape
+    ((1000, 3), (1000, 3), (1000,))
     """
     n = _input.count(count, "scatter", "count")
     start = _input.count(seed, "scatter", "seed", -(2**31), 2**32 - 1) % 2**32

@@ -12,9 +12,10 @@ py::tuple arrays_of(Scattered scattered)
     const auto n = static_cast<py::ssize_t>(scattered.points.size());
     const auto width = static_cast<py::ssize_t>(scattered.width);
     const py::array points = adopted(scattered.points.release(), {n, 3});
+    const py::array triangles = adopted(scattered.triangles.release(), {n});
     if (width == 0)
-        return py::make_tuple(points, py::none());
-    return py::make_tuple(points, adopted(scattered.attributes.release(), {n, width}));
+        return py::make_tuple(points, py::none(), triangles);
+    return py::make_tuple(points, adopted(scattered.attributes.release(), {n, width}), triangles);
 }
 
 std::span<const double> values_of(const py::object& attributes)

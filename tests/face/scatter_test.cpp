@@ -36,6 +36,21 @@ TEST(FaceScatter, CarriesValuesOfVertices)
     EXPECT_TRUE(same_bits(scattered.points.coordinates().data(), scattered.attributes.data(), 60));
 }
 
+TEST(FaceScatter, TellsTheTriangleOfEachPointAndLeavesTheGeneratorAlone)
+{
+    const std::vector<Point> vertices = {{0, 0, 0}, {3, 0, 0}, {3, 1, 0}, {0, 1, 0}, {3, 4, 0}};
+    const std::vector<Triangle> triangles = {{0, 1, 2}, {3, 2, 4}}; // below and above y = 1
+    Mwsrand(9);
+    const int first = Mwrand(), second = Mwrand();
+    Mwsrand(9);
+    EXPECT_EQ(Mwrand(), first);
+    const Scattered scattered = scatter(vertices, triangles, 100, 3);
+    EXPECT_EQ(Mwrand(), second);
+    ASSERT_EQ(scattered.triangles.size(), 100u);
+    for (size_t i = 0; i < 100; ++i)
+        EXPECT_EQ(scattered.triangles[i], scattered.points[i][1] > 1 ? 1 : 0);
+}
+
 TEST(FaceScatter, SaysWhatItRefuses)
 {
     const Mesh mesh = cube();

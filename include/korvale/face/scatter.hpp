@@ -75,16 +75,51 @@ inline std::span<const std::int32_t> corners_of(std::span<const Triangle> triang
 
 /// Points on triangles, and what they carry.
 struct Scattered {
-    Points points;            ///< as they were drawn
-    Array<double> attributes; ///< [points][width], point after point
-    std::size_t width = 0;    ///< attributes of a point
+    Points points;                 ///< as they were drawn
+    Array<double> attributes;      ///< [points][width], point after point
+    std::size_t width = 0;         ///< attributes of a point
+    Array<std::int32_t> triangles; ///< [points] the triangle that each point lies on
 };
+
+namespace detail {
+
+/// `rows` rows of attributes, `width` each.
+inline Scattered scatter(const korvale_triangles& triangles, std::size_t count, unsigned seed,
+                         std::span<const double> attributes, std::size_t rows, std::size_t width)
+{
+    count_for("scatter", "count", count, std::max<std::size_t>(3, width));
+    Scattered result{Points(count), Array<double>(count * width), width, Array<std::int32_t>(count)};
+    const korvale_points_out output = view_of_output(result.points);
+    const korvale_numbers values = {attributes.data(), static_cast<std::int64_t>(rows), 0,
+                                    static_cast<std::int32_t>(width), KORVALE_DOUBLE};
+    const korvale_numbers_out blended = {result.attributes.data(), static_cast<std::int64_t>(count), 0,
+                                         static_cast<std::int32_t>(width), KORVALE_DOUBLE};
+    call("scatter", [&](korvale_error* error) {
+        return korvale_scatter(&triangles, seed, &output, result.triangles.data(), width > 0 ? &values : nullptr,
+                               &blended, error);
+    });
+    return result;
+}
+
+/// How many attributes each of `rows` rows has.
+inline std::size_t width_of(std::span<const double> attributes, std::size_t rows, const char* argument,
+                            const std::string& noun)
+{
+    count_for("scatter", argument, attributes.size(), 1);
+    const std::size_t width = rows == 0 ? 0 : attributes.size() / rows;
+    if (width * rows != attributes.size())
+        throw Error("scatter", argument, "divide by the " + text_of(rows) + " " + noun,
+                    "there are " + text_of(attributes.size()));
+    return width;
+}
+
+} // namespace detail
 
 /// Scatters `count` points over triangles, uniformly by area. `attributes` holds the same number of values for each
 /// corner of each triangle, in order; they are blended to the points by the same weights.
 ///
-/// Seeds the random generator of the process with `seed`: the same seed gives the same points, as long as no other
-/// thread draws meanwhile.
+/// The call has a random generator of its own: the same seed gives the same points, in any number of threads, and the
+/// generator of the process is neither seeded nor drawn from.
 ///
 /// ```
 /// korvale::Scattered seeds = korvale::scatter(corners, 5000, 42); // nine doubles a triangle
@@ -94,59 +129,26 @@ struct Scattered {
 inline Scattered scatter(TriangleView triangles, std::size_t count, unsigned seed,
                          std::span<const double> attributes = {})
 {
-    if (triangles.size() == 0)
-        throw Error("scatter", "triangles", "have at least 1 triangle", "there is none");
-    detail::count_for("scatter", "triangles", triangles.size(), 9);
-    detail::require_finite("scatter", "triangles", PointView::at(triangles.data(), 3 * triangles.size()));
-    const std::size_t width = attributes.size() / (3 * triangles.size());
-    if (attributes.size() % (3 * triangles.size()) != 0)
-        throw Error("scatter", "attributes",
-                    "divide by the " + detail::text_of(3 * triangles.size()) + " corners of the triangles",
-                    "there are " + detail::text_of(attributes.size()));
-    detail::count_for("scatter", "attributes", attributes.size(), 1);
-    detail::count_for("scatter", "count", count, std::max<std::size_t>(3, width));
-
-    Scattered result{Points(count), Array<double>(count * width), width};
-    if (count == 0)
-        return result;
-    DATAstruct from = detail::record_over(triangles.coordinates(), 9), to = detail::record_over(result.points);
-    DATAstruct corner_values = detail::record_over(attributes, std::max<std::size_t>(1, width));
-    DATAstruct point_values = detail::record_over(DATA_TYPE_DOUBLE, count, width);
-    point_values.dvals = result.attributes.data();
-    // Where the heap is exhausted nothing is written, which a value that no arithmetic makes shows.
-    constexpr std::uint64_t kUntouched = 0x7ff4d1f3a5c6b7e9u;
-    result.points[0][0] = std::bit_cast<double>(kUntouched);
-    DATATriSample(&from, seed, &to, width > 0 ? &corner_values : nullptr, width > 0 ? &point_values : nullptr);
-    if (std::bit_cast<std::uint64_t>(result.points[0][0]) == kUntouched)
-        throw std::bad_alloc();
-    return result;
+    const std::size_t corners = 3 * triangles.size();
+    const std::size_t width =
+        corners == 0 ? 0 : detail::width_of(attributes, corners, "attributes", "corners of the triangles");
+    return detail::scatter({detail::view_of(PointView::at(triangles.data(), corners)), {}}, count, seed, attributes,
+                           corners, width);
 }
 
 /// The same over a mesh, with attributes of its vertices.
 ///
 /// ```
-/// auto [points, normals, width] = korvale::scatter(vertices, triangles, 5000, 42, vertex_normals);
+/// auto [points, normals, width, on] = korvale::scatter(vertices, triangles, 5000, 42, vertex_normals);
 /// ```
 inline Scattered scatter(PointView vertices, std::span<const Triangle> triangles, std::size_t count, unsigned seed,
                          std::span<const double> vertex_attributes = {})
 {
-    const auto corners = detail::corners_of(triangles);
-    detail::require_corners("scatter", "triangles", corners, vertices.size());
-    const std::size_t width = vertices.empty() ? 0 : vertex_attributes.size() / vertices.size();
-    if (width * vertices.size() != vertex_attributes.size())
-        throw Error("scatter", "vertex_attributes", "divide by the " + detail::text_of(vertices.size()) + " vertices",
-                    "there are " + detail::text_of(vertex_attributes.size()));
-    std::vector<Point> places;
-    std::vector<double> values;
-    places.reserve(corners.size());
-    values.reserve(corners.size() * width);
-    for (const std::int32_t c : corners) {
-        const auto v = static_cast<std::size_t>(c);
-        places.push_back(vertices[v]);
-        values.insert(values.end(), vertex_attributes.begin() + static_cast<std::ptrdiff_t>(v * width),
-                      vertex_attributes.begin() + static_cast<std::ptrdiff_t>((v + 1) * width));
-    }
-    return scatter(places, count, seed, values);
+    const std::size_t width = detail::width_of(vertex_attributes, vertices.size(), "vertex_attributes", "vertices");
+    if (triangles.empty())
+        return scatter(TriangleView(), count, seed);
+    return detail::scatter({detail::view_of(vertices), detail::view_of(detail::corners_of(triangles))}, count, seed,
+                           vertex_attributes, vertices.size(), width);
 }
 
 } // namespace korvale

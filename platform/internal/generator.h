@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+
+// The classic 15-bit linear congruential generator: that of the process, and those of calls that draw by themselves.
+namespace korvale::inside {
+
+inline constexpr uint32_t kMultiplier = 214013;
+inline constexpr uint32_t kIncrement = 2531011;
+
+constexpr uint32_t following(uint32_t state)
+{
+    return state * kMultiplier + kIncrement;
+}
+
+/// The number, 0 to 32767, that a state shows.
+constexpr int number_of(uint32_t state)
+{
+    return static_cast<int>(state >> 16 & 0x7fff);
+}
+
+// Four steps at once: the increment is where they lead from 0.
+inline constexpr uint32_t kMultiplierOfFour = kMultiplier * kMultiplier * kMultiplier * kMultiplier;
+inline constexpr uint32_t kIncrementOfFour = following(following(following(following(0))));
+
+/// Writes the next `count` numbers after a state, which is its seed at first. Returns the state they lead to.
+inline uint32_t draw_after(uint32_t state, int* numbers, int count)
+{
+    uint32_t a = following(state), b = following(a), c = following(b), d = following(c);
+    int i = 0;
+    for (; i + 4 <= count; i += 4) { // four steps that need not wait for each other
+        numbers[i] = number_of(a);
+        numbers[i + 1] = number_of(b);
+        numbers[i + 2] = number_of(c);
+        numbers[i + 3] = number_of(d);
+        state = d;
+        a = a * kMultiplierOfFour + kIncrementOfFour;
+        b = b * kMultiplierOfFour + kIncrementOfFour;
+        c = c * kMultiplierOfFour + kIncrementOfFour;
+        d = d * kMultiplierOfFour + kIncrementOfFour;
+    }
+    for (; i < count; ++i) {
+        state = following(state);
+        numbers[i] = number_of(state);
+    }
+    return state;
+}
+
+} // namespace korvale::inside

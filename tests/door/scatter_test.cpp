@@ -1,0 +1,210 @@
+// Points scattered over triangles.
+#include <korvale.h>
+
+#include <cmath>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "support.h"
+#include "tests/support/heap.h"
+
+namespace korvale::test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+
+// A unit square of two triangles, and a third of ten times their area beside it.
+const std::vector<double> kPoints = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 5, 0, 1, 5, 4, 1, 10, 0, 1};
+const std::vector<int32_t> kCorners = {0, 1, 2, 0, 2, 3, 4, 5, 6};
+
+korvale_indices indices_of(const std::vector<int32_t>& numbers)
+{
+    return {numbers.data(), static_cast<int64_t>(numbers.size()), 0, KORVALE_INT32};
+}
+
+korvale_triangles mesh()
+{
+    return {points_of(kPoints), indices_of(kCorners)};
+}
+
+std::vector<double> corners_of_mesh()
+{
+    std::vector<double> corners;
+    for (const int32_t c : kCorners)
+        corners.insert(corners.end(), kPoints.begin() + 3 * c, kPoints.begin() + 3 * c + 3);
+    return corners;
+}
+
+DATAstruct record_of(std::vector<double>& values, int32_t dim)
+{
+    DATAstruct d;
+    DATAInitialize(&d);
+    d.type = DATA_TYPE_DOUBLE;
+    d.dim = dim;
+    d.count = static_cast<int32_t>(values.size()) / dim;
+    d.dvals = values.data();
+    return d;
+}
+
+TEST(Scatter, MakesThePointsOfTheArraySampling)
+{
+    std::vector<double> corners = corners_of_mesh(), values(18), points(3000), blended(2000);
+    for (size_t i = 0; i < values.size(); ++i)
+        values[i] = static_cast<double>(i * i);
+    for (const int32_t count : {1, 33, 1000}) {
+        std::vector<double> plain(3 * static_cast<size_t>(count)), carried(2 * static_cast<size_t>(count));
+        DATAstruct from = record_of(corners, 9), to = record_of(plain, 3), at = record_of(values, 2),
+                   out = record_of(carried, 2);
+        DATATriSample(&from, 4000000000u, &to, &at, &out);
+
+        const korvale_triangles triangles = {points_of(corners), {}};
+        const korvale_points_out output = {points.data(), count, 0, 3, KORVALE_DOUBLE};
+        const korvale_numbers attributes = rows_of(values, 2);
+        const korvale_numbers_out results = {blended.data(), count, 0, 2, KORVALE_DOUBLE};
+        ASSERT_EQ(korvale_scatter(&triangles, 4000000000u, &output, nullptr, &attributes, &results, nullptr),
+                  KORVALE_OK);
+        EXPECT_TRUE(std::equal(plain.begin(), plain.end(), points.begin()));
+        EXPECT_TRUE(std::equal(carried.begin(), carried.end(), blended.begin()));
+    }
+}
+
+TEST(Scatter, NeitherSeedsNorDrawsFromTheProcess)
+{
+    const korvale_triangles triangles = mesh();
+    std::vector<double> points(300);
+    const korvale_points_out output = points_to(points);
+    Mwsrand(7);
+    const int first = Mwrand(), second = Mwrand();
+    Mwsrand(7);
+    EXPECT_EQ(Mwrand(), first);
+    ASSERT_EQ(korvale_scatter(&triangles, 42, &output, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
+    EXPECT_EQ(Mwrand(), second);
+}
+
+TEST(Scatter, ThreadsMakeTheSamePoints)
+{
+    const korvale_triangles triangles = mesh();
+    std::vector<std::vector<double>> points(4, std::vector<double>(30000));
+    std::vector<std::thread> threads;
+    for (auto& mine : points)
+        threads.emplace_back([&triangles, &mine] {
+            const korvale_points_out output = points_to(mine);
+            korvale_scatter(&triangles, 5, &output, nullptr, nullptr, nullptr, nullptr);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_THAT(points, Each(points[0]));
+    EXPECT_NE(points[0][0], 0);
+}
+
+TEST(Scatter, TellsTheTriangleOfEachPoint)
+{
+    const korvale_triangles triangles = mesh();
+    std::vector<double> points(3000);
+    std::vector<int32_t> numbers(1000, -1);
+    const korvale_points_out output = points_to(points);
+    ASSERT_EQ(korvale_scatter(&triangles, 1, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+    int on_third = 0;
+    for (size_t i = 0; i < 1000; ++i) {
+        const double x = points[3 * i], y = points[3 * i + 1], z = points[3 * i + 2];
+        ASSERT_EQ(numbers[i], z > 0.5 ? 2 : x >= y ? 0 : 1) << x << " " << y;
+        on_third += numbers[i] == 2;
+    }
+    EXPECT_GT(on_third, 880); // 10 of 11, give or take
+    EXPECT_LT(on_third, 940);
+}
+
+TEST(Scatter, ReadsAMeshAndWritesWhereTheHostLikes)
+{
+    std::vector<double> corners = corners_of_mesh(), plain(60), point(60);
+    const korvale_triangles loose = {points_of(corners), {}}, shared = mesh();
+    const korvale_points_out to_plain = points_to(plain);
+    std::vector<double> heights = {1, 2, 3, 4, 5, 6, 7}, blended(20);
+    std::vector<double> at_corners;
+    for (const int32_t c : kCorners)
+        at_corners.push_back(heights[static_cast<size_t>(c)]);
+    std::vector<double> plainly_blended(20);
+    const korvale_numbers rows = rows_of(at_corners), vertex_rows = rows_of(heights);
+    const korvale_numbers_out to_plainly = rows_to(plainly_blended), to_blended = rows_to(blended);
+    ASSERT_EQ(korvale_scatter(&loose, 3, &to_plain, nullptr, &rows, &to_plainly, nullptr), KORVALE_OK);
+
+    float flat[20][4] = {};
+    const korvale_points_out to_floats = {flat, 20, sizeof flat[0], 2, KORVALE_FLOAT};
+    ASSERT_EQ(korvale_scatter(&shared, 3, &to_floats, nullptr, &vertex_rows, &to_blended, nullptr), KORVALE_OK);
+    EXPECT_EQ(blended, plainly_blended);
+    for (size_t i = 0; i < 20; ++i) {
+        EXPECT_EQ(flat[i][0], static_cast<float>(plain[3 * i]));
+        EXPECT_EQ(flat[i][1], static_cast<float>(plain[3 * i + 1]));
+        EXPECT_EQ(flat[i][2], 0.0f);
+    }
+    const korvale_points_out none = {nullptr, 0, 0, 3, KORVALE_DOUBLE};
+    EXPECT_EQ(korvale_scatter(&shared, 3, &none, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
+}
+
+TEST(Scatter, RefusesWhatDoesNotFit)
+{
+    std::vector<double> points = {7, 7, 7}, two(2), odd = kPoints;
+    const korvale_points_out output = points_to(points);
+    const korvale_numbers rows = rows_of(kPoints, 3), few = rows_of(two);
+    const korvale_numbers_out results = rows_to(two);
+    const auto text = [&](const korvale_triangles* triangles, const korvale_points_out* to,
+                          const korvale_numbers* attributes = nullptr, const korvale_numbers_out* blended = nullptr) {
+        return sentence_of(KORVALE_BAD_ARGUMENT,
+                           [&](auto* e) { return korvale_scatter(triangles, 1, to, nullptr, attributes, blended, e); });
+    };
+    const korvale_triangles sound = mesh();
+    EXPECT_EQ(text(nullptr, &output), "korvale_scatter: triangles must be given, but it is null");
+    EXPECT_EQ(text(&sound, nullptr), "korvale_scatter: output must be given, but it is null");
+    korvale_triangles bad = {points_of(kPoints), {}};
+    EXPECT_EQ(text(&bad, &output), "korvale_scatter: triangles must have corners in threes, but there are 7");
+    bad = {};
+    EXPECT_EQ(text(&bad, &output), "korvale_scatter: triangles must have at least 1 triangle, but there is none");
+    const std::vector<int32_t> astray = {0, 1, 7}, four = {0, 1, 2, 3};
+    bad = {points_of(kPoints), indices_of(astray)};
+    EXPECT_EQ(text(&bad, &output), "korvale_scatter: triangles must name vertices 0 to 6, but its corner 2 is 7");
+    bad = {points_of(kPoints), indices_of(four)};
+    EXPECT_EQ(text(&bad, &output), "korvale_scatter: triangles must have corners in threes, but there are 4");
+    odd[3] = NAN;
+    bad = {points_of(odd), indices_of(kCorners)};
+    EXPECT_EQ(text(&bad, &output), "korvale_scatter: triangles must be finite, but its point 1 is (nan, 0, 0)");
+    EXPECT_EQ(text(&sound, &output, &rows), "korvale_scatter: blended must be given, but it is null");
+    EXPECT_EQ(text(&sound, &output, &few, &results),
+              "korvale_scatter: attributes must have a row for each of 7 points, but it has 2");
+    EXPECT_EQ(text(&sound, &output, &rows, &results),
+              "korvale_scatter: blended must have a row for each of 1 point, but it has 2");
+    std::vector<double> one(1);
+    const korvale_numbers_out narrow = rows_to(one);
+    EXPECT_EQ(text(&sound, &output, &rows, &narrow),
+              "korvale_scatter: blended must have a width of 3 like the attributes, but it has 1");
+    EXPECT_THAT(points, ElementsAre(7, 7, 7));
+}
+
+TEST(ScatterWithAnExhaustedHeap, WritesNothing)
+{
+    NEEDS_HEAP_FAILURES();
+    std::vector<double> corners; // of more triangles than need no heap
+    for (int i = 0; i < 9 * 20; ++i)
+        corners.push_back(i % 7);
+    std::vector<int32_t> numbers(60);
+    for (int32_t i = 0; i < 60; ++i)
+        numbers[static_cast<size_t>(i)] = 59 - i;
+    const korvale_triangles triangles = {points_of(corners), indices_of(numbers)};
+    EXPECT_GT(fail_each_allocation([&](int64_t) {
+                  float points[4][3] = {};
+                  const korvale_points_out output = {points, 4, 0, 3, KORVALE_FLOAT};
+                  korvale_error error;
+                  if (korvale_scatter(&triangles, 1, &output, nullptr, nullptr, nullptr, &error) != KORVALE_OK) {
+                      EXPECT_STREQ(error.text, "korvale_scatter: the heap is exhausted");
+                      for (const auto& point : points)
+                          EXPECT_THAT(point, Each(0.0f));
+                  } else {
+                      EXPECT_NE(points[0][0], 0.0f);
+                  }
+              }),
+              2);
+}
+
+} // namespace
+} // namespace korvale::test
