@@ -16,9 +16,8 @@
 namespace korvale::inside {
 namespace {
 
-constexpr int32_t kStackEntries = 51; ///< operators, and functions, that can wait
-constexpr int32_t kRowGrowth = 20;    ///< equations for which room is made when the array is full
-constexpr int kOpenParenthesis = -1;  ///< its code on the operator stack
+constexpr int32_t kRowGrowth = 20;   ///< equations for which room is made when the array is full
+constexpr int kOpenParenthesis = -1; ///< its code on the operator stack
 
 struct PendingFunction {
     int32_t function;
@@ -30,13 +29,13 @@ struct Parse {
     DATAstruct& kinds;
     DATAstruct& operands;
     DATAstruct& constants;
-    const int32_t functions;                ///< that can be looked up
-    const int32_t variables;                ///< that can be looked up
-    const Initials initials;                ///< of the functions; most names are variables and begin otherwise
-    int32_t op_codes[kStackEntries];        ///< in use from `op_top` on
-    PendingFunction pending[kStackEntries]; ///< in use from `pending_top` on
-    int op_top = kStackEntries;
-    int pending_top = kStackEntries;
+    const int32_t functions;               ///< that can be looked up
+    const int32_t variables;               ///< that can be looked up
+    const Initials initials;               ///< of the functions; most names are variables and begin otherwise
+    int32_t op_codes[kMostWaiting];        ///< in use from `op_top` on
+    PendingFunction pending[kMostWaiting]; ///< in use from `pending_top` on
+    int op_top = kMostWaiting;
+    int pending_top = kMostWaiting;
     int operand_counter = 0;
     int item_pos = 0;
     int depth = 0;
@@ -71,7 +70,7 @@ bool push_function(Parse& p, int32_t function)
 /// Moves the functions whose argument is now complete to the program.
 bool close_functions(Parse& p)
 {
-    while (p.pending_top < kStackEntries && p.pending[p.pending_top].depth >= p.depth)
+    while (p.pending_top < kMostWaiting && p.pending[p.pending_top].depth >= p.depth)
         if (!emit(p, EQ_ITEM_UNARY, p.pending[p.pending_top++].function))
             return false;
     return true;
@@ -109,7 +108,7 @@ bool add_binary(Parse& p, int code)
 {
     p.after_operand = false;
     const int priority = op_icp(code);
-    while (p.op_top < kStackEntries && op_isp(p.op_codes[p.op_top]) >= priority)
+    while (p.op_top < kMostWaiting && op_isp(p.op_codes[p.op_top]) >= priority)
         if (!emit(p, EQ_ITEM_BINARY, p.op_codes[p.op_top++]) || --p.operand_counter < 1)
             return false;
     if (p.op_top == 0)
@@ -146,13 +145,13 @@ bool open_group(Parse& p)
 /// Ends a group at its ")" or, `at_end`, the whole text.
 bool close_group(Parse& p, bool at_end)
 {
-    while (p.op_top < kStackEntries && p.op_codes[p.op_top] != kOpenParenthesis) {
+    while (p.op_top < kMostWaiting && p.op_codes[p.op_top] != kOpenParenthesis) {
         if (!emit(p, EQ_ITEM_BINARY, p.op_codes[p.op_top++]))
             return false;
         if (--p.operand_counter < 1)
             return false;
     }
-    const bool is_open = p.op_top < kStackEntries;
+    const bool is_open = p.op_top < kMostWaiting;
     if (is_open == at_end) // unclosed "(" or unmatched ")"
         return false;
     if (is_open)

@@ -356,6 +356,108 @@ KORVALE_C_API void* korvale_relaxer_record(korvale_relaxer* relaxer);
 /// Releases a relaxer.
 KORVALE_C_API void korvale_relaxer_free(korvale_relaxer* relaxer);
 
+// --- Equations -------------------------------------------------------------------------------------------------------
+
+/// Named variables and equations over them, written as text; docs/equations.md has the language. Texts end with a zero.
+/// `korvale_equations_add` refuses what that language does not have, where `EqParseEquation` passes over it.
+typedef struct korvale_equations korvale_equations;
+
+/// A system with the variables PI and E and eighteen functions in `*equations`, null on failure.
+KORVALE_C_API korvale_status korvale_equations_new(korvale_equations** equations, korvale_error* error);
+
+/// Declares variables, each 0 at first; names that exist are left alone. `reserved` ones take the result of their
+/// equation at the end of a pass instead of at once. Refuses a name that is not 1 to 12 letters, or a function's.
+KORVALE_C_API korvale_status korvale_equations_declare(korvale_equations* equations, const char* names,
+                                                       int32_t reserved, korvale_error* error);
+
+/// Adds an equation, "name = expression"; `*number`, which may be null, takes its number, counted from 0. A text that
+/// cannot be read, or of which anything would be passed over, gives KORVALE_BAD_EQUATION, and nothing is added: the
+/// error says which word, where, why, and how to write it.
+KORVALE_C_API korvale_status korvale_equations_add(korvale_equations* equations, const char* text, int32_t* number,
+                                                   korvale_error* error);
+
+/// How many equations and variables there are.
+///@{
+KORVALE_C_API int32_t korvale_equations_count(const korvale_equations* equations);
+KORVALE_C_API int32_t korvale_equations_variables(const korvale_equations* equations);
+///@}
+
+/// The name of a variable, in memory of the system that is good until a variable is declared; null where there is none.
+KORVALE_C_API const char* korvale_equations_name(const korvale_equations* equations, int32_t variable);
+
+/// Gives a variable a value, or reads it.
+///@{
+KORVALE_C_API korvale_status korvale_equations_set(korvale_equations* equations, const char* name, double value,
+                                                   korvale_error* error);
+KORVALE_C_API korvale_status korvale_equations_get(const korvale_equations* equations, const char* name, double* value,
+                                                   korvale_error* error);
+///@}
+
+/// Runs an equation once; `*result`, which may be null, takes its result, which its variable also takes unless it is
+/// reserved.
+KORVALE_C_API korvale_status korvale_equations_evaluate(korvale_equations* equations, int32_t equation, double* result,
+                                                        korvale_error* error);
+
+/// Values of one variable, one a row.
+typedef struct korvale_column {
+    const char* name;       ///< the variable
+    korvale_numbers values; ///< of width 1
+} korvale_column;
+
+/// Where the values of one variable go, one a row.
+typedef struct korvale_column_out {
+    const char* name;           ///< the variable
+    korvale_numbers_out values; ///< of width 1
+} korvale_column_out;
+
+/// Runs an equation once for every row of `output`: each column sets its variable, and the result goes to `output`. The
+/// variables keep the values of the last row. Columns are read where they are, row by row, and may be the output.
+KORVALE_C_API korvale_status korvale_equations_evaluate_rows(korvale_equations* equations, int32_t equation,
+                                                             const korvale_column* columns, int64_t column_count,
+                                                             const korvale_numbers_out* output, korvale_error* error);
+
+/// Runs all equations in order.
+KORVALE_C_API korvale_status korvale_equations_pass(korvale_equations* equations, korvale_error* error);
+
+/// Runs all equations in order once for every row; `results` take the values of their variables after each pass. There
+/// are as many rows as the first column has values, or, without columns, the first result.
+KORVALE_C_API korvale_status korvale_equations_pass_rows(korvale_equations* equations, const korvale_column* columns,
+                                                         int64_t column_count, const korvale_column_out* results,
+                                                         int64_t result_count, korvale_error* error);
+
+/// Replaces functions of constants in all equations by their values.
+KORVALE_C_API korvale_status korvale_equations_simplify(korvale_equations* equations, korvale_error* error);
+
+/// A function of the host for equations, called inside evaluations and tables with its 0, 1 or 2 arguments.
+typedef double (*korvale_function)(const double* arguments, void* user);
+
+/// Adds a function of 0, 1 or 2 arguments for the equations added from now on. `name` is 1 to 12 letters that stand for
+/// nothing yet. `release`, which may be null, is called with `user` once: when the system is released, or at once where
+/// this fails. `EqEvaluate` on the record calls the function as well.
+///
+/// A process has room for 512 different pairs of function and user of each number of arguments at a time.
+KORVALE_C_API korvale_status korvale_equations_function(korvale_equations* equations, const char* name,
+                                                        int32_t arguments, korvale_function function, void* user,
+                                                        void (*release)(void* user), korvale_error* error);
+
+/// For functions of the host that have failed: the call that is evaluating returns KORVALE_STOPPED as soon as the row
+/// at work is done, without its result.
+KORVALE_C_API void korvale_equations_stop(korvale_equations* equations);
+
+/// Replaces a function without arguments, such as RAND, by a table of `rows` rows of its values. Call it after the
+/// equations that name the function: each place that does has a column of its own.
+KORVALE_C_API korvale_status korvale_equations_make_table(korvale_equations* equations, const char* name, int32_t rows,
+                                                          korvale_error* error);
+
+/// Moves all tables to a row; between two rows values are interpolated.
+KORVALE_C_API void korvale_equations_set_table_position(korvale_equations* equations, double row);
+
+/// The `EquationSystem` behind the equations, for hosts in C++.
+KORVALE_C_API void* korvale_equations_record(korvale_equations* equations);
+
+/// Releases a system.
+KORVALE_C_API void korvale_equations_free(korvale_equations* equations);
+
 // --- Transforms ------------------------------------------------------------------------------------------------------
 // 16 numbers, row by row; points are columns, so the translation is in numbers 3, 7 and 11. Results may overlap what
 // they are made of. Where a pointer is null nothing happens.

@@ -8,7 +8,8 @@
 namespace korvale::inside {
 
 constexpr int32_t kMostItems = 100;
-constexpr int32_t kChildren = 3; ///< arrays of an equation, its columns in `equations`
+constexpr int32_t kMostWaiting = 51; ///< operators with parentheses, and functions, that wait during a parse
+constexpr int32_t kChildren = 3;     ///< arrays of an equation, its columns in `equations`
 
 /// The items of one equation.
 struct Program {

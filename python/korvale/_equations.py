@@ -26,8 +26,8 @@ class Equations:
     functions are there from the start: ADD SUBTRACT MULTIPLY DIVIDE POWER NEGATE SIN COS TAN SQRT EXP LOG ASIN ACOS
     ATAN RAND GAUSS ANGLE. Operators are + - * / ^; a division by 0 gives 0; angles are in radians.
 
-    Three things are not as in Python. A sign before an operand binds tighter than ^, so -x ^ 2 is (-x) ^ 2. Products
-    have their sign: 2x is 2, the letter is passed over. And numbers have no exponent: 1e-3 is 1 - 3, write 0.001.
+    One thing is not as in Python: a sign before an operand binds tighter than ^, so -x ^ 2 is (-x) ^ 2. What the
+    language does not have is refused with its right spelling: 2x (write 2 * x), 1e-3 (write 0.001), x ** 2, sin(x).
 
     >>> korvale.evaluate("-x ^ 2", x=3), korvale.evaluate("0 - x ^ 2", x=3)
     (9.0, -9.0)
@@ -96,7 +96,8 @@ class Equations:
     def add(self, equation: str) -> int:
         """Adds an equation, "name = expression", and returns its number, counted from 0.
 
-        Raises `EquationError`, with nothing added, for a text that cannot be read: it says which word, where, and why.
+        Raises `EquationError`, with nothing added, for a text that cannot be read or has anything in it that the
+        language does not know: it says which word, where, why, and the right spelling where there is one.
 
         >>> korvale.Equations("y x").add("y = SIN(x) / frequency")
         Traceback (most recent call last):
@@ -108,9 +109,9 @@ refused at character 14: "frequency" is neither a variable nor a function
         try:
             number: int = self._system.add(plain)
         except EquationError as error:
-            message = str(error).replace(f'"{plain}"', f'"{equation}"', 1)
-            word = equation[error.place:error.place + len(error.word)]
-            raise EquationError(message, error.function, error.argument, error.place, word) from None
+            if plain.isascii():
+                raise
+            raise _in_characters(error, plain) from None
         self._log.append(("add", equation))
         return number
 
@@ -304,6 +305,14 @@ refused at character 14: "frequency" is neither a variable nor a function
 
     def __reduce__(self) -> Any:
         return _restored, self._state()
+
+
+def _in_characters(error: EquationError, text: str) -> EquationError:
+    """An error whose place counts bytes, as one that counts characters."""
+    place = len(text.encode()[:error.place].decode())
+    before, at, why = str(error).rpartition(f"is refused at character {error.place + 1}: ")
+    message = f"{before}is refused at character {place + 1}: {why}" if at else str(error)
+    return EquationError(message, error.function, error.argument, place, error.word)
 
 
 def _restored(log: list[tuple[Any, ...]], variables: dict[str, float], tables: dict[str, Doubles],

@@ -53,10 +53,10 @@ def flag(value: Any, function: str, argument: str) -> bool:
 
 
 def text(value: Any, function: str, argument: str) -> str:
-    """A text; characters beyond ASCII, of which none has a meaning, become question marks, so that places agree."""
+    """A text; what UTF-8 has no code for, half of a surrogate pair, becomes a question mark."""
     if not isinstance(value, str):
         raise refuse(function, argument, "be a str", f"it is {_shown(value)}")
-    return value if value.isascii() else value.encode("ascii", "replace").decode()
+    return value if value.isascii() else value.encode("utf-8", "replace").decode()
 
 
 def items(value: Any, function: str, argument: str, must: str) -> list[Any]:

@@ -4,6 +4,7 @@ import copy
 import gc
 import math
 import pickle
+import re
 import unittest
 import weakref
 
@@ -184,10 +185,26 @@ class EquationsTest(RefusingTest):
                          'frequency)" is refused at character 19: "frequency" is neither a variable nor a function')
         twin = pickle.loads(pickle.dumps(caught.exception))
         self.assertEqual((twin.word, twin.place, str(twin)), ("frequency", 18, str(caught.exception)))
-        with self.assertRaises(korvale.EquationError) as caught:
-            self.equations.add("y = \N{GREEK SMALL LETTER ALPHA} x + frequenz\N{LATIN SMALL LETTER E WITH ACUTE}")
-        self.assertEqual((caught.exception.word, caught.exception.place), ("frequenz", 10))
-        self.assertIn("\N{GREEK SMALL LETTER ALPHA} x", str(caught.exception))
+        for text, place, word, told in [
+                ("y = \N{GREEK SMALL LETTER ALPHA} x", 4, "\N{GREEK SMALL LETTER ALPHA}", "which are ASCII"),
+                ("y = x\N{SUPERSCRIPT TWO}", 5, "\N{SUPERSCRIPT TWO}", "write ^ 2"),
+                ("y\N{LATIN SMALL LETTER E WITH ACUTE}\N{GRINNING FACE} = x", 0,
+                 "y\N{LATIN SMALL LETTER E WITH ACUTE}\N{GRINNING FACE}", "is not a variable"),
+                ("y \N{GRINNING FACE} = x", 2, "\N{GRINNING FACE}", 'only a variable stands before the "="'),
+                ("y = x + \N{NO-BREAK SPACE}a", 8, "\N{NO-BREAK SPACE}", "write a plain space"),
+                ("\N{GRINNING FACE}\N{GRINNING FACE}", 2, "", 'there is no "="')]:
+            with self.subTest(text):
+                with self.assertRaises(korvale.EquationError) as caught:
+                    self.equations.add(text)
+                self.assertEqual((caught.exception.word, caught.exception.place), (word, place))
+                self.assertIn(f'"{text}" is refused at character {place + 1}: ', str(caught.exception))
+                self.assertTrue(str(caught.exception).endswith(told))
+        with self.assertRaises(korvale.EquationError):
+            self.equations.add("y = \udc80")
+        for text, told in [("1e-3", "write 0.001"), ("2x", "write 2 * x"), ("x ** 2", "write ^"),
+                           ("sin(x)", "write SIN, capitals count"), ("x = 1", "it stands once")]:
+            with self.assertRaisesRegex(korvale.EquationError, re.escape(told)):
+                self.equations.add(f"y = {text}")
         self.assertEqual(self.equations.equations, ["y = a * x + 1"])
 
     def test_says_what_it_refuses(self):

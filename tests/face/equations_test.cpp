@@ -79,10 +79,10 @@ TEST(FaceEquations, SayWhichWordIsRefusedWhereAndWhy)
         {"  q2 = 2", 2, "q2", "\"q2\" is not a variable"},
         {" = 2", 1, "=", "the variable before \"=\" is missing"},
         {"h = SIM(r)", 4, "SIM", "\"SIM\" is neither a variable nor a function"},
-        {"h = r + sin(t)", 8, "sin", "\"sin\" is neither a variable nor a function"},
+        {"h = r + sin(t)", 8, "sin", "\"sin\" is neither a variable nor a function: write SIN, capitals count"},
         {"h = 2 3", 6, "3", "there is no operator between \"2\" and \"3\""},
         {"h = r t", 6, "t", "there is no operator between \"r\" and \"t\""},
-        {"h = 1e5", 4, "1e5", "\"1e5\" is no number: numbers have digits and a point, but no letters"},
+        {"h = 1e5", 4, "1e5", "\"1e5\" is no number: numbers have digits and a point, but no letters; write 100000"},
         {"h = 2 + 0x10 * r", 8, "0x10", "\"0x10\" is no number: numbers have digits and a point, but no letters"},
         {"h = (2", 4, "(", "the parenthesis is not closed"},
         {"h = 2)", 5, ")", "there is no \"(\" to this parenthesis"},
@@ -169,11 +169,120 @@ TEST(FaceEquations, CallFunctionsMadeOfLambdas)
     EXPECT_EQ(e.evaluate(h), 8); // a two-argument function binds loosest: (STEP(r) * FIVE + t) LARGER 2
 }
 
+TEST(FaceEquations, CallWhateverHasValuesOfItsOwn)
+{
+    Equations e = drum();
+    const std::vector<double> heights = {10, 20, 30};
+    double scale = 2;
+    e.function("HEIGHT", [heights](double i) { return heights[static_cast<size_t>(i)]; });
+    e.function("SCALED", [&scale](double x) { return scale * x; });
+    e.function("NEXT", [n = 0]() mutable { return static_cast<double>(++n); });
+    e.function("BOTH", std::function<double(double, double)>([](double a, double b) { return 100 * a + b; }));
+    e.function("FLOOR", static_cast<double (*)(double)>(std::floor));
+    e.function("WHOLE", [](double x) { return static_cast<int>(x); });
+    const int h = e.add("h = SCALED(HEIGHT(r)) + NEXT BOTH FLOOR(t) + WHOLE(t)");
+    e.set("r", 1);
+    e.set("t", 3.5);
+    EXPECT_EQ(e.evaluate(h), 4100 + 6);
+    scale = 3;
+    EXPECT_EQ(e.evaluate(h), 6200 + 6);
+    Equations other = std::move(e);
+    EXPECT_EQ(other.evaluate(h), 6300 + 6);
+    EXPECT_EQ(EqEvaluate(&other.system(), h), 6400 + 6);
+}
+
+TEST(FaceEquations, LetGoOfWhatFunctionsKeep)
+{
+    const auto kept = std::make_shared<int>(5);
+    {
+        Equations e = drum();
+        e.function("FIVE", [kept] { return static_cast<double>(*kept); });
+        EXPECT_EQ(kept.use_count(), 2);
+        EXPECT_THROW(e.function("FIVE", [kept] { return static_cast<double>(*kept); }), Error);
+        EXPECT_EQ(kept.use_count(), 2);
+    }
+    EXPECT_EQ(kept.use_count(), 1);
+}
+
+TEST(FaceEquations, ThrowOnWhatAFunctionThrows)
+{
+    Equations e = drum();
+    int calls = 0;
+    e.function("PICKY", [&calls](double x) {
+        ++calls;
+        if (x > 2)
+            throw std::range_error("too much");
+        return x;
+    });
+    e.function("NEVER", []() -> double { throw 5; });
+    const int h = e.add("h = PICKY(r) + PICKY(r + 1)"), never = e.add("h = NEVER");
+    const std::vector<double> radii = {0, 1, 2, 3, 4};
+    std::vector<double> heights(5, 7);
+    const Column column = {"r", radii};
+    EXPECT_THROW(e.evaluate(h, std::span(&column, 1), heights), std::range_error);
+    EXPECT_EQ(heights, (std::vector<double>{1, 3, 7, 7, 7}));
+    EXPECT_EQ(calls, 6); // none after the one that threw
+    e.set("r", 1);
+    EXPECT_EQ(e.evaluate(h), 3);
+    EXPECT_THROW(e.evaluate(never), int);
+    EXPECT_THROW(e.evaluate_all(), int);
+    EXPECT_THROW(e.make_table("NEVER", 3), int);
+    EXPECT_TRUE(std::isnan(EqEvaluate(&e.system(), never))); // nothing is thrown through the record
+}
+
+TEST(FaceEquations, OfFunctionsThatRunOtherSystemsEachThrowsItsOwn)
+{
+    Equations inner = drum(), outer = drum();
+    inner.function("BAD", [](double x) -> double { throw x; });
+    const int bad = inner.add("h = BAD(r)");
+    outer.function("TRY", [&inner, bad](double x) {
+        inner.set("r", x);
+        try {
+            return inner.evaluate(bad);
+        } catch (double thrown) {
+            return 10 * thrown;
+        }
+    });
+    outer.function("PASS", [&inner, bad] { return inner.evaluate(bad); });
+    const int tried = outer.add("h = TRY(r)"), passed = outer.add("h = PASS");
+    outer.set("r", 4);
+    EXPECT_EQ(outer.evaluate(tried), 40);
+    EXPECT_THROW(outer.evaluate(passed), double);
+}
+
+TEST(FaceEquations, AThousandSystemsUseOneLambda)
+{
+    std::vector<Equations> systems;
+    for (int i = 0; i < 1000; ++i) {
+        systems.push_back(drum());
+        systems.back().function("HALF", [](double x) { return x / 2; });
+    }
+    systems.back().set("r", 5);
+    EXPECT_EQ(systems.back().evaluate(systems.back().add("h = HALF(r)")), 2.5);
+}
+
+TEST(FaceEquations, RepeatTheOneValueOfAColumnWithoutStride)
+{
+    Equations e = drum();
+    const int h = e.add("h = r + t");
+    const std::vector<double> radii = {1, 2, 3}, time = {10};
+    std::vector<double> heights(3);
+    const Column columns[] = {{"r", radii}, {"t", time.data(), 3, 0}};
+    e.evaluate(h, columns, heights);
+    EXPECT_EQ(heights, (std::vector<double>{11, 12, 13}));
+    EXPECT_EQ(refusal_of([&] { e.evaluate(h, columns, heights.data(), 3, 0); }),
+              "Equations::evaluate: column \"output\" must have a place for each row, but its stride is 0");
+}
+
 TEST(FaceEquations, SayWhatTheyRefuse)
 {
     Equations e = drum();
     EXPECT_EQ(refusal_of([&] { e.declare("good x1"); }),
               "Equations::declare: a name must be 1 to 12 letters, but it is \"x1\"");
+    EXPECT_EQ(refusal_of([&] { e.declare(std::string_view("x\0y", 3)); }),
+              "Equations::declare: a name must be 1 to 12 letters, but it is \"x?y\"");
+    EXPECT_EQ(refusal_of([&] { e.get(std::string_view("r\0", 2)); }),
+              "Equations::get: name must be a variable, but \"r?\" is none");
     EXPECT_EQ(refusal_of([&] { e.declare("SIN"); }),
               "Equations::declare: a name must be no function's, but \"SIN\" is one");
     EXPECT_EQ(refusal_of([&] { e.set("q", 1); }), "Equations::set: name must be a variable, but \"q\" is none");

@@ -38,4 +38,17 @@ TEST(FaceUnderFastMath, StillMendsPlanarLoops)
     EXPECT_GT(mended, 0);
 }
 
+TEST(FaceUnderFastMath, EquationsKeepTheirBits)
+{
+    korvale::Equations e;
+    e.declare("y x");
+    e.function("THIRD", EqFuncDivide);
+    const int y = e.add("y = (x * 0.1 + 0.2) / (x - x / 3) THIRD 3");
+    const std::vector<double> x = {1, 3, 0, 7};
+    const std::vector<double> values = e.evaluate(y, {{"x", x}});
+    const double expected[] = {0x1.3333333333333p-3, 0x1.5555555555555p-4, 0, 0x1.0750750750752p-4};
+    for (std::size_t i = 0; i < x.size(); ++i)
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(values[i]), std::bit_cast<std::uint64_t>(expected[i]));
+}
+
 } // namespace

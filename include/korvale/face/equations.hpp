@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <exception>
+
 #include "refusal.hpp"
 
 namespace korvale {
@@ -44,6 +47,162 @@ struct ResultColumn {
     }
 };
 
+namespace detail {
+
+/// A call that may run functions of the host, at work in this thread: it keeps what the first of them to throw throws,
+/// since nothing may be thrown through the library.
+class Evaluation {
+public:
+    explicit Evaluation(korvale_equations* equations) : equations_(equations), before_(std::exchange(at_work, this)) {}
+    ~Evaluation() { at_work = before_; }
+    Evaluation(const Evaluation&) = delete;
+    Evaluation& operator=(const Evaluation&) = delete;
+
+    bool has_thrown() const noexcept { return thrown_ != nullptr; }
+
+    /// Keeps the exception at hand and ends the evaluation.
+    void keep() noexcept
+    {
+        thrown_ = std::current_exception();
+        korvale_equations_stop(equations_);
+    }
+
+    void rethrow()
+    {
+        if (thrown_)
+            std::rethrow_exception(std::exchange(thrown_, nullptr));
+    }
+
+    static inline constinit thread_local Evaluation* at_work = nullptr;
+
+private:
+    korvale_equations* equations_;
+    Evaluation* before_;
+    std::exception_ptr thrown_;
+};
+
+/// How many doubles a callable takes: 0, 1, 2, or -1 for none of these.
+template <class F>
+inline constexpr int arguments_of = std::is_invocable_r_v<double, F&>                   ? 0
+                                    : std::is_invocable_r_v<double, F&, double>         ? 1
+                                    : std::is_invocable_r_v<double, F&, double, double> ? 2
+                                                                                        : -1;
+
+/// A callable of the host as the C interface takes it. Those without anything to keep share one place.
+template <class F>
+struct HostFunction {
+    static constexpr bool kIsPlain = std::is_pointer_v<F>;
+    static constexpr bool kIsEmpty = std::is_empty_v<F> && std::is_default_constructible_v<F>;
+
+    static void* user_of(F&& callable)
+    {
+        if constexpr (kIsPlain)
+            return reinterpret_cast<void*>(callable);
+        else if constexpr (kIsEmpty)
+            return nullptr;
+        else
+            return new F(std::move(callable));
+    }
+
+    static void release(void* user)
+    {
+        if constexpr (!kIsPlain && !kIsEmpty)
+            delete static_cast<F*>(user);
+    }
+
+    static double call(const double* numbers, void* user) noexcept
+    {
+        constexpr double kNothing = std::numeric_limits<double>::quiet_NaN();
+        Evaluation* const evaluation = Evaluation::at_work;
+        if (evaluation != nullptr && evaluation->has_thrown())
+            return kNothing;
+        try {
+            if constexpr (kIsPlain) {
+                return call(reinterpret_cast<F>(user), numbers);
+            } else if constexpr (kIsEmpty) {
+                F callable;
+                return call(callable, numbers);
+            } else {
+                return call(*static_cast<F*>(user), numbers);
+            }
+        } catch (...) {
+            if (evaluation != nullptr)
+                evaluation->keep();
+        }
+        return kNothing;
+    }
+
+private:
+    template <class Callable>
+    static double call(Callable&& callable, const double* numbers)
+    {
+        if constexpr (arguments_of<F> == 0)
+            return static_cast<double>(callable());
+        else if constexpr (arguments_of<F> == 1)
+            return static_cast<double>(callable(numbers[0]));
+        else
+            return static_cast<double>(callable(numbers[0], numbers[1]));
+    }
+};
+
+/// A text that ends with a zero and holds no other: those in it, which no name has, become question marks.
+inline std::string plain_text(std::string_view text)
+{
+    std::string plain(text);
+    std::ranges::replace(plain, '\0', '?');
+    return plain;
+}
+
+/// Columns as the C interface takes them: their names end with a zero.
+template <class Plain>
+class PlainColumns {
+public:
+    template <class AnyColumn>
+    PlainColumns(const char* function, std::span<const AnyColumn> columns)
+    {
+        names_.reserve(columns.size());
+        for (const AnyColumn& column : columns) {
+            const char* const name = names_.emplace_back(plain_text(column.name)).c_str();
+            columns_.push_back({name, values_of(function, column)});
+        }
+    }
+
+    const Plain* data() const noexcept { return columns_.data(); }
+    std::int64_t size() const noexcept { return static_cast<std::int64_t>(columns_.size()); }
+
+private:
+    korvale_numbers values_of(const char*, const Column& column)
+    {
+        const auto n = static_cast<std::int64_t>(column.size);
+        if (column.stride != 0 || n < 2)
+            return {column.values, n, column.stride * std::ptrdiff_t{sizeof(double)}, 1, KORVALE_DOUBLE};
+        const std::vector<double>& copies = copies_.emplace_back(column.size, *column.values); // one value for all
+        return {copies.data(), n, 0, 1, KORVALE_DOUBLE};
+    }
+
+    static korvale_numbers_out values_of(const char* function, const ResultColumn& column)
+    {
+        require_places(function, column.name, column.size, column.stride);
+        return {column.values, static_cast<std::int64_t>(column.size), column.stride * std::ptrdiff_t{sizeof(double)},
+                1, KORVALE_DOUBLE};
+    }
+
+public:
+    static void require_places(const char* function, std::string_view name, std::size_t size, std::ptrdiff_t stride)
+    {
+        if (stride == 0 && size > 1)
+            throw Error(function, "column \"" + std::string(name) + "\"", "have a place for each row",
+                        "its stride is 0");
+    }
+
+private:
+    std::vector<std::string> names_;
+    std::vector<std::vector<double>> copies_;
+    std::vector<Plain> columns_;
+};
+
+} // namespace detail
+
 /// Named variables and equations over them, written as text.
 ///
 /// ```
@@ -61,18 +220,17 @@ class Equations {
 public:
     Equations()
     {
-        if (EqSystemInitialize(&system_) == 1 && is_complete())
-            return;
-        EqSystemDispose(&system_);
-        throw std::bad_alloc();
+        korvale_error error;
+        korvale_equations* made;
+        detail::check("Equations", korvale_equations_new(&made, &error), error);
+        equations_.reset(made);
     }
-    ~Equations() { EqSystemDispose(&system_); }
     /// Takes the system over; what is left behind may only be destroyed or assigned to.
-    Equations(Equations&& other) noexcept : system_(std::exchange(other.system_, EquationSystem{})) {}
+    Equations(Equations&& other) noexcept = default;
     /// Exchanges the systems.
     Equations& operator=(Equations&& other) noexcept
     {
-        std::swap(system_, other.system_);
+        equations_.swap(other.equations_);
         return *this;
     }
 
@@ -82,73 +240,67 @@ public:
     /// Throws `Error` for a name that is not letters only, longer than 12, or a function's.
     void declare(std::string_view names, bool reserved = false)
     {
-        std::string text(names);
-        for (std::size_t at = 0; at < text.size();) {
-            if (is_blank(text[at])) {
-                ++at;
-                continue;
-            }
-            const std::size_t first = at;
-            while (at < text.size() && !is_blank(text[at]))
-                ++at;
-            check_variable(text.substr(first, at - first));
-        }
-        if (EqParseVariables(&system_, text.data(), reserved) < 0)
-            throw std::bad_alloc();
+        call("Equations::declare", [&](korvale_error* error) {
+            return korvale_equations_declare(equations_.get(), detail::plain_text(names).c_str(), reserved, error);
+        });
     }
 
     /// Adds an equation, "name = expression", and returns its number, counted from 0.
     ///
-    /// Throws `EquationError`, with nothing added, for a text that cannot be read.
+    /// Throws `EquationError`, with nothing added, for a text that cannot be read or has anything in it that the
+    /// language does not know.
     int add(std::string_view equation)
     {
-        std::string text(equation);
+        const std::string text(equation);
         if (const std::size_t zero = text.find('\0'); zero != std::string::npos)
             throw EquationError(text.substr(0, zero), zero, "", "a zero character ends it early");
-        const std::int32_t row = std::max(0, system_.equations->count);
-        std::vector<std::int32_t> columns;
-        for (std::int32_t f = 0; f < system_.funcs->count; ++f)
-            columns.push_back(table(f).dim);
-        if (equation.find('=') != std::string_view::npos && EqParseEquation(&system_, text.data()) > 0)
-            return row;
-
-        if (equation.find('=') != std::string_view::npos) { // a refused equation leaves an empty row and wider tables
-            for (std::int32_t f = 0; f < system_.funcs->count; ++f)
-                table(f).dim = columns[static_cast<std::size_t>(f)];
-            if (system_.equations->count == row || !drop_last_row())
-                throw std::bad_alloc();
-        }
-        const detail::Refusal refusal = detail::RefusalFinder(system_, equation).find();
-        throw EquationError(equation, refusal.place, refusal.word, refusal.why);
+        std::int32_t number = 0;
+        korvale_error error;
+        const korvale_status status = korvale_equations_add(equations_.get(), text.c_str(), &number, &error);
+        if (status == KORVALE_BAD_EQUATION)
+            throw EquationError(error);
+        detail::check("Equations::add", status, error);
+        return number;
     }
 
     /// The number of equations.
-    int size() const { return std::max(0, system_.equations->count); }
+    int size() const { return korvale_equations_count(equations_.get()); }
 
     /// The names of the variables, PI and E first.
     std::vector<std::string> variables() const
     {
         std::vector<std::string> names;
-        for (std::int32_t v = 0; v < system_.var_vals->count; ++v)
-            names.emplace_back(reinterpret_cast<const char*>(system_.var_names->bvals) + 13 * std::ptrdiff_t{v});
+        for (std::int32_t v = 0; v < korvale_equations_variables(equations_.get()); ++v)
+            names.emplace_back(korvale_equations_name(equations_.get(), v));
         return names;
     }
 
     /// Gives a variable a value.
-    void set(std::string_view name, double value) { EqSetVariable(&system_, variable("Equations::set", name), value); }
+    void set(std::string_view name, double value)
+    {
+        call("Equations::set", [&](korvale_error* error) {
+            return korvale_equations_set(equations_.get(), detail::plain_text(name).c_str(), value, error);
+        });
+    }
 
     /// The value of a variable.
     double get(std::string_view name) const
     {
-        const int v = variable("Equations::get", name);
-        return system_.var_vals->dvals[v];
+        double value = 0;
+        call("Equations::get", [&](korvale_error* error) {
+            return korvale_equations_get(equations_.get(), detail::plain_text(name).c_str(), &value, error);
+        });
+        return value;
     }
 
     /// Runs an equation once and returns its result, which its variable also takes unless it is reserved.
     double evaluate(int equation)
     {
-        check_equation("Equations::evaluate", equation);
-        return EqEvaluate(&system_, equation);
+        double result = 0;
+        run("Equations::evaluate", [&](korvale_error* error) {
+            return korvale_equations_evaluate(equations_.get(), equation, &result, error);
+        });
+        return result;
     }
 
     /// Runs an equation once for every row: each column sets its variable, and the result goes to `output`. The columns
@@ -162,12 +314,14 @@ public:
     void evaluate(int equation, std::span<const Column> columns, double* output, std::size_t rows,
                   std::ptrdiff_t stride)
     {
-        check_equation("Equations::evaluate", equation);
-        const std::vector<int> places = places_of("Equations::evaluate", columns, rows);
-        for (std::size_t row = 0; row < rows; ++row) {
-            load(columns, places, row);
-            output[static_cast<std::ptrdiff_t>(row) * stride] = EqEvaluate(&system_, equation);
-        }
+        constexpr const char* kFunction = "Equations::evaluate";
+        const detail::PlainColumns<korvale_column> read(kFunction, columns);
+        detail::PlainColumns<korvale_column>::require_places(kFunction, "output", rows, stride);
+        const korvale_numbers_out write = {output, static_cast<std::int64_t>(rows),
+                                           stride * std::ptrdiff_t{sizeof(double)}, 1, KORVALE_DOUBLE};
+        run(kFunction, [&](korvale_error* error) {
+            return korvale_equations_evaluate_rows(equations_.get(), equation, read.data(), read.size(), &write, error);
+        });
     }
 
     /// The same with a vector as output, as long as the columns.
@@ -181,63 +335,57 @@ public:
     /// Runs all equations in order.
     void evaluate_all()
     {
-        if (EqSystemEvaluate(&system_) != 1)
-            throw std::bad_alloc();
+        run("Equations::evaluate_all",
+            [&](korvale_error* error) { return korvale_equations_pass(equations_.get(), error); });
     }
 
     /// Runs all equations in order once for every row; `results` take the values of their variables after each pass.
     void evaluate_all(std::span<const Column> columns, std::span<const ResultColumn> results)
     {
-        const std::size_t rows = !columns.empty() ? columns[0].size : results.empty() ? 0 : results[0].size;
-        const std::vector<int> sources = places_of("Equations::evaluate_all", columns, rows);
-        const std::vector<int> targets = places_of("Equations::evaluate_all", results, rows);
-        for (std::size_t row = 0; row < rows; ++row) {
-            load(columns, sources, row);
-            evaluate_all();
-            for (std::size_t c = 0; c < results.size(); ++c)
-                results[c].values[static_cast<std::ptrdiff_t>(row) * results[c].stride] =
-                    system_.var_vals->dvals[targets[c]];
-        }
+        constexpr const char* kFunction = "Equations::evaluate_all";
+        const detail::PlainColumns<korvale_column> read(kFunction, columns);
+        const detail::PlainColumns<korvale_column_out> write(kFunction, results);
+        run(kFunction, [&](korvale_error* error) {
+            return korvale_equations_pass_rows(equations_.get(), read.data(), read.size(), write.data(), write.size(),
+                                               error);
+        });
     }
 
     /// Replaces functions of constants in all equations by their values.
     void simplify()
     {
-        if (EqSystemSimplify(&system_) != 1)
-            throw std::bad_alloc();
+        run("Equations::simplify",
+            [&](korvale_error* error) { return korvale_equations_simplify(equations_.get(), error); });
     }
 
     /// Adds a function for the equations added from now on. `name` is up to 12 letters that stand for nothing yet. Give
-    /// a function pointer or a lambda without captures, of no, one or two doubles: equations keep plain pointers, so
-    /// there is no place for captured values; hand such values over as variables.
+    /// anything that takes no, one or two doubles and returns one: a function pointer, a lambda with what it captures,
+    /// a `std::function`. It is kept as long as the system.
     ///
     /// ```
     /// equations.function("STEP", [](double x) { return x < 0 ? 0.0 : 1.0; });
     /// equations.function("HYPOT", [](double a, double b) { return std::sqrt(a * a + b * b); });
+    /// const std::vector<double> heights = {0, 1, 4, 9};
+    /// equations.function("HEIGHT", [heights](double i) { return heights.at(static_cast<std::size_t>(i)); });
     /// ```
     ///
-    /// It is called inside evaluations and, for one without arguments, inside `make_table`; it must not throw.
+    /// It is called inside evaluations and, for one without arguments, inside `make_table`. What it throws ends the
+    /// evaluation, which throws it on; called by `EqEvaluate` on `system()`, through which nothing can be thrown, it
+    /// gives NaN instead.
+    ///
+    /// A process has room for 512 functions of each number of arguments at a time. Lambdas that capture nothing, and
+    /// function pointers, need one place each, however many systems use them.
     template <class F>
     void function(std::string_view name, F callable)
     {
-        constexpr bool kNone = std::is_convertible_v<F, double (*)()>;
-        constexpr bool kOne = std::is_convertible_v<F, double (*)(double)>;
-        constexpr bool kTwo = std::is_convertible_v<F, double (*)(double, double)>;
-        static_assert(kNone || kOne || kTwo,
-                      "a function pointer or a lambda without captures, of no, one or two doubles");
-        std::string text(name);
-        check_name("Equations::function", text);
-        if (EqLookupFunction(&system_, text.data()) >= 0 || EqLookupVariable(&system_, text.data()) >= 0)
-            throw Error("Equations::function", "name", "be new", "\"" + text + "\" is a function or a variable");
-        int result;
-        if constexpr (kNone)
-            result = EqAddFuncNoArg(&system_, text.data(), static_cast<double (*)()>(callable));
-        else if constexpr (kOne)
-            result = EqAddFuncUnary(&system_, text.data(), static_cast<double (*)(double)>(callable));
-        else
-            result = EqAddFuncBinary(&system_, text.data(), static_cast<double (*)(double, double)>(callable));
-        if (result != 1)
-            throw std::bad_alloc();
+        using Host = detail::HostFunction<F>;
+        constexpr int kArguments = detail::arguments_of<F>;
+        static_assert(kArguments >= 0, "a callable of no, one or two doubles that returns a double");
+        call("Equations::function", [&](korvale_error* error) {
+            const std::string text = detail::plain_text(name);
+            return korvale_equations_function(equations_.get(), text.c_str(), kArguments, &Host::call,
+                                              Host::user_of(std::move(callable)), &Host::release, error);
+        });
     }
 
     /// Replaces a function without arguments, such as RAND, by a table of `rows` rows of its values, so that noise
@@ -245,108 +393,41 @@ public:
     /// name the function: each place that does has a column of its own.
     void make_table(std::string_view name, int rows)
     {
-        std::string text(name);
-        const int f = EqLookupFunction(&system_, text.data());
-        if (f < 0 || system_.func_nargs->ivals[f] != 0)
-            throw Error("Equations::make_table", "name", "be a function without arguments", "it is \"" + text + "\"");
-        if (rows < 1)
-            throw Error("Equations::make_table", "rows", "be 1 or more", "it is " + detail::text_of(rows));
-        if (table(f).dim < 1)
-            throw Error("Equations::make_table", "name", "stand in an equation",
-                        "no equation names \"" + text + "\" yet");
-        if (EqMakeTable(&system_, f, rows, 1) != 1)
-            throw std::bad_alloc();
+        run("Equations::make_table", [&](korvale_error* error) {
+            return korvale_equations_make_table(equations_.get(), detail::plain_text(name).c_str(), rows, error);
+        });
     }
 
     /// Moves all tables to a row; between two rows values are interpolated.
-    void set_table_position(double row) { EqSetTableIndex(&system_, row); }
+    void set_table_position(double row) { korvale_equations_set_table_position(equations_.get(), row); }
 
     /// The record behind the system.
-    EquationSystem& system() { return system_; }
+    EquationSystem& system() { return *static_cast<EquationSystem*>(korvale_equations_record(equations_.get())); }
 
 private:
-    static bool is_blank(char c) { return c == ' ' || c == ',' || c == ';' || (c >= '\t' && c <= '\r'); }
+    struct Free {
+        void operator()(korvale_equations* equations) const { korvale_equations_free(equations); }
+    };
 
-    static void check_name(const char* function, const std::string& name)
+    template <class Call>
+    static void call(const char* function, Call work)
     {
-        const auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
-        if (name.empty() || name.size() > 12 || !std::ranges::all_of(name, is_letter))
-            throw Error(function, "a name", "be 1 to 12 letters", "it is \"" + name + "\"");
+        korvale_error error;
+        detail::check(function, work(&error), error);
     }
 
-    void check_variable(std::string name)
+    /// A call that may run functions of the host.
+    template <class Call>
+    void run(const char* function, Call work)
     {
-        check_name("Equations::declare", name);
-        if (EqLookupFunction(&system_, name.data()) >= 0)
-            throw Error("Equations::declare", "a name", "be no function's", "\"" + name + "\" is one");
+        detail::Evaluation evaluation(equations_.get());
+        korvale_error error;
+        const korvale_status status = work(&error);
+        evaluation.rethrow();
+        detail::check(function, status, error);
     }
 
-    void check_equation(const char* function, int equation) const
-    {
-        if (equation < 0 || equation >= size())
-            throw Error(function, "equation", "be the number of one of " + detail::text_of(size()) + " equations",
-                        "it is " + detail::text_of(equation));
-    }
-
-    DATAstruct& table(std::int32_t f) { return *static_cast<DATAstruct*>(system_.tables->pvals[f]); }
-
-    int variable(const char* function, std::string_view name) const
-    {
-        std::string text(name);
-        const int v = EqLookupVariable(const_cast<EquationSystem*>(&system_), text.data());
-        if (v < 0)
-            throw Error(function, "name", "be a variable", "\"" + text + "\" is none");
-        return v;
-    }
-
-    template <class AnyColumn>
-    std::vector<int> places_of(const char* function, std::span<const AnyColumn> columns, std::size_t rows) const
-    {
-        std::vector<int> places;
-        for (const AnyColumn& column : columns) {
-            places.push_back(variable(function, column.name));
-            if (column.size != rows)
-                throw Error(function, "column \"" + std::string(column.name) + "\"",
-                            "have " + detail::counted(rows, "value"), "it has " + detail::text_of(column.size));
-        }
-        return places;
-    }
-
-    void load(std::span<const Column> columns, const std::vector<int>& places, std::size_t row)
-    {
-        for (std::size_t c = 0; c < columns.size(); ++c)
-            system_.var_vals->dvals[places[c]] =
-                columns[c].values[static_cast<std::ptrdiff_t>(row) * columns[c].stride];
-    }
-
-    /// Whether the heap had room for all that a new system holds.
-    bool is_complete() const
-    {
-        constexpr std::int32_t kFunctions = 18, kVariables = 2;
-        if (system_.funcs->count != kFunctions || system_.var_vals->count != kVariables)
-            return false;
-        for (std::int32_t f = 0; f < kFunctions; ++f)
-            if (system_.funcs->pvals[f] == nullptr || system_.tables->pvals[f] == nullptr)
-                return false;
-        return true;
-    }
-
-    /// Takes the last row off with its three arrays. Returns whether the heap had room for all of them.
-    bool drop_last_row()
-    {
-        DATAstruct& equations = *system_.equations;
-        equations.count -= 1;
-        bool is_whole = true;
-        for (int k = 0; k < 3; ++k) {
-            void*& slot = equations.pvals[3 * std::ptrdiff_t{equations.count} + k];
-            is_whole = is_whole && slot != nullptr;
-            DATADispose(static_cast<DATAstruct*>(slot));
-            std::free(std::exchange(slot, nullptr));
-        }
-        return is_whole;
-    }
-
-    EquationSystem system_ = {};
+    std::unique_ptr<korvale_equations, Free> equations_;
 };
 
 } // namespace korvale

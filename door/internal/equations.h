@@ -1,0 +1,28 @@
+#pragma once
+
+#include "door/internal/heap.h"
+#include "door/internal/host_functions.h"
+#include "equation/system.h"
+
+namespace korvale::door {
+
+/// A function that equations of a system call, and what is called with its user at the end.
+struct Registration {
+    HostFunction function;
+    void* user;
+    void (*release)(void* user);
+};
+
+} // namespace korvale::door
+
+/// A system with what its functions need.
+struct korvale_equations {
+    EquationSystem record = {};
+    korvale::door::Vector<korvale::door::Registration> functions;
+    bool is_stopped = false; ///< by a function of the host
+
+    korvale_equations();
+    ~korvale_equations();
+    korvale_equations(const korvale_equations&) = delete;
+    korvale_equations& operator=(const korvale_equations&) = delete;
+};

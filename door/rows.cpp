@@ -1,0 +1,76 @@
+// Equations over columns, row by row.
+#include "door/internal/rows.h"
+
+#include <cstring>
+
+#include "door/internal/failure.h"
+#include "equation/evaluate.h"
+
+namespace korvale::door {
+namespace {
+
+double value_at(const Column& column, int64_t row)
+{
+    const char* const place = column.data + row * column.stride;
+    if (column.kind == KORVALE_FLOAT) {
+        float value;
+        std::memcpy(&value, place, sizeof value);
+        return double{value};
+    }
+    double value;
+    std::memcpy(&value, place, sizeof value);
+    return value;
+}
+
+void put_value(const ColumnOut& column, int64_t row, double value)
+{
+    char* const place = column.data + row * column.stride;
+    if (column.kind == KORVALE_FLOAT) {
+        const auto rounded = static_cast<float>(value);
+        std::memcpy(place, &rounded, sizeof rounded);
+    } else {
+        std::memcpy(place, &value, sizeof value);
+    }
+}
+
+/// Gives the variables the values of a row. A host's function may have moved the variables since the last one.
+void load(EquationSystem& es, std::span<const Column> columns, int64_t row)
+{
+    for (const Column& column : columns)
+        es.var_vals->dvals[column.variable] = value_at(column, row);
+}
+
+void require_not_stopped(const korvale_equations& equations)
+{
+    if (equations.is_stopped)
+        throw Stop();
+}
+
+} // namespace
+
+void evaluate_rows(korvale_equations& equations, int32_t equation, std::span<const Column> columns,
+                   const ColumnOut& output, int64_t rows)
+{
+    EquationSystem& es = equations.record;
+    for (int64_t row = 0; row < rows; ++row) {
+        load(es, columns, row);
+        const double result = EqEvaluate(&es, equation);
+        require_not_stopped(equations);
+        put_value(output, row, result);
+    }
+}
+
+void pass_rows(korvale_equations& equations, std::span<const Column> columns, std::span<const ColumnOut> results,
+               int64_t rows)
+{
+    EquationSystem& es = equations.record;
+    for (int64_t row = 0; row < rows; ++row) {
+        load(es, columns, row);
+        require_done(EqSystemEvaluate(&es));
+        require_not_stopped(equations);
+        for (const ColumnOut& result : results)
+            put_value(result, row, es.var_vals->dvals[result.variable]);
+    }
+}
+
+} // namespace korvale::door
