@@ -6,6 +6,8 @@
 #include "frame/frame.h"
 
 #include <cstdint>
+#include <ios>
+#include <new>
 
 int _Initializerkorvale::ref = 0;
 int _Initializerkorvale::infunc = 0;
@@ -44,6 +46,18 @@ struct Running {
 };
 
 } // namespace
+
+StandardStreams::StandardStreams()
+{
+    static_assert(sizeof(StandardStreams) == sizeof(std::ios_base::Init));
+    new (this) std::ios_base::Init;
+}
+
+StandardStreams::~StandardStreams()
+{
+    reinterpret_cast<std::ios_base::Init*>(this)->~Init();
+}
+
 } // namespace korvale::inside
 
 using namespace korvale::inside;

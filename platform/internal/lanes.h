@@ -7,8 +7,10 @@
 
 #include "platform/internal/widest.h"
 
+// Four lanes are spelt in the compilers' built-ins: the header that has their names would be most of the time of
+// compiling a file.
 #ifdef __SSE2__
-#include <immintrin.h>
+#include <emmintrin.h>
 #endif
 
 // Two doubles at a time, `Pair`, and four, `Quad`, with the operations that a step over many values needs. Each exists
@@ -229,7 +231,7 @@ inline int bits(PairMask condition)
 KORVALE_QUAD int bits(const QuadMask& condition)
 {
 #ifdef KORVALE_HAS_WIDE_LANES
-    return _mm256_movemask_pd(reinterpret_cast<__m256d>(condition.lanes));
+    return __builtin_ia32_movmskpd256(reinterpret_cast<Quad::Lanes>(condition.lanes));
 #else
     const QuadMask::Lanes& c = condition.lanes;
     return static_cast<int>((c[0] & 1) | (c[1] & 2) | (c[2] & 4) | (c[3] & 8));
@@ -287,8 +289,8 @@ inline Pair root(Pair v)
 /// The square root.
 KORVALE_QUAD Quad root(const Quad& v)
 {
-#ifdef KORVALE_HAS_WIDE_LANES
-    return Quad(Quad::Lanes(_mm256_sqrt_pd(v.lanes)));
+#if defined(KORVALE_HAS_WIDE_LANES) && __has_builtin(__builtin_ia32_sqrtpd256)
+    return Quad(Quad::Lanes(__builtin_ia32_sqrtpd256(v.lanes)));
 #else
     return Quad(std::sqrt(v[0]), std::sqrt(v[1]), std::sqrt(v[2]), std::sqrt(v[3]));
 #endif
@@ -331,7 +333,7 @@ inline Pair lesser(Pair a, Pair b)
 KORVALE_QUAD Quad lesser(const Quad& a, const Quad& b)
 {
 #ifdef KORVALE_HAS_WIDE_LANES
-    return Quad(Quad::Lanes(_mm256_min_pd(a.lanes, b.lanes)));
+    return Quad(Quad::Lanes(__builtin_ia32_minpd256(a.lanes, b.lanes)));
 #else
     return select(a < b, a, b);
 #endif
@@ -355,7 +357,7 @@ inline Pair greater(Pair a, Pair b)
 KORVALE_QUAD Quad greater(const Quad& a, const Quad& b)
 {
 #ifdef KORVALE_HAS_WIDE_LANES
-    return Quad(Quad::Lanes(_mm256_max_pd(a.lanes, b.lanes)));
+    return Quad(Quad::Lanes(__builtin_ia32_maxpd256(a.lanes, b.lanes)));
 #else
     return select(a > b, a, b);
 #endif

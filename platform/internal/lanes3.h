@@ -74,7 +74,7 @@ KORVALE_QUAD Quad halves(const Quad& a, const Quad& b)
 {
 #ifdef KORVALE_HAS_WIDE_LANES
     // The plain shuffle below becomes a slower instruction.
-    return Quad(Quad::Lanes(_mm256_blend_pd(a.lanes, b.lanes, 0b1100)));
+    return Quad(Quad::Lanes(__builtin_ia32_blendpd256(a.lanes, b.lanes, 0b1100)));
 #else
     return Quad(__builtin_shufflevector(a.lanes, b.lanes, 0, 1, 6, 7));
 #endif
