@@ -217,6 +217,61 @@ KORVALE_C_API korvale_border korvale_offsetter_take(korvale_offsetter* offsetter
 /// Releases an offsetter.
 KORVALE_C_API void korvale_offsetter_free(korvale_offsetter* offsetter);
 
+// --- Bands -----------------------------------------------------------------------------------------------------------
+
+/// How a band is laid along a line.
+typedef struct korvale_band_options {
+    uint32_t size;      ///< of this struct, in bytes
+    int32_t both_sides; ///< 1: from the border on one side to that on the other, instead of to the line itself
+    int32_t has_up;     ///< 1: `up` is given
+    int32_t closed;     ///< 1: the last point joins the first, and the band is a ring with two outlines
+    double height;      ///< lift of the border along `up`
+
+    /// The side from which right is right. Without it the line has to be planar, and is seen from the side that is up
+    /// in z (in y or x where its plane is upright). With it the line may rise and fall: it is offset as seen along
+    /// `up`, and each point of the border is as high as its point of the line.
+    double up[3];
+
+    double miter_limit; ///< no point of the border is farther from the line than this times the distance
+} korvale_band_options;
+
+/// One side, an open line, no `up`, height 0, miter limit 4.
+KORVALE_C_API void korvale_band_defaults(korvale_band_options* options, size_t size);
+
+/// A closed outline along a line of n points; of a closed line two of them, of n points each. The caller sets the
+/// pointers; `removed` and `narrowed` may be null.
+typedef struct korvale_band_result {
+    double* outline;     ///< [2 n][3] the border in the order of the line, then the other side backwards
+    uint8_t* removed;    ///< [n] 1 where a point gave way altogether and shares the place of others
+    uint8_t* narrowed;   ///< [n] 1 where a point gave way in part: it is nearer to the line, or its corner is cut off
+    int32_t collapsed;   ///< written: 1 where every point gave way altogether
+    int32_t crosses;     ///< written: 1 where the outline meets itself: it then encloses some places twice
+    int64_t crossing[2]; ///< written: two edges that meet; edge i runs from point i of its outline to the next one
+} korvale_band_result;
+
+/// The band between a line and its border at a signed distance: to the right of the line where it is positive.
+///
+/// The border has a point for each point of the line. Where a bend is tighter than the distance, points share a place;
+/// where another part of the line is nearer than the distance, the border keeps halfway between them; a corner sharper
+/// than the miter limit is cut off at the distance. Everything else is as wide as asked for.
+///
+/// No random number is drawn, and lines may have any size, as outlines of `korvale_offset`. A line at a single place has
+/// no sides: its band stays there and is collapsed.
+///
+/// Refuses no points, a distance of 0, a line that is not planar without `up`, one along `up`, a miter limit below 1, and
+/// numbers that are not finite.
+KORVALE_C_API korvale_status korvale_band(const korvale_points* line, double distance,
+                                          const korvale_band_options* options, korvale_band_result* band,
+                                          korvale_error* error);
+
+/// The numbers of the points that describe a line to within a tolerance: `kept` has room for one per point, `*count` of
+/// them are written, ascending, the first and the last point among them. Every point left out lies within the tolerance
+/// of the stretch between the two points that stay around it.
+///
+/// Refuses no points, a tolerance below 0, and numbers that are not finite.
+KORVALE_C_API korvale_status korvale_thin(const korvale_points* line, double tolerance, int32_t* kept, int64_t* count,
+                                          korvale_error* error);
+
 // --- Planes and frames -----------------------------------------------------------------------------------------------
 
 /// How the plane of a path is found.

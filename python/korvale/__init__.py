@@ -3,7 +3,7 @@
 | to | use |
 |---|---|
 | offset an outline, with or without holes, in any plane | `offset` |
-| lay a band along a line | `band` |
+| lay a band along a line, leave points of a line out | `band`, `thin` |
 | make solids, cut shapes into triangles | `bevel`, `tube`, `triangulate` |
 | lay an outline flat, place sections along a path | `flatten`, `frames` |
 | take shapes from a text or from other packages | `shapes`, `outlines` |
@@ -21,8 +21,9 @@
 Points are rows of arrays (N, 3), or (N, 2) where z is 0. Contiguous float64 arrays are read where they are; lists,
 tuples, other kinds of numbers, and rings, polygons, paths and meshes of Shapely, matplotlib, trimesh and meshio are
 converted. What comes back are arrays over the library's own memory, float64 (N, 3), or small objects that hold some.
-Angles are in radians; lengths are in units of the input, and thresholds are absolute (mostly 1e-06): work in units in
-which a model measures about 1 or more.
+Angles are in radians; lengths are in units of the input. Outlines, paths and lines may have any size: `offset`, `band`,
+`flatten` and `frames` bring small ones to an ordinary size by a power of two, and draw no random numbers. Elsewhere
+thresholds are absolute (mostly 1e-06): work in units in which a model measures about 1 or more.
 
     >>> import korvale
     >>> square = [(0, 0), (4, 0), (4, 4), (0, 4)]
@@ -56,7 +57,8 @@ from ._math import (
 from ._rays import Cast, RayGrid, RayHit
 from ._relaxer import Relaxation, Relaxer
 from ._shapes import (
-    Flattening, Offsets, Scattered, band, bevel, flatten, frames, offset, outlines, scatter, shapes, triangulate, tube,
+    Flattening, Offsets, Scattered, band, bevel, flatten, frames, offset, outlines, scatter, shapes, thin, triangulate,
+    tube,
 )
 from ._transform import Srt, Transform, transform_points, transform_vectors
 from ._version import __version__
@@ -68,7 +70,7 @@ __all__ = [
     "frame_both_ways", "frames", "from_srt", "gauss", "into_frame", "inverse_from_srt", "join", "line_through",
     "lines_meet", "mix", "mix4", "multiply", "norm", "normalize", "normalize_lines", "offset", "outlines", "power",
     "random", "raw", "reverse", "rotation", "rotation_in_degrees", "scaling", "scatter", "seed", "shapes", "solve",
-    "take_apart", "transform_points", "transform_vectors", "translation", "transpose", "triangulate", "tube",
+    "take_apart", "thin", "transform_points", "transform_vectors", "translation", "transpose", "triangulate", "tube",
 ]
 
 # Public classes show themselves, and are pickled, by the place where people find them.

@@ -53,8 +53,8 @@ def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices:
 
     Returns an `Offset` for an outline, `Offsets`, a tuple of them, for one with holes: a positive distance shrinks the
     holes, whichever way round they run. Each outline is moved by itself: nothing tells where a hole that grows meets
-    another or the outer border, and whether outlines are planar and free of crossings is not checked. Lengths are
-    absolute: work in units in which an outline measures about 1 or more.
+    another or the outer border, and whether outlines are planar and free of crossings is not checked. Outlines may have
+    any size; no random number is drawn.
 
     >>> square = [(0, 0), (4, 0), (4, 4), (0, 4)]
     >>> korvale.offset(square, 0.5).xy
@@ -100,21 +100,32 @@ def shapes(path: Any) -> list[list[Doubles]]:
     return _input.shapes_of([_input.points(outline, "shapes", "path") for outline in given])
 
 
-def band(line: Any, distance: float, *, height: float = 0.0, both_sides: bool = False, up: Any = None) -> Band:
-    """The band between an open line and its border, to the right of the line where the distance is positive.
+def band(
+    line: Any,
+    distance: float,
+    *,
+    height: float = 0.0,
+    both_sides: bool = False,
+    up: Any = None,
+    closed: bool = False,
+    miter_limit: float = 4.0,
+) -> Band:
+    """The band between a line and its border, to the right of the line where the distance is positive.
 
-    line: points (N, 3) or (N, 2), at least two.
+    line: points (N, 3) or (N, 2).
     distance: in units of the line, not 0.
     height: lift of the border along `up`.
     both_sides: from the border on one side to that on the other, 2 * distance apart, instead of to the line itself.
     up: the direction (3,) from which right is right. Without it the line has to be planar, and is seen from the side
         that is up in z (in y or x where its plane is upright). With it the line may rise and fall: each point of the
         border is as high as its point of the line.
+    closed: the last point joins the first; the band is a ring with two outlines, `border` and `other_side`.
+    miter_limit: no point of the border is farther from the line than this many distances; sharper corners are cut off.
 
     The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
-    border give way and share a place; `removed` names them. `crossing` tells where the outline meets itself. Corners
-    stay sharp however acute, so thin a noisy track first. Do not draw a band that is `collapsed`: on one side at least
-    all points gave way, and the place they share may lie far off.
+    border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin
+    or where a track stood still, the border keeps halfway between them; `narrowed` names these. `crossing` tells where
+    the outline meets itself after all. A band that is `collapsed` has no border at this distance anywhere.
 
     >>> road = korvale.band([(0, 0), (10, 0), (10, 10)], 1, both_sides=True)
     >>> road.outline[:3, :2]
@@ -123,8 +134,26 @@ def band(line: Any, distance: float, *, height: float = 0.0, both_sides: bool = 
            [11., 10.]])
     >>> road.collapsed, road.crossing
     (False, None)
+    >>> korvale.band([(0, 0), (4, 0), (4, 4), (0, 4)], 1, closed=True).border[2]
+    array([5., 5., 0.])
     """
-    return _korvale.band(line, distance, height, both_sides, up)
+    return _korvale.band(line, distance, height, both_sides, up, closed, miter_limit)
+
+
+def thin(line: Any, tolerance: float) -> Any:
+    """The numbers of the points that describe a line to within a tolerance, ascending, as an index for its rows.
+
+    line: points (N, 3) or (N, 2).
+    tolerance: every point left out lies within it of the stretch between the two points that stay around it.
+
+    >>> track = numpy.array([(0, 0), (1, 0.4), (2, 0), (3, 0.6), (4, 0)])
+    >>> korvale.thin(track, 0.5)
+    array([0, 3, 4])
+    >>> track[korvale.thin(track, 1)]
+    array([[0., 0.],
+           [4., 0.]])
+    """
+    return _korvale.thin(line, tolerance)
 
 
 def bevel(outline: Any, profile: Any, *, split: bool = True) -> Mesh:

@@ -13,7 +13,7 @@ bool is_equal(const Band& a, const Band& b)
         return band.crossing ? std::array{band.crossing->first, band.crossing->second} : std::array{SIZE_MAX, SIZE_MAX};
     };
     return a.collapsed == b.collapsed && edges(a) == edges(b) && std::ranges::equal(a.outline, b.outline) &&
-           std::ranges::equal(a.removed, b.removed);
+           std::ranges::equal(a.removed, b.removed) && std::ranges::equal(a.narrowed, b.narrowed);
 }
 
 py::array outline_of(py::object self)
@@ -34,6 +34,19 @@ py::array removed_of(py::object self)
     return truths_of(removed.data(), removed.size(), self);
 }
 
+py::array narrowed_of(py::object self)
+{
+    Array<std::uint8_t>& narrowed = self.cast<Band&>().narrowed;
+    return truths_of(narrowed.data(), narrowed.size(), self);
+}
+
+py::array other_side_of(py::object self)
+{
+    Points& outline = self.cast<Band&>().outline;
+    const std::size_t n = outline.size() / 2;
+    return view_of(std::span(outline.data() + n, n), self);
+}
+
 py::object crossing_of(const Band& band)
 {
     if (!band.crossing)
@@ -44,7 +57,7 @@ py::object crossing_of(const Band& band)
 py::tuple state_of(py::object self)
 {
     const Band& band = self.cast<Band&>();
-    return py::make_tuple(outline_of(self), removed_of(self), band.collapsed, crossing_of(band));
+    return py::make_tuple(outline_of(self), removed_of(self), band.collapsed, crossing_of(band), narrowed_of(self));
 }
 
 Band restored(const py::tuple& state)
@@ -56,6 +69,9 @@ Band restored(const py::tuple& state)
     std::copy_n(outline.data(), 3 * band.outline.size(), band.outline.coordinates().data());
     band.removed = Array<std::uint8_t>(static_cast<std::size_t>(removed.size()));
     std::copy_n(removed.data(), band.removed.size(), band.removed.data());
+    const auto narrowed = state[4].cast<py::array_t<bool, py::array::c_style>>();
+    band.narrowed = Array<std::uint8_t>(static_cast<std::size_t>(narrowed.size()));
+    std::copy_n(narrowed.data(), band.narrowed.size(), band.narrowed.data());
     band.collapsed = state[2].cast<bool>();
     if (!state[3].is_none()) {
         const py::tuple edges = state[3];
@@ -64,15 +80,35 @@ Band restored(const py::tuple& state)
     return band;
 }
 
-Band band_of(py::handle line, py::handle distance, py::handle height, py::handle both_sides, py::handle up)
+Band band_of(py::handle line, py::handle distance, py::handle height, py::handle both_sides, py::handle up,
+             py::handle closed, py::handle miter_limit)
 {
     const PointsIn points(line, "band", "line");
-    BandOptions options = {number_of(height, "band", "height"), flag_of(both_sides, "band", "both_sides"), {}};
+    BandOptions options;
+    options.height = number_of(height, "band", "height");
+    options.both_sides = flag_of(both_sides, "band", "both_sides");
+    options.closed = flag_of(closed, "band", "closed");
+    options.miter_limit = number_of(miter_limit, "band", "miter_limit");
     if (!up.is_none())
         options.up = PointsIn(converted("point", up, "band", "up"), "band", "up").view()[0];
     const double d = number_of(distance, "band", "distance");
-    const Unlocked unlocked(points.view().size() >= kLongLine);
-    return band(points.view(), d, options);
+    const PointView view = options.closed ? points.outline() : points.view();
+    const Unlocked unlocked(view.size() >= kLongLine);
+    return band(view, d, options);
+}
+
+py::array thin_of(py::handle line, py::handle tolerance)
+{
+    const PointsIn points(line, "thin", "line");
+    const double t = number_of(tolerance, "thin", "tolerance");
+    std::vector<std::size_t> kept;
+    {
+        const Unlocked unlocked(points.view().size() >= kLongLine);
+        kept = thin(points.view(), t);
+    }
+    py::array_t<std::int64_t> numbers(static_cast<py::ssize_t>(kept.size()));
+    std::ranges::copy(kept, numbers.mutable_data());
+    return numbers;
 }
 
 } // namespace
@@ -88,8 +124,12 @@ void bind_band(py::module_& m)
         .def_property_readonly("border", &border_of,
                                "float64 (N, 3): the border alone, one point for each point of the line.")
         .def_property_readonly("removed", &removed_of,
-                               "bool, one for each point of the line: a bend is too tight there and its point gave "
-                               "way.")
+                               "bool, one for each point of the line: it gave way and shares the place of others.")
+        .def_property_readonly("narrowed", &narrowed_of,
+                               "bool, one for each point of the line: it gave way in part, as another part of the line "
+                               "is nearer than the distance, or its corner is cut off.")
+        .def_property_readonly("other_side", &other_side_of,
+                               "float64 (N, 3): the rest of the outline, the line or its other border, backwards.")
         .def_readonly("collapsed", &Band::collapsed,
                       "True where every point gave way: no part of the line has a border at this distance.")
         .def_property_readonly("crossing", &crossing_of,
@@ -113,6 +153,7 @@ void bind_band(py::module_& m)
              })
         .def(py::pickle(&state_of, &restored));
     m.def("band", &band_of);
+    m.def("thin", &thin_of);
 }
 
 } // namespace korvale::python

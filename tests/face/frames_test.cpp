@@ -82,8 +82,8 @@ TEST(FaceFrames, OfPlanarLoopsAreNeverNaN)
             }
         }
         // The frames turn with the loop: x stays perpendicular to its plane.
-        const Point normal =
-            detail::unit_of(detail::cross(detail::minus(loop[1], loop[0]), detail::minus(loop[2], loop[0])));
+        Point normal = detail::cross(detail::minus(loop[1], loop[0]), detail::minus(loop[2], loop[0]));
+        normalize(normal.data());
         for (const Transform& place : places)
             ASSERT_NEAR(std::fabs(detail::dot(normal, {place(0, 0), place(1, 0), place(2, 0)})), 1, 1e-6);
     }

@@ -46,4 +46,38 @@ TEST(Golden, DoorOffset)
     EXPECT_EQ(hash.value(), 0x84f9062365ce55cau);
 }
 
+TEST(Golden, DoorBand)
+{
+    Random random(1106);
+    Hash hash;
+    for (int i = 0; i < 1000; ++i) {
+        const int n = random.between(1, 40);
+        const double size = random.one_in(2) ? 1 : random.one_in(2) ? 0.001 : 1e7;
+        std::vector<double> line, outline(static_cast<size_t>(6 * n));
+        double x = 0, y = 0;
+        for (int k = 0; k < n; ++k) {
+            x += size * random.uniform(-0.4, 1);
+            y += size * random.uniform(-0.7, 0.7);
+            line.insert(line.end(), {x, y, 0.5 * x});
+        }
+        const korvale_points points = {line.data(), n, 0, 3, KORVALE_DOUBLE};
+        korvale_band_options options;
+        korvale_band_defaults(&options, sizeof options);
+        options.both_sides = random.between(0, 1);
+        options.closed = 1; // the detour of an open line follows the C library
+        options.has_up = 1;
+        options.up[2] = 1;
+        std::vector<uint8_t> removed(line.size()), narrowed(line.size());
+        korvale_band_result band = {outline.data(), removed.data(), narrowed.data(), 0, 0, {0, 0}};
+        const korvale_status status = korvale_band(&points, size * random.uniform(-1, 1), &options, &band, nullptr);
+        hash.add(status).add(outline.data(), 6 * n).add(band.collapsed).add(band.crosses);
+        for (size_t k = 0; k < static_cast<size_t>(n); ++k)
+            hash.add(removed[k]).add(narrowed[k]);
+        int32_t kept[40] = {};
+        int64_t count = 0;
+        hash.add(korvale_thin(&points, size * random.uniform(0, 1), kept, &count, nullptr)).add(kept, 40);
+    }
+    EXPECT_EQ(hash.value(), 0x7132b9ad9b9d15c1u);
+}
+
 } // namespace korvale::test

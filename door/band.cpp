@@ -1,0 +1,539 @@
+// Bands along lines. The border on one side is swept as a closed outline of which the line is a part, and looked at
+// point by point afterwards: what has come too near to the line, or too far from it, is placed anew (yield.cpp). All is
+// computed at an ordinary size, to which a power of two brings the line.
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "door/internal/offset.h"
+#include "door/internal/vectors.h"
+#include "door/internal/yield.h"
+
+namespace korvale::door {
+namespace {
+
+/// The plane in which a band lies.
+struct LinePlane {
+    Point normal;
+    Point x, y;
+    bool is_flat;     ///< the line lies in the plane, up to rounding
+    bool is_straight; ///< so seen from the normal
+    double extent;    ///< how far the line gets from its first point
+
+    Place place_of(const Point& p) const { return {dot(p, x), dot(p, y)}; }
+};
+
+/// Turned so that its last component that is not small is positive.
+Point upwards(const Point& n)
+{
+    for (const int k : {2, 1, 0})
+        if (std::fabs(n[k]) > 1e-09)
+            return n[k] < 0 ? Point{-n.x, -n.y, -n.z} : n;
+    return n;
+}
+
+/// Finds the plane: perpendicular to `up`, or through the line's points furthest from its first point and from the line
+/// between these two.
+LinePlane find_plane(Outline line, const Point* up, double scale)
+{
+    constexpr double kFlat = 1e-09;   // of the extent: rounding
+    constexpr double kPlanar = 1e-06; // of the extent: measured coordinates
+    LinePlane plane = {};
+    Point along = {};
+    const auto from_first = [&](size_t i) { return minus(line[i], line[0]); };
+    for (size_t i = 1; i < line.size(); ++i)
+        if (const Point d = from_first(i); length(d) > plane.extent) {
+            plane.extent = length(d);
+            along = d;
+        }
+    along = unit_of(along);
+    Point normal = {};
+    for (size_t i = 1; i < line.size(); ++i)
+        if (const Point n = cross(along, from_first(i)); length(n) > length(normal))
+            normal = n;
+    const bool is_straight = length(normal) <= kFlat * plane.extent;
+
+    if (up != nullptr) {
+        plane.normal = unit_of(*up);
+    } else if (is_straight) {
+        const Point z = {0.0, 0.0, 1.0};
+        const Point across = cross(along, z);
+        if (length(across) < 1e-06)
+            throw Refusal("options.up", "be given for a line straight up", "it is missing");
+        plane.normal = unit_of(cross(across, along));
+    } else {
+        plane.normal = upwards(unit_of(normal));
+    }
+    const Point& n = plane.normal;
+    plane.x = unit_of(std::fabs(n.x) < 0.9 ? cross(n, {1.0, 0.0, 0.0}) : cross(n, {0.0, 1.0, 0.0}));
+    plane.y = cross(n, plane.x);
+
+    double off = 0.0, aside = 0.0;
+    size_t furthest = 0;
+    const Point flat_along = plus(along, -dot(along, n), n);
+    if (length(flat_along) < 1e-06)
+        throw Refusal("line", "not run along options.up", "it does");
+    const Point right = cross(unit_of(flat_along), n);
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (const double d = std::fabs(dot(from_first(i), n)); d > off) {
+            off = d;
+            furthest = i;
+        }
+        aside = std::max(aside, std::fabs(dot(from_first(i), right)));
+    }
+    if (up == nullptr && off > kPlanar * plane.extent)
+        throw Refusal("line", "be planar, or options.up be given",
+                      Text() << "its point " << furthest << " lies " << off / scale << " off the plane");
+    plane.is_flat = off <= kFlat * plane.extent;
+    plane.is_straight = aside <= kFlat * plane.extent;
+    return plane;
+}
+
+/// The swept border of a line.
+///
+/// Of an open line the outline is the line closed in one of two ways. The first is the documented one: a wing at each
+/// end, as long as the end's own segment, and a straight edge between the wings. It fails where a wing shrinks to
+/// nothing, as it does when the closing edge folds back sharply or the line is straight. The second then goes straight
+/// on from both ends to a far circle in the plane of the band, and along the longer way around that circle, so that no
+/// edge of the detour is short and no corner sharp. It also decides the plane, being first in the outline.
+class LineBorder {
+public:
+    LineBorder(Outline line, const LinePlane& plane)
+        : border(line.size()), removed(line.size()), heir(line.size()), line_(line), plane_(plane)
+    {
+    }
+
+    /// Makes the border of an open line, for a positive distance to the right.
+    void sweep_open(double distance, double height)
+    {
+        if (plane_.is_flat && !plane_.is_straight && try_wings(distance, height))
+            return;
+        go_around(distance, height);
+    }
+
+    /// The same of a closed one.
+    void sweep_closed(double distance, double height)
+    {
+        if (plane_.is_flat) {
+            sweep(line_, distance, height, 0);
+            return;
+        }
+        Vector<Point> outline(line_.begin(), line_.end());
+        for (Point& p : outline)
+            p = plus(p, -dot(minus(p, line_[0]), plane_.normal), plane_.normal);
+        sweep(outline, distance, height, 0);
+        for (size_t i = 0; i < line_.size(); ++i)
+            border[i] = plus(border[i], dot(minus(line_[i], line_[0]), plane_.normal), plane_.normal);
+    }
+
+    /// Makes no border: each point stays where it is.
+    void stay()
+    {
+        for (size_t i = 0; i < line_.size(); ++i) {
+            border[i] = line_[i];
+            removed[i] = 0;
+            heir[i] = static_cast<int32_t>(i);
+        }
+    }
+
+    Vector<Point> border;
+    Vector<uint8_t> removed;
+    Vector<int32_t> heir; ///< what each point has merged into in the end, by its number in the outline
+
+private:
+    /// Sweeps an outline of which the line's points are those from `first` on, without splits: a long line may come
+    /// near itself. The sweep moves edges to the right as seen from the side on which the outline runs counter-clockwise,
+    /// which may be the other one.
+    void sweep(Outline outline, double distance, double height, size_t first)
+    {
+        const Planes planes = flatten(outline);
+        const Point normal = {planes.to_plane[2][0], planes.to_plane[2][1], planes.to_plane[2][2]};
+        const double sign = dot(normal, plane_.normal) < 0 ? -1.0 : 1.0;
+        sweep_.move(outline, {sign * distance, height == 0.0 ? 0.0 : sign * height, true, false}, swept_);
+        collect(first);
+    }
+
+    /// As far beyond `end` as `neighbour` is before it.
+    static Point wing(const Point& end, const Point& neighbour)
+    {
+        return {2.0 * end.x - neighbour.x, 2.0 * end.y - neighbour.y, 2.0 * end.z - neighbour.z};
+    }
+
+    bool try_wings(double distance, double height)
+    {
+        const size_t n = line_.size();
+        Vector<Point> outline;
+        outline.reserve(n + 2);
+        outline.push_back(wing(line_[0], line_[1]));
+        outline.insert(outline.end(), line_.begin(), line_.end());
+        outline.push_back(wing(line_[n - 1], line_[n - 2]));
+        sweep(outline, distance, height, 1);
+        return is_beside(0, distance) && is_beside(n - 1, distance);
+    }
+
+    void go_around(double distance, double height)
+    {
+        const Vector<Point> detour = detour_for(distance);
+        Vector<Point> outline(detour.begin(), detour.end() - 1);
+        outline.insert(outline.end(), line_.begin(), line_.end());
+        outline.push_back(detour.back());
+        sweep(outline, distance, height, detour.size() - 1);
+    }
+
+    /// From the far end of the way on beyond the line's last point along the circle to the way in to its first point;
+    /// the point where the way on meets the circle comes last.
+    Vector<Point> detour_for(double distance) const
+    {
+        constexpr double kFar = 16.0, kStep = std::numbers::pi / 4.0;
+        const double radius = kFar * (plane_.extent + std::fabs(distance));
+        const Point x = unit_of(flat(any_direction())), y = cross(plane_.normal, x);
+        const Point last = line_[line_.size() - 1];
+        const Point out = on_circle(last, direction_from_end(line_.size() - 1), radius);
+        const Point in = on_circle(line_[0], direction_from_end(0), radius);
+        const auto angle_of = [&](const Point& p) {
+            const Point d = minus(p, line_[0]);
+            return std::atan2(dot(d, y), dot(d, x));
+        };
+        const double start = angle_of(out);
+        double turn = std::remainder(angle_of(in) - start, 2.0 * std::numbers::pi);
+        turn += turn > 0 ? -2.0 * std::numbers::pi : 2.0 * std::numbers::pi; // the longer way
+        const int steps = static_cast<int>(std::ceil(std::fabs(turn) / kStep));
+        Vector<Point> detour;
+        for (int k = 1; k < steps; ++k) {
+            const double a = start + turn * k / steps;
+            detour.push_back(plus(plus(line_[0], radius * std::cos(a), x), radius * std::sin(a), y));
+        }
+        detour.push_back(in);
+        detour.push_back(out);
+        return detour;
+    }
+
+    Point flat(const Point& v) const { return plus(v, -dot(v, plane_.normal), plane_.normal); }
+
+    Point any_direction() const
+    {
+        for (size_t i = 1; i < line_.size(); ++i)
+            if (const Point d = flat(minus(line_[i], line_[0])); length(d) > 1e-06)
+                return d;
+        return {1.0, 0.0, 0.0};
+    }
+
+    /// The direction in which the line leaves one of its ends.
+    Point direction_from_end(size_t end) const
+    {
+        const size_t n = line_.size();
+        for (size_t k = 1; k < n; ++k) {
+            const Point d = flat(minus(line_[end], line_[end == 0 ? k : n - 1 - k]));
+            if (length(d) > 1.2e-06)
+                return unit_of(d);
+        }
+        return unit_of(any_direction());
+    }
+
+    /// Where the way from `p` along `d` meets the circle about the line's first point, at that point's height.
+    Point on_circle(const Point& p, const Point& d, double radius) const
+    {
+        const Point r = flat(minus(p, line_[0]));
+        const double b = dot(r, d), c = dot(r, r) - radius * radius;
+        return plus(plus(line_[0], 1.0, r), -b + std::sqrt(b * b - c), d);
+    }
+
+    /// Takes what became of the line's own vertices, which start at `first`.
+    void collect(size_t first)
+    {
+        for (size_t i = 0; i < line_.size(); ++i) {
+            border[i] = swept_.points.data()[first + i];
+            removed[i] = swept_.removed.data()[first + i];
+            int32_t last = static_cast<int32_t>(first + i);
+            while (swept_.removed.data()[last] != 0)
+                last = swept_.merged_into.data()[last];
+            heir[i] = last;
+        }
+    }
+
+    /// Whether the border starts or ends square to an end of the line, at the distance and on its side.
+    bool is_beside(size_t end, double distance) const
+    {
+        const double slack = 1e-09 * (plane_.extent + std::fabs(distance));
+        const Point step = flat(minus(border[end], line_[end])), away = direction_from_end(end);
+        const double right = (end == 0 ? 1.0 : -1.0) * dot(step, cross(plane_.normal, away));
+        return std::fabs(dot(step, away)) <= slack && std::fabs(length(step) - std::fabs(distance)) <= slack &&
+               right * distance >= 0;
+    }
+
+    Outline line_;
+    const LinePlane& plane_;
+    Sweep sweep_;
+    Border swept_;
+};
+
+/// The borders of a line on either side.
+class Banding {
+public:
+    Banding(Outline line, const LinePlane& plane, bool closed, double miter_limit)
+        : border_(line, plane), narrowed_(line.size()), line_(line), plane_(plane), flat_(line.size()), closed_(closed),
+          miter_limit_(miter_limit), edges_(edges_of_line())
+    {
+    }
+
+    /// Makes the border on one side.
+    void run(double distance, double height)
+    {
+        const size_t n = line_.size();
+        const Beside beside = {flat_,    edges_,       closed_,
+                               distance, miter_limit_, kRelative * std::fabs(distance) + kRounding * plane_.extent};
+        if (n < 3 && closed_)
+            border_.stay(); // there and back: no outline
+        else if (n > kManyPoints && static_cast<double>(n) * static_cast<double>(count_crowded(beside)) > kMostWork)
+            border_.stay();
+        else if (closed_)
+            border_.sweep_closed(distance, height);
+        else
+            border_.sweep_open(distance, height);
+        Vector<Place> places(n);
+        Vector<uint8_t> moved(n);
+        for (size_t i = 0; i < n; ++i)
+            places[i] = plane_.place_of(minus(border_.border[i], line_[0]));
+        settle(beside, {places, border_.removed, narrowed_, moved, border_.heir});
+        for (size_t i = 0; i < n; ++i) {
+            if (moved[i] == 0)
+                continue;
+            const Place step = places[i] - flat_[i];
+            border_.border[i] = plus(plus(plus(line_[i], step.x, plane_.x), step.y, plane_.y), height, plane_.normal);
+        }
+    }
+
+    Outline border() const { return border_.border; }
+    const Vector<uint8_t>& removed() const { return border_.removed; }
+    const Vector<uint8_t>& narrowed() const { return narrowed_; }
+
+private:
+    static constexpr double kRelative = 1e-06, kRounding = 1e-12;
+
+    /// A sweep looks at every point for each that gives way. Where that is more than this, which takes seconds, all
+    /// points are placed one by one; lines of fewer points cannot get there.
+    static constexpr double kMostWork = 1e9;
+    static constexpr size_t kManyPoints = 30000;
+
+    EdgeTree edges_of_line()
+    {
+        const size_t n = line_.size();
+        Vector<Edge> edges;
+        edges.reserve(n);
+        for (size_t i = 0; i < n; ++i)
+            flat_[i] = plane_.place_of(minus(line_[i], line_[0]));
+        for (size_t i = 0; i + 1 < n; ++i)
+            edges.push_back({flat_[i], flat_[i + 1]});
+        if (closed_)
+            edges.push_back({flat_[n - 1], flat_[0]});
+        return EdgeTree(std::move(edges));
+    }
+
+    LineBorder border_;
+    Vector<uint8_t> narrowed_;
+    Outline line_;
+    const LinePlane& plane_;
+    Vector<Place> flat_; // of the line
+    bool closed_;
+    double miter_limit_;
+    EdgeTree edges_;
+};
+
+// ---- Where outlines meet themselves
+
+/// Points of outlines in the plane, those at one place once: points that gave way share a place.
+struct Places {
+    struct Corner {
+        Place place;
+        int64_t number; ///< of the point
+    };
+    Vector<Corner> corners;
+    Vector<size_t> next; ///< [corners] the corner at which the edge from one ends
+
+    void add(std::span<const Point> outline, int64_t first_number, const LinePlane& plane)
+    {
+        const size_t first = corners.size();
+        for (size_t i = 0; i < outline.size(); ++i) {
+            const Corner c = {plane.place_of(outline[i]), first_number + static_cast<int64_t>(i)};
+            if (corners.size() == first || !is_same(corners.back().place, c.place))
+                corners.push_back(c);
+        }
+        while (corners.size() > first + 1 && is_same(corners.back().place, corners[first].place))
+            corners.pop_back();
+        for (size_t i = first; i < corners.size(); ++i)
+            next.push_back(i + 1 < corners.size() ? i + 1 : first);
+    }
+
+    static bool is_same(const Place& a, const Place& b)
+    {
+        return std::fabs(a.x - b.x) < 1.2e-06 && std::fabs(a.y - b.y) < 1.2e-06;
+    }
+};
+
+int turn(const Place& a, const Place& b, const Place& c)
+{
+    const double area = (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+    return area > 0 ? 1 : area < 0 ? -1 : 0;
+}
+
+bool is_between(const Place& a, const Place& b, const Place& p)
+{
+    return std::min(a.x, b.x) <= p.x && p.x <= std::max(a.x, b.x) && std::min(a.y, b.y) <= p.y &&
+           p.y <= std::max(a.y, b.y);
+}
+
+bool do_meet(const Edge& e, const Edge& f)
+{
+    const Place &a = e.from, &b = e.to, &c = f.from, &d = f.to;
+    const int tc = turn(a, b, c), td = turn(a, b, d), ta = turn(c, d, a), tb = turn(c, d, b);
+    if (tc * td < 0 && ta * tb < 0)
+        return true;
+    return (tc == 0 && is_between(a, b, c)) || (td == 0 && is_between(a, b, d)) || (ta == 0 && is_between(c, d, a)) ||
+           (tb == 0 && is_between(c, d, b));
+}
+
+/// Finds two edges that meet although they are not neighbours: the first ones along the plane's first axis.
+bool find_crossing(const Places& places, int64_t* crossing)
+{
+    const size_t n = places.corners.size();
+    if (n < 4)
+        return false;
+    Vector<Edge> list(n);
+    Vector<size_t> order(n), rank(n);
+    for (size_t i = 0; i < n; ++i) {
+        list[i] = {places.corners[i].place, places.corners[places.next[i]].place};
+        order[i] = i;
+    }
+    const auto least = [&](size_t i) { return std::min(list[i].from.x, list[i].to.x); };
+    std::ranges::sort(order, [&](size_t a, size_t b) { return least(a) != least(b) ? least(a) < least(b) : a < b; });
+    for (size_t k = 0; k < n; ++k)
+        rank[order[k]] = k;
+    const EdgeTree edges(list);
+    for (const size_t i : order) {
+        size_t first = rank[i];
+        edges.for_each_near(i, [&](size_t k) {
+            if (rank[k] < first && k != places.next[i] && i != places.next[k] && do_meet(edges[i], edges[k]))
+                first = rank[k];
+        });
+        if (first == rank[i])
+            continue;
+        const int64_t a = places.corners[i].number, b = places.corners[order[first]].number;
+        crossing[0] = std::min(a, b);
+        crossing[1] = std::max(a, b);
+        return true;
+    }
+    return false;
+}
+
+/// A band in the making, where its host wants it once all is done.
+struct Band {
+    Vector<Point> outline;
+    Vector<uint8_t> removed, narrowed;
+    bool crosses = false;
+    int64_t crossing[2] = {0, 0};
+};
+
+/// All points of a line at one place: nothing has a side.
+void stay_put(Outline line, Band& band)
+{
+    std::ranges::copy(line, band.outline.begin());
+    std::reverse_copy(line.begin(), line.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(line.size()));
+    std::ranges::fill(band.removed, uint8_t{1});
+}
+
+void make_band(Outline line, double distance, const korvale_band_options& how, Band& band)
+{
+    const size_t n = line.size();
+    const double scale = scale_for(line, std::max(std::fabs(distance), std::fabs(how.height)));
+    Vector<Point> room;
+    const Outline work = scaled(line, scale, room);
+    if (std::ranges::all_of(work, [&](const Point& p) { return p == work[0]; })) {
+        stay_put(line, band);
+        return;
+    }
+    const Point up = {how.up[0], how.up[1], how.up[2]};
+    const LinePlane plane = find_plane(work, how.has_up != 0 ? &up : nullptr, scale);
+    Banding sides(work, plane, how.closed != 0, how.miter_limit);
+    const auto take = [&](bool backwards) {
+        for (size_t i = 0; i < n; ++i) {
+            band.outline[backwards ? 2 * n - 1 - i : i] = sides.border()[i];
+            band.removed[i] |= sides.removed()[i];
+            band.narrowed[i] |= sides.narrowed()[i];
+        }
+    };
+    sides.run(scale * distance, scale * how.height);
+    take(false);
+    if (how.both_sides != 0) {
+        sides.run(-scale * distance, scale * how.height);
+        take(true);
+    } else {
+        std::reverse_copy(work.begin(), work.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(n));
+    }
+    Places places;
+    const std::span<const Point> outline = band.outline;
+    if (how.closed != 0) {
+        places.add(outline.first(n), 0, plane);
+        places.add(outline.subspan(n), static_cast<int64_t>(n), plane);
+    } else {
+        places.add(outline, 0, plane);
+    }
+    band.crosses = find_crossing(places, band.crossing);
+    scaled(band.outline, 1.0 / scale, band.outline.data());
+    if (how.both_sides == 0)
+        std::reverse_copy(line.begin(), line.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(n));
+}
+
+void require_band(double distance, const korvale_band_options& how)
+{
+    require_finite(distance, "distance");
+    require_finite(how.height, "options.height");
+    if (!is_finite(how.miter_limit) || how.miter_limit < 1)
+        throw Refusal("options.miter_limit", "be 1 or more", Text() << "it is " << how.miter_limit);
+    if (how.has_up != 0) {
+        require_finite(how.up, "options.up");
+        const Point up = {how.up[0], how.up[1], how.up[2]};
+        if (length(up) < 1e-06)
+            throw Refusal("options.up", "be longer than 1e-06", Text() << "it is " << text_of_point(how.up));
+    }
+    if (distance == 0.0)
+        throw Refusal("distance", "be other than 0", "it is 0");
+}
+
+} // namespace
+} // namespace korvale::door
+
+using namespace korvale::door;
+
+void korvale_band_defaults(korvale_band_options* options, size_t size)
+{
+    give_defaults(options, size, korvale_band_options{sizeof *options, 0, 0, 0, 0.0, {0.0, 0.0, 0.0}, 4.0});
+}
+
+korvale_status korvale_band(const korvale_points* line, double distance, const korvale_band_options* options,
+                            korvale_band_result* band, korvale_error* error)
+{
+    return answer(error, "korvale_band", [&] {
+        const PointsIn in(line, "line");
+        require_points(in, "line", 1);
+        const korvale_band_options how = options_of(options, korvale_band_defaults);
+        require_band(distance, how);
+        require(band, "band");
+        require(band->outline, "band.outline");
+        const size_t n = in.points().size();
+        Band made;
+        made.outline.resize(2 * n);
+        made.removed.resize(n);
+        made.narrowed.resize(n);
+        make_band(in.points(), distance, how, made);
+
+        std::memcpy(band->outline, made.outline.data(), 2 * n * sizeof(Point));
+        if (band->removed != nullptr)
+            std::memcpy(band->removed, made.removed.data(), n);
+        if (band->narrowed != nullptr)
+            std::memcpy(band->narrowed, made.narrowed.data(), n);
+        band->collapsed = std::ranges::all_of(made.removed, [](uint8_t r) { return r != 0; });
+        band->crosses = made.crosses;
+        band->crossing[0] = made.crossing[0];
+        band->crossing[1] = made.crossing[1];
+    });
+}

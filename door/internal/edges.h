@@ -1,0 +1,101 @@
+#pragma once
+
+#include <optional>
+
+#include "door/internal/heap.h"
+
+// Edges in a plane, found by where they are.
+namespace korvale::door {
+
+/// A point or vector in the plane.
+struct Place {
+    double x, y;
+};
+
+inline Place operator+(const Place& a, const Place& b)
+{
+    return {a.x + b.x, a.y + b.y};
+}
+inline Place operator-(const Place& a, const Place& b)
+{
+    return {a.x - b.x, a.y - b.y};
+}
+inline Place operator*(double s, const Place& a)
+{
+    return {s * a.x, s * a.y};
+}
+inline double dot(const Place& a, const Place& b)
+{
+    return a.x * b.x + a.y * b.y;
+}
+inline double cross(const Place& a, const Place& b)
+{
+    return a.x * b.y - a.y * b.x;
+}
+
+struct Edge {
+    Place from, to;
+};
+
+/// Edges in a binary tree of boxes. Edges that are long beside their number go into it in several pieces, as a box
+/// around all of one would say little about it.
+class EdgeTree {
+public:
+    explicit EdgeTree(Vector<Edge> edges);
+
+    const Edge& operator[](size_t i) const { return edges_[i]; }
+    size_t size() const { return edges_.size(); }
+
+    /// The point of the edges that is nearest to `p`, if one is nearer than `reach`.
+    std::optional<Place> nearest(const Place& p, double reach) const;
+
+    /// Calls `see(k)` for the edges with a box that touches that of edge i, for some of them several times.
+    template <class See>
+    void for_each_near(size_t i, See see) const
+    {
+        for_each_in(box_of(edges_[i].from, edges_[i].to), 1, 0, pieces_.size(), see);
+    }
+
+private:
+    struct Box {
+        double low_x, low_y, high_x, high_y;
+    };
+    struct Piece {
+        Box box;
+        size_t edge;
+    };
+    struct Search;
+    static constexpr size_t kLeaf = 8; ///< pieces of a leaf, at most
+
+    static Box box_of(const Place& a, const Place& b);
+    static bool do_touch(const Box& a, const Box& b)
+    {
+        return a.low_x <= b.high_x && b.low_x <= a.high_x && a.low_y <= b.high_y && b.low_y <= a.high_y;
+    }
+
+    template <class See>
+    void for_each_in(const Box& box, size_t node, size_t first, size_t last, See& see) const
+    {
+        if (!do_touch(boxes_[node], box))
+            return;
+        if (last - first > kLeaf) {
+            const size_t middle = first + (last - first) / 2;
+            for_each_in(box, 2 * node, first, middle, see);
+            for_each_in(box, 2 * node + 1, middle, last, see);
+            return;
+        }
+        for (size_t k = first; k < last; ++k)
+            if (do_touch(pieces_[k].box, box))
+                see(pieces_[k].edge);
+    }
+
+    void cut_into_pieces();
+    void sort_pieces(size_t node, size_t first, size_t last);
+    void search(Search& s, size_t node, size_t first, size_t last) const;
+
+    Vector<Edge> edges_;
+    Vector<Piece> pieces_; ///< the pieces below a node side by side, half of them below each of its children
+    Vector<Box> boxes_;    ///< of node k, whose children are 2 k and 2 k + 1; the root is 1
+};
+
+} // namespace korvale::door

@@ -1,0 +1,269 @@
+// The swept border of a line is right almost everywhere. Where it is not (between the legs of a hairpin, in the knot of a
+// track that stands still, where a line crosses itself) each point of the line gets the largest ball that touches the
+// line there, lies on the wanted side and has nothing of the line inside, up to the distance: its centre is the place of
+// the border. The ball is found by shrinking it to whatever lies inside, as in "3D medial axis point approximation using
+// nearest neighbors and the normal field" by J. Ma, S. W. Bae and S. Choi, 2012. Invariant: no place is farther from the
+// line than the miter limit times the distance.
+#include "door/internal/yield.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace korvale::door {
+namespace {
+
+/// Points nearer to each other than this are one, as neighbours that a sweep merges are.
+constexpr double kSame = 1.2e-06;
+/// A corner whose half turn has a smaller cosine turns back on itself.
+constexpr double kReversal = 1e-06;
+/// What lies inside a ball by less than this share of its radius lies on it.
+constexpr double kOnBall = 1e-09;
+/// A ball of less than this share of the distance is none: the border lies on the line there.
+constexpr double kNothing = 1e-03;
+/// A run of points narrowed to less than this share of the distance gives way altogether where it can.
+constexpr double kNarrow = 0.5;
+
+/// The direction of the edge that enters (`step` -1) or leaves (1) point i, past points at the same place. None at the
+/// ends of an open line.
+std::optional<Place> direction(const Beside& b, size_t i, int step)
+{
+    const size_t n = b.line.size();
+    for (size_t k = 1; k < n; ++k) {
+        if (!b.closed && (step > 0 ? i + k >= n : k > i))
+            return {};
+        const size_t other = (i + (step > 0 ? k : n - k)) % n;
+        const Place d = static_cast<double>(step) * (b.line[other] - b.line[i]);
+        if (const double size = std::sqrt(dot(d, d)); size > kSame)
+            return Place{d.x / size, d.y / size};
+    }
+    return {};
+}
+
+/// To the side of the border, square to a direction.
+Place beside(const Beside& b, const Place& along)
+{
+    return b.distance > 0 ? Place{along.y, -along.x} : Place{-along.y, along.x};
+}
+
+/// The way on which the border of a point moves as the distance grows.
+struct Way {
+    Place along;     ///< of length 1
+    double speed;    ///< per distance, at most the miter limit on the outer side of a corner
+    bool is_cut_off; ///< the corner is sharper than the limit
+    double most;     ///< distance at which the miter limit is reached
+};
+
+Way way_of(const Beside& b, size_t i)
+{
+    const double distance = std::fabs(b.distance);
+    std::optional<Place> in = direction(b, i, -1), out = direction(b, i, 1);
+    if (!in)
+        in = out;
+    if (!out)
+        out = in;
+    if (!in)
+        return {{0, 0}, 0, false, 0};
+    const Place sum = beside(b, *in) + beside(b, *out);
+    const double size = std::sqrt(dot(sum, sum)), cosine = 0.5 * size;
+    if (cosine < kReversal)
+        return {*in, 1, true, distance};
+    const Place along = {sum.x / size, sum.y / size};
+    const bool is_outer = (b.distance > 0 ? 1 : -1) * cross(*in, *out) >= 0;
+    if (is_outer && cosine * b.miter_limit < 1)
+        return {along, 1, true, distance};
+    return {along, 1 / cosine, false, std::min(distance, b.miter_limit * distance * cosine)};
+}
+
+/// How far from the line the border of a point gets on its way: the radius of its largest ball.
+double shrink_ball(const Beside& b, const Place& p, const Way& way)
+{
+    constexpr int kMostSteps = 64;
+    const double a = way.speed * way.speed - 1;
+    double radius = way.most;
+    for (int step = 0; step < kMostSteps && radius > 0; ++step) {
+        const auto q = b.edges.nearest(p + way.speed * radius * way.along, radius * (1 - kOnBall));
+        if (!q)
+            break;
+        const Place w = *q - p;
+        const double square = dot(w, w), ahead = way.speed * dot(way.along, w);
+        const double root = ahead > 0 ? std::sqrt(std::max(0.0, ahead * ahead - a * square)) : 0.0;
+        const double smaller = ahead > 0 ? square / (ahead + root) : 0.0;
+        radius = smaller < radius ? smaller : radius * (1 - kOnBall);
+        if (radius < kNothing * way.most)
+            return 0;
+    }
+    return radius;
+}
+
+bool is_within_reach(const Beside& b, const Place& place, size_t i)
+{
+    const Place d = place - b.line[i];
+    const double most = b.miter_limit * std::fabs(b.distance);
+    return dot(d, d) <= most * most;
+}
+
+/// Whether a place is no farther from the line than the miter limit allows, as the inner corner of a sharp bend is not,
+/// however far it is from its own point of the line.
+bool is_near(const Beside& b, const Place& place)
+{
+    return b.edges.nearest(place, b.miter_limit * std::fabs(b.distance)).has_value();
+}
+
+bool is_clear(const Beside& b, const Place& place)
+{
+    const double wanted = std::fabs(b.distance) - b.slack;
+    return !(wanted > 0) || !b.edges.nearest(place, wanted);
+}
+
+/// The points to be placed anew: 1 in `moved`. What shares a place gives way together.
+void find_misplaced(const Beside& b, const Settling& s)
+{
+    const size_t n = b.line.size();
+    bool clear = false;
+    for (size_t i = 0; i < n; ++i) {
+        const Place place = s.border[i];
+        const bool is_shared = i > 0 && place.x == s.border[i - 1].x && place.y == s.border[i - 1].y;
+        clear = is_shared ? clear : is_clear(b, place);
+        s.moved[i] = !clear || !(is_within_reach(b, place, i) || (s.removed[i] == 0 && is_near(b, place))) ||
+                     (s.removed[i] == 0 && dot(place - b.line[i], way_of(b, i).along) < 0);
+    }
+    for (size_t i = 1; i < n; ++i)
+        if (s.heir[i] == s.heir[i - 1])
+            s.moved[i] |= s.moved[i - 1];
+    for (size_t i = n - 1; i > 0; --i)
+        if (s.heir[i] == s.heir[i - 1])
+            s.moved[i - 1] |= s.moved[i];
+}
+
+/// Where the borders of the edges that lead to and from a run of points meet, if they do ahead of one and behind the
+/// other.
+std::optional<Place> corner_of(const Beside& b, size_t before, size_t after)
+{
+    const auto e = direction(b, before, 1), f = direction(b, after, -1);
+    if (!e || !f)
+        return {};
+    const double distance = std::fabs(b.distance), turn = cross(*e, *f);
+    if (std::fabs(turn) < kReversal)
+        return {};
+    const Place from = b.line[before] + distance * beside(b, *e), to = b.line[after] + distance * beside(b, *f);
+    const double ahead = cross(to - from, *f) / turn, behind = cross(to - from, *e) / turn;
+    if (!(ahead >= 0) || !(behind <= 0))
+        return {};
+    return from + ahead * *e;
+}
+
+/// A run of narrowed points between two that are not; an open end has none.
+struct Run {
+    size_t first, count;
+    bool has_before, has_after;
+};
+
+/// How near to the line the straight way between two places comes, by samples.
+double clearance(const Beside& b, const Place& from, const Place& to)
+{
+    constexpr int kSamples = 16;
+    double least = std::fabs(b.distance);
+    for (int k = 0; k <= kSamples; ++k) {
+        const Place p = from + static_cast<double>(k) / kSamples * (to - from);
+        if (const auto q = b.edges.nearest(p, least)) {
+            const Place d = *q - p;
+            least = std::sqrt(dot(d, d));
+        }
+    }
+    return least;
+}
+
+void give_place(const Settling& s, size_t i, const Place& place)
+{
+    s.border[i] = place;
+    s.removed[i] = 1;
+    s.narrowed[i] = 0;
+    s.moved[i] = 1;
+}
+
+/// Lets a run give way altogether: to the corner of the borders beside it, or, where little is left of it, to the places
+/// of its neighbours.
+void let_run_give_way(const Beside& b, const Settling& s, const Run& run, double least)
+{
+    const size_t n = b.line.size(), before = (run.first + n - 1) % n, after = (run.first + run.count) % n;
+    const auto all_reach = [&](const Place& place, size_t from, size_t to) {
+        for (size_t k = from; k < to; ++k)
+            if (!is_within_reach(b, place, (run.first + k) % n))
+                return false;
+        return true;
+    };
+    const auto give = [&](const Place& place, size_t from, size_t to) {
+        for (size_t k = from; k < to; ++k)
+            give_place(s, (run.first + k) % n, place);
+    };
+    if (run.has_before && run.has_after)
+        if (const auto corner = corner_of(b, before, after);
+            corner && all_reach(*corner, 0, run.count) && is_clear(b, *corner)) {
+            give(*corner, 0, run.count);
+            return;
+        }
+    if (least >= kNarrow * std::fabs(b.distance) || (!run.has_before && !run.has_after))
+        return;
+    const size_t half = !run.has_before ? 0 : !run.has_after ? run.count : run.count / 2;
+    const Place first = s.border[run.has_before ? before : after], last = s.border[run.has_after ? after : before];
+    if (all_reach(first, 0, half) && all_reach(last, half, run.count) && clearance(b, first, last) > least) {
+        give(first, 0, half);
+        give(last, half, run.count);
+    }
+}
+
+} // namespace
+
+size_t count_crowded(const Beside& b)
+{
+    size_t crowded = 0;
+    for (size_t i = 0; i < b.line.size(); ++i) {
+        const Way way = way_of(b, i);
+        crowded += !is_clear(b, b.line[i] + way.speed * way.most * way.along);
+    }
+    return crowded;
+}
+
+void settle(const Beside& b, const Settling& s)
+{
+    const size_t n = b.line.size();
+    std::ranges::fill(s.narrowed, uint8_t{0});
+    find_misplaced(b, s);
+    if (std::ranges::find(s.moved, 1) == s.moved.end())
+        return;
+    Vector<double> radius(n, std::fabs(b.distance));
+    for (size_t i = 0; i < n; ++i) {
+        if (s.moved[i] == 0)
+            continue;
+        const Way way = way_of(b, i);
+        radius[i] = shrink_ball(b, b.line[i], way);
+        s.border[i] = b.line[i] + way.speed * radius[i] * way.along;
+        s.removed[i] = 0;
+        s.narrowed[i] = way.is_cut_off || radius[i] < std::fabs(b.distance) - b.slack;
+    }
+
+    size_t start = 0; // a run that goes round the end of a closed line begins after it
+    if (b.closed)
+        while (start < n && s.narrowed[start] != 0)
+            ++start;
+    if (start == n)
+        return;
+    for (size_t k = 0; k < n;) {
+        const size_t first = (start + k) % n;
+        if (s.narrowed[first] == 0) {
+            ++k;
+            continue;
+        }
+        Run run = {first, 0, b.closed || first > 0, true};
+        double least = std::fabs(b.distance);
+        while (k + run.count < n && s.narrowed[(first + run.count) % n] != 0) {
+            least = std::min(least, radius[(first + run.count) % n]);
+            ++run.count;
+        }
+        run.has_after = b.closed || first + run.count < n;
+        let_run_give_way(b, s, run, least);
+        k += run.count;
+    }
+}
+
+} // namespace korvale::door

@@ -1,0 +1,509 @@
+// Bands along lines, and lines with fewer points, through the C interface.
+#include <korvale.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include <gmock/gmock.h>
+
+#include "support.h"
+#include "tests/support/heap.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using Numbers = std::vector<double>;
+
+korvale_band_options options_of(int32_t both_sides = 0, int32_t closed = 0)
+{
+    korvale_band_options options;
+    korvale_band_defaults(&options, sizeof options);
+    options.both_sides = both_sides;
+    options.closed = closed;
+    return options;
+}
+
+struct Laid {
+    Numbers outline;
+    std::vector<uint8_t> removed, narrowed;
+    bool collapsed, crosses;
+
+    /// The distance of point i of the outline from another point, in z = 0.
+    double away(size_t i, double x, double y) const { return std::hypot(outline[3 * i] - x, outline[3 * i + 1] - y); }
+};
+
+Laid laid(const Numbers& line, double distance, korvale_band_options options = options_of())
+{
+    const size_t n = line.size() / 3;
+    const korvale_points points = points_of(line);
+    Laid result = {Numbers(2 * line.size(), 9), std::vector<uint8_t>(n, 9), std::vector<uint8_t>(n, 9), false, false};
+    korvale_band_result band = {result.outline.data(), result.removed.data(), result.narrowed.data(), 7, 7, {7, 7}};
+    korvale_error error;
+    EXPECT_EQ(korvale_band(&points, distance, &options, &band, &error), KORVALE_OK) << error.text;
+    result.collapsed = band.collapsed != 0;
+    result.crosses = band.crosses != 0;
+    return result;
+}
+
+void expect_near(const Numbers& numbers, const Numbers& expected, double slack = 1e-12)
+{
+    ASSERT_EQ(numbers.size(), expected.size());
+    for (size_t i = 0; i < numbers.size(); ++i)
+        EXPECT_NEAR(numbers[i], expected[i], slack) << "number " << i;
+}
+
+Numbers times(double factor, Numbers numbers)
+{
+    for (double& number : numbers)
+        number *= factor;
+    return numbers;
+}
+
+/// How far a place in z = 0 is from a line, edge by edge.
+double distance_from(const Numbers& line, bool closed, double x, double y)
+{
+    const size_t n = line.size() / 3;
+    double least = std::hypot(line[0] - x, line[1] - y);
+    for (size_t i = 0; i + (closed ? 0 : 1) < n; ++i) {
+        const double *const a = &line[3 * i], *const b = &line[3 * ((i + 1) % n)];
+        const double dx = b[0] - a[0], dy = b[1] - a[1], square = dx * dx + dy * dy;
+        const double t = square > 0 ? std::fmin(1, std::fmax(0, ((x - a[0]) * dx + (y - a[1]) * dy) / square)) : 0;
+        least = std::fmin(least, std::hypot(a[0] + t * dx - x, a[1] + t * dy - y));
+    }
+    return least;
+}
+
+/// No point of the outline is farther from the line than `limit` distances, and one that is told of nothing is not
+/// nearer than the distance.
+void expect_held(const Numbers& line, double distance, korvale_band_options options, double limit)
+{
+    options.has_up = 1;
+    options.up[2] = 1;
+    options.miter_limit = limit;
+    const Laid band = laid(line, distance, options);
+    const size_t n = line.size() / 3;
+    double size = 0;
+    for (const double number : line)
+        size = std::fmax(size, std::fabs(number));
+    for (size_t i = 0; i < (options.both_sides != 0 ? 2 * n : n); ++i) {
+        const double away = distance_from(line, options.closed != 0, band.outline[3 * i], band.outline[3 * i + 1]) /
+                            std::fabs(distance);
+        const size_t point = i < n ? i : 2 * n - 1 - i;
+        ASSERT_LE(away, limit * (1 + 1e-9)) << "point " << i << " of " << n << ", distance " << distance;
+        if (band.removed[point] == 0 && band.narrowed[point] == 0) {
+            ASSERT_GE(away, 1 - 2e-6 - 1e-11 * size / std::fabs(distance)) << "point " << i << " of " << n;
+        }
+    }
+}
+
+/// A hairpin: a leg along x, a half circle to the left, a leg back.
+Numbers hairpin(double leg, double radius)
+{
+    Numbers line;
+    for (int i = 0; i <= 20; ++i)
+        line.insert(line.end(), {leg * i / 20, 0, 0});
+    for (int i = 1; i < 16; ++i) {
+        const double angle = 3.141592653589793 * i / 16;
+        line.insert(line.end(), {leg + radius * std::sin(angle), radius - radius * std::cos(angle), 0});
+    }
+    for (int i = 20; i >= 0; --i)
+        line.insert(line.end(), {leg * i / 20, 2 * radius, 0});
+    return line;
+}
+
+/// What a receiver writes down on a walk: steps of 8, noise, stops full of jitter, loops, doubled points, switchbacks.
+Numbers track(Random& random)
+{
+    Numbers line;
+    double x = 0, y = 0, heading = random.uniform(0, 6);
+    const auto add = [&](double noise) {
+        line.insert(line.end(), {x + random.uniform(-noise, noise), y + random.uniform(-noise, noise), 0});
+    };
+    for (int i = random.between(0, 30); i >= 0; --i)
+        add(0.5);
+    for (int leg = random.between(2, 8); leg > 0; --leg) {
+        for (int i = random.between(3, 25); i > 0; --i) {
+            heading += random.uniform(-0.3, 0.3);
+            x += 8 * std::cos(heading);
+            y += 8 * std::sin(heading);
+            add(1);
+        }
+        switch (random.between(0, 3)) {
+        case 0: // a stop
+            for (int i = random.between(2, 25); i > 0; --i)
+                add(2);
+            break;
+        case 1: // a loop
+            for (int i = 0; i < 12; ++i) {
+                heading += 0.55;
+                x += 5 * std::cos(heading);
+                y += 5 * std::sin(heading);
+                add(0.5);
+            }
+            break;
+        case 2: // a switchback
+            heading += random.uniform(2.9, 3.3);
+            break;
+        default: // a doubled point
+            line.insert(line.end(), line.end() - 3, line.end());
+        }
+    }
+    return line;
+}
+
+/// Points that wander, the more wildly the larger `turn` is.
+Numbers wandering(Random& random, int n, double turn)
+{
+    Numbers line;
+    double x = 0, y = 0, heading = random.uniform(0, 6);
+    for (int i = 0; i < n; ++i) {
+        line.insert(line.end(), {x, y, 0});
+        if (random.one_in(12))
+            continue;
+        heading += random.uniform(-turn, turn);
+        const double step = random.uniform(0.01, 2);
+        x += step * std::cos(heading);
+        y += step * std::sin(heading);
+    }
+    return line;
+}
+
+double length_of(const Numbers& line)
+{
+    double sum = 0;
+    for (size_t i = 3; i < line.size(); i += 3)
+        sum += std::hypot(line[i] - line[i - 3], line[i + 1] - line[i - 2]);
+    return sum;
+}
+
+TEST(DoorBand, LiesToTheRightOfTheLine)
+{
+    const Laid right = laid({0, 0, 0, 4, 0, 0}, 1), left = laid({0, 0, 0, 4, 0, 0}, -1);
+    expect_near(right.outline, {0, -1, 0, 4, -1, 0, 4, 0, 0, 0, 0, 0});
+    expect_near(left.outline, {0, 1, 0, 4, 1, 0, 4, 0, 0, 0, 0, 0});
+    EXPECT_THAT(right.removed, ElementsAre(0, 0));
+    EXPECT_THAT(right.narrowed, ElementsAre(0, 0));
+    EXPECT_FALSE(right.collapsed);
+    EXPECT_FALSE(right.crosses);
+}
+
+TEST(DoorBand, RunsFromSideToSideAndIsLifted)
+{
+    korvale_band_options options = options_of(1);
+    options.height = 2;
+    expect_near(laid({0, 0, 0, 4, 0, 0}, 1, options).outline, {0, -1, 2, 4, -1, 2, 4, 1, 2, 0, 1, 2});
+}
+
+TEST(DoorBand, FollowsALineThatRises)
+{
+    korvale_band_options options = options_of();
+    options.has_up = 1;
+    options.up[2] = 1;
+    const Laid road = laid({0, 0, 0, 3, 0, 1, 3, 3, 7, 6, 3, 4}, 1, options);
+    expect_near({road.outline.begin(), road.outline.begin() + 12}, {0, -1, 0, 4, -1, 1, 4, 2, 7, 6, 2, 4}, 1e-10);
+}
+
+TEST(DoorBand, TheLegsOfAHairpinKeepBetweenThem)
+{
+    // Half the distance between the legs is 5: two tenths less than asked for on both sides of the middle.
+    const Laid band = laid(hairpin(100, 5), -5.1);
+    EXPECT_FALSE(band.collapsed);
+    for (size_t i = 0; i <= 18; ++i) {
+        EXPECT_LT(band.away(i, 5.0 * static_cast<double>(i), 5), 1e-6) << "point " << i;
+        EXPECT_EQ(band.narrowed[i], 1);
+        EXPECT_EQ(band.removed[i], 0);
+    }
+    const Laid outside = laid(hairpin(100, 5), 5.1);
+    EXPECT_LT(outside.away(0, 0, -5.1), 1e-12);
+    EXPECT_THAT(outside.narrowed, Each(0));
+}
+
+TEST(DoorBand, AHairpinInsideALongerRoadKeepsItsLegs)
+{
+    Numbers road;
+    for (int i = 0; i < 20; ++i)
+        road.insert(road.end(), {-8.0, -200.0 + 10 * i, 0});
+    const Numbers pin = hairpin(100, 5);
+    road.insert(road.end(), pin.begin(), pin.end());
+    for (int i = 1; i <= 20; ++i)
+        road.insert(road.end(), {-8.0, 10.0 + 10 * i, 0});
+    const Laid band = laid(road, -5.1);
+    for (size_t i = 5; i <= 18; ++i)
+        EXPECT_LT(band.away(20 + i, 5.0 * static_cast<double>(i), 5), 1e-6) << "point " << i;
+    for (size_t i = 0; i < 18; ++i)
+        EXPECT_LT(band.away(i, -13.1, -200.0 + 10 * static_cast<double>(i)), 1e-9) << "point " << i;
+}
+
+TEST(DoorBand, AKnotWhereATrackStoodStillSendsNoPointAway)
+{
+    Random random(1230);
+    for (int round = 0; round < rounds(200); ++round) {
+        Numbers line;
+        for (int i = 0; i < 20; ++i)
+            line.insert(line.end(), {random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5), 0});
+        for (int i = 1; i < 30; ++i)
+            line.insert(line.end(), {8.0 * i, random.uniform(-1, 1), 0});
+        expect_held(line, random.uniform(0.5, 6), options_of(1), 4);
+    }
+}
+
+TEST(DoorBand, GeneratedLinesOfAnyWidthAreHeld)
+{
+    Random random(1231);
+    for (int round = 0; round < rounds(5000); ++round) {
+        const Numbers line = random.one_in(4) ? hairpin(random.uniform(5, 100), random.uniform(1, 8))
+                                              : wandering(random, random.between(2, 60), random.uniform(0.2, 3.1));
+        const double length = length_of(line);
+        if (length == 0)
+            continue;
+        const double distance = length * std::pow(10, random.uniform(-3, 0.5)) * (random.one_in(2) ? 1 : -1);
+        expect_held(line, distance, options_of(1, random.between(0, 1)), random.one_in(2) ? 4 : random.uniform(1, 8));
+    }
+}
+
+TEST(DoorBand, TracksAreHeld)
+{
+    Random random(1232);
+    for (int round = 0; round < 50; ++round) {
+        const Numbers line = track(random);
+        for (const double distance : {0.5, 2.0, 5.0, 20.0, 500.0})
+            expect_held(line, distance, options_of(1), 4);
+    }
+}
+
+TEST(DoorBand, OfAClosedLineHasTwoOutlines)
+{
+    const Numbers square = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0};
+    const Numbers outer = {-1, -1, 0, 5, -1, 0, 5, 5, 0, -1, 5, 0};
+    const Laid ring = laid(square, 1, options_of(0, 1));
+    expect_near({ring.outline.begin(), ring.outline.begin() + 12}, outer);
+    expect_near({ring.outline.begin() + 12, ring.outline.end()}, {0, 4, 0, 4, 4, 0, 4, 0, 0, 0, 0, 0});
+    EXPECT_FALSE(ring.crosses);
+    const Laid both = laid(square, 1, options_of(1, 1));
+    expect_near({both.outline.begin(), both.outline.begin() + 12}, outer);
+    expect_near({both.outline.begin() + 12, both.outline.end()}, {1, 3, 0, 3, 3, 0, 3, 1, 0, 1, 1, 0});
+    EXPECT_FALSE(both.crosses);
+
+    const Numbers clockwise = {0, 4, 0, 4, 4, 0, 4, 0, 0, 0, 0, 0};
+    const Laid inner = laid(clockwise, 1, options_of(0, 1));
+    expect_near({inner.outline.begin(), inner.outline.begin() + 12}, {1, 3, 0, 3, 3, 0, 3, 1, 0, 1, 1, 0});
+    const Laid narrow = laid(clockwise, 3, options_of(0, 1)); // no room for more than 2
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_LT(narrow.away(i, 2, 2), 1e-6);
+    EXPECT_THAT(narrow.narrowed, Each(1));
+}
+
+TEST(DoorBand, AClosedLineMayRise)
+{
+    korvale_band_options options = options_of(0, 1);
+    options.has_up = 1;
+    options.up[2] = 1;
+    const Laid ring = laid({0, 0, 0, 4, 0, 1, 4, 4, 5, 0, 4, 2}, 1, options);
+    expect_near({ring.outline.begin(), ring.outline.begin() + 12}, {-1, -1, 0, 5, -1, 1, 5, 5, 5, -1, 5, 2});
+}
+
+TEST(DoorBand, CutsCornersSharperThanTheMiterLimitOff)
+{
+    const Numbers spike = {0, 0, 0, 10, 0, 0, 0, 1, 0}; // its outer corner is 20 distances away
+    const Laid band = laid(spike, 1);
+    EXPECT_LT(std::fabs(band.away(1, 10, 0) - 1), 1e-9);
+    EXPECT_THAT(band.narrowed, ElementsAre(0, 1, 0));
+    korvale_band_options options = options_of();
+    options.miter_limit = 25;
+    const Laid sharp = laid(spike, 1, options);
+    EXPECT_NEAR(sharp.away(1, 10, 0), 1 / std::sin(0.5 * std::atan(0.1)), 1e-9);
+    EXPECT_THAT(sharp.narrowed, Each(0));
+}
+
+TEST(DoorBand, OfALineAtOnePlaceStaysThere)
+{
+    for (const Numbers& line : {Numbers{1, 2, 3}, Numbers{1, 2, 3, 1, 2, 3, 1, 2, 3}}) {
+        const Laid band = laid(line, 5, options_of(1));
+        EXPECT_TRUE(band.collapsed);
+        EXPECT_THAT(band.removed, Each(1));
+        for (size_t i = 0; i < band.outline.size(); ++i)
+            EXPECT_EQ(band.outline[i], static_cast<double>(i % 3 + 1));
+    }
+}
+
+TEST(DoorBand, ScalingByAPowerOfTwoScalesTheBand)
+{
+    Random random(1233);
+    for (int round = 0; round < rounds(200); ++round) {
+        Numbers line = wandering(random, random.between(3, 30), 1.5); // no event within a threshold of another
+        line.insert(line.end(), {30, 30, 0});
+        const double distance = random.uniform(-6, 6);
+        const Laid plain = laid(line, distance, options_of(1));
+        for (const int exponent : {-40, -12, 30}) {
+            const double scale = std::ldexp(1.0, exponent);
+            const Laid scaled = laid(times(scale, line), scale * distance, options_of(1));
+            ASSERT_EQ(scaled.outline, times(scale, plain.outline)) << "round " << round << ", 2^" << exponent;
+            ASSERT_EQ(scaled.removed, plain.removed);
+            ASSERT_EQ(scaled.narrowed, plain.narrowed);
+        }
+    }
+}
+
+TEST(DoorBand, DrawsNothing)
+{
+    Mwsrand(5);
+    const int expected = Mwrand();
+    Mwsrand(5);
+    Random random(1234);
+    for (int round = 0; round < 50; ++round)
+        laid(times(0.01, wandering(random, 20, 3)), 0.01, options_of(1));
+    EXPECT_EQ(Mwrand(), expected);
+}
+
+TEST(DoorBand, OfAHundredThousandPointsIsReadySoon)
+{
+    Random random(1235);
+    const Numbers line = wandering(random, 100000, 0.4);
+    const Laid band = laid(line, 20, options_of(1));
+    EXPECT_FALSE(band.collapsed);
+}
+
+TEST(DoorBand, SaysWhatItRefuses)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    const Numbers straight = {0, 0, 0, 4, 0, 0};
+    const auto refusal = [](const Numbers& line, double distance, const korvale_band_options& options) {
+        Numbers outline(2 * line.size() + 1, 9);
+        const korvale_points points = points_of(line);
+        korvale_band_result band = {outline.data(), nullptr, nullptr, 7, 7, {7, 7}};
+        const std::string text = sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_band(&points, distance, &options, &band, error);
+        });
+        EXPECT_THAT(outline, Each(9));
+        EXPECT_EQ(band.collapsed, 7);
+        return text;
+    };
+    EXPECT_EQ(refusal({}, 1, options_of()), "korvale_band: line must have at least 1 point, but it has 0");
+    EXPECT_EQ(refusal(straight, 0, options_of()), "korvale_band: distance must be other than 0, but it is 0");
+    EXPECT_EQ(refusal(straight, nan, options_of()), "korvale_band: distance must be finite, but it is nan");
+    EXPECT_EQ(refusal({0, 0, 0, 0, 0, 1}, 1, options_of()),
+              "korvale_band: options.up must be given for a line straight up, but it is missing");
+    EXPECT_EQ(refusal({0, 0, 0, 9, 0, 0, 9, 5, 0, 9, 3, 0.5}, 1, options_of()),
+              "korvale_band: line must be planar, or options.up be given, but its point 3 lies 0.5 off the plane");
+    korvale_band_options options = options_of();
+    options.miter_limit = 0.5;
+    EXPECT_EQ(refusal(straight, 1, options), "korvale_band: options.miter_limit must be 1 or more, but it is 0.5");
+    options = options_of();
+    options.height = nan;
+    EXPECT_EQ(refusal(straight, 1, options), "korvale_band: options.height must be finite, but it is nan");
+    options = options_of();
+    options.has_up = 1;
+    EXPECT_EQ(refusal(straight, 1, options), "korvale_band: options.up must be longer than 1e-06, but it is (0, 0, 0)");
+    options.up[0] = 2;
+    EXPECT_EQ(refusal(straight, 1, options), "korvale_band: line must not run along options.up, but it does");
+    options.up[0] = nan;
+    EXPECT_EQ(refusal(straight, 1, options), "korvale_band: options.up must be finite, but its point 0 is (nan, 0, 0)");
+
+    const korvale_points points = points_of(straight);
+    EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT,
+                          [&](korvale_error* error) { return korvale_band(&points, 1, nullptr, nullptr, error); }),
+              "korvale_band: band must be given, but it is null");
+    korvale_band_result band = {};
+    EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT,
+                          [&](korvale_error* error) { return korvale_band(&points, 1, nullptr, &band, error); }),
+              "korvale_band: band.outline must be given, but it is null");
+}
+
+TEST(DoorBand, AnExhaustedHeapWritesNothing)
+{
+    NEEDS_HEAP_FAILURES();
+    const Numbers line = hairpin(10, 1);
+    const korvale_points points = points_of(line);
+    const int64_t failed = fail_each_allocation([&](int64_t) {
+        std::array<double, 400> outline;
+        outline.fill(9);
+        korvale_band_result band = {outline.data(), nullptr, nullptr, 7, 7, {7, 7}};
+        const korvale_band_options options = options_of(1);
+        if (korvale_band(&points, -1.2, &options, &band, nullptr) == KORVALE_NO_MEMORY) {
+            EXPECT_THAT(outline, Each(9));
+            EXPECT_EQ(band.collapsed, 7);
+        }
+    });
+    EXPECT_GE(failed, 10);
+}
+
+// ---- Fewer points
+
+std::vector<int> thinned(const Numbers& line, double tolerance)
+{
+    const korvale_points points = points_of(line);
+    std::vector<int32_t> kept(line.size() / 3, 9);
+    int64_t count = 0;
+    EXPECT_EQ(korvale_thin(&points, tolerance, kept.data(), &count, nullptr), KORVALE_OK);
+    return {kept.begin(), kept.begin() + count};
+}
+
+TEST(DoorThin, KeepsWhatIsFartherThanTheTolerance)
+{
+    const Numbers line = {0, 0, 0, 1, 0.4, 0, 2, 0, 0, 3, 0.6, 0, 4, 0, 0};
+    EXPECT_THAT(thinned(line, 0.5), ElementsAre(0, 3, 4));
+    EXPECT_THAT(thinned(line, 1), ElementsAre(0, 4));
+    EXPECT_THAT(thinned(line, 0), ElementsAre(0, 1, 2, 3, 4));
+    EXPECT_THAT(thinned({0, 0, 0, 5, 0, 0, 1, 0, 0}, 0.5), ElementsAre(0, 1, 2)); // beyond the end of the stretch
+    EXPECT_THAT(thinned({1, 2, 3}, 0), ElementsAre(0));
+    EXPECT_THAT(thinned({1, 2, 3, 1, 2, 3, 1, 2, 3}, 0), ElementsAre(0, 2));
+}
+
+TEST(DoorThin, EveryPointLeftOutIsWithinTheTolerance)
+{
+    Random random(1236);
+    for (int round = 0; round < rounds(200); ++round) {
+        const double scale = std::pow(10, random.uniform(-9, 9)), tolerance = scale * random.uniform(0, 3);
+        const Numbers line = times(scale, wandering(random, random.between(1, 200), 2));
+        const std::vector<int> kept = thinned(line, tolerance);
+        for (size_t k = 0; k + 1 < kept.size(); ++k) {
+            const auto first = static_cast<size_t>(kept[k]), last = static_cast<size_t>(kept[k + 1]);
+            const Numbers stretch = {line[3 * first], line[3 * first + 1], 0, line[3 * last], line[3 * last + 1], 0};
+            for (size_t i = first; i <= last; ++i)
+                ASSERT_LE(distance_from(stretch, false, line[3 * i], line[3 * i + 1]), tolerance * (1 + 1e-12));
+        }
+    }
+}
+
+TEST(DoorThin, SaysWhatItRefuses)
+{
+    const Numbers line = {0, 0, 0, 4, 0, 0};
+    const korvale_points points = points_of(line), none = points_of({});
+    int32_t kept[2] = {9, 9};
+    int64_t count = 7;
+    const auto refusal = [&](const korvale_points* of, double tolerance, int32_t* to, int64_t* number) {
+        return sentence_of(KORVALE_BAD_ARGUMENT,
+                           [&](korvale_error* error) { return korvale_thin(of, tolerance, to, number, error); });
+    };
+    EXPECT_EQ(refusal(&none, 1, kept, &count), "korvale_thin: line must have at least 1 point, but it has 0");
+    EXPECT_EQ(refusal(nullptr, 1, kept, &count), "korvale_thin: line must be given, but it is null");
+    EXPECT_EQ(refusal(&points, -1, kept, &count), "korvale_thin: tolerance must be 0 or more, but it is -1");
+    EXPECT_EQ(refusal(&points, INFINITY, kept, &count), "korvale_thin: tolerance must be finite, but it is inf");
+    EXPECT_EQ(refusal(&points, 1, nullptr, &count), "korvale_thin: kept must be given, but it is null");
+    EXPECT_EQ(refusal(&points, 1, kept, nullptr), "korvale_thin: count must be given, but it is null");
+    EXPECT_THAT(kept, Each(9));
+    EXPECT_EQ(count, 7);
+}
+
+TEST(DoorThin, AnExhaustedHeapWritesNothing)
+{
+    NEEDS_HEAP_FAILURES();
+    const Numbers line = {0, 0, 0, 0.1, 0.4, 0, 0.2, 0, 0, 0.3, 0.6, 0, 0.4, 0, 0};
+    const korvale_points points = points_of(line);
+    const int64_t failed = fail_each_allocation([&](int64_t) {
+        int32_t kept[5] = {9, 9, 9, 9, 9};
+        int64_t count = 7;
+        if (korvale_thin(&points, 0.05, kept, &count, nullptr) == KORVALE_NO_MEMORY) {
+            EXPECT_THAT(kept, Each(9));
+            EXPECT_EQ(count, 7);
+        }
+    });
+    EXPECT_GE(failed, 3);
+}
+
+} // namespace
+} // namespace korvale::test
