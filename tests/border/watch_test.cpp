@@ -55,14 +55,12 @@ double first_meeting(const Moving& m, const Moving& a, const Moving& b, double m
 {
     const Vector e = b.at - a.at, f = b.velocity - a.velocity, p = m.at - a.at, v = m.velocity - a.velocity;
     const double c0 = cross(e, p), c1 = cross(e, v) + cross(f, p), c2 = cross(f, v);
-    std::vector<double> roots;
     const double discriminant = c1 * c1 - 4 * c2 * c0;
-    if (discriminant >= 0) {
-        const double q = -0.5 * (c1 + std::copysign(std::sqrt(discriminant), c1));
-        roots = {q / c2, c0 / q};
-    }
+    if (discriminant < 0)
+        return kNever;
+    const double q = -0.5 * (c1 + std::copysign(std::sqrt(discriminant), c1));
     double first = kNever;
-    for (const double t : roots) {
+    for (const double t : {q / c2, c0 / q}) {
         if (!(t >= 0 && t <= most))
             continue;
         const Vector along = b.after(t) - a.after(t), reached = m.after(t) - a.after(t);
@@ -267,10 +265,24 @@ Coordinates double_ring(int n, Random& random)
     return path;
 }
 
+/// A channel with blunt thorns on one side and a jagged wall on the other. A thorn that loses one end of its tip becomes
+/// sharp: outwards it shoots ahead, and its flanks reach vertices that they would have missed.
+Coordinates channel(Random& random)
+{
+    Coordinates path = {0, -3, 0, 17, -3, 0, 17, 5, 0, 0, 5, 0};
+    for (int k = 0; k < 24; ++k)
+        path.insert(path.end(), {0.6 * k, random.uniform(1.5, 2.1), 0});
+    for (int k = 11; k >= 0; --k) {
+        const double x = 0.6 + 1.2 * k + random.uniform(-0.05, 0.05), high = random.uniform(0.7, 1.0);
+        path.insert(path.end(), {x + 0.5, 0, 0, x + 0.1, high, 0, x - 0.1, random.uniform(0.7, 1.0), 0, x - 0.5, 0, 0});
+    }
+    return path;
+}
+
 Coordinates any_crowd(Random& random)
 {
     const int n = 40 + random.below(90);
-    switch (random.below(7)) {
+    switch (random.below(8)) {
     case 0:
         return rough(wiggly(n, n / 16, 0.5), 0.02, random);
     case 1:
@@ -282,6 +294,8 @@ Coordinates any_crowd(Random& random)
     case 4:
         return skyline(random);
     case 5:
+        return channel(random);
+    case 6:
         return double_ring(60 + n, random);
     default:
         return coast(4 + random.below(2), 0.3, random);
@@ -317,7 +331,7 @@ TEST(Watch, NoPairMeetsBeforeItIsDueThoughAllThreeTurnByTwiceWhatIsSteady)
     constexpr double kTurn = 2 * 5e-04 * (1 - 1e-9);
     Random random(2);
     int tested = 0;
-    for (int round = 0; round < rounds(20) && !testing::Test::HasFailure(); ++round) {
+    for (int round = 0; round < rounds(6) && !testing::Test::HasFailure(); ++round) {
         const double noise = random.uniform(1e-5, 1e-3);
         Rounds sweep(rough(comb(5 + random.below(10), random.uniform(0.02, 0.2)), noise, random), 1.0);
         if (!sweep.look() || !sweep.w.is_watched)
