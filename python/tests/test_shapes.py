@@ -149,8 +149,26 @@ class BandTest(RefusingTest):
         numpy.testing.assert_allclose(rising.border[:, 2], [0, 1, 3], atol=1e-12)
 
     def test_names_points_that_gave_way(self):
-        band = korvale.band([(0, 0), (10, 0), (10, 0.5), (0, 0.5)], -2)
-        self.assertGreater(band.removed.sum(), 0)
+        tight = korvale.band([(0, 0), (5, 0), (5, 1), (3, 3)], -0.8)
+        self.assertEqual(tight.removed.tolist(), [False, True, False, False])
+        folded = korvale.band([(0, 0), (10, 0), (10, 0.5), (0, 0.5)], -2)
+        self.assertEqual(folded.narrowed.tolist(), [True] * 4)
+        numpy.testing.assert_allclose(folded.border[[0, 3]], [(0, 0.25, 0), (0, 0.25, 0)], atol=1e-6)
+
+    def test_of_a_closed_line_has_two_outlines(self):
+        ring = korvale.band([(0, 0), (4, 0), (4, 4), (0, 4), (0, 0)], 1, both_sides=True, closed=True)
+        numpy.testing.assert_allclose(ring.border[:, :2], [(-1, -1), (5, -1), (5, 5), (-1, 5)], atol=1e-12)
+        numpy.testing.assert_allclose(ring.other_side[:, :2], [(1, 3), (3, 3), (3, 1), (1, 1)], atol=1e-12)
+
+    def test_keeps_corners_within_the_miter_limit(self):
+        spike = [(0, 0), (10, 0), (0, 1)]
+        self.assertLess(numpy.linalg.norm(korvale.band(spike, 1).border[1] - (10, 0, 0)), 1.001)
+        self.assertGreater(numpy.linalg.norm(korvale.band(spike, 1, miter_limit=25).border[1] - (10, 0, 0)), 20)
+
+    def test_thin_names_the_points_that_stay(self):
+        track = numpy.array([(0, 0), (1, 0.4), (2, 0), (3, 0.6), (4, 0)])
+        self.assertEqual(korvale.thin(track, 0.5).tolist(), [0, 3, 4])
+        self.assertRefuses("thin: tolerance must be 0 or more, but it is -1", lambda: korvale.thin(track, -1))
 
     def test_tells_where_it_meets_itself(self):
         crossing = korvale.band([(0, 0), (10, 0), (10, 3), (4, 3), (4, -5)], 1, both_sides=True).crossing
@@ -167,7 +185,7 @@ class BandTest(RefusingTest):
         self.assertEqual(numpy.asarray(band).tolist(), band.outline.tolist())
 
     def test_says_what_it_refuses(self):
-        self.assertRefuses("band: line must have at least 2 points, but it has 1", lambda: korvale.band([(0, 0)], 1))
+        self.assertRefuses("band: line must have at least 1 point, but it has 0", lambda: korvale.band([], 1))
         self.assertRefuses("band: distance must be other than 0, but it is 0",
                            lambda: korvale.band([(0, 0), (1, 0)], 0))
         self.assertRefuses("band: up must be a point, (3,) or (2,), but its shape is (4,)",
