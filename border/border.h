@@ -48,7 +48,7 @@ KORVALE_API int Border(BorderStatus* status);
 /// Makes `status->output` the border of `status->path`. `height` is not looked at.
 ///
 /// The outline is flattened by `DATA_to_xy_xfms`, so a positive distance moves outwards whichever way it runs, unless
-/// another vertex lies on the bisector of its first proper corner, within about 0.15 of that corner: the outline may be
+/// another vertex lies on the bisector of its first proper corner, within about 0.4 of that corner: the outline may be
 /// turned over then. The output and the eight work arrays keep their capacity from call to call; a null output is
 /// replaced by a new record. The output may be the path itself; one that wraps memory of the host gets a buffer of its
 /// own. Afterwards the work arrays show how every input vertex ended; `flat` holds the points of the border in the

@@ -43,7 +43,7 @@ KORVALE_API int data_to_xy_xfms(Data* path, Xfm xfm, Xfm reverse, int closed);
 /// - All points within 1e-06 of the first: as a single point.
 ///
 /// Deliberate: after 101 attempts the normal is negated unseen, which is right at a reflex corner and turns the outline
-/// over at a convex one. A vertex on the bisector of the first proper corner and within about 0.2 of it may use them
+/// over at a convex one. A vertex on the bisector of the first proper corner and within about 0.4 of it may use them
 /// up, as the numbers drawn decide; a very near one does. A counter-clockwise square of side 0.01 that starts at its
 /// least corner comes out clockwise, and so does a large outline that starts with such a step.
 KORVALE_API void DATA_to_xy_xfms(DATAstruct* path, Xfm xfm, Xfm reverse, int closed);
