@@ -31,7 +31,7 @@ KORVALE_API void BORDERRemoveWings(BORDERStatus* status);
 
 /// Appends the points of `path` in reverse order to `output`, so that both together form one closed outline.
 ///
-/// The output grows by the count of the path; its kind is not checked. Where either is not an array of doubles [n 3]
+/// The output grows by the count of the path; its kind is not checked. Where either is not an array of doubles [n][3]
 /// the points appended are unspecified. Nothing happens for a null record, path or output, an output whose buffer is
 /// memory of the host (`alloc_count` or `alloc_dim` below 1: it cannot grow), more than 2^31 - 1 elements, or when the
 /// heap is exhausted.

@@ -36,7 +36,8 @@ KORVALE_API void MwApplicationBugCheck(const char* message);
 /// Switches thread attach and detach notifications off. Returns 1.
 KORVALE_API int DisableThreadLibraryCalls(void* instance);
 
-/// The identifier of a window message, 0xC000 to 0xFFFF, the same for the same name; 0 when none is left.
+/// The identifier of a window message, 0xC000 to 0xFFFF, the same for the same name; 0 for a null name, when none is
+/// left, and when the heap is exhausted.
 KORVALE_API unsigned RegisterWindowMessageA(const char* name);
 
 /// Sets the state of the process's random generator.
