@@ -171,7 +171,7 @@ typedef struct korvale_border {
     int64_t count;        ///< written: points of the border
     int64_t vertices;     ///< written: vertices of the outline
     int32_t collapsed;    ///< written: 1 where nothing is left of the outline
-    int32_t reserved;
+    int32_t reserved;     ///< of no meaning yet
 } korvale_border;
 
 /// The border of a closed, planar outline: every edge moved sideways by `distance` in the outline's own plane, outwards
