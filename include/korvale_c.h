@@ -180,9 +180,9 @@ typedef struct korvale_border {
 /// The last point joins the first; do not repeat it. The plane may lie anywhere. The border may be written over the
 /// outline.
 ///
-/// No random number is drawn, and outlines may have any size: one that reaches less than 1, or 2^24 and more, along each
-/// axis is brought to an ordinary size by a power of two first. So lengths count as nothing below about a millionth of a
-/// small outline (of up to 1 across), and below 1.2e-06 in others.
+/// No random number is drawn, and outlines may have any size: one that reaches less than 1, or 2^24 and more, along
+/// each axis is brought to an ordinary size by a power of two first. So lengths count as nothing below about a
+/// millionth of a small outline (of up to 1 across), and below 1.2e-06 in others.
 ///
 /// Refuses fewer than three points and numbers that are not finite.
 KORVALE_C_API korvale_status korvale_offset(const korvale_points* outline, double distance,
@@ -197,8 +197,8 @@ KORVALE_C_API korvale_status korvale_offsetter_new(korvale_offsetter** offsetter
 
 /// Moves an outer outline and its holes, `count` in all: a positive distance grows the outer outline and shrinks the
 /// holes, whichever way round each of them runs; all are lifted along the normal of the outer one. The outlines do not
-/// see each other. Where an argument is refused the borders of the run before stay; where the heap is exhausted there are
-/// none.
+/// see each other. Where an argument is refused the borders of the run before stay; where the heap is exhausted there
+/// are none.
 KORVALE_C_API korvale_status korvale_offsetter_run(korvale_offsetter* offsetter, const korvale_points* outlines,
                                                    int64_t count, double distance,
                                                    const korvale_offset_options* options, korvale_error* error);
@@ -210,8 +210,8 @@ KORVALE_C_API int64_t korvale_offsetter_count(const korvale_offsetter* offsetter
 /// such border.
 KORVALE_C_API korvale_border korvale_offsetter_border(const korvale_offsetter* offsetter, int64_t k);
 
-/// Hands border `k` of the latest run over: its arrays are the caller's, to be released with `free`, and the offsetter has
-/// no such border any more.
+/// Hands border `k` of the latest run over: its arrays are the caller's, to be released with `free`, and the offsetter
+/// has no such border any more.
 KORVALE_C_API korvale_border korvale_offsetter_take(korvale_offsetter* offsetter, int64_t k);
 
 /// Releases an offsetter.
@@ -255,11 +255,11 @@ typedef struct korvale_band_result {
 /// where another part of the line is nearer than the distance, the border keeps halfway between them; a corner sharper
 /// than the miter limit is cut off at the distance. Everything else is as wide as asked for.
 ///
-/// No random number is drawn, and lines may have any size, as outlines of `korvale_offset`. A line at a single place has
-/// no sides: its band stays there and is collapsed.
+/// No random number is drawn, and lines may have any size, as outlines of `korvale_offset`. A line at a single place
+/// has no sides: its band stays there and is collapsed.
 ///
-/// Refuses no points, a distance of 0, a line that is not planar without `up`, one along `up`, a miter limit below 1, and
-/// numbers that are not finite.
+/// Refuses no points, a distance of 0, a line that is not planar without `up`, one along `up`, a miter limit below 1,
+/// and numbers that are not finite.
 KORVALE_C_API korvale_status korvale_band(const korvale_points* line, double distance,
                                           const korvale_band_options* options, korvale_band_result* band,
                                           korvale_error* error);
@@ -285,8 +285,8 @@ typedef struct korvale_flatten_options {
 /// A closed outline, not by extremes.
 KORVALE_C_API void korvale_flatten_defaults(korvale_flatten_options* options, size_t size);
 
-/// The transforms that lay a planar outline into the plane z = 0, counter-clockwise there, and carry it back: 16 numbers
-/// each, row by row. Either may be null.
+/// The transforms that lay a planar outline into the plane z = 0, counter-clockwise there, and carry it back: 16
+/// numbers each, row by row. Either may be null.
 ///
 /// No random number is drawn, and paths may have any size, as outlines of `korvale_offset`.
 ///
@@ -303,13 +303,13 @@ KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t 
                                             korvale_error* error);
 // --- Scattered points ------------------------------------------------------------------------------------------------
 
-/// Scatters `output->count` points over triangles, uniformly by area. `numbers` [output->count], which may be null, takes
-/// the triangle of each. `attributes` may be null; else it has a row for each point of `triangles`, and `blended` takes
-/// as many rows of the same width as there are points to make.
+/// Scatters `output->count` points over triangles, uniformly by area. `numbers` [output->count], which may be null,
+/// takes the triangle of each. `attributes` may be null; else it has a row for each point of `triangles`, and `blended`
+/// takes as many rows of the same width as there are points to make.
 ///
 /// The call has a generator of its own: the same seed gives the same points in any number of threads, those that
-/// `DATATriSample` makes where korvale's own platform layer is there, and the generator of the process is neither seeded
-/// nor drawn from.
+/// `DATATriSample` makes where korvale's own platform layer is there, and the generator of the process is neither
+/// seeded nor drawn from.
 ///
 /// Refuses no triangles, corners that are no points, numbers that are not finite, and rows that do not fit.
 KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles, uint32_t seed,

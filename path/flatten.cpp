@@ -298,7 +298,8 @@ void jitter(Ray& ray, const double* normal)
 
 enum class Crossings { even, odd, vertex_on_line };
 
-/// Counts the edges apart from the corner's own that cross the ray, up to the first vertex within `on_line` of its line.
+/// Counts the edges apart from the corner's own that cross the ray, up to the first vertex within `on_line` of its
+/// line.
 Crossings count_crossings(const Outline& outline, int corner, const Ray& ray, double on_line)
 {
     const int previous = outline.before(corner);

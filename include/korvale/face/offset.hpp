@@ -141,8 +141,8 @@ private:
 ///
 /// The last point joins the first; do not repeat it. The plane may lie anywhere. Edges that shrink to nothing and parts
 /// that meet are taken out on the way; `removed` and `collapsed` tell of it. No random number is drawn. Outlines may
-/// have any size: lengths count as nothing below 1.2e-06, or, where an outline reaches less than 1 along each axis, below
-/// about a millionth of that.
+/// have any size: lengths count as nothing below 1.2e-06, or, where an outline reaches less than 1 along each axis,
+/// below about a millionth of that.
 ///
 /// ```
 /// const std::vector<korvale::Point> square = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
