@@ -393,6 +393,11 @@ korvale_status korvale_equations_pass_rows(korvale_equations* equations, const k
     });
 }
 
+int32_t korvale_equations_ran_in_blocks(const korvale_equations* equations)
+{
+    return equations != nullptr && equations->ran_in_blocks ? 1 : 0;
+}
+
 korvale_status korvale_equations_simplify(korvale_equations* equations, korvale_error* error)
 {
     return answer(error, "korvale_equations_simplify", [&] {

@@ -1,8 +1,9 @@
-// Equations over columns, row by row.
+// Equations over columns: in blocks where that gives the same, else row by row.
 #include "door/internal/rows.h"
 
 #include <cstring>
 
+#include "door/internal/blocks.h"
 #include "door/internal/failure.h"
 #include "equation/evaluate.h"
 
@@ -52,6 +53,9 @@ void evaluate_rows(korvale_equations& equations, int32_t equation, std::span<con
                    const ColumnOut& output, int64_t rows)
 {
     EquationSystem& es = equations.record;
+    equations.ran_in_blocks = run_in_blocks(es, equation, columns, std::span(&output, 1), rows);
+    if (equations.ran_in_blocks)
+        return;
     for (int64_t row = 0; row < rows; ++row) {
         load(es, columns, row);
         const double result = EqEvaluate(&es, equation);
@@ -64,6 +68,9 @@ void pass_rows(korvale_equations& equations, std::span<const Column> columns, st
                int64_t rows)
 {
     EquationSystem& es = equations.record;
+    equations.ran_in_blocks = run_in_blocks(es, kAllEquations, columns, results, rows);
+    if (equations.ran_in_blocks)
+        return;
     for (int64_t row = 0; row < rows; ++row) {
         load(es, columns, row);
         require_done(EqSystemEvaluate(&es));

@@ -19,7 +19,8 @@ struct Registration {
 struct korvale_equations {
     EquationSystem record = {};
     korvale::door::Vector<korvale::door::Registration> functions;
-    bool is_stopped = false; ///< by a function of the host
+    bool is_stopped = false;    ///< by a function of the host
+    bool ran_in_blocks = false; ///< the last call over columns
 
     korvale_equations();
     ~korvale_equations();
