@@ -317,6 +317,108 @@ KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles,
                                              const korvale_numbers* attributes, const korvale_numbers_out* blended,
                                              korvale_error* error);
 
+// --- Rays ------------------------------------------------------------------------------------------------------------
+
+/// Triangles for rays: those that `ray_intersect` meets in a grid of cells, to the last bit. Triangles that the grid owns
+/// are found through a tree of boxes (about 100 bytes a triangle with the triangles), and any number of threads may ask
+/// one grid at a time. Borrowed ones are found through cells and marks, and then one grid belongs to one thread at a time.
+///
+/// A triangle that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles
+/// measure about 0.01 or more. The length of a direction does not matter, but one shorter than 1e-06 meets nothing.
+typedef struct korvale_grid korvale_grid;
+
+/// How a grid is made.
+typedef struct korvale_grid_options {
+    uint32_t size; ///< of this struct, in bytes
+    int32_t
+        borrow; ///< 1: packed doubles without corner numbers stay the caller's, are read by every query and may move
+    int32_t cells[3];          ///< along x, y and z, 0 is 1; all 0: chosen to suit the triangles
+    int32_t reserved;          ///< 0
+    korvale_progress progress; ///< told while a grid of its own triangles is made; may be null
+    void* user;                ///< handed to `progress`
+} korvale_grid_options;
+
+/// Copies, cells chosen.
+KORVALE_C_API void korvale_grid_defaults(korvale_grid_options* options, size_t size);
+
+/// A grid over triangles in `*grid`, null on failure.
+///
+/// Refuses corners that are no points or do not come in threes, numbers that are not finite, more than 2^31 - 1 cells, and
+/// borrowing of what would have to be copied.
+KORVALE_C_API korvale_status korvale_grid_new(const korvale_triangles* triangles, const korvale_grid_options* options,
+                                              korvale_grid** grid, korvale_error* error);
+
+/// The same over faces, each cut into triangles about its first corner.
+KORVALE_C_API korvale_status korvale_grid_of_faces(const korvale_faces* faces, const korvale_grid_options* options,
+                                                   korvale_grid** grid, korvale_error* error);
+
+/// The number of triangles; 0 of null.
+KORVALE_C_API int64_t korvale_grid_size(const korvale_grid* grid);
+
+/// The cells along x, y and z.
+KORVALE_C_API void korvale_grid_cells(const korvale_grid* grid, int32_t* cells);
+
+/// The face that a triangle is of: its own number where the grid was made of triangles, -1 where there is none.
+KORVALE_C_API int32_t korvale_grid_face(const korvale_grid* grid, int32_t triangle);
+
+/// The triangles, [size][9], in memory of the grid, or of the caller where they are borrowed.
+KORVALE_C_API const double* korvale_grid_triangles(const korvale_grid* grid);
+
+/// One triangle met by a ray, at corner 0 times weight 0 plus corner 1 times weight 1 plus corner 2 times weight 2.
+typedef struct korvale_hit {
+    double distance;    ///< from the origin of the ray, in units of length whatever the direction's
+    int32_t triangle;   ///< its number, -1 for none
+    int32_t corners[3]; ///< the numbers of its points: 3 k, 3 k + 1, 3 k + 2 for triangle k that shares none
+    double weights[3];  ///< of the corners at the meeting; they add up to 1
+} korvale_hit;
+
+/// The number of triangles that the ray from `origin` [3] along `direction` [3] meets; 0 of a null argument. Where
+/// `distance` is not null it takes the distance to the nearest of them; without one it is left alone.
+KORVALE_C_API int32_t korvale_grid_count(const korvale_grid* grid, const double* origin, const double* direction,
+                                         double* distance);
+
+/// The nearest triangle, the one with the least number of several at the same distance; triangle -1 at infinity where
+/// there is none.
+KORVALE_C_API korvale_hit korvale_grid_nearest(const korvale_grid* grid, const double* origin, const double* direction);
+
+/// Whether a triangle is met at a distance of at most `reach`, which may be infinite: 1 or 0. It stops at the first.
+KORVALE_C_API int32_t korvale_grid_any(const korvale_grid* grid, const double* origin, const double* direction,
+                                       double reach);
+
+/// The triangles on the ray, nearest first, those at one distance by their numbers: the first `room` of them go to
+/// `hits`, and `*met` is how many there are.
+KORVALE_C_API korvale_status korvale_grid_hits(const korvale_grid* grid, const double* origin, const double* direction,
+                                               korvale_hit* hits, int64_t room, int64_t* met, korvale_error* error);
+
+/// What `korvale_grid_cast` writes, one value a ray; null for what is not wanted.
+typedef struct korvale_ray_columns {
+    double* distances;  ///< to the nearest triangle, infinity where there is none
+    int32_t* triangles; ///< the nearest triangle, -1 where there is none
+    int32_t* counts;    ///< the number of triangles met
+    double* weights;    ///< [3] of the corners of the nearest triangle, zeros where there is none
+} korvale_ray_columns;
+
+/// Casts many rays: `origins` and `directions` have as many points, or one of them a single point for all. `progress`
+/// may be null; where it stops the work, the columns are partly written.
+KORVALE_C_API korvale_status korvale_grid_cast(const korvale_grid* grid, const korvale_points* origins,
+                                               const korvale_points* directions, const korvale_ray_columns* columns,
+                                               korvale_progress progress, void* user, korvale_error* error);
+
+/// Whether each point lies inside the closed meshes that the triangles make, 1 or 0 to `inside` [points->count]: a ray
+/// from it meets an odd number of triangles. A ray that comes within 1e-09 of an edge, as a weight of a corner, is not
+/// trusted, and up to four others are cast along other directions; the last is taken as it is. Points on the surface
+/// come out either way. `progress` as in `korvale_grid_cast`.
+KORVALE_C_API korvale_status korvale_grid_contains(const korvale_grid* grid, const korvale_points* points,
+                                                   uint8_t* inside, korvale_progress progress, void* user,
+                                                   korvale_error* error);
+
+/// The `RayStatus` behind the grid, for hosts in C++. Where the grid owns its triangles the first call makes one, which
+/// its queries do not use; null where the heap is exhausted.
+KORVALE_C_API void* korvale_grid_record(korvale_grid* grid);
+
+/// Releases a grid.
+KORVALE_C_API void korvale_grid_free(korvale_grid* grid);
+
 // --- Relaxation ------------------------------------------------------------------------------------------------------
 
 /// A mesh that remembers its shape and brings deformed copies of its points back towards it. It keeps a copy.

@@ -107,20 +107,6 @@ private:
 
 Table table __attribute__((init_priority(1000)));
 
-/// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in
-/// order.
-bool place_planes(double least, double greatest, int32_t n, double* planes)
-{
-    const double step = (greatest - least) / n;
-    bool in_order = least == least;
-    planes[0] = least;
-    for (int32_t i = 0; i < n; ++i) {
-        planes[i + 1] = planes[i] + step;
-        in_order = in_order && planes[i] <= planes[i + 1];
-    }
-    return in_order;
-}
-
 } // namespace
 
 int32_t cells_wanted(const RayStatus& s)

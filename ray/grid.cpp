@@ -27,9 +27,6 @@ namespace {
 
 constexpr int32_t kDefaultCells = 4;
 
-/// Widens a triangle's box, so that one lying in a coordinate plane still meets the cells around it.
-constexpr double kTrianglePadding = 1e-06;
-
 constexpr size_t kBoxBytes = kBoxValues * sizeof(double);
 
 /// All numbers go before the boxes: the C library joins what is free side by side, and has less to do so.
@@ -193,38 +190,6 @@ data_list_struct* next_node(data_list_struct& last)
     if (last != nullptr)
         last->ivals[last->count++] = triangle;
     return last;
-}
-
-/// The box of triangle[9], padded around vertex 0.
-void find_triangle_box(const double* triangle, double* box)
-{
-    for (int k = 0; k < 3; ++k) {
-        box[k] = triangle[k] - kTrianglePadding;
-        box[k + 3] = triangle[k] + kTrianglePadding;
-    }
-    for (int i = 3; i < 9; ++i) {
-        const int k = i % 3;
-        if (triangle[i] < box[k])
-            box[k] = triangle[i];
-        else if (triangle[i] > box[k + 3])
-            box[k + 3] = triangle[i];
-    }
-}
-
-/// The cells of an axis in order that nothing separates from [least, greatest]; all of them where that is NaN.
-CellRange cells_touching(const GridAxis& axis, double least, double greatest)
-{
-    int32_t first = axis.guess_cell(least);
-    while (first > 0 && !(least > axis.planes[first]))
-        --first;
-    while (first < axis.cells && least > axis.planes[first + 1])
-        ++first;
-    int32_t last = axis.guess_cell(greatest);
-    while (last < axis.cells - 1 && !(axis.planes[last + 1] > greatest))
-        ++last;
-    while (last >= 0 && axis.planes[last] > greatest)
-        --last;
-    return {first, last};
 }
 
 /// Lists triangles in cells while they are filled, in nodes that stand there as far as they go.

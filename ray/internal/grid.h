@@ -48,4 +48,53 @@ struct CellRange {
     int32_t first, last;
 };
 
+/// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in
+/// order.
+inline bool place_planes(double least, double greatest, int32_t n, double* planes)
+{
+    const double step = (greatest - least) / n;
+    bool in_order = least == least;
+    planes[0] = least;
+    for (int32_t i = 0; i < n; ++i) {
+        planes[i + 1] = planes[i] + step;
+        in_order = in_order && planes[i] <= planes[i + 1];
+    }
+    return in_order;
+}
+
+/// Widens a triangle's box, so that one lying in a coordinate plane still meets the cells around it.
+constexpr double kTrianglePadding = 1e-06;
+
+/// The box of triangle[9], padded around vertex 0.
+inline void find_triangle_box(const double* triangle, double* box)
+{
+    for (int k = 0; k < 3; ++k) {
+        box[k] = triangle[k] - kTrianglePadding;
+        box[k + 3] = triangle[k] + kTrianglePadding;
+    }
+    for (int i = 3; i < 9; ++i) {
+        const int k = i % 3;
+        if (triangle[i] < box[k])
+            box[k] = triangle[i];
+        else if (triangle[i] > box[k + 3])
+            box[k + 3] = triangle[i];
+    }
+}
+
+/// The cells of an axis in order that nothing separates from [least, greatest]; all of them where that is NaN.
+inline CellRange cells_touching(const GridAxis& axis, double least, double greatest)
+{
+    int32_t first = axis.guess_cell(least);
+    while (first > 0 && !(least > axis.planes[first]))
+        --first;
+    while (first < axis.cells && least > axis.planes[first + 1])
+        ++first;
+    int32_t last = axis.guess_cell(greatest);
+    while (last < axis.cells - 1 && !(axis.planes[last + 1] > greatest))
+        ++last;
+    while (last >= 0 && axis.planes[last] > greatest)
+        --last;
+    return {first, last};
+}
+
 } // namespace korvale::inside

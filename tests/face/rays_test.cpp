@@ -93,6 +93,54 @@ TEST(FaceRayGrid, CastsManyRaysLikeSingleOnes)
               "RayGrid::cast: columns.distances must be empty or have 100 values, but it has 3");
 }
 
+TEST(FaceRayGrid, TellsWhereInATriangleARayMeetsIt)
+{
+    const std::vector<Point> vertices = {{9, 9, 9}, {0, 0, 0}, {4, 0, 0}, {0, 4, 0}};
+    const std::vector<Triangle> triangles = {{3, 1, 2}};
+    const RayGrid grid(vertices, triangles);
+    const auto hit = grid.nearest({1, 2, 5}, {0, 0, -1});
+    ASSERT_TRUE(hit);
+    EXPECT_EQ(hit->corners, (Triangle{3, 1, 2}));
+    EXPECT_EQ(hit->weights, (std::array<double, 3>{0.5, 0.25, 0.25}));
+    EXPECT_TRUE(grid.any({1, 2, 5}, {0, 0, -1}));
+    EXPECT_FALSE(grid.any({1, 2, 5}, {0, 0, -1}, 4.5));
+    EXPECT_EQ(grid.triangles().data()[1], 4);
+    const RayGrid loose({{0, 0, 0}, {4, 0, 0}, {0, 4, 0}});
+    EXPECT_EQ(loose.nearest({1, 2, 5}, {0, 0, -1})->corners, (Triangle{0, 1, 2}));
+    std::vector<Point> weights(2);
+    loose.cast({{1, 2, 5}, {9, 9, 5}}, {{0, 0, -1}}, {.weights = weights});
+    EXPECT_EQ(weights, (std::vector<Point>{{0.25, 0.25, 0.5}, {0, 0, 0}}));
+}
+
+TEST(FaceRayGrid, KnowsInsideFromOutside)
+{
+    const Mesh mesh = cube();
+    const RayGrid grid(mesh.vertices, mesh.triangles);
+    const Point low = mesh.vertices[0], high = mesh.vertices[mesh.vertices.size() - 1];
+    const Point middle = {(low[0] + high[0]) / 2, (low[1] + high[1]) / 2, (low[2] + high[2]) / 2};
+    EXPECT_EQ(grid.contains({middle, {99, 99, 99}}), (std::vector<bool>{true, false}));
+    EXPECT_TRUE(grid.contains(PointView()).empty());
+}
+
+TEST(FaceRayGrid, ProgressStopsAndThrows)
+{
+    const Mesh mesh = cube();
+    const RayGrid grid(mesh.vertices, mesh.triangles);
+    const Outline from(1000, Point{1, 2, 9});
+    std::vector<int32_t> counts(1000, -1);
+    int told = 0;
+    EXPECT_FALSE(grid.cast(from, {{0, 0, -1}}, {.counts = counts}, [&](double) { return ++told < 3; }));
+    EXPECT_EQ(told, 3);
+    EXPECT_EQ(counts[999], -1);
+    EXPECT_THROW(
+        grid.cast(from, {{0, 0, -1}}, {.counts = counts}, [](double) -> bool { throw std::domain_error("x"); }),
+        std::domain_error);
+    EXPECT_TRUE(grid.cast(from, {{0, 0, -1}}, {.counts = counts}, [](double) { return true; }));
+    EXPECT_EQ(refusal_of([&] { RayGrid(mesh.vertices, mesh.triangles, {}, [](double) { return false; }); }),
+              "RayGrid: progress must go on, but it has stopped the work");
+    EXPECT_EQ(refusal_of([&] { grid.face(-1); }), "RayGrid::face: triangle must be one of the grid's 12, but it is -1");
+}
+
 TEST(FaceRayGrid, NamesTheFaceOfATriangle)
 {
     const Outline corners = {{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}, {4, 0, 0}};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <exception>
+#include <functional>
 #include <optional>
 
 #include "scatter.hpp"
@@ -15,11 +17,16 @@ struct GridSize {
 
 /// One triangle met by a ray.
 struct RayHit {
-    double distance;       ///< from the origin of the ray, in units of length whatever the direction's
-    std::int32_t triangle; ///< its number
+    double distance;                 ///< from the origin of the ray, in units of length whatever the direction's
+    std::int32_t triangle;           ///< its number
+    Triangle corners = {-1, -1, -1}; ///< the numbers of its points; 3 k and so on for one that shares none
+    std::array<double, 3> weights = {0, 0, 0}; ///< of the corners at the meeting; they add up to 1
 
     /// The same triangle at the same distance.
-    friend bool operator==(const RayHit&, const RayHit&) = default;
+    friend bool operator==(const RayHit& a, const RayHit& b)
+    {
+        return a.distance == b.distance && a.triangle == b.triangle;
+    }
 };
 
 /// What `RayGrid::cast` writes, one value a ray; leave out what is not wanted.
@@ -27,46 +34,57 @@ struct RayColumns {
     std::span<double> distances = {};       ///< to the nearest triangle, infinity where there is none
     std::span<std::int32_t> triangles = {}; ///< the nearest triangle, -1 where there is none
     std::span<std::int32_t> counts = {};    ///< the number of triangles met
+    PointSpan weights = {};                 ///< of the corners of the nearest triangle, zeros where there is none
 };
 
-/// Triangles sorted into a grid of cells, for rays.
+/// Told now and then what of long work is done, from 0 to 1; false stops it.
+using Progress = std::function<bool(double done)>;
+
+/// Triangles for rays: those met are those of a grid of cells.
 ///
 /// ```
 /// korvale::RayGrid grid(vertices, triangles);
 /// if (auto hit = grid.nearest(eye, direction))
 ///     select(hit->triangle, hit->distance);
-/// const bool inside = grid.count(point, {0, 0, 1}) % 2 == 1;
+/// const bool inside = grid.contains({point})[0];
 /// ```
 ///
-/// Queries write marks into the grid, so one grid belongs to one thread at a time; make one for each thread. A triangle
-/// that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles measure about
-/// 0.01 or more. The length of a direction does not matter, but one shorter than 1e-06 meets nothing.
+/// Any number of threads may ask one grid at a time; a grid `over` triangles that stay the caller's belongs to one thread
+/// at a time, as its queries write marks. A triangle that shows less than half of 1e-06 square units to a ray is not met:
+/// work in units in which triangles measure about 0.01 or more. The length of a direction does not matter, but one
+/// shorter than 1e-06 meets nothing.
 class RayGrid {
 public:
     /// Triangles given by their corners, which are copied. Without a `size`, one that suits them is chosen.
-    explicit RayGrid(TriangleView triangles, std::optional<GridSize> size = {})
-        : RayGrid(std::vector<double>(triangles.data(), triangles.data() + 9 * triangles.size()), TriangleView(), size)
+    explicit RayGrid(TriangleView triangles, std::optional<GridSize> size = {}, const Progress& progress = {})
+        : RayGrid({detail::view_of(PointView::at(triangles.data(), 3 * triangles.size())), {}}, false, size, progress)
     {
     }
 
     /// Triangles on shared vertices.
-    RayGrid(PointView vertices, std::span<const Triangle> triangles, std::optional<GridSize> size = {})
-        : RayGrid(gather(vertices, detail::corners_of(triangles)), TriangleView(), size)
+    RayGrid(PointView vertices, std::span<const Triangle> triangles, std::optional<GridSize> size = {},
+            const Progress& progress = {})
+        : RayGrid(mesh_of(vertices, triangles), false, size, progress)
     {
     }
 
     /// Faces of any number of corners, `corners` face after face; each is cut into triangles about its first corner.
     /// `face` tells which face a triangle is of.
     RayGrid(PointView vertices, std::span<const std::int32_t> face_sizes, std::span<const std::int32_t> corners,
-            std::optional<GridSize> size = {})
-        : RayGrid(fan(vertices, face_sizes, corners), size)
+            std::optional<GridSize> size = {}, const Progress& progress = {})
     {
+        const korvale_faces faces = {detail::view_of(vertices), detail::view_of_sizes(face_sizes),
+                                     detail::view_of(corners)};
+        make(false, size, progress,
+             [&](const korvale_grid_options* options, korvale_grid** made, korvale_error* error) {
+                 return korvale_grid_of_faces(&faces, options, made, error);
+             });
     }
 
-    /// A grid over triangles that stay the caller's: they are read by every query and must outlive the grid.
+    /// A grid over triangles that stay the caller's: they are read by every query, may move, and must outlive the grid.
     static RayGrid over(TriangleView triangles, std::optional<GridSize> size = {})
     {
-        return RayGrid(std::vector<double>(), triangles, size);
+        return RayGrid({detail::view_of(PointView::at(triangles.data(), 3 * triangles.size())), {}}, true, size, {});
     }
 
     /// Moves; what is left behind may only be destroyed or assigned to.
@@ -76,62 +94,86 @@ public:
     ///@}
 
     /// The number of triangles.
-    std::size_t size() const { return static_cast<std::size_t>(state_->triangles.count); }
+    std::size_t size() const { return static_cast<std::size_t>(korvale_grid_size(handle_.get())); }
 
     /// The cells that were made.
-    GridSize grid_size() const { return {state_->status.nx, state_->status.ny, state_->status.nz}; }
+    GridSize grid_size() const
+    {
+        std::int32_t cells[3] = {};
+        korvale_grid_cells(handle_.get(), cells);
+        return {cells[0], cells[1], cells[2]};
+    }
+
+    /// The triangles, nine doubles each, as the grid reads them.
+    TriangleView triangles() const { return PointView::at(korvale_grid_triangles(handle_.get()), 3 * size()); }
 
     /// The face that a triangle is of; its own number where the grid was made of triangles.
     std::int32_t face(std::int32_t triangle) const
     {
-        return state_->faces.empty() ? triangle : state_->faces.at(static_cast<std::size_t>(triangle));
+        const std::int32_t face = korvale_grid_face(handle_.get(), triangle);
+        if (face < 0)
+            throw Error("RayGrid::face", "triangle", "be one of the grid's " + detail::text_of(size()),
+                        "it is " + detail::text_of(triangle));
+        return face;
     }
 
     /// The number of triangles that the ray from `origin` along `direction` meets.
-    int count(const Point& origin, const Point& direction)
+    int count(const Point& origin, const Point& direction) const
     {
-        double distance = 0.0;
-        return query(origin, direction, distance);
+        return korvale_grid_count(handle_.get(), origin.data(), direction.data(), nullptr);
     }
 
     /// The distance to the nearest triangle, if there is one.
-    std::optional<double> distance(const Point& origin, const Point& direction)
+    std::optional<double> distance(const Point& origin, const Point& direction) const
     {
         double distance = 0.0;
-        if (query(origin, direction, distance) > 0)
+        if (korvale_grid_count(handle_.get(), origin.data(), direction.data(), &distance) > 0)
             return distance;
         return {};
     }
 
     /// The nearest triangle, if there is one; the one with the least number of several at the same distance.
-    std::optional<RayHit> nearest(const Point& origin, const Point& direction)
+    std::optional<RayHit> nearest(const Point& origin, const Point& direction) const
     {
-        double distance = 0.0;
-        if (query(origin, direction, distance) == 0)
+        const korvale_hit hit = korvale_grid_nearest(handle_.get(), origin.data(), direction.data());
+        if (hit.triangle < 0)
             return {};
-        return RayHit{distance, nearest_triangle(origin, direction)};
+        return hit_of(hit);
+    }
+
+    /// Whether a triangle is met at a distance of at most `reach`. It stops at the first.
+    bool any(const Point& origin, const Point& direction, double reach = std::numeric_limits<double>::infinity()) const
+    {
+        return korvale_grid_any(handle_.get(), origin.data(), direction.data(), reach) != 0;
     }
 
     /// All triangles on the ray, nearest first; those at one distance by their numbers.
-    std::vector<RayHit> hits(const Point& origin, const Point& direction)
+    std::vector<RayHit> hits(const Point& origin, const Point& direction) const
     {
-        std::vector<RayHit> met;
-        double distance = 0.0;
-        if (query(origin, direction, distance) == 0)
-            return met;
-        visit(origin, direction, [&](const RayHit& hit) { met.push_back(hit); });
-        std::ranges::stable_sort(met, {}, &RayHit::distance);
-        return met;
+        std::vector<korvale_hit> met(8);
+        std::int64_t n = 0;
+        do {
+            met.resize(std::max(met.size(), static_cast<std::size_t>(n)));
+            detail::call("RayGrid::hits", [&](korvale_error* error) {
+                return korvale_grid_hits(handle_.get(), origin.data(), direction.data(), met.data(),
+                                         static_cast<std::int64_t>(met.size()), &n, error);
+            });
+        } while (static_cast<std::size_t>(n) > met.size());
+        std::vector<RayHit> hits;
+        for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i)
+            hits.push_back(hit_of(met[i]));
+        return hits;
     }
 
-    /// Casts many rays: `origins` and `directions` have as many points, or one of them a single point for all.
+    /// Casts many rays: `origins` and `directions` have as many points, or one of them a single point for all. Returns
+    /// false where `progress` has stopped it, with the columns partly written.
     ///
     /// ```
     /// korvale::RayGrid grid(vertices, triangles);
     /// std::vector<double> depth(directions.size());
     /// grid.cast({eye}, directions, {.distances = depth});
     /// ```
-    void cast(PointView origins, PointView directions, const RayColumns& columns)
+    bool cast(PointView origins, PointView directions, const RayColumns& columns, const Progress& progress = {}) const
     {
         const std::size_t n = origins.size() == 1 ? directions.size() : origins.size();
         if (directions.size() != n && directions.size() != 1)
@@ -140,130 +182,125 @@ public:
         require_rows("columns.distances", columns.distances.size(), n);
         require_rows("columns.triangles", columns.triangles.size(), n);
         require_rows("columns.counts", columns.counts.size(), n);
-        for (std::size_t i = 0; i < n; ++i) {
-            const Point o = origins[origins.size() == 1 ? 0 : i], d = directions[directions.size() == 1 ? 0 : i];
-            double distance = std::numeric_limits<double>::infinity();
-            const int met = query(o, d, distance);
-            if (!columns.distances.empty())
-                columns.distances[i] = distance;
-            if (!columns.triangles.empty())
-                columns.triangles[i] = met > 0 ? nearest_triangle(o, d) : -1;
-            if (!columns.counts.empty())
-                columns.counts[i] = met;
-        }
+        require_rows("columns.weights", columns.weights.size(), n);
+        const korvale_points from = detail::view_of(origins), along = detail::view_of(directions);
+        const korvale_ray_columns to = {data_of(columns.distances), data_of(columns.triangles), data_of(columns.counts),
+                                        columns.weights.empty() ? nullptr : columns.weights.data()};
+        return work("RayGrid::cast", progress, [&](korvale_progress told, void* user, korvale_error* error) {
+            return korvale_grid_cast(handle_.get(), &from, &along, &to, told, user, error);
+        });
     }
 
-    /// The record behind the grid.
-    RayStatus& status() { return state_->status; }
+    /// Whether each point lies inside the closed meshes that the triangles make: a ray from it meets an odd number of
+    /// them. Of rays that come within 1e-09 of an edge, as a weight of a corner, up to four others are tried; the last is
+    /// taken as it is. Points on the surface come out either way.
+    std::vector<bool> contains(PointView points) const
+    {
+        const korvale_points at = detail::view_of(points);
+        std::vector<std::uint8_t> inside(points.size() + 1);
+        detail::call("RayGrid::contains", [&](korvale_error* error) {
+            return korvale_grid_contains(handle_.get(), &at, inside.data(), nullptr, nullptr, error);
+        });
+        return {inside.begin(), inside.end() - 1};
+    }
+
+    /// A record of the triangles in the cells: of a grid `over` triangles its own, of another one that it does not use,
+    /// made by the first call.
+    RayStatus& status()
+    {
+        void* const record = korvale_grid_record(handle_.get());
+        if (record == nullptr)
+            throw std::bad_alloc();
+        return *static_cast<RayStatus*>(record);
+    }
 
 private:
-    struct State {
-        State() { DataInitialize(&triangles); }
-        ~State()
+    struct Free {
+        void operator()(korvale_grid* grid) const noexcept { korvale_grid_free(grid); }
+    };
+
+    /// A function of the caller behind a plain pointer: what it throws is kept until the work has ended.
+    struct Told {
+        const Progress& progress;
+        std::exception_ptr thrown;
+
+        static std::int32_t tell(double done, void* user)
         {
-            ray_declassify(&status);
-            DataDispose(&status.bbox);
+            auto& self = *static_cast<Told*>(user);
+            try {
+                return self.progress(done) ? 1 : 0;
+            } catch (...) {
+                self.thrown = std::current_exception();
+                return 0;
+            }
         }
-        State(const State&) = delete;
-        State& operator=(const State&) = delete;
-
-        std::vector<double> corners; // empty where the triangles are the caller's
-        std::vector<std::int32_t> faces;
-        Data triangles; // borrows its buffer
-        RayStatus status = {};
     };
 
-    struct Fan {
-        std::vector<double> corners;
-        std::vector<std::int32_t> faces;
-    };
-
-    RayGrid(Fan fan, std::optional<GridSize> size) : RayGrid(std::move(fan.corners), TriangleView(), size)
+    RayGrid(const korvale_triangles& triangles, bool borrow, std::optional<GridSize> size, const Progress& progress)
     {
-        state_->faces = std::move(fan.faces);
+        make(borrow, size, progress,
+             [&](const korvale_grid_options* options, korvale_grid** made, korvale_error* error) {
+                 return korvale_grid_new(&triangles, options, made, error);
+             });
     }
 
-    RayGrid(std::vector<double> corners, TriangleView borrowed, std::optional<GridSize> size)
-        : state_(std::make_unique<State>())
+    static korvale_triangles mesh_of(PointView vertices, std::span<const Triangle> triangles)
     {
-        State& s = *state_;
-        s.corners = std::move(corners);
-        const bool owns = borrowed.size() == 0;
-        const std::size_t n = owns ? s.corners.size() / 9 : borrowed.size();
-        s.triangles.dim = 9;
-        s.triangles.count = detail::count_for("RayGrid", "triangles", n, 9);
-        s.triangles.dvals = owns ? s.corners.data() : detail::unconst(borrowed.data());
-        detail::require_finite("RayGrid", "triangles", PointView::at(s.triangles.dvals, 3 * n));
-        if (ray_initialize(&s.status) != 1)
-            throw std::bad_alloc();
-        const GridSize cells = size ? *size : size_for(PointView::at(s.triangles.dvals, 3 * n));
-        s.status.nx = cells.x;
-        s.status.ny = cells.y;
-        s.status.nz = cells.z;
-        ray_set_triangles(&s.triangles, &s.status);
-        ray_classify(&s.status);
-        if (n > 0 && (s.status.cells == nullptr || s.status.tri_marks.bvals == nullptr))
-            throw std::bad_alloc();
+        korvale_triangles mesh = {detail::view_of(vertices), detail::view_of(detail::corners_of(triangles))};
+        if (triangles.empty())
+            mesh.points.count = 0;
+        return mesh;
     }
 
-    static std::vector<double> gather(PointView vertices, std::span<const std::int32_t> corners)
+    /// Runs work that tells of its progress. False where that has stopped it.
+    template <class Work>
+    static bool work(const char* function, const Progress& progress, Work work)
     {
-        detail::require_corners("RayGrid", "triangles", corners, vertices.size());
-        std::vector<double> gathered;
-        gathered.reserve(3 * corners.size());
-        for (const std::int32_t c : corners) {
-            const Point p = vertices[static_cast<std::size_t>(c)];
-            gathered.insert(gathered.end(), p.begin(), p.end());
-        }
-        return gathered;
+        Told told = {progress, {}};
+        korvale_error error;
+        const korvale_status status = work(progress ? &Told::tell : nullptr, &told, &error);
+        if (told.thrown)
+            std::rethrow_exception(told.thrown);
+        if (status == KORVALE_STOPPED)
+            return false;
+        detail::check(function, status, error);
+        return true;
     }
 
-    static Fan fan(PointView vertices, std::span<const std::int32_t> face_sizes, std::span<const std::int32_t> corners)
+    template <class Make>
+    void make(bool borrow, std::optional<GridSize> size, const Progress& progress, Make make)
     {
-        detail::require_faces("RayGrid", face_sizes, corners, vertices.size());
-        std::vector<std::int32_t> triangles, faces;
-        std::size_t first = 0;
-        for (std::size_t f = 0; f < face_sizes.size(); ++f) {
-            const auto n = static_cast<std::size_t>(face_sizes[f]);
-            for (std::size_t k = 2; k < n; ++k) {
-                triangles.insert(triangles.end(), {corners[first], corners[first + k - 1], corners[first + k]});
-                faces.push_back(static_cast<std::int32_t>(f));
+        korvale_grid* made = nullptr;
+        const bool is_whole = work("RayGrid", progress, [&](korvale_progress told, void* user, korvale_error* error) {
+            korvale_grid_options options;
+            korvale_grid_defaults(&options, sizeof options);
+            options.borrow = borrow ? 1 : 0;
+            if (size) { // all 0 would be chosen
+                options.cells[0] = std::max(1, size->x);
+                options.cells[1] = std::max(1, size->y);
+                options.cells[2] = std::max(1, size->z);
             }
-            first += n;
-        }
-        return {gather(vertices, triangles), std::move(faces)};
+            options.progress = told;
+            options.user = user;
+            return make(&options, &made, error);
+        });
+        if (!is_whole)
+            throw Error("RayGrid", "progress", "go on", "it has stopped the work");
+        handle_.reset(made);
     }
 
-    /// Half the cube root of the number of triangles along each axis, more along the longer ones, 1 along one without
-    /// extent.
-    static GridSize size_for(PointView corners)
+    static RayHit hit_of(const korvale_hit& hit)
     {
-        constexpr double kThin = 1e-06; // of the longest side
-        if (corners.empty())
-            return {1, 1, 1};
-        Point low = corners[0], high = corners[0];
-        for (std::size_t i = 1; i < corners.size(); ++i)
-            for (std::size_t k = 0; k < 3; ++k) {
-                low[k] = std::min(low[k], corners[i][k]);
-                high[k] = std::max(high[k], corners[i][k]);
-            }
-        const Point extent = detail::minus(high, low);
-        const double longest = std::ranges::max(extent);
-        double product = 1.0, axes = 0.0;
-        for (const double e : extent) {
-            if (e > kThin * longest) {
-                product *= e / longest;
-                axes += 1.0;
-            }
-        }
-        const double along = 0.5 * std::cbrt(static_cast<double>(corners.size()) / 3.0);
-        const double mean = axes > 0.0 ? std::pow(product, 1.0 / axes) : 1.0;
-        std::int32_t cells[3];
-        for (std::size_t k = 0; k < 3; ++k) {
-            const double wanted = extent[k] > kThin * longest ? along * (extent[k] / longest) / mean : 1.0;
-            cells[k] = static_cast<std::int32_t>(std::clamp(std::round(wanted), 1.0, 256.0));
-        }
-        return {cells[0], cells[1], cells[2]};
+        return {hit.distance,
+                hit.triangle,
+                {hit.corners[0], hit.corners[1], hit.corners[2]},
+                {hit.weights[0], hit.weights[1], hit.weights[2]}};
+    }
+
+    template <class T>
+    static T* data_of(std::span<T> column)
+    {
+        return column.empty() ? nullptr : column.data();
     }
 
     static void require_rows(const char* argument, std::size_t rows, std::size_t rays)
@@ -273,49 +310,7 @@ private:
                         "it has " + detail::text_of(rows));
     }
 
-    int query(const Point& origin, const Point& direction, double& distance)
-    {
-        return ray_intersect(detail::unconst(origin.data()), detail::unconst(direction.data()), &state_->status,
-                             &distance);
-    }
-
-    std::int32_t nearest_triangle(const Point& origin, const Point& direction)
-    {
-        RayHit best = {std::numeric_limits<double>::infinity(), -1};
-        visit(origin, direction, [&](const RayHit& hit) {
-            if (hit.distance < best.distance)
-                best = hit;
-        });
-        return best.triangle;
-    }
-
-    /// Hands over the triangles met by the latest query, in the order of their numbers: of those it tested, which it
-    /// has marked, the ones that the ray meets in its own frame.
-    template <class Visitor>
-    void visit(const Point& origin, const Point& direction, Visitor visitor)
-    {
-        Point unit = direction, start = {0.0, 0.0, 0.0};
-        normalize(unit.data());
-        Xfm into;
-        ray_compute_xfm(detail::unconst(origin.data()), unit.data(), into);
-        const std::uint8_t* const marks = state_->status.tri_marks.bvals;
-        const std::size_t n = size();
-        std::size_t t = 0;
-        while (t < n) {
-            const void* const found = std::memchr(marks + t, 1, n - t);
-            if (found == nullptr)
-                return;
-            t = static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - marks);
-            double corners[9], z = 0.0;
-            for (std::size_t k = 0; k < 3; ++k)
-                TransformPoint(into, state_->triangles.dvals + 9 * t + 3 * k, corners + 3 * k);
-            if (z_intersect(start.data(), corners, &z) == 1)
-                visitor(RayHit{z, static_cast<std::int32_t>(t)});
-            ++t;
-        }
-    }
-
-    std::unique_ptr<State> state_;
+    std::unique_ptr<korvale_grid, Free> handle_;
 };
 
 } // namespace korvale

@@ -25,6 +25,9 @@ public:
             throw Error("triangles", "the corners", "come in threes", "there are " + detail::text_of(corners.size()));
     }
 
+    /// Corners written out, three points a triangle: for an argument, whose call they outlive.
+    TriangleView(std::initializer_list<Point> corners) : TriangleView(PointView(corners)) {} // NOLINT
+
     /// How many triangles there are, and their numbers.
     ///@{
     std::size_t size() const noexcept { return count_; }
@@ -38,33 +41,6 @@ private:
 };
 
 namespace detail {
-
-/// Throws unless every corner is a vertex.
-inline void require_corners(const char* function, const char* argument, std::span<const std::int32_t> corners,
-                            std::size_t vertices)
-{
-    for (std::size_t i = 0; i < corners.size(); ++i)
-        if (corners[i] < 0 || static_cast<std::size_t>(corners[i]) >= vertices)
-            throw Error(function, argument, "name vertices 0 to " + text_of(static_cast<std::ptrdiff_t>(vertices) - 1),
-                        "its corner " + text_of(i) + " is " + text_of(corners[i]));
-}
-
-/// Throws unless the corners are vertices and as many as the faces have together.
-inline void require_faces(const char* function, std::span<const std::int32_t> face_sizes,
-                          std::span<const std::int32_t> corners, std::size_t vertices)
-{
-    require_corners(function, "corners", corners, vertices);
-    std::size_t wanted = 0;
-    for (std::size_t f = 0; f < face_sizes.size(); ++f) {
-        if (face_sizes[f] < 0)
-            throw Error(function, "face_sizes", "be 0 or more",
-                        "face " + text_of(f) + " has " + text_of(face_sizes[f]));
-        wanted += static_cast<std::size_t>(face_sizes[f]);
-    }
-    if (wanted != corners.size())
-        throw Error(function, "corners", "be as many as the faces have together, " + text_of(wanted),
-                    "there are " + text_of(corners.size()));
-}
 
 inline std::span<const std::int32_t> corners_of(std::span<const Triangle> triangles)
 {

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <limits>
+
+#include "door/internal/heap.h"
+#include "include/korvale_c.h"
+#include "math/transform.h"
+#include "ray/internal/grid.h"
+
+// Triangles that do not move, found by rays as a grid of cells finds them, through a tree of boxes.
+namespace korvale::door {
+
+/// A ray as the exact test of a triangle sees it.
+struct Ray {
+    double origin[3], unit[3];
+    Xfm frame;      ///< into the frame of the ray
+    bool can_meet;  ///< false for a direction without length
+    bool is_finite; ///< whether all numbers of the frame are
+
+    Ray(const double* from, const double* along);
+
+    /// Whether triangle[9] is met, and at which distance.
+    bool meets(const double* triangle, double& distance) const;
+
+    /// The weights of the three corners of a triangle that is met, at the meeting.
+    void weigh(const double* triangle, double* weights) const;
+};
+
+/// What a query comes to.
+struct Meeting {
+    int32_t count = 0;
+    double distance = std::numeric_limits<double>::infinity(); ///< of `ray_intersect`, once there is one
+    int32_t triangle = -1; ///< the one with the least number of the nearest; -1 where no distance is below infinity
+};
+
+/// Called while the tree grows with what is done, from 0 to 1; may throw.
+struct Growth {
+    korvale_progress progress;
+    void* user;
+
+    void tell(double done) const;
+};
+
+class Tree {
+public:
+    /// Over `count` triangles of finite numbers, which stay where they are, in n[3] cells of the box around them.
+    Tree(const double* triangles, int32_t count, const int32_t (&n)[3], const Growth& growth);
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+
+    /// All that `ray_intersect` finds.
+    Meeting meet(const Ray& ray) const;
+
+    /// The same but for the count, which is 0 or 1: the nearest alone.
+    Meeting meet_nearest(const Ray& ray) const;
+
+    /// Whether a triangle is met no farther than `reach`.
+    bool meets_any(const Ray& ray, double reach) const;
+
+    /// Hands each triangle that is met to `visit`, in no order.
+    void for_each(const Ray& ray, void (*visit)(void* user, int32_t triangle, double distance), void* user) const;
+
+private:
+    static constexpr int kWidth = 4;
+
+    /// Boxes of the children, less the centre, and what stands in them: another node, or -1 less 8 times the first of
+    /// up to eight triangles and their number less 1. A child that is not there has a box that nothing meets.
+    struct Node {
+        float low[3][kWidth], high[3][kWidth];
+        int32_t children[kWidth];
+    };
+
+    /// A triangle while the tree grows.
+    struct Entry {
+        float low[3], high[3];
+        int32_t triangle;
+    };
+
+    struct Range {
+        int32_t first, last; ///< before `last`
+        int32_t depth;
+        int32_t size() const { return last - first; }
+    };
+
+    struct Slabs;
+
+    void place_cells(const int32_t (&n)[3]);
+    void enter(Vector<Entry>& entries);
+    Range split(Vector<Entry>& entries, Range& whole) const;
+    void grow(Vector<Entry>& entries, const Growth& growth);
+
+    /// Whether one of the cells that list a triangle is met.
+    bool meets_cell(const Ray& ray, int32_t t) const;
+
+    /// The least number of those cells.
+    int32_t first_cell(const Ray& ray, int32_t t) const;
+    template <class Visit>
+    void for_each_cell(int32_t t, Visit visit) const;
+
+    /// Hands over triangles that are met and lie, but for rounding, no farther than `reach`, which `visit` may lower;
+    /// it ends the walk with false.
+    template <bool kNearestFirst, class Visit>
+    void walk(const Ray& ray, double reach, Visit visit) const;
+    template <class Visit>
+    void walk_plainly(const Ray& ray, double& reach, Visit visit) const;
+    Meeting settle(const Ray& ray) const;
+
+    const double* triangle(int32_t t) const { return triangles_ + 9 * int64_t{t}; }
+
+    const double* triangles_;
+    int32_t count_;
+    double low_[3], high_[3], centre_[3];
+    double half_;  ///< the largest half extent
+    double slack_; ///< how far from its box along the ray a triangle may be met
+    bool is_ordinary_;
+    Vector<double> planes_;
+    inside::Grid grid_;
+    Vector<Node> nodes_;
+    Vector<int32_t> numbers_; ///< of triangles, leaf after leaf
+};
+
+} // namespace korvale::door

@@ -1,0 +1,41 @@
+// The fixed results of rays into triangles through the C interface.
+#include <gtest/gtest.h>
+
+#include "include/korvale_c.h"
+#include "tests/golden/hash.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+
+TEST(Golden, DoorGrid)
+{
+    Random random(1107);
+    Hash hash;
+    for (int i = 0; i < 40; ++i) {
+        const int n = random.between(1, 300), rays = 50;
+        std::vector<double> corners, origins, directions, distances(rays), weights(3 * rays);
+        std::vector<int32_t> triangles(rays), counts(rays);
+        std::vector<uint8_t> inside(rays);
+        for (int k = 0; k < 9 * n; ++k)
+            corners.push_back(random.one_in(9) ? random.between(-3, 3) : random.uniform(-3, 3));
+        for (int k = 0; k < 3 * rays; ++k) {
+            origins.push_back(random.one_in(9) ? random.between(-3, 3) : random.uniform(-5, 5));
+            directions.push_back(random.one_in(4) ? random.between(-1, 1) : random.uniform(-1, 1));
+        }
+        const korvale_triangles mesh = {{corners.data(), 3 * n, 0, 3, KORVALE_DOUBLE}, {}};
+        const korvale_points from = {origins.data(), rays, 0, 3, KORVALE_DOUBLE};
+        const korvale_points along = {directions.data(), rays, 0, 3, KORVALE_DOUBLE};
+        const korvale_ray_columns columns = {distances.data(), triangles.data(), counts.data(), weights.data()};
+        korvale_grid* grid = nullptr;
+        hash.add(korvale_grid_new(&mesh, nullptr, &grid, nullptr));
+        hash.add(korvale_grid_cast(grid, &from, &along, &columns, nullptr, nullptr, nullptr));
+        hash.add(korvale_grid_contains(grid, &from, inside.data(), nullptr, nullptr, nullptr));
+        hash.add(distances.data(), rays).add(weights.data(), 3 * rays);
+        for (size_t k = 0; k < rays; ++k)
+            hash.add(triangles[k]).add(counts[k]).add(int{inside[k]});
+        korvale_grid_free(grid);
+    }
+    EXPECT_EQ(hash.value(), 0x73c6d42aae1e3b6fu);
+}
+
+} // namespace korvale::test
