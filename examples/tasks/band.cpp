@@ -27,6 +27,9 @@ void print(const char* what, const korvale::Band& band)
     for (size_t i = 0; i < band.removed.size(); ++i)
         if (band.removed[i])
             std::printf("  the bend at point %zu is too tight\n", i);
+    for (size_t i = 0; i < band.narrowed.size(); ++i)
+        if (band.narrowed[i])
+            std::printf("  another part of the line is near point %zu\n", i);
 }
 
 } // namespace
