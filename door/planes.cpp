@@ -3,6 +3,7 @@
 // stay the same to the bit then, and only translations have to be brought back.
 #include "door/internal/planes.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "data/data.h"
@@ -20,15 +21,14 @@ constexpr int kLargestExponent = 1000;
 /// How far points reach along the axis on which they reach furthest, halved so that it is finite.
 double half_reach(std::span<const Point> points)
 {
-    double reach = 0.0;
-    for (int k = 0; k < 3; ++k) {
-        double least = points[0][k], greatest = least;
-        for (const Point& p : points) {
-            least = p[k] < least ? p[k] : least;
-            greatest = p[k] > greatest ? p[k] : greatest;
-        }
-        reach = std::fmax(reach, 0.5 * greatest - 0.5 * least);
+    Point least = points[0], greatest = points[0];
+    for (const Point& p : points) {
+        least = {std::min(least.x, p.x), std::min(least.y, p.y), std::min(least.z, p.z)};
+        greatest = {std::max(greatest.x, p.x), std::max(greatest.y, p.y), std::max(greatest.z, p.z)};
     }
+    double reach = 0.0;
+    for (int k = 0; k < 3; ++k)
+        reach = std::max(reach, 0.5 * greatest[k] - 0.5 * least[k]);
     return reach;
 }
 

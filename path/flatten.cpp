@@ -369,10 +369,11 @@ constexpr double kLeastArea = 1e-12;
 
 double greatest_coordinate(const Outline& outline)
 {
-    double greatest = 0.0;
-    for (int64_t k = 0; k < 3 * int64_t{outline.count}; ++k)
-        greatest = std::max(greatest, std::fabs(outline.points[k]));
-    return greatest;
+    double greatest[3] = {0.0, 0.0, 0.0}; // one an axis, which need not wait for each other
+    for (int i = 0; i < outline.count; ++i)
+        for (int k = 0; k < 3; ++k)
+            greatest[k] = std::max(greatest[k], std::fabs(outline.point(i)[k]));
+    return std::max({greatest[0], greatest[1], greatest[2]});
 }
 
 /// Writes the normal, not normalised, about which the outline runs counter-clockwise. False where its parts cancel.
