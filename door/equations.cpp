@@ -16,6 +16,8 @@
 #include "equation/simplify.h"
 #include "equation/tables.h"
 #include "equation/variables.h"
+#include "platform/internal/generator.h"
+#include "platform/internal/random.h"
 
 namespace korvale::door {
 
@@ -238,6 +240,34 @@ void add_function(korvale_equations& equations, const char* name, int32_t argume
     equations.functions.back().release = std::exchange(user.release, nullptr);
 }
 
+double draw_even(const double*, void* user)
+{
+    auto& state = *static_cast<uint32_t*>(user);
+    state = following(state);
+    return unit_of(number_of(state));
+}
+
+double draw_normal(const double*, void* user)
+{
+    double sum = draw_even(nullptr, user);
+    for (int draw = 1; draw < 4; ++draw)
+        sum += draw_even(nullptr, user);
+    return normal_of(sum);
+}
+
+/// Lets RAND and GAUSS draw from the system's own generator.
+void give_generator(korvale_equations& equations)
+{
+    HostFunction even(0, draw_even, &equations.generator), normal(0, draw_normal, &equations.generator);
+    equations.functions.reserve(equations.functions.size() + 2);
+    for (const int32_t f : {kRand, kGauss})
+        if (is_built_in(f, function_at(equations.record, f))) // a host's own function stays
+            equations.record.funcs->pvals[f] = (f == kRand ? even : normal).plain().slot();
+    equations.functions.push_back({std::move(even), nullptr, nullptr});
+    equations.functions.push_back({std::move(normal), nullptr, nullptr});
+    equations.has_generator = true;
+}
+
 void make_table(korvale_equations& equations, const char* name, int32_t rows)
 {
     EquationSystem& es = equations.record;
@@ -419,6 +449,25 @@ void korvale_equations_stop(korvale_equations* equations)
 {
     if (equations != nullptr)
         equations->is_stopped = true;
+}
+
+korvale_status korvale_equations_seed(korvale_equations* equations, uint32_t seed, korvale_error* error)
+{
+    return answer(error, "korvale_equations_seed", [&] {
+        korvale_equations& e = require_equations(equations);
+        if (!e.has_generator)
+            give_generator(e);
+        e.generator = seed;
+    });
+}
+
+int32_t korvale_equations_seeded(const korvale_equations* equations, uint32_t* seed)
+{
+    if (equations == nullptr || !equations->has_generator)
+        return 0;
+    if (seed != nullptr)
+        *seed = equations->generator;
+    return 1;
 }
 
 korvale_status korvale_equations_make_table(korvale_equations* equations, const char* name, int32_t rows,

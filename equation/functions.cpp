@@ -130,6 +130,11 @@ NamedFunctions find_named_functions(const EquationSystem& es, int32_t count, con
     return found;
 }
 
+double normal_of(double sum)
+{
+    return sum * kDrawsToUnitVariance - kMeanOfScaledDraws;
+}
+
 void register_built_ins(EquationSystem& es)
 {
     for (const BuiltIn& built_in : kBuiltIns)
@@ -206,7 +211,7 @@ double gauss()
     double sum = unit_draw();
     for (int draw = 1; draw < 4; ++draw)
         sum += unit_draw();
-    return sum * kDrawsToUnitVariance - kMeanOfScaledDraws;
+    return normal_of(sum);
 }
 
 double EqFuncAdd(double a, double b)

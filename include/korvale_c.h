@@ -583,8 +583,8 @@ KORVALE_C_API korvale_status korvale_equations_pass_rows(korvale_equations* equa
                                                          int64_t result_count, korvale_error* error);
 
 /// 1 where the last call over columns ran a block of rows at a time, which is many times as quick and gives the same
-/// bits; 0 where it ran row by row: for few rows, where equations call RAND, GAUSS (but from a table) or a function of the
-/// host, where one reads a variable that it or a later one sets, and where an output lies shifted over a column.
+/// bits; 0 where it ran row by row: for few rows, where equations call RAND, GAUSS (but from a table) or a function of
+/// the host, where one reads a variable that it or a later one sets, and where an output lies shifted over a column.
 KORVALE_C_API int32_t korvale_equations_ran_in_blocks(const korvale_equations* equations);
 
 /// Replaces functions of constants in all equations by their values.
@@ -605,6 +605,14 @@ KORVALE_C_API korvale_status korvale_equations_function(korvale_equations* equat
 /// For functions of the host that have failed: the call that is evaluating returns KORVALE_STOPPED as soon as the row
 /// at work is done, without its result.
 KORVALE_C_API void korvale_equations_stop(korvale_equations* equations);
+
+/// Gives RAND and GAUSS of this system a random generator of its own, or seeds it anew: they repeat whatever else
+/// draws, in any thread, and are what the generator of the process gives after `korvale_seed`. `EqEvaluate` on the
+/// record draws from it as well. A system with a generator needs the room of two functions without arguments.
+KORVALE_C_API korvale_status korvale_equations_seed(korvale_equations* equations, uint32_t seed, korvale_error* error);
+
+/// 1 where the system has a generator of its own; `*seed`, which may be null, takes the seed that goes on from here.
+KORVALE_C_API int32_t korvale_equations_seeded(const korvale_equations* equations, uint32_t* seed);
 
 /// Replaces a function without arguments, such as RAND, by a table of `rows` rows of its values. Call it after the
 /// equations that name the function: each place that does has a column of its own.

@@ -19,6 +19,8 @@ struct Registration {
 struct korvale_equations {
     EquationSystem record = {};
     korvale::door::Vector<korvale::door::Registration> functions;
+    bool has_generator = false; ///< of its own, for RAND and GAUSS
+    uint32_t generator = 0;     ///< its state
     bool is_stopped = false;    ///< by a function of the host
     bool ran_in_blocks = false; ///< the last call over columns
 

@@ -12,8 +12,18 @@
 
 namespace korvale::inside {
 
-/// What a parser operator stands for: the indices the first built-in functions are registered under.
-enum : int32_t { kAdd = 0, kSubtract = 1, kMultiply = 2, kDivide = 3, kPower = 4, kNegate = 5, kSquareRoot = 9 };
+/// What a parser operator stands for and other built-in functions: the indices they are registered under.
+enum : int32_t {
+    kAdd = 0,
+    kSubtract = 1,
+    kMultiply = 2,
+    kDivide = 3,
+    kPower = 4,
+    kNegate = 5,
+    kSquareRoot = 9,
+    kRand = 15,
+    kGauss = 16
+};
 
 using BinaryFunction = double (*)(double, double);
 using UnaryFunction = double (*)(double);
@@ -61,6 +71,9 @@ inline double call(void* slot, double a, double b)
 {
     return slot == nullptr ? 0.0 : reinterpret_cast<BinaryFunction>(slot)(a, b);
 }
+
+/// About a standard normal value from the sum of four draws in [0, 1].
+double normal_of(double sum);
 
 /// Registers the eighteen built-in functions in order.
 void register_built_ins(EquationSystem& es);

@@ -304,6 +304,10 @@ void bind_equations(py::module_& m)
              [](System& self, int equation) {
                  return self.run("Equations.evaluate", false, [&](Equations& e) { return e.evaluate(equation); });
              })
+        .def("seed", [](System& self,
+                        std::uint32_t seed) { self.run("Equations.seed", false, [&](Equations& e) { e.seed(seed); }); })
+        .def_property_readonly("seeded", [](System& self) { return self.equations().seeded(); })
+        .def_property_readonly("ran_in_blocks", [](System& self) { return self.equations().ran_in_blocks(); })
         .def("evaluate_rows", &evaluate_rows)
         .def("evaluate_all",
              [](System& self) {

@@ -28,7 +28,9 @@ class EquationsTest(RefusingTest):
         self.assertEqual(list(self.equations), ["PI", "E", "y", "x", "a"])
         self.assertIn("x", self.equations)
         self.assertNotIn("z", self.equations)
-        self.assertEqual(len(self.equations), 5)
+        self.assertEqual(len(self.equations), 1)
+        self.assertEqual(len(korvale.Equations("y x")), 0)
+        self.assertTrue(korvale.Equations("y x"))
         self.assertEqual(self.equations.variables["PI"], math.pi)
         with self.assertRaises(KeyError):
             self.equations["z"]
@@ -172,6 +174,26 @@ class EquationsTest(RefusingTest):
         korvale_draws = numpy.array([copy.copy(system).evaluate(0) for _ in range(2)])
         self.assertEqual(korvale_draws[0], korvale_draws[1])
         self.assertNotEqual(system, korvale.Equations("y x"))
+
+    def test_repeats_with_a_seed_of_its_own(self):
+        noise = korvale.Equations("y")
+        noise.add("y = RAND + GAUSS")
+        noise.seed(5)
+        twin = copy.copy(noise)
+        first = [noise.evaluate(), noise.evaluate()]
+        later = copy.copy(noise)
+        korvale.seed(3)
+        self.assertEqual([twin.evaluate(), twin.evaluate()], first)
+        self.assertEqual(later.evaluate(), noise.evaluate())
+        self.assertRefuses("Equations.seed: seed must be 0 to 4294967295, but it is -1", lambda: noise.seed(-1))
+
+    def test_tells_whether_it_ran_in_blocks(self):
+        self.equations.evaluate(x=numpy.arange(1000.0))
+        self.assertTrue(self.equations.ran_in_blocks)
+        self.equations.add("y = y + x")
+        sums = self.equations.evaluate(1, x=numpy.arange(5.0), y=0)
+        self.assertFalse(self.equations.ran_in_blocks)
+        self.assertEqual(sums.tolist(), [0, 1, 3, 6, 10])
 
     def test_shows_itself(self):
         self.assertEqual(repr(self.equations), "<korvale.Equations('y x a'): y = a * x + 1>")

@@ -186,6 +186,38 @@ TEST(DoorEquations, SimplifyFoldsConstants)
     EXPECT_EQ(e.evaluate(h), 6);
 }
 
+TEST(DoorEquations, MayHaveAGeneratorOfTheirOwn)
+{
+    Handle e, other;
+    const int32_t even = e.add("h = RAND"), normal = e.add("h = GAUSS");
+    uint32_t seed = 9;
+    EXPECT_EQ(korvale_equations_seeded(e, &seed), 0);
+    EXPECT_EQ(seed, 9u);
+    korvale_seed(5);
+    const double first = EqFuncRand(), second = gauss(), third = EqFuncRand();
+    const int next = Mwrand();
+    korvale_seed(5);
+    for (int i = 0; i < 6; ++i)
+        Mwrand();
+    EXPECT_EQ(korvale_equations_seed(e, 5, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_seeded(e, &seed), 1);
+    EXPECT_EQ(seed, 5u);
+    EXPECT_EQ(e.evaluate(even), first);
+    EXPECT_EQ(e.evaluate(normal), second);
+    EXPECT_EQ(korvale_equations_seeded(e, &seed), 1);
+    EXPECT_EQ(EqEvaluate(e.record(), even), third);
+    EXPECT_EQ(Mwrand(), next); // none of them was drawn from the process
+    EXPECT_EQ(korvale_equations_seed(e, seed, nullptr), KORVALE_OK);
+    EXPECT_EQ(e.evaluate(even), third);
+    EXPECT_EQ(korvale_equations_seed(e, 5, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_make_table(e, "RAND", 2, nullptr), KORVALE_OK);
+    EXPECT_EQ(e.evaluate(even), first);
+    EXPECT_EQ(korvale_equations_seeded(other, nullptr), 0);
+    EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT, [](auto* x) { return korvale_equations_seed(nullptr, 1, x); }),
+              "korvale_equations_seed: equations must be given, but it is null");
+    EXPECT_EQ(korvale_equations_seeded(nullptr, &seed), 0);
+}
+
 // --- Columns ---------------------------------------------------------------------------------------------------------
 
 TEST(DoorEquations, RunOverColumnsOfAnyLayout)

@@ -302,6 +302,23 @@ TEST(FaceEquations, SayWhatTheyRefuse)
               "Equations::make_table: name must stand in an equation, but no equation names \"RAND\" yet");
 }
 
+TEST(FaceEquations, RepeatWithASeedOfTheirOwn)
+{
+    Equations a = drum(), b = drum();
+    const int h = a.add("h = RAND + GAUSS");
+    b.add("h = RAND + GAUSS");
+    EXPECT_EQ(a.seeded(), std::nullopt);
+    a.seed(77);
+    b.seed(77);
+    const double first = a.evaluate(h);
+    Equations moved = std::move(a);
+    const double second = moved.evaluate(h);
+    EqFuncRand();
+    EXPECT_EQ(b.evaluate(h), first);
+    EXPECT_EQ(b.evaluate(h), second);
+    EXPECT_EQ(b.seeded(), moved.seeded());
+}
+
 TEST(FaceEquations, Move)
 {
     Equations e = drum();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 
 #include "refusal.hpp"
 
@@ -351,9 +352,9 @@ public:
         });
     }
 
-    /// Whether the last call over columns ran a block of rows at a time, which is many times as quick and gives the same
-    /// bits. It ran row by row for few rows, where equations call RAND, GAUSS (but from a table) or a function of the
-    /// host, where one reads a variable that it or a later one sets, and where an output lies shifted over a column.
+    /// Whether the last call over columns ran a block of rows at a time: many times as quick, with the same bits. It
+    /// ran row by row for few rows, where equations call RAND, GAUSS (but from a table) or a function of the host, where
+    /// one reads a variable that it or a later one sets, and where an output lies shifted over a column.
     bool ran_in_blocks() const { return korvale_equations_ran_in_blocks(equations_.get()) != 0; }
 
     /// Replaces functions of constants in all equations by their values.
@@ -391,6 +392,22 @@ public:
             return korvale_equations_function(equations_.get(), text.c_str(), kArguments, &Host::call,
                                               Host::user_of(std::move(callable)), &Host::release, error);
         });
+    }
+
+    /// Gives RAND and GAUSS of this system a random generator of its own, or seeds it anew: they repeat whatever else
+    /// draws, in any thread, and are what the generator of the process gives after `EqSeed`.
+    void seed(std::uint32_t seed)
+    {
+        call("Equations::seed",
+             [&](korvale_error* error) { return korvale_equations_seed(equations_.get(), seed, error); });
+    }
+
+    /// The seed that goes on from here, where the system has a generator of its own.
+    std::optional<std::uint32_t> seeded() const
+    {
+        std::uint32_t seed = 0;
+        const bool is_seeded = korvale_equations_seeded(equations_.get(), &seed) != 0;
+        return is_seeded ? std::optional(seed) : std::nullopt;
     }
 
     /// Replaces a function without arguments, such as RAND, by a table of `rows` rows of its values, so that noise
