@@ -9,10 +9,11 @@ import numpy
 from . import _input, _korvale
 from ._errors import refuse
 from ._progress import Progress
-from ._types import Doubles, Ints
+from ._types import Doubles, Ints, Truths
 
-# Rays between two reports of progress.
+# Rays between two reports of progress, and points between two looks for signals.
 _CHUNK = 16384
+_POINTS = 2048
 
 
 class RayHit(NamedTuple):
@@ -20,6 +21,8 @@ class RayHit(NamedTuple):
 
     distance: float  #: from the origin of the ray, in units of length whatever the direction's
     triangle: int  #: its number
+    corners: tuple[int, int, int]  #: the numbers of its points; 3 k and so on for one given by its corners
+    weights: tuple[float, float, float]  #: of the corners at the meeting; they add up to 1
 
 
 class Cast(NamedTuple):
@@ -28,15 +31,17 @@ class Cast(NamedTuple):
     distances: Doubles | None  #: float64, to the nearest triangle, infinity where there is none
     triangles: Ints | None  #: int32, the nearest triangle, -1 where there is none
     counts: Ints | None  #: int32, the number of triangles met
+    weights: Doubles | None  #: float64 (N, 3), of the corners of the nearest triangle, zeros where there is none
 
 
 class RayGrid:
-    """RayGrid(mesh, triangles=None, *, cells=None, copy=True): triangles sorted into a grid of cells, for rays.
+    """RayGrid(mesh, triangles=None, *, cells=None, copy=True): triangles for rays: those met are those of a grid of cells.
 
     mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
         given apart, (T, 3) or faces of any number of corners, or the corners of triangles (T, 3, 3) or (T, 9).
     cells: (nx, ny, nz); else a number that suits the triangles is chosen.
-    copy: False reads corners, float64 (T, 9) or (T, 3, 3), where they are at every query. Do not change them.
+    copy: False reads corners, float64 (T, 9) or (T, 3, 3), where they are at every query; they may change,
+        and one thread at a time is served. Else any number of threads may ask one grid at a time.
 
     Faces of more than three corners are cut into triangles about their first corner; `faces` tells which is whose. A
     triangle that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles
@@ -44,30 +49,31 @@ class RayGrid:
 
     >>> grid = korvale.RayGrid([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], [(0, 1, 2), (0, 2, 3)])
     >>> grid.nearest((3, 1, 5), (0, 0, -1))
-    RayHit(distance=5.0, triangle=0)
+    RayHit(distance=5.0, triangle=0, corners=(0, 1, 2), weights=(0.25, 0.5, 0.25))
     >>> grid.cast([(3, 1, 5), (1, 3, 5), (9, 9, 5)], (0, 0, -1)).triangles
     array([ 0,  1, -1], dtype=int32)
     """
 
-    __slots__ = ("_grid", "_faces")
+    __slots__ = ("_grid", "_faces", "_numbers")
 
     def __init__(self, mesh: Any, triangles: Any = None, *, cells: Any = None, copy: bool = True) -> None:
         self._faces: Ints | None = None
+        self._numbers: Ints | None = None
         if triangles is not None or _input.is_mesh(mesh):
             vertices, sizes, numbers = _input.mesh(mesh, triangles, "RayGrid")
             if sizes is not None:
                 numbers, self._faces = _korvale.fans(sizes, numbers)
             corners = _korvale.gathered(vertices, numbers)
+            self._numbers = numpy.array(numbers).reshape(-1, 3)
+            copy = True
         else:
             corners = _input.corners(mesh, "RayGrid", "mesh")
-            if copy and numpy.may_share_memory(corners, mesh if isinstance(mesh, numpy.ndarray) else corners):
-                corners = corners.copy()
         if cells is not None:
             cells = tuple(_input.count(n, "RayGrid", "cells", 1)
                           for n in _input.items(cells, "RayGrid", "cells", "be three numbers"))
             if len(cells) != 3:
                 raise refuse("RayGrid", "cells", "be three numbers", f"there are {len(cells)}")
-        self._grid = _korvale.Grid(corners, cells)
+        self._grid = _korvale.Grid(corners, cells, not copy)
 
     @property
     def cells(self) -> tuple[int, int, int]:
@@ -91,23 +97,50 @@ class RayGrid:
     def nearest(self, origin: Any, direction: Any) -> RayHit | None:
         """The nearest triangle on a ray, or None; the one with the least number of several at one distance."""
         hit = self._grid.nearest(*_ray(origin, direction, "RayGrid.nearest"))
-        return None if hit is None else RayHit(*hit)
+        return None if hit is None else self._hit(hit)
+
+    def _hit(self, hit: Any) -> RayHit:
+        if self._numbers is None:
+            return RayHit(*hit)
+        distance, triangle, _, weights = hit
+        first, second, third = self._numbers[triangle].tolist()
+        return RayHit(distance, triangle, (first, second, third), weights)
 
     def hits(self, origin: Any, direction: Any) -> list[RayHit]:
         """All triangles on a ray, nearest first; those at one distance by their numbers."""
-        return [RayHit(*hit) for hit in self._grid.hits(*_ray(origin, direction, "RayGrid.hits"))]
+        return [self._hit(hit) for hit in self._grid.hits(*_ray(origin, direction, "RayGrid.hits"))]
 
     def count(self, origin: Any, direction: Any) -> int:
         """The number of triangles that a ray meets: odd from inside a closed mesh."""
         return self._grid.count(*_ray(origin, direction, "RayGrid.count"))
 
+    def any(self, origin: Any, direction: Any, reach: float = numpy.inf) -> bool:
+        """Whether a ray meets a triangle at a distance of at most `reach`. It stops at the first."""
+        far = _input.number(reach, "RayGrid.any", "reach")
+        return self._grid.any(*_ray(origin, direction, "RayGrid.any"), far)
+
+    def contains(self, points: Any) -> Truths:
+        """Which points, (N, 3), lie inside the closed meshes that the triangles make: bool (N,).
+
+        A ray from such a point meets an odd number of triangles. A ray that comes within 1e-09 of an edge, as a weight
+        of a corner, is not trusted, and up to four others are cast; the last is taken as it is. Points on the surface
+        come out either way.
+        """
+        name = "RayGrid.contains"
+        at = _input.finite(_input.points(points, name, "points"), name, "points")
+        inside = numpy.empty(len(at), bool)
+        for first in range(0, len(at), _POINTS):
+            self._grid.contains(at, inside, first, min(len(at), first + _POINTS))
+        return inside
+
     def cast(self, origins: Any, directions: Any, *, distances: Any = True, triangles: Any = True, counts: Any = True,
-             progress: Any = None) -> Cast:
+             weights: Any = False, progress: Any = None) -> Cast:
         """Casts many rays.
 
         origins, directions: (N, 3) each, or one of them (3,) for all rays. Directions may have any length; distances
             are in units of the mesh. A direction of zeros meets nothing.
-        distances, triangles, counts: whether each is wanted, or the array (N,) that it goes to (float64, int32, int32).
+        distances, triangles, counts, weights: whether each is wanted, or the array that it goes to (float64, int32 and
+            int32 (N,), float64 (N, 3)).
         progress: see `Relaxer.run`; it is told of the rays done.
         """
         name = "RayGrid.cast"
@@ -117,7 +150,7 @@ class RayGrid:
         if len(along) not in (1, n):
             raise refuse(name, "directions", f"be 1 or as many as the {n} origins", f"there are {len(along)}")
         wanted = (_column(distances, n, name, numpy.float64), _column(triangles, n, name, numpy.int32),
-                  _column(counts, n, name, numpy.int32))
+                  _column(counts, n, name, numpy.int32), _column(weights, n, name, numpy.float64, 3))
         if progress is None:
             self._grid.cast(start, along, *wanted, 0, n)
         else:
@@ -141,12 +174,13 @@ class RayGrid:
     __hash__ = None  # type: ignore[assignment]
 
     def __reduce__(self) -> Any:
-        return _restored, (numpy.array(self.corners), self.cells, self._faces)
+        return _restored, (numpy.array(self.corners), self.cells, self._faces, self._numbers)
 
 
-def _restored(corners: Doubles, cells: tuple[int, int, int], faces: Ints | None) -> RayGrid:
-    grid = RayGrid(corners, cells=cells, copy=False)
+def _restored(corners: Doubles, cells: tuple[int, int, int], faces: Ints | None, numbers: Ints | None) -> RayGrid:
+    grid = RayGrid(corners, cells=cells)
     grid._faces = faces
+    grid._numbers = numbers
     return grid
 
 
@@ -154,7 +188,7 @@ def _ray(origin: Any, direction: Any, function: str) -> tuple[Doubles, Doubles]:
     return _input.point(origin, function, "origin"), _input.point(direction, function, "direction")
 
 
-def _column(wanted: Any, n: int, function: str, kind: Any) -> Any:
+def _column(wanted: Any, n: int, function: str, kind: Any, width: int = 1) -> Any:
     if wanted is False or wanted is None:
         return None
-    return _input.output(None if wanted is True else wanted, (n,), function, kind)
+    return _input.output(None if wanted is True else wanted, (n,) if width == 1 else (n, width), function, kind)

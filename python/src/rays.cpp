@@ -1,4 +1,6 @@
 // Rays into a grid of triangles.
+#include <chrono>
+
 #include <pybind11/stl.h>
 
 #include "support.h"
@@ -24,33 +26,72 @@ std::optional<GridSize> size_of(const py::object& cells)
     return GridSize{x, y, z};
 }
 
+/// Asks now and then, without the interpreter's lock, whether a signal has arrived; raises what its handler raises.
+class Signals {
+public:
+    bool operator()(double)
+    {
+        const auto now = std::chrono::steady_clock::now();
+        if (now - asked_ < std::chrono::milliseconds(50))
+            return true;
+        asked_ = now;
+        const py::gil_scoped_acquire locked;
+        if (PyErr_CheckSignals() != 0)
+            throw py::error_already_set();
+        return true;
+    }
+
+private:
+    std::chrono::steady_clock::time_point asked_ = std::chrono::steady_clock::now();
+};
+
 /// A grid with what keeps its triangles alive.
 class Grid {
 public:
-    Grid(RayGrid grid, py::object corners) : grid_(std::move(grid)), corners_(std::move(corners)) {}
+    Grid(RayGrid grid, py::object borrowed) : grid_(std::move(grid)), borrowed_(std::move(borrowed)) {}
 
-    RayGrid& get() { return grid_; }
-    Turns& turns() { return turns_; }
-    const py::object& corners() const { return corners_; }
+    const RayGrid& get() const { return grid_; }
     std::size_t size() const { return grid_.size(); }
+
+    /// A turn at a grid that serves one thread at a time; any number of threads may ask one that owns its triangles.
+    void take_turn(std::optional<Turns::Turn>& turn, const char* function, bool unlocked)
+    {
+        if (!borrowed_.is_none())
+            turn.emplace(turns_, function, unlocked);
+    }
+
+    /// The triangles [.][9] as the grid reads them, in an array that keeps `self` alive.
+    static py::object corners(const py::object& self)
+    {
+        const Grid& grid = self.cast<const Grid&>();
+        if (!grid.borrowed_.is_none())
+            return grid.borrowed_;
+        py::array corners = py::array_t<double>({static_cast<py::ssize_t>(grid.size()), py::ssize_t{9}},
+                                                grid.get().triangles().data(), self);
+        corners.attr("setflags")(false);
+        return corners;
+    }
 
 private:
     RayGrid grid_;
-    py::object corners_; // the array that the grid reads, [.][9]
+    py::object borrowed_; // the array that the grid reads, [.][9], or None
     Turns turns_;
 };
 
-/// Over corners [.][9], which are read by every query.
-std::unique_ptr<Grid> grid_of(const Doubles& corners, const py::object& cells)
+/// Of corners [.][9], which are copied or read by every query.
+std::unique_ptr<Grid> grid_of(const Doubles& corners, const py::object& cells, bool borrow)
 {
     const std::optional<GridSize> size = size_of(cells);
     const PointView points = PointView::at(corners.data(), static_cast<std::size_t>(corners.size()) / 3);
     std::optional<RayGrid> grid;
     {
         const py::gil_scoped_release unlocked;
-        grid.emplace(RayGrid::over(TriangleView(points), size));
+        if (borrow)
+            grid.emplace(RayGrid::over(TriangleView(points), size));
+        else
+            grid.emplace(TriangleView(points), size, Signals());
     }
-    return std::make_unique<Grid>(std::move(*grid), corners);
+    return std::make_unique<Grid>(std::move(*grid), borrow ? py::object(corners) : py::none());
 }
 
 /// The corners [.][9] of triangles on shared vertices.
@@ -99,8 +140,15 @@ auto ask(Grid& grid, const char* function, py::handle origin, py::handle directi
     detail::require_finite(function, "origin", PointView(std::span(&from, 1)));
     detail::require_finite(function, "direction", PointView(std::span(&along, 1)));
     const Unlocked unlocked(grid.size() >= kManyTriangles);
-    const Turns::Turn turn(grid.turns(), function, grid.size() >= kManyTriangles);
+    std::optional<Turns::Turn> turn;
+    grid.take_turn(turn, function, grid.size() >= kManyTriangles);
     return query(grid.get(), from, along);
+}
+
+py::tuple tuple_of(const RayHit& hit)
+{
+    return py::make_tuple(hit.distance, hit.triangle, py::tuple(py::cast(hit.corners)),
+                          py::tuple(py::cast(hit.weights)));
 }
 
 py::object nearest_of(Grid& grid, py::handle origin, py::handle direction)
@@ -109,7 +157,7 @@ py::object nearest_of(Grid& grid, py::handle origin, py::handle direction)
         ask(grid, "RayGrid.nearest", origin, direction, [](auto& g, auto& o, auto& d) { return g.nearest(o, d); });
     if (!hit)
         return py::none();
-    return py::make_tuple(hit->distance, hit->triangle);
+    return tuple_of(*hit);
 }
 
 py::list hits_of(Grid& grid, py::handle origin, py::handle direction)
@@ -117,13 +165,30 @@ py::list hits_of(Grid& grid, py::handle origin, py::handle direction)
     py::list list;
     for (const RayHit& hit :
          ask(grid, "RayGrid.hits", origin, direction, [](auto&g, auto&o, auto&d) { return g.hits(o, d); }))
-        list.append(py::make_tuple(hit.distance, hit.triangle));
+        list.append(tuple_of(hit));
     return list;
 }
 
 int count_of(Grid& grid, py::handle origin, py::handle direction)
 {
     return ask(grid, "RayGrid.count", origin, direction, [](auto& g, auto& o, auto& d) { return g.count(o, d); });
+}
+
+bool any_of(Grid& grid, py::handle origin, py::handle direction, double reach)
+{
+    return ask(grid, "RayGrid.any", origin, direction,
+               [reach](auto& g, auto& o, auto& d) { return g.any(o, d, reach); });
+}
+
+/// Which points from row `first` to before `last` are inside, to `inside`.
+void contains(Grid& grid, const Doubles& points, py::array_t<bool> inside, std::size_t first, std::size_t last)
+{
+    bool* const to = inside.mutable_data();
+    const Unlocked unlocked(true);
+    std::optional<Turns::Turn> turn;
+    grid.take_turn(turn, "RayGrid.contains", true);
+    const std::vector<bool> answers = grid.get().contains(PointView::at(points.data() + 3 * first, last - first));
+    std::copy(answers.begin(), answers.end(), to + first);
 }
 
 template <class T>
@@ -137,20 +202,24 @@ std::span<T> span_of(const py::object& array)
 
 /// Rays from row `first` to before `last` into arrays that are there; those that are None are not wanted.
 void cast_rays(Grid& grid, const Doubles& origins, const Doubles& directions, const py::object& distances,
-               const py::object& triangles, const py::object& counts, std::size_t first, std::size_t last)
+               const py::object& triangles, const py::object& counts, const py::object& weights, std::size_t first,
+               std::size_t last)
 {
     const auto rows = [&](const Doubles& points) {
         const auto n = static_cast<std::size_t>(points.shape(0));
         return n == 1 ? PointView::at(points.data(), 1) : PointView::at(points.data() + 3 * first, last - first);
     };
     const auto part = [&](auto all) { return all.empty() ? all : all.subspan(first, last - first); };
-    const RayColumns columns = {part(span_of<double>(distances)), part(span_of<std::int32_t>(triangles)),
-                                part(span_of<std::int32_t>(counts))};
+    RayColumns columns = {part(span_of<double>(distances)), part(span_of<std::int32_t>(triangles)),
+                          part(span_of<std::int32_t>(counts))};
+    if (const std::span<double> all = span_of<double>(weights); !all.empty())
+        columns.weights = PointSpan::at(all.data() + 3 * first, last - first);
     const PointView from = rows(origins), along = rows(directions);
     const bool is_long = last - first >= kManyRays || grid.size() >= kManyTriangles;
     const Unlocked unlocked(is_long);
-    const Turns::Turn turn(grid.turns(), "RayGrid.cast", is_long);
-    grid.get().cast(from, along, columns);
+    std::optional<Turns::Turn> turn;
+    grid.take_turn(turn, "RayGrid.cast", is_long);
+    grid.get().cast(from, along, columns, is_long ? Progress(Signals()) : Progress());
 }
 
 } // namespace
@@ -166,6 +235,8 @@ void bind_rays(py::module_& m)
                                    return py::make_tuple(size.x, size.y, size.z);
                                })
         .def_property_readonly("corners", &Grid::corners)
+        .def("any", &any_of)
+        .def("contains", &contains)
         .def("nearest", &nearest_of)
         .def("hits", &hits_of)
         .def("count", &count_of)

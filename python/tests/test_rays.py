@@ -1,7 +1,12 @@
 """Tests of rays into triangles."""
 
+import concurrent.futures
 import copy
+import os
 import pickle
+import signal
+import threading
+import time
 import unittest
 
 import korvale
@@ -45,11 +50,16 @@ class RayGridTest(RefusingTest):
         generator = numpy.random.default_rng(5)
         origins = generator.uniform(-1, 3, (500, 3))
         directions = generator.normal(size=(500, 3))
-        cast = self.grid.cast(origins, directions)
+        cast = self.grid.cast(origins, directions, weights=True)
         for i in range(500):
             hit = self.grid.nearest(origins[i], directions[i])
             expected = (numpy.inf, -1) if hit is None else hit
-            self.assertEqual((cast.distances[i], cast.triangles[i]), tuple(expected))
+            self.assertEqual((cast.distances[i], cast.triangles[i]), tuple(expected[:2]))
+            if hit is not None:
+                self.assertEqual(tuple(cast.weights[i]), hit.weights)
+                self.assertEqual(hit.corners, tuple(CUBE.triangles[hit.triangle]))
+                numpy.testing.assert_allclose(hit.weights @ CUBE.vertices[list(hit.corners)], origins[i] + hit.distance
+                                              * directions[i] / numpy.linalg.norm(directions[i]), atol=1e-9)
             self.assertEqual(cast.counts[i], self.grid.count(origins[i], directions[i]))
 
     def test_casts_from_one_point_or_in_one_direction(self):
@@ -65,7 +75,34 @@ class RayGridTest(RefusingTest):
                               counts=False)
         self.assertIs(cast.distances, distances)
         self.assertEqual(distances.tolist(), [5, numpy.inf])
-        self.assertEqual(cast[1:], (None, None))
+        self.assertEqual(cast[1:], (None, None, None))
+
+    def test_tells_of_anything_met_and_of_what_is_inside(self):
+        self.assertIs(self.grid.any((0.5, 0.2, 7), (0, 0, -1)), True)
+        self.assertIs(self.grid.any((0.5, 0.2, 7), (0, 0, -1), 4.9), False)
+        points = numpy.random.default_rng(6).uniform(-1, 3, (5000, 3))
+        inside = ((points > 0) & (points < 2)).all(axis=1)
+        numpy.testing.assert_array_equal(self.grid.contains(points), inside)
+
+    def test_answers_threads_at_the_same_time(self):
+        origins = numpy.random.default_rng(7).uniform(-1, 3, (20000, 3))
+        alone = self.grid.cast(origins, (1, 2, 3))
+        with concurrent.futures.ThreadPoolExecutor(4) as pool:
+            for cast in pool.map(lambda _: self.grid.cast(origins, (1, 2, 3)), range(8)):
+                numpy.testing.assert_array_equal(cast.counts, alone.counts)
+
+    def test_ends_soon_when_interrupted(self):
+        corners = numpy.random.default_rng(8).uniform(-1, 1, (3000, 9))
+        origins = numpy.zeros((2000000, 3))
+        for work in (lambda grid: grid.cast(origins, (1, 2, 3)), lambda grid: grid.contains(origins)):
+            grid = korvale.RayGrid(corners)
+            timer = threading.Timer(0.2, lambda: os.kill(os.getpid(), signal.SIGINT))
+            timer.start()
+            start = time.monotonic()
+            with self.assertRaises(KeyboardInterrupt):
+                work(grid)
+            self.assertLess(time.monotonic() - start, 2)  # where all rays take a minute
+            timer.join()
 
     def test_tells_of_progress_and_stops_when_asked(self):
         origins = numpy.tile([(0.5, 0.2, 7.0)], (40000, 1))

@@ -283,9 +283,9 @@ class ScatterTest(RefusingTest):
 
     def test_carries_attributes(self):
         vertices, triangles = self.mesh
-        points, carried = korvale.scatter(self.mesh, 100, seed=7, attributes=vertices)
+        points, carried, _ = korvale.scatter(self.mesh, 100, seed=7, attributes=vertices)
         numpy.testing.assert_array_equal(points, carried)
-        points, carried = korvale.scatter(vertices[triangles], 100, seed=7, attributes=vertices[triangles])
+        points, carried, _ = korvale.scatter(vertices[triangles], 100, seed=7, attributes=vertices[triangles])
         numpy.testing.assert_array_equal(points, carried)
         self.assertEqual(korvale.scatter(self.mesh, 100, seed=7, attributes=vertices[:, 0]).attributes.shape, (100, 1))
         self.assertIsNone(korvale.scatter(self.mesh, 100, seed=7).attributes)
