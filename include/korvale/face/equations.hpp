@@ -353,8 +353,8 @@ public:
     }
 
     /// Whether the last call over columns ran a block of rows at a time: many times as quick, with the same bits. It
-    /// ran row by row for few rows, where equations call RAND, GAUSS (but from a table) or a function of the host, where
-    /// one reads a variable that it or a later one sets, and where an output lies shifted over a column.
+    /// ran row by row for few rows, where equations call RAND, GAUSS (but from a table) or a function of the host,
+    /// where one reads a variable that it or a later one sets, and where an output lies shifted over a column.
     bool ran_in_blocks() const { return korvale_equations_ran_in_blocks(equations_.get()) != 0; }
 
     /// Replaces functions of constants in all equations by their values.
