@@ -1,5 +1,5 @@
-// Triangles for rays. Those that the grid owns do not move: a tree finds them. Those that stay the caller's are found by a
-// `RayStatus`, whose marks a query writes.
+// Triangles for rays. Those that the grid owns do not move: a tree finds them. Those that stay the caller's are found
+// by a `RayStatus`, whose marks a query writes.
 #include <algorithm>
 #include <cmath>
 

@@ -1,15 +1,16 @@
-// A ray meets a triangle of a grid when the exact test in the frame of the ray says so and a cell that lists the triangle
-// is met. Both can be asked of one triangle alone: the cells that list it are those its box touches, consecutive along
-// each axis, and as neighbours share their planes, one of their faces is met where one of the planes between them is
-// met within the outline of all. So no lists are kept, and a tree of boxes, four to a node, finds the few triangles to
-// ask for.
+// A ray meets a triangle of a grid when the exact test in the frame of the ray says so and a cell that lists the
+// triangle is met. Both can be asked of one triangle alone: the cells that list it are those its box touches,
+// consecutive along each axis, and as neighbours share their planes, one of their faces is met where one of the planes
+// between them is met within the outline of all. So no lists are kept, and a tree of boxes, four to a node, finds the
+// few triangles to ask for.
 //
-// The boxes are wide enough that no meeting is missed. Of the rounding of the exact test: a triangle that shows its edge
-// can be met beside itself, but, as the box of its three corners in the frame must hold the ray, by less than 2.5e-07 of
-// its longest side L, whatever its size; kTrianglePad is four times that. Along the ray such a meeting may be off by 2 L,
-// and by no more than 4e-08 L^3, as the determinant is at least 1e-06. Of the boxes and slabs in floats: kFloatPad of the
-// mesh; of a far origin: kFarPad of its coordinates. Boxes and the ray are taken relative to the centre of the mesh, the
-// ray from the point of it nearest to that. What is too large for floats is walked through triangle by triangle.
+// The boxes are wide enough that no meeting is missed. Of the rounding of the exact test: a triangle that shows its
+// edge can be met beside itself, but, as the box of its three corners in the frame must hold the ray, by less than
+// 2.5e-07 of its longest side L, whatever its size; kTrianglePad is four times that. Along the ray such a meeting may
+// be off by 2 L, and by no more than 4e-08 L^3, as the determinant is at least 1e-06. Of the boxes and slabs in floats:
+// kFloatPad of the mesh; of a far origin: kFarPad of its coordinates. Boxes and the ray are taken relative to the
+// centre of the mesh, the ray from the point of it nearest to that. What is too large for floats is walked through
+// triangle by triangle.
 //
 // Sums of areas choose the planes that divide boxes (Wald, On fast Construction of SAH-based Bounding Volume
 // Hierarchies, 2007).

@@ -319,9 +319,10 @@ KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles,
 
 // --- Rays ------------------------------------------------------------------------------------------------------------
 
-/// Triangles for rays: those that `ray_intersect` meets in a grid of cells, to the last bit. Triangles that the grid owns
-/// are found through a tree of boxes (about 115 bytes a triangle, its corners included), and any number of threads may ask
-/// one grid at a time. Borrowed ones are found through cells and marks, and then one grid belongs to one thread at a time.
+/// Triangles for rays: those that `ray_intersect` meets in a grid of cells, to the last bit. Triangles that the grid
+/// owns are found through a tree of boxes (about 115 bytes a triangle, its corners included), and any number of threads
+/// may ask one grid at a time. Borrowed ones are found through cells and marks, and then one grid belongs to one thread
+/// at a time.
 ///
 /// A triangle that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles
 /// measure about 0.01 or more. The length of a direction does not matter, but one shorter than 1e-06 meets nothing.
@@ -343,8 +344,8 @@ KORVALE_C_API void korvale_grid_defaults(korvale_grid_options* options, size_t s
 
 /// A grid over triangles in `*grid`, null on failure.
 ///
-/// Refuses corners that are no points or do not come in threes, numbers that are not finite, more than 2^31 - 1 cells, and
-/// borrowing of what would have to be copied.
+/// Refuses corners that are no points or do not come in threes, numbers that are not finite, more than 2^31 - 1 cells,
+/// and borrowing of what would have to be copied.
 KORVALE_C_API korvale_status korvale_grid_new(const korvale_triangles* triangles, const korvale_grid_options* options,
                                               korvale_grid** grid, korvale_error* error);
 

@@ -37,8 +37,8 @@ The same calls give the same bits as in C++, on every machine; docs/math.md name
 
 Arguments that cannot be used raise `korvale.Error`, a ValueError that names the function, the argument, what it must
 be, and what came. Calls of more than about 20 microseconds let other threads run; objects may be shared by threads,
-which then take turns, but one for each is quicker; a `RayGrid` serves all at once. Results, `Equations`, `Relaxer`, `RayGrid` and `Transform` can be
-copied, compared and pickled, so work spreads over processes:
+which then take turns, but one for each is quicker; a `RayGrid` serves all at once. Results, `Equations`, `Relaxer`,
+`RayGrid` and `Transform` can be copied, compared and pickled, so work spreads over processes:
 
     with concurrent.futures.ProcessPoolExecutor() as executor:
         borders = list(executor.map(functools.partial(korvale.offset, distance=1), outlines, chunksize=500))

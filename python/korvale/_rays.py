@@ -35,7 +35,7 @@ class Cast(NamedTuple):
 
 
 class RayGrid:
-    """RayGrid(mesh, triangles=None, *, cells=None, copy=True): triangles for rays: those met are those of a grid of cells.
+    """RayGrid(mesh, triangles=None, *, cells=None, copy=True): triangles for rays, met as in a grid of cells.
 
     mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
         given apart, (T, 3) or faces of any number of corners, or the corners of triangles (T, 3, 3) or (T, 9).

@@ -49,10 +49,10 @@ using Progress = std::function<bool(double done)>;
 /// const bool inside = grid.contains({point})[0];
 /// ```
 ///
-/// Any number of threads may ask one grid at a time; a grid `over` triangles that stay the caller's belongs to one thread
-/// at a time, as its queries write marks. A triangle that shows less than half of 1e-06 square units to a ray is not met:
-/// work in units in which triangles measure about 0.01 or more. The length of a direction does not matter, but one
-/// shorter than 1e-06 meets nothing.
+/// Any number of threads may ask one grid at a time; a grid `over` triangles that stay the caller's belongs to one
+/// thread at a time, as its queries write marks. A triangle that shows less than half of 1e-06 square units to a ray is
+/// not met: work in units in which triangles measure about 0.01 or more. The length of a direction does not matter, but
+/// one shorter than 1e-06 meets nothing.
 class RayGrid {
 public:
     /// Triangles given by their corners, which are copied. Without a `size`, one that suits them is chosen.
@@ -192,8 +192,8 @@ public:
     }
 
     /// Whether each point lies inside the closed meshes that the triangles make: a ray from it meets an odd number of
-    /// them. Of rays that come within 1e-09 of an edge, as a weight of a corner, up to four others are tried; the last is
-    /// taken as it is. Points on the surface come out either way.
+    /// them. Of rays that come within 1e-09 of an edge, as a weight of a corner, up to four others are tried; the last
+    /// is taken as it is. Points on the surface come out either way.
     std::vector<bool> contains(PointView points) const
     {
         const korvale_points at = detail::view_of(points);
