@@ -8,6 +8,12 @@
 #include <limits>
 
 namespace gallery {
+
+// A corner on a drawing: element coordinates, and 1 / depth (perspective) or depth (parallel), which is linear there.
+struct Spot {
+    double x, y, z;
+};
+
 namespace {
 
 constexpr int kSamples = 3;       // per pixel and direction
@@ -33,11 +39,6 @@ Vec3 product(Vec3 a, Vec3 b)
 {
     return {a.x * b.x, a.y * b.y, a.z * b.z};
 }
-
-// A corner on a drawing: element coordinates, and 1 / depth (perspective) or depth (parallel), which is linear there.
-struct Spot {
-    double x, y, z;
-};
 
 // The shares of the three corners at an element; they add up to 1.
 struct Shares {

@@ -112,7 +112,7 @@ struct Edit {
     Colour colour;
 };
 
-void draw(Gallery& hall)
+void draw_bent_vertices(Gallery& hall)
 {
     const Mesh teapot = read_obj(hall.data("teapot.obj"));
     const Edit edits[] = {
@@ -152,7 +152,7 @@ Scene bent_vertices()
     return {"Bent vertices",
             "The exchange functions know a host's mesh only as a vertex collection: they ask for its count, then read "
             "or write one vertex after the other.",
-            draw, "bent_vertices.cpp", "exchange.md"};
+            draw_bent_vertices, "bent_vertices.cpp", "exchange.md"};
 }
 
 } // namespace gallery

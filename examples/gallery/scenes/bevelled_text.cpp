@@ -104,7 +104,7 @@ Picture shade(const Mesh& text, const Box2& bounds)
     return stage.render(kWidth, 400);
 }
 
-void draw(Gallery& hall)
+void draw_bevelled_text(Gallery& hall)
 {
     const Font serif(hall.data("serif-bold.txt"));
     const std::vector<Shape> word = spaced(serif.lay_out("korvale"), 50);
@@ -137,7 +137,7 @@ Scene bevelled_text()
     return {"Bevelled text",
             "Outlines of a font, outer and holes together, are offset in several steps of distance and height; what "
             "comes back has the same number of points each time, so that neighbouring steps are joined by strips.",
-            draw, "bevelled_text.cpp", "border.md"};
+            draw_bevelled_text, "bevelled_text.cpp", "border.md"};
 }
 
 } // namespace gallery

@@ -112,7 +112,7 @@ void draw_functions(Gallery& hall)
               "real number is left out.");
 }
 
-void draw(Gallery& hall)
+void draw_drum_head(Gallery& hall)
 {
     draw_drum(hall);
     draw_functions(hall);
@@ -125,7 +125,7 @@ Scene drum_head()
     return {"Drum head",
             "Equations come as text, are parsed once, and are evaluated as often as the host likes: here once for each "
             "of eleven thousand points and each moment.",
-            draw, "drum_head.cpp", "equations.md"};
+            draw_drum_head, "drum_head.cpp", "equations.md"};
 }
 
 } // namespace gallery

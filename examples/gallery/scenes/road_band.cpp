@@ -139,7 +139,7 @@ Svg draw_calls()
     return drawing;
 }
 
-void draw(Gallery& hall)
+void draw_road_band(Gallery& hall)
 {
     hall.show("road-band.png", draw_road(mountain_road()),
               "A mountain road from its middle line: verge, gravel and asphalt are bands on either side, and the white "
@@ -156,7 +156,7 @@ Scene road_band()
     return {"Road band",
             "The sweep offsets closed outlines; with wings that keep its closing edge away from the ends it offsets an "
             "open line as well, and the line and its border make a band.",
-            draw, "road_band.cpp", "border.md"};
+            draw_road_band, "road_band.cpp", "border.md"};
 }
 
 } // namespace gallery

@@ -111,7 +111,7 @@ void draw_pole(Gallery& hall)
               "tells a third that does so too.");
 }
 
-void draw(Gallery& hall)
+void draw_scaled_turned_moved(Gallery& hall)
 {
     draw_parts(hall);
     draw_pole(hall);
@@ -124,7 +124,7 @@ Scene scaled_turned_moved()
     return {"Scaled, turned, moved",
             "Transforms are composed from scale, rotation and translation and taken apart again. At the pole angles "
             "are no longer unique, but the transform they make is.",
-            draw, "scaled_turned_moved.cpp", "math.md"};
+            draw_scaled_turned_moved, "scaled_turned_moved.cpp", "math.md"};
 }
 
 } // namespace gallery

@@ -111,7 +111,7 @@ Picture draw_shares(const Gallery& hall, const Mesh& teapot, const std::vector<S
     return picture;
 }
 
-void draw(Gallery& hall)
+void draw_scattered_points(Gallery& hall)
 {
     const Mesh teapot = read_obj(hall.data("teapot.obj"));
     const std::vector<Sample> samples = scatter(teapot);
@@ -130,7 +130,7 @@ Scene scattered_points()
     return {"Scattered points",
             "Points are scattered over triangles evenly by area and carry the values of the corners. The same seed "
             "gives the same points on every machine, as long as no other thread draws meanwhile.",
-            draw, "scattered_points.cpp", "arrays.md"};
+            draw_scattered_points, "scattered_points.cpp", "arrays.md"};
 }
 
 } // namespace gallery

@@ -138,7 +138,7 @@ void draw_tower(Gallery& hall)
               "twisted, finds back to the original.");
 }
 
-void draw(Gallery& hall)
+void draw_squashed_teapot(Gallery& hall)
 {
     const Mesh teapot = read_obj(hall.data("teapot.obj"));
     Mesh squashed = teapot;
@@ -184,7 +184,7 @@ Scene squashed_teapot()
     return {"Squashed teapot",
             "A mesh remembers its edge lengths, its volume and its area; a step of steepest descent takes a deformed "
             "copy nearer to them.",
-            draw, "squashed_teapot.cpp", "preserve.md"};
+            draw_squashed_teapot, "squashed_teapot.cpp", "preserve.md"};
 }
 
 } // namespace gallery

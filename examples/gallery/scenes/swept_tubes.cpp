@@ -100,7 +100,7 @@ void show_knot(Gallery& hall, const std::string& file, const std::vector<Vec3>& 
     hall.show(file, picture, sentence);
 }
 
-void draw(Gallery& hall)
+void draw_swept_tubes(Gallery& hall)
 {
     show_knot(hall, "trefoil.png", trefoil(400), 0.55, 8.2,
               "A trefoil: on the left the colours do not meet where the line ends at its start, on the right the same "
@@ -117,7 +117,7 @@ Scene swept_tubes()
     return {"Swept tubes",
             "Every point of a line gets a frame whose x axis turns as little as it can. The tubes are orange along the "
             "x axes and blue against them.",
-            draw, "swept_tubes.cpp", "path.md"};
+            draw_swept_tubes, "swept_tubes.cpp", "path.md"};
 }
 
 } // namespace gallery

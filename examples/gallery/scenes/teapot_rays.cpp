@@ -108,7 +108,7 @@ Picture enlarged(const Picture& small, double factor)
     return large;
 }
 
-void draw(Gallery& hall)
+void draw_teapot_rays(Gallery& hall)
 {
     const Mesh teapot = read_obj(hall.data("teapot.obj"));
     const int sizes[] = {1, 4, 16, 32};
@@ -159,7 +159,7 @@ Scene teapot_rays()
     return {"Teapot by rays",
             "A thousand triangles sorted into a grid of cells, and rays cast at them: each tells how many triangles it "
             "meets and how far away the nearest is.",
-            draw, "teapot_rays.cpp", "ray.md"};
+            draw_teapot_rays, "teapot_rays.cpp", "ray.md"};
 }
 
 } // namespace gallery

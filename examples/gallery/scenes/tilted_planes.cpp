@@ -38,7 +38,7 @@ void draw_panel(Picture& picture, const Outline& outline, Point corner, Point si
     picture.stroke({view(tip - 0.3 * along + 0.2 * side), view(tip), view(tip - 0.3 * along - 0.2 * side)}, 2, colour);
 }
 
-void draw(Gallery& hall)
+void draw_tilted_planes(Gallery& hall)
 {
     constexpr int kColumns = 4, kLeft = 170, kTop = 26, kPanel = 190;
     constexpr double kAcross = (kWidth - kLeft) / double(kColumns);
@@ -72,7 +72,7 @@ Scene tilted_planes()
     return {"Tilted planes",
             "Flattening finds the plane of an outline and the transforms into the plane z = 0 and back. Offsets use "
             "the first way, in which outwards is outwards whichever way an outline runs.",
-            draw, "tilted_planes.cpp", "path.md"};
+            draw_tilted_planes, "tilted_planes.cpp", "path.md"};
 }
 
 } // namespace gallery

@@ -168,7 +168,7 @@ void paint(Picture& picture, const Font& font, const Country& country, const std
     draw_text(picture, font, {middle, corner.y + size.y - 13}, 14, note, kGrey, Align::middle);
 }
 
-void draw(Gallery& hall)
+void draw_tree_rings(Gallery& hall)
 {
     const std::vector<Country> countries = read_countries(hall.data("coasts.txt"));
     constexpr int kColumns = 4;
@@ -194,7 +194,7 @@ Scene tree_rings()
     return {"Tree rings",
             "Coasts offset inwards step by step with split events on: bays widen, headlands wear off, and where the "
             "land is cut in two the piece with the smaller box is dropped.",
-            draw, "tree_rings.cpp", "border.md"};
+            draw_tree_rings, "tree_rings.cpp", "border.md"};
 }
 
 } // namespace gallery
