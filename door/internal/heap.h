@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <memory>
 #include <new>
 #include <utility>
 #include <vector>
@@ -99,16 +98,21 @@ void free_handle(T* handle)
 }
 ///@}
 
-struct FreeHandle {
-    template <class T>
-    void operator()(T* handle) const
-    {
-        free_handle(handle);
-    }
-};
-
-/// A handle that is not yet the host's.
+/// A handle that is not yet the host's. A std::unique_ptr would do, but <memory> takes longer to compile than most of
+/// what includes this.
 template <class T>
-using Handle = std::unique_ptr<T, FreeHandle>;
+class Handle {
+public:
+    explicit Handle(T* handle) : handle_(handle) {}
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() { free_handle(handle_); }
+
+    T& operator*() const { return *handle_; }
+    T* release() { return std::exchange(handle_, nullptr); }
+
+private:
+    T* handle_;
+};
 
 } // namespace korvale::door

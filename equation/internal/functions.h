@@ -1,10 +1,10 @@
 #pragma once
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 
 #include "data/internal/lists.h"
 #include "equation/functions.h"
