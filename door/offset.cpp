@@ -1,6 +1,6 @@
-// Closed outlines moved sideways: the documented steps of a border, on an outline brought to an ordinary size by a power
-// of two. It is laid flat once, where the plain calls do so twice, and without random numbers. What is left is looked at
-// before it is brought back to its size, so that what counts as nothing is relative to small outlines too.
+// Closed outlines moved sideways: the documented steps of a border, on an outline brought to an ordinary size by a
+// power of two. It is laid flat once, where the plain calls do so twice, and without random numbers. What is left is
+// looked at before it is brought back to its size, so that what counts as nothing is relative to small outlines too.
 #include "door/internal/offset.h"
 
 #include <algorithm>

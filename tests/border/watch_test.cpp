@@ -265,8 +265,8 @@ Coordinates double_ring(int n, Random& random)
     return path;
 }
 
-/// A channel with blunt thorns on one side and a jagged wall on the other. A thorn that loses one end of its tip becomes
-/// sharp: outwards it shoots ahead, and its flanks reach vertices that they would have missed.
+/// A channel with blunt thorns on one side and a jagged wall on the other. A thorn that loses one end of its tip
+/// becomes sharp: outwards it shoots ahead, and its flanks reach vertices that they would have missed.
 Coordinates channel(Random& random)
 {
     Coordinates path = {0, -3, 0, 17, -3, 0, 17, 5, 0, 0, 5, 0};
