@@ -142,8 +142,8 @@ public:
 
 private:
     /// Sweeps an outline of which the line's points are those from `first` on, without splits: a long line may come
-    /// near itself. The sweep moves edges to the right as seen from the side on which the outline runs counter-clockwise,
-    /// which may be the other one.
+    /// near itself. The sweep moves edges to the right as seen from the side on which the outline runs
+    /// counter-clockwise, which may be the other one.
     void sweep(Outline outline, double distance, double height, size_t first)
     {
         const Planes planes = flatten(outline);

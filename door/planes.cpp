@@ -47,8 +47,8 @@ struct Frame {
     Xfm m;
 };
 
-/// A planar loop has a turn left over that is nothing but rounding and can be no number. Its frames are those of an open
-/// path that runs once around then, from the last point over all points to the first.
+/// A planar loop has a turn left over that is nothing but rounding and can be no number. Its frames are those of an
+/// open path that runs once around then, from the last point over all points to the first.
 void find_frames_of_loop(std::span<const Point> path, Xfm* frames)
 {
     Vector<Point> around;

@@ -1,9 +1,9 @@
-// The swept border of a line is right almost everywhere. Where it is not (between the legs of a hairpin, in the knot of a
-// track that stands still, where a line crosses itself) each point of the line gets the largest ball that touches the
-// line there, lies on the wanted side and has nothing of the line inside, up to the distance: its centre is the place of
-// the border. The ball is found by shrinking it to whatever lies inside, as in "3D medial axis point approximation using
-// nearest neighbors and the normal field" by J. Ma, S. W. Bae and S. Choi, 2012. Invariant: no place is farther from the
-// line than the miter limit times the distance.
+// The swept border of a line is right almost everywhere. Where it is not (between the legs of a hairpin, in the knot of
+// a track that stands still, where a line crosses itself) each point of the line gets the largest ball that touches the
+// line there, lies on the wanted side and has nothing of the line inside, up to the distance: its centre is the place
+// of the border. The ball is found by shrinking it to whatever lies inside, as in "3D medial axis point approximation
+// using nearest neighbors and the normal field" by J. Ma, S. W. Bae and S. Choi, 2012. Invariant: no place is farther
+// from the line than the miter limit times the distance.
 #include "door/internal/yield.h"
 
 #include <algorithm>
@@ -181,8 +181,8 @@ void give_place(const Settling& s, size_t i, const Place& place)
     s.moved[i] = 1;
 }
 
-/// Lets a run give way altogether: to the corner of the borders beside it, or, where little is left of it, to the places
-/// of its neighbours.
+/// Lets a run give way altogether: to the corner of the borders beside it, or, where little is left of it, to the
+/// places of its neighbours.
 void let_run_give_way(const Beside& b, const Settling& s, const Run& run, double least)
 {
     const size_t n = b.line.size(), before = (run.first + n - 1) % n, after = (run.first + run.count) % n;
