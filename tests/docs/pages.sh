@@ -4,7 +4,8 @@
 # library. Fails where something does not compile, fails, or prints other than the page says.
 #
 # A block of ```cpp with a main is a program; one without is "block.h" to around/PAGE_N.cpp, N counting such blocks
-# from 1. A block of ```text that follows is what it prints. A comment <!-- file: NAME --> before
+# from 1; one of ```c is a program in C99. A block of ```text that follows is what it prints. A comment
+# <!-- file: NAME --> before
 # a block writes it to that file instead. The lines of ```sh are commands; blocks without a language are left alone,
 # and so are ```python and what it prints, which python/tests/test_pages.py runs.
 set -euo pipefail
@@ -86,6 +87,12 @@ for block in "$work"/blocks/*.*; do
             compile "$here/around/${name}_$fragments.cpp" "-I'$work'"
         fi
         LD_LIBRARY_PATH=$installed/lib ./program >"$work/printed" || fail "this fails: $(cat "$block")"
+        ;;
+    c)
+        eval "${CC:-gcc} -x c -std=c99 -pedantic-errors -Wall -Wextra -Wconversion -Werror '$block' -x none -o program" \
+            "$(PKG_CONFIG_PATH=$pkg_config pkg-config --cflags --libs korvale) -Wl,-rpath,'$installed/lib'" ||
+            fail "block $blocks does not compile"
+        ./program >"$work/printed" || fail "this fails: $(cat "$block")"
         ;;
     sh)
         # What one block exports, the next ones have.
