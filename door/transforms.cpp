@@ -28,6 +28,12 @@ struct Triple {
     explicit Triple(const double* numbers) { std::copy_n(numbers, 3, v); }
 };
 
+/// 16 numbers of a host where they are, for functions that only read their matrix.
+double (*rows_of(const double* numbers))[4]
+{
+    return reinterpret_cast<double(*)[4]>(const_cast<double*>(numbers));
+}
+
 /// Divides by the pivot of column `k` and clears the rest of the column, in `m` and, alike, in `inverse`. The pivot is
 /// the largest number of the column that is left.
 void eliminate(int k, Xfm m, Xfm inverse)
@@ -168,6 +174,24 @@ korvale_status korvale_transform_invert(const double* transform, double* inverse
                     throw Refusal("transform", "be one that another undoes", "the numbers of that one are too large");
         result.give(inverse);
     });
+}
+
+void korvale_transform_point(const double* transform, const double* point, double* output)
+{
+    if (transform == nullptr || point == nullptr || output == nullptr)
+        return;
+    Triple moved(point);
+    TransformPoint(rows_of(transform), moved.v, moved.v);
+    std::copy_n(moved.v, 3, output);
+}
+
+void korvale_transform_vector(const double* transform, const double* vector, double* output)
+{
+    if (transform == nullptr || vector == nullptr || output == nullptr)
+        return;
+    Triple moved(vector);
+    TransformVector(rows_of(transform), moved.v, moved.v);
+    std::copy_n(moved.v, 3, output);
 }
 
 korvale_status korvale_transform_points(const double* transform, const korvale_points* points,

@@ -667,6 +667,13 @@ KORVALE_C_API void korvale_transform_multiply(const double* a, const double* b, 
 /// is 0 0 0 1 that row is exact. Refuses one that nothing undoes, or that is not finite.
 KORVALE_C_API korvale_status korvale_transform_invert(const double* transform, double* inverse, korvale_error* error);
 
+/// Moves one point [3], divided by its fourth coordinate unless that is exactly 1, or turns and scales one vector [3]
+/// without moving it.
+///@{
+KORVALE_C_API void korvale_transform_point(const double* transform, const double* point, double* output);
+KORVALE_C_API void korvale_transform_vector(const double* transform, const double* vector, double* output);
+///@}
+
 /// Moves points to `output`, which has as many and may be the same; each is divided by its fourth coordinate unless
 /// that is exactly 1.
 KORVALE_C_API korvale_status korvale_transform_points(const double* transform, const korvale_points* points,

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -52,6 +53,49 @@ TEST(TransformOfSrt, GivesTheBitsOfThePlainCalls)
     std::memcpy(plain, m.data(), sizeof plain);
     Transform2SRT(plain, parts.scale, parts.rotation, parts.translation);
     EXPECT_EQ(std::memcmp(&apart, &parts, sizeof parts), 0);
+}
+
+TEST(TransformOfOnePoint, MovesPointsAndOnlyTurnsVectors)
+{
+    const Numbers m = {0, -2, 0, 10, 2, 0, 0, 20, 0, 0, 2, 30, 0, 0, 0, 1};
+    const double from[] = {1, 2, 3};
+    double point[3] = {}, vector[3] = {};
+    korvale_transform_point(m.data(), from, point);
+    korvale_transform_vector(m.data(), from, vector);
+    EXPECT_THAT(point, ElementsAre(6, 22, 36));
+    EXPECT_THAT(vector, ElementsAre(-4, 2, 6));
+    korvale_transform_point(m.data(), point, point);
+    EXPECT_THAT(point, ElementsAre(-34, 32, 102));
+}
+
+TEST(TransformOfOnePoint, DividesByTheFourthCoordinate)
+{
+    const Numbers m = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 4};
+    const double from[] = {1, 2, 3};
+    double to[3] = {};
+    korvale_transform_point(m.data(), from, to);
+    EXPECT_THAT(to, ElementsAre(0.25, 0.5, 0.75));
+    korvale_transform_vector(m.data(), from, to);
+    EXPECT_THAT(to, ElementsAre(1, 2, 3));
+}
+
+TEST(TransformOfOnePoint, MayOverwriteItsTransform)
+{
+    Numbers m = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 0, 0, 0, 1};
+    const double from[] = {1, 1, 1};
+    korvale_transform_point(m.data(), from, m.data());
+    EXPECT_THAT(std::vector(m.begin(), m.begin() + 3), ElementsAre(10, 26, 42));
+}
+
+TEST(TransformOfOnePoint, NullChangesNothing)
+{
+    double point[] = {1, 2, 3};
+    for (const auto move : {korvale_transform_point, korvale_transform_vector}) {
+        move(nullptr, point, point);
+        move(kIdentity.data(), nullptr, point);
+        move(kIdentity.data(), point, nullptr);
+    }
+    EXPECT_THAT(point, ElementsAre(1, 2, 3));
 }
 
 TEST(TransformOfSrt, NullChangesNothing)

@@ -14,6 +14,21 @@ TEST(FaceTransform, AppliesTheRightFactorFirst)
     EXPECT_EQ(Transform(place.rows()), place);
 }
 
+TEST(FaceTransform, TimesAPointMovesIt)
+{
+    const Transform place = Transform::translation({10, 20, 30}) * Transform::scaling({2, 3, 4});
+    EXPECT_EQ(place * Point({1, 1, 1}), (Point{12, 23, 34}));
+}
+
+TEST(FaceTransform, ItsInverseUndoesIt)
+{
+    const Transform place = Transform::translation({10, 20, 30}) * Transform::scaling({2, 4, 8});
+    EXPECT_EQ(place.inverse() * Point({12, 24, 38}), (Point{1, 1, 1}));
+    EXPECT_EQ(place.inverse() * place, Transform());
+    const double rows[] = {0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1};
+    EXPECT_EQ(Transform(rows).inverse(), Transform(rows).transposed());
+}
+
 TEST(FaceTransform, IsTheDirectCallsToTheBit)
 {
     Random random(1209);
@@ -36,6 +51,12 @@ TEST(FaceTransform, IsTheDirectCallsToTheBit)
         ASSERT_TRUE(same_bits(&product[0][0], (t * Transform::rotation(srt.rotation)).rows().data(), 16));
         Transform2SRT(m, back.scale.data(), back.rotation.data(), back.translation.data());
         ASSERT_EQ(t.take_apart(), back);
+        RotationMatrix(copy.rotation.data(), turn);
+        ASSERT_TRUE(same_bits(&turn[0][0], Transform::rotation_in_degrees(srt.rotation).rows().data(), 16));
+        TransformPoint(m, copy.rotation.data(), back.scale.data());
+        TransformVector(m, copy.rotation.data(), back.rotation.data());
+        ASSERT_TRUE(same_bits(back.scale.data(), t.point(srt.rotation).data(), 3));
+        ASSERT_TRUE(same_bits(back.rotation.data(), t.vector(srt.rotation).data(), 3));
 
         Outline points = random_outline(random, 17, 0, 0, 5), moved(17);
         t.apply(points, moved);
@@ -65,6 +86,10 @@ TEST(FaceTransform, SaysWhatItRefuses)
     Outline one(1), two(2);
     EXPECT_EQ(refusal_of([&] { Transform().apply(two, one); }),
               "Transform::apply: output must have 2 points, but it has 1");
+    EXPECT_EQ(refusal_of([] {
+                  Transform::scaling({1, 0, 1}).inverse();
+              }),
+              "Transform::inverse: transform must be one that another undoes, but its determinant is 0");
 }
 
 TEST(FacePoints, HandTheirBlockOver)

@@ -14,6 +14,16 @@ struct Srt {
     friend bool operator==(const Srt&, const Srt&) = default;
 };
 
+namespace detail {
+
+inline korvale_srt plain(const Srt& srt)
+{
+    const auto& [s, r, t] = srt;
+    return {{s[0], s[1], s[2]}, {r[0], r[1], r[2]}, {t[0], t[1], t[2]}};
+}
+
+} // namespace detail
+
 /// A 4x4 transform as a value. Points are columns, so `a * b` applies b first and the translation is in column 3.
 ///
 /// ```
@@ -23,19 +33,22 @@ struct Srt {
 /// ```
 class Transform {
 public:
-    Xfm m; ///< element [row][column], as the fixed interface wants it
+    /// Element [row][column], the type that `Xfm` names in korvale.h; the identity at first.
+    double m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
 
     /// The identity.
-    Transform() { make_identity(m); }
+    Transform() = default;
 
     /// Sixteen numbers, row by row.
-    explicit Transform(std::span<const double, 16> rows) { array2xfm(detail::unconst(rows.data()), m); }
+    explicit Transform(std::span<const double, 16> rows) { std::ranges::copy(rows, numbers()); }
 
     /// By s[0] along x, s[1] along y and s[2] along z.
     static Transform scaling(const Point& s)
     {
         Transform t;
-        ScaleMatrix(detail::unconst(s.data()), t.m);
+        t.m[0][0] = s[0];
+        t.m[1][1] = s[1];
+        t.m[2][2] = s[2];
         return t;
     }
 
@@ -43,7 +56,9 @@ public:
     static Transform translation(const Point& by)
     {
         Transform t;
-        TranslateMatrix(detail::unconst(by.data()), t.m);
+        t.m[0][3] = by[0];
+        t.m[1][3] = by[1];
+        t.m[2][3] = by[2];
         return t;
     }
 
@@ -51,24 +66,22 @@ public:
     static Transform rotation(const Point& radians)
     {
         Transform t;
-        rotation_matrix(detail::unconst(radians.data()), t.m);
+        korvale_transform_rotation(radians.data(), t.numbers());
         return t;
     }
 
     /// The same in degrees, which are converted with the short factor 0.0174533.
     static Transform rotation_in_degrees(const Point& degrees)
     {
-        Transform t;
-        RotationMatrix(detail::unconst(degrees.data()), t.m);
-        return t;
+        return rotation({degrees[0] * 0.0174533, degrees[1] * 0.0174533, degrees[2] * 0.0174533});
     }
 
     /// Scales, then turns, then moves.
     static Transform from(const Srt& srt)
     {
+        const korvale_srt parts = detail::plain(srt);
         Transform t;
-        SRT2Transform(detail::unconst(srt.scale.data()), detail::unconst(srt.rotation.data()),
-                      detail::unconst(srt.translation.data()), t.m);
+        korvale_transform_from_srt(&parts, t.numbers());
         return t;
     }
 
@@ -76,21 +89,20 @@ public:
     /// stays finite.
     static Transform inverse_of(const Srt& srt)
     {
+        const korvale_srt parts = detail::plain(srt);
         Transform t;
-        SRT2InvTransform(detail::unconst(srt.scale.data()), detail::unconst(srt.rotation.data()),
-                         detail::unconst(srt.translation.data()), t.m);
+        korvale_transform_inverse_of_srt(&parts, t.numbers());
         return t;
     }
 
     /// From the world into the frame at `origin` whose z axis runs along `z` and whose x axis is `reference` x z.
     static Transform into_frame(const Point& origin, const Point& z, const Point& reference)
     {
-        double rows[16];
-        if (orientation_xfm(detail::unconst(origin.data()), detail::unconst(z.data()),
-                            detail::unconst(reference.data()), rows) != 1)
-            throw Error("Transform::into_frame", "z", "be longer than 1e-06 and not along reference",
-                        "it is " + detail::text_of_point(z) + " beside " + detail::text_of_point(reference));
-        return Transform(rows);
+        Transform t;
+        detail::call("Transform::into_frame", [&](korvale_error* error) {
+            return korvale_transform_into_frame(origin.data(), z.data(), reference.data(), t.numbers(), error);
+        });
+        return t;
     }
 
     /// One element.
@@ -100,13 +112,13 @@ public:
     ///@}
 
     /// The sixteen numbers, row by row.
-    std::span<const double, 16> rows() const { return std::span<const double, 16>(&m[0][0], 16); }
+    std::span<const double, 16> rows() const { return std::span<const double, 16>(numbers(), 16); }
 
     /// The point moved by the transform; divided by its fourth coordinate unless that is exactly 1.
     Point point(const Point& p) const
     {
         Point out;
-        TransformPoint(matrix(), detail::unconst(p.data()), out.data());
+        korvale_transform_point(numbers(), p.data(), out.data());
         return out;
     }
 
@@ -114,7 +126,7 @@ public:
     Point vector(const Point& v) const
     {
         Point out;
-        TransformVector(matrix(), detail::unconst(v.data()), out.data());
+        korvale_transform_vector(numbers(), v.data(), out.data());
         return out;
     }
 
@@ -124,27 +136,47 @@ public:
     /// Writes the moved points to `output`, which has as many.
     void apply(PointView points, PointSpan output) const
     {
-        if (output.size() != points.size())
-            throw Error("Transform::apply", "output", "have " + detail::counted(points.size(), "point"),
-                        "it has " + detail::text_of(output.size()));
-        detail::count_for("Transform::apply", "points", points.size(), 3);
-        DATAstruct from = detail::record_over(points), to = detail::record_over(output);
-        TransformDATA(matrix(), &from, &to);
+        const korvale_points from = detail::view_of(points);
+        const korvale_points_out to = detail::view_of_output(output);
+        detail::call("Transform::apply",
+                     [&](korvale_error* error) { return korvale_transform_points(numbers(), &from, &to, error); });
     }
 
     /// First b, then a.
     friend Transform operator*(const Transform& a, const Transform& b)
     {
         Transform product;
-        MatrixMultiply(a.matrix(), b.matrix(), product.m);
+        korvale_transform_multiply(a.numbers(), b.numbers(), product.numbers());
         return product;
+    }
+
+    /// The point moved, as by `point`.
+    friend Point operator*(const Transform& t, const Point& p) { return t.point(p); }
+
+    /// The transform that undoes this one, by Gauss-Jordan elimination with partial pivoting; the last row of the
+    /// inverse is exact where that of the transform is 0 0 0 1.
+    ///
+    /// ```
+    /// const korvale::Transform place = korvale::Transform::rotation({0, 0, 0.5});
+    /// const korvale::Point local = place.inverse() * eye;
+    /// ```
+    ///
+    /// Throws `Error` for a transform that nothing undoes, such as one that scales by 0, or that is not finite.
+    Transform inverse() const
+    {
+        Transform t;
+        detail::call("Transform::inverse",
+                     [&](korvale_error* error) { return korvale_transform_invert(numbers(), t.numbers(), error); });
+        return t;
     }
 
     /// Rows as columns.
     Transform transposed() const
     {
         Transform t;
-        MatrixTranspose(matrix(), t.m);
+        for (std::size_t row = 0; row < 4; ++row)
+            for (std::size_t column = 0; column < 4; ++column)
+                t.m[row][column] = m[column][row];
         return t;
     }
 
@@ -152,20 +184,20 @@ public:
     /// x and z turn about one axis and only their sum or difference is known: x comes out as 0.
     Srt take_apart() const
     {
-        Srt srt;
-        Transform2SRT(matrix(), srt.scale.data(), srt.rotation.data(), srt.translation.data());
-        return srt;
+        korvale_srt parts;
+        korvale_transform_take_apart(numbers(), &parts);
+        return {std::to_array(parts.scale), std::to_array(parts.rotation), std::to_array(parts.translation)};
     }
 
     /// The same sixteen numbers.
     friend bool operator==(const Transform&, const Transform&) = default;
 
 private:
-    /// For functions that only read.
-    double (*matrix() const)[4] { return const_cast<double(*)[4]>(m); }
+    double* numbers() noexcept { return &m[0][0]; }
+    const double* numbers() const noexcept { return &m[0][0]; }
 };
 
-static_assert(sizeof(Transform) == sizeof(Xfm));
+static_assert(sizeof(Transform) == 16 * sizeof(double));
 
 /// Whether a rotation is the one that `Transform::take_apart` gives at the pole, a quarter turn about y.
 inline bool at_pole(const Srt& srt)
