@@ -1,0 +1,98 @@
+// Outlines moved sideways.
+#include "check.h"
+
+#include <stdlib.h>
+
+static const double square[] = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0};
+static const double hole[] = {1, 1, 0, 3, 1, 0, 3, 3, 0, 1, 3, 0};
+
+static korvale_status grows_a_square(void)
+{
+    const korvale_points outline = {.data = square, .count = 4};
+    double points[12] = {0};
+    uint8_t removed[4] = {9, 9, 9, 9};
+    int32_t merged_into[4] = {9, 9, 9, 9};
+    korvale_border border = {.points = points, .removed = removed, .merged_into = merged_into};
+    korvale_error error;
+    TRY_WRITING(points, korvale_offset(&outline, 0.5, NULL, &border, &error));
+    CHECK_NEAR(points, -0.5, -0.5, 0, 4.5, -0.5, 0, 4.5, 4.5, 0, -0.5, 4.5, 0);
+    CHECK(border.count == 4 && border.vertices == 4 && border.collapsed == 0);
+    CHECK(removed[0] == 0 && removed[3] == 0);
+    CHECK(merged_into[0] == 0 && merged_into[3] == 3);
+done:
+    return (korvale_status)error.status;
+}
+
+static korvale_status lifts_floats_of_records(void)
+{
+    struct vertex {
+        float x, y;
+        int32_t colour;
+    };
+    const struct vertex vertices[] = {{0, 0, 1}, {4, 0, 2}, {4, 4, 3}, {0, 4, 4}};
+    const korvale_points outline = {&vertices[0].x, 4, sizeof(struct vertex), 2, KORVALE_FLOAT};
+    korvale_offset_options options;
+    double points[12] = {0};
+    korvale_border border = {.points = points};
+    korvale_error error;
+    korvale_offset_defaults(&options, sizeof options);
+    CHECK(options.size == sizeof options && options.keep_vertices == 1 && options.split == 1 && options.height == 0);
+    options.height = 2;
+    TRY_WRITING(points, korvale_offset(&outline, -1, &options, &border, &error));
+    CHECK_NEAR(points, 1, 1, 2, 3, 1, 2, 3, 3, 2, 1, 3, 2);
+done:
+    return (korvale_status)error.status;
+}
+
+static korvale_status moves_outlines_with_holes(void)
+{
+    const korvale_points outlines[] = {{.data = square, .count = 4}, {.data = hole, .count = 4}};
+    korvale_offsetter* offsetter = NULL;
+    korvale_border border, taken = {.points = NULL};
+    korvale_error error;
+    TRY_MAKING(offsetter, korvale_offsetter_new(&offsetter, &error));
+    CHECK(korvale_offsetter_count(offsetter) == 0);
+    CHECK(korvale_offsetter_border(offsetter, 0).points == NULL);
+    TRY(korvale_offsetter_run(offsetter, outlines, 2, 0.5, NULL, &error));
+    CHECK(korvale_offsetter_count(offsetter) == 2);
+    border = korvale_offsetter_border(offsetter, 1);
+    CHECK(border.count == 4 && border.removed[3] == 0 && border.merged_into[3] == 3);
+    CHECK_NEAR(border.points, 1.5, 1.5, 0, 2.5, 1.5, 0, 2.5, 2.5, 0, 1.5, 2.5, 0);
+    REFUSE(korvale_offsetter_run(offsetter, NULL, 1, 0.5, NULL, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_offsetter_run: outlines must be given, but it is null");
+    taken = korvale_offsetter_take(offsetter, 0);
+    CHECK(korvale_offsetter_border(offsetter, 0).points == NULL);
+    CHECK_NEAR(taken.points, -0.5, -0.5, 0, 4.5, -0.5, 0, 4.5, 4.5, 0, -0.5, 4.5, 0);
+done:
+    if (error.status == KORVALE_NO_MEMORY)
+        CHECK(korvale_offsetter_count(offsetter) == 0);
+    free(taken.points);
+    free(taken.removed);
+    free(taken.merged_into);
+    korvale_offsetter_free(offsetter);
+    return (korvale_status)error.status;
+}
+
+static korvale_status refuses_what_is_no_outline(void)
+{
+    const korvale_points line = {.data = square, .count = 2};
+    double points[6] = {0};
+    korvale_border border = {.points = points};
+    korvale_error error;
+    REFUSE(korvale_offset(&line, 1, NULL, &border, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_offset: outline must have at least 3 points, but it has 2");
+    CHECK(korvale_offset(&line, 1, NULL, &border, NULL) == KORVALE_BAD_ARGUMENT);
+    REFUSE(korvale_offsetter_new(NULL, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_offsetter_new: offsetter must be given, but it is null");
+    korvale_offsetter_free(NULL);
+done:
+    return (korvale_status)error.status;
+}
+
+void offset_tests(void)
+{
+    RUN(grows_a_square);
+    RUN(lifts_floats_of_records);
+    RUN(moves_outlines_with_holes);
+    RUN(refuses_what_is_no_outline);
+}
