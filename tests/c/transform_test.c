@@ -30,6 +30,17 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status moves_one_point_and_turns_one_vector(void)
+{
+    const double point[] = {1, 2, 3};
+    double moved[3] = {0};
+    korvale_transform_point(doubling, point, moved);
+    CHECK_NUMBERS(moved, 12, 24, 36);
+    korvale_transform_vector(doubling, point, moved);
+    CHECK_NUMBERS(moved, 2, 4, 6);
+    return KORVALE_OK;
+}
+
 static korvale_status moves_points_and_is_undone(void)
 {
     float vertices[][4] = {{1, 2, 3, 7}, {4, 5, 6, 7}};
@@ -59,5 +70,6 @@ done:
 void transform_tests(void)
 {
     RUN(is_made_of_its_parts);
+    RUN(moves_one_point_and_turns_one_vector);
     RUN(moves_points_and_is_undone);
 }
