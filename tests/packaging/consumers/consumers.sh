@@ -56,6 +56,7 @@ install() {
     if grep -rFl -e "$work" -e "$source" -e "$build" "$copy" --include='*.cmake' --include='*.pc' --include='*.h'; then
         fail "the files above name a place"
     fi
+    cmp "$source/LICENSE" "$copy/share/doc/korvale/LICENSE" || fail "the licence is not installed"
     chmod -R a-w "$copy"
 }
 
@@ -122,25 +123,39 @@ fetched() {
     "$mine/opener" "$(find "$mine" -name libkorvale.so.1)" || fail "opened, the library changes its host's arithmetic"
 }
 
-# A host's own platform layer in place of korvale's.
+# A host's own platform layer in place of korvale's: a file with a number at its end and a soname, and one without.
 host_layer() {
-    local layer="$work/the host's layer/libhost-layer.so" installed="$mine-installed" flags
+    local layer="$work/the host's layer/libhost-layer.so.1"
     mkdir -p "${layer%/*}"
-    "$compiler" -shared -fPIC -I"$source" "$source/platform/layer.cpp" -o "$layer"
-
     configure "$(realpath --relative-to "$here" "$source")" -DKORVALE_HOST_LAYER="$layer.missing" &&
         fail "a layer that is not there is no error"
     log_says "there is no file $layer.missing" || fail "$(cat "$mine.log")"
     rm -rf "$mine"
+
+    "$compiler" -shared -fPIC -I"$source" "$source/platform/layer.cpp" -o "$layer" -Wl,-soname,libhost-layer.so.1
+    stands_on "$layer"
+    layer=${layer%.1}
+    "$compiler" -shared -fPIC -I"$source" "$source/platform/layer.cpp" -o "$layer"
+    stands_on "$layer"
+}
+
+# Programs of a library for this layer link, ask for it by the name of its file, and start.
+stands_on() {
+    local layer=$1 name=${1##*/} library=$work/$case-library installed=$mine-installed flags
+    local mine=$library
     configure "$(realpath --relative-to "$here" "$source")" -DKORVALE_HOST_LAYER="$layer" -DCMAKE_BUILD_TYPE=Debug \
         -DCMAKE_CXX_FLAGS_DEBUG=-O0 || fail "$(cat "$mine.log")"
     build
+    rm -rf "$installed"
     cmake --install "$mine" --prefix "$installed" >/dev/null
     if grep -rF "$work" "$installed" --include='*.cmake' --include='*.pc'; then
         fail "the installed files name a place"
     fi
-    readelf -dW "$installed/lib/libkorvale.so.1" | grep -F 'NEEDED' | grep -F '[libhost-layer.so]' >/dev/null ||
+    readelf -dW "$installed/lib/libkorvale.so.1" | grep -F 'NEEDED' | grep -F "[$name]" >/dev/null ||
         fail "the library does not ask for the layer by its name"
+    if readelf -dW "$installed/lib/libkorvale.so.1" | grep -F "$work"; then
+        fail "the installed library names a place"
+    fi
     [[ ! -e $installed/lib/libkorvale-platform.so ]] || fail "korvale's own layer is installed as well"
 
     mine=$work/$case-found
@@ -150,13 +165,13 @@ host_layer() {
     configure found -DCMAKE_PREFIX_PATH="$installed" -DSTANDARDS=14 -DKORVALE_HOST_LAYER="$layer" ||
         fail "$(cat "$mine.log")"
     build
-    export LD_LIBRARY_PATH=${layer%/*} # a host has its layer at hand
     expect_bits "$mine"/host_*_??
 
     export PKG_CONFIG_PATH=$installed/lib/pkgconfig
-    [[ $(pkg-config --variable=layer korvale) == libhost-layer.so ]] || fail "pkg-config does not name the layer"
+    [[ $(pkg-config --variable=layer korvale) == "$name" ]] || fail "pkg-config does not name the layer"
     flags=$(pkg-config --cflags --libs korvale)
-    eval "$compiler '$here/host.cpp' -o '$mine/by_flags' -L\"${layer%/*}\" $flags -Wl,-rpath,'$installed/lib'"
+    eval "$compiler '$here/host.cpp' -o '$mine/by_flags' -L\"${layer%/*}\" $flags" \
+        "-Wl,-rpath,'$installed/lib' -Wl,-rpath,\"${layer%/*}\""
     expect_bits "$mine/by_flags"
 }
 
