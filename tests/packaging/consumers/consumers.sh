@@ -2,7 +2,7 @@
 # usage: consumers.sh CASE SOURCE BUILD WORK [COMPILER]
 # Builds host programs in one of the ways a host may take (see the functions below) and fails unless each prints the
 # expected bits. SOURCE is the library's source tree, BUILD a tree it was built in, WORK a folder for all that is made.
-# The case `install` comes first; `found`, `by_flags` and `opened` use what it installs.
+# The case `install` comes first; `found`, `by_flags`, `from_c` and `opened` use what it installs.
 set -euo pipefail
 export LC_ALL=C
 case=$1 source=$2 build=$3 work=$4 compiler=${5:-g++}
@@ -89,6 +89,31 @@ by_flags() {
     eval "$compiler -std=c++17 -fsyntax-only '$here/face_host.cpp' $(pkg-config --cflags korvale)" 2>"$mine/refused" &&
         fail "korvale.hpp does not say which language it wants"
     grep -F 'korvale.hpp is for C++20' "$mine/refused" >/dev/null || fail "$(head -3 "$mine/refused")"
+}
+
+# A C compiler alone: find_package in a project without C++, and pkg-config, shared and static.
+from_c() {
+    local program
+    CXX=/bin/false cmake -S "$here/found_from_c" -B "$mine" -G Ninja -DCMAKE_C_COMPILER="$compiler" \
+        -DCMAKE_PREFIX_PATH="$copy" >"$mine.log" 2>&1 || fail "$(cat "$mine.log")"
+    build
+    export PKG_CONFIG_PATH="$copy/lib/pkgconfig"
+    compile_c() { # flags, and those of pkg-config
+        eval "$compiler -std=c99 -pedantic-errors -Wall -Wextra -Wconversion -Werror '$here/host.c' $1" \
+            "$(pkg-config ${2:-} --cflags --libs korvale)"
+    }
+    compile_c "-o '$mine/by_flags' -Wl,-rpath,'$copy/lib'"
+    compile_c "-o '$mine/by_flags_static' -static" --static
+    for program in "$mine"/{host_c,host_static,by_flags,by_flags_static}; do
+        diff - <("$program") <<'TEXT' || fail "$program prints something else (>)"
+5 of 4.5
+korvale_offset: outline must be given, but it is null
+TEXT
+    done
+    ldd "$mine/host_c" | grep -F " => $copy/" >/dev/null || fail "$mine/host_c uses another library"
+    if ldd "$mine/host_static" | grep korvale; then
+        fail "the library is not inside $mine/host_static"
+    fi
 }
 
 # A host that knows the library at run time only.
