@@ -18,7 +18,11 @@ DATAstruct record_of(const char* function, const py::array& array)
     const auto rows = static_cast<std::size_t>(array.shape(0));
     const auto width = rows == 0 ? 1 : static_cast<std::size_t>(array.size()) / rows;
     detail::count_for(function, "the array", rows, std::max<std::size_t>(1, width));
-    DATAstruct record = detail::record_over(DATA_TYPE_DOUBLE, rows, width);
+    DATAstruct record;
+    DATAInitialize(&record);
+    record.type = DATA_TYPE_DOUBLE;
+    record.count = static_cast<std::int32_t>(rows);
+    record.dim = static_cast<std::int32_t>(width);
     record.dvals = static_cast<double*>(const_cast<void*>(array.data()));
     record.alloc_type = DATA_TYPE_DOUBLE; // of this shape already, so that the library writes into it
     record.alloc_count = record.count;

@@ -17,6 +17,11 @@ Outline arc(int n, double radius, double turn)
     return line;
 }
 
+Point plus(const Point& a, double s, const Point& b)
+{
+    return {a[0] + s * b[0], a[1] + s * b[1], a[2] + s * b[2]};
+}
+
 Outline random_line(Random& random)
 {
     Outline line = {{0, 0, 0}};
@@ -24,7 +29,7 @@ Outline random_line(Random& random)
     for (int i = random.between(2, 12); i > 0; --i) {
         heading += random.uniform(-1.5, 1.5); // segments of 2 and more, turns below a right angle
         const double length = random.uniform(2, 5);
-        line.push_back(detail::plus(line.back(), length, {std::cos(heading), std::sin(heading), 0}));
+        line.push_back(plus(line.back(), length, {std::cos(heading), std::sin(heading), 0}));
     }
     return line;
 }
@@ -43,7 +48,7 @@ bool is_beside(const Outline& line, std::span<const Point> border, double distan
         normalize(along.data());
         const Point step = detail::minus(border[i], line[i]);
         if (std::fabs(detail::dot(step, along)) > 1e-10 ||
-            std::fabs(detail::length(step) - std::fabs(distance)) > 1e-10)
+            std::fabs(std::sqrt(detail::dot(step, step)) - std::fabs(distance)) > 1e-10)
             return false;
     }
     return true;
@@ -57,7 +62,7 @@ bool is_held(const Outline& line, std::span<const Point> border, double distance
         for (size_t i = 1; i < line.size(); ++i) {
             const Point along = detail::minus(line[i], line[i - 1]), to = detail::minus(p, line[i - 1]);
             const double t = std::clamp(detail::dot(to, along) / detail::dot(along, along), 0.0, 1.0);
-            least = std::min(least, distance_between(p, detail::plus(line[i - 1], t, along)));
+            least = std::min(least, distance_between(p, plus(line[i - 1], t, along)));
         }
         if (least < 0.999999 * std::fabs(distance) || least > 4 * std::fabs(distance))
             return false;

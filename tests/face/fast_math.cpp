@@ -28,7 +28,12 @@ TEST(FaceUnderFastMath, StillMendsPlanarLoops)
         std::vector<Point> loop = {{0, 0, 0}, {4, 0, 0}, {4, 3 + 0.1 * k, 0}, {1, 5, 0}, {-1, 2, 0}};
         korvale::Transform::rotation({0.1 * k, 0.7, 0.05 * k}).apply(loop);
         std::vector<korvale::Transform> direct(loop.size());
-        DATAstruct record = korvale::detail::record_over(korvale::PointView(loop));
+        DATAstruct record;
+        DATAInitialize(&record);
+        record.type = DATA_TYPE_DOUBLE;
+        record.count = static_cast<int>(loop.size());
+        record.dim = 3;
+        record.dvals = loop[0].data();
         PATH2xfm(&record, 1, &direct[0].m);
         mended += korvale::detail::is_nan(direct[1](0, 0));
         for (const korvale::Transform& place : korvale::frames(loop, true))

@@ -423,8 +423,12 @@ public:
     /// Moves all tables to a row; between two rows values are interpolated.
     void set_table_position(double row) { korvale_equations_set_table_position(equations_.get(), row); }
 
-    /// The record behind the system.
-    EquationSystem& system() { return *static_cast<EquationSystem*>(korvale_equations_record(equations_.get())); }
+    /// The record behind the system. It is an `EquationSystem&`; include korvale.hpp for it.
+    template <class Behind = korvale_equations>
+    detail::Record<Behind>& system()
+    {
+        return *static_cast<detail::Record<Behind>*>(korvale_equations_record(equations_.get()));
+    }
 
 private:
     struct Free {

@@ -22,7 +22,6 @@
 #include <utility>
 #include <vector>
 
-#include "../korvale.h"
 #include "../korvale_c.h"
 
 namespace korvale {
@@ -102,13 +101,6 @@ inline bool is_nan(double value)
 inline std::string counted(std::size_t n, const char* noun)
 {
     return text_of(n) + " " + noun + (n == 1 ? "" : "s");
-}
-
-/// The fixed interface takes its inputs by plain pointers; this is for those it only reads.
-template <class T>
-T* unconst(const T* p)
-{
-    return const_cast<T*>(p);
 }
 
 template <class R>
@@ -321,6 +313,14 @@ private:
 
 namespace detail {
 
+/// The record of korvale.h behind a handle of the C interface, which korvale.hpp names: so the face does without the
+/// names of korvale.h.
+template <class Handle>
+struct RecordBehind;
+
+template <class Handle>
+using Record = typename RecordBehind<Handle>::type;
+
 /// Throws what a call of the C interface tells, in the name of a function of this one.
 inline void check(const char* function, korvale_status status, const korvale_error& error)
 {
@@ -404,38 +404,6 @@ inline void require_points(const char* function, const char* argument, PointView
     require_finite(function, argument, points);
 }
 
-/// A record over memory of the caller, for functions that do not change its size. Counts have been examined.
-inline DATAstruct record_over(std::int32_t type, std::size_t count, std::size_t dim)
-{
-    DATAstruct d;
-    DATAInitialize(&d);
-    d.type = type;
-    d.count = static_cast<std::int32_t>(count);
-    d.dim = static_cast<std::int32_t>(dim);
-    return d;
-}
-
-inline DATAstruct record_over(PointView points)
-{
-    DATAstruct d = record_over(DATA_TYPE_DOUBLE, points.size(), 3);
-    d.dvals = unconst(points.data());
-    return d;
-}
-
-inline DATAstruct record_over(std::span<const double> values, std::size_t dim)
-{
-    DATAstruct d = record_over(DATA_TYPE_DOUBLE, values.size() / dim, dim);
-    d.dvals = unconst(values.data());
-    return d;
-}
-
-inline DATAstruct record_over(std::span<const std::int32_t> values, std::size_t dim = 1)
-{
-    DATAstruct d = record_over(DATA_TYPE_INT, values.size() / dim, dim);
-    d.ivals = unconst(values.data());
-    return d;
-}
-
 // Vectors where a value reads better than an array to fill.
 
 inline Point minus(const Point& a, const Point& b)
@@ -443,26 +411,14 @@ inline Point minus(const Point& a, const Point& b)
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
 
-inline Point plus(const Point& a, double s, const Point& b)
-{
-    return {a[0] + s * b[0], a[1] + s * b[1], a[2] + s * b[2]};
-}
-
 inline double dot(const Point& a, const Point& b)
 {
-    return dot_product(unconst(a.data()), unconst(b.data()));
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
 
 inline Point cross(const Point& a, const Point& b)
 {
-    Point c;
-    cross_product(unconst(a.data()), unconst(b.data()), c.data());
-    return c;
-}
-
-inline double length(const Point& a)
-{
-    return norm(unconst(a.data()));
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
 } // namespace detail

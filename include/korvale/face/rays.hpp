@@ -205,13 +205,14 @@ public:
     }
 
     /// A record of the triangles in the cells: of a grid `over` triangles its own, of another one that it does not use,
-    /// made by the first call.
-    RayStatus& status()
+    /// made by the first call. It is a `RayStatus&`; include korvale.hpp for it.
+    template <class Grid = korvale_grid>
+    detail::Record<Grid>& status()
     {
         void* const record = korvale_grid_record(handle_.get());
         if (record == nullptr)
             throw std::bad_alloc();
-        return *static_cast<RayStatus*>(record);
+        return *static_cast<detail::Record<Grid>*>(record);
     }
 
 private:

@@ -9,10 +9,10 @@ namespace korvale {
 
 /// What a relaxation can keep of a mesh.
 enum class Measure {
-    lengths = PRESERVE_LENGTH,    ///< of the edges
-    angles = PRESERVE_FACE_ANGLE, ///< at the corners of the faces, as cosines
-    volume = PRESERVE_VOLUME,     ///< enclosed; the mesh must be closed and turned one way
-    area = PRESERVE_AREA          ///< of the surface
+    lengths = KORVALE_LENGTHS, ///< of the edges
+    angles = KORVALE_ANGLES,   ///< at the corners of the faces, as cosines
+    volume = KORVALE_VOLUME,   ///< enclosed; the mesh must be closed and turned one way
+    area = KORVALE_AREA        ///< of the surface
 };
 
 /// When `Relaxer::run` stops, and whom it tells.
@@ -186,8 +186,12 @@ public:
         return forces;
     }
 
-    /// The record behind the relaxer.
-    PreserveStatus& status() { return *static_cast<PreserveStatus*>(korvale_relaxer_record(handle_.get())); }
+    /// The record behind the relaxer. It is a `PreserveStatus&`; include korvale.hpp for it.
+    template <class Behind = korvale_relaxer>
+    detail::Record<Behind>& status()
+    {
+        return *static_cast<detail::Record<Behind>*>(korvale_relaxer_record(handle_.get()));
+    }
 
 private:
     /// A function of the caller behind a plain pointer: what it throws is kept until the run has ended.
