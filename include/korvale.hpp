@@ -1,8 +1,8 @@
 #pragma once
 
 /// korvale for C++20, beside the records and functions of korvale.h: all of `korvale/face.hpp`, which says what there
-/// is, and korvale.h, whose records `RayGrid::status`, `Relaxer::status` and `Equations::system` give. It adds no symbol
-/// to the library.
+/// is, and korvale.h, whose records `RayGrid::status`, `Relaxer::status` and `Equations::system` give. It adds no
+/// symbol to the library.
 
 #include "korvale.h"
 #include "korvale/face.hpp"
