@@ -301,6 +301,27 @@ KORVALE_C_API korvale_status korvale_flatten(const korvale_points* path, const k
 /// Refuses fewer than two points and numbers that are not finite.
 KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t closed, double* frames,
                                             korvale_error* error);
+// --- Meshes ----------------------------------------------------------------------------------------------------------
+
+/// The unit normals of triangles, [triangles][3], towards the side from which their corners run counter-clockwise; of
+/// one without area 0 0 0. Triangles may have any size.
+///
+/// Refuses corners that are no points or do not come in threes, and numbers that are not finite.
+KORVALE_C_API korvale_status korvale_mesh_normals(const korvale_triangles* triangles, double* normals,
+                                                  korvale_error* error);
+
+/// The areas of triangles, [triangles]; refuses what `korvale_mesh_normals` does.
+KORVALE_C_API korvale_status korvale_mesh_areas(const korvale_triangles* triangles, double* areas,
+                                                korvale_error* error);
+
+/// The volume inside triangles that face outwards; negative where they face inwards, 0 of none. Points at exactly one
+/// place count as one.
+///
+/// Refuses what `korvale_mesh_normals` does, and a mesh that is not closed: each edge has to be run through as often
+/// one way as the other.
+KORVALE_C_API korvale_status korvale_mesh_volume(const korvale_triangles* triangles, double* volume,
+                                                 korvale_error* error);
+
 // --- Scattered points ------------------------------------------------------------------------------------------------
 
 /// Scatters `output->count` points over triangles, uniformly by area. `numbers` [output->count], which may be null,

@@ -10,6 +10,9 @@ constexpr std::size_t kLongShape = 32;
 /// From so many vertices and triangles on copying a mesh takes 20 microseconds or more.
 constexpr std::size_t kLargeMesh = 5000;
 
+/// From so many triangles on measuring a mesh takes 20 microseconds or more.
+constexpr std::size_t kMeasuredMesh = 300;
+
 py::array vertices_of(py::object self)
 {
     return view_of(std::span(self.cast<Mesh&>().vertices), self);
@@ -36,6 +39,41 @@ Mesh mesh_of(const py::object& vertices, const py::object& triangles)
     mesh.triangles.resize(triangle_count);
     std::copy_n(numbers, 3 * triangle_count, mesh.triangles.empty() ? nullptr : mesh.triangles[0].data());
     return mesh;
+}
+
+py::array normals_of(const Mesh& mesh)
+{
+    py::array_t<double> normals({static_cast<py::ssize_t>(mesh.triangles.size()), py::ssize_t{3}});
+    const korvale_triangles all = detail::view_of(mesh.vertices, mesh.triangles);
+    double* const to = normals.mutable_data();
+    const Unlocked unlocked(mesh.triangles.size() >= kMeasuredMesh);
+    detail::call("Mesh.normals", [&](korvale_error* error) { return korvale_mesh_normals(&all, to, error); });
+    return normals;
+}
+
+py::array areas_of(const Mesh& mesh)
+{
+    py::array_t<double> areas(static_cast<py::ssize_t>(mesh.triangles.size()));
+    const korvale_triangles all = detail::view_of(mesh.vertices, mesh.triangles);
+    double* const to = areas.mutable_data();
+    const Unlocked unlocked(mesh.triangles.size() >= kMeasuredMesh);
+    detail::call("Mesh.areas", [&](korvale_error* error) { return korvale_mesh_areas(&all, to, error); });
+    return areas;
+}
+
+py::array bounds_of(const Mesh& mesh)
+{
+    const Bounds box = mesh.bounds();
+    py::array_t<double> bounds({2, 3});
+    std::ranges::copy(box.least, bounds.mutable_data(0));
+    std::ranges::copy(box.greatest, bounds.mutable_data(1));
+    return bounds;
+}
+
+double volume_of(const Mesh& mesh)
+{
+    const Unlocked unlocked(mesh.triangles.size() >= kMeasuredMesh);
+    return mesh.volume();
 }
 
 Mesh bevel_of(const py::list& outlines, const py::array_t<double, py::array::c_style>& profile, py::handle split)
@@ -88,6 +126,27 @@ void bind_mesh(py::module_& m)
         .def_property_readonly("vertices", &vertices_of, "float64 (V, 3); the mesh's own memory.")
         .def_property_readonly("triangles", &triangles_of, "int32 (T, 3): the vertices of each triangle.")
         .def_property_readonly("faces", &triangles_of, "The triangles, by the name other packages have for them.")
+        .def_property_readonly(
+            "normals", &normals_of,
+            "float64 (T, 3): the unit normal of each triangle, outwards where it is counter-clockwise "
+            "seen from outside; 0 0 0 where it has no area.")
+        .def_property_readonly("areas", &areas_of, "float64 (T,): the area of each triangle.")
+        .def_property_readonly("bounds", &bounds_of,
+                               "float64 (2, 3): the least and the greatest coordinates of the vertices.")
+        .def_property_readonly("volume", &volume_of,
+                               "The volume inside; negative where the triangles face inwards. Only a closed mesh has "
+                               "one.")
+        .def(
+            "save",
+            [](const py::object& self, const py::object& path) {
+                py::module_::import("korvale._files").attr("save")(self, path);
+            },
+            py::arg("path"),
+            "save(self, path)\n--\n\n"
+            "Writes the mesh to a file: Wavefront OBJ, binary STL or binary PLY, as the path ends in .obj, .stl or "
+            ".ply.\n\n"
+            "OBJ and PLY keep every bit of the vertices; STL rounds them to 32-bit numbers and repeats them for each "
+            "triangle.")
         .def("__iter__",
              [](py::object self) { return py::iter(py::make_tuple(vertices_of(self), triangles_of(self))); })
         .def(

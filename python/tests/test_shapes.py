@@ -2,7 +2,11 @@
 
 import copy
 import math
+import os
+import pathlib
 import pickle
+import struct
+import tempfile
 import unittest
 
 import korvale
@@ -215,6 +219,26 @@ class SolidTest(RefusingTest):
         self.assertRefuses("Mesh: triangles must name vertices 0 to 3, but 4 is among them",
                            lambda: korvale.Mesh(SQUARE, [(0, 1, 4)]))
 
+    def test_meshes_measure_their_triangles(self):
+        wall = korvale.bevel([(0, 0), (3, 0), (3, 4), (0, 4)], [(0, 0), (0, 2)])
+        self.assertEqual(wall.volume, 24)
+        self.assertEqual(wall.areas.sum(), 2 * (12 + 6 + 8))
+        self.assertEqual(wall.bounds.tolist(), [[0, 0, 0], [3, 4, 2]])
+        self.assertEqual(sorted(map(tuple, wall.normals.tolist())),
+                         sorted(2 * [(0, 0, -1), (0, 0, 1), (0, -1, 0), (0, 1, 0), (-1, 0, 0), (1, 0, 0)]))
+        self.assertEqual((wall.normals.dtype, wall.areas.dtype), (numpy.float64, numpy.float64))
+        nothing = korvale.Mesh([], [])
+        self.assertEqual((nothing.normals.shape, nothing.areas.shape, nothing.volume), ((0, 3), (0,), 0))
+
+    def test_says_what_meshes_do_not_measure(self):
+        self.assertRefuses("Mesh.volume: triangles must be closed and face one way, but the edge between points 0 and "
+                           "1 is run through 1 times one way and 0 the other",
+                           lambda: korvale.Mesh(SQUARE, [(0, 1, 2)]).volume)
+        self.assertRefuses("Mesh.bounds: vertices must have at least 1 point, but it has 0",
+                           lambda: korvale.Mesh([], []).bounds)
+        self.assertRefuses("Mesh.normals: triangles must be finite, but its point 1 is (nan, 0, 0)",
+                           lambda: korvale.Mesh([(0, 0), (numpy.nan, 0), (0, 1)], [(0, 1, 2)]).normals)
+
     def test_tubes_close(self):
         section = [(1, 0), (0, 1), (-1, 0), (0, -1)]
         self.assertAlmostEqual(self.volume(korvale.tube([(0, 0, 0), (0, 0, 5)], section)), 10, places=12)
@@ -223,6 +247,53 @@ class SolidTest(RefusingTest):
         ring = korvale.tube(loop, section, closed=True)
         self.assertEqual(len(ring.vertices), 160)
         self.assertGreater(self.volume(ring), 100)
+
+    def test_meshes_are_saved_as_obj(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "triangle.obj"
+            korvale.Mesh([(0, 0, 0), (0.1, 0, -2e-300), (0, 1, 0)], [(0, 1, 2)]).save(path)
+            self.assertEqual(path.read_text(), "v 0.0 0.0 0.0\nv 0.1 0.0 -2e-300\nv 0.0 1.0 0.0\nf 1 2 3\n")
+
+    def test_meshes_are_saved_as_stl(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "triangle.STL")
+            korvale.Mesh([(0, 0, 0), (0.5, 0, 0), (0, 1, 0)], [(0, 1, 2)]).save(path)
+            with open(path, "rb") as file:
+                content = file.read()
+            self.assertEqual(struct.unpack("<80sI12fH", content),
+                             (b"korvale" + 73 * b" ", 1, 0, 0, 1, 0, 0, 0, 0.5, 0, 0, 0, 1, 0, 0))
+
+    def test_meshes_are_saved_as_ply(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(os.fsencode(folder), b"triangle.ply")
+            korvale.Mesh([(0, 0, 0), (0.1, 0, 0), (0, 1, 0)], [(0, 1, 2)]).save(path)
+            with open(path, "rb") as file:
+                header, content = file.read().split(b"end_header\n")
+            self.assertEqual(header.decode().splitlines(), [
+                "ply", "format binary_little_endian 1.0", "element vertex 3", "property double x", "property double y",
+                "property double z", "element face 1", "property list uchar int vertex_indices"])
+            self.assertEqual(struct.unpack("<9dB3i", content), (0, 0, 0, 0.1, 0, 0, 0, 1, 0, 3, 0, 1, 2))
+
+    def test_meshes_of_nothing_are_saved(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for suffix, size in ((".obj", 0), (".stl", 84), (".ply", 172)):
+                path = pathlib.Path(folder) / ("nothing" + suffix)
+                korvale.Mesh([], []).save(path)
+                self.assertEqual(path.stat().st_size, size)
+
+    def test_what_save_refuses_leaves_no_file(self):
+        mesh = korvale.Mesh([(0, 0, 0), (1e39, 0, 0), (0, 1, 0)], [(0, 1, 2)])
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "mesh")
+            self.assertRefuses(f"Mesh.save: path must end in .obj, .stl or .ply, but it is {path!r}",
+                               lambda: mesh.save(path))
+            self.assertRefuses("Mesh.save: vertices must be within 3.40282e+38 for STL, but one has 1e+39",
+                               lambda: mesh.save(path + ".stl"))
+            self.assertRefuses("Mesh.save: path must be a path, but it is 7", lambda: mesh.save(7))
+            bad = korvale.Mesh([(0, 0), (numpy.inf, 0), (0, 1)], [])
+            self.assertRefuses("Mesh.save: vertices must be finite, but its row 1 is [inf, 0.0, 0.0]",
+                               lambda: bad.save(path + ".ply"))
+            self.assertEqual(os.listdir(folder), [])
 
     def test_triangles_cover_a_shape_once(self):
         triangles = korvale.triangulate([SQUARE, HOLE[::-1]])

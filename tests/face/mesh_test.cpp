@@ -9,7 +9,7 @@ constexpr BevelStep kWall[] = {{0, 0}, {0, 8}};
 
 double volume_of(const Mesh& mesh)
 {
-    return detail::volume(mesh) / 6;
+    return mesh.volume();
 }
 
 Outline circle(int n, double radius)
@@ -19,6 +19,54 @@ Outline circle(int n, double radius)
         points.push_back(
             {radius * std::cos(6.283185307179586 * i / n), radius * std::sin(6.283185307179586 * i / n), 0});
     return points;
+}
+
+TEST(FaceMesh, MeasuresItsTriangles)
+{
+    const Mesh mesh = cube();
+    EXPECT_EQ(mesh.normals()[0], (Point{0, 0, -1}));
+    EXPECT_EQ(mesh.normals()[11], (Point{1, 0, 0}));
+    EXPECT_EQ(mesh.areas(), std::vector<double>(12, 2));
+    EXPECT_EQ(mesh.bounds(), (Bounds{{-1, -1, -1}, {1, 1, 1}}));
+    EXPECT_EQ(mesh.volume(), 8);
+}
+
+TEST(FaceMesh, OfNothingHasNoBounds)
+{
+    Mesh mesh;
+    EXPECT_TRUE(mesh.normals().empty());
+    EXPECT_TRUE(mesh.areas().empty());
+    EXPECT_EQ(mesh.volume(), 0);
+    EXPECT_EQ(refusal_of([&] { mesh.bounds(); }), "Mesh::bounds: vertices must have at least 1 point, but it has 0");
+    mesh.vertices = {{1, 2, 3}, {0, 5, 3}, {1, 1, 1}, {0, 0, 0}};
+    EXPECT_TRUE(mesh.normals().empty()); // vertices alone are no triangles
+    EXPECT_EQ(mesh.volume(), 0);
+    EXPECT_EQ(mesh.bounds(), (Bounds{{0, 0, 0}, {1, 5, 3}}));
+}
+
+TEST(FaceMesh, ComparesItsVerticesAndTriangles)
+{
+    Mesh mesh = cube();
+    EXPECT_EQ(mesh, cube());
+    std::swap(mesh.triangles[0][1], mesh.triangles[0][2]);
+    EXPECT_NE(mesh, cube());
+}
+
+TEST(FaceMesh, SaysWhatItRefuses)
+{
+    Mesh open = cube();
+    open.triangles.pop_back();
+    EXPECT_EQ(refusal_of([&] { open.volume(); }),
+              "Mesh::volume: triangles must be closed and face one way, but the edge between points 1 and 5 is run "
+              "through 1 times one way and 0 the other");
+    open.triangles[0][1] = 8;
+    EXPECT_EQ(refusal_of([&] { open.normals(); }),
+              "Mesh::normals: triangles must name vertices 0 to 7, but its corner 1 is 8");
+    EXPECT_EQ(refusal_of([&] { open.areas(); }),
+              "Mesh::areas: triangles must name vertices 0 to 7, but its corner 1 is 8");
+    open.vertices[3][1] = INFINITY;
+    EXPECT_EQ(refusal_of([&] { open.bounds(); }),
+              "Mesh::bounds: vertices must be finite, but its point 3 is (1, inf, -1)");
 }
 
 TEST(FaceBevel, ClosesAPlateWithAHole)

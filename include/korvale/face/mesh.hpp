@@ -11,10 +11,89 @@ namespace korvale {
 /// The three vertices of a triangle, counter-clockwise seen from outside.
 using Triangle = std::array<std::int32_t, 3>;
 
+namespace detail {
+
+inline std::span<const std::int32_t> corners_of(std::span<const Triangle> triangles)
+{
+    return {triangles.empty() ? nullptr : triangles[0].data(), 3 * triangles.size()};
+}
+
+/// Triangles on shared vertices as the C interface takes them.
+inline korvale_triangles view_of(PointView vertices, std::span<const Triangle> triangles)
+{
+    korvale_triangles view = {view_of(vertices), view_of(corners_of(triangles))};
+    if (triangles.empty())
+        view.points.count = 0;
+    return view;
+}
+
+} // namespace detail
+
+/// A box along the axes.
+struct Bounds {
+    Point least;    ///< its corner with the least coordinates
+    Point greatest; ///< the one with the greatest
+
+    /// The same corners.
+    friend bool operator==(const Bounds&, const Bounds&) = default;
+};
+
 /// Triangles on shared vertices.
+///
+/// ```
+/// const korvale::Mesh pipe = korvale::tube(path, octagon);
+/// const double weight = 7.85 * pipe.volume();
+/// const korvale::Bounds box = pipe.bounds();
+/// ```
 struct Mesh {
     std::vector<Point> vertices;     ///< shared by the triangles
     std::vector<Triangle> triangles; ///< numbers of vertices
+
+    /// The unit normal of each triangle, on the side from which it runs counter-clockwise; 0 0 0 where it has no area.
+    std::vector<Point> normals() const
+    {
+        std::vector<Point> normals(triangles.size());
+        const korvale_triangles all = detail::view_of(vertices, triangles);
+        double* const to = normals.empty() ? nullptr : normals[0].data();
+        detail::call("Mesh::normals", [&](korvale_error* error) { return korvale_mesh_normals(&all, to, error); });
+        return normals;
+    }
+
+    /// The area of each triangle.
+    std::vector<double> areas() const
+    {
+        std::vector<double> areas(triangles.size());
+        const korvale_triangles all = detail::view_of(vertices, triangles);
+        detail::call("Mesh::areas",
+                     [&](korvale_error* error) { return korvale_mesh_areas(&all, areas.data(), error); });
+        return areas;
+    }
+
+    /// The box around the vertices. Throws `Error` without any, and for numbers that are not finite.
+    Bounds bounds() const
+    {
+        detail::require_points("Mesh::bounds", "vertices", vertices, 1);
+        const korvale_numbers rows = {vertices.data(), static_cast<std::int64_t>(vertices.size()), 0, 3,
+                                      KORVALE_DOUBLE};
+        Bounds box;
+        detail::call("Mesh::bounds", [&](korvale_error* error) {
+            return korvale_bounds(&rows, box.least.data(), box.greatest.data(), error);
+        });
+        return box;
+    }
+
+    /// The volume inside, negative where the triangles face inwards. Vertices at exactly one place count as one. Throws
+    /// `Error` for a mesh that is not closed: each edge has to be run through as often one way as the other.
+    double volume() const
+    {
+        double volume = 0.0;
+        const korvale_triangles all = detail::view_of(vertices, triangles);
+        detail::call("Mesh::volume", [&](korvale_error* error) { return korvale_mesh_volume(&all, &volume, error); });
+        return volume;
+    }
+
+    /// The same vertices and triangles, in the same order.
+    friend bool operator==(const Mesh&, const Mesh&) = default;
 };
 
 namespace detail {

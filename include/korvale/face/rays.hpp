@@ -64,7 +64,7 @@ public:
     /// Triangles on shared vertices.
     RayGrid(PointView vertices, std::span<const Triangle> triangles, std::optional<GridSize> size = {},
             const Progress& progress = {})
-        : RayGrid(mesh_of(vertices, triangles), false, size, progress)
+        : RayGrid(detail::view_of(vertices, triangles), false, size, progress)
     {
     }
 
@@ -243,14 +243,6 @@ private:
              [&](const korvale_grid_options* options, korvale_grid** made, korvale_error* error) {
                  return korvale_grid_new(&triangles, options, made, error);
              });
-    }
-
-    static korvale_triangles mesh_of(PointView vertices, std::span<const Triangle> triangles)
-    {
-        korvale_triangles mesh = {detail::view_of(vertices), detail::view_of(detail::corners_of(triangles))};
-        if (triangles.empty())
-            mesh.points.count = 0;
-        return mesh;
     }
 
     /// Runs work that tells of its progress. False where that has stopped it.

@@ -40,15 +40,6 @@ private:
     std::size_t count_ = 0;
 };
 
-namespace detail {
-
-inline std::span<const std::int32_t> corners_of(std::span<const Triangle> triangles)
-{
-    return {triangles.empty() ? nullptr : triangles[0].data(), 3 * triangles.size()};
-}
-
-} // namespace detail
-
 /// Points on triangles, and what they carry.
 struct Scattered {
     Points points;                 ///< as they were drawn

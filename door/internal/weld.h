@@ -1,0 +1,10 @@
+#pragma once
+
+#include "door/internal/views.h"
+
+namespace korvale::door {
+
+/// For each point the number of the first one at exactly its place.
+Vector<int32_t> first_at_place(std::span<const Point> points);
+
+} // namespace korvale::door

@@ -1,0 +1,131 @@
+// What meshes measure.
+#include "door/internal/measures.h"
+#include "door/internal/triangles.h"
+#include "door/internal/weld.h"
+
+namespace korvale::door {
+namespace {
+
+/// Half the way from a to b times the power of two that brings its largest coordinate to 1 or more, below 2.
+struct Way {
+    Point v;
+    int exponent; ///< v * 2^exponent is half the way
+};
+
+Way way(const Point& a, const Point& b)
+{
+    const Point half = half_way(a, b);
+    const double largest = largest_of(half);
+    if (largest == 0.0)
+        return {half, 0};
+    const int exponent = std::ilogb(largest);
+    return {times(shrinking(exponent), half), exponent};
+}
+
+/// The corners of triangle t.
+std::span<const Point> corners_of(const TrianglesIn& triangles, int64_t t)
+{
+    return {reinterpret_cast<const Point*>(triangles.data()) + 3 * t, 3};
+}
+
+Point normal_of(std::span<const Point> corners)
+{
+    const Point n = cross(way(corners[0], corners[1]).v, way(corners[0], corners[2]).v);
+    const double size = length(n);
+    return size > 0.0 ? Point{n.x / size, n.y / size, n.z / size} : Point{};
+}
+
+double area_of(std::span<const Point> corners)
+{
+    const Way a = way(corners[0], corners[1]), b = way(corners[0], corners[2]);
+    return std::ldexp(length(cross(a.v, b.v)), a.exponent + b.exponent + 1);
+}
+
+// --- Closed meshes ---------------------------------------------------------------------------------------------------
+
+/// An edge between two places as one number, the lower place in its upper half.
+uint64_t edge_between(int32_t low, int32_t high)
+{
+    return static_cast<uint64_t>(low) << 32 | static_cast<uint64_t>(high);
+}
+
+/// The edges that triangles run through from the lower place to the higher one, and back, sorted.
+struct Edges {
+    Vector<uint64_t> up, down;
+
+    Edges(const TrianglesIn& triangles, const Vector<int32_t>& place)
+    {
+        const auto count = static_cast<size_t>(3 * triangles.size());
+        up.reserve(count);
+        down.reserve(count);
+        for (size_t i = 0; i < count; ++i) {
+            const int32_t from = place[i], to = place[i % 3 == 2 ? i - 2 : i + 1];
+            if (from < to)
+                up.push_back(edge_between(from, to));
+            else if (to < from)
+                down.push_back(edge_between(to, from));
+        }
+        std::sort(up.begin(), up.end());
+        std::sort(down.begin(), down.end());
+    }
+};
+
+/// Refuses triangles that are not closed: each edge between two places has to be run through as often one way as the
+/// other.
+void require_closed(const TrianglesIn& triangles, std::string_view argument)
+{
+    const std::span corners(reinterpret_cast<const Point*>(triangles.data()),
+                            static_cast<size_t>(3 * triangles.size()));
+    const Edges edges(triangles, first_at_place(corners));
+    const auto [up, down] = std::mismatch(edges.up.begin(), edges.up.end(), edges.down.begin(), edges.down.end());
+    if (up == edges.up.end() && down == edges.down.end())
+        return;
+    const uint64_t edge =
+        std::min(up == edges.up.end() ? UINT64_MAX : *up, down == edges.down.end() ? UINT64_MAX : *down);
+    const auto corner = [&](uint64_t k) { return triangles.corner(static_cast<int64_t>(k)); };
+    throw Refusal(argument, "be closed and face one way",
+                  Text() << "the edge between points " << corner(edge >> 32) << " and " << corner(edge & UINT32_MAX)
+                         << " is run through " << std::count(edges.up.begin(), edges.up.end(), edge)
+                         << " times one way and " << std::count(edges.down.begin(), edges.down.end(), edge)
+                         << " the other");
+}
+
+} // namespace
+} // namespace korvale::door
+
+using namespace korvale::door;
+
+korvale_status korvale_mesh_normals(const korvale_triangles* triangles, double* normals, korvale_error* error)
+{
+    return answer(error, "korvale_mesh_normals", [&] {
+        const TrianglesIn in(triangles, "triangles");
+        if (in.size() > 0)
+            require(normals, "normals");
+        for (int64_t t = 0; t < in.size(); ++t)
+            reinterpret_cast<Point*>(normals)[t] = normal_of(corners_of(in, t));
+    });
+}
+
+korvale_status korvale_mesh_areas(const korvale_triangles* triangles, double* areas, korvale_error* error)
+{
+    return answer(error, "korvale_mesh_areas", [&] {
+        const TrianglesIn in(triangles, "triangles");
+        if (in.size() > 0)
+            require(areas, "areas");
+        for (int64_t t = 0; t < in.size(); ++t)
+            areas[t] = area_of(corners_of(in, t));
+    });
+}
+
+korvale_status korvale_mesh_volume(const korvale_triangles* triangles, double* volume, korvale_error* error)
+{
+    return answer(error, "korvale_mesh_volume", [&] {
+        require(volume, "volume");
+        const TrianglesIn in(triangles, "triangles");
+        require_closed(in, "triangles");
+        *volume = sixfold_volume(
+                      static_cast<size_t>(in.size()),
+                      [&](size_t t, size_t k) -> const Point& { return corners_of(in, static_cast<int64_t>(t))[k]; }) /
+                  6.0;
+    });
+}
