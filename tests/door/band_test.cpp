@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cmath>
+#include <fstream>
 #include <limits>
+#include <string>
 
 #include <gmock/gmock.h>
 
@@ -172,6 +174,24 @@ Numbers wandering(Random& random, int n, double turn)
     return line;
 }
 
+/// The coasts of fourteen countries, in kilometres.
+std::vector<Numbers> read_coasts()
+{
+    std::ifstream file(KORVALE_EXAMPLE_DATA "/coasts.txt");
+    std::vector<Numbers> coasts;
+    for (std::string word; file >> word;) {
+        size_t count = 0;
+        const bool is_outline = word == "outline" && file >> count;
+        std::getline(file, word);
+        if (!is_outline)
+            continue;
+        Numbers& coast = coasts.emplace_back();
+        for (double x = 0, y = 0; coast.size() < 3 * count && file >> x >> y;)
+            coast.insert(coast.end(), {x, y, 0});
+    }
+    return coasts;
+}
+
 double length_of(const Numbers& line)
 {
     double sum = 0;
@@ -273,6 +293,24 @@ TEST(DoorBand, TracksAreHeld)
         for (const double distance : {0.5, 2.0, 5.0, 20.0, 500.0})
             expect_held(line, distance, options_of(1), 4);
     }
+}
+
+TEST(DoorBand, CoastsAreHeldAroundAndInPieces)
+{
+    const std::vector<Numbers> coasts = read_coasts();
+    ASSERT_EQ(coasts.size(), 14);
+    size_t pieces = 0;
+    for (const Numbers& coast : coasts) {
+        const double length = length_of(coast);
+        for (const double share : {0.001, -0.02})
+            expect_held(coast, share * length, options_of(1, 1), 4);
+        for (auto at = coast.begin(); coast.end() - at > 3 * 100; at += 3 * 100, ++pieces) {
+            const Numbers piece(at, at + 3 * 100);
+            for (const double share : {0.001, -0.01, 0.1, -1.5})
+                expect_held(piece, share * length_of(piece), options_of(1), 4);
+        }
+    }
+    EXPECT_EQ(pieces, 77);
 }
 
 TEST(DoorBand, OfAClosedLineHasTwoOutlines)
