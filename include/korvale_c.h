@@ -301,6 +301,20 @@ KORVALE_C_API korvale_status korvale_flatten(const korvale_points* path, const k
 /// Refuses fewer than two points and numbers that are not finite.
 KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t closed, double* frames,
                                             korvale_error* error);
+
+// --- Shapes ----------------------------------------------------------------------------------------------------------
+
+/// Cuts a planar outline with holes into triangles: n + 2 k - 4 of them for n points in k outlines. They number the
+/// points of all outlines in their order and run counter-clockwise where the outer outline does, whichever way round
+/// the others run. Their areas add up to that of the shape where no outlines cross; where some do, triangles overlap.
+/// Some have no area where points repeat others, or where an outline turns back on itself.
+///
+/// `triangles` has room for `room` triangles of three numbers; `*written` is how many there are.
+///
+/// Refuses no outline, fewer than three points, numbers that are not finite, and too little room.
+KORVALE_C_API korvale_status korvale_triangulate(const korvale_points* outlines, int64_t count, int32_t* triangles,
+                                                 int64_t room, int64_t* written, korvale_error* error);
+
 // --- Meshes ----------------------------------------------------------------------------------------------------------
 
 /// The unit normals of triangles, [triangles][3], towards the side from which their corners run counter-clockwise; of

@@ -82,6 +82,7 @@ void offset_tests(void);
 void plane_tests(void);
 void relaxer_tests(void);
 void scatter_tests(void);
+void shape_tests(void);
 void transform_tests(void);
 void version_tests(void);
 

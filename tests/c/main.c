@@ -122,6 +122,7 @@ int main(void)
     offset_tests();
     band_tests();
     plane_tests();
+    shape_tests();
     mesh_tests();
     scatter_tests();
     grid_tests();

@@ -169,6 +169,16 @@ TEST(FaceTriangulate, CoversTheShapeOnceEitherWayRound)
     }
 }
 
+TEST(FaceTriangulate, SaysWhatItRefuses)
+{
+    EXPECT_EQ(refusal_of([] { triangulate(std::vector<Outline>()); }),
+              "triangulate: outlines must have an outer outline, but there is none");
+    EXPECT_EQ(refusal_of([] {
+                  triangulate({kPlate[0], {{3, 3, 0}, {7, 3, 0}}});
+              }),
+              "triangulate: outline 1 must have at least 3 points, but it has 2");
+}
+
 TEST(FaceTube, FacesOutwardsAndCloses)
 {
     Outline helix, section = circle(12, 0.5);

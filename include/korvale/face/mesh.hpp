@@ -262,6 +262,15 @@ inline void weld(Mesh& mesh)
     mesh = std::move(out);
 }
 
+/// Outlines as the C interface takes them.
+inline std::vector<korvale_points> views_of(const ShapeView& outlines)
+{
+    std::vector<korvale_points> views;
+    for (const PointView outline : outlines)
+        views.push_back(view_of(outline));
+    return views;
+}
+
 /// Six times the volume inside the triangles, negative where they are turned inside out.
 inline double volume(const Mesh& mesh)
 {
@@ -298,23 +307,23 @@ inline void add_strip(Mesh& mesh, std::int32_t first, std::int32_t second, std::
 
 } // namespace detail
 
-/// Cuts a planar outline with holes into triangles. They number the points of all outlines in their order and run
-/// counter-clockwise where the outer outline does; the outlines may run either way round. A shape that crosses itself
-/// gets triangles, some of which overlap.
+/// Cuts a planar outline with holes into triangles: as many as there are points less two, and two more for each hole.
+/// They number the points of all outlines in their order and run counter-clockwise where the outer outline does; the
+/// outlines may run either way round. A shape that crosses itself gets triangles, some of which overlap.
 inline std::vector<Triangle> triangulate(const ShapeView& outlines)
 {
-    if (outlines.size() == 0)
-        throw Error("triangulate", "outlines", "have an outer outline", "there is none");
-    std::vector<detail::Ring> rings;
-    std::int32_t number = 0;
-    for (const PointView outline : outlines)
-        detail::require_points("triangulate", "an outline", outline, 3);
-    const Transform to_plane = flatten(outlines[0]).to_plane;
-    for (const PointView outline : outlines) {
-        rings.push_back(detail::ring_of(outline, to_plane, number));
-        number += static_cast<std::int32_t>(outline.size());
-    }
-    return detail::triangulate(std::move(rings));
+    const std::vector<korvale_points> views = detail::views_of(outlines);
+    std::vector<Triangle> triangles;
+    for (const korvale_points& outline : views)
+        triangles.resize(triangles.size() + static_cast<std::size_t>(outline.count) + 2);
+    korvale_error error;
+    std::int64_t written = 0;
+    const korvale_status status = korvale_triangulate(views.data(), static_cast<std::int64_t>(views.size()),
+                                                      triangles.empty() ? nullptr : triangles[0].data(),
+                                                      static_cast<std::int64_t>(triangles.size()), &written, &error);
+    detail::check("triangulate", status, error);
+    triangles.resize(static_cast<std::size_t>(written));
+    return triangles;
 }
 
 /// One layer of a bevel.

@@ -1,0 +1,195 @@
+// Bridges from holes to what goes round them.
+//
+// A line sweeps over all corners from left to right. For each edge with the inside above it, a floor, it knows the
+// latest corner that sees the floor right below itself: the floor's helper. Nothing stands between the helper and the
+// first corner of a hole above the same floor, so a bridge joins the two (Mark de Berg, Otfried Cheong, Marc van
+// Kreveld and Mark Overmars, Computational Geometry: Algorithms and Applications, 3rd edition, 2008: partitions into
+// monotone pieces). Each hole is joined to something on its left, which is joined already.
+#include <algorithm>
+#include <numeric>
+#include <set>
+
+#include "door/internal/triangulate.h"
+
+namespace korvale::door {
+
+namespace {
+
+/// An edge that has the inside above it, from left to right.
+struct Floor {
+    Place left, right;
+    int32_t helper;
+};
+
+/// Floors that the sweep line meets, from below.
+struct IsBelow {
+    using is_transparent = void;
+    const Vector<Floor>* floors;
+
+    const Floor& floor(int32_t i) const { return (*floors)[static_cast<size_t>(i)]; }
+
+    bool operator()(int32_t i, int32_t k) const
+    {
+        const Floor &a = floor(i), &b = floor(k);
+        const bool a_is_later = is_before(b.left, a.left);
+        const Floor &later = a_is_later ? a : b, &earlier = a_is_later ? b : a;
+        int turn = side(earlier.left, earlier.right, later.left);
+        if (turn == 0)
+            turn = side(earlier.left, earlier.right, later.right);
+        return turn == 0 ? i < k : (turn < 0) == a_is_later;
+    }
+    bool operator()(int32_t i, const Place& p) const { return side(floor(i).left, floor(i).right, p) >= 0; }
+    bool operator()(const Place& p, int32_t i) const { return !(*this)(i, p); }
+};
+
+class BridgeBuilder {
+public:
+    BridgeBuilder(const Rings& rings, Corners& corners)
+        : places_(rings.places), corners_(corners), before_(corners.place.size(), -1), after_(corners.place.size(), -1),
+          is_first_(corners.place.size(), 0), floor_of_(corners.place.size(), -1), copy_(corners.place.size(), -1),
+          status_(IsBelow{&floors_})
+    {
+        floors_.reserve(corners.place.size());
+        for (size_t k = 0; k < rings.ends.size(); ++k)
+            add_ring(k == 0 ? 0 : rings.ends[k - 1], rings.ends[k], k > 0);
+    }
+
+    void run()
+    {
+        std::ranges::sort(events_, [&](int32_t a, int32_t b) {
+            return place(a) == place(b) ? a < b : is_before(place(a), place(b));
+        });
+        for (size_t i = 0; i < events_.size(); ++i)
+            meet(i);
+    }
+
+private:
+    const Place& place(int32_t i) const { return places_[static_cast<size_t>(corners_.place[static_cast<size_t>(i)])]; }
+
+    /// The corners of a ring without those at the place of the one before.
+    void add_ring(int32_t first, int32_t end, bool is_hole)
+    {
+        const size_t old = events_.size();
+        for (int32_t i = first; i < end; ++i)
+            if (place(i) != place(i + 1 < end ? i + 1 : first))
+                events_.push_back(i);
+        if (events_.size() == old)
+            events_.push_back(first);
+        const std::span kept(events_.data() + old, events_.size() - old);
+        for (size_t i = 0; i < kept.size(); ++i) {
+            const int32_t next = kept[i + 1 < kept.size() ? i + 1 : 0];
+            after_[static_cast<size_t>(kept[i])] = next;
+            before_[static_cast<size_t>(next)] = kept[i];
+        }
+        const auto leftmost = std::ranges::min_element(kept, is_before, [&](int32_t i) { return place(i); });
+        is_first_[static_cast<size_t>(*leftmost)] = is_hole;
+    }
+
+    void meet(size_t event)
+    {
+        const int32_t v = events_[event];
+        const int32_t before = before_[static_cast<size_t>(v)], after = after_[static_cast<size_t>(v)];
+        const bool comes_from_left = is_before(place(before), place(v)), goes_left = is_before(place(after), place(v));
+        const bool is_convex = side(place(before), place(v), place(after)) > 0;
+        if (is_first_[static_cast<size_t>(v)])
+            build(event, floor_below(v));
+        if (comes_from_left && !goes_left) { // the floor goes on
+            const int32_t f = floor_of_[static_cast<size_t>(before)];
+            floor_of_[static_cast<size_t>(v)] = f;
+            floors_[static_cast<size_t>(f)] = {place(v), place(after), v};
+            return;
+        }
+        if (comes_from_left)
+            status_.erase(at_[static_cast<size_t>(floor_of_[static_cast<size_t>(before)])]);
+        if (comes_from_left != goes_left || !is_convex)
+            if (const int32_t f = floor_below(v); f >= 0)
+                floors_[static_cast<size_t>(f)].helper = v;
+        if (!comes_from_left && !goes_left && after != v) {
+            const auto f = static_cast<int32_t>(floors_.size());
+            floor_of_[static_cast<size_t>(v)] = f;
+            floors_.push_back({place(v), place(after), v});
+            at_.push_back(status_.insert(f));
+        }
+    }
+
+    int32_t floor_below(int32_t v) const
+    {
+        const auto above = status_.lower_bound(place(v));
+        return above == status_.begin() ? -1 : *std::prev(above);
+    }
+
+    /// Joins the hole that begins with an event: to a corner at the same place if there is one.
+    void build(size_t event, int32_t floor)
+    {
+        const int32_t v = events_[event];
+        for (size_t i = event; i > 0 && place(events_[i - 1]) == place(v); --i)
+            for (int32_t copy = events_[i - 1]; copy >= 0; copy = copy_[static_cast<size_t>(copy)])
+                if (sees(copy, place(after_[static_cast<size_t>(v)])))
+                    return join(copy, v);
+        const int32_t helper = floor >= 0 ? floors_[static_cast<size_t>(floor)].helper : 0;
+        for (int32_t copy = helper; copy >= 0; copy = copy_[static_cast<size_t>(copy)])
+            if (sees(copy, place(v)))
+                return join(copy, v);
+        join(helper, v);
+    }
+
+    /// Whether a way from a corner to `p` begins between its two edges, inside.
+    bool sees(int32_t corner, const Place& p) const
+    {
+        int32_t before = corner, after = corner;
+        do
+            before = corners_.before[static_cast<size_t>(before)];
+        while (before != corner && place(before) == place(corner));
+        do
+            after = corners_.after[static_cast<size_t>(after)];
+        while (after != corner && place(after) == place(corner));
+        const Place &a = place(before), &b = place(corner), &c = place(after);
+        if (side(a, b, c) > 0)
+            return side(b, c, p) > 0 && side(a, b, p) > 0;
+        return side(b, c, p) > 0 || side(a, b, p) > 0;
+    }
+
+    /// There and back: from `corner` to `v`, around the hole to a copy of `v`, back to a copy of `corner`, and on.
+    void join(int32_t corner, int32_t v)
+    {
+        const int32_t last = corners_.before[static_cast<size_t>(v)],
+                      next = corners_.after[static_cast<size_t>(corner)];
+        const int32_t v_copy = add_copy(v), corner_copy = add_copy(corner);
+        corners_.link(corner, v);
+        corners_.link(last == v ? v : last, v_copy);
+        corners_.link(v_copy, corner_copy);
+        corners_.link(corner_copy, next == corner ? corner : next);
+    }
+
+    int32_t add_copy(int32_t i)
+    {
+        const int32_t copy = corners_.size();
+        corners_.place.push_back(corners_.place[static_cast<size_t>(i)]);
+        corners_.before.push_back(-1);
+        corners_.after.push_back(-1);
+        copy_.push_back(copy_[static_cast<size_t>(i)]);
+        copy_[static_cast<size_t>(i)] = copy;
+        return copy;
+    }
+
+    const Vector<Place>& places_;
+    Corners& corners_;
+    Vector<int32_t> before_, after_; // in the ring of its own, among corners at different places
+    Vector<uint8_t> is_first_;       // the corner of a hole that the line meets first
+    Vector<int32_t> floor_of_;       // that begins at a corner
+    Vector<int32_t> copy_;           // the next corner at the same place that bridges have made
+    Vector<int32_t> events_;
+    Vector<Floor> floors_;
+    using Status = std::multiset<int32_t, IsBelow, HeapAllocator<int32_t>>;
+    Status status_;
+    Vector<Status::iterator> at_; // where each floor is
+};
+
+} // namespace
+
+void join_holes(const Rings& rings, Corners& corners)
+{
+    BridgeBuilder(rings, corners).run();
+}
+
+} // namespace korvale::door

@@ -1,0 +1,449 @@
+// Triangles of an outline with holes.
+//
+// The holes are joined to the outer ring by bridges. Then ears are clipped: corners that turn left and whose triangle
+// holds no other corner. The next ear is looked for from the corner after the next one, which keeps the triangles from
+// becoming a fan; only where the outline crosses itself may there be none.
+//
+// To find ears in few steps, three things are kept:
+// - the corners that may be ears. One that is none is taken out until a neighbour of it, or the corner that was found
+//   inside its triangle, changes;
+// - the corners that do not turn left, in a tree of boxes. If a triangle holds any corner it holds one of these: the
+//   one farthest from the side that is cut off has nothing of the outline between itself and the tip;
+// - signs of areas that rounding does not change.
+#include "door/internal/triangulate.h"
+
+#include <algorithm>
+
+#include "door/internal/boxes.h"
+#include "door/internal/number_set.h"
+#include "door/internal/outlines.h"
+
+namespace korvale::door {
+
+namespace {
+
+// --- Corners that block ----------------------------------------------------------------------------------------------
+
+/// Corners of a triangle, counter-clockwise.
+struct Ear {
+    Place a, b, c;
+
+    Box box() const
+    {
+        return {std::min({a.x, b.x, c.x}), std::min({a.y, b.y, c.y}), std::max({a.x, b.x, c.x}),
+                std::max({a.y, b.y, c.y})};
+    }
+    bool holds(const Place& p) const // but for its own corners
+    {
+        return p != a && p != b && p != c && side(a, b, p) >= 0 && side(b, c, p) >= 0 && side(c, a, p) >= 0;
+    }
+};
+
+/// Whether all of a box lies to the right of the line from a to b, but for rounding.
+bool is_right_of(const Box& box, const Place& a, const Place& b)
+{
+    const double dx = b.x - a.x, dy = b.y - a.y;
+    const double left = dx * ((dx > 0.0 ? box.high_y : box.low_y) - a.y);
+    const double right = dy * ((dy > 0.0 ? box.low_x : box.high_x) - a.x);
+    return left - right < -kSideRounding * (std::fabs(left) + std::fabs(right));
+}
+
+/// Corners in a tree of boxes.
+class Blockers {
+public:
+    struct Corner {
+        Place place;
+        int32_t number;
+    };
+
+    Blockers(Vector<Corner> corners, int32_t bound) : corners_(std::move(corners)), at_(static_cast<size_t>(bound), -1)
+    {
+        sort_along_curve();
+        first_leaf_ = std::bit_ceil(std::max<size_t>(1, (corners_.size() + kLeaf - 1) / kLeaf));
+        boxes_.assign(2 * first_leaf_, kNowhere);
+        counts_.assign(2 * first_leaf_, 0);
+        for (size_t i = 0; i < corners_.size(); ++i) {
+            at_[static_cast<size_t>(corners_[i].number)] = static_cast<int32_t>(i);
+            boxes_[first_leaf_ + i / kLeaf].cover(corners_[i].place);
+            ++counts_[first_leaf_ + i / kLeaf];
+        }
+        raise(boxes_);
+        for (size_t i = first_leaf_ - 1; i > 0; --i)
+            counts_[i] = counts_[2 * i] + counts_[2 * i + 1];
+    }
+
+    bool has(int32_t number) const { return at_[static_cast<size_t>(number)] >= 0; }
+
+    void remove(int32_t number)
+    {
+        const auto at = static_cast<size_t>(std::exchange(at_[static_cast<size_t>(number)], -1));
+        const size_t leaf = first_leaf_ + at / kLeaf;
+        const size_t last = at / kLeaf * kLeaf + static_cast<size_t>(counts_[leaf]) - 1;
+        if (at != last) {
+            corners_[at] = corners_[last];
+            at_[static_cast<size_t>(corners_[at].number)] = static_cast<int32_t>(at);
+        }
+        for (size_t i = leaf; i > 0; i /= 2)
+            --counts_[i];
+        boxes_[leaf] = kNowhere;
+        for (size_t k = at / kLeaf * kLeaf; k < last; ++k)
+            boxes_[leaf].cover(corners_[k].place);
+        for (size_t i = leaf / 2; i > 0; i /= 2) {
+            Box box = boxes_[2 * i];
+            box.cover(boxes_[2 * i + 1]);
+            if (box == boxes_[i])
+                return;
+            boxes_[i] = box;
+        }
+    }
+
+    /// A corner inside the triangle or on its rim, other than at its own corners; -1 where there is none.
+    int32_t find(const Ear& ear) const
+    {
+        const Box box = ear.box();
+        size_t waiting[64] = {1};
+        for (size_t n = 1; n > 0;) {
+            const size_t i = waiting[--n];
+            if (i < first_leaf_) {
+                for (const size_t child : {2 * i + 1, 2 * i})
+                    if (boxes_[child].meets(box) && counts_[child] > 0 && may_meet(boxes_[child], ear))
+                        waiting[n++] = child;
+                continue;
+            }
+            const size_t first = (i - first_leaf_) * kLeaf;
+            for (size_t k = first; k < first + static_cast<size_t>(counts_[i]); ++k)
+                if (box.holds(corners_[k].place) && ear.holds(corners_[k].place))
+                    return corners_[k].number;
+        }
+        return -1;
+    }
+
+private:
+    static constexpr size_t kLeaf = 8;
+
+    static bool may_meet(const Box& box, const Ear& ear)
+    {
+        return !is_right_of(box, ear.a, ear.b) && !is_right_of(box, ear.b, ear.c) && !is_right_of(box, ear.c, ear.a);
+    }
+
+    void sort_along_curve()
+    {
+        if (corners_.size() <= kLeaf)
+            return;
+        Vector<Place> places(corners_.size());
+        std::transform(corners_.begin(), corners_.end(), places.begin(), [](const Corner& c) { return c.place; });
+        Vector<Corner> sorted(corners_.size());
+        const Vector<size_t> order = order_along_curve(places);
+        for (size_t i = 0; i < order.size(); ++i)
+            sorted[i] = corners_[order[i]];
+        corners_ = std::move(sorted);
+    }
+
+    Vector<Corner> corners_; // those of a leaf in kLeaf places, the ones that are left first
+    Vector<int32_t> at_;     // where each corner is among them; -1: it does not block
+    Vector<Box> boxes_;
+    Vector<int32_t> counts_; // corners that are left
+    size_t first_leaf_ = 0;
+};
+
+// --- Clipping --------------------------------------------------------------------------------------------------------
+
+/// What is left of a ring, its corners numbered in their order.
+class Clipper {
+public:
+    Clipper(const Vector<Place>& places, Corners corners)
+        : corners_(std::move(corners)), places_(corners_.place.size()), may_be_ear_(corners_.size()),
+          flat_(corners_.size()), waiting_(corners_.place.size(), -1), next_waiting_(corners_.place.size(), -1),
+          previous_waiting_(corners_.place.size(), -1), blocked_by_(corners_.place.size(), -1),
+          blockers_(turn_all(places), corners_.size()), left_(corners_.size())
+    {
+    }
+
+    Vector<Triangle> run()
+    {
+        Vector<Triangle> triangles;
+        triangles.reserve(static_cast<size_t>(std::max(0, left_ - 2)));
+        for (int32_t start = 0; left_ >= 3; --left_) {
+            const int32_t i = corner_to_clip(start);
+            triangles.push_back({number(before(i)), number(i), number(after(i))});
+            start = after(after(i));
+            take_out(i);
+        }
+        return triangles;
+    }
+
+private:
+    int32_t before(int32_t i) const { return corners_.before[static_cast<size_t>(i)]; }
+    int32_t after(int32_t i) const { return corners_.after[static_cast<size_t>(i)]; }
+    int32_t number(int32_t i) const { return corners_.place[static_cast<size_t>(i)]; }
+    const Place& place(int32_t i) const { return places_[static_cast<size_t>(i)]; }
+
+    Vector<Blockers::Corner> turn_all(const Vector<Place>& places)
+    {
+        for (int32_t i = 0; i < corners_.size(); ++i)
+            places_[static_cast<size_t>(i)] = places[static_cast<size_t>(number(i))];
+        Vector<Blockers::Corner> blocking;
+        for (int32_t i = 0; i < corners_.size(); ++i)
+            if (turn(i) <= 0)
+                blocking.push_back({place(i), i});
+        return blocking;
+    }
+
+    /// Looks at a corner as it is now: 1 where it turns left.
+    int turn(int32_t i)
+    {
+        const int turn = side(place(before(i)), place(i), place(after(i)));
+        if (turn > 0)
+            may_be_ear_.insert(i);
+        else
+            may_be_ear_.erase(i);
+        if (turn == 0)
+            flat_.insert(i);
+        else
+            flat_.erase(i);
+        return turn;
+    }
+
+    /// An ear, the first from `start` on; else a corner without area; else, in an outline that crosses itself, any.
+    int32_t corner_to_clip(int32_t start)
+    {
+        for (int32_t i = next_candidate(start); i >= 0; i = next_candidate(i)) {
+            const int32_t blocker = blockers_.find({place(before(i)), place(i), place(after(i))});
+            if (blocker < 0)
+                return i;
+            may_be_ear_.erase(i);
+            wait_for(blocker, i);
+        }
+        const int32_t flat = flat_.next(0);
+        return flat >= 0 ? flat : first_;
+    }
+
+    int32_t next_candidate(int32_t from) const
+    {
+        const int32_t i = may_be_ear_.next(from);
+        return i >= 0 ? i : may_be_ear_.next(0);
+    }
+
+    void take_out(int32_t i)
+    {
+        const int32_t a = before(i), b = after(i);
+        stop_waiting(i);
+        may_be_ear_.erase(i);
+        flat_.erase(i);
+        if (blockers_.has(i))
+            stop_blocking(i);
+        corners_.link(a, b);
+        if (i == first_)
+            first_ = b;
+        for (const int32_t neighbour : {a, b}) {
+            stop_waiting(neighbour);
+            if (turn(neighbour) > 0 && blockers_.has(neighbour))
+                stop_blocking(neighbour);
+        }
+    }
+
+    // The corners that wait for a blocker to change are a list that begins at `waiting_` of the blocker.
+
+    void wait_for(int32_t blocker, int32_t i)
+    {
+        const int32_t first = std::exchange(waiting_[static_cast<size_t>(blocker)], i);
+        next_waiting_[static_cast<size_t>(i)] = first;
+        previous_waiting_[static_cast<size_t>(i)] = -1;
+        if (first >= 0)
+            previous_waiting_[static_cast<size_t>(first)] = i;
+        blocked_by_[static_cast<size_t>(i)] = blocker;
+    }
+
+    void stop_waiting(int32_t i)
+    {
+        const int32_t blocker = std::exchange(blocked_by_[static_cast<size_t>(i)], -1);
+        if (blocker < 0)
+            return;
+        const int32_t next = next_waiting_[static_cast<size_t>(i)],
+                      previous = previous_waiting_[static_cast<size_t>(i)];
+        if (next >= 0)
+            previous_waiting_[static_cast<size_t>(next)] = previous;
+        if (previous >= 0)
+            next_waiting_[static_cast<size_t>(previous)] = next;
+        else
+            waiting_[static_cast<size_t>(blocker)] = next;
+    }
+
+    void stop_blocking(int32_t blocker)
+    {
+        blockers_.remove(blocker);
+        for (int32_t i = std::exchange(waiting_[static_cast<size_t>(blocker)], -1); i >= 0;) {
+            blocked_by_[static_cast<size_t>(i)] = -1;
+            may_be_ear_.insert(i);
+            i = next_waiting_[static_cast<size_t>(i)];
+        }
+    }
+
+    Corners corners_;
+    Vector<Place> places_;
+    NumberSet may_be_ear_, flat_;
+    Vector<int32_t> waiting_, next_waiting_, previous_waiting_, blocked_by_;
+    Blockers blockers_;
+    int32_t left_;
+    int32_t first_ = 0;
+};
+
+/// Whether a ring runs clockwise around most of what it goes round.
+bool is_mostly_clockwise(std::span<const Place> ring)
+{
+    constexpr double kRounding = 1e-12;
+    double sum = 0.0, size = 0.0;
+    for (size_t i = 1; i + 1 < ring.size(); ++i) {
+        const Place &a = ring[0], &b = ring[i], &c = ring[i + 1];
+        const double left = (b.x - a.x) * (c.y - a.y), right = (b.y - a.y) * (c.x - a.x);
+        sum += left - right;
+        size += std::fabs(left) + std::fabs(right);
+    }
+    return std::fabs(sum) > kRounding * size ? sum < 0.0 : turn_of(ring) < 0;
+}
+
+/// The corners of all rings, the first counter-clockwise and all others clockwise, each a ring of its own.
+Corners corners_of(const Rings& rings)
+{
+    Corners corners;
+    corners.place.resize(rings.places.size());
+    corners.before.resize(rings.places.size());
+    corners.after.resize(rings.places.size());
+    int32_t first = 0;
+    for (size_t k = 0; k < rings.size(); first = rings.ends[k++]) {
+        const int32_t end = rings.ends[k];
+        const bool is_turned = is_mostly_clockwise(rings[k]) == (k == 0);
+        for (int32_t i = first; i < end; ++i) {
+            corners.place[static_cast<size_t>(i)] = is_turned ? first + end - 1 - i : i;
+            corners.link(i, i + 1 < end ? i + 1 : first);
+        }
+    }
+    return corners;
+}
+
+/// The corners of the first ring alone, numbered in their order.
+Corners in_order(const Corners& corners)
+{
+    Corners ordered;
+    int32_t i = 0;
+    do {
+        ordered.place.push_back(corners.place[static_cast<size_t>(i)]);
+        i = corners.after[static_cast<size_t>(i)];
+    } while (i != 0);
+    const int32_t n = ordered.size();
+    ordered.before.resize(ordered.place.size());
+    ordered.after.resize(ordered.place.size());
+    for (int32_t k = 0; k < n; ++k)
+        ordered.link(k, k + 1 < n ? k + 1 : 0);
+    return ordered;
+}
+
+Rings rings_of(const OutlinesIn& outlines)
+{
+    double largest = 0.0;
+    size_t places = 0;
+    for (size_t k = 0; k < outlines.size(); ++k) {
+        largest = std::max(largest, largest_of(outlines[k]));
+        places += outlines[k].size();
+    }
+    Seen seen = seen_upright(outlines[0]);
+    seen.scale = scale_to_one(largest);
+    Rings rings;
+    rings.places.reserve(places);
+    for (size_t k = 0; k < outlines.size(); ++k)
+        rings.add(outlines[k], seen);
+    return rings;
+}
+
+} // namespace
+
+int turn_of(std::span<const Place> ring)
+{
+    const size_t n = ring.size();
+    const auto least = static_cast<size_t>(std::ranges::min_element(ring, is_before) - ring.begin());
+    size_t before = least, after = least;
+    for (size_t k = 1; k < n && ring[before] == ring[least]; ++k)
+        before = (least + n - k) % n;
+    for (size_t k = 1; k < n && ring[after] == ring[least]; ++k)
+        after = (least + k) % n;
+    return side(ring[before], ring[least], ring[after]);
+}
+
+Vector<Triangle> cut(const Rings& rings)
+{
+    Corners corners = corners_of(rings);
+    if (rings.ends.size() > 1) {
+        join_holes(rings, corners);
+        corners = in_order(corners);
+    }
+    return Clipper(rings.places, std::move(corners)).run();
+}
+
+// --- Planes ----------------------------------------------------------------------------------------------------------
+
+double largest_of(std::span<const Point> points)
+{
+    double largest = 0.0;
+    for (const Point& p : points)
+        largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+    return largest;
+}
+
+double scale_to_one(double largest)
+{
+    constexpr int kMost = 1000; // whose power of two is a number both ways
+    int exponent = 0;
+    std::frexp(largest, &exponent);
+    return std::ldexp(1.0, std::clamp(-exponent, -kMost, kMost));
+}
+
+Seen seen_upright(std::span<const Point> outline)
+{
+    Point area = {}, reach = {};
+    const double scale = scale_to_one(largest_of(outline));
+    const auto from_first = [&](const Point& p, int k) { return p[k] * scale - outline[0][k] * scale; };
+    for (size_t i = 0; i < outline.size(); ++i)
+        for (int k = 0; k < 3; ++k) {
+            const int x = (k + 1) % 3, y = (k + 2) % 3;
+            const Point &a = outline[i], &b = outline[i + 1 < outline.size() ? i + 1 : 0];
+            area[k] += from_first(a, x) * from_first(b, y) - from_first(b, x) * from_first(a, y);
+            reach[k] = std::max(reach[k], std::fabs(from_first(a, k)));
+        }
+    const auto longest = [](const Point& v, auto less) {
+        int best = 2;
+        for (const int k : {1, 0})
+            if (less(std::fabs(v[best]), std::fabs(v[k])))
+                best = k;
+        return best;
+    };
+    const bool is_flat = area == Point{};
+    const int dropped = is_flat ? longest(reach, std::greater<>()) : longest(area, std::less<>());
+    const Seen seen = {(dropped + 1) % 3, (dropped + 2) % 3, scale};
+    Vector<Place> places;
+    for (const Point& p : outline)
+        places.push_back(place_of(p, seen));
+    return is_mostly_clockwise(places) ? Seen{seen.y, seen.x, scale} : seen;
+}
+
+} // namespace korvale::door
+
+using namespace korvale::door;
+
+korvale_status korvale_triangulate(const korvale_points* outlines, int64_t count, int32_t* triangles, int64_t room,
+                                   int64_t* written, korvale_error* error)
+{
+    return answer(error, "korvale_triangulate", [&] {
+        const OutlinesIn in(outlines, count, 3);
+        if (count == 0)
+            throw Refusal("outlines", "have an outer outline", "there is none");
+        require(written, "written");
+        const Rings rings = rings_of(in);
+        const auto n = static_cast<int64_t>(rings.places.size() + 2 * rings.size()) - 4;
+        if (room < n)
+            throw Refusal("room", Text() << "be at least " << n, Text() << "it is " << room);
+        require(triangles, "triangles");
+        for (const Triangle& t : cut(rings))
+            triangles = std::copy(t.begin(), t.end(), triangles);
+        *written = n;
+    });
+}

@@ -1,0 +1,48 @@
+// Outlines cut into triangles.
+#include "check.h"
+
+static const double plate_points[] = {0, 0, 8, 0, 8, 8, 0, 8};
+static const float hole_points[] = {2, 2, 2, 6, 6, 6, 6, 2};
+static const korvale_points plate = {plate_points, 4, 0, 2, KORVALE_DOUBLE};
+static const korvale_points hole = {hole_points, 4, 0, 2, KORVALE_FLOAT};
+
+/// Twice the area of a triangle of the plate with its hole.
+static double area_of(const int32_t* corners)
+{
+    double x[3], y[3];
+    int k;
+    for (k = 0; k < 3; ++k) {
+        const int32_t i = corners[k];
+        x[k] = i < 4 ? plate_points[2 * i] : hole_points[2 * (i - 4)];
+        y[k] = i < 4 ? plate_points[2 * i + 1] : hole_points[2 * (i - 4) + 1];
+    }
+    return (x[1] - x[0]) * (y[2] - y[0]) - (y[1] - y[0]) * (x[2] - x[0]);
+}
+
+static korvale_status cuts_a_plate_with_a_hole(void)
+{
+    korvale_points outlines[2];
+    int32_t triangles[8][3] = {{0}};
+    int64_t written = -1;
+    double sum = 0;
+    korvale_error error;
+    int k;
+    outlines[0] = plate;
+    outlines[1] = hole;
+    TRY_WRITING(triangles, korvale_triangulate(outlines, 2, triangles[0], 8, &written, &error));
+    CHECK(written == 8);
+    for (k = 0; k < 8; ++k) {
+        CHECK(area_of(triangles[k]) > 0);
+        sum += area_of(triangles[k]);
+    }
+    CHECK(sum == 2 * (64 - 16));
+    REFUSE(korvale_triangulate(outlines, 2, triangles[0], 7, &written, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_triangulate: room must be at least 8, but it is 7");
+done:
+    return (korvale_status)error.status;
+}
+
+void shape_tests(void)
+{
+    RUN(cuts_a_plate_with_a_hole);
+}

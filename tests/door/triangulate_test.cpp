@@ -1,0 +1,268 @@
+// Triangles of outlines with holes.
+#include <korvale.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <gmock/gmock.h>
+
+#include "support.h"
+#include "tests/support/heap.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+namespace {
+
+using testing::ElementsAre;
+
+using Coordinates = std::vector<double>;
+using Corners = std::vector<int32_t>;
+
+/// Corners of the triangles of some outlines.
+Corners triangles_of(const std::vector<Coordinates>& outlines)
+{
+    std::vector<korvale_points> views;
+    size_t room = 0;
+    for (const Coordinates& outline : outlines) {
+        views.push_back(points_of(outline));
+        room += outline.size() / 3 + 2;
+    }
+    Corners triangles(3 * room);
+    int64_t written = -1;
+    korvale_error error = {};
+    EXPECT_EQ(korvale_triangulate(views.data(), static_cast<int64_t>(views.size()), triangles.data(),
+                                  static_cast<int64_t>(room), &written, &error),
+              KORVALE_OK)
+        << error.text;
+    triangles.resize(3 * static_cast<size_t>(std::max<int64_t>(0, written)));
+    return triangles;
+}
+
+/// Outlines on a lattice, whose areas are sums without rounding.
+struct Lattice {
+    std::vector<Coordinates> outlines;
+
+    void add(const std::vector<std::pair<int, int>>& outline)
+    {
+        outlines.emplace_back();
+        for (const auto& [x, y] : outline)
+            outlines.back().insert(outlines.back().end(), {double(x), double(y), 0.0});
+    }
+
+    /// Twice the area of the first outline less that of the others.
+    double area() const
+    {
+        double sum = 0;
+        for (size_t k = 0; k < outlines.size(); ++k)
+            sum += (k == 0 ? 1 : -1) * std::fabs(area_of(outlines[k]));
+        return sum;
+    }
+
+    static double area_of(const Coordinates& p)
+    {
+        double sum = 0;
+        for (size_t i = 0, n = p.size(); i < n; i += 3)
+            sum += p[i] * p[(i + 4) % n] - p[(i + 3) % n] * p[i + 1];
+        return sum;
+    }
+
+    /// Expects triangles that run the right way and whose areas add up to that of the shape.
+    void expect_covered() const
+    {
+        Coordinates all;
+        for (const Coordinates& outline : outlines)
+            all.insert(all.end(), outline.begin(), outline.end());
+        const double way = area_of(outlines[0]) < 0 ? -1 : 1;
+        const Corners corners = triangles_of(outlines);
+        double covered = 0;
+        for (size_t t = 0; t < corners.size(); t += 3) {
+            Coordinates triangle;
+            for (size_t k = 0; k < 3; ++k)
+                triangle.insert(triangle.end(), &all[3 * static_cast<size_t>(corners[t + k])],
+                                &all[3 * static_cast<size_t>(corners[t + k])] + 3);
+            EXPECT_GE(way * area_of(triangle), 0);
+            covered += way * area_of(triangle);
+        }
+        EXPECT_EQ(covered, area());
+    }
+};
+
+TEST(Triangulate, NumbersThePointsOfAllOutlines)
+{
+    EXPECT_THAT(triangles_of({{0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0}}), ElementsAre(3, 0, 1, 1, 2, 3));
+    const Corners plate = triangles_of({{0, 0, 5, 9, 0, 5, 9, 9, 5, 0, 9, 5}, {3, 3, 5, 3, 6, 5, 6, 6, 5, 6, 3, 5}});
+    EXPECT_EQ(plate.size(), 3u * 8u);
+    for (int32_t point = 0; point < 8; ++point)
+        EXPECT_NE(std::ranges::find(plate, point), plate.end());
+}
+
+TEST(Triangulate, RunsAsTheOuterOutlineDoesInAnyPlane)
+{
+    // seen from -x the outline runs counter-clockwise
+    EXPECT_THAT(triangles_of({{7, 0, 0, 7, 0, 4, 7, 4, 4, 7, 4, 0}}), ElementsAre(3, 0, 1, 1, 2, 3));
+    EXPECT_THAT(triangles_of({{0, 7, 0, 0, 7, 4, 4, 7, 0}}), ElementsAre(2, 0, 1));
+}
+
+TEST(Triangulate, ReadsFloatsStridesAndTwoCoordinates)
+{
+    const float rows[] = {0, 0, 9, 4, 0, 9, 4, 4, 9, 0, 4, 9};
+    const korvale_points outline = {rows, 4, 12, 2, KORVALE_FLOAT};
+    int32_t triangles[6];
+    int64_t written = 0;
+    EXPECT_EQ(korvale_triangulate(&outline, 1, triangles, 2, &written, nullptr), KORVALE_OK);
+    EXPECT_EQ(written, 2);
+    EXPECT_THAT(triangles, ElementsAre(3, 0, 1, 1, 2, 3));
+}
+
+TEST(Triangulate, AreasAddUpExactly)
+{
+    Random random(1301);
+    for (int round = 0; round < rounds(300); ++round) {
+        const testing::ScopedTrace trace(__FILE__, __LINE__, testing::Message() << "round " << round);
+        // a skyline above and one below, with square holes in a row between them
+        Lattice lattice;
+        std::vector<std::pair<int, int>> outer;
+        const int towers = random.between(1, 12);
+        for (int i = 0; i < towers; ++i)
+            for (const int x : {10 * i, 10 * i + random.between(1, 10)})
+                outer.emplace_back(x, random.between(-9, 0));
+        for (int i = towers; i-- > 0;)
+            for (const int x : {10 * i + random.between(5, 9), 10 * i})
+                outer.emplace_back(x, 10 + random.between(0, 9));
+        outer.erase(std::unique(outer.begin(), outer.end()), outer.end());
+        if (random.one_in(2))
+            std::ranges::reverse(outer);
+        lattice.add(outer);
+        for (int i = 0; i + 1 < towers; ++i)
+            if (random.one_in(2)) {
+                const int x = 10 * i + 1, y = random.between(1, 4), size = random.between(1, 3);
+                std::vector<std::pair<int, int>> hole = {{x, y}, {x + size, y}, {x + size, y + size}, {x, y + size}};
+                if (random.one_in(2))
+                    std::ranges::reverse(hole);
+                lattice.add(hole);
+            }
+        lattice.expect_covered();
+    }
+}
+
+TEST(Triangulate, PointsOnOneLineGetTrianglesWithArea)
+{
+    Lattice lattice; // each side of a square and of its hole in ten pieces
+    for (const int size : {30, 10}) {
+        std::vector<std::pair<int, int>> square;
+        const int first = (30 - size) / 2, step = size / 10;
+        for (int i = 0; i < 10; ++i)
+            square.emplace_back(first + i * step, first);
+        for (int i = 0; i < 10; ++i)
+            square.emplace_back(first + size, first + i * step);
+        for (int i = 10; i > 0; --i)
+            square.emplace_back(first + i * step, first + size);
+        for (int i = 10; i > 0; --i)
+            square.emplace_back(first, first + i * step);
+        lattice.add(square);
+    }
+    lattice.expect_covered();
+    EXPECT_EQ(triangles_of(lattice.outlines).size(), 3u * 80u);
+}
+
+TEST(Triangulate, HolesMayTouchAtCorners)
+{
+    Lattice lattice;
+    lattice.add({{0, 0}, {12, 0}, {12, 12}, {0, 12}});
+    lattice.add({{0, 0}, {4, 1}, {1, 4}});
+    lattice.add({{4, 1}, {6, 1}, {6, 3}});
+    lattice.add({{6, 3}, {8, 5}, {6, 6}});
+    lattice.add({{12, 12}, {8, 11}, {11, 8}});
+    lattice.expect_covered();
+}
+
+TEST(Triangulate, DoubledPointsGetTrianglesWithoutArea)
+{
+    const Coordinates doubled = {0, 0, 0, 0, 0, 0, 4, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0, 0, 4, 0, 0, 0, 0};
+    EXPECT_EQ(triangles_of({doubled}).size(), 3u * 6u);
+    EXPECT_THAT(triangles_of({{1, 1, 0, 1, 1, 0, 1, 1, 0}}), ElementsAre(2, 0, 1));
+    EXPECT_EQ(triangles_of({{0, 0, 0, 1, 0, 0, 2, 0, 0, 3, 0, 0}}).size(), 3u * 2u);
+}
+
+TEST(Triangulate, IsTheSameForAnySize)
+{
+    const Coordinates outline = {0, 0, 0, 5, 1, 0, 9, 0, 0, 7, 4, 0, 9, 8, 0, 4, 7, 0, 0, 9, 0, 2, 4, 0};
+    const Corners wanted = triangles_of({outline});
+    EXPECT_EQ(wanted.size(), 18u);
+    for (const double size : {1e-300, 1e-9, 1e9, 1e300}) {
+        Coordinates other = outline;
+        for (double& v : other)
+            v *= size;
+        EXPECT_EQ(triangles_of({other}), wanted) << size;
+    }
+}
+
+TEST(Triangulate, OutlinesThatCrossGetTrianglesToo)
+{
+    Random random(1302);
+    for (int round = 0; round < rounds(300); ++round) {
+        std::vector<Coordinates> outlines(static_cast<size_t>(random.between(1, 4)));
+        size_t most = 0;
+        for (Coordinates& outline : outlines) {
+            const int n = random.between(3, 30), steps = random.one_in(2) ? 3 : 1000;
+            for (int i = 0; i < n; ++i)
+                outline.insert(outline.end(),
+                               {double(random.between(0, steps)), double(random.between(0, steps)), 0.0});
+            most += static_cast<size_t>(n) + 2;
+        }
+        EXPECT_EQ(triangles_of(outlines).size(), 3 * (most - 4));
+    }
+}
+
+TEST(Triangulate, SaysWhatItRefuses)
+{
+    const Coordinates square = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0}, wrong = {0, 0, 0, 4, NAN, 0, 4, 4, 0};
+    int32_t triangles[6] = {-7, -7, -7, -7, -7, -7};
+    int64_t written = -7;
+    const auto text = [&](const std::vector<korvale_points>& outlines, int64_t room) {
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_triangulate(outlines.data(), static_cast<int64_t>(outlines.size()), triangles, room,
+                                       &written, error);
+        });
+    };
+    EXPECT_EQ(text({}, 2), "korvale_triangulate: outlines must have an outer outline, but there is none");
+    EXPECT_EQ(text({points_of(square), {square.data(), 2, 0, 3, 0}}, 2),
+              "korvale_triangulate: outline 1 must have at least 3 points, but it has 2");
+    EXPECT_EQ(text({points_of(wrong)}, 2),
+              "korvale_triangulate: outline 0 must be finite, but its point 1 is (4, nan, 0)");
+    EXPECT_EQ(text({points_of(square)}, 1), "korvale_triangulate: room must be at least 2, but it is 1");
+    const korvale_points outline = points_of(square);
+    const auto sentence = [&](const korvale_points* outlines, int64_t count, int32_t* to, int64_t* how_many) {
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_triangulate(outlines, count, to, 2, how_many, error);
+        });
+    };
+    EXPECT_EQ(sentence(nullptr, 1, triangles, &written), "korvale_triangulate: outlines must be given, but it is null");
+    EXPECT_EQ(sentence(&outline, -1, triangles, &written),
+              "korvale_triangulate: count must be 0 or more, but it is -1");
+    EXPECT_EQ(sentence(&outline, 1, nullptr, &written), "korvale_triangulate: triangles must be given, but it is null");
+    EXPECT_EQ(sentence(&outline, 1, triangles, nullptr), "korvale_triangulate: written must be given, but it is null");
+    EXPECT_EQ(written, -7);
+    EXPECT_THAT(triangles, testing::Each(-7));
+}
+
+TEST(Triangulate, SaysWhenTheHeapIsExhausted)
+{
+    NEEDS_HEAP_FAILURES();
+    const Coordinates square = {0, 0, 0, 9, 0, 0, 9, 9, 0, 0, 9, 0}, hole = {3, 3, 0, 3, 6, 0, 6, 6, 0};
+    const korvale_points outlines[] = {points_of(square), points_of(hole)};
+    int32_t triangles[21];
+    const int64_t failed = fail_each_allocation([&](int64_t) {
+        korvale_error error = {};
+        int64_t written = -7;
+        const korvale_status status = korvale_triangulate(outlines, 2, triangles, 7, &written, &error);
+        EXPECT_EQ(written, status == KORVALE_OK ? 7 : -7);
+        if (status != KORVALE_OK) {
+            EXPECT_STREQ(error.text, "korvale_triangulate: the heap is exhausted");
+        }
+    });
+    EXPECT_GT(failed, 10);
+}
+
+} // namespace
+} // namespace korvale::test

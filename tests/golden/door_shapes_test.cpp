@@ -1,0 +1,44 @@
+// The fixed results of outlines cut into triangles through the C interface, on coordinates that need no trigonometry.
+#include <gtest/gtest.h>
+
+#include "include/korvale_c.h"
+#include "tests/golden/hash.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+
+TEST(Golden, DoorTriangulate)
+{
+    Random random(1107);
+    Hash hash;
+    for (int i = 0; i < 1000; ++i) {
+        const int n = 2 * random.between(2, 40);
+        std::vector<std::vector<double>> outlines(1);
+        for (int k = 0; k < n; ++k) { // up one side, down the other, between x = 0 and 3
+            const double along = 2 * k < n ? k : n - 1 - k;
+            const double x = 2 * k < n ? random.uniform(2.1, 3) : random.uniform(0, 0.9);
+            outlines[0].insert(outlines[0].end(), {x, along, 0.25 * along});
+        }
+        const bool is_holed = random.one_in(2);
+        for (int k = 1; is_holed && 2 * k < n; ++k) { // in the middle
+            const double y = k - 0.75;
+            outlines.push_back({1, y, 0.25 * y, 2, y + random.uniform(0, 0.4), 0, 1.5, y + 0.5, 0});
+            outlines.back()[5] = 0.25 * outlines.back()[4];
+            outlines.back()[8] = 0.25 * outlines.back()[7];
+        }
+        std::vector<korvale_points> views;
+        int64_t room = -4;
+        for (const std::vector<double>& outline : outlines) {
+            views.push_back({outline.data(), static_cast<int64_t>(outline.size() / 3), 0, 3, KORVALE_DOUBLE});
+            room += views.back().count + 2;
+        }
+        std::vector<int32_t> triangles(static_cast<size_t>(3 * room));
+        int64_t written = 0;
+        hash.add(korvale_triangulate(views.data(), static_cast<int64_t>(views.size()), triangles.data(), room, &written,
+                                     nullptr));
+        hash.add(triangles.data(), 3 * written);
+    }
+    EXPECT_EQ(hash.value(), 0xb2b19283dd206826u);
+}
+
+} // namespace korvale::test
