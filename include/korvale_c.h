@@ -315,6 +315,18 @@ KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t 
 KORVALE_C_API korvale_status korvale_triangulate(const korvale_points* outlines, int64_t count, int32_t* triangles,
                                                  int64_t room, int64_t* written, korvale_error* error);
 
+/// Sorts outlines seen from above, along z, into shapes. `outer` [count] is, for an outer outline, its own number, for
+/// a hole that of its outer outline. It is -1 for an outline without points and -2 - m for one that repeats outline m,
+/// the same area whichever way round, and so belongs to no shape.
+///
+/// An outline inside an even number of others is an outer one, whichever way round it runs; there is no limit to how
+/// deep they nest. Outlines may touch in points and along edges. One without area is where its lowest point is. Of
+/// outlines that cross, some are taken for inside others and some not.
+///
+/// Refuses numbers that are not finite.
+KORVALE_C_API korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, int32_t* outer,
+                                            korvale_error* error);
+
 // --- Meshes ----------------------------------------------------------------------------------------------------------
 
 /// The unit normals of triangles, [triangles][3], towards the side from which their corners run counter-clockwise; of

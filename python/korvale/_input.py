@@ -12,6 +12,7 @@ from typing import Any
 
 import numpy
 
+from . import _korvale
 from ._errors import Error, refuse
 from ._types import Numbers
 
@@ -225,30 +226,17 @@ def without_repeat(outline: Numbers) -> Numbers:
     return outline[:-1] if len(outline) > 1 and (outline[0] == outline[-1]).all() else outline
 
 
-def _doubled_area(outline: Numbers) -> float:
-    x, y = outline[:, 0], outline[:, 1]
-    return float(numpy.sum(x * numpy.roll(y, -1) - numpy.roll(x, -1) * y))
-
-
-def _is_inside(p: Numbers, outline: Numbers) -> bool:
-    """Whether a point lies in an outline, both seen from above."""
-    a, b = outline, numpy.roll(outline, -1, axis=0)
-    straddles = (a[:, 1] > p[1]) != (b[:, 1] > p[1])
-    a, b = a[straddles], b[straddles]
-    across = a[:, 0] + (p[1] - a[:, 1]) / (b[:, 1] - a[:, 1]) * (b[:, 0] - a[:, 0])
-    return int(numpy.count_nonzero(across > p[0])) % 2 == 1
-
-
 def shapes_of(outlines: Iterable[Numbers]) -> list[list[Numbers]]:
-    """Sorts outlines into shapes: those inside an even number of others are outer ones, the rest their holes."""
-    rings = [ring for ring in map(without_repeat, outlines) if len(ring)]
-    holders = [[k for k, other in enumerate(rings) if k != i and _is_inside(ring[0], other)]
-               for i, ring in enumerate(rings)]
-    shapes = {i: [ring] for i, ring in enumerate(rings) if len(holders[i]) % 2 == 0}
-    for i, ring in enumerate(rings):
-        if i not in shapes:
-            outer = min((k for k in holders[i] if k in shapes), key=lambda k: abs(_doubled_area(rings[k])))
-            shapes[outer].append(ring)
+    """Sorts outlines into shapes: those inside an even number of others are outer ones, the rest their holes.
+
+    One that is there twice is taken once.
+    """
+    rings = [without_repeat(outline) for outline in outlines]
+    outer = _korvale.shapes(rings).tolist()
+    shapes = {k: [ring] for k, ring in enumerate(rings) if outer[k] == k}
+    for k, ring in enumerate(rings):
+        if 0 <= outer[k] != k:
+            shapes[outer[k]].append(ring)
     return list(shapes.values())
 
 

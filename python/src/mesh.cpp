@@ -113,6 +113,25 @@ py::array triangulate_of(const py::list& outlines)
                    owner);
 }
 
+/// For each outline the number of its outer one, as `korvale_shapes` has them.
+py::array shapes_of(const py::list& outlines)
+{
+    const ShapeIn shape(outlines, "shapes", "path");
+    std::vector<korvale_points> views;
+    for (const PointView& outline : shape.views())
+        views.push_back(detail::view_of(outline));
+    py::array_t<std::int32_t> outer(static_cast<py::ssize_t>(views.size()));
+    std::int32_t* const to = outer.mutable_data();
+    korvale_error error;
+    korvale_status status = KORVALE_OK;
+    {
+        const Unlocked unlocked(shape.points() >= kLongShape);
+        status = korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), to, &error);
+    }
+    detail::check("shapes", status, error);
+    return outer;
+}
+
 } // namespace
 
 void bind_mesh(py::module_& m)
@@ -164,6 +183,7 @@ void bind_mesh(py::module_& m)
     m.def("bevel", &bevel_of);
     m.def("tube", &tube_of);
     m.def("triangulate", &triangulate_of);
+    m.def("shapes", &shapes_of);
 }
 
 } // namespace korvale::python

@@ -1,4 +1,4 @@
-// Outlines cut into triangles.
+// Outlines cut into triangles and sorted into shapes.
 #include "check.h"
 
 static const double plate_points[] = {0, 0, 8, 0, 8, 8, 0, 8};
@@ -42,7 +42,26 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status sorts_outlines_into_shapes(void)
+{
+    korvale_points outlines[4];
+    int32_t outer[4] = {-7, -7, -7, -7};
+    korvale_error error;
+    outlines[0] = hole;
+    outlines[1] = plate;
+    outlines[2] = plate;
+    outlines[3] = plate;
+    outlines[3].count = 0;
+    TRY_WRITING(outer, korvale_shapes(outlines, 4, outer, &error));
+    CHECK(outer[0] == 1 && outer[1] == 1 && outer[2] == -3 && outer[3] == -1);
+    REFUSE(korvale_shapes(outlines, 4, NULL, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_shapes: outer must be given, but it is null");
+done:
+    return (korvale_status)error.status;
+}
+
 void shape_tests(void)
 {
     RUN(cuts_a_plate_with_a_hole);
+    RUN(sorts_outlines_into_shapes);
 }

@@ -179,6 +179,17 @@ TEST(FaceTriangulate, SaysWhatItRefuses)
               "triangulate: outline 1 must have at least 3 points, but it has 2");
 }
 
+TEST(FaceShapes, ListsHolesAfterTheirOuterOutline)
+{
+    const Outline far = {{20, 0, 0}, {30, 0, 0}, {30, 10, 0}};
+    EXPECT_EQ(shapes({kPlate[1], far, {}, kPlate[0], kPlate[1]}), (std::vector<std::vector<size_t>>{{1}, {3, 0}}));
+    EXPECT_TRUE(shapes(std::vector<Outline>()).empty());
+    EXPECT_EQ(refusal_of([] {
+                  shapes({{{0, 0, 0}, {1, std::nan(""), 0}, {0, 1, 0}}});
+              }),
+              "shapes: outline 0 must be finite, but its point 1 is (1, nan, 0)");
+}
+
 TEST(FaceTube, FacesOutwardsAndCloses)
 {
     Outline helix, section = circle(12, 0.5);

@@ -1,4 +1,5 @@
-// The fixed results of outlines cut into triangles through the C interface, on coordinates that need no trigonometry.
+// The fixed results of outlines cut into triangles and sorted into shapes through the C interface, on coordinates that
+// need no trigonometry.
 #include <gtest/gtest.h>
 
 #include "include/korvale_c.h"
@@ -39,6 +40,28 @@ TEST(Golden, DoorTriangulate)
         hash.add(triangles.data(), 3 * written);
     }
     EXPECT_EQ(hash.value(), 0xb2b19283dd206826u);
+}
+
+TEST(Golden, DoorShapes)
+{
+    Random random(1108);
+    Hash hash;
+    for (int i = 0; i < 1000; ++i) {
+        std::vector<double> boxes;
+        const int n = random.between(1, 60);
+        for (int k = 0; k < n; ++k) {
+            const double x = random.between(0, 20), y = random.between(0, 20);
+            const double right = x + random.between(0, 9), top = y + random.between(0, 9);
+            boxes.insert(boxes.end(), {x, y, right, y, right, top, x, top});
+        }
+        std::vector<korvale_points> views;
+        for (int k = 0; k < n; ++k)
+            views.push_back(
+                {&boxes[static_cast<size_t>(8 * k)], random.between(0, 9) == 0 ? 0 : 4, 0, 2, KORVALE_DOUBLE});
+        std::vector<int32_t> outer(static_cast<size_t>(n));
+        hash.add(korvale_shapes(views.data(), n, outer.data(), nullptr)).add(outer.data(), n);
+    }
+    EXPECT_EQ(hash.value(), 0xc3e015dba4fa340bu);
 }
 
 } // namespace korvale::test

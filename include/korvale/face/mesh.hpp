@@ -326,6 +326,37 @@ inline std::vector<Triangle> triangulate(const ShapeView& outlines)
     return triangles;
 }
 
+/// Sorts outlines seen from above, along z, into shapes: numbers of outlines, that of an outer one first and then those
+/// of its holes.
+///
+/// An outline inside an even number of others is an outer one, whichever way round it runs. Outlines may touch, but not
+/// cross. One that is there twice is taken once, and one without points is left out.
+///
+/// ```
+/// for (const std::vector<std::size_t>& shape : korvale::shapes(outlines))
+///     fill(outlines[shape[0]], shape.size() - 1);
+/// ```
+inline std::vector<std::vector<std::size_t>> shapes(const ShapeView& outlines)
+{
+    const std::vector<korvale_points> views = detail::views_of(outlines);
+    std::vector<std::int32_t> outer(views.size());
+    korvale_error error;
+    detail::check("shapes", korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), outer.data(), &error),
+                  error);
+    std::vector<std::vector<std::size_t>> shapes;
+    std::vector<std::size_t> place(views.size());
+    for (const bool holes : {false, true})
+        for (std::size_t k = 0; k < outer.size(); ++k)
+            if (const std::int32_t m = outer[k]; m >= 0 && (m != static_cast<std::int32_t>(k)) == holes) {
+                if (!holes) {
+                    place[k] = shapes.size();
+                    shapes.emplace_back();
+                }
+                shapes[place[static_cast<std::size_t>(m)]].push_back(k);
+            }
+    return shapes;
+}
+
 /// One layer of a bevel.
 struct BevelStep {
     double distance; ///< outwards
