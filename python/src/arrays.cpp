@@ -12,6 +12,9 @@ using Doubles = py::array_t<double, py::array::c_style>;
 constexpr py::ssize_t kManyNumbers = 50000;
 constexpr py::ssize_t kManyDraws = 1000;
 
+/// Draws between two looks for signals.
+constexpr py::ssize_t kDraws = 65536;
+
 /// A record over an array [n][...], which the library only reads, or writes without shaping it.
 DATAstruct record_of(const char* function, const py::array& array)
 {
@@ -86,8 +89,12 @@ py::array draws(py::ssize_t count)
     Doubles out(count);
     double* const to = out.mutable_data();
     const Unlocked unlocked(count >= kManyDraws);
-    for (py::ssize_t i = 0; i < count; ++i)
+    Signals signals;
+    for (py::ssize_t i = 0; i < count; ++i) {
+        if (i % kDraws == kDraws - 1)
+            signals();
         to[i] = Draw();
+    }
     return out;
 }
 

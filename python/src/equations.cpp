@@ -21,6 +21,9 @@ constexpr std::size_t kManyRows = 200;
 constexpr int kManyEquations = 100;
 constexpr int kManyDraws = 500;
 
+/// Rows between two looks for signals.
+constexpr std::size_t kPart = 16384;
+
 /// Python functions of one number of arguments that a system can have.
 constexpr std::size_t kMostFunctions = 64;
 
@@ -103,6 +106,7 @@ public:
     }
 
     Equations& equations() { return equations_; }
+    bool has_raised() const { return raised_ != nullptr; }
     bool is_large() const { return equations_.size() >= kManyEquations; }
 
     int visit(visitproc visit, void* arg)
@@ -184,14 +188,43 @@ std::vector<Column> to_read(const Columns& columns)
     return read;
 }
 
+/// Some rows of columns.
+template <class AnyColumn>
+std::vector<AnyColumn> part_of(std::vector<AnyColumn> columns, std::size_t first, std::size_t last)
+{
+    for (AnyColumn& column : columns) {
+        column.values += column.stride * static_cast<std::ptrdiff_t>(first);
+        column.size = last - first;
+    }
+    return columns;
+}
+
+/// Calls `work` with the first and past the last row of parts of nearly one size, so that what holds for all rows holds
+/// for each part; looks for signals in between, and ends once a function has raised.
+template <class Work>
+void for_each_part(const System& system, std::size_t rows, Work work)
+{
+    const std::size_t parts = std::max<std::size_t>(1, (rows + kPart - 1) / kPart);
+    Signals signals;
+    for (std::size_t k = 0; k < parts && !system.has_raised(); ++k) {
+        work(k * rows / parts, (k + 1) * rows / parts);
+        if (parts > 1)
+            signals();
+    }
+}
+
 void evaluate_rows(System& system, int equation, const Columns& columns, py::array out)
 {
     const std::vector<Column> read = to_read(columns);
     double* const to = static_cast<double*>(out.mutable_data());
     const auto rows = static_cast<std::size_t>(out.shape(0));
     const std::ptrdiff_t stride = stride_of(out);
-    system.run("Equations.evaluate", rows >= kManyRows,
-               [&](Equations& equations) { equations.evaluate(equation, read, to, rows, stride); });
+    system.run("Equations.evaluate", rows >= kManyRows, [&](Equations& equations) {
+        for_each_part(system, rows, [&](std::size_t first, std::size_t last) {
+            equations.evaluate(equation, part_of(read, first, last), to + stride * static_cast<std::ptrdiff_t>(first),
+                               last - first, stride);
+        });
+    });
 }
 
 void evaluate_all_rows(System& system, const Columns& columns, Columns& results)
@@ -202,8 +235,11 @@ void evaluate_all_rows(System& system, const Columns& columns, Columns& results)
         write.emplace_back(name, static_cast<double*>(array.mutable_data()), static_cast<std::size_t>(array.shape(0)),
                            stride_of(array));
     const std::size_t rows = !read.empty() ? read[0].size : write.empty() ? 0 : write[0].size;
-    system.run("Equations.evaluate_all", rows >= kManyRows,
-               [&](Equations& equations) { equations.evaluate_all(read, write); });
+    system.run("Equations.evaluate_all", rows >= kManyRows, [&](Equations& equations) {
+        for_each_part(system, rows, [&](std::size_t first, std::size_t last) {
+            equations.evaluate_all(part_of(read, first, last), part_of(write, first, last));
+        });
+    });
 }
 
 /// What a table holds, [rows][columns] as they were when it was made; equations added since may want more columns.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
@@ -23,12 +24,13 @@ py::object converted(const char* by, Arguments&&... arguments)
     return py::module_::import("korvale._input").attr(by)(std::forward<Arguments>(arguments)...);
 }
 
-/// Whether an object is an array of T that can be read where it is: C-contiguous, aligned, in native byte order.
+/// Whether an object is an array of T that can be read where it is: C-contiguous, aligned, in native byte order, and of
+/// no other class, such as one with a mask.
 template <class T>
 bool is_plain(py::handle object)
 {
     using Plain = py::array_t<T, py::array::c_style>;
-    return Plain::check_(object) &&
+    return Py_TYPE(object.ptr()) == py::detail::npy_api::get().PyArray_Type_ && Plain::check_(object) &&
            (py::reinterpret_borrow<py::array>(object).flags() & py::detail::npy_api::NPY_ARRAY_ALIGNED_) != 0;
 }
 
@@ -154,6 +156,29 @@ public:
 
 private:
     std::optional<py::gil_scoped_release> release_;
+};
+
+/// Asks now and then, without the interpreter's lock, whether a signal has arrived, and raises what its handler raises:
+/// an interrupt from the keyboard ends long work so. It serves as a `Progress` that always goes on.
+class Signals {
+public:
+    bool operator()(double = 0)
+    {
+        const auto now = Clock::now();
+        if (now - asked_ < kPatience)
+            return true;
+        asked_ = now;
+        const py::gil_scoped_acquire locked;
+        if (PyErr_CheckSignals() != 0)
+            throw py::error_already_set();
+        return true;
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr auto kPatience = std::chrono::milliseconds(50);
+
+    Clock::time_point asked_ = Clock::now();
 };
 
 /// One thread's turn at an object that serves one thread at a time. Another thread waits, without the interpreter's

@@ -1,0 +1,71 @@
+"""Tests that an interrupt from the keyboard ends every long call soon and leaves nothing behind.
+
+Each call would take far longer than it may take to end: a look at the clock tells.
+"""
+
+import os
+import signal
+import threading
+import time
+import unittest
+
+import korvale
+import numpy
+from test_sound import resident_kib, ring
+
+# Half a second is 0.2 s on a machine that does other things as well.
+SOON = 0.5
+
+
+def made():
+    """Long calls by their names: more than ten seconds each."""
+    generator = numpy.random.default_rng(8)
+    grid = korvale.RayGrid(generator.uniform(-1, 1, (3000, 9)))
+    tube = korvale.tube(ring(20000), ring(8) / 100)
+    relaxer = korvale.Relaxer(tube).keep("lengths")
+    points = numpy.zeros((5000000, 3))
+    wave = korvale.Equations("y x z")
+    wave.function("SLOWLY", lambda x: x)
+    for text in ("y = " + " + ".join(["SIN(x)"] * 20), "y = RAND + " + " + ".join(["SIN(x)"] * 20), "z = SLOWLY(x)"):
+        wave.add(text)
+    x = numpy.zeros(40000000)
+    return {
+        "RayGrid.cast": lambda: grid.cast(points, (1, 2, 3)),
+        "RayGrid.contains": lambda: grid.contains(points),
+        "Relaxer.step": lambda: relaxer.step(tube.vertices * (1.5, 1, 1), 10**6),
+        "Relaxer.run": lambda: relaxer.run(tube.vertices * (1.5, 1, 1), steps=10**6),
+        "Equations.evaluate": lambda: wave.evaluate(0, x=x),
+        "Equations.evaluate, row by row": lambda: wave.evaluate(1, x=x),
+        "Equations.evaluate, a function in Python": lambda: wave.evaluate(2, x=x),
+        "Equations.evaluate_all": lambda: wave.evaluate_all("y z", x=x),
+    }
+
+
+class InterruptTest(unittest.TestCase):
+    def interrupted(self, call):
+        """Seconds from the interrupt to the end of a call."""
+        sent = []
+
+        def interrupt():
+            sent.append(time.monotonic())
+            os.kill(os.getpid(), signal.SIGINT)
+
+        timer = threading.Timer(0.3, interrupt)
+        timer.start()
+        with self.assertRaises(KeyboardInterrupt):
+            call()
+        taken = time.monotonic() - sent[0]
+        timer.join()
+        return taken
+
+    def test_ends_every_long_call_soon(self):
+        for name, call in made().items():
+            with self.subTest(name):
+                self.assertLess(self.interrupted(call), SOON)
+                before = resident_kib()
+                self.assertLess(self.interrupted(call), SOON)  # the object is free for another call
+                self.assertLess(resident_kib() - before, 3000)
+
+
+if __name__ == "__main__":
+    unittest.main()
