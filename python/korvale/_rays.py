@@ -6,7 +6,7 @@ from typing import Any, NamedTuple
 
 import numpy
 
-from . import _input, _korvale
+from . import _input, _korvale, _records
 from ._errors import refuse
 from ._progress import Progress
 from ._types import Doubles, Ints, Truths
@@ -25,6 +25,7 @@ class RayHit(NamedTuple):
     weights: tuple[float, float, float]  #: of the corners at the meeting; they add up to 1
 
 
+@_records.compared
 class Cast(NamedTuple):
     """What rays have met, one value a ray; None for what was not wanted."""
 

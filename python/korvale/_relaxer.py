@@ -6,12 +6,13 @@ from typing import Any, NamedTuple
 
 import numpy
 
-from . import _input, _korvale
+from . import _input, _korvale, _records
 from ._errors import refuse
 from ._progress import Progress
 from ._types import Doubles, Ints, Numbers
 
 
+@_records.compared
 class Relaxation(NamedTuple):
     """What a relaxation came to."""
 

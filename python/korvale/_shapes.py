@@ -6,7 +6,7 @@ from typing import Any, NamedTuple
 
 import numpy
 
-from . import _input, _korvale
+from . import _input, _korvale, _records
 from ._errors import refuse
 from ._korvale import Band, Mesh, Offset
 from ._transform import Transform
@@ -239,6 +239,7 @@ def frames(path: Any, *, closed: bool = False) -> Doubles:
     return _korvale.frames(path, closed)
 
 
+@_records.compared
 class Scattered(NamedTuple):
     """Points on triangles, and what they carry."""
 

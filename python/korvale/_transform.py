@@ -6,11 +6,12 @@ from typing import Any, NamedTuple
 
 import numpy
 
-from . import _input, _korvale
+from . import _input, _korvale, _records
 from ._errors import refuse
 from ._types import Doubles
 
 
+@_records.compared
 class Srt(NamedTuple):
     """Scale, rotation about x, then y, then z in radians, and translation, applied in this order: (3,) or (N, 3)."""
 

@@ -361,6 +361,28 @@ class ScatterTest(RefusingTest):
         self.assertEqual(korvale.scatter(self.mesh, 100, seed=7, attributes=vertices[:, 0]).attributes.shape, (100, 1))
         self.assertIsNone(korvale.scatter(self.mesh, 100, seed=7).attributes)
 
+    def test_results_with_arrays_compare_by_one_truth(self):
+        grid, relaxer = korvale.RayGrid(self.mesh), korvale.Relaxer(self.mesh).keep("lengths")
+        above = self.mesh.vertices + (0.3, 0.2, 9)
+        for make in (lambda k: korvale.scatter(self.mesh, 10 * k, seed=7, attributes=self.mesh.vertices),
+                     lambda k: korvale.scatter(self.mesh, 10, seed=k),
+                     lambda k: grid.cast(above * k, (0, 0, -1), counts=False),
+                     lambda k: relaxer.run(above * k, steps=5),
+                     lambda k: korvale.take_apart(korvale.from_srt(SQUARE * k + 1, SQUARE, SQUARE))):
+            result = make(1)
+            self.assertIs(result == make(1), True)
+            self.assertIs(result != make(1), False)
+            self.assertIs(result == make(2), False)
+            self.assertIs(result != make(2), True)
+            self.assertIs(result == tuple(make(1)), True)
+            self.assertIs(tuple(make(1)) != result, False)
+            self.assertIs(result == None or result == result[:1] or result == list(result), False)  # noqa: E711
+            self.assertEqual(copy.deepcopy(result), result)
+            with self.assertRaisesRegex(TypeError, "unhashable"):
+                hash(result)
+        with self.assertRaisesRegex(TypeError, "unhashable"):
+            hash(korvale.offset(SQUARE, 1))
+
     def test_says_what_it_refuses(self):
         self.assertRefuses("scatter: triangles must have at least 1 triangle, but there is none",
                            lambda: korvale.scatter(numpy.zeros((0, 9)), 5, seed=1))
