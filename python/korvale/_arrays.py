@@ -32,8 +32,9 @@ def mix(a: Any, b: Any, wa: float, wb: float, *, out: Doubles | None = None) -> 
     """
     x, y = _alike("mix", a=a, b=b)
     result = _input.output(out, x.shape, "mix")
-    _korvale.mix(x, y, _input.number(wa, "mix", "wa"), _input.number(wb, "mix", "wb"), result)
-    return result
+    place = _input.workplace(result, x, y)
+    _korvale.mix(x, y, _input.number(wa, "mix", "wa"), _input.number(wb, "mix", "wb"), place)
+    return _input.deliver(result, place)
 
 
 def mix4(a: Any, b: Any, c: Any, d: Any, wa: float, wb: float, wc: float, wd: float, *,
@@ -46,8 +47,9 @@ def mix4(a: Any, b: Any, c: Any, d: Any, wa: float, wb: float, wc: float, wd: fl
     p, q, r, s = _alike("mix4", a=a, b=b, c=c, d=d)
     weights = [_input.number(w, "mix4", name) for name, w in zip(("wa", "wb", "wc", "wd"), (wa, wb, wc, wd))]
     result = _input.output(out, p.shape, "mix4")
-    _korvale.mix4(p, q, r, s, weights, result)
-    return result
+    place = _input.workplace(result, p, q, r, s)
+    _korvale.mix4(p, q, r, s, weights, place)
+    return _input.deliver(result, place)
 
 
 def bounds(array: Any) -> Doubles:
@@ -76,10 +78,11 @@ def reverse(array: Any, *, out: Doubles | None = None) -> Doubles:
     """
     given, = _alike("reverse", array=array)
     result = _input.output(out, given.shape, "reverse")
-    if result is not given:
-        result[...] = given
-    _korvale.reverse(result)
-    return result
+    place = _input.workplace(result, given)
+    if place is not given:
+        place[...] = given
+    _korvale.reverse(place)
+    return _input.deliver(result, place)
 
 
 def join(a: Any, b: Any) -> Doubles:

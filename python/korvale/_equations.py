@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import inspect
+import math
 from collections.abc import Callable, Iterable, Iterator
 from typing import Any
 
@@ -127,7 +128,7 @@ refused at character 14: "frequency" is neither a variable nor a function
         columns, values: what variables are set to before each run, as a mapping or as keywords: numbers, which stay
             the same, or arrays of one shape. Columns of float64 arrays are read where they are, strided ones too. What
             is not given keeps its value, 0 after `declare`.
-        out: where the results go, float64 of that shape.
+        out: where the results go, float64 of that shape; it may be strided, such as a column of points.
         progress: see `Relaxer.run`; it is told of the rows done.
 
         Returns a float, or an array of the columns' shape. The variables keep the values of the last row.
@@ -146,23 +147,19 @@ refused at character 14: "frequency" is neither a variable nor a function
         if shape is None:
             return self._system.evaluate(number)
         result = _input.output(out, shape, name)
-        rows = result.reshape(-1)
-        if progress is None:
-            self._system.evaluate_rows(number, given, rows)
-            return result
+        place = result if _are_rows(result) else numpy.array(result, order="C")
+        rows = place.reshape(-1)
         with Progress(progress, len(rows)) as report:
-            for first in range(0, len(rows), _CHUNK):
-                part = slice(first, first + _CHUNK)
-                self._system.evaluate_rows(number, [(v, column[part]) for v, column in given], rows[part])
-                if not report(min(first + _CHUNK, len(rows))):
-                    break
-        return result
+            for first, last in report.parts(_CHUNK):
+                self._system.evaluate_rows(number, [(v, column[first:last]) for v, column in given], rows[first:last])
+        return _input.deliver(result, place)
 
-    def evaluate_all(self, results: str | Iterable[str] = (), columns: Any = None, /, **values: Any) -> Any:
+    def evaluate_all(self, results: str | Iterable[str] = (), columns: Any = None, /, *, progress: Any = None,
+                     **values: Any) -> Any:
         """Runs all equations in order, once or for every row of columns.
 
         results: the variables whose values are wanted after each pass, such as "x y".
-        columns, values: as for `evaluate`.
+        columns, values, progress: as for `evaluate`.
 
         Returns a dict of the results: floats, or arrays of the columns' shape.
 
@@ -182,7 +179,11 @@ refused at character 14: "frequency" is neither a variable nor a function
             self._system.evaluate_all()
             return {variable: self._system.get(variable) for variable in wanted}
         arrays = {variable: numpy.empty(shape) for variable in wanted}
-        self._system.evaluate_all_rows(given, [(v, array.reshape(-1)) for v, array in arrays.items()])
+        rows = [(variable, array.reshape(-1)) for variable, array in arrays.items()]
+        with Progress(progress, math.prod(shape)) as report:
+            for first, last in report.parts(_CHUNK):
+                self._system.evaluate_all_rows([(v, column[first:last]) for v, column in given],
+                                               [(v, row[first:last]) for v, row in rows])
         return arrays
 
     @property
@@ -411,10 +412,14 @@ def _named(columns: Any, values: dict[str, Any], function: str) -> dict[str, Any
 
 def _column(value: Any, function: str, name: str) -> Doubles:
     """Numbers as an array of doubles whose stride counts doubles, without a copy where they are that already."""
-    if (isinstance(value, numpy.ndarray) and value.dtype == numpy.float64 and value.flags.aligned
-            and value.ndim == 1 and value.strides[0] % 8 == 0):
+    if type(value) is numpy.ndarray and value.dtype == numpy.float64 and _are_rows(value):
         return value
     return _input.array(value, function, name, "be numbers")
+
+
+def _are_rows(array: Doubles) -> bool:
+    """Whether values stand where rows are read and written: one after the other, or in steps of whole doubles."""
+    return array.flags.aligned and (array.flags.c_contiguous or (array.ndim == 1 and array.strides[0] % 8 == 0))
 
 
 def _arguments_of(callable: Callable[..., float]) -> int:

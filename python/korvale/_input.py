@@ -1,13 +1,26 @@
-"""Turns what people hand in into plain arrays: lists, arrays of any kind, and objects of other packages.
+"""Turns what people hand in into plain arrays. Whatever korvale takes is known here, and nowhere else.
 
-Other packages are known by their attributes alone, so none of them is imported: Shapely by `exterior`, `interiors` and
-`coords`, trimesh by `vertices` and `faces`, meshio by `points` and `cells`, matplotlib by `vertices` and `codes`.
+- numbers: real ones of any kind, but no truth, text or array; whole numbers: int and NumPy's integers
+- points, a line: whatever NumPy makes an array of real numbers of, (N, 2) or (N, 3); rings and lines of Shapely,
+  polygons without holes, groups of points; paths of matplotlib and trimesh with one part
+- an outline, a shape: the same; lists of outlines, polygons of Shapely and paths with holes; bands
+- shapes: the same; whatever holds several of them
+- a mesh: objects with `vertices` and `faces`, such as trimesh's, or with `points` and `cells`, as meshio's; tuples
+- faces: whole numbers (F, k), or rows of them of any lengths
+- a choice of points: truths, one a point, or whole numbers
+
+Other packages are known by their attributes alone, so none of them is imported: Shapely by `exterior`, `interiors`,
+`coords` and `geoms`, matplotlib by `vertices` and `codes`, trimesh by `vertices` and `faces` or `discrete`, meshio by
+`points` and `cells`. Whatever has `__array__` is an array.
+
+What could be meant in two ways is refused: truths among numbers, masked values, sets and dicts, which have no order,
+zeros and ones where a choice of points is wanted.
 """
 
 from __future__ import annotations
 
 import operator
-from collections.abc import Iterable, Sequence
+from collections.abc import Iterable, Mapping, Sequence
 from typing import Any
 
 import numpy
@@ -19,6 +32,8 @@ from ._types import Numbers
 # How matplotlib marks the vertices of a path.
 _MOVE, _LINE, _CLOSE = 1, 2, 79
 
+_WITHOUT_ORDER = (set, frozenset, Mapping)
+
 
 def _shown(value: Any) -> str:
     text = repr(value)
@@ -27,8 +42,11 @@ def _shown(value: Any) -> str:
 
 def number(value: Any, function: str, argument: str) -> float:
     """A real number."""
+    kind = getattr(getattr(value, "dtype", None), "kind", "f")
     try:
-        if isinstance(value, (str, bytes)):
+        if isinstance(value, (str, bytes, bool)) or kind not in "fiuO" or getattr(value, "ndim", 0) != 0:
+            raise TypeError
+        if is_masked(value):
             raise TypeError
         return float(value)
     except (TypeError, ValueError, OverflowError):
@@ -38,6 +56,8 @@ def number(value: Any, function: str, argument: str) -> float:
 def count(value: Any, function: str, argument: str, least: int = 0, most: int = 2**31 - 1) -> int:
     """A whole number within bounds."""
     try:
+        if isinstance(value, (bool, numpy.bool_)):
+            raise TypeError
         n = operator.index(value)
     except TypeError:
         raise refuse(function, argument, "be a whole number", f"it is {_shown(value)}") from None
@@ -62,7 +82,7 @@ def text(value: Any, function: str, argument: str) -> str:
 
 def items(value: Any, function: str, argument: str, must: str) -> list[Any]:
     """The items of something to go through."""
-    if not isinstance(value, (str, bytes)):
+    if not isinstance(value, (str, bytes, *_WITHOUT_ORDER)):
         try:
             return list(value)
         except TypeError:
@@ -70,39 +90,49 @@ def items(value: Any, function: str, argument: str, must: str) -> list[Any]:
     raise refuse(function, argument, must, f"it is {_shown(value)}")
 
 
-def array(value: Any, function: str, argument: str, must: str) -> Numbers:
-    """Numbers as an array of doubles, without a copy where they are that already."""
-    if hasattr(value, "coords") and not isinstance(value, numpy.ndarray):
-        value = value.coords
-    if isinstance(value, (str, bytes)):
+def is_masked(value: Any) -> bool:
+    """Whether any of an array's values are masked."""
+    return isinstance(value, numpy.ma.MaskedArray) and bool(numpy.any(value.mask))
+
+
+def _given(value: Any, function: str, argument: str, must: str) -> Numbers:
+    """What NumPy makes of something, of whatever kind."""
+    if is_masked(value):
+        raise refuse(function, argument, must, f"{numpy.count_nonzero(value.mask)} of its {value.size} values are "
+                     "masked: fill them, or leave them out")
+    if isinstance(value, (str, bytes, *_WITHOUT_ORDER)):
         raise refuse(function, argument, must, f"it is {_shown(value)}")
-    if not isinstance(value, numpy.ndarray) and not hasattr(value, "__array__") and not isinstance(value, Sequence):
-        if isinstance(value, Iterable):
-            value = list(value)
+    if not hasattr(value, "__array__") and not isinstance(value, Sequence) and isinstance(value, Iterable):
+        value = list(value)
     try:
-        given = numpy.asarray(value)
-        if given.dtype.kind not in "fiub":
-            if given.dtype.kind == "O" and given.size and not any(isinstance(v, Sequence) for v in given.flat):
-                given = given.astype(float)  # such as Fraction and Decimal
-            else:
-                raise refuse(function, argument, must, f"it holds {_kind(given)}")
-    except Error:
-        raise
+        return numpy.asarray(value)
     except (TypeError, ValueError):
         raise refuse(function, argument, must, "its rows differ in length or are no numbers") from None
+
+
+def array(value: Any, function: str, argument: str, must: str) -> Numbers:
+    """Numbers as an array of doubles, without a copy where they are that already."""
+    given = _given(value, function, argument, must)
+    if given.dtype.kind == "O" and given.size and not any(isinstance(v, (Sequence, bool)) for v in given.flat):
+        try:
+            given = given.astype(float)  # such as Fraction and Decimal
+        except (TypeError, ValueError):
+            raise refuse(function, argument, must, "its rows differ in length or are no numbers") from None
+    if given.dtype.kind not in "fiu":
+        raise refuse(function, argument, must, f"it holds {_kind(given)}")
     return numpy.ascontiguousarray(given, dtype=numpy.float64) if given.ndim else given.astype(numpy.float64)
 
 
 def _kind(given: Numbers) -> str:
     names = {"U": "text", "S": "bytes", "c": "complex numbers", "O": "objects, or rows that differ in length",
-             "M": "dates", "m": "times", "V": "records"}
+             "M": "dates", "m": "times", "V": "records", "b": "truths"}
     return names.get(given.dtype.kind, str(given.dtype))
 
 
 def points(value: Any, function: str, argument: str) -> Numbers:
-    """Points as a plain array of doubles (N, 3); a missing z is 0."""
+    """Points, or the points of a line, as a plain array of doubles (N, 3); a missing z is 0."""
     must = "be points, (N, 2) or (N, 3)"
-    given = array(value, function, argument, must)
+    given = array(_line_of(value, function, argument, must), function, argument, must)
     if given.ndim == 2 and given.shape[1] == 3:
         return numpy.require(given, numpy.float64, ["C", "A"])
     if given.ndim == 2 and given.shape[1] == 2:
@@ -114,10 +144,46 @@ def points(value: Any, function: str, argument: str) -> Numbers:
     raise refuse(function, argument, must, f"its shape is {given.shape}")
 
 
+def _line_of(value: Any, function: str, argument: str, must: str) -> Any:
+    """The points of a line of another package; whatever else as it is."""
+    if isinstance(value, (numpy.ndarray, list, tuple)) or hasattr(value, "__array__"):
+        return value
+    if _has(value, "exterior", "interiors"):
+        if holes := items(value.interiors, function, argument, "have interiors"):
+            raise refuse(function, argument, must, f"it is a polygon with {len(holes)} hole" + "s" * (len(holes) > 1))
+        return _coordinates(value.exterior)
+    if _has(value, "geoms"):
+        parts = items(value.geoms, function, argument, must)
+        if len(parts) == 1:
+            return _line_of(parts[0], function, argument, must)
+        places = [_coordinates(part) for part in parts]
+        if any(not isinstance(place, Iterable) or len(list(place)) != 1 for place in places):
+            raise refuse(function, argument, must, f"it has {len(parts)} parts: take its .geoms singly")
+        return [tuple(place)[0] for place in places]  # points
+    if is_path(value):
+        parts = path_outlines(value, function, argument)
+        if len(parts) != 1:
+            raise refuse(function, argument, must, f"it is a path of {len(parts)} parts")
+        return parts[0]
+    return _coordinates(value)
+
+
+def _has(value: Any, *names: str) -> bool:
+    """Whether something has attributes; those that raise when they are looked at are none."""
+    try:
+        return all(hasattr(value, name) for name in names)
+    except NotImplementedError:  # as the coords of Shapely's polygons do
+        return False
+
+
+def _coordinates(value: Any) -> Any:
+    return value.coords if _has(value, "coords") else value
+
+
 def point(value: Any, function: str, argument: str) -> Numbers:
     """One point as an array (1, 3)."""
     must = "be a point, (3,) or (2,)"
-    given = array(value, function, argument, must)
+    given = array(_coordinates(value), function, argument, must)
     if given.shape == (1, 3) or given.shape == (1, 2):
         given = given[0]
     if given.shape == (3,) or given.shape == (2,):
@@ -127,7 +193,8 @@ def point(value: Any, function: str, argument: str) -> Numbers:
 
 def points_or_point(value: Any, function: str, argument: str) -> tuple[Numbers, bool]:
     """Points (N, 3), and whether they were a single one, (3,), which becomes (1, 3)."""
-    given = array(value, function, argument, "be points, (N, 3) or (3,)")
+    must = "be points, (N, 3) or (3,)"
+    given = array(_line_of(value, function, argument, must), function, argument, must)
     is_single = given.ndim == 1 and given.size > 0
     return points(given[None] if is_single else given, function, argument), is_single
 
@@ -144,8 +211,15 @@ def finite(given: Numbers, function: str, argument: str) -> Numbers:
 # --- Outlines --------------------------------------------------------------------------------------------------------
 
 
-def _path_outlines(path: Any, function: str, argument: str) -> list[Numbers]:
-    """The outlines of a matplotlib path."""
+def is_path(value: Any) -> bool:
+    """Whether something is a path of matplotlib or of trimesh."""
+    return _has(value, "vertices", "codes") or _has(value, "discrete")
+
+
+def path_outlines(path: Any, function: str, argument: str) -> list[Numbers]:
+    """The lines of a path. Those that are closed repeat their first point."""
+    if not _has(path, "codes"):
+        return [points(line, function, argument) for line in items(path.discrete, function, argument, "have lines")]
     codes = path.codes
     if codes is None:
         return [points(path.vertices, function, argument)]
@@ -155,24 +229,16 @@ def _path_outlines(path: Any, function: str, argument: str) -> list[Numbers]:
     if not numpy.isin(codes, (_MOVE, _LINE, _CLOSE)).all():  # curves, which the path flattens itself
         return [points(polygon, function, argument) for polygon in path.to_polygons() if len(polygon) > 2]
     given = points(path.vertices, function, argument)
-    starts = numpy.flatnonzero(codes == _MOVE)
-    pieces = numpy.split(given[codes != _CLOSE], numpy.searchsorted(numpy.flatnonzero(codes != _CLOSE), starts))
-    return [piece for piece in pieces if len(piece) > 1]
-
-
-def _is_outline(value: Any) -> bool:
-    """Whether something is one outline rather than several."""
-    if hasattr(value, "coords"):
-        return True
-    if hasattr(value, "__array__"):
-        given = numpy.asarray(value)
-        if given.ndim != 1 or given.dtype.kind != "O":
-            return given.ndim < 3
-    for first in value:
-        if hasattr(first, "coords") or isinstance(first, (str, bytes)):
-            return False
-        return numpy.ndim(first) < 2 if isinstance(first, numpy.ndarray) else not _is_row_of_rows(first)
-    return True
+    ends = [*numpy.flatnonzero(codes == _MOVE)[1:], len(codes)]
+    lines, first = [], 0
+    for end in ends:
+        line, marks = given[first:end], codes[first:end]
+        if (marks == _CLOSE).any():
+            line = numpy.vstack([line[marks != _CLOSE], line[:1]])
+        if len(line) > 1:
+            lines.append(line)
+        first = end
+    return lines
 
 
 def _is_row_of_rows(value: Any) -> bool:
@@ -186,33 +252,71 @@ def _is_row_of_rows(value: Any) -> bool:
     return False
 
 
+def _is_outline(value: Any) -> bool:
+    """Whether rows are those of one outline, rather than several outlines."""
+    if hasattr(value, "__array__"):
+        given = numpy.asarray(value)
+        if given.ndim != 1 or given.dtype.kind != "O":
+            return given.ndim < 3
+    for first in value:
+        return isinstance(first, (str, bytes)) or not (_is_geometry(first) or _is_row_of_rows(first))
+    return True
+
+
+def _is_geometry(value: Any) -> bool:
+    """Whether something is a line, a polygon or a path of another package."""
+    return not hasattr(value, "__array__") and (_has(value, "exterior", "interiors") or _has(value, "coords")
+                                                or _has(value, "geoms") or is_path(value))
+
+
 def outline_or_shape(value: Any, function: str, argument: str) -> Any:
     """One outline as an array (N, 3), or an outer outline and its holes as a list of such arrays."""
-    if hasattr(value, "exterior") and hasattr(value, "interiors"):
-        holes = items(value.interiors, function, argument, "have interiors")
-        return [points(ring, function, argument) for ring in (value.exterior, *holes)]
-    if hasattr(value, "geoms"):
-        raise refuse(function, argument, "be one outline or shape",
-                     f"it has {len(value.geoms)}: take its .geoms singly")
-    if hasattr(value, "vertices") and hasattr(value, "codes"):
-        outlines = _path_outlines(value, function, argument)
-        if len(outlines) == 1:
-            return outlines[0]
-        if len(shapes_of(outlines)) > 1:
-            raise refuse(function, argument, "be one outline or shape",
-                         "it has several: take those that korvale.shapes gives singly")
-        return shapes_of(outlines)[0]
+    must = "be an outline, (N, 2) or (N, 3), or a list of outlines"
     if isinstance(value, memoryview):
         value = numpy.asarray(value)
-    if isinstance(value, (str, bytes)) or not (hasattr(value, "__array__") or hasattr(value, "coords")
-                                               or isinstance(value, Iterable)):
-        raise refuse(function, argument, "be an outline, (N, 2) or (N, 3), or a list of outlines",
-                     f"it is {_shown(value)}")
-    if not hasattr(value, "__array__") and not hasattr(value, "coords"):
+    if hasattr(value, "outlines") and hasattr(value, "closed"):  # a band
+        rings = value.outlines
+        return rings[0] if len(rings) == 1 else rings
+    if _is_geometry(value):
+        if _has(value, "exterior", "interiors"):
+            holes = items(value.interiors, function, argument, "have interiors")
+            return [points(ring, function, argument) for ring in (value.exterior, *holes)]
+        if _has(value, "geoms"):
+            parts = items(value.geoms, function, argument, must)
+            if len(parts) == 1:
+                return outline_or_shape(parts[0], function, argument)
+            raise refuse(function, argument, "be one outline or shape",
+                         f"it has {len(parts)}: take its .geoms singly")
+        if is_path(value):
+            outlines = path_outlines(value, function, argument)
+            if len(outlines) == 1:
+                return outlines[0]
+            sorted_out = shapes_of(outlines)
+            if len(sorted_out) != 1:
+                raise refuse(function, argument, "be one outline or shape",
+                             f"it has {len(sorted_out)}: take those that korvale.shapes gives singly")
+            return sorted_out[0]
+        return points(value, function, argument)
+    if isinstance(value, (str, bytes, *_WITHOUT_ORDER)) or not isinstance(value, Iterable):
+        raise refuse(function, argument, must, f"it is {_shown(value)}")
+    if not hasattr(value, "__array__"):
         value = list(value)
-    if _is_outline(value):
+    if is_masked(value) or _is_outline(value):
         return points(value, function, argument)
     return [points(outline, function, f"{argument} {k}") for k, outline in enumerate(value)]
+
+
+def rings(value: Any, function: str, argument: str) -> list[Numbers]:
+    """All outlines of something that holds any number of them."""
+    if _has(value, "geoms"):
+        value = items(value.geoms, function, argument, "be outlines")
+    if is_path(value):
+        return path_outlines(value, function, argument)
+    if not hasattr(value, "__array__") and isinstance(value, Iterable):
+        value = items(value, function, argument, "be outlines")
+        if any(map(_is_geometry, value)):
+            return [ring for part in value for ring in rings(part, function, argument)]
+    return shape(value, function, argument)
 
 
 def shape(value: Any, function: str, argument: str) -> list[Numbers]:
@@ -243,24 +347,53 @@ def shapes_of(outlines: Iterable[Numbers]) -> list[list[Numbers]]:
 # --- Meshes ----------------------------------------------------------------------------------------------------------
 
 
+def chosen(value: Any, n: int, function: str, argument: str) -> Numbers:
+    """A choice of n points as truths (n,): truths, or the numbers of those chosen."""
+    must = f"be truths ({n},) or numbers of points"
+    given = _given(value, function, argument, must)
+    if given.dtype == bool:
+        if given.shape != (n,):
+            raise refuse(function, argument, must, f"its shape is {given.shape}")
+        return numpy.array(given)
+    if given.size and (given.dtype.kind not in "iu" or given.ndim != 1):
+        raise refuse(function, argument, must, f"it is {_shown(value)}")
+    if given.size == n and ((given == 0) | (given == 1)).all():
+        raise refuse(function, argument, must, f"it has a 0 or 1 for each of {n} points: truths are bool")
+    require_vertices(given, n, function, argument)
+    truths = numpy.zeros(n, bool)
+    truths[given.astype(numpy.intp)] = True
+    return truths
+
+
+def edges(value: Any, vertices: int, function: str, argument: str) -> Numbers:
+    """Edges between vertices as a plain array of 32-bit integers (E, 2)."""
+    must = "be whole numbers (E, 2)"
+    given = _given(value, function, argument, must)
+    if given.size == 0:
+        return numpy.zeros((0, 2), numpy.int32)
+    if given.dtype.kind not in "iu":
+        raise refuse(function, argument, must, f"it holds {_kind(given)}")
+    if given.ndim != 2 or given.shape[1] != 2:
+        raise refuse(function, argument, must, f"its shape is {given.shape}")
+    require_vertices(given, vertices, function, argument)
+    return numpy.require(given, numpy.int32, ["C", "A"])
+
+
 def triangles(value: Any, vertices: int, function: str, argument: str) -> Numbers:
     """Triangles on shared vertices as a plain array of 32-bit integers (T, 3)."""
     must = "be triangles, whole numbers (T, 3)"
-    try:
-        given = numpy.asarray(value)
-    except ValueError:
-        raise refuse(function, argument, must, "its rows differ in length") from None
+    given = _given(value, function, argument, must)
     if given.size == 0:
         return numpy.zeros((0, 3), numpy.int32)
     if given.dtype.kind not in "iu":
         raise refuse(function, argument, must, f"it holds {_kind(given)}")
     if given.ndim != 2 or given.shape[1] != 3:
         raise refuse(function, argument, must, f"its shape is {given.shape}")
-    _require_vertices(given, vertices, function, argument)
+    require_vertices(given, vertices, function, argument)
     return numpy.require(given, numpy.int32, ["C", "A"])
 
 
-def _require_vertices(corners: Numbers, vertices: int, function: str, argument: str) -> None:
+def require_vertices(corners: Numbers, vertices: int, function: str, argument: str) -> None:
     if corners.size and (corners.min() < 0 or corners.max() >= vertices):
         wrong = corners[(corners < 0) | (corners >= vertices)].flat[0]
         raise refuse(function, argument, f"name vertices 0 to {vertices - 1}", f"{wrong} is among them")
@@ -268,24 +401,28 @@ def _require_vertices(corners: Numbers, vertices: int, function: str, argument: 
 
 def faces(value: Any, vertices: int, function: str, argument: str) -> tuple[Numbers | None, Numbers]:
     """Faces as (sizes, corners), both 32-bit; sizes is None where all are triangles."""
-    try:
-        given = numpy.asarray(value)
-    except ValueError:
-        given = numpy.empty(0, object)
-    if given.dtype.kind in "iu" and given.ndim == 2 and given.shape[1] == 3:
-        return None, triangles(given, vertices, function, argument)
     must = "be faces: whole numbers (F, k), or a list of lists of them"
-    if isinstance(value, numpy.ndarray) and value.dtype.kind not in "iuO":
-        raise refuse(function, argument, must, f"it holds {_kind(value)}")
+    rows = value if hasattr(value, "__array__") else items(value, function, argument, must)
     try:
-        rows = [[operator.index(corner) for corner in face] for face in value]
+        given = numpy.asarray(rows)
+    except ValueError:
+        given = numpy.empty(len(rows), object)  # rows of several lengths
+    if given.dtype.kind == "b" or (rows is value and given.dtype.kind not in "iuO"):
+        raise refuse(function, argument, must, f"it holds {_kind(given)}")
+    if given.dtype.kind in "iu" and given.ndim == 2:
+        if given.shape[1] == 3:
+            return None, triangles(rows, vertices, function, argument)
+        require_vertices(given, vertices, function, argument)
+        return numpy.full(len(given), given.shape[1], numpy.int32), numpy.ascontiguousarray(given, numpy.int32).ravel()
+    try:
+        listed = [[count(corner, function, argument, -(2**63), 2**63 - 1) for corner in face] for face in rows]
     except TypeError:
         raise refuse(function, argument, must, f"it is {_shown(value)}") from None
-    corners = numpy.array([corner for row in rows for corner in row], numpy.int64)
-    _require_vertices(corners, vertices, function, argument)
-    if all(len(row) == 3 for row in rows):
+    corners = numpy.array([corner for face in listed for corner in face], numpy.int64)
+    require_vertices(corners, vertices, function, argument)
+    if all(len(face) == 3 for face in listed):
         return None, corners.astype(numpy.int32).reshape(-1, 3)
-    return numpy.array([len(row) for row in rows], numpy.int32), corners.astype(numpy.int32)
+    return numpy.array([len(face) for face in listed], numpy.int32), corners.astype(numpy.int32)
 
 
 def is_mesh(value: Any) -> bool:
@@ -319,7 +456,7 @@ def _meshio(given: Any, function: str) -> tuple[Numbers, Numbers | None, Numbers
     rows: list[Any] = []
     for kind, data in blocks:
         if kind in ("triangle", "quad", "polygon"):
-            rows.extend(numpy.asarray(data).tolist())
+            rows.extend(items(data, function, "mesh.cells", "be blocks of cells"))
         elif kind not in ("vertex", "line"):
             raise refuse(function, "mesh.cells", "be triangles, quads and polygons",
                          f"there are cells of kind {kind!r}")
@@ -340,13 +477,34 @@ def corners(value: Any, function: str, argument: str) -> Numbers:
 # --- Results ---------------------------------------------------------------------------------------------------------
 
 
-def output(out: Any, shape: tuple[int, ...], function: str, kind: Any = numpy.float64) -> Numbers:
-    """The array that a result goes to: a new one, or the caller's."""
+def output(out: Any, shape: tuple[int, ...], function: str, argument: str = "out",
+           kind: Any = numpy.float64) -> Numbers:
+    """The array that a result goes to: a new one, or the caller's, which may be strided."""
     if out is None:
         return numpy.empty(shape, kind)
-    if (not isinstance(out, numpy.ndarray) or out.dtype != kind or out.shape != shape
-            or not out.flags.c_contiguous or not out.flags.aligned or not out.flags.writeable):
-        what = f"{out.dtype} {out.shape}" if isinstance(out, numpy.ndarray) else _shown(out)
-        raise refuse(function, "out", f"be a contiguous, writable array of {numpy.dtype(kind)}, {shape}",
-                     f"it is {what}")
+    must = f"be a writable array of {numpy.dtype(kind)}, {shape}"
+    if not isinstance(out, numpy.ndarray):
+        raise refuse(function, argument, must, f"it is {_shown(out)}")
+    if isinstance(out, numpy.ma.MaskedArray):
+        raise refuse(function, argument, must, "it has a mask")
+    if out.dtype != kind or out.shape != shape:
+        raise refuse(function, argument, must, f"it is {out.dtype} {out.shape}")
+    if not out.flags.writeable:
+        raise refuse(function, argument, must, "it cannot be written to")
+    return out
+
+
+def workplace(out: Numbers, *inputs: Numbers) -> Numbers:
+    """Where a result for `out` is computed: there, or in an array of its own where `out` is strided or lies across an
+    input. `deliver` brings it home.
+    """
+    lies_across = any(given.ctypes.data != out.ctypes.data and numpy.may_share_memory(out, given) for given in inputs)
+    is_plain = type(out) is numpy.ndarray and out.flags.c_contiguous and out.flags.aligned and not lies_across
+    return out if is_plain else numpy.empty(out.shape, out.dtype)
+
+
+def deliver(out: Numbers, computed: Numbers) -> Numbers:
+    """`out` with what was computed for it."""
+    if computed is not out:
+        out[...] = computed
     return out

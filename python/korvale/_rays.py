@@ -120,18 +120,20 @@ class RayGrid:
         far = _input.number(reach, "RayGrid.any", "reach")
         return self._grid.any(*_ray(origin, direction, "RayGrid.any"), far)
 
-    def contains(self, points: Any) -> Truths:
+    def contains(self, points: Any, *, progress: Any = None) -> Truths:
         """Which points, (N, 3), lie inside the closed meshes that the triangles make: bool (N,).
 
         A ray from such a point meets an odd number of triangles. A ray that comes within 1e-09 of an edge, as a weight
         of a corner, is not trusted, and up to four others are cast; the last is taken as it is. Points on the surface
-        come out either way.
+        come out either way. progress: see `Relaxer.run`; it is told of the points done, and those that are not reached
+        are False.
         """
         name = "RayGrid.contains"
         at = _input.finite(_input.points(points, name, "points"), name, "points")
-        inside = numpy.empty(len(at), bool)
-        for first in range(0, len(at), _POINTS):
-            self._grid.contains(at, inside, first, min(len(at), first + _POINTS))
+        inside = numpy.zeros(len(at), bool)
+        with Progress(progress, len(at)) as report:
+            for first, last in report.parts(_POINTS):
+                self._grid.contains(at, inside, first, last)
         return inside
 
     def cast(self, origins: Any, directions: Any, *, distances: Any = True, triangles: Any = True, counts: Any = True,
@@ -150,18 +152,25 @@ class RayGrid:
         n = len(along) if len(start) == 1 else len(start)
         if len(along) not in (1, n):
             raise refuse(name, "directions", f"be 1 or as many as the {n} origins", f"there are {len(along)}")
-        wanted = (_column(distances, n, name, numpy.float64), _column(triangles, n, name, numpy.int32),
-                  _column(counts, n, name, numpy.int32), _column(weights, n, name, numpy.float64, 3))
-        if progress is None:
-            self._grid.cast(start, along, *wanted, 0, n)
-        else:
-            with Progress(progress, n) as report:
-                for first in range(0, n, _CHUNK):
-                    last = min(n, first + _CHUNK)
-                    self._grid.cast(start, along, *wanted, first, last)
-                    if not report(last):
-                        break
-        return Cast(*wanted)
+        columns: dict[str, Any] = {
+            "distances": _column(distances, (n,), name, "distances", numpy.float64),
+            "triangles": _column(triangles, (n,), name, "triangles", numpy.int32),
+            "counts": _column(counts, (n,), name, "counts", numpy.int32),
+            "weights": _column(weights, (n, 3), name, "weights", numpy.float64),
+        }
+        places: dict[str, Any] = {column: result if result is None else _input.workplace(result, start, along)
+                  for column, result in columns.items()}
+        for column, result in columns.items():
+            if places[column] is not result:
+                places[column][...] = result  # of rays that are not reached it stays
+        with Progress(progress, n) as report:
+            for first, last in report.parts(_CHUNK):
+                self._grid.cast(start, along, places["distances"], places["triangles"], places["counts"],
+                                places["weights"], first, last)
+        for column, result in columns.items():
+            if result is not None:
+                _input.deliver(result, places[column])
+        return Cast(**columns)
 
     def __repr__(self) -> str:
         return f"<korvale.RayGrid of {len(self)} triangles in {'x'.join(map(str, self.cells))} cells>"
@@ -189,7 +198,7 @@ def _ray(origin: Any, direction: Any, function: str) -> tuple[Doubles, Doubles]:
     return _input.point(origin, function, "origin"), _input.point(direction, function, "direction")
 
 
-def _column(wanted: Any, n: int, function: str, kind: Any, width: int = 1) -> Any:
+def _column(wanted: Any, shape: tuple[int, ...], function: str, argument: str, kind: Any) -> Any:
     if wanted is False or wanted is None:
         return None
-    return _input.output(None if wanted is True else wanted, (n,) if width == 1 else (n, width), function, kind)
+    return _input.output(None if wanted is True else wanted, shape, function, argument, kind)

@@ -49,12 +49,9 @@ class Relaxer:
         self._held: Numbers | None = None
         if edges is not None:
             vertices = _input.finite(_input.points(mesh, "Relaxer", "vertices"), "Relaxer", "vertices")
-            pairs = _numbers(edges)
-            if triangles is not None or pairs.dtype.kind not in "iu" or pairs.ndim != 2 or pairs.shape[1] != 2:
-                raise refuse("Relaxer", "edges", "be whole numbers (E, 2), without triangles",
-                             f"its shape is {pairs.shape}")
-            _input._require_vertices(pairs, len(vertices), "Relaxer", "edges")
-            pairs = numpy.ascontiguousarray(pairs, numpy.int32)
+            if triangles is not None:
+                raise refuse("Relaxer", "edges", "be given without triangles", "both are given")
+            pairs = _input.edges(edges, len(vertices), "Relaxer", "edges")
             self._given: tuple[Any, ...] = (vertices.copy(), None, pairs)
             self._mesh = _korvale.RelaxerMesh.of_edges(vertices, pairs)
         else:
@@ -91,23 +88,12 @@ class Relaxer:
     def hold(self, which: Any) -> Relaxer:
         """Holds points where they are: bool (N,), true for those that do not move, or the numbers of these points.
 
-        An empty list frees all. Returns the relaxer.
+        An empty list frees all. Zeros and ones, one a point, are refused: as numbers they would hold points 0 and 1.
+        Returns the relaxer.
         """
-        mask = _numbers(which)
-        n = len(self)
-        if mask.dtype != bool:
-            if mask.size and (mask.dtype.kind not in "iu" or mask.ndim != 1):
-                raise refuse("Relaxer.hold", "which", f"be truths ({n},) or numbers of points",
-                             f"it is {_input._shown(which)}")
-            numbers = mask.astype(numpy.intp)
-            _input._require_vertices(numbers, n, "Relaxer.hold", "which")
-            mask = numpy.zeros(n, bool)
-            mask[numbers] = True
-        if mask.shape != (n,):
-            raise refuse("Relaxer.hold", "which", f"be truths ({n},) or numbers of points",
-                         f"its shape is {mask.shape}")
+        mask = _input.chosen(which, len(self), "Relaxer.hold", "which")
         self._mesh.hold(mask)
-        self._held = mask.copy()
+        self._held = mask
         return self
 
     def step(self, points: Any, steps: int = 1, *, out: Doubles | None = None) -> Relaxation:
@@ -116,10 +102,11 @@ class Relaxer:
         points: (N, 3). out: where the moved points go, which may be `points` itself; else a new array.
         Where there is energy but nothing free to move lowers it, the points stay as they were.
         """
-        moving = self._moving(points, out, "Relaxer.step")
-        done = _input.count(steps, "Relaxer.step", "steps")
-        energy = self._mesh.step(moving, done)
-        return Relaxation(moving, done, energy, "steps")
+        name = "Relaxer.step"
+        most = _input.count(steps, name, "steps")
+        result, moving = self._moving(points, out, name)
+        energy = self._mesh.step(moving, most)
+        return Relaxation(_input.deliver(result, moving), most, energy, "steps")
 
     def run(self, points: Any, *, steps: int = 1000, energy: float = 0.0, least_drop: float = 0.0, progress: Any = None,
             out: Doubles | None = None) -> Relaxation:
@@ -135,11 +122,13 @@ class Relaxer:
         most = _input.count(steps, name, "steps")
         least = _input.number(energy, name, "energy")
         drop = _input.number(least_drop, name, "least_drop")
-        moving = self._moving(points, out, name)
+        result, moving = self._moving(points, out, name)
         if progress is None:
-            return Relaxation(moving, *self._mesh.run(moving, most, least, drop, None))
-        with Progress(progress, most) as report:
-            return Relaxation(moving, *self._mesh.run(moving, most, least, drop, report))
+            told = self._mesh.run(moving, most, least, drop, None)
+        else:
+            with Progress(progress, most) as report:
+                told = self._mesh.run(moving, most, least, drop, report)
+        return Relaxation(_input.deliver(result, moving), *told)
 
     def energy(self, points: Any) -> float:
         """The energy at points (N, 3), which are only read."""
@@ -155,14 +144,16 @@ class Relaxer:
             raise refuse(function, "points", f"be {len(self)} like the mesh's", f"there are {len(given)}")
         return given
 
-    def _moving(self, points: Any, out: Doubles | None, function: str) -> Doubles:
+    def _moving(self, points: Any, out: Doubles | None, function: str) -> tuple[Doubles, Doubles]:
+        """Where the result goes, and the points to move, there where that can be."""
         if not self._kept:
             raise refuse(function, "relaxer", "keep a measure", "it keeps none")
         given = self._points(points, function)
-        moving = _input.output(out, given.shape, function)
+        result = _input.output(out, given.shape, function)
+        moving = _input.workplace(result, given)
         if moving is not given:
             moving[...] = given
-        return moving
+        return result, moving
 
     def __repr__(self) -> str:
         text = f"<korvale.Relaxer of {len(self)} points"
@@ -187,14 +178,6 @@ class Relaxer:
 
     def __reduce__(self) -> Any:
         return _restored, (self._given, self._kept, self._held)
-
-
-def _numbers(value: Any) -> Numbers:
-    """An array; one of no numbers where rows differ in length."""
-    try:
-        return numpy.asarray(value)
-    except ValueError:
-        return numpy.array(None)
 
 
 def _restored(given: tuple[Any, ...], kept: dict[str, float], held: Numbers | None) -> Relaxer:

@@ -43,8 +43,8 @@ def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices:
     """The border of a closed, planar outline: every edge moved sideways in the outline's own plane.
 
     outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first, and may repeat
-        it. A float64 array (N, 3) is read where it is. Or an outer outline and its holes: a list of outlines, a Shapely
-        polygon, a matplotlib path.
+        it. A float64 array (N, 3) is read where it is. Or an outer outline and its holes: a list of outlines, a polygon
+        of Shapely, a path of matplotlib or trimesh.
     distance: outwards where it is positive, in units of the outline. Corners stay sharp.
     height: lift of the border along the normal from which the outline runs counter-clockwise.
     keep_vertices: a point of the border for each vertex; else vertices that were removed are left out.
@@ -75,7 +75,8 @@ def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices:
 def outlines(shape: Any) -> list[Doubles]:
     """The outlines of a shape as korvale sees them: float64 (N, 3) each, the outer one first, no point repeated.
 
-    shape: an outline, a list of outlines, a Shapely polygon, a matplotlib path.
+    shape: an outline, a list of outlines, a polygon of Shapely, a path of matplotlib or trimesh, an `Offset`, `Offsets`
+        or a `Band`.
 
     >>> [len(outline) for outline in korvale.outlines([(0, 0), (1, 0), (1, 1), (0, 0)])]
     [3]
@@ -86,7 +87,8 @@ def outlines(shape: Any) -> list[Doubles]:
 def shapes(path: Any) -> list[list[Doubles]]:
     """Sorts outlines seen from above into shapes, each a list with an outer outline and its holes.
 
-    path: a matplotlib path, such as that of a text, or any outlines in any order.
+    path: outlines in any order: a list of them, a path of matplotlib, such as that of a text, or of trimesh, polygons
+        of Shapely, singly or many at a time.
 
     An outline inside an even number of others is an outer one; it does not matter which way round it runs.
 
@@ -94,10 +96,7 @@ def shapes(path: Any) -> list[list[Doubles]]:
     >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]
     [2, 1]
     """
-    if hasattr(path, "vertices") and hasattr(path, "codes"):
-        return _input.shapes_of(_input._path_outlines(path, "shapes", "path"))
-    given = _input.items(path, "shapes", "path", "be outlines")
-    return _input.shapes_of([_input.points(outline, "shapes", "path") for outline in given])
+    return _input.shapes_of(_input.rings(path, "shapes", "path"))
 
 
 def band(
@@ -112,7 +111,7 @@ def band(
 ) -> Band:
     """The band between a line and its border, to the right of the line where the distance is positive.
 
-    line: points (N, 3) or (N, 2).
+    line: points (N, 3) or (N, 2), a line of Shapely, a path of matplotlib or trimesh with one part.
     distance: in units of the line, not 0.
     height: lift of the border along `up`.
     both_sides: from the border on one side to that on the other, 2 * distance apart, instead of to the line itself.
@@ -143,7 +142,7 @@ def band(
 def thin(line: Any, tolerance: float) -> Any:
     """The numbers of the points that describe a line to within a tolerance, ascending, as an index for its rows.
 
-    line: points (N, 3) or (N, 2).
+    line: as for `band`.
     tolerance: every point left out lies within it of the stretch between the two points that stay around it.
 
     >>> track = numpy.array([(0, 0), (1, 0.4), (2, 0), (3, 0.6), (4, 0)])
@@ -179,7 +178,8 @@ def bevel(outline: Any, profile: Any, *, split: bool = True) -> Mesh:
 def tube(path: Any, section: Any, *, closed: bool = False, caps: bool = True) -> Mesh:
     """A mesh from a path and a section that is carried along it.
 
-    path: points (N, 3). section: an outline (K, 2) or (K, 3) in the plane z = 0 around the origin.
+    path: points (N, 3), or a line as for `band`.
+    section: an outline (K, 2) or (K, 3), without holes, in the plane z = 0 around the origin.
     closed: the last point of the path joins the first. caps: close the two ends of an open tube.
 
     Vertex k of ring i is at i * K + k. The triangles face outwards. Mitres keep the section's size at a bend; the wall
@@ -213,8 +213,8 @@ class Flattening(NamedTuple):
 def flatten(path: Any, *, closed: bool = True, by_extremes: bool = False) -> Flattening:
     """The transforms that lay a planar outline into the plane z = 0, counter-clockwise there, and carry it back.
 
-    path: points (N, 3). closed: it is an outline, else an open polyline. by_extremes: take the plane from the extremes
-    of the bounds, whichever way the outline then runs.
+    path: points (N, 3), or a line as for `band`. closed: it is an outline, else an open polyline. by_extremes: take the
+    plane from the extremes of the bounds, whichever way the outline then runs.
 
     >>> outline = [(0, 0, 0), (0, 3, 0), (0, 3, 3), (0, 0, 3)]
     >>> way = korvale.flatten(outline)
@@ -228,7 +228,7 @@ def flatten(path: Any, *, closed: bool = True, by_extremes: bool = False) -> Fla
 def frames(path: Any, *, closed: bool = False) -> Doubles:
     """One frame for each point of a polyline: float64 (N, 4, 4).
 
-    path: points (N, 3), at least two. closed: the last point joins the first.
+    path: points (N, 3), at least two, or a line as for `band`. closed: the last point joins the first.
 
     The columns of a frame are its x axis, y axis, z axis and the point, so it carries the plane z = 0 to the point. z
     points back along the path and halves the angle at a joint; x turns as little as it can from frame to frame.

@@ -171,8 +171,9 @@ def _carry(by: Any, matrix: Any, rows: Any, out: Doubles | None, function: str, 
     n = len(given) if len(m) == 1 else len(m)
     alone = is_single and (isinstance(matrix, Transform) or numpy.ndim(matrix) < 3)
     result = _input.output(out, (3,) if alone else (n, 3), function)
-    by(m, given, result)
-    return result
+    place = _input.workplace(result, m, given)
+    by(m, given, place)
+    return _input.deliver(result, place)
 
 
 def transform_points(matrices: Any, points: Any, *, out: Doubles | None = None) -> Doubles:

@@ -33,6 +33,10 @@ class TypesTest(unittest.TestCase):
         result, text = run("mypy", "--strict", str(HERE / "typed_use.py"))
         self.assertEqual(result, 0, text)
 
+    def test_the_package_itself_passes(self):
+        result, text = run("mypy", "--strict", "-p", "korvale")
+        self.assertEqual(result, 0, text)
+
     def test_wrong_programs_do_not(self):
         wrong = (
             "import korvale; korvale.band([(0, 0), (1, 0)], 1).width",
