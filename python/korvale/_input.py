@@ -275,8 +275,7 @@ def outline_or_shape(value: Any, function: str, argument: str) -> Any:
     if isinstance(value, memoryview):
         value = numpy.asarray(value)
     if hasattr(value, "outlines") and hasattr(value, "closed"):  # a band
-        rings = value.outlines
-        return rings[0] if len(rings) == 1 else rings
+        return value.outlines[0] if len(value.outlines) == 1 else shapes_of(value.outlines)[0]
     if _is_geometry(value):
         if _has(value, "exterior", "interiors"):
             holes = items(value.interiors, function, argument, "have interiors")

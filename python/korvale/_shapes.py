@@ -2,15 +2,18 @@
 
 from __future__ import annotations
 
-from typing import Any, NamedTuple
+from typing import TYPE_CHECKING, Any, NamedTuple
 
 import numpy
 
-from . import _input, _korvale, _records
+from . import _input, _korvale, _records, _show
 from ._errors import refuse
 from ._korvale import Band, Mesh, Offset
 from ._transform import Transform
 from ._types import Doubles, Ints
+
+if TYPE_CHECKING:
+    from shapely.geometry import Polygon  # type: ignore[import]
 
 
 class Offsets(tuple):  # type: ignore[type-arg]
@@ -33,6 +36,17 @@ class Offsets(tuple):  # type: ignore[type-arg]
     def collapsed(self) -> bool:
         """True where nothing is left of the outer outline. Each hole has a `collapsed` of its own."""
         return self.outer.collapsed
+
+    def to_shapely(self) -> Polygon:
+        """The borders as a polygon of Shapely with holes, without those that are collapsed and without the points of
+        removed vertices; an empty one where nothing is left of the outer outline.
+        """
+        left = [_show.live(border) for border in self if not border.collapsed]
+        return _show.polygon(left, self.collapsed)
+
+    def _repr_svg_(self) -> str:
+        return _show.outlines_svg([border.points for border in self if not border.collapsed] or [self.outer.points],
+                                  self.collapsed)
 
     def __repr__(self) -> str:
         return f"korvale.Offsets({super().__repr__()[1:-1].rstrip(',')})"

@@ -7,47 +7,65 @@ namespace {
 /// From so many points on a band is likely to take 20 microseconds or more.
 constexpr std::size_t kLongLine = 16;
 
-bool is_equal(const Band& a, const Band& b)
+/// A band that remembers whether its line was closed.
+struct LaidBand : Band {
+    bool closed = false;
+};
+
+bool is_equal(const LaidBand& a, const LaidBand& b)
 {
     const auto edges = [](const Band& band) {
         return band.crossing ? std::array{band.crossing->first, band.crossing->second} : std::array{SIZE_MAX, SIZE_MAX};
     };
-    return a.collapsed == b.collapsed && edges(a) == edges(b) && std::ranges::equal(a.outline, b.outline) &&
-           std::ranges::equal(a.removed, b.removed) && std::ranges::equal(a.narrowed, b.narrowed);
+    return a.closed == b.closed && a.collapsed == b.collapsed && edges(a) == edges(b) &&
+           std::ranges::equal(a.outline, b.outline) && std::ranges::equal(a.removed, b.removed) &&
+           std::ranges::equal(a.narrowed, b.narrowed);
 }
 
 py::array outline_of(py::object self)
 {
-    Points& outline = self.cast<Band&>().outline;
+    Points& outline = self.cast<LaidBand&>().outline;
     return view_of(std::span(outline.data(), outline.size()), self);
 }
 
 py::array border_of(py::object self)
 {
-    Points& outline = self.cast<Band&>().outline;
+    Points& outline = self.cast<LaidBand&>().outline;
     return view_of(std::span(outline.data(), outline.size() / 2), self);
 }
 
 py::array removed_of(py::object self)
 {
-    Array<std::uint8_t>& removed = self.cast<Band&>().removed;
+    Array<std::uint8_t>& removed = self.cast<LaidBand&>().removed;
     return truths_of(removed.data(), removed.size(), self);
 }
 
 py::array narrowed_of(py::object self)
 {
-    Array<std::uint8_t>& narrowed = self.cast<Band&>().narrowed;
+    Array<std::uint8_t>& narrowed = self.cast<LaidBand&>().narrowed;
     return truths_of(narrowed.data(), narrowed.size(), self);
 }
 
 py::array other_side_of(py::object self)
 {
-    Points& outline = self.cast<Band&>().outline;
+    Points& outline = self.cast<LaidBand&>().outline;
     const std::size_t n = outline.size() / 2;
     return view_of(std::span(outline.data() + n, n), self);
 }
 
-py::object crossing_of(const Band& band)
+py::list outlines_of(py::object self)
+{
+    py::list outlines;
+    if (self.cast<LaidBand&>().closed) {
+        outlines.append(border_of(self));
+        outlines.append(other_side_of(self));
+    } else {
+        outlines.append(outline_of(self));
+    }
+    return outlines;
+}
+
+py::object crossing_of(const LaidBand& band)
 {
     if (!band.crossing)
         return py::none();
@@ -56,15 +74,17 @@ py::object crossing_of(const Band& band)
 
 py::tuple state_of(py::object self)
 {
-    const Band& band = self.cast<Band&>();
-    return py::make_tuple(outline_of(self), removed_of(self), band.collapsed, crossing_of(band), narrowed_of(self));
+    const LaidBand& band = self.cast<LaidBand&>();
+    return py::make_tuple(outline_of(self), removed_of(self), band.collapsed, crossing_of(band), narrowed_of(self),
+                          band.closed);
 }
 
-Band restored(const py::tuple& state)
+LaidBand restored(const py::tuple& state)
 {
     const auto outline = state[0].cast<py::array_t<double, py::array::c_style>>();
     const auto removed = state[1].cast<py::array_t<bool, py::array::c_style>>();
-    Band band;
+    LaidBand band;
+    band.closed = state[5].cast<bool>();
     band.outline = Points(static_cast<std::size_t>(outline.size()) / 3);
     std::copy_n(outline.data(), 3 * band.outline.size(), band.outline.coordinates().data());
     band.removed = Array<std::uint8_t>(static_cast<std::size_t>(removed.size()));
@@ -80,8 +100,8 @@ Band restored(const py::tuple& state)
     return band;
 }
 
-Band band_of(py::handle line, py::handle distance, py::handle height, py::handle both_sides, py::handle up,
-             py::handle closed, py::handle miter_limit)
+LaidBand band_of(py::handle line, py::handle distance, py::handle height, py::handle both_sides, py::handle up,
+                 py::handle closed, py::handle miter_limit)
 {
     const PointsIn points(line, "band", "line");
     BandOptions options;
@@ -94,7 +114,7 @@ Band band_of(py::handle line, py::handle distance, py::handle height, py::handle
     const double d = number_of(distance, "band", "distance");
     const PointView view = options.closed ? points.outline() : points.view();
     const Unlocked unlocked(view.size() >= kLongLine);
-    return band(view, d, options);
+    return {band(view, d, options), options.closed};
 }
 
 py::array thin_of(py::handle line, py::handle tolerance)
@@ -115,9 +135,9 @@ py::array thin_of(py::handle line, py::handle tolerance)
 
 void bind_band(py::module_& m)
 {
-    py::class_<Band>(m, "Band",
-                     "A closed outline along a line. Made by `band`.\n\n"
-                     "It is its outline where NumPy asks: numpy.asarray(result), len(result), for point in result.")
+    py::class_<LaidBand>(m, "Band",
+                         "A closed outline along a line. Made by `band`.\n\n"
+                         "It is its outline where NumPy asks: numpy.asarray(result), len(result), for point in result.")
         .def_property_readonly("outline", &outline_of,
                                "float64 (2 N, 3): the border in the order of the line, then the other side backwards; "
                                "the library's own memory.")
@@ -130,24 +150,31 @@ void bind_band(py::module_& m)
                                "is nearer than the distance, or its corner is cut off.")
         .def_property_readonly("other_side", &other_side_of,
                                "float64 (N, 3): the rest of the outline, the line or its other border, backwards.")
-        .def_readonly("collapsed", &Band::collapsed,
+        .def_readonly("collapsed", &LaidBand::collapsed,
                       "True where every point gave way: no part of the line has a border at this distance.")
         .def_property_readonly("crossing", &crossing_of,
                                "Two edges at which the outline meets itself, (i, k), or None. Edge i runs from point i "
                                "to the next.")
-        .def("__len__", [](const Band& self) { return self.outline.size(); })
+        .def("__len__", [](const LaidBand& self) { return self.outline.size(); })
         .def("__iter__", [](py::object self) { return py::iter(outline_of(self)); })
         .def("__getitem__", [](py::object self, py::object key) { return py::object(outline_of(self)[key]); })
         .def(
             "__array__",
-            [](py::object self, py::object dtype) {
-                const py::array outline = outline_of(self);
-                return dtype.is_none() ? py::object(outline) : outline.attr("astype")(dtype);
+            [](py::object self, py::object dtype, py::object copy) {
+                return array_of_points(outline_of(self), dtype, copy);
             },
-            py::arg("dtype") = py::none())
+            py::arg("dtype") = py::none(), py::arg("copy") = py::none())
+        .def_readonly("closed", &LaidBand::closed, "True for a ring, which has two outlines.")
+        .def_property_readonly("outlines", &outlines_of,
+                               "The outline in a list; of a ring both, `border` and `other_side`.")
+        .def(
+            "to_shapely", [](py::object self) { return shown("band_to_shapely", self); },
+            "The band as a polygon of Shapely, a ring with a hole; an empty one where it is collapsed.")
+        .def("_repr_svg_",
+             [](py::object self) { return shown("outlines_svg", outlines_of(self), self.cast<LaidBand&>().collapsed); })
         .def("__eq__", &is_equal, py::is_operator())
         .def("__repr__",
-             [](const Band& self) {
+             [](const LaidBand& self) {
                  return "<korvale.Band of " + detail::counted(self.outline.size(), "point") +
                         (self.collapsed ? ", collapsed" : "") + (self.crossing ? ", meets itself>" : ">");
              })

@@ -166,6 +166,7 @@ void bind_mesh(py::module_& m)
             ".ply.\n\n"
             "OBJ and PLY keep every bit of the vertices; STL rounds them to 32-bit numbers and repeats them for each "
             "triangle.")
+        .def("_repr_svg_", [](py::object self) { return shown("mesh_svg", vertices_of(self), triangles_of(self)); })
         .def("__iter__",
              [](py::object self) { return py::iter(py::make_tuple(vertices_of(self), triangles_of(self))); })
         .def(

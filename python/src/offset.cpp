@@ -112,11 +112,18 @@ void bind_offset(py::module_& m)
         .def("__getitem__", [](py::object self, py::object key) { return py::object(points_of(self)[key]); })
         .def(
             "__array__",
-            [](py::object self, py::object dtype) {
-                const py::array points = points_of(self);
-                return dtype.is_none() ? py::object(points) : points.attr("astype")(dtype);
+            [](py::object self, py::object dtype, py::object copy) {
+                return array_of_points(points_of(self), dtype, copy);
             },
-            py::arg("dtype") = py::none())
+            py::arg("dtype") = py::none(), py::arg("copy") = py::none())
+        .def(
+            "to_shapely", [](py::object self) { return shown("offset_to_shapely", self); },
+            "The border as a polygon of Shapely, without the points of removed vertices; an empty one where it is "
+            "collapsed.")
+        .def("_repr_svg_",
+             [](py::object self) {
+                 return shown("outlines_svg", py::make_tuple(points_of(self)), self.cast<Offset&>().collapsed);
+             })
         .def("__eq__", &is_equal, py::is_operator())
         .def("__repr__",
              [](const Offset& self) {

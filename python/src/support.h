@@ -24,6 +24,22 @@ py::object converted(const char* by, Arguments&&... arguments)
     return py::module_::import("korvale._input").attr(by)(std::forward<Arguments>(arguments)...);
 }
 
+/// Calls a function of `korvale._show`, which draws results and hands them to other packages.
+template <class... Arguments>
+py::object shown(const char* by, Arguments&&... arguments)
+{
+    return py::module_::import("korvale._show").attr(by)(std::forward<Arguments>(arguments)...);
+}
+
+/// What NumPy gets of an object that is its points.
+inline py::object array_of_points(const py::array& points, const py::object& dtype, const py::object& copy)
+{
+    const bool is_same = dtype.is_none() || points.dtype().is(py::dtype::from_args(dtype));
+    if (is_same && (copy.is_none() || !copy.cast<bool>()))
+        return points;
+    return points.attr("astype")(is_same ? py::object(points.dtype()) : dtype);
+}
+
 /// Whether an object is an array of T that can be read where it is: C-contiguous, aligned, in native byte order, and of
 /// no other class, such as one with a mask.
 template <class T>

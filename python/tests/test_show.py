@@ -1,0 +1,104 @@
+"""Tests of results as pictures and as objects of Shapely."""
+
+import re
+import unittest
+from xml.etree import ElementTree
+
+import korvale
+import numpy
+from test_shapes import CUT, HOLE, SQUARE
+
+RING = korvale.band(SQUARE, 1, both_sides=True, closed=True)
+
+
+class PictureTest(unittest.TestCase):
+    def picture(self, result):
+        """The width, the height and the elements of a picture that a reader of XML takes."""
+        svg = ElementTree.fromstring(result._repr_svg_())
+        return svg.get("width"), svg.get("height"), [(e.tag.rpartition("}")[2], dict(e.attrib)) for e in svg]
+
+    def test_of_a_border_is_a_closed_path(self):
+        width, height, ((tag, path),) = self.picture(korvale.offset(SQUARE * (2, 1, 1), 0))
+        self.assertEqual((width, height, tag), ("320", "168", "path"))
+        self.assertEqual(path["d"], "M8.0,160.0L312.0,160.0L312.0,8.0L8.0,8.0Z")
+
+    def test_has_the_holes(self):
+        for result in (korvale.offset([SQUARE, HOLE], 0.1), RING):
+            _, _, ((_, path),) = self.picture(result)
+            self.assertEqual((path["d"].count("M"), path["fill-rule"]), (2, "evenodd"))
+
+    def test_shows_that_nothing_is_left(self):
+        for result in (korvale.offset(SQUARE, -3), korvale.offset([SQUARE, HOLE], -3),
+                       korvale.offset(SQUARE, -3, keep_vertices=False)):
+            _, _, ((_, path),) = self.picture(result)
+            self.assertEqual(path["fill"], "none")
+
+    def test_is_seen_where_an_outline_reaches_farthest(self):
+        upright = SQUARE[:, [2, 0, 1]] * (1, 2, 1)  # in the plane of y and z
+        self.assertEqual(self.picture(korvale.offset(upright, 0))[:2], ("320", "168"))
+
+    def test_of_a_mesh_shows_what_faces_the_eye(self):
+        cube = korvale.bevel(SQUARE, [(0, 0), (0, 4)])
+        _, _, triangles = self.picture(cube)
+        self.assertEqual([tag for tag, _ in triangles], ["polygon"] * 6)
+        self.assertEqual(len({triangle["fill"] for _, triangle in triangles}), 3)
+
+    def test_keeps_pages_small(self):
+        t = numpy.linspace(0, 2 * numpy.pi, 200000, endpoint=False)
+        border = korvale.offset(numpy.stack([numpy.cos(t), numpy.sin(t)], axis=1) * 1e6, 1, split=False)
+        self.assertLess(len(border._repr_svg_()), 300000)
+        self.assertIsNone(korvale.tube(SQUARE[:2], border.points[::100])._repr_svg_())
+
+    def test_has_numbers_only(self):
+        huge = korvale.offset(SQUARE * 1e300, 0)
+        self.assertEqual(re.findall("nan|inf", huge._repr_svg_()), [])
+        self.assertIn("<svg", korvale.band([(1, 2)], 1)._repr_svg_())
+
+
+class ShapelyTest(unittest.TestCase):
+    def setUp(self):
+        try:
+            import shapely.geometry  # noqa: F401
+        except ImportError:
+            self.skipTest("python3-shapely is not installed")
+
+    def test_takes_borders(self):
+        polygon = korvale.offset(SQUARE, 0.5).to_shapely()
+        self.assertEqual((polygon.area, polygon.is_valid, polygon.has_z), (25, True, False))
+        cut = korvale.offset(CUT, -1).to_shapely()  # has lost a corner
+        self.assertEqual((len(cut.exterior.coords), cut.is_valid), (5, True))
+        self.assertTrue(korvale.offset(SQUARE, -2.5).to_shapely().is_empty)
+        self.assertTrue(korvale.offset(SQUARE, 1, height=2).to_shapely().has_z)
+
+    def test_takes_borders_with_holes(self):
+        plate = korvale.offset([SQUARE, HOLE], 0.25).to_shapely()
+        self.assertEqual((plate.area, len(plate.interiors)), (4.5 ** 2 - 1.5 ** 2, 1))
+        self.assertEqual(len(korvale.offset([SQUARE, HOLE], 1.5).to_shapely().interiors), 0)  # it has closed
+        self.assertTrue(korvale.offset([SQUARE, HOLE], -2.5).to_shapely().is_empty)
+
+    def test_takes_bands(self):
+        self.assertEqual(korvale.band([(0, 0), (10, 0)], 1, both_sides=True).to_shapely().area, 20)
+        for distance in (1, -1):
+            ring = korvale.band(SQUARE, distance, both_sides=True, closed=True).to_shapely()
+            self.assertAlmostEqual(ring.area, 36 - 4, places=9)
+
+    def test_goes_there_and_back(self):
+        plate = korvale.offset([SQUARE, HOLE], 0.25)
+        self.assertEqual(korvale.offset(plate.to_shapely(), 0.5), korvale.offset(plate, 0.5))
+
+
+class BandTest(unittest.TestCase):
+    def test_knows_its_outlines(self):
+        self.assertEqual((RING.closed, [len(outline) for outline in RING.outlines]), (True, [4, 4]))
+        open_band = korvale.band(SQUARE, 1)
+        self.assertEqual((open_band.closed, [len(outline) for outline in open_band.outlines]), (False, [8]))
+
+    def test_of_a_closed_line_is_a_shape(self):
+        for distance in (1, -1):
+            ring = korvale.band(SQUARE, distance, both_sides=True, closed=True)
+            self.assertEqual([len(outline) for outline in korvale.outlines(ring)], [4, 4])
+            self.assertAlmostEqual(korvale.bevel(ring, [(0, 0), (0, 1)]).volume, 32, places=9)
+
+
+if __name__ == "__main__":
+    unittest.main()
