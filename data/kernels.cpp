@@ -245,6 +245,23 @@ KORVALE_FOUR_LANES int64_t bound_by_quads(const double* values, int64_t n, int64
     return bound_by<Quad>(values, n, dim, least, greatest);
 }
 
+/// Whether n values, no fewer than V has lanes, are finite. The last group may share some with the one before.
+template <class V>
+KORVALE_OVER_LANES bool are_finite_by(const double* values, int64_t n)
+{
+    const V greatest = all<V>(std::numeric_limits<double>::max());
+    const int64_t last = n - width_of<V>;
+    auto finite = absolute(load<V>(values + last)) <= greatest;
+    for (int64_t j = 0; j < last; j += width_of<V>)
+        finite = finite & (absolute(load<V>(values + j)) <= greatest);
+    return !any_false(finite);
+}
+
+KORVALE_FOUR_LANES bool are_finite_by_quads(const double* values, int64_t n)
+{
+    return are_finite_by<Quad>(values, n);
+}
+
 // Steps over lanes, and the loops that take them.
 
 /// Carries `count` points, no fewer than V has lanes. The last group is carried before any is written, and written
@@ -350,6 +367,11 @@ void find_bounds_of_many(const double* values, int64_t count, int64_t dim, doubl
     widen_bounds_apart(values + taken, n - taken, dim, least, greatest);
     if (taken > dim)
         settle_zeros(values, dim, least, greatest);
+}
+
+bool are_many_finite(const double* values, int64_t n)
+{
+    return widest([&] { return are_finite_by_quads(values, n); }, [&] { return are_finite_by<Pair>(values, n); });
 }
 
 void carry_many_points(const double (*m)[4], const double* from, int64_t count, double* to)

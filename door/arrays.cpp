@@ -21,22 +21,22 @@ class Sources {
 public:
     Sources(const korvale_numbers* arrays, int64_t count, const NumbersOut& output)
     {
+        constexpr std::string_view kNames[kMost] = {"arrays[0]", "arrays[1]", "arrays[2]", "arrays[3]"};
         for (int64_t k = 0; k < count; ++k) {
-            const Text name = Text() << "arrays[" << k << "]";
-            arrays_.emplace_back(&arrays[k], name);
-            const NumbersIn& array = arrays_.back();
+            const NumbersIn& array = arrays_[k].emplace(&arrays[k], kNames[k]);
             if (array.size() != output.size() || array.width() != output.width())
-                throw Refusal(name, Text() << "be " << output.size() << " x " << output.width() << " like output",
+                throw Refusal(kNames[k], Text() << "be " << output.size() << " x " << output.width() << " like output",
                               Text() << "it is " << array.size() << " x " << array.width());
-            records_.push_back(record_over(array.data(), array.size(), array.width()));
+            records_[k] = record_over(array.data(), array.size(), array.width());
         }
     }
 
     DATAstruct* operator[](size_t k) { return &records_[k]; }
 
 private:
-    Vector<NumbersIn> arrays_;
-    Vector<DATAstruct> records_;
+    static constexpr int64_t kMost = 4;
+    std::optional<NumbersIn> arrays_[kMost];
+    DATAstruct records_[kMost];
 };
 
 } // namespace

@@ -27,7 +27,7 @@ using namespace korvale::inside;
 namespace {
 
 constexpr int64_t kBlock = 512;             ///< rows; a few blocks fit the fastest cache
-constexpr int64_t kFewRows = 8;             ///< below which a plan would not pay
+constexpr int64_t kFewRows = 24;            ///< below which a plan would not pay
 constexpr int64_t kVariablesPerRow = 16;    ///< a plan looks at each variable once
 constexpr int32_t kMostValues = 50;         ///< values held
 constexpr int32_t kMostTableColumns = 4096; ///< samples kept of a table

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "data/data.h"
+#include "data/internal/kernels.h"
 #include "path/frames.h"
 #include "path/internal/flatten.h"
 
@@ -21,14 +22,11 @@ constexpr int kLargestExponent = 1000;
 /// How far points reach along the axis on which they reach furthest, halved so that it is finite.
 double half_reach(std::span<const Point> points)
 {
-    Point least = points[0], greatest = points[0];
-    for (const Point& p : points) {
-        least = {std::min(least.x, p.x), std::min(least.y, p.y), std::min(least.z, p.z)};
-        greatest = {std::max(greatest.x, p.x), std::max(greatest.y, p.y), std::max(greatest.z, p.z)};
-    }
+    double box[6];
+    inside::find_bounds(points[0].data(), static_cast<int64_t>(points.size()), 3, box);
     double reach = 0.0;
     for (int k = 0; k < 3; ++k)
-        reach = std::max(reach, 0.5 * greatest[k] - 0.5 * least[k]);
+        reach = std::max(reach, 0.5 * box[k + 3] - 0.5 * box[k]);
     return reach;
 }
 
@@ -48,23 +46,27 @@ struct Frame {
 };
 
 /// A planar loop has a turn left over that is nothing but rounding and can be no number. Its frames are those of an
-/// open path that runs once around then, from the last point over all points to the first.
+/// open path that runs once around then, from the last point over all points to the first. The room for these comes
+/// first, so that nothing is written where there is none.
 void find_frames_of_loop(std::span<const Point> path, Xfm* frames)
 {
-    Vector<Point> around;
-    around.reserve(path.size() + 2);
-    around.push_back(path.back());
-    around.insert(around.end(), path.begin(), path.end());
-    around.push_back(path.front());
-    Vector<Frame> open(around.size());
+    const size_t n = path.size();
+    Block<Point> around;
+    Block<Frame> open;
+    around.make_room(n + 2);
+    open.make_room(n + 2);
 
     DATAstruct record = record_over(path);
     PATH2xfm(&record, 1, frames);
     if (!is_nan(frames[1][0][0]))
         return;
-    record = record_over(around);
-    PATH2xfm(&record, 0, &open[0].m);
-    std::memcpy(frames, open.data() + 1, path.size() * sizeof *frames);
+    Point* const turn = around.data();
+    turn[0] = path.back();
+    std::copy(path.begin(), path.end(), turn + 1);
+    turn[n + 1] = path.front();
+    record = record_over({turn, n + 2});
+    PATH2xfm(&record, 0, &open.data()->m);
+    std::memcpy(frames, open.data() + 1, n * sizeof *frames);
 }
 
 } // namespace

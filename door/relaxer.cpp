@@ -1,6 +1,7 @@
 // Meshes that remember their shape: a `PreserveStatus` with copies of what it borrows.
 #include <algorithm>
 
+#include "data/internal/kernels.h"
 #include "door/internal/faces.h"
 #include "preserve/compute.h"
 #include "preserve/status.h"
@@ -25,6 +26,7 @@ struct korvale_relaxer {
     korvale::door::Vector<double> reference;
     korvale::door::Vector<int32_t> sizes, corners, edges;
     korvale::door::Vector<uint8_t> tags;
+    korvale::door::Block<korvale::door::Point> before;                      ///< points as they were before a step
     DATAstruct points, size_record, corner_record, edge_record, tag_record; // over the vectors
     PreserveStatus status = {};
 };
@@ -100,26 +102,29 @@ void compute(korvale_relaxer& r, std::span<const Point> points, int32_t steps)
 /// Whether no step has divided by a force of 0.
 bool is_sound(const korvale_relaxer& r, std::span<const Point> points)
 {
-    return is_finite(r.status.energy) && std::none_of(points.begin(), points.end(), [](const Point& p) {
-               return is_nan(p.x) || is_nan(p.y) || is_nan(p.z);
-           });
+    if (!is_finite(r.status.energy))
+        return false;
+    return inside::are_finite(points[0].data(), 3 * r.size()) ||
+           std::none_of(points.begin(), points.end(),
+                        [](const Point& p) { return is_nan(p.x) || is_nan(p.y) || is_nan(p.z); });
 }
 
 /// Steps; where that leads nowhere the points are as before, and false is returned.
-bool step(korvale_relaxer& r, std::span<Point> points, int32_t steps, Vector<Point>& before)
+bool step(korvale_relaxer& r, std::span<Point> points, int32_t steps)
 {
-    std::copy(points.begin(), points.end(), before.begin());
+    r.before.make_room(points.size());
+    std::copy(points.begin(), points.end(), r.before.data());
     compute(r, points, steps);
     if (is_sound(r, points))
         return true;
-    std::copy(before.begin(), before.end(), points.begin());
+    std::copy_n(r.before.data(), points.size(), points.begin());
     compute(r, points, 0);
     return false;
 }
 
 korvale_relaxation run(korvale_relaxer& r, std::span<Point> points, const korvale_run_options& options)
 {
-    Vector<Point> before(points.size());
+    r.before.make_room(points.size()); // before anything is computed
     compute(r, points, 0);
     double energy = r.status.energy;
     for (int32_t done = 0;; ++done) {
@@ -127,7 +132,7 @@ korvale_relaxation run(korvale_relaxer& r, std::span<Point> points, const korval
             return {done, KORVALE_RUN_ENERGY, energy};
         if (done >= options.steps)
             return {done, KORVALE_RUN_STEPS, energy};
-        if (!step(r, points, 1, before))
+        if (!step(r, points, 1))
             return {done, KORVALE_RUN_NO_FORCE, energy};
         const double drop = energy - r.status.energy;
         const bool is_stalled = !(drop > 0.0) || drop < options.least_drop * energy;
@@ -216,8 +221,7 @@ korvale_status korvale_relaxer_step(korvale_relaxer* relaxer, const korvale_poin
         require_finite(moving.points(), "points");
         if (steps < 0)
             throw Refusal("steps", "be 0 or more", Text() << "it is " << steps);
-        Vector<Point> before(static_cast<size_t>(moving.size()));
-        step(*relaxer, moving.points(), steps, before);
+        step(*relaxer, moving.points(), steps);
         moving.give_back();
         if (energy != nullptr)
             *energy = relaxer->status.energy;

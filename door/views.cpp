@@ -1,6 +1,6 @@
 #include "door/internal/views.h"
 
-#include <bit>
+#include "data/internal/kernels.h"
 
 namespace korvale::door {
 
@@ -260,16 +260,6 @@ int64_t IndicesIn::given(int64_t i) const
 
 // --- What is asked of arguments --------------------------------------------------------------------------------------
 
-bool is_finite(double value)
-{
-    return (~std::bit_cast<uint64_t>(value) & 0x7ff0000000000000u) != 0;
-}
-
-bool is_nan(double value)
-{
-    return (std::bit_cast<uint64_t>(value) << 1) > 0xffe0000000000000u;
-}
-
 void require(const void* pointer, std::string_view argument)
 {
     if (pointer == nullptr)
@@ -291,6 +281,8 @@ void require_finite(const double* point, std::string_view argument)
 
 void require_finite(std::span<const Point> points, std::string_view argument)
 {
+    if (points.empty() || inside::are_finite(points[0].data(), 3 * static_cast<int64_t>(points.size())))
+        return;
     for (size_t i = 0; i < points.size(); ++i) {
         const Point& p = points[i];
         if (!is_finite(p.x) || !is_finite(p.y) || !is_finite(p.z))

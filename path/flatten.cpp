@@ -10,6 +10,7 @@
 #include <cmath>
 
 #include "data/internal/buffers.h"
+#include "data/internal/kernels.h"
 #include "math/internal/matrix.h"
 #include "math/internal/orientation.h"
 #include "math/internal/rotation.h"
@@ -369,11 +370,12 @@ constexpr double kLeastArea = 1e-12;
 
 double greatest_coordinate(const Outline& outline)
 {
-    double greatest[3] = {0.0, 0.0, 0.0}; // one an axis, which need not wait for each other
-    for (int i = 0; i < outline.count; ++i)
-        for (int k = 0; k < 3; ++k)
-            greatest[k] = std::max(greatest[k], std::fabs(outline.point(i)[k]));
-    return std::max({greatest[0], greatest[1], greatest[2]});
+    double box[6];
+    find_bounds(outline.points, outline.count, 3, box);
+    double greatest = 0.0;
+    for (const double bound : box)
+        greatest = std::max(greatest, std::fabs(bound));
+    return greatest;
 }
 
 /// Writes the normal, not normalised, about which the outline runs counter-clockwise. False where its parts cancel.

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 #include "math/internal/matrix.h"
 
@@ -66,6 +67,21 @@ void find_bounds_of_many(const double* values, int64_t count, int64_t dim, doubl
     std::memcpy(box, first, sizeof first);
     std::memcpy(box + 3, first, sizeof first);
     widen_by_points(values + 3, values + 3 * count, box, box + 3);
+}
+
+bool are_many_finite(const double* values, int64_t n);
+
+/// Whether n values are all finite.
+[[gnu::always_inline]] inline bool are_finite(const double* values, int64_t n)
+{
+    constexpr int64_t kFewValues = 12;
+    if (n >= kFewValues)
+        return are_many_finite(values, n);
+    constexpr double kGreatest = std::numeric_limits<double>::max();
+    bool finite = true;
+    for (int64_t j = 0; j < n; ++j)
+        finite = finite & (-kGreatest <= values[j]) & (values[j] <= kGreatest);
+    return finite;
 }
 
 void carry_many_points(const double (*m)[4], const double* from, int64_t count, double* to);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <limits>
 #include <optional>
 #include <span>
@@ -120,8 +121,14 @@ private:
 
 /// Asked of the bits, so that no choice of a compiler changes the answer.
 ///@{
-bool is_finite(double value);
-bool is_nan(double value);
+inline bool is_finite(double value)
+{
+    return (~std::bit_cast<uint64_t>(value) & 0x7ff0000000000000u) != 0;
+}
+inline bool is_nan(double value)
+{
+    return (std::bit_cast<uint64_t>(value) << 1) > 0xffe0000000000000u;
+}
 ///@}
 
 void require(const void* pointer, std::string_view argument);

@@ -188,6 +188,27 @@ void defaults(Options* options, size_t size)
     give_defaults(options, size, Options{sizeof(Options), 1, 2.0});
 }
 
+TEST(RequirePoints, FindsWhatIsNotFiniteAtEveryPlace)
+{
+    constexpr double kInfinity = std::numeric_limits<double>::infinity(), kMost = std::numeric_limits<double>::max();
+    for (int64_t n = 1; n < 30; ++n) {
+        std::vector<Point> points(static_cast<size_t>(n), Point{kMost, -kMost, -0.0});
+        const korvale_points buffer = {points.data(), n, 0, 3, KORVALE_DOUBLE};
+        const PointsIn in(&buffer, "line");
+        EXPECT_NO_THROW(require_points(in, "line", 1));
+        for (int64_t i = 0; i < 3 * n; ++i)
+            for (const double number : {kInfinity, -kInfinity, std::numeric_limits<double>::quiet_NaN()}) {
+                double& place = points[static_cast<size_t>(i / 3)][static_cast<int>(i % 3)];
+                const double before = place;
+                place = number;
+                EXPECT_TRUE(refusal_of([&] {
+                                require_points(in, "line", 1);
+                            }).starts_with("line must be finite, but its point " + std::to_string(i / 3) + " is"));
+                place = before;
+            }
+    }
+}
+
 TEST(Options, OfAnOlderHostGetDefaultsForTheRest)
 {
     Options older = {8, 5, 99.0};
