@@ -2,8 +2,8 @@
 // doubles. "plain_ns" is the time of the plain calls, "more_ns" what the C function takes beyond it: under 100 a call,
 // and at many points what it costs to look at all numbers once, whether they are finite and how far they reach.
 //
-// `grid_nearest` of borrowed triangles also tells which triangle is met, for which there is no plain call; `frames` of a
-// loop keep room for 1,026 frames at 1,024 points, which the heap gives back to the system each time.
+// `grid_nearest` of borrowed triangles also tells which one is met, for which there is no plain call. `frames` of a
+// loop keep room for as many frames, which at 1,024 points the heap takes from the system and gives back each time.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
