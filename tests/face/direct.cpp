@@ -30,9 +30,9 @@ std::vector<double> values_of(const DATAstruct& record)
 
 } // namespace
 
-std::vector<double> coordinates(PointView points)
+std::vector<double> coordinates(AnyPoints points)
 {
-    return {points.coordinates().begin(), points.coordinates().end()};
+    return {points.view().coordinates().begin(), points.view().coordinates().end()};
 }
 
 DirectBorder border_by_record(const Outline& outline, double distance, double height, int keep, int split)

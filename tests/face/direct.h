@@ -13,7 +13,7 @@ namespace korvale::test {
 
 using Outline = std::vector<Point>;
 
-std::vector<double> coordinates(PointView points);
+std::vector<double> coordinates(AnyPoints points);
 
 /// The border by `BORDER`, and the record's `dead` and `merge`.
 struct DirectBorder {

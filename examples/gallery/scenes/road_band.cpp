@@ -84,7 +84,8 @@ Calls make_calls(const Outline& line, double distance)
     status.path->dim = 3;
     if (DATAAllocate(status.path) != 1)
         throw std::bad_alloc();
-    std::ranges::copy(korvale::PointView(lifted(line)).coordinates(), status.path->dvals);
+    const std::vector<Vec3> points = lifted(line);
+    std::ranges::copy(korvale::PointView(points).coordinates(), status.path->dvals);
     status.distance = distance;
     status.keep_collapsed = 1; // taking the wings off again needs a border point for each point of the line
     status.split_events = 0;   // a long winding line may come near itself

@@ -38,11 +38,20 @@ struct Band {
     /// the border keeps between them, or a corner sharper than the miter limit is cut off
     Array<std::uint8_t> narrowed;
 
-    /// The border alone, one point for each point of the line.
-    std::span<const Point> border() const { return {outline.data(), outline.size() / 2}; }
+    /// The border alone, one point for each point of the line; a copy of that of a temporary.
+    ///@{
+    std::span<const Point> border() const& KORVALE_LIFETIMEBOUND { return {outline.data(), outline.size() / 2}; }
+    Points border() const&& { return detail::copy_of(border()); }
+    ///@}
 
-    /// The rest of the outline: the line or, on both sides, its other border, backwards.
-    std::span<const Point> other_side() const { return {outline.data() + outline.size() / 2, outline.size() / 2}; }
+    /// The rest of the outline: the line or, on both sides, its other border, backwards; a copy of that of a temporary.
+    ///@{
+    std::span<const Point> other_side() const& KORVALE_LIFETIMEBOUND
+    {
+        return {outline.data() + outline.size() / 2, outline.size() / 2};
+    }
+    Points other_side() const&& { return detail::copy_of(other_side()); }
+    ///@}
 };
 
 /// The band between a line and its border at a signed distance: to the right of the line where it is positive.
@@ -63,7 +72,7 @@ struct Band {
 ///
 /// Throws `Error` without points, for a distance of 0, a line that is not planar without `options.up`, a miter limit
 /// below 1, and numbers that are not finite.
-inline Band band(PointView line, double distance, const BandOptions& options = {})
+inline Band band(AnyPoints line, double distance, const BandOptions& options = {})
 {
     const std::size_t n = line.size();
     const Point up = options.up.value_or(Point{});
@@ -95,7 +104,7 @@ inline Band band(PointView line, double distance, const BandOptions& options = {
 /// ```
 ///
 /// Throws `Error` without points, for a tolerance below 0, and for numbers that are not finite.
-inline std::vector<std::size_t> thin(PointView line, double tolerance)
+inline std::vector<std::size_t> thin(AnyPoints line, double tolerance)
 {
     std::vector<std::int32_t> kept(line.size());
     std::int64_t count = 0;

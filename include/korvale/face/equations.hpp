@@ -4,7 +4,7 @@
 #include <exception>
 #include <optional>
 
-#include "refusal.hpp"
+#include "points.hpp"
 
 namespace korvale {
 
@@ -16,10 +16,16 @@ struct Column {
     std::ptrdiff_t stride = 1;      ///< doubles from one value to the next
 
     /// All of `numbers`.
-    Column(std::string_view variable, std::span<const double> numbers)
+    ///@{
+    Column(std::string_view variable KORVALE_LIFETIMEBOUND, std::span<const double> numbers KORVALE_LIFETIMEBOUND)
         : name(variable), values(numbers.data()), size(numbers.size())
     {
     }
+    template <class Numbers>
+    requires(std::convertible_to<Numbers, std::span<const double>> && !std::ranges::borrowed_range<Numbers>)
+        Column(std::string_view, Numbers&&)
+    = delete; // they would be gone: give them a name
+    ///@}
 
     /// Every `step`-th double from `first` on, such as the x of points.
     Column(std::string_view variable, const double* first, std::size_t count, std::ptrdiff_t step)

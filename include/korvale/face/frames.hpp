@@ -29,7 +29,7 @@ struct Flattening {
 /// ```
 ///
 /// Throws `Error` without points, for numbers that are not finite, and, by extremes, where all points lie on one line.
-inline Flattening flatten(PointView path, const FlattenOptions& options = {})
+inline Flattening flatten(AnyPoints path, const FlattenOptions& options = {})
 {
     const korvale_points points = detail::view_of(path);
     const korvale_flatten_options how = {sizeof how, !options.closed, options.by_extremes, 0};
@@ -48,7 +48,7 @@ inline Flattening flatten(PointView path, const FlattenOptions& options = {})
 ///
 /// In a planar loop the turn left over is nothing but rounding and can be no number; the loop's frames then come from
 /// an open path that runs once around, from the last point over all points to the first.
-inline void frames(PointView path, std::span<Transform> output, bool closed = false)
+inline void frames(AnyPoints path, std::span<Transform> output, bool closed = false)
 {
     const korvale_points points = detail::view_of(path);
     korvale_error error;
@@ -65,10 +65,10 @@ inline void frames(PointView path, std::span<Transform> output, bool closed = fa
 /// for (const korvale::Transform& frame : korvale::frames(path))
 ///     draw_at(frame.point({0, 0.5, 0})); // half a unit along the y axis of every frame
 /// ```
-inline std::vector<Transform> frames(PointView path, bool closed = false)
+inline std::vector<Transform> frames(AnyPoints path, bool closed = false)
 {
     std::vector<Transform> output(path.size());
-    frames(path, output, closed);
+    frames(path.view(), output, closed);
     return output;
 }
 

@@ -8,9 +8,6 @@
 
 namespace korvale {
 
-/// The three vertices of a triangle, counter-clockwise seen from outside.
-using Triangle = std::array<std::int32_t, 3>;
-
 namespace detail {
 
 inline std::span<const std::int32_t> corners_of(std::span<const Triangle> triangles)
@@ -310,7 +307,7 @@ inline void add_strip(Mesh& mesh, std::int32_t first, std::int32_t second, std::
 /// Cuts a planar outline with holes into triangles: as many as there are points less two, and two more for each hole.
 /// They number the points of all outlines in their order and run counter-clockwise where the outer outline does; the
 /// outlines may run either way round. A shape that crosses itself gets triangles, some of which overlap.
-inline std::vector<Triangle> triangulate(const ShapeView& outlines)
+inline std::vector<Triangle> triangulate(AnyShape outlines)
 {
     const std::vector<korvale_points> views = detail::views_of(outlines);
     std::vector<Triangle> triangles;
@@ -336,7 +333,7 @@ inline std::vector<Triangle> triangulate(const ShapeView& outlines)
 /// for (const std::vector<std::size_t>& shape : korvale::shapes(outlines))
 ///     fill(outlines[shape[0]], shape.size() - 1);
 /// ```
-inline std::vector<std::vector<std::size_t>> shapes(const ShapeView& outlines)
+inline std::vector<std::vector<std::size_t>> shapes(AnyShape outlines)
 {
     const std::vector<korvale_points> views = detail::views_of(outlines);
     std::vector<std::int32_t> outer(views.size());
@@ -374,7 +371,7 @@ struct BevelStep {
 /// const korvale::BevelStep edge[] = {{0, 0}, {0, 8}, {-1, 9}}; // a wall with a chamfer on top
 /// const korvale::Mesh solid = korvale::bevel(letter, edge);
 /// ```
-inline Mesh bevel(const ShapeView& outlines, std::span<const BevelStep> profile, bool split = true)
+inline Mesh bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true)
 {
     if (profile.size() < 2)
         throw Error("bevel", "profile", "have at least 2 steps", "it has " + detail::text_of(profile.size()));
@@ -385,9 +382,9 @@ inline Mesh bevel(const ShapeView& outlines, std::span<const BevelStep> profile,
     Mesh mesh;
     Offsetter offsetter;
     const auto layer_at = [&](const BevelStep& step) {
-        std::vector<Offset> borders = offsetter.shape(outlines, step.distance, {step.height, true, split});
+        std::vector<Offset> borders = offsetter.shape(outlines.view(), step.distance, {step.height, true, split});
         if (!split && std::ranges::any_of(borders, &Offset::collapsed))
-            borders = offsetter.shape(outlines, step.distance, {step.height, true, true});
+            borders = offsetter.shape(outlines.view(), step.distance, {step.height, true, true});
         return borders;
     };
     std::vector<Offset> layer = layer_at(profile[0]);
@@ -443,7 +440,7 @@ struct TubeOptions {
 /// const korvale::Mesh pipe = korvale::tube(path, octagon);
 /// const korvale::Mesh ring = korvale::tube(loop, octagon, {.closed = true});
 /// ```
-inline Mesh tube(PointView path, PointView section, const TubeOptions& options = {})
+inline Mesh tube(AnyPoints path, AnyPoints section, const TubeOptions& options = {})
 {
     detail::require_points("tube", "path", path, options.closed ? 3 : 2);
     detail::require_points("tube", "section", section, 3);
@@ -451,9 +448,9 @@ inline Mesh tube(PointView path, PointView section, const TubeOptions& options =
     detail::count_for("tube", "path times section", path.size() * n, 9);
     Mesh mesh;
     mesh.vertices.resize(path.size() * n);
-    const std::vector<Transform> places = frames(path, options.closed);
+    const std::vector<Transform> places = frames(path.view(), options.closed);
     for (std::size_t i = 0; i < places.size(); ++i)
-        places[i].apply(section, std::span(mesh.vertices).subspan(i * n, n));
+        places[i].apply(section.view(), std::span(mesh.vertices).subspan(i * n, n));
 
     const auto width = static_cast<std::int32_t>(n), rings = static_cast<std::int32_t>(path.size());
     const detail::Ring ring = detail::ring_of(section, {}, 0);

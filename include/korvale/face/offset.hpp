@@ -58,7 +58,7 @@ public:
 
     /// Offsets one outline; see `offset`. What the accessors show is valid until the next call. They show no points and
     /// no vertices before the first one, after `take` and `shape`, and when the heap was exhausted.
-    Offsetter& operator()(PointView outline, double distance, const OffsetOptions& options = {})
+    Offsetter& operator()(AnyPoints outline, double distance, const OffsetOptions& options = {}) KORVALE_LIFETIMEBOUND
     {
         const korvale_points points = detail::view_of(outline);
         run({&points, 1}, distance, options, true);
@@ -66,19 +66,19 @@ public:
     }
 
     /// The border of the latest outline.
-    std::span<const Point> points() const
+    std::span<const Point> points() const KORVALE_LIFETIMEBOUND
     {
         return {reinterpret_cast<const Point*>(border_.points), static_cast<std::size_t>(border_.count)};
     }
 
     /// [n] 1 for each vertex of the latest outline that was removed.
-    std::span<const std::uint8_t> removed() const
+    std::span<const std::uint8_t> removed() const KORVALE_LIFETIMEBOUND
     {
         return {border_.removed, static_cast<std::size_t>(border_.vertices)};
     }
 
     /// [n] the vertex that each one merged into, itself while it stayed.
-    std::span<const std::int32_t> merged_into() const
+    std::span<const std::int32_t> merged_into() const KORVALE_LIFETIMEBOUND
     {
         return {border_.merged_into, static_cast<std::size_t>(border_.vertices)};
     }
@@ -94,10 +94,10 @@ public:
     }
 
     /// Offsets an outer outline and its holes; see `offset`. The results are handed over, so the accessors show none.
-    std::vector<Offset> shape(const ShapeView& outlines, double distance, const OffsetOptions& options = {})
+    std::vector<Offset> shape(AnyShape outlines, double distance, const OffsetOptions& options = {})
     {
         std::vector<korvale_points> points;
-        for (const PointView outline : outlines)
+        for (const PointView outline : outlines.view())
             points.push_back(detail::view_of(outline));
         run(points, distance, options, false);
         border_ = {};
@@ -151,7 +151,7 @@ private:
 /// ```
 ///
 /// Throws `Error` for fewer than three points and for numbers that are not finite.
-inline Offset offset(PointView outline, double distance, const OffsetOptions& options = {})
+inline Offset offset(AnyPoints outline, double distance, const OffsetOptions& options = {})
 {
     Offset border;
     border.points = Points(outline.size());
@@ -178,9 +178,9 @@ inline Offset offset(PointView outline, double distance, const OffsetOptions& op
 ///     {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}}, {{3, 3, 0}, {7, 3, 0}, {7, 7, 0}, {3, 7, 0}}};
 /// auto borders = korvale::offset(plate, 1); // sides of 12 and 2
 /// ```
-inline std::vector<Offset> offset(const ShapeView& outlines, double distance, const OffsetOptions& options = {})
+inline std::vector<Offset> offset(AnyShape outlines, double distance, const OffsetOptions& options = {})
 {
-    return Offsetter().shape(outlines, distance, options);
+    return Offsetter().shape(outlines.view(), distance, options);
 }
 
 } // namespace korvale

@@ -1,90 +1,22 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <bit>
-#include <charconv>
 #include <cmath>
-#include <concepts>
-#include <cstddef>
-#include <cstdint>
 #include <cstdlib>
-#include <initializer_list>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
-#include <ranges>
 #include <span>
-#include <stdexcept>
 #include <string>
-#include <string_view>
-#include <type_traits>
 #include <utility>
-#include <vector>
 
-#include "../korvale_c.h"
+#include "views.hpp"
 
 namespace korvale {
 
-/// A point or vector x, y, z. Types of your own with three doubles x, y, z serve as well wherever points are read.
-using Point = std::array<double, 3>;
-
-/// An argument that cannot be used. `what()` is one sentence: the function, the argument, what it must be, what came.
-class Error : public std::invalid_argument {
-public:
-    /// "function: argument must `must`, but `but`".
-    Error(std::string_view function, std::string_view argument, std::string_view must, std::string_view but)
-        : std::invalid_argument(std::string(function) + ": " + std::string(argument) + " must " + std::string(must) +
-                                ", but " + std::string(but)),
-          function_(function), argument_(argument)
-    {
-    }
-
-    /// The function or member function that refuses, such as "offset" or "Relaxer::step".
-    const std::string& function() const noexcept { return function_; }
-
-    /// The name of the argument it refuses.
-    const std::string& argument() const noexcept { return argument_; }
-
-private:
-    std::string function_, argument_;
-};
-
 namespace detail {
-
-/// Members x, y, z that are doubles.
-template <class T>
-concept HasXyz = requires(T& p)
-{
-    requires std::same_as<decltype((p.x)), double&>;
-    requires std::same_as<decltype((p.y)), double&>;
-    requires std::same_as<decltype((p.z)), double&>;
-};
-
-/// An index that gives doubles.
-template <class T>
-concept HasIndex = requires(T& p)
-{
-    requires std::same_as<decltype((p[0])), double&>;
-};
-
-} // namespace detail
-
-/// A type laid out as three doubles and nothing else: with members x, y, z or with an index.
-template <class T>
-concept PointLike = std::is_trivially_copyable_v<T> && std::is_standard_layout_v<T> &&
-                        sizeof(T) == 3 * sizeof(double) &&
-                    alignof(T) == alignof(double) && (detail::HasXyz<T> || detail::HasIndex<T>);
-
-namespace detail {
-
-/// The shortest text that reads back as `value`, under every locale.
-template <class Number>
-std::string text_of(Number value)
-{
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
 
 /// Asked of the bits, so that a program compiled to take every number for finite is told the truth as well.
 inline bool is_finite(double value)
@@ -103,98 +35,26 @@ inline std::string counted(std::size_t n, const char* noun)
     return text_of(n) + " " + noun + (n == 1 ? "" : "s");
 }
 
-template <class R>
-concept Contiguous = std::ranges::contiguous_range<R> && std::ranges::sized_range<R>;
-
-template <class R>
-using Element = std::remove_reference_t<std::ranges::range_reference_t<R>>;
-
-/// Whether elements of R can be seen through doubles of kind Double (const or not).
-template <class R, class Double>
-concept Coordinates = Contiguous<R> &&
-    (std::is_const_v<Double> || !std::is_const_v<Element<R>>)&&(std::same_as<std::remove_const_t<Element<R>>, double> ||
-                                                                PointLike<std::remove_const_t<Element<R>>>);
-
 } // namespace detail
 
-/// Points of someone else, x y z after one another: made from any contiguous range of points (`Point`, or a type of
-/// yours with three doubles) or of plain doubles, without a copy. It must not outlive the range.
-template <class Double>
-class BasicPointView {
-public:
-    BasicPointView() = default;
-
-    /// All of a range; plain doubles have to come in threes.
-    template <class R>
-    requires(!std::same_as<std::remove_cvref_t<R>, BasicPointView> && detail::Coordinates<R, Double>)
-        BasicPointView(R&& range) // NOLINT: views are made in passing
-    {
-        using Value = std::remove_const_t<detail::Element<R>>;
-        const auto n = static_cast<std::size_t>(std::ranges::size(range));
-        data_ = reinterpret_cast<Double*>(std::ranges::data(range));
-        if constexpr (std::same_as<Value, double>) {
-            if (n % 3 != 0)
-                throw Error("points", "the coordinates", "come in threes", "there are " + detail::text_of(n));
-            count_ = n / 3;
-        } else {
-            count_ = n;
-        }
-    }
-
-    /// Points written out, as `{{0, 0, 0}, {1, 0, 0}}`: for an argument, whose call they outlive.
-    BasicPointView(std::initializer_list<Point> points) // NOLINT
-        requires(std::is_const_v<Double>)
-        : data_(points.begin()->data()), count_(points.size())
-    {
-    }
-
-    /// Points to change may be read.
-    template <class Other>
-    requires(std::is_const_v<Double>&& std::same_as<Other, double>)
-        BasicPointView(const BasicPointView<Other>& other) // NOLINT
-        : data_(other.data()), count_(other.size())
-    {
-    }
-
-    /// `count` points from `first` on, 3 count doubles.
-    static BasicPointView at(Double* first, std::size_t count)
-    {
-        BasicPointView view;
-        view.data_ = first;
-        view.count_ = count;
-        return view;
-    }
-
-    /// How many points there are.
-    ///@{
-    std::size_t size() const noexcept { return count_; }
-    bool empty() const noexcept { return count_ == 0; }
-    ///@}
-
-    /// The first coordinate of the first point.
-    Double* data() const noexcept { return data_; }
-
-    /// x y z of all points.
-    std::span<Double> coordinates() const noexcept { return {data_, 3 * count_}; }
-
-    /// Point i, as a copy.
-    Point operator[](std::size_t i) const { return {data_[3 * i], data_[3 * i + 1], data_[3 * i + 2]}; }
-
-private:
-    Double* data_ = nullptr;
-    std::size_t count_ = 0;
-};
-
-/// Points to read.
-using PointView = BasicPointView<const double>;
-
-/// Points to change in place.
-using PointSpan = BasicPointView<double>;
-
-/// Numbers in a block of the C heap, released with the value. Moves, does not copy; `release` hands the block over.
+/// Numbers in a block of the C heap, released with the value: a contiguous range. Moves, and copies by `clone` alone;
+/// `release` hands the block over.
 template <class T>
 class Array {
 public:
+    /// What a range has.
+    ///@{
+    using value_type = T;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using reference = T&;
+    using const_reference = const T&;
+    using pointer = T*;
+    using const_pointer = const T*;
+    using iterator = T*;
+    using const_iterator = const T*;
+    ///@}
+
     Array() = default;
 
     /// Takes over `size` elements at `data`, which came from malloc.
@@ -205,22 +65,48 @@ public:
         : data_(static_cast<T*>(std::malloc(std::max<std::size_t>(1, size * sizeof(T))))), size_(size)
     {
         if (data_ == nullptr)
-            throw std::bad_alloc();
+            detail::raise(std::bad_alloc());
     }
 
-    /// A contiguous range of elements.
+    /// What is moved away leaves no elements.
     ///@{
-    T* data() noexcept { return data_.get(); }
-    const T* data() const noexcept { return data_.get(); }
+    Array(Array&& other) noexcept : data_(std::move(other.data_)), size_(std::exchange(other.size_, 0)) {}
+    Array& operator=(Array&& other) noexcept
+    {
+        data_ = std::move(other.data_);
+        size_ = std::exchange(other.size_, 0);
+        return *this;
+    }
+    ///@}
+
+    /// The same elements in a block of their own.
+    Array clone() const
+    {
+        Array copy(size_);
+        std::ranges::copy(*this, copy.begin());
+        return copy;
+    }
+
+    /// The elements.
+    ///@{
+    T* data() noexcept KORVALE_LIFETIMEBOUND { return data_.get(); }
+    const T* data() const noexcept KORVALE_LIFETIMEBOUND { return data_.get(); }
     std::size_t size() const noexcept { return size_; }
     bool empty() const noexcept { return size_ == 0; }
-    T& operator[](std::size_t i) { return data_.get()[i]; }
-    const T& operator[](std::size_t i) const { return data_.get()[i]; }
-    T* begin() noexcept { return data(); }
-    T* end() noexcept { return data() + size_; }
-    const T* begin() const noexcept { return data(); }
-    const T* end() const noexcept { return data() + size_; }
+    T& operator[](std::size_t i) KORVALE_LIFETIMEBOUND { return data_.get()[i]; }
+    const T& operator[](std::size_t i) const KORVALE_LIFETIMEBOUND { return data_.get()[i]; }
+    T& front() KORVALE_LIFETIMEBOUND { return data_.get()[0]; }
+    const T& front() const KORVALE_LIFETIMEBOUND { return data_.get()[0]; }
+    T& back() KORVALE_LIFETIMEBOUND { return data_.get()[size_ - 1]; }
+    const T& back() const KORVALE_LIFETIMEBOUND { return data_.get()[size_ - 1]; }
+    T* begin() noexcept KORVALE_LIFETIMEBOUND { return data(); }
+    T* end() noexcept KORVALE_LIFETIMEBOUND { return data() + size_; }
+    const T* begin() const noexcept KORVALE_LIFETIMEBOUND { return data(); }
+    const T* end() const noexcept KORVALE_LIFETIMEBOUND { return data() + size_; }
     ///@}
+
+    /// As many elements, each equal.
+    friend bool operator==(const Array& a, const Array& b) { return std::ranges::equal(a, b); }
 
     /// Hands the block over, to be released with `free`; the array is empty afterwards.
     T* release() noexcept
@@ -237,7 +123,8 @@ private:
     std::size_t size_ = 0;
 };
 
-/// Points that a function gives back: a range of `Point` over memory that the library filled. Moves, does not copy.
+/// Points that a function gives back: a contiguous range of `Point` over memory that the library filled. Moves, and
+/// copies by `clone` alone.
 ///
 /// ```
 /// korvale::Points border = korvale::offset(outline, 0.5).points;
@@ -247,6 +134,19 @@ private:
 /// ```
 class Points {
 public:
+    /// What a range has.
+    ///@{
+    using value_type = Point;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using reference = Point&;
+    using const_reference = const Point&;
+    using pointer = Point*;
+    using const_pointer = const Point*;
+    using iterator = Point*;
+    using const_iterator = const Point*;
+    ///@}
+
     Points() = default;
 
     /// Takes over 3 * `count` doubles at `coordinates`, which came from malloc.
@@ -255,60 +155,49 @@ public:
     /// `count` points, not cleared.
     explicit Points(std::size_t count) : numbers_(3 * count) {}
 
-    /// A contiguous range of points.
+    /// The same points in a block of their own.
+    Points clone() const
+    {
+        Points copy;
+        copy.numbers_ = numbers_.clone();
+        return copy;
+    }
+
+    /// The points.
     ///@{
     std::size_t size() const noexcept { return numbers_.size() / 3; }
     bool empty() const noexcept { return size() == 0; }
-    Point* data() noexcept { return reinterpret_cast<Point*>(numbers_.data()); }
-    const Point* data() const noexcept { return reinterpret_cast<const Point*>(numbers_.data()); }
-    Point& operator[](std::size_t i) { return data()[i]; }
-    const Point& operator[](std::size_t i) const { return data()[i]; }
-    Point* begin() noexcept { return data(); }
-    Point* end() noexcept { return data() + size(); }
-    const Point* begin() const noexcept { return data(); }
-    const Point* end() const noexcept { return data() + size(); }
+    Point* data() noexcept KORVALE_LIFETIMEBOUND { return reinterpret_cast<Point*>(numbers_.data()); }
+    const Point* data() const noexcept KORVALE_LIFETIMEBOUND { return reinterpret_cast<const Point*>(numbers_.data()); }
+    Point& operator[](std::size_t i) KORVALE_LIFETIMEBOUND { return data()[i]; }
+    const Point& operator[](std::size_t i) const KORVALE_LIFETIMEBOUND { return data()[i]; }
+    Point& front() KORVALE_LIFETIMEBOUND { return data()[0]; }
+    const Point& front() const KORVALE_LIFETIMEBOUND { return data()[0]; }
+    Point& back() KORVALE_LIFETIMEBOUND { return data()[size() - 1]; }
+    const Point& back() const KORVALE_LIFETIMEBOUND { return data()[size() - 1]; }
+    Point* begin() noexcept KORVALE_LIFETIMEBOUND { return data(); }
+    Point* end() noexcept KORVALE_LIFETIMEBOUND { return data() + size(); }
+    const Point* begin() const noexcept KORVALE_LIFETIMEBOUND { return data(); }
+    const Point* end() const noexcept KORVALE_LIFETIMEBOUND { return data() + size(); }
     ///@}
 
     /// x y z of all points.
     ///@{
-    std::span<double> coordinates() noexcept { return {numbers_.data(), numbers_.size()}; }
-    std::span<const double> coordinates() const noexcept { return {numbers_.data(), numbers_.size()}; }
+    std::span<double> coordinates() & noexcept KORVALE_LIFETIMEBOUND { return {numbers_.data(), numbers_.size()}; }
+    std::span<const double> coordinates() const& noexcept KORVALE_LIFETIMEBOUND
+    {
+        return {numbers_.data(), numbers_.size()};
+    }
     ///@}
+
+    /// As many points, each equal.
+    friend bool operator==(const Points&, const Points&) = default;
 
     /// Hands the coordinates over, to be released with `free`; there are no points afterwards.
     double* release() noexcept { return numbers_.release(); }
 
 private:
     Array<double> numbers_;
-};
-
-/// An outer outline and its holes: made from any range of ranges of points, without copying the points.
-class ShapeView {
-public:
-    /// A range of outlines, the outer one first.
-    template <std::ranges::input_range R>
-    requires(!std::same_as<std::remove_cvref_t<R>, ShapeView> &&
-             !PointLike<std::remove_cvref_t<std::ranges::range_reference_t<R>>> &&
-             std::convertible_to<std::ranges::range_reference_t<R>, PointView>)
-        ShapeView(R&& outlines) // NOLINT: views are made in passing
-    {
-        for (auto&& outline : outlines)
-            outlines_.push_back(PointView(outline));
-    }
-
-    /// Outlines by name, as `{outer, hole, hole}`.
-    ShapeView(std::initializer_list<PointView> outlines) : outlines_(outlines) {}
-
-    /// A range of outlines.
-    ///@{
-    std::size_t size() const noexcept { return outlines_.size(); }
-    PointView operator[](std::size_t i) const { return outlines_[i]; }
-    auto begin() const noexcept { return outlines_.begin(); }
-    auto end() const noexcept { return outlines_.end(); }
-    ///@}
-
-private:
-    std::vector<PointView> outlines_;
 };
 
 namespace detail {
@@ -343,11 +232,15 @@ void call(const char* function, Call call)
 ///@{
 inline korvale_points view_of(PointView points)
 {
-    return {points.data(), static_cast<std::int64_t>(points.size()), 0, 3, KORVALE_DOUBLE};
+    return points.layout();
+}
+inline korvale_points view_of(const AnyPoints& points)
+{
+    return points.view().layout();
 }
 inline korvale_points_out view_of_output(PointSpan points)
 {
-    return {points.data(), static_cast<std::int64_t>(points.size()), 0, 3, KORVALE_DOUBLE};
+    return points.layout();
 }
 inline korvale_indices view_of(std::span<const std::int32_t> indices)
 {
@@ -355,14 +248,30 @@ inline korvale_indices view_of(std::span<const std::int32_t> indices)
 }
 
 /// Sizes of faces: there are some, if only none.
-inline korvale_indices view_of_sizes(std::span<const std::int32_t> sizes)
+inline korvale_indices view_of_sizes(const AnyIndices& sizes)
 {
-    korvale_indices view = view_of(sizes);
+    korvale_indices view = sizes.layout();
     if (view.data == nullptr)
         view.data = ""; // somewhere
     return view;
 }
+
+/// Triangles on shared vertices; without any, none of the vertices either, as they would be triangles by themselves.
+inline korvale_triangles triangles_of(const AnyPoints& vertices, const AnyTriangles& triangles)
+{
+    korvale_triangles view = {view_of(vertices), triangles.layout()};
+    if (triangles.size() == 0)
+        view.points.count = 0;
+    return view;
+}
 ///@}
+
+inline Points copy_of(std::span<const Point> points)
+{
+    Points copy(points.size());
+    std::ranges::copy(points, copy.begin());
+    return copy;
+}
 
 /// "(1, 2, nan)".
 inline std::string text_of_point(const Point& p)
@@ -387,8 +296,6 @@ inline void require_finite(const char* function, const char* argument, double va
 
 inline void require_finite(const char* function, const char* argument, PointView points)
 {
-    if (std::ranges::all_of(points.coordinates(), is_finite))
-        return;
     for (std::size_t i = 0; i < points.size(); ++i)
         for (const double v : points[i])
             if (!is_finite(v))

@@ -56,25 +56,32 @@ using Progress = std::function<bool(double done)>;
 class RayGrid {
 public:
     /// Triangles given by their corners, which are copied. Without a `size`, one that suits them is chosen.
-    explicit RayGrid(TriangleView triangles, std::optional<GridSize> size = {}, const Progress& progress = {})
-        : RayGrid({detail::view_of(PointView::at(triangles.data(), 3 * triangles.size())), {}}, false, size, progress)
+    explicit RayGrid(AnyCorners triangles, std::optional<GridSize> size = {}, const Progress& progress = {})
+        : RayGrid({detail::view_of(triangles.view().corners()), {}}, false, size, progress)
     {
     }
 
-    /// Triangles on shared vertices.
-    RayGrid(PointView vertices, std::span<const Triangle> triangles, std::optional<GridSize> size = {},
-            const Progress& progress = {})
-        : RayGrid(detail::view_of(vertices, triangles), false, size, progress)
+    /// Triangles on shared vertices, in a range or, two and more, written out.
+    ///@{
+    template <std::convertible_to<AnyTriangles> Triangles>
+    RayGrid(AnyPoints vertices, Triangles&& triangles, std::optional<GridSize> size = {}, const Progress& progress = {})
+        : RayGrid(detail::triangles_of(vertices, triangles), false, size, progress)
     {
     }
+    template <std::size_t n>
+    requires(n > 1) RayGrid(AnyPoints vertices, const Triangle (&triangles)[n], std::optional<GridSize> size = {},
+                            const Progress& progress = {})
+        : RayGrid(detail::triangles_of(vertices, triangles), false, size, progress)
+    {
+    }
+    ///@}
 
     /// Faces of any number of corners, `corners` face after face; each is cut into triangles about its first corner.
     /// `face` tells which face a triangle is of.
-    RayGrid(PointView vertices, std::span<const std::int32_t> face_sizes, std::span<const std::int32_t> corners,
-            std::optional<GridSize> size = {}, const Progress& progress = {})
+    RayGrid(AnyPoints vertices, AnyIndices face_sizes, AnyIndices corners, std::optional<GridSize> size = {},
+            const Progress& progress = {})
     {
-        const korvale_faces faces = {detail::view_of(vertices), detail::view_of_sizes(face_sizes),
-                                     detail::view_of(corners)};
+        const korvale_faces faces = {detail::view_of(vertices), detail::view_of_sizes(face_sizes), corners.layout()};
         make(false, size, progress,
              [&](const korvale_grid_options* options, korvale_grid** made, korvale_error* error) {
                  return korvale_grid_of_faces(&faces, options, made, error);
@@ -84,7 +91,7 @@ public:
     /// A grid over triangles that stay the caller's: they are read by every query, may move, and must outlive the grid.
     static RayGrid over(TriangleView triangles, std::optional<GridSize> size = {})
     {
-        return RayGrid({detail::view_of(PointView::at(triangles.data(), 3 * triangles.size())), {}}, true, size, {});
+        return RayGrid({detail::view_of(triangles.corners()), {}}, true, size, {});
     }
 
     /// Moves; what is left behind may only be destroyed or assigned to.
@@ -105,7 +112,13 @@ public:
     }
 
     /// The triangles, nine doubles each, as the grid reads them.
-    TriangleView triangles() const { return PointView::at(korvale_grid_triangles(handle_.get()), 3 * size()); }
+    ///@{
+    TriangleView triangles() const& KORVALE_LIFETIMEBOUND
+    {
+        return PointView::at(korvale_grid_triangles(handle_.get()), 3 * size());
+    }
+    void triangles() const&& = delete; // they would be gone: give the grid a name
+    ///@}
 
     /// The face that a triangle is of; its own number where the grid was made of triangles.
     std::int32_t face(std::int32_t triangle) const
@@ -173,7 +186,7 @@ public:
     /// std::vector<double> depth(directions.size());
     /// grid.cast({eye}, directions, {.distances = depth});
     /// ```
-    bool cast(PointView origins, PointView directions, const RayColumns& columns, const Progress& progress = {}) const
+    bool cast(AnyPoints origins, AnyPoints directions, const RayColumns& columns, const Progress& progress = {}) const
     {
         const std::size_t n = origins.size() == 1 ? directions.size() : origins.size();
         if (directions.size() != n && directions.size() != 1)
@@ -194,7 +207,7 @@ public:
     /// Whether each point lies inside the closed meshes that the triangles make: a ray from it meets an odd number of
     /// them. Of rays that come within 1e-09 of an edge, as a weight of a corner, up to four others are tried; the last
     /// is taken as it is. Points on the surface come out either way.
-    std::vector<bool> contains(PointView points) const
+    std::vector<bool> contains(AnyPoints points) const
     {
         const korvale_points at = detail::view_of(points);
         std::vector<std::uint8_t> inside(points.size() + 1);

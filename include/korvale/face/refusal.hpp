@@ -1,8 +1,59 @@
 #pragma once
 
-#include "points.hpp"
+#include <charconv>
+#include <cstddef>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "../korvale_c.h"
 
 namespace korvale {
+namespace detail {
+
+/// The shortest text that reads back as `value`, under every locale.
+template <class Number>
+std::string text_of(Number value)
+{
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
+/// Throws; ends a program that is compiled without exceptions.
+template <class Exception>
+[[noreturn]] void raise([[maybe_unused]] Exception&& exception)
+{
+#if defined(__cpp_exceptions)
+    throw std::forward<Exception>(exception);
+#else
+    std::abort();
+#endif
+}
+
+} // namespace detail
+
+/// An argument that cannot be used. `what()` is one sentence: the function, the argument, what it must be, what came.
+class Error : public std::invalid_argument {
+public:
+    /// "function: argument must `must`, but `but`".
+    Error(std::string_view function, std::string_view argument, std::string_view must, std::string_view but)
+        : std::invalid_argument(std::string(function) + ": " + std::string(argument) + " must " + std::string(must) +
+                                ", but " + std::string(but)),
+          function_(function), argument_(argument)
+    {
+    }
+
+    /// The function or member function that refuses, such as "offset" or "Relaxer::step".
+    const std::string& function() const noexcept { return function_; }
+
+    /// The name of the argument it refuses.
+    const std::string& argument() const noexcept { return argument_; }
+
+private:
+    std::string function_, argument_;
+};
 
 /// An equation that is refused: `what()` quotes it and says which word, where, and why.
 class EquationError : public Error {

@@ -58,21 +58,21 @@ struct Relaxation {
 class Relaxer {
 public:
     /// Triangles on shared vertices.
-    Relaxer(PointView vertices, std::span<const Triangle> triangles)
-        : Relaxer(vertices, nullptr, detail::corners_of(triangles), {})
+    Relaxer(AnyPoints vertices, AnyTriangles triangles)
+        : Relaxer({detail::view_of(vertices), {}, triangles.layout()}, nullptr)
     {
     }
 
     /// Faces of any number of corners, `corners` face after face.
-    Relaxer(PointView vertices, std::span<const std::int32_t> face_sizes, std::span<const std::int32_t> corners)
-        : Relaxer(vertices, &face_sizes, corners, {})
+    Relaxer(AnyPoints vertices, AnyIndices face_sizes, AnyIndices corners)
+        : Relaxer({detail::view_of(vertices), detail::view_of_sizes(face_sizes), corners.layout()}, nullptr)
     {
     }
 
     /// Edges alone, of which only lengths can be kept.
-    static Relaxer of_edges(PointView vertices, std::span<const std::array<std::int32_t, 2>> edges)
+    static Relaxer of_edges(AnyPoints vertices, AnyEdges edges)
     {
-        return Relaxer(vertices, nullptr, {}, {edges.empty() ? nullptr : edges[0].data(), 2 * edges.size()});
+        return Relaxer({detail::view_of(vertices), {}, {}}, edges.size() == 0 ? nullptr : &edges.layout());
     }
 
     /// Moves; what is left behind may only be destroyed or assigned to.
@@ -84,13 +84,20 @@ public:
     /// The number of points.
     std::size_t size() const { return static_cast<std::size_t>(korvale_relaxer_size(handle_.get())); }
 
-    /// The edges, as pairs of points.
-    std::span<const std::array<std::int32_t, 2>> edges() const
+    /// The edges, as pairs of points; a copy of those of a temporary.
+    ///@{
+    std::span<const std::array<std::int32_t, 2>> edges() const& KORVALE_LIFETIMEBOUND
     {
         std::int64_t count = 0;
         const std::int32_t* const ends = korvale_relaxer_edges(handle_.get(), &count);
         return {reinterpret_cast<const std::array<std::int32_t, 2>*>(ends), static_cast<std::size_t>(count)};
     }
+    std::vector<std::array<std::int32_t, 2>> edges() const&&
+    {
+        const auto edges = this->edges();
+        return {edges.begin(), edges.end()};
+    }
+    ///@}
 
     /// Keeps a measure of the mesh, as it is at the vertices, with a weight above 0.
     Relaxer& keep(Measure measure, double weight = 1.0)
@@ -166,7 +173,7 @@ public:
     }
 
     /// The energy at some points, which are only read.
-    double energy(PointView points)
+    double energy(AnyPoints points)
     {
         const korvale_points at = detail::view_of(points);
         double energy = 0.0;
@@ -176,7 +183,7 @@ public:
     }
 
     /// The force on every point, held ones included.
-    Points forces(PointView points)
+    Points forces(AnyPoints points)
     {
         const korvale_points at = detail::view_of(points);
         Points forces(points.size());
@@ -215,17 +222,10 @@ private:
         void operator()(korvale_relaxer* relaxer) const { korvale_relaxer_free(relaxer); }
     };
 
-    Relaxer(PointView vertices, const std::span<const std::int32_t>* face_sizes, std::span<const std::int32_t> corners,
-            std::span<const std::int32_t> edges)
+    Relaxer(const korvale_faces& faces, const korvale_indices* edges)
     {
-        korvale_faces faces = {detail::view_of(vertices), {}, detail::view_of(corners)};
-        if (face_sizes != nullptr)
-            faces.sizes = detail::view_of_sizes(*face_sizes);
-        const korvale_indices ends = detail::view_of(edges);
         korvale_relaxer* made = nullptr;
-        detail::call("Relaxer", [&](korvale_error* error) {
-            return korvale_relaxer_new(&faces, edges.empty() ? nullptr : &ends, &made, error);
-        });
+        detail::call("Relaxer", [&](korvale_error* error) { return korvale_relaxer_new(&faces, edges, &made, error); });
         handle_.reset(made);
     }
 

@@ -4,42 +4,6 @@
 
 namespace korvale {
 
-/// Triangles of someone else, nine doubles each: made from any contiguous range of doubles or of points, three a
-/// triangle, without a copy. It must not outlive the range.
-class TriangleView {
-public:
-    TriangleView() = default;
-
-    /// All of a range.
-    template <class R>
-    requires(!std::same_as<std::remove_cvref_t<R>, TriangleView> && detail::Coordinates<R, const double>)
-        TriangleView(R&& corners) // NOLINT: views are made in passing
-        : TriangleView(PointView(corners))
-    {
-    }
-
-    /// Corners, which have to come in threes.
-    TriangleView(PointView corners) : data_(corners.data()), count_(corners.size() / 3) // NOLINT
-    {
-        if (corners.size() % 3 != 0)
-            throw Error("triangles", "the corners", "come in threes", "there are " + detail::text_of(corners.size()));
-    }
-
-    /// Corners written out, three points a triangle: for an argument, whose call they outlive.
-    TriangleView(std::initializer_list<Point> corners) : TriangleView(PointView(corners)) {} // NOLINT
-
-    /// How many triangles there are, and their numbers.
-    ///@{
-    std::size_t size() const noexcept { return count_; }
-    const double* data() const noexcept { return data_; }
-    std::span<const double> coordinates() const noexcept { return {data_, 9 * count_}; }
-    ///@}
-
-private:
-    const double* data_ = nullptr;
-    std::size_t count_ = 0;
-};
-
 /// Points on triangles, and what they carry.
 struct Scattered {
     Points points;                 ///< as they were drawn
@@ -93,14 +57,14 @@ inline std::size_t width_of(std::span<const double> attributes, std::size_t rows
 /// ```
 ///
 /// Throws `Error` for no triangles, numbers that are not finite, and attributes that do not divide by the corners.
-inline Scattered scatter(TriangleView triangles, std::size_t count, unsigned seed,
+inline Scattered scatter(AnyCorners triangles, std::size_t count, unsigned seed,
                          std::span<const double> attributes = {})
 {
-    const std::size_t corners = 3 * triangles.size();
+    const PointView points = triangles.view().corners();
+    const std::size_t corners = points.size();
     const std::size_t width =
         corners == 0 ? 0 : detail::width_of(attributes, corners, "attributes", "corners of the triangles");
-    return detail::scatter({detail::view_of(PointView::at(triangles.data(), corners)), {}}, count, seed, attributes,
-                           corners, width);
+    return detail::scatter({detail::view_of(points), {}}, count, seed, attributes, corners, width);
 }
 
 /// The same over a mesh, with attributes of its vertices.
@@ -108,14 +72,14 @@ inline Scattered scatter(TriangleView triangles, std::size_t count, unsigned see
 /// ```
 /// auto [points, normals, width, on] = korvale::scatter(vertices, triangles, 5000, 42, vertex_normals);
 /// ```
-inline Scattered scatter(PointView vertices, std::span<const Triangle> triangles, std::size_t count, unsigned seed,
+inline Scattered scatter(AnyPoints vertices, AnyTriangles triangles, std::size_t count, unsigned seed,
                          std::span<const double> vertex_attributes = {})
 {
     const std::size_t width = detail::width_of(vertex_attributes, vertices.size(), "vertex_attributes", "vertices");
-    if (triangles.empty())
+    if (triangles.size() == 0)
         return scatter(TriangleView(), count, seed);
-    return detail::scatter({detail::view_of(vertices), detail::view_of(detail::corners_of(triangles))}, count, seed,
-                           vertex_attributes, vertices.size(), width);
+    return detail::scatter(detail::triangles_of(vertices, triangles), count, seed, vertex_attributes, vertices.size(),
+                           width);
 }
 
 } // namespace korvale

@@ -112,7 +112,10 @@ public:
     ///@}
 
     /// The sixteen numbers, row by row.
-    std::span<const double, 16> rows() const { return std::span<const double, 16>(numbers(), 16); }
+    std::span<const double, 16> rows() const KORVALE_LIFETIMEBOUND
+    {
+        return std::span<const double, 16>(numbers(), 16);
+    }
 
     /// The point moved by the transform; divided by its fourth coordinate unless that is exactly 1.
     Point point(const Point& p) const
@@ -134,7 +137,7 @@ public:
     void apply(PointSpan points) const { apply(points, points); }
 
     /// Writes the moved points to `output`, which has as many.
-    void apply(PointView points, PointSpan output) const
+    void apply(AnyPoints points, PointSpan output) const
     {
         const korvale_points from = detail::view_of(points);
         const korvale_points_out to = detail::view_of_output(output);

@@ -1,0 +1,89 @@
+#!/usr/bin/env bash
+# usage: lifetimes.sh SOURCE COMPILER
+# Views of what is gone by then do not compile, or, where only a compiler that knows lifetimes can tell, are warned of.
+# SOURCE is the library's source tree.
+set -euo pipefail
+source=$1 compiler=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# Compiles a program around one line, every warning an error.
+compiles() {
+    cat >"$work/line.cpp" <<CODE
+#include <korvale/face.hpp>
+
+struct Node {
+    int id;
+    korvale::Point place;
+};
+std::vector<korvale::Point> make();
+std::vector<std::vector<korvale::Point>> make_all();
+std::vector<Node> make_nodes();
+std::vector<double> make_numbers();
+extern std::vector<korvale::Point> kept;
+extern std::vector<std::vector<korvale::Point>> all_kept;
+extern std::vector<double> numbers;
+extern std::vector<korvale::Triangle> triangles;
+void use(const void*);
+
+void line()
+{
+    $1
+}
+CODE
+    "$compiler" -std=c++20 -O1 -Wall -Wextra -Werror -Wno-unused -I"$source/include" -c "$work/line.cpp" \
+        -o "$work/line.o" >"$work/said" 2>&1
+}
+
+wrong=0
+is_right() {
+    compiles "$1" || { echo "lifetimes: this should compile with $compiler: $1"; cat "$work/said"; wrong=1; }
+}
+is_refused() {
+    ! compiles "$1" || { echo "lifetimes: this compiles with $compiler without a word: $1"; wrong=1; }
+    if ! grep -qE "${2:-deleted}" "$work/said"; then
+        echo "lifetimes: $compiler refuses this for another reason: $1"
+        cat "$work/said"
+        wrong=1
+    fi
+}
+is_warned_of() {
+    if [[ $compiler == *clang* ]]; then
+        is_refused "$1" 'Wdangling|Wreturn-stack'
+    fi
+}
+
+is_right 'korvale::PointView v = kept; use(&v);'
+is_right 'korvale::PointView v = std::span<const korvale::Point>(kept); use(&v);'
+is_right 'korvale::ShapeView v = all_kept; use(&v);'
+is_right 'korvale::ShapeView v = {kept, kept}; use(&v);'
+is_right 'korvale::offset(make(), 1); korvale::offset(make_all(), 1); korvale::offset({{0, 0, 0}, {1, 0, 0}}, 1);'
+is_right 'korvale::RayGrid grid(make(), triangles); korvale::RayGrid soup(make()); use(&grid); use(&soup);'
+is_right 'korvale::RayGrid grid = korvale::RayGrid::over(kept); use(&grid);'
+is_right 'auto band = korvale::band(kept, 1); auto border = band.border(); use(border.data());'
+is_right 'for (const auto& p : korvale::band(kept, 1).outline) use(&p);'
+
+is_refused 'korvale::PointView v = make(); use(&v);'
+is_refused 'korvale::PointView v(make_nodes(), &Node::place); use(&v);' 'no matching'
+is_refused 'korvale::PointView v = korvale::offset(kept, 1).points; use(&v);'
+is_refused 'korvale::PointSpan v = make(); use(&v);'
+is_refused 'korvale::PointView v = {{0, 0, 0}, {1, 0, 0}}; use(&v);' 'could not convert|no matching'
+is_refused 'korvale::ShapeView v = make_all(); use(&v);'
+is_refused 'korvale::TriangleView v = make(); use(&v);'
+is_refused 'korvale::RayGrid grid = korvale::RayGrid::over(make()); use(&grid);'
+is_refused 'korvale::AnyPoints v = make(); korvale::offset(v, 1);'
+is_refused 'korvale::AnyShape v = make_all(); korvale::offset(v, 1);'
+is_right 'auto border = korvale::band(kept, 1).border(); use(border.data());'
+is_right 'auto other = korvale::band(kept, 1).other_side(); use(other.data());'
+is_refused 'auto view = korvale::RayGrid(kept).triangles(); use(&view);'
+is_right 'auto edges = korvale::Relaxer(kept, triangles).edges(); use(&edges);'
+is_refused 'korvale::Column column("x", make_numbers()); use(&column);'
+is_right 'korvale::Column column("x", numbers); korvale::Column part("y", std::span(numbers)); use(&column); use(&part);'
+
+is_warned_of 'const korvale::Point& p = korvale::offset(kept, 1).points[0]; use(&p);'
+is_warned_of 'auto numbers = korvale::offset(kept, 1).points.coordinates(); use(&numbers);'
+is_warned_of 'auto first = korvale::offset(kept, 1).points.begin(); use(first);'
+is_warned_of 'auto removed = korvale::offset(kept, 1).removed.data(); use(removed);'
+is_warned_of 'auto points = korvale::Offsetter()(kept, 1).points(); use(&points);'
+is_warned_of 'auto rows = korvale::Transform().rows(); use(&rows);'
+exit $wrong
