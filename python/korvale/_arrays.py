@@ -8,7 +8,7 @@ import numpy
 
 from . import _input, _korvale
 from ._errors import refuse
-from ._types import Doubles
+from ._types import Doubles, Number, NumbersLike
 
 
 def _alike(function: str, **arrays: Any) -> list[Doubles]:
@@ -23,7 +23,7 @@ def _alike(function: str, **arrays: Any) -> list[Doubles]:
     return given
 
 
-def mix(a: Any, b: Any, wa: float, wb: float, *, out: Doubles | None = None) -> Doubles:
+def mix(a: NumbersLike, b: NumbersLike, wa: Number, wb: Number, *, out: Doubles | None = None) -> Doubles:
     """wa * a + wb * b of arrays of one shape, as float64. out: where it goes, which may be a or b.
 
     >>> korvale.mix([(0, 0, 0), (2, 2, 2)], [(4, 4, 4), (4, 4, 4)], 0.75, 0.25)
@@ -37,8 +37,8 @@ def mix(a: Any, b: Any, wa: float, wb: float, *, out: Doubles | None = None) -> 
     return _input.deliver(result, place)
 
 
-def mix4(a: Any, b: Any, c: Any, d: Any, wa: float, wb: float, wc: float, wd: float, *,
-         out: Doubles | None = None) -> Doubles:
+def mix4(a: NumbersLike, b: NumbersLike, c: NumbersLike, d: NumbersLike, wa: Number, wb: Number, wc: Number, wd: Number,
+         *, out: Doubles | None = None) -> Doubles:
     """((wa * a + wb * b) + wc * c) + wd * d of arrays of one shape, as float64. out: where it goes.
 
     >>> korvale.mix4([1], [2], [3], [4], 1, 10, 100, 1000)
@@ -52,7 +52,7 @@ def mix4(a: Any, b: Any, c: Any, d: Any, wa: float, wb: float, wc: float, wd: fl
     return _input.deliver(result, place)
 
 
-def bounds(array: Any) -> Doubles:
+def bounds(array: NumbersLike) -> Doubles:
     """The least and the greatest of each column of an array (N, k): float64 (2, k).
 
     Comparisons are strict: a NaN never replaces a value, but one in the first row stays.
@@ -69,7 +69,7 @@ def bounds(array: Any) -> Doubles:
     return result
 
 
-def reverse(array: Any, *, out: Doubles | None = None) -> Doubles:
+def reverse(array: NumbersLike, *, out: Doubles | None = None) -> Doubles:
     """The rows of an array in reverse order, as float64. out: where they go; `array` itself reverses it in place.
 
     >>> korvale.reverse([(1, 2), (3, 4)])
@@ -85,7 +85,7 @@ def reverse(array: Any, *, out: Doubles | None = None) -> Doubles:
     return _input.deliver(result, place)
 
 
-def join(a: Any, b: Any) -> Doubles:
+def join(a: NumbersLike, b: NumbersLike) -> Doubles:
     """The rows of a and then those of b, which have as many columns, as float64.
 
     >>> korvale.join([(1, 2)], [(3, 4), (5, 6)]).shape

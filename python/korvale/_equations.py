@@ -4,15 +4,17 @@ from __future__ import annotations
 
 import inspect
 import math
-from collections.abc import Callable, Iterable, Iterator
-from typing import Any
+from collections.abc import Callable, Iterable, Iterator, Mapping
+from typing import Any, TypeVar, overload
 
 import numpy
 
 from . import _input, _korvale
 from ._errors import EquationError, refuse
 from ._progress import Progress
-from ._types import Doubles
+from ._types import ColumnLike, Doubles, Number, NumbersLike, ProgressLike
+
+_Function = TypeVar("_Function", bound=Callable[..., float])
 
 # Rows between two reports of progress.
 _CHUNK = 65536
@@ -70,7 +72,7 @@ class Equations:
         self._require(name)
         return self._system.get(name)
 
-    def __setitem__(self, name: str, value: float) -> None:
+    def __setitem__(self, name: str, value: Number) -> None:
         self._require(name)
         self._system.set(name, _input.number(value, "Equations", name))
 
@@ -120,8 +122,17 @@ refused at character 14: "frequency" is neither a variable nor a function
         self._log.append(("add", equation))
         return number
 
-    def evaluate(self, equation: int = 0, columns: Any = None, /, *, out: Doubles | None = None,
-                 progress: Any = None, **values: Any) -> Any:
+    @overload
+    def evaluate(  # type: ignore[misc]
+            self, equation: int = 0, columns: None = None, /, *, out: None = None, progress: ProgressLike = None,
+            **values: float) -> float: ...
+
+    @overload
+    def evaluate(self, equation: int = 0, columns: Mapping[str, ColumnLike] | None = None, /, *,
+                 out: Doubles | None = None, progress: ProgressLike = None, **values: ColumnLike) -> Doubles: ...
+
+    def evaluate(self, equation: int = 0, columns: Mapping[str, ColumnLike] | None = None, /, *,
+                 out: Doubles | None = None, progress: ProgressLike = None, **values: ColumnLike) -> float | Doubles:
         """Runs one equation, once or for every row of columns.
 
         equation: its number.
@@ -154,8 +165,17 @@ refused at character 14: "frequency" is neither a variable nor a function
                 self._system.evaluate_rows(number, [(v, column[first:last]) for v, column in given], rows[first:last])
         return _input.deliver(result, place)
 
-    def evaluate_all(self, results: str | Iterable[str] = (), columns: Any = None, /, *, progress: Any = None,
-                     **values: Any) -> Any:
+    @overload
+    def evaluate_all(  # type: ignore[misc]
+            self, results: str | Iterable[str] = (), columns: None = None, /, *, progress: ProgressLike = None,
+            **values: float) -> dict[str, float]: ...
+
+    @overload
+    def evaluate_all(self, results: str | Iterable[str] = (), columns: Mapping[str, ColumnLike] | None = None, /, *,
+                     progress: ProgressLike = None, **values: ColumnLike) -> dict[str, Doubles]: ...
+
+    def evaluate_all(self, results: str | Iterable[str] = (), columns: Mapping[str, ColumnLike] | None = None, /, *,
+                     progress: ProgressLike = None, **values: ColumnLike) -> dict[str, float] | dict[str, Doubles]:
         """Runs all equations in order, once or for every row of columns.
 
         results: the variables whose values are wanted after each pass, such as "x y".
@@ -246,8 +266,14 @@ refused at character 14: "frequency" is neither a variable nor a function
 
     # --- Functions and tables ---
 
-    def function(self, name: str, callable: Callable[..., float] | None = None, *,
-                 arguments: int | None = None) -> Any:
+    @overload
+    def function(self, name: str, callable: _Function, *, arguments: int | None = None) -> _Function: ...
+
+    @overload
+    def function(self, name: str, callable: None = None, *,
+                 arguments: int | None = None) -> Callable[[_Function], _Function]: ...
+
+    def function(self, name: str, callable: Any = None, *, arguments: int | None = None) -> Any:
         """Adds a Python function of no, one or two numbers for the equations added from now on.
 
         name: up to 12 letters that stand for nothing yet. arguments: how many numbers it takes, where that cannot be
@@ -291,7 +317,7 @@ refused at character 14: "frequency" is neither a variable nor a function
         """The values of a table, float64 (rows, columns); a copy. (0, 0) where there is none."""
         return self._system.table(_input.text(name, "Equations.table", "name"))
 
-    def fill_table(self, name: str, values: Any) -> None:
+    def fill_table(self, name: str, values: NumbersLike) -> None:
         """Gives the values (rows, columns) of a table that `make_table` made."""
         given = _input.array(values, "Equations.fill_table", "values", "be numbers (rows, columns)")
         shape = self.table(name).shape
@@ -321,7 +347,7 @@ refused at character 14: "frequency" is neither a variable nor a function
         return (list(self._log), self.variables, tables, self.table_position, self._system.table_columns(),
                 self._system.seeded)
 
-    def __eq__(self, other: object) -> Any:
+    def __eq__(self, other: object) -> bool:
         if not isinstance(other, Equations):
             return NotImplemented
         mine, others = self._state(), other._state()
@@ -367,7 +393,17 @@ def _restored(log: list[tuple[Any, ...]], variables: dict[str, float], tables: d
     return equations
 
 
-def evaluate(expression: str, columns: Any = None, /, **values: Any) -> Any:
+@overload
+def evaluate(  # type: ignore[misc]
+        expression: str, columns: None = None, /, **values: float) -> float: ...
+
+
+@overload
+def evaluate(expression: str, columns: Mapping[str, ColumnLike] | None = None, /, **values: ColumnLike) -> Doubles: ...
+
+
+def evaluate(expression: str, columns: Mapping[str, ColumnLike] | None = None, /,
+             **values: ColumnLike) -> float | Doubles:
     """The values of one expression over columns, whose names are its variables.
 
     expression: such as "SIN(x) / x"; see `Equations`, which is quicker for the same expression many times.

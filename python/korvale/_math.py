@@ -9,7 +9,7 @@ import numpy
 from . import _input, _korvale
 from ._errors import refuse
 from ._transform import Srt, Transform, matrices
-from ._types import Doubles, Numbers
+from ._types import Doubles, Numbers, NumbersLike
 
 
 class _Single:
@@ -49,7 +49,7 @@ def _of_two(function: str, a: Any, b: Any) -> Any:
     return single.result(rows)
 
 
-def dot(a: Any, b: Any) -> Any:
+def dot(a: NumbersLike, b: NumbersLike) -> Any:
     """The dot products of vectors (N, 3) or (3,): float64 (N,). Summed x, y, z from the left.
 
     >>> korvale.dot([(1, 2, 3), (4, 5, 6)], (1, 1, 1))
@@ -58,7 +58,7 @@ def dot(a: Any, b: Any) -> Any:
     return _of_two("dot", a, b)
 
 
-def cross(a: Any, b: Any) -> Doubles:
+def cross(a: NumbersLike, b: NumbersLike) -> Doubles:
     """The cross products of vectors (N, 3) or (3,): float64 (N, 3).
 
     >>> korvale.cross((1, 0, 0), (0, 1, 0))
@@ -68,7 +68,7 @@ def cross(a: Any, b: Any) -> Doubles:
     return result
 
 
-def angle(a: Any, b: Any) -> Any:
+def angle(a: NumbersLike, b: NumbersLike) -> Any:
     """The angles between vectors (N, 3) or (3,), in radians: float64 (N,).
 
     The cosine is not clamped and zero lengths are not caught: both give NaN.
@@ -79,7 +79,7 @@ def angle(a: Any, b: Any) -> Any:
     return _of_two("angle", a, b)
 
 
-def norm(vectors: Any) -> Any:
+def norm(vectors: NumbersLike) -> Any:
     """The lengths of vectors (N, 3) or (3,): float64 (N,).
 
     >>> korvale.norm((3, 4, 0))
@@ -89,7 +89,7 @@ def norm(vectors: Any) -> Any:
     return single.result(_korvale.norm(single.vectors(vectors, "norm", "vectors")))
 
 
-def normalize(vectors: Any) -> Doubles:
+def normalize(vectors: NumbersLike) -> Doubles:
     """Vectors (N, 3) or (3,) divided by their lengths; those shorter than 1e-06 as they are.
 
     >>> korvale.normalize([(0, 0, 2), (0, 0, 0)])
@@ -110,12 +110,12 @@ def _matrices_of(function: str, values: Any) -> Doubles:
     return result
 
 
-def scaling(values: Any) -> Doubles:
+def scaling(values: NumbersLike) -> Doubles:
     """Matrices that scale by (N, 3) or (3,): float64 (N, 4, 4)."""
     return _matrices_of("scaling", values)
 
 
-def translation(values: Any) -> Doubles:
+def translation(values: NumbersLike) -> Doubles:
     """Matrices that move by (N, 3) or (3,): float64 (N, 4, 4).
 
     >>> korvale.translation([(1, 2, 3)])[0, :, 3]
@@ -124,12 +124,12 @@ def translation(values: Any) -> Doubles:
     return _matrices_of("translation", values)
 
 
-def rotation(values: Any) -> Doubles:
+def rotation(values: NumbersLike) -> Doubles:
     """Matrices that turn by (N, 3) or (3,) radians about x first, then y, then z: float64 (N, 4, 4)."""
     return _matrices_of("rotation", values)
 
 
-def rotation_in_degrees(values: Any) -> Doubles:
+def rotation_in_degrees(values: NumbersLike) -> Doubles:
     """Matrices that turn by (N, 3) or (3,) degrees, converted with the short factor 0.0174533."""
     return _matrices_of("rotation_in_degrees", values)
 
@@ -142,7 +142,8 @@ def _from_srt(function: str, scale: Any, rotation: Any, translation: Any) -> Dou
     return result
 
 
-def from_srt(scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any = (0, 0, 0)) -> Doubles:
+def from_srt(scale: NumbersLike = (1, 1, 1), rotation: NumbersLike = (0, 0, 0),
+             translation: NumbersLike = (0, 0, 0)) -> Doubles:
     """Matrices that scale, then turn (radians), then move, each (N, 3) or (3,): float64 (N, 4, 4).
 
     >>> korvale.from_srt(scale=(2, 2, 2), translation=[(1, 0, 0), (0, 1, 0)]).shape
@@ -151,13 +152,13 @@ def from_srt(scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any
     return _from_srt("from_srt", scale, rotation, translation)
 
 
-def inverse_from_srt(scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0),
-                     translation: Any = (0, 0, 0)) -> Doubles:
+def inverse_from_srt(scale: NumbersLike = (1, 1, 1), rotation: NumbersLike = (0, 0, 0),
+                     translation: NumbersLike = (0, 0, 0)) -> Doubles:
     """The inverses of `from_srt` of the same. A scale below 1e-06 is inverted to 1000000, and stays finite."""
     return _from_srt("inverse_from_srt", scale, rotation, translation)
 
 
-def take_apart(matrices: Any) -> Srt:
+def take_apart(matrices: NumbersLike) -> Srt:
     """Scales, rotations (radians) and translations, (N, 3) each, of matrices (N, 4, 4) or (4, 4) made of them.
 
     >>> korvale.take_apart(korvale.from_srt(translation=(1, 2, 3))).translation
@@ -168,7 +169,7 @@ def take_apart(matrices: Any) -> Srt:
     return Srt(*(single.result(part) for part in parts))
 
 
-def multiply(a: Any, b: Any) -> Doubles:
+def multiply(a: NumbersLike, b: NumbersLike) -> Doubles:
     """The products of matrices (N, 4, 4) or (4, 4), which apply b first.
 
     >>> bool((korvale.multiply(numpy.identity(4), numpy.ones((5, 4, 4))) == 1).all())
@@ -180,14 +181,14 @@ def multiply(a: Any, b: Any) -> Doubles:
     return result
 
 
-def transpose(matrices: Any) -> Doubles:
+def transpose(matrices: NumbersLike) -> Doubles:
     """Rows and columns of matrices (N, 4, 4) or (4, 4) exchanged."""
     single = _Single()
     result: Doubles = single.result(_korvale.transpose(single.matrices(matrices, "transpose", "matrices")))
     return result
 
 
-def into_frame(origin: Any, z: Any, reference: Any) -> Doubles:
+def into_frame(origin: NumbersLike, z: NumbersLike, reference: NumbersLike) -> Doubles:
     """Matrices from the world into frames at `origin` whose z axes run along `z`, their x axes along reference x z.
 
     Each (N, 3) or (3,). Returns float64 (N, 4, 4).
@@ -200,7 +201,7 @@ def into_frame(origin: Any, z: Any, reference: Any) -> Doubles:
     return result
 
 
-def frame_both_ways(origin: Any, x: Any, z: Any) -> tuple[Doubles, Doubles]:
+def frame_both_ways(origin: NumbersLike, x: NumbersLike, z: NumbersLike) -> tuple[Doubles, Doubles]:
     """Matrices from the world into frames at `origin` with the axes `x` (made perpendicular to z) and `z`, and back.
 
     Each (N, 3) or (3,). The second is the inverse where the directions are perpendicular.
@@ -215,7 +216,7 @@ def frame_both_ways(origin: Any, x: Any, z: Any) -> tuple[Doubles, Doubles]:
 # --- Lines, boxes, numbers -------------------------------------------------------------------------------------------
 
 
-def line_through(a: Any, b: Any) -> Doubles:
+def line_through(a: NumbersLike, b: NumbersLike) -> Doubles:
     """Lines in the xy plane through points (N, 3) or (3,): rows a, b, c of a x + b y + c = 0, float64 (N, 3).
 
     >>> korvale.line_through((0, 1), (5, 1))
@@ -225,7 +226,7 @@ def line_through(a: Any, b: Any) -> Doubles:
     return result
 
 
-def normalize_lines(lines: Any) -> Doubles:
+def normalize_lines(lines: NumbersLike) -> Doubles:
     """Lines (N, 3) or (3,) divided by the lengths of their (a, b)."""
     single = _Single()
     name = "normalize_lines"
@@ -233,7 +234,7 @@ def normalize_lines(lines: Any) -> Doubles:
     return result
 
 
-def lines_meet(a: Any, b: Any) -> tuple[Any, Any, Any]:
+def lines_meet(a: NumbersLike, b: NumbersLike) -> tuple[Any, Any, Any]:
     """Where lines (N, 3) or (3,) in the xy plane meet.
 
     Returns points (N, 2), the sine of the angle from a to b (N,), and whether they meet (N,). Where they do not,
@@ -247,7 +248,7 @@ def lines_meet(a: Any, b: Any) -> tuple[Any, Any, Any]:
     return single.result(rows[:, :2]), single.result(rows[:, 2]), single.result(rows[:, 3] != 0)
 
 
-def boxes_meet(a: Any, b: Any) -> Any:
+def boxes_meet(a: NumbersLike, b: NumbersLike) -> Any:
     """Whether boxes (N, 6) or (6,), least x, y, z and greatest x, y, z, share a point: bool (N,). Touching counts.
 
     >>> korvale.boxes_meet((0, 0, 0, 1, 1, 1), [(1, 1, 1, 2, 2, 2), (3, 3, 3, 4, 4, 4)])
@@ -258,7 +259,7 @@ def boxes_meet(a: Any, b: Any) -> Any:
                                              single.rows(b, (6,), "boxes_meet", "b")))
 
 
-def determinant(matrices: Any) -> Any:
+def determinant(matrices: NumbersLike) -> Any:
     """The determinants of matrices (N, 2, 2) or (2, 2): float64 (N,).
 
     >>> korvale.determinant([(1, 2), (3, 4)])
@@ -268,7 +269,7 @@ def determinant(matrices: Any) -> Any:
     return single.result(_korvale.determinant(single.rows(matrices, (2, 2), "determinant", "matrices")))
 
 
-def solve(systems: Any) -> Doubles:
+def solve(systems: NumbersLike) -> Doubles:
     """Solves systems (N, 2, 3) or (2, 3) of two equations, rows a, b, c for a x + b y = c: float64 (N, 2).
 
     >>> korvale.solve([(2, 0, 6), (0, 3, 12)])

@@ -2,14 +2,17 @@
 
 from __future__ import annotations
 
-from typing import Any, NamedTuple
+from collections.abc import Iterable
+from typing import Any, NamedTuple, SupportsIndex
 
 import numpy
 
 from . import _input, _korvale, _records
 from ._errors import refuse
 from ._progress import Progress
-from ._types import Doubles, Ints, Truths
+from ._types import (
+    Doubles, FacesLike, Ints, MeshLike, Number, PointLike, PointsLike, ProgressLike, Truths, Wanted, WantedInts,
+)
 
 # Rays between two reports of progress, and points between two looks for signals.
 _CHUNK = 16384
@@ -57,7 +60,8 @@ class RayGrid:
 
     __slots__ = ("_grid", "_faces", "_numbers")
 
-    def __init__(self, mesh: Any, triangles: Any = None, *, cells: Any = None, copy: bool = True) -> None:
+    def __init__(self, mesh: MeshLike, triangles: FacesLike | None = None, *,
+                 cells: Iterable[SupportsIndex] | None = None, copy: bool = True) -> None:
         self._faces: Ints | None = None
         self._numbers: Ints | None = None
         if triangles is not None or _input.is_mesh(mesh):
@@ -95,7 +99,7 @@ class RayGrid:
     def __len__(self) -> int:
         return len(self._grid)
 
-    def nearest(self, origin: Any, direction: Any) -> RayHit | None:
+    def nearest(self, origin: PointLike, direction: PointLike) -> RayHit | None:
         """The nearest triangle on a ray, or None; the one with the least number of several at one distance."""
         hit = self._grid.nearest(*_ray(origin, direction, "RayGrid.nearest"))
         return None if hit is None else self._hit(hit)
@@ -107,20 +111,20 @@ class RayGrid:
         first, second, third = self._numbers[triangle].tolist()
         return RayHit(distance, triangle, (first, second, third), weights)
 
-    def hits(self, origin: Any, direction: Any) -> list[RayHit]:
+    def hits(self, origin: PointLike, direction: PointLike) -> list[RayHit]:
         """All triangles on a ray, nearest first; those at one distance by their numbers."""
         return [self._hit(hit) for hit in self._grid.hits(*_ray(origin, direction, "RayGrid.hits"))]
 
-    def count(self, origin: Any, direction: Any) -> int:
+    def count(self, origin: PointLike, direction: PointLike) -> int:
         """The number of triangles that a ray meets: odd from inside a closed mesh."""
         return self._grid.count(*_ray(origin, direction, "RayGrid.count"))
 
-    def any(self, origin: Any, direction: Any, reach: float = numpy.inf) -> bool:
+    def any(self, origin: PointLike, direction: PointLike, reach: Number = numpy.inf) -> bool:
         """Whether a ray meets a triangle at a distance of at most `reach`. It stops at the first."""
         far = _input.number(reach, "RayGrid.any", "reach")
         return self._grid.any(*_ray(origin, direction, "RayGrid.any"), far)
 
-    def contains(self, points: Any, *, progress: Any = None) -> Truths:
+    def contains(self, points: PointsLike, *, progress: ProgressLike = None) -> Truths:
         """Which points, (N, 3), lie inside the closed meshes that the triangles make: bool (N,).
 
         A ray from such a point meets an odd number of triangles. A ray that comes within 1e-09 of an edge, as a weight
@@ -136,8 +140,9 @@ class RayGrid:
                 self._grid.contains(at, inside, first, last)
         return inside
 
-    def cast(self, origins: Any, directions: Any, *, distances: Any = True, triangles: Any = True, counts: Any = True,
-             weights: Any = False, progress: Any = None) -> Cast:
+    def cast(self, origins: PointsLike | PointLike, directions: PointsLike | PointLike, *, distances: Wanted = True,
+             triangles: WantedInts = True, counts: WantedInts = True, weights: Wanted = False,
+             progress: ProgressLike = None) -> Cast:
         """Casts many rays.
 
         origins, directions: (N, 3) each, or one of them (3,) for all rays. Directions may have any length; distances
@@ -175,7 +180,7 @@ class RayGrid:
     def __repr__(self) -> str:
         return f"<korvale.RayGrid of {len(self)} triangles in {'x'.join(map(str, self.cells))} cells>"
 
-    def __eq__(self, other: object) -> Any:
+    def __eq__(self, other: object) -> bool:
         if not isinstance(other, RayGrid):
             return NotImplemented
         return (self.cells == other.cells and numpy.array_equal(self.corners, other.corners)

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Callable
 from typing import Any, NamedTuple
 
 import numpy
@@ -9,7 +10,9 @@ import numpy
 from . import _input, _korvale, _records
 from ._errors import refuse
 from ._progress import Progress
-from ._types import Doubles, Ints, Numbers
+from ._types import (
+    Bar, ChoiceLike, Doubles, FacesLike, Ints, Measure, MeshLike, Number, Numbers, PointsLike, Stop,
+)
 
 
 @_records.compared
@@ -19,7 +22,7 @@ class Relaxation(NamedTuple):
     points: Doubles  #: float64 (N, 3), moved towards the shape
     steps: int  #: done
     energy: float  #: left; 0 where the shape is the remembered one
-    stop: str  #: why it ended: "steps", "energy", "stalled", "cancelled" or "no_force"
+    stop: Stop  #: why it ended: "steps", "energy", "stalled", "cancelled" or "no_force"
 
 
 class Relaxer:
@@ -44,8 +47,9 @@ class Relaxer:
 
     __slots__ = ("_mesh", "_given", "_kept", "_held")
 
-    def __init__(self, mesh: Any, triangles: Any = None, *, edges: Any = None) -> None:
-        self._kept: dict[str, float] = {}
+    def __init__(self, mesh: MeshLike, triangles: FacesLike | None = None, *,
+                 edges: FacesLike | None = None) -> None:
+        self._kept: dict[Measure, float] = {}
         self._held: Numbers | None = None
         if edges is not None:
             vertices = _input.finite(_input.points(mesh, "Relaxer", "vertices"), "Relaxer", "vertices")
@@ -70,11 +74,11 @@ class Relaxer:
         return self._mesh.edges
 
     @property
-    def kept(self) -> dict[str, float]:
+    def kept(self) -> dict[Measure, float]:
         """What is kept, with its weights."""
         return dict(self._kept)
 
-    def keep(self, measure: str, weight: float = 1.0) -> Relaxer:
+    def keep(self, measure: Measure, weight: Number = 1.0) -> Relaxer:
         """Keeps a measure of the mesh as it is at the vertices: "lengths", "angles", "volume" or "area".
 
         weight: above 0. Volume needs a closed mesh that is turned one way. Returns the relaxer.
@@ -82,10 +86,10 @@ class Relaxer:
         name = _input.text(measure, "Relaxer.keep", "measure")
         number = _input.number(weight, "Relaxer.keep", "weight")
         self._mesh.keep(name, number)
-        self._kept[name] = number
+        self._kept[measure] = number
         return self
 
-    def hold(self, which: Any) -> Relaxer:
+    def hold(self, which: ChoiceLike) -> Relaxer:
         """Holds points where they are: bool (N,), true for those that do not move, or the numbers of these points.
 
         An empty list frees all. Zeros and ones, one a point, are refused: as numbers they would hold points 0 and 1.
@@ -96,7 +100,7 @@ class Relaxer:
         self._held = mask
         return self
 
-    def step(self, points: Any, steps: int = 1, *, out: Doubles | None = None) -> Relaxation:
+    def step(self, points: PointsLike, steps: int = 1, *, out: Doubles | None = None) -> Relaxation:
         """Exactly `steps` steps of steepest descent towards the shape.
 
         points: (N, 3). out: where the moved points go, which may be `points` itself; else a new array.
@@ -108,7 +112,8 @@ class Relaxer:
         energy = self._mesh.step(moving, most)
         return Relaxation(_input.deliver(result, moving), most, energy, "steps")
 
-    def run(self, points: Any, *, steps: int = 1000, energy: float = 0.0, least_drop: float = 0.0, progress: Any = None,
+    def run(self, points: PointsLike, *, steps: int = 1000, energy: Number = 0.0, least_drop: Number = 0.0,
+            progress: Callable[[int, float], object] | Bar | type[Bar] | None = None,
             out: Doubles | None = None) -> Relaxation:
         """Moves points towards the shape, step by step until one of the conditions holds.
 
@@ -130,11 +135,11 @@ class Relaxer:
                 told = self._mesh.run(moving, most, least, drop, report)
         return Relaxation(_input.deliver(result, moving), *told)
 
-    def energy(self, points: Any) -> float:
+    def energy(self, points: PointsLike) -> float:
         """The energy at points (N, 3), which are only read."""
         return self._mesh.energy(self._points(points, "Relaxer.energy"))
 
-    def forces(self, points: Any) -> Doubles:
+    def forces(self, points: PointsLike) -> Doubles:
         """The force on every point, held ones included: float64 (N, 3)."""
         return self._mesh.forces(self._points(points, "Relaxer.forces"))
 
@@ -163,7 +168,7 @@ class Relaxer:
             text += f", holds {int(self._held.sum())}"
         return text + ">"
 
-    def __eq__(self, other: object) -> Any:
+    def __eq__(self, other: object) -> bool:
         if not isinstance(other, Relaxer):
             return NotImplemented
         mine, others = self._held, other._held
@@ -180,7 +185,7 @@ class Relaxer:
         return _restored, (self._given, self._kept, self._held)
 
 
-def _restored(given: tuple[Any, ...], kept: dict[str, float], held: Numbers | None) -> Relaxer:
+def _restored(given: tuple[Any, ...], kept: dict[Measure, float], held: Numbers | None) -> Relaxer:
     vertices, sizes, numbers = given
     relaxer = Relaxer.__new__(Relaxer)
     relaxer._given, relaxer._kept, relaxer._held = given, {}, None

@@ -2,15 +2,20 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any, NamedTuple
+from collections.abc import Iterable, Sequence
+from typing import TYPE_CHECKING, Any, NamedTuple, overload
 
 import numpy
+from numpy.typing import NDArray
 
 from . import _input, _korvale, _records, _show
 from ._errors import refuse
 from ._korvale import Band, Mesh, Offset
 from ._transform import Transform
-from ._types import Doubles, Ints
+from ._types import (
+    Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, LineLike, MeshLike, Number, NumbersLike, Path,
+    PointLike, RowsLike, ShapeLike, ShapesLike,
+)
 
 if TYPE_CHECKING:
     from shapely.geometry import Polygon  # type: ignore[import]
@@ -52,8 +57,23 @@ class Offsets(tuple):  # type: ignore[type-arg]
         return f"korvale.Offsets({super().__repr__()[1:-1].rstrip(',')})"
 
 
-def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices: bool = True,
-           split: bool = True) -> Any:
+@overload
+def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords, distance: Number, *, height: Number = 0.0,
+           keep_vertices: bool = True, split: bool = True) -> Offset: ...
+
+
+@overload
+def offset(outline: HasExterior | Iterable[HasArray | HasCoords] | Iterable[Sequence[Sequence[Number]]],
+           distance: Number, *, height: Number = 0.0, keep_vertices: bool = True, split: bool = True) -> Offsets: ...
+
+
+@overload
+def offset(outline: Path | HasGeoms, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
+           split: bool = True) -> Offset | Offsets: ...
+
+
+def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
+           split: bool = True) -> Offset | Offsets:
     """The border of a closed, planar outline: every edge moved sideways in the outline's own plane.
 
     outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first, and may repeat
@@ -86,7 +106,7 @@ def offset(outline: Any, distance: float, *, height: float = 0.0, keep_vertices:
     return result if type(result) is Offset else Offsets(result)
 
 
-def outlines(shape: Any) -> list[Doubles]:
+def outlines(shape: ShapeLike) -> list[Doubles]:
     """The outlines of a shape as korvale sees them: float64 (N, 3) each, the outer one first, no point repeated.
 
     shape: an outline, a list of outlines, a polygon of Shapely, a path of matplotlib or trimesh, an `Offset`, `Offsets`
@@ -98,7 +118,7 @@ def outlines(shape: Any) -> list[Doubles]:
     return [_input.without_repeat(outline) for outline in _input.shape(shape, "outlines", "shape")]
 
 
-def shapes(path: Any) -> list[list[Doubles]]:
+def shapes(path: ShapesLike) -> list[list[Doubles]]:
     """Sorts outlines seen from above into shapes, each a list with an outer outline and its holes.
 
     path: outlines in any order: a list of them, a path of matplotlib, such as that of a text, or of trimesh, polygons
@@ -114,14 +134,14 @@ def shapes(path: Any) -> list[list[Doubles]]:
 
 
 def band(
-    line: Any,
-    distance: float,
+    line: LineLike,
+    distance: Number,
     *,
-    height: float = 0.0,
+    height: Number = 0.0,
     both_sides: bool = False,
-    up: Any = None,
+    up: PointLike | None = None,
     closed: bool = False,
-    miter_limit: float = 4.0,
+    miter_limit: Number = 4.0,
 ) -> Band:
     """The band between a line and its border, to the right of the line where the distance is positive.
 
@@ -153,7 +173,7 @@ def band(
     return _korvale.band(line, distance, height, both_sides, up, closed, miter_limit)
 
 
-def thin(line: Any, tolerance: float) -> Any:
+def thin(line: LineLike, tolerance: Number) -> NDArray[numpy.int64]:
     """The numbers of the points that describe a line to within a tolerance, ascending, as an index for its rows.
 
     line: as for `band`.
@@ -169,7 +189,7 @@ def thin(line: Any, tolerance: float) -> Any:
     return _korvale.thin(line, tolerance)
 
 
-def bevel(outline: Any, profile: Any, *, split: bool = True) -> Mesh:
+def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True) -> Mesh:
     """A closed mesh from an outline, with or without holes, and a profile.
 
     outline: as for `offset`.
@@ -189,7 +209,7 @@ def bevel(outline: Any, profile: Any, *, split: bool = True) -> Mesh:
     return _korvale.bevel(_input.shape(outline, "bevel", "outline"), steps, split)
 
 
-def tube(path: Any, section: Any, *, closed: bool = False, caps: bool = True) -> Mesh:
+def tube(path: LineLike, section: LineLike, *, closed: bool = False, caps: bool = True) -> Mesh:
     """A mesh from a path and a section that is carried along it.
 
     path: points (N, 3), or a line as for `band`.
@@ -205,7 +225,7 @@ def tube(path: Any, section: Any, *, closed: bool = False, caps: bool = True) ->
     return _korvale.tube(path, section, closed, caps)
 
 
-def triangulate(outline: Any) -> Ints:
+def triangulate(outline: ShapeLike) -> Ints:
     """Cuts a planar outline, with or without holes, into triangles: int32 (T, 3).
 
     The triangles number the points of all outlines in their order, as `outlines` gives them, and run counter-clockwise
@@ -224,7 +244,7 @@ class Flattening(NamedTuple):
     from_plane: Transform
 
 
-def flatten(path: Any, *, closed: bool = True, by_extremes: bool = False) -> Flattening:
+def flatten(path: LineLike, *, closed: bool = True, by_extremes: bool = False) -> Flattening:
     """The transforms that lay a planar outline into the plane z = 0, counter-clockwise there, and carry it back.
 
     path: points (N, 3), or a line as for `band`. closed: it is an outline, else an open polyline. by_extremes: take the
@@ -239,7 +259,7 @@ def flatten(path: Any, *, closed: bool = True, by_extremes: bool = False) -> Fla
     return Flattening(Transform(to_plane), Transform(from_plane))
 
 
-def frames(path: Any, *, closed: bool = False) -> Doubles:
+def frames(path: LineLike, *, closed: bool = False) -> Doubles:
     """One frame for each point of a polyline: float64 (N, 4, 4).
 
     path: points (N, 3), at least two, or a line as for `band`. closed: the last point joins the first.
@@ -262,7 +282,8 @@ class Scattered(NamedTuple):
     triangles: Ints  #: int32 (N,): the triangle that each point lies on
 
 
-def scatter(mesh: Any, count: int, *, seed: int, attributes: Any = None, triangles: Any = None) -> Scattered:
+def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | None = None,
+            triangles: FacesLike | None = None) -> Scattered:
     """Scatters `count` points over triangles, uniformly by area.
 
     mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`

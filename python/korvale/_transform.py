@@ -8,7 +8,7 @@ import numpy
 
 from . import _input, _korvale, _records
 from ._errors import refuse
-from ._types import Doubles
+from ._types import Doubles, Number, Numbers, NumbersLike, PointLike, PointsLike
 
 
 @_records.compared
@@ -35,7 +35,7 @@ class Transform:
 
     __slots__ = ("_matrix",)
 
-    def __init__(self, matrix: Any = None) -> None:
+    def __init__(self, matrix: NumbersLike | None = None) -> None:
         if matrix is None:
             self._matrix = numpy.identity(4)
         else:
@@ -50,43 +50,44 @@ class Transform:
         return self
 
     @classmethod
-    def scaling(cls, scale: Any) -> Transform:
+    def scaling(cls, scale: Number | PointLike) -> Transform:
         """Scales by (3,), or by one number in all directions."""
-        if numpy.isscalar(scale):
-            scale = (scale,) * 3
-        return cls._of(_korvale.scaling(_vector(scale, "Transform.scaling", "scale")))
+        along: Any = (scale,) * 3 if numpy.isscalar(scale) else scale
+        return cls._of(_korvale.scaling(_vector(along, "Transform.scaling", "scale")))
 
     @classmethod
-    def translation(cls, by: Any) -> Transform:
+    def translation(cls, by: PointLike) -> Transform:
         """Moves by (3,)."""
         return cls._of(_korvale.translation(_vector(by, "Transform.translation", "by")))
 
     @classmethod
-    def rotation(cls, radians: Any) -> Transform:
+    def rotation(cls, radians: PointLike) -> Transform:
         """Turns by (3,) radians about x first, then y, then z."""
         return cls._of(_korvale.rotation(_vector(radians, "Transform.rotation", "radians")))
 
     @classmethod
-    def rotation_in_degrees(cls, degrees: Any) -> Transform:
+    def rotation_in_degrees(cls, degrees: PointLike) -> Transform:
         """Turns by (3,) degrees, converted with the short factor 0.0174533."""
         return cls._of(_korvale.rotation_in_degrees(_vector(degrees, "Transform.rotation_in_degrees", "degrees")))
 
     @classmethod
-    def from_srt(cls, scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any = (0, 0, 0)) -> Transform:
+    def from_srt(cls, scale: PointLike = (1, 1, 1), rotation: PointLike = (0, 0, 0),
+                 translation: PointLike = (0, 0, 0)) -> Transform:
         """Scales, then turns (radians), then moves."""
         name = "Transform.from_srt"
         return cls._of(_korvale.from_srt(_vector(scale, name, "scale"), _vector(rotation, name, "rotation"),
                                          _vector(translation, name, "translation")))
 
     @classmethod
-    def inverse_of(cls, scale: Any = (1, 1, 1), rotation: Any = (0, 0, 0), translation: Any = (0, 0, 0)) -> Transform:
+    def inverse_of(cls, scale: PointLike = (1, 1, 1), rotation: PointLike = (0, 0, 0),
+                   translation: PointLike = (0, 0, 0)) -> Transform:
         """The inverse of `from_srt` of the same. A scale below 1e-06 is inverted to 1000000, and stays finite."""
         name = "Transform.inverse_of"
         return cls._of(_korvale.inverse_from_srt(_vector(scale, name, "scale"), _vector(rotation, name, "rotation"),
                                                  _vector(translation, name, "translation")))
 
     @classmethod
-    def into_frame(cls, origin: Any, z: Any, reference: Any) -> Transform:
+    def into_frame(cls, origin: PointLike, z: PointLike, reference: PointLike) -> Transform:
         """From the world into the frame at `origin` whose z axis runs along `z`, its x axis along reference x z."""
         name = "Transform.into_frame"
         return cls._of(_korvale.into_frame(_vector(origin, name, "origin"), _vector(z, name, "z"),
@@ -97,14 +98,14 @@ class Transform:
         """float64 (4, 4), not writable."""
         return self._matrix
 
-    def __call__(self, points: Any, out: Doubles | None = None) -> Doubles:
+    def __call__(self, points: PointsLike | PointLike, out: Doubles | None = None) -> Doubles:
         """The points (N, 3) or (3,) moved; divided by their fourth coordinate unless that is exactly 1.
 
         out: where they go, a float64 array of the same shape, which may be `points` itself.
         """
         return transform_points(self._matrix, points, out=out)
 
-    def vectors(self, vectors: Any, out: Doubles | None = None) -> Doubles:
+    def vectors(self, vectors: PointsLike | PointLike, out: Doubles | None = None) -> Doubles:
         """The vectors (N, 3) or (3,) turned and scaled, not moved."""
         return transform_vectors(self._matrix, vectors, out=out)
 
@@ -127,13 +128,13 @@ class Transform:
         """
         return Srt(*(part[0] for part in _korvale.take_apart(self._matrix[None])))
 
-    def __array__(self, dtype: Any = None) -> Doubles:
-        return self._matrix if dtype is None else self._matrix.astype(dtype)
+    def __array__(self, dtype: Any = None, copy: bool | None = None) -> Numbers:
+        return self._matrix.astype(dtype or numpy.float64, copy=bool(copy))
 
     def __getitem__(self, key: Any) -> Any:
         return self._matrix[key]
 
-    def __eq__(self, other: object) -> Any:
+    def __eq__(self, other: object) -> bool:
         if not isinstance(other, Transform):
             return NotImplemented
         return bool((self._matrix == other._matrix).all())
@@ -176,7 +177,7 @@ def _carry(by: Any, matrix: Any, rows: Any, out: Doubles | None, function: str, 
     return _input.deliver(result, place)
 
 
-def transform_points(matrices: Any, points: Any, *, out: Doubles | None = None) -> Doubles:
+def transform_points(matrices: NumbersLike, points: PointsLike | PointLike, *, out: Doubles | None = None) -> Doubles:
     """Points moved by one transform or by one each: float64 (N, 3).
 
     matrices: a `Transform`, (4, 4) or (N, 4, 4). points: (N, 3) or (3,). out: where they go, which may be `points`.
@@ -188,6 +189,7 @@ def transform_points(matrices: Any, points: Any, *, out: Doubles | None = None) 
     return _carry(_korvale.transform_points, matrices, points, out, "transform_points", "points")
 
 
-def transform_vectors(matrices: Any, vectors: Any, *, out: Doubles | None = None) -> Doubles:
+def transform_vectors(matrices: NumbersLike, vectors: PointsLike | PointLike, *,
+                      out: Doubles | None = None) -> Doubles:
     """Vectors turned and scaled, not moved, by one transform or by one each: float64 (N, 3)."""
     return _carry(_korvale.transform_vectors, matrices, vectors, out, "transform_vectors", "vectors")

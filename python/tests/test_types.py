@@ -10,9 +10,24 @@ import unittest
 
 import korvale
 from korvale import _korvale, raw
+from test_pages import SOURCES, blocks
 
 HERE = pathlib.Path(__file__).resolve().parent
 PACKAGE = pathlib.Path(korvale.__file__).parent
+
+# Mistakes that people make, by what stands in the tutorial and what they write instead.
+MISTAKES = [
+    ("korvale.shapes(TextPath", "korvale.shape(TextPath"),
+    ("korvale.bevel(letter, profile)", "korvale.bevel(letter)"),
+    ("len(solid.triangles)", "len(solid.triangle)"),
+    ("korvale.band(centre, 4,", 'korvale.band(centre, "4",'),
+    ("points, blended, on = korvale", "points, blended = korvale"),
+    ('.keep("lengths")', '.keep("length")'),
+    ("relaxer.run(pulled, steps=400)", "relaxer.run(pulled, step=400)"),
+    ("if hit := grid.nearest((30, 0, 5), (-1, 0, 0)):\n    print(hit.distance, hit.triangle)",
+     "print(grid.nearest((30, 0, 5), (-1, 0, 0)).distance)"),
+    ("wave.evaluate(r=r,", "wave.evaluate(0, r,"),
+]
 
 # Classes of pybind11 have a class of their own; those that Python cannot make take any arguments and refuse them.
 ALLOWED = """
@@ -36,6 +51,26 @@ class TypesTest(unittest.TestCase):
     def test_the_package_itself_passes(self):
         result, text = run("mypy", "--strict", "-p", "korvale")
         self.assertEqual(result, 0, text)
+
+    def test_nine_mistakes_of_nine_are_found_in_the_tutorial(self):
+        code = [text for language, _, text in blocks(SOURCES / "docs/python.md") if language == "python"]
+        tutorial = "".join(text for text in code if "import raw" not in text)
+        # Its functions are not annotated, and matplotlib is not typed.
+        flags = ("--strict", "--allow-untyped-defs", "--allow-untyped-calls", "--ignore-missing-imports")
+        with tempfile.TemporaryDirectory() as folder:
+            right = pathlib.Path(folder) / "right.py"
+            right.write_text(tutorial)
+            result, text = run("mypy", *flags, str(right))
+            self.assertEqual(result, 0, text)
+            files = []
+            for k, (written, mistake) in enumerate(MISTAKES):
+                self.assertEqual(tutorial.count(written), 1, written)
+                files.append(pathlib.Path(folder) / f"wrong{k}.py")
+                files[-1].write_text(tutorial.replace(written, mistake))
+            _, text = run("mypy", *flags, *map(str, files))
+            for k, (written, mistake) in enumerate(MISTAKES):
+                line = tutorial.split(written)[0].count("\n") + 1
+                self.assertIn(f"wrong{k}.py:{line}: error:", text, mistake)
 
     def test_wrong_programs_do_not(self):
         wrong = (

@@ -1,6 +1,6 @@
 """How typed programs use korvale, for mypy; test_types.py has it checked."""
 
-from typing import assert_type
+from typing import Literal, assert_type
 
 import numpy as np
 from numpy.typing import NDArray
@@ -16,8 +16,30 @@ assert_type(mesh.triangles, NDArray[np.int32])
 assert_type(mesh.normals, NDArray[np.float64])
 assert_type(mesh.volume, float)
 mesh.save("mesh.obj")
+square = [(0, 0), (4, 0), (4, 4), (0, 4)]
+border = korvale.offset(square, 1)
+assert_type(border, korvale.Offset)
+assert_type(korvale.offset(border.points, 1), korvale.Offset)
+assert_type(korvale.offset([square, [(1, 1), (2, 1), (2, 2)]], 1), korvale.Offsets)
+assert_type(korvale.offset([border.points, border.points / 2], 1), korvale.Offsets)
+assert_type(korvale.offset(korvale.shapes([border.points])[0], 1), korvale.Offsets)
+assert_type(korvale.thin(square, 1), NDArray[np.int64])
+assert_type(korvale.scatter((border.points, [(0, 1, 2)]), 5, seed=1).triangles, NDArray[np.int32])
 wave = korvale.Equations("y x")
 assert_type(wave.add("y = x * 2"), int)
+assert_type(wave.evaluate(x=2), float)
+assert_type(wave.evaluate(x=border.points[:, 0]), NDArray[np.float64])
+assert_type(wave.evaluate_all("y", x=[1, 2, 3]), dict[str, NDArray[np.float64]])
+assert_type(korvale.evaluate("x * 2", x=2), float)
+
+
+@wave.function("STEP")
+def step(x: float) -> float:
+    return float(x > 0)
+
+
+assert_type(korvale.Relaxer(mesh).keep("lengths").run(mesh.vertices).stop,
+            Literal["steps", "energy", "stalled", "cancelled", "no_force"])
 hit = korvale.RayGrid(mesh).nearest((1, 1, 5), (0, 0, -1))
 assert_type(hit, korvale.RayHit | None)
 assert_type(korvale.__version__, str)
