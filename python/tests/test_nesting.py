@@ -1,0 +1,113 @@
+"""Outlines sorted into shapes, against what Shapely finds covers what."""
+
+import random
+import unittest
+
+import korvale
+
+try:
+    import shapely.geometry as shapely
+except ImportError:
+    shapely = None
+
+SIDES = ((1, 0), (0, 1), (-1, 0), (0, -1))
+
+
+def outline_of(cells):
+    """The outline of some squares of a lattice, counter-clockwise; None where it has holes or meets itself."""
+    after = {}
+    for x, y in cells:
+        corners = (x, y), (x + 1, y), (x + 1, y + 1), (x, y + 1)
+        for k, (a, beside) in enumerate(zip(corners, ((x, y - 1), (x + 1, y), (x, y + 1), (x - 1, y)))):
+            if beside not in cells:
+                if a in after:
+                    return None
+                after[a] = corners[(k + 1) % 4]
+    outline = [min(after)]
+    while after[outline[-1]] != outline[0]:
+        outline.append(after[outline[-1]])
+    return outline if len(outline) == len(after) else None
+
+
+def grown(rng, room, size):
+    """Some squares that hang together."""
+    cells = {rng.choice(sorted(room))}
+    for _ in range(3 * size):
+        if len(cells) < size:
+            x, y = rng.choice(sorted(cells))
+            dx, dy = rng.choice(SIDES)
+            if (x + dx, y + dy) in room:
+                cells.add((x + dx, y + dy))
+    return cells
+
+
+def nest(rng, room, depth, outlines):
+    """Adds outlines inside of some squares, side by side, and others inside of these."""
+    for _ in range(rng.randrange(1, 3)):
+        if not room or depth == 0:
+            return
+        cells = grown(rng, room, rng.randrange(len(room) // 3 + 1, len(room) + 1))
+        outline = outline_of(cells)
+        if outline is None:
+            continue
+        outlines.append(outline)
+        room = room - cells
+        nest(rng, cells, depth - 1, outlines)
+
+
+def drawing(rng):
+    """Outlines that touch each other at points and along edges, some twice, in any order, direction and slant."""
+    outlines = []
+    nest(rng, {(x, y) for x in range(5) for y in range(5)}, 6, outlines)
+    outlines += rng.sample(outlines, rng.randrange(min(3, len(outlines) + 1)))
+    rng.shuffle(outlines)
+    slant = rng.choice(((1, 0, 0, 1), (1, 2, -1, 1), (3, 1, 1, -2)))
+    for k, outline in enumerate(outlines):
+        if rng.random() < 0.5:  # no points on sides
+            outline = [b for a, b, c in zip([outline[-1], *outline], outline, [*outline[1:], outline[0]])
+                       if (b[0] - a[0]) * (c[1] - b[1]) != (b[1] - a[1]) * (c[0] - b[0])]
+        first = rng.randrange(len(outline))
+        outline = outline[first:] + outline[:first]
+        if rng.random() < 0.5:
+            outline.reverse()
+        outlines[k] = [(slant[0] * x + slant[1] * y, slant[2] * x + slant[3] * y, float(k)) for x, y in outline]
+    return outlines
+
+
+def by_shapely(outlines):
+    """The numbers of outer outlines with those of their holes."""
+    polygons = {}  # by number, with their bounds
+    for k, outline in enumerate(outlines):
+        polygon = shapely.Polygon([point[:2] for point in outline])
+        bounds = polygon.bounds
+        if not any(bounds == of_other and polygon.equals(other) for other, of_other in polygons.values()):
+            polygons[k] = polygon, bounds
+
+    def is_around(a, b):
+        (outer, (left, low, right, high)), (inner, bounds) = polygons[a], polygons[b]
+        return (a != b and left <= bounds[0] and low <= bounds[1] and right >= bounds[2] and high >= bounds[3]
+                and outer.covers(inner))
+
+    around = {k: [other for other in polygons if is_around(other, k)] for k in polygons}
+    shapes = {k: {k} for k in around if len(around[k]) % 2 == 0}
+    for k in around:
+        if k not in shapes:
+            shapes[min(shapes.keys() & around[k], key=lambda other: polygons[other][0].area)].add(k)
+    return shapes
+
+
+@unittest.skipIf(shapely is None, "python3-shapely is not installed")
+class NestingTest(unittest.TestCase):
+    def test_is_what_shapely_finds(self):
+        rng = random.Random(1701)
+        total = 0
+        for case in range(10000):
+            outlines = drawing(rng)
+            shapes = {int(shape[0][0, 2]): {int(ring[0, 2]) for ring in shape} for shape in korvale.shapes(outlines)}
+            self.assertEqual(shapes, by_shapely(outlines), f"case {case}: {outlines}")
+            total += len(outlines)
+        self.assertGreater(total, 150000)
+
+
+if __name__ == "__main__":
+    unittest.main()
