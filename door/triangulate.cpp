@@ -106,7 +106,7 @@ public:
             const size_t i = waiting[--n];
             if (i < first_leaf_) {
                 for (const size_t child : {2 * i + 1, 2 * i})
-                    if (boxes_[child].meets(box) && counts_[child] > 0 && may_meet(boxes_[child], ear))
+                    if (boxes_[child].meets(box) && may_meet(boxes_[child], ear))
                         waiting[n++] = child;
                 continue;
             }
