@@ -2,6 +2,8 @@
 
 It needs cmake, a compiler and pybind11, and nothing from the network. `--config-settings folder=FOLDER` names the build
 folder; without it the build is in build/wheel, or, where that cannot be written, in a folder that is removed again.
+
+For distributions `wheel.py FOLDER` puts into a folder what pip and importlib.metadata know an installed package by.
 """
 
 import base64
@@ -72,6 +74,13 @@ def descriptions():
     }
 
 
+def describe(parent):
+    """Describes the package in a folder of a system, whose own tools keep the list of its files and its license."""
+    folder = pathlib.Path(parent) / described()
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / "METADATA").write_text(metadata())
+
+
 def pack(parent, target):
     """Writes the wheel: the package folder, what describes it and a list of all with their digests."""
     contents = {f"{described()}/{name}": text.encode() for name, text in descriptions().items()}
@@ -135,3 +144,7 @@ def build_sdist(sdist_directory, config_settings=None):
             described.flush()
             archive.add(described.name, f"{name}/PKG-INFO")
     return f"{name}.tar.gz"
+
+
+if __name__ == "__main__":
+    describe(sys.argv[1])

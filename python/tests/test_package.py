@@ -1,5 +1,6 @@
 """Tests of the installed package: it stands on its own, and is the version the header names."""
 
+import importlib.metadata
 import os
 import pathlib
 import re
@@ -30,6 +31,13 @@ class PackageTest(unittest.TestCase):
 
     def test_is_marked_as_typed(self):
         self.assertTrue((PACKAGE / "py.typed").exists())
+
+    def test_is_described_to_distributions(self):
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run([sys.executable, "-B", SOURCES / "python/backend/wheel.py", folder], check=True)
+            (described,) = importlib.metadata.distributions(path=[folder])
+            self.assertEqual((described.name, described.version, described.requires),
+                             ("korvale", korvale.__version__, ["numpy"]))
 
     def test_is_refused_before_anything_is_compiled_where_there_is_no_numpy(self):
         with tempfile.TemporaryDirectory() as folder:
