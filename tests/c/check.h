@@ -77,6 +77,7 @@ void array_tests(void);
 void band_tests(void);
 void equation_tests(void);
 void grid_tests(void);
+void layout_tests(void);
 void mesh_tests(void);
 void offset_tests(void);
 void plane_tests(void);

@@ -119,6 +119,7 @@ void run_case(const char* name, test_case body)
 int main(void)
 {
     version_tests();
+    layout_tests();
     offset_tests();
     band_tests();
     plane_tests();
