@@ -1,9 +1,62 @@
-// What meshes measure.
+// Meshes in handles, how solids are put together, and what triangles measure.
+#include "door/internal/mesh.h"
+
+#include "data/internal/kernels.h"
 #include "door/internal/measures.h"
 #include "door/internal/triangles.h"
 #include "door/internal/weld.h"
 
 namespace korvale::door {
+
+// --- Solids ----------------------------------------------------------------------------------------------------------
+
+void add_strip(korvale_mesh& mesh, int32_t first, int32_t second, int32_t n, bool turned)
+{
+    for (int32_t i = 0; i < n; ++i) {
+        const int32_t next = i + 1 < n ? i + 1 : 0;
+        Triangle lower = {first + i, first + next, second + next}, upper = {first + i, second + next, second + i};
+        if (turned) {
+            std::swap(lower[1], lower[2]);
+            std::swap(upper[1], upper[2]);
+        }
+        mesh.triangles.push_back(lower);
+        mesh.triangles.push_back(upper);
+    }
+}
+
+void weld(korvale_mesh& mesh)
+{
+    const Vector<int32_t> first = first_at_place(mesh.points);
+    Vector<int32_t> number(mesh.points.size(), -1); // among the points that stay
+    korvale_mesh out;
+    for (const Triangle& t : mesh.triangles) {
+        Triangle welded = {};
+        for (size_t k = 0; k < 3; ++k) {
+            const auto at = static_cast<size_t>(first[static_cast<size_t>(t[k])]);
+            if (number[at] < 0) {
+                number[at] = static_cast<int32_t>(out.points.size());
+                out.points.push_back(mesh.points[at]);
+            }
+            welded[k] = number[at];
+        }
+        if (welded[0] != welded[1] && welded[1] != welded[2] && welded[2] != welded[0])
+            out.triangles.push_back(welded);
+    }
+    mesh = std::move(out);
+}
+
+void turn_outwards(korvale_mesh& mesh)
+{
+    const double volume = sixfold_volume(mesh.triangles.size(), [&](size_t t, size_t k) -> const Point& {
+        return mesh.points[static_cast<size_t>(mesh.triangles[t][k])];
+    });
+    if (volume < 0.0)
+        for (Triangle& t : mesh.triangles)
+            std::swap(t[1], t[2]);
+}
+
+// --- Measures --------------------------------------------------------------------------------------------------------
+
 namespace {
 
 /// Half the way from a to b times the power of two that brings its largest coordinate to 1 or more, below 2.
@@ -22,11 +75,17 @@ Way way(const Point& a, const Point& b)
     return {times(shrinking(exponent), half), exponent};
 }
 
-/// The corners of triangle t.
+/// The corners of all triangles, or of triangle t.
+///@{
+std::span<const Point> corners_of(const TrianglesIn& triangles)
+{
+    return {reinterpret_cast<const Point*>(triangles.data()), static_cast<size_t>(3 * triangles.size())};
+}
 std::span<const Point> corners_of(const TrianglesIn& triangles, int64_t t)
 {
-    return {reinterpret_cast<const Point*>(triangles.data()) + 3 * t, 3};
+    return corners_of(triangles).subspan(static_cast<size_t>(3 * t), 3);
 }
+///@}
 
 Point normal_of(std::span<const Point> corners)
 {
@@ -74,9 +133,7 @@ struct Edges {
 /// other.
 void require_closed(const TrianglesIn& triangles, std::string_view argument)
 {
-    const std::span corners(reinterpret_cast<const Point*>(triangles.data()),
-                            static_cast<size_t>(3 * triangles.size()));
-    const Edges edges(triangles, first_at_place(corners));
+    const Edges edges(triangles, first_at_place(corners_of(triangles)));
     const auto [up, down] = std::mismatch(edges.up.begin(), edges.up.end(), edges.down.begin(), edges.down.end());
     if (up == edges.up.end() && down == edges.down.end())
         return;
@@ -94,6 +151,19 @@ void require_closed(const TrianglesIn& triangles, std::string_view argument)
 } // namespace korvale::door
 
 using namespace korvale::door;
+
+korvale_triangles korvale_mesh_view(const korvale_mesh* mesh)
+{
+    if (mesh == nullptr)
+        return {};
+    return {{mesh->points.data(), static_cast<int64_t>(mesh->points.size()), 0, 3, KORVALE_DOUBLE},
+            {mesh->triangles.data(), 3 * static_cast<int64_t>(mesh->triangles.size()), 0, KORVALE_INT32}};
+}
+
+void korvale_mesh_free(korvale_mesh* mesh)
+{
+    free_handle(mesh);
+}
 
 korvale_status korvale_mesh_normals(const korvale_triangles* triangles, double* normals, korvale_error* error)
 {
@@ -114,6 +184,22 @@ korvale_status korvale_mesh_areas(const korvale_triangles* triangles, double* ar
             require(areas, "areas");
         for (int64_t t = 0; t < in.size(); ++t)
             areas[t] = area_of(corners_of(in, t));
+    });
+}
+
+korvale_status korvale_mesh_bounds(const korvale_triangles* triangles, double* least, double* greatest,
+                                   korvale_error* error)
+{
+    return answer(error, "korvale_mesh_bounds", [&] {
+        require(least, "least");
+        require(greatest, "greatest");
+        const TrianglesIn in(triangles, "triangles");
+        if (in.size() == 0)
+            throw Refusal("triangles", "have at least 1 triangle", "there is none");
+        double box[6];
+        korvale::inside::find_bounds(in.data(), 3 * in.size(), 3, box);
+        std::copy_n(box, 3, least);
+        std::copy_n(box + 3, 3, greatest);
     });
 }
 

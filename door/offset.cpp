@@ -8,7 +8,6 @@
 #include <cstring>
 
 #include "border/internal/sweep.h"
-#include "data/operations.h"
 #include "door/internal/vectors.h"
 #include "path/internal/flatten.h"
 
@@ -44,12 +43,6 @@ bool is_thin(Outline live)
     return reach < kThin || std::ranges::all_of(live, [&](const Point& p) {
                return length(cross(along, minus(p, live[0]))) < kThin * reach;
            });
-}
-
-void carry(Xfm& xfm, Outline from, Point* to)
-{
-    DATAstruct source = record_over(from), output = record_over({to, from.size()});
-    TransformDATA(xfm, &source, &output);
 }
 
 /// Lifts points along the normal of a plane.

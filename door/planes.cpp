@@ -8,6 +8,7 @@
 
 #include "data/data.h"
 #include "data/internal/kernels.h"
+#include "data/operations.h"
 #include "path/frames.h"
 #include "path/internal/flatten.h"
 
@@ -98,6 +99,12 @@ std::span<const Point> scaled(std::span<const Point> points, double scale, Vecto
     if (scale != 1.0)
         room.resize(points.size());
     return scaled(points, scale, room.data());
+}
+
+void carry(Xfm& xfm, std::span<const Point> from, Point* to)
+{
+    DATAstruct source = record_over(from), output = record_over({to, from.size()});
+    TransformDATA(xfm, &source, &output);
 }
 
 Planes Planes::scaled(double scale) const

@@ -288,7 +288,8 @@ private:
     int32_t first_ = 0;
 };
 
-/// Whether a ring runs clockwise around most of what it goes round.
+} // namespace
+
 bool is_mostly_clockwise(std::span<const Place> ring)
 {
     constexpr double kRounding = 1e-12;
@@ -301,6 +302,8 @@ bool is_mostly_clockwise(std::span<const Place> ring)
     }
     return std::fabs(sum) > kRounding * size ? sum < 0.0 : turn_of(ring) < 0;
 }
+
+namespace {
 
 /// The corners of all rings, the first counter-clockwise and all others clockwise, each a ring of its own.
 Corners corners_of(const Rings& rings)

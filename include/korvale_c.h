@@ -329,6 +329,66 @@ KORVALE_C_API korvale_status korvale_shapes(const korvale_points* outlines, int6
 
 // --- Meshes ----------------------------------------------------------------------------------------------------------
 
+/// Triangles on shared points, facing outwards, in memory of their own.
+typedef struct korvale_mesh korvale_mesh;
+
+/// The triangles of a mesh as other functions take them: its points, packed doubles x y z, and three packed
+/// KORVALE_INT32 a triangle. They are good until it is released; all is zero of null.
+KORVALE_C_API korvale_triangles korvale_mesh_view(const korvale_mesh* mesh);
+
+/// Releases a mesh.
+KORVALE_C_API void korvale_mesh_free(korvale_mesh* mesh);
+
+/// One layer of a bevel.
+typedef struct korvale_bevel_step {
+    double distance; ///< outwards
+    double height;   ///< along the normal from which the outer outline runs counter-clockwise
+} korvale_bevel_step;
+
+/// How a bevel is made.
+typedef struct korvale_bevel_options {
+    uint32_t size; ///< of this struct, in bytes
+    int32_t split; ///< as for offsets
+} korvale_bevel_options;
+
+/// Stops at splits.
+KORVALE_C_API void korvale_bevel_defaults(korvale_bevel_options* options, size_t size);
+
+/// A closed mesh from an outline with holes, `count` in all, and a profile: a layer for each of `steps` steps, strips
+/// between neighbours, a cap on the first and on the last layer. Makes it in `*mesh`, null on failure.
+///
+/// Each layer is that of `korvale_offsetter_run`, so edges that shrink to nothing close like the hips of a roof. A
+/// layer in which an outline collapses without `split` is made with it, as it may be inside out. Points at exactly one
+/// place are one. No random number is drawn, and outlines may have any size, as those of `korvale_offset`.
+///
+/// Refuses fewer than two steps, no outline, fewer than three points, numbers that are not finite, and steps that move
+/// points farther than numbers go.
+KORVALE_C_API korvale_status korvale_bevel(const korvale_points* outlines, int64_t count,
+                                           const korvale_bevel_step* profile, int64_t steps,
+                                           const korvale_bevel_options* options, korvale_mesh** mesh,
+                                           korvale_error* error);
+
+/// How a tube is made.
+typedef struct korvale_tube_options {
+    uint32_t size;    ///< of this struct, in bytes
+    int32_t closed;   ///< 1: the last point of the path joins the first
+    int32_t caps;     ///< 1: the two ends of an open tube are closed
+    int32_t reserved; ///< 0
+} korvale_tube_options;
+
+/// Open, with caps.
+KORVALE_C_API void korvale_tube_defaults(korvale_tube_options* options, size_t size);
+
+/// A mesh from a path and a section, an outline in the plane z = 0 around the origin, which `korvale_frames` carries to
+/// every point of the path: point k of ring i is number i * section->count + k. Neighbouring rings are joined by
+/// strips. Makes it in `*mesh`, null on failure.
+///
+/// Refuses fewer than two points of a path (three of a closed one), fewer than three of a section, and numbers that are
+/// not finite.
+KORVALE_C_API korvale_status korvale_tube(const korvale_points* path, const korvale_points* section,
+                                          const korvale_tube_options* options, korvale_mesh** mesh,
+                                          korvale_error* error);
+
 /// The unit normals of triangles, [triangles][3], towards the side from which their corners run counter-clockwise; of
 /// one without area 0 0 0. Triangles may have any size.
 ///
@@ -339,6 +399,11 @@ KORVALE_C_API korvale_status korvale_mesh_normals(const korvale_triangles* trian
 /// The areas of triangles, [triangles]; refuses what `korvale_mesh_normals` does.
 KORVALE_C_API korvale_status korvale_mesh_areas(const korvale_triangles* triangles, double* areas,
                                                 korvale_error* error);
+
+/// The least and the greatest coordinates of triangles, [3] each; refuses what `korvale_mesh_normals` does, and no
+/// triangles.
+KORVALE_C_API korvale_status korvale_mesh_bounds(const korvale_triangles* triangles, double* least, double* greatest,
+                                                 korvale_error* error);
 
 /// The volume inside triangles that face outwards; negative where they face inwards, 0 of none. Points at exactly one
 /// place count as one.

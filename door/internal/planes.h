@@ -20,6 +20,9 @@ std::span<const Point> scaled(std::span<const Point> points, double scale, Point
 std::span<const Point> scaled(std::span<const Point> points, double scale, Vector<Point>& room);
 ///@}
 
+/// Writes points moved by a transform to `to`, which may be where they are.
+void carry(Xfm& xfm, std::span<const Point> from, Point* to);
+
 /// A transform into the plane z = 0 and its way back.
 struct Planes {
     Xfm to_plane;

@@ -56,6 +56,9 @@ struct Rings {
 /// counter-clockwise, -1 clockwise, 0 where it runs there and back.
 int turn_of(std::span<const Place> ring);
 
+/// Whether a ring runs clockwise around most of what it goes round.
+bool is_mostly_clockwise(std::span<const Place> ring);
+
 /// Cuts the first ring, with the others as its holes, into triangles of places: as many as places less two, and two
 /// more for each hole. They run counter-clockwise seen like this, whichever way round the rings run, and have no area
 /// where places are on one line and nothing else is left; those of rings that cross may run either way.

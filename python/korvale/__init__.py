@@ -22,8 +22,8 @@ Points are rows of arrays (N, 3), or (N, 2) where z is 0. Contiguous float64 arr
 tuples, other kinds of numbers, and rings, polygons, paths and meshes of Shapely, matplotlib, trimesh and meshio are
 converted. What comes back are arrays over the library's own memory, float64 (N, 3), or small objects that hold some.
 Angles are in radians; lengths are in units of the input. Outlines, paths and lines may have any size: `offset`, `band`,
-`flatten` and `frames` bring small ones to an ordinary size by a power of two, and draw no random numbers. Elsewhere
-thresholds are absolute (mostly 1e-06): work in units in which a model measures about 1 or more.
+`bevel`, `flatten`, `frames` and `tube` bring small ones to an ordinary size by a power of two, and draw no random
+numbers. Elsewhere thresholds are absolute (mostly 1e-06): work in units in which a model measures about 1 or more.
 
     >>> import korvale
     >>> square = [(0, 0), (4, 0), (4, 4), (0, 4)]

@@ -44,7 +44,7 @@ Mesh mesh_of(const py::object& vertices, const py::object& triangles)
 py::array normals_of(const Mesh& mesh)
 {
     py::array_t<double> normals({static_cast<py::ssize_t>(mesh.triangles.size()), py::ssize_t{3}});
-    const korvale_triangles all = detail::view_of(mesh.vertices, mesh.triangles);
+    const korvale_triangles all = detail::triangles_of(mesh.vertices, mesh.triangles);
     double* const to = normals.mutable_data();
     const Unlocked unlocked(mesh.triangles.size() >= kMeasuredMesh);
     detail::call("Mesh.normals", [&](korvale_error* error) { return korvale_mesh_normals(&all, to, error); });
@@ -54,7 +54,7 @@ py::array normals_of(const Mesh& mesh)
 py::array areas_of(const Mesh& mesh)
 {
     py::array_t<double> areas(static_cast<py::ssize_t>(mesh.triangles.size()));
-    const korvale_triangles all = detail::view_of(mesh.vertices, mesh.triangles);
+    const korvale_triangles all = detail::triangles_of(mesh.vertices, mesh.triangles);
     double* const to = areas.mutable_data();
     const Unlocked unlocked(mesh.triangles.size() >= kMeasuredMesh);
     detail::call("Mesh.areas", [&](korvale_error* error) { return korvale_mesh_areas(&all, to, error); });

@@ -234,7 +234,7 @@ class SolidTest(RefusingTest):
         self.assertRefuses("Mesh.volume: triangles must be closed and face one way, but the edge between points 0 and "
                            "1 is run through 1 times one way and 0 the other",
                            lambda: korvale.Mesh(SQUARE, [(0, 1, 2)]).volume)
-        self.assertRefuses("Mesh.bounds: vertices must have at least 1 point, but it has 0",
+        self.assertRefuses("Mesh.bounds: triangles must have at least 1 triangle, but there is none",
                            lambda: korvale.Mesh([], []).bounds)
         self.assertRefuses("Mesh.normals: triangles must be finite, but its point 1 is (nan, 0, 0)",
                            lambda: korvale.Mesh([(0, 0), (numpy.nan, 0), (0, 1)], [(0, 1, 2)]).normals)

@@ -1,4 +1,4 @@
-// What meshes measure.
+// Solids of outlines and paths, and what meshes measure.
 #include "check.h"
 
 // A box of sides 2, 3 and 5, facing outwards.
@@ -23,6 +23,8 @@ static korvale_status measures_a_box(void)
     CHECK_NUMBERS(normals[11], 1, 0, 0);
     TRY_WRITING(areas, korvale_mesh_areas(&triangles, areas, &error));
     CHECK_NUMBERS(areas, 3, 3, 3, 3, 5, 5, 5, 5, 7.5, 7.5, 7.5, 7.5);
+    TRY_WRITING(areas, korvale_mesh_bounds(&triangles, areas, areas + 3, &error));
+    CHECK_NUMBERS(areas, 0, 0, 0, 2, 3, 5);
     TRY_WRITING(volume, korvale_mesh_volume(&triangles, &volume, &error));
     CHECK(volume == 30);
     REFUSE(korvale_mesh_volume(&open, &volume, &error), KORVALE_BAD_ARGUMENT,
@@ -33,7 +35,52 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status bevels_a_plate_with_a_hole(void)
+{
+    const float plate[] = {0, 0, 4, 0, 4, 4, 0, 4}, hole[] = {1, 1, 2, 1, 2, 2, 1, 2};
+    const korvale_points shape[] = {{plate, 4, 0, 2, KORVALE_FLOAT}, {hole, 4, 0, 2, KORVALE_FLOAT}};
+    const korvale_bevel_step profile[] = {{0, 0}, {0, 2}};
+    korvale_bevel_options options;
+    korvale_mesh *mesh = NULL, *none = NULL;
+    korvale_triangles triangles;
+    double volume = 0;
+    korvale_error error;
+    korvale_bevel_defaults(&options, sizeof options);
+    TRY_MAKING(mesh, korvale_bevel(shape, 2, profile, 2, &options, &mesh, &error));
+    triangles = korvale_mesh_view(mesh);
+    CHECK(triangles.points.count == 16 && triangles.corners.count == 3 * 32);
+    TRY_WRITING(volume, korvale_mesh_volume(&triangles, &volume, &error));
+    CHECK(volume == 30);
+    REFUSE(korvale_bevel(shape, 0, profile, 2, NULL, &none, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_bevel: outlines must have an outer outline, but there is none");
+    CHECK(none == NULL);
+done:
+    korvale_mesh_free(mesh);
+    return (korvale_status)error.status;
+}
+
+static korvale_status makes_a_tube(void)
+{
+    const double path[] = {0, 0, 0, 0, 0, 5}, section[] = {1, 0, 0, 1, -1, 0, 0, -1};
+    const korvale_points along = {.data = path, .count = 2}, around = {.data = section, .count = 4, .dim = 2};
+    korvale_tube_options options;
+    korvale_mesh* mesh = NULL;
+    korvale_triangles triangles;
+    korvale_error error;
+    korvale_tube_defaults(&options, sizeof options);
+    options.caps = 0;
+    TRY_MAKING(mesh, korvale_tube(&along, &around, &options, &mesh, &error));
+    triangles = korvale_mesh_view(mesh);
+    CHECK(triangles.points.count == 8 && triangles.corners.count == 3 * 8);
+    CHECK(((const double*)triangles.points.data)[23] == 5);
+done:
+    korvale_mesh_free(mesh);
+    return (korvale_status)error.status;
+}
+
 void mesh_tests(void)
 {
+    RUN(bevels_a_plate_with_a_hole);
+    RUN(makes_a_tube);
     RUN(measures_a_box);
 }

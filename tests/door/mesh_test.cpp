@@ -76,6 +76,22 @@ TEST(MeshMeasures, OfABox)
     EXPECT_THAT(Numbers(normals.end() - 3, normals.end()), ElementsAre(1, 0, 0));
     EXPECT_THAT(areas_of(box(), 12), ElementsAre(3, 3, 3, 3, 5, 5, 5, 5, 7.5, 7.5, 7.5, 7.5));
     EXPECT_EQ(volume_of(box()), 30);
+    Numbers least(3, 9), greatest(3, 9);
+    const korvale_triangles triangles = box();
+    EXPECT_EQ(korvale_mesh_bounds(&triangles, least.data(), greatest.data(), nullptr), KORVALE_OK);
+    EXPECT_THAT(least, ElementsAre(0, 0, 0));
+    EXPECT_THAT(greatest, ElementsAre(2, 3, 5));
+}
+
+TEST(MeshMeasures, BoundsLeaveOutPointsWithoutTriangles)
+{
+    const Numbers points = {-9, -9, -9, 1, 2, 3, 4, 0, 0, 2, 7, 1, INFINITY, 0, 0};
+    const Indices corners = {1, 2, 3};
+    const korvale_triangles triangles = triangles_of(points, corners);
+    Numbers least(3, 9), greatest(3, 9);
+    EXPECT_EQ(korvale_mesh_bounds(&triangles, least.data(), greatest.data(), nullptr), KORVALE_OK);
+    EXPECT_THAT(least, ElementsAre(1, 0, 0));
+    EXPECT_THAT(greatest, ElementsAre(4, 7, 3));
 }
 
 TEST(MeshMeasures, ASlantedTriangleHasAUnitNormal)
@@ -207,6 +223,20 @@ TEST(MeshMeasures, SayWhatTheyRefuse)
     EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT,
                           [&](korvale_error* error) { return korvale_mesh_volume(&good, nullptr, error); }),
               "korvale_mesh_volume: volume must be given, but it is null");
+    const auto bounds_refusal = [&](const korvale_triangles* triangles, double* least, double* greatest) {
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_mesh_bounds(triangles, least, greatest, error);
+        });
+    };
+    const korvale_triangles none = {};
+    double corner[3] = {9, 9, 9};
+    EXPECT_EQ(bounds_refusal(&none, corner, corner),
+              "korvale_mesh_bounds: triangles must have at least 1 triangle, but there is none");
+    EXPECT_EQ(bounds_refusal(&not_finite, corner, corner),
+              "korvale_mesh_bounds: triangles must be finite, but its point 2 is (0, inf, 0)");
+    EXPECT_EQ(bounds_refusal(&good, nullptr, corner), "korvale_mesh_bounds: least must be given, but it is null");
+    EXPECT_EQ(bounds_refusal(&good, corner, nullptr), "korvale_mesh_bounds: greatest must be given, but it is null");
+    EXPECT_THAT(corner, Each(9));
     const korvale_triangles huge = {{kBox.data(), INT64_MAX, 0, 3, KORVALE_DOUBLE}, {}};
     EXPECT_EQ(refusal(&huge, normals.data()),
               "korvale_mesh_normals: triangles must have at most 715827882 elements, but it has 9223372036854775807");

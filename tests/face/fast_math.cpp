@@ -73,4 +73,32 @@ TEST(FaceUnderFastMath, BordersAndBandsKeepTheirBits)
         }
 }
 
+TEST(FaceUnderFastMath, SolidsKeepTheirBits)
+{
+    const Point bevel[] = {{0x1.47ae147ae147dp-6, 0x1.70a3d70a3d70ap-4, 0x0p+0},
+                           {0x1.999999999999cp-4, 0x1.eb851eb851ebap-6, 0x0p+0},
+                           {0x0p+0, 0x0p+0, 0x0p+0},
+                           {0x1.401c67a898306p-4, 0x1.1597f3df44ad4p-5, 0x1.47ae147ae147bp-6},
+                           {0x1.b91ab47587979p-7, 0x1.da70733ee7bb3p-7, 0x1.47ae147ae147bp-6},
+                           {0x1.b087ce4f7cc9bp-6, 0x1.29c7d0ff2d151p-4, 0x1.47ae147ae147bp-6}};
+    const Point ring[] = {{0x1.999999999999ap-4, 0x1.eb851eb851eb8p-6, -0x1.47ae147ae147bp-7},
+                          {0x1.c1ed55abb509p-4, 0x1.ced4481bc7e35p-6, 0x0p+0},
+                          {0x1.7145dd877e2a4p-4, 0x1.041afaaa6df9dp-5, 0x1.47ae147ae147bp-7}};
+    const std::vector<Point> outline = {{0, 0, 0}, {0.1, 0.03, 0}, {0.02, 0.09, 0}};
+    const korvale::BevelStep profile[] = {{0, 0}, {-0.01, 0.02}};
+    const korvale::Mesh solid = korvale::bevel({outline}, profile);
+    const korvale::Mesh pipe = korvale::tube(outline, {{0.01, 0, 0}, {0, 0.01, 0}, {-0.01, -0.01, 0}});
+    const auto same = [](double a, double b) {
+        return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+    };
+    for (std::size_t k = 0; k < 3; ++k) {
+        for (std::size_t i = 0; i < 6; ++i)
+            EXPECT_TRUE(same(solid.vertices[i][k], bevel[i][k])) << i << ' ' << k;
+        for (std::size_t i = 0; i < 3; ++i)
+            EXPECT_TRUE(same(pipe.vertices[3 + i][k], ring[i][k])) << i << ' ' << k;
+    }
+    EXPECT_TRUE(same(solid.volume(), 0x1.e51f3b5742d1fp-15));
+    EXPECT_TRUE(same(solid.areas()[3], 0x1.2515fdab8464fp-10));
+}
+
 } // namespace

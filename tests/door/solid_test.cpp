@@ -1,0 +1,426 @@
+// Solids of outlines and paths.
+#include <korvale.h>
+
+#include <cmath>
+#include <map>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "support.h"
+#include "tests/support/heap.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+
+using Numbers = std::vector<double>;
+using Outlines = std::vector<Numbers>;
+using Profile = std::vector<korvale_bevel_step>;
+
+/// What a mesh holds.
+struct Solid {
+    Numbers points;
+    std::vector<int32_t> corners;
+    double volume = 0;
+    bool operator==(const Solid&) const = default;
+};
+
+Solid taken(korvale_mesh* mesh)
+{
+    const korvale_triangles view = korvale_mesh_view(mesh);
+    const auto* const points = static_cast<const double*>(view.points.data);
+    const auto* const corners = static_cast<const int32_t*>(view.corners.data);
+    Solid solid = {{points, points + 3 * view.points.count}, {corners, corners + view.corners.count}};
+    EXPECT_EQ(korvale_mesh_volume(&view, &solid.volume, nullptr), KORVALE_OK); // which closed meshes have
+    korvale_mesh_free(mesh);
+    return solid;
+}
+
+std::vector<korvale_points> views_of(const Outlines& outlines)
+{
+    std::vector<korvale_points> views;
+    for (const Numbers& outline : outlines)
+        views.push_back(points_of(outline));
+    return views;
+}
+
+Solid bevelled(const Outlines& outlines, const Profile& profile, bool split = true)
+{
+    const std::vector<korvale_points> views = views_of(outlines);
+    korvale_bevel_options options;
+    korvale_bevel_defaults(&options, sizeof options);
+    options.split = split;
+    korvale_mesh* mesh = nullptr;
+    korvale_error error;
+    EXPECT_EQ(korvale_bevel(views.data(), static_cast<int64_t>(views.size()), profile.data(),
+                            static_cast<int64_t>(profile.size()), &options, &mesh, &error),
+              KORVALE_OK)
+        << error.text;
+    return taken(mesh);
+}
+
+korvale_tube_options tube_options(int32_t closed)
+{
+    korvale_tube_options options;
+    korvale_tube_defaults(&options, sizeof options);
+    options.closed = closed;
+    return options;
+}
+
+Solid tube_of(const Numbers& path, const Numbers& section, int32_t closed = 0)
+{
+    const korvale_points along = points_of(path), around = points_of(section);
+    const korvale_tube_options options = tube_options(closed);
+    korvale_mesh* mesh = nullptr;
+    EXPECT_EQ(korvale_tube(&along, &around, &options, &mesh, nullptr), KORVALE_OK);
+    return taken(mesh);
+}
+
+Numbers square(double side)
+{
+    return {0, 0, 0, side, 0, 0, side, side, 0, 0, side, 0};
+}
+
+Numbers times(double factor, Numbers numbers)
+{
+    for (double& number : numbers)
+        number *= factor;
+    return numbers;
+}
+
+Profile times(double factor, Profile profile)
+{
+    for (korvale_bevel_step& step : profile)
+        step = {factor * step.distance, factor * step.height};
+    return profile;
+}
+
+/// Round a place, with corners at different distances from it.
+Numbers star(Random& random, int corners, double x, double y, double size)
+{
+    Numbers outline;
+    for (int i = 0; i < corners; ++i) {
+        const double angle = 6.283185307179586 * i / corners, r = size * random.uniform(0.5, 1);
+        outline.insert(outline.end(), {x + r * std::cos(angle), y + r * std::sin(angle), 0});
+    }
+    return outline;
+}
+
+const Numbers kDiamond = {1, 0, 0, 0, 1, 0, -1, 0, 0, 0, -1, 0};
+
+TEST(DoorBevel, OfASquareIsABlock)
+{
+    const Solid block = bevelled({square(4)}, {{0, 0}, {0, 3}});
+    EXPECT_THAT(block.points, ElementsAre(0, 4, 0, 4, 0, 0, 0, 0, 0, 4, 4, 0, 4, 0, 3, 0, 0, 3, 4, 4, 3, 0, 4, 3));
+    EXPECT_EQ(block.corners.size(), 36u);
+    EXPECT_EQ(block.volume, 48);
+}
+
+TEST(DoorBevel, HolesShrinkWhereTheOuterOutlineGrows)
+{
+    const Solid solid = bevelled({square(8), times(0.5, square(8)), {6, 6, 0, 6, 7, 0, 7, 7, 0, 7, 6, 0}},
+                                 {{0, 0}, {0, 1}, {0.25, 1}, {0.25, 2}});
+    EXPECT_NEAR(solid.volume, (64 - 16 - 1) + (8.5 * 8.5 - 3.5 * 3.5 - 0.5 * 0.5), 1e-12);
+}
+
+TEST(DoorBevel, ASmallOneStandsUpright)
+{
+    for (const double side : {0.1, 0.05, 0.01, 1e-9}) {
+        const Solid solid = bevelled({square(side)}, {{0, 0}, {0, side}, {-side / 8, 1.125 * side}});
+        double lowest = 1, highest = -1;
+        for (size_t i = 2; i < solid.points.size(); i += 3) {
+            lowest = std::min(lowest, solid.points[i]);
+            highest = std::max(highest, solid.points[i]);
+        }
+        EXPECT_EQ(lowest, 0) << "side " << side;
+        EXPECT_EQ(highest, 1.125 * side) << "side " << side;
+        EXPECT_NEAR(solid.volume / (side * side * side), 1 + 37.0 / 384, 1e-9) << "side " << side;
+    }
+}
+
+TEST(DoorBevel, ScalesExactlyByPowersOfTwo)
+{
+    Random random(1270);
+    for (int round = 0; round < rounds(100); ++round) {
+        const Outlines shape = {star(random, random.between(4, 30), 0, 0, 1.5),
+                                star(random, random.between(3, 9), 0.1, 0, 0.4)};
+        const Profile profile = {{random.uniform(-0.1, 0.1), 0}, {0, 0.5}, {random.uniform(-0.4, 0.1), 0.75}};
+        const Solid plain = bevelled(shape, profile);
+        for (const int exponent : {-30, -12, 28}) {
+            const double scale = std::ldexp(1.0, exponent);
+            Outlines moved = shape;
+            for (Numbers& outline : moved)
+                outline = times(scale, outline);
+            const Solid solid = bevelled(moved, times(scale, profile));
+            ASSERT_EQ(solid.points, times(scale, plain.points)) << "2^" << exponent;
+            ASSERT_EQ(solid.corners, plain.corners) << "2^" << exponent;
+        }
+    }
+}
+
+TEST(DoorBevel, IsTheSameWhateverHasBeenDrawnAndDrawsNothing)
+{
+    Random random(1271);
+    for (int round = 0; round < rounds(100); ++round) {
+        const Outlines shape = {star(random, random.between(3, 30), 0, 0, 0.05)};
+        const Profile profile = {{0, 0}, {0, 0.02}, {-0.005, 0.025}};
+        Mwsrand(5);
+        const int next = Mwrand();
+        Mwsrand(5);
+        const Solid first = bevelled(shape, profile);
+        EXPECT_EQ(Mwrand(), next);
+        Solid second;
+        std::thread([&] { second = bevelled(shape, profile); }).join();
+        ASSERT_EQ(first, second);
+    }
+}
+
+TEST(DoorBevel, IsClosedWhereOutlinesVanish)
+{
+    Random random(1272);
+    for (int round = 0; round < rounds(300); ++round) {
+        Outlines shape = {star(random, random.between(3, 40), 0, 0, 40)};
+        for (int hole = random.between(0, 3); hole > 0; --hole)
+            shape.push_back(star(random, random.between(3, 12), 8.0 * hole - 16, 2.0 * hole, 3));
+        Profile profile;
+        for (int i = 0; i < 4; ++i)
+            profile.push_back({random.uniform(-25, 4), 3.0 * i});
+        bevelled(shape, profile, random.one_in(2)); // which measures what is closed
+    }
+}
+
+TEST(DoorBevel, ReadsFloatsInThePlane)
+{
+    const float corners[] = {0, 0, 4, 0, 4, 4, 0, 4};
+    const korvale_points outline = {corners, 4, 0, 2, KORVALE_FLOAT};
+    const korvale_bevel_step wall[] = {{0, 0}, {0, 3}};
+    korvale_mesh* mesh = nullptr;
+    ASSERT_EQ(korvale_bevel(&outline, 1, wall, 2, nullptr, &mesh, nullptr), KORVALE_OK);
+    EXPECT_EQ(taken(mesh), bevelled({square(4)}, {{0, 0}, {0, 3}}));
+}
+
+TEST(DoorBevel, SaysWhatItRefuses)
+{
+    const Outlines shape = {square(4), {0, 0, 0, 1, 0, 0}};
+    const std::vector<korvale_points> views = views_of(shape);
+    const auto refusal = [&](int64_t count, const Profile& profile, korvale_bevel_options options = {8, 1}) {
+        int place = 0;
+        korvale_mesh* mesh = reinterpret_cast<korvale_mesh*>(&place);
+        const std::string sentence = sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_bevel(views.data(), count, profile.data(), static_cast<int64_t>(profile.size()), &options,
+                                 &mesh, error);
+        });
+        EXPECT_EQ(mesh, nullptr);
+        return sentence;
+    };
+    const Profile wall = {{0, 0}, {0, 1}};
+    EXPECT_EQ(refusal(1, {}), "korvale_bevel: profile must have at least 2 steps, but it has 0");
+    EXPECT_EQ(refusal(1, {{0, 0}}), "korvale_bevel: profile must have at least 2 steps, but it has 1");
+    EXPECT_EQ(refusal(1, {{0, 0}, {NAN, 0}}), "korvale_bevel: profile must be finite, but it is nan");
+    EXPECT_EQ(refusal(1, {{0, 0}, {0, -INFINITY}}), "korvale_bevel: profile must be finite, but it is -inf");
+    EXPECT_EQ(refusal(0, wall), "korvale_bevel: outlines must have an outer outline, but there is none");
+    EXPECT_EQ(refusal(-1, wall), "korvale_bevel: count must be 0 or more, but it is -1");
+    EXPECT_EQ(refusal(2, wall), "korvale_bevel: outline 1 must have at least 3 points, but it has 2");
+    EXPECT_EQ(refusal(1, wall, {3, 1}), "korvale_bevel: options.size must be the size of the struct, but it is 3");
+
+    korvale_mesh* mesh = nullptr;
+    const auto other = [&](const korvale_points* outlines, const korvale_bevel_step* profile, int64_t steps,
+                           korvale_mesh** to) {
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_bevel(outlines, 1, profile, steps, nullptr, to, error);
+        });
+    };
+    EXPECT_EQ(other(nullptr, wall.data(), 2, &mesh), "korvale_bevel: outlines must be given, but it is null");
+    EXPECT_EQ(other(views.data(), nullptr, 2, &mesh), "korvale_bevel: profile must be given, but it is null");
+    EXPECT_EQ(other(views.data(), wall.data(), 2, nullptr), "korvale_bevel: mesh must be given, but it is null");
+    EXPECT_EQ(other(views.data(), wall.data(), -1, &mesh),
+              "korvale_bevel: profile must have at least 2 steps, but it has -1");
+    const Numbers sharp = {0, 0, 0, 8, 0, 0, 0, 1, 0};
+    const korvale_points needle = points_of(sharp);
+    const Profile far = {{0, 0}, {0, 1}, {1e308, 2}};
+    EXPECT_EQ(other(&needle, far.data(), 3, &mesh),
+              "korvale_bevel: profile must keep points where there are numbers for them, but its step 2 moves some "
+              "beyond");
+    const Numbers much(3 * 1000);
+    const Profile long_profile(238610, {0, 0});
+    const korvale_points many = points_of(much);
+    EXPECT_EQ(other(&many, long_profile.data(), 238610, &mesh),
+              "korvale_bevel: profile must have at most 238609 steps for 1000 points, but it has 238610");
+}
+
+TEST(DoorBevel, AnExhaustedHeapMakesNothing)
+{
+    NEEDS_HEAP_FAILURES();
+    const Outlines shape = {square(4), {1, 1, 0, 2, 1, 0, 2, 2, 0, 1, 2, 0}};
+    const std::vector<korvale_points> views = views_of(shape);
+    const korvale_bevel_step profile[] = {{0, 0}, {0, 1}, {-0.5, 2}};
+    const int64_t failed = fail_each_allocation([&](int64_t) {
+        korvale_mesh* mesh = nullptr;
+        if (korvale_bevel(views.data(), 2, profile, 3, nullptr, &mesh, nullptr) == KORVALE_NO_MEMORY) {
+            EXPECT_EQ(mesh, nullptr);
+        } else {
+            EXPECT_EQ(korvale_mesh_view(mesh).points.count, 24);
+        }
+        korvale_mesh_free(mesh);
+    });
+    EXPECT_GT(failed, 40);
+}
+
+TEST(DoorTube, AlongALineIsABar)
+{
+    const Solid bar = tube_of({0, 0, 0, 0, 0, 5}, kDiamond);
+    EXPECT_EQ(bar.points.size(), 24u);
+    EXPECT_EQ(bar.corners.size(), 36u);
+    EXPECT_NEAR(bar.volume, 10, 1e-12);
+    for (size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(bar.points[3 * i + 2], 0);
+        EXPECT_EQ(bar.points[3 * i + 14], 5);
+    }
+}
+
+TEST(DoorTube, CarriesTheSectionByTheFrames)
+{
+    const Numbers path = {0, 0, 0, 3, 0, 0, 3, 3, 1, 4, 5, 6};
+    const korvale_points along = points_of(path), around = points_of(kDiamond);
+    for (const int32_t closed : {0, 1}) {
+        const Solid tube = tube_of(path, kDiamond, closed);
+        Numbers frames(64), ring(12);
+        ASSERT_EQ(korvale_frames(&along, closed, frames.data(), nullptr), KORVALE_OK);
+        for (size_t i = 0; i < 4; ++i) {
+            const korvale_points_out output = points_to(ring);
+            ASSERT_EQ(korvale_transform_points(&frames[16 * i], &around, &output, nullptr), KORVALE_OK);
+            EXPECT_TRUE(std::equal(ring.begin(), ring.end(), tube.points.begin() + static_cast<ptrdiff_t>(12 * i)));
+        }
+    }
+}
+
+TEST(DoorTube, FacesOutwardsWhicheverWayTheSectionRuns)
+{
+    const Numbers turned = {0, -1, 0, -1, 0, 0, 0, 1, 0, 1, 0, 0};
+    const Numbers path = {0, 0, 0, 9, 0, 0, 9, 9, 0, 0, 9, 0};
+    for (const int32_t closed : {0, 1}) {
+        const double thin = std::sqrt(0.5); // at mitres
+        const double volume = 2 * 9 * (closed ? 4 * thin : (1 + thin) / 2 + thin + (thin + 1) / 2);
+        EXPECT_NEAR(tube_of(path, kDiamond, closed).volume, volume, 1e-9);
+        EXPECT_NEAR(tube_of(path, turned, closed).volume, volume, 1e-9);
+    }
+}
+
+TEST(DoorTube, OfASmallPathIsThatOfAnOrdinaryOne)
+{
+    const Numbers path = {0, 0, 0, 3, 0, 0, 6, 3, 1, 4, 9, 6};
+    const Solid plain = tube_of(path, kDiamond), small = tube_of(times(0x1p-30, path), times(0x1p-30, kDiamond));
+    EXPECT_EQ(small.points, times(0x1p-30, plain.points));
+    EXPECT_EQ(small.corners, plain.corners);
+}
+
+TEST(DoorTube, WithoutCapsIsOpen)
+{
+    const Numbers path = {0, 0, 0, 0, 0, 5};
+    const korvale_points along = points_of(path), around = points_of(kDiamond);
+    korvale_tube_options options = tube_options(0);
+    options.caps = 0;
+    korvale_mesh* mesh = nullptr;
+    ASSERT_EQ(korvale_tube(&along, &around, &options, &mesh, nullptr), KORVALE_OK);
+    const korvale_triangles view = korvale_mesh_view(mesh);
+    EXPECT_EQ(view.corners.count, 24);
+    double volume = 9;
+    EXPECT_EQ(korvale_mesh_volume(&view, &volume, nullptr), KORVALE_BAD_ARGUMENT);
+    korvale_mesh_free(mesh);
+}
+
+TEST(DoorTube, OfAPathAtOnePlaceIsMadeAllTheSame)
+{
+    const Numbers path(9, 1.0), section(9, 0.0);
+    EXPECT_EQ(tube_of(path, kDiamond).points.size(), 36u);
+    EXPECT_THAT(tube_of({0, 0, 0, 0, 0, 5}, section).volume, 0);
+}
+
+TEST(DoorTube, SaysWhatItRefuses)
+{
+    korvale_mesh* mesh = nullptr;
+    const auto refusal = [&](const Numbers& path, const Numbers& section, int32_t closed) {
+        const korvale_points along = points_of(path), around = points_of(section);
+        const korvale_tube_options options = tube_options(closed);
+        int place = 0;
+        mesh = reinterpret_cast<korvale_mesh*>(&place);
+        const std::string sentence = sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_tube(&along, &around, &options, &mesh, error);
+        });
+        EXPECT_EQ(mesh, nullptr);
+        return sentence;
+    };
+    const Numbers line = {0, 0, 0, 1, 0, 0}, wrong = {0, 0, 0, 1, NAN, 0, 1, 1, 1};
+    EXPECT_EQ(refusal({}, kDiamond, 0), "korvale_tube: path must have at least 2 points, but it has 0");
+    EXPECT_EQ(refusal({1, 2, 3}, kDiamond, 0), "korvale_tube: path must have at least 2 points, but it has 1");
+    EXPECT_EQ(refusal(line, kDiamond, 1), "korvale_tube: path must have at least 3 points, but it has 2");
+    EXPECT_EQ(refusal(line, line, 0), "korvale_tube: section must have at least 3 points, but it has 2");
+    EXPECT_EQ(refusal(wrong, kDiamond, 0), "korvale_tube: path must be finite, but its point 1 is (1, nan, 0)");
+    EXPECT_EQ(refusal(line, wrong, 0), "korvale_tube: section must be finite, but its point 1 is (1, nan, 0)");
+    const Numbers many(3 * 16000);
+    EXPECT_EQ(refusal(many, many, 0),
+              "korvale_tube: path times section must have at most 238609294 elements, but it has 256000000");
+    const korvale_points good = points_of(kDiamond);
+    const auto missing = [&](const korvale_points* path, const korvale_points* section, korvale_mesh** to) {
+        return sentence_of(KORVALE_BAD_ARGUMENT,
+                           [&](korvale_error* error) { return korvale_tube(path, section, nullptr, to, error); });
+    };
+    EXPECT_EQ(missing(nullptr, &good, &mesh), "korvale_tube: path must be given, but it is null");
+    EXPECT_EQ(missing(&good, nullptr, &mesh), "korvale_tube: section must be given, but it is null");
+    EXPECT_EQ(missing(&good, &good, nullptr), "korvale_tube: mesh must be given, but it is null");
+}
+
+TEST(DoorTube, AnExhaustedHeapMakesNothing)
+{
+    NEEDS_HEAP_FAILURES();
+    const Numbers path = {0, 0, 0, 0.3, 0, 0, 0.6, 0.3, 0.1};
+    const korvale_points along = points_of(path), around = points_of(kDiamond);
+    const int64_t failed = fail_each_allocation([&](int64_t) {
+        for (const int32_t closed : {0, 1}) {
+            korvale_mesh* mesh = nullptr;
+            const korvale_tube_options options = tube_options(closed);
+            if (korvale_tube(&along, &around, &options, &mesh, nullptr) == KORVALE_NO_MEMORY) {
+                EXPECT_EQ(mesh, nullptr);
+            } else {
+                EXPECT_EQ(korvale_mesh_view(mesh).points.count, 12);
+            }
+            korvale_mesh_free(mesh);
+        }
+    });
+    EXPECT_GT(failed, 20);
+}
+
+TEST(DoorMesh, OfNullHoldsNothing)
+{
+    const korvale_triangles view = korvale_mesh_view(nullptr);
+    EXPECT_EQ(view.points.data, nullptr);
+    EXPECT_EQ(view.points.count, 0);
+    EXPECT_EQ(view.corners.data, nullptr);
+    EXPECT_EQ(view.corners.count, 0);
+    korvale_mesh_free(nullptr);
+}
+
+TEST(DoorMesh, DefaultsFillWhatTheHostKnows)
+{
+    korvale_bevel_options bevel = {77, 77};
+    korvale_bevel_defaults(&bevel, sizeof bevel.size);
+    EXPECT_EQ(bevel.size, 4u);
+    EXPECT_EQ(bevel.split, 77);
+    korvale_bevel_defaults(&bevel, sizeof bevel);
+    EXPECT_EQ(bevel.split, 1);
+    korvale_tube_options tube = {77, 77, 77, 77};
+    korvale_tube_defaults(&tube, sizeof tube);
+    EXPECT_EQ(tube.size, sizeof tube);
+    EXPECT_EQ(tube.closed, 0);
+    EXPECT_EQ(tube.caps, 1);
+    EXPECT_EQ(tube.reserved, 0);
+    korvale_bevel_defaults(nullptr, sizeof bevel);
+    korvale_tube_defaults(nullptr, sizeof tube);
+}
+
+} // namespace
+} // namespace korvale::test
