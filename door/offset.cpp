@@ -92,14 +92,15 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
     s.dead = dead_.data();
     s.merge = merge_.data();
 
-    const double scale = scale_for(outline, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
+    const Extent extent = extent_of(outline);
+    const double scale = scale_for(extent, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
     s.remaining = scale * motion.distance;
     s.split_events = motion.split;
     auto* const flat = reinterpret_cast<Point*>(s.flat);
     auto* const room = reinterpret_cast<Point*>(s.direction); // free before and after the sweep
     const Outline work = scaled(outline, scale, room);
     Planes own;
-    inside::flatten_for_sure(work[0].data(), s.n, own.to_plane, own.from_plane, true);
+    inside::flatten_for_sure(work[0].data(), s.n, scale * extent.greatest, own.to_plane, own.from_plane, true);
     Planes lifting = lifted_in == nullptr ? own : lifted_in->scaled(scale);
     const Point area = motion.split ? Point{} : doubled_area(work);
     carry(own.to_plane, work, flat);

@@ -20,17 +20,6 @@ constexpr int kLarge = 24;
 /// ... and no number gets an exponent beyond this.
 constexpr int kLargestExponent = 1000;
 
-/// How far points reach along the axis on which they reach furthest, halved so that it is finite.
-double half_reach(std::span<const Point> points)
-{
-    double box[6];
-    inside::find_bounds(points[0].data(), static_cast<int64_t>(points.size()), 3, box);
-    double reach = 0.0;
-    for (int k = 0; k < 3; ++k)
-        reach = std::max(reach, 0.5 * box[k + 3] - 0.5 * box[k]);
-    return reach;
-}
-
 /// False where the points lie on one line.
 bool flatten_by_extremes(std::span<const Point> points, bool closed, Planes& planes)
 {
@@ -72,9 +61,21 @@ void find_frames_of_loop(std::span<const Point> path, Xfm* frames)
 
 } // namespace
 
-double scale_for(std::span<const Point> points, double distance)
+Extent extent_of(std::span<const Point> points)
 {
-    const double half = half_reach(points);
+    double box[6];
+    inside::find_bounds(points[0].data(), static_cast<int64_t>(points.size()), 3, box);
+    Extent extent = {0.0, 0.0};
+    for (int k = 0; k < 3; ++k) {
+        extent.half = std::max(extent.half, 0.5 * box[k + 3] - 0.5 * box[k]);
+        extent.greatest = std::max({extent.greatest, std::fabs(box[k]), std::fabs(box[k + 3])});
+    }
+    return extent;
+}
+
+double scale_for(const Extent& extent, double distance)
+{
+    const double half = extent.half;
     if (half >= 0.5 && half < 0x1p23)
         return 1.0;
     if (half == 0.0)
@@ -121,9 +122,11 @@ Planes flatten(std::span<const Point> points, bool closed)
 {
     Planes planes;
     Vector<Point> room;
-    const double scale = scale_for(points);
+    const Extent extent = extent_of(points);
+    const double scale = scale_for(extent);
     const std::span<const Point> work = scaled(points, scale, room);
-    inside::flatten_for_sure(work[0].data(), static_cast<int>(work.size()), planes.to_plane, planes.from_plane, closed);
+    inside::flatten_for_sure(work[0].data(), static_cast<int>(work.size()), scale * extent.greatest, planes.to_plane,
+                             planes.from_plane, closed);
     return planes.scaled(1.0 / scale);
 }
 

@@ -10,7 +10,6 @@
 #include <cmath>
 
 #include "data/internal/buffers.h"
-#include "data/internal/kernels.h"
 #include "math/internal/matrix.h"
 #include "math/internal/orientation.h"
 #include "math/internal/rotation.h"
@@ -368,16 +367,6 @@ constexpr double kNearer = 16.0;
 /// An area that is a smaller share of its parts is nothing but rounding.
 constexpr double kLeastArea = 1e-12;
 
-double greatest_coordinate(const Outline& outline)
-{
-    double box[6];
-    find_bounds(outline.points, outline.count, 3, box);
-    double greatest = 0.0;
-    for (const double bound : box)
-        greatest = std::max(greatest, std::fabs(bound));
-    return greatest;
-}
-
 /// Writes the normal, not normalised, about which the outline runs counter-clockwise. False where its parts cancel.
 bool find_mean_normal(const Outline& outline, double* normal)
 {
@@ -439,12 +428,11 @@ bool is_tilted_by_rounding(const Outline& outline, const Corner& corner, double 
     return greatest_height(outline, at, corner.normal) > kNearer * (greatest_height(outline, at, normal) + rounding);
 }
 
-bool flatten_closed_for_sure(const Outline& outline, const Transforms& to)
+bool flatten_closed_for_sure(const Outline& outline, double rounding, const Transforms& to)
 {
     Corner corner;
     if (!find_corner(outline, corner))
         return false;
-    const double rounding = kRounding * greatest_coordinate(outline);
     double normal[3];
     if (!is_tilted_by_rounding(outline, corner, rounding, normal)) {
         const double sign = is_reflex_for_sure(outline, corner, rounding) ? -1.0 : 1.0;
@@ -457,12 +445,13 @@ bool flatten_closed_for_sure(const Outline& outline, const Transforms& to)
 
 } // namespace
 
-void flatten_for_sure(const double* points, int count, double (*xfm)[4], double (*reverse)[4], bool closed)
+void flatten_for_sure(const double* points, int count, double greatest, double (*xfm)[4], double (*reverse)[4],
+                      bool closed)
 {
     const Transforms to = {xfm, reverse};
     set_identities(to);
     const Outline outline = {points, count};
-    if (!closed || !flatten_closed_for_sure(outline, to))
+    if (!closed || !flatten_closed_for_sure(outline, kRounding * greatest, to))
         flatten_open(outline, to);
 }
 

@@ -6,12 +6,27 @@
 // Planes of outlines and paths, found without random numbers and for points of any size.
 namespace korvale::door {
 
+/// How large points are.
+struct Extent {
+    double half;     ///< of how far they reach along the axis on which they reach furthest: the whole may be infinite
+    double greatest; ///< coordinate, without its sign
+};
+
+/// Of 1 or more points.
+Extent extent_of(std::span<const Point> points);
+
 /// The power of two that brings points into the sizes for which the library's absolute thresholds are meant: 1 where
 /// they reach 1 to 2^24 along the axis on which they reach furthest, else such that they reach 1 to 2, or 2^23 to 2^24.
 /// Thresholds of small outlines are relative to the outline that way, and no other bit changes.
 ///
 /// `distance` is what goes along with the points; it stays finite.
-double scale_for(std::span<const Point> points, double distance = 0.0);
+///@{
+double scale_for(const Extent& extent, double distance = 0.0);
+inline double scale_for(std::span<const Point> points, double distance = 0.0)
+{
+    return scale_for(extent_of(points), distance);
+}
+///@}
 
 /// The points times a power of two: the points themselves where that is 1, else a copy in `room`, which may be where
 /// they are.

@@ -11,7 +11,8 @@ void flatten(const DATAstruct* path, double (*xfm)[4], double (*reverse)[4], boo
 
 /// `DATA_to_xy_xfms` without random numbers, for 1 or more finite points. Where that function draws none, and rounding
 /// does not blur the corner it looks at, the transforms are the same to the bit. Elsewhere a closed outline runs
-/// counter-clockwise as its area says.
-void flatten_for_sure(const double* points, int count, double (*xfm)[4], double (*reverse)[4], bool closed);
+/// counter-clockwise as its area says. `greatest` is that of the coordinates, without their signs.
+void flatten_for_sure(const double* points, int count, double greatest, double (*xfm)[4], double (*reverse)[4],
+                      bool closed);
 
 } // namespace korvale::inside
