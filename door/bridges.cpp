@@ -118,32 +118,43 @@ private:
         return above == status_.begin() ? -1 : *std::prev(above);
     }
 
-    /// Joins the hole that begins with an event: to a corner at the same place if there is one.
+    /// Joins the hole that begins with an event: to a corner at the same place if there is one. Where more than a few
+    /// corners share a place not all are asked.
     void build(size_t event, int32_t floor)
     {
         const int32_t v = events_[event];
-        for (size_t i = event; i > 0 && place(events_[i - 1]) == place(v); --i)
-            for (int32_t copy = events_[i - 1]; copy >= 0; copy = copy_[static_cast<size_t>(copy)])
-                if (sees(copy, place(after_[static_cast<size_t>(v)])))
-                    return join(copy, v);
-        const int32_t helper = floor >= 0 ? floors_[static_cast<size_t>(floor)].helper : 0;
-        for (int32_t copy = helper; copy >= 0; copy = copy_[static_cast<size_t>(copy)])
-            if (sees(copy, place(v)))
+        const Place& next = place(after_[static_cast<size_t>(v)]);
+        int32_t tries = 0;
+        for (size_t i = event; i > 0 && place(events_[i - 1]) == place(v) && tries < kMostAtOnePlace; --i)
+            if (const int32_t copy = copy_that_sees(next, events_[i - 1], tries); copy >= 0)
                 return join(copy, v);
-        join(helper, v);
+        const int32_t helper = floor >= 0 ? floors_[static_cast<size_t>(floor)].helper : 0;
+        tries = 0;
+        const int32_t copy = copy_that_sees(place(v), helper, tries);
+        join(copy >= 0 ? copy : helper, v);
+    }
+
+    /// The first copy of a corner, itself included, from which a way to `p` begins inside; -1 where there is none.
+    int32_t copy_that_sees(const Place& p, int32_t corner, int32_t& tries) const
+    {
+        for (; corner >= 0 && tries < kMostAtOnePlace; ++tries) {
+            if (sees(corner, p))
+                return corner;
+            corner = copy_[static_cast<size_t>(corner)];
+        }
+        return -1;
     }
 
     /// Whether a way from a corner to `p` begins between its two edges, inside.
     bool sees(int32_t corner, const Place& p) const
     {
-        int32_t before = corner, after = corner;
-        do
-            before = corners_.before[static_cast<size_t>(before)];
-        while (before != corner && place(before) == place(corner));
-        do
-            after = corners_.after[static_cast<size_t>(after)];
-        while (after != corner && place(after) == place(corner));
-        const Place &a = place(before), &b = place(corner), &c = place(after);
+        const auto elsewhere = [&](const Vector<int32_t>& way) -> const Place& {
+            int32_t i = way[static_cast<size_t>(corner)];
+            for (int k = 0; k < kMostAtOnePlace && place(i) == place(corner); ++k)
+                i = way[static_cast<size_t>(i)];
+            return place(i);
+        };
+        const Place &a = elsewhere(corners_.before), &b = place(corner), &c = elsewhere(corners_.after);
         if (side(a, b, c) > 0)
             return side(b, c, p) > 0 && side(a, b, p) > 0;
         return side(b, c, p) > 0 || side(a, b, p) > 0;
@@ -171,6 +182,8 @@ private:
         copy_[static_cast<size_t>(i)] = copy;
         return copy;
     }
+
+    static constexpr int32_t kMostAtOnePlace = 64;
 
     const Vector<Place>& places_;
     Corners& corners_;

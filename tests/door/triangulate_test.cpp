@@ -214,6 +214,13 @@ TEST(Triangulate, OutlinesThatCrossGetTrianglesToo)
     }
 }
 
+TEST(Triangulate, ThousandsOfHolesOnOneAnotherTakeNoLong)
+{
+    std::vector<Coordinates> outlines(3000, {3, 3, 0, 3, 6, 0, 6, 6, 0, 6, 3, 0});
+    outlines[0] = {0, 0, 0, 9, 0, 0, 9, 9, 0, 0, 9, 0};
+    EXPECT_EQ(triangles_of(outlines).size(), 3u * (4 * 3000 + 2 * 3000 - 4));
+}
+
 TEST(Triangulate, SaysWhatItRefuses)
 {
     const Coordinates square = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0}, wrong = {0, 0, 0, 4, NAN, 0, 4, 4, 0};
