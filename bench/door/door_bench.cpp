@@ -2,8 +2,9 @@
 // doubles. "plain_ns" is the time of the plain calls, "more_ns" what the C function takes beyond it: under 100 a call,
 // and at many points what it costs to look at all numbers once, whether they are finite and how far they reach.
 //
-// `grid_nearest` of borrowed triangles also tells which one is met, for which there is no plain call. `frames` of a
-// loop keep room for as many frames, which at 1,024 points the heap takes from the system and gives back each time.
+// Some are asked for more: a relaxer copies its mesh, equations are read by a stricter grammar first, `grid_nearest` of
+// borrowed triangles tells which one is met. `frames` of a loop keep room for as many frames, which at 1,024 points the
+// heap takes from the system and gives back each time.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -294,7 +295,37 @@ void grid_cast(benchmark::State& state)
         [&] { need(scene.cast(&distance) > 0); });
 }
 
+/// Made over triangles that stay where they are, and released.
+void grid_new(benchmark::State& state)
+{
+    Scene scene(1);
+    const korvale_triangles mesh = {points_of(scene.corners), {}};
+    korvale_grid_options options;
+    korvale_grid_defaults(&options, sizeof options);
+    options.borrow = 1;
+    korvale_grid_cells(scene.grid, options.cells);
+    measure(
+        state,
+        [&] {
+            korvale_grid* grid = nullptr;
+            need(korvale_grid_new(&mesh, &options, &grid, nullptr) == KORVALE_OK);
+            korvale_grid_free(grid);
+        },
+        [&] {
+            RayStatus status = {};
+            need(ray_initialize(&status) == 1);
+            status.nx = options.cells[0];
+            status.ny = options.cells[1];
+            status.nz = options.cells[2];
+            ray_set_triangles(&scene.triangles, &status);
+            ray_classify(&status);
+            ray_declassify(&status);
+            DataDispose(&status.bbox);
+        });
+}
+
 BENCHMARK(scatter)->Arg(1)->Arg(100);
+BENCHMARK(grid_new);
 BENCHMARK(grid_count)->Arg(0)->Arg(1);
 BENCHMARK(grid_nearest)->Arg(0)->Arg(1);
 BENCHMARK(grid_cast)->Arg(0)->Arg(1);
@@ -328,6 +359,46 @@ struct Relaxed {
     DATAstruct points;
 };
 
+/// Made, which copies the mesh, and released.
+void relaxer_new(benchmark::State& state)
+{
+    Relaxed r(static_cast<int>(state.range(0)));
+    const korvale_faces faces = r.faces_of();
+    DATAstruct points = record_of(r.mesh.points, 3), sizes, corners;
+    for (auto* record : {&sizes, &corners}) {
+        DATAInitialize(record);
+        record->type = DATA_TYPE_INT;
+        record->dim = 1;
+    }
+    sizes.count = static_cast<int32_t>(r.mesh.sizes.size());
+    sizes.ivals = r.mesh.sizes.data();
+    corners.count = static_cast<int32_t>(r.mesh.corners.size());
+    corners.ivals = r.mesh.corners.data();
+    measure(
+        state,
+        [&] {
+            korvale_relaxer* relaxer = nullptr;
+            need(korvale_relaxer_new(&faces, nullptr, &relaxer, nullptr) == KORVALE_OK);
+            korvale_relaxer_free(relaxer);
+        },
+        [&] {
+            PreserveStatus status = {};
+            need(PreserveInitialize(&status, &points, nullptr, &sizes, &corners) == 1);
+            DATAstruct* const edges = status.edges;
+            PreserveDispose(&status);
+            DATADispose(edges);
+            std::free(edges);
+        });
+}
+
+void relaxer_keep(benchmark::State& state)
+{
+    Relaxed r(16);
+    measure(
+        state, [&] { need(korvale_relaxer_keep(r.relaxer, KORVALE_LENGTHS, 0.01, nullptr) == KORVALE_OK); },
+        [&] { need(PreservePreserve(r.record(), PRESERVE_LENGTH, 0.01) == 1); });
+}
+
 void relaxer_step(benchmark::State& state)
 {
     Relaxed r(static_cast<int>(state.range(0)));
@@ -358,6 +429,8 @@ void relaxer_forces(benchmark::State& state)
         [&] { need(PreserveGetForce(r.record(), &r.points, &out) == 1); });
 }
 
+BENCHMARK(relaxer_new)->Arg(16)->Arg(64)->Arg(1024);
+BENCHMARK(relaxer_keep);
 BENCHMARK(relaxer_step)->Arg(16)->Arg(64)->Arg(1024);
 BENCHMARK(relaxer_energy)->Arg(16)->Arg(64)->Arg(1024);
 BENCHMARK(relaxer_forces)->Arg(16)->Arg(64)->Arg(1024);
@@ -378,6 +451,32 @@ struct System {
     korvale_equations* equations = nullptr;
     EquationSystem* record = nullptr;
 };
+
+/// Made with two variables and an equation, and released.
+void equations_add(benchmark::State& state)
+{
+    char names[] = "x a b", text[] = "x = a + b * 2";
+    measure(
+        state,
+        [&] {
+            korvale_equations* equations = nullptr;
+            need(korvale_equations_new(&equations, nullptr) == KORVALE_OK);
+            if (state.range(0) != 0) {
+                need(korvale_equations_declare(equations, names, 0, nullptr) == KORVALE_OK);
+                need(korvale_equations_add(equations, text, nullptr, nullptr) == KORVALE_OK);
+            }
+            korvale_equations_free(equations);
+        },
+        [&] {
+            EquationSystem system;
+            need(EqSystemInitialize(&system) == 1);
+            if (state.range(0) != 0) {
+                need(EqParseVariables(&system, names, 0) >= 0);
+                need(EqParseEquation(&system, text) >= 0);
+            }
+            EqSystemDispose(&system);
+        });
+}
 
 void equations_evaluate(benchmark::State& state)
 {
@@ -433,6 +532,7 @@ void equations_evaluate_rows(benchmark::State& state)
         });
 }
 
+BENCHMARK(equations_add)->Arg(0)->Arg(1);
 BENCHMARK(equations_evaluate);
 BENCHMARK(equations_pass);
 BENCHMARK(equations_set);
@@ -450,6 +550,23 @@ void transform_from_srt(benchmark::State& state)
     measure(
         state, [&] { korvale_transform_from_srt(&srt, &m[0][0]); },
         [&] { SRT2Transform(srt.scale, srt.rotation, srt.translation, m); });
+}
+
+void transform_inverse_of_srt(benchmark::State& state)
+{
+    korvale_srt srt = {{1.5, 2.5, 0.7}, {0.3, -1.1, 2.0}, {5, -7, 0.1}};
+    Xfm m;
+    measure(
+        state, [&] { korvale_transform_inverse_of_srt(&srt, &m[0][0]); },
+        [&] { SRT2InvTransform(srt.scale, srt.rotation, srt.translation, m); });
+}
+
+void transform_take_apart(benchmark::State& state)
+{
+    korvale_srt srt;
+    measure(
+        state, [&] { korvale_transform_take_apart(&kTurn[0][0], &srt); },
+        [&] { Transform2SRT(kTurn, srt.scale, srt.rotation, srt.translation); });
 }
 
 void transform_multiply(benchmark::State& state)
@@ -517,6 +634,8 @@ void seed(benchmark::State& state)
 }
 
 BENCHMARK(transform_from_srt);
+BENCHMARK(transform_inverse_of_srt);
+BENCHMARK(transform_take_apart);
 BENCHMARK(transform_multiply);
 BENCHMARK(transform_point);
 BENCHMARK(transform_points)->Arg(1)->Arg(100);
