@@ -59,13 +59,9 @@ public:
         for (const Border& border : borders_)
             layer.push_back(border.outline());
         const Rings rings = rings_of(layer, seen_);
-        bool runs_alike = true;
-        for (size_t k = 0; k < rings.size(); ++k)
-            runs_alike = runs_alike && is_mostly_clockwise(rings[k]) == is_mostly_clockwise(rings_[k]);
-        // In what is left of an outline without area rounding says which way it runs; the triangles of the outlines
-        // join the strips there, and have no area either.
         const auto first = static_cast<int32_t>(mesh_.points.size() - rings.places.size());
-        for (const Triangle& t : cut(runs_alike ? rings : rings_))
+        // Rounding would say which way an outline runs that has vanished, and strips would not always meet the cap.
+        for (const Triangle& t : cut(rings, rings_))
             mesh_.triangles.push_back({first + t[0], first + t[is_bottom ? 2 : 1], first + t[is_bottom ? 1 : 2]});
     }
 

@@ -305,8 +305,9 @@ bool is_mostly_clockwise(std::span<const Place> ring)
 
 namespace {
 
-/// The corners of all rings, the first counter-clockwise and all others clockwise, each a ring of its own.
-Corners corners_of(const Rings& rings)
+/// The corners of all rings, the first counter-clockwise and all others clockwise, each a ring of its own, when `like`
+/// says which way they run.
+Corners corners_of(const Rings& rings, const Rings& like)
 {
     Corners corners;
     corners.place.resize(rings.places.size());
@@ -315,7 +316,7 @@ Corners corners_of(const Rings& rings)
     int32_t first = 0;
     for (size_t k = 0; k < rings.size(); first = rings.ends[k++]) {
         const int32_t end = rings.ends[k];
-        const bool is_turned = is_mostly_clockwise(rings[k]) == (k == 0);
+        const bool is_turned = is_mostly_clockwise(like[k]) == (k == 0);
         for (int32_t i = first; i < end; ++i) {
             corners.place[static_cast<size_t>(i)] = is_turned ? first + end - 1 - i : i;
             corners.link(i, i + 1 < end ? i + 1 : first);
@@ -374,7 +375,12 @@ int turn_of(std::span<const Place> ring)
 
 Vector<Triangle> cut(const Rings& rings)
 {
-    Corners corners = corners_of(rings);
+    return cut(rings, rings);
+}
+
+Vector<Triangle> cut(const Rings& rings, const Rings& like)
+{
+    Corners corners = corners_of(rings, like);
     if (rings.ends.size() > 1) {
         join_holes(rings, corners);
         corners = in_order(corners);

@@ -67,6 +67,9 @@ bool is_mostly_clockwise(std::span<const Place> ring);
 /// 2002).
 Vector<Triangle> cut(const Rings& rings);
 
+/// The same of rings that run as those of `like` do, where they have an area at all.
+Vector<Triangle> cut(const Rings& rings, const Rings& like);
+
 /// A ring with its holes joined to it: corners that name a place each and the corners before and after.
 struct Corners {
     Vector<int32_t> place, before, after;

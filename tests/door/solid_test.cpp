@@ -193,6 +193,55 @@ TEST(DoorBevel, IsClosedWhereOutlinesVanish)
     }
 }
 
+TEST(DoorBevel, IsClosedWhereARoofEndsInALine)
+{
+    Random random(1274);
+    for (int round = 0; round < rounds(300); ++round) {
+        const double long_side = random.uniform(3, 20);
+        Numbers plan = {0, 0, 0, long_side, 0, 0, long_side, 2, 0, 0, 2, 0};
+        double turn[16];
+        const double radians[] = {random.uniform(-3, 3), random.uniform(-3, 3), random.uniform(-3, 3)};
+        korvale_transform_rotation(radians, turn);
+        const korvale_points points = points_of(plan);
+        const korvale_points_out output = points_to(plan);
+        ASSERT_EQ(korvale_transform_points(turn, &points, &output, nullptr), KORVALE_OK);
+        const Solid roof = bevelled({plan}, {{0, 0}, {-1, 1}}); // the ridge is as narrow as rounding makes it
+        ASSERT_GT(roof.volume, 1) << "round " << round;
+    }
+}
+
+TEST(DoorBevel, CapsCoverWhatIsLeftWhereHolesVanish)
+{
+    Random random(1273);
+    for (int round = 0; round < rounds(200); ++round) {
+        const Outlines shape = {star(random, random.between(4, 30), 0, 0, 40), star(random, 3, -8, 0, 2),
+                                star(random, random.between(4, 9), 8, 3, 2)};
+        Numbers border(shape[0].size());
+        korvale_border result = {};
+        result.points = border.data();
+        const korvale_points outer = points_of(shape[0]);
+        ASSERT_EQ(korvale_offset(&outer, 3, nullptr, &result, nullptr), KORVALE_OK);
+        double doubled_area = 0;
+        for (size_t i = 0; i < border.size(); i += 3) {
+            const size_t next = i + 3 < border.size() ? i + 3 : 0;
+            doubled_area += border[i] * border[next + 1] - border[next] * border[i + 1];
+        }
+
+        const Solid solid = bevelled(shape, {{0, 0}, {3, 5}});
+        double covered = 0;
+        for (size_t t = 0; t < solid.corners.size(); t += 3) {
+            const auto corner = [&](size_t k) { return &solid.points[3 * static_cast<size_t>(solid.corners[t + k])]; };
+            const double *const a = corner(0), *const b = corner(1), *const c = corner(2);
+            if (a[2] < 4 || b[2] < 4 || c[2] < 4)
+                continue;
+            const double twice = (b[0] - a[0]) * (c[1] - a[1]) - (c[0] - a[0]) * (b[1] - a[1]);
+            ASSERT_GT(twice, -1e-9) << "round " << round;
+            covered += twice;
+        }
+        ASSERT_NEAR(covered, doubled_area, 1e-9 * doubled_area) << "round " << round;
+    }
+}
+
 TEST(DoorBevel, ReadsFloatsInThePlane)
 {
     const float corners[] = {0, 0, 4, 0, 4, 4, 0, 4};
