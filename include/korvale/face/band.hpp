@@ -24,6 +24,9 @@ struct BandOptions {
 struct Crossing {
     std::size_t first;  ///< an edge; edge i runs from point i of its outline to the next one
     std::size_t second; ///< the other one
+
+    /// The same two edges.
+    friend bool operator==(const Crossing&, const Crossing&) = default;
 };
 
 /// A closed outline along a line; along a closed line two of them, `border()` and `other_side()`.
@@ -37,6 +40,12 @@ struct Band {
     /// [points of the line] 1 where a point gave way in part: another part of the line is nearer than the distance and
     /// the border keeps between them, or a corner sharper than the miter limit is cut off
     Array<std::uint8_t> narrowed;
+
+    /// The same in memory of its own.
+    Band clone() const { return {outline.clone(), removed.clone(), collapsed, crossing, narrowed.clone()}; }
+
+    /// The same outline, and the same said of its points.
+    friend bool operator==(const Band&, const Band&) = default;
 
     /// The border alone, one point for each point of the line; a copy of that of a temporary.
     ///@{
@@ -53,6 +62,34 @@ struct Band {
     Points other_side() const&& { return detail::copy_of(other_side()); }
     ///@}
 };
+
+/// `band`, telling of failures by its result.
+inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions& options = {})
+{
+    return detail::within_memory("band", [&]() -> Result<Band> {
+        const std::size_t n = line.size();
+        const Point up = options.up.value_or(Point{});
+        const korvale_band_options how = {
+            sizeof how,     options.both_sides,    options.up.has_value(), options.closed,
+            options.height, {up[0], up[1], up[2]}, options.miter_limit,
+        };
+        Band band;
+        band.outline = Points(2 * n);
+        band.removed = Array<std::uint8_t>(n);
+        band.narrowed = Array<std::uint8_t>(n);
+        korvale_band_result result = {
+            band.outline.coordinates().data(), band.removed.data(), band.narrowed.data(), 0, 0, {0, 0}};
+        const korvale_points points = detail::view_of(line);
+        korvale_error error;
+        if (const korvale_status status = korvale_band(&points, distance, &how, &result, &error); status != KORVALE_OK)
+            return Failure("band", status, error);
+        band.collapsed = result.collapsed != 0;
+        if (result.crosses != 0)
+            band.crossing =
+                Crossing{static_cast<std::size_t>(result.crossing[0]), static_cast<std::size_t>(result.crossing[1])};
+        return band;
+    });
+}
 
 /// The band between a line and its border at a signed distance: to the right of the line where it is positive.
 ///
@@ -74,26 +111,22 @@ struct Band {
 /// below 1, and numbers that are not finite.
 inline Band band(AnyPoints line, double distance, const BandOptions& options = {})
 {
-    const std::size_t n = line.size();
-    const Point up = options.up.value_or(Point{});
-    const korvale_band_options how = {
-        sizeof how,     options.both_sides,    options.up.has_value(), options.closed,
-        options.height, {up[0], up[1], up[2]}, options.miter_limit,
-    };
-    Band band;
-    band.outline = Points(2 * n);
-    band.removed = Array<std::uint8_t>(n);
-    band.narrowed = Array<std::uint8_t>(n);
-    korvale_band_result result = {
-        band.outline.coordinates().data(), band.removed.data(), band.narrowed.data(), 0, 0, {0, 0}};
-    const korvale_points points = detail::view_of(line);
-    korvale_error error;
-    detail::check("band", korvale_band(&points, distance, &how, &result, &error), error);
-    band.collapsed = result.collapsed != 0;
-    if (result.crosses != 0)
-        band.crossing =
-            Crossing{static_cast<std::size_t>(result.crossing[0]), static_cast<std::size_t>(result.crossing[1])};
-    return band;
+    return try_band(line.view(), distance, options).value();
+}
+
+/// `thin`, telling of failures by its result.
+inline Result<std::vector<std::size_t>> try_thin(AnyPoints line, double tolerance)
+{
+    return detail::within_memory("thin", [&]() -> Result<std::vector<std::size_t>> {
+        std::vector<std::int32_t> kept(line.size());
+        std::int64_t count = 0;
+        const korvale_points points = detail::view_of(line);
+        korvale_error error;
+        if (const korvale_status status = korvale_thin(&points, tolerance, kept.data(), &count, &error);
+            status != KORVALE_OK)
+            return Failure("thin", status, error);
+        return std::vector<std::size_t>(kept.begin(), kept.begin() + count);
+    });
 }
 
 /// The points that describe a line to within a tolerance: every point left out lies within it of the stretch between
@@ -106,12 +139,7 @@ inline Band band(AnyPoints line, double distance, const BandOptions& options = {
 /// Throws `Error` without points, for a tolerance below 0, and for numbers that are not finite.
 inline std::vector<std::size_t> thin(AnyPoints line, double tolerance)
 {
-    std::vector<std::int32_t> kept(line.size());
-    std::int64_t count = 0;
-    const korvale_points points = detail::view_of(line);
-    korvale_error error;
-    detail::check("thin", korvale_thin(&points, tolerance, kept.data(), &count, &error), error);
-    return {kept.begin(), kept.begin() + count};
+    return try_thin(line.view(), tolerance).value();
 }
 
 } // namespace korvale

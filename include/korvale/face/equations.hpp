@@ -67,10 +67,10 @@ public:
 
     bool has_thrown() const noexcept { return thrown_ != nullptr; }
 
-    /// Keeps the exception at hand and ends the evaluation.
-    void keep() noexcept
+    /// Keeps an exception and ends the evaluation.
+    void keep(std::exception_ptr thrown) noexcept
     {
-        thrown_ = std::current_exception();
+        thrown_ = std::move(thrown);
         korvale_equations_stop(equations_);
     }
 
@@ -123,19 +123,21 @@ struct HostFunction {
         Evaluation* const evaluation = Evaluation::at_work;
         if (evaluation != nullptr && evaluation->has_thrown())
             return kNothing;
-        try {
+        double value = kNothing;
+        const std::exception_ptr thrown = caught([&] {
             if constexpr (kIsPlain) {
-                return call(reinterpret_cast<F>(user), numbers);
+                value = call(reinterpret_cast<F>(user), numbers);
             } else if constexpr (kIsEmpty) {
                 F callable;
-                return call(callable, numbers);
+                value = call(callable, numbers);
             } else {
-                return call(*static_cast<F*>(user), numbers);
+                value = call(*static_cast<F*>(user), numbers);
             }
-        } catch (...) {
-            if (evaluation != nullptr)
-                evaluation->keep();
-        }
+        });
+        if (!thrown)
+            return value;
+        if (evaluation != nullptr)
+            evaluation->keep(thrown);
         return kNothing;
     }
 
@@ -160,17 +162,26 @@ inline std::string plain_text(std::string_view text)
     return plain;
 }
 
+/// Refuses a column that has one place for all rows.
+inline std::optional<Failure> refuse_places(const char* function, std::string_view name, std::size_t size,
+                                            std::ptrdiff_t stride)
+{
+    if (stride != 0 || size < 2)
+        return {};
+    return Failure(function, name, "have a place for each row", "its stride is 0");
+}
+
 /// Columns as the C interface takes them: their names end with a zero.
 template <class Plain>
 class PlainColumns {
 public:
     template <class AnyColumn>
-    PlainColumns(const char* function, std::span<const AnyColumn> columns)
+    explicit PlainColumns(std::span<const AnyColumn> columns)
     {
         names_.reserve(columns.size());
         for (const AnyColumn& column : columns) {
             const char* const name = names_.emplace_back(plain_text(column.name)).c_str();
-            columns_.push_back({name, values_of(function, column)});
+            columns_.push_back({name, values_of(column)});
         }
     }
 
@@ -178,7 +189,7 @@ public:
     std::int64_t size() const noexcept { return static_cast<std::int64_t>(columns_.size()); }
 
 private:
-    korvale_numbers values_of(const char*, const Column& column)
+    korvale_numbers values_of(const Column& column)
     {
         const auto n = static_cast<std::int64_t>(column.size);
         if (column.stride != 0 || n < 2)
@@ -187,22 +198,12 @@ private:
         return {copies.data(), n, 0, 1, KORVALE_DOUBLE};
     }
 
-    static korvale_numbers_out values_of(const char* function, const ResultColumn& column)
+    static korvale_numbers_out values_of(const ResultColumn& column)
     {
-        require_places(function, column.name, column.size, column.stride);
         return {column.values, static_cast<std::int64_t>(column.size), column.stride * std::ptrdiff_t{sizeof(double)},
                 1, KORVALE_DOUBLE};
     }
 
-public:
-    static void require_places(const char* function, std::string_view name, std::size_t size, std::ptrdiff_t stride)
-    {
-        if (stride == 0 && size > 1)
-            throw Error(function, "column \"" + std::string(name) + "\"", "have a place for each row",
-                        "its stride is 0");
-    }
-
-private:
     std::vector<std::string> names_;
     std::vector<std::vector<double>> copies_;
     std::vector<Plain> columns_;
@@ -225,13 +226,19 @@ private:
 /// see docs/equations.md for the language. A system belongs to one thread at a time.
 class Equations {
 public:
-    Equations()
+    /// A system with PI and E.
+    Equations() : Equations(try_make().value()) {}
+
+    /// The same, telling of failures by its result.
+    static Result<Equations> try_make()
     {
         korvale_error error;
-        korvale_equations* made;
-        detail::check("Equations", korvale_equations_new(&made, &error), error);
-        equations_.reset(made);
+        korvale_equations* made = nullptr;
+        if (const korvale_status status = korvale_equations_new(&made, &error); status != KORVALE_OK)
+            return Failure("Equations", status, error);
+        return Equations(made);
     }
+
     /// Takes the system over; what is left behind may only be destroyed or assigned to.
     Equations(Equations&& other) noexcept = default;
     /// Exchanges the systems.
@@ -245,9 +252,12 @@ public:
     /// its equation at the end of a pass (`evaluate_all`) instead of at once.
     ///
     /// Throws `Error` for a name that is not letters only, longer than 12, or a function's.
-    void declare(std::string_view names, bool reserved = false)
+    void declare(std::string_view names, bool reserved = false) { try_declare(names, reserved).value(); }
+
+    /// The same, telling of failures by its result.
+    Result<void> try_declare(std::string_view names, bool reserved = false)
     {
-        call("Equations::declare", [&](korvale_error* error) {
+        return call("Equations::declare", [&](korvale_error* error) {
             return korvale_equations_declare(equations_.get(), detail::plain_text(names).c_str(), reserved, error);
         });
     }
@@ -256,18 +266,23 @@ public:
     ///
     /// Throws `EquationError`, with nothing added, for a text that cannot be read or has anything in it that the
     /// language does not know.
-    int add(std::string_view equation)
+    int add(std::string_view equation) { return try_add(equation).value(); }
+
+    /// The same, telling of failures by its result, which knows the word and its place.
+    Result<int> try_add(std::string_view equation)
     {
-        const std::string text(equation);
-        if (const std::size_t zero = text.find('\0'); zero != std::string::npos)
-            throw EquationError(text.substr(0, zero), zero, "", "a zero character ends it early");
-        std::int32_t number = 0;
-        korvale_error error;
-        const korvale_status status = korvale_equations_add(equations_.get(), text.c_str(), &number, &error);
-        if (status == KORVALE_BAD_EQUATION)
-            throw EquationError(error);
-        detail::check("Equations::add", status, error);
-        return number;
+        constexpr const char* kFunction = "Equations::add";
+        return detail::within_memory(kFunction, [&]() -> Result<int> {
+            const std::string text(equation);
+            if (const std::size_t zero = text.find('\0'); zero != std::string::npos)
+                return Failure(EquationError(text.substr(0, zero), zero, "", "a zero character ends it early"));
+            std::int32_t number = 0;
+            korvale_error error;
+            if (const korvale_status status = korvale_equations_add(equations_.get(), text.c_str(), &number, &error);
+                status != KORVALE_OK)
+                return Failure(kFunction, status, error);
+            return int{number};
+        });
     }
 
     /// The number of equations.
@@ -283,31 +298,40 @@ public:
     }
 
     /// Gives a variable a value.
-    void set(std::string_view name, double value)
+    void set(std::string_view name, double value) { try_set(name, value).value(); }
+
+    /// The same, telling of failures by its result.
+    Result<void> try_set(std::string_view name, double value)
     {
-        call("Equations::set", [&](korvale_error* error) {
+        return call("Equations::set", [&](korvale_error* error) {
             return korvale_equations_set(equations_.get(), detail::plain_text(name).c_str(), value, error);
         });
     }
 
     /// The value of a variable.
-    double get(std::string_view name) const
+    double get(std::string_view name) const { return try_get(name).value(); }
+
+    /// The same, telling of failures by its result.
+    Result<double> try_get(std::string_view name) const
     {
         double value = 0;
-        call("Equations::get", [&](korvale_error* error) {
+        const Result<void> done = call("Equations::get", [&](korvale_error* error) {
             return korvale_equations_get(equations_.get(), detail::plain_text(name).c_str(), &value, error);
         });
-        return value;
+        return with(value, done);
     }
 
     /// Runs an equation once and returns its result, which its variable also takes unless it is reserved.
-    double evaluate(int equation)
+    double evaluate(int equation) { return try_evaluate(equation).value(); }
+
+    /// The same, telling of failures by its result; what functions of yours throw is thrown on.
+    Result<double> try_evaluate(int equation)
     {
         double result = 0;
-        run("Equations::evaluate", [&](korvale_error* error) {
+        const Result<void> done = run("Equations::evaluate", [&](korvale_error* error) {
             return korvale_equations_evaluate(equations_.get(), equation, &result, error);
         });
-        return result;
+        return with(result, done);
     }
 
     /// Runs an equation once for every row: each column sets its variable, and the result goes to `output`. The columns
@@ -321,40 +345,80 @@ public:
     void evaluate(int equation, std::span<const Column> columns, double* output, std::size_t rows,
                   std::ptrdiff_t stride)
     {
+        try_evaluate(equation, columns, output, rows, stride).value();
+    }
+
+    /// The same two, telling of failures by their result; what functions of yours throw is thrown on.
+    ///@{
+    Result<void> try_evaluate(int equation, std::span<const Column> columns, std::span<double> output)
+    {
+        return try_evaluate(equation, columns, output.data(), output.size(), 1);
+    }
+    Result<void> try_evaluate(int equation, std::span<const Column> columns, double* output, std::size_t rows,
+                              std::ptrdiff_t stride)
+    {
         constexpr const char* kFunction = "Equations::evaluate";
-        const detail::PlainColumns<korvale_column> read(kFunction, columns);
-        detail::PlainColumns<korvale_column>::require_places(kFunction, "output", rows, stride);
-        const korvale_numbers_out write = {output, static_cast<std::int64_t>(rows),
-                                           stride * std::ptrdiff_t{sizeof(double)}, 1, KORVALE_DOUBLE};
-        run(kFunction, [&](korvale_error* error) {
-            return korvale_equations_evaluate_rows(equations_.get(), equation, read.data(), read.size(), &write, error);
+        return detail::within_memory(kFunction, [&]() -> Result<void> {
+            if (std::optional<Failure> failure = detail::refuse_places(kFunction, "column \"output\"", rows, stride))
+                return *std::move(failure);
+            const detail::PlainColumns<korvale_column> read(columns);
+            const korvale_numbers_out write = {output, static_cast<std::int64_t>(rows),
+                                               stride * std::ptrdiff_t{sizeof(double)}, 1, KORVALE_DOUBLE};
+            return run(kFunction, [&](korvale_error* error) {
+                return korvale_equations_evaluate_rows(equations_.get(), equation, read.data(), read.size(), &write,
+                                                       error);
+            });
         });
     }
+    ///@}
 
     /// The same with a vector as output, as long as the columns.
     std::vector<double> evaluate(int equation, std::initializer_list<Column> columns)
     {
-        std::vector<double> output(columns.size() == 0 ? 1 : columns.begin()->size);
-        evaluate(equation, std::span(columns.begin(), columns.size()), output);
-        return output;
+        return try_evaluate(equation, columns).value();
+    }
+
+    /// The same, telling of failures by its result; what functions of yours throw is thrown on.
+    Result<std::vector<double>> try_evaluate(int equation, std::initializer_list<Column> columns)
+    {
+        return detail::within_memory("Equations::evaluate", [&]() -> Result<std::vector<double>> {
+            std::vector<double> output(columns.size() == 0 ? 1 : columns.begin()->size);
+            const Result<void> done = try_evaluate(equation, std::span(columns.begin(), columns.size()), output);
+            return with(output, done);
+        });
     }
 
     /// Runs all equations in order.
-    void evaluate_all()
+    void evaluate_all() { try_evaluate_all().value(); }
+
+    /// The same, telling of failures by its result; what functions of yours throw is thrown on.
+    Result<void> try_evaluate_all()
     {
-        run("Equations::evaluate_all",
-            [&](korvale_error* error) { return korvale_equations_pass(equations_.get(), error); });
+        return run("Equations::evaluate_all",
+                   [&](korvale_error* error) { return korvale_equations_pass(equations_.get(), error); });
     }
 
     /// Runs all equations in order once for every row; `results` take the values of their variables after each pass.
     void evaluate_all(std::span<const Column> columns, std::span<const ResultColumn> results)
     {
+        try_evaluate_all(columns, results).value();
+    }
+
+    /// The same, telling of failures by its result; what functions of yours throw is thrown on.
+    Result<void> try_evaluate_all(std::span<const Column> columns, std::span<const ResultColumn> results)
+    {
         constexpr const char* kFunction = "Equations::evaluate_all";
-        const detail::PlainColumns<korvale_column> read(kFunction, columns);
-        const detail::PlainColumns<korvale_column_out> write(kFunction, results);
-        run(kFunction, [&](korvale_error* error) {
-            return korvale_equations_pass_rows(equations_.get(), read.data(), read.size(), write.data(), write.size(),
-                                               error);
+        return detail::within_memory(kFunction, [&]() -> Result<void> {
+            for (const ResultColumn& column : results)
+                if (std::optional<Failure> failure = detail::refuse_places(
+                        kFunction, "column \"" + std::string(column.name) + "\"", column.size, column.stride))
+                    return *std::move(failure);
+            const detail::PlainColumns<korvale_column> read(columns);
+            const detail::PlainColumns<korvale_column_out> write(results);
+            return run(kFunction, [&](korvale_error* error) {
+                return korvale_equations_pass_rows(equations_.get(), read.data(), read.size(), write.data(),
+                                                   write.size(), error);
+            });
         });
     }
 
@@ -364,10 +428,13 @@ public:
     bool ran_in_blocks() const { return korvale_equations_ran_in_blocks(equations_.get()) != 0; }
 
     /// Replaces functions of constants in all equations by their values.
-    void simplify()
+    void simplify() { try_simplify().value(); }
+
+    /// The same, telling of failures by its result.
+    Result<void> try_simplify()
     {
-        run("Equations::simplify",
-            [&](korvale_error* error) { return korvale_equations_simplify(equations_.get(), error); });
+        return run("Equations::simplify",
+                   [&](korvale_error* error) { return korvale_equations_simplify(equations_.get(), error); });
     }
 
     /// Adds a function for the equations added from now on. `name` is up to 12 letters that stand for nothing yet. Give
@@ -390,10 +457,17 @@ public:
     template <class F>
     void function(std::string_view name, F callable)
     {
+        try_function(name, std::move(callable)).value();
+    }
+
+    /// The same, telling of failures by its result.
+    template <class F>
+    Result<void> try_function(std::string_view name, F callable)
+    {
         using Host = detail::HostFunction<F>;
         constexpr int kArguments = detail::arguments_of<F>;
         static_assert(kArguments >= 0, "a callable of no, one or two doubles that returns a double");
-        call("Equations::function", [&](korvale_error* error) {
+        return call("Equations::function", [&](korvale_error* error) {
             const std::string text = detail::plain_text(name);
             return korvale_equations_function(equations_.get(), text.c_str(), kArguments, &Host::call,
                                               Host::user_of(std::move(callable)), &Host::release, error);
@@ -402,10 +476,13 @@ public:
 
     /// Gives RAND and GAUSS of this system a random generator of its own, or seeds it anew: they repeat whatever else
     /// draws, in any thread, and are what the generator of the process gives after `EqSeed`.
-    void seed(std::uint32_t seed)
+    void seed(std::uint32_t seed) { try_seed(seed).value(); }
+
+    /// The same, telling of failures by its result.
+    Result<void> try_seed(std::uint32_t seed)
     {
-        call("Equations::seed",
-             [&](korvale_error* error) { return korvale_equations_seed(equations_.get(), seed, error); });
+        return call("Equations::seed",
+                    [&](korvale_error* error) { return korvale_equations_seed(equations_.get(), seed, error); });
     }
 
     /// The seed that goes on from here, where the system has a generator of its own.
@@ -419,9 +496,12 @@ public:
     /// Replaces a function without arguments, such as RAND, by a table of `rows` rows of its values, so that noise
     /// stays the same from pass to pass and moves smoothly with `set_table_position`. Call it after the equations that
     /// name the function: each place that does has a column of its own.
-    void make_table(std::string_view name, int rows)
+    void make_table(std::string_view name, int rows) { try_make_table(name, rows).value(); }
+
+    /// The same, telling of failures by its result; what the function throws is thrown on.
+    Result<void> try_make_table(std::string_view name, int rows)
     {
-        run("Equations::make_table", [&](korvale_error* error) {
+        return run("Equations::make_table", [&](korvale_error* error) {
             return korvale_equations_make_table(equations_.get(), detail::plain_text(name).c_str(), rows, error);
         });
     }
@@ -441,22 +521,32 @@ private:
         void operator()(korvale_equations* equations) const { korvale_equations_free(equations); }
     };
 
+    explicit Equations(korvale_equations* made) noexcept : equations_(made) {}
+
+    /// A call, which may make texts.
     template <class Call>
-    static void call(const char* function, Call work)
+    static Result<void> call(const char* function, Call work)
     {
-        korvale_error error;
-        detail::check(function, work(&error), error);
+        return detail::within_memory(function, [&]() -> Result<void> { return detail::done(function, work); });
     }
 
-    /// A call that may run functions of the host.
+    /// A call that may run functions of the host; what they throw is thrown on.
     template <class Call>
-    void run(const char* function, Call work)
+    Result<void> run(const char* function, Call work)
     {
         detail::Evaluation evaluation(equations_.get());
-        korvale_error error;
-        const korvale_status status = work(&error);
+        Result<void> done = call(function, work);
         evaluation.rethrow();
-        detail::check(function, status, error);
+        return done;
+    }
+
+    /// A value once all is done.
+    template <class T>
+    static Result<T> with(T& value, const Result<void>& done)
+    {
+        if (!done)
+            return done.error();
+        return std::move(value);
     }
 
     std::unique_ptr<korvale_equations, Free> equations_;

@@ -14,7 +14,21 @@ struct FlattenOptions {
 struct Flattening {
     Transform to_plane;   ///< into z = 0
     Transform from_plane; ///< and back
+
+    /// The same two transforms.
+    friend bool operator==(const Flattening&, const Flattening&) = default;
 };
+
+/// `flatten`, telling of failures by its result.
+inline Result<Flattening> try_flatten(AnyPoints path, const FlattenOptions& options = {})
+{
+    const korvale_points points = detail::view_of(path);
+    const korvale_flatten_options how = {sizeof how, !options.closed, options.by_extremes, 0};
+    Flattening way;
+    return detail::given("flatten", way, [&](korvale_error* error) {
+        return korvale_flatten(&points, &how, &way.to_plane.m[0][0], &way.from_plane.m[0][0], error);
+    });
+}
 
 /// The transforms that lay a planar outline into the plane z = 0, running counter-clockwise there, and carry it back.
 ///
@@ -31,13 +45,30 @@ struct Flattening {
 /// Throws `Error` without points, for numbers that are not finite, and, by extremes, where all points lie on one line.
 inline Flattening flatten(AnyPoints path, const FlattenOptions& options = {})
 {
+    return try_flatten(path.view(), options).value();
+}
+
+/// `frames`, telling of failures by its result.
+inline Result<void> try_frames(AnyPoints path, std::span<Transform> output, bool closed = false)
+{
     const korvale_points points = detail::view_of(path);
-    const korvale_flatten_options how = {sizeof how, !options.closed, options.by_extremes, 0};
-    Flattening way;
-    korvale_error error;
-    detail::check("flatten", korvale_flatten(&points, &how, &way.to_plane.m[0][0], &way.from_plane.m[0][0], &error),
-                  error);
-    return way;
+    if (path.size() >= 2 && output.size() != path.size())
+        return Failure("frames", "output", "have " + detail::counted(path.size(), "frame"),
+                       "it has " + detail::text_of(output.size()));
+    double* const numbers = output.empty() ? nullptr : &output[0].m[0][0];
+    return detail::done("frames",
+                        [&](korvale_error* error) { return korvale_frames(&points, closed, numbers, error); });
+}
+
+/// `frames`, telling of failures by its result.
+inline Result<std::vector<Transform>> try_frames(AnyPoints path, bool closed = false)
+{
+    return detail::within_memory("frames", [&]() -> Result<std::vector<Transform>> {
+        std::vector<Transform> output(path.size());
+        if (Result<void> done = try_frames(path.view(), output, closed); !done)
+            return done.error();
+        return output;
+    });
 }
 
 /// Writes one frame for every point of a polyline to `output`, which has as many.
@@ -50,13 +81,7 @@ inline Flattening flatten(AnyPoints path, const FlattenOptions& options = {})
 /// an open path that runs once around, from the last point over all points to the first.
 inline void frames(AnyPoints path, std::span<Transform> output, bool closed = false)
 {
-    const korvale_points points = detail::view_of(path);
-    korvale_error error;
-    if (path.size() >= 2 && output.size() != path.size())
-        throw Error("frames", "output", "have " + detail::counted(path.size(), "frame"),
-                    "it has " + detail::text_of(output.size()));
-    double* const numbers = output.empty() ? nullptr : &output[0].m[0][0];
-    detail::check("frames", korvale_frames(&points, closed, numbers, &error), error);
+    try_frames(path.view(), output, closed).value();
 }
 
 /// One frame for every point of a polyline.
@@ -67,9 +92,7 @@ inline void frames(AnyPoints path, std::span<Transform> output, bool closed = fa
 /// ```
 inline std::vector<Transform> frames(AnyPoints path, bool closed = false)
 {
-    std::vector<Transform> output(path.size());
-    frames(path.view(), output, closed);
-    return output;
+    return try_frames(path.view(), closed).value();
 }
 
 } // namespace korvale

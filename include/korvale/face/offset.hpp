@@ -19,6 +19,12 @@ struct Offset {
     Array<std::int32_t> merged_into; ///< [n] the vertex that each one merged into, itself while it stayed
     bool collapsed = false; ///< nothing is left: fewer than three vertices, all within 1.2e-06 of one line, or, where
                             ///< `split` is off, the outline has turned inside out
+
+    /// The same in memory of its own.
+    Offset clone() const { return {points.clone(), removed.clone(), merged_into.clone(), collapsed}; }
+
+    /// The same border, and the same said of its vertices.
+    friend bool operator==(const Offset&, const Offset&) = default;
 };
 
 namespace detail {
@@ -28,12 +34,12 @@ inline korvale_offset_options options_of(const OffsetOptions& options)
     return {sizeof(korvale_offset_options), options.keep_vertices, options.split, 0, options.height};
 }
 
-/// Throws for `offset`; `one_outline` goes by its own name.
-inline void check_offset(korvale_status status, const korvale_error& error, bool one_outline)
+/// The failure of `offset`; `one_outline` goes by its own name.
+inline Failure failure_of_offset(korvale_status status, const korvale_error& error, bool one_outline) noexcept
 {
     if (status == KORVALE_BAD_ARGUMENT && one_outline && std::string_view(error.argument) == "outline 0")
-        throw Error("offset", "outline", error.wanted, error.given);
-    check("offset", status, error);
+        return Failure("offset", "outline", error.wanted, error.given);
+    return Failure("offset", status, error);
 }
 
 } // namespace detail
@@ -47,22 +53,31 @@ inline void check_offset(korvale_status status, const korvale_error& error, bool
 /// ```
 class Offsetter {
 public:
-    Offsetter()
+    Offsetter() : Offsetter(try_make().value()) {}
+
+    /// One, telling of failures by its result.
+    static Result<Offsetter> try_make()
     {
         korvale_offsetter* made;
         korvale_error error;
-        const korvale_status status = korvale_offsetter_new(&made, &error);
-        detail::check("offset", status, error);
-        offsetter_.reset(made);
+        if (const korvale_status status = korvale_offsetter_new(&made, &error); status != KORVALE_OK)
+            return Failure("offset", status, error);
+        return Offsetter(made);
     }
 
     /// Offsets one outline; see `offset`. What the accessors show is valid until the next call. They show no points and
     /// no vertices before the first one, after `take` and `shape`, and when the heap was exhausted.
     Offsetter& operator()(AnyPoints outline, double distance, const OffsetOptions& options = {}) KORVALE_LIFETIMEBOUND
     {
-        const korvale_points points = detail::view_of(outline);
-        run({&points, 1}, distance, options, true);
+        try_offset(outline.view(), distance, options).value();
         return *this;
+    }
+
+    /// The same, telling of failures by its result.
+    Result<void> try_offset(AnyPoints outline, double distance, const OffsetOptions& options = {})
+    {
+        const korvale_points points = detail::view_of(outline);
+        return run({&points, 1}, distance, options, true);
     }
 
     /// The border of the latest outline.
@@ -96,15 +111,24 @@ public:
     /// Offsets an outer outline and its holes; see `offset`. The results are handed over, so the accessors show none.
     std::vector<Offset> shape(AnyShape outlines, double distance, const OffsetOptions& options = {})
     {
-        std::vector<korvale_points> points;
-        for (const PointView outline : outlines.view())
-            points.push_back(detail::view_of(outline));
-        run(points, distance, options, false);
-        border_ = {};
-        std::vector<Offset> borders;
-        for (std::size_t k = 0; k < points.size(); ++k)
-            borders.push_back(taken(static_cast<std::int64_t>(k)));
-        return borders;
+        return try_shape(outlines.view(), distance, options).value();
+    }
+
+    /// The same, telling of failures by its result.
+    Result<std::vector<Offset>> try_shape(AnyShape outlines, double distance, const OffsetOptions& options = {})
+    {
+        return detail::within_memory("offset", [&]() -> Result<std::vector<Offset>> {
+            std::vector<korvale_points> points;
+            for (const PointView outline : outlines)
+                points.push_back(detail::view_of(outline));
+            if (Result<void> done = run(points, distance, options, false); !done)
+                return done.error();
+            border_ = {};
+            std::vector<Offset> borders;
+            for (std::size_t k = 0; k < points.size(); ++k)
+                borders.push_back(taken(static_cast<std::int64_t>(k)));
+            return borders;
+        });
     }
 
 private:
@@ -112,14 +136,19 @@ private:
         void operator()(korvale_offsetter* offsetter) const noexcept { korvale_offsetter_free(offsetter); }
     };
 
-    void run(std::span<const korvale_points> outlines, double distance, const OffsetOptions& options, bool one_outline)
+    explicit Offsetter(korvale_offsetter* made) noexcept : offsetter_(made) {}
+
+    Result<void> run(std::span<const korvale_points> outlines, double distance, const OffsetOptions& options,
+                     bool one_outline)
     {
         const korvale_offset_options how = detail::options_of(options);
         korvale_error error;
         const korvale_status status = korvale_offsetter_run(
             offsetter_.get(), outlines.data(), static_cast<std::int64_t>(outlines.size()), distance, &how, &error);
         border_ = korvale_offsetter_border(offsetter_.get(), 0);
-        detail::check_offset(status, error, one_outline);
+        if (status != KORVALE_OK)
+            return detail::failure_of_offset(status, error, one_outline);
+        return {};
     }
 
     Offset taken(std::int64_t k)
@@ -135,6 +164,27 @@ private:
     std::unique_ptr<korvale_offsetter, Free> offsetter_;
     korvale_border border_ = {}; // of the latest outline
 };
+
+/// `offset`, telling of failures by its result.
+inline Result<Offset> try_offset(AnyPoints outline, double distance, const OffsetOptions& options = {})
+{
+    return detail::within_memory("offset", [&]() -> Result<Offset> {
+        Offset border;
+        border.points = Points(outline.size());
+        border.removed = Array<std::uint8_t>(outline.size());
+        border.merged_into = Array<std::int32_t>(outline.size());
+        korvale_border to = {
+            border.points.coordinates().data(), border.removed.data(), border.merged_into.data(), 0, 0, 0, 0};
+        const korvale_points points = detail::view_of(outline);
+        const korvale_offset_options how = detail::options_of(options);
+        korvale_error error;
+        if (const korvale_status status = korvale_offset(&points, distance, &how, &to, &error); status != KORVALE_OK)
+            return Failure("offset", status, error);
+        border.points = Points(border.points.release(), static_cast<std::size_t>(to.count));
+        border.collapsed = to.collapsed != 0;
+        return border;
+    });
+}
 
 /// The border of a closed, planar outline: every edge moved sideways by `distance` in the outline's own plane, outwards
 /// where it is positive, with corners kept sharp.
@@ -153,19 +203,16 @@ private:
 /// Throws `Error` for fewer than three points and for numbers that are not finite.
 inline Offset offset(AnyPoints outline, double distance, const OffsetOptions& options = {})
 {
-    Offset border;
-    border.points = Points(outline.size());
-    border.removed = Array<std::uint8_t>(outline.size());
-    border.merged_into = Array<std::int32_t>(outline.size());
-    korvale_border to = {
-        border.points.coordinates().data(), border.removed.data(), border.merged_into.data(), 0, 0, 0, 0};
-    const korvale_points points = detail::view_of(outline);
-    const korvale_offset_options how = detail::options_of(options);
-    korvale_error error;
-    detail::check("offset", korvale_offset(&points, distance, &how, &to, &error), error);
-    border.points = Points(border.points.release(), static_cast<std::size_t>(to.count));
-    border.collapsed = to.collapsed != 0;
-    return border;
+    return try_offset(outline.view(), distance, options).value();
+}
+
+/// `offset`, telling of failures by its result.
+inline Result<std::vector<Offset>> try_offset(AnyShape outlines, double distance, const OffsetOptions& options = {})
+{
+    Result<Offsetter> offsetter = Offsetter::try_make();
+    if (!offsetter)
+        return offsetter.error();
+    return offsetter->try_shape(outlines.view(), distance, options);
 }
 
 /// The borders of an outer outline and its holes, in their order. A positive distance grows the outer outline and
@@ -180,7 +227,7 @@ inline Offset offset(AnyPoints outline, double distance, const OffsetOptions& op
 /// ```
 inline std::vector<Offset> offset(AnyShape outlines, double distance, const OffsetOptions& options = {})
 {
-    return Offsetter().shape(outlines.view(), distance, options);
+    return try_offset(outlines.view(), distance, options).value();
 }
 
 } // namespace korvale

@@ -12,6 +12,7 @@
 #include <string>
 #include <utility>
 
+#include "result.hpp"
 #include "views.hpp"
 
 namespace korvale {
@@ -210,24 +211,6 @@ struct RecordBehind;
 template <class Handle>
 using Record = typename RecordBehind<Handle>::type;
 
-/// Throws what a call of the C interface tells, in the name of a function of this one.
-inline void check(const char* function, korvale_status status, const korvale_error& error)
-{
-    if (status == KORVALE_OK)
-        return;
-    if (status == KORVALE_NO_MEMORY)
-        throw std::bad_alloc();
-    throw Error(function, error.argument, error.wanted, error.given);
-}
-
-/// Calls a function of the C interface, which takes an error record last, in the name of one of this.
-template <class Call>
-void call(const char* function, Call call)
-{
-    korvale_error error;
-    check(function, call(&error), error);
-}
-
 /// A view as the C interface takes it.
 ///@{
 inline korvale_points view_of(PointView points)
@@ -279,19 +262,29 @@ inline std::string text_of_point(const Point& p)
     return "(" + text_of(p[0]) + ", " + text_of(p[1]) + ", " + text_of(p[2]) + ")";
 }
 
+/// Refuses more elements than fit the library's arrays of `width` numbers.
+inline std::optional<Failure> refuse_count(const char* function, const char* argument, std::size_t count,
+                                           std::size_t width)
+{
+    const std::size_t most = std::size_t{std::numeric_limits<std::int32_t>::max()} / width;
+    if (count <= most)
+        return {};
+    return Failure(function, argument, "have at most " + text_of(most) + " elements", "it has " + text_of(count));
+}
+
 /// A value to be used as a size of the library's arrays of `width` numbers.
 inline std::int32_t count_for(const char* function, const char* argument, std::size_t count, std::size_t width)
 {
     const std::size_t most = std::size_t{std::numeric_limits<std::int32_t>::max()} / width;
     if (count > most)
-        throw Error(function, argument, "have at most " + text_of(most) + " elements", "it has " + text_of(count));
+        raise(Error(function, argument, "have at most " + text_of(most) + " elements", "it has " + text_of(count)));
     return static_cast<std::int32_t>(count);
 }
 
 inline void require_finite(const char* function, const char* argument, double value)
 {
     if (!is_finite(value))
-        throw Error(function, argument, "be finite", "it is " + text_of(value));
+        raise(Error(function, argument, "be finite", "it is " + text_of(value)));
 }
 
 inline void require_finite(const char* function, const char* argument, PointView points)
@@ -299,14 +292,15 @@ inline void require_finite(const char* function, const char* argument, PointView
     for (std::size_t i = 0; i < points.size(); ++i)
         for (const double v : points[i])
             if (!is_finite(v))
-                throw Error(function, argument, "be finite",
-                            "its point " + text_of(i) + " is " + text_of_point(points[i]));
+                raise(Error(function, argument, "be finite",
+                            "its point " + text_of(i) + " is " + text_of_point(points[i])));
 }
 
 inline void require_points(const char* function, const char* argument, PointView points, std::size_t least)
 {
     if (points.size() < least)
-        throw Error(function, argument, "have at least " + counted(least, "point"), "it has " + text_of(points.size()));
+        raise(
+            Error(function, argument, "have at least " + counted(least, "point"), "it has " + text_of(points.size())));
     count_for(function, argument, points.size(), 3);
     require_finite(function, argument, points);
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <exception>
-#include <functional>
 #include <optional>
 
+#include "progress.hpp"
 #include "scatter.hpp"
 
 namespace korvale {
@@ -37,9 +36,6 @@ struct RayColumns {
     PointSpan weights = {};                 ///< of the corners of the nearest triangle, zeros where there is none
 };
 
-/// Told now and then what of long work is done, from 0 to 1; false stops it.
-using Progress = std::function<bool(double done)>;
-
 /// Triangles for rays: those met are those of a grid of cells.
 ///
 /// ```
@@ -57,7 +53,7 @@ class RayGrid {
 public:
     /// Triangles given by their corners, which are copied. Without a `size`, one that suits them is chosen.
     explicit RayGrid(AnyCorners triangles, std::optional<GridSize> size = {}, const Progress& progress = {})
-        : RayGrid({detail::view_of(triangles.view().corners()), {}}, false, size, progress)
+        : RayGrid(try_make(triangles.view(), size, progress).value())
     {
     }
 
@@ -65,13 +61,13 @@ public:
     ///@{
     template <std::convertible_to<AnyTriangles> Triangles>
     RayGrid(AnyPoints vertices, Triangles&& triangles, std::optional<GridSize> size = {}, const Progress& progress = {})
-        : RayGrid(detail::triangles_of(vertices, triangles), false, size, progress)
+        : RayGrid(make(detail::triangles_of(vertices, triangles), false, size, progress).value())
     {
     }
     template <std::size_t n>
     requires(n > 1) RayGrid(AnyPoints vertices, const Triangle (&triangles)[n], std::optional<GridSize> size = {},
                             const Progress& progress = {})
-        : RayGrid(detail::triangles_of(vertices, triangles), false, size, progress)
+        : RayGrid(make(detail::triangles_of(vertices, triangles), false, size, progress).value())
     {
     }
     ///@}
@@ -80,19 +76,41 @@ public:
     /// `face` tells which face a triangle is of.
     RayGrid(AnyPoints vertices, AnyIndices face_sizes, AnyIndices corners, std::optional<GridSize> size = {},
             const Progress& progress = {})
+        : RayGrid(make({detail::view_of(vertices), detail::view_of_sizes(face_sizes), corners.layout()}, size, progress)
+                      .value())
     {
-        const korvale_faces faces = {detail::view_of(vertices), detail::view_of_sizes(face_sizes), corners.layout()};
-        make(false, size, progress,
-             [&](const korvale_grid_options* options, korvale_grid** made, korvale_error* error) {
-                 return korvale_grid_of_faces(&faces, options, made, error);
-             });
     }
 
-    /// A grid over triangles that stay the caller's: they are read by every query, may move, and must outlive the grid.
-    static RayGrid over(TriangleView triangles, std::optional<GridSize> size = {})
+    /// A grid over triangles that stay the caller's, packed doubles: they are read by every query, may move, and must
+    /// outlive the grid.
+    static RayGrid over(TriangleView triangles KORVALE_LIFETIMEBOUND, std::optional<GridSize> size = {})
     {
-        return RayGrid({detail::view_of(triangles.corners()), {}}, true, size, {});
+        return try_over(triangles, size).value();
     }
+
+    /// The same four, telling of failures by their result: of KORVALE_STOPPED where `progress` has stopped the work.
+    ///@{
+    static Result<RayGrid> try_make(AnyCorners triangles, std::optional<GridSize> size = {},
+                                    const Progress& progress = {})
+    {
+        return make({detail::view_of(triangles.view().corners()), {}}, false, size, progress);
+    }
+    template <std::convertible_to<AnyTriangles> Triangles>
+    static Result<RayGrid> try_make(AnyPoints vertices, Triangles&& triangles, std::optional<GridSize> size = {},
+                                    const Progress& progress = {})
+    {
+        return make(detail::triangles_of(vertices, triangles), false, size, progress);
+    }
+    static Result<RayGrid> try_make(AnyPoints vertices, AnyIndices face_sizes, AnyIndices corners,
+                                    std::optional<GridSize> size = {}, const Progress& progress = {})
+    {
+        return make({detail::view_of(vertices), detail::view_of_sizes(face_sizes), corners.layout()}, size, progress);
+    }
+    static Result<RayGrid> try_over(TriangleView triangles KORVALE_LIFETIMEBOUND, std::optional<GridSize> size = {})
+    {
+        return make({detail::view_of(triangles.corners()), {}}, true, size, {});
+    }
+    ///@}
 
     /// Moves; what is left behind may only be destroyed or assigned to.
     ///@{
@@ -121,12 +139,15 @@ public:
     ///@}
 
     /// The face that a triangle is of; its own number where the grid was made of triangles.
-    std::int32_t face(std::int32_t triangle) const
+    std::int32_t face(std::int32_t triangle) const { return try_face(triangle).value(); }
+
+    /// The same, telling of failures by its result.
+    Result<std::int32_t> try_face(std::int32_t triangle) const
     {
         const std::int32_t face = korvale_grid_face(handle_.get(), triangle);
         if (face < 0)
-            throw Error("RayGrid::face", "triangle", "be one of the grid's " + detail::text_of(size()),
-                        "it is " + detail::text_of(triangle));
+            return Failure("RayGrid::face", "triangle", "be one of the grid's " + detail::text_of(size()),
+                           "it is " + detail::text_of(triangle));
         return face;
     }
 
@@ -163,19 +184,29 @@ public:
     /// All triangles on the ray, nearest first; those at one distance by their numbers.
     std::vector<RayHit> hits(const Point& origin, const Point& direction) const
     {
-        std::vector<korvale_hit> met(8);
-        std::int64_t n = 0;
-        do {
-            met.resize(std::max(met.size(), static_cast<std::size_t>(n)));
-            detail::call("RayGrid::hits", [&](korvale_error* error) {
-                return korvale_grid_hits(handle_.get(), origin.data(), direction.data(), met.data(),
-                                         static_cast<std::int64_t>(met.size()), &n, error);
-            });
-        } while (static_cast<std::size_t>(n) > met.size());
-        std::vector<RayHit> hits;
-        for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i)
-            hits.push_back(hit_of(met[i]));
-        return hits;
+        return try_hits(origin, direction).value();
+    }
+
+    /// The same, telling of failures by its result.
+    Result<std::vector<RayHit>> try_hits(const Point& origin, const Point& direction) const
+    {
+        return detail::within_memory("RayGrid::hits", [&]() -> Result<std::vector<RayHit>> {
+            std::vector<korvale_hit> met(8);
+            std::int64_t n = 0;
+            do {
+                met.resize(std::max(met.size(), static_cast<std::size_t>(n)));
+                const Result<void> done = detail::done("RayGrid::hits", [&](korvale_error* error) {
+                    return korvale_grid_hits(handle_.get(), origin.data(), direction.data(), met.data(),
+                                             static_cast<std::int64_t>(met.size()), &n, error);
+                });
+                if (!done)
+                    return done.error();
+            } while (static_cast<std::size_t>(n) > met.size());
+            std::vector<RayHit> hits;
+            for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i)
+                hits.push_back(hit_of(met[i]));
+            return hits;
+        });
     }
 
     /// Casts many rays: `origins` and `directions` have as many points, or one of them a single point for all. Returns
@@ -188,18 +219,37 @@ public:
     /// ```
     bool cast(AnyPoints origins, AnyPoints directions, const RayColumns& columns, const Progress& progress = {}) const
     {
+        const Result<void> done = try_cast(origins.view(), directions.view(), columns, progress);
+        if (!done && done.error().status() == KORVALE_STOPPED)
+            return false;
+        done.value();
+        return true;
+    }
+
+    /// The same, telling of failures by its result: of KORVALE_STOPPED where `progress` has stopped it. What `progress`
+    /// throws is thrown on.
+    Result<void> try_cast(AnyPoints origins, AnyPoints directions, const RayColumns& columns,
+                          const Progress& progress = {}) const
+    {
         const std::size_t n = origins.size() == 1 ? directions.size() : origins.size();
         if (directions.size() != n && directions.size() != 1)
-            throw Error("RayGrid::cast", "directions", "be 1 or as many as the " + detail::text_of(n) + " origins",
-                        "there are " + detail::text_of(directions.size()));
-        require_rows("columns.distances", columns.distances.size(), n);
-        require_rows("columns.triangles", columns.triangles.size(), n);
-        require_rows("columns.counts", columns.counts.size(), n);
-        require_rows("columns.weights", columns.weights.size(), n);
+            return Failure("RayGrid::cast", "directions", "be 1 or as many as the " + detail::text_of(n) + " origins",
+                           "there are " + detail::text_of(directions.size()));
+        const std::pair<const char*, std::size_t> lengths[] = {{"columns.distances", columns.distances.size()},
+                                                               {"columns.triangles", columns.triangles.size()},
+                                                               {"columns.counts", columns.counts.size()},
+                                                               {"columns.weights", columns.weights.size()}};
+        for (const auto& [name, length] : lengths)
+            if (length != 0 && length != n)
+                return Failure("RayGrid::cast", name, "be empty or have " + detail::text_of(n) + " values",
+                               "it has " + detail::text_of(length));
+        if (!columns.weights.is_packed())
+            return Failure("RayGrid::cast", "columns.weights", "be packed doubles, three a ray",
+                           "it is laid out otherwise");
         const korvale_points from = detail::view_of(origins), along = detail::view_of(directions);
         const korvale_ray_columns to = {data_of(columns.distances), data_of(columns.triangles), data_of(columns.counts),
                                         columns.weights.empty() ? nullptr : columns.weights.data()};
-        return work("RayGrid::cast", progress, [&](korvale_progress told, void* user, korvale_error* error) {
+        return detail::done("RayGrid::cast", progress, [&](korvale_progress told, void* user, korvale_error* error) {
             return korvale_grid_cast(handle_.get(), &from, &along, &to, told, user, error);
         });
     }
@@ -207,14 +257,28 @@ public:
     /// Whether each point lies inside the closed meshes that the triangles make: a ray from it meets an odd number of
     /// them. Of rays that come within 1e-09 of an edge, as a weight of a corner, up to four others are tried; the last
     /// is taken as it is. Points on the surface come out either way.
-    std::vector<bool> contains(AnyPoints points) const
+    ///
+    /// Throws `Error` where `progress` has stopped it.
+    std::vector<bool> contains(AnyPoints points, const Progress& progress = {}) const
     {
-        const korvale_points at = detail::view_of(points);
-        std::vector<std::uint8_t> inside(points.size() + 1);
-        detail::call("RayGrid::contains", [&](korvale_error* error) {
-            return korvale_grid_contains(handle_.get(), &at, inside.data(), nullptr, nullptr, error);
+        return try_contains(points.view(), progress).value();
+    }
+
+    /// The same, telling of failures by its result: of KORVALE_STOPPED where `progress` has stopped it. What `progress`
+    /// throws is thrown on.
+    Result<std::vector<bool>> try_contains(AnyPoints points, const Progress& progress = {}) const
+    {
+        return detail::within_memory("RayGrid::contains", [&]() -> Result<std::vector<bool>> {
+            const korvale_points at = detail::view_of(points);
+            std::vector<std::uint8_t> inside(points.size() + 1);
+            const Result<void> done = detail::done(
+                "RayGrid::contains", progress, [&](korvale_progress told, void* user, korvale_error* error) {
+                    return korvale_grid_contains(handle_.get(), &at, inside.data(), told, user, error);
+                });
+            if (!done)
+                return done.error();
+            return std::vector<bool>(inside.begin(), inside.end() - 1);
         });
-        return {inside.begin(), inside.end() - 1};
     }
 
     /// A record of the triangles in the cells: of a grid `over` triangles its own, of another one that it does not use,
@@ -224,7 +288,7 @@ public:
     {
         void* const record = korvale_grid_record(handle_.get());
         if (record == nullptr)
-            throw std::bad_alloc();
+            detail::raise(std::bad_alloc());
         return *static_cast<detail::Record<Grid>*>(record);
     }
 
@@ -233,66 +297,46 @@ private:
         void operator()(korvale_grid* grid) const noexcept { korvale_grid_free(grid); }
     };
 
-    /// A function of the caller behind a plain pointer: what it throws is kept until the work has ended.
-    struct Told {
-        const Progress& progress;
-        std::exception_ptr thrown;
+    explicit RayGrid(korvale_grid* made) noexcept : handle_(made) {}
 
-        static std::int32_t tell(double done, void* user)
-        {
-            auto& self = *static_cast<Told*>(user);
-            try {
-                return self.progress(done) ? 1 : 0;
-            } catch (...) {
-                self.thrown = std::current_exception();
-                return 0;
-            }
-        }
-    };
-
-    RayGrid(const korvale_triangles& triangles, bool borrow, std::optional<GridSize> size, const Progress& progress)
+    static Result<RayGrid> make(const korvale_triangles& triangles, bool borrow, std::optional<GridSize> size,
+                                const Progress& progress)
     {
-        make(borrow, size, progress,
-             [&](const korvale_grid_options* options, korvale_grid** made, korvale_error* error) {
-                 return korvale_grid_new(&triangles, options, made, error);
-             });
+        return make_by(borrow, size, progress,
+                       [&](const korvale_grid_options* options, korvale_grid** made, korvale_error* error) {
+                           return korvale_grid_new(&triangles, options, made, error);
+                       });
     }
 
-    /// Runs work that tells of its progress. False where that has stopped it.
-    template <class Work>
-    static bool work(const char* function, const Progress& progress, Work work)
+    static Result<RayGrid> make(const korvale_faces& faces, std::optional<GridSize> size, const Progress& progress)
     {
-        Told told = {progress, {}};
-        korvale_error error;
-        const korvale_status status = work(progress ? &Told::tell : nullptr, &told, &error);
-        if (told.thrown)
-            std::rethrow_exception(told.thrown);
-        if (status == KORVALE_STOPPED)
-            return false;
-        detail::check(function, status, error);
-        return true;
+        return make_by(false, size, progress,
+                       [&](const korvale_grid_options* options, korvale_grid** made, korvale_error* error) {
+                           return korvale_grid_of_faces(&faces, options, made, error);
+                       });
     }
 
     template <class Make>
-    void make(bool borrow, std::optional<GridSize> size, const Progress& progress, Make make)
+    static Result<RayGrid> make_by(bool borrow, std::optional<GridSize> size, const Progress& progress, Make make)
     {
         korvale_grid* made = nullptr;
-        const bool is_whole = work("RayGrid", progress, [&](korvale_progress told, void* user, korvale_error* error) {
-            korvale_grid_options options;
-            korvale_grid_defaults(&options, sizeof options);
-            options.borrow = borrow ? 1 : 0;
-            if (size) { // all 0 would be chosen
-                options.cells[0] = std::max(1, size->x);
-                options.cells[1] = std::max(1, size->y);
-                options.cells[2] = std::max(1, size->z);
-            }
-            options.progress = told;
-            options.user = user;
-            return make(&options, &made, error);
-        });
-        if (!is_whole)
-            throw Error("RayGrid", "progress", "go on", "it has stopped the work");
-        handle_.reset(made);
+        const Result<void> done =
+            detail::done("RayGrid", progress, [&](korvale_progress told, void* user, korvale_error* error) {
+                korvale_grid_options options;
+                korvale_grid_defaults(&options, sizeof options);
+                options.borrow = borrow ? 1 : 0;
+                if (size) { // all 0 would be chosen
+                    options.cells[0] = std::max(1, size->x);
+                    options.cells[1] = std::max(1, size->y);
+                    options.cells[2] = std::max(1, size->z);
+                }
+                options.progress = told;
+                options.user = user;
+                return make(&options, &made, error);
+            });
+        if (!done)
+            return done.error();
+        return RayGrid(made);
     }
 
     static RayHit hit_of(const korvale_hit& hit)
@@ -307,13 +351,6 @@ private:
     static T* data_of(std::span<T> column)
     {
         return column.empty() ? nullptr : column.data();
-    }
-
-    static void require_rows(const char* argument, std::size_t rows, std::size_t rays)
-    {
-        if (rows != 0 && rows != rays)
-            throw Error("RayGrid::cast", argument, "be empty or have " + detail::text_of(rays) + " values",
-                        "it has " + detail::text_of(rows));
     }
 
     std::unique_ptr<korvale_grid, Free> handle_;

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <functional>
+#include <stop_token>
 
 #include "scatter.hpp"
 
@@ -23,6 +24,8 @@ struct RunOptions {
 
     /// Called after every step with its number, from 1, and the energy; false stops the run.
     std::function<bool(int step, double energy)> progress = {};
+
+    std::stop_token stop = {}; ///< ends the run after the step at work, as `cancelled`
 };
 
 /// Why `Relaxer::run` stopped.
@@ -30,7 +33,7 @@ enum class Stop {
     steps,     ///< all steps are done
     energy,    ///< the energy wanted is reached
     stalled,   ///< a step no longer lowers the energy, or by less than `least_drop`
-    cancelled, ///< `progress` returned false
+    cancelled, ///< `progress` returned false, or `stop` was asked for
     no_force   ///< there is energy, but nothing that is free to move lowers it
 };
 
@@ -39,6 +42,9 @@ struct Relaxation {
     int steps;     ///< steps made
     double energy; ///< that is left
     Stop stop;     ///< why it ended
+
+    /// The same numbers and the same end.
+    friend bool operator==(const Relaxation&, const Relaxation&) = default;
 };
 
 /// A mesh that remembers its shape and brings deformed copies of its points back towards it.
@@ -59,21 +65,38 @@ class Relaxer {
 public:
     /// Triangles on shared vertices.
     Relaxer(AnyPoints vertices, AnyTriangles triangles)
-        : Relaxer({detail::view_of(vertices), {}, triangles.layout()}, nullptr)
+        : Relaxer(make({detail::view_of(vertices), {}, triangles.layout()}, nullptr).value())
     {
     }
 
     /// Faces of any number of corners, `corners` face after face.
     Relaxer(AnyPoints vertices, AnyIndices face_sizes, AnyIndices corners)
-        : Relaxer({detail::view_of(vertices), detail::view_of_sizes(face_sizes), corners.layout()}, nullptr)
+        : Relaxer(
+              make({detail::view_of(vertices), detail::view_of_sizes(face_sizes), corners.layout()}, nullptr).value())
     {
     }
 
     /// Edges alone, of which only lengths can be kept.
     static Relaxer of_edges(AnyPoints vertices, AnyEdges edges)
     {
-        return Relaxer({detail::view_of(vertices), {}, {}}, edges.size() == 0 ? nullptr : &edges.layout());
+        return make({detail::view_of(vertices), {}, {}}, edges.size() == 0 ? nullptr : &edges.layout()).value();
     }
+
+    /// The same three, telling of failures by their result.
+    ///@{
+    static Result<Relaxer> try_make(AnyPoints vertices, AnyTriangles triangles)
+    {
+        return make({detail::view_of(vertices), {}, triangles.layout()}, nullptr);
+    }
+    static Result<Relaxer> try_make(AnyPoints vertices, AnyIndices face_sizes, AnyIndices corners)
+    {
+        return make({detail::view_of(vertices), detail::view_of_sizes(face_sizes), corners.layout()}, nullptr);
+    }
+    static Result<Relaxer> try_of_edges(AnyPoints vertices, AnyEdges edges)
+    {
+        return make({detail::view_of(vertices), {}, {}}, edges.size() == 0 ? nullptr : &edges.layout());
+    }
+    ///@}
 
     /// Moves; what is left behind may only be destroyed or assigned to.
     ///@{
@@ -102,14 +125,26 @@ public:
     /// Keeps a measure of the mesh, as it is at the vertices, with a weight above 0.
     Relaxer& keep(Measure measure, double weight = 1.0)
     {
-        detail::call("Relaxer::keep", [&](korvale_error* error) {
-            return korvale_relaxer_keep(handle_.get(), static_cast<std::int32_t>(measure), weight, error);
-        });
+        try_keep(measure, weight).value();
         return *this;
     }
 
     /// The same by name: "lengths", "angles", "volume" or "area".
     Relaxer& keep(std::string_view measure, double weight = 1.0)
+    {
+        try_keep(measure, weight).value();
+        return *this;
+    }
+
+    /// The same two, telling of failures by their result.
+    ///@{
+    Result<void> try_keep(Measure measure, double weight = 1.0)
+    {
+        return detail::done("Relaxer::keep", [&](korvale_error* error) {
+            return korvale_relaxer_keep(handle_.get(), static_cast<std::int32_t>(measure), weight, error);
+        });
+    }
+    Result<void> try_keep(std::string_view measure, double weight = 1.0)
     {
         constexpr std::pair<std::string_view, Measure> kNames[] = {{"lengths", Measure::lengths},
                                                                    {"angles", Measure::angles},
@@ -117,80 +152,105 @@ public:
                                                                    {"area", Measure::area}};
         for (const auto& [name, value] : kNames)
             if (name == measure)
-                return keep(value, weight);
-        throw Error("Relaxer::keep", "measure", "be lengths, angles, volume or area",
-                    "it is \"" + std::string(measure) + "\"");
+                return try_keep(value, weight);
+        return Failure("Relaxer::keep", "measure", "be lengths, angles, volume or area",
+                       "it is \"" + std::string(measure) + "\"");
     }
+    ///@}
 
     /// Holds points where they are: one value per point, true for those that do not move. An empty mask frees all.
     template <std::ranges::input_range Mask>
     requires std::convertible_to < std::ranges::range_value_t<Mask>,
     bool > Relaxer& hold(const Mask& mask)
     {
-        std::vector<std::uint8_t> tags;
-        for (const auto& value : mask)
-            tags.push_back(static_cast<bool>(value) ? 1 : 0);
-        detail::call("Relaxer::hold", [&](korvale_error* error) {
-            return korvale_relaxer_hold(handle_.get(), tags.empty() ? nullptr : tags.data(),
-                                        static_cast<std::int64_t>(tags.size()), error);
-        });
+        try_hold(mask).value();
         return *this;
+    }
+
+    /// The same, telling of failures by its result.
+    template <std::ranges::input_range Mask>
+    requires std::convertible_to < std::ranges::range_value_t<Mask>,
+    bool > Result<void> try_hold(const Mask& mask)
+    {
+        return detail::within_memory("Relaxer::hold", [&]() -> Result<void> {
+            std::vector<std::uint8_t> tags;
+            for (const auto& value : mask)
+                tags.push_back(static_cast<bool>(value) ? 1 : 0);
+            return detail::done("Relaxer::hold", [&](korvale_error* error) {
+                return korvale_relaxer_hold(handle_.get(), tags.empty() ? nullptr : tags.data(),
+                                            static_cast<std::int64_t>(tags.size()), error);
+            });
+        });
     }
 
     /// Moves points towards the shape, in place, by exactly `steps` steps of steepest descent, and returns the energy.
     ///
     /// Where there is energy but nothing free to move that lowers it, the points stay as they were before the call.
-    double step(PointSpan points, int steps = 1)
+    double step(PointSpan points, int steps = 1) { return try_step(points, steps).value(); }
+
+    /// The same, telling of failures by its result.
+    Result<double> try_step(PointSpan points, int steps = 1)
     {
         const korvale_points_out moving = detail::view_of_output(points);
         double energy = 0.0;
-        detail::call("Relaxer::step", [&](korvale_error* error) {
+        return detail::given("Relaxer::step", energy, [&](korvale_error* error) {
             return korvale_relaxer_step(handle_.get(), &moving, steps, &energy, error);
         });
-        return energy;
     }
 
     /// Moves points towards the shape, in place, step by step until one of the conditions holds. They end where the
     /// same number of `step`s takes them. What `progress` throws ends the run and leaves it; the steps made stay.
-    Relaxation run(PointSpan points, const RunOptions& options = {})
+    Relaxation run(PointSpan points, const RunOptions& options = {}) { return try_run(points, options).value(); }
+
+    /// The same, telling of failures by its result; what `progress` throws is thrown on.
+    Result<Relaxation> try_run(PointSpan points, const RunOptions& options = {})
     {
         const korvale_points_out moving = detail::view_of_output(points);
-        Progress progress = {options.progress, {}};
+        Told told = {options, {}};
         korvale_run_options limits;
         korvale_run_defaults(&limits, sizeof limits);
         limits.steps = options.steps;
         limits.energy = options.energy;
         limits.least_drop = options.least_drop;
-        limits.progress = options.progress ? &Progress::tell : nullptr;
-        limits.user = &progress;
+        limits.progress = options.progress || options.stop.stop_possible() ? &Told::tell : nullptr;
+        limits.user = &told;
         korvale_relaxation result = {};
-        detail::call("Relaxer::run", [&](korvale_error* error) {
+        const Result<void> done = detail::done("Relaxer::run", [&](korvale_error* error) {
             return korvale_relaxer_run(handle_.get(), &moving, &limits, &result, error);
         });
-        if (progress.thrown)
-            std::rethrow_exception(progress.thrown);
-        return {result.steps, result.energy, static_cast<Stop>(result.stop)};
+        if (told.thrown)
+            std::rethrow_exception(told.thrown);
+        if (!done)
+            return done.error();
+        return Relaxation{result.steps, result.energy, static_cast<Stop>(result.stop)};
     }
 
     /// The energy at some points, which are only read.
-    double energy(AnyPoints points)
+    double energy(AnyPoints points) { return try_energy(points.view()).value(); }
+
+    /// The same, telling of failures by its result.
+    Result<double> try_energy(AnyPoints points)
     {
         const korvale_points at = detail::view_of(points);
         double energy = 0.0;
-        detail::call("Relaxer::energy",
-                     [&](korvale_error* error) { return korvale_relaxer_energy(handle_.get(), &at, &energy, error); });
-        return energy;
+        return detail::given("Relaxer::energy", energy, [&](korvale_error* error) {
+            return korvale_relaxer_energy(handle_.get(), &at, &energy, error);
+        });
     }
 
     /// The force on every point, held ones included.
-    Points forces(AnyPoints points)
+    Points forces(AnyPoints points) { return try_forces(points.view()).value(); }
+
+    /// The same, telling of failures by its result.
+    Result<Points> try_forces(AnyPoints points)
     {
-        const korvale_points at = detail::view_of(points);
-        Points forces(points.size());
-        detail::call("Relaxer::forces", [&](korvale_error* error) {
-            return korvale_relaxer_forces(handle_.get(), &at, forces.coordinates().data(), error);
+        return detail::within_memory("Relaxer::forces", [&]() -> Result<Points> {
+            const korvale_points at = detail::view_of(points);
+            Points forces(points.size());
+            return detail::given("Relaxer::forces", forces, [&](korvale_error* error) {
+                return korvale_relaxer_forces(handle_.get(), &at, forces.coordinates().data(), error);
+            });
         });
-        return forces;
     }
 
     /// The record behind the relaxer. It is a `PreserveStatus&`; include korvale.hpp for it.
@@ -201,20 +261,20 @@ public:
     }
 
 private:
-    /// A function of the caller behind a plain pointer: what it throws is kept until the run has ended.
-    struct Progress {
-        const std::function<bool(int, double)>& told;
+    /// What the caller wants to know of a run, behind a plain pointer: what it throws is kept until the run has ended.
+    struct Told {
+        const RunOptions& options;
         std::exception_ptr thrown;
 
         static std::int32_t tell(std::int32_t step, double energy, void* user)
         {
-            auto& self = *static_cast<Progress*>(user);
-            try {
-                return self.told(step, energy) ? 1 : 0;
-            } catch (...) {
-                self.thrown = std::current_exception();
-                return 0;
-            }
+            auto& self = *static_cast<Told*>(user);
+            bool goes_on = false;
+            self.thrown = detail::caught([&] {
+                goes_on = (!self.options.progress || self.options.progress(step, energy)) &&
+                          !self.options.stop.stop_requested();
+            });
+            return goes_on ? 1 : 0;
         }
     };
 
@@ -222,11 +282,15 @@ private:
         void operator()(korvale_relaxer* relaxer) const { korvale_relaxer_free(relaxer); }
     };
 
-    Relaxer(const korvale_faces& faces, const korvale_indices* edges)
+    explicit Relaxer(korvale_relaxer* made) noexcept : handle_(made) {}
+
+    static Result<Relaxer> make(const korvale_faces& faces, const korvale_indices* edges)
     {
         korvale_relaxer* made = nullptr;
-        detail::call("Relaxer", [&](korvale_error* error) { return korvale_relaxer_new(&faces, edges, &made, error); });
-        handle_.reset(made);
+        korvale_error error;
+        if (const korvale_status status = korvale_relaxer_new(&faces, edges, &made, &error); status != KORVALE_OK)
+            return Failure("Relaxer", status, error);
+        return Relaxer(made);
     }
 
     std::unique_ptr<korvale_relaxer, Free> handle_;

@@ -10,41 +10,68 @@ struct Scattered {
     Array<double> attributes;      ///< [points][width], point after point
     std::size_t width = 0;         ///< attributes of a point
     Array<std::int32_t> triangles; ///< [points] the triangle that each point lies on
+
+    /// The same in memory of its own.
+    Scattered clone() const { return {points.clone(), attributes.clone(), width, triangles.clone()}; }
+
+    /// The same points on the same triangles, with the same attributes.
+    friend bool operator==(const Scattered&, const Scattered&) = default;
 };
 
 namespace detail {
 
-/// `rows` rows of attributes, `width` each.
-inline Scattered scatter(const korvale_triangles& triangles, std::size_t count, unsigned seed,
-                         std::span<const double> attributes, std::size_t rows, std::size_t width)
-{
-    count_for("scatter", "count", count, std::max<std::size_t>(3, width));
-    Scattered result{Points(count), Array<double>(count * width), width, Array<std::int32_t>(count)};
-    const korvale_points_out output = view_of_output(result.points);
-    const korvale_numbers values = {attributes.data(), static_cast<std::int64_t>(rows), 0,
-                                    static_cast<std::int32_t>(width), KORVALE_DOUBLE};
-    const korvale_numbers_out blended = {result.attributes.data(), static_cast<std::int64_t>(count), 0,
-                                         static_cast<std::int32_t>(width), KORVALE_DOUBLE};
-    call("scatter", [&](korvale_error* error) {
-        return korvale_scatter(&triangles, seed, &output, result.triangles.data(), width > 0 ? &values : nullptr,
-                               &blended, error);
-    });
-    return result;
-}
+/// Attributes of corners or vertices: `rows` rows of them.
+struct Attributes {
+    std::span<const double> values;
+    std::size_t rows;
+    const char* argument;
+    const char* noun; ///< what has a row
+};
 
-/// How many attributes each of `rows` rows has.
-inline std::size_t width_of(std::span<const double> attributes, std::size_t rows, const char* argument,
-                            const std::string& noun)
+inline Result<Scattered> scatter(const korvale_triangles& triangles, std::size_t count, unsigned seed,
+                                 const Attributes& attributes)
 {
-    count_for("scatter", argument, attributes.size(), 1);
-    const std::size_t width = rows == 0 ? 0 : attributes.size() / rows;
-    if (width * rows != attributes.size())
-        throw Error("scatter", argument, "divide by the " + text_of(rows) + " " + noun,
-                    "there are " + text_of(attributes.size()));
-    return width;
+    return within_memory("scatter", [&]() -> Result<Scattered> {
+        const auto& [given, rows, argument, noun] = attributes;
+        const std::size_t width = rows == 0 ? 0 : given.size() / rows;
+        if (std::optional<Failure> failure = refuse_count("scatter", argument, given.size(), 1))
+            return *std::move(failure);
+        if (rows != 0 && width * rows != given.size())
+            return Failure("scatter", argument, "divide by the " + text_of(rows) + " " + noun,
+                           "there are " + text_of(given.size()));
+        if (std::optional<Failure> failure = refuse_count("scatter", "count", count, std::max<std::size_t>(3, width)))
+            return *std::move(failure);
+        Scattered result{Points(count), Array<double>(count * width), width, Array<std::int32_t>(count)};
+        const korvale_points_out output = view_of_output(result.points);
+        const korvale_numbers values = {given.data(), static_cast<std::int64_t>(rows), 0,
+                                        static_cast<std::int32_t>(width), KORVALE_DOUBLE};
+        const korvale_numbers_out blended = {result.attributes.data(), static_cast<std::int64_t>(count), 0,
+                                             static_cast<std::int32_t>(width), KORVALE_DOUBLE};
+        return detail::given("scatter", result, [&](korvale_error* error) {
+            return korvale_scatter(&triangles, seed, &output, result.triangles.data(), width > 0 ? &values : nullptr,
+                                   &blended, error);
+        });
+    });
 }
 
 } // namespace detail
+
+/// `scatter`, telling of failures by its result.
+///@{
+inline Result<Scattered> try_scatter(AnyCorners triangles, std::size_t count, unsigned seed,
+                                     std::span<const double> attributes = {})
+{
+    const PointView corners = triangles.view().corners();
+    return detail::scatter({detail::view_of(corners), {}}, count, seed,
+                           {attributes, corners.size(), "attributes", "corners of the triangles"});
+}
+inline Result<Scattered> try_scatter(AnyPoints vertices, AnyTriangles triangles, std::size_t count, unsigned seed,
+                                     std::span<const double> vertex_attributes = {})
+{
+    return detail::scatter(detail::triangles_of(vertices, triangles), count, seed,
+                           {vertex_attributes, vertices.size(), "vertex_attributes", "vertices"});
+}
+///@}
 
 /// Scatters `count` points over triangles, uniformly by area. `attributes` holds the same number of values for each
 /// corner of each triangle, in order; they are blended to the points by the same weights.
@@ -60,11 +87,7 @@ inline std::size_t width_of(std::span<const double> attributes, std::size_t rows
 inline Scattered scatter(AnyCorners triangles, std::size_t count, unsigned seed,
                          std::span<const double> attributes = {})
 {
-    const PointView points = triangles.view().corners();
-    const std::size_t corners = points.size();
-    const std::size_t width =
-        corners == 0 ? 0 : detail::width_of(attributes, corners, "attributes", "corners of the triangles");
-    return detail::scatter({detail::view_of(points), {}}, count, seed, attributes, corners, width);
+    return try_scatter(triangles.view(), count, seed, attributes).value();
 }
 
 /// The same over a mesh, with attributes of its vertices.
@@ -75,11 +98,9 @@ inline Scattered scatter(AnyCorners triangles, std::size_t count, unsigned seed,
 inline Scattered scatter(AnyPoints vertices, AnyTriangles triangles, std::size_t count, unsigned seed,
                          std::span<const double> vertex_attributes = {})
 {
-    const std::size_t width = detail::width_of(vertex_attributes, vertices.size(), "vertex_attributes", "vertices");
-    if (triangles.size() == 0)
-        return scatter(TriangleView(), count, seed);
-    return detail::scatter(detail::triangles_of(vertices, triangles), count, seed, vertex_attributes, vertices.size(),
-                           width);
+    return detail::scatter(detail::triangles_of(vertices, triangles), count, seed,
+                           {vertex_attributes, vertices.size(), "vertex_attributes", "vertices"})
+        .value();
 }
 
 } // namespace korvale

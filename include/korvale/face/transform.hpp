@@ -98,11 +98,16 @@ public:
     /// From the world into the frame at `origin` whose z axis runs along `z` and whose x axis is `reference` x z.
     static Transform into_frame(const Point& origin, const Point& z, const Point& reference)
     {
+        return try_into_frame(origin, z, reference).value();
+    }
+
+    /// The same, telling of failures by its result.
+    static Result<Transform> try_into_frame(const Point& origin, const Point& z, const Point& reference)
+    {
         Transform t;
-        detail::call("Transform::into_frame", [&](korvale_error* error) {
+        return detail::given("Transform::into_frame", t, [&](korvale_error* error) {
             return korvale_transform_into_frame(origin.data(), z.data(), reference.data(), t.numbers(), error);
         });
-        return t;
     }
 
     /// One element.
@@ -137,13 +142,20 @@ public:
     void apply(PointSpan points) const { apply(points, points); }
 
     /// Writes the moved points to `output`, which has as many.
-    void apply(AnyPoints points, PointSpan output) const
+    void apply(AnyPoints points, PointSpan output) const { try_apply(points.view(), output).value(); }
+
+    /// The same, telling of failures by their result.
+    ///@{
+    Result<void> try_apply(PointSpan points) const { return try_apply(points, points); }
+    Result<void> try_apply(AnyPoints points, PointSpan output) const
     {
         const korvale_points from = detail::view_of(points);
         const korvale_points_out to = detail::view_of_output(output);
-        detail::call("Transform::apply",
-                     [&](korvale_error* error) { return korvale_transform_points(numbers(), &from, &to, error); });
+        return detail::done("Transform::apply", [&](korvale_error* error) {
+            return korvale_transform_points(numbers(), &from, &to, error);
+        });
     }
+    ///@}
 
     /// First b, then a.
     friend Transform operator*(const Transform& a, const Transform& b)
@@ -165,12 +177,15 @@ public:
     /// ```
     ///
     /// Throws `Error` for a transform that nothing undoes, such as one that scales by 0, or that is not finite.
-    Transform inverse() const
+    Transform inverse() const { return try_inverse().value(); }
+
+    /// The same, telling of failures by its result.
+    Result<Transform> try_inverse() const
     {
         Transform t;
-        detail::call("Transform::inverse",
-                     [&](korvale_error* error) { return korvale_transform_invert(numbers(), t.numbers(), error); });
-        return t;
+        return detail::given("Transform::inverse", t, [&](korvale_error* error) {
+            return korvale_transform_invert(numbers(), t.numbers(), error);
+        });
     }
 
     /// Rows as columns.
