@@ -133,6 +133,8 @@ korvale_status korvale_bevel(const korvale_points* outlines, int64_t count, cons
         require_room(steps, points);
 
         Handle<korvale_mesh> made(make_handle<korvale_mesh>());
+        (*made).points.reserve(static_cast<size_t>(steps * points));
+        (*made).triangles.reserve(2 * static_cast<size_t>(steps * points + 2 * count));
         Bevel bevel(views, how.split != 0, *made);
         for (int64_t i = 0; i < steps; ++i) {
             bevel.move(profile[i]);

@@ -15,6 +15,7 @@ void add_wall(korvale_mesh& mesh, std::span<const Point> path, std::span<const P
     for (size_t i = 0; i < path.size(); ++i)
         carry(frames[i], section, mesh.points.data() + i * section.size());
 
+    mesh.triangles.reserve(2 * (mesh.points.size() + section.size())); // with caps
     const auto n = static_cast<int32_t>(section.size()), rings = static_cast<int32_t>(path.size());
     for (int32_t i = 0; i + 1 < rings; ++i)
         add_strip(mesh, i * n, (i + 1) * n, n, turned);
