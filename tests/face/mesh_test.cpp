@@ -137,14 +137,6 @@ TEST(FaceBevel, ALayerThatWouldTurnInsideOutIsMadeWithSplits)
     EXPECT_TRUE(is_closed(bevel(notched, narrow, false)));
 }
 
-TEST(FaceBevel, TakesOneOutlineForAShape)
-{
-    const Outline square = kPlate[0];
-    EXPECT_EQ(bevel(square, kWall), bevel({square}, kWall));
-    EXPECT_EQ(bevel({{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}}, kWall), bevel(square, kWall));
-    EXPECT_EQ(triangulate(square), triangulate({square}));
-}
-
 TEST(FaceBevel, TakesAProfileWrittenOut)
 {
     EXPECT_EQ(bevel(kPlate, {{0, 0}, {0, 8}}), bevel(kPlate, kWall));
