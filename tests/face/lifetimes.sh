@@ -7,9 +7,10 @@ source=$1 compiler=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# Compiles a program around one line, every warning an error.
-compiles() {
-    cat >"$work/line.cpp" <<CODE
+flags=(-std=c++20 -Wall -Wextra -Werror -Wno-unused -I"$source/include")
+
+# What every line stands behind, compiled once.
+cat >"$work/before.hpp" <<'CODE'
 #include <korvale/face.hpp>
 
 struct Node {
@@ -25,14 +26,19 @@ extern std::vector<std::vector<korvale::Point>> all_kept;
 extern std::vector<double> numbers;
 extern std::vector<korvale::Triangle> triangles;
 void use(const void*);
-
-void line()
-{
-    $1
-}
 CODE
-    "$compiler" -std=c++20 -O1 -Wall -Wextra -Werror -Wno-unused -I"$source/include" -c "$work/line.cpp" \
-        -o "$work/line.o" >"$work/said" 2>&1
+if [[ $compiler == *clang* ]]; then
+    "$compiler" "${flags[@]}" -x c++-header "$work/before.hpp" -o "$work/before.pch"
+    before=(-include-pch "$work/before.pch")
+else
+    "$compiler" "${flags[@]}" -x c++-header "$work/before.hpp" -o "$work/before.hpp.gch"
+    before=(-include "$work/before.hpp")
+fi
+
+# Compiles a program around one line, every warning an error.
+compiles() {
+    echo "void line() { $1 }" >"$work/line.cpp"
+    "$compiler" "${flags[@]}" "${before[@]}" -fsyntax-only "$work/line.cpp" >"$work/said" 2>&1
 }
 
 wrong=0
