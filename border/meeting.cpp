@@ -143,10 +143,16 @@ Event search_once(const Watch& watch, const Wavefront& w, const Allowance& allow
     double stage = std::min(window, kWideWindow * allow.edge);
     for (;;) {
         const BoxTree tree = grow_boxes(watch, w, outwards ? stage : -stage, slack_of(w.drift, allow.reach, window));
-        for_meeting_boxes(tree, watch.boxes, w.live, [&w, &event, outwards](int32_t m, int32_t e) {
+        int64_t left = kQuestion;
+        const bool is_done = for_meeting_boxes(tree, watch.boxes, w.live, [&](int32_t m, int32_t e) {
             meet(w, outwards, m, e, event);
-            return true;
+            if (--left > 0)
+                return true;
+            left = kQuestion;
+            return goes_on(w.s);
         });
+        if (!is_done)
+            return event;
         window = std::min(window, std::fabs(event.time));
         if (stage >= window)
             return event;

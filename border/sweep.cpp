@@ -101,7 +101,14 @@ bool measure_live(Wavefront& w, MeetingSearch& search, int32_t& from)
 void sweep_wavefront(Wavefront& w, MeetingSearch& search)
 {
     Sweep& s = w.s;
+    int64_t looked_at = 0;
     for (int64_t round = 0; round < most_rounds(s.n) && s.remaining != 0.0; ++round) {
+        looked_at += w.live;
+        if (looked_at >= kQuestion) {
+            looked_at = 0;
+            if (!goes_on(s))
+                return;
+        }
         int32_t from;
         if (!measure_live(w, search, from))
             return;
@@ -117,6 +124,8 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
         Event event = first_edge_event(w);
         if (s.split_events)
             event = earlier_split_event(search, w, event);
+        if (s.is_stopped)
+            return;
         if (std::fabs(event.time) > std::fabs(s.remaining)) {
             move_vertices(w, s.remaining); // nothing more happens on the way
             return;

@@ -106,8 +106,11 @@ public:
     /// Makes the border of an open line, for a positive distance to the right.
     void sweep_open(double distance, double height)
     {
+        const Telling whole = telling;
+        telling = whole.part(0.0, 0.5);
         if (plane_.is_flat && !plane_.is_straight && try_wings(distance, height))
             return;
+        telling = whole.part(0.5, 0.5);
         go_around(distance, height);
     }
 
@@ -139,6 +142,7 @@ public:
     Vector<Point> border;
     Vector<uint8_t> removed;
     Vector<int32_t> heir; ///< what each point has merged into in the end, by its number in the outline
+    Telling telling = {};
 
 private:
     /// Sweeps an outline of which the line's points are those from `first` on, without splits: a long line may come
@@ -149,7 +153,7 @@ private:
         const Planes planes = flatten(outline);
         const Point normal = {planes.to_plane[2][0], planes.to_plane[2][1], planes.to_plane[2][2]};
         const double sign = dot(normal, plane_.normal) < 0 ? -1.0 : 1.0;
-        sweep_.move(outline, {sign * distance, height == 0.0 ? 0.0 : sign * height, true, false}, swept_);
+        sweep_.move(outline, {sign * distance, height == 0.0 ? 0.0 : sign * height, true, false, telling}, swept_);
         collect(first);
     }
 
@@ -277,14 +281,21 @@ public:
     }
 
     /// Makes the border on one side.
-    void run(double distance, double height)
+    void run(double distance, double height, const Telling& telling)
     {
         const size_t n = line_.size();
-        const Beside beside = {flat_,    edges_,       closed_,
-                               distance, miter_limit_, kRelative * std::fabs(distance) + kRounding * plane_.extent};
+        const Beside beside = {flat_,
+                               edges_,
+                               closed_,
+                               distance,
+                               miter_limit_,
+                               kRelative * std::fabs(distance) + kRounding * plane_.extent,
+                               telling.part(0.5, 0.5)};
+        border_.telling = telling.part(0.0, 0.5);
         if (n < 3 && closed_)
             border_.stay(); // there and back: no outline
-        else if (n > kManyPoints && static_cast<double>(n) * static_cast<double>(count_crowded(beside)) > kMostWork)
+        else if (n > kManyPoints &&
+                 static_cast<double>(n) * static_cast<double>(count_crowded(beside, border_.telling)) > kMostWork)
             border_.stay();
         else if (closed_)
             border_.sweep_closed(distance, height);
@@ -461,10 +472,11 @@ void make_band(Outline line, double distance, const korvale_band_options& how, B
             band.narrowed[i] |= sides.narrowed()[i];
         }
     };
-    sides.run(scale * distance, scale * how.height);
+    const Telling telling = {how.progress, how.user, 0.0, how.both_sides != 0 ? 0.5 : 1.0};
+    sides.run(scale * distance, scale * how.height, telling);
     take(false);
     if (how.both_sides != 0) {
-        sides.run(-scale * distance, scale * how.height);
+        sides.run(-scale * distance, scale * how.height, telling.part(1.0, 1.0));
         take(true);
     } else {
         std::reverse_copy(work.begin(), work.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(n));
@@ -506,7 +518,8 @@ using namespace korvale::door;
 
 void korvale_band_defaults(korvale_band_options* options, size_t size)
 {
-    give_defaults(options, size, korvale_band_options{sizeof *options, 0, 0, 0, 0.0, {0.0, 0.0, 0.0}, 4.0});
+    give_defaults(options, size,
+                  korvale_band_options{sizeof *options, 0, 0, 0, 0.0, {0.0, 0.0, 0.0}, 4.0, nullptr, nullptr});
 }
 
 korvale_status korvale_band(const korvale_points* line, double distance, const korvale_band_options* options,

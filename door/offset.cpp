@@ -54,6 +54,18 @@ void lift(std::span<Point> points, Planes& planes, double height)
     carry(planes.from_plane, points, points.data());
 }
 
+/// A sweep in progress.
+struct Course {
+    const Telling& telling;
+    double distance;
+
+    static bool ask(double remaining, void* user)
+    {
+        const auto& self = *static_cast<const Course*>(user);
+        return self.telling.goes_on(1.0 - remaining / self.distance);
+    }
+};
+
 /// The points of vertices that are left, side by side.
 Outline live_points(Outline border, const uint8_t* dead, size_t vertices, Point* room)
 {
@@ -72,7 +84,7 @@ Motion motion_of(double distance, const korvale_offset_options& options)
 {
     require_finite(distance, "distance");
     require_finite(options.height, "options.height");
-    return {distance, options.height, options.keep_vertices != 0, options.split != 0};
+    return {distance, options.height, options.keep_vertices != 0, options.split != 0, {options.progress, options.user}};
 }
 
 void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in)
@@ -104,8 +116,15 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
     Planes lifting = lifted_in == nullptr ? own : lifted_in->scaled(scale);
     const Point area = motion.split ? Point{} : doubled_area(work);
     carry(own.to_plane, work, flat);
+    Course course = {motion.telling, s.remaining};
+    if (motion.telling.progress != nullptr) {
+        s.ask = &Course::ask;
+        s.user = &course;
+    }
     if (!inside::run_sweep(s))
         throw std::bad_alloc();
+    if (s.is_stopped)
+        throw Stop();
     output.size = n;
     if (!motion.keep_vertices)
         output.size = static_cast<size_t>(inside::pack_live_positions(s));
@@ -142,7 +161,9 @@ void Sweep::move(std::span<const Outline> outlines, const Motion& motion, std::s
 {
     const Planes planes = flatten(outlines[0]);
     Motion of_outline = motion;
+    const double share = 1.0 / static_cast<double>(outlines.size());
     for (size_t k = 0; k < outlines.size(); ++k) {
+        of_outline.telling = motion.telling.part(static_cast<double>(k) * share, share);
         move(outlines[k], of_outline, borders[k], &planes);
         of_outline.distance = -motion.distance;
     }
@@ -204,7 +225,7 @@ korvale_border shown(const Border& border)
 
 void korvale_offset_defaults(korvale_offset_options* options, size_t size)
 {
-    give_defaults(options, size, korvale_offset_options{sizeof *options, 1, 1, 0, 0.0});
+    give_defaults(options, size, korvale_offset_options{sizeof *options, 1, 1, 0, 0.0, nullptr, nullptr});
 }
 
 korvale_status korvale_offset(const korvale_points* outline, double distance, const korvale_offset_options* options,

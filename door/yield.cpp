@@ -12,6 +12,8 @@
 namespace korvale::door {
 namespace {
 
+/// Points between two reports of progress.
+constexpr size_t kReport = 256;
 /// Points nearer to each other than this are one, as neighbours that a sweep merges are.
 constexpr double kSame = 1.2e-06;
 /// A corner whose half turn has a smaller cosine turns back on itself.
@@ -121,6 +123,8 @@ void find_misplaced(const Beside& b, const Settling& s)
     const size_t n = b.line.size();
     bool clear = false;
     for (size_t i = 0; i < n; ++i) {
+        if (i % kReport == 0)
+            b.telling.tell(0.3 * static_cast<double>(i) / static_cast<double>(n));
         const Place place = s.border[i];
         const bool is_shared = i > 0 && place.x == s.border[i - 1].x && place.y == s.border[i - 1].y;
         clear = is_shared ? clear : is_clear(b, place);
@@ -214,10 +218,12 @@ void let_run_give_way(const Beside& b, const Settling& s, const Run& run, double
 
 } // namespace
 
-size_t count_crowded(const Beside& b)
+size_t count_crowded(const Beside& b, const Telling& telling)
 {
     size_t crowded = 0;
     for (size_t i = 0; i < b.line.size(); ++i) {
+        if (i % kReport == 0)
+            telling.tell(0.0);
         const Way way = way_of(b, i);
         crowded += !is_clear(b, b.line[i] + way.speed * way.most * way.along);
     }
@@ -233,6 +239,8 @@ void settle(const Beside& b, const Settling& s)
         return;
     Vector<double> radius(n, std::fabs(b.distance));
     for (size_t i = 0; i < n; ++i) {
+        if (i % kReport == 0)
+            b.telling.tell(0.3 + 0.7 * static_cast<double>(i) / static_cast<double>(n));
         if (s.moved[i] == 0)
             continue;
         const Way way = way_of(b, i);

@@ -158,9 +158,11 @@ typedef struct korvale_offset_options {
     int32_t split;         ///< 1: also stop where parts of the outline meet; 0: only where an edge vanishes (quicker)
     int32_t reserved;      ///< 0
     double height;         ///< lift of the border along the normal from which the outline runs counter-clockwise
+    korvale_progress progress; ///< told while outlines of many points are moved; may be null
+    void* user;                ///< handed to `progress`
 } korvale_offset_options;
 
-/// Keeps vertices, stops at splits, height 0. `size` is that of the struct you compiled with.
+/// Keeps vertices, stops at splits, height 0, no progress. `size` is that of the struct you compiled with.
 KORVALE_C_API void korvale_offset_defaults(korvale_offset_options* options, size_t size);
 
 /// One border. Of `korvale_offset` the caller sets the pointers; `points` has to be there, the others may be null.
@@ -184,7 +186,7 @@ typedef struct korvale_border {
 /// each axis is brought to an ordinary size by a power of two first. So lengths count as nothing below about a
 /// millionth of a small outline (of up to 1 across), and below 1.2e-06 in others.
 ///
-/// Refuses fewer than three points and numbers that are not finite.
+/// Refuses fewer than three points and numbers that are not finite. Where the progress stops it nothing is written.
 KORVALE_C_API korvale_status korvale_offset(const korvale_points* outline, double distance,
                                             const korvale_offset_options* options, korvale_border* border,
                                             korvale_error* error);
@@ -197,8 +199,8 @@ KORVALE_C_API korvale_status korvale_offsetter_new(korvale_offsetter** offsetter
 
 /// Moves an outer outline and its holes, `count` in all: a positive distance grows the outer outline and shrinks the
 /// holes, whichever way round each of them runs; all are lifted along the normal of the outer one. The outlines do not
-/// see each other. Where an argument is refused the borders of the run before stay; where the heap is exhausted there
-/// are none.
+/// see each other. Where an argument is refused the borders of the run before stay; where the heap is exhausted or the
+/// progress stops it there are none.
 KORVALE_C_API korvale_status korvale_offsetter_run(korvale_offsetter* offsetter, const korvale_points* outlines,
                                                    int64_t count, double distance,
                                                    const korvale_offset_options* options, korvale_error* error);
@@ -232,10 +234,12 @@ typedef struct korvale_band_options {
     /// `up`, and each point of the border is as high as its point of the line.
     double up[3];
 
-    double miter_limit; ///< no point of the border is farther from the line than this times the distance
+    double miter_limit;        ///< no point of the border is farther from the line than this times the distance
+    korvale_progress progress; ///< told while bands of many points are laid; may be null
+    void* user;                ///< handed to `progress`
 } korvale_band_options;
 
-/// One side, an open line, no `up`, height 0, miter limit 4.
+/// One side, an open line, no `up`, height 0, miter limit 4, no progress.
 KORVALE_C_API void korvale_band_defaults(korvale_band_options* options, size_t size);
 
 /// A closed outline along a line of n points; of a closed line two of them, of n points each. The caller sets the

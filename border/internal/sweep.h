@@ -19,7 +19,23 @@ struct Sweep {
     double* rate;      ///< [n] change of that length per unit of distance
     uint8_t* dead;     ///< [n] 1 once removed
     int32_t* merge;    ///< [n] vertex it merged into
+
+    /// Asked now and then whether to go on, with the distance that remains; false ends the sweep where it is. May be
+    /// null.
+    bool (*ask)(double remaining, void* user) = nullptr;
+    void* user = nullptr;    ///< handed to `ask`
+    bool is_stopped = false; ///< written: `ask` has ended the sweep
 };
+
+/// Vertices or pairs looked at between two questions whether to go on: about a millisecond.
+constexpr int64_t kQuestion = 100000;
+
+/// Whether to go on.
+inline bool goes_on(Sweep& s)
+{
+    s.is_stopped = s.ask != nullptr && !s.ask(s.remaining, s.user);
+    return !s.is_stopped;
+}
 
 /// Rounds after which a sweep of n vertices ends wherever it is: a guard for input on which it would never end. None is
 /// known.

@@ -91,6 +91,27 @@ struct Refusal {
 /// A function of the host has asked to stop.
 struct Stop {};
 
+/// Whom long work, or a part of it, tells how far it is.
+struct Telling {
+    korvale_progress progress = nullptr; ///< null: nobody
+    void* user = nullptr;                ///< handed to `progress`
+    double before = 0.0;                 ///< of the whole work done before this part
+    double share = 1.0;                  ///< of the whole work that this part is
+
+    /// Tells that `done` of this part is done, from 0 to 1, and whether to go on.
+    bool goes_on(double done) const { return progress == nullptr || progress(before + share * done, user) != 0; }
+
+    /// The same; throws where the work has to stop.
+    void tell(double done) const
+    {
+        if (!goes_on(done))
+            throw Stop();
+    }
+
+    /// A part of this part.
+    Telling part(double first, double size) const { return {progress, user, before + share * first, share * size}; }
+};
+
 /// Writes down what happened, for `answer`.
 ///@{
 korvale_status tell(const Refusal& refusal, const char* function, korvale_error* error);

@@ -14,6 +14,7 @@ struct Motion {
     double height = 0.0;
     bool keep_vertices = true;
     bool split = true;
+    Telling telling = {};
 };
 
 /// What is asked for, once it has been found sound.

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "door/internal/edges.h"
+#include "door/internal/failure.h"
 
 // What a border beside a line gives way to: bends that are too tight, and other parts of the line.
 namespace korvale::door {
@@ -15,6 +16,7 @@ struct Beside {
     double distance; ///< to the right where it is positive
     double miter_limit;
     double slack; ///< distances that differ by no more are the same
+    Telling telling = {};
 };
 
 /// The border of a line in the making, a point for each point of the line.
@@ -26,8 +28,8 @@ struct Settling {
     std::span<const int32_t> heir; ///< what each point shares the place of
 };
 
-/// How many points have no border at the distance where they would have it alone.
-size_t count_crowded(const Beside& b);
+/// How many points have no border at the distance where they would have it alone. `telling` only stops it.
+size_t count_crowded(const Beside& b, const Telling& telling);
 
 /// Looks at every point of a swept border. Those that are neither nearer to the line than the distance nor farther from
 /// it than the miter limit allows stay, points that share a place only near their own points of the line. The others

@@ -39,13 +39,14 @@ class Cast(NamedTuple):
 
 
 class RayGrid:
-    """RayGrid(mesh, triangles=None, *, cells=None, copy=True): triangles for rays, met as in a grid of cells.
+    """RayGrid(mesh, triangles=None, *, cells=None, copy=True, progress=None): triangles for rays in a grid of cells.
 
     mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
         given apart, (T, 3) or faces of any number of corners, or the corners of triangles (T, 3, 3) or (T, 9).
     cells: (nx, ny, nz); else a number that suits the triangles is chosen.
     copy: False reads corners, float64 (T, 9) or (T, 3, 3), where they are at every query; they may change,
         and one thread at a time is served. Else any number of threads may ask one grid at a time.
+    progress: see `Relaxer.run`; it is told of the thousandths done, and False is an error.
 
     Faces of more than three corners are cut into triangles about their first corner; `faces` tells which is whose. A
     triangle that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles
@@ -61,7 +62,8 @@ class RayGrid:
     __slots__ = ("_grid", "_faces", "_numbers")
 
     def __init__(self, mesh: MeshLike, triangles: FacesLike | None = None, *,
-                 cells: Iterable[SupportsIndex] | None = None, copy: bool = True) -> None:
+                 cells: Iterable[SupportsIndex] | None = None, copy: bool = True,
+                 progress: ProgressLike = None) -> None:
         self._faces: Ints | None = None
         self._numbers: Ints | None = None
         if triangles is not None or _input.is_mesh(mesh):
@@ -73,12 +75,19 @@ class RayGrid:
             copy = True
         else:
             corners = _input.corners(mesh, "RayGrid", "mesh")
+        size: tuple[int, int, int] | None = None
         if cells is not None:
-            cells = tuple(_input.count(n, "RayGrid", "cells", 1)
-                          for n in _input.items(cells, "RayGrid", "cells", "be three numbers"))
-            if len(cells) != 3:
-                raise refuse("RayGrid", "cells", "be three numbers", f"there are {len(cells)}")
-        self._grid = _korvale.Grid(corners, cells, not copy)
+            counts = [_input.count(n, "RayGrid", "cells", 1)
+                      for n in _input.items(cells, "RayGrid", "cells", "be three numbers")]
+            if len(counts) != 3:
+                raise refuse("RayGrid", "cells", "be three numbers", f"there are {len(counts)}")
+            size = (counts[0], counts[1], counts[2])
+        if progress is None:
+            self._grid = _korvale.Grid(corners, size, not copy, None)
+        else:
+            with Progress(progress, 1000) as report:
+                self._grid = _korvale.Grid(corners, size, not copy, report)
+                report(1000)
 
     @property
     def cells(self) -> tuple[int, int, int]:

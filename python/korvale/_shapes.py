@@ -11,10 +11,11 @@ from numpy.typing import NDArray
 from . import _input, _korvale, _records, _show
 from ._errors import refuse
 from ._korvale import Band, Mesh, Offset
+from ._progress import Progress
 from ._transform import Transform
 from ._types import (
     Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, LineLike, MeshLike, Number, NumbersLike, Path,
-    PointLike, RowsLike, ShapeLike, ShapesLike,
+    PointLike, ProgressLike, RowsLike, ShapeLike, ShapesLike,
 )
 
 if TYPE_CHECKING:
@@ -59,21 +60,22 @@ class Offsets(tuple):  # type: ignore[type-arg]
 
 @overload
 def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords, distance: Number, *, height: Number = 0.0,
-           keep_vertices: bool = True, split: bool = True) -> Offset: ...
+           keep_vertices: bool = True, split: bool = True, progress: ProgressLike = None) -> Offset: ...
 
 
 @overload
 def offset(outline: HasExterior | Iterable[HasArray | HasCoords] | Iterable[Sequence[Sequence[Number]]],
-           distance: Number, *, height: Number = 0.0, keep_vertices: bool = True, split: bool = True) -> Offsets: ...
+           distance: Number, *, height: Number = 0.0, keep_vertices: bool = True, split: bool = True,
+           progress: ProgressLike = None) -> Offsets: ...
 
 
 @overload
 def offset(outline: Path | HasGeoms, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
-           split: bool = True) -> Offset | Offsets: ...
+           split: bool = True, progress: ProgressLike = None) -> Offset | Offsets: ...
 
 
 def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
-           split: bool = True) -> Offset | Offsets:
+           split: bool = True, progress: ProgressLike = None) -> Offset | Offsets:
     """The border of a closed, planar outline: every edge moved sideways in the outline's own plane.
 
     outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first, and may repeat
@@ -84,6 +86,7 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
     keep_vertices: a point of the border for each vertex; else vertices that were removed are left out.
     split: also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing, and parts
         that meet run through each other.
+    progress: see `Relaxer.run`; it is told of the thousandths done, and False is an error, as there is no result then.
 
     Returns an `Offset` for an outline, `Offsets`, a tuple of them, for one with holes: a positive distance shrinks the
     holes, whichever way round they run. Each outline is moved by itself: nothing tells where a hole that grows meets
@@ -102,7 +105,12 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
     >>> plate.outer.xy.max(), plate.holes[0].xy.max()
     (4.25, 2.75)
     """
-    result = _korvale.offset(outline, distance, height, keep_vertices, split)
+    if progress is None:
+        result = _korvale.offset(outline, distance, height, keep_vertices, split, None)
+    else:
+        with Progress(progress, 1000) as report:
+            result = _korvale.offset(outline, distance, height, keep_vertices, split, report)
+            report(1000)
     return result if type(result) is Offset else Offsets(result)
 
 
@@ -142,6 +150,7 @@ def band(
     up: PointLike | None = None,
     closed: bool = False,
     miter_limit: Number = 4.0,
+    progress: ProgressLike = None,
 ) -> Band:
     """The band between a line and its border, to the right of the line where the distance is positive.
 
@@ -154,6 +163,7 @@ def band(
         border is as high as its point of the line.
     closed: the last point joins the first; the band is a ring with two outlines, `border` and `other_side`.
     miter_limit: no point of the border is farther from the line than this many distances; sharper corners are cut off.
+    progress: as for `offset`.
 
     The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
     border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin
@@ -170,7 +180,12 @@ def band(
     >>> korvale.band([(0, 0), (4, 0), (4, 4), (0, 4)], 1, closed=True).border[2]
     array([5., 5., 0.])
     """
-    return _korvale.band(line, distance, height, both_sides, up, closed, miter_limit)
+    if progress is None:
+        return _korvale.band(line, distance, height, both_sides, up, closed, miter_limit, None)
+    with Progress(progress, 1000) as report:
+        laid = _korvale.band(line, distance, height, both_sides, up, closed, miter_limit, report)
+        report(1000)
+    return laid
 
 
 def thin(line: LineLike, tolerance: Number) -> NDArray[numpy.int64]:

@@ -101,20 +101,39 @@ LaidBand restored(const py::tuple& state)
 }
 
 LaidBand band_of(py::handle line, py::handle distance, py::handle height, py::handle both_sides, py::handle up,
-                 py::handle closed, py::handle miter_limit)
+                 py::handle closed, py::handle miter_limit, py::handle report)
 {
     const PointsIn points(line, "band", "line");
-    BandOptions options;
+    korvale_band_options options;
+    korvale_band_defaults(&options, sizeof options);
     options.height = number_of(height, "band", "height");
     options.both_sides = flag_of(both_sides, "band", "both_sides");
     options.closed = flag_of(closed, "band", "closed");
     options.miter_limit = number_of(miter_limit, "band", "miter_limit");
-    if (!up.is_none())
-        options.up = PointsIn(converted("point", up, "band", "up"), "band", "up").view()[0];
+    options.has_up = !up.is_none();
+    if (options.has_up != 0)
+        std::ranges::copy(PointsIn(converted("point", up, "band", "up"), "band", "up").view()[0], options.up);
     const double d = number_of(distance, "band", "distance");
-    const PointView view = options.closed ? points.outline() : points.view();
-    const Unlocked unlocked(view.size() >= kLongLine);
-    return {band(view, d, options), options.closed};
+    const PointView view = options.closed != 0 ? points.outline() : points.view();
+    const std::size_t n = view.size();
+    LaidBand band;
+    band.closed = options.closed != 0;
+    band.outline = Points(2 * n);
+    band.removed = Array<std::uint8_t>(n);
+    band.narrowed = Array<std::uint8_t>(n);
+    korvale_band_result result = {
+        band.outline.coordinates().data(), band.removed.data(), band.narrowed.data(), 0, 0, {0, 0}};
+    const korvale_points places = detail::view_of(view);
+    Watched(report).run("band", n >= kLongLine, [&](auto progress, void* user, korvale_error* error) {
+        options.progress = progress;
+        options.user = user;
+        return korvale_band(&places, d, &options, &result, error);
+    });
+    band.collapsed = result.collapsed != 0;
+    if (result.crosses != 0)
+        band.crossing =
+            Crossing{static_cast<std::size_t>(result.crossing[0]), static_cast<std::size_t>(result.crossing[1])};
+    return band;
 }
 
 py::array thin_of(py::handle line, py::handle tolerance)

@@ -54,34 +54,74 @@ py::tuple state_of(py::object self)
     return py::make_tuple(points_of(self), removed_of(self), merged_into_of(self), self.cast<Offset&>().collapsed);
 }
 
-Offset offset_of(PointView outline, double distance, const OffsetOptions& options)
+Offset offset_of(PointView outline, double distance, korvale_offset_options options, py::handle report)
 {
-    const Unlocked unlocked(outline.size() >= kLongOutline);
-    return offset(outline, distance, options);
+    Offset border;
+    border.points = Points(outline.size());
+    border.removed = Array<std::uint8_t>(outline.size());
+    border.merged_into = Array<std::int32_t>(outline.size());
+    korvale_border to = {
+        border.points.coordinates().data(), border.removed.data(), border.merged_into.data(), 0, 0, 0, 0};
+    const korvale_points points = detail::view_of(outline);
+    Watched(report).run("offset", outline.size() >= kLongOutline, [&](auto progress, void* user, korvale_error* error) {
+        options.progress = progress;
+        options.user = user;
+        return korvale_offset(&points, distance, &options, &to, error);
+    });
+    border.points = Points(border.points.release(), static_cast<std::size_t>(to.count));
+    border.collapsed = to.collapsed != 0;
+    return border;
+}
+
+/// Of an outer outline and its holes.
+std::vector<Offset> offset_of(const ShapeIn& shape, double distance, korvale_offset_options options, py::handle report)
+{
+    struct Free {
+        void operator()(korvale_offsetter* offsetter) const noexcept { korvale_offsetter_free(offsetter); }
+    };
+    std::vector<korvale_points> outlines;
+    for (const PointView& outline : shape.views())
+        outlines.push_back(detail::view_of(outline));
+    const auto n = static_cast<std::int64_t>(outlines.size());
+    korvale_offsetter* made = nullptr;
+    korvale_error failure;
+    detail::check("offset", korvale_offsetter_new(&made, &failure), failure);
+    const std::unique_ptr<korvale_offsetter, Free> offsetter(made);
+    Watched(report).run("offset", shape.points() >= kLongOutline, [&](auto progress, void* user, korvale_error* error) {
+        options.progress = progress;
+        options.user = user;
+        return korvale_offsetter_run(made, outlines.data(), n, distance, &options, error);
+    });
+    std::vector<Offset> borders;
+    for (std::int64_t k = 0; k < n; ++k) {
+        const korvale_border border = korvale_offsetter_take(made, k);
+        const auto vertices = static_cast<std::size_t>(border.vertices);
+        borders.push_back({Points(border.points, static_cast<std::size_t>(border.count)),
+                           {border.removed, vertices},
+                           {border.merged_into, vertices},
+                           border.collapsed != 0});
+    }
+    return borders;
 }
 
 /// An `Offset` for an outline, a list of them for a list of outlines.
 py::object offset_any(py::handle outline, py::handle distance, py::handle height, py::handle keep_vertices,
-                      py::handle split)
+                      py::handle split, py::handle report)
 {
     const double d = number_of(distance, "offset", "distance");
-    const OffsetOptions options = {number_of(height, "offset", "height"),
-                                   flag_of(keep_vertices, "offset", "keep_vertices"),
-                                   flag_of(split, "offset", "split")};
+    korvale_offset_options options;
+    korvale_offset_defaults(&options, sizeof options);
+    options.height = number_of(height, "offset", "height");
+    options.keep_vertices = flag_of(keep_vertices, "offset", "keep_vertices");
+    options.split = flag_of(split, "offset", "split");
     if (is_plain_points(outline))
-        return py::cast(offset_of(PointsIn(outline, "offset", "outline").outline(), d, options));
+        return py::cast(offset_of(PointsIn(outline, "offset", "outline").outline(), d, options, report));
 
     const py::object input = converted("outline_or_shape", outline, "offset", "outline");
     if (!py::isinstance<py::list>(input))
-        return py::cast(offset_of(PointsIn(input, "offset", "outline").outline(), d, options));
-    const ShapeIn shape(input, "offset", "outline");
-    std::vector<Offset> borders;
-    {
-        const Unlocked unlocked(shape.points() >= kLongOutline);
-        borders = offset(shape.views(), d, options);
-    }
+        return py::cast(offset_of(PointsIn(input, "offset", "outline").outline(), d, options, report));
     py::list list;
-    for (Offset& border : borders)
+    for (Offset& border : offset_of(ShapeIn(input, "offset", "outline"), d, options, report))
         list.append(std::move(border));
     return list;
 }

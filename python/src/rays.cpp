@@ -61,7 +61,7 @@ private:
 };
 
 /// Of corners [.][9], which are copied or read by every query.
-std::unique_ptr<Grid> grid_of(const Doubles& corners, const py::object& cells, bool borrow)
+std::unique_ptr<Grid> grid_of(const Doubles& corners, const py::object& cells, bool borrow, const py::object& report)
 {
     const std::optional<GridSize> size = size_of(cells);
     const PointView points = PointView::at(corners.data(), static_cast<std::size_t>(corners.size()) / 3);
@@ -71,7 +71,7 @@ std::unique_ptr<Grid> grid_of(const Doubles& corners, const py::object& cells, b
         if (borrow)
             grid.emplace(RayGrid::over(TriangleView(points), size));
         else
-            grid.emplace(TriangleView(points), size, Signals());
+            grid.emplace(TriangleView(points), size, Signals(report));
     }
     return std::make_unique<Grid>(std::move(*grid), borrow ? py::object(corners) : py::none());
 }

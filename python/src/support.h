@@ -175,10 +175,13 @@ private:
 };
 
 /// Asks now and then, without the interpreter's lock, whether a signal has arrived, and raises what its handler raises:
-/// an interrupt from the keyboard ends long work so. It serves as a `Progress` that always goes on.
+/// an interrupt from the keyboard ends long work so. It serves as a `Progress`, which goes on until `report`, a Python
+/// function of the thousandths done, says no.
 class Signals {
 public:
-    bool operator()(double = 0)
+    explicit Signals(py::handle report = {}) : report_(report) {}
+
+    bool operator()(double done = 0)
     {
         const auto now = Clock::now();
         if (now - asked_ < kPatience)
@@ -187,7 +190,7 @@ public:
         const py::gil_scoped_acquire locked;
         if (PyErr_CheckSignals() != 0)
             throw py::error_already_set();
-        return true;
+        return !report_ || report_.is_none() || report_(static_cast<int>(1000 * done)).cast<bool>();
     }
 
 private:
@@ -195,6 +198,46 @@ private:
     static constexpr auto kPatience = std::chrono::milliseconds(50);
 
     Clock::time_point asked_ = Clock::now();
+    py::handle report_;
+};
+
+/// Calls a function of the C interface that tells `Signals` of its progress through a plain pointer: what is raised is
+/// kept until it has ended.
+class Watched {
+public:
+    explicit Watched(py::handle report) : signals_(report) {}
+
+    /// Runs `work(progress, user, error)`, without the interpreter's lock where it is long, and throws what went wrong.
+    template <class Work>
+    void run(const char* function, bool is_long, Work work)
+    {
+        korvale_error error;
+        korvale_status status;
+        {
+            const Unlocked unlocked(is_long);
+            status = work(is_long ? &tell : nullptr, static_cast<void*>(this), &error);
+        }
+        if (thrown_)
+            std::rethrow_exception(thrown_);
+        if (status == KORVALE_STOPPED)
+            throw Error(function, "progress", "go on", "it has stopped the work");
+        detail::check(function, status, error);
+    }
+
+private:
+    static std::int32_t tell(double done, void* user)
+    {
+        auto& self = *static_cast<Watched*>(user);
+        try {
+            return self.signals_(done) ? 1 : 0;
+        } catch (...) {
+            self.thrown_ = std::current_exception();
+            return 0;
+        }
+    }
+
+    Signals signals_;
+    std::exception_ptr thrown_;
 };
 
 /// One thread's turn at an object that serves one thread at a time. Another thread waits, without the interpreter's

@@ -18,7 +18,7 @@ SOON = 0.5
 
 
 def made():
-    """Long calls by their names: more than ten seconds each."""
+    """Long calls by their names: more than some seconds each."""
     generator = numpy.random.default_rng(8)
     grid = korvale.RayGrid(generator.uniform(-1, 1, (3000, 9)))
     tube = korvale.tube(ring(20000), ring(8) / 100)
@@ -29,7 +29,12 @@ def made():
     for text in ("y = " + " + ".join(["SIN(x)"] * 20), "y = RAND + " + " + ".join(["SIN(x)"] * 20), "z = SLOWLY(x)"):
         wave.add(text)
     x = numpy.zeros(40000000)
+    outline = ring(300000)
+    walk = generator.normal(size=(200000, 2)).cumsum(axis=0)
     return {
+        "offset": lambda: korvale.offset(outline, 1),
+        "offset with a hole": lambda: korvale.offset([outline, outline / 2], 1),
+        "band": lambda: korvale.band(walk, 2),
         "RayGrid.cast": lambda: grid.cast(points, (1, 2, 3)),
         "RayGrid.contains": lambda: grid.contains(points),
         "Relaxer.step": lambda: relaxer.step(tube.vertices * (1.5, 1, 1), 10**6),
@@ -39,6 +44,26 @@ def made():
         "Equations.evaluate, a function in Python": lambda: wave.evaluate(2, x=x),
         "Equations.evaluate_all": lambda: wave.evaluate_all("y z", x=x),
     }
+
+
+class ProgressTest(unittest.TestCase):
+    def test_of_outlines_and_bands_is_told_in_thousandths(self):
+        outline = ring(100000)
+        for work in (korvale.offset, korvale.band):
+            told = []
+            result = work(outline, 1, progress=told.append)
+            self.assertEqual(result, work(outline, 1))
+            self.assertEqual((told[-1], told == sorted(told), len(told) > 1), (1000, True, True))
+            with self.assertRaisesRegex(korvale.Error, f"{work.__name__}: progress must go on, but it has stopped the "
+                                                       "work"):
+                work(outline, 1, progress=lambda done: False)
+
+
+    def test_of_making_a_grid_is_told_in_thousandths(self):
+        corners = numpy.random.default_rng(9).normal(size=(1000000, 9))
+        told = []
+        grid = korvale.RayGrid(corners, progress=told.append)
+        self.assertEqual((len(grid), told[-1], told == sorted(told), len(told) > 1), (1000000, 1000, True, True))
 
 
 class InterruptTest(unittest.TestCase):

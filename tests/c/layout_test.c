@@ -63,11 +63,13 @@ static korvale_status results_are_laid_out(void)
 /// Options may grow behind these.
 static korvale_status options_are_laid_out(void)
 {
-    SIZE(korvale_offset_options, 24);
+    SIZE(korvale_offset_options, 40);
     PLACE(korvale_offset_options, height, 16);
-    SIZE(korvale_band_options, 56);
+    PLACE(korvale_offset_options, progress, 24);
+    SIZE(korvale_band_options, 72);
     PLACE(korvale_band_options, height, 16);
     PLACE(korvale_band_options, miter_limit, 48);
+    PLACE(korvale_band_options, progress, 56);
     SIZE(korvale_flatten_options, 16);
     SIZE(korvale_grid_options, 40);
     PLACE(korvale_grid_options, cells, 8);

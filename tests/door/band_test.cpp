@@ -1,6 +1,7 @@
 // Bands along lines, and lines with fewer points, through the C interface.
 #include <korvale.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <fstream>
@@ -403,6 +404,45 @@ TEST(DoorBand, OfAHundredThousandPointsIsReadySoon)
     const Numbers line = wandering(random, 100000, 0.4);
     const Laid band = laid(line, 20, options_of(1));
     EXPECT_FALSE(band.collapsed);
+}
+
+TEST(DoorBand, TellsOfItsProgressAndStopsWhenAsked)
+{
+    struct Course {
+        std::vector<double> told;
+        size_t patience;
+
+        static int32_t tell(double done, void* user)
+        {
+            auto& self = *static_cast<Course*>(user);
+            self.told.push_back(done);
+            return self.told.size() <= self.patience ? 1 : 0;
+        }
+    };
+    Random random(1236);
+    const Numbers line = wandering(random, 3000, 0.4);
+    for (const int32_t closed : {0, 1}) {
+        Course course = {{}, SIZE_MAX};
+        korvale_band_options options = options_of(1, closed);
+        options.progress = &Course::tell;
+        options.user = &course;
+        EXPECT_EQ(laid(line, 2, options).outline, laid(line, 2, options_of(1, closed)).outline);
+        EXPECT_GT(course.told.size(), 10);
+        EXPECT_TRUE(std::ranges::is_sorted(course.told));
+        EXPECT_GE(course.told.front(), 0);
+        EXPECT_LE(course.told.back(), 1);
+
+        course = {{}, 5};
+        const korvale_points points = points_of(line);
+        Numbers outline(2 * line.size(), 9);
+        korvale_band_result band = {outline.data(), nullptr, nullptr, 7, 7, {7, 7}};
+        korvale_error error;
+        EXPECT_EQ(korvale_band(&points, 2, &options, &band, &error), KORVALE_STOPPED);
+        EXPECT_STREQ(error.text, "korvale_band: it was asked to stop");
+        EXPECT_EQ(course.told.size(), 6);
+        EXPECT_EQ(band.collapsed, 7);
+        EXPECT_THAT(outline, Each(9));
+    }
 }
 
 TEST(DoorBand, SaysWhatItRefuses)

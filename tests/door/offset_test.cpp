@@ -1,6 +1,7 @@
 // Outlines moved sideways through the C interface.
 #include <korvale.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
@@ -320,6 +321,78 @@ TEST(DoorOffset, SaysWhatItRefuses)
     korvale_border border = {};
     EXPECT_EQ(korvale_offset(&square, 1, nullptr, &border, &error), KORVALE_BAD_ARGUMENT);
     EXPECT_STREQ(error.text, "korvale_offset: border.points must be given, but it is null");
+}
+
+/// What was told, and how often it goes on.
+struct Course {
+    std::vector<double> told;
+    size_t patience;
+
+    static int32_t tell(double done, void* user)
+    {
+        auto& self = *static_cast<Course*>(user);
+        self.told.push_back(done);
+        return self.told.size() <= self.patience ? 1 : 0;
+    }
+};
+
+/// A wheel of n teeth of many heights.
+Numbers wheel(size_t n)
+{
+    Numbers points;
+    for (size_t i = 0; i < 2 * n; ++i) {
+        const double turn = 3.141592653589793 * static_cast<double>(i) / static_cast<double>(n);
+        const double radius = i % 2 == 0 ? 10 : 9.9 - 0.001 * static_cast<double>(i % 37);
+        points.insert(points.end(), {radius * std::cos(turn), radius * std::sin(turn), 0});
+    }
+    return points;
+}
+
+TEST(DoorOffset, TellsOfItsProgressAndStopsWhenAsked)
+{
+    const Numbers outline = wheel(20000);
+    Course course = {{}, SIZE_MAX};
+    korvale_offset_options options = options_of(0);
+    options.progress = &Course::tell;
+    options.user = &course;
+    EXPECT_EQ(moved(outline, 0.3, options), moved(outline, 0.3));
+    EXPECT_GT(course.told.size(), 3);
+    EXPECT_TRUE(std::ranges::is_sorted(course.told));
+    EXPECT_GE(course.told.front(), 0);
+    EXPECT_LE(course.told.back(), 1);
+
+    course = {{}, 2};
+    const korvale_points points = points_of(outline);
+    Numbers output(outline.size(), 9);
+    korvale_border border = {output.data(), nullptr, nullptr, 7, 7, 7, 7};
+    korvale_error error;
+    EXPECT_EQ(korvale_offset(&points, 0.3, &options, &border, &error), KORVALE_STOPPED);
+    EXPECT_STREQ(error.text, "korvale_offset: it was asked to stop");
+    EXPECT_EQ(course.told.size(), 3);
+    EXPECT_EQ(border.count, 7);
+    EXPECT_THAT(output, testing::Each(9));
+}
+
+TEST(DoorOffset, TellsOfOutlinesWithHolesAsOneWork)
+{
+    const Numbers outline = wheel(20000), hole = times(0.5, outline);
+    const std::array<korvale_points, 2> outlines = {points_of(outline), points_of(hole)};
+    Course course = {{}, SIZE_MAX};
+    korvale_offset_options options = options_of(0);
+    options.progress = &Course::tell;
+    options.user = &course;
+    korvale_offsetter* offsetter;
+    ASSERT_EQ(korvale_offsetter_new(&offsetter, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_offsetter_run(offsetter, outlines.data(), 2, 0.3, &options, nullptr), KORVALE_OK);
+    EXPECT_TRUE(std::ranges::is_sorted(course.told));
+    EXPECT_LT(course.told.front(), 0.5);
+    EXPECT_GT(course.told.back(), 0.5);
+    EXPECT_EQ(korvale_offsetter_count(offsetter), 2);
+
+    course = {{}, 0};
+    EXPECT_EQ(korvale_offsetter_run(offsetter, outlines.data(), 2, 0.3, &options, nullptr), KORVALE_STOPPED);
+    EXPECT_EQ(korvale_offsetter_count(offsetter), 0);
+    korvale_offsetter_free(offsetter);
 }
 
 TEST(DoorOffset, OptionsOfAnOlderHostHaveDefaultsForTheRest)

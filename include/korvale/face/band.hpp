@@ -71,7 +71,8 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
         const Point up = options.up.value_or(Point{});
         const korvale_band_options how = {
             sizeof how,     options.both_sides,    options.up.has_value(), options.closed,
-            options.height, {up[0], up[1], up[2]}, options.miter_limit,
+            options.height, {up[0], up[1], up[2]}, options.miter_limit,    nullptr,
+            nullptr,
         };
         Band band;
         band.outline = Points(2 * n);

@@ -31,7 +31,7 @@ namespace detail {
 
 inline korvale_offset_options options_of(const OffsetOptions& options)
 {
-    return {sizeof(korvale_offset_options), options.keep_vertices, options.split, 0, options.height};
+    return {sizeof(korvale_offset_options), options.keep_vertices, options.split, 0, options.height, nullptr, nullptr};
 }
 
 /// The failure of `offset`; `one_outline` goes by its own name.
