@@ -71,6 +71,12 @@ static korvale_status options_are_laid_out(void)
     PLACE(korvale_band_options, miter_limit, 48);
     PLACE(korvale_band_options, progress, 56);
     SIZE(korvale_flatten_options, 16);
+    SIZE(korvale_bevel_options, 8);
+    PLACE(korvale_bevel_options, split, 4);
+    SIZE(korvale_bevel_step, 16);
+    PLACE(korvale_bevel_step, height, 8);
+    SIZE(korvale_tube_options, 16);
+    PLACE(korvale_tube_options, caps, 8);
     SIZE(korvale_grid_options, 40);
     PLACE(korvale_grid_options, cells, 8);
     PLACE(korvale_grid_options, progress, 24);
