@@ -46,8 +46,8 @@ class BridgeBuilder {
 public:
     BridgeBuilder(const Rings& rings, Corners& corners)
         : places_(rings.places), corners_(corners), before_(corners.place.size(), -1), after_(corners.place.size(), -1),
-          is_first_(corners.place.size(), 0), floor_of_(corners.place.size(), -1), copy_(corners.place.size(), -1),
-          status_(IsBelow{&floors_})
+          begins_(corners.place.size(), 0), is_first_(corners.place.size(), 0), floor_of_(corners.place.size(), -1),
+          copy_(corners.place.size(), -1), status_(IsBelow{&floors_})
     {
         floors_.reserve(corners.place.size());
         for (size_t k = 0; k < rings.ends.size(); ++k)
@@ -57,7 +57,9 @@ public:
     void run()
     {
         std::ranges::sort(events_, [&](int32_t a, int32_t b) {
-            return place(a) == place(b) ? a < b : is_before(place(a), place(b));
+            if (place(a) != place(b))
+                return is_before(place(a), place(b));
+            return begins(a) == begins(b) ? a < b : begins(b); // what a hole that begins there may be joined to
         });
         for (size_t i = 0; i < events_.size(); ++i)
             meet(i);
@@ -83,7 +85,11 @@ private:
         }
         const auto leftmost = std::ranges::min_element(kept, is_before, [&](int32_t i) { return place(i); });
         is_first_[static_cast<size_t>(*leftmost)] = is_hole;
+        for (const int32_t i : kept)
+            begins_[static_cast<size_t>(i)] = is_hole && place(i) == place(*leftmost);
     }
+
+    bool begins(int32_t i) const { return begins_[static_cast<size_t>(i)] != 0; }
 
     void meet(size_t event)
     {
@@ -188,6 +194,7 @@ private:
     const Vector<Place>& places_;
     Corners& corners_;
     Vector<int32_t> before_, after_; // in the ring of its own, among corners at different places
+    Vector<uint8_t> begins_;         // a corner of a hole that is where the line meets it first
     Vector<uint8_t> is_first_;       // the corner of a hole that the line meets first
     Vector<int32_t> floor_of_;       // that begins at a corner
     Vector<int32_t> copy_;           // the next corner at the same place that bridges have made

@@ -8,7 +8,8 @@
 // - the corners that may be ears. One that is none is taken out until a neighbour of it, or the corner that was found
 //   inside its triangle, changes;
 // - the corners that do not turn left, in a tree of boxes. If a triangle holds any corner it holds one of these: the
-//   one farthest from the side that is cut off has nothing of the outline between itself and the tip;
+//   one farthest from the side that is cut off has nothing of the outline between itself and the tip. At the tip itself
+//   another part of the outline may touch, which blocks it if it comes from between the two sides;
 // - signs of areas that rounding does not change.
 #include "door/internal/triangulate.h"
 
@@ -36,6 +37,18 @@ struct Ear {
     bool holds(const Place& p) const // but for its own corners
     {
         return p != a && p != b && p != c && side(a, b, p) >= 0 && side(b, c, p) >= 0 && side(c, a, p) >= 0;
+    }
+    /// Whether an outline that comes to b and goes on from there does so between the two sides.
+    bool is_entered_at_tip(const Place& from, const Place& to) const
+    {
+        return is_between(from) || is_between(to) || (is_along(c, from) && is_along(a, to));
+    }
+
+private:
+    bool is_between(const Place& p) const { return side(a, b, p) > 0 && side(b, c, p) > 0; }
+    bool is_along(const Place& end, const Place& p) const
+    {
+        return side(b, end, p) == 0 && is_before(b, end) == is_before(b, p);
     }
 };
 
@@ -97,8 +110,10 @@ public:
         }
     }
 
-    /// A corner inside the triangle or on its rim, other than at its own corners; -1 where there is none.
-    int32_t find(const Ear& ear) const
+    /// A corner inside the triangle or on its rim, other than at its own corners, or one that blocks it at its tip; -1
+    /// where there is none.
+    template <class IsBlockedAtTip>
+    int32_t find(const Ear& ear, IsBlockedAtTip is_blocked_at_tip) const
     {
         const Box box = ear.box();
         size_t waiting[64] = {1};
@@ -112,8 +127,9 @@ public:
             }
             const size_t first = (i - first_leaf_) * kLeaf;
             for (size_t k = first; k < first + static_cast<size_t>(counts_[i]); ++k)
-                if (box.holds(corners_[k].place) && ear.holds(corners_[k].place))
-                    return corners_[k].number;
+                if (const auto& [place, number] = corners_[k];
+                    box.holds(place) && (place == ear.b ? is_blocked_at_tip(number) : ear.holds(place)))
+                    return number;
         }
         return -1;
     }
@@ -153,21 +169,29 @@ class Clipper {
 public:
     Clipper(const Vector<Place>& places, Corners corners)
         : corners_(std::move(corners)), places_(corners_.place.size()), may_be_ear_(corners_.size()),
-          flat_(corners_.size()), waiting_(corners_.place.size(), -1), next_waiting_(corners_.place.size(), -1),
-          previous_waiting_(corners_.place.size(), -1), blocked_by_(corners_.place.size(), -1),
-          blockers_(turn_all(places), corners_.size()), left_(corners_.size())
+          flat_(corners_.size()), blocks_at_tip_(corners_.size()), waiting_(corners_.place.size(), -1),
+          next_waiting_(corners_.place.size(), -1), previous_waiting_(corners_.place.size(), -1),
+          blocked_by_(corners_.place.size(), -1), blockers_(turn_all(places), corners_.size()), left_(corners_.size())
     {
     }
 
-    Vector<Triangle> run()
+    /// Bridges of no length are clipped first: they would hide the corners that they belong to.
+    Vector<Triangle> run(bool has_bridges)
     {
         Vector<Triangle> triangles;
         triangles.reserve(static_cast<size_t>(std::max(0, left_ - 2)));
-        for (int32_t start = 0; left_ >= 3; --left_) {
-            const int32_t i = corner_to_clip(start);
+        const auto clip = [&](int32_t i) {
             triangles.push_back({number(before(i)), number(i), number(after(i))});
-            start = after(after(i));
             take_out(i);
+            --left_;
+        };
+        for (int32_t i = 0; has_bridges && i < corners_.size() && left_ >= 3; ++i)
+            if (place(i) == place(after(i)))
+                clip(i);
+        for (int32_t start = first_; left_ >= 3;) {
+            const int32_t i = corner_to_clip(start);
+            start = after(after(i));
+            clip(i);
         }
         return triangles;
     }
@@ -208,7 +232,9 @@ private:
     int32_t corner_to_clip(int32_t start)
     {
         for (int32_t i = next_candidate(start); i >= 0; i = next_candidate(i)) {
-            const int32_t blocker = blockers_.find({place(before(i)), place(i), place(after(i))});
+            const Ear ear = {place(before(i)), place(i), place(after(i))};
+            const int32_t blocker = blockers_.find(
+                ear, [&](int32_t k) { return ear.is_entered_at_tip(place(before(k)), place(after(k))); });
             if (blocker < 0)
                 return i;
             may_be_ear_.erase(i);
@@ -239,6 +265,8 @@ private:
             stop_waiting(neighbour);
             if (turn(neighbour) > 0 && blockers_.has(neighbour))
                 stop_blocking(neighbour);
+            else if (blocks_at_tip_.has(neighbour))
+                free_waiting(neighbour);
         }
     }
 
@@ -252,6 +280,8 @@ private:
         if (first >= 0)
             previous_waiting_[static_cast<size_t>(first)] = i;
         blocked_by_[static_cast<size_t>(i)] = blocker;
+        if (place(i) == place(blocker))
+            blocks_at_tip_.insert(blocker);
     }
 
     void stop_waiting(int32_t i)
@@ -272,6 +302,12 @@ private:
     void stop_blocking(int32_t blocker)
     {
         blockers_.remove(blocker);
+        free_waiting(blocker);
+    }
+
+    void free_waiting(int32_t blocker)
+    {
+        blocks_at_tip_.erase(blocker);
         for (int32_t i = std::exchange(waiting_[static_cast<size_t>(blocker)], -1); i >= 0;) {
             blocked_by_[static_cast<size_t>(i)] = -1;
             may_be_ear_.insert(i);
@@ -282,6 +318,7 @@ private:
     Corners corners_;
     Vector<Place> places_;
     NumberSet may_be_ear_, flat_;
+    NumberSet blocks_at_tip_; // until a neighbour changes
     Vector<int32_t> waiting_, next_waiting_, previous_waiting_, blocked_by_;
     Blockers blockers_;
     int32_t left_;
@@ -385,7 +422,7 @@ Vector<Triangle> cut(const Rings& rings, const Rings& like)
         join_holes(rings, corners);
         corners = in_order(corners);
     }
-    return Clipper(rings.places, std::move(corners)).run();
+    return Clipper(rings.places, std::move(corners)).run(rings.size() > 1);
 }
 
 // --- Planes ----------------------------------------------------------------------------------------------------------

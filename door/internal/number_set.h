@@ -19,6 +19,12 @@ public:
         } while (n > 1);
     }
 
+    bool has(int32_t number) const
+    {
+        const auto i = static_cast<size_t>(number);
+        return (levels_[0][i / kBits] & bit(i)) != 0;
+    }
+
     void insert(int32_t number)
     {
         auto i = static_cast<size_t>(number);

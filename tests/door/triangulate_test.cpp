@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
 
 #include <gmock/gmock.h>
 
@@ -174,6 +175,29 @@ TEST(Triangulate, HolesMayTouchAtCorners)
     lattice.add({{6, 3}, {8, 5}, {6, 6}});
     lattice.add({{12, 12}, {8, 11}, {11, 8}});
     lattice.expect_covered();
+}
+
+TEST(Triangulate, HolesMayTouchEachOtherAndTheOuterOutline)
+{
+    Random random(1304);
+    for (int round = 0; round < rounds(500); ++round) {
+        const testing::ScopedTrace trace(__FILE__, __LINE__, testing::Message() << "round " << round);
+        Lattice lattice; // diamonds whose tips meet, some of them at the sides of the square or at points there
+        const int n = random.between(1, 5), far = 4 * n + random.between(0, 1);
+        lattice.add({{0, 0}, {far, 0}, {far, far}, {0, far}});
+        if (random.one_in(2))
+            lattice.outlines[0].insert(lattice.outlines[0].begin() + 3, {2, 0, 0, 4, 0, 0});
+        for (int i = 0; i < n; ++i)
+            for (int k = 0; k < n; ++k)
+                if (random.one_in(2)) {
+                    const int x = 4 * i, y = 4 * k;
+                    std::vector<std::pair<int, int>> tips = {{x, y + 2}, {x + 2, y}, {x + 4, y + 2}, {x + 2, y + 4}};
+                    std::ranges::rotate(tips, tips.begin() + random.between(0, 3));
+                    lattice.add(tips);
+                }
+        std::shuffle(lattice.outlines.begin() + 1, lattice.outlines.end(), std::mt19937(static_cast<unsigned>(round)));
+        lattice.expect_covered();
+    }
 }
 
 TEST(Triangulate, DoubledPointsGetTrianglesWithoutArea)

@@ -98,7 +98,8 @@ inline Mesh taken(korvale_mesh* made)
 
 /// Cuts a planar outline with holes into triangles: as many as there are points less two, and two more for each hole.
 /// They number the points of all outlines in their order and run counter-clockwise where the outer outline does; the
-/// outlines may run either way round. A shape that crosses itself gets triangles, some of which overlap.
+/// outlines may run either way round. Holes may touch each other and the outer outline at points; where outlines cross
+/// or run along each other triangles may overlap.
 inline std::vector<Triangle> triangulate(AnyShape outlines)
 {
     const std::vector<korvale_points> views = detail::views_of(outlines);
