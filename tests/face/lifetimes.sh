@@ -64,6 +64,7 @@ is_right 'korvale::PointView v = std::span<const korvale::Point>(kept); use(&v);
 is_right 'korvale::ShapeView v = all_kept; use(&v);'
 is_right 'korvale::ShapeView v = {kept, kept}; use(&v);'
 is_right 'korvale::offset(make(), 1); korvale::offset(make_all(), 1); korvale::offset({{0, 0, 0}, {1, 0, 0}}, 1);'
+is_right 'korvale::BevelStep wall[2] = {}; korvale::bevel(make(), wall); korvale::bevel(make_all(), wall);'
 is_right 'korvale::RayGrid grid(make(), triangles); korvale::RayGrid soup(make()); use(&grid); use(&soup);'
 is_right 'korvale::RayGrid grid = korvale::RayGrid::over(kept); use(&grid);'
 is_right 'auto band = korvale::band(kept, 1); auto border = band.border(); use(border.data());'

@@ -94,6 +94,32 @@ TEST(FaceResult, TransformsTellWhatTheyRefuse)
     EXPECT_EQ(one[0], (Point{1, 2, 3}));
 }
 
+TEST(FaceResult, MeshesTellWhatTheyRefuse)
+{
+    const BevelStep wall[] = {{0, 0}, {0, 1}};
+    const Mesh box = *try_bevel(kSquare, wall);
+    EXPECT_EQ(box, bevel(kSquare, wall));
+    EXPECT_EQ(*try_tube({{0, 0, 0}, {0, 0, 1}}, kSquare), tube({{0, 0, 0}, {0, 0, 1}}, kSquare));
+    EXPECT_EQ(*try_triangulate(kSquare), triangulate(kSquare));
+    EXPECT_EQ(*try_shapes({kSquare}), shapes({kSquare}));
+    EXPECT_EQ(*box.try_volume(), box.volume());
+    EXPECT_EQ(*box.try_bounds(), box.bounds());
+    EXPECT_EQ(*box.try_normals(), box.normals());
+    EXPECT_EQ(*box.try_areas(), box.areas());
+    expect_refused(try_bevel(kSquare, std::span(wall, 1)), [&] { bevel(kSquare, std::span(wall, 1)); });
+    expect_refused(try_bevel(kTwo, wall), [&] { bevel(kTwo, wall); });
+    expect_refused(try_tube(Outline(1), kSquare), [] { tube(Outline(1), kSquare); });
+    expect_refused(try_triangulate(kTwo), [] { triangulate(kTwo); });
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const Outline bad = {{nan, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    expect_refused(try_shapes(std::vector<Outline>{bad}), [&] { shapes(std::vector<Outline>{bad}); });
+    expect_refused(Mesh().try_bounds(), [] { (void)Mesh().bounds(); });
+    const Mesh open = {kSquare, kTriangles}, wild = {kSquare, {{0, 1, 9}}};
+    expect_refused(open.try_volume(), [&] { (void)open.volume(); });
+    expect_refused(wild.try_normals(), [&] { (void)wild.normals(); });
+    expect_refused(wild.try_areas(), [&] { (void)wild.areas(); });
+}
+
 TEST(FaceResult, ScatteringTellsWhatItRefuses)
 {
     EXPECT_EQ(*try_scatter(kSquare, kTriangles, 9, 1), scatter(kSquare, kTriangles, 9, 1));

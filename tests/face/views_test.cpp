@@ -126,6 +126,29 @@ TEST(FaceViews, ArePartsOfShapes)
     EXPECT_EQ(named[1].points, borders[1].points);
 }
 
+TEST(FaceViews, SpansOfNumbersAreOutlines)
+{
+    std::vector<double> numbers = kDoubles;
+    const std::vector<std::span<double>> shape = {numbers, numbers};
+    EXPECT_EQ(offset(shape, 1)[0].points, offset(kSquare, 1).points);
+}
+
+TEST(FaceShapes, MayBeASingleOutline)
+{
+    const Mesh expected = bevel(std::vector<Outline>{kSquare}, {{0, 0}, {0, 1}});
+    EXPECT_EQ(expected.vertices.size(), 8u);
+    EXPECT_EQ(bevel(kSquare, {{0, 0}, {0, 1}}), expected);
+    EXPECT_EQ(bevel({kSquare}, {{0, 0}, {0, 1}}), expected);
+    EXPECT_EQ(bevel(kVertices, {{0, 0}, {0, 1}}), expected);
+    EXPECT_EQ(bevel(PointView(kSquare), {{0, 0}, {0, 1}}), expected);
+    EXPECT_EQ(bevel(Outline(kSquare), {{0, 0}, {0, 1}}), expected);
+    EXPECT_EQ(bevel({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}}, {{0, 0}, {0, 1}}), expected);
+    EXPECT_EQ(triangulate(kSquare).size(), 2u);
+    EXPECT_EQ(triangulate(kDoubles), triangulate(std::vector<Outline>{kSquare}));
+    EXPECT_EQ(triangulate({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}}).size(), 1u);
+    EXPECT_EQ(triangulate(ShapeView{kSquare}), triangulate(kSquare));
+}
+
 TEST(FaceViews, PointsOfAnyLayoutAreChangedInPlace)
 {
     const Transform place = Transform::translation({10, 20, 30});

@@ -26,45 +26,55 @@ struct Mesh {
     std::vector<Triangle> triangles; ///< numbers of vertices
 
     /// The unit normal of each triangle, on the side from which it runs counter-clockwise; 0 0 0 where it has no area.
-    std::vector<Point> normals() const
-    {
-        std::vector<Point> normals(triangles.size());
-        const korvale_triangles all = detail::triangles_of(vertices, triangles);
-        double* const to = normals.empty() ? nullptr : normals[0].data();
-        detail::call("Mesh::normals", [&](korvale_error* error) { return korvale_mesh_normals(&all, to, error); });
-        return normals;
-    }
+    std::vector<Point> normals() const { return try_normals().value(); }
 
     /// The area of each triangle.
-    std::vector<double> areas() const
-    {
-        std::vector<double> areas(triangles.size());
-        const korvale_triangles all = detail::triangles_of(vertices, triangles);
-        detail::call("Mesh::areas",
-                     [&](korvale_error* error) { return korvale_mesh_areas(&all, areas.data(), error); });
-        return areas;
-    }
+    std::vector<double> areas() const { return try_areas().value(); }
 
     /// The box around the triangles. Throws `Error` where there are none, and for numbers that are not finite.
-    Bounds bounds() const
-    {
-        Bounds box;
-        const korvale_triangles all = detail::triangles_of(vertices, triangles);
-        detail::call("Mesh::bounds", [&](korvale_error* error) {
-            return korvale_mesh_bounds(&all, box.least.data(), box.greatest.data(), error);
-        });
-        return box;
-    }
+    Bounds bounds() const { return try_bounds().value(); }
 
     /// The volume inside, negative where the triangles face inwards. Vertices at exactly one place count as one. Throws
     /// `Error` for a mesh that is not closed: each edge has to be run through as often one way as the other.
-    double volume() const
+    double volume() const { return try_volume().value(); }
+
+    /// The same four, telling of failures by their result.
+    ///@{
+    Result<std::vector<Point>> try_normals() const
+    {
+        return detail::within_memory("Mesh::normals", [&]() -> Result<std::vector<Point>> {
+            std::vector<Point> normals(triangles.size());
+            const korvale_triangles all = detail::triangles_of(vertices, triangles);
+            double* const to = normals.empty() ? nullptr : normals[0].data();
+            return detail::given("Mesh::normals", normals,
+                                 [&](korvale_error* error) { return korvale_mesh_normals(&all, to, error); });
+        });
+    }
+    Result<std::vector<double>> try_areas() const
+    {
+        return detail::within_memory("Mesh::areas", [&]() -> Result<std::vector<double>> {
+            std::vector<double> areas(triangles.size());
+            const korvale_triangles all = detail::triangles_of(vertices, triangles);
+            return detail::given("Mesh::areas", areas,
+                                 [&](korvale_error* error) { return korvale_mesh_areas(&all, areas.data(), error); });
+        });
+    }
+    Result<Bounds> try_bounds() const
+    {
+        Bounds box;
+        const korvale_triangles all = detail::triangles_of(vertices, triangles);
+        return detail::given("Mesh::bounds", box, [&](korvale_error* error) {
+            return korvale_mesh_bounds(&all, box.least.data(), box.greatest.data(), error);
+        });
+    }
+    Result<double> try_volume() const
     {
         double volume = 0.0;
         const korvale_triangles all = detail::triangles_of(vertices, triangles);
-        detail::call("Mesh::volume", [&](korvale_error* error) { return korvale_mesh_volume(&all, &volume, error); });
-        return volume;
+        return detail::given("Mesh::volume", volume,
+                             [&](korvale_error* error) { return korvale_mesh_volume(&all, &volume, error); });
     }
+    ///@}
 
     /// The same vertices and triangles, in the same order.
     friend bool operator==(const Mesh&, const Mesh&) = default;
@@ -96,24 +106,59 @@ inline Mesh taken(korvale_mesh* made)
 
 } // namespace detail
 
+/// `triangulate`, telling of failures by its result.
+inline Result<std::vector<Triangle>> try_triangulate(AnyShape outlines)
+{
+    return detail::within_memory("triangulate", [&]() -> Result<std::vector<Triangle>> {
+        const std::vector<korvale_points> views = detail::views_of(outlines);
+        std::vector<Triangle> triangles;
+        for (const korvale_points& outline : views)
+            triangles.resize(triangles.size() + static_cast<std::size_t>(outline.count) + 2);
+        korvale_error error;
+        std::int64_t written = 0;
+        const korvale_status status = korvale_triangulate(
+            views.data(), static_cast<std::int64_t>(views.size()), triangles.empty() ? nullptr : triangles[0].data(),
+            static_cast<std::int64_t>(triangles.size()), &written, &error);
+        if (status != KORVALE_OK)
+            return Failure("triangulate", status, error);
+        triangles.resize(static_cast<std::size_t>(written));
+        return triangles;
+    });
+}
+
 /// Cuts a planar outline with holes into triangles: as many as there are points less two, and two more for each hole.
 /// They number the points of all outlines in their order and run counter-clockwise where the outer outline does; the
 /// outlines may run either way round. Holes may touch each other and the outer outline at points; where outlines cross
 /// or run along each other triangles may overlap.
 inline std::vector<Triangle> triangulate(AnyShape outlines)
 {
-    const std::vector<korvale_points> views = detail::views_of(outlines);
-    std::vector<Triangle> triangles;
-    for (const korvale_points& outline : views)
-        triangles.resize(triangles.size() + static_cast<std::size_t>(outline.count) + 2);
-    korvale_error error;
-    std::int64_t written = 0;
-    const korvale_status status = korvale_triangulate(views.data(), static_cast<std::int64_t>(views.size()),
-                                                      triangles.empty() ? nullptr : triangles[0].data(),
-                                                      static_cast<std::int64_t>(triangles.size()), &written, &error);
-    detail::check("triangulate", status, error);
-    triangles.resize(static_cast<std::size_t>(written));
-    return triangles;
+    return try_triangulate(outlines.view()).value();
+}
+
+/// `shapes`, telling of failures by its result.
+inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outlines)
+{
+    return detail::within_memory("shapes", [&]() -> Result<std::vector<std::vector<std::size_t>>> {
+        const std::vector<korvale_points> views = detail::views_of(outlines);
+        std::vector<std::int32_t> outer(views.size());
+        korvale_error error;
+        if (const korvale_status status =
+                korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), outer.data(), &error);
+            status != KORVALE_OK)
+            return Failure("shapes", status, error);
+        std::vector<std::vector<std::size_t>> shapes;
+        std::vector<std::size_t> place(views.size());
+        for (const bool holes : {false, true})
+            for (std::size_t k = 0; k < outer.size(); ++k)
+                if (const std::int32_t m = outer[k]; m >= 0 && (m != static_cast<std::int32_t>(k)) == holes) {
+                    if (!holes) {
+                        place[k] = shapes.size();
+                        shapes.emplace_back();
+                    }
+                    shapes[place[static_cast<std::size_t>(m)]].push_back(k);
+                }
+        return shapes;
+    });
 }
 
 /// Sorts outlines seen from above, along z, into shapes: numbers of outlines, that of an outer one first and then those
@@ -126,25 +171,9 @@ inline std::vector<Triangle> triangulate(AnyShape outlines)
 /// for (const std::vector<std::size_t>& shape : korvale::shapes(letter))
 ///     draw(letter[shape[0]], shape.size() - 1);
 /// ```
-inline std::vector<std::vector<std::size_t>> shapes(AnyShape outlines)
+inline std::vector<std::vector<std::size_t>> shapes(AnyOutlines outlines)
 {
-    const std::vector<korvale_points> views = detail::views_of(outlines);
-    std::vector<std::int32_t> outer(views.size());
-    korvale_error error;
-    detail::check("shapes", korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), outer.data(), &error),
-                  error);
-    std::vector<std::vector<std::size_t>> shapes;
-    std::vector<std::size_t> place(views.size());
-    for (const bool holes : {false, true})
-        for (std::size_t k = 0; k < outer.size(); ++k)
-            if (const std::int32_t m = outer[k]; m >= 0 && (m != static_cast<std::int32_t>(k)) == holes) {
-                if (!holes) {
-                    place[k] = shapes.size();
-                    shapes.emplace_back();
-                }
-                shapes[place[static_cast<std::size_t>(m)]].push_back(k);
-            }
-    return shapes;
+    return try_shapes(outlines.view()).value();
 }
 
 /// One layer of a bevel.
@@ -152,6 +181,24 @@ struct BevelStep {
     double distance; ///< outwards
     double height;   ///< along the normal of the outer outline
 };
+
+/// `bevel`, telling of failures by its result.
+inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true)
+{
+    static_assert(sizeof(BevelStep) == sizeof(korvale_bevel_step));
+    return detail::within_memory("bevel", [&]() -> Result<Mesh> {
+        const auto* const steps = reinterpret_cast<const korvale_bevel_step*>(profile.data());
+        const std::vector<korvale_points> views = detail::views_of(outlines);
+        const korvale_bevel_options how = {sizeof how, split};
+        korvale_mesh* made = nullptr;
+        korvale_error error;
+        if (const korvale_status status = korvale_bevel(views.data(), static_cast<std::int64_t>(views.size()), steps,
+                                                        static_cast<std::int64_t>(profile.size()), &how, &made, &error);
+            status != KORVALE_OK)
+            return Failure("bevel", status, error);
+        return detail::taken(made);
+    });
+}
 
 /// A closed mesh from an outline with holes and a profile: a layer for each step, strips between neighbours, a cap on
 /// the first and on the last layer. Its triangles face outwards.
@@ -167,16 +214,7 @@ struct BevelStep {
 /// Throws `Error` for fewer than two steps, no outline, fewer than three points, and numbers that are not finite.
 inline Mesh bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true)
 {
-    static_assert(sizeof(BevelStep) == sizeof(korvale_bevel_step));
-    const auto* const steps = reinterpret_cast<const korvale_bevel_step*>(profile.data());
-    const std::vector<korvale_points> views = detail::views_of(outlines);
-    const korvale_bevel_options how = {sizeof how, split};
-    korvale_mesh* made = nullptr;
-    detail::call("bevel", [&](korvale_error* error) {
-        return korvale_bevel(views.data(), static_cast<std::int64_t>(views.size()), steps,
-                             static_cast<std::int64_t>(profile.size()), &how, &made, error);
-    });
-    return detail::taken(made);
+    return try_bevel(outlines.view(), profile, split).value();
 }
 
 /// The same with a profile written out.
@@ -190,6 +228,20 @@ struct TubeOptions {
     bool closed = false; ///< the last point of the path joins the first
     bool caps = true;    ///< close the two ends of an open tube
 };
+
+/// `tube`, telling of failures by its result.
+inline Result<Mesh> try_tube(AnyPoints path, AnyPoints section, const TubeOptions& options = {})
+{
+    return detail::within_memory("tube", [&]() -> Result<Mesh> {
+        const korvale_points along = detail::view_of(path), around = detail::view_of(section);
+        const korvale_tube_options how = {sizeof how, options.closed, options.caps, 0};
+        korvale_mesh* made = nullptr;
+        korvale_error error;
+        if (const korvale_status status = korvale_tube(&along, &around, &how, &made, &error); status != KORVALE_OK)
+            return Failure("tube", status, error);
+        return detail::taken(made);
+    });
+}
 
 /// A mesh from a path and a section: the section, an outline in the plane z = 0 around the origin, is carried to every
 /// point of the path by `frames` and neighbours are joined by strips. Its triangles face outwards.
@@ -206,11 +258,7 @@ struct TubeOptions {
 /// numbers that are not finite.
 inline Mesh tube(AnyPoints path, AnyPoints section, const TubeOptions& options = {})
 {
-    const korvale_points along = detail::view_of(path), around = detail::view_of(section);
-    const korvale_tube_options how = {sizeof how, options.closed, options.caps, 0};
-    korvale_mesh* made = nullptr;
-    detail::call("tube", [&](korvale_error* error) { return korvale_tube(&along, &around, &how, &made, error); });
-    return detail::taken(made);
+    return try_tube(path.view(), section.view(), options).value();
 }
 
 } // namespace korvale

@@ -109,13 +109,13 @@ public:
     }
 
     /// Offsets an outer outline and its holes; see `offset`. The results are handed over, so the accessors show none.
-    std::vector<Offset> shape(AnyShape outlines, double distance, const OffsetOptions& options = {})
+    std::vector<Offset> shape(AnyOutlines outlines, double distance, const OffsetOptions& options = {})
     {
         return try_shape(outlines.view(), distance, options).value();
     }
 
     /// The same, telling of failures by its result.
-    Result<std::vector<Offset>> try_shape(AnyShape outlines, double distance, const OffsetOptions& options = {})
+    Result<std::vector<Offset>> try_shape(AnyOutlines outlines, double distance, const OffsetOptions& options = {})
     {
         return detail::within_memory("offset", [&]() -> Result<std::vector<Offset>> {
             std::vector<korvale_points> points;
@@ -207,7 +207,7 @@ inline Offset offset(AnyPoints outline, double distance, const OffsetOptions& op
 }
 
 /// `offset`, telling of failures by its result.
-inline Result<std::vector<Offset>> try_offset(AnyShape outlines, double distance, const OffsetOptions& options = {})
+inline Result<std::vector<Offset>> try_offset(AnyOutlines outlines, double distance, const OffsetOptions& options = {})
 {
     Result<Offsetter> offsetter = Offsetter::try_make();
     if (!offsetter)
@@ -225,7 +225,7 @@ inline Result<std::vector<Offset>> try_offset(AnyShape outlines, double distance
 ///     {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}}, {{3, 3, 0}, {7, 3, 0}, {7, 7, 0}, {3, 7, 0}}};
 /// auto borders = korvale::offset(plate, 1); // sides of 12 and 2
 /// ```
-inline std::vector<Offset> offset(AnyShape outlines, double distance, const OffsetOptions& options = {})
+inline std::vector<Offset> offset(AnyOutlines outlines, double distance, const OffsetOptions& options = {})
 {
     return try_offset(outlines.view(), distance, options).value();
 }

@@ -140,7 +140,7 @@ private:
 template <class T>
 class [[nodiscard]] Result {
 public:
-    using value_type = T;
+    using value_type = T; ///< of the value
 
     /// A value, or a failure.
     ///@{
@@ -206,7 +206,7 @@ private:
 template <>
 class [[nodiscard]] Result<void> {
 public:
-    using value_type = void;
+    using value_type = void; ///< there is none
 
     /// All is done, or a failure.
     ///@{

@@ -49,10 +49,12 @@ concept HasXyz = HasXy<T, Number> && requires(T& p)
 };
 ///@}
 
-/// `n` of type Number and nothing else, behind an index.
+/// `n` of type Number and nothing else, behind an index. A range of two has to tell so, as a span is as large.
 template <class T, class Number, std::size_t n>
 concept Indexed = !std::is_pointer_v<T> && std::is_trivially_copyable_v<T> && std::is_standard_layout_v<T> &&
-                  sizeof(T) == n * sizeof(Number) && requires(T & p)
+                  !std::ranges::enable_view<T> && sizeof(T) == n * sizeof(Number) &&
+                  (n == 3 || std::is_array_v<T> || !std::ranges::range<T> || requires { std::tuple_size<T>::value; }) &&
+                  requires(T & p)
 {
     requires std::same_as<decltype((p[0])), Number&>;
 };
@@ -515,7 +517,7 @@ using AnyTriangles = AnyGroups<3>;
 /// Edges, two numbers of points each, as an argument.
 using AnyEdges = AnyGroups<2>;
 
-class AnyShape;
+class AnyOutlines;
 
 /// An outer outline and its holes, each a `PointView`: made from a range of ranges of points, without copying the
 /// points.
@@ -553,39 +555,40 @@ public:
     ///@}
 
 private:
-    friend class AnyShape;
+    friend class AnyOutlines;
     ShapeView() = default;
 
     std::vector<PointView> outlines_;
 };
 
-/// An outer outline and its holes as an argument: all that `ShapeView` takes, temporaries, and outlines written out. It
-/// cannot be kept.
-class AnyShape {
+/// Outlines as an argument, such as an outer one and its holes: all that `ShapeView` takes, temporaries, and outlines
+/// written out. It cannot be kept.
+class AnyOutlines {
 public:
     /// A range of outlines, the outer one first.
     template <std::ranges::input_range R>
-    requires(!std::same_as<std::remove_cvref_t<R>, ShapeView> && !std::same_as<std::remove_cvref_t<R>, AnyShape> &&
+    requires(!std::same_as<std::remove_cvref_t<R>, ShapeView> &&
+             !std::derived_from<std::remove_cvref_t<R>, AnyOutlines> &&
              !detail::AnyPoint<std::remove_cvref_t<std::ranges::range_reference_t<R>>> &&
              std::convertible_to<std::ranges::range_reference_t<R>, PointView>)
-        AnyShape(R&& outlines KORVALE_LIFETIMEBOUND) // NOLINT: made in passing
+        AnyOutlines(R&& outlines KORVALE_LIFETIMEBOUND) // NOLINT: made in passing
     {
         for (auto&& outline : outlines)
             view_.outlines_.push_back(PointView(outline));
     }
 
     /// Outlines of any kind, as `{outer, hole, hole}`.
-    AnyShape(std::initializer_list<AnyPoints> outlines KORVALE_LIFETIMEBOUND) // NOLINT
+    AnyOutlines(std::initializer_list<AnyPoints> outlines KORVALE_LIFETIMEBOUND) // NOLINT
     {
         for (const AnyPoints& outline : outlines)
             view_.outlines_.push_back(outline.view());
     }
 
     /// A view.
-    AnyShape(ShapeView outlines) : view_(std::move(outlines)) {} // NOLINT
+    AnyOutlines(ShapeView outlines) : view_(std::move(outlines)) {} // NOLINT
 
-    AnyShape(const AnyShape&) = delete;
-    AnyShape& operator=(const AnyShape&) = delete;
+    AnyOutlines(const AnyOutlines&) = delete;
+    AnyOutlines& operator=(const AnyOutlines&) = delete;
 
     /// The outlines, which are there until the call ends.
     ///@{
@@ -597,8 +600,40 @@ public:
     auto end() const noexcept { return view_.end(); }
     ///@}
 
+protected:
+    /// A single outline.
+    explicit AnyOutlines(PointView outline) { view_.outlines_.push_back(outline); }
+
 private:
     ShapeView view_;
+};
+
+/// A shape as an argument: a single outline, of all kinds that `AnyPoints` takes, or an outer outline and its holes. It
+/// cannot be kept.
+class AnyShape : public AnyOutlines {
+public:
+    /// Outlines, the outer one first.
+    ///@{
+    template <class T>
+    requires(!std::derived_from<std::remove_cvref_t<T>, AnyOutlines> && std::convertible_to<T, AnyOutlines>)
+        AnyShape(T&& outlines KORVALE_LIFETIMEBOUND) // NOLINT: made in passing
+        : AnyOutlines(std::forward<T>(outlines))
+    {
+    }
+    AnyShape(std::initializer_list<AnyPoints> outlines KORVALE_LIFETIMEBOUND) : AnyOutlines(outlines) {} // NOLINT
+    ///@}
+
+    /// A single outline, or its points written out.
+    ///@{
+    template <class T>
+    requires(!std::convertible_to<T, AnyOutlines> && !std::derived_from<std::remove_cvref_t<T>, AnyOutlines> &&
+             std::convertible_to<T, AnyPoints>) AnyShape(T&& outline KORVALE_LIFETIMEBOUND) // NOLINT: made in passing
+        : AnyOutlines(AnyPoints(outline).view())
+    {
+    }
+    AnyShape(std::initializer_list<Point> points KORVALE_LIFETIMEBOUND)
+        : AnyOutlines(AnyPoints(points).view()) {} // NOLINT
+    ///@}
 };
 
 } // namespace korvale
