@@ -1,6 +1,6 @@
 // Outlines cut into triangles and sorted into shapes. "ns/point" of 60,000 points is at most twice that of 8,000, as it
-// grows with n log n; "offset/this" is the time of moving the same outlines by a hundredth of their size, divided by the
-// time of sorting them.
+// grows with n log n; "offset/this" is the time of moving the same outlines by a hundredth of their size, divided by
+// the time of sorting them.
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
