@@ -3,14 +3,10 @@
 #include <optional>
 
 #include "door/internal/heap.h"
+#include "door/internal/side.h"
 
 // Edges in a plane, found by where they are.
 namespace korvale::door {
-
-/// A point or vector in the plane.
-struct Place {
-    double x, y;
-};
 
 inline Place operator+(const Place& a, const Place& b)
 {
