@@ -363,7 +363,8 @@ KORVALE_C_API void korvale_bevel_defaults(korvale_bevel_options* options, size_t
 ///
 /// Each layer is that of `korvale_offsetter_run`, so edges that shrink to nothing close like the hips of a roof. A
 /// layer in which an outline collapses without `split` is made with it, as it may be inside out. Points at exactly one
-/// place are one. No random number is drawn, and outlines may have any size, as those of `korvale_offset`.
+/// place are one. No random number is drawn, and outlines may have any size, as those of `korvale_offset`. Outlines do
+/// not see each other: where a step makes them cross, as a stroke moved in by more than half its width, caps overlap.
 ///
 /// Refuses fewer than two steps, no outline, fewer than three points, numbers that are not finite, and steps that move
 /// points farther than numbers go.

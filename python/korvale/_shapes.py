@@ -213,7 +213,8 @@ def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True) -> Mesh:
 
     Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A layer in
     which an outline collapses without `split` is made with it. The triangles face outwards. Vertices at exactly one
-    place are one vertex. Outlines may have any size; no random number is drawn.
+    place are one vertex. Outlines may have any size; no random number is drawn. They do not see each other: where a
+    step makes them cross, as a stroke moved in by more than half its width, caps overlap.
 
     >>> korvale.bevel([(0, 0), (4, 0), (4, 4), (0, 4)], [(0, 0), (0, 8), (-1, 9)])  # a wall with a chamfer
     <korvale.Mesh of 12 vertices, 20 triangles>

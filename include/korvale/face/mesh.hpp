@@ -206,6 +206,8 @@ inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> prof
 /// Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A layer in
 /// which an outline collapses without `split` is made with it, as it may be inside out. Vertices at exactly one place
 /// are one vertex of the mesh. No random number is drawn, and outlines may have any size, as those of `offset`.
+/// Outlines do not see each other: where a step makes them cross, as a stroke moved in by more than half its width,
+/// caps overlap.
 ///
 /// ```
 /// const korvale::Mesh solid = korvale::bevel(letter, {{0, 0}, {0, 8}, {-1, 9}}); // a wall with a chamfer on top
