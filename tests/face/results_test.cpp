@@ -325,6 +325,31 @@ TEST(FaceStop, EndsWorkOfGrids)
     EXPECT_EQ(depth.back(), 1);
 }
 
+TEST(FaceStop, EndsOffsetsAndBands)
+{
+    Outline wheel, zigzag; // with teeth of many heights, and with turns that a border gives way to
+    for (int i = 0; i < 8000; ++i) {
+        const double turn = 3.141592653589793 * i / 4000, radius = i % 2 == 0 ? 10 : 9.9 - 0.001 * (i % 37);
+        wheel.push_back({radius * std::cos(turn), radius * std::sin(turn), 0});
+    }
+    for (int i = 0; i < 3000; ++i)
+        zigzag.push_back({0.4 * i, 0.3 * (i % 3) + 0.1 * (i % 7), 0});
+    std::stop_source stop;
+    EXPECT_EQ(offset(wheel, 0.3, {.progress = stop.get_token()}), offset(wheel, 0.3));
+    EXPECT_EQ(band(zigzag, 2, {.progress = stop.get_token()}), band(zigzag, 2));
+    stop.request_stop();
+    EXPECT_EQ(refusal_of([&] { offset(wheel, 0.3, {.progress = stop.get_token()}); }),
+              "offset: progress must go on, but it has stopped the work");
+    EXPECT_EQ(refusal_of([&] { band(zigzag, 2, {.progress = stop.get_token()}); }),
+              "band: progress must go on, but it has stopped the work");
+    Offsetter offsetter;
+    const Result<void> done = offsetter.try_offset(wheel, 0.3, {.progress = stop.get_token()});
+    ASSERT_FALSE(done);
+    EXPECT_EQ(done.error().status(), KORVALE_STOPPED);
+    EXPECT_TRUE(offsetter.points().empty());
+    EXPECT_THROW(offset(wheel, 0.3, {.progress = [](double) -> bool { throw 7; }}), int);
+}
+
 TEST(FaceStop, GoesWithAFunction)
 {
     std::stop_source stop;

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "points.hpp"
+#include "progress.hpp"
 
 namespace korvale {
 
@@ -18,6 +19,7 @@ struct BandOptions {
 
     bool closed = false;      ///< the last point joins the first (do not repeat it): the band is a ring, two outlines
     double miter_limit = 4.0; ///< no point of the border is farther from the line than this many distances
+    Progress progress = {};   ///< told while bands of many points are laid; it may stop that
 };
 
 /// Two edges of a band that meet.
@@ -69,11 +71,6 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
     return detail::within_memory("band", [&]() -> Result<Band> {
         const std::size_t n = line.size();
         const Point up = options.up.value_or(Point{});
-        const korvale_band_options how = {
-            sizeof how,     options.both_sides,    options.up.has_value(), options.closed,
-            options.height, {up[0], up[1], up[2]}, options.miter_limit,    nullptr,
-            nullptr,
-        };
         Band band;
         band.outline = Points(2 * n);
         band.removed = Array<std::uint8_t>(n);
@@ -81,9 +78,17 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
         korvale_band_result result = {
             band.outline.coordinates().data(), band.removed.data(), band.narrowed.data(), 0, 0, {0, 0}};
         const korvale_points points = detail::view_of(line);
-        korvale_error error;
-        if (const korvale_status status = korvale_band(&points, distance, &how, &result, &error); status != KORVALE_OK)
-            return Failure("band", status, error);
+        const Result<void> done =
+            detail::done("band", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
+                const korvale_band_options how = {
+                    sizeof how,     options.both_sides,    options.up.has_value(), options.closed,
+                    options.height, {up[0], up[1], up[2]}, options.miter_limit,    told,
+                    user,
+                };
+                return korvale_band(&points, distance, &how, &result, error);
+            });
+        if (!done)
+            return done.error();
         band.collapsed = result.collapsed != 0;
         if (result.crosses != 0)
             band.crossing =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "points.hpp"
+#include "progress.hpp"
 
 namespace korvale {
 
@@ -10,6 +11,7 @@ struct OffsetOptions {
     bool keep_vertices = true; ///< a point of the border per vertex of the outline; else removed vertices are left out
     bool split = true; ///< also stop where parts of the outline meet; else only where an edge vanishes (quicker), and
                        ///< parts that meet run through each other
+    Progress progress = {}; ///< told while outlines of many points are moved; it may stop that
 };
 
 /// One border, and what became of every vertex of its outline.
@@ -29,14 +31,22 @@ struct Offset {
 
 namespace detail {
 
-inline korvale_offset_options options_of(const OffsetOptions& options)
+inline korvale_offset_options options_of(const OffsetOptions& options, Told& told)
 {
-    return {sizeof(korvale_offset_options), options.keep_vertices, options.split, 0, options.height, nullptr, nullptr};
+    return {sizeof(korvale_offset_options),
+            options.keep_vertices,
+            options.split,
+            0,
+            options.height,
+            told.function(),
+            told.user()};
 }
 
 /// The failure of `offset`; `one_outline` goes by its own name.
 inline Failure failure_of_offset(korvale_status status, const korvale_error& error, bool one_outline) noexcept
 {
+    if (status == KORVALE_STOPPED)
+        return Told::stopped("offset");
     if (status == KORVALE_BAD_ARGUMENT && one_outline && std::string_view(error.argument) == "outline 0")
         return Failure("offset", "outline", error.wanted, error.given);
     return Failure("offset", status, error);
@@ -141,11 +151,13 @@ private:
     Result<void> run(std::span<const korvale_points> outlines, double distance, const OffsetOptions& options,
                      bool one_outline)
     {
-        const korvale_offset_options how = detail::options_of(options);
+        detail::Told told(options.progress);
+        const korvale_offset_options how = detail::options_of(options, told);
         korvale_error error;
         const korvale_status status = korvale_offsetter_run(
             offsetter_.get(), outlines.data(), static_cast<std::int64_t>(outlines.size()), distance, &how, &error);
         border_ = korvale_offsetter_border(offsetter_.get(), 0);
+        told.rethrow();
         if (status != KORVALE_OK)
             return detail::failure_of_offset(status, error, one_outline);
         return {};
@@ -176,10 +188,14 @@ inline Result<Offset> try_offset(AnyPoints outline, double distance, const Offse
         korvale_border to = {
             border.points.coordinates().data(), border.removed.data(), border.merged_into.data(), 0, 0, 0, 0};
         const korvale_points points = detail::view_of(outline);
-        const korvale_offset_options how = detail::options_of(options);
-        korvale_error error;
-        if (const korvale_status status = korvale_offset(&points, distance, &how, &to, &error); status != KORVALE_OK)
-            return Failure("offset", status, error);
+        const Result<void> done =
+            detail::done("offset", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
+                const korvale_offset_options how = {
+                    sizeof how, options.keep_vertices, options.split, 0, options.height, told, user};
+                return korvale_offset(&points, distance, &how, &to, error);
+            });
+        if (!done)
+            return done.error();
         border.points = Points(border.points.release(), static_cast<std::size_t>(to.count));
         border.collapsed = to.collapsed != 0;
         return border;

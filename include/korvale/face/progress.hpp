@@ -59,6 +59,12 @@ public:
     void* user() noexcept { return this; }
     ///@}
 
+    /// The failure of a function that has been stopped.
+    static Failure stopped(const char* function) noexcept
+    {
+        return Failure(function, "progress", "go on", "it has stopped the work", KORVALE_STOPPED);
+    }
+
     /// Throws on what has been thrown.
     void rethrow() const
     {
@@ -89,7 +95,7 @@ Result<void> done(const char* function, const Progress& progress, Call call)
     const korvale_status status = call(told.function(), told.user(), &error);
     told.rethrow();
     if (status == KORVALE_STOPPED)
-        return Failure(function, "progress", "go on", "it has stopped the work", KORVALE_STOPPED);
+        return Told::stopped(function);
     if (status != KORVALE_OK)
         return Failure(function, status, error);
     return {};
