@@ -143,14 +143,18 @@ Event search_once(const Watch& watch, const Wavefront& w, const Allowance& allow
     double stage = std::min(window, kWideWindow * allow.edge);
     for (;;) {
         const BoxTree tree = grow_boxes(watch, w, outwards ? stage : -stage, slack_of(w.drift, allow.reach, window));
-        int64_t left = kQuestion;
-        const bool is_done = for_meeting_boxes(tree, watch.boxes, w.live, [&](int32_t m, int32_t e) {
+        const auto look = [&w, &event, outwards](int32_t m, int32_t e) {
             meet(w, outwards, m, e, event);
-            if (--left > 0)
+            return true;
+        };
+        int64_t leaves = kQuestion / BoxTree::kFan;
+        const auto ask = [&w, &leaves] {
+            if (--leaves > 0)
                 return true;
-            left = kQuestion;
+            leaves = kQuestion / BoxTree::kFan;
             return goes_on(w.s);
-        });
+        };
+        const bool is_done = for_meeting_boxes(tree, watch.boxes, w.live, look, ask);
         if (!is_done)
             return event;
         window = std::min(window, std::fabs(event.time));

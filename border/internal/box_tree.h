@@ -169,8 +169,9 @@ KORVALE_OVER_LANES bool meet_leaf(const BoxTree& tree, const Boxes& vertices, in
 }
 
 /// `for_meeting_boxes` with V for lanes. The vertices of a leaf descend together, as the leaf's own box.
-template <class V, class Emit>
-KORVALE_OVER_LANES bool descend(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit)
+template <class V, class Emit, class GoesOn>
+KORVALE_OVER_LANES bool descend(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit,
+                                const GoesOn& goes_on)
 {
     const int top = tree.levels - 1;
     unsigned pending[BoxTree::kMostLevels];
@@ -191,7 +192,7 @@ KORVALE_OVER_LANES bool descend(const BoxTree& tree, const Boxes& vertices, int3
                 --level;
                 first[level] = BoxTree::kFan * node;
                 pending[level] = find_overlaps<V>(tree.level[level], first[level], box);
-            } else if (!meet_leaf<V>(tree, vertices, n, bunch, node, emit)) {
+            } else if (!meet_leaf<V>(tree, vertices, n, bunch, node, emit) || !goes_on()) {
                 return false;
             }
         }
@@ -199,19 +200,26 @@ KORVALE_OVER_LANES bool descend(const BoxTree& tree, const Boxes& vertices, int3
     return true;
 }
 
-template <class Emit>
-KORVALE_FOUR_LANES bool descend_by_four(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit)
+template <class Emit, class GoesOn>
+KORVALE_FOUR_LANES bool descend_by_four(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit,
+                                        const GoesOn& goes_on)
 {
-    return descend<Quad>(tree, vertices, n, emit);
+    return descend<Quad>(tree, vertices, n, emit, goes_on);
 }
 
 /// Calls emit(vertex, edge) for every vertex and edge whose boxes meet, except its own two edges, until it returns
-/// false. Whether it never did. n is above kFan.
+/// false, or goes_on() does, which is asked after every pair of leaves. Whether neither ever did. n is above kFan.
+template <class Emit, class GoesOn>
+bool for_meeting_boxes(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit, const GoesOn& goes_on)
+{
+    return widest([&] { return descend_by_four(tree, vertices, n, emit, goes_on); },
+                  [&] { return descend<Pair>(tree, vertices, n, emit, goes_on); });
+}
+
 template <class Emit>
 bool for_meeting_boxes(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit)
 {
-    return widest([&] { return descend_by_four(tree, vertices, n, emit); },
-                  [&] { return descend<Pair>(tree, vertices, n, emit); });
+    return for_meeting_boxes(tree, vertices, n, emit, [] { return true; });
 }
 
 } // namespace korvale::inside

@@ -27,7 +27,7 @@ struct Sweep {
     bool is_stopped = false; ///< written: `ask` has ended the sweep
 };
 
-/// Vertices or pairs looked at between two questions whether to go on: about a millisecond.
+/// Vertices looked at between two questions whether to go on, one by one or in pairs of leaves: a millisecond or a few.
 constexpr int64_t kQuestion = 100000;
 
 /// Whether to go on.
