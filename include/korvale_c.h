@@ -426,7 +426,8 @@ KORVALE_C_API korvale_status korvale_mesh_volume(const korvale_triangles* triang
 ///
 /// The call has a generator of its own: the same seed gives the same points in any number of threads, those that
 /// `DATATriSample` makes where korvale's own platform layer is there, and the generator of the process is neither
-/// seeded nor drawn from.
+/// seeded nor drawn from. A draw has 32,768 values: shares of the area are rounded to them, so that of 20,000 triangles
+/// of one size some get twice as many points as others, and of more than 32,768 some get none.
 ///
 /// Refuses no triangles, corners that are no points, numbers that are not finite, and rows that do not fit.
 KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles, uint32_t seed,
@@ -491,7 +492,8 @@ typedef struct korvale_hit {
 } korvale_hit;
 
 /// The number of triangles that the ray from `origin` [3] along `direction` [3] meets; 0 of a null argument. Where
-/// `distance` is not null it takes the distance to the nearest of them; without one it is left alone.
+/// `distance` is not null it takes the distance to the nearest of them; without one it is left alone. A ray aimed at an
+/// edge or a corner, up to rounding, may meet any of the triangles there, or none.
 KORVALE_C_API int32_t korvale_grid_count(const korvale_grid* grid, const double* origin, const double* direction,
                                          double* distance);
 
@@ -617,7 +619,7 @@ KORVALE_C_API korvale_status korvale_relaxer_run(korvale_relaxer* relaxer, const
                                                  const korvale_run_options* options, korvale_relaxation* result,
                                                  korvale_error* error);
 
-/// The energy at some points.
+/// The energy at some points. Edges and angles whose points are all held do not count.
 KORVALE_C_API korvale_status korvale_relaxer_energy(korvale_relaxer* relaxer, const korvale_points* points,
                                                     double* energy, korvale_error* error);
 

@@ -108,7 +108,7 @@ def join(a: NumbersLike, b: NumbersLike) -> Doubles:
 def seed(seed: int) -> None:
     """Sets the state of the random generator of the process, which RAND and GAUSS, `random` and `gauss` draw from.
 
-    The whole process shares it, and `scatter` seeds it too: a sequence repeats only where no other thread draws.
+    The whole process shares it: a sequence repeats only where no other thread draws. `scatter` has one of its own.
     """
     _korvale.seed(_input.count(seed, "seed", "seed", -(2**31)))
 

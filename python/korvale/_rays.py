@@ -125,7 +125,11 @@ class RayGrid:
         return [self._hit(hit) for hit in self._grid.hits(*_ray(origin, direction, "RayGrid.hits"))]
 
     def count(self, origin: PointLike, direction: PointLike) -> int:
-        """The number of triangles that a ray meets: odd from inside a closed mesh."""
+        """The number of triangles that a ray meets: odd from inside a closed mesh.
+
+        A ray aimed at an edge or a corner, up to rounding, may meet any of the triangles there, or none; `contains`
+        knows how to ask.
+        """
         return self._grid.count(*_ray(origin, direction, "RayGrid.count"))
 
     def any(self, origin: PointLike, direction: PointLike, reach: Number = numpy.inf) -> bool:

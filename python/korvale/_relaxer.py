@@ -136,7 +136,7 @@ class Relaxer:
         return Relaxation(_input.deliver(result, moving), *told)
 
     def energy(self, points: PointsLike) -> float:
-        """The energy at points (N, 3), which are only read."""
+        """The energy at points (N, 3), which are only read. Edges and angles whose points are all held do not count."""
         return self._mesh.energy(self._points(points, "Relaxer.energy"))
 
     def forces(self, points: PointsLike) -> Doubles:

@@ -132,7 +132,9 @@ def shapes(path: ShapesLike) -> list[list[Doubles]]:
     path: outlines in any order: a list of them, a path of matplotlib, such as that of a text, or of trimesh, polygons
         of Shapely, singly or many at a time.
 
-    An outline inside an even number of others is an outer one; it does not matter which way round it runs.
+    An outline inside an even number of others is an outer one; it does not matter which way round it runs. Outlines may
+    touch, but not cross. One that is there twice, number for number, is taken once; one that is nearly there twice is
+    another outline.
 
     >>> square = numpy.array([(0, 0), (1, 0), (1, 1), (0, 1)])
     >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]
@@ -307,6 +309,8 @@ def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | 
         (T, 3) given apart, or the corners of triangles (T, 3, 3) or (T, 9).
     seed: of a random generator of the call's own: the same seed gives the same points, in any number of threads. The
         generator of the process is neither seeded nor drawn from.
+        A draw has 32,768 values: shares of the area are rounded to them, so that of 20,000 triangles of one size some
+        get twice as many points as others, and of more than 32,768 some get none.
     attributes: values to be blended to the points by the same weights: (V, k) or (V,) for a mesh, (T, 3, k) or (T, 3)
         for corners.
 

@@ -151,7 +151,8 @@ public:
         return face;
     }
 
-    /// The number of triangles that the ray from `origin` along `direction` meets.
+    /// The number of triangles that the ray from `origin` along `direction` meets. A ray aimed at an edge or a corner,
+    /// up to rounding, may meet any of the triangles there, or none; `contains` knows how to ask.
     int count(const Point& origin, const Point& direction) const
     {
         return korvale_grid_count(handle_.get(), origin.data(), direction.data(), nullptr);

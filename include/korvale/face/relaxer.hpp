@@ -225,7 +225,7 @@ public:
         return Relaxation{result.steps, result.energy, static_cast<Stop>(result.stop)};
     }
 
-    /// The energy at some points, which are only read.
+    /// The energy at some points, which are only read. Edges and angles whose points are all held do not count.
     double energy(AnyPoints points) { return try_energy(points.view()).value(); }
 
     /// The same, telling of failures by its result.
