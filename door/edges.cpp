@@ -6,9 +6,6 @@
 #include <limits>
 
 namespace korvale::door {
-namespace {
-
-/// The point of an edge that is nearest to `p`.
 Place nearest_of(const Edge& e, const Place& p)
 {
     const Place along = e.to - e.from;
@@ -17,8 +14,6 @@ Place nearest_of(const Edge& e, const Place& p)
         return e.from;
     return e.from + std::clamp(dot(p - e.from, along) / square, 0.0, 1.0) * along;
 }
-
-} // namespace
 
 EdgeTree::Box EdgeTree::box_of(const Place& a, const Place& b)
 {

@@ -3,7 +3,7 @@
 // line there, lies on the wanted side and has nothing of the line inside, up to the distance: its centre is the place
 // of the border. The ball is found by shrinking it to whatever lies inside, as in "3D medial axis point approximation
 // using nearest neighbors and the normal field" by J. Ma, S. W. Bae and S. Choi, 2012. Invariant: no place is farther
-// from the line than the miter limit times the distance.
+// from the stretch of the line that it stands for than the miter limit times the distance.
 #include "door/internal/yield.h"
 
 #include <algorithm>
@@ -104,11 +104,27 @@ bool is_within_reach(const Beside& b, const Place& place, size_t i)
     return dot(d, d) <= most * most;
 }
 
-/// Whether a place is no farther from the line than the miter limit allows, as the inner corner of a sharp bend is not,
-/// however far it is from its own point of the line.
-bool is_near(const Beside& b, const Place& place)
+/// Whether the place of a point is no farther than the miter limit allows from the stretch of the line that it stands
+/// for: the edges between the points that share it and the two beside them. The inner corner of a sharp bend is so,
+/// however far it is from its own point. The tip of a corner that turns back is not, even where it lies beside edges
+/// that the line has left long before.
+bool is_near_its_stretch(const Beside& b, const Settling& s, size_t i)
 {
-    return b.edges.nearest(place, b.miter_limit * std::fabs(b.distance)).has_value();
+    const size_t n = b.line.size();
+    const auto is_shared = [&](size_t k) { return s.heir[k % n] == s.heir[i]; };
+    const size_t before = b.closed ? n - 1 : i, after = b.closed ? n - 1 : n - 1 - i;
+    size_t back = std::min<size_t>(before, 1), on = std::min<size_t>(after, 1);
+    while (back < before && is_shared(i + n - back))
+        ++back;
+    while (on < after && is_shared(i + on))
+        ++on;
+    const double most = b.miter_limit * std::fabs(b.distance);
+    for (size_t k = i + n - back; k < i + n + on; ++k) {
+        const Place d = s.border[i] - nearest_of({b.line[k % n], b.line[(k + 1) % n]}, s.border[i]);
+        if (dot(d, d) <= most * most)
+            return true;
+    }
+    return false;
 }
 
 bool is_clear(const Beside& b, const Place& place)
@@ -128,7 +144,7 @@ void find_misplaced(const Beside& b, const Settling& s)
         const Place place = s.border[i];
         const bool is_shared = i > 0 && place.x == s.border[i - 1].x && place.y == s.border[i - 1].y;
         clear = is_shared ? clear : is_clear(b, place);
-        s.moved[i] = !clear || !(is_within_reach(b, place, i) || (s.removed[i] == 0 && is_near(b, place))) ||
+        s.moved[i] = !clear || !(is_within_reach(b, place, i) || (s.removed[i] == 0 && is_near_its_stretch(b, s, i))) ||
                      (s.removed[i] == 0 && dot(place - b.line[i], way_of(b, i).along) < 0);
     }
     for (size_t i = 1; i < n; ++i)

@@ -33,6 +33,9 @@ struct Edge {
     Place from, to;
 };
 
+/// The point of an edge that is nearest to `p`.
+Place nearest_of(const Edge& e, const Place& p);
+
 /// Edges in a binary tree of boxes. Edges that are long beside their number go into it in several pieces, as a box
 /// around all of one would say little about it.
 class EdgeTree {

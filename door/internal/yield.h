@@ -32,8 +32,8 @@ struct Settling {
 size_t count_crowded(const Beside& b, const Telling& telling);
 
 /// Looks at every point of a swept border. Those that are neither nearer to the line than the distance nor farther from
-/// it than the miter limit allows stay, points that share a place only near their own points of the line. The others
-/// are placed anew: as far as nothing else of the line is nearer.
+/// their own stretch of it than the miter limit allows stay, points that share a place only near their own points of
+/// the line. The others are placed anew: as far as nothing else of the line is nearer.
 void settle(const Beside& beside, const Settling& s);
 
 } // namespace korvale::door

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <fstream>
 #include <limits>
 #include <string>
@@ -80,8 +81,32 @@ double distance_from(const Numbers& line, bool closed, double x, double y)
     return least;
 }
 
-/// No point of the outline is farther from the line than `limit` distances, and one that is told of nothing is not
-/// nearer than the distance.
+/// The stretch of a line for which point i of a border stands, which begins at `border` and runs by `step`: the points
+/// that share its place, and one more on either side.
+Numbers stretch_of(const Numbers& line, bool closed, const double* border, std::ptrdiff_t step, size_t i)
+{
+    const size_t n = line.size() / 3;
+    const auto is_shared = [&](size_t k) {
+        const double* const a = border + step * static_cast<std::ptrdiff_t>(k % n);
+        const double* const b = border + step * static_cast<std::ptrdiff_t>(i);
+        return std::hypot(a[0] - b[0], a[1] - b[1]) < 1e-9;
+    };
+    const auto end_of = [&](size_t most, auto point) {
+        size_t count = 0;
+        while (count < most && is_shared(point(count)))
+            ++count;
+        return count;
+    };
+    const size_t back = end_of(closed ? n - 1 : i, [&](size_t k) { return i + n - k; });
+    const size_t on = end_of(closed ? n - 1 : n - 1 - i, [&](size_t k) { return i + k; });
+    Numbers stretch;
+    for (size_t k = i + n - back; k <= i + n + on; ++k)
+        stretch.insert(stretch.end(), {line[3 * (k % n)], line[3 * (k % n) + 1], 0});
+    return stretch;
+}
+
+/// No point of the outline is farther than `limit` distances from the stretch of the line for which it stands, and one
+/// that is told of nothing is not nearer to the line than the distance.
 void expect_held(const Numbers& line, double distance, korvale_band_options options, double limit)
 {
     options.has_up = 1;
@@ -96,7 +121,11 @@ void expect_held(const Numbers& line, double distance, korvale_band_options opti
         const double away = distance_from(line, options.closed != 0, band.outline[3 * i], band.outline[3 * i + 1]) /
                             std::fabs(distance);
         const size_t point = i < n ? i : 2 * n - 1 - i;
-        ASSERT_LE(away, limit * (1 + 1e-9)) << "point " << i << " of " << n << ", distance " << distance;
+        const Numbers stretch =
+            stretch_of(line, options.closed != 0, &band.outline[i < n ? 0 : 3 * (2 * n - 1)], i < n ? 3 : -3, point);
+        ASSERT_LE(distance_from(stretch, false, band.outline[3 * i], band.outline[3 * i + 1]),
+                  limit * (1 + 1e-9) * std::fabs(distance))
+            << "point " << i << " of " << n << ", distance " << distance;
         if (band.removed[point] == 0 && band.narrowed[point] == 0) {
             ASSERT_GE(away, 1 - 2e-6 - 1e-11 * size / std::fabs(distance)) << "point " << i << " of " << n;
         }
@@ -156,6 +185,35 @@ Numbers track(Random& random)
         }
     }
     return line;
+}
+
+/// A walk in steps of 12, written down without noise but for one stop, where each point strays by up to three `stray`.
+struct StoppedWalk {
+    Numbers line;
+    double length = 0; ///< of the walk alone
+};
+
+StoppedWalk walk_with_stop(Random& random, double stray)
+{
+    StoppedWalk walk;
+    double x = 0, y = 0, heading = random.uniform(0, 6);
+    const auto go = [&](int steps) {
+        for (; steps > 0; --steps) {
+            heading += random.uniform(-0.15, 0.15);
+            x += 12 * std::cos(heading);
+            y += 12 * std::sin(heading);
+            walk.line.insert(walk.line.end(), {x, y, 0});
+            walk.length += walk.line.size() > 3 ? 12 : 0;
+        }
+    };
+    const auto noise = [&] { // of that deviation
+        return stray * 2 * (random.unit() + random.unit() + random.unit() - 1.5);
+    };
+    go(random.between(8, 30));
+    for (int i = random.between(3, 20); i > 0; --i)
+        walk.line.insert(walk.line.end(), {x + noise(), y + noise(), 0});
+    go(random.between(8, 30));
+    return walk;
 }
 
 /// Points that wander, the more wildly the larger `turn` is.
@@ -269,6 +327,51 @@ TEST(DoorBand, AKnotWhereATrackStoodStillSendsNoPointAway)
         for (int i = 1; i < 30; ++i)
             line.insert(line.end(), {8.0 * i, random.uniform(-1, 1), 0});
         expect_held(line, random.uniform(0.5, 6), options_of(1), 4);
+    }
+}
+
+TEST(DoorBand, ALineThatTurnsBackAtItsEndSendsNoPointAlongItself)
+{
+    const Numbers line = {504, 0.34,  0, 516, 3.32,  0, 528,   6.23,  0, 540,    9,     0, 552,    11.57, 0,
+                          564, 13.88, 0, 576, 15.87, 0, 588.1, 17.36, 0, 587.69, 17.27, 0, 588.55, 17.55, 0};
+    const Laid band = laid(line, -4);
+    EXPECT_THAT(band.removed, ElementsAre(0, 0, 0, 0, 0, 0, 0, 1, 1, 0));
+    EXPECT_THAT(band.narrowed, Each(0));
+    for (const size_t i : {7, 8}) // where the borders of the edges to point 7 and from point 8 meet
+        EXPECT_LT(band.away(i, 587.0135452962675, 21.25642648886664), 1e-9);
+    EXPECT_LT(band.away(9, 587.3116558101566, 21.353485725946836), 1e-9);
+    for (size_t i = 0; i < 7; ++i)
+        EXPECT_NEAR(band.away(i, line[3 * i], line[3 * i + 1]), 4, 0.01) << "point " << i;
+}
+
+TEST(DoorBand, TheInnerCornerOfASharpBendStays)
+{
+    const Laid band = laid({100, 0, 0, 0, 0, 0, 100, 20, 0}, 1); // ten distances from its own point, one from both legs
+    EXPECT_NEAR(band.away(1, 0, 0), 1 / std::sin(0.5 * std::atan(0.2)), 1e-9);
+    EXPECT_NEAR(band.outline[4], 1, 1e-9);
+    EXPECT_THAT(band.removed, Each(0));
+    EXPECT_THAT(band.narrowed, Each(0));
+}
+
+TEST(DoorBand, AStopOnAWalkLeavesNoSpike)
+{
+    Random random(1237);
+    for (int round = 0; round < 300; ++round) {
+        const StoppedWalk walk = walk_with_stop(random, random.uniform(0.3, 3));
+        for (const double distance : {4.0, -4.0}) {
+            expect_held(walk.line, distance, options_of(), 4);
+            const Laid band = laid(walk.line, distance);
+            const size_t n = walk.line.size() / 3;
+            double area = 0;
+            for (size_t i = 0; i < 2 * n; ++i) {
+                const double *const a = &band.outline[3 * i], *const b = &band.outline[3 * ((i + 1) % (2 * n))];
+                area += 0.5 * (a[0] * b[1] - a[1] * b[0]);
+                if (i < n) { // the inner corner of a bend may be farther than 4 distances
+                    ASSERT_LT(band.away(i, walk.line[3 * i], walk.line[3 * i + 1]), 30) << "point " << i;
+                }
+            }
+            ASSERT_NEAR(area / (distance * walk.length), 1, 0.3) << "round " << round; // corners of the stop: 0.25
+        }
     }
 }
 
