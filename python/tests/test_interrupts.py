@@ -58,7 +58,6 @@ class ProgressTest(unittest.TestCase):
                                                        "work"):
                 work(outline, 1, progress=lambda done: False)
 
-
     def test_of_making_a_grid_is_told_in_thousandths(self):
         corners = numpy.random.default_rng(9).normal(size=(1000000, 9))
         told = []
@@ -67,6 +66,11 @@ class ProgressTest(unittest.TestCase):
 
 
 class InterruptTest(unittest.TestCase):
+    def setUp(self):
+        # Python ignores interrupts where it was started in the background.
+        before = signal.signal(signal.SIGINT, signal.default_int_handler)
+        self.addCleanup(signal.signal, signal.SIGINT, before)
+
     def interrupted(self, call):
         """Seconds of work from the interrupt to the end of a call."""
         sent = []
