@@ -192,7 +192,7 @@ TEST(Triangulate, HolesMayTouchEachOtherAndTheOuterOutline)
                 if (random.one_in(2)) {
                     const int x = 4 * i, y = 4 * k;
                     std::vector<std::pair<int, int>> tips = {{x, y + 2}, {x + 2, y}, {x + 4, y + 2}, {x + 2, y + 4}};
-                    std::ranges::rotate(tips, tips.begin() + random.between(0, 3));
+                    std::rotate(tips.begin(), tips.begin() + random.between(0, 3), tips.end());
                     lattice.add(tips);
                 }
         std::shuffle(lattice.outlines.begin() + 1, lattice.outlines.end(), std::mt19937(static_cast<unsigned>(round)));
