@@ -13,15 +13,19 @@ const char* const kHead = R"(<!DOCTYPE html>
 <meta name="viewport" content="width=device-width, initial-scale=1">
 <title>korvale gallery</title>
 <style>
-:root { color-scheme: light; --ink: #22303c; --grey: #5d666f; --line: #e2ded3; --paper: #fbfaf6; }
+:root { color-scheme: light dark; --ink: #22303c; --grey: #5d666f; --line: #e2ded3; --paper: #fbfaf6; --wall: #f1eee6;
+        --link: #2b6cb0; }
+@media (prefers-color-scheme: dark) {
+  :root { --ink: #e6e3da; --grey: #a9b0b6; --line: #3a4149; --paper: #262b31; --wall: #1a1e22; --link: #7fb2e5; }
+}
 * { box-sizing: border-box; }
-body { margin: 0; background: #f1eee6; color: var(--ink); font: 17px/1.55 "DejaVu Sans", Verdana, sans-serif; }
+body { margin: 0; background: var(--wall); color: var(--ink); font: 17px/1.55 "DejaVu Sans", Verdana, sans-serif; }
 main { max-width: 1280px; margin: 0 auto; padding: 2.5rem 1.5rem 4rem; }
 h1 { font: 700 2.6rem/1.1 "DejaVu Serif", Georgia, serif; margin: 0 0 .5rem; }
 h2 { font: 700 1.6rem/1.2 "DejaVu Serif", Georgia, serif; margin: 3.5rem 0 .4rem; }
 p { margin: 0 0 1.2rem; max-width: 46em; color: var(--grey); }
 nav { display: flex; flex-wrap: wrap; gap: .4rem 1.2rem; margin: 1rem 0 0; }
-a { color: #2b6cb0; text-decoration: none; }
+a { color: var(--link); text-decoration: none; }
 a:hover { text-decoration: underline; }
 .pictures { display: grid; grid-template-columns: repeat(2, 1fr); gap: 1.2rem; }
 figure { grid-column: span 2; margin: 0; background: var(--paper); border: 1px solid var(--line); border-radius: 6px;
@@ -31,7 +35,13 @@ img { display: block; width: 100%; height: auto; }
 .links { white-space: nowrap; }
 .links a { margin-left: .5em; }
 figcaption { padding: .7rem 1rem .8rem; border-top: 1px solid var(--line); font-size: .95rem; }
-@media (max-width: 760px) { figure.half { grid-column: span 2; } }
+/* Pictures are scrolled sideways where their lettering would be too small to read. */
+@media (max-width: 760px) {
+  figure.half { grid-column: span 2; }
+  figure > a { display: block; overflow-x: auto; }
+  img { min-width: 780px; }
+  figure.half img { min-width: 390px; }
+}
 </style>
 </head>
 <body>
