@@ -44,7 +44,7 @@ struct Who {
 const std::string kOwn = "own";
 
 const Who kWho[] = {{"Clipper", "Clipper", kOrange}, {"GEOS", "GEOS", kGreen},   {"CGAL", "CGAL", kRed},
-                    {"Embree", "Embree", kOrange},   {"Eigen", "Eigen", kGreen}, {"baseline", "e283db8", kGrey},
+                    {"Embree", "Embree", kOrange},   {"Eigen", "Eigen", kGreen}, {"baseline", "earlier", kGrey},
                     {"own", "korvale", kBlue}};
 
 struct Panel {
