@@ -32,7 +32,8 @@ double power(double x, int n)
         const double next = result * x;
         if (std::isnan(next))
             return next;
-        if (std::fabs(next) == std::fabs(result)) // the size stays, the sign follows the number of factors left
+        // A factor that leaves the magnitude as it is does so from then on; the parity of those left decides the sign.
+        if (std::fabs(next) == std::fabs(result))
             return (n - i) % 2 == 0 ? result : next;
         result = next;
     }

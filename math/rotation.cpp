@@ -12,7 +12,7 @@ namespace {
 constexpr double kSmallestScale = 1e-06;
 constexpr double kLargestInverse = 1000000.0;
 
-/// Below this cosine of ry the x and z turns cannot be told apart.
+/// Below this cosine of ry (gimbal lock) the turns about x and z cannot be told apart.
 constexpr double kPoleCosine = 1e-06;
 /// Deliberate: a short quarter turn.
 constexpr double kPoleAngle = 1.5707963;

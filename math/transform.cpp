@@ -17,6 +17,7 @@ KORVALE_FOUR_LANES void multiply_wide(const double (*a)[4], const double (*b)[4]
     multiply_in_lanes<Quad>(a, b, out);
 }
 
+/// The columns of `m`: a transpose in registers, by eight shuffles.
 KORVALE_QUAD void load_columns(const double* m, Quad& x, Quad& y, Quad& z, Quad& w)
 {
     const Quad::Lanes a = load_quad(m).lanes, b = load_quad(m + 4).lanes;
@@ -29,7 +30,7 @@ KORVALE_QUAD void load_columns(const double* m, Quad& x, Quad& y, Quad& z, Quad&
     w = Quad(__builtin_shufflevector(yw1, yw2, 2, 3, 6, 7));
 }
 
-/// As `carry_point`, all rows at a time: the three quotients are one.
+/// As `carry_point`, with a row of the matrix in each lane, so that the three quotients are one divide instruction.
 KORVALE_FOUR_LANES void carry_wide(const double* m, const double* point, double* out)
 {
     const Lanes3<double> p = vector_of(point);
@@ -86,7 +87,8 @@ void MatrixTranspose(Xfm in, Xfm out)
 {
     if (in + 4 <= out || out + 4 <= in)
         return transpose(in, out);
-    for (int i = 0; i < 4; ++i) // each element is written at once, over what is still to be read
+    // Where the two overlap the documented order counts: each element is read after those before it are written.
+    for (int i = 0; i < 4; ++i)
         for (int j = 0; j < 4; ++j)
             out[i][j] = in[j][i];
 }
@@ -117,7 +119,7 @@ void array2xfm(double* a16, Xfm m)
 
 void PrintMatrix(FILE* stream, Xfm m)
 {
-    char text[kLongestElement]; // by to_chars, since printf writes the point of the locale
+    char text[kLongestElement]; // by to_chars: printf writes the locale's decimal point
     for (int i = 0; i < 4; ++i) {
         for (int j = 0; j < 4; ++j) {
             const char* const end =

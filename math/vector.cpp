@@ -6,7 +6,7 @@
 namespace korvale::inside {
 namespace {
 
-/// With four lanes the three quotients are one instruction, which takes as long as for one.
+/// With four lanes the three quotients are one divide instruction instead of three.
 template <class V>
 KORVALE_OVER_LANES int normalize_by(double* v)
 {

@@ -102,8 +102,8 @@ void Mwsrand(unsigned seed)
     random_state.store(seed, std::memory_order_relaxed);
 }
 
-// Threads that draw at the same time may be given the same number, which costs nothing that one generator for the
-// process promises; a locked instruction would cost most of a draw.
+// Not an atomic read-modify-write: a compare-and-swap would take most of the time of a draw. Threads that draw at the
+// same time may be given the same number, which one generator for the whole process does not rule out.
 int Mwrand()
 {
     const uint32_t next = following(random_state.load(std::memory_order_relaxed));
@@ -111,7 +111,7 @@ int Mwrand()
     return number_of(next);
 }
 
-// The functions of this file, whoever stands in for their names.
+// Aliases of the functions of this file. The names `Mwrand` and `Mwsrand` may be interposed by a host, these may not.
 extern "C" {
 [[gnu::alias("Mwrand"), gnu::visibility("hidden")]] int own_rand() noexcept;
 [[gnu::alias("Mwsrand"), gnu::visibility("hidden")]] void own_srand(unsigned) noexcept;

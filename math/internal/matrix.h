@@ -14,7 +14,7 @@ inline void set_identity(double (*m)[4])
     std::memcpy(m, kIdentity, sizeof kIdentity);
 }
 
-/// A row of a matrix, each element in all lanes.
+/// A row of a matrix, each element broadcast to all lanes.
 template <class V>
 struct SpreadRow {
     V x, y, z, w;
@@ -44,8 +44,8 @@ KORVALE_OVER_LANES V carried(const SpreadRow<V>& row, const Lanes3<V>& p)
     return row.x * p.x + row.y * p.y + row.z * p.z + row.w;
 }
 
-/// Applies `m` to points and divides by their fourth coordinates where one is not 1; dividing the others changes
-/// nothing.
+/// Applies `m` to points and divides by their fourth coordinates w. One test serves all lanes: where every w is 1
+/// nothing is divided, else all are, since dividing by 1 changes nothing.
 template <class V>
 KORVALE_OVER_LANES Lanes3<V> carried(const SpreadMatrix<V>& m, const Lanes3<V>& p)
 {
@@ -112,7 +112,7 @@ template <class V>
 KORVALE_OVER_LANES void multiply_in_lanes(const double (*a)[4], const double (*b)[4], double (*out)[4])
 {
     const Row<V> rows[4] = {load_row<V>(b[0]), load_row<V>(b[1]), load_row<V>(b[2]), load_row<V>(b[3])};
-    const Row<V> first = row_product(a[0], rows), second = row_product(a[1], rows); // no array: they stay in registers
+    const Row<V> first = row_product(a[0], rows), second = row_product(a[1], rows); // an array would go to memory
     const Row<V> third = row_product(a[2], rows), last = row_product(a[3], rows);
     store_row(out[0], first);
     store_row(out[1], second);
@@ -125,7 +125,7 @@ inline void multiply(const double (*a)[4], const double (*b)[4], double (*out)[4
     multiply_in_lanes<Pair>(a, b, out);
 }
 
-/// Two rows and columns at a time; `out` must lie apart from `in`.
+/// Transposes by blocks of two by two. `out` must not overlap `in`.
 inline void transpose(const double (*in)[4], double (*out)[4])
 {
     for (int i = 0; i < 4; i += 2)

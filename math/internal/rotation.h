@@ -5,7 +5,7 @@ namespace korvale::inside {
 /// The rotation Rz (Ry Rx) by radians[3].
 void rotation_from_radians(const double* radians, double (*out)[4]);
 
-/// The same by degrees[3], converted with the short factor 0.0174533.
+/// The rotation Rz (Ry Rx) by degrees[3], converted with the short factor 0.0174533.
 void rotation_from_degrees(const double* degrees, double (*out)[4]);
 
 } // namespace korvale::inside

@@ -40,8 +40,9 @@ inline bool make_unit(double* v)
     return true;
 }
 
-/// The vector `v` of a host, which has often just been written number by number, and is read so: the one load of two
-/// numbers that compilers prefer would wait until the stores of both have reached the cache.
+/// Reads `v` one double at a time. Hosts have often just stored it that way, and a 16-byte load cannot be forwarded
+/// from two 8-byte stores: it stalls until both have reached the cache. `volatile` keeps the compiler from combining
+/// the loads.
 inline Lanes3<double> vector_of(const double* v)
 {
     const volatile double* const numbers = v;

@@ -13,22 +13,22 @@ constexpr uint32_t following(uint32_t state)
     return state * kMultiplier + kIncrement;
 }
 
-/// The number, 0 to 32767, that a state shows.
+/// The number of a state, 0 to 32767: its bits 16 to 30.
 constexpr int number_of(uint32_t state)
 {
     return static_cast<int>(state >> 16 & 0x7fff);
 }
 
-// Four steps at once: the increment is where they lead from 0.
+// Four steps are one step of the same form (leapfrog): state * multiplier^4 + the state four steps after 0.
 inline constexpr uint32_t kMultiplierOfFour = kMultiplier * kMultiplier * kMultiplier * kMultiplier;
 inline constexpr uint32_t kIncrementOfFour = following(following(following(following(0))));
 
-/// Writes the next `count` numbers after a state, which is its seed at first. Returns the state they lead to.
+/// Writes the next `count` numbers after `state`, at first the seed. Returns the state of the last.
 inline uint32_t draw_after(uint32_t state, int* numbers, int count)
 {
     uint32_t a = following(state), b = following(a), c = following(b), d = following(c);
     int i = 0;
-    for (; i + 4 <= count; i += 4) { // four steps that need not wait for each other
+    for (; i + 4 <= count; i += 4) { // four independent chains: one alone waits for its products
         numbers[i] = number_of(a);
         numbers[i + 1] = number_of(b);
         numbers[i + 2] = number_of(c);

@@ -5,15 +5,14 @@
 
 namespace korvale::inside {
 
-/// Whether all values lie in 0 .. limit - 1.
+/// Whether all values lie in 0 .. limit - 1. Without a branch in the loop.
 inline bool are_indices(const int32_t* values, int64_t count, int32_t limit)
 {
     typedef uint32_t Four __attribute__((vector_size(16)));
     const uint32_t last = static_cast<uint32_t>(limit) - 1;
-    // What is negative has the sign bit, and so has last - v where v, which is not, is beyond it. Limits below 1 have
-    // no index at all.
     if (limit < 1)
-        return count < 1;
+        return count < 1; // no value is an index
+    // v is in range exactly when neither v nor last - v has its sign bit set. All sign bits are or-ed together.
     Four signs = {};
     int64_t i = 0;
     for (; i + 4 <= count; i += 4) {

@@ -7,8 +7,8 @@
 
 #include "platform/internal/widest.h"
 
-// Four lanes are spelt in the compilers' built-ins: the header that has their names would be most of the time of
-// compiling a file.
+// Operations on four lanes are spelt by compiler built-ins: parsing <immintrin.h>, which names them, would be most of a
+// file's compile time.
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -16,19 +16,21 @@
 // Two doubles at a time, `Pair`, and four, `Quad`, with the operations that a step over many values needs. Each exists
 // for a single double as well, so a step is written once over its type V and takes whatever is left at the end.
 //
-// The contract: each lane is computed by the same operations in the same order as a double would be, nothing is fused,
-// reordered or approximated, so it holds the same bits, infinities and zeros of both signs included; a NaN stays a NaN,
-// of which the payload may be another.
+// The contract: each lane is computed by the same operations in the same order as a double would be. Nothing is fused,
+// reordered or approximated. So a lane holds the same bits, infinities and zeros of both signs included; a NaN stays a
+// NaN, but its payload may differ.
 //
-// Quad may be used in functions marked KORVALE_FOUR_LANES and in steps that these draw in: lambdas called directly, and
-// templates marked KORVALE_OVER_LANES.
+// Quad may be used in functions marked KORVALE_FOUR_LANES and in steps that are inlined there: lambdas called directly,
+// and templates marked KORVALE_OVER_LANES.
 namespace korvale::inside {
 
-/// Marks a function template over a type of lanes. It is compiled with its caller, for the processor of the caller.
+/// Marks a function template over a type of lanes. It is always inlined, and so compiled for the processor of its
+/// caller.
 #define KORVALE_OVER_LANES [[gnu::always_inline]] inline
 
-// An operation on four lanes. Not always_inline: a step that is compiled for every processor may name the operation,
-// but only functions marked KORVALE_FOUR_LANES, which draw the step in, can draw in the operation too.
+// An operation on four lanes. Not always_inline: a compiler may not inline code for AVX2 into a function for every
+// processor, and with that attribute it would refuse to compile a step that merely names the operation. `flatten` on
+// KORVALE_FOUR_LANES inlines it where that is possible.
 #ifdef KORVALE_HAS_WIDE_LANES
 #define KORVALE_QUAD __attribute__((target("avx2"))) inline
 #else
@@ -54,8 +56,9 @@ public:
     Lanes lanes;
 };
 
-/// Four doubles. Its copies are made by functions, not by the compiler, so it travels through memory wherever a call is
-/// not drawn in, and no calling convention depends on the processor a function is compiled for.
+/// Four doubles. The copy constructor is written out on purpose: a type that is not trivially copyable is passed in
+/// memory, so a call that is not inlined looks the same to callers with and without AVX2. A plain vector would travel
+/// in a register with one and on the stack without the other.
 class Quad {
 public:
     typedef double Lanes __attribute__((vector_size(32)));
@@ -126,8 +129,8 @@ KORVALE_QUAD QuadMask operator|(const QuadMask& a, const QuadMask& b)
 
 // Memory, which need not be aligned.
 
-// One instruction each. Copied byte by byte, lanes that stand in memory would go through narrower registers and wait
-// there.
+// One 32-byte load or store. A std::memcpy of lanes that stand in memory is compiled to two 16-byte moves, and the
+// 32-byte load that follows them stalls: two stores cannot be forwarded to one load.
 typedef double QuadInMemory __attribute__((vector_size(32), aligned(8), may_alias));
 
 KORVALE_QUAD Quad load_quad(const double* from)
@@ -264,7 +267,7 @@ inline bool any_false(PairMask condition)
     return bits(condition) != 0b11;
 }
 
-/// Whether it fails in a lane.
+/// Whether the condition fails in a lane.
 KORVALE_QUAD bool any_false(const QuadMask& condition)
 {
     return bits(condition) != 0b1111;
@@ -307,7 +310,7 @@ inline Pair absolute(Pair v)
     return reinterpret_cast<Pair>(reinterpret_cast<PairMask>(v) & PairMask{kAllButSign, kAllButSign});
 }
 
-/// The value without its sign; also that of a NaN.
+/// The absolute value, by clearing the sign bit; also that of a NaN.
 KORVALE_QUAD Quad absolute(const Quad& v)
 {
     constexpr int64_t k = INT64_MAX; // all bits but the sign
@@ -329,7 +332,7 @@ inline Pair lesser(Pair a, Pair b)
 #endif
 }
 
-/// a < b ? a : b: the lesser, and the second of two that are equal or not both numbers.
+/// a < b ? a : b: the lesser; `b` where the two are equal or one is a NaN. minpd is defined so, std::min is not.
 KORVALE_QUAD Quad lesser(const Quad& a, const Quad& b)
 {
 #ifdef KORVALE_HAS_WIDE_LANES
@@ -353,7 +356,7 @@ inline Pair greater(Pair a, Pair b)
 #endif
 }
 
-/// a > b ? a : b: the greater, and the second of two that are equal or not both numbers.
+/// a > b ? a : b: the greater; `b` where the two are equal or one is a NaN.
 KORVALE_QUAD Quad greater(const Quad& a, const Quad& b)
 {
 #ifdef KORVALE_HAS_WIDE_LANES
@@ -363,7 +366,7 @@ KORVALE_QUAD Quad greater(const Quad& a, const Quad& b)
 #endif
 }
 
-/// The lanes joined by `lesser` in turn, from the first; a number wherever the last lane is one.
+/// Reduces the lanes with `lesser`, from the first to the last. A number wherever the last lane is one.
 template <class V>
 KORVALE_OVER_LANES double reduce_least(const V& v)
 {
@@ -377,7 +380,7 @@ KORVALE_OVER_LANES double reduce_least(const V& v)
     }
 }
 
-/// The same with `greater`.
+/// Reduces the lanes with `greater`, from the first to the last. A number wherever the last lane is one.
 template <class V>
 KORVALE_OVER_LANES double reduce_greatest(const V& v)
 {
@@ -392,9 +395,9 @@ KORVALE_OVER_LANES double reduce_greatest(const V& v)
 }
 
 // Loops. The step is a generic lambda, [=]<class V>(int32_t i) { ... }, called for the lanes from i on. It is compiled
-// twice, for every processor and for those with four lanes.
+// twice, for every processor and for those with AVX2.
 
-/// Takes pairs as far as they go, then the odd one.
+/// Calls the step for pairs, then for the odd value.
 template <class Index, class Step>
 [[gnu::flatten]] void for_two_lanes(Index i, Index end, Step step)
 {
@@ -437,7 +440,7 @@ template <class Index, class Step>
 template <class Index, class Step>
 KORVALE_FOUR_LANES double least_over_four_lanes(Index i, Index end, double start, Step step)
 {
-    Quad even = all<Quad>(start), odd = even; // two, so that one need not wait for the other
+    Quad even = all<Quad>(start), odd = even; // two accumulators: one would wait for each minimum
     for (; end - i >= 8; i += 8) {
         even = lesser(step.template operator()<Quad>(i), even);
         odd = lesser(step.template operator()<Quad>(i + 4), odd);
@@ -450,8 +453,8 @@ KORVALE_FOUR_LANES double least_over_four_lanes(Index i, Index end, double start
     return lesser(reduce_least(lesser(even, odd)), rest);
 }
 
-/// The least of `start`, a number, and of all that step(i) returns for i = begin, ... below `end`. What is not a number
-/// is passed over; among zeros of both signs it may be either.
+/// The least of `start`, a number, and of all that step(i) returns for i = begin, ... below `end`. NaNs are skipped.
+/// Among zeros of both signs the result may be either.
 template <class Index, class Step>
 inline double least_over(std::type_identity_t<Index> begin, Index end, double start, const Step& step)
 {
@@ -459,7 +462,7 @@ inline double least_over(std::type_identity_t<Index> begin, Index end, double st
                   [&] { return least_over_two_lanes<Index>(begin, end, start, step); });
 }
 
-/// The same for the greatest.
+/// The greatest of `start`, a number, and of all that step(i) returns, as the negative of the least of their negatives.
 template <class Index, class Step>
 inline double greatest_over(std::type_identity_t<Index> begin, Index end, double start, const Step& step)
 {

@@ -4,7 +4,8 @@
 
 #include "platform/internal/lanes.h"
 
-// A vector in each lane, one coordinate per value of lanes, and the ways to and from points in memory.
+// Three-dimensional vectors in lanes: one value of lanes for each coordinate (a structure of arrays), and the ways to
+// and from points in memory.
 namespace korvale::inside {
 
 template <class V>
@@ -27,7 +28,7 @@ KORVALE_OVER_LANES Lanes3<V> operator-(const Lanes3<V>& a, const Lanes3<V>& b)
     return {a.x - b.x, a.y - b.y, a.z - b.z};
 }
 
-/// The factor stands first in each product.
+/// The factor is the left operand of each product.
 template <class V>
 KORVALE_OVER_LANES Lanes3<V> operator*(const std::type_identity_t<V>& f, const Lanes3<V>& a)
 {
@@ -40,7 +41,7 @@ KORVALE_OVER_LANES Lanes3<V> operator/(const Lanes3<V>& a, const std::type_ident
     return {a.x / d, a.y / d, a.z / d};
 }
 
-/// The sum from the left.
+/// Summed from the left.
 template <class V>
 KORVALE_OVER_LANES V dot(const Lanes3<V>& a, const Lanes3<V>& b)
 {
@@ -53,8 +54,8 @@ KORVALE_OVER_LANES Lanes3<V> cross(const Lanes3<V>& a, const Lanes3<V>& b)
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
-// Three values of lanes listed one after the other, x0 y0 z0 x1 y1 ..., and the same parted by coordinate. Both ways
-// may be done in place.
+// De-interleaving: three values of lanes as points stand in memory, x0 y0 z0 x1 y1 ..., to one value for each
+// coordinate, and back. `listed` and `parted` may be the same.
 
 inline void part_three(const double (&listed)[3], double (&parted)[3])
 {
@@ -105,7 +106,7 @@ inline void list_three(const Pair (&parted)[3], Pair (&listed)[3])
     listed[2] = __builtin_shufflevector(y, z, 1, 3);
 }
 
-/// The other way round.
+/// x0 x1 x2 x3, y0 ..., z0 ... to x0 y0 z0 x1, y1 z1 x2 y2, z2 x3 y3 z3
 KORVALE_QUAD void list_three(const Quad (&parted)[3], Quad (&listed)[3])
 {
     const Quad::Lanes x = parted[0].lanes, y = parted[1].lanes, z = parted[2].lanes;
@@ -150,13 +151,15 @@ KORVALE_QUAD void gather_points(const double* a, const double* b, const double* 
     to.z = Quad(a[2], b[2], c[2], d[2]);
 }
 
-/// Vectors one by one, for adding them to points: x and y of each lane side by side, and z.
+/// Vectors as they are added to points one at a time: x and y of a vector side by side, then all z. A point's x and y
+/// are updated together.
 template <class V>
 struct Separate3 {
     double xy[2 * width_of<V>];
     double z[width_of<V>];
 
-    /// Lanes 1 and 2 of four have changed places, as they come out of the lanes without being turned round.
+    /// Of four lanes 1 and 2 are stored swapped: `store_pairs` unpacks each 128-bit half, and sorting them would cost
+    /// two shuffles.
     static constexpr int place_of(int lane) { return width_of<V> == 4 ? (lane & 1) * 2 + lane / 2 : lane; }
 
     const double* xy_of(int lane) const { return xy + 2 * place_of(lane); }

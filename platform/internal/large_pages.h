@@ -10,10 +10,10 @@
 
 namespace korvale::inside {
 
-/// The size of a large page, where the system has such.
+/// The size of a huge page on x86-64; a block below it takes ordinary pages.
 constexpr size_t kLargePage = size_t{2} << 20;
 
-/// Asks the system for large pages in a block that begins with one.
+/// Advises the kernel to back a block with transparent huge pages (madvise(2)). The block must be aligned to one.
 inline void use_large_pages([[maybe_unused]] void* block, [[maybe_unused]] size_t bytes)
 {
 #ifdef __linux__
@@ -21,7 +21,8 @@ inline void use_large_pages([[maybe_unused]] void* block, [[maybe_unused]] size_
 #endif
 }
 
-/// The first large page that begins in `memory`; the system is asked for such for `bytes` from there on.
+/// The first address in `memory` that is aligned to a huge page, with the advice given for `bytes` from there on.
+/// `memory` must hold a huge page more than `bytes`.
 inline void* large_pages_in(void* memory, size_t bytes)
 {
     const size_t before = -reinterpret_cast<uintptr_t>(memory) % kLargePage;
@@ -30,8 +31,8 @@ inline void* large_pages_in(void* memory, size_t bytes)
     return block;
 }
 
-/// A new block of the C heap, released like any other; null when the heap is exhausted. One that fills large pages
-/// begins with one, and the system is asked to use them: it clears and finds one of these sooner than 512 small ones.
+/// A new block of the C heap, released like any other; null when the heap is exhausted. A block of a huge page or more
+/// is aligned to one and advised: one page fault and one entry of the TLB then serve 2 MiB instead of 4 KiB.
 inline void* new_block(size_t bytes)
 {
     if (bytes < kLargePage)

@@ -2,12 +2,13 @@
 
 #include "platform/layer.h"
 
-// What every source file of the library does at load: set up the standard streams and register the layer's idle
-// window message. Included once by each source file; the priority places it between the two stages of frame/.
+// What every source file of the library does at load: set up the standard streams and register the layer's idle window
+// message. Included once by each source file. Priority 1000 lies between the two stages of frame/: the first has 101,
+// and the second has none, which comes last.
 namespace korvale::inside {
 
-/// Holds the standard streams, as <iostream> does. What it calls stands in frame/, since <ios> would be half of what a
-/// small source file has to compile.
+/// Holds the standard streams, as <iostream> does. Its functions are defined in frame/: including <ios> here would be
+/// half of what a small source file has to compile.
 struct StandardStreams {
     StandardStreams();
     ~StandardStreams();

@@ -20,7 +20,7 @@ inline double unit_draw()
     return unit_of(Mwrand());
 }
 
-/// Writes the next n draws.
+/// Writes the next n draws. One call of the thin layer where it is loaded, one call for each number under other layers.
 inline void draw_numbers(int* numbers, int n)
 {
     if (korvale_draw_many != nullptr && korvale_draw_many(Mwrand, Mwsrand, numbers, n) != 0)

@@ -6,7 +6,7 @@
 
 namespace korvale::inside {
 
-/// The place for `kCount` values within a record, none for 0.
+/// Storage for `kCount` values inside a record; an empty one for 0.
 template <class T, int64_t kCount>
 struct Nearby {
     T values[kCount];
@@ -18,9 +18,9 @@ struct Nearby<T, 0> {
     T* get() { return nullptr; }
 };
 
-/// Working memory of one call: `count` uninitialised values, freed on every path out. Up to kNearby of them stand in
-/// the frame of the call, more come from the heap, and where that has none `exists()` is false: test it before use. 0
-/// values and fewer always exist.
+/// Working memory of one call: `count` uninitialised values, freed on every path out. Up to kNearby values are stored
+/// inside the object and so on the stack (small-buffer optimisation), more on the heap. Where the heap is exhausted
+/// `exists()` is false: test it before use. A count of 0 or less always exists.
 template <class T, int64_t kNearby = 0>
 class Scratch {
 public:

@@ -1,22 +1,22 @@
 #pragma once
 
-// Vector lanes wider than those that every processor of the architecture has, and the one way to choose them at run
-// time. A function that uses four lanes (Quad of lanes.h) is marked, gives the same bits as the plain one beside it,
-// and is called through `widest`:
+// Vector lanes wider than those that every processor of the architecture has, and their dispatch at run time. A
+// function that uses four lanes (Quad of lanes.h) is marked, gives the same bits as the plain one beside it, and is
+// called through `widest`:
 //
 //     KORVALE_FOUR_LANES double sum_wide(const double* values, int64_t n);
 //     double sum(const double* values, int64_t n);
 //
 //     return widest([&] { return sum_wide(values, n); }, [&] { return sum(values, n); });
 //
-// The two arguments of `widest` only call: what a lambda does itself is compiled for every processor.
+// The two arguments of `widest` only call: the body of a lambda itself is compiled for every processor.
 #if defined(__x86_64__) && !defined(KORVALE_NO_WIDE_LANES)
 #define KORVALE_HAS_WIDE_LANES 1
 #endif
 
-// Marks a function that uses four lanes. It is compiled for processors with AVX2 and draws in whatever it calls, steps
-// written once for every width included, so that these are compiled for AVX2 as well. A slow path that need not be
-// drawn in is marked [[gnu::noinline]].
+// Marks a function that uses four lanes. It is compiled for AVX2, and `flatten` inlines whatever it calls, so that
+// steps written once for every width are compiled for AVX2 here as well. A slow path that need not be inlined is marked
+// [[gnu::noinline]].
 #ifdef KORVALE_HAS_WIDE_LANES
 #define KORVALE_FOUR_LANES __attribute__((target("avx2"), flatten))
 #else

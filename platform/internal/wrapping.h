@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// 32-bit arithmetic as it wraps, formed without sign and converted back.
+// 32-bit arithmetic that wraps around: computed without sign, where overflow is defined, and converted back.
 namespace korvale::inside {
 
 inline int32_t wrapping_sum(int32_t a, int32_t b)
