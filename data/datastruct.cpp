@@ -1,6 +1,6 @@
 // Records of the second generation and their buffers. The alloc fields tell what the buffer was made for: it serves
-// every shape of the same kind that is not larger, and only DATAReAllocate makes it fit to the element. After an
-// allocation that has failed they describe what was wanted and there is no buffer, which everywhere counts as no room.
+// every shape of the same kind that is not larger, and only DATAReAllocate fits it to the element. After a failed
+// allocation they describe what was wanted and the buffer is null, which counts as no room everywhere.
 #include "data/datastruct.h"
 
 #include <algorithm>
@@ -52,8 +52,8 @@ bool resize_buffer(DATAstruct& d, int64_t held, int64_t wanted)
     const size_t bytes = static_cast<size_t>(wanted) * component_bytes(d, d.type);
     if (std::min(held, wanted) < 1) {
         std::free(old);
-        set_buffer(d, d.type,
-                   bytes == 0 ? nullptr : std::malloc(bytes)); // Deliberate: may be null, which is no failure
+        // Deliberate: a buffer that malloc refuses is null and no failure.
+        set_buffer(d, d.type, bytes == 0 ? nullptr : std::malloc(bytes));
         return true;
     }
     void* const resized = std::realloc(old, bytes);

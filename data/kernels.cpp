@@ -1,6 +1,6 @@
-// The loops over bare values. Each is a step over lanes, the same operations on each value in the same order, so every
-// width gives the same bits. Only on memory that overlaps without being the same does it matter that lanes read ahead
-// of what is written: there, and for a few values, where choosing lanes takes longer than the work, a plain loop runs.
+// The loops over bare values. Each is a step over lanes: the same operations on each value in the same order, so every
+// width gives the same bits. Lanes read ahead of what is written, which changes results where buffers overlap without
+// being the same. There a plain loop runs, and for a few values, where the dispatch takes longer than the work.
 #include "data/internal/kernels.h"
 
 #include <algorithm>
@@ -13,16 +13,16 @@
 namespace korvale::inside {
 namespace {
 
-/// From so many values on it pays to ask for four lanes.
+/// Dispatch to four lanes pays from this many values on. Measured.
 constexpr int64_t kManyValues = 24;
 
-/// Whether reading n values ahead of writing others gives what writing each at once gives.
+/// Whether n values may be read before others are written, with the results of a loop that writes each at once.
 bool may_run_ahead(const double* from, const double* to, int64_t n)
 {
     return from == to || is_apart(from, n, to, n);
 }
 
-/// Exchanges elements of a size known to the compiler, which then needs no buffer and no calls.
+/// Exchanges elements of a size that the compiler knows: both are held in registers, and no memcpy is called.
 template <size_t kBytes>
 void reverse_sized(unsigned char* low, unsigned char* high)
 {
@@ -60,7 +60,7 @@ void copy_forward(const unsigned char* from, int64_t n, unsigned char* to)
     }
 }
 
-// Bounds. A step `lesser(value, standing)` keeps what stands on equal values and beside a value that is no number.
+// Bounds. `lesser(value, bound)` keeps the bound where the two are equal and where the value is a NaN.
 
 /// Widens the bounds by n values, which are whole elements. They may lie among the values: each is stored at once.
 void widen_bounds(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
@@ -75,7 +75,7 @@ void widen_bounds(const double* values, int64_t n, int64_t dim, double* least, d
         }
 }
 
-/// The same for bounds apart from the values.
+/// `widen_bounds` for bounds that do not overlap the values.
 void widen_bounds_apart(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
 {
     if (dim == 3)
@@ -84,7 +84,7 @@ void widen_bounds_apart(const double* values, int64_t n, int64_t dim, double* le
         widen_bounds(values, n, dim, least, greatest);
 }
 
-/// The zero that element order finds first: of equal values the first stays.
+/// The zero of a component that stands first in element order: of equal values the first is kept.
 double first_zero(const double* values, int64_t dim)
 {
     while (*values != 0.0)
@@ -92,7 +92,7 @@ double first_zero(const double* values, int64_t dim)
     return *values;
 }
 
-/// Gives the bounds that lanes have found, of which a zero has the sign of the lane that won, the sign of the first.
+/// Repairs the sign of zero bounds. Lanes may have found another zero than the first in element order, which decides.
 void settle_zeros(const double* values, int64_t dim, double* least, double* greatest)
 {
     for (int64_t k = 0; k < dim; ++k) {
@@ -103,22 +103,23 @@ void settle_zeros(const double* values, int64_t dim, double* least, double* grea
     }
 }
 
-/// Vectors that are taken at a time: a dim that divides their values keeps each component in lanes of its own.
+/// Vectors per step, and the values in them, 12 or 24. Where dim divides these, a lane always sees the same component.
+/// Six for the least and six for the greatest leave 4 of the 16 vector registers.
 constexpr int kVectors = 6;
 template <class V>
-constexpr int kGroup = kVectors* width_of<V>;
-/// Values from which on lanes are quicker.
+constexpr int kGroup{kVectors * width_of<V>};
+/// Lanes are quicker from this many values on: of points, and of other elements whose dim divides kGroup. Measured.
 constexpr int64_t kManyPointValues = 72, kManyBoundValues = 144;
-/// Wider elements fill lanes of their own, where there are so many.
+/// Elements of more components than kNarrow are bounded column by column, from kManyWideElements elements on. Measured.
 constexpr int64_t kNarrow = 4, kManyWideElements = 4;
 
-/// Takes whole groups of values into bounds that start in lanes. Returns how many values were taken.
+/// Widens bounds that stand in lanes by whole groups of values. Returns the number of values used.
 template <class V>
 KORVALE_OVER_LANES int64_t widen_lanes(const double* values, int64_t n, V (&low)[kVectors], V (&high)[kVectors])
 {
     int64_t j = 0;
     for (; j + kGroup<V> <= n; j += kGroup<V>) {
-#pragma GCC unroll 6 // so that all stay in registers
+#pragma GCC unroll 6 // the arrays become registers
         for (int q = 0; q < kVectors; ++q) {
             const V value = load<V>(values + j + width_of<V> * q);
             low[q] = lesser(value, low[q]);
@@ -128,7 +129,7 @@ KORVALE_OVER_LANES int64_t widen_lanes(const double* values, int64_t n, V (&low)
     return j;
 }
 
-/// The bounds of n values that are points, as far as whole groups go. Returns how many values were taken.
+/// The bounds of n values that are points, as far as whole groups go. Returns the number of values used.
 template <class V>
 KORVALE_OVER_LANES int64_t bound_points_by(const double* values, int64_t n, double* least, double* greatest)
 {
@@ -152,7 +153,7 @@ KORVALE_OVER_LANES int64_t bound_points_by(const double* values, int64_t n, doub
     return taken;
 }
 
-/// The same for a dim that divides the groups.
+/// The bounds of elements whose dim divides the groups. Returns the number of values used.
 template <class V>
 KORVALE_OVER_LANES int64_t bound_elements_by(const double* values, int64_t n, int64_t dim, double* least,
                                              double* greatest)
@@ -175,9 +176,9 @@ KORVALE_OVER_LANES int64_t bound_elements_by(const double* values, int64_t n, in
     return taken;
 }
 
-/// Widens the bounds by n values, which are whole elements; of each element the first `width` components, which fill
-/// more than N - 1 vectors of lanes and no more than N. The last vector ends with them, so it may take some of the one
-/// before once more, which changes nothing.
+/// Widens the bounds of the first `width` components of every element, in N vectors, by n values. `width` fills more
+/// than N - 1 vectors and at most N. Where it is no multiple of the lanes the last vector overlaps the one before;
+/// seeing a value twice changes no bound.
 template <class V, int N>
 KORVALE_OVER_LANES void widen_columns(const double* values, int64_t n, int64_t dim, int64_t width, double* least,
                                       double* greatest)
@@ -190,7 +191,7 @@ KORVALE_OVER_LANES void widen_columns(const double* values, int64_t n, int64_t d
         high[q] = load<V>(greatest + (q < N - 1 ? width_of<V> * q : last));
     }
     for (int64_t j = 0; j < n; j += dim) {
-#pragma GCC unroll 6 // so that all stay in registers
+#pragma GCC unroll 6 // the arrays become registers
         for (int q = 0; q < N; ++q) {
             const V value = load<V>(values + j + (q < N - 1 ? width_of<V> * q : last));
             low[q] = lesser(value, low[q]);
@@ -204,7 +205,8 @@ KORVALE_OVER_LANES void widen_columns(const double* values, int64_t n, int64_t d
     }
 }
 
-/// The same for elements of any dim that fills a vector, as many columns at a time as registers hold.
+/// `widen_columns` for all columns of a dim of at least one vector: four vectors of columns at a time, whose bounds
+/// stay in registers. The last columns overlap those before where they would fill less than a vector.
 template <class V>
 KORVALE_OVER_LANES void widen_all_columns(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
 {
@@ -245,7 +247,7 @@ KORVALE_FOUR_LANES int64_t bound_by_quads(const double* values, int64_t n, int64
     return bound_by<Quad>(values, n, dim, least, greatest);
 }
 
-/// Whether n values, no fewer than V has lanes, are finite. The last group may share some with the one before.
+/// Whether n values, at least as many as V has lanes, are finite. The last vector may overlap the one before.
 template <class V>
 KORVALE_OVER_LANES bool are_finite_by(const double* values, int64_t n)
 {
@@ -264,12 +266,12 @@ KORVALE_FOUR_LANES bool are_finite_by_quads(const double* values, int64_t n)
 
 // Steps over lanes, and the loops that take them.
 
-/// Carries `count` points, no fewer than V has lanes. The last group is carried before any is written, and written
-/// last: the points that it shares with the one before come out the same.
+/// Carries `count` points, at least as many as V has lanes. The last group may overlap the one before, so in place its
+/// points would be carried twice: it is computed before anything is written, and stored last.
 template <class V>
 KORVALE_OVER_LANES void carry_by(const double (*matrix)[4], const double* from, int64_t count, double* to)
 {
-    const SpreadMatrix<V> m = spread<V>(matrix); // out of reach of the stores
+    const SpreadMatrix<V> m = spread<V>(matrix); // a copy: no store can alias it, so it is loaded once
     const int64_t last = 3 * (count - width_of<V>);
     const Lanes3<V> carried_last = carried(m, load_points<V>(from + last));
     for (int64_t i = 0; i < last; i += 3 * width_of<V>)
@@ -282,7 +284,7 @@ KORVALE_FOUR_LANES void carry_by_quads(const double (*m)[4], const double* from,
     carry_by<Quad>(m, from, count, to);
 }
 
-/// Mixes from value j on, as far as whole groups go. Returns how far it came.
+/// Mixes from value j on, as far as whole groups go. Returns the first value not mixed.
 template <class V>
 KORVALE_OVER_LANES int64_t mix_by(const double* a, const double* b, double wa, double wb, int64_t j, int64_t n,
                                   double* to)

@@ -1,8 +1,9 @@
 // Operations on whole arrays. The work of each is written once: over bare values where the records do not matter, over
-// either record where the output is shaped; what the generations do differently stands in overloads and doors. An
-// output that serves already is found by comparing sizes alone and costs next to nothing, so that arrays of a few
-// elements are as quick as a loop written in place; whatever has to be made, refused or released takes a way of its
-// own.
+// either record where the output is shaped. What the generations do differently stands in overloads and doors.
+//
+// Hot path: the output already has the shape. Comparing sizes shows it, and with everything inlined (always_inline)
+// small arrays cost no more than a plain loop. The cold rest (allocate, refuse, dispose) is in functions marked
+// noinline.
 #include "data/operations.h"
 
 #include <algorithm>
@@ -43,8 +44,8 @@ bool replace_as(Array& d, int32_t type, int32_t count, int32_t dim)
     return allocate_as(d, type, count, dim);
 }
 
-// Outputs. The first generation keeps an output that serves already; the second shapes it every time and leaves it to
-// the capacity whether a new buffer is made.
+// Outputs. The first generation keeps an output that has the shape already. The second sets the shape every time, and
+// its capacity decides whether a new buffer is made.
 
 bool shape_for_cat(Data& output, int32_t type, int32_t count, int32_t dim)
 {
@@ -126,7 +127,8 @@ int cat(const Array* first, const Array* second, Array* output)
     return 1;
 }
 
-/// Copies a source of kind `type`. Where the caller names the kind, no choice between buffers is left.
+/// Copies a source of kind `type`. Inlined where the caller names the kind, so the compiler removes the choice between
+/// buffers.
 template <class Array>
 [[gnu::always_inline]] inline int copy_kind(const Array& source, Array& output, int32_t type)
 {
@@ -154,8 +156,8 @@ template <class Array>
     return copy_kind(*source, *output, source->type);
 }
 
-/// How many doubles a mix works on where its arrays hold as many each, in one shape, and nothing has to be made; else
-/// 0.
+/// The hot path of a mix: the number of doubles in each array, when all are of one shape and complete, the output
+/// included; else 0.
 template <class Array, class... Arrays>
 [[gnu::always_inline]] inline int64_t doubles_to_mix(const Array* a, const Arrays*... others)
 {
@@ -167,7 +169,7 @@ template <class Array, class... Arrays>
     return n > 0 && (is_like(others) && ...) ? n : 0;
 }
 
-/// Shapes the output of a mix in all other cases. True where doubles are now to be mixed, else `result` is that of the
+/// The cold path of a mix: shapes the output. True where doubles are now to be mixed, else `result` is that of the
 /// call.
 template <class Array, size_t N>
 [[gnu::noinline]] bool prepare_mix(const Array* const (&inputs)[N], Array* output, int& result)
@@ -227,7 +229,7 @@ template <class Array>
     return 1;
 }
 
-/// The bounds of an array whose elements are no doubles that could be read.
+/// The cold path of bounds: a source that is not doubles, or lacks them.
 template <class Array>
 [[gnu::noinline]] int bounds_of_none(const Array& source, Array& output)
 {

@@ -1,10 +1,12 @@
 // Sampling draws a number for each point and takes the first triangle whose cumulative share of the area reaches it.
 //
-// The shares are kept as running maxima: they reach a number at the same triangle first, and they ascend whatever the
-// areas are (a share that is not a number reaches none). So the triangle is found by halving, and where many points are
-// made, in a table over the few values a draw has. Points are made in blocks: all draws of a block, their weights in
-// lanes, their triangles, which are asked for from memory, then the points. Areas are measured in lanes too. Sums are
-// formed in order, and where there is but one block, only as far as its largest draw.
+// The shares are kept as running maxima. A draw is first reached at the same triangle by either, and maxima ascend
+// whatever the areas are: a share that is a NaN never raises them. So the triangle is found by binary search. Where
+// many points are made, a table over the 32,768 values of a draw answers instead.
+//
+// Points are made in blocks of 32, in four passes: draw, turn draws into weights (lanes), find and prefetch the
+// triangles, weigh their vertices. Areas are measured in lanes and summed in order. With a single block the sum of
+// shares stops at its largest draw.
 #include "data/sampling.h"
 
 #include <algorithm>
@@ -23,9 +25,9 @@ namespace {
 
 /// Points of a block.
 constexpr int kBlock = 32;
-/// A table of all draws is made where halving would take twice as many steps as it has entries.
+/// A table of all draws is made where binary search would take more than two steps per entry. The factor is chosen.
 constexpr int64_t kStepsForTable = 2 * int64_t{kGreatestDraw + 1};
-/// So many shares need no heap.
+/// Shares that are kept on the stack.
 constexpr int64_t kNearbyShares = 16;
 /// Components of a triangle: three vertices.
 constexpr int kTriangle = 9;
@@ -53,7 +55,8 @@ KORVALE_OVER_LANES Lanes3<V> vertex_of(const double* p, int64_t stride)
     return vertices;
 }
 
-/// Writes the areas from triangle i on, as far as whole groups go, and adds them to `sum` in order. Returns how far.
+/// Writes the areas from triangle i on, as far as whole groups go, and adds them to `sum` in order. Returns the first
+/// triangle not measured.
 template <class V>
 KORVALE_OVER_LANES int64_t measure_by(const SampledTriangles& t, int64_t i, double* areas, double& sum)
 {
@@ -84,8 +87,8 @@ double measure_areas(const SampledTriangles& t, double* areas)
     return sum;
 }
 
-/// Makes running maxima of the cumulative shares out of the areas, up to the first that reaches `most_wanted`. Returns
-/// how many.
+/// Replaces the areas by running maxima of their cumulative shares, up to the first that reaches `most_wanted`. Returns
+/// the number of shares.
 int64_t accumulate_shares(double* areas, int64_t count, double sum, double most_wanted)
 {
     double share = 0.0, most = -std::numeric_limits<double>::infinity();
@@ -100,9 +103,10 @@ int64_t accumulate_shares(double* areas, int64_t count, double sum, double most_
 
 // The triangle of a draw: the first whose share reaches it, or the last.
 
+/// Binary search for the first share that reaches r. It always takes all its steps, so they do not depend on the draw.
 int64_t first_reaching(double r, const double* reached, int64_t count)
 {
-    const double* first = reached; // the answer is one of `count` from here on
+    const double* first = reached; // the answer is among the `count` shares from here on
     for (; count > 1; count -= count / 2)
         first += first[count / 2 - 1] < r ? count / 2 : 0;
     return first - reached;
@@ -134,7 +138,8 @@ struct Choice {
 
 // Points.
 
-/// Gives the draws from the k-th place on their meaning, as far as whole groups go. Returns how far.
+/// Turns the draws from the k-th point on into shares and weights, as far as whole groups go. Returns the first point
+/// left.
 template <class V>
 KORVALE_OVER_LANES int place_by(int k, int count, Places& places)
 {
@@ -155,7 +160,7 @@ KORVALE_FOUR_LANES int place_by_quads(int count, Places& places)
     return place_by<Quad>(0, count, places);
 }
 
-/// Gives the draws of `count` points their meaning.
+/// Turns the draws of `count` points into shares and weights.
 void place(int count, Places& places)
 {
     int k = 0;
@@ -173,7 +178,8 @@ void place(int count, Places& places)
         out[k] = u * corners[k] + v * corners[width + k] + w * corners[2 * width + k];
 }
 
-/// Finds the triangles of the places and asks for them, which are far apart in memory.
+/// Finds the triangles of the points and prefetches them: they are far apart in memory, and the other points of the
+/// block are found until they arrive.
 void choose_triangles(const SampledTriangles& t, const Choice& choice, const Places& places, int count,
                       int64_t (&triangles)[kBlock])
 {
@@ -227,7 +233,7 @@ bool scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttr
     }
     const bool wants_table = p.count * std::bit_width(static_cast<uint64_t>(t.count - 1)) > kStepsForTable;
     Scratch<int32_t> table(wants_table ? kGreatestDraw + 1 : 0);
-    if (wants_table && table.exists()) { // without one the search goes on as for few points
+    if (wants_table && table.exists()) { // without it binary search goes on
         tabulate(reached.get(), t.count, table.get());
         choice.table = table.get();
     }

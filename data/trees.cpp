@@ -1,7 +1,10 @@
-// Releasing a tree of arrays: first all records are gathered, then they are freed, since a slot that is looked at later
-// may lead to any of them. A record that is taken loses its buffers of numbers at once, and its pointer to doubles then
-// says that it is taken; its link to the next record chains first those whose slots wait to be followed, then those
-// that only wait to be freed. So gathering needs no memory and no order, and goes to any depth.
+// Releasing a tree of arrays. First all records are gathered, then they are freed: a slot that is looked at later may
+// lead to any of them. The gathered records hold the lists themselves:
+//
+// - A gathered record is marked by pointing its `dvals`, freed before, at `mark_`.
+// - Its `next` then links it into `waiting_` (slots still to be followed), later into `gathered_` (freed at the end).
+//
+// So gathering needs no memory, and depth does not matter.
 #include "data/internal/trees.h"
 
 namespace korvale::inside {
@@ -73,7 +76,7 @@ private:
         free_buffer(d.pvals);
     }
 
-    double mark_ = 0.0; ///< no array of a host lies here
+    double mark_ = 0.0; ///< only its address counts: no buffer lies there
     DATAstruct* waiting_ = nullptr;
     DATAstruct* gathered_ = nullptr;
 };

@@ -84,7 +84,7 @@ void set_buffer(Array& d, int32_t type, void* buffer)
     }
 }
 
-/// Releases a buffer or nothing: most kinds of buffer that a record may have are absent, and asking beats a call.
+/// Frees a buffer unless it is null. Most of a record's buffers are null, and a test costs less than the call.
 inline void free_buffer(void* buffer)
 {
     if (buffer != nullptr)
@@ -110,8 +110,8 @@ inline void free_chain(data_list_struct* node)
     }
 }
 
-/// Whether a buffer of the record would be the host's own: its capacity was never set, or the record was zero-filled.
-/// The library leaves no buffer beside a capacity of 0.
+/// Whether any buffer the record has is the host's. The library sets a capacity of 1 or more for every buffer that it
+/// makes; a host leaves -1 or, in a zero-filled record, 0.
 inline bool is_wrapped(const DATAstruct& d)
 {
     return d.alloc_count < 1 || d.alloc_dim < 1;
@@ -137,7 +137,7 @@ inline int64_t room(const DATAstruct& d)
     return is_wrapped(d) ? components(d.count, d.dim) : components(d.alloc_count, d.alloc_dim);
 }
 
-/// Two neighbours of a record's sizes in one word.
+/// Two neighbouring 32-bit fields of a record as one 64-bit word, to be compared at once.
 inline uint64_t both(const int32_t* sizes)
 {
     uint64_t word;
@@ -145,7 +145,7 @@ inline uint64_t both(const int32_t* sizes)
     return word;
 }
 
-/// dim and count.
+/// dim and count in one word.
 template <class Array>
 uint64_t shape_of(const Array& d)
 {
@@ -153,7 +153,8 @@ uint64_t shape_of(const Array& d)
     return both(&d.dim);
 }
 
-/// n <= room(d) of an array of n components, quickly where the capacity is just the shape.
+/// Whether n <= room(d), for an array of n components. The common case, a capacity that is exactly the shape, is one
+/// comparison of words.
 inline bool has_room(const Data&, int64_t)
 {
     return true;
@@ -165,7 +166,7 @@ inline bool has_room(const DATAstruct& d, int64_t n)
     return both(&d.alloc_dim) == shape_of(d) || n <= room(d);
 }
 
-/// How many doubles an array holds that is of this kind and complete; else 0.
+/// The number of doubles in an array of that kind whose buffer holds all it counts; 0 for any other.
 template <class Array>
 [[gnu::always_inline]] inline int64_t doubles_in(const Array& d)
 {

@@ -7,22 +7,24 @@
 
 #include "math/internal/matrix.h"
 
-// Work on the bare elements of an array, ignorant of its record. Each does what going through the values one by one,
-// from the first on, does, whatever buffers overlap; for a few values that is what it does, in place, for more it is a
-// call.
+// Work on the bare elements of an array, which knows nothing of its record. Results are those of a plain loop from the
+// first value on, also where buffers overlap. A few values are handled inline, more by a call into kernels.cpp, which
+// uses lanes.
 namespace korvale::inside {
 
 /// Exchanges element i with element count - 1 - i, `bytes` bytes each.
 void reverse_elements(void* buffer, int64_t count, size_t bytes);
 
+/// Copies one component after the other, for a target that begins inside the source.
 void copy_ahead(const unsigned char* from, int64_t n, size_t component, unsigned char* to);
 
-/// Copies n components of `component` bytes each.
+/// Copies n components of `component` bytes each. A target that begins inside the source overwrites what is still to be
+/// read: component by component repeats the leading ones, as the documented loop does and memmove does not.
 [[gnu::always_inline]] inline void copy_components(const void* from, int64_t n, size_t component, void* to)
 {
     const size_t bytes = static_cast<size_t>(n) * component;
     const auto *const first = static_cast<const unsigned char*>(from), *const target = static_cast<unsigned char*>(to);
-    if (first < target && target < first + bytes) // writes what is still to be read
+    if (first < target && target < first + bytes)
         copy_ahead(first, n, component, static_cast<unsigned char*>(to));
     else
         std::memmove(to, from, bytes);
@@ -86,7 +88,7 @@ bool are_many_finite(const double* values, int64_t n);
 
 void carry_many_points(const double (*m)[4], const double* from, int64_t count, double* to);
 
-/// Carries `count` points by `m`, which is read again for each where it lies among those written.
+/// Carries `count` points by `m`. A matrix that lies among the points written is read anew for each point.
 [[gnu::always_inline]] inline void carry_points(const double (*m)[4], const double* from, int64_t count, double* to)
 {
     constexpr int64_t kFewPoints = 4;
@@ -96,7 +98,7 @@ void carry_many_points(const double (*m)[4], const double* from, int64_t count, 
         carry_point(m, from + 3 * i, to + 3 * i);
 }
 
-/// Fewer values than this are mixed one by one.
+/// Fewer values than these are mixed inline: a call with its choice of lanes takes longer. Measured.
 constexpr int64_t kFewValues = 6, kFewValuesOfFour = 13;
 
 void mix_many_values(const double* a, const double* b, double wa, double wb, int64_t n, double* to);

@@ -24,7 +24,7 @@ inline int64_t room(const DATAstruct* d, int32_t type)
     return held < 1 || d->count < 1 ? 0 : static_cast<int32_t>(std::min<int64_t>(held, d->count));
 }
 
-/// The same, quickly for lists that the library allocated.
+/// `checked_usable_count`, inlined for the common case: a list that the library allocated.
 inline int32_t usable_count(const DATAstruct* d, int32_t type, int32_t dim = 1)
 {
     const bool is_common = d != nullptr && buffer_of(*d, type) != nullptr && d->alloc_dim == dim && d->count >= 0 &&
@@ -32,15 +32,18 @@ inline int32_t usable_count(const DATAstruct* d, int32_t type, int32_t dim = 1)
     return is_common ? d->count : checked_usable_count(d, type, dim);
 }
 
-/// Whether `note_room` has noted that an array holds nothing, as room for one element of no components. A host that
-/// wraps memory leaves other sizes, and the library leaves no buffer beside these.
+/// Whether `note_room` has marked the array as holding nothing, by a capacity of one element of 0 components. Neither
+/// hosts nor the library leave a buffer beside that capacity.
 inline bool is_noted_empty(const DATAstruct& d)
 {
     return d.alloc_count == 1 && d.alloc_dim == 0;
 }
 
-/// Notes for an array around memory of the host that this holds count * dim components, where its own count and dim
-/// tell something else from now on. Nothing where there is no memory, it is the library's or it is noted already.
+/// Call before changing count or dim of an array that wraps host memory. Keeps the old size, count * dim, in the alloc
+/// fields, from then on the only record of how far that memory reaches. Afterwards `is_wrapped` is false for it, unless
+/// it holds nothing.
+///
+/// Does nothing for an array without a buffer, one that the library allocated, and one marked before.
 inline void note_room(DATAstruct& d, int32_t count, int32_t dim)
 {
     if (!is_wrapped(d) || is_noted_empty(d) || buffer_of(d, d.type) == nullptr)
@@ -51,7 +54,7 @@ inline void note_room(DATAstruct& d, int32_t count, int32_t dim)
     d.alloc_type = d.type;
 }
 
-/// `room` of an array whose room may have been noted.
+/// `room`, but 0 for an array that `note_room` has marked as holding nothing.
 inline int64_t noted_room(const DATAstruct& d, int32_t type)
 {
     return is_wrapped(d) && is_noted_empty(d) ? 0 : room(&d, type);

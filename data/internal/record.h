@@ -30,7 +30,7 @@ inline int allocate(Data& d)
 inline int allocate(DATAstruct& d)
 {
     const bool is_there = d.count >= 1 && d.dim >= 1 && serves(d, d.type, components(d.count, d.dim));
-    return is_there ? 1 : DATAAllocate(&d); // which would find the same
+    return is_there ? 1 : DATAAllocate(&d); // inlined: the commonest answer of DATAAllocate
 }
 
 inline void dispose(Data& d)
@@ -77,7 +77,7 @@ template <class Array>
 {
     if (d.count < 2)
         return;
-    if (doubles_in(d) > 0) // as in most, and quicker
+    if (doubles_in(d) > 0) // the commonest kind, in fewer tests
         reverse_elements(d.dvals, d.count, static_cast<size_t>(d.dim) * sizeof(double));
     else if (is_filled(d))
         reverse_elements(buffer_of(d, d.type), d.count, static_cast<size_t>(d.dim) * component_bytes(d, d.type));

@@ -23,9 +23,8 @@ struct SampledAttributes {
     int64_t width;      ///< 0 where none are carried
 };
 
-/// Scatters points, one or more over one or more triangles, as `DATATriSample` does, with a generator of its own:
-/// neither are numbers of the process drawn nor is its generator seeded. False where the heap is exhausted; nothing is
-/// written then.
+/// Scatters one or more points over one or more triangles as `DATATriSample` does, with a generator of its own: the
+/// process's generator is neither drawn from nor seeded. False, with nothing written, where the heap is exhausted.
 bool scatter_alone(const SampledTriangles& triangles, uint32_t seed, const SamplePoints& points,
                    const SampledAttributes& attributes);
 

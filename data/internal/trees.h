@@ -7,11 +7,10 @@
 #include "data/datastruct.h"
 #include "data/internal/buffers.h"
 
-// Arrays of arrays. They may be deeper than the machine's stack, so nothing that walks them recurses.
+// Trees of arrays. A tree may be deeper than the machine's stack, so nothing that walks it recurses.
 namespace korvale::inside {
 
-/// The children of an array of arrays where its dim is not looked at: one slot per element, none where slots are
-/// missing.
+/// The number of children by count alone, whatever dim is: one slot per element. 0 where the slots do not all exist.
 inline int32_t children_by_count(const DATAstruct& d)
 {
     const bool are_there = d.pvals != nullptr && (is_wrapped(d) || d.count <= room(d));
@@ -23,11 +22,12 @@ inline DATAstruct* child(const DATAstruct& d, int32_t slot)
     return static_cast<DATAstruct*>(d.pvals[slot]);
 }
 
-/// Releases the buffers of `d`, the children in the slots of its capacity, theirs, and all that hangs on their lists
-/// and its own. A record that is reached several times is released once. `d` itself is left for `DATAInitialize`.
+/// Releases the buffers of `d`, and of every record that it reaches through the slots of its capacity and through
+/// lists, and frees those records. A record that is reached several times is freed once. `d` itself is left for
+/// `DATAInitialize`.
 void release_tree(DATAstruct& d);
 
-/// A stack of plain records. The first kNearby take no heap.
+/// A stack of trivially copyable entries. The first kNearby are stored inside it, more on the heap.
 template <class Entry, int kNearby>
 class Stack {
 public:
@@ -72,12 +72,12 @@ private:
     int64_t size_ = 0, room_ = kNearby;
 };
 
-/// Levels of a tree that are walked without the heap.
+/// Levels of a tree that are walked without heap memory.
 constexpr int kNearbyLevels = 64;
 
-/// Walks a tree depth first, slot after slot. `visit(node)` does the work of a leaf and returns how many children a
-/// node has; `child_of(node, slot)` is one of them. What lies deeper than kNearbyLevels below further slots is passed
-/// over when the heap is exhausted.
+/// Walks a tree depth first, slot after slot. `visit(node)` does the work of a leaf and returns the number of children;
+/// `child_of(node, slot)` is one of them. More than kNearbyLevels levels need the heap: where it is exhausted, what
+/// lies deeper is skipped.
 template <class Node, class Visit, class ChildOf>
 void walk_tree(Node node, Visit visit, ChildOf child_of)
 {
@@ -85,7 +85,7 @@ void walk_tree(Node node, Visit visit, ChildOf child_of)
         Node node;
         int32_t next, count;
     };
-    Stack<Level, kNearbyLevels> path; // the levels with slots still to visit: a last child needs no way back
+    Stack<Level, kNearbyLevels> path; // levels with slots left; a last child pushes none, as a tail call
     for (;;) {
         const int32_t children = visit(node);
         if (children == 1 || (children > 1 && path.push({node, 1, children}))) {
