@@ -1,19 +1,23 @@
-// A program is run item by item on a stack of values. `step` does that as documented, one item at a time, and asks for
-// functions, variables and tables anew each time. The program itself is looked up again where a function of the host
-// has run, on every route: that function may have changed how many items there are, or taken the equation away.
+// A program is run item by item on a stack of values. `step` does that as documented, one item at a time, and looks up
+// functions, variables and tables anew each time. The program itself is looked up again after every function of the
+// host: that function may have changed the number of items, or taken the equation away.
 //
-// Nearly all programs need none of that care: the records are as the library makes them, which `Frame::open` finds out
-// once, and there are only numbers, variables and built-in functions, none of which changes a record. For these each
-// kind of item has a function that ends in a call of the next one's, a jump. So all that changes from item to item
-// stays in the processor's registers, the topmost value among it, and each kind has branches of its own to learn what
-// follows. An operand is given to the operator behind it without being pushed, for which there is always a place: with
-// all places taken nothing is quick. Items are not counted, as an end item stands behind them. Whatever is unusual is
-// left to `step` from there on.
+// Nearly all programs need none of that. Their records are as the library makes them, which `Evaluation::open` finds
+// out once, and they hold only numbers, variables and built-in functions, none of which changes a record. For these
+// there is a threaded interpreter:
+//
+// - Each kind of item has a function that tail-calls the next one's. So the item, the place on the stack and the
+//   topmost value stay in registers, and each function has its own indirect branch for the processor to predict.
+// - A value followed by + - * / is combined with the top at once instead of being pushed. That is one value more than
+//   the stack shows, hence 50 places and not 51.
+// - Items are not counted: an end item stands behind them.
+// - Whatever is unusual is left to `step` from there on.
 //
 // A pass over all equations. As documented, its results gather in a copy of all variables, made before the pass and
-// copied back after it, so that nothing else which happens to a variable meanwhile lasts. Only a host's function can do
-// such a thing, or parse equations, which the pass then comes to as well. Where the equations call built-in functions
-// alone, all but the results of reserved variables is in place already, and only those are put aside.
+// copied back after it, so that nothing else which happens to a variable meanwhile lasts. Only a function of the host
+// can change variables otherwise, or parse equations, which the pass then reaches as well. Where the equations call
+// built-in functions alone, the results of ordinary variables are in place already, and only those of reserved
+// variables are put aside.
 #include "equation/evaluate.h"
 
 #include <algorithm>
@@ -31,7 +35,7 @@ namespace korvale::inside {
 namespace {
 
 constexpr int64_t kMostValues = 51; ///< values held during an evaluation
-constexpr int64_t kMostQuick = 50;  ///< values held while it is quick: one more may be on its way to an operator
+constexpr int64_t kMostQuick = 50;  ///< values on the threaded interpreter's stack: one more is in flight
 constexpr int32_t kNearby = 64;     ///< values a pass puts aside before the heap is asked
 
 /// A position behind the items of any program.
@@ -41,41 +45,41 @@ constexpr int64_t kStopped = std::numeric_limits<int64_t>::max();
 using Below = double[kMostValues];
 
 /// An evaluation between two items, `position` that of the next one.
-struct Run {
+struct State {
     int64_t position = 1; // the target is at 0
     int64_t depth = 0;    // values held
     double top = 0.0;     // the last of them; 0.0 while there is none
 };
 
 /// Where there is no place for a value the program stops.
-void push(Run& run, Below& below, double value)
+void push(State& state, Below& below, double value)
 {
-    if (run.depth == kMostValues) {
-        run.position = kStopped;
+    if (state.depth == kMostValues) {
+        state.position = kStopped;
         return;
     }
-    below[run.depth++] = run.top;
-    run.top = value;
+    below[state.depth++] = state.top;
+    state.top = value;
 }
 
-/// What follows an item: the next one, the end, or, where a function of the host has run, nobody knows what.
+/// What follows an item: the next one, the end, or, after a function of the host, a program that may have changed.
 enum class After { next, end, unknown };
 
 /// Runs the next item as documented.
-[[gnu::always_inline]] inline After step(EquationSystem& es, const Program& program, Run& run, Below& below)
+[[gnu::always_inline]] inline After step(EquationSystem& es, const Program& program, State& state, Below& below)
 {
-    if (run.position >= program.count)
+    if (state.position >= program.count)
         return After::end;
-    const int64_t p = run.position++;
+    const int64_t p = state.position++;
     const int32_t kind = program.kinds[p], operand = program.operands[p];
     switch (kind) {
     case EQ_ITEM_END:
         return After::end;
     case EQ_ITEM_CONSTANT:
-        push(run, below, program.constants[p]);
+        push(state, below, program.constants[p]);
         return After::next;
     case EQ_ITEM_VARIABLE:
-        push(run, below, is_variable(es, operand) ? es.var_vals->dvals[operand] : 0.0);
+        push(state, below, is_variable(es, operand) ? es.var_vals->dvals[operand] : 0.0);
         return After::next;
     case EQ_ITEM_SAMPLE:
     case EQ_ITEM_UNARY:
@@ -86,12 +90,12 @@ enum class After { next, end, unknown };
     }
     void* const slot = function_at(es, operand);
     if (kind == EQ_ITEM_SAMPLE) {
-        push(run, below, EqTableRead(&es, operand));
-    } else if (kind == EQ_ITEM_UNARY && run.depth >= 1) {
-        run.top = call(slot, run.top);
-    } else if (kind == EQ_ITEM_BINARY && run.depth >= 2) {
-        run.depth -= 1;
-        run.top = call(slot, below[run.depth], run.top);
+        push(state, below, EqTableRead(&es, operand));
+    } else if (kind == EQ_ITEM_UNARY && state.depth >= 1) {
+        state.top = call(slot, state.top);
+    } else if (kind == EQ_ITEM_BINARY && state.depth >= 2) {
+        state.depth -= 1;
+        state.top = call(slot, below[state.depth], state.top);
     }
     return is_built_in(operand, slot) ? After::next : After::unknown;
 }
@@ -102,7 +106,7 @@ enum class After { next, end, unknown };
     return d != nullptr && d->alloc_dim == 1 && d->count >= least && d->count <= d->alloc_count;
 }
 
-/// An item, and the place for the next value that will not be the topmost.
+/// An item, and the place on the stack for the next value that will not be the topmost.
 struct Place {
     const int32_t* kind;
     const int32_t* operand;
@@ -110,7 +114,7 @@ struct Place {
 };
 
 /// What an evaluation reads of an equation with a target and of its system.
-struct Frame {
+struct Evaluation {
     EquationSystem* es;
     const int32_t* kinds;
     uint32_t value_count;
@@ -119,12 +123,16 @@ struct Frame {
     double* values;
     const double* constants;
     void* const* functions;
-    Place place; ///< during a call
+    Place place; ///< where to go on, during a call of a built-in function
     Below below;
     int32_t ended[kMostItems + 1]; ///< a copy of the kinds, where no end item stands behind them
 
-    /// The number of items; 0 where anything is not as it usually is: all lists of the library's own making, an end
-    /// item behind the items and within their 100 places, slots for all built-in functions, ADD to DIVIDE in theirs.
+    /// Reads the equation. Returns the number of items, or 0 where anything is unusual. Usual is:
+    ///
+    /// - All lists are as the library made them.
+    /// - An end item stands behind the items, within their 100 places. With `may_copy` a missing one is added in a
+    ///   copy.
+    /// - The functions have slots for all built-in ones, and ADD to DIVIDE are in theirs.
     template <bool may_copy>
     [[gnu::always_inline]] int32_t open(EquationSystem& system, int32_t number)
     {
@@ -182,88 +190,89 @@ struct Frame {
     }
 };
 
-// One function for each kind of item: `kind` and `operand` are the item's, `below` is the place for the next value that
-// will not be the topmost. At least one value is held. Each returns the result of the whole evaluation.
-using RunItem = double(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top);
+// The threaded interpreter: one function for each kind of item. `kind` and `operand` are those of the item, `below` is
+// the place for the next value that will not be the topmost. At least one value is held. Each returns the result of the
+// whole evaluation.
+using RunItem = double(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below, double top);
 RunItem run_end, run_constant, run_variable, run_draw, run_unary, run_binary, run_other;
 
 extern RunItem* const kRunItems[EQ_ITEM_TARGET + 1]; ///< for each kind
 
-/// Runs the next item, behind one of the kind `before`. Variables and operators have tests of their own, which are
-/// predicted better than a jump to anywhere. Not so after one of their own kind: a function that ends in a call of
-/// itself becomes a loop, and what it would keep there is more than there are registers.
+/// Calls the function of the next item, which follows one of the kind `before`. Compare-and-jump for the two commonest
+/// kinds predicts better than the indirect jump. It is left out after an item of the same kind: a self tail call
+/// becomes a loop, and the compiler then spills registers.
 template <int32_t before = EQ_ITEM_TARGET>
-[[gnu::always_inline]] inline double run(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
-                                         double top)
+[[gnu::always_inline]] inline double dispatch(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below,
+                                              double top)
 {
     const int32_t k = *kind;
     if (before != EQ_ITEM_VARIABLE && k == EQ_ITEM_VARIABLE)
-        return run_variable(frame, kind, operand, below, top);
+        return run_variable(e, kind, operand, below, top);
     if (before != EQ_ITEM_BINARY && k == EQ_ITEM_BINARY)
-        return run_binary(frame, kind, operand, below, top);
+        return run_binary(e, kind, operand, below, top);
     if (static_cast<uint32_t>(k) > EQ_ITEM_TARGET)
-        return run_other(frame, kind, operand, below, top);
-    return kRunItems[k](frame, kind, operand, below, top);
+        return run_other(e, kind, operand, below, top);
+    return kRunItems[k](e, kind, operand, below, top);
 }
 
-[[gnu::always_inline]] inline double run_at(Frame& frame, int64_t position, int64_t depth, double top)
+[[gnu::always_inline]] inline double run_at(Evaluation& e, int64_t position, int64_t depth, double top)
 {
-    return run(frame, frame.kinds + position, frame.operands + position, frame.below + depth, top);
+    return dispatch(e, e.kinds + position, e.operands + position, e.below + depth, top);
 }
 
-/// Gives the value of an item of the kind `own` to the operator behind it, or pushes it.
+/// Combines the value of an item of the kind `own` with the operator behind it, or pushes it.
 template <int32_t own>
-[[gnu::always_inline]] inline double run_value(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
-                                               double top, double value)
+[[gnu::always_inline]] inline double run_value(Evaluation& e, const int32_t* kind, const int32_t* operand,
+                                               double* below, double top, double value)
 {
     if (kind[1] == EQ_ITEM_BINARY) {
         const int32_t f = operand[1];
         if (f == kMultiply)
-            return run<own>(frame, kind + 2, operand + 2, below, top * value);
+            return dispatch<own>(e, kind + 2, operand + 2, below, top * value);
         if (f == kAdd)
-            return run<own>(frame, kind + 2, operand + 2, below, top + value);
+            return dispatch<own>(e, kind + 2, operand + 2, below, top + value);
         if (f == kSubtract)
-            return run<own>(frame, kind + 2, operand + 2, below, top - value);
+            return dispatch<own>(e, kind + 2, operand + 2, below, top - value);
         if (f == kDivide)
-            return run<own>(frame, kind + 2, operand + 2, below, value == 0.0 ? 0.0 : top / value);
+            return dispatch<own>(e, kind + 2, operand + 2, below, value == 0.0 ? 0.0 : top / value);
     }
-    if (below == frame.below + kMostQuick)
-        return run_other(frame, kind, operand, below, top);
+    if (below == e.below + kMostQuick)
+        return run_other(e, kind, operand, below, top);
     *below = top;
-    return run<own>(frame, kind + 1, operand + 1, below + 1, value);
+    return dispatch<own>(e, kind + 1, operand + 1, below + 1, value);
 }
 
-[[gnu::noinline]] double run_variable(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+[[gnu::noinline]] double run_variable(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below,
                                       double top)
 {
     const int32_t v = *operand;
-    if (!frame.has_value(v))
-        return run_other(frame, kind, operand, below, top);
-    return run_value<EQ_ITEM_VARIABLE>(frame, kind, operand, below, top, frame.values[v]);
+    if (!e.has_value(v))
+        return run_other(e, kind, operand, below, top);
+    return run_value<EQ_ITEM_VARIABLE>(e, kind, operand, below, top, e.values[v]);
 }
 
-[[gnu::noinline]] double run_constant(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+[[gnu::noinline]] double run_constant(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below,
                                       double top)
 {
-    return run_value<EQ_ITEM_CONSTANT>(frame, kind, operand, below, top, frame.constants[kind - frame.kinds]);
+    return run_value<EQ_ITEM_CONSTANT>(e, kind, operand, below, top, e.constants[kind - e.kinds]);
 }
 
-[[gnu::noinline]] double run_binary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+[[gnu::noinline]] double run_binary(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below,
                                     double top)
 {
-    if (below == frame.below + 1) // one value
-        return run_other(frame, kind, operand, below, top);
+    if (below == e.below + 1) // one value
+        return run_other(e, kind, operand, below, top);
     const int32_t f = *operand;
     const double left = below[-1];
     if (f == kMultiply)
-        return run<EQ_ITEM_BINARY>(frame, kind + 1, operand + 1, below - 1, left * top);
+        return dispatch<EQ_ITEM_BINARY>(e, kind + 1, operand + 1, below - 1, left * top);
     if (f == kAdd)
-        return run<EQ_ITEM_BINARY>(frame, kind + 1, operand + 1, below - 1, left + top);
+        return dispatch<EQ_ITEM_BINARY>(e, kind + 1, operand + 1, below - 1, left + top);
     if (f == kSubtract)
-        return run<EQ_ITEM_BINARY>(frame, kind + 1, operand + 1, below - 1, left - top);
+        return dispatch<EQ_ITEM_BINARY>(e, kind + 1, operand + 1, below - 1, left - top);
     if (f == kDivide)
-        return run<EQ_ITEM_BINARY>(frame, kind + 1, operand + 1, below - 1, top == 0.0 ? 0.0 : left / top);
-    return run_other(frame, kind, operand, below, top);
+        return dispatch<EQ_ITEM_BINARY>(e, kind + 1, operand + 1, below - 1, top == 0.0 ? 0.0 : left / top);
+    return run_other(e, kind, operand, below, top);
 }
 
 /// Gives the variable on the left the result, unless it is reserved or the equation is gone, and returns it.
@@ -275,120 +284,123 @@ double conclude(EquationSystem& es, const Program& program, double result)
     return result;
 }
 
-/// Runs all further items as documented. After a function of the host the program is looked up again.
-[[gnu::noinline]] double run_to_end(Frame& frame, Run state)
+/// Runs all further items by `step`. After a function of the host the program is looked up again.
+[[gnu::noinline]] double run_to_end(Evaluation& e, State state)
 {
-    EquationSystem& es = *frame.es;
+    EquationSystem& es = *e.es;
     for (;;) {
-        const Program program = program_at(es, frame.equation);
+        const Program program = program_at(es, e.equation);
         After after;
         do
-            after = step(es, program, state, frame.below);
+            after = step(es, program, state, e.below);
         while (after == After::next);
         if (after == After::end)
             return conclude(es, program, state.top);
     }
 }
 
-/// Goes on after anything may have changed: quickly, if all is as usual.
-[[gnu::noinline]] double go_on(Frame& frame, Run state)
+/// Goes on after a function that may have changed anything: by the threaded interpreter if all is usual.
+[[gnu::noinline]] double go_on(Evaluation& e, State state)
 {
-    if (state.depth >= 1 && state.depth <= kMostQuick && state.position <= frame.open<true>(*frame.es, frame.equation))
-        return run_at(frame, state.position, state.depth, state.top);
-    return run_to_end(frame, state);
+    if (state.depth >= 1 && state.depth <= kMostQuick && state.position <= e.open<true>(*e.es, e.equation))
+        return run_at(e, state.position, state.depth, state.top);
+    return run_to_end(e, state);
 }
 
-/// Runs the next item of a program as documented, and goes on.
-[[gnu::always_inline]] inline double step_on(Frame& frame, const Program& program, Run state)
+/// Runs the next item by `step`, and goes on.
+[[gnu::always_inline]] inline double step_on(Evaluation& e, const Program& program, State state)
 {
-    return step(*frame.es, program, state, frame.below) == After::end ? conclude(*frame.es, program, state.top)
-                                                                      : go_on(frame, state);
+    return step(*e.es, program, state, e.below) == After::end ? conclude(*e.es, program, state.top) : go_on(e, state);
 }
 
-/// `step_on` from the item a quick function was at; nothing has changed since the frame was opened.
-[[gnu::noinline]] double run_carefully(Frame& frame, const int32_t* kind, double* below, double top)
+/// `step_on` from an item that the threaded interpreter has reached. Nothing has changed since the evaluation was
+/// opened.
+[[gnu::noinline]] double run_as_documented(Evaluation& e, const int32_t* kind, double* below, double top)
 {
-    return step_on(frame, program_of(*frame.es, frame.equation), {kind - frame.kinds, below - frame.below, top});
+    return step_on(e, program_of(*e.es, e.equation), {kind - e.kinds, below - e.below, top});
 }
 
-/// An evaluation from its beginning, whatever the records are like.
-[[gnu::noinline]] double evaluate_carefully(EquationSystem& es, int32_t equation)
+/// An evaluation from its first item, whatever the records are like.
+[[gnu::noinline]] double evaluate_as_documented(EquationSystem& es, int32_t equation)
 {
     const Program program = program_at(es, equation);
     if (!program.has_target())
         return 0.0;
-    Frame frame;
-    frame.es = &es;
-    frame.equation = equation;
-    return step_on(frame, program, {});
+    Evaluation e;
+    e.es = &es;
+    e.equation = equation;
+    return step_on(e, program, {});
 }
 
-/// Calls a built-in function. The frame keeps the place meanwhile, which takes less than saving registers would.
-[[gnu::noinline]] double call_built_in(Frame& frame, const int32_t* kind, const int32_t* operand, double* below,
+/// Calls a built-in function. The place is kept in the evaluation meanwhile: that costs less than saving and restoring
+/// three callee-saved registers.
+[[gnu::noinline]] double call_built_in(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below,
                                        UnaryFunction function, double top)
 {
-    frame.place = {kind + 1, operand + 1, below};
+    e.place = {kind + 1, operand + 1, below};
     const double result = function(top);
-    return run(frame, frame.place.kind, frame.place.operand, frame.place.below, result);
+    return dispatch(e, e.place.kind, e.place.operand, e.place.below, result);
 }
 
-[[gnu::noinline]] double call_unary(Frame& frame, const int32_t* kind, int32_t f, double* below, double top)
+[[gnu::noinline]] double call_unary(Evaluation& e, const int32_t* kind, int32_t f, double* below, double top)
 {
-    void* const slot = function_at(*frame.es, f);
+    void* const slot = function_at(*e.es, f);
     if (slot == nullptr)
-        return run_carefully(frame, kind, below, top);
+        return run_as_documented(e, kind, below, top);
     const double result = reinterpret_cast<UnaryFunction>(slot)(top);
-    return go_on(frame, {kind - frame.kinds + 1, below - frame.below, result});
+    return go_on(e, {kind - e.kinds + 1, below - e.below, result});
 }
 
-[[gnu::noinline]] double call_binary(Frame& frame, const int32_t* kind, int32_t f, double* below, double top)
+[[gnu::noinline]] double call_binary(Evaluation& e, const int32_t* kind, int32_t f, double* below, double top)
 {
-    void* const slot = function_at(*frame.es, f);
-    if (slot == nullptr || below == frame.below + 1) // no function, one value
-        return run_carefully(frame, kind, below, top);
-    const Run after = {kind - frame.kinds + 1, below - 1 - frame.below,
-                       reinterpret_cast<BinaryFunction>(slot)(below[-1], top)};
-    return is_built_in(f, slot) ? run_at(frame, after.position, after.depth, after.top) : go_on(frame, after);
+    void* const slot = function_at(*e.es, f);
+    if (slot == nullptr || below == e.below + 1) // no function, one value
+        return run_as_documented(e, kind, below, top);
+    const State after = {kind - e.kinds + 1, below - 1 - e.below,
+                         reinterpret_cast<BinaryFunction>(slot)(below[-1], top)};
+    return is_built_in(f, slot) ? run_at(e, after.position, after.depth, after.top) : go_on(e, after);
 }
 
-[[gnu::noinline]] double run_draw(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
+[[gnu::noinline]] double run_draw(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below, double top)
 {
-    if (below == frame.below + kMostQuick || !frame.has_built_in(*operand))
-        return run_carefully(frame, kind, below, top);
+    if (below == e.below + kMostQuick || !e.has_built_in(*operand))
+        return run_as_documented(e, kind, below, top);
     *below = top;
-    return run(frame, kind + 1, operand + 1, below + 1, EqTableRead(frame.es, *operand));
+    return dispatch(e, kind + 1, operand + 1, below + 1, EqTableRead(e.es, *operand));
 }
 
-[[gnu::noinline]] double run_unary(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
+[[gnu::noinline]] double run_unary(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below,
+                                   double top)
 {
     const int32_t f = *operand;
-    if (!frame.has_built_in(f))
-        return run_other(frame, kind, operand, below, top);
+    if (!e.has_built_in(f))
+        return run_other(e, kind, operand, below, top);
     if (f == kNegate)
-        return run<EQ_ITEM_UNARY>(frame, kind + 1, operand + 1, below, -top);
+        return dispatch<EQ_ITEM_UNARY>(e, kind + 1, operand + 1, below, -top);
     if (f == kSquareRoot)
-        return run<EQ_ITEM_UNARY>(frame, kind + 1, operand + 1, below, std::sqrt(top));
-    return call_built_in(frame, kind, operand, below, kBuiltIns[f].function.one, top);
+        return dispatch<EQ_ITEM_UNARY>(e, kind + 1, operand + 1, below, std::sqrt(top));
+    return call_built_in(e, kind, operand, below, kBuiltIns[f].function.one, top);
 }
 
-[[gnu::noinline]] double run_other(Frame& frame, const int32_t* kind, const int32_t* operand, double* below, double top)
+[[gnu::noinline]] double run_other(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below,
+                                   double top)
 {
     if (*kind == EQ_ITEM_UNARY)
-        return call_unary(frame, kind, *operand, below, top);
+        return call_unary(e, kind, *operand, below, top);
     if (*kind == EQ_ITEM_BINARY)
-        return call_binary(frame, kind, *operand, below, top);
-    return run_carefully(frame, kind, below, top);
+        return call_binary(e, kind, *operand, below, top);
+    return run_as_documented(e, kind, below, top);
 }
 
-[[gnu::noinline]] double run_end(Frame& frame, const int32_t* kind, const int32_t*, double* below, double top)
+[[gnu::noinline]] double run_end(Evaluation& e, const int32_t* kind, const int32_t*, double* below, double top)
 {
-    const DATAstruct* const flags = frame.es->var_flags;
-    const int32_t target = frame.operands[0];
-    if (flags == nullptr || flags->alloc_dim != 1 || flags->bvals == nullptr || !frame.has_value(target) ||
+    const DATAstruct* const flags = e.es->var_flags;
+    const int32_t target = e.operands[0];
+    if (flags == nullptr || flags->alloc_dim != 1 || flags->bvals == nullptr || !e.has_value(target) ||
         target >= flags->count || target >= flags->alloc_count)
-        return run_carefully(frame, kind, below, top);
+        return run_as_documented(e, kind, below, top);
     if (flags->bvals[target] == 0)
-        frame.values[target] = top;
+        e.values[target] = top;
     return top;
 }
 
@@ -417,7 +429,7 @@ bool calls_built_ins_only(const EquationSystem& es, const Program& program)
     return true;
 }
 
-/// Whether no equation can call a function of the host.
+/// Whether no equation calls a function of the host.
 bool is_undisturbed(const EquationSystem& es)
 {
     if (holds_built_ins_only(es))
@@ -488,15 +500,15 @@ double EqEvaluate(EquationSystem* es, int equation)
 {
     if (es == nullptr)
         return 0.0;
-    Frame frame;
-    if (frame.open<false>(*es, equation) > 0) {
-        const int32_t kind = frame.kinds[1], operand = frame.operands[1]; // its value is there without pushing
-        if (kind == EQ_ITEM_VARIABLE && frame.has_value(operand))
-            return run_at(frame, 2, 1, frame.values[operand]);
+    Evaluation e;
+    if (e.open<false>(*es, equation) > 0) {
+        const int32_t kind = e.kinds[1], operand = e.operands[1]; // the first value becomes the top
+        if (kind == EQ_ITEM_VARIABLE && e.has_value(operand))
+            return run_at(e, 2, 1, e.values[operand]);
         if (kind == EQ_ITEM_CONSTANT)
-            return run_at(frame, 2, 1, frame.constants[1]);
+            return run_at(e, 2, 1, e.constants[1]);
     }
-    return evaluate_carefully(*es, equation);
+    return evaluate_as_documented(*es, equation);
 }
 
 int EqSystemEvaluate(EquationSystem* es)

@@ -52,7 +52,7 @@ bool is_plain_format(const char* name)
     return true;
 }
 
-/// What formatting the name writes; it is never longer than the name.
+/// Formats a plain name into a slot. The result is never longer than the name.
 void format_name(const char* name, uint8_t* slot)
 {
     for (; *name != '\0'; ++name) {
@@ -68,7 +68,7 @@ int register_function(EquationSystem* es, const char* name, int32_t nargs, void*
 {
     if (name == nullptr || function == nullptr || std::strlen(name) > kLongestName || !is_plain_format(name))
         return -1;
-    uint8_t formatted[kNameBytes] = {}; // before the names move, one of which may have been given
+    uint8_t formatted[kNameBytes] = {}; // before EqAnotherFunc may move the names, `name` among them
     format_name(name, formatted);
     const int32_t f = EqAnotherFunc(es);
     if (f < 0)

@@ -1,5 +1,6 @@
-// Names that stay apart. A few are compared with all others; a long list is found by a hash table with linear probing,
-// which lives as long as the call that declares the list, so that the records hold nothing but the names.
+// A list of names without duplicates. In a short list a new name is compared with all others. A long one has a hash
+// table with linear probing, which lives as long as the call that declares the list, so that the records hold nothing
+// but the names.
 #include "equation/internal/names.h"
 
 namespace korvale::inside {

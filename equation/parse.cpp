@@ -31,7 +31,7 @@ struct Parse {
     DATAstruct& constants;
     const int32_t functions;               ///< that can be looked up
     const int32_t variables;               ///< that can be looked up
-    const Initials initials;               ///< of the functions; most names are variables and begin otherwise
+    const Initials initials;               ///< of the functions: most variables' names begin otherwise
     int32_t op_codes[kMostWaiting];        ///< in use from `op_top` on
     PendingFunction pending[kMostWaiting]; ///< in use from `pending_top` on
     int op_top = kMostWaiting;
@@ -280,7 +280,7 @@ bool make_items(const EquationSystem& es, DATAstruct* (&items)[kChildren])
             return false;
         row[child] = items[child];
     }
-    // To the count, which no compiler knows here: to the 100 it is, it would write word by word.
+    // `count` is kMostItems; with the constant gcc unrolls these fills into single stores.
     std::fill_n(items[0]->ivals, items[0]->count, EQ_ITEM_END);
     std::fill_n(items[1]->ivals, items[1]->count, -1);
     std::fill_n(items[2]->dvals, items[2]->count, 0.0);

@@ -12,7 +12,7 @@
 
 namespace korvale::inside {
 
-/// What a parser operator stands for and other built-in functions: the indices they are registered under.
+/// Built-in functions by the index they are registered under: the parser's operators and some others.
 enum : int32_t {
     kAdd = 0,
     kSubtract = 1,

@@ -38,8 +38,8 @@ inline bool is_name(const uint8_t* slot, Word word)
     return std::memcmp(slot, word.first, word.length) == 0 && slot[word.length] == 0;
 }
 
-/// A word of 1 to 12 characters as it would stand in a slot, to be compared with many slots: nearly all differ in their
-/// first two bytes, the others are compared eight bytes at a time.
+/// A word of 1 to 12 characters as it would stand in a slot, to be compared with many slots. Nearly all slots differ in
+/// their first two bytes; the others are compared as two overlapping words of eight bytes, up to the terminating zero.
 class NamePattern {
 public:
     explicit NamePattern(Word word)
@@ -48,7 +48,7 @@ public:
             first_ |= uint64_t{static_cast<unsigned char>(word.first[i])} << 8 * i;
         for (size_t i = kLast; i < word.length; ++i)
             last_ |= uint64_t{static_cast<unsigned char>(word.first[i])} << 8 * (i - kLast);
-        const size_t bytes = word.length + 1; // what follows the zero does not count
+        const size_t bytes = word.length + 1; // those behind the terminating zero are not compared
         first_mask_ = leading(bytes);
         last_mask_ = bytes <= kLast ? 0 : leading(bytes - kLast);
     }
@@ -84,7 +84,7 @@ private:
 /// The lowest of the first `count` slots that holds the word, or -1.
 int32_t find_name(const uint8_t* slots, int32_t count, Word word);
 
-/// The same from slot `from` on.
+/// The lowest slot of that name from slot `from` on, or -1.
 inline int32_t find_name(const uint8_t* slots, int32_t count, const NamePattern& name, int32_t from = 0)
 {
     const uint8_t* const end = slots + int64_t{count} * kNameBytes;
@@ -94,7 +94,8 @@ inline int32_t find_name(const uint8_t* slots, int32_t count, const NamePattern&
     return -1;
 }
 
-/// The characters that some names begin with, each letter with a bit of its own; others may share one.
+/// The first characters of some names as a set of 64 bits, a Bloom filter with one hash. Letters have a bit each; other
+/// characters may share one.
 class Initials {
 public:
     Initials(const uint8_t* slots, int32_t count)
