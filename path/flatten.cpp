@@ -30,7 +30,7 @@ constexpr double kWideSine = 0.1;
 
 /// A vertex nearer to the test line than this lies on it.
 constexpr double kOnLine = 1e-06;
-/// The most a jitter adds to a component of the test line's direction.
+/// The most that a draw adds to a component of the test line's direction.
 constexpr double kJitter = 4.9999999999999996e-06;
 /// The attempt that ends the search for a test line through no vertex.
 constexpr int kLastAttempt = 101;
@@ -357,14 +357,17 @@ bool flatten_closed(const Outline& outline, const Transforms& to)
 
 // ---- Closed outlines without random numbers
 
-/// Rounding moves a coordinate, or a sum of a few products of unit vectors with coordinates, by less than this share of
-/// the greatest coordinate.
+/// Bounds the rounding of a point's distance from a line or a plane, as a share of the greatest coordinate. With the
+/// unit roundoff u = 2^-53, a dot product of three terms with a unit vector rounds by less than 3 sqrt(3) u = 5.2 u.
+/// The distance from a line takes two, 10.4 u. That from a plane takes one of differences twice as large, and rounds
+/// these, 13.9 u. This is 16 u.
 constexpr double kRounding = 0x1p-49;
-/// A corner whose plane rounding may have tilted by more than this is looked at again.
+/// A corner whose normal rounding may have tilted by more than this, in radians, is looked at again. Chosen.
 constexpr double kTilt = 1e-06;
-/// How much nearer to the points the mean plane is than a corner's that rounding has tilted.
+/// The mean plane replaces a corner's only where it is nearer to the points by this factor. Chosen: it leaves corners
+/// alone that rounding has not tilted.
 constexpr double kNearer = 16.0;
-/// An area that is a smaller share of its parts is nothing but rounding.
+/// An area that is a smaller share than this of the sum of its parts counts as rounding. Chosen.
 constexpr double kLeastArea = 1e-12;
 
 /// Writes the normal, not normalised, about which the outline runs counter-clockwise. False where its parts cancel.

@@ -2,8 +2,8 @@
 // from point to point: what of it runs along the new z axis is taken away. A closed path ends with an x axis that is
 // turned against the first; every frame is then turned about its z axis by its share of that angle.
 //
-// Only the x axis has to wait for the frame before, so the z axes of a run of points are found first, several at a
-// time. A direction that cannot be normalised because it is too short is the sign of a degenerate place throughout.
+// Only the x axis depends on the frame before. So the z axes of a batch of points are found first, in lanes. A vector
+// too short to be normalised marks a degenerate place throughout.
 //
 // The steps one point at a time: tests/reference/frames.cpp.
 #include "path/frames.h"
@@ -64,7 +64,7 @@ inline void bisect(const double* leaving, const double* arriving, double* z)
     set3(-leaving[0] - arriving[0], -leaving[1] - arriving[1], -leaving[2] - arriving[2], z);
 }
 
-/// Takes away what of `x` runs along `z`. False, with `x` shortened only, when nothing is left.
+/// Projects `x` onto the plane across `z` and normalises it. False, with `x` projected only, when it is too short then.
 inline bool make_perpendicular(double* x, const double* z)
 {
     const double along = dot(x, z);
@@ -142,7 +142,7 @@ Axes first_axes(const Polyline& path)
     return axes;
 }
 
-/// Carries the axes of the frame before on to a frame with the unit z axis `z`.
+/// Carries the axes on to a frame with the unit z axis `z`. Both stay as they are when x runs along z.
 inline void carry_on(Axes& axes, const double* z)
 {
     double x[3];
@@ -153,13 +153,13 @@ inline void carry_on(Axes& axes, const double* z)
     copy3(z, axes.z);
 }
 
-/// The z axes of a run of points.
-struct Run {
+/// The z axes of a batch of consecutive points, in columns.
+struct Batch {
     static constexpr int kMost = 64;
 
     double step[3][kMost + 1]; ///< the direction from the point before the first, from the first, and so on
     double z[3][kMost];        ///< unit z axes
-    double size[kMost];        ///< lengths of the z axes before; one too short is no direction
+    double size[kMost];        ///< their lengths before they were normalised
 };
 
 /// Divides by `size`, the length of `v`, unless that is too short.
@@ -180,37 +180,39 @@ KORVALE_OVER_LANES void store_columns(double* x, double* y, double* z, const Lan
 }
 
 /// Finds the z axes of `count` inner points from `first` on.
-void find_run(const Polyline& path, int first, int count, Run& run)
+void find_batch(const Polyline& path, int first, int count, Batch& batch)
 {
     const double* const before = path.point(first - 1);
-    for_lanes(0, count + 1, [before, &run]<class V>(int i) {
+    for_lanes(0, count + 1, [before, &batch]<class V>(int i) {
         const Lanes3<V> along = load_points<V>(before + 3 * (i + 1)) - load_points<V>(before + 3 * i);
-        store_columns(run.step[0] + i, run.step[1] + i, run.step[2] + i, unit_of(along, root(dot(along, along))));
+        store_columns(batch.step[0] + i, batch.step[1] + i, batch.step[2] + i, unit_of(along, root(dot(along, along))));
     });
-    for_lanes(0, count, [&run]<class V>(int i) {
-        const Lanes3<V> arriving = {load<V>(run.step[0] + i), load<V>(run.step[1] + i), load<V>(run.step[2] + i)};
-        const double *const x = run.step[0] + 1, *const y = run.step[1] + 1, *const z = run.step[2] + 1;
+    for_lanes(0, count, [&batch]<class V>(int i) {
+        const Lanes3<V> arriving = {load<V>(batch.step[0] + i), load<V>(batch.step[1] + i), load<V>(batch.step[2] + i)};
+        const double *const x = batch.step[0] + 1, *const y = batch.step[1] + 1, *const z = batch.step[2] + 1;
         const Lanes3<V> back = {-load<V>(x + i), -load<V>(y + i), -load<V>(z + i)};
         const Lanes3<V> halving = back - arriving;
         const V size = root(dot(halving, halving));
-        store(run.size + i, size);
-        store_columns(run.z[0] + i, run.z[1] + i, run.z[2] + i, unit_of(halving, size));
+        store(batch.size + i, size);
+        store_columns(batch.z[0] + i, batch.z[1] + i, batch.z[2] + i, unit_of(halving, size));
     });
 }
 
-/// Paths of fewer points than this are walked one by one: lanes would wait for what others have just stored.
+/// Paths of fewer points are walked one by one. `find_batch` loads vectors that lie one value off those just stored:
+/// such a load spans two stores, which cannot be forwarded to it. In longer paths the stores have reached the cache by
+/// then. Measured.
 constexpr int kFewestInLanes = 10;
 
 /// Carries the axes along the inner points and writes their frames. Returns the last ones.
 Axes walk(const Polyline& path, Axes axes, Xfm* frames)
 {
-    Run run;
-    for (int first = 1; first < path.n - 1; first += Run::kMost) {
-        const int count = std::min(path.n - 1 - first, Run::kMost);
-        find_run(path, first, count, run);
+    Batch batch;
+    for (int first = 1; first < path.n - 1; first += Batch::kMost) {
+        const int count = std::min(path.n - 1 - first, Batch::kMost);
+        find_batch(path, first, count, batch);
         for (int i = 0; i < count; ++i) {
-            double z[3] = {run.z[0][i], run.z[1][i], run.z[2][i]};
-            if (run.size[i] < kShortestVector)
+            double z[3] = {batch.z[0][i], batch.z[1][i], batch.z[2][i]};
+            if (batch.size[i] < kShortestVector)
                 copy3(axes.z, z);
             carry_on(axes, z);
             write_frame(axes, path.point(first + i), frames[first + i]);
@@ -219,7 +221,7 @@ Axes walk(const Polyline& path, Axes axes, Xfm* frames)
     return axes;
 }
 
-/// The same one by one. The direction that leaves a point is the one that arrives at the next.
+/// `walk` for a few points, one by one. The direction that leaves a point is the one that arrives at the next.
 Axes walk_few(const Polyline& path, Axes axes, Xfm* frames)
 {
     double leaving[3], arriving[3], z[3];
@@ -249,8 +251,9 @@ struct Shares {
     }
 };
 
-/// frame i = frame i * turn i for i = 1 ... n - 1: the full product, so that signed zeros and points that are not
-/// finite come out the same. The last row stays unless the turn is NaN.
+/// frame i = frame i * turn i for i = 1 ... n - 1. The full product, zeros of the turn included, so that signed zeros
+/// and points that are not finite come out as documented. The last row (0, 0, 0, 1) is its own product unless the turn
+/// is NaN.
 template <class V>
 KORVALE_OVER_LANES void turn_frames(Shares shares, int n, Xfm* frames)
 {
