@@ -1,6 +1,7 @@
-// Which boxes of vertices and edges meet? Neighbours along an outline lie close to each other, so a tree over the edges
-// in their order has small boxes and is built without sorting. Invariant: the box of a node is the hull of those of its
-// children; empty boxes behind the last one of a level meet nothing and add nothing to a hull.
+// Which boxes of vertices and edges meet? Neighbours along an outline lie close to each other, so a hierarchy over the
+// edges in their order has small boxes and is built bottom-up without sorting. Invariant: the box of a node is the hull
+// of those of its children. Every level is padded to a multiple of kFan with empty boxes, which meet nothing and add
+// nothing to a hull.
 #include "border/internal/box_tree.h"
 
 #include <limits>

@@ -1,12 +1,16 @@
-// Where does a vertex first run into an edge that is not its own? Testing every vertex against every edge answers it;
-// what is done here leaves out pairs that cannot meet and so finds the same answer.
+// Where does a vertex first run into an edge that is not its own? Testing every vertex against every edge answers it.
+// The search culls pairs that cannot meet and so finds the same answer.
 //
 // A pair can meet within a distance `window` only where their swept boxes meet: the vertex's, around its two positions,
-// and the edge's, around those of its two ends. On the axis along which an edge is measured that holds to the bit, as a
-// rounded position lies between the rounded positions at both ends of the motion. On the other axis the meeting point
-// lies on the edge's line as the line was computed. The ends of the edge may have left that line by rounding and by the
-// window times the speed at which they drift off it, |a vx + b vy + 1|, both divided by a component of the direction
-// that is at least a half. Boxes are widened by a little more than that.
+// and the edge's, around those of its two ends. The step accepts a meeting on the line of the edge, between its ends on
+// the axis along which the edge is measured, the dominant one.
+//
+// - On the dominant axis that puts the meeting into the edge's box to the bit, as rounding never reverses an order.
+// - On the other axis the ends may have left the line: by rounding, and by the window times the speed at which they
+//   drift off it, |a vx + b vy + 1|. Both are divided by the dominant component of the direction, which is at least a
+//   half.
+//
+// Boxes are widened by more than that, see `slack_of`.
 //
 // The boxes of one round would serve that round only. So a watch is kept over some rounds, and each round tests those
 // of its candidates that are due.
@@ -20,18 +24,16 @@ namespace {
 
 /// A vertex and an edge that approach each other more slowly than this never meet.
 constexpr double kSlowestApproach = 1e-06;
-/// A pair is skipped only where its distance exceeds kLater times the way it closes until the event. This keeps that
-/// true where the product underflows.
+/// A pair is skipped only where its distance exceeds kLater times the way it closes until the event. Where that product
+/// underflows it is off by up to 2^-1075; adding this, which is far more, keeps the test certain.
 constexpr double kLaterAtLeast = 1e-290;
 /// Below this many vertices every pair is tested.
 constexpr int32_t kFewVertices = 24;
-/// With coordinates beyond this every pair is tested as well.
-constexpr double kFarthest = 1e100;
 /// A watch looks kRoundsAhead rounds ahead, but no farther than kAheadOfEdge of an average edge: larger boxes meet too
-/// many others.
+/// many others. Measured: looking farther, or fewer rounds ahead, helped nowhere.
 constexpr double kRoundsAhead = 48.0;
 constexpr double kAheadOfEdge = 0.5;
-/// A window this many times the average edge is searched in stages.
+/// A window this many times the average edge is searched in stages, each kStageGrowth times as wide. Chosen.
 constexpr double kWideWindow = 4.0;
 constexpr double kStageGrowth = 8.0;
 
@@ -124,7 +126,7 @@ Allowance measure_allowance(const Wavefront& w, double time)
         const V x = load<V>(at.x + i), y = load<V>(at.y + i);
         const V to_x = absolute(x + time * load<V>(velocity.x + i)),
                 to_y = absolute(y + time * load<V>(velocity.y + i));
-        const V farthest = all<V>(kFarthest);
+        const V farthest = all<V>(kFarthestBoxed);
         if (any_false((absolute(x) < farthest) & (absolute(y) < farthest) & (to_x < farthest) & (to_y < farthest)))
             is_regular = false;
         return greater(greater(absolute(x), absolute(y)), greater(to_x, to_y));
@@ -135,8 +137,8 @@ Allowance measure_allowance(const Wavefront& w, double time)
     return {reach, (length[0] + length[1] + length[2] + length[3]) / w.live, is_regular};
 }
 
-/// Searches boxes made for this round only. A window that is wide for the outline is widened in stages, since most
-/// boxes of a wide one meet and an early meeting makes the rest of it unnecessary.
+/// Searches boxes made for this round only. A wide window is searched in stages of growing width: most boxes of a wide
+/// one meet, and a meeting found early makes the rest of it unnecessary.
 Event search_once(const Watch& watch, const Wavefront& w, const Allowance& allow, double window, Event event)
 {
     const bool outwards = w.s.remaining > 0.0;
@@ -182,14 +184,14 @@ Event test_candidates(Watch& watch, const Wavefront& w, double window, Event eve
     const double soon = watch.spent + window * kLater;
     const double* const due = watch.due;
     int32_t* const list = w.list;
-    for (int64_t begin, end = watch.candidate_count; end > 0; end = begin) { // as many at a time as the list has room
+    for (int64_t begin, end = watch.candidate_count; end > 0; end = begin) { // a list of at most `live` at a time
         begin = std::max<int64_t>(0, end - w.live);
         int32_t count = 0;
         for_lanes(begin, end, [due, soon, begin, list, &count]<class V>(int64_t k) {
             const auto is_later = load<V>(due + k) > all<V>(soon);
             add_places(static_cast<int32_t>(k - begin), bits(is_later) ^ kAllBits<V>, list, count);
         });
-        while (count-- > 0) { // from the last, as the last candidate takes the place of one that is dropped
+        while (count-- > 0) { // backwards: the last candidate replaces one that is dropped
             const int64_t k = begin + list[count];
             const int32_t m = place_of(watch.slots, watch.candidates[k].vertex);
             const int32_t e = place_of(watch.slots, watch.candidates[k].edge);
@@ -212,7 +214,7 @@ void note_spent(MeetingSearch& search, double spent)
     ++search.rounds;
 }
 
-/// `earlier_split_event` of so many vertices that a search pays, within `window`.
+/// `earlier_split_event` within `window`, for enough vertices that a search pays.
 Event search_meetings(MeetingSearch& search, Wavefront& w, double window, Event event)
 {
     Watch& watch = search.watch;

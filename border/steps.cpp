@@ -1,7 +1,8 @@
-// The steps of a sweep over packed columns; one vertex at a time they stand in tests/reference/sweep.cpp. What a step
-// computes for a vertex does not depend on the others' results, so whole columns are computed at a time. Only deaths
-// depend on the order: the few places where a vertex may die are listed first, and the step goes through them in order.
-// Invariant: every live vertex gets its value by the operations of the documented steps, in their order, once a round.
+// The steps of a sweep over packed columns. The same steps one vertex at a time: tests/reference/sweep.cpp. What a step
+// computes for a vertex does not depend on the results of other vertices, so whole columns are computed in lanes. Only
+// deaths depend on the order: the few places where a vertex may die are listed first, and the step goes through them in
+// order. Invariant: every live vertex gets its value by the operations of the documented steps, in their order, once a
+// round.
 #include "border/internal/steps.h"
 
 #include <algorithm>
@@ -20,7 +21,8 @@ constexpr double kMergeLength = 1.2e-06;
 constexpr double kLeastTurn = 1e-06;
 /// A corner whose half turn has a smaller cosine is a hairpin: it would move infinitely fast.
 constexpr double kHairpinCosine = 1e-06;
-/// Above twice the square of that: a corner with a larger 1 + cos(turn) is certainly no hairpin.
+/// 1 + cos(turn) is 2 cos^2 of the half turn, 2e-12 where that is kHairpinCosine. A corner above half as much again is
+/// no hairpin, however the root is rounded.
 constexpr double kHairpinTurn = 3e-12;
 /// An edge that an event leaves no longer than this has collapsed.
 constexpr double kCollapsedLength = 1e-06;
@@ -62,7 +64,7 @@ bool merge_from(Wavefront& w, int32_t i)
         const int32_t k = previous_live(w, i);
         if (j == k) {
             if (j > i)
-                keep_edge(w, j); // its turn would have come
+                keep_edge(w, j); // the documented loop reaches vertex j later; alone by then, it keeps its old edge
             return false;
         }
         measure_edge(w, k, j);
@@ -77,7 +79,7 @@ bool merge_from(Wavefront& w, int32_t i)
     }
 }
 
-/// The lines stay those of the edges as they are now, which are about to change.
+/// Copies the edges before they change: the lines handed back are those of the edges as they are now.
 void keep_edges(Wavefront& w)
 {
     std::copy(w.edge.dx, w.edge.dx + w.live, w.edge_before.dx);
@@ -117,13 +119,13 @@ KORVALE_OVER_LANES V drift_of(const V& dx, const V& dy, const V& vx, const V& vy
     return absolute(dx * vy - dy * vx + 1.0);
 }
 
-/// Lists the corners from `from` on that may be hairpins.
-int32_t list_sharp_corners(const Wavefront& w, int32_t from)
+/// Lists the corners from place `first` on that may be hairpins.
+int32_t list_sharp_corners(const Wavefront& w, int32_t first)
 {
     const double *const dx = w.edge.dx, *const dy = w.edge.dy;
     int32_t* const list = w.list;
     int32_t count = 0;
-    for_lanes(from, w.live, [dx, dy, list, &count]<class V>(int32_t i) {
+    for_lanes(first, w.live, [dx, dy, list, &count]<class V>(int32_t i) {
         const V c = turn(load<V>(dx + i - 1), load<V>(dy + i - 1), load<V>(dx + i), load<V>(dy + i));
         const auto is_sharp = c < all<V>(kHairpinTurn);
         add_places(i, bits(is_sharp), list, count);
@@ -132,11 +134,12 @@ int32_t list_sharp_corners(const Wavefront& w, int32_t from)
 }
 
 /// Aims the corners from `begin` to `end`; `drift` becomes infinite where one is so sharp that it may be a hairpin.
-/// While watched, lists those that turn: the roots and divisions take so long that this costs next to nothing.
+/// While watched, lists those that turn. That is nearly free: the comparisons run in the shadow of the roots' and
+/// divisions' latency.
 template <bool kIsWatched>
 void aim_corners(Wavefront& w, int32_t begin, int32_t end)
 {
-    const Edges edge = w.edge;
+    const EdgeColumns edge = w.edge;
     const Points velocity = w.velocity, expected = w.expected;
     int32_t *const turned = w.turned, *const turned_count = &w.turned_count;
     w.drift = greatest_over(begin, end, w.drift, [=]<class V>(int32_t i) {
@@ -166,8 +169,8 @@ void aim_corners(Wavefront& w, int32_t begin, int32_t end)
         aim_corners<false>(w, begin, end);
 }
 
-/// Aims all corners as if none were sharp, which saves looking for such. False, with the velocities as they were, where
-/// some are.
+/// The optimistic way: aims all corners without listing sharp ones first. False, with the velocities of before, where
+/// there are some.
 bool aim_blunt_corners(Wavefront& w)
 {
     std::swap(w.velocity, w.velocity_before);
@@ -195,7 +198,7 @@ bool aim_sharp_corner(Wavefront& w, int32_t i)
     vy *= speed;
     w.drift = greater(greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy)), w.drift);
     if (w.is_watched)
-        w.turned[w.turned_count++] = i; // whether or not it has
+        w.turned[w.turned_count++] = i; // without asking: such corners are rare
     return true;
 }
 
@@ -206,7 +209,7 @@ bool measure_edges(Wavefront& w)
     std::swap(w.edge, w.edge_before);
     close_ring(w.at, w.live);
     const Points at = w.at;
-    const Edges edge = w.edge;
+    const EdgeColumns edge = w.edge;
     const double shortest = least_over(0, w.live, kMergeLength, [at, edge]<class V>(int32_t i) {
         const V dx = load<V>(at.x + i + 1) - load<V>(at.x + i), dy = load<V>(at.y + i + 1) - load<V>(at.y + i);
         const V length = root(dx * dx + dy * dy);
@@ -222,8 +225,8 @@ bool measure_edges(Wavefront& w)
 bool merge_short_edges(Wavefront& w)
 {
     refresh(w);
-    // In order, an edge is measured when its turn comes. Only the one that ends at the first vertex is affected by an
-    // earlier death: it is the last, and is measured again with every such death.
+    // The documented loop measures an edge when it reaches it. A death before that changes only the last edge, which
+    // ends at the first vertex; that one is measured again with every such death.
     for (int32_t i = 0; i < w.live; ++i)
         if (is_short(w, i) && !merge_from(w, i))
             return false;
@@ -237,8 +240,8 @@ int32_t measure_over_hairpin(Wavefront& w)
     const double length = std::sqrt(dx * dx + dy * dy);
     if (length < kMergeLength) {
         keep_edges(w);
-        // The first vertex that dies leaves the last edge, whose turn comes last, with a new length. Two vertices stay:
-        // of two that are left, one edge is as it was, hence not short, and the other is as long.
+        // A death of the first vertex changes the length of the last edge, which is merged last. Two vertices stay: of
+        // the last two edges one is as it was, hence not short, and the other is as long.
         int32_t at = before;
         do {
             merge_from(w, at);
@@ -255,7 +258,7 @@ int32_t measure_over_hairpin(Wavefront& w)
 
 void fit_edge_lines(Wavefront& w)
 {
-    close_ring(w.at, w.live); // again, as some may have died
+    close_ring(w.at, w.live); // again: some may have died since measure_edges
     close_ring(w.edge.dx, w.live);
     close_ring(w.edge.dy, w.live);
     w.line_at = w.at;
@@ -264,16 +267,16 @@ void fit_edge_lines(Wavefront& w)
     w.spread &= ~static_cast<unsigned>(Wavefront::lines);
 }
 
-Corners aim_vertices(Wavefront& w, int32_t from)
+Corners aim_vertices(Wavefront& w, int32_t first_unaimed)
 {
-    if (from == 0) {
+    if (first_unaimed == 0) {
         w.drift = 0.0;
         w.turned_count = 0;
     }
-    if (from > 0 || w.has_sharp_corners || !aim_blunt_corners(w)) {
-        const int32_t sharp = list_sharp_corners(w, from);
+    if (first_unaimed > 0 || w.has_sharp_corners || !aim_blunt_corners(w)) {
+        const int32_t sharp = list_sharp_corners(w, first_unaimed);
         w.has_sharp_corners = sharp > 0;
-        int32_t done = from;
+        int32_t done = first_unaimed;
         if (sharp > 0)
             refresh(w); // a hairpin leaves the velocities behind it as they were
         for (int32_t k = 0; k < sharp; ++k) {
@@ -283,7 +286,7 @@ Corners aim_vertices(Wavefront& w, int32_t from)
                 const int32_t j = next_live(w, i), before = previous_live(w, i);
                 bury(w, i, w.edge.length[before] > w.edge.length[i] ? j : before);
                 w.hairpin = i;
-                w.is_watched = false; // some may have turned already, and all have places yet to change
+                w.is_watched = false; // `turned` holds places, which the next packing changes
                 return j != before ? Corners::hairpin_removed : Corners::outline_gone;
             }
             done = i + 1;
@@ -298,12 +301,13 @@ Corners aim_vertices(Wavefront& w, int32_t from)
 
 Event first_edge_event(Wavefront& w)
 {
-    // Counted along the motion, so that times are positive and an edge shrinks where its rate has the sign of
-    // `shrinks`. Few edges come near the first event known so far, and only these are divided by their rates.
+    // Times are counted along the motion and so positive; `sign` turns the rates accordingly. A product tells whether
+    // an edge may shrink to nothing before the first event known so far. Few may, and only these are divided by their
+    // rates.
     const bool outwards = w.s.remaining > 0.0;
     const double sign = outwards ? -1.0 : 1.0;
     double first = outwards ? w.s.remaining + kBeyond : -(w.s.remaining - kBeyond), soon = first * kLater;
-    const Edges edge = w.edge;
+    const EdgeColumns edge = w.edge;
     const Points velocity = w.velocity;
     double* const rates = w.rate;
     for_lanes(0, w.live, [edge, velocity, rates, sign, &first, &soon]<class V>(int32_t i) {

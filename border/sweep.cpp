@@ -68,7 +68,7 @@ void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
     }
 }
 
-/// Closes the gaps that the dead have left.
+/// Packs the dead away and tells the watch.
 void close_up(Wavefront& w, MeetingSearch& search)
 {
     if (w.gone_count == 0)
@@ -77,15 +77,15 @@ void close_up(Wavefront& w, MeetingSearch& search)
     follow_packing(search.watch, w);
 }
 
-/// Measures the edges of the live vertices, none of them short any more. Vertices before place `from` are aimed
-/// already. False when a single vertex is left.
-bool measure_live(Wavefront& w, MeetingSearch& search, int32_t& from)
+/// Measures the edges of the live vertices, none of them short any more. Vertices before place `first_unaimed` keep
+/// their velocities. False when a single vertex is left.
+bool measure_live(Wavefront& w, MeetingSearch& search, int32_t& first_unaimed)
 {
-    from = 0;
+    first_unaimed = 0;
     if (w.live - w.gone_count == 1)
         return false;
     if (w.hairpin >= 0) {
-        from = measure_over_hairpin(w);
+        first_unaimed = measure_over_hairpin(w);
     } else {
         close_up(w, search);
         if (!measure_edges(w) && !merge_short_edges(w))
@@ -109,11 +109,11 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
             if (!goes_on(s))
                 return;
         }
-        int32_t from;
-        if (!measure_live(w, search, from))
+        int32_t first_unaimed = 0;
+        if (!measure_live(w, search, first_unaimed))
             return;
         fit_edge_lines(w);
-        switch (aim_vertices(w, from)) {
+        switch (aim_vertices(w, first_unaimed)) {
         case Corners::outline_gone:
             return;
         case Corners::hairpin_removed:
@@ -140,8 +140,8 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
     }
 }
 
-/// The live vertex that `i` ends at. The links on the way are shortened, so that all chains together take little more
-/// than linear time. A vertex merges into a live one, so the links never lead round in a circle.
+/// The live vertex that `i` ends at, with path compression: the links on the way are pointed at it, so that all chains
+/// together take little more than linear time. A vertex merges into a live one, so there are no cycles.
 int32_t find_heir(const Sweep& s, int32_t* heir, int32_t i)
 {
     int32_t last = i;

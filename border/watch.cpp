@@ -1,38 +1,42 @@
 // Which pairs may meet within some rounds to come? Vertices and edges whose boxes meet, boxes being made around the
-// motion up to a horizon. A vertex whose edges live on keeps its velocity, but for rounding; so no vertex has to be
-// looked at again as long as all are steady, that is, their velocities stay within kSteady of those expected. A vertex
-// that has turned, or that has another one before it, gets a new box, and its pairs are looked for again.
+// motion up to a horizon. A vertex is steady while its velocity stays within kSteady of the expected one. It is, but
+// for rounding, as long as both its edges live, and a steady vertex stays in its box. A vertex that has turned, or
+// whose predecessor has died, gets a new box, and its pairs are looked for again.
 //
-// For the same reason the distance between a vertex and the line of an edge shrinks evenly, and a pair is not due
-// before it can have shrunk to nothing. What that leaves out is bounded: the ends of the edge may leave its line by the
-// speed at which they drift off it; the velocities of all three may be off by twice kSteady on each axis; and a meeting
-// lies on the edge up to the allowance, which covers rounding.
+// The distance between a steady vertex and the line of a steady edge shrinks evenly. So a pair is not due before it can
+// have shrunk to nothing, see `due_of`.
 //
-// Names are slots, since places change with every death. Invariants while the wavefront is watched: a pair that meets
-// before the horizon is a candidate that is due by then, except those of vertices in `changed` or just turned and of
-// their edges; every vertex is inside its box by `allowance`. And but for those: box e + 1 is that of the end of
-// edge e, even where vertices between them have died; the edges of a stretch lie in its box.
+// Boxes and candidates go by slots, since places change with every death. Invariants while watched. For every pair of
+// which neither the vertex nor an end of the edge is in `changed` or in `turned`:
+//
+// - If it meets before `horizon` it is a candidate, and `due` is not later than the meeting.
+// - The vertex is inside its box by `allowance`.
+// - Box e + 1 is that of the end of edge e, also after deaths between them.
+// - The box of the edge's stretch holds the edge.
 #include "border/internal/watch.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 
+#include "border/internal/steps.h"
+
 namespace korvale::inside {
 namespace {
 
-/// Coordinates beyond this leave no room for the arithmetic of boxes.
-constexpr double kFarthestBox = 1e100;
-/// Widening of boxes for rounding, per unit of the largest coordinate.
+/// Bounds rounding, as a share of the largest coordinate or distance. Over kMostRounds rounds a position rounds by 256
+/// * 2^-53 = 3e-14 of it on each axis; the arithmetic of a line adds a few 2^-53.
 constexpr double kRounding = 1e-12;
-/// Candidates kept per vertex, on average.
+/// Candidates kept per vertex, on average. With more the watch would cost more than it saves. Chosen.
 constexpr int64_t kCandidatesPerVertex = 4;
-/// All is made anew where more than this many change, and one in this many.
+/// A watch starts anew where more vertices than kFewChanges and one in kShareOfChanges change in a round. Chosen.
 constexpr int32_t kFewChanges = 8, kShareOfChanges = 32;
-/// After this many rounds all is made anew, so that rounding errors of positions stay far below kRounding.
+/// A watch starts anew after this many rounds, which keeps the rounding of positions far below kRounding.
 constexpr int32_t kMostRounds = 256;
 
-/// Room beyond the motion: twice what velocities may turn and still be steady.
+/// How much wider than the motion over `ahead` a box is made. Steady velocities take a vertex off the motion by kSteady
+/// per unit of distance; being inside by the allowance takes one of it, rounding of positions less than half of one.
+/// The box has at least twice each.
 double room_around(double ahead, double allowance)
 {
     return 4.0 * allowance + 2.0 * kSteady * std::fabs(ahead);
@@ -50,7 +54,7 @@ Box edge_box(const Watch& watch, int32_t e)
     return hull(watch.boxes[e], watch.boxes[e + 1]);
 }
 
-/// Gives the vertex its box, and the dead right before it as well.
+/// Gives a vertex its box, and the dead ones right before it the same.
 void set_box(const Watch& watch, int32_t slot, const Box& box)
 {
     const int32_t count = watch.slots.count;
@@ -61,8 +65,8 @@ void set_box(const Watch& watch, int32_t slot, const Box& box)
     watch.boxes.set(count, watch.boxes[0]);
 }
 
-/// Renews the box of the vertex at place m. False where it does not lie where boxes may. The motion is finite: the
-/// vertex is where boxes may lie, and no corner that is no hairpin moves faster than a million.
+/// Renews the box of the vertex at place m. False where it leaves `reach`. The motion is finite: the vertex is within
+/// `reach`, and a corner that is no hairpin moves at most 1 / kHairpinCosine, a million, per unit of distance.
 bool renew_box(const Watch& watch, const Wavefront& w, int32_t m, double ahead)
 {
     const double x = w.at.x[m], y = w.at.y[m], room = room_around(ahead, watch.allowance);
@@ -74,14 +78,14 @@ bool renew_box(const Watch& watch, const Wavefront& w, int32_t m, double ahead)
     return reach_of(box) <= watch.reach;
 }
 
-/// Keeps edge e in the box of its stretch.
+/// Widens the box of its stretch to hold edge e.
 void widen_stretch(const Watch& watch, int32_t e)
 {
     const int32_t k = e / watch.stretch_length;
     watch.stretches.set(k, hull(watch.stretches[k], edge_box(watch, e)));
 }
 
-/// The vertex has to be looked at again.
+/// Lists the vertex, once, to be looked at again.
 void note_changed(Watch& watch, int32_t slot)
 {
     int32_t *const changed = watch.changed, *const end = changed + watch.changed_count;
@@ -89,16 +93,29 @@ void note_changed(Watch& watch, int32_t slot)
         changed[watch.changed_count++] = slot;
 }
 
-/// The distance before which the vertex at place m does not meet the edge at place e.
+/// How much faster than at present a pair may close. Velocities stay within kSteady of the expected ones, so within 2
+/// kSteady of the present ones, on each axis: that makes 4 kSteady for the vertex and 4 for each end of the edge.
+constexpr double kUnsteadiness = 3.0 * 2.0 * 2.0 * kSteady;
+/// Each end of the edge leaves its line at `drift` or less: one for each, and one to spare.
+constexpr double kDrifts = 3.0;
+/// Allowances by which a pair may meet while still apart. A meeting lies beside the edge by up to `slack_of` of its
+/// round, which `keep_up` holds below the allowance; positions round by less than half of one. This is twice both.
+constexpr double kMeetsAside = 3.0;
+/// Covers the rounding of the speed. A corner moves at most a million, so an approach or a drift is off by less than
+/// 5e-10. Four of them are off by less than 4e-7 of kUnsteadiness, which the speed never falls below.
+constexpr double kSpeedRounding = 1e-6;
+
+/// The distance before which the vertex at place m does not meet the edge at place e: how far they are apart, divided
+/// by the greatest speed at which that may shrink. kRounding of the horizon covers the rounding of the sum in `spent`.
 double due_of(const Watch& watch, const Wavefront& w, int32_t m, int32_t e)
 {
     const double dx = w.edge.dx[e], dy = w.edge.dy[e];
     const double apart = dx * (w.at.y[m] - w.at.y[e]) - dy * (w.at.x[m] - w.at.x[e]);
     const double approach = dx * w.velocity.y[m] - dy * w.velocity.x[m] + 1.0;
     const bool is_closing = ((apart < 0.0) == (approach > 0.0)) == (w.s.remaining > 0.0);
-    const double fastest = (is_closing ? std::fabs(approach) : 0.0) + 3.0 * w.drift + 12.0 * kSteady;
-    const double certain = std::fabs(apart) - 3.0 * watch.allowance;
-    return watch.spent + (1.0 - 1e-6) * (certain / fastest) - kRounding * watch.horizon;
+    const double fastest = (is_closing ? std::fabs(approach) : 0.0) + kDrifts * w.drift + kUnsteadiness;
+    const double certain = std::fabs(apart) - kMeetsAside * watch.allowance;
+    return watch.spent + (1.0 - kSpeedRounding) * (certain / fastest) - kRounding * watch.horizon;
 }
 
 /// Adds a pair, by its places, unless it does not meet before the horizon. False when there are too many candidates.
@@ -114,8 +131,8 @@ bool add_candidate(Watch& watch, const Wavefront& w, int32_t m, int32_t e)
     return true;
 }
 
-/// Lists the slots of the edges whose boxes share a point with `box`, and so of all such vertices, as these start
-/// edges. Only stretches that do so are gone through. Returns their number.
+/// Lists the slots of the edges whose boxes share a point with `box`. A vertex starts an edge, so vertices whose boxes
+/// do are listed with them. Only stretches that share a point are gone through. Returns their number.
 int32_t list_near(const Watch& watch, const Box& box, int32_t* list)
 {
     const Boxes boxes = watch.boxes;
@@ -132,7 +149,7 @@ int32_t list_near(const Watch& watch, const Box& box, int32_t* list)
     return count;
 }
 
-/// Adds the pairs of the vertex at place m and of its two edges. False when there are too many candidates.
+/// Adds the pairs of the vertex at place m and those of its two edges. False when there are too many candidates.
 bool add_pairs_of(Watch& watch, const Wavefront& w, int32_t m)
 {
     const int32_t before = m == 0 ? w.live - 1 : m - 1;
@@ -180,7 +197,8 @@ int32_t most_changes(const Wavefront& w)
 
 double slack_of(double drift, double reach, double window)
 {
-    return 2.5 * window * drift + kRounding * reach;
+    constexpr double kAside = 1.25 / kDominantComponent;
+    return kAside * window * drift + kRounding * reach;
 }
 
 BoxTree grow_boxes(const Watch& watch, const Wavefront& w, double time, double margin)
@@ -214,7 +232,7 @@ void start_watch(Watch& watch, Wavefront& w, double ahead, double reach)
     watch.stretch_length = level == 1 ? BoxTree::kFan : BoxTree::kFan * BoxTree::kFan;
     watch.stretch_count = tree.count[level];
     watch.reach = reach_of(box_around(tree));
-    w.is_watched = watch.reach < kFarthestBox &&
+    w.is_watched = watch.reach < kFarthestBoxed &&
                    for_meeting_boxes(tree, watch.boxes, w.live,
                                      [&watch, &w](int32_t m, int32_t e) { return add_candidate(watch, w, m, e); });
     expect_velocities(w);

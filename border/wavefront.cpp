@@ -1,6 +1,9 @@
-// The live vertices of a sweep as columns without gaps. Steps run over whole columns, several vertices at a time; so a
-// death must not leave a hole, and must not cost a walk over every column either. Invariants: `id` ascends; `at` has no
-// gaps but those of vertices marked in `gone`; the groups in `spread` have those that the last `pack` closed elsewhere.
+// The live vertices of a sweep as columns without gaps. Steps run over whole columns in lanes; so a death must not
+// leave a hole, and must not cost a walk over every column either. Invariants:
+//
+// - `id` ascends.
+// - `at` and `id` have no gaps but those of vertices marked in `gone`.
+// - The columns of groups in `spread` have the gaps that the last `pack` closed in `at` and `id`.
 #include "border/internal/wavefront.h"
 
 #include <algorithm>
@@ -14,8 +17,8 @@ namespace {
 constexpr int32_t kColumns = 17, kLists = 4;
 constexpr unsigned kAllGroups = Wavefront::lines | Wavefront::velocities | Wavefront::rates | Wavefront::edges;
 
-/// Columns begin where four lanes are aligned, which then never reach over a line of the cache. The room before place 0
-/// is the end of the column before it.
+/// Doubles to which columns are aligned: 32 bytes, so that four lanes at a place that is a multiple of four never
+/// straddle a cache line. Place -1 of a column is padding at the end of the column before it.
 constexpr int64_t kAlignment = 4;
 
 /// Doubles from one column to the next.
@@ -24,7 +27,7 @@ int64_t column_length(int64_t n)
     return (n + 2 + kAlignment - 1) / kAlignment * kAlignment;
 }
 
-/// Values of the row that hold before the sweep, for a step that leaves some as they are.
+/// Fetches the velocities of before the sweep, for a step that leaves some as they are.
 void fetch_velocities(const Wavefront& w)
 {
     for (int32_t i = 0; i < w.live; ++i) {
@@ -60,12 +63,12 @@ void store_row(const Wavefront& w, int32_t i)
     }
 }
 
-/// Hands back the rows of a sweep in which nobody died, so that they are the columns side by side.
+/// Hands back the rows of a sweep in which nobody died: row i is place i of every column, so whole columns go in lanes.
 void store_all_rows(const Wavefront& w)
 {
     const Sweep s = w.s;
     const Points at = w.at, velocity = w.velocity, line_at = w.line_at;
-    const Edges edge = w.edge, line_edge = w.line_edge;
+    const EdgeColumns edge = w.edge, line_edge = w.line_edge;
     const double* const rate = w.rate;
     for_lanes(0, int64_t{s.n}, [=]<class V>(int64_t i) {
         const V zero = all<V>(0.0), z = load_points<V>(s.flat + 3 * i).z;
@@ -180,7 +183,7 @@ void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, 
     }
 }
 
-void close_gaps(const Wavefront& w, const Edges& edges)
+void close_gaps(const Wavefront& w, const EdgeColumns& edges)
 {
     close_column(w, edges.dx);
     close_column(w, edges.dy);

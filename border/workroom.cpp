@@ -1,5 +1,5 @@
-// Memory kept between calls. A block is in one of the slots or belongs to one call; it changes hands by one atomic
-// exchange, so no call ever waits for another.
+// A pool of memory blocks between calls, without a lock. A block is in one of the slots or belongs to one call; it
+// changes hands by one atomic exchange, so no call ever waits for another.
 #include "border/internal/workroom.h"
 
 #include <atomic>
@@ -54,6 +54,7 @@ struct KeptBlocks {
 
 namespace {
 
+// The priority lies between the two stages of frame/, as that of every static object here.
 KeptBlocks kept __attribute__((init_priority(1000)));
 
 } // namespace

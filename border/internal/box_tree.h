@@ -62,7 +62,7 @@ inline Boxes boxes_in(double* memory, int64_t n)
     return {memory, memory + n, memory + 2 * n, memory + 3 * n};
 }
 
-/// Of as many boxes from i on as V has lanes, whether they share no point with `box`.
+/// For each of the boxes from i on, as many as V has lanes: whether it shares no point with `box`.
 template <class V>
 KORVALE_OVER_LANES auto boxes_apart(const Boxes& boxes, int64_t i, const Box& box)
 {
@@ -70,7 +70,7 @@ KORVALE_OVER_LANES auto boxes_apart(const Boxes& boxes, int64_t i, const Box& bo
            (all<V>(box.low_x) > load<V>(boxes.high_x + i)) | (all<V>(box.low_y) > load<V>(boxes.high_y + i));
 }
 
-/// The same of the hulls of boxes i and i + 1.
+/// `boxes_apart` of the hulls of boxes i and i + 1.
 template <class V>
 KORVALE_OVER_LANES auto hulls_apart(const Boxes& boxes, int64_t i, const Box& box)
 {
@@ -80,8 +80,9 @@ KORVALE_OVER_LANES auto hulls_apart(const Boxes& boxes, int64_t i, const Box& bo
            (all<V>(box.low_y) > greater(load<V>(boxes.high_y + i), load<V>(boxes.high_y + i + 1)));
 }
 
-/// A tree over the edges of a closed outline in order, whose vertices have boxes: the box of an edge is the hull of
-/// those of its two ends, and `kFan` neighbours share a node, and so on upwards, to at most `kFan` nodes.
+/// A bounding volume hierarchy over the edges of a closed outline, in their order. Vertices have boxes; the box of an
+/// edge is the hull of those of its two ends. `kFan` neighbours share a node, and so on upwards, to at most `kFan`
+/// nodes.
 struct BoxTree {
     static constexpr int32_t kFan = 8;
     static constexpr int kMostLevels = 12;
@@ -94,8 +95,8 @@ struct BoxTree {
 /// What a tree over n edges needs.
 int64_t doubles_for_tree(int64_t n);
 
-/// Boxes that columns of n vertices have room for: the first is repeated at the end, and kFan can be read from
-/// anywhere.
+/// Boxes that columns of n vertices have room for. The first is repeated at the end, and a padding of kFan lets a step
+/// read kFan boxes from any of them on.
 inline int64_t boxes_for_vertices(int64_t n)
 {
     return n + 1 + BoxTree::kFan;
@@ -107,7 +108,7 @@ BoxTree grow_tree(const Boxes& vertices, int32_t n, double* memory);
 /// The box around all.
 Box box_around(const BoxTree& tree);
 
-/// The bits of those of the kFan boxes from `first` on that share a point with `box`.
+/// Bit k is set where box first + k, of kFan, shares a point with `box`.
 template <class V>
 KORVALE_OVER_LANES unsigned find_overlaps(const Boxes& boxes, int64_t first, const Box& box)
 {
@@ -128,8 +129,8 @@ KORVALE_OVER_LANES bool all_clear(const double* high, const double* low, int64_t
     return are_clear;
 }
 
-/// Whether the boxes of kFan + 1 vertices lie one behind the other along an axis. Then a vertex of theirs meets none of
-/// the edges between them but its own.
+/// Whether the boxes of kFan + 1 vertices lie one behind the other along an axis, each clear of the next. Then a vertex
+/// of theirs meets none of the edges between them but its own.
 template <class V>
 KORVALE_OVER_LANES bool are_in_line(const Boxes& vertices, int64_t first)
 {
@@ -146,8 +147,8 @@ inline unsigned bit_in_leaf(int32_t edge, int32_t first_edge)
     return place >= 0 && place < BoxTree::kFan ? 1u << place : 0u;
 }
 
-/// Calls emit(vertex, edge) for those of the vertices of leaf `bunch` and the edges of leaf `node` whose boxes meet,
-/// until it returns false.
+/// Calls emit(vertex, edge) for the vertices of leaf `bunch` and the edges of leaf `node` whose boxes meet, until it
+/// returns false.
 template <class V, class Emit>
 KORVALE_OVER_LANES bool meet_leaf(const BoxTree& tree, const Boxes& vertices, int32_t n, int32_t bunch, int32_t node,
                                   const Emit& emit)
@@ -168,7 +169,8 @@ KORVALE_OVER_LANES bool meet_leaf(const BoxTree& tree, const Boxes& vertices, in
     return true;
 }
 
-/// `for_meeting_boxes` with V for lanes. The vertices of a leaf descend together, as the leaf's own box.
+/// `for_meeting_boxes` with V for lanes. The vertices of a leaf descend as a packet: one descent, for the box around
+/// them. `pending[level]` holds the bits of the nodes still to visit, so the stack is a fixed array.
 template <class V, class Emit, class GoesOn>
 KORVALE_OVER_LANES bool descend(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit,
                                 const GoesOn& goes_on)

@@ -6,10 +6,11 @@
 
 namespace korvale::inside {
 
-/// Names for the vertices of a wavefront that last while others die: the places that they had at some moment.
+/// Names for the vertices of a wavefront that outlast deaths: a slot is the place that a vertex had when the naming
+/// began.
 struct Slots {
     int32_t count; ///< slots, those of the dead included
-    double* place; ///< [count] today's place, negative for the dead; doubles, as a death changes many of them
+    double* place; ///< [count] today's place, negative for the dead; doubles, so that lanes shift many at a death
     int32_t* slot; ///< [live] of the vertex at a place
 };
 

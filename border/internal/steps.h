@@ -7,11 +7,12 @@
 // The steps of a round, in the order in which a sweep takes them.
 namespace korvale::inside {
 
-/// A component of a unit direction larger than this is used to divide by.
+/// A component of a unit direction larger than this is the one divided by: the other is taken where it is not. The
+/// divisor is at least 0.5 then, since the other component is at least sqrt(0.75).
 constexpr double kDominantComponent = 0.5;
 
-/// What is farther away than this times the way that closes until some time comes after it, however the time of its own
-/// is rounded.
+/// A pair farther apart than kLater times the distance that closes until time t meets after t, even with its own time
+/// rounded: that takes a few roundings of 1e-16 each. Chosen.
 constexpr double kLater = 1.0000000001;
 
 /// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`. Both are
@@ -31,21 +32,21 @@ bool measure_edges(Wavefront& w);
 /// False when a single vertex is left.
 bool merge_short_edges(Wavefront& w);
 
-/// The same after a hairpin has been buried that leaves two vertices or more. Nothing has moved since the edges were
-/// measured, so only the edge that ended there changes, and those that change because it is too short. Returns a place
-/// before which no vertex sees a difference.
+/// `measure_edges` and `merge_short_edges` after a hairpin has been buried that leaves two vertices or more. Nothing
+/// has moved since the edges were measured. So only the edge across the hairpin changes, and those that change because
+/// it is too short. Returns the first place whose corner may have changed.
 int32_t measure_over_hairpin(Wavefront& w);
 
-/// From here on the lines of the edges are those of the edges and positions as they are now.
+/// The lines of the edges are from now on those of the current edges and positions.
 void fit_edge_lines(Wavefront& w);
 
-/// Sets the velocity of every vertex from place `from` on such that both its edges move at unit speed, up to the first
-/// hairpin, which is buried. Those before `from` have theirs from the round before. Sets `drift` as well. While the
-/// wavefront is watched, lists the vertices that have turned.
-Corners aim_vertices(Wavefront& w, int32_t from);
+/// Sets the velocity of every vertex from place `first_unaimed` on such that both its edges move at unit speed, up to
+/// the first hairpin, which is buried. Those before keep the velocities of the round before, and `drift` and `turned`
+/// what they have added. While the wavefront is watched, lists the vertices that have turned.
+Corners aim_vertices(Wavefront& w, int32_t first_unaimed);
 
-/// Sets at which rate every edge changes its length. When the first shrinks to nothing; beyond the remaining distance
-/// when none does.
+/// Sets the rate at which every edge changes its length. Returns when the first edge shrinks to nothing; a time beyond
+/// the remaining distance when none does.
 Event first_edge_event(Wavefront& w);
 
 /// Moves the vertices by `time`; where they were is `ahead` from then on.

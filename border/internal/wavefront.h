@@ -9,32 +9,41 @@
 
 namespace korvale::inside {
 
-/// A column has one value per live vertex, in index order. Place -1 repeats the last one and place `live` the first, so
-/// that a step reads its neighbours without going round.
+/// A column has one value per live vertex, in index order. It is a ring in memory: place -1 repeats the last value and
+/// place `live` the first, so that a step reads neighbours without a test for the ends.
 struct Points {
     double *x, *y;
 };
 
 /// The edges that start at the vertices.
-struct Edges {
+struct EdgeColumns {
     double *dx, *dy; ///< unit direction
     double* length;
 };
 
 /// The live vertices of a sweep, packed into columns.
 ///
-/// Positions, edges and velocities have two sets of columns each. The vertices move from `at` to `ahead`, then the two
-/// change places; a round measures `edge` while `edge_before` keeps what the round before has measured. So the lines of
-/// the edges are never stored: that of edge i follows from `line_edge` and `line_at`, the edges and the positions they
-/// were last fitted to, which are among the sets of those.
+/// Positions, edges and velocities are double-buffered. The vertices move from `at` to `ahead`, then the two change
+/// places; a round measures `edge` while `edge_before` keeps what the round before has measured. Lines (a, b, c) are
+/// computed only when they are handed back. `line_edge` and `line_at` are aliases: the set of edges and of positions
+/// that were current when the lines were last fitted.
 ///
 /// A vertex that dies hands its values back to the arrays of the sweep at once and stays, marked in `gone`, until
-/// `pack`. That packs what lives on from round to round, `at` and `id`. The other columns are renewed by the next round
-/// and keep their gaps until then: they are *spread*. A step that writes a whole column takes it out of `spread`; one
-/// that may leave some entries as they were, or reads what the round before has left, calls `refresh` first.
+/// `pack`. `pack` closes the gaps in what lives on from round to round, `at` and `id`. The other columns are written
+/// anew in the next round and keep their gaps until then: they are *spread*.
 ///
-/// A column that no step has written yet is not in `written`, and is not handed back: the arrays of the sweep keep what
+/// - A step that writes a whole column takes its group out of `spread`.
+/// - A step that may leave some entries as they were, or reads values of the round before, calls `refresh` first.
+/// - `bury` wants nothing spread.
+///
+/// A group that no step has written yet is not in `written`, and is not handed back: the arrays of the sweep keep what
 /// stands there.
+///
+/// From one round to the next, beside the columns:
+///
+/// - `hairpin`, from `aim_vertices`, which buried it, to `measure_over_hairpin`, which takes it.
+/// - `has_sharp_corners`, a guess: `aim_vertices` found some, so the next one does not try the way without.
+/// - `drift` and `turned`, which start anew in an `aim_vertices` that begins at place 0.
 struct Wavefront {
     enum Group : unsigned { lines = 1, velocities = 2, rates = 4, edges = 8 };
 
@@ -45,9 +54,9 @@ struct Wavefront {
     Sweep& s;
     int32_t live; ///< vertices in the columns
     Points at, ahead;
-    Edges edge, edge_before;
+    EdgeColumns edge, edge_before;
     Points line_at;
-    Edges line_edge;
+    EdgeColumns line_edge;
     Points velocity;        ///< motion per unit of distance
     Points velocity_before; ///< columns that take turns with those of `velocity`
     double* rate;           ///< change of an edge's length per unit of distance
@@ -56,10 +65,11 @@ struct Wavefront {
     int32_t* turned;        ///< while watched, places whose velocity is not what was expected, in ascending order
     int32_t turned_count;
     bool has_sharp_corners; ///< corners that may be hairpins were found when the vertices were aimed last
-    bool is_watched;        ///< whether somebody counts on the velocities
+    bool is_watched;        ///< a watch relies on the velocities being steady
     int32_t* id;            ///< [live] index in the sweep
-    int32_t* gaps;          ///< places that the next packing closes, as they die; then those it has closed, ascending
-    int32_t* list;          ///< [live] for the use of a step
+    int32_t* gaps;          ///< [gone_count] places of the dead, in the order of their deaths; after `pack`, until the
+                            ///< next death, [gap_count] the places it removed, ascending
+    int32_t* list;          ///< [live] scratch of a single step
     uint8_t* gone;          ///< [live] 1 for a dead vertex not yet packed away
     int32_t gone_count, gap_count;
     int32_t hairpin;  ///< place of a hairpin that was buried when the vertices were aimed last, -1 for none
@@ -67,7 +77,7 @@ struct Wavefront {
     unsigned written; ///< groups that a step has written
 };
 
-/// Adds place i + k to a list for every bit k that is set.
+/// Appends place i + k to a list for every bit k that is set.
 inline void add_places(int32_t i, int set, int32_t* list, int32_t& count)
 {
     for (auto rest = static_cast<unsigned>(set); rest != 0; rest &= rest - 1)
@@ -76,9 +86,9 @@ inline void add_places(int32_t i, int set, int32_t* list, int32_t& count)
 
 /// The bits of a condition that holds in every lane.
 template <class V>
-inline constexpr int kAllBits = (1 << width_of<V>)-1;
+inline constexpr int kAllBits = 0b1111 >> (4 - width_of<V>);
 
-/// The live vertex after place i; vertices marked gone are passed over.
+/// The live vertex after place i, or before it; vertices marked gone are skipped.
 int32_t next_live(const Wavefront& w, int32_t i);
 int32_t previous_live(const Wavefront& w, int32_t i);
 
@@ -88,17 +98,18 @@ inline bool is_own(const Wavefront& w, int32_t m, int32_t e)
     return (e == m) | ((e + 1 == w.live ? 0 : e + 1) == m);
 }
 
-/// Repeats the ends of a column beyond its ends.
+/// Repeats the first and the last value of a column beyond its ends.
 void close_ring(double* column, int32_t live);
 void close_ring(const Points& points, int32_t live);
 
 /// The vertex at place i dies and merges into the one at `heir`. Its row must be complete: nothing is spread.
 void bury(Wavefront& w, int32_t i, int32_t heir);
 
-/// Velocities that differ from what was expected by no more than this, on each axis, are steady.
+/// A vertex is steady while its velocity differs from the expected one by no more than this on each axis. Chosen: far
+/// above the rounding of velocities, far below the unit speed of edges.
 constexpr double kSteady = 5e-04;
 
-/// The velocities that the vertices have are expected from here on.
+/// Expects the present velocities from here on.
 void expect_velocities(Wavefront& w);
 
 /// Closes the gaps that the dead have left in `at`, `id` and, while watched, `expected`. There are some, and nothing is
@@ -113,7 +124,7 @@ void refresh(Wavefront& w);
 void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, int32_t n);
 
 /// Closes the gaps of the last packing in the edges just measured.
-void close_gaps(const Wavefront& w, const Edges& edges);
+void close_gaps(const Wavefront& w, const EdgeColumns& edges);
 
 /// Hands all values of the live vertices back to the arrays of the sweep. Nothing is spread.
 void hand_back(Wavefront& w);

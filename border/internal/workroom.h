@@ -4,9 +4,9 @@
 
 namespace korvale::inside {
 
-/// Working memory of one call: uninitialised doubles, the first where four lanes are aligned. A few are in the object
-/// itself. More come from one of some blocks that the library keeps for the calls to come, so that these neither ask
-/// the heap nor have new pages cleared.
+/// Working memory of one call: uninitialised doubles, the first aligned for four lanes. A few are stored in the object
+/// itself. More come from a pool of blocks that the library keeps between calls, so that calls neither ask the heap nor
+/// take page faults on new memory.
 ///
 /// At most `kKeptBlocks` blocks of at most `kMostKept` doubles are kept, for all threads together; what is larger or
 /// one too many goes back to the heap. They are released when the library is unloaded.
