@@ -612,10 +612,6 @@ thread_local std::exception_ptr raised;
 
 } // namespace
 
-Call::Call(const char* function) : function_(function)
-{
-}
-
 Call::~Call()
 {
     for (int* const users : marks_)

@@ -53,6 +53,7 @@ struct Lease {
     ~Lease();
 };
 
+class Call;
 class Whole;
 
 /// A record of either generation and what Python has to do with its buffers.
@@ -171,9 +172,13 @@ public:
     py::object part(DATAstruct* record, bool is_locked);
     py::object part(Data* record, bool is_locked);
 
-protected:
+    /// Before a call works on it: takes what it borrows, and refuses what the library cannot work on.
+    virtual void look(Call&) {}
+
     /// Before the library may free or move the buffers of parts.
     void parts_stand_apart();
+
+protected:
     /// Before the library releases the parts: views keep what they look at, and the objects are dead.
     void parts_die();
     /// The same for one of them.
@@ -187,34 +192,45 @@ private:
 /// One call of the library: looks at its arguments before, and puts in order what it has changed after.
 class Call {
 public:
-    explicit Call(const char* function);
+    /// What the library does with a record: it reads it, writes its elements, may give it another buffer, may do so
+    /// whatever its sizes, or empties it, so that its buffers, children and list go to those who hold them.
+    enum class Use { read, write, shape, remake, empty };
+
+    explicit Call(const char* function) : function_(function) {}
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
     ~Call();
 
+    const char* function() const { return function_; }
     [[noreturn]] void refuse(const std::string& why) const;
 
-    /// An argument that is read, one whose elements are written, one that may get another buffer, and one that may have
-    /// any sizes besides.
+    /// An argument and its use.
+    template <class Object>
+    auto* take(const std::shared_ptr<Object>& object, const char* argument, Use use)
+    {
+        require(object != nullptr, argument);
+        kept_.push_back(object);
+        return take(*object, argument, use);
+    }
     template <class Object>
     auto* read(const std::shared_ptr<Object>& object, const char* argument)
     {
-        return take_kept(object, argument, Use::read);
+        return take(object, argument, Use::read);
     }
     template <class Object>
     auto* write(const std::shared_ptr<Object>& object, const char* argument)
     {
-        return take_kept(object, argument, Use::write);
+        return take(object, argument, Use::write);
     }
     template <class Object>
     auto* shape(const std::shared_ptr<Object>& object, const char* argument)
     {
-        return take_kept(object, argument, Use::shape);
+        return take(object, argument, Use::shape);
     }
     template <class Object>
     auto* remake(const std::shared_ptr<Object>& object, const char* argument)
     {
-        return take_kept(object, argument, Use::remake);
+        return take(object, argument, Use::remake);
     }
     /// Those that may be None.
     template <class Object>
@@ -231,7 +247,7 @@ public:
     template <class Object>
     auto* empty(const std::shared_ptr<Object>& object, const char* argument)
     {
-        return take_kept(object, argument, Use::empty);
+        return take(object, argument, Use::empty);
     }
     /// A status; a call that `may_nest` may come from a function that the library calls on its behalf.
     void use(const std::shared_ptr<Whole>& status, const char* argument, bool may_nest = false);
@@ -260,21 +276,12 @@ public:
     }
 
 private:
-    enum class Use { read, write, shape, remake, empty };
-
     const char* const function_;
     std::vector<std::shared_ptr<void>> kept_; // what the marks are on
     std::vector<int*> marks_;
     std::vector<Table*> tables_;
     std::vector<Tree*> trees_;
 
-    template <class Object>
-    auto* take_kept(const std::shared_ptr<Object>& object, const char* argument, Use use)
-    {
-        require(object != nullptr, argument);
-        kept_.push_back(object);
-        return take(*object, argument, use);
-    }
     void require(bool holds, const char* argument) const;
     void mark(int& users, const char* argument);
     Data* take(Table& table, const char* argument, Use use);
