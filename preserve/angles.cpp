@@ -1,8 +1,12 @@
-// The corners of triangles depend on the triangle only, so triangles are measured, and their forces computed, in lanes;
-// energies and forces are added one after the other. The three corners of a triangle share its sides: their lengths are
-// taken once, but every arm is a difference of its own, as the sign of a zero reaches the cosine. Faces of other sizes,
-// and triangles at which something is degenerate, go corner by corner. Where volume and area are yet to be measured,
-// the walk takes them along: it has the points of the triangles at hand, and their sums need not wait for one another.
+// A corner's cosine depends on its triangle only. So triangles are measured, and their forces computed, in lanes;
+// energies and forces are added one after the other, in the documented order.
+//
+// - The three corners of a triangle share its sides, so there are three square roots and not six. Every arm is a
+//   difference of its own: b - a and -(a - b) differ in the sign of a zero, which reaches the cosine.
+// - Additions are software-pipelined: those of one group of triangles run while the next groups are measured.
+// - Faces of other sizes, and triangles at which something is degenerate, go corner by corner.
+// - Where volume and area are yet to be measured, the same walk over the faces (loop fusion) measures them: it has the
+//   points loaded, and the sums are independent chains.
 #include "preserve/angles.h"
 
 #include "math/internal/vector.h"
@@ -53,7 +57,7 @@ bool corner_cosine(const double* p, int32_t point, int32_t previous, int32_t nex
 }
 
 /// Measures face f, the first corner of which is corner `first`, and adds the energies of its corners.
-[[gnu::noinline]] double add_face(const Angles& t, int32_t f, int32_t first, double energy)
+[[gnu::noinline]] double add_angles_of(const Angles& t, int32_t f, int32_t first, double energy)
 {
     for_each_corner_of(t.faces, f, first, [&](int32_t point, int32_t previous, int32_t next, int32_t corner) {
         double cosine;
@@ -136,7 +140,7 @@ KORVALE_OVER_LANES V cosine_of(const Arms<V>& arms)
     return dot(arms.b, arms.a) / arms.lengths;
 }
 
-/// Notes the cosines of corners first ... and gives their energies.
+/// Stores the cosines of corners first ... and writes their energies.
 template <class V>
 KORVALE_OVER_LANES void measure_corners(const Angles& t, int32_t first, const V& cosines, double* energies)
 {
@@ -144,7 +148,8 @@ KORVALE_OVER_LANES void measure_corners(const Angles& t, int32_t first, const V&
     store(energies, penalty<V>(t.weight, cosines - load<V>(t.reference + first)));
 }
 
-/// Measures the triangles that begin with corner `first`. False, with nothing done, where a corner may have no energy.
+/// Measures the triangles that begin with corner `first`. False, with nothing stored, where one may be degenerate: its
+/// corner has no energy, which lanes do not tell apart.
 template <class V>
 KORVALE_OVER_LANES bool measure_triangles(const Angles& t, const Triangles<V>& triangles, int32_t first,
                                           double* energies)
@@ -162,8 +167,8 @@ KORVALE_OVER_LANES bool measure_triangles(const Angles& t, const Triangles<V>& t
     return true;
 }
 
-/// Energies of triangles that wait to be added. Sums come last and one after the other: while those of one group of
-/// triangles are added, the next groups are measured.
+/// A queue of energies: sums are chains of additions, each waiting for the one before. While the energies of one group
+/// of triangles are added, the next kGroups groups are measured, so the processor has independent work.
 template <class V>
 struct Waiting {
     static constexpr int kGroups = 2, kSlots = kGroups + 1, n = 3 * width_of<V>;
@@ -173,7 +178,7 @@ struct Waiting {
 
     KORVALE_OVER_LANES double* slot() { return energies[next]; }
 
-    /// Adds those that have a free point, from the slot that has waited longest.
+    /// Adds the energies of the group that has waited longest, of triangles with an untagged corner.
     KORVALE_OVER_LANES double add_one(const Angles& t, double energy)
     {
         const int slot = next >= count ? next - count : next - count + kSlots;
@@ -188,7 +193,7 @@ struct Waiting {
         return energy;
     }
 
-    /// Keeps what the slot has been filled with, for the triangles from corner `first` on.
+    /// Queues what the slot has been filled with, for the triangles from corner `first` on.
     KORVALE_OVER_LANES double keep(const Angles& t, int32_t first, double energy)
     {
         firsts[next] = first;
@@ -209,7 +214,7 @@ struct Waiting {
 template <class V, bool measuring>
 KORVALE_OVER_LANES double add_energies(const Angles& term, double energy, const Ceiling& limit, Measures& measures)
 {
-    const Angles t = term; // copies that no store can change
+    const Angles t = term; // copies: no store can alias them, so they stay in registers
     const Ceiling ceiling = limit;
     Measures sums;
     Waiting<V> waiting;
@@ -226,16 +231,16 @@ KORVALE_OVER_LANES double add_energies(const Angles& term, double energy, const 
                 continue;
             }
         }
-        energy = add_face(t, f, first, waiting.add_all(t, energy));
+        energy = add_angles_of(t, f, first, waiting.add_all(t, energy));
         if constexpr (measuring)
-            add_face(t.p, t.faces, f, first, sums);
+            add_measures_of(t.p, t.faces, f, first, sums);
         first = next_start(first, t.faces.sizes[f++]);
     }
     measures = sums;
     return waiting.add_all(t, energy);
 }
 
-/// The forces of the corners of triangles on their points: the first, second and third contribution to each.
+/// The forces of the corners of triangles on their points. Each point gets three contributions, one from each corner.
 template <class V>
 struct Turns {
     Separate3<V> at[3][3]; // [point][contribution]
@@ -256,7 +261,7 @@ KORVALE_OVER_LANES Turn<V> turn_of(const Arms<V>& arms, const V& c)
             across * arms.a + along_b * arms.b, along_a * arms.a + across * arms.b};
 }
 
-/// Corner k gives its point contribution k, and so it does to the others.
+/// The forces of corner k are contribution k to each of the three points.
 template <class V, int k>
 KORVALE_OVER_LANES void turn_corners(const Arms<V>& arms, const V& c, Turns<V>& turns)
 {
@@ -266,7 +271,7 @@ KORVALE_OVER_LANES void turn_corners(const Arms<V>& arms, const V& c, Turns<V>& 
     separate(turn.previous, turns.at[(k + 2) % 3][k]);
 }
 
-/// Twice the weight times the deviations of corners first ...; sets a bit of `same` where there is none.
+/// Twice the weight times the deviations of corners first ...; sets bits of `same` where a deviation is 0.
 template <class V>
 KORVALE_OVER_LANES V deviations(const Angles& t, int32_t first, int& same)
 {
@@ -275,7 +280,7 @@ KORVALE_OVER_LANES V deviations(const Angles& t, int32_t first, int& same)
     return all<V>(2.0 * t.weight) * (cosines - references);
 }
 
-/// Adds a triangle's three turns of one of its points.
+/// Adds the three contributions of a triangle to one of its points.
 template <class V>
 KORVALE_OVER_LANES void add_to_point(const Separate3<V> (&at)[3], int lane, double* f)
 {
@@ -284,8 +289,9 @@ KORVALE_OVER_LANES void add_to_point(const Separate3<V> (&at)[3], int lane, doub
     f[2] = f[2] + at[0].z[lane] + at[1].z[lane] + at[2].z[lane];
 }
 
-/// Adds the turns of the triangles from `lane` to `last`. Two points of one may be the same where a coordinate is not
-/// finite, but then all turns are NaN; other triangles of this kind have a side of length 0 and never come here.
+/// Adds the forces of the triangles from `lane` to `last`, point by point. That is the documented order, corner by
+/// corner, where the points of a triangle differ. Two may be the same where a coordinate is not finite, but then all
+/// forces are NaN; other triangles of this kind have a side of length 0 and never come here.
 template <int lane, int last, class V>
 KORVALE_OVER_LANES void add_turns(const Turns<V>& turns, const int32_t* corners, double* force)
 {
@@ -296,8 +302,8 @@ KORVALE_OVER_LANES void add_turns(const Turns<V>& turns, const int32_t* corners,
         add_turns<lane + 1, last>(turns, corners, force);
 }
 
-/// Turns of triangles that wait to be added, those from corner `first` on. The divisions of one group of triangles take
-/// so long that the group before is added in between.
+/// Software pipelining of the forces: while the divisions of one group of triangles run, the forces of the group before
+/// are added. Two buffers take turns.
 template <class V>
 struct WaitingTurns {
     Turns<V> turns[2];
@@ -318,8 +324,8 @@ struct WaitingTurns {
     }
 };
 
-/// Computes the turns of the triangles that begin with corner `first`, adds those that wait, and lets these wait.
-/// False, with nothing done, where a corner may have no turn: it has its reference cosine, or a neighbour at its own
+/// Computes the forces of the triangles that begin with corner `first`, adds those that wait, and lets these wait.
+/// False, with nothing done, where a corner may have no force: it has its reference cosine, or a neighbour at its own
 /// place.
 template <class V>
 KORVALE_OVER_LANES bool add_triangle_turns(const Angles& t, int32_t first, WaitingTurns<V>& waiting, double* force)
@@ -350,7 +356,7 @@ template <class V>
 KORVALE_OVER_LANES void add_forces(const Angles& term, double* force)
 {
     constexpr int n = width_of<V>;
-    const Angles t = term; // a copy that no store can change
+    const Angles t = term; // a copy: no store can alias it
     WaitingTurns<V> waiting;
     for (int32_t f = 0, first = 0; f < t.faces.count;) {
         if (are_triangles<n>(t.faces, f) && add_triangle_turns(t, first, waiting, force)) {
@@ -426,7 +432,7 @@ int PreserveFindNfang(PreserveStatus* status)
     if (status == nullptr)
         return -1;
     Ceiling none;
-    none.is_known = true; // and not measured along
+    none.is_known = true; // volume and area count as known, so this walk does not measure them
     status->energy = add_angle_energies(*status, status->energy, none);
     return 1;
 }

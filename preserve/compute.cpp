@@ -1,7 +1,7 @@
-// Steepest descent. A step is as long as the energy, along the force; while the energy has not fallen, half of what is
-// left of it is taken back. Most of the time goes into trials that are too long, so their energies are only summed
-// until they are known to be too high. The positions that are kept have always been evaluated in full. The same with
-// nothing left out: tests/reference/preserve.cpp.
+// Steepest descent with backtracking. A step is as long as the energy, along the force; while the energy has not
+// fallen, half of what is left of it is taken back. Most trials are too long, so their energies are summed only until
+// they are known to be too high. The positions that are kept have always been evaluated in full. The same with nothing
+// left out: tests/reference/preserve.cpp.
 #include "preserve/compute.h"
 
 #include <algorithm>
@@ -20,8 +20,9 @@ namespace {
 /// The halving that is smaller than this is the last one tried.
 constexpr double kSmallestShare = 1e-06;
 
-/// Coordinates below this leave room for the products of three of them and the square of the sum of those.
-constexpr double kFarthest = 1e+40;
+/// Below this coordinate nothing overflows: a product of three is below 1e120, a sum of 2^31 of them below 1e130, its
+/// square below 1e260, and the largest double is 1.8e308. Chosen with room to spare.
+constexpr double kSafeCoordinate = 1e+40;
 
 /// Makes `points` the positions to evaluate. False for an array that does not match the mesh.
 bool look_at(PreserveStatus* status, DATAstruct* points)
@@ -64,14 +65,14 @@ double length_of_force(const Step& step)
     return std::sqrt(sum);
 }
 
-/// Goes the whole way. Returns whether start and way are so short that no trial on it can come to a number that is not
-/// finite.
+/// Moves all points by the whole step. Returns whether start and step are so short that no trial on the way can
+/// overflow.
 bool advance(const Step& step, double length)
 {
     double *const x = step.x, *const f = step.f;
     bool is_short = true;
     for_lanes<int64_t>(0, step.n, [=, &is_short]<class V>(int64_t q) {
-        const V stride = all<V>(length) * load<V>(f + q), to = load<V>(x + q) + stride, limit = all<V>(kFarthest);
+        const V stride = all<V>(length) * load<V>(f + q), to = load<V>(x + q) + stride, limit = all<V>(kSafeCoordinate);
         store(x + q, to);
         if (any_false(absolute(to) < limit) || any_false(absolute(stride) < limit))
             is_short = false;
@@ -96,7 +97,7 @@ bool are_finite(const double* values, int64_t n)
 /// measured.
 bool has_finite_references(const PreserveStatus& s)
 {
-    const Edges edges = edges_of(s);
+    const EdgeList edges = edges_of(s);
     const Faces faces = faces_of(s);
     const double* const lengths = measures_in(s.olen, edges.count);
     const double* const cosines = measures_in(s.ofang, faces.corner_count);

@@ -1,6 +1,6 @@
 // What is derived from sizes and indices: whether they are sound, the edges of faces, and the edges and faces at each
-// point. Everything is linear in their number. Points are grouped by counting: how many each point has, where its run
-// therefore starts, and then one after the other at a cursor per point.
+// point. All of it takes linear time. Points are grouped by a counting sort: count the entries of each point, sum the
+// counts into starts (a prefix sum), then put each entry at a cursor per point.
 #include "preserve/internal/connectivity.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ bool has_ints(const DATAstruct& d, int64_t wanted)
     return wanted <= kMostElements && (is_wrapped(d) || wanted <= room(d));
 }
 
-/// The corners that all faces have; a bit of `signs` tells whether a size is negative.
+/// The number of corners of all faces. The sign bit of `signs` is set where a size is negative.
 int64_t count_corners(const Faces& faces, int32_t& signs)
 {
     int64_t corners = 0;
@@ -84,7 +84,7 @@ bool list_edges(const Faces& faces, int32_t room, EdgeTable& table)
 }
 
 /// How many edges each point has, an edge from a point to itself counted twice.
-void count_edges(const Edges& edges, DATAstruct& counts)
+void count_edges(const EdgeList& edges, DATAstruct& counts)
 {
     int32_t* const count = counts.ivals;
     std::fill(count, count + counts.count, 0);
@@ -95,8 +95,8 @@ void count_edges(const Edges& edges, DATAstruct& counts)
     }
 }
 
-/// Where each point's run starts when the runs follow one another, and a cursor there in place of its length. Returns
-/// the length of all.
+/// Prefix sum: turns the length of each point's run, in `cursor`, into the start of the run, in both arrays. Returns
+/// the sum of the lengths.
 int32_t start_runs(int32_t points, int32_t* start, int32_t* cursor)
 {
     int32_t slots = 0;
@@ -122,7 +122,7 @@ void group_faces(const Faces& faces, int32_t slots, int32_t* cursor, int32_t* gr
 }
 
 /// The edges at each point.
-void group_edges(const Edges& edges, int32_t* cursor, int32_t* grouped)
+void group_edges(const EdgeList& edges, int32_t* cursor, int32_t* grouped)
 {
     const int32_t* end = edges.ends;
     for (int32_t e = 0; e < edges.count; ++e, end += 2) {
@@ -210,10 +210,10 @@ bool find_edges(const Faces& faces, DATAstruct*& edges)
     return true;
 }
 
-// The counts stand in for the cursors until the end.
+// One array serves twice: the counts, then the cursors; from these the counts are found again at the end.
 void group_by_point(PreserveStatus& s)
 {
-    const Edges edges = edges_of(s);
+    const EdgeList edges = edges_of(s);
     const int32_t points = s.points->count;
     s.point_edge_count = new_list(DATA_TYPE_INT, points, 1);
     if (s.point_edge_count == nullptr)

@@ -1,6 +1,7 @@
 // The length of an edge depends on its two points only, so edges are measured in lanes; their energies are added one
-// after the other. An edge pulls both its points in the same turn. Turns come in ascending order, which is the order of
-// each point's run in `point_edges`, so every point sums its edges as if it walked along that run.
+// after the other. An edge pulls both its points when its turn comes. Edges come in ascending order, which is the order
+// of each point's run in `point_edges`. So every point sums its edges in the documented order, as if it walked along
+// that run.
 #include "preserve/lengths.h"
 
 #include "platform/internal/lanes3.h"
@@ -16,7 +17,7 @@ constexpr double kShortestPull = 1e-06;
 /// What the term reads, and where it leaves the lengths.
 struct Lengths {
     const double* p;
-    Edges edges;
+    EdgeList edges;
     Tags tags;
     double weight;
     const double* reference; // [edges]
@@ -48,7 +49,7 @@ KORVALE_OVER_LANES V lengths_of(const double* p, const int32_t* ends)
 }
 
 template <class V>
-KORVALE_OVER_LANES void measure_edges(const double* p, const Edges& edges, double* measure)
+KORVALE_OVER_LANES void measure_edges(const double* p, const EdgeList& edges, double* measure)
 {
     constexpr int n = width_of<V>;
     int32_t e = 0;
@@ -78,7 +79,7 @@ KORVALE_OVER_LANES double add_edges(const Lengths& t, int32_t e, double energy)
 template <class V>
 KORVALE_OVER_LANES double add_energies(const Lengths& term, double energy, const Ceiling& limit)
 {
-    const Lengths t = term; // copies that no store can change
+    const Lengths t = term; // copies: no store can alias them, so they stay in registers
     const Ceiling ceiling = limit;
     int32_t e = 0;
     for (; e <= t.edges.count - width_of<V> && !ceiling.is_reached(energy); e += width_of<V>)
@@ -88,8 +89,9 @@ KORVALE_OVER_LANES double add_energies(const Lengths& term, double energy, const
     return energy;
 }
 
-/// Adds the forces of an edge on its two points, `stretch` times the way from the other one: pulls for a positive
-/// stretch, pushes for a negative one. Either way is a difference of its own, which has zeros of its own.
+/// Adds the forces of an edge on its two points: `stretch` times the vector from the other point, a pull for a positive
+/// stretch and a push for a negative one. Both vectors are subtracted, since a negated one would have zeros of the
+/// other sign.
 inline void pull_ends(const double* p, const int32_t* ends, double stretch, double* force)
 {
     const double *const a = p + 3 * int64_t{ends[0]}, *const b = p + 3 * int64_t{ends[1]};
@@ -119,7 +121,7 @@ KORVALE_OVER_LANES void pull_edges(const Lengths& t, int32_t e, double* force)
 template <class V>
 KORVALE_OVER_LANES void add_forces(const Lengths& term, double* force)
 {
-    const Lengths t = term; // a copy that no store can change
+    const Lengths t = term; // a copy: no store can alias it
     int32_t e = 0;
     for (; e <= t.edges.count - width_of<V>; e += width_of<V>)
         pull_edges<V>(t, e, force);
@@ -127,7 +129,7 @@ KORVALE_OVER_LANES void add_forces(const Lengths& term, double* force)
         pull_edges<double>(t, e, force);
 }
 
-KORVALE_FOUR_LANES void measure_wide(const double* p, const Edges& edges, double* measure)
+KORVALE_FOUR_LANES void measure_wide(const double* p, const EdgeList& edges, double* measure)
 {
     measure_edges<Quad>(p, edges, measure);
 }
@@ -163,7 +165,7 @@ int PreserveInitOlen(PreserveStatus* status)
         return -1;
     if (status->edges == nullptr || !covers_mesh(status->points, *status))
         return switch_off(*status, PRESERVE_LENGTH);
-    const Edges edges = edges_of(*status);
+    const EdgeList edges = edges_of(*status);
     if (!make_room(status->olen, edges.count) || !make_room(status->nlen, edges.count))
         return switch_off(*status, PRESERVE_LENGTH);
     const double* const p = status->points->dvals;

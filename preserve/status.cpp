@@ -64,7 +64,7 @@ int PreserveInitialize(PreserveStatus* status, DATAstruct* points, DATAstruct* e
     if (!is_sound_mesh(*points, edges, face_sizes, face_points))
         return -1;
     const Faces faces = faces_in(face_sizes, face_points);
-    // Large arrays that stay come before the table of edges: what follows it takes over its memory.
+    // These stay, so they come before `find_edges`, whose hash table leaves its pages to what is allocated next.
     DATAstruct* force = new_list(DATA_TYPE_DOUBLE, points->count, 3);
     DATAstruct* face_starts = faces.count > 0 ? new_starts(faces) : nullptr;
     if (edges == nullptr && faces.count > 0 && !find_edges(faces, edges)) {

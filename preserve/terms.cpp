@@ -22,7 +22,7 @@ double evaluate(PreserveStatus& s, double bound)
     Ceiling ceiling;
     ceiling.bound = bound;
     if (ceiling.has_bound())
-        measure_volume_and_area(s, s.flags, ceiling); // first, being the quickest to tell that it is reached
+        measure_volume_and_area(s, s.flags, ceiling); // first: cheapest to measure, and they may reach the bound alone
     double energy = 0.0;
     for (const Term& term : kTerms)
         if ((s.flags & term.bit) != 0)

@@ -1,6 +1,6 @@
-// Both measures are sums over the faces, formed in order in one walk, for which triangles are taken apart in lanes.
-// What their forces do to a corner depends on one face only: triangles go in lanes, other faces corner by corner, and
-// every point adds what it gets in the order of the corners.
+// Both measures are sums over the faces, added in the order of the faces in one walk; triangles are measured in lanes.
+// The force on a corner depends on its face only: triangles go in lanes, other faces corner by corner, and every point
+// adds its forces in the order of the corners.
 #include "preserve/volume_area.h"
 
 #include "math/internal/vector.h"
@@ -49,7 +49,8 @@ struct Pressure {
     double factor; // twice weight times deviation
 
     /// Adds the forces of one face.
-    [[gnu::noinline]] void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, double* force) const
+    [[gnu::noinline]] void add_forces_of(const double* p, const Faces& faces, int32_t f, int32_t first,
+                                         double* force) const
     {
         for_each_corner_of(faces, f, first, [=, this](int32_t point, int32_t previous, int32_t next, int32_t) {
             double product[3]; // Deliberate: the rule for triangles, whatever the face
@@ -73,7 +74,8 @@ struct Pressure {
 struct Tension {
     double factor; // twice weight times deviation
 
-    [[gnu::noinline]] void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, double* force) const
+    [[gnu::noinline]] void add_forces_of(const double* p, const Faces& faces, int32_t f, int32_t first,
+                                         double* force) const
     {
         if (faces.sizes[f] < 1)
             return;
@@ -92,7 +94,7 @@ struct Tension {
     KORVALE_OVER_LANES void find(const Triangles<V>& t, Lanes3<V> (&forces)[3]) const
     {
         const V k = all<V>(factor), zero = all<V>(0.0);
-        const Lanes3<V> none = {zero, zero, zero}; // turns a zero of the first product positive
+        const Lanes3<V> none = {zero, zero, zero}; // summed from +0, as documented: -0 + 0 is +0
         const Lanes3<V> normal = none + cross(t.p0, t.p1) + cross(t.p1, t.p2) + cross(t.p2, t.p0);
         const V size = root(dot(normal, normal));
         const auto is_short = size < all<V>(kShortestVector);
@@ -110,7 +112,7 @@ struct Tension {
 template <class V>
 KORVALE_OVER_LANES Measures measure_faces_over(const double* p, const Faces& all_faces)
 {
-    const Faces faces = all_faces; // a copy that no store can change
+    const Faces faces = all_faces; // a copy: no store can alias it
     Measures sums;
     for (int32_t f = 0, first = 0; f < faces.count;) {
         if (are_triangles<width_of<V>>(faces, f)) {
@@ -118,7 +120,7 @@ KORVALE_OVER_LANES Measures measure_faces_over(const double* p, const Faces& all
             f += width_of<V>;
             first += 3 * width_of<V>;
         } else {
-            add_face(p, faces, f, first, sums);
+            add_measures_of(p, faces, f, first, sums);
             first = next_start(first, faces.sizes[f++]);
         }
     }
@@ -148,12 +150,12 @@ template <class V, class Rule>
 KORVALE_OVER_LANES void add_forces(const double* p, const Faces& all_faces, const Rule& given, double* force)
 {
     constexpr int n = width_of<V>;
-    const Faces faces = all_faces; // copies that no store can change
+    const Faces faces = all_faces; // copies: no store can alias them
     const Rule rule = given;
     for (int32_t f = 0, first = 0; f < faces.count;) {
         const int32_t* const corner = faces.corners + first;
         if (!are_triangles<n>(faces, f)) {
-            rule.add_face(p, faces, f, first, force);
+            rule.add_forces_of(p, faces, f, first, force);
             first = next_start(first, faces.sizes[f++]);
             continue;
         }
@@ -211,7 +213,7 @@ bool measure_reference(const PreserveStatus& s, Measures& measures)
 
 } // namespace
 
-[[gnu::noinline]] void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums)
+[[gnu::noinline]] void add_measures_of(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums)
 {
     const int32_t n = faces.sizes[f];
     if (n < 1)

@@ -2,8 +2,7 @@
 
 #include "preserve/internal/mesh.h"
 
-// Who is next to whom: edges from faces, and the edges and faces at each point. All arrays are made whole or not at
-// all.
+// Adjacency: edges from faces, and the edges and faces at each point. An array is made whole or not at all.
 namespace korvale::inside {
 
 /// A new array from the heap, or null. One of 0 elements has no buffer.
@@ -13,7 +12,7 @@ DATAstruct* new_list(int32_t type, int32_t count, int32_t dim);
 void release(DATAstruct*& d);
 
 /// Whether every size and index that the connectivity is made from stays inside the arrays, and the arrays made from
-/// them inside 31 bits. `face_sizes` and `face_points` are both there or not looked at.
+/// them inside 31 bits. `face_sizes` and `face_points` are both given or both ignored.
 bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATAstruct* face_sizes,
                    const DATAstruct* face_points);
 

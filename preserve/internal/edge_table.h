@@ -12,17 +12,18 @@
 
 namespace korvale::inside {
 
-/// Where an edge belongs in a table: its lower bits. Edges in the same direction of a regular mesh lie close to one
-/// another, seven slots from point to point, which leaves room for the other directions; those are far apart. The
-/// number is 7 from + scatter (to - from).
+/// The home slot of an edge is the lower bits of this hash, 7 from + scatter (to - from). It keeps locality: in a
+/// regular mesh, edges in the same direction lie seven slots apart from point to point, and other directions far away.
+/// So walking along a mesh walks along the table, whose cache lines are reused. Seven leaves room between the edges of
+/// one direction for those of others.
 inline uint32_t edge_hash(int32_t from, int32_t to)
 {
     constexpr uint32_t kScatter = 0x5bd1e995;
     return (7 - kScatter) * static_cast<uint32_t>(from) + kScatter * static_cast<uint32_t>(to);
 }
 
-/// Where an edge belongs as if by chance: the lower bits hang on all bits of both points. It stays out of the loops
-/// that note edges, which need the registers.
+/// A hash without locality: all bits of both points reach the lower ones (two rounds of multiply and xor-shift).
+/// noinline: inlined, it would take registers from the loops that note edges.
 [[gnu::noinline]] inline uint32_t scattered_hash(int32_t from, int32_t to)
 {
     uint64_t edge = uint64_t{static_cast<uint32_t>(from)} << 32 | static_cast<uint32_t>(to);
@@ -33,10 +34,11 @@ inline uint32_t edge_hash(int32_t from, int32_t to)
     return static_cast<uint32_t>(edge);
 }
 
-/// Tells edges found before from new ones, which it lists: a hash table with open addressing of the places in the list.
-/// It grows with what it finds and never is more than three quarters full. Edges lie by `edge_hash` until that has led
-/// past four slots for each edge that the list has room for, as it does where point numbers go in steps of a large
-/// power of two; from then on they are scattered.
+/// Lists each edge once: a hash table with open addressing and linear probing, whose slots hold places in the list. It
+/// grows with what it finds and is never more than three quarters full. It starts with `edge_hash`. Where that
+/// clusters, as with point numbers in steps of a large power of two, probes pass many slots: at more than four for each
+/// edge that the list has room for, all edges are rehashed by `scattered_hash`, for good. The probing is so bounded,
+/// and the whole linear.
 class EdgeTable {
 public:
     /// Lists up to `most` edges in `ends`, two points each.
@@ -48,7 +50,7 @@ public:
     /// False once the heap was exhausted.
     bool exists() const { return memory_ != nullptr; }
     int32_t found() const { return found_; }
-    /// Slots of other edges that were passed so far.
+    /// Slots of other edges that probes have passed so far.
     int64_t passed() const { return passed_; }
 
     /// Lists the edge between a and b, the smaller first, unless it is listed. False where it finds no room, or the
@@ -81,9 +83,11 @@ private:
         return std::bit_ceil(static_cast<uint32_t>(edges) + static_cast<uint32_t>(edges) / 2 + 4);
     }
 
-    /// The bytes to ask for, of which `used` are touched: over half of what all arrays made of edges and faces take.
-    /// The C library keeps twice the largest block that it was ever given back (M_MMAP_THRESHOLD in mallopt(3)), so
-    /// these arrays find the pages of those disposed before; with less, the pages go back to the system and come again.
+    /// The bytes to allocate, of which `used` are touched. More than is used, on purpose: glibc raises its mmap
+    /// threshold to the largest mmapped block freed so far, 32 MiB at most, and its trim threshold to twice that
+    /// (mallopt(3), M_MMAP_THRESHOLD). Freeing a block of over half the mesh's arrays so keeps them all on the heap,
+    /// and the next mesh reuses their pages instead of faulting them in again. 20 bytes for each edge there is room for
+    /// are over half of the arrays by edge and by face, measures included.
     size_t bytes_for(size_t used) const
     {
         constexpr size_t kKeptAnyway = size_t{128} << 10, kMostKept = size_t{31} << 20;
@@ -96,7 +100,7 @@ private:
         return (is_scattered_ ? scattered_hash(from, to) : edge_hash(from, to)) & mask_;
     }
 
-    /// Two points as one number, as they stand in the list.
+    /// Two points as one 64-bit number, in the order of bytes that they have in the list.
     static uint64_t packed(int32_t from, int32_t to)
     {
         const uint64_t first = static_cast<uint32_t>(from), second = static_cast<uint32_t>(to);
@@ -151,7 +155,7 @@ private:
     }
 
     int32_t* ends_;
-    int32_t most_, found_ = 0, limit_ = 0; // limit_: as many as the table, or the list, has room for
+    int32_t most_, found_ = 0, limit_ = 0; // limit_: edges before the table must grow, or the list is full
     int64_t passed_ = 0, most_passed_ = 4 * int64_t{most_};
     bool is_scattered_ = false;
     uint32_t mask_ = 0;

@@ -4,7 +4,7 @@
 #include "preserve/internal/mesh.h"
 #include "preserve/internal/terms.h"
 
-// Volume and area as sums over the faces, formed in their order. Whoever walks all faces may take them along.
+// Volume and area as sums over the faces, in the order of the faces. Any walk over all faces may add them on its way.
 namespace korvale::inside {
 
 struct Measures {
@@ -23,7 +23,7 @@ KORVALE_OVER_LANES Triangles<V> triangles_at(const double* p, const int32_t* cor
     return {points_at<V>(p, corners, 3), points_at<V>(p, corners + 1, 3), points_at<V>(p, corners + 2, 3)};
 }
 
-/// Adds the measures of triangles one after the other.
+/// Measures triangles in lanes, and adds the measures one after the other.
 template <class V>
 KORVALE_OVER_LANES void add_triangles(const Triangles<V>& t, Measures& sums)
 {
@@ -36,7 +36,7 @@ KORVALE_OVER_LANES void add_triangles(const Triangles<V>& t, Measures& sums)
 }
 
 /// Adds the measures of face f, whose first corner is `first`.
-void add_face(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums);
+void add_measures_of(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums);
 
 /// Notes the measures, and their energies in `ceiling`, as far as they are switched on in `terms`.
 void note_measures(PreserveStatus& s, int32_t terms, const Measures& measures, Ceiling& ceiling);

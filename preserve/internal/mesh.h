@@ -30,12 +30,12 @@ inline double* measures_in(const DATAstruct* d, int64_t wanted)
     return d != nullptr && holds(*d, DATA_TYPE_DOUBLE, wanted) ? d->dvals : nullptr;
 }
 
-struct Edges {
+struct EdgeList {
     const int32_t* ends; // [count][2] the two points of each edge
     int32_t count;
 };
 
-inline Edges edges_of(const PreserveStatus& s)
+inline EdgeList edges_of(const PreserveStatus& s)
 {
     if (s.edges == nullptr || s.edges->ivals == nullptr)
         return {nullptr, 0};
@@ -96,7 +96,8 @@ void for_each_corner_of(const Faces& faces, int32_t f, int32_t first, Visit visi
               corners[k + 1 == n ? first : first + k + 1], first + k);
 }
 
-/// Whether the n faces from f on, 2 or 4, exist and are triangles. Two sizes are compared at a time.
+/// Whether the n faces from f on, 2 or 4, exist and are triangles. Two sizes are compared at a time, as one 64-bit
+/// word.
 template <int n>
 inline bool are_triangles(const Faces& faces, int32_t f)
 {

@@ -7,9 +7,9 @@
 // What the solver keeps of a mesh, one row per term.
 namespace korvale::inside {
 
-/// A trial step is given up as soon as its energy cannot end below `bound`: what is added later is never negative, and
-/// sums of such values never fall, rounded or not. `volume` and `area` are the two energies that are added last; they
-/// are known first where there is a bound.
+/// The bound of a trial step. The trial is given up (early exit) as soon as its energy cannot end below `bound`: what
+/// is added later is never negative, and adding such values never lowers a sum, rounded or not. `volume` and `area` are
+/// the two energies that are added last; where there is a bound they are measured first.
 struct Ceiling {
     double bound = std::numeric_limits<double>::quiet_NaN(); // a NaN is never reached
     double volume = 0.0, area = 0.0;
