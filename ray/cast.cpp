@@ -1,10 +1,11 @@
-// Triangles lie far apart in memory, and the few of a small cell are tested before the next can arrive. Where there are
-// many triangles, those of small cells are gathered first and asked for, and tested when the last cell has been seen or
-// no more can wait. Cells with long lists, and the triangles of small meshes, are tested at once.
+// Testing triangles, arranged around cache misses. Triangles lie far apart in memory, and the few of a small cell would
+// be tested before the next could arrive. So in large meshes the triangles of small cells are gathered and prefetched
+// first, and tested when the last cell has been seen or the list is full. Cells with long lists prefetch ahead as they
+// are walked. The triangles of small meshes stay in the cache, and are tested at once.
 //
-// Most triangles of a cell lie wholly beside the ray or behind it. With four lanes, one value of lanes per vertex takes
-// it into the frame of the ray, with the operations of the plain transform in their order, and one comparison of all
-// three tells such a triangle; the rest take the plain way.
+// Most triangles of a cell lie wholly beside the ray or behind its start. With four lanes they are rejected early: one
+// value of lanes takes a vertex into the frame of the ray, by the operations of the plain transform in their order, and
+// one comparison of all three vertices decides. The rest go through the plain test.
 #include "ray/internal/cast.h"
 
 #include "math/internal/matrix.h"
@@ -15,10 +16,10 @@
 namespace korvale::inside {
 namespace {
 
-/// Triangles lie far apart in memory: how many numbers ahead one is asked for.
+/// The prefetch distance in a long list of numbers. Chosen.
 constexpr int32_t kPrefetchDistance = 32;
 
-/// As many triangles as stay at hand from one query to the next.
+/// Triangles that fit the processor's own caches from one query to the next: at 72 bytes each, 576 KiB.
 constexpr int32_t kFewTriangles = 8192;
 
 void prefetch_triangle(const Cast& cast, int32_t t)
@@ -43,12 +44,12 @@ void prefetch_triangle(const Cast& cast, int32_t t)
     ++cast.hits;
 }
 
-/// Marks each triangle of a cell that is there and not marked yet, and calls `test` with its number, in the order of
+/// Marks each triangle of a cell that exists and is not marked yet, and calls `test` with its number, in the order of
 /// the chain.
 template <class Test>
 KORVALE_OVER_LANES void for_each_new(const Cast& cast, const data_list_struct& cell, const Test& test)
 {
-    uint8_t* const marks = cast.marks; // in locals: storing a mark might change what is behind `cast`
+    uint8_t* const marks = cast.marks; // in locals: a store of a byte may alias anything, `cast` too
     const int32_t count = cast.count;
     for (const data_list_struct* node = cell.next; node != nullptr; node = node->next) {
         const int32_t* const numbers = node->ivals;
@@ -81,7 +82,7 @@ KORVALE_QUAD Quad carried(const WideFrame& m, const double* p)
     return m.x * p[0] + m.y * p[1] + m.z * p[2] + m.translation;
 }
 
-/// Whether all vertices lie on one side of the ray, or behind its start.
+/// Early rejection: whether all vertices lie on one side of the ray, or behind its start.
 KORVALE_QUAD bool is_beside(const WideFrame& m, const double* triangle)
 {
     const Quad p0 = carried(m, triangle), p1 = carried(m, triangle + 3), p2 = carried(m, triangle + 6);
@@ -97,7 +98,7 @@ KORVALE_QUAD WideFrame wide(const double (*m)[4])
     return {column(m, 0), column(m, 1), column(m, 2), column(m, 3)};
 }
 
-// The triangles of a cell, and those that wait, first with four lanes, then plainly.
+// The triangles of a cell, and the gathered ones, each with four lanes and plainly.
 
 KORVALE_FOUR_LANES void test_cell_wide(Cast& cast, const data_list_struct& cell)
 {
@@ -127,13 +128,13 @@ void test_waiting_plainly(Cast& cast)
         test_triangle(cast, cast.numbers[i]);
 }
 
-/// Marks the new triangles of a node of no more than kMostWaiting numbers, asks for them and lets them wait.
+/// Marks the new triangles of a node of at most kMostWaiting numbers, prefetches and gathers them.
 void gather(Cast& cast, const data_list_struct& node)
 {
     const int32_t n = numbers_held(node);
     if (n > kMostWaiting - cast.waiting)
         test_waiting(cast);
-    uint8_t* const marks = cast.marks; // in locals: storing a mark might change what is behind `cast`
+    uint8_t* const marks = cast.marks; // in locals: a store of a byte may alias anything, `cast` too
     const double* const triangles = cast.triangles;
     const int32_t count = cast.count;
     int32_t waiting = cast.waiting;
@@ -143,7 +144,7 @@ void gather(Cast& cast, const data_list_struct& node)
             continue;
         __builtin_prefetch(triangles + 9 * int64_t{t});
         __builtin_prefetch(triangles + 9 * int64_t{t} + 8);
-        cast.numbers[waiting] = t; // and no jump that depends on the mark, which nobody can foresee
+        cast.numbers[waiting] = t; // branchless: whether a triangle is marked is unpredictable
         waiting += marks[t] == 0 ? 1 : 0;
         marks[t] = 1;
     }
@@ -159,7 +160,7 @@ void take_cell(Cast& cast, const data_list_struct& cell)
         gather(cast, *node);
         return;
     }
-    test_waiting(cast); // which come first
+    test_waiting(cast); // they come first in the documented order
     widest([&] { test_cell_wide(cast, cell); }, [&] { test_cell(cast, cell); });
 }
 

@@ -1,13 +1,13 @@
-// The library's own cells and those of a host look alike, and their array may have been made by either. What is known
-// of the library's own, above all the planes between them, is therefore kept aside, in a table by the address of the
-// array: from when it is made until the library releases it. Nothing that stands in the array makes a difference.
+// The library's own cells and those of a host look alike, and a record may lead to either. So what is known of the
+// library's own, above all the planes between them, is kept aside: in a hash table by the address of the array, from
+// when it is made until the library releases it. Nothing that stands in the array makes a difference.
 //
 // A host that releases such an array by itself may be given the same address again for one of its own. Where the heap
 // tells how large a block is, another size gives that away.
 //
-// The table is a mutable global: a record has no place for it. Records are used by one thread each, but all share the
-// table: a lock guards the entries that fall together in it. What an entry says is read without the lock, as nobody but
-// the thread that uses the record releases it.
+// The table is a mutable global: a record has no place for it. Records are used by one thread each, but all threads
+// share the table, so each bucket has a lock. An entry is read without the lock: only the thread that uses the record
+// releases it.
 #include "ray/internal/cells.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ size_t block_bytes([[maybe_unused]] void* block)
 
 /// An array of cells that the library has made. The planes of its grid stand behind it in memory.
 struct MadeCells {
-    MadeCells* next; // with the same place in the table
+    MadeCells* next; // in the same bucket
     const data_list_struct* cells;
     size_t bytes; // of its block
     Grid grid;
@@ -50,32 +50,32 @@ public:
     /// At unload: what hosts never declassified.
     ~Table()
     {
-        for (Place& place : places_)
-            while (place.first != nullptr) {
-                MadeCells* const following = place.first->next;
-                std::free(place.first);
-                place.first = following;
+        for (Bucket& bucket : buckets_)
+            while (bucket.first != nullptr) {
+                MadeCells* const following = bucket.first->next;
+                std::free(bucket.first);
+                bucket.first = following;
             }
     }
 
     MadeCells* find(const data_list_struct* cells)
     {
-        Place& place = place_of(cells);
-        const std::lock_guard lock(place.mutex);
-        return *link_to(place, cells);
+        Bucket& bucket = bucket_of(cells);
+        const std::lock_guard lock(bucket.mutex);
+        return *link_to(bucket, cells);
     }
     void add(MadeCells* made)
     {
-        Place& place = place_of(made->cells);
-        const std::lock_guard lock(place.mutex);
-        made->next = place.first;
-        place.first = made;
+        Bucket& bucket = bucket_of(made->cells);
+        const std::lock_guard lock(bucket.mutex);
+        made->next = bucket.first;
+        bucket.first = made;
     }
     void remove(const data_list_struct* cells)
     {
-        Place& place = place_of(cells);
-        const std::lock_guard lock(place.mutex);
-        MadeCells** const link = link_to(place, cells);
+        Bucket& bucket = bucket_of(cells);
+        const std::lock_guard lock(bucket.mutex);
+        MadeCells** const link = link_to(bucket, cells);
         if (MadeCells* const made = *link; made != nullptr) {
             *link = made->next;
             std::free(made);
@@ -83,28 +83,30 @@ public:
     }
 
 private:
-    static constexpr int kPlaceBits = 8;
-    struct Place {
+    static constexpr int kBucketBits = 8;
+    struct Bucket {
         std::mutex mutex;
         MadeCells* first = nullptr;
     };
 
-    /// The golden section spreads neighbouring addresses (Knuth, The Art of Computer Programming 3, 1973).
-    Place& place_of(const data_list_struct* cells)
+    /// Fibonacci hashing: a multiplication by 2^64 over the golden ratio spreads neighbouring addresses over the upper
+    /// bits (Knuth, The Art of Computer Programming 3, 1973).
+    Bucket& bucket_of(const data_list_struct* cells)
     {
-        return places_[reinterpret_cast<uintptr_t>(cells) * 0x9e3779b97f4a7c15u >> (64 - kPlaceBits)];
+        return buckets_[reinterpret_cast<uintptr_t>(cells) * 0x9e3779b97f4a7c15u >> (64 - kBucketBits)];
     }
-    static MadeCells** link_to(Place& place, const data_list_struct* cells)
+    static MadeCells** link_to(Bucket& bucket, const data_list_struct* cells)
     {
-        MadeCells** link = &place.first;
+        MadeCells** link = &bucket.first;
         while (*link != nullptr && (*link)->cells != cells)
             link = &(*link)->next;
         return link;
     }
 
-    Place places_[1 << kPlaceBits];
+    Bucket buckets_[1 << kBucketBits];
 };
 
+// The priority lies between the two stages of frame/, as that of every static object here.
 Table table __attribute__((init_priority(1000)));
 
 } // namespace

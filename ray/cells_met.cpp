@@ -26,8 +26,8 @@ CellRange cells_holding(const GridAxis& axis, double value)
     return {first, last};
 }
 
-/// The cells found so far, in any order and some more than once. A fine grid is far larger than the fast memory, so a
-/// cell is asked for when it is found, and looked into together with the many that are found after it.
+/// The cells found so far, in any order and some more than once. A fine grid is far larger than the caches. So a cell
+/// is prefetched when it is found, and read together with the many that are found after it.
 class Found {
 public:
     Found(const data_list_struct* cells, int32_t* met) : cells_(cells), met_(met) {}

@@ -29,7 +29,7 @@ constexpr int32_t kDefaultCells = 4;
 
 constexpr size_t kBoxBytes = kBoxValues * sizeof(double);
 
-/// All numbers go before the boxes: the C library joins what is free side by side, and has less to do so.
+/// Frees all numbers before the boxes: malloc merges adjacent free blocks, and has fewer to merge in this order.
 void release_cells(data_list_struct* cells, int32_t count)
 {
     for (int32_t c = 0; c < count; ++c)
@@ -59,7 +59,7 @@ bool make_cell(data_list_struct& cell, const double* box)
     return true;
 }
 
-/// The same for a cell that the library has made before. Its nodes stay behind it.
+/// `make_cell` for a cell that the library has made before: its box is written in place, its nodes stay behind it.
 bool renew_cell(data_list_struct& cell, const double* box)
 {
     const bool is_as_made = cell.dvals != nullptr && cell.type == DATA_TYPE_DOUBLE && cell.dim == kBoxValues &&
@@ -104,7 +104,7 @@ bool make_grid(RayStatus& s)
     } else {
         drop_cells(s);
         const size_t bytes = static_cast<size_t>(count) * sizeof(data_list_struct);
-        s.cells = static_cast<data_list_struct*>(new_block(bytes)); // a ray looks into one here and one there
+        s.cells = static_cast<data_list_struct*>(new_block(bytes)); // a ray touches cells all over it
         if (s.cells == nullptr)
             return false;
     }
@@ -192,7 +192,7 @@ data_list_struct* next_node(data_list_struct& last)
     return last;
 }
 
-/// Lists triangles in cells while they are filled, in nodes that stand there as far as they go.
+/// Lists triangles in cells, reusing the nodes that the cells have already.
 class Filling {
 public:
     Filling(RayStatus& s, int32_t cells) : s_(s), count_(cells), ends_(cells)

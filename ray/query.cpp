@@ -41,8 +41,8 @@ void find_ray_frame(const double* origin, const double* d, double (*m)[4])
         m[i][3] = -q[i];
 }
 
-/// Clears the marks of the query and asks for the first numbers of each cell that is met: the node first, then its
-/// numbers. What is asked for comes from memory while marks are cleared.
+/// Clears the marks, and hides the latency of two prefetches behind that: of the first node of each cell that is met,
+/// and then of its numbers.
 void clear_and_fetch(Cast& cast, const data_list_struct* cells, const int32_t* met, int32_t count)
 {
     const size_t half = cast.marks_held / 2;
@@ -110,16 +110,16 @@ int ray_intersect(double* origin, double* direction, RayStatus* s, double* dista
     if (!can_meet)
         return 0;
 
-    // A record whose marks do not cover the triangles does without its own.
-    Scratch<uint8_t> own_marks(has_marks ? 0 : triangles.count);
-    if (!own_marks.exists())
+    // Marks of this call alone, for a record whose own do not cover the triangles.
+    Scratch<uint8_t> spare_marks(has_marks ? 0 : triangles.count);
+    if (!spare_marks.exists())
         return 0;
 
     Cast cast;
     find_ray_frame(origin, d, cast.frame);
     cast.triangles = triangles.dvals;
     cast.count = triangles.count;
-    cast.marks = has_marks ? marks.bvals : own_marks.get();
+    cast.marks = has_marks ? marks.bvals : spare_marks.get();
     cast.marks_held = has_marks ? marks_held : static_cast<size_t>(triangles.count);
     cast.hits = 0;
     cast.nearest = 0;

@@ -26,8 +26,8 @@ struct Cells {
 /// an array of the library by hand, there are no more than fit the block that stands there now.
 Cells cells_of(const RayStatus& s);
 
-/// Keeps a grid of n[3] cells in bbox[6] for an array that the library makes of as many, and returns it; null when the
-/// heap is exhausted. `forget_cells` releases the grid, before the array is released.
+/// Registers `cells`, an array of the library with as many as its grid of n[3] cells over bbox[6], and returns the
+/// grid; null when the heap is exhausted. Call `forget_cells`, which releases the grid, before the array is released.
 const Grid* remember_cells(data_list_struct* cells, const int32_t (&n)[3], const double* bbox);
 void forget_cells(const data_list_struct* cells);
 

@@ -6,8 +6,9 @@
 
 namespace korvale::inside {
 
-/// Room for the cells that one ray meets, as often as they are found: about twice. A ray crosses about nx + ny + nz of
-/// them; it takes a grid of empty thickness to meet more than there is room for.
+/// Room for the cells that one ray meets. A ray crosses about nx + ny + nz cells, and each is found about twice, by the
+/// face it enters and the one it leaves. Only a grid of empty thickness makes a ray meet more than there is room for.
+/// Chosen.
 constexpr int32_t kMostCellsMet = 2048;
 
 /// Finds the cells of a grid in order that can be met and a face of which the ray meets: those that `ray_int_bbox`
