@@ -14,20 +14,22 @@ int64_t filled_up(int64_t n)
     return (n + BoxTree::kFan - 1) / BoxTree::kFan * BoxTree::kFan;
 }
 
-void fill_up(const Boxes& boxes, int64_t n)
+void fill_up(Boxes& boxes, int64_t n)
 {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     for (int64_t i = n; i < filled_up(n); ++i)
         boxes.set(i, {kInfinity, kInfinity, -kInfinity, -kInfinity});
 }
 
-void join_ends(const Boxes& vertices, int32_t n, const Boxes& edges)
+void join_ends(const ConstBoxes& vertices, int32_t n, Boxes& edges)
 {
+    double *const low_x = edges.low_x, *const low_y = edges.low_y;
+    double *const high_x = edges.high_x, *const high_y = edges.high_y;
     for_lanes(0, n, [=]<class V>(int32_t i) {
-        store(edges.low_x + i, lesser(load<V>(vertices.low_x + i), load<V>(vertices.low_x + i + 1)));
-        store(edges.low_y + i, lesser(load<V>(vertices.low_y + i), load<V>(vertices.low_y + i + 1)));
-        store(edges.high_x + i, greater(load<V>(vertices.high_x + i), load<V>(vertices.high_x + i + 1)));
-        store(edges.high_y + i, greater(load<V>(vertices.high_y + i), load<V>(vertices.high_y + i + 1)));
+        store(low_x + i, lesser(load<V>(vertices.low_x + i), load<V>(vertices.low_x + i + 1)));
+        store(low_y + i, lesser(load<V>(vertices.low_y + i), load<V>(vertices.low_y + i + 1)));
+        store(high_x + i, greater(load<V>(vertices.high_x + i), load<V>(vertices.high_x + i + 1)));
+        store(high_y + i, greater(load<V>(vertices.high_y + i), load<V>(vertices.high_y + i + 1)));
     });
 }
 
@@ -67,7 +69,7 @@ BoxTree grow_tree(const Boxes& vertices, int32_t n, double* memory)
     fill_up(tree.level[0], n);
     while (tree.count[top] > BoxTree::kFan) {
         memory += 4 * filled_up(tree.count[top]);
-        const Boxes children = tree.level[top];
+        const Boxes& children = tree.level[top];
         const int32_t count = (tree.count[top] + BoxTree::kFan - 1) / BoxTree::kFan;
         ++top;
         tree.level[top] = boxes_in(memory, filled_up(count));

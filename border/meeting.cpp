@@ -37,6 +37,9 @@ constexpr double kAheadOfEdge = 0.5;
 constexpr double kWideWindow = 4.0;
 constexpr double kStageGrowth = 8.0;
 
+/// Edges or candidates that are listed at a time, on the stack.
+constexpr int32_t kListed = 512;
+
 bool comes_before(const Event& event, double time, int32_t vertex, int32_t edge)
 {
     const double t = std::fabs(time), best = std::fabs(event.time);
@@ -70,32 +73,37 @@ inline void meet(const Wavefront& w, bool outwards, int32_t m, int32_t e, Event&
 
 /// Lists those of the edges from e on, as many as V has lanes, that vertex m may meet within `window`.
 template <class V>
-KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e, double window, int32_t& count)
+KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e, double window, int32_t* list,
+                                        int32_t& count)
 {
     const V dx = load<V>(w.edge.dx + e), dy = load<V>(w.edge.dy + e);
     const V approach = absolute(dx * w.velocity.y[m] - dy * w.velocity.x[m] + 1.0);
     const V c = dy * load<V>(w.at.x + e) - dx * load<V>(w.at.y + e);
     const V apart = absolute(dx * w.at.y[m] - dy * w.at.x[m] + c);
-    add_places(e, bits(apart > window * approach + kLaterAtLeast) ^ kAllBits<V>, w.list, count);
+    add_places(e, bits(apart > window * approach + kLaterAtLeast) ^ kAllBits<V>, list, count);
 }
 
 /// `test_all_pairs` with V for lanes.
 template <class V>
 KORVALE_OVER_LANES Event test_pairs(const Wavefront& w, Event event)
 {
-    const bool outwards = w.s.remaining > 0.0;
+    const bool outwards = w.s().remaining > 0.0;
+    int32_t list[kListed];
     for (int32_t m = 0; m < w.live; ++m) {
-        const double window = std::min(std::fabs(event.time), std::fabs(w.s.remaining)) * kLater;
-        int32_t count = 0, e = 0;
-        for (; w.live - e >= width_of<V>; e += width_of<V>)
-            list_near_edges<V>(w, m, e, window, count);
-        for (; w.live - e >= 2; e += 2)
-            list_near_edges<Pair>(w, m, e, window, count);
-        if (e < w.live)
-            list_near_edges<double>(w, m, e, window, count);
-        for (int32_t k = 0; k < count; ++k)
-            if (!is_own(w, m, w.list[k]))
-                meet(w, outwards, m, w.list[k], event);
+        const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining)) * kLater;
+        for (int32_t e = 0; e < w.live;) {
+            const int32_t end = std::min(e + kListed, w.live);
+            int32_t count = 0;
+            for (; end - e >= width_of<V>; e += width_of<V>)
+                list_near_edges<V>(w, m, e, window, list, count);
+            for (; end - e >= 2; e += 2)
+                list_near_edges<Pair>(w, m, e, window, list, count);
+            if (e < end)
+                list_near_edges<double>(w, m, e++, window, list, count);
+            for (int32_t k = 0; k < count; ++k)
+                if (!is_own(w, m, list[k]))
+                    meet(w, outwards, m, list[k], event);
+        }
     }
     return event;
 }
@@ -120,7 +128,7 @@ struct Allowance {
 /// Looks at the vertices where they are and where they will be after `time`.
 Allowance measure_allowance(const Wavefront& w, double time)
 {
-    const Points at = w.at, velocity = w.velocity;
+    const ConstPoints at = w.at, velocity = w.velocity;
     bool is_regular = true;
     const double reach = greatest_over(0, w.live, 0.0, [at, velocity, time, &is_regular]<class V>(int32_t i) {
         const V x = load<V>(at.x + i), y = load<V>(at.y + i);
@@ -139,9 +147,9 @@ Allowance measure_allowance(const Wavefront& w, double time)
 
 /// Searches boxes made for this round only. A wide window is searched in stages of growing width: most boxes of a wide
 /// one meet, and a meeting found early makes the rest of it unnecessary.
-Event search_once(const Watch& watch, const Wavefront& w, const Allowance& allow, double window, Event event)
+Event search_once(Watch& watch, Wavefront& w, const Allowance& allow, double window, Event event)
 {
-    const bool outwards = w.s.remaining > 0.0;
+    const bool outwards = w.s().remaining > 0.0;
     double stage = std::min(window, kWideWindow * allow.edge);
     for (;;) {
         const BoxTree tree = grow_boxes(watch, w, outwards ? stage : -stage, slack_of(w.drift, allow.reach, window));
@@ -154,7 +162,7 @@ Event search_once(const Watch& watch, const Wavefront& w, const Allowance& allow
             if (--leaves > 0)
                 return true;
             leaves = kQuestion / BoxTree::kFan;
-            return goes_on(w.s);
+            return goes_on(w.s());
         };
         const bool is_done = for_meeting_boxes(tree, watch.boxes, w.live, look, ask);
         if (!is_done)
@@ -169,24 +177,23 @@ Event search_once(const Watch& watch, const Wavefront& w, const Allowance& allow
 /// Starts a watch, unless it would hardly outlast this round.
 void watch_some_rounds(MeetingSearch& search, Wavefront& w, const Allowance& allow, double window, const Event& event)
 {
-    const double farthest = std::min(std::fabs(w.s.remaining), kAheadOfEdge * allow.edge), least = 2.0 * window;
-    if (!(least < farthest) || list_collapsing(w, event.time) > most_changes(w))
+    const double farthest = std::min(std::fabs(w.s().remaining), kAheadOfEdge * allow.edge), least = 2.0 * window;
+    if (!(least < farthest) || count_collapsing(w, event.time) > most_changes(w))
         return;
     const double pace = search.rounds == 0 ? window : search.pace;
     const double ahead = std::min(farthest, std::max(kRoundsAhead * pace, least));
-    start_watch(search.watch, w, w.s.remaining > 0.0 ? ahead : -ahead, allow.reach);
+    start_watch(search.watch, w, w.s().remaining > 0.0 ? ahead : -ahead, allow.reach);
 }
 
 /// Tests the candidates that are due before the event.
 Event test_candidates(Watch& watch, const Wavefront& w, double window, Event event)
 {
-    const bool outwards = w.s.remaining > 0.0;
+    const bool outwards = w.s().remaining > 0.0;
     const double soon = watch.spent + window * kLater;
     const double* const due = watch.due;
-    int32_t* const list = w.list;
-    for (int64_t begin, end = watch.candidate_count; end > 0; end = begin) { // a list of at most `live` at a time
-        begin = std::max<int64_t>(0, end - w.live);
-        int32_t count = 0;
+    for (int64_t begin, end = watch.candidate_count; end > 0; end = begin) {
+        begin = std::max<int64_t>(0, end - kListed);
+        int32_t listed[kListed], *const list = listed, count = 0;
         for_lanes(begin, end, [due, soon, begin, list, &count]<class V>(int64_t k) {
             const auto is_later = load<V>(due + k) > all<V>(soon);
             add_places(static_cast<int32_t>(k - begin), bits(is_later) ^ kAllBits<V>, list, count);
@@ -220,7 +227,7 @@ Event search_meetings(MeetingSearch& search, Wavefront& w, double window, Event 
     Watch& watch = search.watch;
     if (!w.is_watched || !keep_up(watch, w, window)) {
         w.is_watched = false;
-        const Allowance allow = measure_allowance(w, w.s.remaining > 0.0 ? window : -window);
+        const Allowance allow = measure_allowance(w, w.s().remaining > 0.0 ? window : -window);
         if (!allow.is_regular)
             return test_all_pairs(w, event);
         watch_some_rounds(search, w, allow, window, event);
@@ -253,7 +260,7 @@ Event earlier_split_event(MeetingSearch& search, Wavefront& w, Event event)
         w.is_watched = false;
         return test_all_pairs(w, event);
     }
-    const double window = std::min(std::fabs(event.time), std::fabs(w.s.remaining));
+    const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining));
     event = search_meetings(search, w, window, event);
     note_spent(search, std::min(window, std::fabs(event.time)));
     return event;

@@ -5,7 +5,7 @@
 // round.
 #include "border/internal/steps.h"
 
-#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -30,7 +30,7 @@ constexpr double kCollapsedLength = 1e-06;
 constexpr double kBeyond = 1.0;
 
 /// Sets edge i, which ends at vertex j, without dividing by its length.
-void measure_edge(const Wavefront& w, int32_t i, int32_t j)
+void measure_edge(Wavefront& w, int32_t i, int32_t j)
 {
     const double dx = w.at.x[j] - w.at.x[i], dy = w.at.y[j] - w.at.y[i];
     w.edge.dx[i] = dx;
@@ -39,13 +39,13 @@ void measure_edge(const Wavefront& w, int32_t i, int32_t j)
 }
 
 /// Edge i is as it was before the round.
-void keep_edge(const Wavefront& w, int32_t i)
+void keep_edge(Wavefront& w, int32_t i)
 {
     const bool was_measured = (w.written & Wavefront::lines) != 0;
     const int64_t vertex = w.id[i];
-    w.edge.dx[i] = was_measured ? w.edge_before.dx[i] : w.s.direction[3 * vertex];
-    w.edge.dy[i] = was_measured ? w.edge_before.dy[i] : w.s.direction[3 * vertex + 1];
-    w.edge.length[i] = was_measured ? w.edge_before.length[i] : w.s.length[vertex];
+    w.edge.dx[i] = was_measured ? w.edge_before.dx[i] : w.s().direction[3 * vertex];
+    w.edge.dy[i] = was_measured ? w.edge_before.dy[i] : w.s().direction[3 * vertex + 1];
+    w.edge.length[i] = was_measured ? w.edge_before.length[i] : w.s().length[vertex];
 }
 
 bool is_short(const Wavefront& w, int32_t i)
@@ -82,9 +82,9 @@ bool merge_from(Wavefront& w, int32_t i)
 /// Copies the edges before they change: the lines handed back are those of the edges as they are now.
 void keep_edges(Wavefront& w)
 {
-    std::copy(w.edge.dx, w.edge.dx + w.live, w.edge_before.dx);
-    std::copy(w.edge.dy, w.edge.dy + w.live, w.edge_before.dy);
-    std::copy(w.edge.length, w.edge.length + w.live, w.edge_before.length);
+    copy_values(w.edge.dx, w.live, w.edge_before.dx);
+    copy_values(w.edge.dy, w.live, w.edge_before.dy);
+    copy_values(w.edge.length, w.live, w.edge_before.length);
     w.line_edge = w.edge_before;
 }
 
@@ -120,13 +120,14 @@ KORVALE_OVER_LANES V drift_of(const V& dx, const V& dy, const V& vx, const V& vy
 }
 
 /// Lists the corners from place `first` on that may be hairpins.
-int32_t list_sharp_corners(const Wavefront& w, int32_t first)
+int32_t list_sharp_corners(Wavefront& w, int32_t first)
 {
-    const double *const dx = w.edge.dx, *const dy = w.edge.dy;
+    const ConstEdges edge = w.edge;
     int32_t* const list = w.list;
     int32_t count = 0;
-    for_lanes(first, w.live, [dx, dy, list, &count]<class V>(int32_t i) {
-        const V c = turn(load<V>(dx + i - 1), load<V>(dy + i - 1), load<V>(dx + i), load<V>(dy + i));
+    for_lanes(first, w.live, [edge, list, &count]<class V>(int32_t i) {
+        const V ex = load<V>(edge.dx + i - 1), ey = load<V>(edge.dy + i - 1);
+        const V c = turn(ex, ey, load<V>(edge.dx + i), load<V>(edge.dy + i));
         const auto is_sharp = c < all<V>(kHairpinTurn);
         add_places(i, bits(is_sharp), list, count);
     });
@@ -139,8 +140,9 @@ int32_t list_sharp_corners(const Wavefront& w, int32_t first)
 template <bool kIsWatched>
 void aim_corners(Wavefront& w, int32_t begin, int32_t end)
 {
-    const EdgeColumns edge = w.edge;
-    const Points velocity = w.velocity, expected = w.expected;
+    const ConstEdges edge = w.edge;
+    const ConstPoints expected = w.expected;
+    double *const velocity_x = w.velocity.x, *const velocity_y = w.velocity.y;
     int32_t *const turned = w.turned, *const turned_count = &w.turned_count;
     w.drift = greatest_over(begin, end, w.drift, [=]<class V>(int32_t i) {
         const V ex = load<V>(edge.dx + i - 1), ey = load<V>(edge.dy + i - 1);
@@ -149,8 +151,8 @@ void aim_corners(Wavefront& w, int32_t begin, int32_t end)
         find_bisector(ex, ey, fx, fy, bx, by);
         const V c = turn(ex, ey, fx, fy), speed = 1.0 / root(0.5 * c);
         const V vx = bx * speed, vy = by * speed;
-        store(velocity.x + i, vx);
-        store(velocity.y + i, vy);
+        store(velocity_x + i, vx);
+        store(velocity_y + i, vy);
         if constexpr (kIsWatched) {
             const V off_x = absolute(vx - load<V>(expected.x + i)), off_y = absolute(vy - load<V>(expected.y + i));
             const auto is_steady = (off_x <= all<V>(kSteady)) & (off_y <= all<V>(kSteady));
@@ -202,20 +204,39 @@ bool aim_sharp_corner(Wavefront& w, int32_t i)
     return true;
 }
 
+/// Whether edges of these lengths and rates have shrunk to nothing after `time`.
+template <class V>
+KORVALE_OVER_LANES auto has_collapsed(const double* length, const double* rate, double time)
+{
+    return time * load<V>(rate) + load<V>(length) <= all<V>(kCollapsedLength);
+}
+
+/// Lists the edges that `time` brings to nothing. Returns their number.
+int32_t list_collapsing(Wavefront& w, double time)
+{
+    const double *const lengths = w.edge.length, *const rates = w.rate;
+    int32_t* const list = w.list;
+    int32_t count = 0;
+    for_lanes(0, w.live, [lengths, rates, time, list, &count]<class V>(int32_t i) {
+        add_places(i, bits(has_collapsed<V>(lengths + i, rates + i, time)), list, count);
+    });
+    return count;
+}
+
 } // namespace
 
 bool measure_edges(Wavefront& w)
 {
     std::swap(w.edge, w.edge_before);
     close_ring(w.at, w.live);
-    const Points at = w.at;
-    const EdgeColumns edge = w.edge;
-    const double shortest = least_over(0, w.live, kMergeLength, [at, edge]<class V>(int32_t i) {
+    const ConstPoints at = w.at;
+    double *const to_x = w.edge.dx, *const to_y = w.edge.dy, *const lengths = w.edge.length;
+    const double shortest = least_over(0, w.live, kMergeLength, [at, to_x, to_y, lengths]<class V>(int32_t i) {
         const V dx = load<V>(at.x + i + 1) - load<V>(at.x + i), dy = load<V>(at.y + i + 1) - load<V>(at.y + i);
         const V length = root(dx * dx + dy * dy);
-        store(edge.length + i, length);
-        store(edge.dx + i, dx / length);
-        store(edge.dy + i, dy / length);
+        store(lengths + i, length);
+        store(to_x + i, dx / length);
+        store(to_y + i, dy / length);
         return length;
     });
     w.written |= Wavefront::edges;
@@ -304,11 +325,11 @@ Event first_edge_event(Wavefront& w)
     // Times are counted along the motion and so positive; `sign` turns the rates accordingly. A product tells whether
     // an edge may shrink to nothing before the first event known so far. Few may, and only these are divided by their
     // rates.
-    const bool outwards = w.s.remaining > 0.0;
+    const bool outwards = w.s().remaining > 0.0;
     const double sign = outwards ? -1.0 : 1.0;
-    double first = outwards ? w.s.remaining + kBeyond : -(w.s.remaining - kBeyond), soon = first * kLater;
-    const EdgeColumns edge = w.edge;
-    const Points velocity = w.velocity;
+    double first = outwards ? w.s().remaining + kBeyond : -(w.s().remaining - kBeyond), soon = first * kLater;
+    const ConstEdges edge = w.edge;
+    const ConstPoints velocity = w.velocity;
     double* const rates = w.rate;
     for_lanes(0, w.live, [edge, velocity, rates, sign, &first, &soon]<class V>(int32_t i) {
         const V dx = load<V>(edge.dx + i), dy = load<V>(edge.dy + i), length = load<V>(edge.length + i);
@@ -331,22 +352,21 @@ Event first_edge_event(Wavefront& w)
 
 void move_vertices(Wavefront& w, double time)
 {
-    const Points at = w.at, ahead = w.ahead, velocity = w.velocity;
-    for_lanes(0, w.live, [at, ahead, velocity, time]<class V>(int32_t i) {
-        store(ahead.x + i, load<V>(at.x + i) + time * load<V>(velocity.x + i));
-        store(ahead.y + i, load<V>(at.y + i) + time * load<V>(velocity.y + i));
+    const ConstPoints at = w.at, velocity = w.velocity;
+    double *const to_x = w.ahead.x, *const to_y = w.ahead.y;
+    for_lanes(0, w.live, [at, velocity, to_x, to_y, time]<class V>(int32_t i) {
+        store(to_x + i, load<V>(at.x + i) + time * load<V>(velocity.x + i));
+        store(to_y + i, load<V>(at.y + i) + time * load<V>(velocity.y + i));
     });
     std::swap(w.at, w.ahead);
 }
 
-int32_t list_collapsing(const Wavefront& w, double time)
+int32_t count_collapsing(const Wavefront& w, double time)
 {
-    const double *const length = w.edge.length, *const rate = w.rate;
-    int32_t* const list = w.list;
+    const double *const lengths = w.edge.length, *const rates = w.rate;
     int32_t count = 0;
-    for_lanes(0, w.live, [length, rate, time, list, &count]<class V>(int32_t i) {
-        const auto collapsed = time * load<V>(rate + i) + load<V>(length + i) <= all<V>(kCollapsedLength);
-        add_places(i, bits(collapsed), list, count);
+    for_lanes(0, w.live, [lengths, rates, time, &count]<class V>(int32_t i) {
+        count += std::popcount(static_cast<unsigned>(bits(has_collapsed<V>(lengths + i, rates + i, time))));
     });
     return count;
 }
@@ -359,8 +379,8 @@ void collapse_edges(Wavefront& w, double time)
         const int32_t i = w.list[k], j = next_live(w, i);
         bury(w, i, j);
         if (j == previous_live(w, i)) { // Deliberate: the vertices after i stay where they are
-            std::copy(w.ahead.x + i + 1, w.ahead.x + w.live, w.at.x + i + 1);
-            std::copy(w.ahead.y + i + 1, w.ahead.y + w.live, w.at.y + i + 1);
+            copy_values(w.ahead.x + i + 1, w.live - i - 1, w.at.x + i + 1);
+            copy_values(w.ahead.y + i + 1, w.live - i - 1, w.at.y + i + 1);
             return;
         }
     }

@@ -32,7 +32,7 @@ void widen_by(Box& box, const Wavefront& w, int32_t first, int32_t last)
         widen_by(box, w, first, w.live - 1);
         first = 0;
     }
-    const Points at = w.at;
+    const ConstPoints at = w.at;
     box.low_x = least_over(first, last + 1, box.low_x, [at]<class V>(int32_t i) { return load<V>(at.x + i); });
     box.low_y = least_over(first, last + 1, box.low_y, [at]<class V>(int32_t i) { return load<V>(at.y + i); });
     box.high_x = greatest_over(first, last + 1, box.high_x, [at]<class V>(int32_t i) { return load<V>(at.x + i); });
@@ -100,7 +100,7 @@ bool measure_live(Wavefront& w, MeetingSearch& search, int32_t& first_unaimed)
 
 void sweep_wavefront(Wavefront& w, MeetingSearch& search)
 {
-    Sweep& s = w.s;
+    Sweep& s = w.s();
     int64_t looked_at = 0;
     for (int64_t round = 0; round < most_rounds(s.n) && s.remaining != 0.0; ++round) {
         looked_at += w.live;

@@ -34,6 +34,9 @@ constexpr int32_t kFewChanges = 8, kShareOfChanges = 32;
 /// A watch starts anew after this many rounds, which keeps the rounding of positions far below kRounding.
 constexpr int32_t kMostRounds = 256;
 
+/// Edges of a stretch, at most.
+constexpr int32_t kLongestStretch = BoxTree::kFan * BoxTree::kFan;
+
 /// How much wider than the motion over `ahead` a box is made. Steady velocities take a vertex off the motion by kSteady
 /// per unit of distance; being inside by the allowance takes one of it, rounding of positions less than half of one.
 /// The box has at least twice each.
@@ -55,7 +58,7 @@ Box edge_box(const Watch& watch, int32_t e)
 }
 
 /// Gives a vertex its box, and the dead ones right before it the same.
-void set_box(const Watch& watch, int32_t slot, const Box& box)
+void set_box(Watch& watch, int32_t slot, const Box& box)
 {
     const int32_t count = watch.slots.count;
     do {
@@ -67,7 +70,7 @@ void set_box(const Watch& watch, int32_t slot, const Box& box)
 
 /// Renews the box of the vertex at place m. False where it leaves `reach`. The motion is finite: the vertex is within
 /// `reach`, and a corner that is no hairpin moves at most 1 / kHairpinCosine, a million, per unit of distance.
-bool renew_box(const Watch& watch, const Wavefront& w, int32_t m, double ahead)
+bool renew_box(Watch& watch, Wavefront& w, int32_t m, double ahead)
 {
     const double x = w.at.x[m], y = w.at.y[m], room = room_around(ahead, watch.allowance);
     const double to_x = x + ahead * w.velocity.x[m], to_y = y + ahead * w.velocity.y[m];
@@ -79,7 +82,7 @@ bool renew_box(const Watch& watch, const Wavefront& w, int32_t m, double ahead)
 }
 
 /// Widens the box of its stretch to hold edge e.
-void widen_stretch(const Watch& watch, int32_t e)
+void widen_stretch(Watch& watch, int32_t e)
 {
     const int32_t k = e / watch.stretch_length;
     watch.stretches.set(k, hull(watch.stretches[k], edge_box(watch, e)));
@@ -112,7 +115,7 @@ double due_of(const Watch& watch, const Wavefront& w, int32_t m, int32_t e)
     const double dx = w.edge.dx[e], dy = w.edge.dy[e];
     const double apart = dx * (w.at.y[m] - w.at.y[e]) - dy * (w.at.x[m] - w.at.x[e]);
     const double approach = dx * w.velocity.y[m] - dy * w.velocity.x[m] + 1.0;
-    const bool is_closing = ((apart < 0.0) == (approach > 0.0)) == (w.s.remaining > 0.0);
+    const bool is_closing = ((apart < 0.0) == (approach > 0.0)) == (w.s().remaining > 0.0);
     const double fastest = (is_closing ? std::fabs(approach) : 0.0) + kDrifts * w.drift + kUnsteadiness;
     const double certain = std::fabs(apart) - kMeetsAside * watch.allowance;
     return watch.spent + (1.0 - kSpeedRounding) * (certain / fastest) - kRounding * watch.horizon;
@@ -131,41 +134,46 @@ bool add_candidate(Watch& watch, const Wavefront& w, int32_t m, int32_t e)
     return true;
 }
 
-/// Lists the slots of the edges whose boxes share a point with `box`. A vertex starts an edge, so vertices whose boxes
-/// do are listed with them. Only stretches that share a point are gone through. Returns their number.
-int32_t list_near(const Watch& watch, const Box& box, int32_t* list)
+/// Lists the slots of those edges of a stretch whose boxes share a point with `box`. A vertex starts an edge, so
+/// vertices whose boxes do are listed with them. Returns their number.
+int32_t list_near(const Watch& watch, int32_t stretch, const Box& box, int32_t* list)
 {
-    const Boxes boxes = watch.boxes;
+    const ConstBoxes boxes = watch.boxes;
+    const int32_t begin = stretch * watch.stretch_length;
+    const int32_t end = std::min(begin + watch.stretch_length, watch.slots.count);
     int32_t count = 0;
-    for (int32_t first = 0; first < watch.stretch_count; first += BoxTree::kFan)
-        for (unsigned near = find_overlaps<Pair>(watch.stretches, first, box); near != 0; near &= near - 1) {
-            const int32_t begin = (first + std::countr_zero(near)) * watch.stretch_length;
-            const int32_t end = std::min(begin + watch.stretch_length, watch.slots.count);
-            for_lanes(begin, end, [boxes, box, list, &count]<class V>(int32_t i) {
-                const auto is_apart = hulls_apart<V>(boxes, i, box);
-                add_places(i, bits(is_apart) ^ kAllBits<V>, list, count);
-            });
-        }
+    for_lanes(begin, end, [boxes, box, list, &count]<class V>(int32_t i) {
+        const auto is_apart = hulls_apart<V>(boxes, i, box);
+        add_places(i, bits(is_apart) ^ kAllBits<V>, list, count);
+    });
     return count;
 }
 
-/// Adds the pairs of the vertex at place m and those of its two edges. False when there are too many candidates.
+/// Adds the pairs of the vertex at place m and those of its two edges. Only stretches whose boxes share a point with
+/// theirs are gone through. False when there are too many candidates.
 bool add_pairs_of(Watch& watch, const Wavefront& w, int32_t m)
 {
     const int32_t before = m == 0 ? w.live - 1 : m - 1;
     const int32_t vertex = watch.slots.slot[m], edge = watch.slots.slot[before];
     const Box box = watch.boxes[vertex], box_before = edge_box(watch, edge), box_after = edge_box(watch, vertex);
-    const int32_t count = list_near(watch, hull(box_before, box_after), w.list);
-    for (int32_t k = 0; k < count; ++k) {
-        const int32_t slot = w.list[k], place = place_of(watch.slots, slot);
+    const Box around = hull(box_before, box_after);
+    const auto add_pairs_with = [&](int32_t slot) {
+        const int32_t place = place_of(watch.slots, slot);
         if (place < 0)
-            continue;
+            return true;
         const Box other = watch.boxes[slot];
-        if ((overlap(other, box_before) && !is_own(w, place, before) && !add_candidate(watch, w, place, before)) ||
-            (overlap(other, box_after) && !is_own(w, place, m) && !add_candidate(watch, w, place, m)) ||
-            (overlap(box, edge_box(watch, slot)) && !is_own(w, m, place) && !add_candidate(watch, w, m, place)))
-            return false;
-    }
+        return !((overlap(other, box_before) && !is_own(w, place, before) && !add_candidate(watch, w, place, before)) ||
+                 (overlap(other, box_after) && !is_own(w, place, m) && !add_candidate(watch, w, place, m)) ||
+                 (overlap(box, edge_box(watch, slot)) && !is_own(w, m, place) && !add_candidate(watch, w, m, place)));
+    };
+    for (int32_t first = 0; first < watch.stretch_count; first += BoxTree::kFan)
+        for (unsigned near = find_overlaps<Pair>(watch.stretches, first, around); near != 0; near &= near - 1) {
+            int32_t list[kLongestStretch];
+            const int32_t count = list_near(watch, first + std::countr_zero(near), around, list);
+            for (int32_t k = 0; k < count; ++k)
+                if (!add_pairs_with(list[k]))
+                    return false;
+        }
     return true;
 }
 
@@ -201,17 +209,19 @@ double slack_of(double drift, double reach, double window)
     return kAside * window * drift + kRounding * reach;
 }
 
-BoxTree grow_boxes(const Watch& watch, const Wavefront& w, double time, double margin)
+BoxTree grow_boxes(Watch& watch, const Wavefront& w, double time, double margin)
 {
-    const Points at = w.at, velocity = w.velocity;
-    const Boxes boxes = watch.boxes;
+    const ConstPoints at = w.at, velocity = w.velocity;
+    Boxes& boxes = watch.boxes;
+    double *const low_x = boxes.low_x, *const low_y = boxes.low_y;
+    double *const high_x = boxes.high_x, *const high_y = boxes.high_y;
     for_lanes(0, w.live, [=]<class V>(int32_t i) {
         const V x = load<V>(at.x + i), y = load<V>(at.y + i);
         const V to_x = x + time * load<V>(velocity.x + i), to_y = y + time * load<V>(velocity.y + i);
-        store(boxes.low_x + i, lesser(x, to_x) - margin);
-        store(boxes.low_y + i, lesser(y, to_y) - margin);
-        store(boxes.high_x + i, greater(x, to_x) + margin);
-        store(boxes.high_y + i, greater(y, to_y) + margin);
+        store(low_x + i, lesser(x, to_x) - margin);
+        store(low_y + i, lesser(y, to_y) - margin);
+        store(high_x + i, greater(x, to_x) + margin);
+        store(high_y + i, greater(y, to_y) + margin);
     });
     boxes.set(w.live, boxes[0]);
     return grow_tree(boxes, w.live, watch.tree_memory);
@@ -226,10 +236,10 @@ void start_watch(Watch& watch, Wavefront& w, double ahead, double reach)
     name_places(watch.slots, w.live);
     watch.changed_count = 0;
     watch.candidate_count = 0;
-    const BoxTree tree = grow_boxes(watch, w, ahead, room_around(ahead, watch.allowance));
+    BoxTree tree = grow_boxes(watch, w, ahead, room_around(ahead, watch.allowance));
     const int level = std::min(2, tree.levels - 1);
     watch.stretches = tree.level[level];
-    watch.stretch_length = level == 1 ? BoxTree::kFan : BoxTree::kFan * BoxTree::kFan;
+    watch.stretch_length = level == 1 ? BoxTree::kFan : kLongestStretch;
     watch.stretch_count = tree.count[level];
     watch.reach = reach_of(box_around(tree));
     w.is_watched = watch.reach < kFarthestBoxed &&
@@ -250,14 +260,14 @@ void follow_packing(Watch& watch, Wavefront& w)
     }
 }
 
-bool keep_up(Watch& watch, const Wavefront& w, double window)
+bool keep_up(Watch& watch, Wavefront& w, double window)
 {
     if (++watch.rounds > kMostRounds || watch.spent + window > watch.horizon ||
         slack_of(w.drift, watch.reach, window) > watch.allowance || w.turned_count > most_changes(w))
         return false;
     for (int32_t k = 0; k < w.turned_count; ++k)
         note_changed(watch, watch.slots.slot[w.turned[k]]);
-    const double rest = watch.horizon - watch.spent, ahead = w.s.remaining > 0.0 ? rest : -rest;
+    const double rest = watch.horizon - watch.spent, ahead = w.s().remaining > 0.0 ? rest : -rest;
     int32_t* const places = w.turned; // of all that have changed, the dead left out
     int32_t count = 0;
     for (int32_t k = 0; k < watch.changed_count; ++k)

@@ -28,18 +28,18 @@ int64_t column_length(int64_t n)
 }
 
 /// Fetches the velocities of before the sweep, for a step that leaves some as they are.
-void fetch_velocities(const Wavefront& w)
+void fetch_velocities(Wavefront& w)
 {
     for (int32_t i = 0; i < w.live; ++i) {
-        const double* const from = w.s.velocity + 3 * int64_t{w.id[i]};
+        const double* const from = w.s().velocity + 3 * int64_t{w.id[i]};
         w.velocity.x[i] = from[0];
         w.velocity.y[i] = from[1];
     }
 }
 
-void store_row(const Wavefront& w, int32_t i)
+void store_row(Wavefront& w, int32_t i)
 {
-    const Sweep& s = w.s;
+    Sweep& s = w.s();
     const int64_t vertex = w.id[i], k = 3 * vertex;
     s.flat[k] = w.at.x[i];
     s.flat[k + 1] = w.at.y[i];
@@ -64,23 +64,26 @@ void store_row(const Wavefront& w, int32_t i)
 }
 
 /// Hands back the rows of a sweep in which nobody died: row i is place i of every column, so whole columns go in lanes.
-void store_all_rows(const Wavefront& w)
+void store_all_rows(Wavefront& w)
 {
-    const Sweep s = w.s;
-    const Points at = w.at, velocity = w.velocity, line_at = w.line_at;
-    const EdgeColumns edge = w.edge, line_edge = w.line_edge;
+    const ConstPoints at = w.at, velocity = w.velocity, line_at = w.line_at;
+    const ConstEdges edge = w.edge, line_edge = w.line_edge;
     const double* const rate = w.rate;
+    Sweep& s = w.s();
+    const bool split_events = s.split_events;
+    double *const flat = s.flat, *const directions = s.direction, *const velocities = s.velocity;
+    double *const lines = s.line, *const lengths = s.length, *const rates = s.rate;
     for_lanes(0, int64_t{s.n}, [=]<class V>(int64_t i) {
-        const V zero = all<V>(0.0), z = load_points<V>(s.flat + 3 * i).z;
-        store_points<V>(s.flat + 3 * i, {load<V>(at.x + i), load<V>(at.y + i), z});
-        store_points<V>(s.direction + 3 * i, {load<V>(edge.dx + i), load<V>(edge.dy + i), zero});
-        store_points<V>(s.velocity + 3 * i, {load<V>(velocity.x + i), load<V>(velocity.y + i), zero});
-        store(s.length + i, load<V>(edge.length + i));
-        store(s.rate + i, load<V>(rate + i));
-        if (s.split_events) {
+        const V zero = all<V>(0.0), z = load_points<V>(flat + 3 * i).z;
+        store_points<V>(flat + 3 * i, {load<V>(at.x + i), load<V>(at.y + i), z});
+        store_points<V>(directions + 3 * i, {load<V>(edge.dx + i), load<V>(edge.dy + i), zero});
+        store_points<V>(velocities + 3 * i, {load<V>(velocity.x + i), load<V>(velocity.y + i), zero});
+        store(lengths + i, load<V>(edge.length + i));
+        store(rates + i, load<V>(rate + i));
+        if (split_events) {
             const V dx = load<V>(line_edge.dx + i), dy = load<V>(line_edge.dy + i);
             const V c = dy * load<V>(line_at.x + i) - dx * load<V>(line_at.y + i);
-            store_points<V>(s.line + 3 * i, {-dy, dx, c});
+            store_points<V>(lines + 3 * i, {-dy, dx, c});
         }
     });
 }
@@ -90,7 +93,7 @@ void close_column(const Wavefront& w, double* column)
     close_gaps(column, sizeof *column, w.gaps, w.gap_count, w.live + w.gap_count);
 }
 
-void close_points(const Wavefront& w, const Points& points)
+void close_points(const Wavefront& w, Points& points)
 {
     close_column(w, points.x);
     close_column(w, points.y);
@@ -105,32 +108,32 @@ int64_t Wavefront::doubles_for(const Sweep& s)
 }
 
 Wavefront::Wavefront(Sweep& sweep, double* memory)
-    : s(sweep), live(sweep.n), drift(0.0), turned_count(0), has_sharp_corners(false), is_watched(false), gone_count(0),
-      gap_count(0), hairpin(-1), spread(0), written(0)
+    : live(sweep.n), drift(0.0), turned_count(0), has_sharp_corners(false), is_watched(false), gone_count(0),
+      gap_count(0), hairpin(-1), spread(0), written(0), s_(sweep)
 {
     double* column = memory + kAlignment;
-    for (double** const c : {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx,
-                             &edge_before.dy, &edge_before.length, &velocity.x, &velocity.y, &velocity_before.x,
-                             &velocity_before.y, &rate, &expected.x, &expected.y}) {
+    for (Column<double>* const c : {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx,
+                                    &edge_before.dy, &edge_before.length, &velocity.x, &velocity.y, &velocity_before.x,
+                                    &velocity_before.y, &rate, &expected.x, &expected.y}) {
         *c = column;
-        column += column_length(s.n);
+        column += column_length(live);
     }
     line_at = at;
     line_edge = edge;
     id = reinterpret_cast<int32_t*>(column);
-    gaps = id + s.n;
-    list = gaps + s.n;
-    turned = list + s.n;
-    gone = reinterpret_cast<uint8_t*>(turned + s.n);
-    std::memset(gone, 0, static_cast<size_t>(s.n));
-    for (int32_t i = 0; i < s.n; ++i)
+    gaps = id + live;
+    list = gaps + live;
+    turned = list + live;
+    gone = reinterpret_cast<uint8_t*>(turned + live);
+    std::memset(gone, 0, static_cast<size_t>(live));
+    for (int32_t i = 0; i < live; ++i)
         id[i] = i;
-    const double* const flat = s.flat;
-    const Points to = at;
-    for_lanes(0, int64_t{s.n}, [flat, to]<class V>(int64_t i) {
+    const double* const flat = sweep.flat;
+    double *const x = at.x, *const y = at.y;
+    for_lanes(0, int64_t{live}, [flat, x, y]<class V>(int64_t i) {
         const Lanes3<V> points = load_points<V>(flat + 3 * i);
-        store(to.x + i, points.x);
-        store(to.y + i, points.y);
+        store(x + i, points.x);
+        store(y + i, points.y);
     });
 }
 
@@ -156,7 +159,7 @@ void close_ring(double* column, int32_t live)
     column[live] = column[0];
 }
 
-void close_ring(const Points& points, int32_t live)
+void close_ring(Points& points, int32_t live)
 {
     close_ring(points.x, live);
     close_ring(points.y, live);
@@ -165,8 +168,8 @@ void close_ring(const Points& points, int32_t live)
 void bury(Wavefront& w, int32_t i, int32_t heir)
 {
     store_row(w, i);
-    w.s.dead[w.id[i]] = 1;
-    w.s.merge[w.id[i]] = w.id[heir];
+    w.s().dead[w.id[i]] = 1;
+    w.s().merge[w.id[i]] = w.id[heir];
     w.gone[i] = 1;
     w.gaps[w.gone_count++] = i;
 }
@@ -183,7 +186,7 @@ void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, 
     }
 }
 
-void close_gaps(const Wavefront& w, const EdgeColumns& edges)
+void close_gaps(const Wavefront& w, EdgeColumns& edges)
 {
     close_column(w, edges.dx);
     close_column(w, edges.dy);
@@ -192,14 +195,15 @@ void close_gaps(const Wavefront& w, const EdgeColumns& edges)
 
 void expect_velocities(Wavefront& w)
 {
-    std::copy_n(w.velocity.x, w.live, w.expected.x);
-    std::copy_n(w.velocity.y, w.live, w.expected.y);
+    copy_values(w.velocity.x, w.live, w.expected.x);
+    copy_values(w.velocity.y, w.live, w.expected.y);
 }
 
 void pack(Wavefront& w)
 {
     w.gap_count = w.gone_count;
-    std::sort(w.gaps, w.gaps + w.gap_count);
+    int32_t* const gaps = w.gaps;
+    std::sort(gaps, gaps + w.gap_count);
     for (int32_t g = 0; g < w.gap_count; ++g)
         w.gone[w.gaps[g]] = 0;
     w.gone_count = 0;
@@ -231,7 +235,7 @@ void refresh(Wavefront& w)
 
 void hand_back(Wavefront& w)
 {
-    if (w.live == w.s.n && w.gone_count == 0 && w.written == kAllGroups) {
+    if (w.live == w.s().n && w.gone_count == 0 && w.written == kAllGroups) {
         store_all_rows(w);
         return;
     }

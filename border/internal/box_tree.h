@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "border/internal/column.h"
 #include "platform/internal/lanes.h"
 
 namespace korvale::inside {
@@ -44,16 +45,25 @@ inline bool overlap(const Box& a, const Box& b)
 
 /// Boxes as columns.
 struct Boxes {
-    double *low_x, *low_y, *high_x, *high_y;
+    Column<double> low_x, low_y, high_x, high_y;
 
     Box operator[](int64_t i) const { return {low_x[i], low_y[i], high_x[i], high_y[i]}; }
-    void set(int64_t i, const Box& box) const
+    void set(int64_t i, const Box& box)
     {
         low_x[i] = box.low_x;
         low_y[i] = box.low_y;
         high_x[i] = box.high_x;
         high_y[i] = box.high_y;
     }
+};
+
+/// Boxes that a step only reads.
+struct ConstBoxes {
+    ConstBoxes(const Boxes& boxes) : low_x(boxes.low_x), low_y(boxes.low_y), high_x(boxes.high_x), high_y(boxes.high_y)
+    {
+    }
+
+    const double *low_x, *low_y, *high_x, *high_y;
 };
 
 /// Columns for n boxes in `memory` of 4 n doubles.
@@ -72,7 +82,7 @@ KORVALE_OVER_LANES auto boxes_apart(const Boxes& boxes, int64_t i, const Box& bo
 
 /// `boxes_apart` of the hulls of boxes i and i + 1.
 template <class V>
-KORVALE_OVER_LANES auto hulls_apart(const Boxes& boxes, int64_t i, const Box& box)
+KORVALE_OVER_LANES auto hulls_apart(const ConstBoxes& boxes, int64_t i, const Box& box)
 {
     return (lesser(load<V>(boxes.low_x + i), load<V>(boxes.low_x + i + 1)) > all<V>(box.high_x)) |
            (lesser(load<V>(boxes.low_y + i), load<V>(boxes.low_y + i + 1)) > all<V>(box.high_y)) |

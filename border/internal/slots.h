@@ -10,8 +10,9 @@ namespace korvale::inside {
 /// began.
 struct Slots {
     int32_t count; ///< slots, those of the dead included
-    double* place; ///< [count] today's place, negative for the dead; doubles, so that lanes shift many at a death
-    int32_t* slot; ///< [live] of the vertex at a place
+    Column<double>
+        place; ///< [count] today's place, negative for the dead; doubles, so that lanes shift many at a death
+    Column<int32_t> slot; ///< [live] of the vertex at a place
 };
 
 /// Names n vertices by their places.
@@ -29,7 +30,7 @@ inline int32_t place_of(const Slots& slots, int32_t slot)
 }
 
 /// The vertices at `count` of n places, ascending, have died; the others have moved up to close the gaps.
-inline void bury_places(const Slots& slots, const int32_t* gaps, int32_t count, int32_t n)
+inline void bury_places(Slots& slots, const int32_t* gaps, int32_t count, int32_t n)
 {
     double* const place = slots.place;
     for (int32_t g = 0; g < count; ++g) {

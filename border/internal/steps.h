@@ -52,8 +52,8 @@ Event first_edge_event(Wavefront& w);
 /// Moves the vertices by `time`; where they were is `ahead` from then on.
 void move_vertices(Wavefront& w, double time);
 
-/// Lists the edges that `time` brings to nothing in `list`. Returns their number.
-int32_t list_collapsing(const Wavefront& w, double time);
+/// The number of edges that `time` brings to nothing.
+int32_t count_collapsing(const Wavefront& w, double time);
 
 /// Moves the vertices by `time` and buries those whose edge has shrunk to nothing.
 void collapse_edges(Wavefront& w, double time);

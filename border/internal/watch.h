@@ -33,11 +33,11 @@ struct Watch {
     Boxes stretches; ///< around the edges of `stretch_length` neighbouring slots
     int32_t stretch_length, stretch_count;
     int32_t changed_count;
-    int32_t* changed; ///< slots of vertices whose predecessor has died since the last search
+    Column<int32_t> changed; ///< slots of vertices whose predecessor has died since the last search
     int64_t candidate_count, most_candidates;
-    Candidate* candidates;
-    double* due; ///< distance before which a candidate does not meet
-    double* tree_memory;
+    Column<Candidate> candidates;
+    Column<double> due; ///< distance before which a candidate does not meet
+    Column<double> tree_memory;
 };
 
 /// More vertices than this turning or dying in a round make a new watch cheaper.
@@ -50,7 +50,7 @@ int32_t most_changes(const Wavefront& w);
 double slack_of(double drift, double reach, double window);
 
 /// Makes the boxes of all vertices around their motion over `time`, widened by `margin`, and the tree over them.
-BoxTree grow_boxes(const Watch& watch, const Wavefront& w, double time, double margin);
+BoxTree grow_boxes(Watch& watch, const Wavefront& w, double time, double margin);
 
 /// Watches the wavefront for a signed distance. Nothing is watched where there are too many candidates.
 void start_watch(Watch& watch, Wavefront& w, double ahead, double reach);
@@ -60,7 +60,7 @@ void follow_packing(Watch& watch, Wavefront& w);
 
 /// Adds the candidates of the vertices that have turned or changed. False when a new watch is better: so many have, or
 /// the motion over `window` may leave the boxes.
-bool keep_up(Watch& watch, const Wavefront& w, double window);
+bool keep_up(Watch& watch, Wavefront& w, double window);
 
 /// Candidate k, at places m and e, has been tested: sets the distance at which it is due again.
 void renew_due(Watch& watch, const Wavefront& w, int64_t k, int32_t m, int32_t e);

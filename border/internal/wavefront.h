@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 
+#include "border/internal/column.h"
 #include "border/internal/sweep.h"
 #include "platform/internal/lanes.h"
 
@@ -12,13 +14,27 @@ namespace korvale::inside {
 /// A column has one value per live vertex, in index order. It is a ring in memory: place -1 repeats the last value and
 /// place `live` the first, so that a step reads neighbours without a test for the ends.
 struct Points {
-    double *x, *y;
+    Column<double> x, y;
 };
 
 /// The edges that start at the vertices.
 struct EdgeColumns {
-    double *dx, *dy; ///< unit direction
-    double* length;
+    Column<double> dx, dy; ///< unit direction
+    Column<double> length;
+};
+
+/// Points that a step only reads.
+struct ConstPoints {
+    ConstPoints(const Points& points) : x(points.x), y(points.y) {}
+
+    const double *x, *y;
+};
+
+/// Edges that a step only reads.
+struct ConstEdges {
+    ConstEdges(const EdgeColumns& edges) : dx(edges.dx), dy(edges.dy), length(edges.length) {}
+
+    const double *dx, *dy, *length;
 };
 
 /// The live vertices of a sweep, packed into columns.
@@ -44,14 +60,17 @@ struct EdgeColumns {
 /// - `hairpin`, from `aim_vertices`, which buried it, to `measure_over_hairpin`, which takes it.
 /// - `has_sharp_corners`, a guess: `aim_vertices` found some, so the next one does not try the way without.
 /// - `drift` and `turned`, which start anew in an `aim_vertices` that begins at place 0.
-struct Wavefront {
+class Wavefront {
+public:
     enum Group : unsigned { lines = 1, velocities = 2, rates = 4, edges = 8 };
 
     /// Takes `memory`, of `doubles_for` the sweep.
     Wavefront(Sweep& sweep, double* memory);
     static int64_t doubles_for(const Sweep& s);
 
-    Sweep& s;
+    Sweep& s() { return s_; }
+    const Sweep& s() const { return s_; }
+
     int32_t live; ///< vertices in the columns
     Points at, ahead;
     EdgeColumns edge, edge_before;
@@ -59,22 +78,25 @@ struct Wavefront {
     EdgeColumns line_edge;
     Points velocity;        ///< motion per unit of distance
     Points velocity_before; ///< columns that take turns with those of `velocity`
-    double* rate;           ///< change of an edge's length per unit of distance
+    Column<double> rate;    ///< change of an edge's length per unit of distance
     double drift;           ///< the greatest speed at which an end leaves the line of its edge
     Points expected;        ///< while watched, what the velocity was when the vertex was looked at last
-    int32_t* turned;        ///< while watched, places whose velocity is not what was expected, in ascending order
+    Column<int32_t> turned; ///< while watched, places whose velocity is not what was expected, in ascending order
     int32_t turned_count;
     bool has_sharp_corners; ///< corners that may be hairpins were found when the vertices were aimed last
     bool is_watched;        ///< a watch relies on the velocities being steady
-    int32_t* id;            ///< [live] index in the sweep
-    int32_t* gaps;          ///< [gone_count] places of the dead, in the order of their deaths; after `pack`, until the
+    Column<int32_t> id;     ///< [live] index in the sweep
+    Column<int32_t> gaps;   ///< [gone_count] places of the dead, in the order of their deaths; after `pack`, until the
                             ///< next death, [gap_count] the places it removed, ascending
-    int32_t* list;          ///< [live] scratch of a single step
-    uint8_t* gone;          ///< [live] 1 for a dead vertex not yet packed away
+    Column<int32_t> list;   ///< [live] scratch of a single step
+    Column<uint8_t> gone;   ///< [live] 1 for a dead vertex not yet packed away
     int32_t gone_count, gap_count;
     int32_t hairpin;  ///< place of a hairpin that was buried when the vertices were aimed last, -1 for none
     unsigned spread;  ///< groups that still have the gaps of the last packing
     unsigned written; ///< groups that a step has written
+
+private:
+    Sweep& s_;
 };
 
 /// Appends place i + k to a list for every bit k that is set.
@@ -98,9 +120,15 @@ inline bool is_own(const Wavefront& w, int32_t m, int32_t e)
     return (e == m) | ((e + 1 == w.live ? 0 : e + 1) == m);
 }
 
+/// Copies `count` values of a column to another.
+inline void copy_values(const double* from, int32_t count, double* to)
+{
+    std::copy_n(from, count, to);
+}
+
 /// Repeats the first and the last value of a column beyond its ends.
 void close_ring(double* column, int32_t live);
-void close_ring(const Points& points, int32_t live);
+void close_ring(Points& points, int32_t live);
 
 /// The vertex at place i dies and merges into the one at `heir`. Its row must be complete: nothing is spread.
 void bury(Wavefront& w, int32_t i, int32_t heir);
@@ -124,7 +152,7 @@ void refresh(Wavefront& w);
 void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, int32_t n);
 
 /// Closes the gaps of the last packing in the edges just measured.
-void close_gaps(const Wavefront& w, const EdgeColumns& edges);
+void close_gaps(const Wavefront& w, EdgeColumns& edges);
 
 /// Hands all values of the live vertices back to the arrays of the sweep. Nothing is spread.
 void hand_back(Wavefront& w);

@@ -39,7 +39,8 @@ TEST(Slots, NameTheSameVerticesThroughManyDeaths)
                 else
                     EXPECT_EQ(place_of(slots, slot), found - live.begin());
             }
-            EXPECT_TRUE(std::equal(live.begin(), live.end(), slots.slot));
+            const int32_t* const slot = slots.slot;
+            EXPECT_EQ(std::vector<int32_t>(slot, slot + live.size()), live);
         }
     }
 }

@@ -144,10 +144,11 @@ private:
     /// Every vertex that goes on as expected may be left alone, no other.
     void look_at_steadiness() const
     {
+        const int32_t *const turned = w.turned, *const end = turned + w.turned_count;
         for (int32_t i = 0; w.is_watched && i < w.live; ++i) {
             const bool is_steady = std::fabs(w.velocity.x[i] - w.expected.x[i]) <= 5e-04 &&
                                    std::fabs(w.velocity.y[i] - w.expected.y[i]) <= 5e-04;
-            EXPECT_NE(std::binary_search(w.turned, w.turned + w.turned_count, i), is_steady) << "vertex " << i;
+            EXPECT_NE(std::binary_search(turned, end, i), is_steady) << "vertex " << i;
         }
     }
 

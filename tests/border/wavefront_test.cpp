@@ -2,6 +2,7 @@
 #include "border/internal/wavefront.h"
 
 #include <numeric>
+#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -88,6 +89,16 @@ TEST(CloseGaps, LeavesWhatIsBetweenThem)
     }
 }
 
+TEST(Column, AConstOneGivesNothingToWriteThrough)
+{
+    EXPECT_FALSE((std::is_convertible_v<const Column<double>&, double*>));
+    EXPECT_FALSE((std::is_constructible_v<Column<double>, const Column<double>&>));
+    EXPECT_FALSE((std::is_constructible_v<Points, const Points&>));
+    EXPECT_FALSE((std::is_assignable_v<EdgeColumns&, const EdgeColumns&>));
+    EXPECT_TRUE((std::is_convertible_v<const Column<double>&, const double*>));
+    EXPECT_TRUE((std::is_convertible_v<Column<double>&, double*>));
+}
+
 TEST(Wavefront, TheLiveStayInOrderThroughManyDeaths)
 {
     Random random(2);
@@ -112,7 +123,7 @@ TEST(Wavefront, TheLiveStayInOrderThroughManyDeaths)
             }
             pack(w);
             ASSERT_EQ(w.live, static_cast<int32_t>(expected.size()));
-            EXPECT_EQ(std::vector<int32_t>(w.id, w.id + w.live), expected);
+            EXPECT_EQ(std::vector<int32_t>(w.id + 0, w.id + w.live), expected);
             for (int32_t i = 0; i < w.live; ++i)
                 EXPECT_EQ(w.at.x[i], expected[i]);
             std::swap(w.edge, w.edge_before); // as the next round does
