@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "data/internal/kernels.h"
 #include "door/internal/faces.h"
 #include "door/internal/tree.h"
 #include "door/internal/triangles.h"
@@ -26,7 +27,7 @@ struct korvale_grid {
 
     const double* triangles = nullptr; // [count][9]
     int32_t count = 0;
-    korvale::door::Vector<double> owned;    // the triangles, unless they are the caller's
+    korvale::door::Block<double> owned;     // the triangles, unless they are the caller's
     korvale::door::Vector<int32_t> corners; // [3 count] numbers of points; empty where each has its own
     korvale::door::Vector<int32_t> faces;   // [count] of which face; empty where each is its own
     int32_t cells[3] = {1, 1, 1};
@@ -43,21 +44,12 @@ constexpr int64_t kReport = 256;
 
 // Making one.
 
-/// Half the cube root of the number of triangles along each axis, more along the longer ones, 1 along one without
-/// extent.
-void choose_cells(std::span<const Point> corners, int32_t (&cells)[3])
+/// Half the cube root of the number of triangles along each axis of box[6], more along the longer ones, 1 along one
+/// without extent.
+void choose_cells(const double* box, int32_t triangles, int32_t (&cells)[3])
 {
     constexpr double kThin = 1e-06; // of the longest side
-    std::fill_n(cells, 3, 1);
-    if (corners.empty())
-        return;
-    Point low = corners[0], high = corners[0];
-    for (const Point& p : corners.subspan(1))
-        for (int k = 0; k < 3; ++k) {
-            low[k] = std::min(low[k], p[k]);
-            high[k] = std::max(high[k], p[k]);
-        }
-    const Point extent = {high.x - low.x, high.y - low.y, high.z - low.z};
+    const Point extent = {box[3] - box[0], box[4] - box[1], box[5] - box[2]};
     const double longest = std::max(std::max(extent.x, extent.y), extent.z);
     double product = 1.0, axes = 0.0;
     for (int k = 0; k < 3; ++k)
@@ -65,12 +57,41 @@ void choose_cells(std::span<const Point> corners, int32_t (&cells)[3])
             product *= extent[k] / longest;
             axes += 1.0;
         }
-    const double along = 0.5 * std::cbrt(static_cast<double>(corners.size()) / 3.0);
+    const double along = 0.5 * std::cbrt(static_cast<double>(triangles));
     const double mean = axes > 0.0 ? std::pow(product, 1.0 / axes) : 1.0;
     for (int k = 0; k < 3; ++k) {
         const double wanted = extent[k] > kThin * longest ? along * (extent[k] / longest) / mean : 1.0;
         cells[k] = static_cast<int32_t>(std::clamp(std::round(wanted), 1.0, 256.0));
     }
+}
+
+/// Widens box[6] by another.
+void widen(double* box, const double* other)
+{
+    for (int k = 0; k < 3; ++k) {
+        box[k] = std::min(box[k], other[k]);
+        box[k + 3] = std::max(box[k + 3], other[k + 3]);
+    }
+}
+
+/// Copies points and finds the box[6] around them, piece by piece, so that each is read from memory once. False where a
+/// number is not finite.
+bool copy_points(std::span<const Point> points, double* to, double* box)
+{
+    constexpr size_t kPiece = 1024;
+    for (size_t i = 0; i < points.size(); i += kPiece) {
+        const std::span<const Point> piece = points.subspan(i, std::min(kPiece, points.size() - i));
+        const auto n = static_cast<int64_t>(piece.size());
+        if (!inside::are_finite(piece[0].data(), 3 * n))
+            return false;
+        double around[6];
+        inside::find_bounds(piece[0].data(), n, 3, i == 0 ? box : around);
+        if (i > 0)
+            widen(box, around);
+        if (to != points[0].data())
+            std::memcpy(to + 3 * i, piece[0].data(), piece.size_bytes());
+    }
+    return true;
 }
 
 void classify(korvale_grid& grid)
@@ -89,38 +110,57 @@ void classify(korvale_grid& grid)
     }
 }
 
-/// Chooses the cells of a grid that has its triangles, and makes what finds them.
-void prepare(korvale_grid& grid, const korvale_grid_options& options)
+/// Chooses the cells of a grid that has its triangles in box[6].
+void take_cells(korvale_grid& grid, const double* box, const korvale_grid_options& options)
 {
     const bool are_chosen = std::any_of(options.cells, options.cells + 3, [](int32_t n) { return n != 0; });
     if (are_chosen)
         std::transform(options.cells, options.cells + 3, grid.cells, [](int32_t n) { return std::max(n, 1); });
     else
-        choose_cells({reinterpret_cast<const Point*>(grid.triangles), 3 * static_cast<size_t>(grid.count)}, grid.cells);
+        choose_cells(box, grid.count, grid.cells);
     const double product = static_cast<double>(grid.cells[0]) * grid.cells[1] * grid.cells[2];
     if (product > std::numeric_limits<int32_t>::max())
         throw Refusal("options.cells", Text() << "be at most " << std::numeric_limits<int32_t>::max() << " together",
                       Text() << "they are " << product);
-    if (options.borrow != 0)
-        classify(grid);
-    else
-        grid.tree.emplace(grid.triangles, grid.count, grid.cells, Growth{options.progress, options.user});
+}
+
+/// Takes points, three a triangle, for its own; they may stand in its memory already.
+void own(korvale_grid& grid, std::span<const Point> corners, std::string_view argument,
+         const korvale_grid_options& options)
+{
+    grid.owned.make_room(3 * corners.size());
+    double box[6] = {};
+    if (!copy_points(corners, grid.owned.data(), box))
+        require_finite(corners, argument);
+    grid.triangles = grid.owned.data();
+    take_cells(grid, box, options);
+    grid.tree.emplace(grid.triangles, grid.count, box, grid.cells, Growth{options.progress, options.user});
+}
+
+void borrow(korvale_grid& grid, std::span<const Point> corners, const korvale_grid_options& options)
+{
+    require_finite(corners, "triangles");
+    grid.triangles = corners.empty() ? nullptr : corners[0].data();
+    double box[6] = {};
+    if (!corners.empty())
+        inside::find_bounds(grid.triangles, static_cast<int64_t>(corners.size()), 3, box);
+    take_cells(grid, box, options);
+    classify(grid);
 }
 
 void take_triangles(korvale_grid& grid, const korvale_triangles* triangles, const korvale_grid_options& options)
 {
-    const TrianglesIn given(triangles, "triangles");
+    const TrianglesIn given(triangles, "triangles", TrianglesIn::Numbers::any);
+    const std::span<const Point> corners = given.points_of_corners();
     grid.count = static_cast<int32_t>(given.size());
-    if (options.borrow != 0) {
-        if (given.size() > 0 && !given.is_in_place(*triangles))
-            throw Refusal("triangles", "be packed doubles without corner numbers", "they would have to be copied");
-        grid.triangles = given.data();
-    } else {
-        grid.owned.assign(given.data(), given.data() + 9 * given.size());
+    if (options.borrow == 0) {
         grid.corners.assign(given.corners().begin(), given.corners().end());
-        grid.triangles = grid.owned.data();
+        own(grid, corners, "triangles", options);
+        return;
     }
-    prepare(grid, options);
+    if (given.size() > 0 && !given.is_in_place(*triangles))
+        throw Refusal("triangles", "be packed doubles without corner numbers", "they would have to be copied");
+    borrow(grid, corners, options);
 }
 
 /// Cuts faces into triangles about their first corners.
@@ -143,10 +183,9 @@ void take_faces(korvale_grid& grid, const korvale_faces* faces, const korvale_gr
     }
     require_triangles(static_cast<int64_t>(grid.faces.size()), "faces");
     grid.count = static_cast<int32_t>(grid.faces.size());
-    grid.owned = gather(points, grid.corners);
-    require_finite({reinterpret_cast<const Point*>(grid.owned.data()), grid.owned.size() / 3}, "faces");
-    grid.triangles = grid.owned.data();
-    prepare(grid, options);
+    grid.owned.make_room(3 * grid.corners.size());
+    gather(points, grid.corners, grid.owned.data());
+    own(grid, {reinterpret_cast<const Point*>(grid.owned.data()), grid.corners.size()}, "faces", options);
 }
 
 template <class Take>

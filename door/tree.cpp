@@ -11,15 +11,13 @@
 // kFloatPad of the mesh; of a far origin: kFarPad of its coordinates. Boxes and the ray are taken relative to the
 // centre of the mesh, the ray from the point of it nearest to that. What is too large for floats is walked through
 // triangle by triangle.
-//
-// Sums of areas choose the planes that divide boxes (Wald, On fast Construction of SAH-based Bounding Volume
-// Hierarchies, 2007).
 #include "door/internal/tree.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "door/internal/failure.h"
+#include "door/internal/floats.h"
 #include "door/internal/views.h"
 #include "math/internal/box.h"
 #include "math/internal/matrix.h"
@@ -35,85 +33,16 @@ using inside::GridAxis;
 
 namespace {
 
-constexpr double kTrianglePad = 1e-06;
 constexpr double kFloatPad = 4e-06;
 constexpr double kFarPad = 1e-13;
 
 /// No larger numbers go into the tree.
 constexpr double kLargest = 1e15;
 
-/// Triangles of a leaf, at most.
-constexpr int32_t kLeaf = 4;
-constexpr int32_t kBins = 16;
-
-/// Below this depth ranges are halved by number, which bounds the depth of all: see kMostWaiting.
-constexpr int32_t kDeepest = 64;
-
 /// Children that wait while others are walked: three for each node on the way.
-constexpr int32_t kMostWaiting = 3 * (kDeepest + 32);
+constexpr int32_t kMostWaiting = 3 * Tree::kMostDepth;
 
-/// Between two reports of progress so many triangles are sorted.
-constexpr int64_t kReport = 200000;
-
-typedef float Floats __attribute__((vector_size(16)));
 typedef int32_t FloatsMask __attribute__((vector_size(16)));
-
-Floats load(const float* p)
-{
-    Floats v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
-
-Floats all(float value)
-{
-    return Floats{value, value, value, value};
-}
-
-/// Bit by bit, for compilers that do not choose between lanes.
-Floats greater(Floats a, Floats b)
-{
-    const FloatsMask m = a > b;
-    return reinterpret_cast<Floats>((reinterpret_cast<FloatsMask>(a) & m) | (reinterpret_cast<FloatsMask>(b) & ~m));
-}
-
-Floats less(Floats a, Floats b)
-{
-    const FloatsMask m = a < b;
-    return reinterpret_cast<Floats>((reinterpret_cast<FloatsMask>(a) & m) | (reinterpret_cast<FloatsMask>(b) & ~m));
-}
-
-float down(double value)
-{
-    const auto f = static_cast<float>(value);
-    return f > value ? std::nextafterf(f, -std::numeric_limits<float>::infinity()) : f;
-}
-
-float up(double value)
-{
-    return -down(-value);
-}
-
-float surface(const float* low, const float* high)
-{
-    const float x = high[0] - low[0], y = high[1] - low[1], z = high[2] - low[2];
-    return x * y + y * z + z * x;
-}
-
-struct Box {
-    float low[3] = {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::infinity(),
-                    std::numeric_limits<float>::infinity()};
-    float high[3] = {-std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
-                     -std::numeric_limits<float>::infinity()};
-
-    void include(const float* l, const float* h)
-    {
-        for (int k = 0; k < 3; ++k) {
-            low[k] = std::min(low[k], l[k]);
-            high[k] = std::max(high[k], h[k]);
-        }
-    }
-};
 
 /// Notes a triangle that is met. Returns whether the order of meetings matters.
 bool note(Meeting& meeting, int32_t t, double distance)
@@ -129,12 +58,6 @@ bool note(Meeting& meeting, int32_t t, double distance)
         return std::signbit(distance) != std::signbit(meeting.distance);
     }
     return is_nan(distance);
-}
-
-/// Longer along the ray than across it: how far off a triangle of extent L may be met.
-double slack_of(double extent)
-{
-    return std::min(2 * extent, 4e-08 * extent * extent * extent);
 }
 
 } // namespace
@@ -180,6 +103,25 @@ void Growth::tell(double done) const
 {
     if (progress != nullptr && progress(done, user) == 0)
         throw Stop();
+}
+
+// Growing.
+
+Tree::Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth)
+    : triangles_(triangles), count_(count), low_(), high_(), centre_(), half_(0), slack_(0), is_ordinary_(true), grid_()
+{
+    if (count == 0)
+        return;
+    inside::copy3(box, low_);
+    inside::copy3(box + 3, high_);
+    place_cells(n);
+    for (int k = 0; k < 3; ++k) {
+        is_ordinary_ = is_ordinary_ && std::fabs(low_[k]) < kLargest && std::fabs(high_[k]) < kLargest;
+        centre_[k] = 0.5 * low_[k] + 0.5 * high_[k];
+        half_ = std::max(half_, 0.5 * high_[k] - 0.5 * low_[k]);
+    }
+    if (is_ordinary_)
+        grow(growth);
 }
 
 // Cells.
@@ -244,176 +186,6 @@ int32_t Tree::first_cell(const Ray& ray, int32_t t) const
             first = cell;
     });
     return first;
-}
-
-// Growing.
-
-Tree::Tree(const double* triangles, int32_t count, const int32_t (&n)[3], const Growth& growth)
-    : triangles_(triangles), count_(count), low_(), high_(), centre_(), half_(0), slack_(0), is_ordinary_(true), grid_()
-{
-    if (count == 0)
-        return;
-    for (int k = 0; k < 3; ++k)
-        low_[k] = high_[k] = triangles[k];
-    for (int64_t i = 3; i < 9 * int64_t{count}; i += 3)
-        for (int k = 0; k < 3; ++k) {
-            low_[k] = triangles[i + k] < low_[k] ? triangles[i + k] : low_[k];
-            high_[k] = triangles[i + k] > high_[k] ? triangles[i + k] : high_[k];
-        }
-    place_cells(n);
-    for (int k = 0; k < 3; ++k) {
-        is_ordinary_ = is_ordinary_ && std::fabs(low_[k]) < kLargest && std::fabs(high_[k]) < kLargest;
-        centre_[k] = 0.5 * low_[k] + 0.5 * high_[k];
-        half_ = std::max(half_, 0.5 * high_[k] - 0.5 * low_[k]);
-    }
-    if (!is_ordinary_)
-        return;
-    Vector<Entry> entries(static_cast<size_t>(count));
-    enter(entries);
-    grow(entries, growth);
-    numbers_.resize(entries.size());
-    for (size_t i = 0; i < entries.size(); ++i)
-        numbers_[i] = entries[i].triangle;
-}
-
-void Tree::enter(Vector<Entry>& entries)
-{
-    double largest = 0;
-    for (int32_t t = 0; t < count_; ++t) {
-        const double* const p = triangle(t);
-        double low[3], high[3], extent = 0;
-        for (int k = 0; k < 3; ++k) {
-            low[k] = std::min(p[k], std::min(p[k + 3], p[k + 6])) - centre_[k];
-            high[k] = std::max(p[k], std::max(p[k + 3], p[k + 6])) - centre_[k];
-            extent += high[k] - low[k];
-        }
-        largest = std::max(largest, extent);
-        Entry& e = entries[static_cast<size_t>(t)];
-        for (int k = 0; k < 3; ++k) {
-            e.low[k] = down(low[k] - kTrianglePad * extent);
-            e.high[k] = up(high[k] + kTrianglePad * extent);
-        }
-        e.triangle = t;
-    }
-    slack_ = slack_of(largest);
-}
-
-/// Divides a range: it keeps the first part, and the second is returned.
-Tree::Range Tree::split(Vector<Entry>& entries, Range& whole) const
-{
-    Entry* const first = entries.data() + whole.first;
-    Entry* const last = entries.data() + whole.last;
-    Entry* middle = first + whole.size() / 2;
-    Box centres;
-    for (const Entry* e = first; e != last; ++e)
-        for (int k = 0; k < 3; ++k) {
-            const float twice = e->low[k] + e->high[k];
-            centres.low[k] = std::min(centres.low[k], twice);
-            centres.high[k] = std::max(centres.high[k], twice);
-        }
-    int axis = 0;
-    for (int k = 1; k < 3; ++k)
-        if (centres.high[k] - centres.low[k] > centres.high[axis] - centres.low[axis])
-            axis = k;
-    const float least = centres.low[axis];
-    const float scale = static_cast<float>(kBins) / (centres.high[axis] - least);
-    if (whole.depth < kDeepest && scale < std::numeric_limits<float>::max()) {
-        const auto bin_of = [&](const Entry& e) {
-            return std::min(kBins - 1, static_cast<int32_t>((e.low[axis] + e.high[axis] - least) * scale));
-        };
-        Box boxes[kBins];
-        int32_t counts[kBins] = {};
-        for (const Entry* e = first; e != last; ++e) {
-            const int32_t b = bin_of(*e);
-            boxes[b].include(e->low, e->high);
-            ++counts[b];
-        }
-        float above[kBins] = {}; // cost of bins b and later
-        Box box;
-        int32_t count = 0;
-        for (int32_t b = kBins - 1; b > 0; --b) {
-            box.include(boxes[b].low, boxes[b].high);
-            count += counts[b];
-            above[b] = count == 0 ? 0 : static_cast<float>(count) * surface(box.low, box.high);
-        }
-        box = Box();
-        count = 0;
-        float best = std::numeric_limits<float>::infinity();
-        int32_t cut = 0;
-        for (int32_t b = 1; b < kBins; ++b) {
-            box.include(boxes[b - 1].low, boxes[b - 1].high);
-            count += counts[b - 1];
-            if (count == 0 || count == whole.size())
-                continue;
-            const float cost = static_cast<float>(count) * surface(box.low, box.high) + above[b];
-            if (cost < best) {
-                best = cost;
-                cut = b;
-            }
-        }
-        if (cut > 0)
-            middle = std::partition(first, last, [&](const Entry& e) { return bin_of(e) < cut; });
-    }
-    const Range second = {static_cast<int32_t>(middle - entries.data()), whole.last, whole.depth + 1};
-    whole = {whole.first, second.first, second.depth};
-    return second;
-}
-
-void Tree::grow(Vector<Entry>& entries, const Growth& growth)
-{
-    struct Waiting {
-        Range range;
-        int32_t node, child; ///< where it hangs
-    };
-    nodes_.reserve(static_cast<size_t>(count_) / 3 + 1);
-    Vector<Waiting> waiting;
-    waiting.push_back({{0, count_, 0}, -1, 0});
-    int64_t sorted = 0, done = 0;
-    growth.tell(0);
-    while (!waiting.empty()) {
-        const Waiting at = waiting.back();
-        waiting.pop_back();
-        Range parts[kWidth] = {at.range};
-        int32_t n = 1;
-        while (n < kWidth) { // the largest part is divided first
-            Range* const largest =
-                std::max_element(parts, parts + n, [](const Range& a, const Range& b) { return a.size() < b.size(); });
-            if (largest->size() <= kLeaf && (n > 1 || at.node >= 0))
-                break;
-            if (largest->size() < 2)
-                break;
-            sorted += largest->size();
-            parts[n++] = split(entries, *largest);
-        }
-        const auto number = static_cast<int32_t>(nodes_.size());
-        if (at.node >= 0)
-            nodes_[static_cast<size_t>(at.node)].children[at.child] = number;
-        Node node;
-        for (int32_t c = 0; c < kWidth; ++c) {
-            Box box;
-            node.children[c] = -1;
-            if (c < n) {
-                for (int32_t i = parts[c].first; i < parts[c].last; ++i)
-                    box.include(entries[static_cast<size_t>(i)].low, entries[static_cast<size_t>(i)].high);
-                if (parts[c].size() <= kLeaf) {
-                    node.children[c] = -1 - (8 * parts[c].first + parts[c].size() - 1);
-                    done += parts[c].size();
-                } else {
-                    waiting.push_back({parts[c], number, c});
-                }
-            }
-            for (int k = 0; k < 3; ++k) {
-                node.low[k][c] = box.low[k];
-                node.high[k][c] = box.high[k];
-            }
-        }
-        nodes_.push_back(node);
-        if (sorted >= kReport) {
-            sorted = 0;
-            growth.tell(static_cast<double>(done) / count_);
-        }
-    }
-    growth.tell(1);
 }
 
 // Walking.

@@ -2,7 +2,7 @@
 
 namespace korvale::door {
 
-TrianglesIn::TrianglesIn(const korvale_triangles* triangles, std::string_view argument)
+TrianglesIn::TrianglesIn(const korvale_triangles* triangles, std::string_view argument, Numbers numbers)
     : points_((require(triangles, argument), &triangles->points), argument)
 {
     if (triangles->corners.data != nullptr || triangles->corners.count != 0) {
@@ -14,20 +14,20 @@ TrianglesIn::TrianglesIn(const korvale_triangles* triangles, std::string_view ar
         throw Refusal(argument, "have corners in threes", Text() << "there are " << corners);
     count_ = corners / 3;
     require_triangles(count_, argument);
-    if (corners_)
-        gathered_ = gather(points_, corners_->indices());
-    require_finite({reinterpret_cast<const Point*>(data()), static_cast<size_t>(corners)}, argument);
+    if (corners_) {
+        gathered_.make_room(3 * static_cast<size_t>(corners));
+        gather(points_, corners_->indices(), gathered_.data());
+    }
+    if (numbers == Numbers::finite)
+        require_finite(points_of_corners(), argument);
 }
 
-Vector<double> gather(const PointsIn& points, std::span<const int32_t> corners)
+void gather(const PointsIn& points, std::span<const int32_t> corners, double* to)
 {
-    Vector<double> gathered(3 * corners.size());
-    double* to = gathered.data();
     for (const int32_t c : corners) {
         std::memcpy(to, points[c].data(), sizeof(Point));
         to += 3;
     }
-    return gathered;
 }
 
 void require_triangles(int64_t count, std::string_view argument)

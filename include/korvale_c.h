@@ -438,9 +438,9 @@ KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles,
 // --- Rays ------------------------------------------------------------------------------------------------------------
 
 /// Triangles for rays: those that `ray_intersect` meets in a grid of cells, to the last bit. Triangles that the grid
-/// owns are found through a tree of boxes (about 115 bytes a triangle, its corners included), and any number of threads
-/// may ask one grid at a time. Borrowed ones are found through cells and marks, and then one grid belongs to one thread
-/// at a time.
+/// owns are found through a tree of boxes (about 100 bytes a triangle, its corners included, and 70 more while it is
+/// made), and any number of threads may ask one grid at a time. Borrowed ones are found through cells and marks, and
+/// then one grid belongs to one thread at a time.
 ///
 /// A triangle that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles
 /// measure about 0.01 or more. The length of a direction does not matter, but one shorter than 1e-06 meets nothing.

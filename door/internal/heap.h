@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/internal/large_pages.h"
+
 // Memory of the door: from the C heap, like the library's, and std::bad_alloc where there is none.
 namespace korvale::door {
 
@@ -22,7 +24,7 @@ struct HeapAllocator {
 
     T* allocate(size_t n)
     {
-        void* const block = n <= SIZE_MAX / 2 / sizeof(T) ? std::malloc(n * sizeof(T)) : nullptr;
+        void* const block = n <= SIZE_MAX / 2 / sizeof(T) ? inside::new_block(n * sizeof(T)) : nullptr;
         if (block == nullptr)
             throw std::bad_alloc();
         return static_cast<T*>(block);

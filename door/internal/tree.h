@@ -43,8 +43,11 @@ struct Growth {
 
 class Tree {
 public:
-    /// Over `count` triangles of finite numbers, which stay where they are, in n[3] cells of the box around them.
-    Tree(const double* triangles, int32_t count, const int32_t (&n)[3], const Growth& growth);
+    /// Boxes on the way down to a triangle, at most.
+    static constexpr int32_t kMostDepth = 96;
+
+    /// Over `count` triangles of finite numbers, which stay where they are, in n[3] cells of the box[6] around them.
+    Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth);
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
 
@@ -70,24 +73,11 @@ private:
         int32_t children[kWidth];
     };
 
-    /// A triangle while the tree grows.
-    struct Entry {
-        float low[3], high[3];
-        int32_t triangle;
-    };
-
-    struct Range {
-        int32_t first, last; ///< before `last`
-        int32_t depth;
-        int32_t size() const { return last - first; }
-    };
-
+    class Growing;
     struct Slabs;
 
     void place_cells(const int32_t (&n)[3]);
-    void enter(Vector<Entry>& entries);
-    Range split(Vector<Entry>& entries, Range& whole) const;
-    void grow(Vector<Entry>& entries, const Growth& growth);
+    void grow(const Growth& growth);
 
     /// Whether one of the cells that list a triangle is met.
     bool meets_cell(const Ray& ray, int32_t t) const;
@@ -116,7 +106,7 @@ private:
     Vector<double> planes_;
     inside::Grid grid_;
     Vector<Node> nodes_;
-    Vector<int32_t> numbers_; ///< of triangles, leaf after leaf
+    Block<int32_t> numbers_; ///< of triangles, leaf after leaf
 };
 
 } // namespace korvale::door

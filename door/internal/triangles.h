@@ -7,11 +7,20 @@ namespace korvale::door {
 /// Triangles to read, nine doubles each: where the host has them so, they are read in place.
 class TrianglesIn {
 public:
-    /// Refuses corners that are no points or do not come in threes, and coordinates of triangles that are not finite.
-    TrianglesIn(const korvale_triangles* triangles, std::string_view argument);
+    enum class Numbers { finite, any };
 
-    const double* data() const { return gathered_.empty() ? points_.data() : gathered_.data(); }
+    /// Refuses corners that are no points or do not come in threes, and coordinates of triangles that are not finite
+    /// where they have to be.
+    TrianglesIn(const korvale_triangles* triangles, std::string_view argument, Numbers numbers = Numbers::finite);
+
+    const double* data() const { return corners_ ? gathered_.data() : points_.data(); }
     int64_t size() const { return count_; }
+
+    /// Three a triangle.
+    std::span<const Point> points_of_corners() const
+    {
+        return {reinterpret_cast<const Point*>(data()), 3 * static_cast<size_t>(count_)};
+    }
 
     /// Whether the numbers are read where the host has them.
     bool is_in_place(const korvale_triangles& given) const { return data() == given.points.data; }
@@ -29,11 +38,11 @@ private:
     PointsIn points_;
     std::optional<IndicesIn> corners_;
     int64_t count_;
-    Vector<double> gathered_;
+    Block<double> gathered_;
 };
 
-/// The points at some corners, x y z after one another.
-Vector<double> gather(const PointsIn& points, std::span<const int32_t> corners);
+/// Writes the points at some corners, x y z after one another.
+void gather(const PointsIn& points, std::span<const int32_t> corners, double* to);
 
 /// Refuses more triangles than the library's arrays can hold.
 void require_triangles(int64_t count, std::string_view argument);

@@ -292,6 +292,36 @@ TEST(Grid, MeetsWhatTheRecordMeetsWhereNumbersAreNot)
     }
 }
 
+TEST(Grid, MeetsWhatTheRecordMeetsWhereTrianglesCrowd)
+{
+    // Small ones nearer and nearer to the origin, the same one again and again, and one around them all.
+    Random random(1222);
+    std::vector<double> corners = {-9, -9, 3, 9, -9, 3, 0, 9, 3};
+    for (int t = 0; t < 3000; ++t) {
+        const double size = std::ldexp(1, -(t % 40)), wide = std::max(0.02, 0.3 * size);
+        for (int v = 0; v < 3; ++v)
+            for (int k = 0; k < 3; ++k)
+                corners.push_back(size * (k + 1) + (t >= 2000 ? 0.1 * (v == k) : wide * random.uniform(-1, 1)));
+    }
+    const Grid g(corners, {4, 4, 4});
+    Record record(corners, g.grid);
+    int64_t hits = 0;
+    for (int ray = 0; ray < 300; ++ray) {
+        double origin[3], along[3], of_record = -1, distance = -1;
+        for (int k = 0; k < 3; ++k) {
+            const double size = std::ldexp(1, -random.between(0, 40));
+            origin[k] = random.uniform(-1, 1);
+            along[k] = size * (k + 1) - origin[k];
+        }
+        const int met = ray_intersect(origin, along, &record.status, &of_record);
+        ASSERT_EQ(korvale_grid_count(g.grid, origin, along, &distance), met);
+        ASSERT_EQ(distance, of_record);
+        ASSERT_EQ(korvale_grid_nearest(g.grid, origin, along).distance, met > 0 ? of_record : kInfinity);
+        hits += met;
+    }
+    EXPECT_GT(hits, 10000);
+}
+
 TEST(Grid, CastsManyRaysLikeSingleOnes)
 {
     Random random(1218);

@@ -1,0 +1,439 @@
+// How a tree of boxes grows. Triangles are sorted along a curve that keeps neighbours together and cut into leaves of
+// up to four where the curve makes its largest steps. The row of leaves is divided again and again where the areas of the
+// boxes on both sides, times what stands in them, are least. Nothing is moved after the sort, and in long parts of the
+// row every 16th place is looked at first, so most of the time goes into reading the triangles and sorting them.
+//
+// Codes along the curve have as many bits as a surface of that many triangles asks for. Triangles that share one, where
+// a model is far finer in one place than elsewhere, are sorted anew by themselves in their own box.
+//
+// The curve: Morton, A Computer Oriented Geodetic Data Base and a New Technique in File Sequencing, 1966; growing by
+// it: Lauterbach et al., Fast BVH Construction on GPUs, 2009; areas: MacDonald, Booth, Heuristics for Ray Tracing Using
+// Space Subdivision, 1990.
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+#include "door/internal/floats.h"
+#include "door/internal/tree.h"
+
+namespace korvale::door {
+namespace {
+
+/// How much wider the box of a triangle is, as a share of the sum of its sides; `tree.cpp` tells why.
+constexpr double kTrianglePad = 1e-06;
+
+/// How far off along the ray a triangle of that sum may be met.
+double slack_of(double extent)
+{
+    return std::min(2 * extent, 4e-08 * extent * extent * extent);
+}
+
+/// Triangles of a leaf, at most.
+constexpr int32_t kLeaf = 4;
+
+/// Below this depth parts are halved by number.
+constexpr int32_t kDeepest = 64;
+static_assert(kDeepest + 32 <= Tree::kMostDepth);
+
+/// In parts of so many leaves and more, places between chunks of leaves are looked at first.
+constexpr int32_t kManyLeaves = 256;
+constexpr int32_t kChunk = 16;
+
+/// Bits of a code along an axis, at most, and of a digit that is sorted by.
+constexpr int kMostBits = 10;
+constexpr int kDigit = 11;
+
+/// What is fewer is sorted by comparisons.
+constexpr int32_t kManyKeys = 256;
+
+/// Between two reports of progress so many triangles are measured, or leaves hung.
+constexpr int32_t kReport = 100000;
+
+struct Box {
+    Floats low = all(std::numeric_limits<float>::infinity()), high = all(-std::numeric_limits<float>::infinity());
+
+    void include(const Box& other)
+    {
+        low = less(low, other.low);
+        high = greater(high, other.high);
+    }
+    Floats twice_centre() const { return low + high; }
+    float area() const
+    {
+        const Floats d = high - low;
+        return d[0] * d[1] + d[1] * d[2] + d[2] * d[0];
+    }
+};
+
+Box around(const Box* first, const Box* last)
+{
+    Box box;
+    for (; first != last; ++first)
+        box.include(*first);
+    return box;
+}
+
+/// Leaves in a row.
+struct Part {
+    int32_t first, last; ///< before `last`
+    int32_t depth;
+    Box box;
+
+    int32_t size() const { return last - first; }
+};
+
+typedef int32_t Integers __attribute__((vector_size(16)));
+typedef double Doubles __attribute__((vector_size(16)));
+
+Doubles load_two(const double* p)
+{
+    Doubles v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+/// The places of points in a cube, as codes along the curve.
+class Curve {
+public:
+    /// `low` and `extent` are twice those of the cube.
+    Curve(Floats low, float extent, int32_t points)
+        : bits_(std::clamp(static_cast<int>(std::bit_width(static_cast<uint32_t>(points))) / 2 + 1, 3, kMostBits)),
+          low_(low), scale_(static_cast<float>(1 << bits_) / extent), most_(all(static_cast<float>((1 << bits_) - 1)))
+    {
+    }
+
+    /// False for a cube without extent.
+    bool can_tell() const { return scale_ < std::numeric_limits<float>::max(); }
+
+    int bits() const { return 3 * bits_; }
+
+    uint64_t code(Floats twice_point) const
+    {
+        const Floats at = less(greater((twice_point - low_) * all(scale_), all(0)), most_);
+        Integers v = __builtin_convertvector(at, Integers);
+        v = (v | v << 16) & 0x030000ff; // two bits of others between its own
+        v = (v | v << 8) & 0x0300f00f;
+        v = (v | v << 4) & 0x030c30c3;
+        v = (v | v << 2) & 0x09249249;
+        return static_cast<uint32_t>(v[0] << 2 | v[1] << 1 | v[2]);
+    }
+
+private:
+    int bits_;
+    Floats low_;
+    float scale_;
+    Floats most_;
+};
+
+/// A code along the curve, and the number of a triangle below it.
+using Key = uint64_t;
+constexpr int kNumberBits = 32;
+
+Key key_of(uint64_t code, int32_t t)
+{
+    return code << kNumberBits | static_cast<uint32_t>(t);
+}
+uint64_t code_of(Key key)
+{
+    return key >> kNumberBits;
+}
+uint32_t number_of(Key key)
+{
+    return static_cast<uint32_t>(key);
+}
+
+/// Sorts keys by codes of so many bits.
+void sort(Key* keys, int32_t count, int bits, Key* spare)
+{
+    if (count < kManyKeys) {
+        std::sort(keys, keys + count);
+        return;
+    }
+    const int passes = (bits + kDigit - 1) / kDigit, digit = (bits + passes - 1) / passes;
+    const uint64_t mask = (uint64_t{1} << digit) - 1;
+    Key *from = keys, *to = spare;
+    for (int pass = 0; pass < passes; ++pass) {
+        const int shift = kNumberBits + pass * digit;
+        int32_t places[1 << kDigit] = {};
+        for (int32_t i = 0; i < count; ++i)
+            ++places[from[i] >> shift & mask];
+        int32_t sum = 0;
+        for (uint64_t d = 0; d <= mask; ++d)
+            sum += std::exchange(places[d], sum);
+        for (int32_t i = 0; i < count; ++i)
+            to[places[from[i] >> shift & mask]++] = from[i];
+        std::swap(from, to);
+    }
+    if (from != keys)
+        std::copy_n(from, count, keys);
+}
+
+} // namespace
+
+/// A tree as it grows.
+class Tree::Growing {
+public:
+    Growing(Tree& tree, const Growth& growth) : tree_(tree), growth_(growth), n_(tree.count_), most_leaves_(n_)
+    {
+        // One block: the system takes back and gives anew what is released in many.
+        const auto n = static_cast<size_t>(n_), leaves = static_cast<size_t>(most_leaves_);
+        room_.make_room(n * sizeof(Box) + leaves * (2 * sizeof(Box) + sizeof(int32_t)) +
+                        (leaves / kChunk + 1) * sizeof(Box) + 5 * kAlignment);
+        next_ = room_.data();
+        boxes_ = take<Box>(n_);
+        behind_ = take<Box>(most_leaves_);
+        keys_ = reinterpret_cast<Key*>(behind_); // which come before
+        spare_ = keys_ + n_;
+        leaves_ = take<Box>(most_leaves_);
+        codes_ = take<int32_t>(most_leaves_);
+        chunks_ = take<Box>(most_leaves_ / kChunk);
+    }
+
+    void run()
+    {
+        enter();
+        growth_.tell(0.4);
+        cut_leaves();
+        growth_.tell(0.6);
+        hang_leaves();
+        growth_.tell(1);
+    }
+
+private:
+    /// Measures the triangles and sorts them.
+    void enter()
+    {
+        const auto half = static_cast<float>(tree_.half_);
+        const Curve curve(all(-2 * half), 4 * half, n_);
+        const Doubles centre = load_two(tree_.centre_);
+        const double centre_z = tree_.centre_[2];
+        double largest = 0;
+        for (int32_t t = 0; t < n_; ++t) {
+            if (t % kReport == 0)
+                growth_.tell(0.3 * t / n_);
+            const double* const p = tree_.triangle(t);
+            const Doubles a = load_two(p), b = load_two(p + 3), c = load_two(p + 6); // x and y
+            const Doubles low = less(a, less(b, c)) - centre, high = greater(a, greater(b, c)) - centre;
+            const double low_z = std::min(p[2], std::min(p[5], p[8])) - centre_z;
+            const double high_z = std::max(p[2], std::max(p[5], p[8])) - centre_z;
+            const Doubles wide = high - low;
+            const double extent = wide[0] + wide[1] + (high_z - low_z), pad = kTrianglePad * extent;
+            largest = std::max(largest, extent);
+            Box& box = boxes_[t];
+            box.low = Floats{static_cast<float>(low[0] - pad), static_cast<float>(low[1] - pad),
+                             static_cast<float>(low_z - pad), 0};
+            box.high = Floats{static_cast<float>(high[0] + pad), static_cast<float>(high[1] + pad),
+                              static_cast<float>(high_z + pad), 0};
+            keys_[t] = key_of(curve.code(box.twice_centre()), t);
+        }
+        tree_.slack_ = slack_of(largest);
+        if (curve.can_tell())
+            sort_by(curve, 0, n_);
+    }
+
+    /// Sorts keys whose codes are from `curve`, and those that share one anew.
+    void sort_by(const Curve& curve, int32_t first, int32_t last)
+    {
+        sort(keys_ + first, last - first, curve.bits(), spare_);
+        for (int32_t i = first; i < last;) {
+            int32_t end = i + 1;
+            while (end < last && code_of(keys_[end]) == code_of(keys_[i]))
+                ++end;
+            if (end - i > kLeaf)
+                sort_anew(i, end);
+            i = end;
+        }
+    }
+
+    void sort_anew(int32_t first, int32_t last)
+    {
+        Key* const keys = keys_;
+        Box centres;
+        for (int32_t i = first; i < last; ++i) {
+            const Floats c = boxes_[number_of(keys[i])].twice_centre();
+            centres.include({c, c});
+        }
+        const Floats wide = centres.high - centres.low;
+        const Curve curve(centres.low, std::max(wide[0], std::max(wide[1], wide[2])), last - first);
+        if (!curve.can_tell())
+            return;
+        for (int32_t i = first; i < last; ++i) {
+            const uint32_t t = number_of(keys[i]);
+            keys[i] = key_of(curve.code(boxes_[t].twice_centre()), static_cast<int32_t>(t));
+        }
+        sort_by(curve, first, last);
+    }
+
+    /// Up to four triangles each, fewer where codes differ more between them.
+    void cut_leaves()
+    {
+        const Key* const keys = keys_;
+        tree_.numbers_.make_room(static_cast<size_t>(n_));
+        for (int32_t first = 0, last = 0; first < n_; first = last) {
+            last = std::min(n_, first + kLeaf);
+            uint64_t most = last == n_ ? ~uint64_t{0} : code_of(keys[last - 1]) ^ code_of(keys[last]);
+            for (int32_t cut = last - 1; cut > first; --cut)
+                if (const uint64_t step = code_of(keys[cut - 1]) ^ code_of(keys[cut]); step > most) {
+                    most = step;
+                    last = cut;
+                }
+            Box box;
+            for (int32_t i = first; i < last; ++i) {
+                const uint32_t t = number_of(keys[i]);
+                tree_.numbers_.data()[i] = static_cast<int32_t>(t);
+                box.include(boxes_[t]);
+            }
+            leaves_[count_] = box;
+            codes_[count_++] = -1 - (8 * first + last - first - 1);
+        }
+        for (int32_t i = 0; i < count_ / kChunk; ++i)
+            chunks_[i] = around(leaves_ + i * kChunk, leaves_ + (i + 1) * kChunk);
+    }
+
+    /// The box around leaves, whole chunks at a time.
+    Box box_of(int32_t first, int32_t last) const
+    {
+        const int32_t low = (first + kChunk - 1) / kChunk, high = last / kChunk;
+        if (low >= high)
+            return around(leaves_ + first, leaves_ + last);
+        Box box = around(leaves_ + first, leaves_ + low * kChunk);
+        box.include(around(chunks_ + low, chunks_ + high));
+        box.include(around(leaves_ + high * kChunk, leaves_ + last));
+        return box;
+    }
+
+    /// A place in the row, before a leaf.
+    struct Cut {
+        int32_t place;
+        float cost;
+        Box before, behind;
+    };
+
+    /// Looks at the places before `step` times each number from `low` to `high` for one that costs less than `best`.
+    void look(const Part& whole, int32_t step, int32_t low, int32_t high, Cut& best)
+    {
+        const Box* const boxes = step == 1 ? leaves_ : chunks_;
+        Box box = box_of(high * step, whole.last);
+        behind_[high] = box;
+        for (int32_t i = high - 1; i >= low; --i) {
+            box.include(boxes[i]);
+            behind_[i] = box;
+        }
+        box = box_of(whole.first, low * step);
+        for (int32_t i = low; i <= high; ++i) {
+            const float cost = box.area() * static_cast<float>(i * step - whole.first) +
+                               behind_[i].area() * static_cast<float>(whole.last - i * step);
+            if (cost < best.cost)
+                best = {i * step, cost, box, behind_[i]};
+            box.include(boxes[i]);
+        }
+    }
+
+    /// Divides a part of the row: it keeps the first leaves, and the rest is returned. In the middle, unless a place
+    /// makes areas less.
+    Part divide(Part& whole)
+    {
+        Cut best = {0, whole.box.area() * static_cast<float>(whole.size()), {}, {}};
+        if (whole.depth < kDeepest && whole.size() < kManyLeaves) {
+            look(whole, 1, whole.first + 1, whole.last - 1, best);
+        } else if (whole.depth < kDeepest) {
+            look(whole, kChunk, whole.first / kChunk + 1, (whole.last - 1) / kChunk, best);
+            if (best.place > 0) // and around it
+                look(whole, 1, std::max(whole.first + 1, best.place - kChunk),
+                     std::min(whole.last - 1, best.place + kChunk), best);
+        }
+        if (best.place == 0) {
+            best.place = whole.first + whole.size() / 2;
+            best.before = box_of(whole.first, best.place);
+            best.behind = box_of(best.place, whole.last);
+        }
+        const Part rest = {best.place, whole.last, whole.depth + 1, best.behind};
+        whole = {whole.first, best.place, whole.depth + 1, best.before};
+        return rest;
+    }
+
+    /// Makes the nodes. Of the parts that become the children of one, those with the largest boxes are divided first.
+    void hang_leaves()
+    {
+        struct Waiting {
+            Part part;
+            int32_t node, child; ///< where it hangs
+        };
+        tree_.nodes_.reserve(static_cast<size_t>(count_) / 2 + 1);
+        Vector<Waiting> waiting;
+        waiting.push_back({{0, count_, 0, around(leaves_, leaves_ + count_)}, -1, 0});
+        int32_t hung = 0, told = 0;
+        while (!waiting.empty()) {
+            const Waiting at = waiting.back();
+            waiting.pop_back();
+            Part parts[kWidth] = {at.part};
+            int32_t n = 1;
+            if (at.part.size() <= kWidth) {
+                n = at.part.size();
+                for (int32_t i = 0; i < n; ++i)
+                    parts[i] = {at.part.first + i, at.part.first + i + 1, 0, leaves_[at.part.first + i]};
+            }
+            while (n < kWidth && at.part.size() > kWidth) {
+                Part* largest = nullptr;
+                for (Part* part = parts; part < parts + n; ++part)
+                    if (part->size() > 1 && (largest == nullptr || part->box.area() > largest->box.area()))
+                        largest = part;
+                parts[n++] = divide(*largest);
+            }
+            const auto number = static_cast<int32_t>(tree_.nodes_.size());
+            if (at.node >= 0)
+                tree_.nodes_[static_cast<size_t>(at.node)].children[at.child] = number;
+            Node node;
+            for (int32_t c = 0; c < kWidth; ++c) {
+                const Box box = c < n ? parts[c].box : Box();
+                for (int k = 0; k < 3; ++k) {
+                    node.low[k][c] = box.low[k];
+                    node.high[k][c] = box.high[k];
+                }
+                node.children[c] = -1;
+                if (c < n && parts[c].size() > 1) {
+                    waiting.push_back({parts[c], number, c});
+                } else if (c < n) {
+                    node.children[c] = codes_[parts[c].first];
+                    ++hung;
+                }
+            }
+            tree_.nodes_.push_back(node);
+            if (hung - told >= kReport) {
+                told = hung;
+                growth_.tell(0.6 + 0.4 * static_cast<double>(hung) / count_);
+            }
+        }
+    }
+
+    /// Takes memory for so many elements from the room that is left.
+    template <class T>
+    T* take(int32_t n)
+    {
+        unsigned char* const taken = next_;
+        next_ += (static_cast<size_t>(n) * sizeof(T) + kAlignment - 1) / kAlignment * kAlignment;
+        return reinterpret_cast<T*>(taken);
+    }
+
+    static constexpr size_t kAlignment = 64;
+
+    Tree& tree_;
+    const Growth& growth_;
+    int32_t n_, most_leaves_;
+    int32_t count_ = 0; ///< of leaves
+    Block<unsigned char> room_;
+    unsigned char* next_ = nullptr;
+    Box* boxes_; ///< of triangles
+    Key *keys_, *spare_;
+    Box* leaves_;
+    int32_t* codes_; ///< of leaves, as nodes have them
+    Box* chunks_;    ///< of kChunk leaves each
+    Box* behind_;    ///< a place, and all to the end of the part
+};
+
+void Tree::grow(const Growth& growth)
+{
+    Growing(*this, growth).run();
+}
+
+} // namespace korvale::door
