@@ -1,7 +1,7 @@
 // How a tree of boxes grows. Triangles are sorted along a curve that keeps neighbours together and cut into leaves of
-// up to four where the curve makes its largest steps. The row of leaves is divided again and again where the areas of the
-// boxes on both sides, times what stands in them, are least. Nothing is moved after the sort, and in long parts of the
-// row every 16th place is looked at first, so most of the time goes into reading the triangles and sorting them.
+// up to four where the curve makes its largest steps. The row of leaves is divided again and again where the areas of
+// the boxes on both sides, times what stands in them, are least. Nothing is moved after the sort, and in long parts of
+// the row every 16th place is looked at first, so most of the time goes into reading the triangles and sorting them.
 //
 // Codes along the curve have as many bits as a surface of that many triangles asks for. Triangles that share one, where
 // a model is far finer in one place than elsewhere, are sorted anew by themselves in their own box.
