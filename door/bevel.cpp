@@ -1,6 +1,12 @@
 // Solids between outlines moved sideways: a layer for each step of a profile, strips between neighbours, and a cap on
 // the first and on the last layer.
+//
+// Each outline is moved by itself, so those of a layer may cross. A layer is sound where the triangles of its cap all
+// run one way: what crossing outlines go round the wrong way, or a hole without its outer outline, takes some that run
+// the other. Where an outline overlaps itself there may be none, but one that stops at splits does not. A layer that is
+// not sound is held back to one that is, which is found by halving the distance.
 #include "data/internal/kernels.h"
+#include "door/internal/edges.h"
 #include "door/internal/mesh.h"
 #include "door/internal/offset.h"
 #include "door/internal/outlines.h"
@@ -8,36 +14,147 @@
 namespace korvale::door {
 namespace {
 
-Rings rings_of(std::span<const Outline> outlines, Seen seen)
+double largest_of(std::span<const Outline> outlines)
 {
     double largest = 0.0;
     for (const Outline& outline : outlines)
         largest = std::max(largest, largest_of(outline));
-    seen.scale = scale_to_one(largest);
+    return largest;
+}
+
+Rings rings_of(std::span<const Outline> outlines, Seen seen)
+{
+    seen.scale = scale_to_one(largest_of(outlines));
     Rings rings;
     for (const Outline& outline : outlines)
         rings.add(outline, seen);
     return rings;
 }
 
+/// What rounding may do to a layer whose largest coordinate is near 1.
+constexpr double kRounding = 1e-12;
+
+/// Whether a triangle runs clockwise, but for rounding.
+bool is_turned(const Place& a, const Place& b, const Place& c)
+{
+    const Place p = b - a, q = c - a, r = c - b;
+    const double twice = cross(p, q);
+    return twice < 0.0 && twice * twice > kRounding * kRounding * std::max({dot(p, p), dot(q, q), dot(r, r)});
+}
+
+/// Whether the ends of `f` lie on either side of the line through `e`, but for rounding.
+bool does_part(const Edge& e, const Edge& f)
+{
+    const Place along = e.to - e.from;
+    const double first = cross(along, f.from - e.from), second = cross(along, f.to - e.from);
+    const double nearer = std::min(std::fabs(first), std::fabs(second));
+    return (first < 0.0) != (second < 0.0) && nearer * nearer > kRounding * kRounding * dot(along, along);
+}
+
+bool does_cross_itself(std::span<const Place> ring)
+{
+    Vector<Edge> list;
+    list.reserve(ring.size());
+    for (size_t i = 0; i < ring.size(); ++i)
+        if (const Edge e = {ring[i], ring[i + 1 < ring.size() ? i + 1 : 0]}; e.from != e.to)
+            list.push_back(e);
+    if (list.size() < 4)
+        return false;
+    const EdgeTree edges(std::move(list));
+    bool found = false;
+    for (size_t i = 0; i < edges.size() && !found; ++i)
+        edges.for_each_near(
+            i, [&](size_t k) { found = found || (does_part(edges[i], edges[k]) && does_part(edges[k], edges[i])); });
+    return found;
+}
+
 class Bevel {
 public:
     Bevel(std::span<const Outline> outlines, bool split, korvale_mesh& mesh)
         : outlines_(outlines), split_(split), mesh_(mesh), borders_(outlines.size()), seen_(seen_upright(outlines[0])),
-          rings_(rings_of(outlines, seen_))
+          rings_(rings_of(outlines, seen_)), points_(rings_.places.size())
     {
     }
 
-    /// Makes the layer of a step.
-    void move(const korvale_bevel_step& step)
+    /// What crosses at some distance crosses at all larger ones, so the layers that go farthest tell of all others.
+    void run(std::span<const korvale_bevel_step> profile)
     {
-        sweep_.move(outlines_, {step.distance, step.height, true, split_}, borders_);
-        // Without splits an outline that has collapsed may be inside out.
-        if (!split_ && std::any_of(borders_.begin(), borders_.end(), [](const Border& b) { return b.collapsed; }))
-            sweep_.move(outlines_, {step.distance, step.height, true, true}, borders_);
+        const auto [inmost, outmost] =
+            std::ranges::minmax_element(profile, {}, [](const korvale_bevel_step& step) { return step.distance; });
+        Range range;
+        build(profile, range);
+        const bool is_held_inwards = inmost->distance < 0.0 && !is_sound(step_number(profile, *inmost));
+        const bool is_held_outwards = outmost->distance > 0.0 && !is_sound(step_number(profile, *outmost));
+        if (!is_held_inwards && !is_held_outwards)
+            return;
+        if (is_held_inwards)
+            range.inwards = find_most(inmost->distance);
+        if (is_held_outwards)
+            range.outwards = find_most(outmost->distance);
+        build(profile, range);
     }
 
-    /// Adds the points of the layer, and joins them to those of the one before.
+private:
+    struct Range {
+        double inwards = -std::numeric_limits<double>::infinity(), outwards = std::numeric_limits<double>::infinity();
+    };
+
+    static size_t step_number(std::span<const korvale_bevel_step> profile, const korvale_bevel_step& step)
+    {
+        return static_cast<size_t>(&step - profile.data());
+    }
+
+    /// Makes a layer for each step, none of them out of the range, and closes the first and the last.
+    void build(std::span<const korvale_bevel_step> profile, const Range& range)
+    {
+        mesh_.points.clear();
+        mesh_.triangles.clear();
+        mesh_.reached.clear();
+        for (size_t i = 0; i < profile.size(); ++i) {
+            const double distance = std::clamp(profile[i].distance, range.inwards, range.outwards);
+            const korvale_bevel_step step = {distance, profile[i].height};
+            move(step, split_);
+            if (!split_ && !is_sound_without_splits())
+                move(step, true);
+            if (!are_finite())
+                throw Refusal("profile", "keep points where there are numbers for them",
+                              Text() << "its step " << i << " moves some beyond");
+            add_layer();
+            mesh_.reached.push_back(distance);
+            if (i == 0) {
+                first_cap_ = cut(layer(0), rings_);
+                add_cap(first_cap_, true);
+            }
+        }
+        last_cap_ = cut(layer(profile.size() - 1), rings_);
+        add_cap(last_cap_, false);
+    }
+
+    /// Without splits outlines may cross themselves, and one that has collapsed may be inside out.
+    bool is_sound_without_splits() const
+    {
+        if (!are_finite() || std::ranges::any_of(borders_, [](const Border& border) { return border.collapsed; }))
+            return false;
+        const Rings rings = latest_layer();
+        for (size_t k = 0; k < rings.size(); ++k)
+            if (does_cross_itself(rings[k]))
+                return false;
+        return is_sound(rings);
+    }
+
+    void move(const korvale_bevel_step& step, bool split)
+    {
+        sweep_.move(outlines_, {step.distance, step.height, true, split}, borders_);
+    }
+
+    bool are_finite() const
+    {
+        return std::ranges::all_of(borders_, [](const Border& border) {
+            return inside::are_finite(border.points.data()->data(), 3 * static_cast<int64_t>(border.size));
+        });
+    }
+
+    /// Adds the points of the latest layer, and joins them to those of the one before.
     void add_layer()
     {
         const auto here = static_cast<int32_t>(mesh_.points.size());
@@ -52,20 +169,67 @@ public:
         }
     }
 
-    /// Closes the layer, which has been added last.
-    void add_cap(bool is_bottom)
+    /// Closes the layer that has been added last.
+    void add_cap(const Vector<Triangle>& cap, bool is_bottom)
     {
-        Vector<Outline> layer;
-        for (const Border& border : borders_)
-            layer.push_back(border.outline());
-        const Rings rings = rings_of(layer, seen_);
-        const auto first = static_cast<int32_t>(mesh_.points.size() - rings.places.size());
-        // Rounding would say which way an outline runs that has vanished, and strips would not always meet the cap.
-        for (const Triangle& t : cut(rings, rings_))
+        const auto first = static_cast<int32_t>(mesh_.points.size() - points_);
+        for (const Triangle& t : cap)
             mesh_.triangles.push_back({first + t[0], first + t[is_bottom ? 2 : 1], first + t[is_bottom ? 1 : 2]});
     }
 
-private:
+    /// The outlines of the layer of a step, or of the latest one made.
+    ///@{
+    Rings layer(size_t step) const
+    {
+        Vector<Outline> outlines;
+        const Point* from = mesh_.points.data() + step * points_;
+        for (const Outline& outline : outlines_) {
+            outlines.emplace_back(from, outline.size());
+            from += outline.size();
+        }
+        return rings_of(outlines, seen_);
+    }
+    Rings latest_layer() const
+    {
+        Vector<Outline> outlines;
+        for (const Border& border : borders_)
+            outlines.push_back(border.outline());
+        return rings_of(outlines, seen_);
+    }
+    ///@}
+
+    /// The farthest distance, but for a millionth of it, up to which layers are sound; 0 where it is next to nothing.
+    double find_most(double distance)
+    {
+        constexpr double kNear = 1e-06;
+        const double nothing = 1e-09 * extent_of(outlines_[0]).half;
+        double sound = 0.0, not_sound = distance;
+        while (std::fabs(not_sound - sound) > kNear * std::fabs(sound)) {
+            if (std::fabs(not_sound) < nothing)
+                return 0.0;
+            const double middle = 0.5 * sound + 0.5 * not_sound;
+            move({middle, 0.0}, true);
+            (is_sound(latest_layer()) ? sound : not_sound) = middle;
+        }
+        return sound;
+    }
+
+    bool is_sound(size_t step) const
+    {
+        const Rings rings = layer(step);
+        if (step == 0)
+            return is_sound(rings, first_cap_);
+        return step + 1 == mesh_.reached.size() ? is_sound(rings, last_cap_) : is_sound(rings);
+    }
+    bool is_sound(const Rings& rings) const { return is_sound(rings, cut(rings, rings_)); }
+
+    static bool is_sound(const Rings& rings, const Vector<Triangle>& cap)
+    {
+        const auto place = [&](int32_t i) -> const Place& { return rings.places[static_cast<size_t>(i)]; };
+        return std::ranges::none_of(
+            cap, [&](const Triangle& t) { return is_turned(place(t[0]), place(t[1]), place(t[2])); });
+    }
+
     std::span<const Outline> outlines_;
     bool split_;
     korvale_mesh& mesh_;
@@ -73,6 +237,10 @@ private:
     Vector<Border> borders_; // of the latest layer
     Seen seen_;              // from where the outer outline runs counter-clockwise
     Rings rings_;            // of the outlines
+    size_t points_;          // of a layer
+    // Rounding would say which way an outline of a layer runs that has vanished, and strips would not always meet the
+    // cap: it is cut as the outlines run.
+    Vector<Triangle> first_cap_, last_cap_;
 };
 
 void require_profile(const korvale_bevel_step* profile, int64_t steps)
@@ -92,14 +260,6 @@ void require_room(int64_t steps, int64_t points)
     if (steps > kMost / points)
         throw Refusal("profile", Text() << "have at most " << kMost / points << " steps for " << points << " points",
                       Text() << "it has " << steps);
-}
-
-void require_finite_layer(const korvale_mesh& mesh, int64_t points, int64_t step)
-{
-    const auto first = mesh.points.size() - static_cast<size_t>(points);
-    if (!inside::are_finite(mesh.points[first].data(), 3 * points))
-        throw Refusal("profile", "keep points where there are numbers for them",
-                      Text() << "its step " << step << " moves some beyond");
 }
 
 } // namespace
@@ -135,15 +295,7 @@ korvale_status korvale_bevel(const korvale_points* outlines, int64_t count, cons
         Handle<korvale_mesh> made(make_handle<korvale_mesh>());
         (*made).points.reserve(static_cast<size_t>(steps * points));
         (*made).triangles.reserve(2 * static_cast<size_t>(steps * points + 2 * count));
-        Bevel bevel(views, how.split != 0, *made);
-        for (int64_t i = 0; i < steps; ++i) {
-            bevel.move(profile[i]);
-            bevel.add_layer();
-            require_finite_layer(*made, points, i);
-            if (i == 0)
-                bevel.add_cap(true);
-        }
-        bevel.add_cap(false);
+        Bevel(views, how.split != 0, *made).run({profile, static_cast<size_t>(steps)});
         weld(*made);
         turn_outwards(*made);
         *mesh = made.release();

@@ -28,21 +28,23 @@ void weld(korvale_mesh& mesh)
 {
     const Vector<int32_t> first = first_at_place(mesh.points);
     Vector<int32_t> number(mesh.points.size(), -1); // among the points that stay
-    korvale_mesh out;
+    Vector<Point> points;
+    Vector<Triangle> triangles;
     for (const Triangle& t : mesh.triangles) {
         Triangle welded = {};
         for (size_t k = 0; k < 3; ++k) {
             const auto at = static_cast<size_t>(first[static_cast<size_t>(t[k])]);
             if (number[at] < 0) {
-                number[at] = static_cast<int32_t>(out.points.size());
-                out.points.push_back(mesh.points[at]);
+                number[at] = static_cast<int32_t>(points.size());
+                points.push_back(mesh.points[at]);
             }
             welded[k] = number[at];
         }
         if (welded[0] != welded[1] && welded[1] != welded[2] && welded[2] != welded[0])
-            out.triangles.push_back(welded);
+            triangles.push_back(welded);
     }
-    mesh = std::move(out);
+    mesh.points = std::move(points);
+    mesh.triangles = std::move(triangles);
 }
 
 void turn_outwards(korvale_mesh& mesh)
@@ -158,6 +160,13 @@ korvale_triangles korvale_mesh_view(const korvale_mesh* mesh)
         return {};
     return {{mesh->points.data(), static_cast<int64_t>(mesh->points.size()), 0, 3, KORVALE_DOUBLE},
             {mesh->triangles.data(), 3 * static_cast<int64_t>(mesh->triangles.size()), 0, KORVALE_INT32}};
+}
+
+const double* korvale_mesh_reached(const korvale_mesh* mesh, int64_t* count)
+{
+    if (count != nullptr)
+        *count = mesh == nullptr ? 0 : static_cast<int64_t>(mesh->reached.size());
+    return mesh == nullptr || mesh->reached.empty() ? nullptr : mesh->reached.data();
 }
 
 void korvale_mesh_free(korvale_mesh* mesh)

@@ -340,6 +340,11 @@ typedef struct korvale_mesh korvale_mesh;
 /// KORVALE_INT32 a triangle. They are good until it is released; all is zero of null.
 KORVALE_C_API korvale_triangles korvale_mesh_view(const korvale_mesh* mesh);
 
+/// The distance that the layer of each step of a bevel has reached, [*count], in memory of the mesh that is good until
+/// it is released: the distance asked for, unless the step was held back. Null and 0 of other meshes. `count` may be
+/// null.
+KORVALE_C_API const double* korvale_mesh_reached(const korvale_mesh* mesh, int64_t* count);
+
 /// Releases a mesh.
 KORVALE_C_API void korvale_mesh_free(korvale_mesh* mesh);
 
@@ -361,10 +366,13 @@ KORVALE_C_API void korvale_bevel_defaults(korvale_bevel_options* options, size_t
 /// A closed mesh from an outline with holes, `count` in all, and a profile: a layer for each of `steps` steps, strips
 /// between neighbours, a cap on the first and on the last layer. Makes it in `*mesh`, null on failure.
 ///
-/// Each layer is that of `korvale_offsetter_run`, so edges that shrink to nothing close like the hips of a roof. A
-/// layer in which an outline collapses without `split` is made with it, as it may be inside out. Points at exactly one
-/// place are one. No random number is drawn, and outlines may have any size, as those of `korvale_offset`. Outlines do
-/// not see each other: where a step makes them cross, as a stroke moved in by more than half its width, caps overlap.
+/// Each layer is that of `korvale_offsetter_run`, so edges that shrink to nothing close like the hips of a roof. A step
+/// that would make outlines cross, as a stroke moved in by more than half its width, is held back: it keeps its height
+/// and goes as far, to a millionth, as they do not, and `korvale_mesh_reached` tells how far that is. A layer that
+/// would cross itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do.
+///
+/// Points at exactly one place are one. No random number is drawn, and outlines may have any size, as those of
+/// `korvale_offset`.
 ///
 /// Refuses fewer than two steps, no outline, fewer than three points, numbers that are not finite, and steps that move
 /// points farther than numbers go.

@@ -6,6 +6,7 @@
 struct korvale_mesh {
     korvale::door::Vector<korvale::door::Point> points;
     korvale::door::Vector<korvale::door::Triangle> triangles;
+    korvale::door::Vector<double> reached; ///< the distance of each layer of a bevel
 };
 
 namespace korvale::door {

@@ -213,13 +213,17 @@ def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True) -> Mesh:
     profile: (S, 2), at least two steps (distance outwards, height along the normal): a layer for each, strips between
         neighbours, a cap on the first and on the last.
 
-    Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A layer in
-    which an outline collapses without `split` is made with it. The triangles face outwards. Vertices at exactly one
-    place are one vertex. Outlines may have any size; no random number is drawn. They do not see each other: where a
-    step makes them cross, as a stroke moved in by more than half its width, caps overlap.
+    Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A step that
+    would make outlines cross, as a stroke moved in by more than half its width, is held back: it keeps its height and
+    goes as far, to a millionth, as they do not, and `Mesh.reached` tells how far that is. A layer that would cross
+    itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do. The triangles
+    face outwards. Vertices at exactly one place are one vertex. Outlines may have any size; no random number is drawn.
 
     >>> korvale.bevel([(0, 0), (4, 0), (4, 4), (0, 4)], [(0, 0), (0, 8), (-1, 9)])  # a wall with a chamfer
     <korvale.Mesh of 12 vertices, 20 triangles>
+    >>> frame = [[(0, 0), (10, 0), (10, 10), (0, 10)], [(2, 2), (8, 2), (8, 8), (2, 8)]]
+    >>> korvale.bevel(frame, [(0, 0), (0, 3), (-0.5, 4), (-1.5, 5)]).reached.round(3)  # it is 2 wide
+    array([ 0. ,  0. , -0.5, -1. ])
     """
     steps = _input.array(profile, "bevel", "profile", "be steps, (S, 2)")
     if steps.ndim != 2 or steps.shape[1] != 2:

@@ -25,6 +25,12 @@ py::array triangles_of(py::object self)
                    self);
 }
 
+py::array reached_of(py::object self)
+{
+    std::vector<double>& reached = self.cast<Mesh&>().reached;
+    return view_of(reached.data(), {static_cast<py::ssize_t>(reached.size())}, self);
+}
+
 Mesh mesh_of(const py::object& vertices, const py::object& triangles)
 {
     const PointsIn points(vertices, "Mesh", "vertices");
@@ -38,6 +44,19 @@ Mesh mesh_of(const py::object& vertices, const py::object& triangles)
     std::ranges::copy(points.view().coordinates(), mesh.vertices.empty() ? nullptr : mesh.vertices[0].data());
     mesh.triangles.resize(triangle_count);
     std::copy_n(numbers, 3 * triangle_count, mesh.triangles.empty() ? nullptr : mesh.triangles[0].data());
+    return mesh;
+}
+
+py::tuple state_of(py::object self)
+{
+    return py::make_tuple(vertices_of(self), triangles_of(self), reached_of(self));
+}
+
+Mesh restored(const py::tuple& state)
+{
+    Mesh mesh = mesh_of(state[0], state[1]);
+    const auto reached = state[2].cast<py::array_t<double, py::array::c_style>>();
+    mesh.reached.assign(reached.data(), reached.data() + reached.size());
     return mesh;
 }
 
@@ -144,6 +163,9 @@ void bind_mesh(py::module_& m)
         .def(py::init(&mesh_of), py::arg("vertices"), py::arg("triangles"))
         .def_property_readonly("vertices", &vertices_of, "float64 (V, 3); the mesh's own memory.")
         .def_property_readonly("triangles", &triangles_of, "int32 (T, 3): the vertices of each triangle.")
+        .def_property_readonly("reached", &reached_of,
+                               "float64 (S,): the distance that each step of a bevel has reached, the one asked for "
+                               "unless it was held back; empty for other meshes.")
         .def_property_readonly("faces", &triangles_of, "The triangles, by the name other packages have for them.")
         .def_property_readonly(
             "normals", &normals_of,
@@ -178,9 +200,7 @@ void bind_mesh(py::module_& m)
                  return "<korvale.Mesh of " + detail::text_of(self.vertices.size()) + " vertices, " +
                         detail::counted(self.triangles.size(), "triangle") + ">";
              })
-        .def("__reduce__", [](py::object self) {
-            return py::make_tuple(py::type::of(self), py::make_tuple(vertices_of(self), triangles_of(self)));
-        });
+        .def(py::pickle(&state_of, &restored));
     m.def("bevel", &bevel_of);
     m.def("tube", &tube_of);
     m.def("triangulate", &triangulate_of);

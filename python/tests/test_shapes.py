@@ -208,6 +208,15 @@ class SolidTest(RefusingTest):
         self.assertEqual((mesh.triangles.shape[1], mesh.triangles.dtype), (3, numpy.int32))
         self.assertEqual(mesh.faces.tolist(), mesh.triangles.tolist())
 
+    def test_tells_how_far_a_bevel_has_come(self):
+        mesh = korvale.bevel([SQUARE, HOLE], [(0, 0), (-0.25, 1), (-0.75, 2)])  # a frame 1 wide
+        self.assertEqual(mesh.reached[:2].tolist(), [0, -0.25])
+        self.assertAlmostEqual(mesh.reached[2], -0.5, delta=1e-6)
+        self.assertGreater(mesh.volume, 0)
+        for twin in (copy.copy(mesh), pickle.loads(pickle.dumps(mesh))):
+            self.assertEqual(twin.reached.tolist(), mesh.reached.tolist())
+        self.assertEqual(korvale.Mesh(*mesh).reached.tolist(), [])
+
     def test_meshes_compare_copy_and_pickle(self):
         mesh = korvale.bevel(SQUARE, [(0, 0), (0, 2)])
         vertices, triangles = mesh

@@ -59,6 +59,27 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status tells_how_far_a_bevel_has_come(void)
+{
+    const double plate[] = {0, 0, 10, 0, 10, 10, 0, 10}, hole[] = {2, 2, 8, 2, 8, 8, 2, 8};
+    const korvale_points shape[] = {{.data = plate, .count = 4, .dim = 2}, {.data = hole, .count = 4, .dim = 2}};
+    const korvale_bevel_step profile[] = {{0, 0}, {-0.5, 1}, {-1.5, 2}};
+    const double* reached;
+    int64_t count = -1;
+    korvale_mesh* mesh = NULL;
+    korvale_error error;
+    TRY_MAKING(mesh, korvale_bevel(shape, 2, profile, 3, NULL, &mesh, &error));
+    reached = korvale_mesh_reached(mesh, &count);
+    CHECK(count == 3);
+    CHECK_NUMBERS(reached, 0, -0.5);
+    CHECK(reached[2] > -1 && reached[2] < -0.99999);
+    CHECK(korvale_mesh_reached(NULL, &count) == NULL && count == 0);
+    CHECK(korvale_mesh_reached(mesh, NULL) == reached);
+done:
+    korvale_mesh_free(mesh);
+    return (korvale_status)error.status;
+}
+
 static korvale_status makes_a_tube(void)
 {
     const double path[] = {0, 0, 0, 0, 0, 5}, section[] = {1, 0, 0, 1, -1, 0, 0, -1};
@@ -73,6 +94,7 @@ static korvale_status makes_a_tube(void)
     triangles = korvale_mesh_view(mesh);
     CHECK(triangles.points.count == 8 && triangles.corners.count == 3 * 8);
     CHECK(((const double*)triangles.points.data)[23] == 5);
+    CHECK(korvale_mesh_reached(mesh, NULL) == NULL);
 done:
     korvale_mesh_free(mesh);
     return (korvale_status)error.status;
@@ -81,6 +103,7 @@ done:
 void mesh_tests(void)
 {
     RUN(bevels_a_plate_with_a_hole);
+    RUN(tells_how_far_a_bevel_has_come);
     RUN(makes_a_tube);
     RUN(measures_a_box);
 }

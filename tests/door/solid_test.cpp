@@ -1,7 +1,9 @@
 // Solids of outlines and paths.
 #include <korvale.h>
 
+#include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <map>
 #include <thread>
 
@@ -26,6 +28,7 @@ struct Solid {
     Numbers points;
     std::vector<int32_t> corners;
     double volume = 0;
+    Numbers reached;
     bool operator==(const Solid&) const = default;
 };
 
@@ -34,7 +37,12 @@ Solid taken(korvale_mesh* mesh)
     const korvale_triangles view = korvale_mesh_view(mesh);
     const auto* const points = static_cast<const double*>(view.points.data);
     const auto* const corners = static_cast<const int32_t*>(view.corners.data);
-    Solid solid = {{points, points + 3 * view.points.count}, {corners, corners + view.corners.count}};
+    int64_t steps = 0;
+    const double* const reached = korvale_mesh_reached(mesh, &steps);
+    Solid solid = {{points, points + 3 * view.points.count},
+                   {corners, corners + view.corners.count},
+                   0,
+                   {reached, reached + steps}};
     EXPECT_EQ(korvale_mesh_volume(&view, &solid.volume, nullptr), KORVALE_OK); // which closed meshes have
     korvale_mesh_free(mesh);
     return solid;
@@ -109,6 +117,92 @@ Numbers star(Random& random, int corners, double x, double y, double size)
     }
     return outline;
 }
+
+/// The letters and signs of a serif face, 1000 units per em, with their holes.
+std::vector<Outlines> letters()
+{
+    std::ifstream file(KORVALE_EXAMPLE_DATA "/serif-bold.txt");
+    std::vector<Outlines> letters;
+    std::string word, line;
+    while (file >> word)
+        if (word == "outer" || word == "hole") {
+            int points = 0;
+            file >> points;
+            if (word == "outer")
+                letters.emplace_back();
+            Numbers& outline = letters.back().emplace_back();
+            for (double x = 0, y = 0; points > 0 && file >> x >> y; --points)
+                outline.insert(outline.end(), {x, y, 0});
+        } else {
+            std::getline(file, line);
+        }
+    return letters;
+}
+
+/// Twice the area of a triangle seen from above.
+double doubled_area(const double* a, const double* b, const double* c)
+{
+    return (b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0]);
+}
+
+double distance(const double* a, const double* b)
+{
+    return std::hypot(b[0] - a[0], b[1] - a[1]);
+}
+
+/// A solid whose steps have heights of their own, looked at plainly.
+struct Look {
+    const Solid& solid;
+    double size; ///< of its outlines
+
+    using Edge = std::pair<int32_t, int32_t>;
+
+    const double* point(int32_t i) const { return &solid.points[3 * static_cast<size_t>(i)]; }
+
+    bool is_closed() const
+    {
+        std::map<Edge, int> balance;
+        for (size_t i = 0; i < solid.corners.size(); ++i) {
+            const int32_t a = solid.corners[i], b = solid.corners[i % 3 == 2 ? i - 2 : i + 1];
+            balance[std::minmax(a, b)] += a < b ? 1 : -1;
+        }
+        return std::ranges::all_of(balance, [](const auto& edge) { return edge.second == 0; });
+    }
+
+    /// Whether the triangles at a height face up, or down, and do not overlap. Lengths below a billionth count as
+    /// nothing.
+    bool has_sound_cap(double height, bool up) const
+    {
+        const double slack = 1e-9 * size;
+        std::map<Edge, int> balance;
+        for (size_t t = 0; t < solid.corners.size(); t += 3) {
+            const int32_t corners[] = {solid.corners[t], solid.corners[t + (up ? 1 : 2)],
+                                       solid.corners[t + (up ? 2 : 1)]};
+            const double *const a = point(corners[0]), *const b = point(corners[1]), *const c = point(corners[2]);
+            if (a[2] != height || b[2] != height || c[2] != height)
+                continue;
+            if (doubled_area(a, b, c) < -slack * std::max({distance(a, b), distance(b, c), distance(c, a)}))
+                return false;
+            for (int k = 0; k < 3; ++k)
+                ++balance[{corners[k], corners[(k + 1) % 3]}];
+        }
+        std::vector<Edge> rim;
+        for (const auto& [edge, times] : balance)
+            if (const auto back = balance.find({edge.second, edge.first}); back == balance.end())
+                rim.insert(rim.end(), static_cast<size_t>(times), edge);
+        const auto parts = [&](const Edge& e, const Edge& f) {
+            const double *const a = point(e.first), *const b = point(e.second), length = distance(a, b);
+            const double p = doubled_area(a, b, point(f.first)) / length,
+                         q = doubled_area(a, b, point(f.second)) / length;
+            return std::min(p, q) < -slack && std::max(p, q) > slack;
+        };
+        for (size_t i = 0; i < rim.size(); ++i)
+            for (size_t k = 0; k < i; ++k)
+                if (parts(rim[i], rim[k]) && parts(rim[k], rim[i]))
+                    return false;
+        return true;
+    }
+};
 
 const Numbers kDiamond = {1, 0, 0, 0, 1, 0, -1, 0, 0, 0, -1, 0};
 
@@ -208,6 +302,95 @@ TEST(DoorBevel, IsClosedWhereARoofEndsInALine)
         const Solid roof = bevelled({plan}, {{0, 0}, {-1, 1}}); // the ridge is as narrow as rounding makes it
         ASSERT_GT(roof.volume, 1) << "round " << round;
     }
+}
+
+TEST(DoorBevel, AStepThatMakesOutlinesCrossIsHeldBack)
+{
+    const Outlines frame = {{0, 0, 0, 10, 0, 0, 10, 10, 0, 0, 10, 0}, {2, 2, 0, 8, 2, 0, 8, 8, 0, 2, 8, 0}};
+    const Solid solid = bevelled(frame, {{0, 0}, {-0.5, 1}, {-1.5, 2}, {-7, 3}, {-0.75, 4}});
+    ASSERT_EQ(solid.reached.size(), 5u);
+    EXPECT_EQ(solid.reached[0], 0);
+    EXPECT_EQ(solid.reached[1], -0.5);
+    EXPECT_GT(solid.reached[2], -1);
+    EXPECT_LT(solid.reached[2], -0.999999);
+    EXPECT_EQ(solid.reached[3], solid.reached[2]);
+    EXPECT_EQ(solid.reached[4], -0.75);
+    EXPECT_TRUE((Look{solid, 10}.has_sound_cap(4, true)));
+    const auto area = [](double distance) {
+        return (10 + 2 * distance) * (10 + 2 * distance) - (6 - 2 * distance) * (6 - 2 * distance);
+    };
+    const Solid chamfer = bevelled(frame, {{0, 0}, {-1.5, 2}});
+    EXPECT_NEAR(chamfer.reached[1], -1, 1e-6);
+    EXPECT_NEAR(chamfer.volume, (area(0) + area(-1)) / 2 * 2, 1e-4); // the area falls evenly
+}
+
+TEST(DoorBevel, AHoleIsNotLeftWithoutItsOuterOutline)
+{
+    // The waist gives way at 1, and with it the right part, which is the smaller one.
+    const Numbers waist = {0,  0,  0, 10, 0,  0, 10, 4, 0, 14, 4, 0, 14, 0,  0, 22, 0,  0,
+                           22, 10, 0, 14, 10, 0, 14, 6, 0, 10, 6, 0, 10, 10, 0, 0,  10, 0};
+    const Numbers left = {4, 4, 0, 6, 4, 0, 6, 6, 0, 4, 6, 0}, right = {17, 4, 0, 18, 4, 0, 18, 5, 0, 17, 5, 0};
+    const Profile profile = {{0, 0}, {-1.25, 2}};
+    EXPECT_EQ(bevelled({waist}, profile).reached[1], -1.25);
+    EXPECT_EQ(bevelled({waist, left}, profile).reached[1], -1.25);
+    const Solid held = bevelled({waist, left, right}, profile);
+    EXPECT_NEAR(held.reached[1], -1, 1e-6);
+    EXPECT_TRUE((Look{held, 22}.has_sound_cap(2, true)));
+}
+
+TEST(DoorBevel, OutlinesThatTouchDoNotMoveTowardsEachOther)
+{
+    const Outlines shape = {square(8), {0, 4, 0, 2, 2, 0, 4, 4, 0, 2, 6, 0}};
+    EXPECT_EQ(bevelled(shape, {{0, 0}, {-1, 1}}).reached[1], 0);
+    EXPECT_EQ(bevelled(shape, {{0, 0}, {0.5, 1}}).reached[1], 0.5);
+}
+
+TEST(DoorBevel, RoofsGoAsFarAsAsked)
+{
+    EXPECT_THAT(bevelled({square(4)}, {{0, 0}, {-2, 2}}).reached, ElementsAre(0, -2));
+    EXPECT_THAT(bevelled({square(4)}, {{0, 0}, {-3, 2}}, false).reached, ElementsAre(0, -3));
+    const Solid ridge = bevelled({{0, 0, 0, 10, 0, 0, 10, 4, 0, 0, 4, 0}}, {{0, 0}, {-2, 2}});
+    EXPECT_EQ(ridge.reached[1], -2);
+    EXPECT_NEAR(ridge.volume, 40 - 16.0 / 3, 1e-12);
+}
+
+TEST(DoorBevel, CapsOfLettersDoNotOverlap)
+{
+    int held = 0, reached = 0;
+    for (const Outlines& letter : letters())
+        for (const double distance : {-200, -80, -40, -20, 60})
+            for (const bool split : {false, true}) {
+                const Solid solid = bevelled(letter, {{0, 0}, {distance, 50}}, split);
+                const Look look = {solid, 1000};
+                ASSERT_TRUE(look.is_closed());
+                ASSERT_GT(solid.volume, 0);
+                ASSERT_TRUE(look.has_sound_cap(50, true)) << distance;
+                ++(solid.reached[1] == distance ? reached : held);
+            }
+    EXPECT_GT(held, 150);
+    EXPECT_GT(reached, 700);
+}
+
+TEST(DoorBevel, CapsOfPlatesWithHolesDoNotOverlap)
+{
+    Random random(1275);
+    int held = 0;
+    for (int round = 0; round < rounds(300); ++round) {
+        Outlines shape = {star(random, random.between(5, 40), 0, 0, 40)};
+        for (int hole = random.between(0, 4); hole > 0; --hole)
+            shape.push_back(star(random, random.between(3, 12), 9.0 * hole - 24, 3.0 * (hole - 2), 3));
+        const double distance = random.uniform(-15, 5);
+        const Solid solid = bevelled(shape, {{0, 0}, {distance, 5}}, random.one_in(2));
+        const Look look = {solid, 40};
+        ASSERT_TRUE(look.is_closed()) << "round " << round;
+        ASSERT_GT(solid.volume, 0) << "round " << round;
+        if (look.has_sound_cap(0, false)) // else the outlines themselves cross
+            ASSERT_TRUE(look.has_sound_cap(5, true)) << "round " << round;
+        else
+            ASSERT_TRUE(solid.reached[1] == distance || solid.reached[1] == 0) << "round " << round;
+        held += solid.reached[1] != distance;
+    }
+    EXPECT_GT(held, rounds(300) / 6);
 }
 
 TEST(DoorBevel, CapsCoverWhatIsLeftWhereHolesVanish)

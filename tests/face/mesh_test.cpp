@@ -74,6 +74,19 @@ TEST(FaceMesh, SaysWhatItRefuses)
               "Mesh::bounds: triangles must name vertices 0 to 7, but its corner 1 is 8");
 }
 
+TEST(FaceBevel, TellsHowFarEachStepHasCome)
+{
+    Mesh mesh = bevel(kPlate, {{0, 0}, {-1, 1}, {-2, 2}}); // a frame 3 wide
+    ASSERT_EQ(mesh.reached.size(), 3u);
+    EXPECT_EQ(mesh.reached[1], -1);
+    EXPECT_NEAR(mesh.reached[2], -1.5, 1.5e-6);
+    EXPECT_TRUE(is_closed(mesh));
+    const Mesh same = mesh;
+    mesh.reached.clear();
+    EXPECT_EQ(mesh, same); // which is about the triangles
+    EXPECT_TRUE(tube(kPlate[0], kPlate[1]).reached.empty());
+}
+
 TEST(FaceBevel, ClosesAPlateWithAHole)
 {
     const Mesh mesh = bevel(kPlate, kWall);

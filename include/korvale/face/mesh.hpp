@@ -25,6 +25,9 @@ struct Mesh {
     std::vector<Point> vertices;     ///< shared by the triangles
     std::vector<Triangle> triangles; ///< numbers of vertices
 
+    /// Of `bevel`: the distance that each step has reached, the one asked for unless it was held back. Else empty.
+    std::vector<double> reached = {};
+
     /// The unit normal of each triangle, on the side from which it runs counter-clockwise; 0 0 0 where it has no area.
     std::vector<Point> normals() const { return try_normals().value(); }
 
@@ -77,7 +80,10 @@ struct Mesh {
     ///@}
 
     /// The same vertices and triangles, in the same order.
-    friend bool operator==(const Mesh&, const Mesh&) = default;
+    friend bool operator==(const Mesh& a, const Mesh& b)
+    {
+        return a.vertices == b.vertices && a.triangles == b.triangles;
+    }
 };
 
 namespace detail {
@@ -101,7 +107,10 @@ inline Mesh taken(korvale_mesh* made)
     const korvale_triangles view = korvale_mesh_view(made);
     const auto* const points = static_cast<const Point*>(view.points.data);
     const auto* const corners = static_cast<const Triangle*>(view.corners.data);
-    return {{points, points + view.points.count}, {corners, corners + view.corners.count / 3}};
+    std::int64_t steps = 0;
+    const double* const reached = korvale_mesh_reached(made, &steps);
+    return {
+        {points, points + view.points.count}, {corners, corners + view.corners.count / 3}, {reached, reached + steps}};
 }
 
 } // namespace detail
@@ -203,11 +212,13 @@ inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> prof
 /// A closed mesh from an outline with holes and a profile: a layer for each step, strips between neighbours, a cap on
 /// the first and on the last layer. Its triangles face outwards.
 ///
-/// Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A layer in
-/// which an outline collapses without `split` is made with it, as it may be inside out. Vertices at exactly one place
-/// are one vertex of the mesh. No random number is drawn, and outlines may have any size, as those of `offset`.
-/// Outlines do not see each other: where a step makes them cross, as a stroke moved in by more than half its width,
-/// caps overlap.
+/// Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A step that
+/// would make outlines cross, as a stroke moved in by more than half its width, is held back: it keeps its height and
+/// goes as far, to a millionth, as they do not, and `Mesh::reached` tells how far that is. A layer that would cross
+/// itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do.
+///
+/// Vertices at exactly one place are one vertex of the mesh. No random number is drawn, and outlines may have any size,
+/// as those of `offset`.
 ///
 /// ```
 /// const korvale::Mesh solid = korvale::bevel(letter, {{0, 0}, {0, 8}, {-1, 9}}); // a wall with a chamfer on top
