@@ -124,35 +124,41 @@ private:
         return above == status_.begin() ? -1 : *std::prev(above);
     }
 
-    /// Joins the hole that begins with an event: to a corner at the same place if there is one. Where more than a few
-    /// corners share a place not all are asked.
+    /// Joins the hole that begins with an event: to a corner at the same place if there is one. Several corners may
+    /// share a place, where holes touch, and only between the edges of one of them there is room for the hole, or for
+    /// the bridge to it. Where more than a few share a place not all are asked.
     void build(size_t event, int32_t floor)
     {
         const int32_t v = events_[event];
-        const Place& next = place(after_[static_cast<size_t>(v)]);
+        const Place &before = place(before_[static_cast<size_t>(v)]), &after = place(after_[static_cast<size_t>(v)]);
         int32_t tries = 0;
         for (size_t i = event; i > 0 && place(events_[i - 1]) == place(v) && tries < kMostAtOnePlace; --i)
-            if (const int32_t copy = copy_that_sees(next, events_[i - 1], tries); copy >= 0)
+            if (const int32_t copy = copy_with_room(before, after, events_[i - 1], tries); copy >= 0)
                 return join(copy, v);
         const int32_t helper = floor >= 0 ? floors_[static_cast<size_t>(floor)].helper : 0;
         tries = 0;
-        const int32_t copy = copy_that_sees(place(v), helper, tries);
+        int32_t copy = copy_with_room(place(v), place(v), helper, tries);
+        const auto done = std::span(events_).first(event);
+        for (auto i = std::ranges::lower_bound(done, place(helper), is_before, [&](int32_t k) { return place(k); });
+             copy < 0 && i != done.end() && place(*i) == place(helper) && tries < kMostAtOnePlace; ++i)
+            copy = copy_with_room(place(v), place(v), *i, tries);
         join(copy >= 0 ? copy : helper, v);
     }
 
-    /// The first copy of a corner, itself included, from which a way to `p` begins inside; -1 where there is none.
-    int32_t copy_that_sees(const Place& p, int32_t corner, int32_t& tries) const
+    /// The first copy of a corner, itself included, that has room; -1 where there is none.
+    int32_t copy_with_room(const Place& from, const Place& to, int32_t corner, int32_t& tries) const
     {
         for (; corner >= 0 && tries < kMostAtOnePlace; ++tries) {
-            if (sees(corner, p))
+            if (has_room(corner, from, to))
                 return corner;
             corner = copy_[static_cast<size_t>(corner)];
         }
         return -1;
     }
 
-    /// Whether a way from a corner to `p` begins between its two edges, inside.
-    bool sees(int32_t corner, const Place& p) const
+    /// Whether the wedge from the way to `from` counter-clockwise to that to `to` lies between the two edges of a
+    /// corner, inside. It may lie along them.
+    bool has_room(int32_t corner, const Place& from, const Place& to) const
     {
         const auto elsewhere = [&](const Vector<int32_t>& way) -> const Place& {
             int32_t i = way[static_cast<size_t>(corner)];
@@ -160,11 +166,30 @@ private:
                 i = way[static_cast<size_t>(i)];
             return place(i);
         };
-        const Place &a = elsewhere(corners_.before), &b = place(corner), &c = elsewhere(corners_.after);
-        if (side(a, b, c) > 0)
-            return side(b, c, p) > 0 && side(a, b, p) > 0;
-        return side(b, c, p) > 0 || side(a, b, p) > 0;
+        const Place &b = place(corner), &first = elsewhere(corners_.after), &last = elsewhere(corners_.before);
+        const Way end = {b, first, last, false}, low = {b, first, from, false},
+                  high = {b, first, to, !(side(b, from, to) == 0 && is_before(b, from) == is_before(b, to))};
+        return !(high < low) && !(end < high);
     }
+
+    /// A way from a corner, in the order counter-clockwise from the way to `first`. That way itself is the least, or
+    /// the greatest where a turn ends with it.
+    struct Way {
+        Place at, first, to;
+        bool is_end;
+
+        int quarter() const
+        {
+            if (const int turn = side(at, first, to); turn != 0)
+                return turn > 0 ? 1 : 3;
+            return is_before(at, first) != is_before(at, to) ? 2 : is_end ? 4 : 0;
+        }
+        friend bool operator<(const Way& p, const Way& q)
+        {
+            const int a = p.quarter(), b = q.quarter();
+            return a != b ? a < b : a % 2 == 1 && side(p.at, p.to, q.to) > 0;
+        }
+    };
 
     /// There and back: from `corner` to `v`, around the hole to a copy of `v`, back to a copy of `corner`, and on.
     void join(int32_t corner, int32_t v)

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <set>
+#include <tuple>
 
 #include <gmock/gmock.h>
 
@@ -196,6 +198,59 @@ TEST(Triangulate, HolesMayTouchEachOtherAndTheOuterOutline)
                     lattice.add(tips);
                 }
         std::shuffle(lattice.outlines.begin() + 1, lattice.outlines.end(), std::mt19937(static_cast<unsigned>(round)));
+        lattice.expect_covered();
+    }
+}
+
+TEST(Triangulate, HolesMayShareEdges)
+{
+    Lattice lattice; // three holes around a point, two of them along the outer outline
+    lattice.add({{0, 0}, {16, 0}, {16, 16}, {0, 16}});
+    lattice.add({{16, 8}, {8, 0}, {8, 8}});
+    lattice.add({{8, 16}, {0, 16}, {0, 0}});
+    lattice.add({{8, 8}, {16, 8}, {12, 12}});
+    lattice.expect_covered();
+}
+
+TEST(Triangulate, HolesMayShareEdgesWhollyAndInPart)
+{
+    Random random(1305);
+    for (int round = 0; round < rounds(2000); ++round) {
+        const testing::ScopedTrace trace(__FILE__, __LINE__, testing::Message() << "round " << round);
+        const int n = random.between(2, 7), margin = random.one_in(3) ? 1 : 0, slant = random.between(0, 2);
+        const auto slanted = [&](std::vector<std::pair<int, int>> outline) {
+            constexpr int kSlants[][4] = {{1, 0, 0, 1}, {1, 2, -1, 1}, {3, 1, 1, -2}};
+            const int(&m)[4] = kSlants[slant];
+            for (auto& [x, y] : outline)
+                std::tie(x, y) = std::pair(m[0] * x + m[1] * y, m[2] * x + m[3] * y);
+            return outline;
+        };
+        Lattice lattice; // rectangles of cells two wide side by side, and halves of such
+        const int low = -margin, high = 2 * n + margin;
+        lattice.add(slanted({{low, low}, {high, low}, {high, high}, {low, high}}));
+        std::set<std::pair<int, int>> taken;
+        for (int tries = random.between(2, 15); tries > 0; --tries) {
+            const int x = random.between(0, n - 1), y = random.between(0, n - 1);
+            const int right = std::min(n, x + random.between(1, 3)), top = std::min(n, y + random.between(1, 3));
+            std::vector<std::pair<int, int>> cells;
+            for (int i = x; i < right; ++i)
+                for (int k = y; k < top; ++k)
+                    cells.emplace_back(i, k);
+            if (std::ranges::any_of(cells, [&](const auto& cell) { return taken.contains(cell); }))
+                continue;
+            taken.insert(cells.begin(), cells.end());
+            std::vector<std::pair<int, int>> hole = {{2 * x, 2 * y}, {2 * right, 2 * y}, {2 * right, 2 * top}};
+            if (random.one_in(4))
+                hole[1] = {2 * x, 2 * top}; // the other half
+            else if (!random.one_in(3))
+                hole.emplace_back(2 * x, 2 * top);
+            if (hole.size() == 4 && random.one_in(3)) // a point on a side
+                hole.insert(hole.begin() + 1, {x + right, 2 * y});
+            std::rotate(hole.begin(), hole.begin() + random.between(0, 2), hole.end());
+            if (random.one_in(2))
+                std::ranges::reverse(hole);
+            lattice.add(slanted(hole));
+        }
         lattice.expect_covered();
     }
 }
