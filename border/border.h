@@ -21,9 +21,9 @@
 /// the outline, carried to the plane z = 0 and back. Lengths are absolute: scale outlines so that 1e-06 is negligible.
 ///
 /// In arrays that fit, a call allocates nothing once one before it has needed as much working memory, which is kept for
-/// the next ones: at most four blocks of at most 4 MiB for all threads together. A point takes 19.1 doubles, and 37.7
-/// with `split_events`, so the first call with splits after calls without asks once more. Outlines of more than 27,410
-/// points, with splits 13,902, ask the heap at every call. Unloading the library releases the blocks.
+/// the next ones: at most four blocks of at most 4 MiB for all threads together. A point takes 17.1 doubles, and 37.7
+/// with `split_events`, so the first call with splits after calls without asks once more. Outlines of more than 30,610
+/// points, with splits 13,890, ask the heap at every call. Unloading the library releases the blocks.
 ///
 /// Edges shrinking to nothing cost time in proportion to n at every event, meetings of vertices and edges more, which
 /// is why `split_events` can be switched off. Coordinates that are not finite do no harm; the border is then

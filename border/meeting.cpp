@@ -37,7 +37,7 @@ constexpr double kAheadOfEdge = 0.5;
 constexpr double kWideWindow = 4.0;
 constexpr double kStageGrowth = 8.0;
 
-/// Edges or candidates that are listed at a time, on the stack.
+/// Candidates that are listed at a time, on the stack.
 constexpr int32_t kListed = 512;
 
 bool comes_before(const Event& event, double time, int32_t vertex, int32_t edge)
@@ -85,48 +85,46 @@ KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e
 
 /// `test_all_pairs` with V for lanes.
 template <class V>
-KORVALE_OVER_LANES Event test_pairs(const Wavefront& w, Event event)
+KORVALE_OVER_LANES Event test_pairs(const Wavefront& w, int32_t* list, Event event)
 {
     const bool outwards = w.s().remaining > 0.0;
-    int32_t list[kListed];
     for (int32_t m = 0; m < w.live; ++m) {
         const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining)) * kLater;
-        for (int32_t e = 0; e < w.live;) {
-            const int32_t end = std::min(e + kListed, w.live);
-            int32_t count = 0;
-            for (; end - e >= width_of<V>; e += width_of<V>)
-                list_near_edges<V>(w, m, e, window, list, count);
-            for (; end - e >= 2; e += 2)
-                list_near_edges<Pair>(w, m, e, window, list, count);
-            if (e < end)
-                list_near_edges<double>(w, m, e++, window, list, count);
-            for (int32_t k = 0; k < count; ++k)
-                if (!is_own(w, m, list[k]))
-                    meet(w, outwards, m, list[k], event);
-        }
+        int32_t count = 0, e = 0;
+        for (; w.live - e >= width_of<V>; e += width_of<V>)
+            list_near_edges<V>(w, m, e, window, list, count);
+        for (; w.live - e >= 2; e += 2)
+            list_near_edges<Pair>(w, m, e, window, list, count);
+        if (e < w.live)
+            list_near_edges<double>(w, m, e, window, list, count);
+        for (int32_t k = 0; k < count; ++k)
+            if (!is_own(w, m, list[k]))
+                meet(w, outwards, m, list[k], event);
     }
     return event;
 }
 
-KORVALE_FOUR_LANES Event test_pairs_by_four(const Wavefront& w, Event event)
+KORVALE_FOUR_LANES Event test_pairs_by_four(const Wavefront& w, int32_t* list, Event event)
 {
-    return test_pairs<Quad>(w, event);
+    return test_pairs<Quad>(w, list, event);
 }
 
-Event test_all_pairs(const Wavefront& w, Event event)
+/// Tests every vertex against every edge; `list` has room for all edges.
+Event test_all_pairs(const Wavefront& w, int32_t* list, Event event)
 {
-    return widest([&] { return test_pairs_by_four(w, event); }, [&] { return test_pairs<Pair>(w, event); });
+    return widest([&] { return test_pairs_by_four(w, list, event); }, [&] { return test_pairs<Pair>(w, list, event); });
 }
 
 /// What boxes have to allow for.
 struct Allowance {
+    double drift;    ///< that of the round
     double reach;    ///< the largest coordinate
     double edge;     ///< the average length
     bool is_regular; ///< all are finite and far from the limits
 };
 
 /// Looks at the vertices where they are and where they will be after `time`.
-Allowance measure_allowance(const Wavefront& w, double time)
+Allowance measure_allowance(const Wavefront& w, double drift, double time)
 {
     const ConstPoints at = w.at, velocity = w.velocity;
     bool is_regular = true;
@@ -142,27 +140,29 @@ Allowance measure_allowance(const Wavefront& w, double time)
     double length[4] = {};
     for (int32_t i = 0; i < w.live; ++i)
         length[i % 4] += w.edge.length[i];
-    return {reach, (length[0] + length[1] + length[2] + length[3]) / w.live, is_regular};
+    return {drift, reach, (length[0] + length[1] + length[2] + length[3]) / w.live, is_regular};
 }
 
 /// Searches boxes made for this round only. A wide window is searched in stages of growing width: most boxes of a wide
 /// one meet, and a meeting found early makes the rest of it unnecessary.
-Event search_once(Watch& watch, Wavefront& w, const Allowance& allow, double window, Event event)
+Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window, Event event)
 {
+    Watch& watch = search.watch;
     const bool outwards = w.s().remaining > 0.0;
     double stage = std::min(window, kWideWindow * allow.edge);
     for (;;) {
-        const BoxTree tree = grow_boxes(watch, w, outwards ? stage : -stage, slack_of(w.drift, allow.reach, window));
+        const BoxTree tree =
+            grow_boxes(watch, w, outwards ? stage : -stage, slack_of(allow.drift, allow.reach, window));
         const auto look = [&w, &event, outwards](int32_t m, int32_t e) {
             meet(w, outwards, m, e, event);
             return true;
         };
         int64_t leaves = kQuestion / BoxTree::kFan;
-        const auto ask = [&w, &leaves] {
+        const auto ask = [&search, &leaves] {
             if (--leaves > 0)
                 return true;
             leaves = kQuestion / BoxTree::kFan;
-            return goes_on(w.s());
+            return goes_on(search.s);
         };
         const bool is_done = for_meeting_boxes(tree, watch.boxes, w.live, look, ask);
         if (!is_done)
@@ -175,18 +175,19 @@ Event search_once(Watch& watch, Wavefront& w, const Allowance& allow, double win
 }
 
 /// Starts a watch, unless it would hardly outlast this round.
-void watch_some_rounds(MeetingSearch& search, Wavefront& w, const Allowance& allow, double window, const Event& event)
+void watch_some_rounds(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window,
+                       const Event& event)
 {
     const double farthest = std::min(std::fabs(w.s().remaining), kAheadOfEdge * allow.edge), least = 2.0 * window;
-    if (!(least < farthest) || count_collapsing(w, event.time) > most_changes(w))
+    if (!(least < farthest) || count_collapsing(w, event.time) > most_changes(w.live))
         return;
     const double pace = search.rounds == 0 ? window : search.pace;
     const double ahead = std::min(farthest, std::max(kRoundsAhead * pace, least));
-    start_watch(search.watch, w, w.s().remaining > 0.0 ? ahead : -ahead, allow.reach);
+    start_watch(search.watch, w, allow.drift, w.s().remaining > 0.0 ? ahead : -ahead, allow.reach);
 }
 
 /// Tests the candidates that are due before the event.
-Event test_candidates(Watch& watch, const Wavefront& w, double window, Event event)
+Event test_candidates(Watch& watch, const Wavefront& w, double drift, double window, Event event)
 {
     const bool outwards = w.s().remaining > 0.0;
     const double soon = watch.spent + window * kLater;
@@ -206,7 +207,7 @@ Event test_candidates(Watch& watch, const Wavefront& w, double window, Event eve
                 drop_candidate(watch, k);
             } else {
                 meet(w, outwards, m, e, event);
-                renew_due(watch, w, k, m, e);
+                renew_due(watch, w, drift, k, m, e);
             }
         }
     }
@@ -222,19 +223,19 @@ void note_spent(MeetingSearch& search, double spent)
 }
 
 /// `earlier_split_event` within `window`, for enough vertices that a search pays.
-Event search_meetings(MeetingSearch& search, Wavefront& w, double window, Event event)
+Event search_meetings(MeetingSearch& search, Wavefront& w, double drift, double window, Event event)
 {
     Watch& watch = search.watch;
-    if (!w.is_watched || !keep_up(watch, w, window)) {
-        w.is_watched = false;
-        const Allowance allow = measure_allowance(w, w.s().remaining > 0.0 ? window : -window);
+    keep_up(watch, w, drift, window);
+    if (!watch.is_on) {
+        const Allowance allow = measure_allowance(w, drift, w.s().remaining > 0.0 ? window : -window);
         if (!allow.is_regular)
-            return test_all_pairs(w, event);
+            return test_all_pairs(w, w.list, event);
         watch_some_rounds(search, w, allow, window, event);
-        if (!w.is_watched)
-            return search_once(watch, w, allow, window, event);
+        if (!watch.is_on)
+            return search_once(search, w, allow, window, event);
     }
-    return test_candidates(watch, w, window, event);
+    return test_candidates(watch, w, drift, window, event);
 }
 
 bool has_search(const Sweep& s)
@@ -249,19 +250,18 @@ int64_t MeetingSearch::doubles_for(const Sweep& s)
     return has_search(s) ? Watch::doubles_for(s.n) : 0;
 }
 
-MeetingSearch::MeetingSearch(const Sweep& s, double* memory)
-    : rounds(0), pace(0.0), watch(has_search(s) ? s.n : 0, memory)
+MeetingSearch::MeetingSearch(Sweep& sweep, double* memory) : s(sweep), watch(has_search(s) ? s.n : 0, memory)
 {
 }
 
-Event earlier_split_event(MeetingSearch& search, Wavefront& w, Event event)
+Event earlier_split_event(MeetingSearch& search, Wavefront& w, double drift, Event event)
 {
     if (w.live < kFewVertices) {
-        w.is_watched = false;
-        return test_all_pairs(w, event);
+        end_watch(search.watch);
+        return test_all_pairs(w, w.list, event);
     }
     const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining));
-    event = search_meetings(search, w, window, event);
+    event = search_meetings(search, w, drift, window, event);
     note_spent(search, std::min(window, std::fabs(event.time)));
     return event;
 }

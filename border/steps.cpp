@@ -134,17 +134,17 @@ int32_t list_sharp_corners(Wavefront& w, int32_t first)
     return count;
 }
 
-/// Aims the corners from `begin` to `end`; `drift` becomes infinite where one is so sharp that it may be a hairpin.
-/// While watched, lists those that turn. That is nearly free: the comparisons run in the shadow of the roots' and
-/// divisions' latency.
+/// Aims the corners from `begin` to `end`. Returns the greatest of `drift` and theirs, infinity where one is so sharp
+/// that it may be a hairpin. While watched, lists those that turn. That is nearly free: the comparisons run in the
+/// shadow of the roots' and divisions' latency.
 template <bool kIsWatched>
-void aim_corners(Wavefront& w, int32_t begin, int32_t end)
+double aim_corners(Wavefront& w, Watch& watch, int32_t begin, int32_t end, double drift)
 {
     const ConstEdges edge = w.edge;
-    const ConstPoints expected = w.expected;
+    const ConstPoints expected = watch.expected;
     double *const velocity_x = w.velocity.x, *const velocity_y = w.velocity.y;
-    int32_t *const turned = w.turned, *const turned_count = &w.turned_count;
-    w.drift = greatest_over(begin, end, w.drift, [=]<class V>(int32_t i) {
+    int32_t *const turned = watch.turned, *const turned_count = &watch.turned_count;
+    return greatest_over(begin, end, drift, [=]<class V>(int32_t i) {
         const V ex = load<V>(edge.dx + i - 1), ey = load<V>(edge.dy + i - 1);
         const V fx = load<V>(edge.dx + i), fy = load<V>(edge.dy + i);
         V bx, by;
@@ -158,35 +158,34 @@ void aim_corners(Wavefront& w, int32_t begin, int32_t end)
             const auto is_steady = (off_x <= all<V>(kSteady)) & (off_y <= all<V>(kSteady));
             add_places(i, bits(is_steady) ^ kAllBits<V>, turned, *turned_count);
         }
-        const V drift = greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy));
-        return select(c < all<V>(kHairpinTurn), all<V>(std::numeric_limits<double>::infinity()), drift);
+        const V leaving = greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy));
+        return select(c < all<V>(kHairpinTurn), all<V>(std::numeric_limits<double>::infinity()), leaving);
     });
 }
 
-void aim_corners(Wavefront& w, int32_t begin, int32_t end)
+double aim_corners(Wavefront& w, Watch& watch, int32_t begin, int32_t end, double drift)
 {
-    if (w.is_watched)
-        aim_corners<true>(w, begin, end);
-    else
-        aim_corners<false>(w, begin, end);
+    return watch.is_on ? aim_corners<true>(w, watch, begin, end, drift)
+                       : aim_corners<false>(w, watch, begin, end, drift);
 }
 
 /// The optimistic way: aims all corners without listing sharp ones first. False, with the velocities of before, where
 /// there are some.
-bool aim_blunt_corners(Wavefront& w)
+bool aim_blunt_corners(Wavefront& w, Watch& watch, Round& round)
 {
     std::swap(w.velocity, w.velocity_before);
-    aim_corners(w, 0, w.live);
-    if (w.drift < std::numeric_limits<double>::infinity())
+    const double drift = aim_corners(w, watch, 0, w.live, 0.0);
+    if (drift < std::numeric_limits<double>::infinity()) {
+        round.drift = drift;
         return true;
+    }
     std::swap(w.velocity, w.velocity_before);
-    w.drift = 0.0;
-    w.turned_count = 0;
+    watch.turned_count = 0;
     return false;
 }
 
 /// Aims corner i. False for a hairpin, of which only the direction of motion is set.
-bool aim_sharp_corner(Wavefront& w, int32_t i)
+bool aim_sharp_corner(Wavefront& w, Watch& watch, Round& round, int32_t i)
 {
     const double ex = w.edge.dx[i - 1], ey = w.edge.dy[i - 1], fx = w.edge.dx[i], fy = w.edge.dy[i];
     double &vx = w.velocity.x[i], &vy = w.velocity.y[i];
@@ -198,9 +197,9 @@ bool aim_sharp_corner(Wavefront& w, int32_t i)
     const double speed = 1.0 / cos_half_turn;
     vx *= speed;
     vy *= speed;
-    w.drift = greater(greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy)), w.drift);
-    if (w.is_watched)
-        w.turned[w.turned_count++] = i; // without asking: such corners are rare
+    round.drift = greater(greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy)), round.drift);
+    if (watch.is_on)
+        watch.turned[watch.turned_count++] = i; // without asking: such corners are rare
     return true;
 }
 
@@ -239,7 +238,7 @@ bool measure_edges(Wavefront& w)
         store(to_y + i, dy / length);
         return length;
     });
-    w.written |= Wavefront::edges;
+    note_written(w, Wavefront::edges);
     return !(shortest < kMergeLength);
 }
 
@@ -254,9 +253,9 @@ bool merge_short_edges(Wavefront& w)
     return true;
 }
 
-int32_t measure_over_hairpin(Wavefront& w)
+int32_t measure_over_hairpin(Wavefront& w, int32_t hairpin)
 {
-    const int32_t i = std::exchange(w.hairpin, -1), before = previous_live(w, i), j = next_live(w, i);
+    const int32_t before = previous_live(w, hairpin), j = next_live(w, hairpin);
     const double dx = w.at.x[j] - w.at.x[before], dy = w.at.y[j] - w.at.y[before];
     const double length = std::sqrt(dx * dx + dy * dy);
     if (length < kMergeLength) {
@@ -274,7 +273,7 @@ int32_t measure_over_hairpin(Wavefront& w)
         w.edge.dy[before] = dy / length;
     }
     const int32_t changed = previous_live(w, j);
-    return changed < i && i < j ? changed : 0;
+    return changed < hairpin && hairpin < j ? changed : 0;
 }
 
 void fit_edge_lines(Wavefront& w)
@@ -284,39 +283,35 @@ void fit_edge_lines(Wavefront& w)
     close_ring(w.edge.dy, w.live);
     w.line_at = w.at;
     w.line_edge = w.edge;
-    w.written |= Wavefront::lines;
-    w.spread &= ~static_cast<unsigned>(Wavefront::lines);
+    note_written(w, Wavefront::lines);
 }
 
-Corners aim_vertices(Wavefront& w, int32_t first_unaimed)
+Corners aim_vertices(Wavefront& w, Watch& watch, const Round& before, Round& round)
 {
-    if (first_unaimed == 0) {
-        w.drift = 0.0;
-        w.turned_count = 0;
-    }
-    if (first_unaimed > 0 || w.has_sharp_corners || !aim_blunt_corners(w)) {
-        const int32_t sharp = list_sharp_corners(w, first_unaimed);
-        w.has_sharp_corners = sharp > 0;
-        int32_t done = first_unaimed;
+    int32_t done = round.first_unaimed;
+    round.drift = done > 0 ? before.drift : 0.0;
+    watch.turned_count = 0;
+    if (done > 0 || before.has_sharp_corners || !aim_blunt_corners(w, watch, round)) {
+        const int32_t sharp = list_sharp_corners(w, done);
+        round.has_sharp_corners = sharp > 0;
         if (sharp > 0)
             refresh(w); // a hairpin leaves the velocities behind it as they were
-        for (int32_t k = 0; k < sharp; ++k) {
-            const int32_t i = w.list[k];
-            aim_corners(w, done, i);
-            if (!aim_sharp_corner(w, i)) {
-                const int32_t j = next_live(w, i), before = previous_live(w, i);
-                bury(w, i, w.edge.length[before] > w.edge.length[i] ? j : before);
-                w.hairpin = i;
-                w.is_watched = false; // `turned` holds places, which the next packing changes
-                return j != before ? Corners::hairpin_removed : Corners::outline_gone;
+        for (int32_t at = 0; at < sharp; ++at) {
+            const int32_t i = w.list[at];
+            round.drift = aim_corners(w, watch, done, i, round.drift);
+            if (!aim_sharp_corner(w, watch, round, i)) {
+                const int32_t j = next_live(w, i), k = previous_live(w, i);
+                bury(w, i, w.edge.length[k] > w.edge.length[i] ? j : k);
+                round.hairpin = i;
+                end_watch(watch); // `turned` holds places, which the next packing changes
+                return j != k ? Corners::hairpin_removed : Corners::outline_gone;
             }
             done = i + 1;
         }
-        aim_corners(w, done, w.live);
+        round.drift = aim_corners(w, watch, done, w.live, round.drift);
     }
     close_ring(w.velocity, w.live);
-    w.written |= Wavefront::velocities;
-    w.spread &= ~static_cast<unsigned>(Wavefront::velocities);
+    note_written(w, Wavefront::velocities);
     return Corners::aimed;
 }
 
@@ -345,8 +340,7 @@ Event first_edge_event(Wavefront& w)
             soon = first * kLater;
         }
     });
-    w.written |= Wavefront::rates;
-    w.spread &= ~static_cast<unsigned>(Wavefront::rates);
+    note_written(w, Wavefront::rates);
     return {outwards ? first : -first, -1, -1};
 }
 

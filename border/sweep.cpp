@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "border/internal/box_tree.h"
 #include "border/internal/meeting.h"
@@ -69,30 +70,28 @@ void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
 }
 
 /// Packs the dead away and tells the watch.
-void close_up(Wavefront& w, MeetingSearch& search)
+void close_up(Wavefront& w, Watch& watch)
 {
-    if (w.gone_count == 0)
+    if (w.buried_count == 0)
         return;
     pack(w);
-    follow_packing(search.watch, w);
+    follow_packing(watch, w);
 }
 
-/// Measures the edges of the live vertices, none of them short any more. Vertices before place `first_unaimed` keep
-/// their velocities. False when a single vertex is left.
-bool measure_live(Wavefront& w, MeetingSearch& search, int32_t& first_unaimed)
+/// Measures the edges of the live vertices, none of them short any more. False when a single vertex is left.
+bool measure_live(Wavefront& w, Watch& watch, const Round& before, Round& round)
 {
-    first_unaimed = 0;
-    if (w.live - w.gone_count == 1)
+    if (w.live - w.buried_count == 1)
         return false;
-    if (w.hairpin >= 0) {
-        first_unaimed = measure_over_hairpin(w);
+    if (before.hairpin >= 0) {
+        round.first_unaimed = measure_over_hairpin(w, before.hairpin);
     } else {
-        close_up(w, search);
+        close_up(w, watch);
         if (!measure_edges(w) && !merge_short_edges(w))
             return false;
     }
-    if (w.gone_count > 0) {
-        close_up(w, search);
+    if (w.buried_count > 0) {
+        close_up(w, watch);
         close_gaps(w, w.edge);
     }
     return true;
@@ -102,18 +101,19 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
 {
     Sweep& s = w.s();
     int64_t looked_at = 0;
-    for (int64_t round = 0; round < most_rounds(s.n) && s.remaining != 0.0; ++round) {
+    Round round;
+    for (int64_t rounds = 0; rounds < most_rounds(s.n) && s.remaining != 0.0; ++rounds) {
         looked_at += w.live;
         if (looked_at >= kQuestion) {
             looked_at = 0;
             if (!goes_on(s))
                 return;
         }
-        int32_t first_unaimed = 0;
-        if (!measure_live(w, search, first_unaimed))
+        const Round before = std::exchange(round, Round());
+        if (!measure_live(w, search.watch, before, round))
             return;
         fit_edge_lines(w);
-        switch (aim_vertices(w, first_unaimed)) {
+        switch (aim_vertices(w, search.watch, before, round)) {
         case Corners::outline_gone:
             return;
         case Corners::hairpin_removed:
@@ -123,7 +123,7 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
         }
         Event event = first_edge_event(w);
         if (s.split_events)
-            event = earlier_split_event(search, w, event);
+            event = earlier_split_event(search, w, round.drift, event);
         if (s.is_stopped)
             return;
         if (std::fabs(event.time) > std::fabs(s.remaining)) {

@@ -18,8 +18,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-
-#include "border/internal/steps.h"
+#include <span>
 
 namespace korvale::inside {
 namespace {
@@ -70,14 +69,14 @@ void set_box(Watch& watch, int32_t slot, const Box& box)
 
 /// Renews the box of the vertex at place m. False where it leaves `reach`. The motion is finite: the vertex is within
 /// `reach`, and a corner that is no hairpin moves at most 1 / kHairpinCosine, a million, per unit of distance.
-bool renew_box(Watch& watch, Wavefront& w, int32_t m, double ahead)
+bool renew_box(Watch& watch, const Wavefront& w, int32_t m, double ahead)
 {
     const double x = w.at.x[m], y = w.at.y[m], room = room_around(ahead, watch.allowance);
     const double to_x = x + ahead * w.velocity.x[m], to_y = y + ahead * w.velocity.y[m];
     const Box box = {lesser(x, to_x) - room, lesser(y, to_y) - room, greater(x, to_x) + room, greater(y, to_y) + room};
     set_box(watch, watch.slots.slot[m], box);
-    w.expected.x[m] = w.velocity.x[m];
-    w.expected.y[m] = w.velocity.y[m];
+    watch.expected.x[m] = w.velocity.x[m];
+    watch.expected.y[m] = w.velocity.y[m];
     return reach_of(box) <= watch.reach;
 }
 
@@ -110,21 +109,21 @@ constexpr double kSpeedRounding = 1e-6;
 
 /// The distance before which the vertex at place m does not meet the edge at place e: how far they are apart, divided
 /// by the greatest speed at which that may shrink. kRounding of the horizon covers the rounding of the sum in `spent`.
-double due_of(const Watch& watch, const Wavefront& w, int32_t m, int32_t e)
+double due_of(const Watch& watch, const Wavefront& w, double drift, int32_t m, int32_t e)
 {
     const double dx = w.edge.dx[e], dy = w.edge.dy[e];
     const double apart = dx * (w.at.y[m] - w.at.y[e]) - dy * (w.at.x[m] - w.at.x[e]);
     const double approach = dx * w.velocity.y[m] - dy * w.velocity.x[m] + 1.0;
     const bool is_closing = ((apart < 0.0) == (approach > 0.0)) == (w.s().remaining > 0.0);
-    const double fastest = (is_closing ? std::fabs(approach) : 0.0) + kDrifts * w.drift + kUnsteadiness;
+    const double fastest = (is_closing ? std::fabs(approach) : 0.0) + kDrifts * drift + kUnsteadiness;
     const double certain = std::fabs(apart) - kMeetsAside * watch.allowance;
     return watch.spent + (1.0 - kSpeedRounding) * (certain / fastest) - kRounding * watch.horizon;
 }
 
 /// Adds a pair, by its places, unless it does not meet before the horizon. False when there are too many candidates.
-bool add_candidate(Watch& watch, const Wavefront& w, int32_t m, int32_t e)
+bool add_candidate(Watch& watch, const Wavefront& w, double drift, int32_t m, int32_t e)
 {
-    const double due = due_of(watch, w, m, e);
+    const double due = due_of(watch, w, drift, m, e);
     if (due > watch.horizon)
         return true;
     if (watch.candidate_count == watch.most_candidates)
@@ -151,20 +150,22 @@ int32_t list_near(const Watch& watch, int32_t stretch, const Box& box, int32_t* 
 
 /// Adds the pairs of the vertex at place m and those of its two edges. Only stretches whose boxes share a point with
 /// theirs are gone through. False when there are too many candidates.
-bool add_pairs_of(Watch& watch, const Wavefront& w, int32_t m)
+bool add_pairs_of(Watch& watch, const Wavefront& w, double drift, int32_t m)
 {
     const int32_t before = m == 0 ? w.live - 1 : m - 1;
     const int32_t vertex = watch.slots.slot[m], edge = watch.slots.slot[before];
     const Box box = watch.boxes[vertex], box_before = edge_box(watch, edge), box_after = edge_box(watch, vertex);
     const Box around = hull(box_before, box_after);
+    const auto add_near = [&watch, &w, drift](bool is_near, int32_t v, int32_t e) {
+        return !is_near || is_own(w, v, e) || add_candidate(watch, w, drift, v, e);
+    };
     const auto add_pairs_with = [&](int32_t slot) {
         const int32_t place = place_of(watch.slots, slot);
         if (place < 0)
             return true;
         const Box other = watch.boxes[slot];
-        return !((overlap(other, box_before) && !is_own(w, place, before) && !add_candidate(watch, w, place, before)) ||
-                 (overlap(other, box_after) && !is_own(w, place, m) && !add_candidate(watch, w, place, m)) ||
-                 (overlap(box, edge_box(watch, slot)) && !is_own(w, m, place) && !add_candidate(watch, w, m, place)));
+        return add_near(overlap(other, box_before), place, before) && add_near(overlap(other, box_after), place, m) &&
+               add_near(overlap(box, edge_box(watch, slot)), m, place);
     };
     for (int32_t first = 0; first < watch.stretch_count; first += BoxTree::kFan)
         for (unsigned near = find_overlaps<Pair>(watch.stretches, first, around); near != 0; near &= near - 1) {
@@ -177,30 +178,78 @@ bool add_pairs_of(Watch& watch, const Wavefront& w, int32_t m)
     return true;
 }
 
+/// Whether the watch serves a round that moves by `window`.
+bool lasts(const Watch& watch, const Wavefront& w, double drift, double window)
+{
+    return !(watch.rounds == kMostRounds || watch.spent + window > watch.horizon ||
+             slack_of(drift, watch.reach, window) > watch.allowance || watch.turned_count > most_changes(w.live));
+}
+
+/// Gives the vertices that have turned or changed new boxes, then adds their pairs. False where the watch cannot go on.
+bool look_again(Watch& watch, const Wavefront& w, double drift)
+{
+    ++watch.rounds;
+    for (int32_t k = 0; k < watch.turned_count; ++k)
+        note_changed(watch, watch.slots.slot[watch.turned[k]]);
+    int32_t* const changed = watch.changed;
+    const auto is_dead = [&watch](int32_t slot) { return place_of(watch.slots, slot) < 0; };
+    const std::span<const int32_t> again(changed, std::remove_if(changed, changed + watch.changed_count, is_dead));
+    watch.changed_count = 0;
+    const double rest = watch.horizon - watch.spent, ahead = w.s().remaining > 0.0 ? rest : -rest;
+    for (const int32_t slot : again)
+        if (!renew_box(watch, w, place_of(watch.slots, slot), ahead))
+            return false;
+    for (const int32_t slot : again) {
+        const int32_t m = place_of(watch.slots, slot);
+        widen_stretch(watch, watch.slots.slot[m == 0 ? w.live - 1 : m - 1]);
+        widen_stretch(watch, slot);
+    }
+    for (const int32_t slot : again)
+        if (!add_pairs_of(watch, w, drift, place_of(watch.slots, slot)))
+            return false;
+    return true;
+}
+
+/// Doubles of a column of expected velocities, so many that the next one is aligned for four lanes too.
+int64_t velocities_of(int64_t n)
+{
+    return (n + 3) / 4 * 4;
+}
+
+/// The longest `changed` of n vertices: as many as a watch survives in `follow_packing`, and again in `keep_up`.
+int64_t most_changed(int32_t n)
+{
+    return 2 * most_changes(n);
+}
+
 } // namespace
 
 int64_t Watch::doubles_for(int32_t n)
 {
-    return 4 * boxes_for_vertices(n) + doubles_for_tree(n) + 2 * int64_t{n} + 2 * kCandidatesPerVertex * n;
+    return 2 * velocities_of(n) + 4 * boxes_for_vertices(n) + doubles_for_tree(n) + (2 * kCandidatesPerVertex + 1) * n +
+           (2 * int64_t{n} + most_changed(n) + 1) / 2;
 }
 
-Watch::Watch(int32_t n, double* memory) : spent(0.0)
+Watch::Watch(int32_t n, double* memory)
 {
     if (n == 0)
-        return; // nothing is ever watched
+        return;
+    expected = {memory, memory + velocities_of(n)};
+    memory += 2 * velocities_of(n);
     boxes = boxes_in(memory, boxes_for_vertices(n));
     tree_memory = memory + 4 * boxes_for_vertices(n);
     due = tree_memory + doubles_for_tree(n);
     most_candidates = kCandidatesPerVertex * n;
     candidates = reinterpret_cast<Candidate*>(due + most_candidates);
-    changed = reinterpret_cast<int32_t*>(candidates + most_candidates);
-    slots.slot = changed + n;
-    slots.place = due + 2 * most_candidates + n;
+    slots.place = due + 2 * most_candidates;
+    slots.slot = reinterpret_cast<int32_t*>(slots.place + n);
+    turned = slots.slot + n;
+    changed = turned + n;
 }
 
-int32_t most_changes(const Wavefront& w)
+int32_t most_changes(int32_t live)
 {
-    return kFewChanges + w.live / kShareOfChanges;
+    return kFewChanges + live / kShareOfChanges;
 }
 
 double slack_of(double drift, double reach, double window)
@@ -227,12 +276,12 @@ BoxTree grow_boxes(Watch& watch, const Wavefront& w, double time, double margin)
     return grow_tree(boxes, w.live, watch.tree_memory);
 }
 
-void start_watch(Watch& watch, Wavefront& w, double ahead, double reach)
+void start_watch(Watch& watch, const Wavefront& w, double drift, double ahead, double reach)
 {
     watch.rounds = 0;
     watch.spent = 0.0;
     watch.horizon = std::fabs(ahead);
-    watch.allowance = 2.0 * slack_of(w.drift, reach, watch.horizon);
+    watch.allowance = 2.0 * slack_of(drift, reach, watch.horizon);
     name_places(watch.slots, w.live);
     watch.changed_count = 0;
     watch.candidate_count = 0;
@@ -242,17 +291,20 @@ void start_watch(Watch& watch, Wavefront& w, double ahead, double reach)
     watch.stretch_length = level == 1 ? BoxTree::kFan : kLongestStretch;
     watch.stretch_count = tree.count[level];
     watch.reach = reach_of(box_around(tree));
-    w.is_watched = watch.reach < kFarthestBoxed &&
-                   for_meeting_boxes(tree, watch.boxes, w.live,
-                                     [&watch, &w](int32_t m, int32_t e) { return add_candidate(watch, w, m, e); });
-    expect_velocities(w);
+    watch.is_on = watch.reach < kFarthestBoxed &&
+                  for_meeting_boxes(tree, watch.boxes, w.live, [&watch, &w, drift](int32_t m, int32_t e) {
+                      return add_candidate(watch, w, drift, m, e);
+                  });
+    copy_values(w.velocity.x, w.live, watch.expected.x);
+    copy_values(w.velocity.y, w.live, watch.expected.y);
 }
 
-void follow_packing(Watch& watch, Wavefront& w)
+void follow_packing(Watch& watch, const Wavefront& w)
 {
-    w.is_watched = w.is_watched && watch.changed_count + w.gap_count <= most_changes(w);
-    if (!w.is_watched)
+    watch.is_on = watch.is_on && watch.changed_count + w.gap_count <= most_changes(w.live);
+    if (!watch.is_on)
         return;
+    close_gaps(w, watch.expected);
     bury_places(watch.slots, w.gaps, w.gap_count, w.live + w.gap_count);
     for (int32_t g = 0; g < w.gap_count; ++g) {
         const int32_t after = w.gaps[g] - g;
@@ -260,36 +312,14 @@ void follow_packing(Watch& watch, Wavefront& w)
     }
 }
 
-bool keep_up(Watch& watch, Wavefront& w, double window)
+void keep_up(Watch& watch, const Wavefront& w, double drift, double window)
 {
-    if (++watch.rounds > kMostRounds || watch.spent + window > watch.horizon ||
-        slack_of(w.drift, watch.reach, window) > watch.allowance || w.turned_count > most_changes(w))
-        return false;
-    for (int32_t k = 0; k < w.turned_count; ++k)
-        note_changed(watch, watch.slots.slot[w.turned[k]]);
-    const double rest = watch.horizon - watch.spent, ahead = w.s().remaining > 0.0 ? rest : -rest;
-    int32_t* const places = w.turned; // of all that have changed, the dead left out
-    int32_t count = 0;
-    for (int32_t k = 0; k < watch.changed_count; ++k)
-        if (const int32_t m = place_of(watch.slots, watch.changed[k]); m >= 0)
-            places[count++] = m;
-    watch.changed_count = 0;
-    for (int32_t k = 0; k < count; ++k)
-        if (!renew_box(watch, w, places[k], ahead))
-            return false;
-    for (int32_t k = 0; k < count; ++k) {
-        widen_stretch(watch, watch.slots.slot[places[k] == 0 ? w.live - 1 : places[k] - 1]);
-        widen_stretch(watch, watch.slots.slot[places[k]]);
-    }
-    for (int32_t k = 0; k < count; ++k)
-        if (!add_pairs_of(watch, w, places[k]))
-            return false;
-    return true;
+    watch.is_on = watch.is_on && lasts(watch, w, drift, window) && look_again(watch, w, drift);
 }
 
-void renew_due(Watch& watch, const Wavefront& w, int64_t k, int32_t m, int32_t e)
+void renew_due(Watch& watch, const Wavefront& w, double drift, int64_t k, int32_t m, int32_t e)
 {
-    watch.due[k] = due_of(watch, w, m, e);
+    watch.due[k] = due_of(watch, w, drift, m, e);
     if (watch.due[k] > watch.horizon)
         drop_candidate(watch, k);
 }

@@ -8,23 +8,29 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "platform/internal/lanes3.h"
 
 namespace korvale::inside {
 namespace {
 
-constexpr int32_t kColumns = 17, kLists = 4;
+constexpr int32_t kColumns = 15, kLists = 4;
 constexpr unsigned kAllGroups = Wavefront::lines | Wavefront::velocities | Wavefront::rates | Wavefront::edges;
 
 /// Doubles to which columns are aligned: 32 bytes, so that four lanes at a place that is a multiple of four never
 /// straddle a cache line. Place -1 of a column is padding at the end of the column before it.
 constexpr int64_t kAlignment = 4;
 
+int64_t aligned(int64_t doubles)
+{
+    return (doubles + kAlignment - 1) / kAlignment * kAlignment;
+}
+
 /// Doubles from one column to the next.
 int64_t column_length(int64_t n)
 {
-    return (n + 2 + kAlignment - 1) / kAlignment * kAlignment;
+    return aligned(n + 2);
 }
 
 /// Fetches the velocities of before the sweep, for a step that leaves some as they are.
@@ -93,38 +99,30 @@ void close_column(const Wavefront& w, double* column)
     close_gaps(column, sizeof *column, w.gaps, w.gap_count, w.live + w.gap_count);
 }
 
-void close_points(const Wavefront& w, Points& points)
-{
-    close_column(w, points.x);
-    close_column(w, points.y);
-}
-
 } // namespace
 
 int64_t Wavefront::doubles_for(const Sweep& s)
 {
     const int64_t n = s.n;
-    return kAlignment + kColumns * column_length(n) + (kLists * 4 * n + n + 7) / 8;
+    return aligned(kAlignment + kColumns * column_length(n) + (kLists * 4 * n + n + 7) / 8);
 }
 
-Wavefront::Wavefront(Sweep& sweep, double* memory)
-    : live(sweep.n), drift(0.0), turned_count(0), has_sharp_corners(false), is_watched(false), gone_count(0),
-      gap_count(0), hairpin(-1), spread(0), written(0), s_(sweep)
+Wavefront::Wavefront(Sweep& sweep, double* memory) : live(sweep.n), s_(sweep)
 {
     double* column = memory + kAlignment;
-    for (Column<double>* const c : {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx,
-                                    &edge_before.dy, &edge_before.length, &velocity.x, &velocity.y, &velocity_before.x,
-                                    &velocity_before.y, &rate, &expected.x, &expected.y}) {
+    for (Column<double>* const c :
+         {&at.x, &at.y, &ahead.x, &ahead.y, &edge.dx, &edge.dy, &edge.length, &edge_before.dx, &edge_before.dy,
+          &edge_before.length, &velocity.x, &velocity.y, &velocity_before.x, &velocity_before.y, &rate}) {
         *c = column;
         column += column_length(live);
     }
     line_at = at;
     line_edge = edge;
     id = reinterpret_cast<int32_t*>(column);
-    gaps = id + live;
-    list = gaps + live;
-    turned = list + live;
-    gone = reinterpret_cast<uint8_t*>(turned + live);
+    list = id + live;
+    buried = list + live;
+    gaps = buried + live;
+    gone = reinterpret_cast<uint8_t*>(gaps + live);
     std::memset(gone, 0, static_cast<size_t>(live));
     for (int32_t i = 0; i < live; ++i)
         id[i] = i;
@@ -171,7 +169,7 @@ void bury(Wavefront& w, int32_t i, int32_t heir)
     w.s().dead[w.id[i]] = 1;
     w.s().merge[w.id[i]] = w.id[heir];
     w.gone[i] = 1;
-    w.gaps[w.gone_count++] = i;
+    w.buried[w.buried_count++] = i;
 }
 
 void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, int32_t n)
@@ -186,6 +184,12 @@ void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, 
     }
 }
 
+void close_gaps(const Wavefront& w, Points& points)
+{
+    close_column(w, points.x);
+    close_column(w, points.y);
+}
+
 void close_gaps(const Wavefront& w, EdgeColumns& edges)
 {
     close_column(w, edges.dx);
@@ -193,24 +197,16 @@ void close_gaps(const Wavefront& w, EdgeColumns& edges)
     close_column(w, edges.length);
 }
 
-void expect_velocities(Wavefront& w)
-{
-    copy_values(w.velocity.x, w.live, w.expected.x);
-    copy_values(w.velocity.y, w.live, w.expected.y);
-}
-
 void pack(Wavefront& w)
 {
-    w.gap_count = w.gone_count;
+    std::swap(w.buried, w.gaps);
+    w.gap_count = std::exchange(w.buried_count, 0);
     int32_t* const gaps = w.gaps;
     std::sort(gaps, gaps + w.gap_count);
     for (int32_t g = 0; g < w.gap_count; ++g)
         w.gone[w.gaps[g]] = 0;
-    w.gone_count = 0;
     w.live -= w.gap_count;
-    close_points(w, w.at);
-    if (w.is_watched)
-        close_points(w, w.expected);
+    close_gaps(w, w.at);
     close_gaps(w.id, sizeof *w.id, w.gaps, w.gap_count, w.live + w.gap_count);
     w.spread = Wavefront::lines | Wavefront::velocities | Wavefront::rates;
 }
@@ -220,10 +216,10 @@ void refresh(Wavefront& w)
     if ((w.spread & Wavefront::lines) != 0) {
         close_gaps(w, w.edge_before);
         if (w.line_at.x != w.at.x)
-            close_points(w, w.line_at);
+            close_gaps(w, w.line_at);
     }
     if ((w.spread & Wavefront::velocities) != 0)
-        close_points(w, w.velocity);
+        close_gaps(w, w.velocity);
     if ((w.spread & Wavefront::rates) != 0)
         close_column(w, w.rate);
     w.spread = 0;
@@ -235,7 +231,7 @@ void refresh(Wavefront& w)
 
 void hand_back(Wavefront& w)
 {
-    if (w.live == w.s().n && w.gone_count == 0 && w.written == kAllGroups) {
+    if (w.live == w.s().n && w.buried_count == 0 && w.written == kAllGroups) {
         store_all_rows(w);
         return;
     }

@@ -8,19 +8,20 @@
 
 namespace korvale::inside {
 
-/// What the search for meetings remembers from round to round.
+/// What the search for meetings remembers from round to round, as long as the sweep lasts.
 struct MeetingSearch {
     /// Takes `memory`, of `doubles_for` the sweep.
-    MeetingSearch(const Sweep& s, double* memory);
+    MeetingSearch(Sweep& s, double* memory);
     static int64_t doubles_for(const Sweep& s);
 
-    int32_t rounds; ///< searched
-    double pace;    ///< distance that a round spends, on average
+    Sweep& s;           ///< asked whether to go on
+    int32_t rounds = 0; ///< searched
+    double pace = 0.0;  ///< distance that a round spends, on average
     Watch watch;
 };
 
 /// The first meeting of a vertex with an edge that is not its own, where that comes before `event`. Among equal times
-/// the first vertex wins, then the first edge.
-Event earlier_split_event(MeetingSearch& search, Wavefront& w, Event event);
+/// the first vertex wins, then the first edge. `drift` is that of the round.
+Event earlier_split_event(MeetingSearch& search, Wavefront& w, double drift, Event event);
 
 } // namespace korvale::inside

@@ -2,14 +2,11 @@
 
 #include <cstdint>
 
+#include "border/internal/watch.h"
 #include "border/internal/wavefront.h"
 
 // The steps of a round, in the order in which a sweep takes them.
 namespace korvale::inside {
-
-/// A component of a unit direction larger than this is the one divided by: the other is taken where it is not. The
-/// divisor is at least 0.5 then, since the other component is at least sqrt(0.75).
-constexpr double kDominantComponent = 0.5;
 
 /// A pair farther apart than kLater times the distance that closes until time t meets after t, even with its own time
 /// rounded: that takes a few roundings of 1e-16 each. Chosen.
@@ -21,6 +18,21 @@ struct Event {
     double time;
     int32_t vertex;
     int32_t edge;
+};
+
+/// What one round finds out. The sweep makes a new one for each round and keeps that of the round before for it.
+struct Round {
+    /// Vertices before this place keep the velocities of the round before. Set by `measure_live`, read by
+    /// `aim_vertices`.
+    int32_t first_unaimed = 0;
+    /// The greatest speed at which an end of an edge leaves its line. Set by `aim_vertices`, read by the search for
+    /// meetings; and by the next `aim_vertices`, for the vertices that keep their velocities.
+    double drift = 0.0;
+    /// Whether corners that may be hairpins were found. Set by `aim_vertices`; the next one guesses from it that there
+    /// are some again.
+    bool has_sharp_corners = false;
+    /// Place of the hairpin that was buried, -1 for none. Set by `aim_vertices`, read by the next `measure_live`.
+    int32_t hairpin = -1;
 };
 
 enum class Corners { aimed, hairpin_removed, outline_gone };
@@ -35,15 +47,14 @@ bool merge_short_edges(Wavefront& w);
 /// `measure_edges` and `merge_short_edges` after a hairpin has been buried that leaves two vertices or more. Nothing
 /// has moved since the edges were measured. So only the edge across the hairpin changes, and those that change because
 /// it is too short. Returns the first place whose corner may have changed.
-int32_t measure_over_hairpin(Wavefront& w);
+int32_t measure_over_hairpin(Wavefront& w, int32_t hairpin);
 
 /// The lines of the edges are from now on those of the current edges and positions.
 void fit_edge_lines(Wavefront& w);
 
 /// Sets the velocity of every vertex from place `first_unaimed` on such that both its edges move at unit speed, up to
-/// the first hairpin, which is buried. Those before keep the velocities of the round before, and `drift` and `turned`
-/// what they have added. While the wavefront is watched, lists the vertices that have turned.
-Corners aim_vertices(Wavefront& w, int32_t first_unaimed);
+/// the first hairpin, which is buried and ends the watch. While watched, lists the vertices that have turned.
+Corners aim_vertices(Wavefront& w, Watch& watch, const Round& before, Round& round);
 
 /// Sets the rate at which every edge changes its length. Returns when the first edge shrinks to nothing; a time beyond
 /// the remaining distance when none does.

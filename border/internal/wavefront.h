@@ -23,6 +23,10 @@ struct EdgeColumns {
     Column<double> length;
 };
 
+/// A component of a unit direction larger than this is the one divided by: the other is taken where it is not. The
+/// divisor is at least 0.5 then, since the other component is at least sqrt(0.75).
+constexpr double kDominantComponent = 0.5;
+
 /// Points that a step only reads.
 struct ConstPoints {
     ConstPoints(const Points& points) : x(points.x), y(points.y) {}
@@ -55,11 +59,8 @@ struct ConstEdges {
 /// A group that no step has written yet is not in `written`, and is not handed back: the arrays of the sweep keep what
 /// stands there.
 ///
-/// From one round to the next, beside the columns:
-///
-/// - `hairpin`, from `aim_vertices`, which buried it, to `measure_over_hairpin`, which takes it.
-/// - `has_sharp_corners`, a guess: `aim_vertices` found some, so the next one does not try the way without.
-/// - `drift` and `turned`, which start anew in an `aim_vertices` that begins at place 0.
+/// It lives as long as the sweep, and all of it goes from round to round. What belongs to one round is in `Round`, what
+/// belongs to a watch in `Watch`.
 class Wavefront {
 public:
     enum Group : unsigned { lines = 1, velocities = 2, rates = 4, edges = 8 };
@@ -79,25 +80,31 @@ public:
     Points velocity;        ///< motion per unit of distance
     Points velocity_before; ///< columns that take turns with those of `velocity`
     Column<double> rate;    ///< change of an edge's length per unit of distance
-    double drift;           ///< the greatest speed at which an end leaves the line of its edge
-    Points expected;        ///< while watched, what the velocity was when the vertex was looked at last
-    Column<int32_t> turned; ///< while watched, places whose velocity is not what was expected, in ascending order
-    int32_t turned_count;
-    bool has_sharp_corners; ///< corners that may be hairpins were found when the vertices were aimed last
-    bool is_watched;        ///< a watch relies on the velocities being steady
     Column<int32_t> id;     ///< [live] index in the sweep
-    Column<int32_t> gaps;   ///< [gone_count] places of the dead, in the order of their deaths; after `pack`, until the
-                            ///< next death, [gap_count] the places it removed, ascending
     Column<int32_t> list;   ///< [live] scratch of a single step
-    Column<uint8_t> gone;   ///< [live] 1 for a dead vertex not yet packed away
-    int32_t gone_count, gap_count;
-    int32_t hairpin;  ///< place of a hairpin that was buried when the vertices were aimed last, -1 for none
-    unsigned spread;  ///< groups that still have the gaps of the last packing
-    unsigned written; ///< groups that a step has written
+
+    // The dead that are not packed away yet: added by `bury`, taken by `pack`.
+    Column<uint8_t> gone;   ///< [live] 1 for each of them
+    Column<int32_t> buried; ///< [buried_count] their places, in the order of their deaths
+    int32_t buried_count = 0;
+
+    // What the last `pack` has removed: for `close_gaps`, and for the watch, which follows.
+    Column<int32_t> gaps; ///< [gap_count] places, ascending
+    int32_t gap_count = 0;
+
+    unsigned spread = 0;  ///< groups that still have these gaps: set by `pack`, taken out by `note_written`, `refresh`
+    unsigned written = 0; ///< groups that a step has written: added by `note_written`, `refresh`
 
 private:
     Sweep& s_;
 };
+
+/// A step has written the columns of a group, from the first to the last value.
+inline void note_written(Wavefront& w, Wavefront::Group group)
+{
+    w.written |= group;
+    w.spread &= ~unsigned{group};
+}
 
 /// Appends place i + k to a list for every bit k that is set.
 inline void add_places(int32_t i, int set, int32_t* list, int32_t& count)
@@ -133,15 +140,7 @@ void close_ring(Points& points, int32_t live);
 /// The vertex at place i dies and merges into the one at `heir`. Its row must be complete: nothing is spread.
 void bury(Wavefront& w, int32_t i, int32_t heir);
 
-/// A vertex is steady while its velocity differs from the expected one by no more than this on each axis. Chosen: far
-/// above the rounding of velocities, far below the unit speed of edges.
-constexpr double kSteady = 5e-04;
-
-/// Expects the present velocities from here on.
-void expect_velocities(Wavefront& w);
-
-/// Closes the gaps that the dead have left in `at`, `id` and, while watched, `expected`. There are some, and nothing is
-/// spread.
+/// Closes the gaps that the dead have left in `at` and `id`. There are some, and nothing is spread.
 void pack(Wavefront& w);
 
 /// Closes the gaps of the last packing in the columns that still have them, and fetches velocities that no step has
@@ -151,7 +150,8 @@ void refresh(Wavefront& w);
 /// Closes `count` gaps in a column of `n` values.
 void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, int32_t n);
 
-/// Closes the gaps of the last packing in the edges just measured.
+/// Closes the gaps of the last packing in other columns.
+void close_gaps(const Wavefront& w, Points& points);
 void close_gaps(const Wavefront& w, EdgeColumns& edges);
 
 /// Hands all values of the live vertices back to the arrays of the sweep. Nothing is spread.

@@ -495,12 +495,12 @@ TEST(BORDER_BORDER, ASecondSweepAllocatesNothing)
         }
 }
 
-TEST(BORDER_BORDER, WorkingMemoryIsKeptForOutlinesOf27410PointsAnd13902WithSplits)
+TEST(BORDER_BORDER, WorkingMemoryIsKeptForOutlinesOf30610PointsAnd13890WithSplits)
 {
     NEEDS_HEAP_COUNTS();
     for (const bool split_events : {false, true})
         for (const int excess : {0, 1}) {
-            OwnedBORDERStatus status(wiggly((split_events ? 13902 : 27410) + excess, 1, 0.0));
+            OwnedBORDERStatus status(wiggly((split_events ? 13890 : 30610) + excess, 1, 0.0));
             status->split_events = split_events;
             status->distance = 1e-5;
             ASSERT_EQ(BORDER_BORDER(status), 1);

@@ -91,20 +91,21 @@ public:
     {
         if (sweep_.remaining == 0.0)
             return false;
-        if (w.gone_count > 0) {
+        if (w.buried_count > 0) {
             pack(w);
             follow_packing(search.watch, w);
         }
         if (w.live < 24 || !measure_edges(w))
             return false;
         fit_edge_lines(w);
-        if (aim_vertices(w, 0) != Corners::aimed)
+        round_ = Round();
+        if (aim_vertices(w, search.watch, Round(), round_) != Corners::aimed)
             return false;
         look_at_steadiness();
         event_ = first_edge_event(w);
         spent_ = search.watch.spent;
-        const bool was_watched = w.is_watched;
-        event_ = earlier_split_event(search, w, event_);
+        const bool was_watched = search.watch.is_on;
+        event_ = earlier_split_event(search, w, round_.drift, event_);
         if (!was_watched || search.watch.rounds == 0)
             spent_ = 0.0; // a new one
         look_at_what_is_due();
@@ -137,6 +138,9 @@ public:
         return {{w.at.x[i], w.at.y[i]}, {sign * w.velocity.x[i], sign * w.velocity.y[i]}};
     }
 
+    /// The drift of the round.
+    double drift() const { return round_.drift; }
+
     /// What the watch had spent when the vertices were where they are.
     double spent() const { return spent_; }
 
@@ -144,10 +148,11 @@ private:
     /// Every vertex that goes on as expected may be left alone, no other.
     void look_at_steadiness() const
     {
-        const int32_t *const turned = w.turned, *const end = turned + w.turned_count;
-        for (int32_t i = 0; w.is_watched && i < w.live; ++i) {
-            const bool is_steady = std::fabs(w.velocity.x[i] - w.expected.x[i]) <= 5e-04 &&
-                                   std::fabs(w.velocity.y[i] - w.expected.y[i]) <= 5e-04;
+        const Watch& watch = search.watch;
+        const int32_t *const turned = watch.turned, *const end = turned + watch.turned_count;
+        for (int32_t i = 0; watch.is_on && i < w.live; ++i) {
+            const bool is_steady = std::fabs(w.velocity.x[i] - watch.expected.x[i]) <= 5e-04 &&
+                                   std::fabs(w.velocity.y[i] - watch.expected.y[i]) <= 5e-04;
             EXPECT_NE(std::binary_search(turned, end, i), is_steady) << "vertex " << i;
         }
     }
@@ -156,7 +161,7 @@ private:
     void look_at_what_is_due() const
     {
         const Watch& watch = search.watch;
-        for (int64_t k = 0; w.is_watched && k < watch.candidate_count; ++k) {
+        for (int64_t k = 0; watch.is_on && k < watch.candidate_count; ++k) {
             const int32_t m = place_of(watch.slots, watch.candidates[k].vertex);
             const int32_t e = place_of(watch.slots, watch.candidates[k].edge);
             if (m < 0 || e < 0 || is_own(w, m, e)) {
@@ -171,6 +176,7 @@ private:
     std::vector<int32_t> merge_;
     Sweep sweep_;
     std::vector<double> wavefront_memory_, search_memory_;
+    Round round_;
     Event event_ = {};
     double spent_ = 0.0;
 
@@ -314,7 +320,7 @@ TEST(Watch, HoldsEveryMeetingBeforeItsHorizonThroughWholeSweeps)
         Rounds sweep(any_crowd(random), distance);
         for (int looks = 0; looks < 60 && sweep.look(); ++looks) {
             SCOPED_TRACE(testing::Message() << "outline " << round << ", round " << looks);
-            if (sweep.w.is_watched) {
+            if (sweep.search.watch.is_on) {
                 kept_up += sweep.search.watch.rounds > 0;
                 look_at_boxes(sweep);
                 meetings += look_at_candidates(sweep);
@@ -335,7 +341,7 @@ TEST(Watch, NoPairMeetsBeforeItIsDueThoughAllThreeTurnByTwiceWhatIsSteady)
     for (int round = 0; round < rounds(6) && !testing::Test::HasFailure(); ++round) {
         const double noise = random.uniform(1e-5, 1e-3);
         Rounds sweep(rough(comb(5 + random.below(10), random.uniform(0.02, 0.2)), noise, random), 1.0);
-        if (!sweep.look() || !sweep.w.is_watched)
+        if (!sweep.look() || !sweep.search.watch.is_on)
             continue;
         Watch& watch = sweep.search.watch;
         watch.most_candidates = watch.candidate_count = 1; // one after the other takes its place
@@ -345,7 +351,7 @@ TEST(Watch, NoPairMeetsBeforeItIsDueThoughAllThreeTurnByTwiceWhatIsSteady)
                 if (is_own(sweep.w, m, e))
                     continue;
                 watch.candidate_count = 1;
-                renew_due(watch, sweep.w, 0, m, e);
+                renew_due(watch, sweep.w, sweep.drift(), 0, m, e);
                 const double due = watch.candidate_count == 0 ? watch.horizon : watch.due[0];
                 if (due <= 0.0)
                     continue;
