@@ -11,7 +11,7 @@
 
 #include "border/internal/box_tree.h"
 #include "border/internal/meeting.h"
-#include "border/internal/steps.h"
+#include "border/internal/rounds.h"
 #include "border/internal/wavefront.h"
 #include "border/internal/workroom.h"
 #include "math/internal/vector.h"
@@ -70,7 +70,7 @@ void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
 }
 
 /// Packs the dead away and tells the watch.
-void close_up(Wavefront& w, Watch& watch)
+void pack_dead(Wavefront& w, Watch& watch)
 {
     if (w.buried_count == 0)
         return;
@@ -86,12 +86,12 @@ bool measure_live(Wavefront& w, Watch& watch, const Round& before, Round& round)
     if (before.hairpin >= 0) {
         round.first_unaimed = measure_over_hairpin(w, before.hairpin);
     } else {
-        close_up(w, watch);
+        pack_dead(w, watch);
         if (!measure_edges(w) && !merge_short_edges(w))
             return false;
     }
     if (w.buried_count > 0) {
-        close_up(w, watch);
+        pack_dead(w, watch);
         close_gaps(w, w.edge);
     }
     return true;

@@ -96,7 +96,7 @@ void store_all_rows(Wavefront& w)
 
 void close_column(const Wavefront& w, double* column)
 {
-    close_gaps(column, sizeof *column, w.gaps, w.gap_count, w.live + w.gap_count);
+    remove_values(column, sizeof *column, w.gaps, w.gap_count, w.live + w.gap_count);
 }
 
 } // namespace
@@ -151,16 +151,16 @@ int32_t previous_live(const Wavefront& w, int32_t i)
     return i;
 }
 
-void close_ring(double* column, int32_t live)
+void wrap_ends(double* column, int32_t live)
 {
     column[-1] = column[live - 1];
     column[live] = column[0];
 }
 
-void close_ring(Points& points, int32_t live)
+void wrap_ends(Points& points, int32_t live)
 {
-    close_ring(points.x, live);
-    close_ring(points.y, live);
+    wrap_ends(points.x, live);
+    wrap_ends(points.y, live);
 }
 
 void bury(Wavefront& w, int32_t i, int32_t heir)
@@ -172,13 +172,13 @@ void bury(Wavefront& w, int32_t i, int32_t heir)
     w.buried[w.buried_count++] = i;
 }
 
-void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, int32_t n)
+void remove_values(void* column, size_t bytes, const int32_t* places, int32_t count, int32_t n)
 {
     auto* const values = static_cast<unsigned char*>(column);
-    auto end = static_cast<size_t>(gaps[0]);
+    auto end = static_cast<size_t>(places[0]);
     for (int32_t g = 0; g < count; ++g) {
-        const auto begin = static_cast<size_t>(gaps[g]) + 1;
-        const auto behind = static_cast<size_t>(g + 1 < count ? gaps[g + 1] : n);
+        const auto begin = static_cast<size_t>(places[g]) + 1;
+        const auto behind = static_cast<size_t>(g + 1 < count ? places[g + 1] : n);
         std::memmove(values + end * bytes, values + begin * bytes, (behind - begin) * bytes);
         end += behind - begin;
     }
@@ -207,7 +207,7 @@ void pack(Wavefront& w)
         w.gone[w.gaps[g]] = 0;
     w.live -= w.gap_count;
     close_gaps(w, w.at);
-    close_gaps(w.id, sizeof *w.id, w.gaps, w.gap_count, w.live + w.gap_count);
+    remove_values(w.id, sizeof *w.id, w.gaps, w.gap_count, w.live + w.gap_count);
     w.spread = Wavefront::lines | Wavefront::velocities | Wavefront::rates;
 }
 

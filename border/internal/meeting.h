@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "border/internal/steps.h"
+#include "border/internal/rounds.h"
 #include "border/internal/watch.h"
 #include "border/internal/wavefront.h"
 

@@ -38,7 +38,7 @@ inline void bury_places(Slots& slots, const int32_t* gaps, int32_t count, int32_
         place[slot] = -1.0;
         for_lanes(slot + 1, slots.count, [place]<class V>(int32_t i) { store(place + i, load<V>(place + i) - 1.0); });
     }
-    close_gaps(slots.slot, sizeof *slots.slot, gaps, count, n);
+    remove_values(slots.slot, sizeof *slots.slot, gaps, count, n);
 }
 
 } // namespace korvale::inside

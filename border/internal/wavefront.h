@@ -134,8 +134,8 @@ inline void copy_values(const double* from, int32_t count, double* to)
 }
 
 /// Repeats the first and the last value of a column beyond its ends.
-void close_ring(double* column, int32_t live);
-void close_ring(Points& points, int32_t live);
+void wrap_ends(double* column, int32_t live);
+void wrap_ends(Points& points, int32_t live);
 
 /// The vertex at place i dies and merges into the one at `heir`. Its row must be complete: nothing is spread.
 void bury(Wavefront& w, int32_t i, int32_t heir);
@@ -147,8 +147,8 @@ void pack(Wavefront& w);
 /// written from the arrays of the sweep.
 void refresh(Wavefront& w);
 
-/// Closes `count` gaps in a column of `n` values.
-void close_gaps(void* column, size_t bytes, const int32_t* gaps, int32_t count, int32_t n);
+/// Removes the values at `count` places, ascending, from a column of `n` values of `bytes` bytes each.
+void remove_values(void* column, size_t bytes, const int32_t* places, int32_t count, int32_t n);
 
 /// Closes the gaps of the last packing in other columns.
 void close_gaps(const Wavefront& w, Points& points);

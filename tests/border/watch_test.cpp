@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "border/internal/meeting.h"
-#include "border/internal/steps.h"
+#include "border/internal/rounds.h"
 #include "tests/border/shapes.h"
 
 using namespace korvale::inside;

@@ -69,7 +69,7 @@ void fill(Wavefront& w)
 
 } // namespace
 
-TEST(CloseGaps, LeavesWhatIsBetweenThem)
+TEST(RemoveValues, LeavesWhatIsBetweenThem)
 {
     Random random(1);
     for (int round = 0; round < rounds(2000); ++round) {
@@ -83,7 +83,7 @@ TEST(CloseGaps, LeavesWhatIsBetweenThem)
                 expected.push_back(100 + i);
         if (gaps.empty())
             continue;
-        close_gaps(values.data(), sizeof values[0], gaps.data(), static_cast<int32_t>(gaps.size()), n);
+        remove_values(values.data(), sizeof values[0], gaps.data(), static_cast<int32_t>(gaps.size()), n);
         values.resize(expected.size());
         EXPECT_EQ(values, expected);
     }

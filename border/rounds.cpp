@@ -1,9 +1,9 @@
-// The steps of a sweep over packed columns. The same steps one vertex at a time: tests/reference/sweep.cpp. What a step
-// computes for a vertex does not depend on the results of other vertices, so whole columns are computed in lanes. Only
-// deaths depend on the order: the few places where a vertex may die are listed first, and the step goes through them in
-// order. Invariant: every live vertex gets its value by the operations of the documented steps, in their order, once a
-// round.
-#include "border/internal/steps.h"
+// What a round of a sweep does, over packed columns. The documented steps of the same names, one vertex at a time, are in
+// tests/reference/sweep.cpp. What a step computes for a vertex does not depend on the results of other vertices, so
+// whole columns are computed in lanes. Only deaths depend on the order: the few places where a vertex may die are listed
+// first, and the function goes through them in order. Invariant: every live vertex gets its value by the operations of
+// the documented steps, in their order, once a round.
+#include "border/internal/rounds.h"
 
 #include <bit>
 #include <cmath>
@@ -227,7 +227,7 @@ int32_t list_collapsing(Wavefront& w, double time)
 bool measure_edges(Wavefront& w)
 {
     std::swap(w.edge, w.edge_before);
-    close_ring(w.at, w.live);
+    wrap_ends(w.at, w.live);
     const ConstPoints at = w.at;
     double *const to_x = w.edge.dx, *const to_y = w.edge.dy, *const lengths = w.edge.length;
     const double shortest = least_over(0, w.live, kMergeLength, [at, to_x, to_y, lengths]<class V>(int32_t i) {
@@ -278,9 +278,9 @@ int32_t measure_over_hairpin(Wavefront& w, int32_t hairpin)
 
 void fit_edge_lines(Wavefront& w)
 {
-    close_ring(w.at, w.live); // again: some may have died since measure_edges
-    close_ring(w.edge.dx, w.live);
-    close_ring(w.edge.dy, w.live);
+    wrap_ends(w.at, w.live); // again: some may have died since measure_edges
+    wrap_ends(w.edge.dx, w.live);
+    wrap_ends(w.edge.dy, w.live);
     w.line_at = w.at;
     w.line_edge = w.edge;
     note_written(w, Wavefront::lines);
@@ -310,7 +310,7 @@ Corners aim_vertices(Wavefront& w, Watch& watch, const Round& before, Round& rou
         }
         round.drift = aim_corners(w, watch, done, w.live, round.drift);
     }
-    close_ring(w.velocity, w.live);
+    wrap_ends(w.velocity, w.live);
     note_written(w, Wavefront::velocities);
     return Corners::aimed;
 }

@@ -5,7 +5,7 @@
 #include "border/internal/watch.h"
 #include "border/internal/wavefront.h"
 
-// The steps of a round, in the order in which a sweep takes them.
+// What a round does, in this order.
 namespace korvale::inside {
 
 /// A pair farther apart than kLater times the distance that closes until time t meets after t, even with its own time
