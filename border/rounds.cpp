@@ -1,8 +1,8 @@
-// What a round of a sweep does, over packed columns. The documented steps of the same names, one vertex at a time, are in
-// tests/reference/sweep.cpp. What a step computes for a vertex does not depend on the results of other vertices, so
-// whole columns are computed in lanes. Only deaths depend on the order: the few places where a vertex may die are listed
-// first, and the function goes through them in order. Invariant: every live vertex gets its value by the operations of
-// the documented steps, in their order, once a round.
+// What a round of a sweep does, over packed columns. The documented steps of the same names, one vertex at a time, are
+// in tests/reference/sweep.cpp. What a step computes for a vertex does not depend on the results of other vertices, so
+// whole columns are computed in lanes. Only deaths depend on the order: the few places where a vertex may die are
+// listed first, and the function goes through them in order. Invariant: every live vertex gets its value by the
+// operations of the documented steps, in their order, once a round.
 #include "border/internal/rounds.h"
 
 #include <bit>
