@@ -243,6 +243,11 @@ Meeting ask_record(const korvale_grid& grid, const Ray& ray, const double* direc
 
 // Queries.
 
+Ray ray_of(const korvale_grid& grid, const double* origin, const double* direction)
+{
+    return grid.tree ? grid.tree->ray(origin, direction) : Ray(origin, direction);
+}
+
 /// What a query is to find.
 enum class Wanted { count, nearest, all };
 
@@ -317,7 +322,7 @@ bool is_inside(const korvale_grid& grid, const double* point)
     constexpr double kNear = 1e-09; // as a weight of a corner
     size_t met = 0;
     for (const auto& direction : kDirections) {
-        const Ray ray(point, direction);
+        const Ray ray = ray_of(grid, point, direction);
         const Vector<korvale_hit> hits = find_all(grid, ray, direction);
         met = hits.size();
         const bool is_clear = std::all_of(hits.begin(), hits.end(), [&](const korvale_hit& hit) {
@@ -348,7 +353,7 @@ void cast(const korvale_grid& grid, const PointsIn& origins, const PointsIn& dir
     const Wanted wanted = columns.counts != nullptr ? (wants_nearest ? Wanted::all : Wanted::count) : Wanted::nearest;
     for_each_ray(n, progress, [&](int64_t i) {
         const double* const direction = directions[directions.size() == 1 ? 0 : i].data();
-        const Ray ray(origins[origins.size() == 1 ? 0 : i].data(), direction);
+        const Ray ray = ray_of(grid, origins[origins.size() == 1 ? 0 : i].data(), direction);
         const Meeting meeting = ask(grid, ray, direction, wanted);
         if (columns.distances != nullptr)
             columns.distances[i] = meeting.distance;
@@ -414,7 +419,7 @@ int32_t korvale_grid_count(const korvale_grid* grid, const double* origin, const
 {
     if (grid == nullptr || origin == nullptr || direction == nullptr)
         return 0;
-    const Meeting meeting = ask(*grid, Ray(origin, direction), direction, Wanted::count);
+    const Meeting meeting = ask(*grid, ray_of(*grid, origin, direction), direction, Wanted::count);
     if (meeting.count > 0 && distance != nullptr)
         *distance = meeting.distance;
     return meeting.count;
@@ -424,7 +429,7 @@ korvale_hit korvale_grid_nearest(const korvale_grid* grid, const double* origin,
 {
     if (grid == nullptr || origin == nullptr || direction == nullptr)
         return {std::numeric_limits<double>::infinity(), -1, {-1, -1, -1}, {0, 0, 0}};
-    const Ray ray(origin, direction);
+    const Ray ray = ray_of(*grid, origin, direction);
     const Meeting meeting = ask(*grid, ray, direction, Wanted::nearest);
     return hit_of(*grid, ray, meeting.triangle, meeting.distance);
 }
@@ -433,7 +438,7 @@ int32_t korvale_grid_any(const korvale_grid* grid, const double* origin, const d
 {
     if (grid == nullptr || origin == nullptr || direction == nullptr || is_nan(reach))
         return 0;
-    return meets_any(*grid, Ray(origin, direction), direction, reach) ? 1 : 0;
+    return meets_any(*grid, ray_of(*grid, origin, direction), direction, reach) ? 1 : 0;
 }
 
 korvale_status korvale_grid_hits(const korvale_grid* grid, const double* origin, const double* direction,
@@ -444,7 +449,7 @@ korvale_status korvale_grid_hits(const korvale_grid* grid, const double* origin,
         require(origin, "origin");
         require(direction, "direction");
         require(met, "met");
-        const Vector<korvale_hit> found = find_all(*grid, Ray(origin, direction), direction);
+        const Vector<korvale_hit> found = find_all(*grid, ray_of(*grid, origin, direction), direction);
         *met = static_cast<int64_t>(found.size());
         if (hits != nullptr)
             std::copy_n(found.begin(), std::min(*met, std::max<int64_t>(room, 0)), hits);

@@ -11,6 +11,9 @@
 // kFloatPad of the mesh; of a far origin: kFarPad of its coordinates. Boxes and the ray are taken relative to the
 // centre of the mesh, the ray from the point of it nearest to that. What is too large for floats is walked through
 // triangle by triangle.
+//
+// The thresholds of the exact test are absolute. Small models are asked as larger ones: all lengths are multiplied by a
+// power of two, which loses no bit, those of triangles by the frame of the ray.
 #include "door/internal/tree.h"
 
 #include <algorithm>
@@ -60,19 +63,54 @@ bool note(Meeting& meeting, int32_t t, double distance)
     return is_nan(distance);
 }
 
+/// The exponent of the least power of two that a small model is made to reach: a million triangles over it are then met
+/// from all but the most grazing directions.
+constexpr int kReach = 6;
+
+/// The greatest power of two that brings things to a size, whose inverse is an ordinary number as well.
+constexpr int kMostExponent = 1000;
+
+double scale_of(const double* box)
+{
+    const double reach = std::max({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
+    if (!(reach > 0 && reach < 1))
+        return 1;
+    return std::ldexp(1, std::min(kReach - std::ilogb(reach), kMostExponent));
+}
+
+/// Multiplies a vector that reaches less than 1 by the power of two that makes it reach 1 to 2.
+void lengthen(double* v)
+{
+    const double reach = std::max({std::fabs(v[0]), std::fabs(v[1]), std::fabs(v[2])});
+    if (!(reach > 0 && reach < 1))
+        return;
+    const double scale = std::ldexp(1, std::min(-std::ilogb(reach), kMostExponent));
+    for (int k = 0; k < 3; ++k)
+        v[k] *= scale;
+}
+
 } // namespace
 
 // Rays.
 
-Ray::Ray(const double* from, const double* along)
+Ray::Ray(const double* from, const double* along, double scale)
 {
-    inside::copy3(from, origin);
     inside::copy3(along, unit);
+    if (scale != 1)
+        lengthen(unit);
     can_meet = inside::make_unit(unit);
+    for (int k = 0; k < 3; ++k) {
+        origin[k] = scale * from[k];
+        can_meet = can_meet && (door::is_finite(origin[k]) || !door::is_finite(from[k]));
+    }
     is_finite = false;
     if (!can_meet)
         return;
     ray_compute_xfm(origin, unit, frame);
+    inside::copy3(frame[2], ahead);
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            frame[i][j] *= scale; // of triangles
     is_finite = true;
     for (int i = 0; i < 3; ++i)
         for (const double number : frame[i])
@@ -108,12 +146,15 @@ void Growth::tell(double done) const
 // Growing.
 
 Tree::Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth)
-    : triangles_(triangles), count_(count), low_(), high_(), centre_(), half_(0), slack_(0), is_ordinary_(true), grid_()
+    : triangles_(triangles), count_(count), scale_(scale_of(box)), low_(), high_(), centre_(), half_(0), slack_(0),
+      is_ordinary_(true), grid_()
 {
     if (count == 0)
         return;
-    inside::copy3(box, low_);
-    inside::copy3(box + 3, high_);
+    for (int k = 0; k < 3; ++k) {
+        low_[k] = scale_ * box[k];
+        high_[k] = scale_ * box[k + 3];
+    }
     place_cells(n);
     for (int k = 0; k < 3; ++k) {
         is_ordinary_ = is_ordinary_ && std::fabs(low_[k]) < kLargest && std::fabs(high_[k]) < kLargest;
@@ -139,12 +180,20 @@ void Tree::place_cells(const int32_t (&n)[3])
     }
 }
 
+void Tree::find_box(int32_t t, double* box) const
+{
+    double scaled[9];
+    for (int i = 0; i < 9; ++i)
+        scaled[i] = scale_ * triangle(t)[i];
+    inside::find_triangle_box(scaled, box);
+}
+
 bool Tree::meets_cell(const Ray& ray, int32_t t) const
 {
     if (!grid_.in_order)
         return first_cell(ray, t) >= 0;
     double box[inside::kBoxValues];
-    inside::find_triangle_box(triangle(t), box);
+    find_box(t, box);
     const double* ends[3][2];
     for (int k = 0; k < 3; ++k) {
         const GridAxis& axis = grid_.axes[k];
@@ -171,7 +220,7 @@ template <class Visit>
 void Tree::for_each_cell(int32_t t, Visit visit) const
 {
     double box[inside::kBoxValues];
-    inside::find_triangle_box(triangle(t), box);
+    find_box(t, box);
     grid_.for_each_cell([&](int32_t cell, const double* cell_box) {
         if (inside::boxes_meet(cell_box, box))
             visit(cell, cell_box);
@@ -204,7 +253,7 @@ struct Tree::Slabs {
             towards[k] = tree.centre_[k] - ray.origin[k];
             largest = std::max(largest, std::fabs(ray.origin[k]) + std::fabs(tree.centre_[k]));
         }
-        const double* const d = ray.frame[2];
+        const double* const d = ray.ahead;
         start = inside::dot(towards, d);
         pad = kFloatPad * tree.half_ + kFarPad * (largest + tree.half_);
         for (int k = 0; k < 3; ++k) {
@@ -299,6 +348,12 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
     }
 }
 
+Meeting Tree::unscaled(Meeting meeting) const
+{
+    meeting.distance /= scale_;
+    return meeting;
+}
+
 Meeting Tree::meet(const Ray& ray) const
 {
     Meeting meeting;
@@ -308,7 +363,7 @@ Meeting Tree::meet(const Ray& ray) const
         is_odd = note(meeting, t, distance) || is_odd;
         return true;
     });
-    return is_odd ? settle(ray) : meeting;
+    return unscaled(is_odd ? settle(ray) : meeting);
 }
 
 Meeting Tree::meet_nearest(const Ray& ray) const
@@ -321,14 +376,15 @@ Meeting Tree::meet_nearest(const Ray& ray) const
         reach = meeting.distance;
         return true;
     });
-    return is_odd ? settle(ray) : meeting;
+    return unscaled(is_odd ? settle(ray) : meeting);
 }
 
 bool Tree::meets_any(const Ray& ray, double reach) const
 {
     bool is_met = false;
-    walk<false>(ray, reach, [&](int32_t, double distance, double&) {
-        is_met = distance <= reach;
+    const double scaled = scale_ * reach;
+    walk<false>(ray, scaled, [&](int32_t, double distance, double&) {
+        is_met = distance <= scaled;
         return !is_met;
     });
     return is_met;
@@ -337,7 +393,7 @@ bool Tree::meets_any(const Ray& ray, double reach) const
 void Tree::for_each(const Ray& ray, void (*visit)(void* user, int32_t triangle, double distance), void* user) const
 {
     walk<false>(ray, std::numeric_limits<double>::infinity(), [&](int32_t t, double distance, double&) {
-        visit(user, t, distance);
+        visit(user, t, distance / scale_);
         return true;
     });
 }

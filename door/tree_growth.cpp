@@ -206,16 +206,16 @@ private:
         const auto half = static_cast<float>(tree_.half_);
         const Curve curve(all(-2 * half), 4 * half, n_);
         const Doubles centre = load_two(tree_.centre_);
-        const double centre_z = tree_.centre_[2];
+        const double centre_z = tree_.centre_[2], scale = tree_.scale_;
         double largest = 0;
         for (int32_t t = 0; t < n_; ++t) {
             if (t % kReport == 0)
                 growth_.tell(0.3 * t / n_);
             const double* const p = tree_.triangle(t);
-            const Doubles a = load_two(p), b = load_two(p + 3), c = load_two(p + 6); // x and y
+            const Doubles a = scale * load_two(p), b = scale * load_two(p + 3), c = scale * load_two(p + 6); // x, y
             const Doubles low = less(a, less(b, c)) - centre, high = greater(a, greater(b, c)) - centre;
-            const double low_z = std::min(p[2], std::min(p[5], p[8])) - centre_z;
-            const double high_z = std::max(p[2], std::max(p[5], p[8])) - centre_z;
+            const double low_z = scale * std::min(p[2], std::min(p[5], p[8])) - centre_z;
+            const double high_z = scale * std::max(p[2], std::max(p[5], p[8])) - centre_z;
             const Doubles wide = high - low;
             const double extent = wide[0] + wide[1] + (high_z - low_z), pad = kTrianglePad * extent;
             largest = std::max(largest, extent);

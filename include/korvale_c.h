@@ -450,8 +450,10 @@ KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles,
 /// made), and any number of threads may ask one grid at a time. Borrowed ones are found through cells and marks, and
 /// then one grid belongs to one thread at a time.
 ///
-/// A triangle that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles
-/// measure about 0.01 or more. The length of a direction does not matter, but one shorter than 1e-06 meets nothing.
+/// A triangle that shows less than half of 1e-06 square units to a ray is not met, and a direction shorter than 1e-06
+/// meets nothing. But where a grid owns a model that reaches less than 1 along each axis, these are the lengths times
+/// the power of two that makes it reach 64 to 128, which loses no bit, and directions may be of any length. Of borrowed
+/// triangles, and of fine meshes that reach 1 to 10, work in units in which triangles measure about 0.01 or more.
 typedef struct korvale_grid korvale_grid;
 
 /// How a grid is made.
@@ -541,7 +543,7 @@ KORVALE_C_API korvale_status korvale_grid_contains(const korvale_grid* grid, con
                                                    korvale_error* error);
 
 /// The `RayStatus` behind the grid, for hosts in C++. Where the grid owns its triangles the first call makes one, which
-/// its queries do not use; null where the heap is exhausted.
+/// its queries do not use, and whose lengths are the host's; null where the heap is exhausted.
 KORVALE_C_API void* korvale_grid_record(korvale_grid* grid);
 
 /// Releases a grid.

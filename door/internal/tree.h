@@ -13,11 +13,13 @@ namespace korvale::door {
 /// A ray as the exact test of a triangle sees it.
 struct Ray {
     double origin[3], unit[3];
-    Xfm frame;      ///< into the frame of the ray
-    bool can_meet;  ///< false for a direction without length
-    bool is_finite; ///< whether all numbers of the frame are
+    Xfm frame;       ///< into the frame of the ray
+    double ahead[3]; ///< the direction that the frame makes z
+    bool can_meet;   ///< false for a direction without length
+    bool is_finite;  ///< whether all numbers of the frame are
 
-    Ray(const double* from, const double* along);
+    /// All lengths are multiplied by `scale`, a power of two; where that is not 1, short directions are made longer.
+    Ray(const double* from, const double* along, double scale = 1);
 
     /// Whether triangle[9] is met, and at which distance.
     bool meets(const double* triangle, double& distance) const;
@@ -47,9 +49,14 @@ public:
     static constexpr int32_t kMostDepth = 96;
 
     /// Over `count` triangles of finite numbers, which stay where they are, in n[3] cells of the box[6] around them.
+    /// Lengths of a model that reaches less than 1 along each axis are multiplied by the power of two that makes it
+    /// reach 64 to 128.
     Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth);
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
+
+    /// A ray for the queries below, which take and give lengths of the host.
+    Ray ray(const double* from, const double* along) const { return Ray(from, along, scale_); }
 
     /// All that `ray_intersect` finds.
     Meeting meet(const Ray& ray) const;
@@ -97,8 +104,15 @@ private:
 
     const double* triangle(int32_t t) const { return triangles_ + 9 * int64_t{t}; }
 
-    const double* triangles_;
+    /// The box that tells which cells list a triangle.
+    void find_box(int32_t t, double* box) const;
+
+    /// The same with the length that the host measures.
+    Meeting unscaled(Meeting meeting) const;
+
+    const double* triangles_; ///< as the host has them; all other lengths are multiplied by scale_
     int32_t count_;
+    double scale_;
     double low_[3], high_[3], centre_[3];
     double half_;  ///< the largest half extent
     double slack_; ///< how far from its box along the ray a triangle may be met

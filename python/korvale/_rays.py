@@ -49,8 +49,9 @@ class RayGrid:
     progress: see `Relaxer.run`; it is told of the thousandths done, and False is an error.
 
     Faces of more than three corners are cut into triangles about their first corner; `faces` tells which is whose. A
-    triangle that shows less than half of 1e-06 square units to a ray is not met: work in units in which triangles
-    measure about 0.01 or more.
+    triangle that shows less than half of 1e-06 square units to a ray is not met. A model that reaches less than 1 along
+    each axis is measured as one that reaches 64 to 128, unless `copy` is False; otherwise work in units in which
+    triangles measure about 0.01 or more.
 
     >>> grid = korvale.RayGrid([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], [(0, 1, 2), (0, 2, 3)])
     >>> grid.nearest((3, 1, 5), (0, 0, -1))

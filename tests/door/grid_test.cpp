@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "support.h"
+#include "tests/reference/ray.h"
 #include "tests/support/heap.h"
 #include "tests/support/random.h"
 
@@ -76,6 +77,13 @@ struct Record {
     Data triangles;
     RayStatus status = {};
 };
+
+std::vector<double> times(std::vector<double> numbers, double factor)
+{
+    for (double& number : numbers)
+        number *= factor;
+    return numbers;
+}
 
 korvale_triangles mesh()
 {
@@ -226,16 +234,26 @@ void hostile_ray(Random& random, const std::vector<double>& corners, const RaySt
 TEST(Grid, MeetsWhatTheRecordMeetsToTheBit)
 {
     Random random(1216);
-    int64_t hits = 0, several = 0;
+    int64_t hits = 0, several = 0, small = 0;
     for (int round = 0; round < 60; ++round) {
         std::vector<double> corners = hostile_triangles(random, random.between(1, random.one_in(4) ? 900 : 60));
         const std::array<int32_t, 3> cells = {random.between(0, 9), random.between(0, 9), random.between(0, 9)};
         const Grid g(corners, random.one_in(2) ? cells : std::array<int32_t, 3>{});
-        Record record(corners, g.grid);
+        const double scale = reference::grid_scale(corners.data(), static_cast<int32_t>(corners.size() / 9));
+        std::vector<double> of_cells = times(corners, scale);
+        Record record(of_cells, g.grid);
         for (int ray = 0; ray < 100; ++ray) {
-            double origin[3], along[3], of_record = -1, distance = -1;
-            hostile_ray(random, corners, record.status, origin, along);
-            const int met = ray_intersect(origin, along, &record.status, &of_record);
+            double origin[3], along[3], in_cells[3], direction[3], of_record = -1, distance = -1;
+            hostile_ray(random, of_cells, record.status, in_cells, along);
+            for (int k = 0; k < 3; ++k) {
+                origin[k] = in_cells[k] / scale;
+                direction[k] = along[k];
+            }
+            if (scale != 1)
+                reference::lengthen(direction);
+            const int met = ray_intersect(in_cells, direction, &record.status, &of_record);
+            of_record = met > 0 ? of_record / scale : -1;
+            small += scale != 1 && met > 0;
             ASSERT_EQ(korvale_grid_count(g.grid, origin, along, &distance), met);
             ASSERT_EQ(std::memcmp(&distance, &of_record, sizeof distance), 0) << distance << " " << of_record;
             const korvale_hit nearest = korvale_grid_nearest(g.grid, origin, along);
@@ -261,6 +279,94 @@ TEST(Grid, MeetsWhatTheRecordMeetsToTheBit)
     }
     EXPECT_GT(hits, 2000);
     EXPECT_GT(several, 300);
+    EXPECT_GT(small, 50);
+}
+
+TEST(Grid, ASmallModelAnswersAsALargeOne)
+{
+    // It reaches 64 to 128, to which small ones are brought. Some triangles come twice.
+    Random random(1223);
+    std::vector<double> corners, origins, directions;
+    for (int i = 0; i < 9 * 200; ++i)
+        corners.push_back(random.uniform(-48, 48));
+    corners.insert(corners.end(), corners.begin(), corners.begin() + 9 * 50);
+    constexpr int kRays = 300;
+    for (int i = 0; i < 3 * kRays; ++i) {
+        origins.push_back(random.uniform(-60, 60));
+        directions.push_back(random.uniform(-2, 2));
+    }
+    struct Answers {
+        std::vector<double> distances = std::vector<double>(kRays), weights = std::vector<double>(3 * kRays);
+        std::vector<int32_t> triangles = std::vector<int32_t>(kRays), counts = std::vector<int32_t>(kRays);
+        std::vector<uint8_t> inside = std::vector<uint8_t>(kRays);
+
+        Answers(const Grid& g, const std::vector<double>& from, const std::vector<double>& along)
+        {
+            const korvale_points o = points_of(from), d = points_of(along);
+            const korvale_ray_columns columns = {distances.data(), triangles.data(), counts.data(), weights.data()};
+            EXPECT_EQ(korvale_grid_cast(g.grid, &o, &d, &columns, nullptr, nullptr, nullptr), KORVALE_OK);
+            EXPECT_EQ(korvale_grid_contains(g.grid, &o, inside.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+        }
+    };
+    const Grid large(corners);
+    const Answers expected(large, origins, directions);
+    EXPECT_GT(*std::max_element(expected.counts.begin(), expected.counts.end()), 20);
+    for (const int k : {7, 8, 9, 10, 12, 15, 17, 20, 24, 27, 30, 100, 500, 900}) {
+        const double shrunk = std::ldexp(1, -k);
+        const Grid small(times(corners, shrunk));
+        for (const double longer : {1.0, shrunk, 1e10}) {
+            const std::vector<double> from = times(origins, shrunk), along = times(directions, longer);
+            const Answers answers(small, from, along);
+            ASSERT_EQ(answers.counts, expected.counts);
+            ASSERT_EQ(answers.triangles, expected.triangles);
+            ASSERT_EQ(answers.inside, expected.inside);
+            if (longer == 1e10) // which rounds
+                continue;
+            ASSERT_EQ(answers.distances, times(expected.distances, shrunk));
+            ASSERT_EQ(answers.weights, expected.weights);
+            for (size_t i = 0; i < kRays; ++i) {
+                const double nearest = answers.distances[i];
+                const bool is_met = nearest < kInfinity;
+                ASSERT_EQ(korvale_grid_any(small.grid, &from[3 * i], &along[3 * i], nearest), is_met);
+                ASSERT_EQ(korvale_grid_any(small.grid, &from[3 * i], &along[3 * i], std::nextafter(nearest, 0)), 0);
+                std::vector<korvale_hit> hits(static_cast<size_t>(answers.counts[i]) + 1);
+                int64_t met = 0;
+                korvale_grid_hits(small.grid, &from[3 * i], &along[3 * i], hits.data(), answers.counts[i], &met,
+                                  nullptr);
+                ASSERT_EQ(met, answers.counts[i]);
+                ASSERT_TRUE(met == 0 || hits[0].distance == nearest);
+            }
+        }
+    }
+}
+
+TEST(Grid, AModelThatReachesOneIsNotSmall)
+{
+    // A triangle that reaches `reach`, and half a unit above it one of legs of 0.0009: twice its area is 8.1e-07.
+    const auto met = [](double reach, bool borrow) {
+        const std::vector<double> corners = {0,   0,   0,   reach,  0,   0,   0,   reach,  0,
+                                             0.1, 0.1, 0.5, 0.1009, 0.1, 0.5, 0.1, 0.1009, 0.5};
+        const Grid g(corners, {}, borrow);
+        const double origin[3] = {0.1001, 0.1001, 2}, down[3] = {0, 0, -1};
+        return korvale_grid_count(g.grid, origin, down, nullptr);
+    };
+    EXPECT_EQ(met(1, false), 1);
+    EXPECT_EQ(met(std::nextafter(1, 2), false), 1);
+    EXPECT_EQ(met(std::nextafter(1, 0), false), 2);
+    EXPECT_EQ(met(0.5, false), 2);
+    EXPECT_EQ(met(0.5, true), 1);
+}
+
+TEST(Grid, ASmallModelIsNotMetFromBeyondAllNumbers)
+{
+    const std::vector<double> corners = {0, 0, 0, 1e-250, 0, 0, 0, 1e-250, 0};
+    const Grid g(corners);
+    const double near[3] = {2e-251, 2e-251, 1e-250}, far[3] = {2e-251, 2e-251, 1e300}, down[3] = {0, 0, -1e-290};
+    double distance = 0;
+    EXPECT_EQ(korvale_grid_count(g.grid, near, down, &distance), 1);
+    EXPECT_EQ(distance, 1e-250);
+    EXPECT_EQ(korvale_grid_count(g.grid, far, down, nullptr), 0);
+    EXPECT_EQ(korvale_grid_nearest(g.grid, far, down).triangle, -1);
 }
 
 TEST(Grid, MeetsWhatTheRecordMeetsWhereNumbersAreNot)

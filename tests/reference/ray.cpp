@@ -1,5 +1,7 @@
 #include "tests/reference/ray.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "math/box.h"
@@ -104,6 +106,33 @@ int intersect(const double* origin, const double* direction, RayStatus& s, doubl
             }
     }
     return hits;
+}
+
+double grid_scale(const double* triangles, int32_t count)
+{
+    double reach = 0;
+    for (int k = 0; k < 3 && count > 0; ++k) {
+        double least = triangles[k], greatest = triangles[k];
+        for (int64_t i = k; i < 9 * int64_t{count}; i += 3) {
+            least = std::min(least, triangles[i]);
+            greatest = std::max(greatest, triangles[i]);
+        }
+        reach = std::max(reach, greatest - least);
+    }
+    double scale = 1;
+    while (reach > 0 && reach < 1 && reach * scale < 64 && scale < 0x1p1000)
+        scale *= 2;
+    return scale;
+}
+
+void lengthen(double* direction)
+{
+    const double reach = std::max({std::fabs(direction[0]), std::fabs(direction[1]), std::fabs(direction[2])});
+    double scale = 1;
+    while (reach > 0 && reach * scale < 1 && scale < 0x1p1000)
+        scale *= 2;
+    for (int k = 0; k < 3; ++k)
+        direction[k] *= scale;
 }
 
 } // namespace korvale::reference

@@ -24,4 +24,11 @@ std::vector<RayCell> sort_triangles(const double* triangles, int32_t count, cons
 int intersect(const double* origin, const double* direction, RayStatus& s, double* distance,
               const std::array<double, 6>* boxes = nullptr);
 
+/// The power of two by which a grid that owns its triangles multiplies all lengths: 1 for a model that reaches 1 or
+/// more along an axis, else the one that makes it reach 64 to 128.
+double grid_scale(const double* triangles, int32_t count);
+
+/// Makes a direction that reaches less than 1 reach 1 to 2, as a grid does whose lengths are multiplied.
+void lengthen(double* direction);
+
 } // namespace korvale::reference
