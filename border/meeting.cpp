@@ -71,7 +71,7 @@ inline void meet(const Wavefront& w, bool outwards, int32_t m, int32_t e, Event&
     event = {time, m, e};
 }
 
-/// Lists those of the edges from e on, as many as V has lanes, that vertex m may meet within `window`.
+/// Lists the edges that vertex m may meet within `window`, of those from e on, one per lane.
 template <class V>
 KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e, double window, int32_t* list,
                                         int32_t& count)

@@ -41,7 +41,7 @@ struct Places {
 
 // Areas and shares.
 
-/// The vertex at `p` of as many triangles as V has lanes.
+/// The vertex at `p` of one triangle per lane, `stride` apart.
 template <class V>
 KORVALE_OVER_LANES Lanes3<V> vertex_of(const double* p, int64_t stride)
 {

@@ -102,7 +102,7 @@ void turn_corner(const double* p, int32_t point, int32_t previous, int32_t next,
     });
 }
 
-// As many triangles as V has lanes. Corner k of a triangle has arm a to the previous corner and b to the next.
+// One triangle per lane. Corner k of a triangle has arm a to the previous corner and b to the next.
 
 template <class V>
 struct Arms {

@@ -15,7 +15,7 @@
 namespace korvale::inside {
 namespace {
 
-/// Whether `wanted` ints of `d` can be read. A buffer of the host has what the host says it has: nobody has to set the
+/// Whether `wanted` ints of `d` can be read. What a host has wrapped is believed to hold them: hosts need not set the
 /// dims of these arrays.
 bool has_ints(const DATAstruct& d, int64_t wanted)
 {

@@ -40,7 +40,7 @@ bool find_lengths(const PreserveStatus& s, Lengths& t)
     return true;
 }
 
-/// The lengths of as many edges as V has lanes.
+/// The lengths of edges, one per lane.
 template <class V>
 KORVALE_OVER_LANES V lengths_of(const double* p, const int32_t* ends)
 {
@@ -59,7 +59,7 @@ KORVALE_OVER_LANES void measure_edges(const double* p, const EdgeList& edges, do
         measure[e] = lengths_of<double>(p, edges.ends + 2 * int64_t{e});
 }
 
-/// Measures the edges from e on, as many as V has lanes, and adds the energies of those with a free end.
+/// Measures the edges from e on, one per lane, and adds the energies of those with a free end.
 template <class V>
 KORVALE_OVER_LANES double add_edges(const Lengths& t, int32_t e, double energy)
 {
@@ -104,7 +104,7 @@ inline void pull_ends(const double* p, const int32_t* ends, double stretch, doub
     fb[2] -= back_z;
 }
 
-/// Adds the forces of the edges from e on, as many as V has lanes.
+/// Adds the forces of the edges from e on, one per lane.
 template <class V>
 KORVALE_OVER_LANES void pull_edges(const Lengths& t, int32_t e, double* force)
 {

@@ -1,5 +1,5 @@
-// The record: what it is told of a mesh and of the terms to keep, and what it releases. A mesh is examined here once,
-// so that nobody below has to: every index and size that is read leads into its array, or the mesh is refused.
+// The record: what it is told of a mesh and of the terms to keep, and what it releases. A mesh is examined here, once
+// for all functions below: every index and size leads into its array, or the mesh is refused.
 #include "preserve/status.h"
 
 #include <cstddef>

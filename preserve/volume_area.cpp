@@ -59,7 +59,7 @@ struct Pressure {
         });
     }
 
-    /// The forces on the corners of as many triangles as V has lanes.
+    /// The forces on the corners of triangles, one triangle per lane.
     template <class V>
     KORVALE_OVER_LANES void find(const Triangles<V>& t, Lanes3<V> (&forces)[3]) const
     {
@@ -107,7 +107,7 @@ struct Tension {
     }
 };
 
-// As many triangles as V has lanes.
+// One triangle per lane.
 
 template <class V>
 KORVALE_OVER_LANES Measures measure_faces_over(const double* p, const Faces& all_faces)

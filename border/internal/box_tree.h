@@ -72,7 +72,7 @@ inline Boxes boxes_in(double* memory, int64_t n)
     return {memory, memory + n, memory + 2 * n, memory + 3 * n};
 }
 
-/// For each of the boxes from i on, as many as V has lanes: whether it shares no point with `box`.
+/// Whether box i shares no point with `box`, and the boxes behind it, one per lane.
 template <class V>
 KORVALE_OVER_LANES auto boxes_apart(const Boxes& boxes, int64_t i, const Box& box)
 {

@@ -20,8 +20,8 @@ bool is_sound_mesh(const DATAstruct& points, const DATAstruct* edges, const DATA
 DATAstruct* new_starts(const Faces& faces);
 
 /// One edge for every pair of neighbouring corners, in order of first appearance, the smaller index first; null without
-/// memory. There is room for as many as the list is long: a face that fills it is the last one looked at. False where
-/// faces that share corners have more.
+/// memory. At most as many are listed as the face point list is long, and the face that reaches that number is the last
+/// one examined. False where faces that share corners have more edges.
 bool find_edges(const Faces& faces, DATAstruct*& edges);
 
 /// Groups the edges and faces of `s` by point: makes the four `point_` arrays.

@@ -11,7 +11,7 @@ struct Measures {
     double volume = 0.0, area = 0.0;
 };
 
-/// The corners of as many triangles as V has lanes.
+/// The corners of triangles, one triangle per lane.
 template <class V>
 struct Triangles {
     Lanes3<V> p0, p1, p2;

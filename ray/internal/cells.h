@@ -6,7 +6,7 @@
 #include "ray/grid.h"
 #include "ray/internal/grid.h"
 
-// The cells of a record and what stands in them, which a host may read, change and make itself.
+// The cells of a record and their contents, which a host may read, change and make itself.
 namespace korvale::inside {
 
 /// Triangle numbers in one node of a chain.
@@ -21,9 +21,12 @@ struct Cells {
     const Grid* grid; // null for cells that a host has made, whose boxes alone say where they are
 };
 
-/// The cells of `s`. In an array that the library has made they are those that were made, whatever a host has done to
-/// them and to nx, ny and nz since; in one of a host there are as many as nx, ny and nz say. Where a host has released
-/// an array of the library by hand, there are no more than fit the block that stands there now.
+/// The cells of `s`:
+///
+/// - In an array that the library made, those that it made, whatever a host has done to them and to nx, ny and nz
+///   since.
+/// - In an array of a host, nx * ny * nz.
+/// - In an array of a host at the address of one of the library's that the host has freed, no more than fit its block.
 Cells cells_of(const RayStatus& s);
 
 /// Registers `cells`, an array of the library with as many as its grid of n[3] cells over bbox[6], and returns the

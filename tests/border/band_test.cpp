@@ -1,3 +1,4 @@
+// BORDERAddWings, BORDERRemoveWings and BORDERMakePipe: their results, and the arrays they leave alone.
 #include "border/band.h"
 
 #include <cmath>
@@ -15,8 +16,7 @@
 #include "tests/support/heap.h"
 #include "tests/support/random.h"
 
-using namespace korvale::test;
-
+namespace korvale::test {
 namespace {
 
 const Coordinates kBend = {0, 0, 0, 1, 0, 0, 2, 1, 0};
@@ -454,3 +454,5 @@ TEST(Band, AnEndIsSquareToItsSegmentWhileItsWingAndItsNeighbourLive)
     EXPECT_GT(right, 1000);
     EXPECT_GT(dead, 10);
 }
+
+} // namespace korvale::test

@@ -19,8 +19,7 @@
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
-using namespace korvale::test;
-
+namespace korvale::test {
 namespace {
 
 const Coordinates kUnitSquare = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
@@ -680,3 +679,5 @@ TEST(BORDER_BORDER, OffsetsAnOutlineThatStandsUpright)
     for (size_t i = 0; i < expected.size(); ++i)
         EXPECT_NEAR(result.border[i], expected[i], 1e-14);
 }
+
+} // namespace korvale::test

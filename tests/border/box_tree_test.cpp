@@ -10,8 +10,8 @@
 
 #include "tests/support/random.h"
 
-using namespace korvale::inside;
-using namespace korvale::test;
+namespace korvale::test {
+using namespace inside;
 
 namespace {
 
@@ -157,3 +157,5 @@ TEST(BoxTree, OverlapsOfEveryWidthAreTheSame)
         }
     }
 }
+
+} // namespace korvale::test

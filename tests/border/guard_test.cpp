@@ -9,8 +9,7 @@
 #include "tests/reference/sweep.h"
 #include "tests/support/outlines.h"
 
-using namespace korvale::test;
-
+namespace korvale::test {
 TEST(SweepRounds, AreFourAVertexAnd64AtMost)
 {
     EXPECT_EQ(korvale::inside::most_rounds(0), 64);
@@ -36,3 +35,5 @@ TEST(SweepRounds, EndASweepWhoseDistanceIsInfinite)
         EXPECT_EQ(steps.rounds, 4 * 64 + 64);
     }
 }
+
+} // namespace korvale::test

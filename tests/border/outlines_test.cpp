@@ -1,3 +1,4 @@
+// BORDER: outlines and lists of them, lifted along the normal of the first.
 #include "border/outlines.h"
 
 #include <algorithm>
@@ -12,8 +13,7 @@
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
-using namespace korvale::test;
-
+namespace korvale::test {
 namespace {
 
 Coordinates square(double low, double high, double z = 0.0)
@@ -347,3 +347,5 @@ TEST(BORDER, EveryAllocationOfAListMayFail)
     }
     EXPECT_GE(failed, 1 + 2 + 8 + 2); // slots, child records, work arrays, child buffers
 }
+
+} // namespace korvale::test

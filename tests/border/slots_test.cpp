@@ -9,8 +9,8 @@
 
 #include "tests/support/random.h"
 
-using namespace korvale::inside;
-using namespace korvale::test;
+namespace korvale::test {
+using namespace inside;
 
 TEST(Slots, NameTheSameVerticesThroughManyDeaths)
 {
@@ -44,3 +44,5 @@ TEST(Slots, NameTheSameVerticesThroughManyDeaths)
         }
     }
 }
+
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// The records of both flavours: their defaults and their arrays.
 #include "border/status.h"
 
 #include <gtest/gtest.h>
@@ -5,8 +6,7 @@
 #include "tests/border/records.h"
 #include "tests/support/heap.h"
 
-using namespace korvale::test;
-
+namespace korvale::test {
 TEST(BorderInitialize, SetsTheDefaults)
 {
     BorderStatus status;
@@ -94,3 +94,5 @@ TEST(Border, DoesNotReadTheReservedFields)
     EXPECT_EQ(changed->reserved2, 0);
     EXPECT_EQ(changed->reserved3, 99);
 }
+
+} // namespace korvale::test

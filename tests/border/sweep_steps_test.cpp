@@ -16,8 +16,7 @@
 #include "tests/reference/sweep.h"
 #include "tests/support/bits.h"
 
-using namespace korvale::test;
-
+namespace korvale::test {
 namespace {
 
 /// What the arrays hold before a sweep, so that entries that it must not write are seen as well.
@@ -300,3 +299,5 @@ TEST(BORDER_BORDER, WithoutEventsEveryEdgeLiesAtTheDistance)
     }
     EXPECT_GT(tested, 100);
 }
+
+} // namespace korvale::test

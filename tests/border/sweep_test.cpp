@@ -11,7 +11,7 @@
 #include "tests/border/records.h"
 #include "tests/support/bits.h"
 
-using namespace korvale::test;
+namespace korvale::test {
 using testing::Pointwise;
 
 namespace {
@@ -151,3 +151,5 @@ TYPED_TEST(Sweep, ANarrowWaistSplitsAndTheLargerPieceSurvives)
         right = std::max(right, whole.border[i]);
     EXPECT_GT(right, 6.0);
 }
+
+} // namespace korvale::test

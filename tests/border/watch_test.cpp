@@ -16,8 +16,8 @@
 #include "border/internal/rounds.h"
 #include "tests/border/shapes.h"
 
-using namespace korvale::inside;
-using namespace korvale::test;
+namespace korvale::test {
+using namespace inside;
 
 namespace {
 
@@ -369,3 +369,5 @@ TEST(Watch, NoPairMeetsBeforeItIsDueThoughAllThreeTurnByTwiceWhatIsSteady)
     }
     EXPECT_GT(tested, 1000);
 }
+
+} // namespace korvale::test

@@ -9,8 +9,8 @@
 
 #include "tests/support/random.h"
 
-using namespace korvale::inside;
-using namespace korvale::test;
+namespace korvale::test {
+using namespace inside;
 
 namespace {
 
@@ -193,3 +193,5 @@ TEST(Wavefront, NeighboursAreFoundAcrossTheDeadAndTheEnds)
     EXPECT_EQ(previous_live(w, 1), 4);
     EXPECT_EQ(previous_live(w, 4), 2);
 }
+
+} // namespace korvale::test

@@ -12,8 +12,8 @@
 #include "tests/support/heap.h"
 #include "tests/support/outlines.h"
 
-using namespace korvale::inside;
-using namespace korvale::test;
+namespace korvale::test {
+using namespace inside;
 
 namespace {
 
@@ -145,3 +145,5 @@ TEST(Workroom, ThreadsNeverShareABlock)
     for (std::thread& thread : threads)
         thread.join();
 }
+
+} // namespace korvale::test

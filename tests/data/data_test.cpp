@@ -1,3 +1,4 @@
+// Records and lists of the first generation: empty ones, room for elements, disposal.
 #include "data/data.h"
 
 #include <cstdlib>
@@ -10,9 +11,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
+namespace korvale::test {
 namespace {
-
-using namespace korvale::test;
 
 constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 
@@ -289,3 +289,4 @@ TEST(Data, NodesPassAsRecords)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// DataReverse, DATAReverse and DATASubReverse.
 #include <cstdint>
 #include <vector>
 

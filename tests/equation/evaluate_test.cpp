@@ -1,3 +1,4 @@
+// EqEvaluate and EqSystemEvaluate: values, stores, reserved variables, functions of the host.
 #include "equation/evaluate.h"
 
 #include <cmath>
@@ -10,10 +11,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::same_bits;
-using korvale::test::System;
 
 /// The system that the meddling functions below change.
 EquationSystem* meddled_with;
@@ -592,3 +591,4 @@ TEST(EqSystemEvaluate, ChangesNothingWhenItsScratchCannotBeMade)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// Parser and evaluator against recursive descent, on random, short, mutated and truncated texts.
 #include <cmath>
 #include <map>
 #include <string>
@@ -11,15 +12,10 @@
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
 
+namespace korvale::test {
 namespace {
 
 using korvale::reference::EquationModel;
-using korvale::test::mutated;
-using korvale::test::Random;
-using korvale::test::random_expression;
-using korvale::test::same_bits;
-using korvale::test::state_of_equation;
-using korvale::test::System;
 
 double mean(double a, double b)
 {
@@ -298,3 +294,4 @@ TEST(EqParseEquationSteps, TreatsAllTruncationsAsDocumented)
 }
 
 } // namespace
+} // namespace korvale::test

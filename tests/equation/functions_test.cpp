@@ -1,3 +1,4 @@
+// Registering functions, finding them, and the built-in ones.
 #include "equation/functions.h"
 
 #include <cmath>
@@ -11,11 +12,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::same_bits;
-using korvale::test::state_of;
-using korvale::test::System;
 
 double first_of(double a, double)
 {
@@ -361,3 +359,4 @@ TEST(EqFunc, AddsSubtractsAndMultiplies)
 }
 
 } // namespace
+} // namespace korvale::test

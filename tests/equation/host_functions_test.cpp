@@ -12,10 +12,8 @@
 #include "tests/equation/system.h"
 #include "tests/support/bits.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::same_bits;
-using korvale::test::System;
 
 /// What the functions below do when they are called.
 std::function<void()> act;
@@ -458,3 +456,4 @@ TEST(HostFunctions, ReleasingTheSystemOrTheItemsEndsASimplification)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// Names in slots: found one by one, and kept apart by comparison or by hashing.
 #include "equation/internal/names.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// EqParseEquation: the items of a text, and the texts that are refused.
 #include "equation/parse.h"
 
 #include <cstring>
@@ -10,11 +11,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::same_bits;
-using korvale::test::state_of;
-using korvale::test::System;
 
 double doubled(double x)
 {
@@ -649,3 +647,4 @@ TEST(new_bi_item, RefusesWhatLeadsOutside)
 }
 
 } // namespace
+} // namespace korvale::test

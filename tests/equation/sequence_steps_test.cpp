@@ -1,3 +1,4 @@
+// Random sequences of all operations on a system, beside a plain model of its state.
 #include <functional>
 #include <string>
 #include <utility>
@@ -11,15 +12,10 @@
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
 
+namespace korvale::test {
 namespace {
 
 using korvale::reference::EquationModel;
-using korvale::test::mutated;
-using korvale::test::Random;
-using korvale::test::random_expression;
-using korvale::test::same_bits;
-using korvale::test::state_of;
-using korvale::test::System;
 
 /// What the functions below do to the side that calls them.
 std::function<void(double)> meddle;
@@ -374,3 +370,4 @@ TEST(EquationSystemSteps, RandomOperationsLeaveTheDocumentedState)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// EqSimplify and EqSystemSimplify: what is folded, and what stays.
 #include "equation/simplify.h"
 
 #include <string>
@@ -7,10 +8,8 @@
 #include "tests/equation/system.h"
 #include "tests/support/bits.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::same_bits;
-using korvale::test::System;
 
 int calls;
 
@@ -187,3 +186,4 @@ TEST(EqSystemSimplify, NamesTheFirstEquationThatFails)
 }
 
 } // namespace
+} // namespace korvale::test

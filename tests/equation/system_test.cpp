@@ -1,3 +1,4 @@
+// A system as it is made and disposed of, and the failures on the way.
 #include "equation/system.h"
 
 #include <gtest/gtest.h>
@@ -11,9 +12,8 @@
 #include "tests/equation/system.h"
 #include "tests/support/heap.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::System;
 
 double first_of(double a, double)
 {
@@ -234,3 +234,4 @@ TEST(EqSystemInitialize, ABuiltInFunctionWithoutRoomIsMissingWithoutNotice)
 }
 
 } // namespace
+} // namespace korvale::test

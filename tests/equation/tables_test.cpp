@@ -1,3 +1,4 @@
+// Tables of samples: made, read, interpolated, and gone.
 #include "equation/tables.h"
 
 #include <algorithm>
@@ -13,10 +14,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::same_bits;
-using korvale::test::System;
 
 int calls;
 
@@ -397,3 +396,4 @@ TEST(EqTableRead, AnIndexThatIsNoNoArgumentFunctionsGivesZero)
 }
 
 } // namespace
+} // namespace korvale::test

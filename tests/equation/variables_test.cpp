@@ -1,3 +1,4 @@
+// Declaring variables, finding them, setting and reading them.
 #include "equation/variables.h"
 
 #include <cstdlib>
@@ -11,11 +12,8 @@
 #include "tests/support/heap.h"
 #include "tests/support/random.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::Random;
-using korvale::test::state_of;
-using korvale::test::System;
 
 double one(double)
 {
@@ -320,3 +318,4 @@ TEST(EqParseVariables, DeclaresRandomListsAsReadNameByName)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// Bands of the C++ face, beside the calls they stand for.
 #include "direct.h"
 
 namespace korvale::test {

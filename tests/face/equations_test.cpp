@@ -1,3 +1,4 @@
+// Systems of equations of the C++ face: columns, refusals, functions made of lambdas.
 #include "direct.h"
 
 namespace korvale::test {

@@ -1,3 +1,4 @@
+// The C++ face on an exhausted heap: what throws, and that nothing leaks.
 #include "direct.h"
 
 #include "tests/support/heap.h"

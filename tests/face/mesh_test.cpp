@@ -1,3 +1,4 @@
+// Meshes of the C++ face, and the solids made of outlines.
 #include "direct.h"
 
 namespace korvale::test {

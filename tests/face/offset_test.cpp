@@ -1,3 +1,4 @@
+// Offsets of the C++ face: results to expect, and what is told of those that are empty or inside out.
 #include "direct.h"
 
 #include "tests/support/heap.h"

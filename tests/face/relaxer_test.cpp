@@ -1,3 +1,4 @@
+// Relaxers of the C++ face, beside the direct calls.
 #include "direct.h"
 
 namespace korvale::test {

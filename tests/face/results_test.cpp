@@ -1,3 +1,4 @@
+// Results that are values or failures, and the failure of each `try_` function.
 #include "direct.h"
 
 #include <thread>

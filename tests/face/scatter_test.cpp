@@ -1,3 +1,4 @@
+// Scattering of the C++ face, beside the direct calls.
 #include "direct.h"
 
 namespace korvale::test {

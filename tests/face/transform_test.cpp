@@ -1,3 +1,4 @@
+// Transforms and points of the C++ face, beside the direct calls.
 #include "direct.h"
 
 namespace korvale::test {

@@ -1,3 +1,4 @@
+// Views on points of any layout.
 #include "direct.h"
 
 #include <gmock/gmock.h>

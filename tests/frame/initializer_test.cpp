@@ -10,6 +10,7 @@
 #include "frame/frame.h"
 #include "tests/frame/recorder.h"
 
+namespace korvale::test {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -307,3 +308,5 @@ TEST_F(EntryPoint, InstanceAndReferenceCountKeepTheirAddresses)
 }
 
 } // namespace
+
+} // namespace korvale::test

@@ -13,6 +13,7 @@
 
 #include "tests/frame/recorder.h"
 
+namespace korvale::test {
 using testing::IsEmpty;
 
 namespace {
@@ -238,3 +239,5 @@ TEST(Host, WithoutALayerOfItsOwnGetsTheThinOne)
 }
 
 } // namespace
+
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// The gallery as a program: what it prints and the files it writes.
 #include "tests/gallery/files.h"
 #include "tests/gallery/outcome.h"
 
@@ -9,16 +10,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace korvale::test {
 namespace {
 
 namespace fs = std::filesystem;
-using korvale::test::Image;
-using korvale::test::Outcome;
-using korvale::test::read_file;
-using korvale::test::read_obj;
-using korvale::test::read_png;
-using korvale::test::run_program;
-using korvale::test::Solid;
 using testing::HasSubstr;
 
 Outcome run_gallery(const std::string& arguments)
@@ -279,3 +274,4 @@ TEST_F(Gallery, TellsHowItIsCalled)
 }
 
 } // namespace
+} // namespace korvale::test

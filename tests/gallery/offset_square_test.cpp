@@ -1,13 +1,11 @@
+// The first example, which the README shows.
 #include "tests/gallery/files.h"
 #include "tests/gallery/outcome.h"
 
 #include <gtest/gtest.h>
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::Outcome;
-using korvale::test::read_file;
-using korvale::test::run_program;
 
 TEST(OffsetSquare, PrintsTheCornersOfTheWiderSquare)
 {
@@ -26,3 +24,4 @@ TEST(OffsetSquare, IsTheExampleOfTheReadme)
 }
 
 } // namespace
+} // namespace korvale::test

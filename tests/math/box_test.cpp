@@ -1,3 +1,4 @@
+// bbox_intersect.
 #include "math/box.h"
 
 #include <cmath>
@@ -5,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+namespace korvale::test {
 namespace {
 
 TEST(bbox_intersect, CountsTouchingBoxes)
@@ -46,3 +48,4 @@ TEST(bbox_intersect, IsNotSeparatedByABoundThatIsNotANumber)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// factorial, binomial and power, also where they wrap.
 #include "math/combinatorics.h"
 
 #include <cstdint>
@@ -7,9 +8,8 @@
 
 #include "tests/support/bits.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::same_bits;
 
 TEST(factorial, IsOneForZeroAndBelow)
 {
@@ -93,3 +93,4 @@ TEST(power, EndsSoonWhereTheSizeNoLongerChanges)
 }
 
 } // namespace
+} // namespace korvale::test

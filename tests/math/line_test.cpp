@@ -1,3 +1,4 @@
+// Lines in the plane: found, normalised, intersected.
 #include "math/line.h"
 
 #include <cmath>
@@ -8,10 +9,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::Random;
-using korvale::test::same_bits;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
@@ -134,3 +133,4 @@ TEST(find_intersect, LiesOnBothLines)
 }
 
 } // namespace
+} // namespace korvale::test

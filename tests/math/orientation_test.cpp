@@ -1,3 +1,4 @@
+// orientation_xfm and orientation_xfm_and_reverse.
 #include "math/orientation.h"
 
 #include <cmath>
@@ -9,10 +10,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::Random;
-using korvale::test::same_bits;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
@@ -176,3 +175,4 @@ TEST(orientation_xfm_and_reverse, IsUndoneByItsReverse)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// Rotations by radians and by degrees, and transforms made of scale, rotation and translation.
 #include "math/rotation.h"
 
 #include <cmath>
@@ -8,10 +9,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::Random;
-using korvale::test::same_bits;
 
 constexpr double kQuarterTurn = 1.5707963267948966;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -253,3 +252,4 @@ TEST(Transform2SRT, DoesNotGuardAZeroColumn)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// TwoByTwoDeterminant and SolveTwoByTwo.
 #include "math/solve.h"
 
 #include <cmath>
@@ -7,9 +8,8 @@
 
 #include "tests/support/bits.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::same_bits;
 
 TEST(TwoByTwoDeterminant, IsTheDifferenceOfTheDiagonals)
 {
@@ -72,3 +72,4 @@ TEST(SolveTwoByTwo, LetsADeterminantThatIsNotANumberPass)
 }
 
 } // namespace
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// 4x4 matrices: applied, multiplied, transposed, converted, printed.
 #include "math/transform.h"
 
 #include <cmath>
@@ -12,11 +13,8 @@
 #include "tests/support/decimal_comma.h"
 #include "tests/support/random.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::Random;
-using korvale::test::rounds;
-using korvale::test::same_bits;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -297,3 +295,4 @@ TEST(PrintMatrix, WritesAPointUnderADecimalComma)
 }
 
 } // namespace
+} // namespace korvale::test

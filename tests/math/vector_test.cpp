@@ -1,3 +1,4 @@
+// dot_product, cross_product, norm, normalize and angle.
 #include "math/vector.h"
 
 #include <cmath>
@@ -8,10 +9,8 @@
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
 
+namespace korvale::test {
 namespace {
-
-using korvale::test::Random;
-using korvale::test::same_bits;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -163,3 +162,4 @@ TEST(angle, DoesNotClampTheCosine)
 }
 
 } // namespace
+} // namespace korvale::test

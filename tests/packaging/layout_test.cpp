@@ -5,6 +5,7 @@
 
 #include "korvale.h"
 
+namespace korvale::test {
 namespace {
 
 struct Field {
@@ -134,3 +135,4 @@ TEST(Layout, DependencyNode)
 }
 
 } // namespace
+} // namespace korvale::test

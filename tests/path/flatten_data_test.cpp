@@ -1,3 +1,4 @@
+// data_to_xy_xfms: two points, first three points, extremes.
 #include "path/flatten.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// DATA_to_xy_xfms: open polylines, proper corners, and the ray that tells reflex ones.
 #include "path/flatten.h"
 
 #include <algorithm>

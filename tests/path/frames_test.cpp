@@ -1,3 +1,4 @@
+// What distinguishes path2xfm and PATH2xfm.
 #include "path/frames.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// are_indices, with a wrong value at every place of a group of lanes.
 #include "platform/internal/indices.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Blocks that begin with a huge page.
 #include "platform/internal/large_pages.h"
 
 #include <cstddef>

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace korvale::test {
 using testing::ElementsAre;
 
 namespace {
@@ -239,3 +240,5 @@ TEST(DisableThreadLibraryCalls, ReturnsOne)
 }
 
 } // namespace
+
+} // namespace korvale::test

@@ -1,3 +1,4 @@
+// The term of angles: reference, energy, forces.
 #include "preserve/angles.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// PreserveCompute and PreserveGetForce: the length of steps, halvings, and what is held fixed.
 #include <algorithm>
 #include <cmath>
 #include <limits>

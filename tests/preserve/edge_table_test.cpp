@@ -1,3 +1,4 @@
+// The hash table of edges: order of the list, room, and how few slots are passed.
 #include "preserve/internal/edge_table.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Energy and force over all terms: order of the sums, and terms without their arrays.
 #include "preserve/evaluation.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// PreserveInitialize: the connectivity it derives, and the meshes it refuses.
 #include "preserve/status.h"
 
 #include <cstdlib>

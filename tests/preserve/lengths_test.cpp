@@ -1,3 +1,4 @@
+// The term of lengths: reference, energy, forces.
 #include "preserve/lengths.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// What holds for any mesh: forces are gradients, energies fall, tagged points stay.
 #include <algorithm>
 #include <cmath>
 

@@ -1,3 +1,4 @@
+// The record: tags, masses, terms, other positions, and what disposing releases.
 #include "preserve/status.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// The terms of volume and area: references, energies, forces.
 #include "preserve/volume_area.h"
 
 #include <cmath>

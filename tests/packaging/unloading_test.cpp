@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+namespace korvale::test {
 namespace {
 
 template <typename T>
@@ -29,3 +30,4 @@ TEST(ThinLayer, KeepsItsGeneratorAndItsMessagesAcrossLoads)
 }
 
 } // namespace
+} // namespace korvale::test

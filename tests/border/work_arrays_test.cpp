@@ -12,7 +12,7 @@
 #include "tests/border/records.h"
 #include "tests/support/bits.h"
 
-using namespace korvale::test;
+namespace korvale::test {
 using testing::Each;
 using testing::ElementsAre;
 
@@ -508,3 +508,5 @@ TEST(BORDER_BORDER, HugeOutlinesEndWithinTheBoundOfRounds)
         }
     }
 }
+
+} // namespace korvale::test
