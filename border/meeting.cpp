@@ -1,5 +1,6 @@
 // Where does a vertex first run into an edge that is not its own? Testing every vertex against every edge answers it.
-// The search culls pairs that cannot meet and so finds the same answer.
+// The search culls pairs that cannot meet by their boxes (the broad phase) and tests the others as documented (the
+// narrow phase, `meet`), so it finds the same answer.
 //
 // A pair can meet within a distance `window` only where their swept boxes meet: the vertex's, around its two positions,
 // and the edge's, around those of its two ends. The step accepts a meeting on the line of the edge, between its ends on

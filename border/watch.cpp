@@ -1,13 +1,14 @@
-// Which pairs may meet within some rounds to come? Vertices and edges whose boxes meet, boxes being made around the
-// motion up to a horizon. A vertex is steady while its velocity stays within kSteady of the expected one. It is, but
-// for rounding, as long as both its edges live, and a steady vertex stays in its box. A vertex that has turned, or
-// whose predecessor has died, gets a new box, and its pairs are looked for again.
+// The broad phase of the search for meetings, kept from round to round: which pairs may meet within some rounds to
+// come? Vertices and edges whose boxes meet, boxes being made around the motion up to a horizon. A vertex is steady
+// while its velocity stays within kSteady of the expected one. It is, but for rounding, as long as both its edges live,
+// and a steady vertex stays in its box. A vertex that has turned, or whose predecessor has died, gets a new box, and
+// its pairs are looked for again.
 //
 // The distance between a steady vertex and the line of a steady edge shrinks evenly. So a pair is not due before it can
 // have shrunk to nothing, see `due_of`.
 //
-// Boxes and candidates go by slots, since places change with every death. Invariants while watched. For every pair of
-// which neither the vertex nor an end of the edge is in `changed` or in `turned`:
+// Boxes and candidates are numbered by slots, since places change with every death. Invariants while watched. For every
+// pair of which neither the vertex nor an end of the edge is in `changed` or in `turned`:
 //
 // - If it meets before `horizon` it is a candidate, and `due` is not later than the meeting.
 // - The vertex is inside its box by `allowance`.
@@ -37,7 +38,7 @@ constexpr int32_t kMostRounds = 256;
 constexpr int32_t kLongestStretch = BoxTree::kFan * BoxTree::kFan;
 
 /// How much wider than the motion over `ahead` a box is made. Steady velocities take a vertex off the motion by kSteady
-/// per unit of distance; being inside by the allowance takes one of it, rounding of positions less than half of one.
+/// per unit of distance. The invariant asks for one allowance more, rounding of positions for less than half of one.
 /// The box has at least twice each.
 double room_around(double ahead, double allowance)
 {

@@ -1,7 +1,7 @@
 // A grid has planes along each axis, one more than cells, found by repeated addition of the step; a cell's box lies
 // between two neighbouring planes of each axis. Where the planes are in order, the cells that touch a triangle's box
-// are consecutive along each axis: a guess and a few comparisons find the first and the last of them, by the very
-// comparisons that hold every cell against the box. A grid whose planes are not in order (a box that is not finite) is
+// are consecutive along each axis. A guess finds one near, and the exact comparisons that would hold every cell against
+// the box find the first and the last from there. A grid whose planes are not in order (a box that is not finite) is
 // searched cell by cell.
 #include "ray/grid.h"
 

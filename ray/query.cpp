@@ -1,8 +1,10 @@
-// A query moves the ray to the z axis, finds the cells it meets, and tests their triangles one after the other: cells
-// by their numbers, triangles by their places in the chain, each once, as its mark tells. The order matters, for a
-// distance that is not a number stays when it comes first. In the library's own cells the planes between them lead to
-// those met; a grid that is not in order, and one of which a ray meets more cells than there is room for, is tried cell
-// by cell, as cells of a host are.
+// A query moves the ray to the z axis, finds the cells it meets and tests their triangles: cells by their numbers,
+// triangles by their places in the chain, each once, as its mark tells. The order is part of the result: a distance
+// that is not a number stays when it comes first.
+//
+// In the library's own cells the planes between them lead to the cells met. Every cell is tried where that is no way:
+// among cells of a host, in a grid whose planes are not in order, and where a ray meets more cells than there is room
+// for.
 #include "ray/query.h"
 
 #include <cstring>

@@ -85,7 +85,7 @@ private:
 
     /// The bytes to allocate, of which `used` are touched. More than is used, on purpose: glibc raises its mmap
     /// threshold to the largest mmapped block freed so far, 32 MiB at most, and its trim threshold to twice that
-    /// (mallopt(3), M_MMAP_THRESHOLD). Freeing a block of over half the mesh's arrays so keeps them all on the heap,
+    /// (mallopt(3), M_MMAP_THRESHOLD). So freeing a block of over half the mesh's arrays keeps them all on the heap,
     /// and the next mesh reuses their pages instead of faulting them in again. 20 bytes for each edge there is room for
     /// are over half of the arrays by edge and by face, measures included.
     size_t bytes_for(size_t used) const
