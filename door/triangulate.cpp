@@ -52,14 +52,40 @@ private:
     }
 };
 
-/// Whether all of a box lies to the right of the line from a to b, but for rounding.
-bool is_right_of(const Box& box, const Place& a, const Place& b)
-{
-    const double dx = b.x - a.x, dy = b.y - a.y;
-    const double left = dx * ((dx > 0.0 ? box.high_y : box.low_y) - a.y);
-    const double right = dy * ((dy > 0.0 ? box.low_x : box.high_x) - a.x);
-    return left - right < -kSideRounding * (std::fabs(left) + std::fabs(right));
-}
+/// The sides of an ear, asked what lies to the right of one of them: only where rounding could not change that.
+/// Coordinates are at most 1.
+class Fences {
+public:
+    explicit Fences(const Ear& ear) : fences_{fence(ear.a, ear.b), fence(ear.b, ear.c), fence(ear.c, ear.a)} {}
+
+    bool may_hold(const Place& p) const
+    {
+        const auto is_left = [&](const Fence& f) { return f.dx * p.y - f.dy * p.x >= f.least; };
+        return is_left(fences_[0]) && is_left(fences_[1]) && is_left(fences_[2]);
+    }
+    bool may_meet(const Box& box) const
+    {
+        const double* const bounds = &box.low_x;
+        const auto is_left = [&](const Fence& f) { return f.dx * bounds[f.y] - f.dy * bounds[f.x] >= f.least; };
+        return is_left(fences_[0]) && is_left(fences_[1]) && is_left(fences_[2]);
+    }
+
+private:
+    struct Fence {
+        double dx, dy, least;
+        int x, y; ///< the bounds of a box at its corner that is farthest to the left
+    };
+
+    static Fence fence(const Place& from, const Place& to)
+    {
+        constexpr double kRounding = 2e-15;
+        const double dx = to.x - from.x, dy = to.y - from.y;
+        return {dx, dy, dx * from.y - dy * from.x - kRounding * (std::fabs(dx) + std::fabs(dy)), dy > 0.0 ? 0 : 2,
+                dx > 0.0 ? 3 : 1};
+    }
+
+    Fence fences_[3];
+};
 
 /// Corners in a tree of boxes.
 class Blockers {
@@ -116,19 +142,20 @@ public:
     int32_t find(const Ear& ear, IsBlockedAtTip is_blocked_at_tip) const
     {
         const Box box = ear.box();
+        const Fences fences(ear);
         size_t waiting[64] = {1};
         for (size_t n = 1; n > 0;) {
             const size_t i = waiting[--n];
             if (i < first_leaf_) {
                 for (const size_t child : {2 * i + 1, 2 * i})
-                    if (boxes_[child].meets(box) && may_meet(boxes_[child], ear))
+                    if (boxes_[child].meets(box) && fences.may_meet(boxes_[child]))
                         waiting[n++] = child;
                 continue;
             }
             const size_t first = (i - first_leaf_) * kLeaf;
             for (size_t k = first; k < first + static_cast<size_t>(counts_[i]); ++k)
                 if (const auto& [place, number] = corners_[k];
-                    box.holds(place) && (place == ear.b ? is_blocked_at_tip(number) : ear.holds(place)))
+                    fences.may_hold(place) && (place == ear.b ? is_blocked_at_tip(number) : ear.holds(place)))
                     return number;
         }
         return -1;
@@ -136,11 +163,6 @@ public:
 
 private:
     static constexpr size_t kLeaf = 8;
-
-    static bool may_meet(const Box& box, const Ear& ear)
-    {
-        return !is_right_of(box, ear.a, ear.b) && !is_right_of(box, ear.b, ear.c) && !is_right_of(box, ear.c, ear.a);
-    }
 
     void sort_along_curve()
     {
