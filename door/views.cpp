@@ -176,6 +176,20 @@ PointsIn::PointsIn(const korvale_points* points, std::string_view argument, int6
     data_ = copy_.data();
 }
 
+void require_buffer(const korvale_points* points, std::string_view argument)
+{
+    points_layout(points, argument, 3);
+}
+
+korvale_points part_of(const korvale_points& points, int64_t first, int64_t last)
+{
+    korvale_points part = points;
+    if (first > 0) // the points may be nowhere where there are none
+        part.data = static_cast<const char*>(points.data) + first * stride_of(layout_of(points));
+    part.count = last - first;
+    return part;
+}
+
 PointsOut::PointsOut(const korvale_points_out* points, std::string_view argument, Use use)
 {
     const Layout l = points_layout(points, argument, 3);
@@ -279,9 +293,14 @@ void require_finite(const double* point, std::string_view argument)
             throw Refusal(argument, "be finite", Text() << "its point 0 is " << text_of_point(point));
 }
 
+bool are_finite(std::span<const Point> points)
+{
+    return points.empty() || inside::are_finite(points[0].data(), 3 * static_cast<int64_t>(points.size()));
+}
+
 void require_finite(std::span<const Point> points, std::string_view argument)
 {
-    if (points.empty() || inside::are_finite(points[0].data(), 3 * static_cast<int64_t>(points.size())))
+    if (are_finite(points))
         return;
     for (size_t i = 0; i < points.size(); ++i) {
         const Point& p = points[i];

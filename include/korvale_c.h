@@ -219,6 +219,48 @@ KORVALE_C_API korvale_border korvale_offsetter_take(korvale_offsetter* offsetter
 /// Releases an offsetter.
 KORVALE_C_API void korvale_offsetter_free(korvale_offsetter* offsetter);
 
+/// Borders of many outlines, one behind the other in flat arrays.
+typedef struct korvale_borders korvale_borders;
+
+/// Moves each of many outlines as `korvale_offset` moves it alone, to the last bit, in one call. Makes the borders in
+/// `*borders`, null on failure.
+///
+/// `starts` has a number more than there are outlines: outline k are the points from number starts[k] of `points` up
+/// to, but without, number starts[k + 1]. They ascend, but need not begin at 0 nor end with the last point: part of
+/// them are part of the outlines, as for one thread of several. `distances`, of width 1, has one value for all outlines
+/// or one for each.
+///
+/// Every outline is an outer one here, whichever way round it runs and whatever it lies in; holes are outlines with a
+/// distance of their own. Refuses, before anything is moved, what `korvale_offset` refuses of any of them, by its
+/// number from 0: "outline 7".
+KORVALE_C_API korvale_status korvale_offset_many(const korvale_points* points, const korvale_indices* starts,
+                                                 const korvale_numbers* distances,
+                                                 const korvale_offset_options* options, korvale_borders** borders,
+                                                 korvale_error* error);
+
+/// What there is of many borders. Points of outlines, the vertices here, have the numbers that they have in the points
+/// handed in; entry i of `removed` and `merged_into` is that of vertex `first` + i.
+typedef struct korvale_border_arrays {
+    double* points;       ///< [starts[outlines]][3] the borders, one behind the other
+    int64_t* starts;      ///< [outlines + 1] where each border begins, from 0, and where the last one ends
+    int32_t* sources;     ///< [starts[outlines]] the vertex that each point of a border belongs to
+    uint8_t* collapsed;   ///< [outlines] 1 where nothing is left
+    uint8_t* removed;     ///< [vertices] 1 for a vertex that was removed on the way
+    int32_t* merged_into; ///< [vertices] the vertex that each one merged into, itself while it stayed
+    int64_t outlines;     ///< how many there are
+    int64_t vertices;     ///< of all outlines
+    int64_t first;        ///< the number of the first vertex
+} korvale_border_arrays;
+
+/// The arrays, in memory of the borders that is good until they are released; all zero of null.
+KORVALE_C_API korvale_border_arrays korvale_borders_view(const korvale_borders* borders);
+
+/// Hands the arrays over: each is the caller's, to be released with `free`, and there are no borders any more.
+KORVALE_C_API korvale_border_arrays korvale_borders_take(korvale_borders* borders);
+
+/// Releases borders.
+KORVALE_C_API void korvale_borders_free(korvale_borders* borders);
+
 // --- Bands -----------------------------------------------------------------------------------------------------------
 
 /// How a band is laid along a line.

@@ -45,6 +45,12 @@ private:
     Vector<double> copy_;
 };
 
+/// Refuses a buffer of points that is not there, without reading any.
+void require_buffer(const korvale_points* points, std::string_view argument);
+
+/// The points of a sound buffer from number `first` up to, but without, number `last`.
+korvale_points part_of(const korvale_points& points, int64_t first, int64_t last);
+
 /// Points to write or to change in place. The host's memory changes in `give_back`, or at once where the points are
 /// packed doubles with z.
 class PointsOut {
@@ -130,6 +136,8 @@ inline bool is_nan(double value)
     return (std::bit_cast<uint64_t>(value) << 1) > 0xffe0000000000000u;
 }
 ///@}
+
+bool are_finite(std::span<const Point> points);
 
 void require(const void* pointer, std::string_view argument);
 void require_finite(double value, std::string_view argument);

@@ -2,7 +2,7 @@
 
 | to | use |
 |---|---|
-| offset an outline, with or without holes, in any plane | `offset` |
+| offset an outline, with or without holes, in any plane; many at once | `offset`, `offset_many` |
 | lay a band along a line, leave points of a line out | `band`, `thin` |
 | make solids, cut shapes into triangles | `bevel`, `tube`, `triangulate` |
 | lay an outline flat, place sections along a path | `flatten`, `frames` |
@@ -57,20 +57,21 @@ from ._math import (
 from ._rays import Cast, RayGrid, RayHit
 from ._relaxer import Relaxation, Relaxer
 from ._shapes import (
-    Flattening, Offsets, Scattered, band, bevel, flatten, frames, offset, outlines, scatter, shapes, thin, triangulate,
-    tube,
+    Borders, Flattening, Offsets, Scattered, band, bevel, flatten, frames, offset, offset_many, outlines, scatter,
+    shapes, thin, triangulate, tube,
 )
 from ._transform import Srt, Transform, transform_points, transform_vectors
 from ._version import __version__
 
 __all__ = [
-    "Band", "Cast", "EquationError", "Equations", "Error", "Flattening", "Mesh", "Offset", "Offsets", "RayGrid",
-    "RayHit", "Relaxation", "Relaxer", "Scattered", "Srt", "Transform", "__version__", "angle", "band", "bevel",
-    "binomial", "bounds", "boxes_meet", "cross", "determinant", "dot", "evaluate", "factorial", "flatten",
+    "Band", "Borders", "Cast", "EquationError", "Equations", "Error", "Flattening", "Mesh", "Offset", "Offsets",
+    "RayGrid", "RayHit", "Relaxation", "Relaxer", "Scattered", "Srt", "Transform", "__version__", "angle", "band",
+    "bevel", "binomial", "bounds", "boxes_meet", "cross", "determinant", "dot", "evaluate", "factorial", "flatten",
     "frame_both_ways", "frames", "from_srt", "gauss", "into_frame", "inverse_from_srt", "join", "line_through",
-    "lines_meet", "mix", "mix4", "multiply", "norm", "normalize", "normalize_lines", "offset", "outlines", "power",
-    "random", "raw", "reverse", "rotation", "rotation_in_degrees", "scaling", "scatter", "seed", "shapes", "solve",
-    "take_apart", "thin", "transform_points", "transform_vectors", "translation", "transpose", "triangulate", "tube",
+    "lines_meet", "mix", "mix4", "multiply", "norm", "normalize", "normalize_lines", "offset", "offset_many",
+    "outlines", "power", "random", "raw", "reverse", "rotation", "rotation_in_degrees", "scaling", "scatter",
+    "seed", "shapes", "solve", "take_apart", "thin", "transform_points", "transform_vectors", "translation",
+    "transpose", "triangulate", "tube",
 ]
 
 # Public classes show themselves, and are pickled, by the place where people find them.

@@ -324,6 +324,44 @@ def shape(value: Any, function: str, argument: str) -> list[Numbers]:
     return given if isinstance(given, list) else [given]
 
 
+def many_outlines(value: Any, starts: Any, function: str, argument: str) -> tuple[Numbers, Numbers]:
+    """Outlines as points (N, 2) or (N, 3), one behind the other, and the numbers (n + 1,) at which they begin."""
+    if starts is not None:
+        given = array(value, function, argument, "be points, (N, 2) or (N, 3)")
+        if given.ndim != 2 or given.shape[1] not in (2, 3):
+            given = points(given, function, argument)
+        return numpy.require(given, numpy.float64, ["C", "A"]), _starts(starts, function)
+    if _has(value, "geoms"):
+        value = value.geoms
+    outlines = items(value, function, argument, "be outlines, or points with starts")
+    sizes = {outline.shape[1:] if type(outline) is numpy.ndarray and outline.dtype.kind in "fiu" else None
+             for outline in outlines}
+    if len(sizes) != 1 or not sizes <= {(2,), (3,)}:
+        outlines = [points(outline, function, f"outline {k}") for k, outline in enumerate(outlines)]
+    flat = numpy.concatenate(outlines, dtype=numpy.float64) if outlines else numpy.zeros((0, 3))
+    ends = numpy.fromiter(map(len, outlines), numpy.int64, len(outlines)).cumsum()
+    return flat, numpy.concatenate([numpy.zeros(1, numpy.int64), ends])
+
+
+def _starts(value: Any, function: str) -> Numbers:
+    must = "be whole numbers (n + 1,)"
+    given = _given(value, function, "starts", must)
+    if given.dtype.kind not in "iu" or given.ndim != 1:
+        raise refuse(function, "starts", must, f"it is {_shown(value)}")
+    return numpy.require(given, numpy.int64, ["C", "A"])
+
+
+def repeats(flat: Numbers, starts: Numbers) -> Numbers:
+    """Which outlines repeat their first point at the end; none where the starts are not sound."""
+    first, last = starts[:-1], starts[1:] - 1
+    if not len(first) or first.min() < 0 or last.max() >= len(flat) or (last < first - 1).any():
+        return numpy.zeros(len(first), bool)
+    longer = last > first
+    first, last = first[longer], last[longer]
+    longer[longer] = (flat[first] == flat[last]).all(axis=1)
+    return longer
+
+
 def without_repeat(outline: Numbers) -> Numbers:
     """An outline without a last point that repeats the first."""
     return outline[:-1] if len(outline) > 1 and (outline[0] == outline[-1]).all() else outline

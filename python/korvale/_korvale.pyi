@@ -141,6 +141,10 @@ class System:
 def place_of(points: Any) -> int: ...
 def offset(outline: Any, distance: Any, height: Any, keep_vertices: Any, split: Any,
            report: Callable[[int], bool] | None) -> Offset | list[Offset]: ...
+def offset_many(
+    points: _Doubles, starts: NDArray[numpy.int64], distances: _Doubles, height: Any, keep_vertices: Any, split: Any,
+    report: Callable[[int], bool] | None
+) -> tuple[_Doubles, NDArray[numpy.int64], _Ints, _Truths, _Truths, _Ints]: ...
 def band(
     line: Any, distance: Any, height: Any, both_sides: Any, up: Any, closed: Any, miter_limit: Any,
     report: Callable[[int], bool] | None

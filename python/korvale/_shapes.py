@@ -14,8 +14,8 @@ from ._korvale import Band, Mesh, Offset
 from ._progress import Progress
 from ._transform import Transform
 from ._types import (
-    Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, LineLike, MeshLike, Number, NumbersLike, Path,
-    PointLike, ProgressLike, RowsLike, ShapeLike, ShapesLike,
+    ChoiceLike, Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, LineLike, MeshLike, Number,
+    NumbersLike, OutlinesLike, Path, PointLike, ProgressLike, RowsLike, ShapeLike, ShapesLike, Truths,
 )
 
 if TYPE_CHECKING:
@@ -112,6 +112,78 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
             result = _korvale.offset(outline, distance, height, keep_vertices, split, report)
             report(1000)
     return result if type(result) is Offset else Offsets(result)
+
+
+@_records.compared
+class Borders(NamedTuple):
+    """The borders of many outlines, one behind the other in flat arrays. Made by `offset_many`.
+
+    Points of outlines, the vertices here, have the numbers that they have in the points handed in, or in
+    numpy.concatenate(outlines).
+    """
+
+    points: Doubles  #: float64 (P, 3), of all borders
+    starts: NDArray[numpy.int64]  #: int64 (n + 1,): where each border begins in `points`, and where the last one ends
+    sources: Ints  #: int32 (P,): the vertex that each point belongs to
+    collapsed: Truths  #: bool (n,): nothing is left
+    removed: Truths  #: bool (V,): a vertex was removed on the way; so was a last point that repeats the first
+    merged_into: Ints  #: int32 (V,): the vertex that each one merged into, itself while it stayed
+
+    def singly(self) -> list[Doubles]:
+        """The borders one by one, (., 3) each: views of `points`."""
+        return numpy.split(self.points, self.starts[1:-1]) if len(self.collapsed) else []
+
+
+def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, starts: ChoiceLike | None = None,
+                height: Number = 0.0, keep_vertices: bool = True, split: bool = True,
+                progress: ProgressLike = None) -> Borders:
+    """The borders of many outlines, each moved as `offset` moves it alone, to the last bit, in one call.
+
+    outlines: a list of outlines, (N, 2) or (N, 3) each, or of lines, rings and polygons without holes of Shapely. Or
+        the points of all of them, one behind the other, with `starts`.
+    distance: one for all outlines, or one for each.
+    starts: whole numbers (n + 1,): outline k is points[starts[k]:starts[k + 1]]. Part of them are part of the outlines,
+        as for one thread of several: starts[a : b + 1] are outlines a to b - 1, with the same points.
+    height, keep_vertices, split, progress: as for `offset`.
+
+    Every outline is an outer one here, whatever it lies in; a hole has a distance of its own. Outlines may repeat their
+    first point at the end. Float64 points are read where they are, and other threads run meanwhile.
+
+    >>> square = numpy.array([(0, 0), (4, 0), (4, 4), (0, 4)])
+    >>> borders = korvale.offset_many([square, square / 2], [1, 0.5])
+    >>> [border[0].round(9).tolist() for border in borders.singly()]
+    [[-1.0, -1.0, 0.0], [-0.5, -0.5, 0.0]]
+    >>> borders.sources
+    array([0, 1, 2, 3, 4, 5, 6, 7], dtype=int32)
+    >>> flat = korvale.offset_many(numpy.vstack([square, square / 2]), [1, 0.5], starts=[0, 4, 8])
+    >>> flat == borders
+    True
+    """
+    flat, begins = _input.many_outlines(outlines, starts, "offset_many", "outlines")
+    distances = numpy.atleast_1d(_input.array(distance, "offset_many", "distance", "be a number or numbers (n,)"))
+    if distances.ndim != 1:
+        raise refuse("offset_many", "distance", "be a number or numbers (n,)", f"its shape is {distances.shape}")
+    repeated = _input.repeats(flat, begins)
+    first = 0
+    if repeated.any():  # moved without them
+        first, last = int(begins[0]), int(begins[-1])
+        kept = numpy.ones(last - first, bool)
+        kept[begins[1:][repeated] - 1 - first] = False
+        given, begins = begins - first, begins - first - numpy.concatenate([[0], repeated.cumsum()])
+        flat = flat[first:last][kept]
+    with Progress(progress, 1000) as report:
+        borders = Borders(*_korvale.offset_many(flat, begins, distances, height, keep_vertices, split,
+                                                None if progress is None else report))
+        report(1000)
+    if not repeated.any():
+        return borders
+    numbers = numpy.flatnonzero(kept).astype(numpy.int32) + numpy.int32(first)
+    removed = numpy.ones(len(kept), bool)
+    removed[kept] = borders.removed
+    merged_into = numpy.empty(len(kept), numpy.int32)
+    merged_into[kept] = numbers[borders.merged_into]
+    merged_into[~kept] = given[:-1][repeated] + first
+    return borders._replace(sources=numbers[borders.sources], removed=removed, merged_into=merged_into)
 
 
 def outlines(shape: ShapeLike) -> list[Doubles]:

@@ -5,6 +5,9 @@
 namespace korvale::python {
 namespace {
 
+using Doubles = py::array_t<double, py::array::c_style>;
+using Longs = py::array_t<std::int64_t, py::array::c_style>;
+
 /// From so many points on a sweep is likely to take 20 microseconds or more.
 constexpr std::size_t kLongOutline = 32;
 
@@ -104,16 +107,22 @@ std::vector<Offset> offset_of(const ShapeIn& shape, double distance, korvale_off
     return borders;
 }
 
+korvale_offset_options options_of(py::handle height, py::handle keep_vertices, py::handle split, const char* function)
+{
+    korvale_offset_options options;
+    korvale_offset_defaults(&options, sizeof options);
+    options.height = number_of(height, function, "height");
+    options.keep_vertices = flag_of(keep_vertices, function, "keep_vertices");
+    options.split = flag_of(split, function, "split");
+    return options;
+}
+
 /// An `Offset` for an outline, a list of them for a list of outlines.
 py::object offset_any(py::handle outline, py::handle distance, py::handle height, py::handle keep_vertices,
                       py::handle split, py::handle report)
 {
     const double d = number_of(distance, "offset", "distance");
-    korvale_offset_options options;
-    korvale_offset_defaults(&options, sizeof options);
-    options.height = number_of(height, "offset", "height");
-    options.keep_vertices = flag_of(keep_vertices, "offset", "keep_vertices");
-    options.split = flag_of(split, "offset", "split");
+    const korvale_offset_options options = options_of(height, keep_vertices, split, "offset");
     if (is_plain_points(outline))
         return py::cast(offset_of(PointsIn(outline, "offset", "outline").outline(), d, options, report));
 
@@ -124,6 +133,30 @@ py::object offset_any(py::handle outline, py::handle distance, py::handle height
     for (Offset& border : offset_of(ShapeIn(input, "offset", "outline"), d, options, report))
         list.append(std::move(border));
     return list;
+}
+
+/// The fields of `korvale.Borders`, for outlines (N, 2) or (N, 3) that do not repeat their first point.
+py::tuple offset_many(const Doubles& points, const Longs& starts, const Doubles& distances, py::handle height,
+                      py::handle keep_vertices, py::handle split, py::handle report)
+{
+    korvale_offset_options options = options_of(height, keep_vertices, split, "offset_many");
+    const korvale_points from = {points.data(), points.shape(0), 0, static_cast<std::int32_t>(points.shape(1)),
+                                 KORVALE_DOUBLE};
+    const korvale_indices begins = {starts.data(), starts.size(), 0, KORVALE_INT64};
+    const korvale_numbers each = {distances.data(), distances.size(), 0, 1, KORVALE_DOUBLE};
+    const bool is_long = static_cast<std::size_t>(points.shape(0)) >= kLongOutline;
+    korvale_borders* made = nullptr;
+    Watched(report).run("offset_many", is_long, [&](auto progress, void* user, korvale_error* error) {
+        options.progress = progress;
+        options.user = user;
+        return korvale_offset_many(&from, &begins, &each, &options, &made, error);
+    });
+    const korvale_border_arrays all = korvale_borders_take(made);
+    korvale_borders_free(made);
+    const auto n = static_cast<py::ssize_t>(all.starts[all.outlines]);
+    return py::make_tuple(adopted(all.points, {n, 3}), adopted(all.starts, {all.outlines + 1}),
+                          adopted(all.sources, {n}), adopted_truths(all.collapsed, all.outlines),
+                          adopted_truths(all.removed, all.vertices), adopted(all.merged_into, {all.vertices}));
 }
 
 } // namespace
@@ -172,6 +205,7 @@ void bind_offset(py::module_& m)
              })
         .def(py::pickle(&state_of, &restored));
     m.def("offset", &offset_any);
+    m.def("offset_many", &offset_many);
 }
 
 } // namespace korvale::python

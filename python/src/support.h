@@ -161,6 +161,13 @@ inline py::array truths_of(std::uint8_t* data, std::size_t size, py::handle base
     return py::array(py::dtype::of<bool>(), {static_cast<py::ssize_t>(size)}, {}, data, base);
 }
 
+/// The same over a block of the C heap, which it releases.
+inline py::array adopted_truths(std::uint8_t* data, std::int64_t size)
+{
+    return py::array(py::dtype::of<bool>(), {static_cast<py::ssize_t>(size)}, {}, data,
+                     py::capsule(data, [](void* block) { std::free(block); }));
+}
+
 /// Lets other threads of the interpreter run meanwhile, if the work is worth it: about 20 microseconds or more.
 class Unlocked {
 public:

@@ -38,6 +38,8 @@ def fresh():
 # Functions with arguments that they take; each is replaced by everything above in turn.
 CALLS = [
     (korvale.offset, SQUARE, 1.0, {"height": 0.0, "keep_vertices": True, "split": True}),
+    (korvale.offset_many, [SQUARE, SQUARE], [1.0, 2.0], {"starts": None, "height": 0.0, "keep_vertices": True}),
+    (korvale.offset_many, SQUARE, 1.0, {"starts": [0, 4]}),
     (korvale.outlines, SQUARE, {}),
     (korvale.shapes, [SQUARE], {}),
     (korvale.band, LINE, 1.0, {"height": 0.0, "both_sides": False, "up": (0, 0, 1),

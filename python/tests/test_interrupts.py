@@ -30,10 +30,12 @@ def made():
         wave.add(text)
     x = numpy.zeros(40000000)
     outline = ring(300000)
+    many, starts = numpy.tile(ring(300), (20000, 1)), numpy.arange(20001) * 300
     walk = generator.normal(size=(200000, 2)).cumsum(axis=0)
     return {
         "offset": lambda: korvale.offset(outline, 1),
         "offset with a hole": lambda: korvale.offset([outline, outline / 2], 1),
+        "offset_many": lambda: korvale.offset_many(many, 1, starts=starts),
         "band": lambda: korvale.band(walk, 2),
         "RayGrid.cast": lambda: grid.cast(points, (1, 2, 3)),
         "RayGrid.contains": lambda: grid.contains(points),

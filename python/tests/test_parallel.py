@@ -11,6 +11,7 @@ import unittest
 import korvale
 import numpy
 from calls import CUBE
+from test_shapes import rings
 
 EXAMPLE = pathlib.Path(__file__).resolve().parents[2] / "examples/python/many_outlines.py"
 
@@ -31,6 +32,17 @@ class ParallelTest(unittest.TestCase):
         self.assertEqual([name for name, result in lines], ["serial", "processes", "cluster"])
         self.assertEqual(len({result for name, result in lines}), 1)
         self.assertTrue(lines[0][1].startswith("20000 borders, "))
+
+    def test_outlines_over_slices_in_threads_give_what_one_gives(self):
+        outlines = rings(4000)
+        points, starts = numpy.concatenate(outlines), numpy.cumsum([0, *map(len, outlines)])
+        whole = korvale.offset_many(points, -0.5, starts=starts, keep_vertices=False)
+        with concurrent.futures.ThreadPoolExecutor(4) as executor:
+            parts = list(executor.map(lambda first: korvale.offset_many(
+                points, -0.5, starts=starts[first:first + 501], keep_vertices=False), range(0, 4000, 500)))
+        for name in ("points", "sources", "collapsed", "removed", "merged_into"):
+            joined = numpy.concatenate([getattr(part, name) for part in parts])
+            numpy.testing.assert_array_equal(joined, getattr(whole, name))
 
     def test_a_mesh_sequence_spreads_over_fresh_processes(self):
         relaxer = korvale.Relaxer(CUBE).keep("lengths").hold([0])

@@ -140,6 +140,105 @@ class OffsetTest(RefusingTest):
         self.assertEqual((str(twin), twin.argument), (str(caught.exception), "distance"))
 
 
+def rings(count, seed=5):
+    """Outlines with 3 to 40 points, some of which repeat their first point."""
+    generator = numpy.random.default_rng(seed)
+    made = []
+    for k in range(count):
+        n = int(generator.integers(3, 41))
+        turn, radius = numpy.arange(n) * (2 * numpy.pi / n), generator.uniform(1, 5, n)
+        made.append(numpy.column_stack([radius * numpy.cos(turn) + k, radius * numpy.sin(turn), numpy.full(n, k % 3)]))
+        if generator.random() < 0.3:
+            made[-1] = numpy.vstack([made[-1], made[-1][:1]])
+    return made
+
+
+class OffsetManyTest(RefusingTest):
+    def assertAlone(self, borders, outlines, distances, base=0, **options):
+        """That borders are those of each outline alone, whose points are numbered from `base` on."""
+        self.assertEqual([len(border) for border in borders.singly()], numpy.diff(borders.starts).tolist())
+        at = 0
+        for k, (border, outline, distance) in enumerate(zip(borders.singly(), outlines, distances, strict=True)):
+            alone = korvale.offset(outline, distance, **options)
+            numpy.testing.assert_array_equal(border, alone.points)
+            self.assertEqual(borders.collapsed[k], alone.collapsed)
+            n = len(alone.removed)
+            live = numpy.arange(n) if options.get("keep_vertices", True) else numpy.flatnonzero(~alone.removed)
+            sources = borders.sources[borders.starts[k]:borders.starts[k + 1]]
+            numpy.testing.assert_array_equal(sources, base + at + live)
+            numpy.testing.assert_array_equal(borders.removed[at:at + n], alone.removed)
+            numpy.testing.assert_array_equal(borders.merged_into[at:at + n], base + at + alone.merged_into)
+            if n < len(outline):
+                self.assertEqual((borders.removed[at + n], borders.merged_into[at + n]), (True, base + at))
+            at += len(outline)
+        self.assertEqual((len(borders.removed), len(borders.merged_into)), (at, at))
+
+    def test_gives_what_each_outline_gives_alone(self):
+        outlines = rings(300)
+        distances = numpy.random.default_rng(6).uniform(-2, 2, 300)
+        flat = numpy.concatenate(outlines)
+        starts = numpy.cumsum([0, *map(len, outlines)])
+        for options in ({}, {"keep_vertices": False}, {"split": False, "height": 2}):
+            borders = korvale.offset_many(outlines, distances, **options)
+            self.assertAlone(borders, outlines, distances, **options)
+            self.assertEqual(korvale.offset_many(flat, distances, starts=starts, **options), borders)
+        self.assertAlone(korvale.offset_many(outlines, -0.5), outlines, [-0.5] * 300)
+
+    def test_takes_part_of_the_starts(self):
+        outlines = rings(50)
+        flat, starts = numpy.concatenate(outlines), numpy.cumsum([0, *map(len, outlines)])
+        for first, last in ((0, 20), (20, 50), (13, 14), (7, 7)):
+            part = korvale.offset_many(flat, 0.5, starts=starts[first:last + 1])
+            self.assertAlone(part, outlines[first:last], [0.5] * (last - first), starts[first])
+        without = [outline[:-1] if (outline[0] == outline[-1]).all() else outline for outline in outlines]
+        starts = numpy.cumsum([0, *map(len, without)])
+        part = korvale.offset_many(numpy.concatenate(without), 0.5, starts=starts[20:31])
+        self.assertAlone(part, without[20:30], [0.5] * 10, starts[20])
+
+    def test_takes_lists_of_anything_that_is_an_outline(self):
+        expected = korvale.offset_many([SQUARE, HOLE], 0.5)
+        closed = numpy.vstack([HOLE, HOLE[:1]])
+        for outlines in ([SQUARE.tolist(), HOLE], (SQUARE[:, :2], HOLE[:, :2]), numpy.array([SQUARE, HOLE]),
+                         iter([SQUARE, HOLE]), [SQUARE.astype(int), HOLE[:, :2]], [korvale.offset(SQUARE, 0), HOLE],
+                         [SQUARE.astype("f4"), HOLE.astype(">f8")]):
+            self.assertEqual(korvale.offset_many(outlines, 0.5), expected)
+        numpy.testing.assert_array_equal(korvale.offset_many([SQUARE, closed], 0.5).points, expected.points)
+        self.assertEqual(korvale.offset_many([], 1).singly(), [])
+        flat = numpy.concatenate([SQUARE, HOLE])[:, :2].tolist()
+        self.assertEqual(korvale.offset_many(flat, [0.5, 0.5], starts=numpy.array([0, 4, 8], numpy.uint16)), expected)
+
+    def test_results_are_values(self):
+        borders = korvale.offset_many([SQUARE, HOLE], 0.5)
+        for copied in (copy.copy(borders), copy.deepcopy(borders), pickle.loads(pickle.dumps(borders))):
+            self.assertEqual(copied, borders)
+        self.assertEqual([array.dtype for array in borders], ["f8", "i8", "i4", "?", "?", "i4"])
+        views = borders.singly()
+        self.assertTrue(numpy.shares_memory(views[1], borders.points))
+
+    def test_says_what_it_refuses(self):
+        many = korvale.offset_many
+        self.assertRefuses("offset_many: outline 1 must have at least 3 points, but it has 2",
+                           lambda: many([SQUARE, SQUARE[:2]], 1))
+        self.assertRefuses("offset_many: outline 1 must be finite, but its point 0 is (nan, nan, 0)",
+                           lambda: many([SQUARE, SQUARE * (math.nan, math.nan, 1)], 1))
+        self.assertRefuses("offset_many: outline 1 must be points, (N, 2) or (N, 3), but its shape is ()",
+                           lambda: many([SQUARE, 7], 1))
+        self.assertRefuses("offset_many: distances must have 1 value, or 2, one for each outline, but they have 3",
+                           lambda: many([SQUARE, HOLE], [1, 2, 3]))
+        self.assertRefuses("offset_many: distance must be a number or numbers (n,), but its shape is (1, 2)",
+                           lambda: many([SQUARE, HOLE], [[1, 2]]))
+        self.assertRefuses("offset_many: starts must be 0 to 4, but number 1 is 5",
+                           lambda: many(SQUARE, 1, starts=[0, 5]))
+        self.assertRefuses("offset_many: starts must ascend, but number 1 is 0, behind 4",
+                           lambda: many(SQUARE, 1, starts=[4, 0]))
+        self.assertRefuses("offset_many: starts must be whole numbers (n + 1,), but it is [0.5]",
+                           lambda: many(SQUARE, 1, starts=[0.5]))
+        self.assertRefuses("offset_many: starts must have one number more than there are outlines, but there are none",
+                           lambda: many(SQUARE, 1, starts=numpy.zeros(0, int)))
+        self.assertRefuses("offset_many: outlines must be outlines, or points with starts, but it is None",
+                           lambda: many(None, 1))
+
+
 class BandTest(RefusingTest):
     def test_lies_to_the_right_of_the_line(self):
         band = korvale.band([(0, 0), (10, 0), (10, 10)], 1)

@@ -44,6 +44,10 @@ static korvale_status results_are_laid_out(void)
     PLACE(korvale_border, merged_into, 16);
     PLACE(korvale_border, vertices, 32);
     PLACE(korvale_border, collapsed, 40);
+    SIZE(korvale_border_arrays, 72);
+    PLACE(korvale_border_arrays, sources, 16);
+    PLACE(korvale_border_arrays, merged_into, 40);
+    PLACE(korvale_border_arrays, first, 64);
     SIZE(korvale_band_result, 48);
     PLACE(korvale_band_result, collapsed, 24);
     PLACE(korvale_band_result, crossing, 32);

@@ -73,6 +73,44 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status moves_many_outlines(void)
+{
+    /* Two squares of two coordinates, each by a distance of its own. */
+    const double points[] = {0, 0, 4, 0, 4, 4, 0, 4, 1, 1, 3, 1, 3, 3, 1, 3};
+    const double each[] = {0.5, -0.5};
+    const int64_t numbers[] = {0, 4, 8};
+    const korvale_points outlines = {.data = points, .count = 8, .dim = 2};
+    const korvale_indices starts = {.data = numbers, .count = 3, .kind = KORVALE_INT64};
+    const korvale_indices backwards = {.data = numbers + 2, .count = 2, .stride = -8, .kind = KORVALE_INT64};
+    const korvale_numbers distances = {.data = each, .count = 2};
+    korvale_borders* borders = NULL;
+    korvale_border_arrays all, taken = {.points = NULL};
+    korvale_error error;
+    TRY_MAKING(borders, korvale_offset_many(&outlines, &starts, &distances, NULL, &borders, &error));
+    all = korvale_borders_view(borders);
+    CHECK(all.outlines == 2 && all.vertices == 8 && all.first == 0);
+    CHECK(all.starts[1] == 4 && all.starts[2] == 8);
+    CHECK_NEAR(all.points, -0.5, -0.5, 0, 4.5, -0.5, 0, 4.5, 4.5, 0, -0.5, 4.5, 0);
+    CHECK_NEAR(all.points + 12, 1.5, 1.5, 0, 2.5, 1.5, 0, 2.5, 2.5, 0, 1.5, 2.5, 0);
+    CHECK(all.sources[7] == 7 && all.merged_into[7] == 7 && all.removed[7] == 0 && all.collapsed[1] == 0);
+    taken = korvale_borders_take(borders);
+    CHECK(taken.points == all.points && korvale_borders_view(borders).points == NULL);
+    korvale_borders_free(borders);
+    borders = NULL;
+    REFUSE(korvale_offset_many(&outlines, &backwards, &distances, NULL, &borders, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_offset_many: starts must ascend, but number 1 is 4, behind 8");
+    CHECK(borders == NULL);
+done:
+    free(taken.points);
+    free(taken.starts);
+    free(taken.sources);
+    free(taken.collapsed);
+    free(taken.removed);
+    free(taken.merged_into);
+    korvale_borders_free(borders);
+    return (korvale_status)error.status;
+}
+
 static korvale_status refuses_what_is_no_outline(void)
 {
     const korvale_points line = {.data = square, .count = 2};
@@ -94,5 +132,6 @@ void offset_tests(void)
     RUN(grows_a_square);
     RUN(lifts_floats_of_records);
     RUN(moves_outlines_with_holes);
+    RUN(moves_many_outlines);
     RUN(refuses_what_is_no_outline);
 }

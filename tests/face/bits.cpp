@@ -111,6 +111,9 @@ void outlines(Random& random, Hash& hash)
     const korvale::Offset moved = korvale::offset(outline, random.number(2), {.height = random.number(1)});
     hash.all(moved.points);
     hash.add(moved.collapsed);
+    const korvale::Borders many = korvale::offset_many({outline, moved.points}, {random.number(1), random.number(1)});
+    hash.all(many.points);
+    hash.all(many.sources);
     const korvale::Flattening way = korvale::flatten(outline);
     hash.add(way.to_plane);
     hash.add(way.from_plane);

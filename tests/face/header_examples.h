@@ -11,13 +11,14 @@ struct Given {
     std::vector<std::vector<korvale::Point>> letter;
     std::vector<korvale::Triangle> triangles;
     std::vector<double> corners, vertex_normals;
+    std::vector<int> starts;
     std::vector<bool> is_pinned;
     korvale::Point eye = {}, point = {}, direction = {};
 };
 
 #define GIVEN(given)                                                                                                   \
     [[maybe_unused]] auto& [outline, path, loop, octagon, middle, vertices, copy, directions, letter, triangles,       \
-                            corners, vertex_normals, is_pinned, eye, point, direction] = given;                        \
+                            corners, vertex_normals, starts, is_pinned, eye, point, direction] = given;                \
     [[maybe_unused]] korvale::Equations equations;
 
 template <class... T>

@@ -309,5 +309,84 @@ TEST(FaceOffset, SaysWhatItRefuses)
     }
 }
 
+// ---- Many outlines
+
+/// What `offset` gives of an outline alone, against outline k of many whose first vertex is number `start`.
+void expect_alone(const Borders& many, std::size_t k, const Offset& alone, std::size_t start, std::size_t vertices)
+{
+    EXPECT_TRUE(std::ranges::equal(many[k], alone.points)) << k;
+    EXPECT_EQ(many.collapsed[k] != 0, alone.collapsed) << k;
+    for (std::size_t i = 0; i < vertices; ++i) {
+        const std::size_t v = start + i - many.first;
+        EXPECT_EQ(many.removed[v], alone.removed[i]) << k;
+        EXPECT_EQ(many.merged_into[v], static_cast<int>(start) + alone.merged_into[i]) << k;
+    }
+}
+
+TEST(FaceOffsetMany, GivesWhatEachOutlineGivesAlone)
+{
+    Random random(1221);
+    for (int round = 0; round < rounds(30); ++round) {
+        std::vector<Outline> outlines;
+        Outline flat = {{9, 9, 9}};
+        std::vector<std::uint16_t> starts = {1};
+        std::vector<double> distances;
+        for (int k = random.below(20); k > 0; --k) {
+            outlines.push_back(random_outline(random, random.between(3, 40), random.uniform(-9, 9), 0, 5));
+            flat.insert(flat.end(), outlines.back().begin(), outlines.back().end());
+            starts.push_back(static_cast<std::uint16_t>(flat.size()));
+            distances.push_back(random.uniform(-2, 2));
+        }
+        const OffsetOptions options = {.height = 1, .keep_vertices = random.one_in(2)};
+        const Borders many = offset_many(flat, starts, distances, options);
+        const Borders apart = offset_many(outlines, distances, options), one = offset_many(outlines, 0.5, options);
+        ASSERT_EQ(many.size(), outlines.size());
+        EXPECT_EQ(many.first, 1u);
+        EXPECT_EQ(apart.first, 0u);
+        EXPECT_EQ(apart.points, many.points);
+        EXPECT_EQ(apart.clone(), apart);
+        std::size_t start = 0;
+        for (std::size_t k = 0; k < outlines.size(); ++k) {
+            const std::size_t n = outlines[k].size();
+            expect_alone(many, k, offset(outlines[k], distances[k], options), start + 1, n);
+            expect_alone(apart, k, offset(outlines[k], distances[k], options), start, n);
+            expect_alone(one, k, offset(outlines[k], 0.5, options), start, n);
+            start += n;
+        }
+    }
+}
+
+TEST(FaceOffsetMany, TakesListsFloatsAndPointsWrittenOut)
+{
+    const Borders written = offset_many({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}}, {0, 4}, {0.5});
+    expect_near(written[0], {{-0.5, -0.5, 0}, {4.5, -0.5, 0}, {4.5, 4.5, 0}, {-0.5, 4.5, 0}});
+    const std::vector<std::array<float, 2>> floats = {{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+    EXPECT_EQ(offset_many(floats, std::vector<int>{0, 4}, 0.5), written);
+    const std::vector<std::vector<std::array<float, 2>>> apart = {floats, floats};
+    const Borders two = offset_many(apart, {0.5, -0.5}, {.height = 2});
+    expect_near(two[1], {{0.5, 0.5, 2}, {3.5, 0.5, 2}, {3.5, 3.5, 2}, {0.5, 3.5, 2}});
+    EXPECT_EQ(std::vector<int>(two.sources.begin(), two.sources.end()), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(offset_many(std::vector<Outline>{}, 1).size(), 0u);
+}
+
+TEST(FaceOffsetMany, SaysWhatItRefusesAndStops)
+{
+    EXPECT_EQ(refusal_of([] {
+                  offset_many(kSquare, {0, 2, 4}, 1);
+              }),
+              "offset_many: outline 0 must have at least 3 points, but it has 2");
+    EXPECT_EQ(refusal_of([] {
+                  offset_many({kSquare, kSquare}, {1, 2, 3});
+              }),
+              "offset_many: distances must have 1 value, or 2, one for each outline, but they have 3");
+    const Result<Borders> none = try_offset_many({kSquare, {{0, 0, 0}}}, 1);
+    ASSERT_FALSE(none);
+    EXPECT_EQ(none.error().argument(), "outline 1");
+    const std::vector<Outline> many(2000, kSquare);
+    const Result<Borders> stopped = try_offset_many(many, 1, {.progress = {[](double) { return false; }}});
+    ASSERT_FALSE(stopped);
+    EXPECT_EQ(stopped.error().status(), KORVALE_STOPPED);
+}
+
 } // namespace
 } // namespace korvale::test

@@ -46,6 +46,40 @@ TEST(Golden, DoorOffset)
     EXPECT_EQ(hash.value(), 0x84f9062365ce55cau);
 }
 
+TEST(Golden, DoorOffsetMany)
+{
+    Random random(1107);
+    Hash hash;
+    for (int i = 0; i < 100; ++i) {
+        std::vector<double> points, distances;
+        std::vector<int32_t> starts = {0};
+        for (int k = 0; k < 20; ++k) {
+            const int n = random.between(3, 40);
+            for (int j = 0; j < n; ++j) { // up one side, down the other
+                const double x = 2 * j < n ? random.uniform(1, 2) : random.uniform(-2, -1);
+                points.insert(points.end(), {x, double(2 * j < n ? j : n - j), 0.5 * x});
+            }
+            starts.push_back(starts.back() + n);
+            distances.push_back(random.uniform(-1, 1));
+        }
+        const korvale_points outlines = {points.data(), starts.back(), 0, 3, KORVALE_DOUBLE};
+        const korvale_indices begins = {starts.data(), 21, 0, KORVALE_INT32};
+        const korvale_numbers each = {distances.data(), 20, 0, 1, KORVALE_DOUBLE};
+        korvale_offset_options options;
+        korvale_offset_defaults(&options, sizeof options);
+        options.keep_vertices = random.between(0, 1);
+        korvale_borders* borders = nullptr;
+        hash.add(korvale_offset_many(&outlines, &begins, &each, &options, &borders, nullptr));
+        const korvale_border_arrays all = korvale_borders_view(borders);
+        const int64_t n = all.starts[20];
+        hash.add(all.points, 3 * n).add(all.sources, n).add(all.merged_into, all.vertices);
+        for (int64_t k = 0; k < 20; ++k)
+            hash.add(all.collapsed[k]);
+        korvale_borders_free(borders);
+    }
+    EXPECT_EQ(hash.value(), 0x9feea391be892bdau);
+}
+
 TEST(Golden, DoorBand)
 {
     Random random(1106);

@@ -246,4 +246,147 @@ inline std::vector<Offset> offset(AnyOutlines outlines, double distance, const O
     return try_offset(outlines.view(), distance, options).value();
 }
 
+/// Distances as an argument: a number for all outlines, or any contiguous range of doubles or `{0.5, -0.25}` with one
+/// for each. It cannot be kept.
+class AnyDistances {
+public:
+    /// One for all.
+    AnyDistances(double distance)
+        : one_(distance), layout_{&one_, 1, 0, 1, KORVALE_DOUBLE} {} // NOLINT: made in passing
+
+    /// One for each.
+    ///@{
+    template <detail::Contiguous R>
+    requires(detail::Number<detail::ElementValue<R>>) AnyDistances(R&& each KORVALE_LIFETIMEBOUND) // NOLINT
+        : layout_{std::ranges::data(each), static_cast<std::int64_t>(std::ranges::size(each)), 0, 1,
+                  std::same_as<detail::ElementValue<R>, float> ? KORVALE_FLOAT : KORVALE_DOUBLE}
+    {
+    }
+    AnyDistances(std::initializer_list<double> each KORVALE_LIFETIMEBOUND) // NOLINT
+        : layout_{each.begin(), static_cast<std::int64_t>(each.size()), 0, 1, KORVALE_DOUBLE}
+    {
+    }
+    ///@}
+
+    AnyDistances(const AnyDistances&) = delete;
+    AnyDistances& operator=(const AnyDistances&) = delete;
+
+    /// Where they are, as the C interface takes them.
+    const korvale_numbers& layout() const noexcept { return layout_; }
+
+private:
+    double one_ = 0.0;
+    korvale_numbers layout_;
+};
+
+/// Borders of many outlines, one behind the other. Points of the outlines, the vertices here, have the numbers that
+/// they have in the points handed in, or in all outlines one after the other.
+struct Borders {
+    Points points;                 ///< of all borders
+    Array<std::int64_t> starts;    ///< [outlines + 1] where each border begins in `points`, and where the last one ends
+    Array<std::int32_t> sources;   ///< [points] the vertex that each point belongs to
+    Array<std::uint8_t> collapsed; ///< [outlines] 1 where nothing is left, as in `Offset`
+    Array<std::uint8_t> removed;   ///< [vertices] 1 for a vertex that was removed on the way
+    Array<std::int32_t> merged_into; ///< [vertices] the vertex that each one merged into, itself while it stayed
+    std::size_t first = 0;           ///< the number of the first vertex, to which entry 0 of the last two belongs
+
+    /// How many there are.
+    std::size_t size() const noexcept { return collapsed.size(); }
+
+    /// The border of outline k.
+    std::span<const Point> operator[](std::size_t k) const KORVALE_LIFETIMEBOUND
+    {
+        const auto begin = static_cast<std::size_t>(starts[k]), end = static_cast<std::size_t>(starts[k + 1]);
+        return {points.data() + begin, end - begin};
+    }
+
+    /// The same in memory of their own.
+    Borders clone() const
+    {
+        return {points.clone(),      starts.clone(), sources.clone(), collapsed.clone(), removed.clone(),
+                merged_into.clone(), first};
+    }
+
+    /// The same borders of the same vertices.
+    friend bool operator==(const Borders&, const Borders&) = default;
+};
+
+/// `offset_many`, telling of failures by its result.
+inline Result<Borders> try_offset_many(AnyPoints points, const AnyIndices& starts, const AnyDistances& distances,
+                                       const OffsetOptions& options = {})
+{
+    struct Free {
+        void operator()(korvale_borders* borders) const noexcept { korvale_borders_free(borders); }
+    };
+    const korvale_points view = detail::view_of(points);
+    korvale_borders* made = nullptr;
+    const Result<void> done =
+        detail::done("offset_many", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
+            const korvale_offset_options how = {
+                sizeof how, options.keep_vertices, options.split, 0, options.height, told, user};
+            return korvale_offset_many(&view, &starts.layout(), &distances.layout(), &how, &made, error);
+        });
+    const std::unique_ptr<korvale_borders, Free> owner(made);
+    if (!done)
+        return done.error();
+    const korvale_border_arrays all = korvale_borders_take(made);
+    const auto outlines = static_cast<std::size_t>(all.outlines), vertices = static_cast<std::size_t>(all.vertices);
+    const auto n = static_cast<std::size_t>(all.starts[all.outlines]);
+    return Borders{Points(all.points, n),
+                   {all.starts, outlines + 1},
+                   {all.sources, n},
+                   {all.collapsed, outlines},
+                   {all.removed, vertices},
+                   {all.merged_into, vertices},
+                   static_cast<std::size_t>(all.first)};
+}
+
+/// Offsets each of many outlines as `offset` does it alone, in one call: quicker than one by one, and nothing is
+/// allocated for each. Every outline is an outer one here; a hole has a distance of its own.
+///
+/// `starts` has a number more than there are outlines: outline k are the points from number starts[k] up to, but
+/// without, number starts[k + 1]. Part of `starts` are part of the outlines, as for one thread of several.
+///
+/// ```
+/// const korvale::Borders borders = korvale::offset_many(vertices, starts, 0.5);
+/// for (std::size_t k = 0; k < borders.size(); ++k)
+///     if (!borders.collapsed[k])
+///         draw(borders[k]);
+/// ```
+///
+/// Throws `Error` for what `offset` refuses of any outline, by its number, before anything is moved.
+inline Borders offset_many(AnyPoints points, const AnyIndices& starts, const AnyDistances& distances,
+                           const OffsetOptions& options = {})
+{
+    return try_offset_many(points.view(), starts, distances, options).value();
+}
+
+/// `offset_many`, telling of failures by its result.
+inline Result<Borders> try_offset_many(AnyOutlines outlines, const AnyDistances& distances,
+                                       const OffsetOptions& options = {})
+{
+    return detail::within_memory("offset_many", [&]() -> Result<Borders> {
+        std::vector<std::int64_t> starts = {0};
+        for (const PointView outline : outlines)
+            starts.push_back(starts.back() + static_cast<std::int64_t>(outline.size()));
+        Points points(static_cast<std::size_t>(starts.back()));
+        Point* to = points.data();
+        for (const PointView outline : outlines)
+            to = detail::copy_points(outline, to);
+        return try_offset_many(points, starts, distances, options);
+    });
+}
+
+/// The same of outlines that lie anywhere, which are copied one behind the other first.
+///
+/// ```
+/// const std::vector<std::vector<korvale::Point>> tiles = {{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}},
+///                                                         {{5, 0, 0}, {9, 0, 0}, {9, 4, 0}, {5, 4, 0}}};
+/// auto borders = korvale::offset_many(tiles, {-0.5, -1});
+/// ```
+inline Borders offset_many(AnyOutlines outlines, const AnyDistances& distances, const OffsetOptions& options = {})
+{
+    return try_offset_many(outlines.view(), distances, options).value();
+}
+
 } // namespace korvale

@@ -256,6 +256,17 @@ inline Points copy_of(std::span<const Point> points)
     return copy;
 }
 
+/// Copies points to `to`; returns where they end there.
+inline Point* copy_points(PointView from, Point* to)
+{
+    if (!from.empty() && from.is_packed())
+        std::memcpy(to, from.data(), from.size() * sizeof(Point));
+    else
+        for (std::size_t i = 0; i < from.size(); ++i)
+            to[i] = from[i];
+    return to + from.size();
+}
+
 /// "(1, 2, nan)".
 inline std::string text_of_point(const Point& p)
 {
