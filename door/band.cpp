@@ -1,10 +1,12 @@
-// Bands along lines. The border on one side is swept as a closed outline of which the line is a part, and looked at
-// point by point afterwards: what has come too near to the line, or too far from it, is placed anew (yield.cpp). All is
-// computed at an ordinary size, to which a power of two brings the line.
+// Bands along lines. Knots in the line become points (knots.cpp). The border on one side is swept as a closed outline
+// of which the line is a part, and looked at point by point afterwards: what has come too near to the line, or too far
+// from it, is placed anew (yield.cpp). All is computed at an ordinary size, to which a power of two brings the line.
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <optional>
 
+#include "door/internal/knots.h"
 #include "door/internal/offset.h"
 #include "door/internal/vectors.h"
 #include "door/internal/yield.h"
@@ -271,12 +273,58 @@ private:
     Border swept_;
 };
 
+/// A line laid into its plane, from its first point.
+class FlatLine {
+public:
+    FlatLine(Outline line, const LinePlane& plane, bool closed)
+        : places_(places_of(line, plane)), edges_(edges_between(places_, closed)), extent_(plane.extent),
+          closed_(closed)
+    {
+    }
+
+    const Vector<Place>& places() const { return places_; }
+
+    /// What a border at a distance from the line gives way to.
+    Beside beside(double distance, double miter_limit, const Telling& telling = {}) const
+    {
+        constexpr double kRelative = 1e-06, kRounding = 1e-12;
+        const double slack = kRelative * std::fabs(distance) + kRounding * extent_;
+        return {places_, edges_, closed_, distance, miter_limit, slack, telling};
+    }
+
+private:
+    static Vector<Place> places_of(Outline line, const LinePlane& plane)
+    {
+        Vector<Place> places;
+        places.reserve(line.size());
+        for (const Point& p : line)
+            places.push_back(plane.place_of(minus(p, line[0])));
+        return places;
+    }
+
+    static EdgeTree edges_between(const Vector<Place>& places, bool closed)
+    {
+        Vector<Edge> edges;
+        edges.reserve(places.size());
+        for (size_t i = 0; i + 1 < places.size(); ++i)
+            edges.push_back({places[i], places[i + 1]});
+        if (closed)
+            edges.push_back({places.back(), places.front()});
+        return EdgeTree(std::move(edges));
+    }
+
+    Vector<Place> places_;
+    EdgeTree edges_;
+    double extent_;
+    bool closed_;
+};
+
 /// The borders of a line on either side.
 class Banding {
 public:
-    Banding(Outline line, const LinePlane& plane, bool closed, double miter_limit)
-        : border_(line, plane), narrowed_(line.size()), line_(line), plane_(plane), flat_(line.size()), closed_(closed),
-          miter_limit_(miter_limit), edges_(edges_of_line())
+    Banding(Outline line, const FlatLine& flat, const LinePlane& plane, bool closed, double miter_limit)
+        : border_(line, plane), narrowed_(line.size()), line_(line), flat_(flat), plane_(plane), closed_(closed),
+          miter_limit_(miter_limit)
     {
     }
 
@@ -284,13 +332,7 @@ public:
     void run(double distance, double height, const Telling& telling)
     {
         const size_t n = line_.size();
-        const Beside beside = {flat_,
-                               edges_,
-                               closed_,
-                               distance,
-                               miter_limit_,
-                               kRelative * std::fabs(distance) + kRounding * plane_.extent,
-                               telling.part(0.5, 0.5)};
+        const Beside beside = flat_.beside(distance, miter_limit_, telling.part(0.5, 0.5));
         border_.telling = telling.part(0.0, 0.5);
         if (n < 3 && closed_)
             border_.stay(); // there and back: no outline
@@ -309,7 +351,7 @@ public:
         for (size_t i = 0; i < n; ++i) {
             if (moved[i] == 0)
                 continue;
-            const Place step = places[i] - flat_[i];
+            const Place step = places[i] - flat_.places()[i];
             border_.border[i] = plus(plus(plus(line_[i], step.x, plane_.x), step.y, plane_.y), height, plane_.normal);
         }
     }
@@ -319,35 +361,110 @@ public:
     const Vector<uint8_t>& narrowed() const { return narrowed_; }
 
 private:
-    static constexpr double kRelative = 1e-06, kRounding = 1e-12;
-
     /// A sweep looks at every point for each that gives way. Where that is more than this, which takes seconds, all
     /// points are placed one by one; lines of fewer points cannot get there.
     static constexpr double kMostWork = 1e9;
     static constexpr size_t kManyPoints = 30000;
 
-    EdgeTree edges_of_line()
-    {
-        const size_t n = line_.size();
-        Vector<Edge> edges;
-        edges.reserve(n);
-        for (size_t i = 0; i < n; ++i)
-            flat_[i] = plane_.place_of(minus(line_[i], line_[0]));
-        for (size_t i = 0; i + 1 < n; ++i)
-            edges.push_back({flat_[i], flat_[i + 1]});
-        if (closed_)
-            edges.push_back({flat_[n - 1], flat_[0]});
-        return EdgeTree(std::move(edges));
-    }
-
     LineBorder border_;
     Vector<uint8_t> narrowed_;
     Outline line_;
+    const FlatLine& flat_;
     const LinePlane& plane_;
-    Vector<Place> flat_; // of the line
     bool closed_;
     double miter_limit_;
-    EdgeTree edges_;
+};
+
+/// A line whose knots are their means.
+struct Untied {
+    Vector<Bundle> bundles; ///< one for each point of it
+    Vector<Point> line;     ///< of fewer points; of none where there are no knots, or little else
+
+    Untied(Outline from, const FlatLine& flat, bool closed, double reach)
+        : bundles(bundle_knots(flat.places(), closed, reach))
+    {
+        const size_t n = from.size();
+        if (bundles.size() == n || bundles.size() < (closed ? 3 : 2))
+            return;
+        for (const Bundle& bundle : bundles) {
+            Point mean = bundle.is_knot ? Point{0, 0, 0} : from[bundle.first];
+            if (bundle.is_knot)
+                for (size_t i = 0; i < bundle.count; ++i)
+                    mean = plus(mean, 1.0 / static_cast<double>(bundle.count), from[(bundle.first + i) % n]);
+            line.push_back(mean);
+        }
+    }
+};
+
+/// The borders of a line on either side, which pass by its knots as if they were points.
+class Sides {
+public:
+    Sides(Outline line, const LinePlane& plane, bool closed, double miter_limit, double distance)
+        : line_(line), plane_(plane), miter_limit_(miter_limit), flat_(line, plane, closed),
+          untied_(line, flat_, closed, distance), banding_(swept(), flat_swept(closed), plane, closed, miter_limit),
+          border_(line.size()), removed_(line.size()), narrowed_(line.size())
+    {
+    }
+
+    /// Makes the border on one side.
+    void run(double distance, double height, const Telling& telling)
+    {
+        banding_.run(distance, height, telling);
+        if (untied_.line.empty()) {
+            std::ranges::copy(banding_.border(), border_.begin());
+            std::ranges::copy(banding_.removed(), removed_.begin());
+            std::ranges::copy(banding_.narrowed(), narrowed_.begin());
+            return;
+        }
+        tie_again(distance, height);
+    }
+
+    Outline border() const { return border_; }
+    const Vector<uint8_t>& removed() const { return removed_; }
+    const Vector<uint8_t>& narrowed() const { return narrowed_; }
+
+private:
+    Outline swept() const { return untied_.line.empty() ? line_ : Outline(untied_.line); }
+    const FlatLine& flat_swept(bool closed)
+    {
+        return untied_.line.empty() ? flat_ : flat_untied_.emplace(untied_.line, plane_, closed);
+    }
+
+    /// Gives all points of a knot the place of its mean.
+    void tie_again(double distance, double height)
+    {
+        const size_t n = line_.size();
+        Vector<Place> places(n);
+        Vector<uint8_t> moved(n);
+        for (size_t k = 0; k < untied_.bundles.size(); ++k) {
+            const Bundle& bundle = untied_.bundles[k];
+            for (size_t i = bundle.first; i < bundle.first + bundle.count; ++i) {
+                border_[i % n] = banding_.border()[k];
+                places[i % n] = plane_.place_of(minus(banding_.border()[k], line_[0]));
+                removed_[i % n] = bundle.is_knot || banding_.removed()[k] != 0;
+                narrowed_[i % n] = banding_.narrowed()[k];
+                moved[i % n] = bundle.is_knot;
+            }
+        }
+        hold(flat_.beside(distance, miter_limit_), {places, removed_, narrowed_, moved, {}});
+        for (size_t i = 0; i < n; ++i) {
+            if (moved[i] == 0)
+                continue;
+            const Place step = places[i] - flat_.places()[i];
+            border_[i] = plus(plus(plus(line_[i], step.x, plane_.x), step.y, plane_.y), height, plane_.normal);
+        }
+    }
+
+    Outline line_;
+    const LinePlane& plane_;
+    double miter_limit_;
+    FlatLine flat_;
+    Untied untied_;
+    std::optional<FlatLine> flat_untied_;
+    Banding banding_;
+    Vector<Point> border_;
+    Vector<uint8_t> removed_;
+    Vector<uint8_t> narrowed_;
 };
 
 // ---- Where outlines meet themselves
@@ -464,7 +581,7 @@ void make_band(Outline line, double distance, const korvale_band_options& how, B
     }
     const Point up = {how.up[0], how.up[1], how.up[2]};
     const LinePlane plane = find_plane(work, how.has_up != 0 ? &up : nullptr, scale);
-    Banding sides(work, plane, how.closed != 0, how.miter_limit);
+    Sides sides(work, plane, how.closed != 0, how.miter_limit, scale * std::fabs(distance));
     const auto take = [&](bool backwards) {
         for (size_t i = 0; i < n; ++i) {
             band.outline[backwards ? 2 * n - 1 - i : i] = sides.border()[i];

@@ -290,4 +290,38 @@ void settle(const Beside& b, const Settling& s)
     }
 }
 
+void hold(const Beside& b, const Settling& s)
+{
+    const size_t n = b.line.size();
+    const double most = b.miter_limit * std::fabs(b.distance);
+    size_t start = 0; // points that share a place are held together, around the end of a closed line too
+    while (b.closed && start + 1 < n && s.border[start] == s.border[(start + n - 1) % n])
+        ++start;
+    for (size_t k = 0, count = 0; k < n; k += count) {
+        const size_t first = (start + k) % n;
+        const Place place = s.border[first];
+        count = 1;
+        while (k + count < n && s.border[(first + count) % n] == place)
+            ++count;
+        Place nearest = b.line[first];
+        double least = dot(place - nearest, place - nearest);
+        const size_t before = b.closed || first > 0 ? 1 : 0, last = b.closed ? count : std::min(count, n - 1 - first);
+        for (size_t i = first + n - before; i < first + n + last; ++i) {
+            const Place q = nearest_of({b.line[i % n], b.line[(i + 1) % n]}, place);
+            if (dot(place - q, place - q) < least) {
+                nearest = q;
+                least = dot(place - q, place - q);
+            }
+        }
+        const bool is_far = least > most * most;
+        const Place held = is_far ? nearest + most / std::sqrt(least) * (place - nearest) : place;
+        const bool is_narrow = is_far || !is_clear(b, held);
+        for (size_t i = first; i < first + count; ++i) {
+            s.border[i % n] = held;
+            s.moved[i % n] |= is_far;
+            s.narrowed[i % n] |= is_narrow && s.removed[i % n] == 0;
+        }
+    }
+}
+
 } // namespace korvale::door

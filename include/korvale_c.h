@@ -288,7 +288,7 @@ KORVALE_C_API void korvale_band_defaults(korvale_band_options* options, size_t s
 /// pointers; `removed` and `narrowed` may be null.
 typedef struct korvale_band_result {
     double* outline;     ///< [2 n][3] the border in the order of the line, then the other side backwards
-    uint8_t* removed;    ///< [n] 1 where a point gave way altogether and shares the place of others
+    uint8_t* removed;    ///< [n] 1 where a point gave way altogether, or is in a knot, and shares a place
     uint8_t* narrowed;   ///< [n] 1 where a point gave way in part: it is nearer to the line, or its corner is cut off
     int32_t collapsed;   ///< written: 1 where every point gave way altogether
     int32_t crosses;     ///< written: 1 where the outline meets itself: it then encloses some places twice
@@ -299,7 +299,9 @@ typedef struct korvale_band_result {
 ///
 /// The border has a point for each point of the line. Where a bend is tighter than the distance, points share a place;
 /// where another part of the line is nearer than the distance, the border keeps halfway between them; a corner sharper
-/// than the miter limit is cut off at the distance. Everything else is as wide as asked for.
+/// than the miter limit is cut off at the distance. Where the line goes back and forth within a distance, as a track
+/// does that stood still, the border passes by as if it were a point there, the mean: all points of such a knot share a
+/// place. Everything else is as wide as asked for.
 ///
 /// No random number is drawn, and lines may have any size, as outlines of `korvale_offset`. A line at a single place
 /// has no sides: its band stays there and is collapsed.

@@ -36,4 +36,8 @@ size_t count_crowded(const Beside& b, const Telling& telling);
 /// the line. The others are placed anew: as far as nothing else of the line is nearer.
 void settle(const Beside& beside, const Settling& s);
 
+/// Holds the border of a line whose knots were points while it was made. What is farther from its own stretch of the
+/// line than the miter limit allows is brought up to the limit; what is nearer to the line than the distance is told.
+void hold(const Beside& beside, const Settling& s);
+
 } // namespace korvale::door

@@ -240,9 +240,11 @@ def band(
     progress: as for `offset`.
 
     The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
-    border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin
-    or where a track stood still, the border keeps halfway between them; `narrowed` names these. `crossing` tells where
-    the outline meets itself after all. A band that is `collapsed` has no border at this distance anywhere.
+    border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin,
+    the border keeps halfway between them; `narrowed` names these. Where the line goes back and forth within a distance,
+    as a track does that stood still, the border passes by as if it were a point there: all points of such a knot share
+    a place. `crossing` tells where the outline meets itself after all. A band that is `collapsed` has no border at this
+    distance anywhere.
 
     >>> road = korvale.band([(0, 0), (10, 0), (10, 10)], 1, both_sides=True)
     >>> road.outline[:3, :2]

@@ -101,8 +101,10 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 ///
 /// The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
 /// border give way and share a place; `removed` names them, `collapsed` tells that all did. Where another part of the
-/// line is nearer, as in a hairpin or a knot, the border keeps halfway between them; `narrowed` names the points.
-/// `crossing` tells where the outline meets itself after all, as it does where the line crosses itself.
+/// line is nearer, as in a hairpin, the border keeps halfway between them; `narrowed` names the points. Where the line
+/// goes back and forth within a distance, as a track does that stood still, the border passes by as if it were a point
+/// there: all points of such a knot share a place. `crossing` tells where the outline meets itself after all, as it
+/// does where the line crosses itself.
 ///
 /// Straight lines, ends that point any way, doubled points and jitter are no harm; a line that rises and falls needs
 /// `options.up`. No random number is drawn, and lines may have any size, as outlines of `offset`.
