@@ -338,6 +338,10 @@ refused at character 14: "frequency" is neither a variable nor a function
 
     # --- As a value ---
 
+    def copy(self) -> Equations:
+        """The same in a system of its own, such as for another thread."""
+        return _restored(*self._state())
+
     def __repr__(self) -> str:
         names = " ".join(name for name in self if name not in ("PI", "E"))
         return f"<korvale.Equations({names!r}): {'; '.join(self.equations)}>"

@@ -83,7 +83,7 @@ CALLS = {
     "Equations, evaluated": lambda: (EQUATIONS.evaluate(0, x=X), EQUATIONS.evaluate(1),
                                      EQUATIONS.evaluate_all("y", x=X), EQUATIONS.evaluate_all()),
     "Equations, looked at": lambda: (EQUATIONS.variables, EQUATIONS.equations, repr(EQUATIONS), "x" in EQUATIONS),
-    "Equations, copied": lambda: copy.copy(EQUATIONS) == EQUATIONS,
+    "Equations, copied": lambda: copy.copy(EQUATIONS) == EQUATIONS == EQUATIONS.copy(),
     "evaluate": lambda: korvale.evaluate("SIN(x) / 2", x=X),
     "Transform": lambda: (twins(PLACE @ korvale.Transform()), hash(PLACE), PLACE(SQUARE), PLACE.vectors(SQUARE),
                           PLACE.take_apart(), PLACE.transposed()),

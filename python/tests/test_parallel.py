@@ -33,6 +33,23 @@ class ParallelTest(unittest.TestCase):
         self.assertEqual(len({result for name, result in lines}), 1)
         self.assertTrue(lines[0][1].startswith("20000 borders, "))
 
+    def test_equations_over_slices_in_threads_give_what_one_gives(self):
+        system = korvale.Equations("y x a")
+        system.add("y = x * 2 + a * (x - 1) / 3 - x * x")
+        system.add("y = SIN(x * 2) * COS(a) + SQRT(x)")
+        system["a"] = 1.25
+        x = numpy.random.default_rng(3).uniform(-2, 9, 100003)
+        for equation in (0, 1):
+            expected = system.evaluate(equation, x=x)
+            out = numpy.empty_like(x)
+            ends = numpy.linspace(0, len(x), 9).astype(int)
+            with concurrent.futures.ThreadPoolExecutor(4) as executor:
+                list(executor.map(lambda copied, first, last: copied.evaluate(equation, x=x[first:last],
+                                                                              out=out[first:last]),
+                                  [system.copy() for _ in ends[1:]], ends[:-1], ends[1:]))
+            numpy.testing.assert_array_equal(out, expected)
+            self.assertTrue(system.ran_in_blocks)
+
     def test_outlines_over_slices_in_threads_give_what_one_gives(self):
         outlines = rings(4000)
         points, starts = numpy.concatenate(outlines), numpy.cumsum([0, *map(len, outlines)])
