@@ -262,6 +262,39 @@ TEST(EquationBlocks, GiveWhatPassesGiveRowByRow)
     EXPECT_GT(by_rows, rounds(1500) / 4);
 }
 
+/// A million rows a time, so that the columns stay in little memory.
+TEST(EquationBlocks, TenMillionRowsGiveWhatTheyGiveOneByOne)
+{
+    static const char* const kTexts[] = {"y = x * 2 + z * (x - 1) / 3 - x * x", "y = z * x ^ 2",
+                                         "y = SIN(x * 2) * COS(z) + SQRT(x)", "y = (x ANGLE w) / (x - w) - -x * RAND",
+                                         "y = w * x + RAND * EXP(0 - x)"};
+    const System e;
+    for (const char* text : kTexts)
+        EXPECT_TRUE(e.add(text));
+    korvale_equations_make_table(e, "RAND", 3, nullptr);
+    korvale_equations_set_table_position(e, 0.5);
+    Random random(1222);
+    constexpr size_t kMany = 1000002; // even: the table's two columns come round
+    std::vector<double> x(kMany), w(kMany), y(kMany);
+    const korvale_column columns[] = {{"x", rows_of(x)}, {"w", rows_of(w)}};
+    const korvale_numbers_out output = rows_to(y);
+    double &at_x = e.value("x"), &at_w = e.value("w");
+    for (int32_t round = 0; round < rounds(10); ++round) {
+        for (size_t i = 0; i < kMany; ++i) {
+            x[i] = random.one_in(8) ? random.awkward() : random.uniform(-3, 300);
+            w[i] = random.one_in(8) ? x[i] : random.unit();
+        }
+        e.value("z") = random.uniform(-3, 3);
+        ASSERT_EQ(korvale_equations_evaluate_rows(e, round % 5, columns, 2, &output, nullptr), KORVALE_OK);
+        ASSERT_TRUE(e.in_blocks());
+        for (size_t i = 0; i < kMany; ++i) {
+            at_x = x[i];
+            at_w = w[i];
+            ASSERT_TRUE(is_same(y[i], EqEvaluate(e.record(), round % 5))) << kTexts[round % 5] << ", row " << i;
+        }
+    }
+}
+
 /// Whether one equation over 600 rows of x runs in blocks.
 bool runs_in_blocks(const System& system, const char* text)
 {
