@@ -28,7 +28,7 @@ constexpr double kSlowestApproach = 1e-06;
 /// A pair is skipped only where its distance exceeds kLater times the way it closes until the event. Where that product
 /// underflows it is off by up to 2^-1075; adding this, which is far more, keeps the test certain.
 constexpr double kLaterAtLeast = 1e-290;
-/// Below this many vertices every pair is tested.
+/// Below this many vertices every pair is tested: a search would cost more than it saves. Chosen.
 constexpr int32_t kFewVertices = 24;
 /// A watch looks kRoundsAhead rounds ahead, but no farther than kAheadOfEdge of an average edge: larger boxes meet too
 /// many others. Measured: looking farther, or fewer rounds ahead, helped nowhere.

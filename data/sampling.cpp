@@ -23,7 +23,7 @@
 namespace korvale::inside {
 namespace {
 
-/// Points of a block.
+/// Points of a block: enough to hide the latency of their prefetches, few enough for the stack. Chosen.
 constexpr int kBlock = 32;
 /// A table of all draws is made where binary search would take more than two steps per entry. The factor is chosen.
 constexpr int64_t kStepsForTable = 2 * int64_t{kGreatestDraw + 1};

@@ -6,7 +6,7 @@
 namespace korvale::inside {
 namespace {
 
-/// A list with no more names than this is compared name by name.
+/// A list with no more names than this is compared name by name, without a table. Chosen.
 constexpr int64_t kFewNames = 8;
 
 size_t hash_of(Word word) // 64-bit FNV-1a (G. Fowler, L. C. Noll, K.-P. Vo)
