@@ -17,14 +17,16 @@
 #include "door/internal/tree.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "door/internal/failure.h"
-#include "door/internal/floats.h"
 #include "door/internal/views.h"
 #include "math/internal/box.h"
 #include "math/internal/matrix.h"
 #include "math/internal/vector.h"
+#include "platform/internal/floats.h"
+#include "platform/internal/lanes.h"
 #include "ray/internal/cells.h"
 #include "ray/internal/meet.h"
 #include "ray/query.h"
@@ -32,7 +34,9 @@
 namespace korvale::door {
 
 using inside::CellRange;
+using inside::Floats;
 using inside::GridAxis;
+using inside::Pair;
 
 namespace {
 
@@ -44,8 +48,6 @@ constexpr double kLargest = 1e15;
 
 /// Children that wait while others are walked: three for each node on the way.
 constexpr int32_t kMostWaiting = 3 * Tree::kMostDepth;
-
-typedef int32_t FloatsMask __attribute__((vector_size(16)));
 
 /// Notes a triangle that is met. Returns whether the order of meetings matters.
 bool note(Meeting& meeting, int32_t t, double distance)
@@ -261,9 +263,9 @@ struct Tree::Slabs {
             const bool is_flat = std::fabs(d[k]) < 1e-18;
             is_down[k] = std::signbit(d[k]);
             const double outwards = is_down[k] ? -pad : pad;
-            entry[k] = all(static_cast<float>(seen_from + outwards));
-            exit[k] = all(static_cast<float>(seen_from - outwards));
-            inverse[k] = all(static_cast<float>(1 / (is_flat ? std::copysign(1e-18, d[k]) : d[k])));
+            entry[k] = inside::all_floats(static_cast<float>(seen_from + outwards));
+            exit[k] = inside::all_floats(static_cast<float>(seen_from - outwards));
+            inverse[k] = inside::all_floats(static_cast<float>(1 / (is_flat ? std::copysign(1e-18, d[k]) : d[k])));
         }
     }
 
@@ -276,6 +278,37 @@ struct Tree::Slabs {
         const double there = distance - start;
         return static_cast<float>(there + 1e-06 * std::fabs(there) + slack + 2 * pad);
     }
+};
+
+/// The exact test with the operations of `Ray::meets` in their order. Most triangles lie beside the ray, so x and y are
+/// taken first, two at a time; corners that are finite need no fourth coordinate.
+struct Sight {
+    Pair x, y, z, translation; ///< the first two rows of the frame, column by column
+    const double (&frame)[4][4];
+
+    explicit Sight(const Ray& ray)
+        : x{ray.frame[0][0], ray.frame[1][0]}, y{ray.frame[0][1], ray.frame[1][1]}, z{ray.frame[0][2], ray.frame[1][2]},
+          translation{ray.frame[0][3], ray.frame[1][3]}, frame(ray.frame)
+    {
+    }
+
+    Pair across(const double* p) const { return x * p[0] + y * p[1] + z * p[2] + translation; }
+    double along(const double* p) const
+    {
+        return frame[2][0] * p[0] + frame[2][1] * p[1] + frame[2][2] * p[2] + frame[2][3];
+    }
+
+    bool meets(const double* t, double& distance) const
+    {
+        const Pair a = across(t), b = across(t + 3), c = across(t + 6), zero = {0, 0};
+        const auto beside = ((a < zero) & (b < zero) & (c < zero)) | ((a > zero) & (b > zero) & (c > zero));
+        if ((beside[0] | beside[1]) != 0)
+            return false;
+        const double seen[9] = {a[0], a[1], along(t), b[0], b[1], along(t + 3), c[0], c[1], along(t + 6)};
+        return inside::meets_triangle(kStart, seen, &distance);
+    }
+
+    static constexpr double kStart[3] = {0, 0, 0};
 };
 
 template <class Visit>
@@ -306,45 +339,52 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
         float entry;
     };
     const Slabs slabs(ray, *this);
-    const Floats earliest = all(slabs.before(slack_));
+    const Sight seen(ray);
+    const Floats earliest = inside::all_floats(slabs.before(slack_));
     Waiting waiting[kMostWaiting + 1];
-    waiting[0] = {0, earliest[0]};
-    int32_t n = 1;
+    Waiting at = {0, earliest[0]};
+    int32_t n = 0;
     float latest = slabs.from_here(reach, slack_);
-    while (n > 0) {
-        const Waiting at = waiting[--n];
-        if (at.entry > latest)
-            continue;
+    for (;;) {
         if (at.child < 0) {
             const int32_t code = -1 - at.child;
             const int32_t* const first = numbers_.data() + code / 8;
             for (int32_t i = 0; i <= code % 8; ++i) {
                 double distance;
-                if (ray.meets(triangle(first[i]), distance) && meets_cell(ray, first[i]) &&
+                if (seen.meets(triangle(first[i]), distance) && !(distance > reach) && meets_cell(ray, first[i]) &&
                     !visit(first[i], distance, reach))
                     return;
             }
             latest = slabs.from_here(reach, slack_);
-            continue;
-        }
-        const Node& node = nodes_[static_cast<size_t>(at.child)];
-        Floats entry = earliest, exit = all(latest);
-        for (int k = 0; k < 3; ++k) {
-            const Floats nearer = load(slabs.is_down[k] ? node.high[k] : node.low[k]);
-            const Floats farther = load(slabs.is_down[k] ? node.low[k] : node.high[k]);
-            entry = greater((nearer - slabs.entry[k]) * slabs.inverse[k], entry);
-            exit = less((farther - slabs.exit[k]) * slabs.inverse[k], exit);
-        }
-        const FloatsMask met = entry <= exit;
-        const int32_t others = n;
-        for (int c = 0; c < kWidth; ++c) {
-            if (met[c] == 0)
+        } else {
+            const Node& node = nodes_[static_cast<size_t>(at.child)];
+            Floats entry = earliest, exit = inside::all_floats(latest);
+            for (int k = 0; k < 3; ++k) {
+                const Floats nearer = inside::load_floats(slabs.is_down[k] ? node.high[k] : node.low[k]);
+                const Floats farther = inside::load_floats(slabs.is_down[k] ? node.low[k] : node.high[k]);
+                entry = inside::greater((nearer - slabs.entry[k]) * slabs.inverse[k], entry);
+                exit = inside::less((farther - slabs.exit[k]) * slabs.inverse[k], exit);
+            }
+            unsigned met = inside::bits(entry <= exit);
+            if (std::has_single_bit(met)) {
+                const int c = std::countr_zero(met);
+                at = {node.children[c], entry[c]};
                 continue;
-            int32_t i = n++;
-            for (; kNearestFirst && i > others && waiting[i - 1].entry < entry[c]; --i)
-                waiting[i] = waiting[i - 1];
-            waiting[i] = {node.children[c], entry[c]};
+            }
+            const int32_t others = n;
+            for (; met != 0; met &= met - 1) {
+                const int c = std::countr_zero(met);
+                int32_t i = n++;
+                for (; kNearestFirst && i > others && waiting[i - 1].entry < entry[c]; --i)
+                    waiting[i] = waiting[i - 1];
+                waiting[i] = {node.children[c], entry[c]};
+            }
         }
+        do {
+            if (n == 0)
+                return;
+            at = waiting[--n];
+        } while (at.entry > latest);
     }
 }
 

@@ -13,10 +13,16 @@
 #include <bit>
 #include <cmath>
 
-#include "door/internal/floats.h"
 #include "door/internal/tree.h"
+#include "platform/internal/floats.h"
 
 namespace korvale::door {
+
+using inside::all_floats;
+using inside::Floats;
+using inside::greater;
+using inside::less;
+
 namespace {
 
 /// How much wider the box of a triangle is, as a share of the sum of its sides; `tree.cpp` tells why.
@@ -50,7 +56,8 @@ constexpr int32_t kManyKeys = 256;
 constexpr int32_t kReport = 100000;
 
 struct Box {
-    Floats low = all(std::numeric_limits<float>::infinity()), high = all(-std::numeric_limits<float>::infinity());
+    Floats low = all_floats(std::numeric_limits<float>::infinity()),
+           high = all_floats(-std::numeric_limits<float>::infinity());
 
     void include(const Box& other)
     {
@@ -98,7 +105,8 @@ public:
     /// `low` and `extent` are twice those of the cube.
     Curve(Floats low, float extent, int32_t points)
         : bits_(std::clamp(static_cast<int>(std::bit_width(static_cast<uint32_t>(points))) / 2 + 1, 3, kMostBits)),
-          low_(low), scale_(static_cast<float>(1 << bits_) / extent), most_(all(static_cast<float>((1 << bits_) - 1)))
+          low_(low), scale_(static_cast<float>(1 << bits_) / extent),
+          most_(all_floats(static_cast<float>((1 << bits_) - 1)))
     {
     }
 
@@ -109,7 +117,7 @@ public:
 
     uint64_t code(Floats twice_point) const
     {
-        const Floats at = less(greater((twice_point - low_) * all(scale_), all(0)), most_);
+        const Floats at = less(greater((twice_point - low_) * all_floats(scale_), all_floats(0)), most_);
         Integers v = __builtin_convertvector(at, Integers);
         v = (v | v << 16) & 0x030000ff; // two bits of others between its own
         v = (v | v << 8) & 0x0300f00f;
@@ -204,7 +212,7 @@ private:
     void enter()
     {
         const auto half = static_cast<float>(tree_.half_);
-        const Curve curve(all(-2 * half), 4 * half, n_);
+        const Curve curve(all_floats(-2 * half), 4 * half, n_);
         const Doubles centre = load_two(tree_.centre_);
         const double centre_z = tree_.centre_[2], scale = tree_.scale_;
         double largest = 0;

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+// Four floats at a time, for boxes of which nothing but a little room depends: unlike the lanes of doubles they promise
+// no bits.
+namespace korvale::inside {
+
+typedef float Floats __attribute__((vector_size(16)));
+typedef int32_t FloatsMask __attribute__((vector_size(16)));
+
+inline Floats load_floats(const float* p)
+{
+    Floats v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+inline Floats all_floats(float value)
+{
+    return Floats{value, value, value, value};
+}
+
+/// Lane by lane, of floats or of two doubles.
+///@{
+template <class Lanes>
+Lanes greater(Lanes a, Lanes b)
+{
+    return a > b ? a : b;
+}
+template <class Lanes>
+Lanes less(Lanes a, Lanes b)
+{
+    return a < b ? a : b;
+}
+///@}
+
+/// Bit i tells whether lane i is true.
+inline unsigned bits(FloatsMask mask)
+{
+    typedef uint64_t Halves __attribute__((vector_size(16)));
+    const auto halves = reinterpret_cast<Halves>(mask & FloatsMask{1, 2, 4, 8});
+    const uint64_t both = halves[0] | halves[1];
+    return static_cast<unsigned>(both | both >> 32) & 15;
+}
+
+} // namespace korvale::inside
