@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <optional>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -282,6 +283,37 @@ TEST(Grid, MeetsWhatTheRecordMeetsToTheBit)
     EXPECT_GT(small, 50);
 }
 
+/// All that a grid tells of rays.
+struct Answers {
+    std::vector<double> distances, weights;
+    std::vector<int32_t> triangles, counts, nearest, any, found;
+    std::vector<uint8_t> inside;
+
+    Answers(const korvale_grid* grid, const std::vector<double>& origins, const std::vector<double>& directions)
+    {
+        const size_t n = origins.size() / 3;
+        distances.resize(n);
+        weights.resize(3 * n);
+        triangles.resize(n);
+        counts.resize(n);
+        inside.resize(n);
+        const korvale_points from = points_of(origins), along = points_of(directions);
+        const korvale_ray_columns columns = {distances.data(), triangles.data(), counts.data(), weights.data()};
+        korvale_grid_cast(grid, &from, &along, &columns, nullptr, nullptr, nullptr);
+        korvale_grid_contains(grid, &from, inside.data(), nullptr, nullptr, nullptr);
+        for (size_t i = 0; i < n; ++i) {
+            const double *o = &origins[3 * i], *d = &directions[3 * i];
+            nearest.push_back(korvale_grid_nearest(grid, o, d).triangle);
+            any.push_back(korvale_grid_any(grid, o, d, 1));
+            int64_t met = 0;
+            korvale_grid_hits(grid, o, d, nullptr, 0, &met, nullptr);
+            found.push_back(static_cast<int32_t>(met));
+        }
+    }
+
+    friend bool operator==(const Answers&, const Answers&) = default;
+};
+
 TEST(Grid, ASmallModelAnswersAsALargeOne)
 {
     // It reaches 64 to 128, to which small ones are brought. Some triangles come twice.
@@ -295,31 +327,20 @@ TEST(Grid, ASmallModelAnswersAsALargeOne)
         origins.push_back(random.uniform(-60, 60));
         directions.push_back(random.uniform(-2, 2));
     }
-    struct Answers {
-        std::vector<double> distances = std::vector<double>(kRays), weights = std::vector<double>(3 * kRays);
-        std::vector<int32_t> triangles = std::vector<int32_t>(kRays), counts = std::vector<int32_t>(kRays);
-        std::vector<uint8_t> inside = std::vector<uint8_t>(kRays);
-
-        Answers(const Grid& g, const std::vector<double>& from, const std::vector<double>& along)
-        {
-            const korvale_points o = points_of(from), d = points_of(along);
-            const korvale_ray_columns columns = {distances.data(), triangles.data(), counts.data(), weights.data()};
-            EXPECT_EQ(korvale_grid_cast(g.grid, &o, &d, &columns, nullptr, nullptr, nullptr), KORVALE_OK);
-            EXPECT_EQ(korvale_grid_contains(g.grid, &o, inside.data(), nullptr, nullptr, nullptr), KORVALE_OK);
-        }
-    };
     const Grid large(corners);
-    const Answers expected(large, origins, directions);
+    const Answers expected(large.grid, origins, directions);
     EXPECT_GT(*std::max_element(expected.counts.begin(), expected.counts.end()), 20);
     for (const int k : {7, 8, 9, 10, 12, 15, 17, 20, 24, 27, 30, 100, 500, 900}) {
         const double shrunk = std::ldexp(1, -k);
         const Grid small(times(corners, shrunk));
         for (const double longer : {1.0, shrunk, 1e10}) {
             const std::vector<double> from = times(origins, shrunk), along = times(directions, longer);
-            const Answers answers(small, from, along);
+            const Answers answers(small.grid, from, along);
             ASSERT_EQ(answers.counts, expected.counts);
             ASSERT_EQ(answers.triangles, expected.triangles);
             ASSERT_EQ(answers.inside, expected.inside);
+            ASSERT_EQ(answers.nearest, expected.nearest);
+            ASSERT_EQ(answers.found, expected.found);
             if (longer == 1e10) // which rounds
                 continue;
             ASSERT_EQ(answers.distances, times(expected.distances, shrunk));
@@ -329,12 +350,6 @@ TEST(Grid, ASmallModelAnswersAsALargeOne)
                 const bool is_met = nearest < kInfinity;
                 ASSERT_EQ(korvale_grid_any(small.grid, &from[3 * i], &along[3 * i], nearest), is_met);
                 ASSERT_EQ(korvale_grid_any(small.grid, &from[3 * i], &along[3 * i], std::nextafter(nearest, 0)), 0);
-                std::vector<korvale_hit> hits(static_cast<size_t>(answers.counts[i]) + 1);
-                int64_t met = 0;
-                korvale_grid_hits(small.grid, &from[3 * i], &along[3 * i], hits.data(), answers.counts[i], &met,
-                                  nullptr);
-                ASSERT_EQ(met, answers.counts[i]);
-                ASSERT_TRUE(met == 0 || hits[0].distance == nearest);
             }
         }
     }
@@ -469,29 +484,60 @@ TEST(Grid, CastsManyRaysLikeSingleOnes)
     }
 }
 
+TEST(Grid, AMillionRaysMeetWhatTheRecordMeets)
+{
+    constexpr int kRays = 5000;
+    Random random(1224);
+    std::vector<double> origins(3 * kRays), directions(3 * kRays), distances(kRays);
+    std::vector<int32_t> triangles(kRays), counts(kRays);
+    const korvale_points from = points_of(origins), along = points_of(directions);
+    const korvale_ray_columns columns = {distances.data(), triangles.data(), counts.data(), nullptr};
+    int64_t hits = 0;
+    for (int round = 0; round < rounds(200); ++round) {
+        std::vector<double> corners = hostile_triangles(random, random.between(1, 200));
+        if (reference::grid_scale(corners.data(), static_cast<int32_t>(corners.size() / 9)) != 1)
+            corners = times(corners, 1e8);
+        const Grid g(corners);
+        Record record(corners, g.grid);
+        for (size_t i = 0; i < kRays; ++i) {
+            double o[3], d[3];
+            hostile_ray(random, corners, record.status, o, d);
+            std::copy_n(o, 3, &origins[3 * i]);
+            std::copy_n(d, 3, &directions[3 * i]);
+        }
+        ASSERT_EQ(korvale_grid_cast(g.grid, &from, &along, &columns, nullptr, nullptr, nullptr), KORVALE_OK);
+        for (size_t i = 0; i < kRays; ++i) {
+            double nearest = kInfinity;
+            ASSERT_EQ(ray_intersect(&origins[3 * i], &directions[3 * i], &record.status, &nearest), counts[i]);
+            ASSERT_EQ(std::memcmp(&nearest, &distances[i], sizeof nearest), 0) << nearest << " " << distances[i];
+            ASSERT_TRUE(triangles[i] < 0 || record.status.tri_marks.bvals[triangles[i]] == 1);
+            hits += counts[i];
+        }
+    }
+    EXPECT_GT(hits, 300000);
+}
+
 TEST(Grid, ThreadsMayAskOneGrid)
 {
     Random random(1219);
-    std::vector<double> corners, rays;
+    std::vector<double> corners, origins, directions;
     for (int i = 0; i < 9 * 500; ++i)
         corners.push_back(random.uniform(-3, 3));
-    for (int i = 0; i < 3 * 2000; ++i)
-        rays.push_back(random.uniform(-3, 3));
+    for (int i = 0; i < 3 * 700; ++i) {
+        origins.push_back(random.uniform(-3, 3));
+        directions.push_back(random.uniform(-1, 1));
+    }
     const Grid g(corners);
-    std::vector<std::vector<int32_t>> counts(4, std::vector<int32_t>(2000));
+    const Answers expected(g.grid, origins, directions);
+    EXPECT_GT(*std::max_element(expected.counts.begin(), expected.counts.end()), 3);
+    std::vector<std::optional<Answers>> answers(4);
     std::vector<std::thread> threads;
-    for (auto& mine : counts)
-        threads.emplace_back([&] {
-            const korvale_points from = points_of(rays);
-            const std::vector<double> along = {0.1, 0.2, 0.3};
-            const korvale_points direction = points_of(along);
-            const korvale_ray_columns columns = {nullptr, nullptr, mine.data(), nullptr};
-            korvale_grid_cast(g.grid, &from, &direction, &columns, nullptr, nullptr, nullptr);
-        });
+    for (auto& mine : answers)
+        threads.emplace_back([&] { mine.emplace(g.grid, origins, directions); });
     for (std::thread& thread : threads)
         thread.join();
-    EXPECT_THAT(counts, testing::Each(counts[0]));
-    EXPECT_GT(*std::max_element(counts[0].begin(), counts[0].end()), 3);
+    for (const auto& mine : answers)
+        EXPECT_TRUE(mine == expected);
 }
 
 TEST(Grid, BorrowedTrianglesMayMove)
