@@ -88,6 +88,54 @@ void keep_edges(Wavefront& w)
     w.line_edge = w.edge_before;
 }
 
+/// Buries the vertices whose edge has been measured and is too short, and measures the edges that change with that.
+/// False when a single vertex is left.
+bool merge_short_edges(Wavefront& w)
+{
+    refresh(w);
+    // The documented loop measures an edge when it reaches it. A death before that changes only the last edge, which
+    // ends at the first vertex; that one is measured again with every such death.
+    for (int32_t i = 0; i < w.live; ++i)
+        if (is_short(w, i) && !merge_from(w, i))
+            return false;
+    return true;
+}
+
+/// `measure_edges` and `merge_short_edges` after a hairpin has been buried that leaves two vertices or more. Nothing
+/// has moved since the edges were measured. So only the edge across the hairpin changes, and those that change because
+/// it is too short. Returns the first place whose corner may have changed.
+int32_t measure_over_hairpin(Wavefront& w, int32_t hairpin)
+{
+    const int32_t before = previous_live(w, hairpin), j = next_live(w, hairpin);
+    const double dx = w.at.x[j] - w.at.x[before], dy = w.at.y[j] - w.at.y[before];
+    const double length = std::sqrt(dx * dx + dy * dy);
+    if (length < kMergeLength) {
+        keep_edges(w);
+        // A death of the first vertex changes the length of the last edge, which is merged last. Two vertices stay: of
+        // the last two edges one is as it was, hence not short, and the other is as long.
+        int32_t at = before;
+        do {
+            merge_from(w, at);
+            at = previous_live(w, j);
+        } while (is_short(w, at));
+    } else {
+        w.edge.length[before] = length;
+        w.edge.dx[before] = dx / length;
+        w.edge.dy[before] = dy / length;
+    }
+    const int32_t changed = previous_live(w, j);
+    return changed < hairpin && hairpin < j ? changed : 0;
+}
+
+/// Packs the dead away and tells the watch.
+void pack_dead(Wavefront& w, Watch& watch)
+{
+    if (w.buried_count == 0)
+        return;
+    pack(w);
+    follow_packing(watch, w);
+}
+
 /// 1 + the cosine of the turn from unit edge direction e to f.
 template <class V>
 KORVALE_OVER_LANES V turn(const V& ex, const V& ey, const V& fx, const V& fy)
@@ -222,6 +270,28 @@ int32_t list_collapsing(Wavefront& w, double time)
     return count;
 }
 
+/// Widens the box by the vertices from `first` forwards up to and including `last`. None of them is gone.
+void widen_by(Box& box, const Wavefront& w, int32_t first, int32_t last)
+{
+    if (last < first) {
+        widen_by(box, w, first, w.live - 1);
+        first = 0;
+    }
+    const ConstPoints at = w.at;
+    box.low_x = least_over(first, last + 1, box.low_x, [at]<class V>(int32_t i) { return load<V>(at.x + i); });
+    box.low_y = least_over(first, last + 1, box.low_y, [at]<class V>(int32_t i) { return load<V>(at.y + i); });
+    box.high_x = greatest_over(first, last + 1, box.high_x, [at]<class V>(int32_t i) { return load<V>(at.x + i); });
+    box.high_y = greatest_over(first, last + 1, box.high_y, [at]<class V>(int32_t i) { return load<V>(at.y + i); });
+}
+
+/// The box around the vertices from `first` to `last`, forwards, that starts from the one at `start`.
+Box box_of_piece(const Wavefront& w, int32_t start, int32_t first, int32_t last)
+{
+    Box box = box_at(w.at.x[start], w.at.y[start]);
+    widen_by(box, w, first, last);
+    return box;
+}
+
 } // namespace
 
 bool measure_edges(Wavefront& w)
@@ -242,38 +312,22 @@ bool measure_edges(Wavefront& w)
     return !(shortest < kMergeLength);
 }
 
-bool merge_short_edges(Wavefront& w)
+bool measure_live(Wavefront& w, Watch& watch, const Round& before, Round& round)
 {
-    refresh(w);
-    // The documented loop measures an edge when it reaches it. A death before that changes only the last edge, which
-    // ends at the first vertex; that one is measured again with every such death.
-    for (int32_t i = 0; i < w.live; ++i)
-        if (is_short(w, i) && !merge_from(w, i))
-            return false;
-    return true;
-}
-
-int32_t measure_over_hairpin(Wavefront& w, int32_t hairpin)
-{
-    const int32_t before = previous_live(w, hairpin), j = next_live(w, hairpin);
-    const double dx = w.at.x[j] - w.at.x[before], dy = w.at.y[j] - w.at.y[before];
-    const double length = std::sqrt(dx * dx + dy * dy);
-    if (length < kMergeLength) {
-        keep_edges(w);
-        // A death of the first vertex changes the length of the last edge, which is merged last. Two vertices stay: of
-        // the last two edges one is as it was, hence not short, and the other is as long.
-        int32_t at = before;
-        do {
-            merge_from(w, at);
-            at = previous_live(w, j);
-        } while (is_short(w, at));
+    if (w.live - w.buried_count == 1)
+        return false;
+    if (before.hairpin >= 0) {
+        round.first_unaimed = measure_over_hairpin(w, before.hairpin);
     } else {
-        w.edge.length[before] = length;
-        w.edge.dx[before] = dx / length;
-        w.edge.dy[before] = dy / length;
+        pack_dead(w, watch);
+        if (!measure_edges(w) && !merge_short_edges(w))
+            return false;
     }
-    const int32_t changed = previous_live(w, j);
-    return changed < hairpin && hairpin < j ? changed : 0;
+    if (w.buried_count > 0) {
+        pack_dead(w, watch);
+        close_gaps(w, w.edge);
+    }
+    return true;
 }
 
 void fit_edge_lines(Wavefront& w)
@@ -377,6 +431,25 @@ void collapse_edges(Wavefront& w, double time)
             copy_values(w.ahead.y + i + 1, w.live - i - 1, w.at.y + i + 1);
             return;
         }
+    }
+}
+
+void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
+{
+    const int32_t after = next_live(w, vertex), before = previous_live(w, vertex);
+    bool drops_after = true;
+    if (after != edge) {
+        const Box ahead = box_of_piece(w, after, after, edge);
+        const Box behind = box_of_piece(w, before, next_live(w, edge), before);
+        drops_after = !(area(ahead) > area(behind));
+    }
+    if (drops_after) {
+        for (int32_t i = after; i != edge; i = next_live(w, i))
+            bury(w, i, vertex);
+        bury(w, edge, vertex);
+    } else {
+        for (int32_t i = before; i != edge; i = previous_live(w, i))
+            bury(w, i, vertex);
     }
 }
 

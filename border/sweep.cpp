@@ -9,7 +9,6 @@
 #include <cstring>
 #include <utility>
 
-#include "border/internal/box_tree.h"
 #include "border/internal/meeting.h"
 #include "border/internal/rounds.h"
 #include "border/internal/wavefront.h"
@@ -24,77 +23,6 @@ void start_live(Sweep& s)
     std::memset(s.dead, 0, static_cast<size_t>(s.n));
     for (int32_t i = 0; i < s.n; ++i)
         s.merge[i] = i;
-}
-
-/// Widens the box by the vertices from `first` forwards up to and including `last`. None of them is gone.
-void widen_by(Box& box, const Wavefront& w, int32_t first, int32_t last)
-{
-    if (last < first) {
-        widen_by(box, w, first, w.live - 1);
-        first = 0;
-    }
-    const ConstPoints at = w.at;
-    box.low_x = least_over(first, last + 1, box.low_x, [at]<class V>(int32_t i) { return load<V>(at.x + i); });
-    box.low_y = least_over(first, last + 1, box.low_y, [at]<class V>(int32_t i) { return load<V>(at.y + i); });
-    box.high_x = greatest_over(first, last + 1, box.high_x, [at]<class V>(int32_t i) { return load<V>(at.x + i); });
-    box.high_y = greatest_over(first, last + 1, box.high_y, [at]<class V>(int32_t i) { return load<V>(at.y + i); });
-}
-
-/// The box around the vertices from `first` to `last`, forwards, that starts from the one at `start`.
-Box box_of_piece(const Wavefront& w, int32_t start, int32_t first, int32_t last)
-{
-    Box box = box_at(w.at.x[start], w.at.y[start]);
-    widen_by(box, w, first, last);
-    return box;
-}
-
-/// Buries the smaller of the two pieces that `vertex` makes by running into `edge`. The end of the edge outlives it in
-/// either case: it is not the vertex itself.
-void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
-{
-    const int32_t after = next_live(w, vertex), before = previous_live(w, vertex);
-    bool drops_after = true;
-    if (after != edge) {
-        const Box ahead = box_of_piece(w, after, after, edge);
-        const Box behind = box_of_piece(w, before, next_live(w, edge), before);
-        drops_after = !(area(ahead) > area(behind));
-    }
-    if (drops_after) {
-        for (int32_t i = after; i != edge; i = next_live(w, i))
-            bury(w, i, vertex);
-        bury(w, edge, vertex);
-    } else {
-        for (int32_t i = before; i != edge; i = previous_live(w, i))
-            bury(w, i, vertex);
-    }
-}
-
-/// Packs the dead away and tells the watch.
-void pack_dead(Wavefront& w, Watch& watch)
-{
-    if (w.buried_count == 0)
-        return;
-    pack(w);
-    follow_packing(watch, w);
-}
-
-/// Measures the edges of the live vertices, none of them short any more. False when a single vertex is left.
-bool measure_live(Wavefront& w, Watch& watch, const Round& before, Round& round)
-{
-    if (w.live - w.buried_count == 1)
-        return false;
-    if (before.hairpin >= 0) {
-        round.first_unaimed = measure_over_hairpin(w, before.hairpin);
-    } else {
-        pack_dead(w, watch);
-        if (!measure_edges(w) && !merge_short_edges(w))
-            return false;
-    }
-    if (w.buried_count > 0) {
-        pack_dead(w, watch);
-        close_gaps(w, w.edge);
-    }
-    return true;
 }
 
 void sweep_wavefront(Wavefront& w, MeetingSearch& search)

@@ -40,14 +40,8 @@ enum class Corners { aimed, hairpin_removed, outline_gone };
 /// Sets direction and length of every edge. False when some are too short to have a direction.
 bool measure_edges(Wavefront& w);
 
-/// Buries the vertices whose edge has been measured and is too short, and measures the edges that change with that.
-/// False when a single vertex is left.
-bool merge_short_edges(Wavefront& w);
-
-/// `measure_edges` and `merge_short_edges` after a hairpin has been buried that leaves two vertices or more. Nothing
-/// has moved since the edges were measured. So only the edge across the hairpin changes, and those that change because
-/// it is too short. Returns the first place whose corner may have changed.
-int32_t measure_over_hairpin(Wavefront& w, int32_t hairpin);
+/// Measures the edges of the live vertices, none of them short any more. False when a single vertex is left.
+bool measure_live(Wavefront& w, Watch& watch, const Round& before, Round& round);
 
 /// The lines of the edges are from now on those of the current edges and positions.
 void fit_edge_lines(Wavefront& w);
@@ -68,5 +62,9 @@ int32_t count_collapsing(const Wavefront& w, double time);
 
 /// Moves the vertices by `time` and buries those whose edge has shrunk to nothing.
 void collapse_edges(Wavefront& w, double time);
+
+/// Buries the smaller of the two pieces that `vertex` makes by running into `edge`. The end of the edge outlives it in
+/// either case: it is not the vertex itself.
+void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge);
 
 } // namespace korvale::inside

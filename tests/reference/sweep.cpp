@@ -21,15 +21,6 @@ constexpr double kCollapsedLength = 1e-06;
 /// Distance beyond the remaining one at which "no event" is placed.
 constexpr double kBeyond = 1.0;
 
-enum class Corners { aimed, hairpin_removed, outline_gone };
-
-/// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`.
-struct Event {
-    double time;
-    int32_t vertex;
-    int32_t edge;
-};
-
 struct Box {
     double low[2];
     double high[2];
@@ -67,49 +58,6 @@ void start_live(Sweep& s)
     }
 }
 
-/// Sets direction and length of every edge and merges away the short ones. False when a single vertex is left.
-bool measure_edges(Sweep& s)
-{
-    for (int32_t i = 0; i < s.n;) {
-        if (s.dead[i]) {
-            ++i;
-            continue;
-        }
-        const int32_t j = next_live(s, i);
-        if (j == i)
-            return false;
-        double* const direction = s.direction + 3 * i;
-        direction[0] = s.flat[3 * j] - s.flat[3 * i];
-        direction[1] = s.flat[3 * j + 1] - s.flat[3 * i + 1];
-        s.length[i] = std::sqrt(direction[0] * direction[0] + direction[1] * direction[1]);
-        if (s.length[i] < kShortestEdge) {
-            bury(s, i, j);
-            const int32_t k = previous_live(s, i);
-            if (j == k)
-                return false;
-            i = k > i ? j : k; // the previous edge has changed
-            continue;
-        }
-        direction[0] /= s.length[i];
-        direction[1] /= s.length[i];
-        ++i;
-    }
-    return true;
-}
-
-/// Sets the line that every edge lies on, with the unit normal to the left.
-void fit_edge_lines(Sweep& s)
-{
-    for (int32_t i = 0; i < s.n; ++i) {
-        if (s.dead[i])
-            continue;
-        const double dx = s.direction[3 * i], dy = s.direction[3 * i + 1];
-        s.line[3 * i] = -dy;
-        s.line[3 * i + 1] = dx;
-        s.line[3 * i + 2] = dy * s.flat[3 * i] - dx * s.flat[3 * i + 1];
-    }
-}
-
 /// Sets the direction in which the corner between unit edge directions e and f moves.
 void find_bisector(const double* e, const double* f, double* bisector)
 {
@@ -128,61 +76,10 @@ void find_bisector(const double* e, const double* f, double* bisector)
     }
 }
 
-/// Sets the velocity of every vertex such that both its edges move at unit speed, up to the first hairpin.
-Corners aim_vertices(Sweep& s)
-{
-    for (int32_t i = 0; i < s.n; ++i) {
-        if (s.dead[i])
-            continue;
-        const int32_t k = previous_live(s, i);
-        const double *const e = s.direction + 3 * k, *const f = s.direction + 3 * i;
-        double* const velocity = s.velocity + 3 * i;
-        find_bisector(e, f, velocity);
-        const double c = 1.0 + (e[0] * f[0] + e[1] * f[1]);
-        const double cos_half_turn = c < 0.0 ? 0.0 : std::sqrt(0.5 * c);
-        if (cos_half_turn < kHairpinCosine) {
-            const int32_t j = next_live(s, i);
-            bury(s, i, s.length[k] > s.length[i] ? j : k);
-            return j != k ? Corners::hairpin_removed : Corners::outline_gone;
-        }
-        const double speed = 1.0 / cos_half_turn;
-        velocity[0] *= speed;
-        velocity[1] *= speed;
-    }
-    return Corners::aimed;
-}
-
 /// The component to divide by where a unit direction is the divisor.
 int dominant_component(const double* direction)
 {
     return std::fabs(direction[0]) > kDominantComponent ? 0 : 1;
-}
-
-void set_length_rates(Sweep& s)
-{
-    for (int32_t i = 0; i < s.n; ++i) {
-        if (s.dead[i])
-            continue;
-        const int32_t j = next_live(s, i);
-        const double* const direction = s.direction + 3 * i;
-        const int k = dominant_component(direction);
-        s.rate[i] = (s.velocity[3 * j + k] - s.velocity[3 * i + k]) / direction[k];
-    }
-}
-
-/// When the first edge shrinks to nothing; beyond the remaining distance when none does.
-Event first_edge_event(const Sweep& s)
-{
-    const bool outwards = s.remaining > 0.0;
-    double time = outwards ? s.remaining + kBeyond : s.remaining - kBeyond;
-    for (int32_t i = 0; i < s.n; ++i) {
-        if (s.dead[i] || !(outwards ? s.rate[i] < 0.0 : s.rate[i] > 0.0))
-            continue;
-        const double t = -s.length[i] / s.rate[i];
-        if (outwards ? t < time : t > time)
-            time = t;
-    }
-    return {time, -1, -1};
 }
 
 /// Whether the moving vertex m meets the moving edge e before `event`, which then becomes that meeting. g ends the
@@ -207,51 +104,10 @@ bool meets_edge(const Sweep& s, int32_t m, int32_t e, int32_t g, Event& event)
     return true;
 }
 
-/// The first meeting of a vertex with an edge that is not its own, where that comes before `event`. Among equal times
-/// the first vertex wins, then the first edge.
-Event earlier_split_event(const Sweep& s, Event event)
-{
-    for (int32_t m = 0; m < s.n; ++m) {
-        if (s.dead[m])
-            continue;
-        for (int32_t e = 0; e < s.n; ++e) {
-            if (s.dead[e] || e == m)
-                continue;
-            const int32_t g = next_live(s, e);
-            if (g != m)
-                meets_edge(s, m, e, g, event);
-        }
-    }
-    return event;
-}
-
 void move_vertex(Sweep& s, int32_t i, double time)
 {
     s.flat[3 * i] += time * s.velocity[3 * i];
     s.flat[3 * i + 1] += time * s.velocity[3 * i + 1];
-}
-
-void move_all(Sweep& s, double time)
-{
-    for (int32_t i = 0; i < s.n; ++i)
-        if (!s.dead[i])
-            move_vertex(s, i, time);
-}
-
-/// Moves the vertices and buries those whose edge has shrunk to nothing.
-void collapse_edges(Sweep& s, double time)
-{
-    for (int32_t i = 0; i < s.n; ++i) {
-        if (s.dead[i])
-            continue;
-        move_vertex(s, i, time);
-        if (time * s.rate[i] + s.length[i] <= kCollapsedLength) {
-            const int32_t j = next_live(s, i);
-            bury(s, i, j);
-            if (j == previous_live(s, i))
-                return; // Deliberate: the vertices after i stay where they are
-        }
-    }
 }
 
 void widen(Box& box, const double* point)
@@ -294,7 +150,136 @@ Box box_backwards(const Sweep& s, int32_t first, int32_t end)
     return box;
 }
 
-/// Buries the smaller of the two pieces that `vertex` makes by running into `edge`. False when a single vertex is left.
+} // namespace
+
+bool measure_edges(Sweep& s)
+{
+    for (int32_t i = 0; i < s.n;) {
+        if (s.dead[i]) {
+            ++i;
+            continue;
+        }
+        const int32_t j = next_live(s, i);
+        if (j == i)
+            return false;
+        double* const direction = s.direction + 3 * i;
+        direction[0] = s.flat[3 * j] - s.flat[3 * i];
+        direction[1] = s.flat[3 * j + 1] - s.flat[3 * i + 1];
+        s.length[i] = std::sqrt(direction[0] * direction[0] + direction[1] * direction[1]);
+        if (s.length[i] < kShortestEdge) {
+            bury(s, i, j);
+            const int32_t k = previous_live(s, i);
+            if (j == k)
+                return false;
+            i = k > i ? j : k; // the previous edge has changed
+            continue;
+        }
+        direction[0] /= s.length[i];
+        direction[1] /= s.length[i];
+        ++i;
+    }
+    return true;
+}
+
+void fit_edge_lines(Sweep& s)
+{
+    for (int32_t i = 0; i < s.n; ++i) {
+        if (s.dead[i])
+            continue;
+        const double dx = s.direction[3 * i], dy = s.direction[3 * i + 1];
+        s.line[3 * i] = -dy;
+        s.line[3 * i + 1] = dx;
+        s.line[3 * i + 2] = dy * s.flat[3 * i] - dx * s.flat[3 * i + 1];
+    }
+}
+
+Corners aim_vertices(Sweep& s)
+{
+    for (int32_t i = 0; i < s.n; ++i) {
+        if (s.dead[i])
+            continue;
+        const int32_t k = previous_live(s, i);
+        const double *const e = s.direction + 3 * k, *const f = s.direction + 3 * i;
+        double* const velocity = s.velocity + 3 * i;
+        find_bisector(e, f, velocity);
+        const double c = 1.0 + (e[0] * f[0] + e[1] * f[1]);
+        const double cos_half_turn = c < 0.0 ? 0.0 : std::sqrt(0.5 * c);
+        if (cos_half_turn < kHairpinCosine) {
+            const int32_t j = next_live(s, i);
+            bury(s, i, s.length[k] > s.length[i] ? j : k);
+            return j != k ? Corners::hairpin_removed : Corners::outline_gone;
+        }
+        const double speed = 1.0 / cos_half_turn;
+        velocity[0] *= speed;
+        velocity[1] *= speed;
+    }
+    return Corners::aimed;
+}
+
+void set_length_rates(Sweep& s)
+{
+    for (int32_t i = 0; i < s.n; ++i) {
+        if (s.dead[i])
+            continue;
+        const int32_t j = next_live(s, i);
+        const double* const direction = s.direction + 3 * i;
+        const int k = dominant_component(direction);
+        s.rate[i] = (s.velocity[3 * j + k] - s.velocity[3 * i + k]) / direction[k];
+    }
+}
+
+Event first_edge_event(const Sweep& s)
+{
+    const bool outwards = s.remaining > 0.0;
+    double time = outwards ? s.remaining + kBeyond : s.remaining - kBeyond;
+    for (int32_t i = 0; i < s.n; ++i) {
+        if (s.dead[i] || !(outwards ? s.rate[i] < 0.0 : s.rate[i] > 0.0))
+            continue;
+        const double t = -s.length[i] / s.rate[i];
+        if (outwards ? t < time : t > time)
+            time = t;
+    }
+    return {time, -1, -1};
+}
+
+Event earlier_split_event(const Sweep& s, Event event)
+{
+    for (int32_t m = 0; m < s.n; ++m) {
+        if (s.dead[m])
+            continue;
+        for (int32_t e = 0; e < s.n; ++e) {
+            if (s.dead[e] || e == m)
+                continue;
+            const int32_t g = next_live(s, e);
+            if (g != m)
+                meets_edge(s, m, e, g, event);
+        }
+    }
+    return event;
+}
+
+void move_all(Sweep& s, double time)
+{
+    for (int32_t i = 0; i < s.n; ++i)
+        if (!s.dead[i])
+            move_vertex(s, i, time);
+}
+
+void collapse_edges(Sweep& s, double time)
+{
+    for (int32_t i = 0; i < s.n; ++i) {
+        if (s.dead[i])
+            continue;
+        move_vertex(s, i, time);
+        if (time * s.rate[i] + s.length[i] <= kCollapsedLength) {
+            const int32_t j = next_live(s, i);
+            bury(s, i, j);
+            if (j == previous_live(s, i))
+                return; // Deliberate: the vertices after i stay where they are
+        }
+    }
+}
+
 bool drop_smaller_piece(Sweep& s, int32_t vertex, int32_t edge)
 {
     const int32_t after = next_live(s, vertex);
@@ -314,8 +299,6 @@ bool drop_smaller_piece(Sweep& s, int32_t vertex, int32_t edge)
         bury(s, w, vertex);
     return true;
 }
-
-} // namespace
 
 void run_sweep(Sweep& s)
 {

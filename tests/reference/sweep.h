@@ -12,10 +12,10 @@ struct Sweep {
     int32_t n;         ///< vertices, live and dead
     double remaining;  ///< signed distance still to travel; 0 ends the sweep
     bool split_events; ///< also stop where a vertex runs into a far edge
-    double* flat;      ///< [n 3] moving positions; z is carried along, never read
-    double* direction; ///< [n 3] unit direction of edge i
-    double* velocity;  ///< [n 3] motion of vertex i per unit of distance
-    double* line;      ///< [n 3] a, b, c of edge i
+    double* flat;      ///< [n][3] moving positions; z is carried along, never read
+    double* direction; ///< [n][3] unit direction of edge i
+    double* velocity;  ///< [n][3] motion of vertex i per unit of distance
+    double* line;      ///< [n][3] a, b, c of edge i
     double* length;    ///< [n] length of edge i
     double* rate;      ///< [n] change of that length per unit of distance
     uint8_t* dead;     ///< [n] 1 once removed
@@ -55,6 +55,44 @@ struct SweepArrays {
     std::vector<uint8_t> dead;
     std::vector<int32_t> merge;
 };
+
+/// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`.
+struct Event {
+    double time;
+    int32_t vertex;
+    int32_t edge;
+};
+
+enum class Corners { aimed, hairpin_removed, outline_gone };
+
+// The steps of a round, in this order.
+
+/// Sets direction and length of every edge and merges away the short ones. False when a single vertex is left.
+bool measure_edges(Sweep& s);
+
+/// Sets the line that every edge lies on, with the unit normal to the left.
+void fit_edge_lines(Sweep& s);
+
+/// Sets the velocity of every vertex such that both its edges move at unit speed, up to the first hairpin.
+Corners aim_vertices(Sweep& s);
+
+/// Sets the change of every edge's length per unit of distance.
+void set_length_rates(Sweep& s);
+
+/// When the first edge shrinks to nothing; beyond the remaining distance when none does.
+Event first_edge_event(const Sweep& s);
+
+/// The first meeting of a vertex with an edge that is not its own, where that comes before `event`. Among equal times
+/// the first vertex wins, then the first edge.
+Event earlier_split_event(const Sweep& s, Event event);
+
+void move_all(Sweep& s, double time);
+
+/// Moves the vertices and buries those whose edge has shrunk to nothing.
+void collapse_edges(Sweep& s, double time);
+
+/// Buries the smaller of the two pieces that `vertex` makes by running into `edge`. False when a single vertex is left.
+bool drop_smaller_piece(Sweep& s, int32_t vertex, int32_t edge);
 
 /// Makes every vertex live, then moves the edges of the outline `flat` to the right by `remaining`.
 void run_sweep(Sweep& s);
