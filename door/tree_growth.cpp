@@ -183,10 +183,12 @@ class Tree::Growing {
 public:
     Growing(Tree& tree, const Growth& growth) : tree_(tree), growth_(growth), n_(tree.count_), most_leaves_(n_)
     {
-        // One block: the system takes back and gives anew what is released in many.
+        // One block: the system takes back and gives anew what is released in many. The C library keeps twice the
+        // largest that it was given back, so a block without large pages is taken larger than need be.
         const auto n = static_cast<size_t>(n_), leaves = static_cast<size_t>(most_leaves_);
-        room_.make_room(n * sizeof(Box) + leaves * (2 * sizeof(Box) + sizeof(int32_t)) +
-                        (leaves / kChunk + 1) * sizeof(Box) + 5 * kAlignment);
+        const size_t bytes = n * sizeof(Box) + leaves * (2 * sizeof(Box) + sizeof(int32_t)) +
+                             (leaves / kChunk + 1) * sizeof(Box) + 5 * kAlignment;
+        room_.make_room(std::max(bytes, std::min(2 * bytes, inside::kLargePage - 1)));
         next_ = room_.data();
         boxes_ = take<Box>(n_);
         behind_ = take<Box>(most_leaves_);
