@@ -131,6 +131,9 @@ public:
             border[i] = plus(border[i], dot(minus(line_[i], line_[0]), plane_.normal), plane_.normal);
     }
 
+    /// How many points the swept outline has.
+    size_t size_of_outline() const { return swept_.vertices; }
+
     /// Makes no border: each point stays where it is.
     void stay()
     {
@@ -322,9 +325,11 @@ private:
 /// The borders of a line on either side.
 class Banding {
 public:
-    Banding(Outline line, const FlatLine& flat, const LinePlane& plane, bool closed, double miter_limit)
+    /// `most_work` is that of a sweep of all points at once.
+    Banding(Outline line, const FlatLine& flat, const LinePlane& plane, bool closed, double miter_limit,
+            double most_work)
         : border_(line, plane), narrowed_(line.size()), line_(line), flat_(flat), plane_(plane), closed_(closed),
-          miter_limit_(miter_limit)
+          miter_limit_(miter_limit), most_work_(most_work)
     {
     }
 
@@ -336,9 +341,8 @@ public:
         border_.telling = telling.part(0.0, 0.5);
         if (n < 3 && closed_)
             border_.stay(); // there and back: no outline
-        else if (n > kManyPoints &&
-                 static_cast<double>(n) * static_cast<double>(count_crowded(beside, border_.telling)) > kMostWork)
-            border_.stay();
+        else if (takes_long(beside))
+            sweep_in_pieces(distance, height);
         else if (closed_)
             border_.sweep_closed(distance, height);
         else
@@ -361,10 +365,78 @@ public:
     const Vector<uint8_t>& narrowed() const { return narrowed_; }
 
 private:
-    /// A sweep looks at every point for each that gives way. Where that is more than this, which takes seconds, all
-    /// points are placed one by one; lines of fewer points cannot get there.
-    static constexpr double kMostWork = 1e9;
-    static constexpr size_t kManyPoints = 30000;
+    /// A sweep looks at every point for each that gives way.
+    bool takes_long(const Beside& beside) const
+    {
+        const auto n = static_cast<double>(line_.size());
+        return n * n > most_work_ && n * static_cast<double>(count_crowded(beside, border_.telling)) > most_work_;
+    }
+
+    /// Sweeps piece by piece, each with so much of the line on either side that its own ends do not matter. Pieces meet
+    /// where no place is shared, if there is such a point near by.
+    void sweep_in_pieces(double distance, double height)
+    {
+        const size_t n = line_.size();
+        const Telling whole = border_.telling;
+        uint32_t numbers = 0; // of the points of all outlines so far
+        size_t written = 0;
+        for (size_t first = 0; first < n; first += kPiece) {
+            const size_t end = std::min(first + kPiece, n);
+            const size_t before = margin(first, n - 1, distance), after = margin(end - 1, 1, distance);
+            Vector<Point> line;
+            bool is_one_place = true;
+            for (size_t i = first + n - before; i < end + n + after; ++i) {
+                line.push_back(line_[i % n]);
+                const Place d = flat_.places()[i % n] - flat_.places()[first];
+                is_one_place &= dot(d, d) <= kSame * kSame;
+            }
+            LineBorder piece(line, plane_);
+            const auto share = static_cast<double>(end - first) / static_cast<double>(n);
+            piece.telling = whole.part(static_cast<double>(first) / static_cast<double>(n), share);
+            if (is_one_place)
+                piece.stay();
+            else
+                piece.sweep_open(distance, height);
+
+            const auto is_apart = [&](size_t i) {
+                return piece.heir[i + before - first] != piece.heir[i + before - first - 1] &&
+                       border_.heir[i] != border_.heir[i - 1];
+            };
+            size_t seam = first;
+            for (size_t away = 0; first > 0 && away < before / 2 && first + away < written; ++away)
+                if (is_apart(first - away) || is_apart(first + away)) {
+                    seam = is_apart(first - away) ? first - away : first + away;
+                    break;
+                }
+            written = std::min(end + after / 2, n);
+            for (size_t i = seam; i < written; ++i) {
+                border_.border[i] = piece.border[i + before - first];
+                border_.removed[i] = piece.removed[i + before - first];
+                border_.heir[i] = static_cast<int32_t>(numbers + static_cast<uint32_t>(piece.heir[i + before - first]));
+            }
+            numbers += static_cast<uint32_t>(std::max(line.size(), piece.size_of_outline()));
+        }
+    }
+
+    /// How many points from one on the line goes by `step` before it has run for some distances, or ends.
+    size_t margin(size_t from, size_t step, double distance) const
+    {
+        constexpr double kDistances = 8.0;
+        const size_t n = line_.size();
+        double way = kDistances * std::fabs(distance);
+        size_t count = 0;
+        for (size_t i = from; way > 0 && count < kPiece && count + kPiece < n; ++count) {
+            const size_t next = (i + step) % n;
+            if (!closed_ && (step == 1 ? next < i : next > i))
+                break;
+            way -= length(minus(line_[next], line_[i]));
+            i = next;
+        }
+        return count;
+    }
+
+    static constexpr size_t kPiece = 1024;   ///< points
+    static constexpr double kSame = 1.2e-06; ///< points nearer to each other are one
 
     LineBorder border_;
     Vector<uint8_t> narrowed_;
@@ -373,6 +445,7 @@ private:
     const LinePlane& plane_;
     bool closed_;
     double miter_limit_;
+    double most_work_;
 };
 
 /// A line whose knots are their means.
@@ -401,7 +474,8 @@ class Sides {
 public:
     Sides(Outline line, const LinePlane& plane, bool closed, double miter_limit, double distance)
         : line_(line), plane_(plane), miter_limit_(miter_limit), flat_(line, plane, closed),
-          untied_(line, flat_, closed, distance), banding_(swept(), flat_swept(closed), plane, closed, miter_limit),
+          untied_(line, flat_, closed, distance), banding_(swept(), flat_swept(closed), plane, closed, miter_limit,
+                                                           untied_.line.empty() ? kMostWork : kMostUntiedWork),
           border_(line.size()), removed_(line.size()), narrowed_(line.size())
     {
     }
@@ -424,6 +498,10 @@ public:
     const Vector<uint8_t>& narrowed() const { return narrowed_; }
 
 private:
+    /// Work of a sweep of all points at once. A line without knots keeps the bits of that where it takes no more than
+    /// seconds.
+    static constexpr double kMostWork = 1e9, kMostUntiedWork = 4e6;
+
     Outline swept() const { return untied_.line.empty() ? line_ : Outline(untied_.line); }
     const FlatLine& flat_swept(bool closed)
     {

@@ -30,7 +30,7 @@ struct Track {
     Numbers truth;     ///< [4 n] of each point: where the walker was, and the direction of the walk
     double length = 0; ///< of the walk
 
-    Track(Random& random, double noise, double memory)
+    Track(Random& random, double noise, double memory, int legs)
     {
         double x = 0, y = 0, heading = random.uniform(0, 6), bend = 0, stray_x = 0, stray_y = 0;
         const auto strayed = [&](double before) {
@@ -43,7 +43,7 @@ struct Track {
             line.insert(line.end(), {x + stray_x, y + stray_y, 0});
             truth.insert(truth.end(), {x, y, std::cos(heading), std::sin(heading)});
         };
-        for (int leg = random.between(2, 4); leg > 0; --leg) {
+        for (int leg = legs; leg > 0; --leg) {
             for (int i = random.between(60, 150); i > 0; --i) {
                 bend = std::clamp(bend + random.uniform(-0.004, 0.004), -0.02, 0.02);
                 heading += bend;
@@ -123,7 +123,7 @@ TEST(DoorKnots, TracksWithStopsAreBorderedAsTheirWalks)
     for (int round = 0; round < rounds(250); ++round) {
         const double noise = kLeastNoise * std::pow(kGrowth, random.unit());
         const double width = std::clamp(noise * 40 * std::pow(0.02, random.unit()), 0.5, kMostWidth);
-        const Track track(random, noise, random.one_in(2) ? 0 : 0.8);
+        const Track track(random, noise, random.one_in(2) ? 0 : 0.8, random.between(2, 4));
         const Course course = course_of(track, width);
         ASSERT_LE(course.most_away, 4 * (1 + 1e-9)) << "round " << round;
         if (noise > width / 10)
@@ -134,6 +134,35 @@ TEST(DoorKnots, TracksWithStopsAreBorderedAsTheirWalks)
     }
     EXPECT_GT(smooth, 0);
     EXPECT_LE(strayed, smooth / 100) << "of " << smooth; // of 2,884 in 10,000 tracks there are 11
+}
+
+TEST(DoorKnots, AreSweptInStepsThatGrowWithTheLine)
+{
+    const auto steps = [](int legs) { // a sweep asks after each 100,000 vertices that it looked at
+        Random random(1241);
+        const Track track(random, 0.5, 0.8, legs);
+        korvale_band_options options = held_up();
+        int asked = 0;
+        options.progress = [](double, void* user) { return ++*static_cast<int*>(user); };
+        options.user = &asked;
+        laid(track.line, 20, options);
+        return asked;
+    };
+    const int some = steps(40), many = steps(160);
+    EXPECT_GT(some, 100);
+    EXPECT_LT(many, 5 * some);
+}
+
+TEST(DoorKnots, ALongLineMayStayAtOnePlaceExactly)
+{
+    Numbers line = kStop;
+    for (int i = 0; i < 6000; ++i)
+        line.insert(line.end(), {40, 0, 0});
+    for (int i = 1; i < 100; ++i)
+        line.insert(line.end(), {40 + 4.0 * i, 0, 0});
+    const Laid band = laid(line, 4, held_up());
+    for (size_t i = 14; i < line.size() / 3; ++i)
+        ASSERT_LT(band.away(i, line[3 * i], -4), 1e-6) << "point " << i;
 }
 
 } // namespace
