@@ -2,7 +2,8 @@
 //
 // The shares are kept as running maxima. A draw is first reached at the same triangle by either, and maxima ascend
 // whatever the areas are: a share that is a NaN never raises them. So the triangle is found by binary search. Where
-// many points are made, a table over the 32,768 values of a draw answers instead.
+// many points are made, a table over the 32,768 values of a draw answers instead. Calls that draw by themselves part
+// the area into as many steps, and a second number says where in its step a point lies.
 //
 // Points are made in blocks of 32, in four passes: draw, turn draws into weights (lanes), find and prefetch the
 // triangles, weigh their vertices. Areas are measured in lanes and summed in order. With a single block the sum of
@@ -25,8 +26,10 @@ namespace {
 
 /// Points of a block: enough to hide the latency of their prefetches, few enough for the stack. Chosen.
 constexpr int kBlock = 32;
-/// A table of all draws is made where binary search would take more than two steps per entry. The factor is chosen.
-constexpr int64_t kStepsForTable = 2 * int64_t{kGreatestDraw + 1};
+/// Values of a draw.
+constexpr int kDraws = kGreatestDraw + 1;
+/// A table of all draws is made where binary search would take more than two steps per draw. The factor is chosen.
+constexpr int64_t kStepsForTable = 2 * int64_t{kDraws};
 /// Shares that are kept on the stack.
 constexpr int64_t kNearbyShares = 16;
 /// Components of a triangle: three vertices.
@@ -37,6 +40,34 @@ struct Places {
     int draws[3 * kBlock];
     double share[kBlock];        ///< the first, as a value in [0, 1]: it chooses the triangle
     double u[kBlock], v[kBlock]; ///< the others: weights of vertices 0 and 1
+};
+
+/// Numbers of the process: a draw is a place in the area.
+struct OfProcess {
+    static constexpr bool kIsFine = false;
+
+    void draw(int* numbers, int count) const { draw_numbers(numbers, count); }
+};
+
+/// Numbers of one call: a draw is one of 32,768 steps of the area, and a number of a second generator the place in it.
+struct OfCall {
+    static constexpr bool kIsFine = true;
+
+    uint32_t state;
+    uint64_t second_state;
+
+    void draw(int* numbers, int count) { state = draw_after(state, numbers, count); }
+
+    /// Takes shares from within the steps of the draws, never from their ends.
+    void refine(int count, Places& places)
+    {
+        constexpr int kBits = 38; // those of a draw and these are as many as a double holds
+        for (int k = 0; k < count; ++k) {
+            const uint64_t within = draw_word(second_state) >> (64 - kBits) | 1;
+            const uint64_t place = static_cast<uint64_t>(places.draws[3 * k]) << kBits | within;
+            places.share[k] = static_cast<double>(static_cast<int64_t>(place)) * 0x1p-53;
+        }
+    }
 };
 
 // Areas and shares.
@@ -112,27 +143,35 @@ int64_t first_reaching(double r, const double* reached, int64_t count)
     return first - reached;
 }
 
-/// Writes the triangle of every draw to table[kGreatestDraw + 1].
-void tabulate(const double* reached, int64_t count, int32_t* table)
+/// Writes the triangle of k / steps to table[k], for k from 0 to `steps`.
+void tabulate(const double* reached, int64_t count, int steps, int32_t* table)
 {
     int64_t i = 0;
-    for (int draw = 0; draw <= kGreatestDraw; ++draw) {
-        while (i < count - 1 && reached[i] < unit_of(draw))
+    for (int k = 0; k <= steps; ++k) {
+        while (i < count - 1 && reached[i] < k / static_cast<double>(steps))
             ++i;
-        table[draw] = static_cast<int32_t>(i);
+        table[k] = static_cast<int32_t>(i);
     }
 }
 
 /// How the triangle of a draw is found.
+template <bool kIsFine>
 struct Choice {
+    /// Shares that have a triangle in the table: all draws, or the ends of their steps.
+    static constexpr int kSteps = kIsFine ? kDraws : kGreatestDraw;
+
     const double* reached; ///< [count]
     int64_t count;
-    const int32_t* table; ///< [kGreatestDraw + 1], or null
+    const int32_t* table; ///< [kSteps + 1], or null
 
     int64_t operator()(int draw, double share) const
     {
-        const bool is_tabled = table != nullptr && draw >= 0 && draw <= kGreatestDraw;
-        return is_tabled ? table[draw] : first_reaching(share, reached, count);
+        if (table == nullptr || draw < 0 || draw > kGreatestDraw)
+            return first_reaching(share, reached, count);
+        const int64_t first = table[draw];
+        if constexpr (kIsFine)
+            return first + first_reaching(share, reached + first, table[draw + 1] - first + 1);
+        return first;
     }
 };
 
@@ -180,6 +219,7 @@ void place(int count, Places& places)
 
 /// Finds the triangles of the points and prefetches them: they are far apart in memory, and the other points of the
 /// block are found until they arrive.
+template <class Choice>
 void choose_triangles(const SampledTriangles& t, const Choice& choice, const Places& places, int count,
                       int64_t (&triangles)[kBlock])
 {
@@ -192,6 +232,7 @@ void choose_triangles(const SampledTriangles& t, const Choice& choice, const Pla
 }
 
 /// Makes the `count` points from number `first` on.
+template <class Choice>
 void make_points(const SampledTriangles& t, const Choice& choice, const Places& places, const SamplePoints& p,
                  const SampledAttributes& attributes, int64_t first, int count)
 {
@@ -212,17 +253,27 @@ void make_points(const SampledTriangles& t, const Choice& choice, const Places& 
     }
 }
 
-/// Scatters points; `draw` writes the next numbers of a generator. False where the heap is exhausted.
-template <class Draw>
-bool scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttributes& attributes, Draw draw)
+/// Draws the places of the next `count` points.
+template <class Numbers>
+void draw_places(Numbers& numbers, int count, Places& places)
 {
+    numbers.draw(places.draws, 3 * count);
+    place(count, places);
+    if constexpr (Numbers::kIsFine)
+        numbers.refine(count, places);
+}
+
+/// Scatters points. False where the heap is exhausted.
+template <class Numbers>
+bool scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttributes& attributes, Numbers numbers)
+{
+    using Choice = inside::Choice<Numbers::kIsFine>;
     Scratch<double, kNearbyShares> reached(t.count);
     if (!reached.exists())
         return false;
     const int in_first = static_cast<int>(std::min<int64_t>(kBlock, p.count));
     Places places;
-    draw(places.draws, 3 * in_first);
-    place(in_first, places);
+    draw_places(numbers, in_first, places);
     Choice choice = {reached.get(), t.count, nullptr};
     if (t.count > 1) {
         double most_wanted = std::numeric_limits<double>::infinity();
@@ -230,19 +281,20 @@ bool scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttr
             most_wanted = *std::max_element(places.share, places.share + in_first);
         const double sum = measure_areas(t, reached.get());
         choice.count = accumulate_shares(reached.get(), t.count, sum, most_wanted);
+        if constexpr (Numbers::kIsFine) // the last triangle is one that adds to the area
+            choice.count = first_reaching(reached[choice.count - 1], reached.get(), choice.count) + 1;
     }
     const bool wants_table = p.count * std::bit_width(static_cast<uint64_t>(t.count - 1)) > kStepsForTable;
-    Scratch<int32_t> table(wants_table ? kGreatestDraw + 1 : 0);
+    Scratch<int32_t> table(wants_table ? Choice::kSteps + 1 : 0);
     if (wants_table && table.exists()) { // without it binary search goes on
-        tabulate(reached.get(), t.count, table.get());
+        tabulate(reached.get(), choice.count, Choice::kSteps, table.get());
         choice.table = table.get();
     }
 
     make_points(t, choice, places, p, attributes, 0, in_first);
     for (int64_t first = in_first; first < p.count; first += kBlock) {
         const int count = static_cast<int>(std::min<int64_t>(kBlock, p.count - first));
-        draw(places.draws, 3 * count);
-        place(count, places);
+        draw_places(numbers, count, places);
         make_points(t, choice, places, p, attributes, first, count);
     }
     return true;
@@ -280,7 +332,7 @@ void sample(const Array* triangles, unsigned seed, Array* points, const Array* v
         return;
     Mwsrand(seed);
     scatter({triangles->dvals, triangles->count, triangles->dim}, {points->dvals, points->count, points->dim, nullptr},
-            attributes_to_carry(vertex_attributes, point_attributes, triangles->count, points->count), draw_numbers);
+            attributes_to_carry(vertex_attributes, point_attributes, triangles->count, points->count), OfProcess());
 }
 
 } // namespace
@@ -288,8 +340,7 @@ void sample(const Array* triangles, unsigned seed, Array* points, const Array* v
 bool scatter_alone(const SampledTriangles& triangles, uint32_t seed, const SamplePoints& points,
                    const SampledAttributes& attributes)
 {
-    return scatter(triangles, points, attributes,
-                   [state = seed](int* numbers, int count) mutable { state = draw_after(state, numbers, count); });
+    return scatter(triangles, points, attributes, OfCall{seed, seed});
 }
 
 } // namespace korvale::inside

@@ -476,10 +476,11 @@ KORVALE_C_API korvale_status korvale_mesh_volume(const korvale_triangles* triang
 /// takes the triangle of each. `attributes` may be null; else it has a row for each point of `triangles`, and `blended`
 /// takes as many rows of the same width as there are points to make.
 ///
-/// The call has a generator of its own: the same seed gives the same points in any number of threads, those that
-/// `DATATriSample` makes where korvale's own platform layer is there, and the generator of the process is neither
-/// seeded nor drawn from. A draw has 32,768 values: shares of the area are rounded to them, so that of 20,000 triangles
-/// of one size some get twice as many points as others, and of more than 32,768 some get none.
+/// The call has generators of its own: the same seed gives the same points in any number of threads, and the generator
+/// of the process is neither seeded nor drawn from. A draw says in which of 32,768 equal steps of the area a point
+/// lies, and a second one where in that step, so every triangle gets its share of the points, however many there are.
+/// Where a step lies within one triangle the points are those that `DATATriSample` makes with korvale's own platform
+/// layer.
 ///
 /// Refuses no triangles, corners that are no points, numbers that are not finite, and rows that do not fit.
 KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles, uint32_t seed,

@@ -23,8 +23,11 @@ struct SampledAttributes {
     int64_t width;      ///< 0 where none are carried
 };
 
-/// Scatters one or more points over one or more triangles as `DATATriSample` does, with a generator of its own: the
+/// Scatters one or more points over one or more triangles as `DATATriSample` does, with generators of its own: the
 /// process's generator is neither drawn from nor seeded. False, with nothing written, where the heap is exhausted.
+///
+/// A draw says in which of 32,768 equal steps of the area a point lies, and a second one where in that step. So points
+/// are those of `DATATriSample` wherever a step lies within one triangle, and a triangle without area gets none.
 bool scatter_alone(const SampledTriangles& triangles, uint32_t seed, const SamplePoints& points,
                    const SampledAttributes& attributes);
 

@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-// The classic 15-bit linear congruential generator: that of the process, and those of calls that draw by themselves.
+// The classic 15-bit linear congruential generator, that of the process and those of calls that draw by themselves, and
+// one of 64 bits for what has to be finer.
 namespace korvale::inside {
 
 inline constexpr uint32_t kMultiplier = 214013;
@@ -44,6 +45,17 @@ inline uint32_t draw_after(uint32_t state, int* numbers, int count)
         numbers[i] = number_of(state);
     }
     return state;
+}
+
+/// The next 64 bits after a state, which is a seed at first: SplitMix64 (Guy Steele, Doug Lea and Christine Flood, Fast
+/// Splittable Pseudorandom Number Generators, 2014).
+inline uint64_t draw_word(uint64_t& state)
+{
+    state += 0x9e3779b97f4a7c15u;
+    uint64_t word = state;
+    word = (word ^ word >> 30) * 0xbf58476d1ce4e5b9u;
+    word = (word ^ word >> 27) * 0x94d049bb133111ebu;
+    return word ^ word >> 31;
 }
 
 } // namespace korvale::inside

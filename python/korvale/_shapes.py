@@ -385,10 +385,9 @@ def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | 
 
     mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
         (T, 3) given apart, or the corners of triangles (T, 3, 3) or (T, 9).
-    seed: of a random generator of the call's own: the same seed gives the same points, in any number of threads. The
-        generator of the process is neither seeded nor drawn from.
-        A draw has 32,768 values: shares of the area are rounded to them, so that of 20,000 triangles of one size some
-        get twice as many points as others, and of more than 32,768 some get none.
+    seed: of random generators of the call's own: the same seed gives the same points, in any number of threads. The
+        generator of the process is neither seeded nor drawn from. Every triangle gets its share of the points, however
+        many there are.
     attributes: values to be blended to the points by the same weights: (V, k) or (V,) for a mesh, (T, 3, k) or (T, 3)
         for corners.
 

@@ -1,17 +1,22 @@
 // Points scattered over triangles.
 #include <korvale.h>
 
+#include <algorithm>
 #include <cmath>
 #include <thread>
 
 #include <gmock/gmock.h>
 
 #include "support.h"
+#include "tests/reference/sampling.h"
+#include "tests/support/bits.h"
 #include "tests/support/heap.h"
+#include "tests/support/random.h"
 
 namespace korvale::test {
 namespace {
 
+using testing::AnyOf;
 using testing::Each;
 using testing::ElementsAre;
 
@@ -48,26 +53,112 @@ DATAstruct record_of(std::vector<double>& values, int32_t dim)
     return d;
 }
 
-TEST(Scatter, MakesThePointsOfTheArraySampling)
+/// `n` triangles side by side along x, all of height 1, as wide as told.
+template <class Width>
+std::vector<double> row_of(int n, Width width)
 {
-    std::vector<double> corners = corners_of_mesh(), values(18), points(3000), blended(2000);
-    for (size_t i = 0; i < values.size(); ++i)
-        values[i] = static_cast<double>(i * i);
-    for (const int32_t count : {1, 33, 1000}) {
-        std::vector<double> plain(3 * static_cast<size_t>(count)), carried(2 * static_cast<size_t>(count));
-        DATAstruct from = record_of(corners, 9), to = record_of(plain, 3), at = record_of(values, 2),
-                   out = record_of(carried, 2);
-        DATATriSample(&from, 4000000000u, &to, &at, &out);
+    std::vector<double> corners;
+    for (int i = 0; i < n; ++i)
+        for (const double c : {1.0 * i, 0.0, 0.0, i + width(i), 0.0, 0.0, 1.0 * i, 1.0, 0.0})
+            corners.push_back(c);
+    return corners;
+}
 
-        const korvale_triangles triangles = {points_of(corners), {}};
-        const korvale_points_out output = {points.data(), count, 0, 3, KORVALE_DOUBLE};
-        const korvale_numbers attributes = rows_of(values, 2);
-        const korvale_numbers_out results = {blended.data(), count, 0, 2, KORVALE_DOUBLE};
-        ASSERT_EQ(korvale_scatter(&triangles, 4000000000u, &output, nullptr, &attributes, &results, nullptr),
-                  KORVALE_OK);
-        EXPECT_TRUE(std::equal(plain.begin(), plain.end(), points.begin()));
-        EXPECT_TRUE(std::equal(carried.begin(), carried.end(), blended.begin()));
+TEST(Scatter, MakesThePointsOfTheArraySamplingWhereStepsOfADrawAreWithinTriangles)
+{
+    for (const int n : {1, 2, 64, 32768}) { // each of so many steps of 1/32768 of the area
+        std::vector<double> corners = row_of(n, [](int) { return 1.0; }), values;
+        for (int i = 0; i < 6 * n; ++i)
+            values.push_back(i * i % 101);
+        for (const int32_t count : {1, 33, 20000}) {
+            std::vector<double> plain(3 * static_cast<size_t>(count)), carried(2 * static_cast<size_t>(count));
+            std::vector<double> points(plain.size()), blended(carried.size());
+            DATAstruct from = record_of(corners, 9), to = record_of(plain, 3), at = record_of(values, 2),
+                       out = record_of(carried, 2);
+            DATATriSample(&from, 4000000000u, &to, &at, &out);
+
+            const korvale_triangles triangles = {points_of(corners), {}};
+            const korvale_points_out output = points_to(points);
+            const korvale_numbers attributes = rows_of(values, 2);
+            const korvale_numbers_out results = rows_to(blended, 2);
+            ASSERT_EQ(korvale_scatter(&triangles, 4000000000u, &output, nullptr, &attributes, &results, nullptr),
+                      KORVALE_OK);
+            EXPECT_TRUE(same_bits(plain, points)) << n;
+            EXPECT_TRUE(same_bits(carried, blended)) << n;
+        }
     }
+}
+
+TEST(Scatter, TakesTheStepsWrittenOutPlainly)
+{
+    Random random(1107);
+    for (int round = 0; round < rounds(300); ++round) {
+        const int n = random.one_in(4) ? 1 : random.between(2, random.one_in(4) ? 3000 : 40);
+        const int count = random.one_in(10) ? random.between(6000, 12000) : random.between(1, 80);
+        std::vector<double> corners = random.uniforms(9 * static_cast<size_t>(n), -5, 5);
+        const bool are_spread = random.one_in(2);
+        for (int i = 0; i < n; ++i) {
+            double* const t = &corners[static_cast<size_t>(9 * i)];
+            if (i != n / 2 && random.one_in(5)) // no area
+                std::copy_n(t, 3, t + 3);
+            if (are_spread)
+                for (int j = 0; j < 9; ++j)
+                    t[j] = std::ldexp(t[j], random.between(-40, 40));
+        }
+        const std::vector<double> values = random.uniforms(6 * static_cast<size_t>(n), -1, 1);
+        const auto seed = static_cast<uint32_t>(random.bits());
+        const reference::Samples expected = reference::scatter_triangles(corners, seed, count, values);
+
+        std::vector<double> points(expected.points.size()), blended(expected.attributes.size());
+        std::vector<int32_t> numbers(static_cast<size_t>(count));
+        const korvale_triangles triangles = {points_of(corners), {}};
+        const korvale_points_out output = points_to(points);
+        const korvale_numbers attributes = rows_of(values, 2);
+        const korvale_numbers_out results = rows_to(blended, 2);
+        ASSERT_EQ(korvale_scatter(&triangles, seed, &output, numbers.data(), &attributes, &results, nullptr),
+                  KORVALE_OK);
+        ASSERT_EQ(numbers, expected.triangles) << "round " << round;
+        ASSERT_TRUE(same_bits(expected.points, points)) << "round " << round;
+        ASSERT_TRUE(same_bits(expected.attributes, blended)) << "round " << round;
+    }
+}
+
+TEST(Scatter, DrawsEveryOfAHundredThousandTrianglesByItsArea)
+{
+    // Widths 1, 2 and 3 in turn: 33,334 + 2 * 33,333 + 3 * 33,333 = 199,999. Of 6 million points each unit gets some
+    // 30, give or take 5.5, so that a triangle of width 1 is left out once in e^30, about 10^13, times.
+    const std::vector<double> corners = row_of(100000, [](int i) { return 1.0 + i % 3; });
+    const korvale_triangles triangles = {points_of(corners), {}};
+    std::vector<double> points(600000);
+    const korvale_points_out output = points_to(points);
+    std::vector<int32_t> numbers(200000), times(100000);
+    for (uint32_t seed = 1; seed <= 30; ++seed) {
+        ASSERT_EQ(korvale_scatter(&triangles, seed, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+        for (const int32_t number : numbers)
+            ++times[static_cast<size_t>(number)];
+    }
+    double deviation = 0; // squares of those from the mean, each over the mean
+    for (size_t i = 0; i < times.size(); ++i) {
+        ASSERT_GT(times[i], 0) << i;
+        const double mean = 6e6 / 199999 * (1.0 + static_cast<double>(i % 3));
+        deviation += (times[i] - mean) * (times[i] - mean) / mean;
+    }
+    // By chance alone 99,999, give or take the root of twice that: 447. Five times that to either side.
+    EXPECT_GT(deviation, 97764);
+    EXPECT_LT(deviation, 102234);
+}
+
+TEST(Scatter, GivesATriangleWithoutAreaNoPoint)
+{
+    // Draw 0 would be the first triangle's, and one beyond all shares the last one's.
+    const std::vector<double> corners = row_of(5, [](int i) { return i % 2 == 1 ? 1.0 : 0.0; });
+    const korvale_triangles triangles = {points_of(corners), {}};
+    std::vector<double> points(600000);
+    std::vector<int32_t> numbers(200000);
+    const korvale_points_out output = points_to(points);
+    ASSERT_EQ(korvale_scatter(&triangles, 3, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+    EXPECT_THAT(numbers, Each(AnyOf(1, 3)));
+    EXPECT_NEAR(static_cast<double>(std::count(numbers.begin(), numbers.end(), 1)), 100000, 1200); // 224 is usual
 }
 
 TEST(Scatter, NeitherSeedsNorDrawsFromTheProcess)

@@ -76,10 +76,10 @@ inline Result<Scattered> try_scatter(AnyPoints vertices, AnyTriangles triangles,
 /// Scatters `count` points over triangles, uniformly by area. `attributes` holds the same number of values for each
 /// corner of each triangle, in order; they are blended to the points by the same weights.
 ///
-/// The call has a random generator of its own: the same seed gives the same points, in any number of threads, and the
-/// generator of the process is neither seeded nor drawn from. A draw has 32,768 values: shares of the area are rounded
-/// to them, so that of 20,000 triangles of one size some get twice as many points as others, and of more than 32,768
-/// some get none.
+/// The call has random generators of its own: the same seed gives the same points, in any number of threads, and the
+/// generator of the process is neither seeded nor drawn from. Every triangle gets its share of the points, however many
+/// there are. Wherever one of 32,768 equal steps of the area lies within one triangle the points are those of
+/// `DATATriSample`.
 ///
 /// ```
 /// korvale::Scattered seeds = korvale::scatter(corners, 5000, 42); // nine doubles a triangle
