@@ -1,12 +1,15 @@
 // Triangles for rays. Those that the grid owns do not move: a tree finds them. Those that stay the caller's are found
 // by a `RayStatus`, whose marks a query writes.
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 #include "data/internal/kernels.h"
+#include "door/internal/closed.h"
 #include "door/internal/faces.h"
 #include "door/internal/tree.h"
 #include "door/internal/triangles.h"
+#include "door/internal/weld.h"
 #include "ray/query.h"
 
 struct korvale_grid {
@@ -34,6 +37,7 @@ struct korvale_grid {
     std::optional<korvale::door::Tree> tree; // of owned triangles
     Data record;                             // borrows the triangles
     mutable RayStatus status;                // of borrowed triangles, and of owned ones once it is asked for
+    mutable std::atomic<int64_t> open = -1;  // edges, once they have been counted
 };
 
 namespace korvale::door {
@@ -310,6 +314,29 @@ bool meets_any(const korvale_grid& grid, const Ray& ray, const double* direction
     return meeting.count > 0 && meeting.distance <= reach;
 }
 
+/// The edges of an odd number of triangles, counted at the first call.
+int64_t count_open(const korvale_grid& grid)
+{
+    if (const int64_t counted = grid.open; counted >= 0)
+        return counted;
+    const size_t n = 3 * static_cast<size_t>(grid.count);
+    const Vector<int32_t> place = first_at_place({reinterpret_cast<const Point*>(grid.triangles), n});
+    FaceEdges edges(n);
+    for (size_t t = 0; t < n; t += 3)
+        edges.add_face(3, [&](int64_t k) { return place[t + static_cast<size_t>(k)]; });
+    int64_t open = 0;
+    edges.for_each([&](const FaceEdge& edge) { open += edge.is_open(); });
+    return grid.open = open;
+}
+
+/// Refuses triangles that have no inside.
+void require_closed(const korvale_grid& grid)
+{
+    if (const int64_t open = count_open(grid); open > 0)
+        throw Refusal("grid", "be of closed meshes",
+                      Text() << counted(open, "edge") << (open == 1 ? " is" : " are") << " open");
+}
+
 /// Whether a point is inside, by the parity of what a ray meets.
 bool is_inside(const korvale_grid& grid, const double* point)
 {
@@ -479,6 +506,7 @@ korvale_status korvale_grid_contains(const korvale_grid* grid, const korvale_poi
         require(grid, "grid");
         require(inside, "inside");
         const PointsIn at(points, "points");
+        require_closed(*grid);
         for_each_ray(at.size(), {progress, user},
                      [&](int64_t i) { inside[i] = is_inside(*grid, at[i].data()) ? 1 : 0; });
     });

@@ -2,6 +2,7 @@
 #include "door/internal/mesh.h"
 
 #include "data/internal/kernels.h"
+#include "door/internal/closed.h"
 #include "door/internal/measures.h"
 #include "door/internal/triangles.h"
 #include "door/internal/weld.h"
@@ -104,49 +105,22 @@ double area_of(std::span<const Point> corners)
 
 // --- Closed meshes ---------------------------------------------------------------------------------------------------
 
-/// An edge between two places as one number, the lower place in its upper half.
-uint64_t edge_between(int32_t low, int32_t high)
-{
-    return static_cast<uint64_t>(low) << 32 | static_cast<uint64_t>(high);
-}
-
-/// The edges that triangles run through from the lower place to the higher one, and back, sorted.
-struct Edges {
-    Vector<uint64_t> up, down;
-
-    Edges(const TrianglesIn& triangles, const Vector<int32_t>& place)
-    {
-        const auto count = static_cast<size_t>(3 * triangles.size());
-        up.reserve(count);
-        down.reserve(count);
-        for (size_t i = 0; i < count; ++i) {
-            const int32_t from = place[i], to = place[i % 3 == 2 ? i - 2 : i + 1];
-            if (from < to)
-                up.push_back(edge_between(from, to));
-            else if (to < from)
-                down.push_back(edge_between(to, from));
-        }
-        std::sort(up.begin(), up.end());
-        std::sort(down.begin(), down.end());
-    }
-};
-
 /// Refuses triangles that are not closed: each edge between two places has to be run through as often one way as the
 /// other.
 void require_closed(const TrianglesIn& triangles, std::string_view argument)
 {
-    const Edges edges(triangles, first_at_place(corners_of(triangles)));
-    const auto [up, down] = std::mismatch(edges.up.begin(), edges.up.end(), edges.down.begin(), edges.down.end());
-    if (up == edges.up.end() && down == edges.down.end())
-        return;
-    const uint64_t edge =
-        std::min(up == edges.up.end() ? UINT64_MAX : *up, down == edges.down.end() ? UINT64_MAX : *down);
-    const auto corner = [&](uint64_t k) { return triangles.corner(static_cast<int64_t>(k)); };
-    throw Refusal(argument, "be closed and face one way",
-                  Text() << "the edge between points " << corner(edge >> 32) << " and " << corner(edge & UINT32_MAX)
-                         << " is run through " << std::count(edges.up.begin(), edges.up.end(), edge)
-                         << " times one way and " << std::count(edges.down.begin(), edges.down.end(), edge)
-                         << " the other");
+    const Vector<int32_t> place = first_at_place(corners_of(triangles));
+    FaceEdges edges(place.size());
+    for (size_t t = 0; t < place.size(); t += 3)
+        edges.add_face(3, [&](int64_t k) { return place[t + static_cast<size_t>(k)]; });
+    edges.for_each([&](const FaceEdge& edge) {
+        if (edge.up == edge.down)
+            return;
+        throw Refusal(argument, "be closed and face one way",
+                      Text() << "the edge between points " << triangles.corner(edge.low) << " and "
+                             << triangles.corner(edge.high) << " is run through " << edge.up << " times one way and "
+                             << edge.down << " the other");
+    });
 }
 
 } // namespace

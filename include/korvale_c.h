@@ -583,6 +583,9 @@ KORVALE_C_API korvale_status korvale_grid_cast(const korvale_grid* grid, const k
 /// from it meets an odd number of triangles. A ray that comes within 1e-09 of an edge, as a weight of a corner, is not
 /// trusted, and up to four others are cast along other directions; the last is taken as it is. Points on the surface
 /// come out either way. `progress` as in `korvale_grid_cast`.
+///
+/// Refuses triangles with an open edge, one between two places that an odd number of them has. The first call looks;
+/// where borrowed triangles have moved since, that is not seen.
 KORVALE_C_API korvale_status korvale_grid_contains(const korvale_grid* grid, const korvale_points* points,
                                                    uint8_t* inside, korvale_progress progress, void* user,
                                                    korvale_error* error);

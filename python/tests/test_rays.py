@@ -80,6 +80,11 @@ class RayGridTest(RefusingTest):
         inside = ((points > 0) & (points < 2)).all(axis=1)
         numpy.testing.assert_array_equal(self.grid.contains(points), inside)
 
+    def test_refuses_to_tell_the_inside_of_open_meshes(self):
+        with self.assertRaisesRegex(korvale.Error,
+                                    "RayGrid.contains: grid must be of closed meshes, but 4 edges are open"):
+            korvale.RayGrid([(0, 0), (2, 0), (2, 2), (0, 2)], [(0, 1, 2, 3)]).contains([(1, 1, 1)])
+
     def test_answers_threads_at_the_same_time(self):
         origins = numpy.random.default_rng(7).uniform(-1, 3, (20000, 3))
         alone = self.grid.cast(origins, (1, 2, 3))

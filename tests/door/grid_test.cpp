@@ -316,12 +316,15 @@ struct Answers {
 
 TEST(Grid, ASmallModelAnswersAsALargeOne)
 {
-    // It reaches 64 to 128, to which small ones are brought. Some triangles come twice.
+    // Tetrahedra. It reaches 64 to 128, to which small ones are brought. Some triangles come twice.
     Random random(1223);
     std::vector<double> corners, origins, directions;
-    for (int i = 0; i < 9 * 200; ++i)
-        corners.push_back(random.uniform(-48, 48));
-    corners.insert(corners.end(), corners.begin(), corners.begin() + 9 * 50);
+    for (int i = 0; i < 50; ++i) {
+        const std::vector<double> points = random.uniforms(12, -48, 48);
+        for (const int corner : {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3})
+            corners.insert(corners.end(), points.begin() + 3 * corner, points.begin() + 3 * corner + 3);
+    }
+    corners.insert(corners.end(), corners.begin(), corners.begin() + 36 * 12);
     constexpr int kRays = 300;
     for (int i = 0; i < 3 * kRays; ++i) {
         origins.push_back(random.uniform(-60, 60));
@@ -584,6 +587,34 @@ TEST(Grid, KnowsInsideFromOutside)
     ASSERT_EQ(korvale_grid_contains(grid, &one, inside.data(), nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_EQ(inside[0], 1);
     korvale_grid_free(grid);
+}
+
+TEST(Grid, RefusesToTellTheInsideOfOpenMeshes)
+{
+    const std::vector<double> points = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
+    const auto text = [&](const std::vector<int32_t>& corners, korvale_status status, bool borrow = false) {
+        std::vector<double> packed;
+        for (const int32_t c : corners)
+            packed.insert(packed.end(), points.begin() + 3 * c, points.begin() + 3 * c + 3);
+        const Grid g = borrow ? Grid(packed, {}, true) : Grid({points_of(points), indices_of(corners)});
+        const double at[3] = {0.1, 0.1, 0.1};
+        const korvale_points one = {at, 1, 0, 3, KORVALE_DOUBLE};
+        uint8_t inside = 7;
+        const std::string sentence = sentence_of(
+            status, [&](auto* e) { return korvale_grid_contains(g.grid, &one, &inside, nullptr, nullptr, e); });
+        EXPECT_EQ(inside, status == KORVALE_OK ? 1 : 7);
+        return sentence;
+    };
+    const std::vector<int32_t> closed = {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3},
+                               turned = {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 3, 2}, open = {0, 2, 1, 0, 1, 3, 0, 3, 2};
+    for (const bool borrow : {false, true}) {
+        EXPECT_EQ(text(closed, KORVALE_OK, borrow), "");
+        EXPECT_EQ(text(turned, KORVALE_OK, borrow), "");
+        EXPECT_EQ(text(open, KORVALE_BAD_ARGUMENT, borrow),
+                  "korvale_grid_contains: grid must be of closed meshes, but 3 edges are open");
+    }
+    // A triangle there and back on an edge of the others closes nothing and opens nothing.
+    EXPECT_EQ(text({0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3, 0, 1, 1}, KORVALE_OK), "");
 }
 
 TEST(Grid, HasARecordForHostsInCpp)

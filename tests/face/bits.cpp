@@ -180,7 +180,8 @@ void rays(Random& random, Hash& hash)
         hash.add(grid.any(origins[k], along[k], 5));
         hash.add(grid.distance(origins[k], along[k]).value_or(-1));
     }
-    for (const bool is_inside : grid.contains(origins))
+    const std::vector<korvale::Triangle> tetrahedron = {{0, 2, 1}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}};
+    for (const bool is_inside : korvale::RayGrid(random.points(4, 9), tetrahedron).contains(origins))
         hash.add(is_inside);
     std::vector<Point> moving = random.points(3 * n, 5);
     const korvale::RayGrid over = korvale::RayGrid::over(moving);

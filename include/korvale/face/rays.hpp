@@ -261,7 +261,8 @@ public:
     /// them. Of rays that come within 1e-09 of an edge, as a weight of a corner, up to four others are tried; the last
     /// is taken as it is. Points on the surface come out either way.
     ///
-    /// Throws `Error` where `progress` has stopped it.
+    /// Throws `Error` where an edge between two places is that of an odd number of triangles, and so open, and where
+    /// `progress` has stopped it. The first call looks for open edges.
     std::vector<bool> contains(AnyPoints points, const Progress& progress = {}) const
     {
         return try_contains(points.view(), progress).value();
