@@ -2,7 +2,9 @@
 #include <algorithm>
 
 #include "data/internal/kernels.h"
+#include "door/internal/closed.h"
 #include "door/internal/faces.h"
+#include "door/internal/weld.h"
 #include "preserve/compute.h"
 #include "preserve/status.h"
 
@@ -84,7 +86,55 @@ bool is_measure(int32_t measure)
            measure == KORVALE_AREA;
 }
 
+/// Refuses a mesh that encloses no volume.
+void require_volume(const korvale_relaxer& r)
+{
+    const Vector<int32_t> place =
+        first_at_place({reinterpret_cast<const Point*>(r.reference.data()), static_cast<size_t>(r.size())});
+    FaceEdges edges(r.corners.size());
+    const int32_t* corner = r.corners.data();
+    for (const int32_t n : r.sizes) {
+        edges.add_face(n, [&](int64_t k) { return place[static_cast<size_t>(corner[k])]; });
+        corner += n;
+    }
+    int64_t open = 0, turned = 0;
+    edges.for_each([&](const FaceEdge& edge) {
+        open += edge.is_open();
+        turned += edge.is_turned();
+    });
+    if (open > 0)
+        throw Refusal("measure", "be one that the mesh has",
+                      Text() << "a volume is that of a closed mesh, and " << counted(open, "edge")
+                             << (open == 1 ? " is" : " are") << " open");
+    if (turned > 0)
+        throw Refusal("measure", "be one that the mesh has",
+                      Text() << "a volume is that of a mesh turned one way, and at " << counted(turned, "edge")
+                             << " faces are turned two ways");
+}
+
 // Moving points.
+
+/// Refuses a relaxer that keeps nothing.
+void require_kept(const korvale_relaxer& r)
+{
+    if (r.status.flags == 0)
+        throw Refusal("relaxer", "keep a measure", "it keeps none");
+}
+
+/// Whether all that is kept is between points that are held.
+bool is_all_held(const korvale_relaxer& r)
+{
+    const DATAstruct* const tags = r.status.tags;
+    if (tags == nullptr || tags->bvals == nullptr || (r.status.flags & (PRESERVE_VOLUME | PRESERVE_AREA)) != 0)
+        return false;
+    const auto is_held = [tags](int32_t point) { return point < tags->count && tags->bvals[point] != 0; };
+    if ((r.status.flags & PRESERVE_LENGTH) != 0) {
+        const DATAstruct& edges = *r.status.edges;
+        if (!std::all_of(edges.ivals, edges.ivals + 2 * int64_t{edges.count}, is_held))
+            return false;
+    }
+    return (r.status.flags & PRESERVE_FACE_ANGLE) == 0 || std::all_of(r.corners.begin(), r.corners.end(), is_held);
+}
 
 void require_size(const korvale_relaxer& r, int64_t points)
 {
@@ -127,6 +177,8 @@ korvale_relaxation run(korvale_relaxer& r, std::span<Point> points, const korval
     r.before.make_room(points.size()); // before anything is computed
     compute(r, points, 0);
     double energy = r.status.energy;
+    if (is_all_held(r))
+        return {0, KORVALE_RUN_HELD, energy};
     for (int32_t done = 0;; ++done) {
         if (energy <= options.energy)
             return {done, KORVALE_RUN_ENERGY, energy};
@@ -186,6 +238,8 @@ korvale_status korvale_relaxer_keep(korvale_relaxer* relaxer, int32_t measure, d
             throw Refusal("measure", "be lengths, angles, volume or area", Text() << "it is " << measure);
         if (relaxer->corners.empty() && (measure != KORVALE_LENGTHS || relaxer->edges.empty()))
             throw Refusal("measure", "be one that the mesh has", "the mesh has no faces or edges for it");
+        if (measure == KORVALE_VOLUME)
+            require_volume(*relaxer);
         require_done(PreservePreserve(&relaxer->status, measure, weight));
     });
 }
@@ -219,6 +273,7 @@ korvale_status korvale_relaxer_step(korvale_relaxer* relaxer, const korvale_poin
         PointsOut moving(points, "points", PointsOut::Use::change);
         require_size(*relaxer, moving.size());
         require_finite(moving.points(), "points");
+        require_kept(*relaxer);
         if (steps < 0)
             throw Refusal("steps", "be 0 or more", Text() << "it is " << steps);
         step(*relaxer, moving.points(), steps);
@@ -241,6 +296,7 @@ korvale_status korvale_relaxer_run(korvale_relaxer* relaxer, const korvale_point
         PointsOut moving(points, "points", PointsOut::Use::change);
         require_size(*relaxer, moving.size());
         require_finite(moving.points(), "points");
+        require_kept(*relaxer);
         const korvale_relaxation came_to = run(*relaxer, moving.points(), options_of(options, korvale_run_defaults));
         moving.give_back();
         if (result != nullptr)

@@ -626,7 +626,8 @@ KORVALE_C_API const int32_t* korvale_relaxer_edges(const korvale_relaxer* relaxe
 
 /// Keeps a measure of the mesh, as it is at the points that the relaxer was made with, with a weight above 0.
 ///
-/// Refuses another weight, and a measure that the mesh does not have: without faces there are lengths of edges only.
+/// Refuses another weight, and a measure that the mesh does not have: without faces there are lengths of edges only,
+/// and only a closed mesh that is turned one way has a volume. Points at exactly one place count as one there.
 KORVALE_C_API korvale_status korvale_relaxer_keep(korvale_relaxer* relaxer, int32_t measure, double weight,
                                                   korvale_error* error);
 
@@ -636,7 +637,7 @@ KORVALE_C_API korvale_status korvale_relaxer_hold(korvale_relaxer* relaxer, cons
 
 /// Moves points towards the shape, in place, by exactly `steps` steps of steepest descent; `*energy`, which may be
 /// null, takes what is left. Where there is energy but nothing free to move that lowers it, the points stay as they
-/// were.
+/// were. Refuses a relaxer that keeps nothing.
 KORVALE_C_API korvale_status korvale_relaxer_step(korvale_relaxer* relaxer, const korvale_points_out* points,
                                                   int32_t steps, double* energy, korvale_error* error);
 
@@ -661,7 +662,8 @@ enum {
     KORVALE_RUN_ENERGY = 1,    ///< the energy wanted is reached
     KORVALE_RUN_STALLED = 2,   ///< a step no longer lowers the energy, or by less than `least_drop`
     KORVALE_RUN_CANCELLED = 3, ///< `progress` returned 0; the steps made so far stay
-    KORVALE_RUN_NO_FORCE = 4   ///< there is energy, but nothing that is free to move lowers it
+    KORVALE_RUN_NO_FORCE = 4,  ///< there is energy, but nothing that is free to move lowers it
+    KORVALE_RUN_HELD = 5       ///< all that is kept is lengths and angles between points that are held
 };
 
 /// What a run came to.
@@ -672,7 +674,7 @@ typedef struct korvale_relaxation {
 } korvale_relaxation;
 
 /// Moves points towards the shape, in place, step by step until one of the conditions holds. They end where the same
-/// number of single steps takes them.
+/// number of single steps takes them. Refuses a relaxer that keeps nothing.
 KORVALE_C_API korvale_status korvale_relaxer_run(korvale_relaxer* relaxer, const korvale_points_out* points,
                                                  const korvale_run_options* options, korvale_relaxation* result,
                                                  korvale_error* error);

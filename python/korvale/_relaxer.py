@@ -22,7 +22,7 @@ class Relaxation(NamedTuple):
     points: Doubles  #: float64 (N, 3), moved towards the shape
     steps: int  #: done
     energy: float  #: left; 0 where the shape is the remembered one
-    stop: Stop  #: why it ended: "steps", "energy", "stalled", "cancelled" or "no_force"
+    stop: Stop  #: why it ended: "steps", "energy", "stalled", "cancelled", "no_force" or "held"
 
 
 class Relaxer:
@@ -81,7 +81,8 @@ class Relaxer:
     def keep(self, measure: Measure, weight: Number = 1.0) -> Relaxer:
         """Keeps a measure of the mesh as it is at the vertices: "lengths", "angles", "volume" or "area".
 
-        weight: above 0. Volume needs a closed mesh that is turned one way. Returns the relaxer.
+        weight: above 0. Only a closed mesh that is turned one way has a volume; points at exactly one place count as
+        one there. Returns the relaxer.
         """
         name = _input.text(measure, "Relaxer.keep", "measure")
         number = _input.number(weight, "Relaxer.keep", "weight")
@@ -117,6 +118,8 @@ class Relaxer:
             out: Doubles | None = None) -> Relaxation:
         """Moves points towards the shape, step by step until one of the conditions holds.
 
+        It ends at once, as "held", where all that is kept is lengths and angles between points that are held.
+
         points: (N, 3), the deformed mesh. steps: at most. energy: stop at this energy or below. least_drop: stop when
         a step lowers the energy by less than this share of it.
         progress: called after every step as progress(step, energy), False stops; or a bar with `update(n)`, such as
@@ -151,8 +154,6 @@ class Relaxer:
 
     def _moving(self, points: Any, out: Doubles | None, function: str) -> tuple[Doubles, Doubles]:
         """Where the result goes, and the points to move, there where that can be."""
-        if not self._kept:
-            raise refuse(function, "relaxer", "keep a measure", "it keeps none")
         given = self._points(points, function)
         result = _input.output(out, given.shape, function)
         moving = _input.workplace(result, given)

@@ -163,7 +163,7 @@ py::tuple run(Mesh& mesh, py::array points, int steps, double energy, double lea
     }
     if (raised)
         throw std::move(*raised);
-    constexpr const char* kReasons[] = {"steps", "energy", "stalled", "cancelled", "no_force"};
+    constexpr const char* kReasons[] = {"steps", "energy", "stalled", "cancelled", "no_force", "held"};
     return py::make_tuple(result.steps, result.energy, kReasons[static_cast<int>(result.stop)]);
 }
 

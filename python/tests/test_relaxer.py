@@ -73,6 +73,8 @@ class RelaxerTest(RefusingTest):
         self.assertEqual(self.relaxer.run(points, progress=lambda step, energy: step < 4)[1::2], (4, "cancelled"))
         held = korvale.Relaxer(CUBE).keep("volume").hold(numpy.ones(8, bool)).run(points)
         self.assertEqual((held.steps, held.stop), (0, "no_force"))
+        held = self.relaxer.hold(numpy.ones(8, bool)).run(points)
+        self.assertEqual((held.steps, held.stop), (0, "held"))
         numpy.testing.assert_array_equal(held.points, points)
 
     def test_tells_of_progress(self):
@@ -144,6 +146,9 @@ class RelaxerTest(RefusingTest):
                            lambda: self.relaxer.keep("size"))
         self.assertRefuses("Relaxer.keep: weight must be finite and above 0, but it is 0",
                            lambda: self.relaxer.keep("area", 0))
+        self.assertRefuses("Relaxer.keep: measure must be one that the mesh has, but a volume is that of a closed "
+                           "mesh, and 4 edges are open",
+                           lambda: korvale.Relaxer([(0, 0), (1, 0), (1, 1), (0, 1)], [(0, 1, 2, 3)]).keep("volume"))
         self.assertRefuses("Relaxer.run: points must be 8 like the mesh's, but there are 3",
                            lambda: self.relaxer.run(numpy.zeros((3, 3))))
         self.assertRefuses("Relaxer.hold: which must be truths (8,) or numbers of points, but its shape is (3,)",

@@ -44,7 +44,7 @@ def step(x: float) -> float:
 
 
 assert_type(korvale.Relaxer(mesh).keep("lengths").run(mesh.vertices).stop,
-            Literal["steps", "energy", "stalled", "cancelled", "no_force"])
+            Literal["steps", "energy", "stalled", "cancelled", "no_force", "held"])
 hit = korvale.RayGrid(mesh).nearest((1, 1, 5), (0, 0, -1))
 assert_type(hit, korvale.RayHit | None)
 assert_type(korvale.__version__, str)

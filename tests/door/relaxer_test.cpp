@@ -143,6 +143,73 @@ TEST(Relaxer, NothingThatCanMoveLeavesPointsAsTheyWere)
     EXPECT_EQ(moved, before);
 }
 
+TEST(Relaxer, SaysThatAllThatIsKeptIsHeld)
+{
+    const Square square;
+    korvale_relaxer* const r = square.relaxer;
+    korvale_relaxer_keep(r, KORVALE_LENGTHS, 0.1, nullptr);
+    korvale_relaxer_keep(r, KORVALE_ANGLES, 0.1, nullptr);
+    std::vector<double> moved = kSquare;
+    moved[0] = -0.25;
+    const std::vector<double> before = moved;
+    const korvale_points_out points = points_to(moved);
+    korvale_run_options options;
+    korvale_run_defaults(&options, sizeof options);
+    options.steps = 3;
+    const auto stop = [&](std::vector<uint8_t> mask) {
+        korvale_relaxer_hold(r, mask.data(), 4, nullptr);
+        korvale_relaxation result = {7, 7, 7};
+        EXPECT_EQ(korvale_relaxer_run(r, &points, &options, &result, nullptr), KORVALE_OK);
+        return result.stop;
+    };
+    EXPECT_EQ(stop({1, 1, 1, 1}), KORVALE_RUN_HELD);
+    EXPECT_EQ(moved, before);
+    options.energy = 1;
+    EXPECT_EQ(stop({1, 1, 1, 1}), KORVALE_RUN_HELD);
+    EXPECT_EQ(stop({1, 1, 1, 0}), KORVALE_RUN_ENERGY);
+    options.energy = -1;
+    EXPECT_EQ(stop({1, 1, 1, 0}), KORVALE_RUN_STEPS);
+    korvale_relaxer_keep(r, KORVALE_AREA, 0.1, nullptr); // of the whole mesh, whatever is held
+    EXPECT_EQ(stop({1, 1, 1, 1}), KORVALE_RUN_NO_FORCE);
+}
+
+/// What keeping the volume of a mesh comes to.
+std::string volume_of(const std::vector<double>& points, const std::vector<int32_t>& sizes,
+                      const std::vector<int32_t>& corners)
+{
+    const korvale_faces faces = {points_of(points), sizes.empty() ? korvale_indices{} : indices_of(sizes),
+                                 indices_of(corners)};
+    korvale_relaxer* relaxer = nullptr;
+    EXPECT_EQ(korvale_relaxer_new(&faces, nullptr, &relaxer, nullptr), KORVALE_OK);
+    korvale_error error = {};
+    korvale_relaxer_keep(relaxer, KORVALE_VOLUME, 1, &error);
+    EXPECT_EQ(static_cast<PreserveStatus*>(korvale_relaxer_record(relaxer))->flags,
+              error.status == KORVALE_OK ? PRESERVE_VOLUME : 0);
+    korvale_relaxer_free(relaxer);
+    return error.text;
+}
+
+TEST(Relaxer, KeepsTheVolumeOfClosedMeshesAlone)
+{
+    const std::vector<double> corner = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
+    EXPECT_EQ(volume_of(corner, {}, {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3}), "");
+    EXPECT_EQ(volume_of(corner, {}, {0, 2, 1, 0, 1, 3, 0, 3, 2}),
+              "korvale_relaxer_keep: measure must be one that the mesh has, but a volume is that of a closed mesh, and "
+              "3 edges are open");
+    EXPECT_EQ(volume_of(corner, {}, {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 3, 2}),
+              "korvale_relaxer_keep: measure must be one that the mesh has, but a volume is that of a mesh turned one "
+              "way, and at 3 edges faces are turned two ways");
+    // A pyramid over a square, whose tip is there four times.
+    const std::vector<double> pyramid = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1};
+    EXPECT_EQ(volume_of(pyramid, {4, 3, 3, 3, 3}, {3, 2, 1, 0, 0, 1, 4, 1, 2, 5, 2, 3, 6, 3, 0, 7}), "");
+    EXPECT_EQ(volume_of(pyramid, {4, 3, 3, 3}, {3, 2, 1, 0, 0, 1, 4, 1, 2, 5, 2, 3, 6}),
+              "korvale_relaxer_keep: measure must be one that the mesh has, but a volume is that of a closed mesh, and "
+              "3 edges are open");
+    EXPECT_EQ(volume_of(kSquare, {}, {0, 1, 2, 0, 2, 0}), // there and back, on edges of the other triangle
+              "korvale_relaxer_keep: measure must be one that the mesh has, but a volume is that of a closed mesh, and "
+              "3 edges are open");
+}
+
 int32_t stop_at_second(int32_t step, double, void* user)
 {
     static_cast<std::vector<int32_t>*>(user)->push_back(step);
@@ -259,9 +326,9 @@ TEST(Relaxer, RefusesWhatDoesNotFit)
 {
     const Square square;
     korvale_relaxer* const r = square.relaxer;
-    std::vector<double> few = {0, 0, 0}, odd = kSquare;
+    std::vector<double> few = {0, 0, 0}, odd = kSquare, sound = kSquare;
     odd[4] = INFINITY;
-    const korvale_points_out three = points_to(few), infinite = points_to(odd);
+    const korvale_points_out three = points_to(few), infinite = points_to(odd), sound_points = points_to(sound);
     const korvale_points at_three = points_of(few);
     const uint8_t mask[] = {1, 1, 1};
     double energy = 7, forces[12] = {7};
@@ -274,21 +341,24 @@ TEST(Relaxer, RefusesWhatDoesNotFit)
               "korvale_relaxer_hold: mask must have one value for each of 4 points, but it has 3");
     EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &three, 1, &energy, e); }),
               "korvale_relaxer_step: points must be 4 like the mesh's, but there are 1");
+    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &sound_points, 1, &energy, e); }),
+              "korvale_relaxer_step: relaxer must keep a measure, but it keeps none");
+    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_run(r, &sound_points, nullptr, nullptr, e); }),
+              "korvale_relaxer_run: relaxer must keep a measure, but it keeps none");
+    korvale_relaxer_keep(r, KORVALE_LENGTHS, 1, nullptr);
     EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_run(r, &infinite, nullptr, nullptr, e); }),
               "korvale_relaxer_run: points must be finite, but its point 1 is (1, inf, 0)");
     EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_energy(r, &at_three, &energy, e); }),
               "korvale_relaxer_energy: points must be 4 like the mesh's, but there are 1");
     EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_forces(r, &at_three, forces, e); }),
               "korvale_relaxer_forces: points must be 4 like the mesh's, but there are 1");
-    std::vector<double> sound = kSquare;
-    const korvale_points_out points = points_to(sound);
-    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &points, -1, &energy, e); }),
+    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &sound_points, -1, &energy, e); }),
               "korvale_relaxer_step: steps must be 0 or more, but it is -1");
     for (const auto& sentence :
          {text([&](auto* e) { return korvale_relaxer_keep(nullptr, KORVALE_LENGTHS, 1, e); }),
           text([&](auto* e) { return korvale_relaxer_hold(nullptr, mask, 3, e); }),
-          text([&](auto* e) { return korvale_relaxer_step(nullptr, &points, 1, nullptr, e); }),
-          text([&](auto* e) { return korvale_relaxer_run(nullptr, &points, nullptr, nullptr, e); }),
+          text([&](auto* e) { return korvale_relaxer_step(nullptr, &sound_points, 1, nullptr, e); }),
+          text([&](auto* e) { return korvale_relaxer_run(nullptr, &sound_points, nullptr, nullptr, e); }),
           text([&](auto* e) { return korvale_relaxer_energy(nullptr, &at_three, &energy, e); }),
           text([&](auto* e) { return korvale_relaxer_forces(nullptr, &at_three, forces, e); })})
         EXPECT_THAT(sentence, testing::EndsWith(": relaxer must be given, but it is null"));
@@ -317,15 +387,32 @@ TEST(RelaxerWithAnExhaustedHeap, FailsWhole)
                   double forces[12];
                   korvale_relaxer_hold(relaxer, nullptr, 0, &error);
                   if (korvale_relaxer_step(relaxer, &points, 1, nullptr, &error) != KORVALE_OK) {
-                      EXPECT_EQ(error.status, KORVALE_NO_MEMORY);
+                      EXPECT_EQ(error.status, keeps ? KORVALE_NO_MEMORY : KORVALE_BAD_ARGUMENT);
                       EXPECT_EQ(moved[0], -0.25);
-                  } else if (keeps) {
+                  } else {
                       EXPECT_NE(moved[0], -0.25);
                   }
                   korvale_relaxer_forces(relaxer, &at, forces, &error);
                   korvale_relaxer_free(relaxer);
               }),
               10);
+}
+
+TEST(RelaxerWithAnExhaustedHeap, KeepsNoVolume)
+{
+    NEEDS_HEAP_FAILURES();
+    const std::vector<double> points = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
+    const std::vector<int32_t> corners = {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3};
+    const korvale_faces faces = {points_of(points), {}, indices_of(corners)};
+    korvale_relaxer* relaxer = nullptr;
+    ASSERT_EQ(korvale_relaxer_new(&faces, nullptr, &relaxer, nullptr), KORVALE_OK);
+    const auto& status = *static_cast<PreserveStatus*>(korvale_relaxer_record(relaxer));
+    EXPECT_EQ(fail_each_allocation([&](int64_t) {
+                  const bool is_kept = korvale_relaxer_keep(relaxer, KORVALE_VOLUME, 1, nullptr) == KORVALE_OK;
+                  EXPECT_EQ(status.flags, is_kept ? PRESERVE_VOLUME : 0);
+              }),
+              3);
+    korvale_relaxer_free(relaxer);
 }
 
 } // namespace

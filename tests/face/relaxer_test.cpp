@@ -163,6 +163,23 @@ TEST(FaceRelaxer, NeverMakesNaNWhereNothingCanMove)
     EXPECT_NE(relaxer.run(points, {.steps = 5}).stop, Stop::no_force);
 }
 
+TEST(FaceRelaxer, TellsThatNothingIsKeptOrAllIsHeld)
+{
+    const Mesh mesh = cube();
+    Relaxer relaxer(mesh.vertices, mesh.triangles);
+    Outline points = mesh.vertices;
+    points[0][0] -= 0.5;
+    EXPECT_EQ(refusal_of([&] { relaxer.run(points); }), "Relaxer::run: relaxer must keep a measure, but it keeps none");
+    EXPECT_EQ(refusal_of([&] { relaxer.step(points); }),
+              "Relaxer::step: relaxer must keep a measure, but it keeps none");
+    relaxer.keep("lengths").hold(std::vector<bool>(8, true));
+    EXPECT_EQ(relaxer.run(points), (Relaxation{0, 0, Stop::held}));
+    EXPECT_EQ(
+        refusal_of([&] { Relaxer(mesh.vertices, std::span(mesh.triangles).first(11)).keep("volume"); }),
+        "Relaxer::keep: measure must be one that the mesh has, but a volume is that of a closed mesh, and 3 edges "
+        "are open");
+}
+
 TEST(FaceRelaxer, SaysWhatItRefuses)
 {
     const Mesh mesh = cube();

@@ -34,7 +34,8 @@ enum class Stop {
     energy,    ///< the energy wanted is reached
     stalled,   ///< a step no longer lowers the energy, or by less than `least_drop`
     cancelled, ///< `progress` returned false, or `stop` was asked for
-    no_force   ///< there is energy, but nothing that is free to move lowers it
+    no_force,  ///< there is energy, but nothing that is free to move lowers it
+    held       ///< all that is kept is lengths and angles between points that are held
 };
 
 /// What a run came to.
@@ -122,7 +123,9 @@ public:
     }
     ///@}
 
-    /// Keeps a measure of the mesh, as it is at the vertices, with a weight above 0.
+    /// Keeps a measure of the mesh, as it is at the vertices, with a weight above 0. Throws `Error` for a measure that
+    /// the mesh does not have, such as the volume of one that is not closed and turned one way; points at exactly one
+    /// place count as one there.
     Relaxer& keep(Measure measure, double weight = 1.0)
     {
         try_keep(measure, weight).value();
@@ -186,6 +189,7 @@ public:
     /// Moves points towards the shape, in place, by exactly `steps` steps of steepest descent, and returns the energy.
     ///
     /// Where there is energy but nothing free to move that lowers it, the points stay as they were before the call.
+    /// Throws `Error` where nothing is kept.
     double step(PointSpan points, int steps = 1) { return try_step(points, steps).value(); }
 
     /// The same, telling of failures by its result.
@@ -200,6 +204,7 @@ public:
 
     /// Moves points towards the shape, in place, step by step until one of the conditions holds. They end where the
     /// same number of `step`s takes them. What `progress` throws ends the run and leaves it; the steps made stay.
+    /// Throws `Error` where nothing is kept.
     Relaxation run(PointSpan points, const RunOptions& options = {}) { return try_run(points, options).value(); }
 
     /// The same, telling of failures by its result; what `progress` throws is thrown on.
