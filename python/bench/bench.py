@@ -1,9 +1,13 @@
 """Python beside the same loops in C++: bench.py LOOPS, the program of loops.cpp.
 
 Each job runs in turn in both, several times; the table has the medians. Columns are compared by their ratio, the offset
-of one outline by what a call costs more.
+of one outline by what a call costs more. Two more tables have equations over columns beside NumPy and numexpr, both in
+one thread, and batches that two threads share out.
 """
 
+import concurrent.futures
+import importlib.util
+import os
 import statistics
 import subprocess
 import sys
@@ -15,6 +19,8 @@ import korvale
 
 MANY = 200_000
 ROUNDS = 7
+ROWS = 1_000_000
+OUTLINES = 100_000
 
 
 def fastest(job, times):
@@ -59,6 +65,71 @@ def offset():
     return fastest(lambda: korvale.offset(circle, 0.5), 2000)
 
 
+def many_outlines():
+    """Points and starts of outlines like those of letters, 20 to 60 points each."""
+    generator = np.random.default_rng(1)
+    sizes = generator.integers(20, 61, OUTLINES)
+    starts = np.concatenate([[0], sizes.cumsum()])
+    turn = (np.arange(starts[-1]) - np.repeat(starts[:-1], sizes)) * (2 * np.pi / np.repeat(sizes, sizes))
+    radius = generator.uniform(3, 5, starts[-1])
+    return np.column_stack([radius * np.cos(turn), radius * np.sin(turn), 0 * turn]), starts
+
+
+def columns():
+    """Equations over columns, in nanoseconds a row."""
+    x, a, y = np.linspace(0.001, 9, ROWS), 1.25, np.empty(ROWS)
+    by_numpy = {"x * 2 + a * (x - 1) / 3 - x * x": lambda: x * 2 + a * (x - 1) / 3 - x * x,
+                "a * x ^ 2": lambda: a * x ** 2, "a * x * x": lambda: a * x * x,
+                "SIN(x * 2) * COS(a) + SQRT(x)": lambda: np.sin(x * 2) * np.cos(a) + np.sqrt(x)}
+    numexpr = None
+    if importlib.util.find_spec("numexpr"):
+        import numexpr
+        numexpr.set_num_threads(1)
+    print(f"\n| over {ROWS} rows | korvale | NumPy | numexpr |\n|---|---:|---:|---:|")
+    for text, compute in by_numpy.items():
+        system = korvale.Equations("y x a")
+        system["a"] = a
+        system.add(f"y = {text}")
+        jobs = [lambda: system.evaluate(x=x, out=y), compute]
+        if numexpr is not None:
+            translated = text.replace("^", "**").replace("SIN", "sin").replace("COS", "cos").replace("SQRT", "sqrt")
+            jobs.append(lambda: numexpr.evaluate(translated, {"x": x, "a": a}, out=y))
+        taken = [f"{min(fastest(job, 5) for _ in range(3)) / ROWS:.2f} ns" for job in jobs]
+        print(f"| `{text}` | {' | '.join([*taken, '-'][:3])} |", flush=True)
+
+
+def threads():
+    """Batches in one thread, and their halves in two."""
+    points, starts = many_outlines()
+    x = np.linspace(0.001, 9, 4 * ROWS)
+    y = np.empty_like(x)
+    grid = korvale.RayGrid(np.random.default_rng(2).uniform(-1, 1, (20000, 3, 3)) * 0.1
+                           + np.random.default_rng(3).uniform(-1, 1, (20000, 1, 3)))
+    origins = np.random.default_rng(4).uniform(-1, 1, (MANY, 3))
+
+    def equation(text):
+        system = korvale.Equations("y x a")
+        system.add(f"y = {text}")
+        copies = {first: system.copy() for first in (0, len(x) // 2)}
+        return lambda first, last: copies[first].evaluate(x=x[first:last], out=y[first:last])
+
+    batches = [("an equation of arithmetic", equation("x * 2 + a * (x - 1) / 3 - x * x"), len(x)),
+               ("an equation of functions", equation("SIN(x * 2) * COS(a) + SQRT(x)"), len(x)),
+               ("outlines in one call",
+                lambda first, last: korvale.offset_many(points, -0.1, starts=starts[first:last + 1]), OUTLINES),
+               ("rays at one grid", lambda first, last: grid.cast(origins[first:last], (0, 0, -1)), MANY)]
+    print(f"\n| two threads on {os.cpu_count()} processors | one | two | |\n|---|---:|---:|---:|")
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        for label, work, count in batches:
+            halves = [(0, count // 2), (count // 2, count)]
+            one, two = [], []
+            for _ in range(5):
+                one.append(fastest(lambda: [work(*half) for half in halves], 1))
+                two.append(fastest(lambda: list(pool.map(work, *zip(*halves))), 1))
+            alone, together = min(one) / 1e6, min(two) / 1e6
+            print(f"| {label} | {alone:.1f} ms | {together:.1f} ms | {alone / together:.2f} x |", flush=True)
+
+
 def main(loops):
     print("| job | C++ | Python | | at most |\n|---|---:|---:|---:|---:|")
     for job, label, times in ((rays, f"{MANY} rays", MANY), (equation, f"an equation over {MANY} rows", MANY),
@@ -76,3 +147,5 @@ def main(loops):
 
 
 main(sys.argv[1])
+columns()
+threads()
