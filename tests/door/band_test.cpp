@@ -401,20 +401,39 @@ TEST(DoorBand, OfALineAtOnePlaceStaysThere)
     }
 }
 
+/// The power of two that makes a line reach 1 to 2 along the axis on which it reaches furthest.
+double factor_for(const Numbers& line)
+{
+    double most = 0;
+    for (size_t axis = 0; axis < 3; ++axis) {
+        double low = line[axis], high = low;
+        for (size_t i = axis; i < line.size(); i += 3) {
+            low = std::min(low, line[i]);
+            high = std::max(high, line[i]);
+        }
+        most = std::max(most, high - low);
+    }
+    return std::ldexp(1.0, -std::ilogb(most));
+}
+
 TEST(DoorBand, ScalingByAPowerOfTwoScalesTheBand)
 {
+    // Small lines are computed as if they reached 1 to 2, large ones as if it were 2^23 to 2^24. Between these sizes
+    // thresholds of the sweep are absolute: two events at nearly the same time are one at one size and two at another.
     Random random(1233);
     for (int round = 0; round < rounds(200); ++round) {
-        Numbers line = wandering(random, random.between(3, 30), 1.5); // no event within a threshold of another
+        Numbers line = wandering(random, random.between(3, 30), 1.5);
         line.insert(line.end(), {30, 30, 0});
-        const double distance = random.uniform(-6, 6);
-        const Laid plain = laid(line, distance, options_of(1));
-        for (const int exponent : {-40, -12, 30}) {
-            const double scale = std::ldexp(1.0, exponent);
-            const Laid scaled = laid(times(scale, line), scale * distance, options_of(1));
-            ASSERT_EQ(scaled.outline, times(scale, plain.outline)) << "round " << round << ", 2^" << exponent;
-            ASSERT_EQ(scaled.removed, plain.removed);
-            ASSERT_EQ(scaled.narrowed, plain.narrowed);
+        const double distance = random.uniform(-6, 6), small = factor_for(line), large = std::ldexp(small, 23);
+        for (const double size : {small, large}) {
+            const Laid plain = laid(times(size, line), size * distance, options_of(1));
+            for (const int exponent : {1, 6, 35, 900}) {
+                const double scale = std::ldexp(1.0, size == small ? -exponent : exponent);
+                const Laid scaled = laid(times(scale * size, line), scale * size * distance, options_of(1));
+                ASSERT_EQ(scaled.outline, times(scale, plain.outline)) << "round " << round << ", " << scale;
+                ASSERT_EQ(scaled.removed, plain.removed);
+                ASSERT_EQ(scaled.narrowed, plain.narrowed);
+            }
         }
     }
 }
