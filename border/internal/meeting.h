@@ -15,8 +15,8 @@ struct MeetingSearch {
     static int64_t doubles_for(const Sweep& s);
 
     Sweep& s;           ///< asked whether to go on
-    int32_t rounds = 0; ///< searched
-    double pace = 0.0;  ///< distance that a round spends, on average
+    int32_t rounds = 0; ///< searched: counted by `earlier_split_event`
+    double pace = 0.0;  ///< distance that a round spends, on average: as `rounds`, read where a watch starts
     Watch watch;
 };
 

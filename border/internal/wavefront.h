@@ -72,16 +72,18 @@ public:
     Sweep& s() { return s_; }
     const Sweep& s() const { return s_; }
 
-    int32_t live; ///< vertices in the columns
-    Points at, ahead;
-    EdgeColumns edge, edge_before;
-    Points line_at;
-    EdgeColumns line_edge;
-    Points velocity;        ///< motion per unit of distance
-    Points velocity_before; ///< columns that take turns with those of `velocity`
-    Column<double> rate;    ///< change of an edge's length per unit of distance
-    Column<int32_t> id;     ///< [live] index in the sweep
-    Column<int32_t> list;   ///< [live] scratch of a single step
+    int32_t live;            ///< vertices in the columns: fewer after each `pack`
+    Column<int32_t> id;      ///< [live] index in the sweep
+    Points at;               ///< where the vertices are: set by `move_vertices`, read by all steps
+    Points ahead;            ///< the other set: written and swapped with `at` by `move_vertices`, then where they were
+    EdgeColumns edge;        ///< set by `measure_live`, read by all steps after it
+    EdgeColumns edge_before; ///< of the round before: swapped with `edge` by `measure_edges`
+    Points line_at;          ///< alias, set by `fit_edge_lines`, read when a row is handed back
+    EdgeColumns line_edge;   ///< the same of the edges
+    Points velocity;         ///< motion per unit of distance: set by `aim_vertices`
+    Points velocity_before;  ///< the other set: swapped with `velocity` by `aim_vertices`
+    Column<double> rate;     ///< change of an edge's length per unit of distance: set by `first_edge_event`
+    Column<int32_t> list;    ///< [live] scratch of a single step
 
     // The dead that are not packed away yet: added by `bury`, taken by `pack`.
     Column<uint8_t> gone;   ///< [live] 1 for each of them
