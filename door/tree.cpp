@@ -148,7 +148,7 @@ void Growth::tell(double done) const
 // Growing.
 
 Tree::Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth)
-    : triangles_(triangles), count_(count), scale_(scale_of(box)), low_(), high_(), centre_(), half_(0), slack_(0),
+    : triangles_(triangles), count_(count), scale_(scale_of(box)), low_(), high_(), centre_(), half_(0),
       is_ordinary_(true), grid_()
 {
     if (count == 0)
@@ -270,13 +270,13 @@ struct Tree::Slabs {
     }
 
     /// Where the ray begins, seen from where boxes are seen from: not too late.
-    float before(double slack) const { return static_cast<float>(-start - 1e-06 * std::fabs(start) - slack - 2 * pad); }
+    float before() const { return static_cast<float>(-start - 1e-06 * std::fabs(start) - 2 * pad); }
 
     /// A distance from the origin, seen from where boxes are seen from: not too short.
-    float from_here(double distance, double slack) const
+    float from_here(double distance) const
     {
         const double there = distance - start;
-        return static_cast<float>(there + 1e-06 * std::fabs(there) + slack + 2 * pad);
+        return static_cast<float>(there + 1e-06 * std::fabs(there) + 2 * pad);
     }
 };
 
@@ -340,11 +340,11 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
     };
     const Slabs slabs(ray, *this);
     const Sight seen(ray);
-    const Floats earliest = inside::all_floats(slabs.before(slack_));
+    const Floats earliest = inside::all_floats(slabs.before());
     Waiting waiting[kMostWaiting + 1];
     Waiting at = {0, earliest[0]};
     int32_t n = 0;
-    float latest = slabs.from_here(reach, slack_);
+    float latest = slabs.from_here(reach);
     for (;;) {
         if (at.child < 0) {
             const int32_t code = -1 - at.child;
@@ -355,29 +355,30 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
                     !visit(first[i], distance, reach))
                     return;
             }
-            latest = slabs.from_here(reach, slack_);
+            latest = slabs.from_here(reach);
         } else {
             const Node& node = nodes_[static_cast<size_t>(at.child)];
-            Floats entry = earliest, exit = inside::all_floats(latest);
+            Floats entry = inside::all_floats(-std::numeric_limits<float>::infinity()), exit = -entry;
             for (int k = 0; k < 3; ++k) {
                 const Floats nearer = inside::load_floats(slabs.is_down[k] ? node.high[k] : node.low[k]);
                 const Floats farther = inside::load_floats(slabs.is_down[k] ? node.low[k] : node.high[k]);
                 entry = inside::greater((nearer - slabs.entry[k]) * slabs.inverse[k], entry);
                 exit = inside::less((farther - slabs.exit[k]) * slabs.inverse[k], exit);
             }
-            unsigned met = inside::bits(entry <= exit);
+            const Floats slack = inside::load_floats(node.slack), first = entry - slack, last = exit + slack;
+            unsigned met = inside::bits((entry <= exit) & (first <= inside::all_floats(latest)) & (last >= earliest));
             if (std::has_single_bit(met)) {
                 const int c = std::countr_zero(met);
-                at = {node.children[c], entry[c]};
+                at = {node.children[c], first[c]};
                 continue;
             }
             const int32_t others = n;
             for (; met != 0; met &= met - 1) {
                 const int c = std::countr_zero(met);
                 int32_t i = n++;
-                for (; kNearestFirst && i > others && waiting[i - 1].entry < entry[c]; --i)
+                for (; kNearestFirst && i > others && waiting[i - 1].entry < first[c]; --i)
                     waiting[i] = waiting[i - 1];
-                waiting[i] = {node.children[c], entry[c]};
+                waiting[i] = {node.children[c], first[c]};
             }
         }
         do {

@@ -28,10 +28,10 @@ namespace {
 /// How much wider the box of a triangle is, as a share of the sum of its sides; `tree.cpp` tells why.
 constexpr double kTrianglePad = 1e-06;
 
-/// How far off along the ray a triangle of that sum may be met.
-double slack_of(double extent)
+/// How far off along the ray a triangle of that sum may be met, not rounded down.
+float slack_of(double extent)
 {
-    return std::min(2 * extent, 4e-08 * extent * extent * extent);
+    return static_cast<float>(1.000001 * std::min(2 * extent, 4e-08 * extent * extent * extent));
 }
 
 /// Triangles of a leaf, at most.
@@ -55,6 +55,7 @@ constexpr int32_t kManyKeys = 256;
 /// Between two reports of progress so many triangles are measured, or leaves hung.
 constexpr int32_t kReport = 100000;
 
+/// The fourth lane of `high` is how far off along a ray the triangles in it may be met, at most.
 struct Box {
     Floats low = all_floats(std::numeric_limits<float>::infinity()),
            high = all_floats(-std::numeric_limits<float>::infinity());
@@ -217,7 +218,6 @@ private:
         const Curve curve(all_floats(-2 * half), 4 * half, n_);
         const Doubles centre = load_two(tree_.centre_);
         const double centre_z = tree_.centre_[2], scale = tree_.scale_;
-        double largest = 0;
         for (int32_t t = 0; t < n_; ++t) {
             if (t % kReport == 0)
                 growth_.tell(0.3 * t / n_);
@@ -228,15 +228,13 @@ private:
             const double high_z = scale * std::max(p[2], std::max(p[5], p[8])) - centre_z;
             const Doubles wide = high - low;
             const double extent = wide[0] + wide[1] + (high_z - low_z), pad = kTrianglePad * extent;
-            largest = std::max(largest, extent);
             Box& box = boxes_[t];
             box.low = Floats{static_cast<float>(low[0] - pad), static_cast<float>(low[1] - pad),
                              static_cast<float>(low_z - pad), 0};
             box.high = Floats{static_cast<float>(high[0] + pad), static_cast<float>(high[1] + pad),
-                              static_cast<float>(high_z + pad), 0};
+                              static_cast<float>(high_z + pad), slack_of(extent)};
             keys_[t] = key_of(curve.code(box.twice_centre()), t);
         }
-        tree_.slack_ = slack_of(largest);
         if (curve.can_tell())
             sort_by(curve, 0, n_);
     }
@@ -400,6 +398,7 @@ private:
                     node.low[k][c] = box.low[k];
                     node.high[k][c] = box.high[k];
                 }
+                node.slack[c] = box.high[3];
                 node.children[c] = -1;
                 if (c < n && parts[c].size() > 1) {
                     waiting.push_back({parts[c], number, c});

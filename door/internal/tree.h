@@ -73,10 +73,11 @@ public:
 private:
     static constexpr int kWidth = 4;
 
-    /// Boxes of the children, less the centre, and what stands in them: another node, or -1 less 8 times the first of
-    /// up to eight triangles and their number less 1. A child that is not there has a box that nothing meets.
+    /// Boxes of the children, less the centre, how far from them along a ray a triangle in them may be met, and what
+    /// stands in them: another node, or -1 less 8 times the first of up to eight triangles and their number less 1. A
+    /// child that is not there has a box that nothing meets.
     struct Node {
-        float low[3][kWidth], high[3][kWidth];
+        float low[3][kWidth], high[3][kWidth], slack[kWidth];
         int32_t children[kWidth];
     };
 
@@ -114,8 +115,7 @@ private:
     int32_t count_;
     double scale_;
     double low_[3], high_[3], centre_[3];
-    double half_;  ///< the largest half extent
-    double slack_; ///< how far from its box along the ray a triangle may be met
+    double half_; ///< the largest half extent
     bool is_ordinary_;
     Vector<double> planes_;
     inside::Grid grid_;
