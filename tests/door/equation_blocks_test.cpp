@@ -353,6 +353,68 @@ TEST(EquationBlocks, ReadTheRecordsAnew)
     EXPECT_EQ(y[23], -4);
 }
 
+/// Changes what a host may change between calls, in both systems alike.
+void edit(Random& random, const Pair& pair)
+{
+    const int32_t equation = random.below(pair.equations), p = random.between(1, 12);
+    const int32_t what = random.below(6), variable = random.below(8), function = random.below(5);
+    const double value = random.awkward();
+    const bool is_end = random.one_in(4);
+    char rand[] = "RAND";
+    for (const System* system : {&pair.quick, &pair.plain}) {
+        EquationSystem& es = *system->record();
+        const auto child = [&](int32_t which) {
+            return static_cast<DATAstruct*>(es.equations->pvals[3 * equation + which]);
+        };
+        const bool is_item = p < child(0)->count;
+        int32_t &kind = child(0)->ivals[p], &operand = child(1)->ivals[p];
+        const auto* const table = static_cast<const DATAstruct*>(es.tables->pvals[EqLookupFunction(&es, rand)]);
+        if (what == 0 && is_item)
+            child(2)->dvals[p] = value;
+        else if (what == 1 && is_item && kind == EQ_ITEM_VARIABLE)
+            operand = variable;
+        else if (what == 2 && is_item && kind == EQ_ITEM_BINARY)
+            operand = function;
+        else if (what == 3 && is_item && is_end)
+            kind = EQ_ITEM_END;
+        else if (what == 4 && table->count > 0 && table->dim > 0)
+            table->dvals[0] = value;
+        else if (what == 5)
+            es.var_vals->dvals[variable] = value;
+    }
+}
+
+TEST(EquationBlocks, GiveWhatTheStepsGiveWhateverTheHostHasEdited)
+{
+    Random random(1223);
+    int in_blocks = 0;
+    for (int round = 0; round < rounds(300); ++round) {
+        Pair pair(random);
+        if (pair.equations == 0)
+            continue;
+        const int32_t equation = random.below(pair.equations);
+        std::vector<double> x(40), y(40), expected(40);
+        for (double& number : x)
+            number = random.uniform(-3, 3);
+        const korvale_column column = {"x", rows_of(x)};
+        const korvale_numbers_out output = rows_to(y);
+        for (int again = 0; again < 5; ++again) {
+            EqSeed(again);
+            for (size_t row = 0; row < x.size(); ++row) {
+                pair.plain.value("x") = x[row];
+                expected[row] = reference::evaluate(pair.plain.record(), equation);
+            }
+            EqSeed(again);
+            ASSERT_EQ(korvale_equations_evaluate_rows(pair.quick, equation, &column, 1, &output, nullptr), KORVALE_OK);
+            in_blocks += pair.quick.in_blocks() ? 1 : 0;
+            ASSERT_TRUE(same_bits(expected, y)) << round;
+            ASSERT_TRUE(is_same_state(pair.quick, pair.plain)) << round;
+            edit(random, pair);
+        }
+    }
+    EXPECT_GT(in_blocks, rounds(300));
+}
+
 TEST(EquationBlocks, DivideAndTakeZerosAsRowsDo)
 {
     const System e;

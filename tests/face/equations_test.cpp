@@ -320,6 +320,22 @@ TEST(FaceEquations, RepeatWithASeedOfTheirOwn)
     EXPECT_EQ(b.seeded(), moved.seeded());
 }
 
+TEST(FaceEquations, TellWhichWayTheLatestColumnsTook)
+{
+    Equations e = drum();
+    const int h = e.add("h = r * t");
+    const std::vector<double> r(100, 3.0);
+    EXPECT_FALSE(e.ran_in_blocks());
+    e.set("t", 2);
+    EXPECT_EQ(e.evaluate(h, {{"r", r}})[99], 6);
+    EXPECT_TRUE(e.ran_in_blocks());
+    EXPECT_EQ(e.evaluate(h, {{"r", {r.data(), 5}}})[4], 6);
+    EXPECT_FALSE(e.ran_in_blocks()); // too few rows
+    e.system().var_vals->dvals[EqLookupVariable(&e.system(), std::string("t").data())] = 4;
+    EXPECT_EQ(e.evaluate(h, {{"r", r}})[99], 12); // what the host has written to the record
+    EXPECT_TRUE(e.ran_in_blocks());
+}
+
 TEST(FaceEquations, Move)
 {
     Equations e = drum();
