@@ -4,14 +4,13 @@
 
 #include <pybind11/stl.h>
 
-#include "records.h"
+#include "bind.h"
 
 namespace korvale::raw {
 namespace {
 
 using TableHeld = std::shared_ptr<Table>;
 using TreeHeld = std::shared_ptr<Tree>;
-using Matrix = double (*)[4];
 
 const char* kind_name(int32_t kind)
 {
@@ -39,20 +38,20 @@ template <class Class>
 void add_fields(Class& type)
 {
     using Object = typename Class::type;
-    const auto size = [](auto field) {
-        return std::pair([field](const Object& o) { return o.live().*field; },
-                         [field](Object& o, int32_t value) {
-                             if (o.is_part)
-                                 throw py::value_error("this record is part of a status, to which its sizes belong");
-                             o.live().*field = value;
-                         });
+    using R = std::remove_reference_t<decltype(std::declval<Object>().live())>;
+    const auto def_size = [&type](const char* name, int32_t R::*field, const char* text) {
+        type.def_property(
+            name, [field](const Object& o) { return o.live().*field; },
+            [field](Object& o, int32_t value) {
+                if (o.is_part)
+                    throw py::value_error("this record is part of a status, to which its sizes belong");
+                o.live().*field = value;
+            },
+            text);
     };
-    const auto dim = size(&std::remove_reference_t<decltype(std::declval<Object>().live())>::dim);
-    const auto count = size(&std::remove_reference_t<decltype(std::declval<Object>().live())>::count);
-    const auto kind = size(&std::remove_reference_t<decltype(std::declval<Object>().live())>::type);
-    type.def_property("dim", dim.first, dim.second, "Components per element; -1 when unset.")
-        .def_property("count", count.first, count.second, "Elements; -1 when unset.")
-        .def_property("type", kind.first, kind.second, "The kind of the elements, one of DATA_TYPE_...");
+    def_size(FIELD(R, dim), "Components per element; -1 when unset.");
+    def_size(FIELD(R, count), "Elements; -1 when unset.");
+    def_size(FIELD(R, type), "The kind of the elements, one of DATA_TYPE_...");
     const char* const names[] = {"dvals", "ivals", "bvals"};
     const char* const texts[] = {"The buffer of kind double as an array [count][dim] of float64, or None.",
                                  "The buffer of kind int as an array [count][dim] of int32, or None.",
@@ -120,303 +119,172 @@ int with_old_buffers(Data& record, Work&& work)
     return result;
 }
 
+int allocate(Data* d)
+{
+    return with_old_buffers(*d, [d] { return DataAllocate(d); });
+}
+
+void initialize_node(ListNode& node)
+{
+    DataListInitialize(static_cast<data_list_struct*>(node.record));
+    node.following.reset();
+}
+
+/// Empties every node and frees none: each belongs to its object.
+void dispose_list(Call& call, const std::shared_ptr<ListNode>& head)
+{
+    std::shared_ptr<ListNode> node = head;
+    do {
+        call.take(node, "head", Use::empty);
+        std::shared_ptr<ListNode> next = std::move(node->following);
+        auto* const record = static_cast<data_list_struct*>(node->record);
+        record->next = nullptr;
+        DataListDispose(record);
+        node = std::move(next);
+    } while (node != nullptr);
+}
+
 void add_first_generation(py::module_& m)
 {
-    m.def(
-        "DataInitialize",
-        [](const TableHeld& d) {
-            Call call("DataInitialize");
-            DataInitialize(call.empty(d, "d"));
-        },
-        py::arg("d"), described("DataInitialize"));
-    m.def(
-        "DataListInitialize",
-        [](const std::shared_ptr<ListNode>& node) {
-            Call call("DataListInitialize");
-            call.empty(node, "node");
-            DataListInitialize(static_cast<data_list_struct*>(node->record));
-            node->following.reset();
-        },
-        py::arg("node"), described("DataListInitialize"));
-    m.def(
-        "DataNew", [] { return Table::make(); }, described("DataNew"));
-    m.def(
-        "DataListNew", [] { return ListNode::make(); }, described("DataListNew"));
-    m.def(
-        "DataAllocate",
-        [](const TableHeld& d) {
-            Call call("DataAllocate");
-            Data* const record = call.remake(d, "d");
-            return with_old_buffers(*record, [&] { return DataAllocate(record); });
-        },
-        py::arg("d"), described("DataAllocate"));
-    m.def(
-        "DataDispose",
-        [](const TableHeld& d) {
-            Call call("DataDispose");
-            DataDispose(call.empty(d, "d"));
-        },
-        py::arg("d"), described("DataDispose"));
-    m.def(
-        "DataListDispose",
-        [](const std::shared_ptr<ListNode>& head) {
-            Call call("DataListDispose");
-            // Every node is emptied, and none freed: each belongs to its object.
-            std::shared_ptr<ListNode> node = head;
-            do {
-                call.empty(node, "head");
-                std::shared_ptr<ListNode> next = std::move(node->following);
-                auto* const record = static_cast<data_list_struct*>(node->record);
-                record->next = nullptr;
-                DataListDispose(record);
-                node = std::move(next);
-            } while (node != nullptr);
-        },
-        py::arg("head"), described("DataListDispose"));
-    m.def(
-        "DataReverse",
-        [](const TableHeld& d) {
-            Call call("DataReverse");
-            Data* const record = call.write(d, "d");
-            call.run([=] { DataReverse(record); });
-        },
-        py::arg("d"), described("DataReverse"));
+    def(m, NAMED(DataInitialize), empty("d"));
+    def(m, "DataListInitialize", initialize_node, empty("node"));
+    def(m, "DataNew", Table::make);
+    def(m, "DataListNew", ListNode::make);
+    def(m, "DataAllocate", allocate, remake("d"));
+    def(m, NAMED(DataDispose), empty("d"));
+    def(m, "DataListDispose", dispose_list, plain("head"));
+    def_unlocked(m, NAMED(DataReverse), write("d"));
 }
 
 // --- Second generation -----------------------------------------------------------------------------------------------
 
-template <class Result>
-void def_question(py::module_& m, const char* name, Result (*function)(DATAstruct*), const char* argument)
+/// Clears the slots that are gained, which the library does not.
+int reallocate(Tree& d)
 {
-    m.def(
-        name,
-        [name, function, argument](const TreeHeld& d) {
-            Call call(name);
-            return function(call.read_optional(d, argument));
-        },
-        py::arg(argument), described(name));
+    const size_t before = d.slot_count();
+    const int result = DATAReAllocate(d.record);
+    if (const size_t now = d.slot_count(); now > before)
+        std::fill(d.record->pvals + before, d.record->pvals + now, nullptr);
+    return result;
+}
+
+TreeHeld list_to_array(Call& call, const TreeHeld& first)
+{
+    if (first == nullptr)
+        return nullptr;
+    if (first->is_part)
+        call.refuse("first is part of a status and stands in no slot");
+    return Tree::of(DATAListToDATA(call.take(first, "first", Use::read)));
 }
 
 void add_second_generation(py::module_& m)
 {
-    m.def(
-        "DATAInitialize",
-        [](const TreeHeld& d) {
-            Call call("DATAInitialize");
-            DATAInitialize(call.empty(d, "d"));
-        },
-        py::arg("d"), described("DATAInitialize"));
-    m.def(
-        "DATANew", [] { return Tree::make(); }, described("DATANew"));
-    m.def(
-        "DATAAllocate",
-        [](const TreeHeld& d) {
-            Call call("DATAAllocate");
-            DATAstruct* const record = call.remake(d, "d");
-            return call.run([=] { return DATAAllocate(record); });
-        },
-        py::arg("d"), described("DATAAllocate"));
-    m.def(
-        "DATAReAllocate",
-        [](const TreeHeld& d) {
-            Call call("DATAReAllocate");
-            DATAstruct* const record = call.remake(d, "d");
-            return call.run([&] {
-                const size_t before = d->slot_count();
-                const int result = DATAReAllocate(record);
-                if (const size_t now = d->slot_count();
-                    now > before) // the library does not clear slots that are gained
-                    std::fill(record->pvals + before, record->pvals + now, nullptr);
-                return result;
-            });
-        },
-        py::arg("d"), described("DATAReAllocate"));
-    m.def(
-        "DATANodeDispose",
-        [](const TreeHeld& d) {
-            Call call("DATANodeDispose");
-            DATANodeDispose(call.empty(d, "d"));
-        },
-        py::arg("d"), described("DATANodeDispose"));
-    m.def(
-        "DATADispose",
-        [](const TreeHeld& d) {
-            Call call("DATADispose");
-            return DATADispose(call.empty(d, "d"));
-        },
-        py::arg("d"), described("DATADispose"));
-    m.def(
-        "DATAListToDATA",
-        [](const TreeHeld& first) -> TreeHeld {
-            Call call("DATAListToDATA");
-            if (first == nullptr)
-                return nullptr;
-            if (first->is_part)
-                call.refuse("first is part of a status and stands in no slot");
-            return Tree::of(DATAListToDATA(call.read(first, "first")));
-        },
-        py::arg("first"), described("DATAListToDATA"));
-    def_question(m, "DATAListCount", DATAListCount, "first");
-    def_question(m, "DATACheckIfPoints", DATACheckIfPoints, "d");
-    def_question(m, "DATACheckIfFace", DATACheckIfFace, "d");
-    def_question(m, "DATACheckIfPatch", DATACheckIfPatch, "d");
-    def_question(m, "DATACheckIfMesh", DATACheckIfMesh, "d");
-    for (const auto& [name, function] :
-         {std::pair("DATAReverse", &DATAReverse), std::pair("DATASubReverse", &DATASubReverse)})
-        m.def(
-            name,
-            [name = name, function = function](const TreeHeld& d) {
-                Call call(name);
-                DATAstruct* const record = call.write(d, "d");
-                call.run([=] { function(record); });
-            },
-            py::arg("d"), described(name));
+    def(m, NAMED(DATAInitialize), empty("d"));
+    def(m, "DATANew", Tree::make);
+    def_unlocked(m, NAMED(DATAAllocate), remake("d"));
+    def_unlocked(m, "DATAReAllocate", reallocate, remake("d"));
+    def(m, NAMED(DATANodeDispose), empty("d"));
+    def(m, NAMED(DATADispose), empty("d"));
+    def(m, "DATAListToDATA", list_to_array, plain("first"));
+    def(m, NAMED(DATAListCount), read("first", or_none));
+    def(m, NAMED(DATACheckIfPoints), read("d", or_none));
+    def(m, NAMED(DATACheckIfFace), read("d", or_none));
+    def(m, NAMED(DATACheckIfPatch), read("d", or_none));
+    def(m, NAMED(DATACheckIfMesh), read("d", or_none));
+    def_unlocked(m, NAMED(DATAReverse), write("d"));
+    def_unlocked(m, NAMED(DATASubReverse), write("d"));
 }
 
 // --- Operations ------------------------------------------------------------------------------------------------------
+
+/// An array that is copied; not the arrays of a status, which a copy would share.
+struct Source : Record<Required> {
+    template <class C>
+    ObjectTaken<C> take(Call& call, const Held<C>& given) const
+    {
+        const auto taken = Record::take<C>(call, given);
+        if (given->is_part && given->record->type == DATA_TYPE_DATA)
+            call.refuse("the arrays in the slots belong to a status and cannot be shared: copy one by one");
+        return taken;
+    }
+};
+
+Source source(const char* name)
+{
+    return {read(name)};
+}
 
 /// The output of a mix: written in place where it has the shape and kind of `like`, else made anew.
 template <class Object>
 auto* output_like(Call& call, const std::shared_ptr<Object>& output, const Object& like)
 {
     if (output == nullptr || output->record == nullptr)
-        return call.write(output, "output");
+        return call.take(output, "output", Use::write);
     const auto& a = *like.record;
     const auto& o = *output->record;
     const int number = buffer_number(a.type);
     if (o.type == a.type && o.count == a.count && o.dim == a.dim && number < kSlots && buffer_at(o, number) != nullptr)
-        return call.write(output, "output");
-    auto* const shaped = call.shape(output, "output");
+        return call.take(output, "output", Use::write);
+    auto* const shaped = call.take(output, "output", Use::shape);
     if constexpr (std::is_same_v<Object, Tree>)
         output->part_company(); // the library disposes such an output, with all that hangs on it
     return shaped;
 }
 
-/// Raises for arrays that are part of a status: a copy would share them.
-void refuse_parts(const Call&, const Table&)
+template <class R>
+void def_mix(py::module_& m, const char* name, int (*mix)(R*, R*, double, double, R*))
 {
+    def_work<Object<R>&, R*, double, double, const Held<R>&>(
+        m, name,
+        [mix](Call& call, Object<R>& a, R* b, double wa, double wb, const Held<R>& output) {
+            R* const o = output_like(call, output, a);
+            return call.run([=, &a] { return mix(a.record, b, wa, wb, o); });
+        },
+        read("a"), read("b"), plain("wa"), plain("wb"), plain("output"));
 }
 
-void refuse_parts(const Call& call, const Tree& source)
+template <class R>
+void def_four_mix(py::module_& m, const char* name, int (*mix)(R*, R*, R*, R*, double, double, double, double, R*))
 {
-    if (source.is_part && source.record != nullptr && source.record->type == DATA_TYPE_DATA)
-        call.refuse("the arrays in the slots belong to a status and cannot be shared: copy one by one");
+    def_work<Object<R>&, R*, R*, R*, double, double, double, double, const Held<R>&>(
+        m, name,
+        [mix](Call& call, Object<R>& a, R* b, R* c, R* d, double wa, double wb, double wc, double wd,
+              const Held<R>& output) {
+            R* const o = output_like(call, output, a);
+            return call.run([=, &a] { return mix(a.record, b, c, d, wa, wb, wc, wd, o); });
+        },
+        read("a"), read("b"), read("c"), read("d"), plain("wa"), plain("wb"), plain("wc"), plain("wd"),
+        plain("output"));
 }
 
-template <class Object, class R>
-void def_operations(py::module_& m, const char* cat_name, int (*cat)(R*, R*, R*), const char* copy_name,
-                    int (*copy)(R*, R*), const char* box_name, int (*box_around)(R*, R*), const char* xfm_name,
-                    void (*transform)(Matrix, R*, R*))
+int bounds(Data* s, Data* o)
 {
-    using Held = std::shared_ptr<Object>;
-    m.def(
-        cat_name,
-        [=](const Held& first, const Held& second, const Held& output) {
-            Call call(cat_name);
-            R *const a = call.read(first, "first"), *const b = call.read(second, "second");
-            refuse_parts(call, *first);
-            refuse_parts(call, *second);
-            R* const o = call.shape(output, "output");
-            return call.run([=] { return cat(a, b, o); });
-        },
-        py::arg("first"), py::arg("second"), py::arg("output"), described(cat_name));
-    m.def(
-        copy_name,
-        [=](const Held& source, const Held& output) {
-            Call call(copy_name);
-            R* const s = call.read(source, "source");
-            refuse_parts(call, *source);
-            R* const o = call.shape(output, "output");
-            return call.run([=] { return copy(s, o); });
-        },
-        py::arg("source"), py::arg("output"), described(copy_name));
-    m.def(
-        box_name,
-        [=](const Held& src, const Held& box) {
-            Call call(box_name);
-            R *const s = call.read(src, "src"), *const b = call.write(box, "box");
-            return call.run([=] { return box_around(s, b); });
-        },
-        py::arg("src"), py::arg("box"), described(box_name));
-    m.def(
-        xfm_name,
-        [=](const py::object& by, const Held& source, const Held& output) {
-            Call call(xfm_name);
-            const py::array_t<double> given = numbers(by, 16, xfm_name, "m");
-            auto* const matrix = reinterpret_cast<Matrix>(const_cast<double*>(given.data())); // read only
-            R *const s = call.read(source, "source"), *const o = call.write(output, "output");
-            call.run([=] { transform(matrix, s, o); });
-        },
-        py::arg("m"), py::arg("source"), py::arg("output"), described(xfm_name));
+    // The library releases an output that is narrower, shorter or of another kind itself.
+    if (s->dim > o->dim || o->count < 2 || s->type != o->type)
+        return DataBounds(s, o);
+    return with_old_buffers(*o, [=] { return DataBounds(s, o); });
 }
 
-template <class Object, class R>
-void def_mixes(py::module_& m, const char* name, int (*mix)(R*, R*, double, double, R*), const char* four_name,
-               int (*mix_four)(R*, R*, R*, R*, double, double, double, double, R*))
+void add_operations(py::module_& m)
 {
-    using Held = std::shared_ptr<Object>;
-    m.def(
-        name,
-        [=](const Held& a, const Held& b, double wa, double wb, const Held& output) {
-            Call call(name);
-            R *const first = call.read(a, "a"), *const second = call.read(b, "b");
-            R* const o = output_like(call, output, *a);
-            return call.run([=] { return mix(first, second, wa, wb, o); });
-        },
-        py::arg("a"), py::arg("b"), py::arg("wa"), py::arg("wb"), py::arg("output"), described(name));
-    m.def(
-        four_name,
-        [=](const Held& a, const Held& b, const Held& c, const Held& d, double wa, double wb, double wc, double wd,
-            const Held& output) {
-            Call call(four_name);
-            R *const first = call.read(a, "a"), *const second = call.read(b, "b");
-            R *const third = call.read(c, "c"), *const fourth = call.read(d, "d");
-            R* const o = output_like(call, output, *a);
-            return call.run([=] { return mix_four(first, second, third, fourth, wa, wb, wc, wd, o); });
-        },
-        py::arg("a"), py::arg("b"), py::arg("c"), py::arg("d"), py::arg("wa"), py::arg("wb"), py::arg("wc"),
-        py::arg("wd"), py::arg("output"), described(four_name));
-}
-
-void add_bounds(py::module_& m)
-{
-    m.def(
-        "DataBounds",
-        [](const TableHeld& source, const TableHeld& output) {
-            Call call("DataBounds");
-            Data *const s = call.read(source, "source"), *const o = call.shape(output, "output");
-            // The library releases an output that is narrower, shorter or of another kind itself.
-            if (s->dim > o->dim || o->count < 2 || s->type != o->type)
-                return call.run([=] { return DataBounds(s, o); });
-            return call.run([=] { return with_old_buffers(*o, [=] { return DataBounds(s, o); }); });
-        },
-        py::arg("source"), py::arg("output"), described("DataBounds"));
-    m.def(
-        "DATABounds",
-        [](const TreeHeld& source, const TreeHeld& output) {
-            Call call("DATABounds");
-            DATAstruct *const s = call.read(source, "source"), *const o = call.shape(output, "output");
-            return call.run([=] { return DATABounds(s, o); });
-        },
-        py::arg("source"), py::arg("output"), described("DATABounds"));
-}
-
-template <class Object, class R>
-void def_sample(py::module_& m, const char* name, void (*sample)(R*, unsigned, R*, R*, R*))
-{
-    using Held = std::shared_ptr<Object>;
-    m.def(
-        name,
-        [=](const Held& triangles, unsigned seed, const Held& points, const Held& vertex_attributes,
-            const Held& point_attributes) {
-            Call call(name);
-            R *const t = call.read(triangles, "triangles"), *const p = call.write(points, "points");
-            R* const va = call.read_optional(vertex_attributes, "vertex_attributes");
-            R* const pa = call.write_optional(point_attributes, "point_attributes");
-            call.run([=] { sample(t, seed, p, va, pa); });
-        },
-        py::arg("triangles"), py::arg("seed"), py::arg("points"), py::arg("vertex_attributes") = py::none(),
-        py::arg("point_attributes") = py::none(), described(name));
+    def_unlocked(m, NAMED(DataCat), source("first"), source("second"), shape("output"));
+    def_unlocked(m, NAMED(DATACat), source("first"), source("second"), shape("output"));
+    def_unlocked(m, NAMED(DataCopy), source("source"), shape("output"));
+    def_unlocked(m, NAMED(DATACopy), source("source"), shape("output"));
+    def_unlocked(m, NAMED(DataBBox), read("src"), write("box"));
+    def_unlocked(m, NAMED(DATABBox), read("src"), write("box"));
+    def_unlocked(m, NAMED(TransformData), in<16>("m"), read("source"), write("output"));
+    def_unlocked(m, NAMED(TransformDATA), in<16>("m"), read("source"), write("output"));
+    def_mix(m, NAMED(DataMix));
+    def_mix(m, NAMED(DATAMix));
+    def_four_mix(m, NAMED(Data4Mix));
+    def_four_mix(m, NAMED(DATA4Mix));
+    def_unlocked(m, "DataBounds", bounds, read("source"), shape("output"));
+    def_unlocked(m, NAMED(DATABounds), read("source"), shape("output"));
+    def_unlocked(m, NAMED(DataTriSample), read("triangles"), plain("seed"), write("points"),
+                 read("vertex_attributes", optional), write("point_attributes", optional));
+    def_unlocked(m, NAMED(DATATriSample), read("triangles"), plain("seed"), write("points"),
+                 read("vertex_attributes", optional), write("point_attributes", optional));
 }
 
 } // namespace
@@ -458,15 +326,7 @@ void add_arrays(py::module_& m)
 {
     add_first_generation(m);
     add_second_generation(m);
-    def_operations<Table>(m, "DataCat", DataCat, "DataCopy", DataCopy, "DataBBox", DataBBox, "TransformData",
-                          TransformData);
-    def_operations<Tree>(m, "DATACat", DATACat, "DATACopy", DATACopy, "DATABBox", DATABBox, "TransformDATA",
-                         TransformDATA);
-    def_mixes<Table>(m, "DataMix", DataMix, "Data4Mix", Data4Mix);
-    def_mixes<Tree>(m, "DATAMix", DATAMix, "DATA4Mix", DATA4Mix);
-    add_bounds(m);
-    def_sample<Table>(m, "DataTriSample", DataTriSample);
-    def_sample<Tree>(m, "DATATriSample", DATATriSample);
+    add_operations(m);
 }
 
 } // namespace korvale::raw

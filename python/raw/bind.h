@@ -8,19 +8,20 @@
 /// @file
 /// A function of the library as a row: its name, and what each of its parameters is.
 ///
-///     bind(m, NAMED(cross_product), in<3>("a"), in<3>("b"), out<3>());
+///     def(m, NAMED(cross_product), in<3>("a"), in<3>("b"), out<3>());
 ///
-/// A parameter has three parts: `argument()`, what Python calls it; `Given<C>`, the type that Python passes where the
-/// function takes a C; and `take<C>(call, given)`, which checks what is given and keeps it for the call. What it keeps
-/// is `handed()` to the function and comes `back()` after it. Python gets the result of the function and then all that
-/// comes back: nothing, one value or a tuple.
+/// A parameter says what Python calls it (`argument()`), what Python passes where the function takes a C (`Given<C>`),
+/// and how that is looked at and kept for the call (`take<C>`). What it keeps is `handed()` to the function, and may
+/// have something to give `back()` after it. Python gets the result of the function and then all that is given back, as
+/// one value or a tuple.
 ///
-/// A function with steps of its own is a lambda of the same form. It may take a record as the object that Python has
-/// (`Tree&` instead of `DATAstruct*`) and the `Call` before everything else.
+/// A function with steps of its own is bound in the same way. It may take the object that Python has (`Tree&`) instead
+/// of its record (`DATAstruct*`), and the `Call` before everything else.
 
 namespace korvale::raw {
 
 #define NAMED(function) #function, &function
+#define FIELD(record, field) #field, &record::field
 
 using Array = py::array_t<double>;
 
@@ -29,53 +30,42 @@ inline double* doubles(const Array& array)
     return const_cast<double*>(array.data()); // the library takes its inputs by plain pointers
 }
 
-// --- What comes after the name ---------------------------------------------------------------------------------------
+// --- Parameters ------------------------------------------------------------------------------------------------------
 
-/// For an argument that is always passed, for one that may be None, and for one that may be left out.
+/// One that is always passed, one that may be None, and one that may be left out, which is None as well. Any other
+/// value stands for what is left out.
 struct Required {};
 constexpr struct OrNone {
 } or_none;
 constexpr struct Optional {
 } optional;
 
-inline py::arg argument_named(const char* name, Required)
-{
-    return py::arg(name);
-}
+template <class Default = Required>
+struct Parameter {
+    const char* name;
+    Default value = {};
 
-inline py::arg argument_named(const char* name, OrNone)
-{
-    return py::arg(name);
-}
-
-inline py::arg_v argument_named(const char* name, Optional)
-{
-    return py::arg(name) = py::none();
-}
-
-template <class Value>
-py::arg_v argument_named(const char* name, const Value& value)
-{
-    return py::arg(name) = value;
-}
-
-// --- Numbers and texts -----------------------------------------------------------------------------------------------
+    auto argument() const
+    {
+        if constexpr (std::is_same_v<Default, Optional>)
+            return py::arg(name) = py::none();
+        else if constexpr (std::is_empty_v<Default>)
+            return py::arg(name);
+        else
+            return py::arg(name) = value;
+    }
+};
 
 /// What needs no look: a number, or an object as it is.
 template <class Default>
-struct Plain {
-    const char* name;
-    Default value;
-
+struct Plain : Parameter<Default> {
     template <class C>
     using Given = C;
     template <class C>
     struct Taken {
         C given;
         C handed() const { return given; }
-        std::tuple<> back() const { return {}; }
     };
-    auto argument() const { return argument_named(name, value); }
     template <class C>
     Taken<C> take(const Call&, C given) const
     {
@@ -85,19 +75,15 @@ struct Plain {
 
 /// A number that the function takes by its address and changes.
 template <class Default>
-struct Addressed {
-    const char* name;
-    Default value;
-
+struct Addressed : Parameter<Default> {
     template <class C>
     using Given = std::remove_pointer_t<C>;
     template <class C>
     struct Taken {
         Given<C> number;
         C handed() { return &number; }
-        std::tuple<Given<C>> back() const { return number; }
+        auto back() const { return std::make_tuple(number); }
     };
-    auto argument() const { return argument_named(name, value); }
     template <class C>
     Taken<C> take(const Call&, Given<C> given) const
     {
@@ -106,17 +92,14 @@ struct Addressed {
 };
 
 /// A text that the library may write to.
-struct Text {
-    const char* name;
-
+template <class Default>
+struct Text : Parameter<Default> {
     template <class C>
     using Given = std::string;
     struct Taken {
         std::string text;
         char* handed() { return text.data(); }
-        std::tuple<> back() const { return {}; }
     };
-    py::arg argument() const { return py::arg(name); }
     template <class C>
     Taken take(const Call& call, std::string given) const
     {
@@ -126,33 +109,28 @@ struct Text {
     }
 };
 
-/// Numbers of a vector or a matrix.
-template <class C>
-struct ArrayTaken {
-    Array array;
-    C handed() const { return reinterpret_cast<C>(doubles(array)); }
-    std::tuple<> back() const { return {}; }
-};
-
-/// Those that are read: anything that NumPy takes.
-struct In {
-    const char* name;
+/// Numbers of a vector or a matrix that are read: anything that NumPy takes.
+struct In : Parameter<> {
     py::ssize_t count;
 
     template <class C>
     using Given = const py::object&;
-    py::arg argument() const { return py::arg(name); }
     template <class C>
-    ArrayTaken<C> take(const Call& call, const py::object& given) const
+    struct Taken {
+        Array array;
+        C handed() const { return reinterpret_cast<C>(doubles(array)); }
+    };
+    template <class C>
+    Taken<C> take(const Call& call, const py::object& given) const
     {
         return {numbers(given, count, call.function(), name)};
     }
 };
 
-/// Those that are changed: an array.
+/// Numbers that are changed in place: an array.
 struct InPlace : In {
     template <class C>
-    ArrayTaken<C> take(const Call& call, const py::object& given) const
+    Taken<C> take(const Call& call, const py::object& given) const
     {
         if (given.is_none())
             throw py::type_error(std::string(call.function()) + ": " + name + " has to be an array of float64");
@@ -160,18 +138,16 @@ struct InPlace : In {
     }
 };
 
-/// Those that are written and come back: an array, or a new one.
-struct Out {
-    const char* name;
+/// Numbers that are written and given back: an array, or a new one.
+struct Out : Parameter<Optional> {
     std::vector<py::ssize_t> shape;
 
     template <class C>
     using Given = const py::object&;
     template <class C>
-    struct Taken : ArrayTaken<C> {
-        std::tuple<Array> back() const { return this->array; }
+    struct Taken : In::Taken<C> {
+        auto back() const { return std::make_tuple(this->array); }
     };
-    py::arg_v argument() const { return argument_named(name, optional); }
     template <class C>
     Taken<C> take(const Call& call, const py::object& given) const
     {
@@ -179,25 +155,20 @@ struct Out {
     }
 };
 
-// --- Records and statuses --------------------------------------------------------------------------------------------
-
-/// What holds a record or a status of the library in Python.
+/// What holds a record or a status of the library in Python; functions may name it themselves.
 template <class R>
-struct ObjectOf {
-    using type = R; // a lambda may name it itself
+struct ObjectOf : std::type_identity<R> {
 };
 template <>
-struct ObjectOf<Data> {
-    using type = Table;
+struct ObjectOf<Data> : std::type_identity<Table> {
 };
 template <>
-struct ObjectOf<data_list_struct> {
-    using type = ListNode;
+struct ObjectOf<data_list_struct> : std::type_identity<ListNode> {
 };
 template <>
-struct ObjectOf<DATAstruct> {
-    using type = Tree;
+struct ObjectOf<DATAstruct> : std::type_identity<Tree> {
 };
+
 template <class C>
 using Object = typename ObjectOf<std::remove_pointer_t<std::remove_reference_t<C>>>::type;
 template <class C>
@@ -216,181 +187,185 @@ struct ObjectTaken {
         else
             return object == nullptr ? nullptr : static_cast<C>(object->record);
     }
-    std::tuple<> back() const { return {}; }
 };
 
-template <class Default>
-struct Record {
-    const char* name;
-    Call::Use use;
-    Default value;
+template <class Default = Required>
+struct Record : Parameter<Default> {
+    Use use;
 
     template <class C>
     using Given = const Held<C>&;
-    auto argument() const { return argument_named(name, value); }
     template <class C>
     ObjectTaken<C> take(Call& call, const Held<C>& given) const
     {
         if (std::is_same_v<Default, Required> || given != nullptr)
-            call.take(given, name, use);
+            call.take(given, this->name, use);
         return {given};
     }
 };
 
-/// A status, which looks at what it borrows before it is used, and leaves its buffers to their views where the function
-/// may move them.
-struct Status {
-    const char* name;
-    bool may_nest = false;
-    bool may_move = false;
+/// A status. Before a call it looks at what it borrows, unless the call sets it up or ends it, and leaves its buffers
+/// to their views where the function may move them.
+struct Status : Parameter<> {
+    bool looks = true, may_nest = false, may_move = false;
 
     template <class C>
     using Given = const Held<C>&;
-    py::arg argument() const { return py::arg(name); }
     template <class C>
     ObjectTaken<C> take(Call& call, const Held<C>& given) const
     {
         call.use(given, name, may_nest);
-        given->look(call);
+        if (looks)
+            given->look(call);
         if (may_move)
             given->parts_stand_apart();
         return {given};
     }
 };
 
-/// A status whatever its state.
-struct AnyStatus : Status {
-    template <class C>
-    ObjectTaken<C> take(Call& call, const Held<C>& given) const
-    {
-        call.use(given, name);
-        return {given};
-    }
-};
-
 // --- The vocabulary --------------------------------------------------------------------------------------------------
 
-template <class Default = Required>
-Plain<Default> plain(const char* name, Default value = {})
-{
-    return {name, value};
-}
-
-template <class Default = Required>
-Addressed<Default> address(const char* name, Default value = {})
-{
-    return {name, value};
-}
-
-inline Text text(const char* name)
-{
-    return {name};
-}
+/// How a row calls a kind of parameter: `plain("closed", 1)`.
+template <template <class> class Kind>
+struct Word {
+    template <class Default = Required>
+    Kind<Default> operator()(const char* name, Default value = {}) const
+    {
+        return {{name, value}};
+    }
+};
+constexpr Word<Plain> plain;
+constexpr Word<Addressed> address;
+constexpr Word<Text> text;
 
 template <py::ssize_t Count>
 In in(const char* name)
 {
-    return {name, Count};
+    return {{name}, Count};
 }
 
 template <py::ssize_t Count>
 InPlace in_place(const char* name)
 {
-    return {{name, Count}};
+    return {in<Count>(name)};
 }
 
 template <py::ssize_t... Shape>
 Out out(const char* name = "out")
 {
-    return {name, {Shape...}};
+    return {{name}, {Shape...}};
 }
 
-template <class Default = Required>
-Record<Default> read(const char* name, Default value = {})
-{
-    return {name, Call::Use::read, value};
-}
+struct RecordWord {
+    Use use;
+    template <class Default = Required>
+    Record<Default> operator()(const char* name, Default value = {}) const
+    {
+        return {{name, value}, use};
+    }
+};
+constexpr RecordWord read{Use::read}, write{Use::write}, shape{Use::shape}, remake{Use::remake}, empty{Use::empty};
 
-template <class Default = Required>
-Record<Default> write(const char* name, Default value = {})
-{
-    return {name, Call::Use::write, value};
-}
-
-template <class Default = Required>
-Record<Default> shape(const char* name, Default value = {})
-{
-    return {name, Call::Use::shape, value};
-}
-
-inline Record<Required> remake(const char* name)
-{
-    return {name, Call::Use::remake, {}};
-}
-
-inline Record<Required> empty(const char* name)
-{
-    return {name, Call::Use::empty, {}};
-}
+struct StatusWord {
+    bool looks = true, may_nest = false, may_move = false;
+    Status operator()(const char* name) const { return {{name}, looks, may_nest, may_move}; }
+};
+constexpr StatusWord status, in_any_state{.looks = false}, nested{.may_nest = true}, moving{.may_move = true};
 
 // --- The row ---------------------------------------------------------------------------------------------------------
 
-/// What Python gets.
-template <class... Parts>
-auto as_result(std::tuple<Parts...> parts)
+template <class Taken>
+auto back_from(const Taken& taken)
 {
-    if constexpr (sizeof...(Parts) == 1)
-        return std::get<0>(std::move(parts));
-    else if constexpr (sizeof...(Parts) > 1)
+    if constexpr (requires { taken.back(); })
+        return taken.back();
+    else
+        return std::tuple<>();
+}
+
+template <class First, class... More>
+auto as_result(const std::tuple<First, More...>& parts)
+{
+    if constexpr (sizeof...(More) == 0)
+        return std::get<0>(parts);
+    else
         return std::apply([](const auto&... part) { return py::make_tuple(part...); }, parts);
 }
 
-/// Binds `work`, which is called with the call and with what the parameters hand on, as a C each.
+/// Binds `work`, which takes the call and, for each parameter, a C.
 template <class... C, class Work, class... Parameters>
-void bind_work(py::module_& m, const char* name, Work work, const Parameters&... parameters)
+void def_work(py::module_& m, const char* name, Work work, const Parameters&... parameters)
 {
-    static_assert(sizeof...(C) == sizeof...(Parameters), "one parameter each");
-    m.def(
-        name,
-        [=](typename Parameters::template Given<C>... given) {
-            Call call(name);
-            std::tuple taken = {parameters.template take<C>(call, given)...};
-            return std::apply(
-                [&](auto&... one) {
-                    if constexpr (std::is_void_v<std::invoke_result_t<Work, Call&, C...>>) {
-                        work(call, one.handed()...);
-                        return as_result(std::tuple_cat(one.back()...));
-                    } else {
-                        const auto result = std::make_tuple(work(call, one.handed()...));
-                        return as_result(std::tuple_cat(result, one.back()...));
-                    }
-                },
-                taken);
-        },
-        parameters.argument()..., described(name));
+    const auto function = [=](typename Parameters::template Given<C>... given) {
+        Call call(name);
+        std::tuple taken = {parameters.template take<C>(call, given)...};
+        return std::apply(
+            [&](auto&... one) {
+                constexpr bool gives_back = (requires { one.back(); } || ...);
+                if constexpr (!gives_back) {
+                    return work(call, one.handed()...);
+                } else if constexpr (std::is_void_v<std::invoke_result_t<Work, Call&, C...>>) {
+                    work(call, one.handed()...);
+                    return as_result(std::tuple_cat(back_from(one)...));
+                } else {
+                    const auto result = std::make_tuple(work(call, one.handed()...));
+                    return as_result(std::tuple_cat(result, back_from(one)...));
+                }
+            },
+            taken);
+    };
+    m.def(name, function, parameters.argument()..., described(name));
 }
 
-/// Binds a function that is over in no time: it keeps the interpreter lock.
+/// A function that keeps the interpreter lock.
 template <class Result, class... C, class... Parameters>
-void bind(py::module_& m, const char* name, Result (*function)(C...), const Parameters&... parameters)
+void def(py::module_& m, const char* name, Result (*function)(C...), const Parameters&... parameters)
 {
-    bind_work<C...>(
-        m, name, [function](Call&, C... c) { return function(c...); }, parameters...);
+    const auto work = [function](Call&, C... c) { return function(c...); };
+    def_work<C...>(m, name, work, parameters...);
 }
 
-/// Binds a function that lets other threads run.
-template <class Result, class... C, class... Parameters>
-void bind_unlocked(py::module_& m, const char* name, Result (*function)(C...), const Parameters&... parameters)
+/// A member of what holds a status, which is the first parameter.
+template <class Result, class Class, class... C, class... Parameters>
+void def(py::module_& m, const char* name, Result (Class::*function)(C...), const Parameters&... parameters)
 {
-    bind_work<C...>(
-        m, name, [function](Call& call, C... c) { return call.run([&] { return function(c...); }); }, parameters...);
+    const auto work = [function](Call&, Class& object, C... c) { return (object.*function)(c...); };
+    def_work<Class&, C...>(m, name, work, parameters...);
 }
 
-/// Binds a function that takes the call, and may run a part of itself without the lock.
+/// A function that takes the call, and may run a part of itself without the lock.
 template <class Result, class... C, class... Parameters>
-void bind(py::module_& m, const char* name, Result (*function)(Call&, C...), const Parameters&... parameters)
+void def(py::module_& m, const char* name, Result (*function)(Call&, C...), const Parameters&... parameters)
 {
-    bind_work<C...>(m, name, function, parameters...);
+    def_work<C...>(m, name, function, parameters...);
+}
+
+/// A function that lets other threads run.
+template <class Result, class... C, class... Parameters>
+void def_unlocked(py::module_& m, const char* name, Result (*function)(C...), const Parameters&... parameters)
+{
+    const auto work = [function](Call& call, C... c) { return call.run([&] { return function(c...); }); };
+    def_work<C...>(m, name, work, parameters...);
+}
+
+// --- Fields of statuses ----------------------------------------------------------------------------------------------
+
+/// A number that Python reads and writes.
+template <class Class, class R, class Number>
+void def_number(Class& type, const char* name, Number R::*field, const char* text)
+{
+    using Status = typename Class::type;
+    const auto get = [field](const Status& s) { return s.status.*field; };
+    const auto set = [field](Status& s, Number value) { s.status.*field = value; };
+    type.def_property(name, get, set, text);
+}
+
+/// An array that is part of the status; the elements of a locked one cannot be written.
+template <class Class, class R, class... Text>
+void def_part(Class& type, const char* name, DATAstruct* R::*field, bool is_locked, const Text&... text)
+{
+    const auto get = [=](typename Class::type& s) { return s.part(s.status.*field, is_locked); };
+    type.def_property_readonly(name, get, text...);
 }
 
 } // namespace korvale::raw

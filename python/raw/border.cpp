@@ -1,7 +1,7 @@
 // Borders, and bands along polylines.
 #include <algorithm>
 
-#include "records.h"
+#include "bind.h"
 
 namespace korvale::raw {
 namespace {
@@ -23,15 +23,18 @@ public:
         output.reset();
     }
 
-    int run()
+    void look(Call& call) override
     {
-        Call call("Border");
-        call.use(shared_from_this(), "status");
-        status.path = call.read_optional(path, "path");
+        status.path = call.take_optional(path, "path", Use::read);
         status.output = nullptr; // a former one belongs to its object; the library would free it
-        const int result = call.run([this] { return Border(&status); });
-        output = status.output == nullptr ? nullptr : taken(status.output);
-        return result;
+    }
+
+    void take_back() override
+    {
+        if (status.output == nullptr)
+            output.reset();
+        else if (output == nullptr || output->record != status.output)
+            output = taken(status.output);
     }
 
 private:
@@ -45,13 +48,17 @@ private:
 
 // --- Second generation -----------------------------------------------------------------------------------------------
 
-constexpr int kArrays = 10;
-constexpr std::array<const char*, kArrays> kNames = {"path", "output", "flat",   "velocity", "direction",
-                                                     "line", "dead",   "length", "rate",     "merge"};
-constexpr std::array<DATAstruct * BORDERStatus::*, kArrays> kFields = {
-    &BORDERStatus::path,      &BORDERStatus::output, &BORDERStatus::flat, &BORDERStatus::velocity,
-    &BORDERStatus::direction, &BORDERStatus::line,   &BORDERStatus::dead, &BORDERStatus::length,
-    &BORDERStatus::rate,      &BORDERStatus::merge};
+struct Place {
+    const char* name;
+    DATAstruct* BORDERStatus::*field;
+};
+constexpr Place kPlaces[] = {
+    {FIELD(BORDERStatus, path)},     {FIELD(BORDERStatus, output)},    {FIELD(BORDERStatus, flat)},
+    {FIELD(BORDERStatus, velocity)}, {FIELD(BORDERStatus, direction)}, {FIELD(BORDERStatus, line)},
+    {FIELD(BORDERStatus, dead)},     {FIELD(BORDERStatus, length)},    {FIELD(BORDERStatus, rate)},
+    {FIELD(BORDERStatus, merge)},
+};
+constexpr int kArrays = std::size(kPlaces);
 
 /// A `BORDERStatus` and its ten arrays.
 class Border2 : public Whole {
@@ -65,50 +72,46 @@ public:
     {
         BORDERInitialize(&status);
         for (int i = 0; i < kArrays; ++i)
-            arrays[i] = Tree::of(status.*kFields[i]);
+            arrays[i] = Tree::of(status.*kPlaces[i].field);
     }
 
-    /// Calls the library; all arrays may get other buffers, the path among them for edits, and the record others in
-    /// their places.
-    template <class Work>
-    int run(const char* function, Work&& work, bool is_edit = false)
-    {
-        Call call(function);
-        call.use(shared_from_this(), "status");
-        prepare(call, is_edit);
-        const int result = call.run([&] { return work(&status); });
-        for (int i = 0; i < kArrays; ++i)
-            if (DATAstruct* const record = status.*kFields[i]; record == nullptr)
-                arrays[i].reset();
-            else if (arrays[i] == nullptr || arrays[i]->record != record)
-                arrays[i] = Tree::of(record);
-        return result;
-    }
+    void look(Call& call) override { prepare(call, false); }
 
-private:
+    /// All arrays may get other buffers, the path among them for edits, and the record others in their places.
     void prepare(Call& call, bool is_edit)
     {
         for (int i = 0; is_edit && i < 2; ++i)
             if (arrays[i] != nullptr && arrays[i]->record->count >= 0 &&
                 (arrays[i]->record->type != DATA_TYPE_DOUBLE || arrays[i]->record->dim != 3))
-                call.refuse(std::string(kNames[i]) + " has to be of points: kind double, dim 3");
+                call.refuse(std::string(kPlaces[i].name) + " has to be of points: kind double, dim 3");
         std::vector<const Tree*> used;
         for (int i = 0; i < kArrays; ++i) {
-            status.*kFields[i] = arrays[i] == nullptr                           ? nullptr
-                                 : i == 0 && arrays[0] != arrays[1] && !is_edit ? call.read(arrays[0], kNames[0])
-                                                                                : call.shape(arrays[i], kNames[i]);
+            status.*kPlaces[i].field = arrays[i] == nullptr ? nullptr
+                                       : i == 0 && arrays[0] != arrays[1] && !is_edit
+                                           ? call.take(arrays[0], kPlaces[0].name, Use::read)
+                                           : call.take(arrays[i], kPlaces[i].name, Use::shape);
             if (arrays[i] == nullptr || (i == 1 && arrays[1] == arrays[0]))
                 continue;
             add(used, *arrays[i]);
             if (i == 1) // the borders of a list are shaped as well
                 for (const auto& child : arrays[1]->children)
-                    call.shape(child.second, kNames[1]);
+                    call.take(child.second, kPlaces[1].name, Use::shape);
         }
         std::sort(used.begin(), used.end());
         if (std::adjacent_find(used.begin(), used.end()) != used.end())
             call.refuse("one record stands in several places; only output may be path");
     }
 
+    void take_back() override
+    {
+        for (int i = 0; i < kArrays; ++i)
+            if (DATAstruct* const record = status.*kPlaces[i].field; record == nullptr)
+                arrays[i].reset();
+            else if (arrays[i] == nullptr || arrays[i]->record != record)
+                arrays[i] = Tree::of(record);
+    }
+
+private:
     static void add(std::vector<const Tree*>& used, const Tree& tree)
     {
         used.push_back(&tree);
@@ -117,38 +120,40 @@ private:
     }
 };
 
-template <class Status>
-void require(const std::shared_ptr<Status>& status, const char* function)
+/// A status whose path is changed in place.
+struct Edited : Status {
+    template <class C>
+    ObjectTaken<C> take(Call& call, const Held<C>& given) const
+    {
+        call.use(given, name);
+        given->prepare(call, true);
+        return {given};
+    }
+};
+
+Edited edited(const char* name)
 {
-    if (status == nullptr)
-        throw py::type_error(std::string(function) + ": status is None, a record is wanted");
+    return {{{name}}};
 }
 
-template <class Status>
-void add_numbers(py::class_<Status, Whole, std::shared_ptr<Status>>& type)
+template <class R, class Class>
+void add_numbers(Class& type)
 {
-    const auto field = [&type](const char* name, auto member, const char* text) {
-        type.def_property(
-            name, [member](const Status& s) { return s.status.*member; },
-            [member](Status& s, std::remove_reference_t<decltype(std::declval<Status>().status.*member)> value) {
-                s.status.*member = value;
-            },
-            text);
-    };
-    using R = decltype(Status::status);
-    field("height", &R::height, "Lift along the normal of the outline's plane.");
-    field("distance", &R::distance, "Signed offset; above 0 outwards.");
-    field("keep_collapsed", &R::keep_collapsed, "1: a point of the border per input point; 0: removed ones left out.");
-    field("split_events", &R::split_events,
-          "1: stop also where a vertex meets a far edge; 0: only at vanishing edges.");
-    if constexpr (std::is_same_v<Status, Border1>) {
-        field("reserved1", &R::reserved1, "Kept for hosts that read it.");
-        field("reserved2", &R::reserved2, "Kept for hosts that read it.");
-        field("reserved3", &R::reserved3, "Kept for hosts that read it.");
-    }
+    def_number(type, FIELD(R, height), "Lift along the normal of the outline's plane.");
+    def_number(type, FIELD(R, distance), "Signed offset; above 0 outwards.");
+    def_number(type, FIELD(R, keep_collapsed), "1: a point of the border per input point; 0: removed ones left out.");
+    def_number(type, FIELD(R, split_events),
+               "1: stop also where a vertex meets a far edge; 0: only at vanishing edges.");
 }
 
 } // namespace
+
+template <>
+struct ObjectOf<BorderStatus> : std::type_identity<Border1> {
+};
+template <>
+struct ObjectOf<BORDERStatus> : std::type_identity<Border2> {
+};
 
 void add_border(py::module_& m)
 {
@@ -160,61 +165,29 @@ void add_border(py::module_& m)
             "The outline [n][3] of doubles.")
         .def_property_readonly(
             "output", [](const Border1& s) { return s.output; }, "The border [m][3], or None.");
-    add_numbers(first);
+    add_numbers<BorderStatus>(first);
+    def_number(first, FIELD(BorderStatus, reserved1), "Kept for hosts that read it.");
+    def_number(first, FIELD(BorderStatus, reserved2), "Kept for hosts that read it.");
+    def_number(first, FIELD(BorderStatus, reserved3), "Kept for hosts that read it.");
 
     py::class_<Border2, Whole, std::shared_ptr<Border2>> second(m, "BORDERStatus", described("BORDERStatus"));
     second.def(py::init<>());
     for (int i = 0; i < kArrays; ++i)
         second.def_property(
-            kNames[i], [i](const Border2& s) { return s.arrays[i]; },
-            [i](Border2& s, std::shared_ptr<Tree> array) { s.arrays[i] = borrowable(std::move(array), kNames[i]); });
-    add_numbers(second);
+            kPlaces[i].name, [i](const Border2& s) { return s.arrays[i]; },
+            [i](Border2& s, std::shared_ptr<Tree> array) {
+                s.arrays[i] = borrowable(std::move(array), kPlaces[i].name);
+            });
+    add_numbers<BORDERStatus>(second);
 
-    m.def(
-        "BorderInitialize",
-        [](const std::shared_ptr<Border1>& status) {
-            Call("BorderInitialize").use(status, "status");
-            status->initialize();
-        },
-        py::arg("status"), described("BorderInitialize"));
-    m.def(
-        "BORDERInitialize",
-        [](const std::shared_ptr<Border2>& status) {
-            Call("BORDERInitialize").use(status, "status");
-            status->initialize();
-        },
-        py::arg("status"), described("BORDERInitialize"));
-    m.def(
-        "Border",
-        [](const std::shared_ptr<Border1>& status) {
-            require(status, "Border");
-            return status->run();
-        },
-        py::arg("status"), described("Border"));
-    const auto def = [&m](const char* name, auto function) {
-        m.def(
-            name,
-            [name, function](const std::shared_ptr<Border2>& status) {
-                require(status, name);
-                return status->run(name, function);
-            },
-            py::arg("status"), described(name));
-    };
-    def("BORDER_BORDER", BORDER_BORDER);
-    def("BORDER", BORDER);
-    const auto def_edit = [&m](const char* name, void (*function)(BORDERStatus*)) {
-        m.def(
-            name,
-            [name, function](const std::shared_ptr<Border2>& status) {
-                require(status, name);
-                status->run(
-                    name, [function](BORDERStatus* s) { return function(s), 1; }, true);
-            },
-            py::arg("status"), described(name));
-    };
-    def_edit("BORDERAddWings", BORDERAddWings);
-    def_edit("BORDERRemoveWings", BORDERRemoveWings);
-    def_edit("BORDERMakePipe", BORDERMakePipe);
+    def(m, "BorderInitialize", &Border1::initialize, in_any_state("status"));
+    def(m, "BORDERInitialize", &Border2::initialize, in_any_state("status"));
+    def_unlocked(m, NAMED(Border), status("status"));
+    def_unlocked(m, NAMED(BORDER_BORDER), status("status"));
+    def_unlocked(m, NAMED(BORDER), status("status"));
+    def_unlocked(m, NAMED(BORDERAddWings), edited("status"));
+    def_unlocked(m, NAMED(BORDERRemoveWings), edited("status"));
+    def_unlocked(m, NAMED(BORDERMakePipe), edited("status"));
 }
 
 } // namespace korvale::raw

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <list>
 
-#include "records.h"
+#include "bind.h"
 
 namespace korvale::raw {
 namespace {
@@ -127,47 +127,47 @@ private:
     std::list<Accessor> accessors_; // those handed out live as long as the call
 };
 
-/// Drops what hangs on the record where the library would release it with the record.
-void stand_alone(Table&)
-{
-}
-void stand_alone(Tree& tree)
-{
-    tree.part_company();
-}
+/// A host's collection, or None.
+struct Host : Parameter<> {
+    template <class C>
+    using Given = const py::object&;
+    struct Taken {
+        Collection collection;
+        bool is_none;
+        I3DVertexCollection* handed() { return is_none ? nullptr : &collection; }
+    };
+    template <class C>
+    Taken take(const Call&, const py::object& given) const
+    {
+        return {Collection(given), given.is_none()};
+    }
+};
 
-template <class Object, class R>
-void def_read(py::module_& m, const char* name, int32_t (*function)(I3DVertexCollection*, R*))
-{
-    m.def(
-        name,
-        [name, function](const py::object& collection, const std::shared_ptr<Object>& array) {
-            Call call(name);
-            R* const record = call.shape(array, "array");
-            stand_alone(*array);
-            Collection host(collection);
-            return call.run([&] { return function(collection.is_none() ? nullptr : &host, record); });
-        },
-        py::arg("collection"), py::arg("array"), described(name));
-}
+/// An array that takes vertices. The library would release what hangs on it as well.
+struct Taking : Record<> {
+    template <class C>
+    ObjectTaken<C> take(Call& call, const Held<C>& given) const
+    {
+        const auto taken = Record::take<C>(call, given);
+        if constexpr (std::is_same_v<Object<C>, Tree>)
+            given->part_company();
+        return taken;
+    }
+};
 
-template <class Object, class R>
-void def_write(py::module_& m, const char* name, int32_t (*function)(R*, I3DVertexCollection*), const char* doc)
-{
-    m.def(
-        name,
-        [name, function](const std::shared_ptr<Object>& array, const py::object& collection) {
-            Call call(name);
-            R* const record = call.read(array, "array");
-            if (record->dvals != nullptr && record->count > 0 &&
-                static_cast<size_t>(record->count) * 3 > array->room(DATA_TYPE_DOUBLE) / sizeof(double))
-                call.refuse("array has fewer than three numbers for each of " + std::to_string(record->count) +
-                            " elements");
-            Collection host(collection);
-            return call.run([&] { return function(record, collection.is_none() ? nullptr : &host); });
-        },
-        py::arg("array"), py::arg("collection"), doc);
-}
+/// An array whose elements are given to vertices.
+struct Giving : Record<> {
+    template <class C>
+    ObjectTaken<C> take(Call& call, const Held<C>& given) const
+    {
+        const auto taken = Record::take<C>(call, given);
+        const auto& record = *given->record;
+        if (record.dvals != nullptr && record.count > 0 &&
+            static_cast<size_t>(record.count) * 3 > given->room(DATA_TYPE_DOUBLE) / sizeof(double))
+            call.refuse("array has fewer than three numbers for each of " + std::to_string(record.count) + " elements");
+        return taken;
+    }
+};
 
 } // namespace
 
@@ -178,14 +178,17 @@ void add_exchange(py::module_& m)
         "Raised by the methods of a collection or an accessor: HostError(status) makes status their result.", nullptr,
         nullptr));
     m.attr("HostError") = host_error();
-    def_read<Table>(m, "F3DKorvaleVertex2Data", F3DKorvaleVertex2Data);
-    def_read<Tree>(m, "F3DKorvaleVertex2DATA", F3DKorvaleVertex2DATA);
-    def_read<Table>(m, "F3DKorvaleNormal2Data", F3DKorvaleNormal2Data);
-    def_read<Tree>(m, "F3DKorvaleNormal2DATA", F3DKorvaleNormal2DATA);
-    def_write<Table>(m, "F3DKorvaleData2Vertex", F3DKorvaleData2Vertex, described("F3DKorvaleData2Vertex"));
-    def_write<Tree>(m, "F3DKorvaleDATA2Vertex", F3DKorvaleDATA2Vertex, described("F3DKorvaleDATA2Vertex"));
-    def_write<Table>(m, "F3DKorvale2DataNormal", F3DKorvale2DataNormal, described("F3DKorvale2DataNormal"));
-    def_write<Tree>(m, "F3DKorvale2DATANormal", F3DKorvale2DATANormal, described("F3DKorvale2DATANormal"));
+    const Host collection{{"collection"}};
+    const Taking taking{shape("array")};
+    const Giving giving{read("array")};
+    def_unlocked(m, NAMED(F3DKorvaleVertex2Data), collection, taking);
+    def_unlocked(m, NAMED(F3DKorvaleVertex2DATA), collection, taking);
+    def_unlocked(m, NAMED(F3DKorvaleNormal2Data), collection, taking);
+    def_unlocked(m, NAMED(F3DKorvaleNormal2DATA), collection, taking);
+    def_unlocked(m, NAMED(F3DKorvaleData2Vertex), giving, collection);
+    def_unlocked(m, NAMED(F3DKorvaleDATA2Vertex), giving, collection);
+    def_unlocked(m, NAMED(F3DKorvale2DataNormal), giving, collection);
+    def_unlocked(m, NAMED(F3DKorvale2DATANormal), giving, collection);
 }
 
 } // namespace korvale::raw

@@ -2,7 +2,7 @@
 // out are taken back.
 #include <unordered_set>
 
-#include "records.h"
+#include "bind.h"
 
 namespace korvale::raw {
 namespace {
@@ -23,12 +23,36 @@ std::unordered_set<void*>& handles()
     return *given_out;
 }
 
-void* known(uintptr_t handle, const char* function)
+/// A number that stands for an address; or only for a handle that was given out.
+struct Address : Parameter<> {
+    bool is_handle;
+
+    template <class C>
+    using Given = uintptr_t;
+    struct Taken {
+        void* address;
+        void* handed() const { return address; }
+    };
+    template <class C>
+    Taken take(const Call& call, uintptr_t given) const
+    {
+        if (is_handle && handles().count(address_of(given)) == 0)
+            throw py::value_error(std::string(call.function()) + ": there is no such handle");
+        return {address_of(given)};
+    }
+};
+constexpr Address instance{{"instance"}, false}, handle{{"handle"}, true};
+
+void end_destruction(void* address)
 {
-    void* const address = address_of(handle);
-    if (handles().count(address) == 0)
-        throw py::value_error(std::string(function) + ": there is no such handle");
-    return address;
+    handles().erase(address);
+    MwDllInPostDestruct(address);
+}
+
+template <auto EntryPoint>
+int notify(void* instance, unsigned reason)
+{
+    return EntryPoint(instance, reason, nullptr);
 }
 
 void add_library_frame(py::module_& m)
@@ -51,25 +75,17 @@ void add_library_frame(py::module_& m)
         .def_static("destruct", &_Initializerkorvale::destruct, "Announces the start of static destruction.")
         .def_static("post_destruct", &_Initializerkorvale::post_destruct,
                     "Announces the end of static destruction; only at stage 0, so nothing while Python runs.");
-    m.def(
-        "_korvale_DllMain",
-        [](uintptr_t instance, unsigned reason) { return _korvale_DllMain(address_of(instance), reason, nullptr); },
-        py::arg("instance"), py::arg("reason"), described("_korvale_DllMain"));
-    m.def(
-        "Mw___korvale_wrapDllMain",
-        [](uintptr_t instance, unsigned reason) {
-            return Mw___korvale_wrapDllMain(address_of(instance), reason, nullptr);
-        },
-        py::arg("instance"), py::arg("reason"), described("Mw___korvale_wrapDllMain"));
+    def(m, "_korvale_DllMain", notify<_korvale_DllMain>, instance, plain("reason"));
+    def(m, "Mw___korvale_wrapDllMain", notify<Mw___korvale_wrapDllMain>, instance, plain("reason"));
+    def(
+        m, "__ImageBasePtr", +[] { return number_of(__ImageBasePtr); });
+    def(
+        m, "_pRawDllMain", +[] { return number_of(reinterpret_cast<void*>(_pRawDllMain)); });
     m.def(
         "GethKorvaleInstance", [] { return number_of(*static_cast<void**>(GethKorvaleInstance())); },
         "The stored instance handle.");
     m.def(
         "GetKorvaleRefCount", [] { return *static_cast<int32_t*>(GetKorvaleRefCount()); }, "The reference count.");
-    m.def(
-        "__ImageBasePtr", [] { return number_of(__ImageBasePtr); }, described("__ImageBasePtr"));
-    m.def(
-        "_pRawDllMain", [] { return number_of(reinterpret_cast<void*>(_pRawDllMain)); }, described("_pRawDllMain"));
     m.def(
         "Mw___korvale_DependancyNode",
         [] {
@@ -91,31 +107,18 @@ void add_layer(py::module_& m)
             return number_of(handle);
         },
         py::arg("name"), "Registers a library without an entry point. Returns the handle.");
-    m.def(
-        "MwDllInPostConstruct", [](uintptr_t handle) { MwDllInPostConstruct(known(handle, "MwDllInPostConstruct")); },
-        py::arg("handle"), described("MwDllInPostConstruct"));
-    m.def(
-        "MwDllInPreDestruct", [](uintptr_t handle) { MwDllInPreDestruct(known(handle, "MwDllInPreDestruct")); },
-        py::arg("handle"), described("MwDllInPreDestruct"));
-    m.def(
-        "MwDllInPostDestruct",
-        [](uintptr_t handle) {
-            void* const address = known(handle, "MwDllInPostDestruct");
-            handles().erase(address);
-            MwDllInPostDestruct(address);
-        },
-        py::arg("handle"), described("MwDllInPostDestruct"));
+    def(m, NAMED(MwDllInPostConstruct), handle);
+    def(m, NAMED(MwDllInPreDestruct), handle);
+    def(m, "MwDllInPostDestruct", end_destruction, handle);
     m.def(
         "MwApplicationBugCheck", [](const std::string& message) { MwApplicationBugCheck(message.c_str()); },
         py::arg("message"), "Reports a fatal programming error: ends the process.");
-    m.def(
-        "DisableThreadLibraryCalls", [](uintptr_t instance) { return DisableThreadLibraryCalls(address_of(instance)); },
-        py::arg("instance"), described("DisableThreadLibraryCalls"));
-    m.def(
-        "RegisterWindowMessageA", [](const std::string& name) { return RegisterWindowMessageA(name.c_str()); },
-        py::arg("name"), described("RegisterWindowMessageA"));
-    m.def("Mwsrand", &Mwsrand, py::arg("seed"), described("Mwsrand"));
-    m.def("Mwrand", &Mwrand, described("Mwrand"));
+    def(m, NAMED(DisableThreadLibraryCalls), instance);
+    def(
+        m, "RegisterWindowMessageA", +[](const std::string& name) { return RegisterWindowMessageA(name.c_str()); },
+        plain("name"));
+    def(m, NAMED(Mwsrand), plain("seed"));
+    def(m, NAMED(Mwrand));
     m.def(
         "korvale_draw_many",
         [](int count) {

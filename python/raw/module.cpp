@@ -4,26 +4,17 @@
 namespace korvale::raw {
 namespace {
 
+#define NUMBER(constant) std::pair(#constant, int{constant})
+
 void add_constants(py::module_& m)
 {
-    m.attr("DATA_TYPE_DOUBLE") = int{DATA_TYPE_DOUBLE};
-    m.attr("DATA_TYPE_INT") = int{DATA_TYPE_INT};
-    m.attr("DATA_TYPE_BYTE") = int{DATA_TYPE_BYTE};
-    m.attr("DATA_TYPE_POINTER") = int{DATA_TYPE_POINTER};
-    m.attr("DATA_TYPE_DATA") = int{DATA_TYPE_DATA};
-    m.attr("EQ_ITEM_END") = int{EQ_ITEM_END};
-    m.attr("EQ_ITEM_CONSTANT") = int{EQ_ITEM_CONSTANT};
-    m.attr("EQ_ITEM_VARIABLE") = int{EQ_ITEM_VARIABLE};
-    m.attr("EQ_ITEM_SAMPLE") = int{EQ_ITEM_SAMPLE};
-    m.attr("EQ_ITEM_UNARY") = int{EQ_ITEM_UNARY};
-    m.attr("EQ_ITEM_BINARY") = int{EQ_ITEM_BINARY};
-    m.attr("EQ_ITEM_TARGET") = int{EQ_ITEM_TARGET};
-    m.attr("PRESERVE_LENGTH") = int{PRESERVE_LENGTH};
-    m.attr("PRESERVE_FACE_ANGLE") = int{PRESERVE_FACE_ANGLE};
-    m.attr("PRESERVE_VOLUME") = int{PRESERVE_VOLUME};
-    m.attr("PRESERVE_AREA") = int{PRESERVE_AREA};
-    m.attr("kStatusFailed") = kStatusFailed;
-    m.attr("kStatusNotImplemented") = kStatusNotImplemented;
+    for (const auto& [name, value] :
+         {NUMBER(DATA_TYPE_DOUBLE), NUMBER(DATA_TYPE_INT), NUMBER(DATA_TYPE_BYTE), NUMBER(DATA_TYPE_POINTER),
+          NUMBER(DATA_TYPE_DATA), NUMBER(EQ_ITEM_END), NUMBER(EQ_ITEM_CONSTANT), NUMBER(EQ_ITEM_VARIABLE),
+          NUMBER(EQ_ITEM_SAMPLE), NUMBER(EQ_ITEM_UNARY), NUMBER(EQ_ITEM_BINARY), NUMBER(EQ_ITEM_TARGET),
+          NUMBER(PRESERVE_LENGTH), NUMBER(PRESERVE_FACE_ANGLE), NUMBER(PRESERVE_VOLUME), NUMBER(PRESERVE_AREA),
+          NUMBER(kStatusFailed), NUMBER(kStatusNotImplemented)})
+        m.attr(name) = value;
     m.attr("KORVALE_VERSION") = KORVALE_VERSION;
 }
 

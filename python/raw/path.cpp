@@ -7,9 +7,9 @@ namespace korvale::raw {
 namespace {
 
 template <class R>
-void bind_frames(py::module_& m, const char* name, void (*function)(R*, int, double (*)[4][4]))
+void def_frames(py::module_& m, const char* name, void (*function)(R*, int, double (*)[4][4]))
 {
-    bind_work<Object<R>&, int, const py::object&>(
+    def_work<Object<R>&, int, const py::object&>(
         m, name,
         [function](Call& call, Object<R>& path, int closed, const py::object& frames) {
             const Array result = place(frames, {std::max(path.record->count, 0), 4, 4}, call.function(), "frames");
@@ -23,12 +23,12 @@ void bind_frames(py::module_& m, const char* name, void (*function)(R*, int, dou
 
 void add_path(py::module_& m)
 {
-    bind_unlocked(m, NAMED(data_to_xy_xfms), read("path", or_none), out<4, 4>("xfm"), out<4, 4>("reverse"),
-                  plain("closed", 1));
-    bind_unlocked(m, NAMED(DATA_to_xy_xfms), read("path", or_none), out<4, 4>("xfm"), out<4, 4>("reverse"),
-                  plain("closed", 1));
-    bind_frames(m, NAMED(path2xfm));
-    bind_frames(m, NAMED(PATH2xfm));
+    def_unlocked(m, NAMED(data_to_xy_xfms), read("path", or_none), out<4, 4>("xfm"), out<4, 4>("reverse"),
+                 plain("closed", 1));
+    def_unlocked(m, NAMED(DATA_to_xy_xfms), read("path", or_none), out<4, 4>("xfm"), out<4, 4>("reverse"),
+                 plain("closed", 1));
+    def_frames(m, NAMED(path2xfm));
+    def_frames(m, NAMED(PATH2xfm));
 }
 
 } // namespace korvale::raw

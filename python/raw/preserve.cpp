@@ -1,12 +1,12 @@
 // Relaxation of meshes.
 #include <cstdlib>
 
-#include "records.h"
+#include "bind.h"
 
 namespace korvale::raw {
 namespace {
 
-using Held = std::shared_ptr<Tree>;
+using TreeHeld = std::shared_ptr<Tree>;
 using Field = DATAstruct* PreserveStatus::*;
 
 constexpr Field kConnectivity[] = {&PreserveStatus::face_starts,      &PreserveStatus::point_edge_count,
@@ -22,7 +22,7 @@ bool is_points(const DATAstruct* d)
 class Mesh : public Whole {
 public:
     PreserveStatus status = {};
-    Held points, edges, face_sizes, face_points, tags, masses, cur_points;
+    TreeHeld points, edges, face_sizes, face_points, tags, masses, cur_points;
     int32_t point_count = -1; ///< when the mesh was taken over; the arrays of the status are made for it
 
     ~Mesh() override { dispose(); }
@@ -33,19 +33,18 @@ public:
         if (status.points != nullptr)
             PreserveDispose(&status);
         status = {};
-        for (Held* const borrowed : {&points, &edges, &face_sizes, &face_points, &tags, &masses, &cur_points})
+        for (TreeHeld* const borrowed : {&points, &edges, &face_sizes, &face_points, &tags, &masses, &cur_points})
             borrowed->reset();
         point_count = -1;
     }
 
-    /// Looks at all arrays that the status borrows before the library does.
-    void use_borrowed(Call& call)
+    void look(Call& call) override
     {
-        const std::pair<const Held&, const char*> borrowed[] = {
+        const std::pair<const TreeHeld&, const char*> borrowed[] = {
             {points, "points"}, {edges, "edges"},   {face_sizes, "face_sizes"}, {face_points, "face_points"},
             {tags, "tags"},     {masses, "masses"}, {cur_points, "cur_points"}};
         for (const auto& [array, name] : borrowed)
-            call.read_optional(array, name);
+            call.take_optional(array, name, Use::read);
         if (points == nullptr)
             return;
         if (!is_points(points->record) || points->record->count != point_count)
@@ -57,16 +56,14 @@ public:
         look_at_connectivity(call);
     }
 
-    /// Before the library may free or move arrays of the status.
-    void stand_apart() { parts_stand_apart(); }
-
-    int initialize(Call& call, const Held& p, const Held& e, const Held& sizes, const Held& corners)
+    int initialize(Call& call, const TreeHeld& p, const TreeHeld& e, const TreeHeld& sizes, const TreeHeld& corners)
     {
-        for (const Held& lent : {p, e, sizes, corners})
+        for (const TreeHeld& lent : {p, e, sizes, corners})
             borrowable(lent, "PreserveInitialize");
-        DATAstruct *const points_in = call.read(p, "points"), *const edges_in = call.read_optional(e, "edges");
-        DATAstruct* const sizes_in = call.read_optional(sizes, "face_sizes");
-        DATAstruct* const corners_in = call.read_optional(corners, "face_points");
+        DATAstruct *const points_in = call.take(p, "points", Use::read), *const edges_in =
+                                                                             call.take_optional(e, "edges", Use::read);
+        DATAstruct* const sizes_in = call.take_optional(sizes, "face_sizes", Use::read);
+        DATAstruct* const corners_in = call.take_optional(corners, "face_points", Use::read);
         for (const auto& [array, name] : {std::pair(e, "edges"), {sizes, "face_sizes"}, {corners, "face_points"}})
             if (array != nullptr && array->record->type != DATA_TYPE_INT && array->record->count > 0)
                 call.refuse(std::string(name) + " has to be of kind int");
@@ -101,7 +98,7 @@ private:
     /// Indices may have been written since the library has looked at them.
     void look_at_connectivity(const Call& call) const
     {
-        const auto within = [&](const Held& array, const char* name) {
+        const auto within = [&](const TreeHeld& array, const char* name) {
             if (array == nullptr || array->record->type != DATA_TYPE_INT || array->record->ivals == nullptr)
                 return;
             const DATAstruct& r = *array->record;
@@ -128,104 +125,90 @@ private:
     }
 };
 
-using MeshHeld = std::shared_ptr<Mesh>;
+} // namespace
+
+template <>
+struct ObjectOf<PreserveStatus> : std::type_identity<Mesh> {
+};
+
+namespace {
+
+using R = PreserveStatus;
 
 void add_status(py::module_& m)
 {
-    py::class_<Mesh, Whole, MeshHeld> type(m, "PreserveStatus", described("PreserveStatus"));
+    py::class_<Mesh, Whole, std::shared_ptr<Mesh>> type(m, "PreserveStatus", described("PreserveStatus"));
     type.def(py::init<>())
         .def_property_readonly(
             "flags", [](const Mesh& s) { return s.status.flags; }, "Terms switched on.")
         .def_property_readonly(
             "weights",
             [](const py::object& self) {
-                return py::array_t<double>({4}, {sizeof(double)}, self.cast<Mesh&>().status.weights, self);
+                return Array({4}, {sizeof(double)}, self.cast<Mesh&>().status.weights, self);
             },
             "The weights [4] of length, face angle, volume, area; a view.");
-    const auto number = [&type](const char* name, double PreserveStatus::*field, const char* text) {
-        type.def_property(
-            name, [field](const Mesh& s) { return s.status.*field; },
-            [field](Mesh& s, double value) { s.status.*field = value; }, text);
-    };
-    number("ovolume", &PreserveStatus::ovolume, "Six times the enclosed volume, as it was.");
-    number("oarea", &PreserveStatus::oarea, "Twice the surface area, as it was.");
-    number("nvolume", &PreserveStatus::nvolume, "Six times the enclosed volume, as it is.");
-    number("narea", &PreserveStatus::narea, "Twice the surface area, as it is.");
-    number("energy", &PreserveStatus::energy, "Sum over the terms of weight times squared deviation.");
-    const auto borrowed = [&type](const char* name, Held Mesh::*field) {
-        type.def_property_readonly(name, [field](const Mesh& s) { return s.*field; });
-    };
-    borrowed("points", &Mesh::points);
-    borrowed("edges", &Mesh::edges);
-    borrowed("face_sizes", &Mesh::face_sizes);
-    borrowed("face_points", &Mesh::face_points);
-    borrowed("tags", &Mesh::tags);
-    borrowed("masses", &Mesh::masses);
-    borrowed("cur_points", &Mesh::cur_points);
-    const auto owned = [&type](const char* name, Field field, bool is_locked) {
-        type.def_property_readonly(name, [field, is_locked](Mesh& s) { return s.part(s.status.*field, is_locked); });
-    };
-    owned("face_starts", &PreserveStatus::face_starts, true);
-    owned("point_edge_count", &PreserveStatus::point_edge_count, true);
-    owned("point_edge_start", &PreserveStatus::point_edge_start, true);
-    owned("point_edges", &PreserveStatus::point_edges, true);
-    owned("point_faces", &PreserveStatus::point_faces, true);
-    owned("olen", &PreserveStatus::olen, false);
-    owned("ofang", &PreserveStatus::ofang, false);
-    owned("nlen", &PreserveStatus::nlen, false);
-    owned("nfang", &PreserveStatus::nfang, false);
-    owned("force", &PreserveStatus::force, false);
+    def_number(type, FIELD(R, ovolume), "Six times the enclosed volume, as it was.");
+    def_number(type, FIELD(R, oarea), "Twice the surface area, as it was.");
+    def_number(type, FIELD(R, nvolume), "Six times the enclosed volume, as it is.");
+    def_number(type, FIELD(R, narea), "Twice the surface area, as it is.");
+    def_number(type, FIELD(R, energy), "Sum over the terms of weight times squared deviation.");
+    type.def_readonly(FIELD(Mesh, points))
+        .def_readonly(FIELD(Mesh, edges))
+        .def_readonly(FIELD(Mesh, face_sizes))
+        .def_readonly(FIELD(Mesh, face_points))
+        .def_readonly(FIELD(Mesh, tags))
+        .def_readonly(FIELD(Mesh, masses))
+        .def_readonly(FIELD(Mesh, cur_points));
+    def_part(type, FIELD(R, face_starts), true);
+    def_part(type, FIELD(R, point_edge_count), true);
+    def_part(type, FIELD(R, point_edge_start), true);
+    def_part(type, FIELD(R, point_edges), true);
+    def_part(type, FIELD(R, point_faces), true);
+    def_part(type, FIELD(R, olen), false);
+    def_part(type, FIELD(R, ofang), false);
+    def_part(type, FIELD(R, nlen), false);
+    def_part(type, FIELD(R, nfang), false);
+    def_part(type, FIELD(R, force), false);
 }
 
-void add_setting_up(py::module_& m)
+/// Functions that make the status borrow an array, which is kept where `field` says.
+void def_loan(py::module_& m, const char* name, int (*lend)(PreserveStatus*, DATAstruct*), const char* argument,
+              TreeHeld Mesh::*field)
 {
-    m.def(
-        "PreserveInitialize",
-        [](const MeshHeld& status, const Held& points, const Held& edges, const Held& face_sizes,
-           const Held& face_points) {
-            Call call("PreserveInitialize");
-            call.use(status, "status");
-            return status->initialize(call, points, edges, face_sizes, face_points);
+    def_work<Mesh&, const TreeHeld&>(
+        m, name,
+        [=](Call& call, Mesh& status, const TreeHeld& array) {
+            const int result = lend(&status.status, call.take(borrowable(array, call.function()), argument, Use::read));
+            if (result == 1)
+                status.*field = array;
+            return result;
         },
-        py::arg("status"), py::arg("points"), py::arg("edges") = py::none(), py::arg("face_sizes") = py::none(),
-        py::arg("face_points") = py::none(), described("PreserveInitialize"));
-    m.def(
-        "PreserveDispose",
-        [](const MeshHeld& status) {
-            Call call("PreserveDispose");
-            call.use(status, "status");
-            status->dispose();
-        },
-        py::arg("status"), described("PreserveDispose"));
-    const auto def_lend = [&m](const char* name, int (*function)(PreserveStatus*, DATAstruct*), const char* argument,
-                               Held Mesh::*field) {
-        m.def(
-            name,
-            [=](const MeshHeld& status, const Held& array) {
-                Call call(name);
-                call.use(status, "status");
-                status->use_borrowed(call);
-                DATAstruct* const lent = call.read(borrowable(array, name), argument);
-                const int result = function(&status->status, lent);
-                if (result == 1)
-                    (*status).*field = array;
-                return result;
-            },
-            py::arg("status"), py::arg(argument), described(name));
-    };
-    def_lend("PreserveSetTag", PreserveSetTag, "tags", &Mesh::tags);
-    def_lend("PreserveSetMass", PreserveSetMass, "masses", &Mesh::masses);
-    def_lend("PreserveReInitialize", PreserveReInitialize, "points", &Mesh::points);
-    m.def(
-        "PreservePreserve",
-        [](const MeshHeld& status, int which, double weight) {
-            Call call("PreservePreserve");
-            call.use(status, "status");
-            status->use_borrowed(call);
-            status->stand_apart();
-            return call.run([&] { return PreservePreserve(&status->status, which, weight); });
-        },
-        py::arg("status"), py::arg("which"), py::arg("weight"), described("PreservePreserve"));
+        status("status"), plain(argument));
+}
+
+int initialize(Call& call, Mesh& status, const TreeHeld& points, const TreeHeld& edges, const TreeHeld& face_sizes,
+               const TreeHeld& face_points)
+{
+    return status.initialize(call, points, edges, face_sizes, face_points);
+}
+
+int compute(Call& call, Mesh& status, const TreeHeld& points, int iterations)
+{
+    DATAstruct* const moved = call.take(borrowable(points, call.function()), "points", Use::write);
+    const int result = call.run([&] { return PreserveCompute(&status.status, moved, iterations); });
+    if (result == 1)
+        status.cur_points = points;
+    return result;
+}
+
+int get_force(Call& call, Mesh& status, const TreeHeld& points, const TreeHeld& force_out)
+{
+    DATAstruct* const looked_at = call.take(borrowable(points, call.function()), "points", Use::read);
+    DATAstruct* const out = call.take_optional(force_out, "force_out", Use::shape);
+    const int result = call.run([&] { return PreserveGetForce(&status.status, looked_at, out); });
+    if (result == 1)
+        status.cur_points = points;
+    return result;
 }
 
 } // namespace
@@ -233,61 +216,29 @@ void add_setting_up(py::module_& m)
 void add_preserve(py::module_& m)
 {
     add_status(m);
-    add_setting_up(m);
-    const auto def_step = [&m](const char* name, int (*function)(PreserveStatus*), bool may_allocate = false) {
-        m.def(
-            name,
-            [name, function, may_allocate](const MeshHeld& status) {
-                Call call(name);
-                call.use(status, "status");
-                status->use_borrowed(call);
-                if (may_allocate)
-                    status->stand_apart();
-                return call.run([&] { return function(&status->status); });
-            },
-            py::arg("status"), described(name));
-    };
-    def_step("PreserveInitOlen", PreserveInitOlen, true);
-    def_step("PreserveInitOfang", PreserveInitOfang, true);
-    def_step("PreserveInitOvolume", PreserveInitOvolume);
-    def_step("PreserveInitOarea", PreserveInitOarea);
-    def_step("PreserveFindNlen", PreserveFindNlen);
-    def_step("PreserveFindNfang", PreserveFindNfang);
-    def_step("PreserveFindNvolume", PreserveFindNvolume);
-    def_step("PreserveFindNarea", PreserveFindNarea);
-    def_step("PreserveFindEdgeLengthForce", PreserveFindEdgeLengthForce);
-    def_step("PreserveFindFaceAngleForce", PreserveFindFaceAngleForce);
-    def_step("PreserveFindVolumeForce", PreserveFindVolumeForce);
-    def_step("PreserveFindSurfaceAreaForce", PreserveFindSurfaceAreaForce);
-    def_step("PreserveFindEnergy", PreserveFindEnergy);
-    def_step("PreserveFindForce", PreserveFindForce);
-    m.def(
-        "PreserveCompute",
-        [](const MeshHeld& status, const Held& points, int iterations) {
-            Call call("PreserveCompute");
-            call.use(status, "status");
-            status->use_borrowed(call);
-            DATAstruct* const moved = call.write(borrowable(points, "PreserveCompute"), "points");
-            const int result = call.run([&] { return PreserveCompute(&status->status, moved, iterations); });
-            if (result == 1)
-                status->cur_points = points;
-            return result;
-        },
-        py::arg("status"), py::arg("points"), py::arg("iterations"), described("PreserveCompute"));
-    m.def(
-        "PreserveGetForce",
-        [](const MeshHeld& status, const Held& points, const Held& force_out) {
-            Call call("PreserveGetForce");
-            call.use(status, "status");
-            status->use_borrowed(call);
-            DATAstruct* const looked_at = call.read(borrowable(points, "PreserveGetForce"), "points");
-            DATAstruct* const out = force_out == nullptr ? nullptr : call.shape(force_out, "force_out");
-            const int result = call.run([&] { return PreserveGetForce(&status->status, looked_at, out); });
-            if (result == 1)
-                status->cur_points = points;
-            return result;
-        },
-        py::arg("status"), py::arg("points"), py::arg("force_out") = py::none(), described("PreserveGetForce"));
+    def(m, "PreserveInitialize", initialize, in_any_state("status"), plain("points"), plain("edges", optional),
+        plain("face_sizes", optional), plain("face_points", optional));
+    def(m, "PreserveDispose", &Mesh::dispose, in_any_state("status"));
+    def_loan(m, NAMED(PreserveSetTag), FIELD(Mesh, tags));
+    def_loan(m, NAMED(PreserveSetMass), FIELD(Mesh, masses));
+    def_loan(m, NAMED(PreserveReInitialize), FIELD(Mesh, points));
+    def_unlocked(m, NAMED(PreservePreserve), moving("status"), plain("which"), plain("weight"));
+    def_unlocked(m, NAMED(PreserveInitOlen), moving("status"));
+    def_unlocked(m, NAMED(PreserveInitOfang), moving("status"));
+    def_unlocked(m, NAMED(PreserveInitOvolume), status("status"));
+    def_unlocked(m, NAMED(PreserveInitOarea), status("status"));
+    def_unlocked(m, NAMED(PreserveFindNlen), status("status"));
+    def_unlocked(m, NAMED(PreserveFindNfang), status("status"));
+    def_unlocked(m, NAMED(PreserveFindNvolume), status("status"));
+    def_unlocked(m, NAMED(PreserveFindNarea), status("status"));
+    def_unlocked(m, NAMED(PreserveFindEdgeLengthForce), status("status"));
+    def_unlocked(m, NAMED(PreserveFindFaceAngleForce), status("status"));
+    def_unlocked(m, NAMED(PreserveFindVolumeForce), status("status"));
+    def_unlocked(m, NAMED(PreserveFindSurfaceAreaForce), status("status"));
+    def_unlocked(m, NAMED(PreserveFindEnergy), status("status"));
+    def_unlocked(m, NAMED(PreserveFindForce), status("status"));
+    def(m, "PreserveCompute", compute, status("status"), plain("points"), plain("iterations"));
+    def(m, "PreserveGetForce", get_force, status("status"), plain("points"), plain("force_out", optional));
 }
 
 } // namespace korvale::raw

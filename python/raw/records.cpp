@@ -15,39 +15,6 @@ namespace korvale::raw {
 
 namespace {
 
-template <class Record>
-void* doubles_to_bytes(const Record& record, int number)
-{
-    switch (number) {
-    case DATA_TYPE_DOUBLE:
-        return record.dvals;
-    case DATA_TYPE_INT:
-        return record.ivals;
-    case DATA_TYPE_BYTE:
-        return record.bvals;
-    default:
-        return nullptr;
-    }
-}
-
-template <class Record>
-void set_doubles_to_bytes(Record& record, int number, void* memory)
-{
-    switch (number) {
-    case DATA_TYPE_DOUBLE:
-        record.dvals = static_cast<double*>(memory);
-        break;
-    case DATA_TYPE_INT:
-        record.ivals = static_cast<int32_t*>(memory);
-        break;
-    case DATA_TYPE_BYTE:
-        record.bvals = static_cast<uint8_t*>(memory);
-        break;
-    default:
-        break;
-    }
-}
-
 py::dtype component_of(int number)
 {
     switch (number) {
@@ -62,54 +29,23 @@ py::dtype component_of(int number)
     }
 }
 
-void note_capacity(Data&)
-{
-}
-
 /// The library frees only what the alloc fields say it has allocated.
-void note_capacity(DATAstruct& record)
+template <class R>
+void note_capacity([[maybe_unused]] R& record, bool is_wrapped)
 {
-    if (record.alloc_count < 1 || record.alloc_dim < 1) {
-        record.alloc_count = record.count;
-        record.alloc_dim = record.dim;
-        record.alloc_type = record.type;
+    if constexpr (std::is_same_v<R, DATAstruct>) {
+        if (is_wrapped) {
+            record.alloc_count = record.alloc_dim = -1;
+            record.alloc_type = record.type;
+        } else if (record.alloc_count < 1 || record.alloc_dim < 1) {
+            record.alloc_count = record.count;
+            record.alloc_dim = record.dim;
+            record.alloc_type = record.type;
+        }
     }
 }
 
-void note_wrapped(Data&)
-{
-}
-
-void note_wrapped(DATAstruct& record)
-{
-    record.alloc_count = record.alloc_dim = -1;
-    record.alloc_type = record.type;
-}
-
 } // namespace
-
-void* buffer_at(const Data& record, int number)
-{
-    return doubles_to_bytes(record, number);
-}
-
-void* buffer_at(const DATAstruct& record, int number)
-{
-    return number == kSlots ? record.pvals : doubles_to_bytes(record, number);
-}
-
-void set_buffer_at(Data& record, int number, void* memory)
-{
-    set_doubles_to_bytes(record, number, memory);
-}
-
-void set_buffer_at(DATAstruct& record, int number, void* memory)
-{
-    if (number == kSlots)
-        record.pvals = static_cast<void**>(memory);
-    else
-        set_doubles_to_bytes(record, number, memory);
-}
 
 Lease::~Lease()
 {
@@ -210,7 +146,7 @@ void Buffers<R>::wrap(const py::array& array)
     r.count = static_cast<int32_t>(array.shape(0));
     r.dim = static_cast<int32_t>(dim);
     r.type = number;
-    note_wrapped(r);
+    note_capacity(r, true);
     Spot& spot = spots_[number];
     spot.wrapped = array;
     spot.wrapped_memory = const_cast<void*>(array.data()); // its own writable memory, as was asked above
@@ -252,7 +188,7 @@ void Buffers<R>::stand_apart()
         leave(number);
         set_buffer_at(*record, number, copy);
         if (was_wrapped)
-            note_capacity(*record);
+            note_capacity(*record, false);
     }
 }
 
@@ -648,6 +584,7 @@ void Call::use(const std::shared_ptr<Whole>& status, const char* argument, bool 
     mark(status->users, argument);
     status->user = here;
     kept_.push_back(status);
+    statuses_.push_back(status.get());
 }
 
 template <class Object>
@@ -700,6 +637,8 @@ void Call::settle()
         table->settle();
     for (Tree* const tree : trees_)
         tree->settle_tree();
+    for (Whole* const status : statuses_)
+        status->take_back();
 }
 
 std::exception_ptr Call::forget_raised()

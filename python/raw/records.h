@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -38,10 +39,37 @@ inline int buffer_number(int32_t kind)
     return kind == DATA_TYPE_DATA ? kSlots : kind < 0 || kind > DATA_TYPE_DATA ? kBuffers : kind;
 }
 
-void* buffer_at(const Data& record, int number);
-void* buffer_at(const DATAstruct& record, int number);
-void set_buffer_at(Data& record, int number, void* memory);
-void set_buffer_at(DATAstruct& record, int number, void* memory);
+/// Calls `visit` with the pointer to a buffer; with a null one for a number that the record has none of.
+template <class R, class Visit>
+auto at_buffer(R& record, int number, Visit&& visit)
+{
+    void* none = nullptr;
+    switch (number) {
+    case DATA_TYPE_DOUBLE:
+        return visit(record.dvals);
+    case DATA_TYPE_INT:
+        return visit(record.ivals);
+    case DATA_TYPE_BYTE:
+        return visit(record.bvals);
+    default:
+        if constexpr (requires { record.pvals; })
+            return number == kSlots ? visit(record.pvals) : visit(none);
+        else
+            return visit(none);
+    }
+}
+
+template <class R>
+void* buffer_at(const R& record, int number)
+{
+    return at_buffer(record, number, [](auto* buffer) -> void* { return buffer; });
+}
+
+template <class R>
+void set_buffer_at(R& record, int number, void* memory)
+{
+    at_buffer(record, number, [=](auto*& buffer) { buffer = static_cast<std::decay_t<decltype(buffer)>>(memory); });
+}
 
 /// Memory that views look at. Once its record has let go of it, the last view frees it.
 struct Lease {
@@ -175,6 +203,9 @@ public:
     /// Before a call works on it: takes what it borrows, and refuses what the library cannot work on.
     virtual void look(Call&) {}
 
+    /// After a call that has worked on it: takes what the library has left in it.
+    virtual void take_back() {}
+
     /// Before the library may free or move the buffers of parts.
     void parts_stand_apart();
 
@@ -189,13 +220,13 @@ private:
     std::unordered_map<void*, std::shared_ptr<Table>> tables_;
 };
 
+/// What the library does with a record: it reads it, writes its elements, may give it another buffer, may do so
+/// whatever its sizes, or empties it, so that its buffers, children and list go to those who hold them.
+enum class Use { read, write, shape, remake, empty };
+
 /// One call of the library: looks at its arguments before, and puts in order what it has changed after.
 class Call {
 public:
-    /// What the library does with a record: it reads it, writes its elements, may give it another buffer, may do so
-    /// whatever its sizes, or empties it, so that its buffers, children and list go to those who hold them.
-    enum class Use { read, write, shape, remake, empty };
-
     explicit Call(const char* function) : function_(function) {}
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
@@ -213,41 +244,9 @@ public:
         return take(*object, argument, use);
     }
     template <class Object>
-    auto* read(const std::shared_ptr<Object>& object, const char* argument)
+    auto* take_optional(const std::shared_ptr<Object>& object, const char* argument, Use use)
     {
-        return take(object, argument, Use::read);
-    }
-    template <class Object>
-    auto* write(const std::shared_ptr<Object>& object, const char* argument)
-    {
-        return take(object, argument, Use::write);
-    }
-    template <class Object>
-    auto* shape(const std::shared_ptr<Object>& object, const char* argument)
-    {
-        return take(object, argument, Use::shape);
-    }
-    template <class Object>
-    auto* remake(const std::shared_ptr<Object>& object, const char* argument)
-    {
-        return take(object, argument, Use::remake);
-    }
-    /// Those that may be None.
-    template <class Object>
-    auto* read_optional(const std::shared_ptr<Object>& object, const char* argument)
-    {
-        return object == nullptr ? nullptr : read(object, argument);
-    }
-    template <class Object>
-    auto* write_optional(const std::shared_ptr<Object>& object, const char* argument)
-    {
-        return object == nullptr ? nullptr : write(object, argument);
-    }
-    /// One that is emptied: its buffers, children and list go to those who hold them.
-    template <class Object>
-    auto* empty(const std::shared_ptr<Object>& object, const char* argument)
-    {
-        return take(object, argument, Use::empty);
+        return object == nullptr ? nullptr : take(object, argument, use);
     }
     /// A status; a call that `may_nest` may come from a function that the library calls on its behalf.
     void use(const std::shared_ptr<Whole>& status, const char* argument, bool may_nest = false);
@@ -281,6 +280,7 @@ private:
     std::vector<int*> marks_;
     std::vector<Table*> tables_;
     std::vector<Tree*> trees_;
+    std::vector<Whole*> statuses_;
 
     void require(bool holds, const char* argument) const;
     void mark(int& users, const char* argument);
