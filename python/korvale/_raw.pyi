@@ -1,6 +1,6 @@
 """Types of the compiled module; what everything does stands in korvale.raw and its docstrings."""
 
-from typing import Any, Callable, NoReturn, Protocol, Sequence
+from typing import Callable, NoReturn, Protocol, Sequence
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
@@ -8,7 +8,7 @@ from numpy.typing import ArrayLike, NDArray
 _Array = NDArray[np.float64]
 
 class _Writes(Protocol):
-    def write(self, text: str, /) -> Any: ...
+    def write(self, text: str, /) -> object: ...
 
 __all__ = [
     "BORDER", "BORDERAddWings", "BORDERInitialize", "BORDERMakePipe", "BORDERRemoveWings", "BORDERStatus",
@@ -143,7 +143,7 @@ class DATAstruct:
     @bvals.setter
     def bvals(self, value: ArrayLike | None) -> None: ...
     @property
-    def pvals(self) -> Any: ...
+    def pvals(self) -> Sequence[DATAstruct | None] | NDArray[np.uintp] | None: ...
     @pvals.setter
     def pvals(self, value: Sequence[DATAstruct | None]) -> None: ...
     @property

@@ -48,10 +48,10 @@ Threads and Python functions
 
 from __future__ import annotations
 
-from typing import Any as _Any, Protocol
+from typing import Protocol
 
 import numpy as np
-from numpy.typing import NDArray
+from numpy.typing import ArrayLike, NDArray
 
 from . import _raw
 from ._raw import *
@@ -66,16 +66,16 @@ class I3DVertexAccessor(Protocol):
     A method may raise ``HostError(status)``; any other exception is raised by the function that was called.
     """
 
-    def Seek(self, vertex: int) -> _Any:
+    def Seek(self, vertex: int) -> object:
         """Makes ``vertex`` the current one."""
 
-    def ReadPositions(self, number: int) -> _Any:
+    def ReadPositions(self, number: int) -> ArrayLike:
         """``number`` positions [number][3] from the current vertex on."""
 
     def WritePositions(self, number: int, positions: NDArray[np.float64]) -> int | None:
         """Takes positions [number][3] from the current vertex on. Returns how many it took; None is all."""
 
-    def ReadNormals(self, number: int) -> _Any:
+    def ReadNormals(self, number: int) -> ArrayLike:
         """``number`` normals [number][3] from the current vertex on."""
 
 
