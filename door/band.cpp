@@ -339,9 +339,7 @@ public:
         const size_t n = line_.size();
         const Beside beside = flat_.beside(distance, miter_limit_, telling.part(0.5, 0.5));
         border_.telling = telling.part(0.0, 0.5);
-        if (n < 3 && closed_)
-            border_.stay(); // there and back: no outline
-        else if (takes_long(beside))
+        if (takes_long(beside))
             sweep_in_pieces(distance, height);
         else if (closed_)
             border_.sweep_closed(distance, height);
@@ -690,6 +688,19 @@ void make_band(Outline line, double distance, const korvale_band_options& how, B
         std::reverse_copy(line.begin(), line.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(n));
 }
 
+/// A closed line needs three points at different places.
+void require_ring(Outline line)
+{
+    size_t different = 1, second = 0;
+    for (size_t i = 1; i < line.size() && different < 3; ++i)
+        if (line[i] != line[0] && (different == 1 || line[i] != line[second])) {
+            ++different;
+            second = i;
+        }
+    if (different < 3)
+        throw Refusal("line", "have at least 3 different points where it is closed", Text() << "it has " << different);
+}
+
 void require_band(double distance, const korvale_band_options& how)
 {
     require_finite(distance, "distance");
@@ -725,6 +736,8 @@ korvale_status korvale_band(const korvale_points* line, double distance, const k
         require_points(in, "line", 1);
         const korvale_band_options how = options_of(options, korvale_band_defaults);
         require_band(distance, how);
+        if (how.closed != 0)
+            require_ring(in.points());
         require(band, "band");
         require(band->outline, "band.outline");
         const size_t n = in.points().size();

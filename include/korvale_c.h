@@ -306,8 +306,8 @@ typedef struct korvale_band_result {
 /// No random number is drawn, and lines may have any size, as outlines of `korvale_offset`. A line at a single place
 /// has no sides: its band stays there and is collapsed.
 ///
-/// Refuses no points, a distance of 0, a line that is not planar without `up`, one along `up`, a miter limit below 1,
-/// and numbers that are not finite.
+/// Refuses no points, fewer than 3 different ones of a closed line, a distance of 0, a line that is not planar without
+/// `up`, one along `up`, a miter limit below 1, and numbers that are not finite.
 KORVALE_C_API korvale_status korvale_band(const korvale_points* line, double distance,
                                           const korvale_band_options* options, korvale_band_result* band,
                                           korvale_error* error);

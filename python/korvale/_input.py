@@ -10,8 +10,8 @@
 - a choice of points: truths, one a point, or whole numbers
 
 Other packages are known by their attributes alone, so none of them is imported: Shapely by `exterior`, `interiors`,
-`coords` and `geoms`, matplotlib by `vertices` and `codes`, trimesh by `vertices` and `faces` or `discrete`, meshio by
-`points` and `cells`. Whatever has `__array__` is an array.
+`coords`, `geoms` and `geom_type`, matplotlib by `vertices` and `codes`, trimesh by `vertices` and `faces` or
+`discrete`, meshio by `points` and `cells`. Whatever has `__array__` is an array.
 
 What could be meant in two ways is refused: truths among numbers, masked values, sets and dicts, which have no order,
 zeros and ones where a choice of points is wanted.
@@ -166,6 +166,16 @@ def _line_of(value: Any, function: str, argument: str, must: str) -> Any:
             raise refuse(function, argument, must, f"it is a path of {len(parts)} parts")
         return parts[0]
     return _coordinates(value)
+
+
+def is_ring(line: Any) -> bool:
+    """Whether a line is closed by its type, as rings of Shapely are, and polygons."""
+    if isinstance(line, (numpy.ndarray, list, tuple)):
+        return False
+    if _has(line, "geoms"):
+        parts = list(line.geoms)
+        return len(parts) == 1 and is_ring(parts[0])
+    return _has(line, "exterior", "interiors") or getattr(line, "geom_type", None) == "LinearRing"
 
 
 def _has(value: Any, *names: str) -> bool:

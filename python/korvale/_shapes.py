@@ -222,7 +222,7 @@ def band(
     height: Number = 0.0,
     both_sides: bool = False,
     up: PointLike | None = None,
-    closed: bool = False,
+    closed: bool | None = None,
     miter_limit: Number = 4.0,
     progress: ProgressLike = None,
 ) -> Band:
@@ -235,7 +235,8 @@ def band(
     up: the direction (3,) from which right is right. Without it the line has to be planar, and is seen from the side
         that is up in z (in y or x where its plane is upright). With it the line may rise and fall: each point of the
         border is as high as its point of the line.
-    closed: the last point joins the first; the band is a ring with two outlines, `border` and `other_side`.
+    closed: the last point joins the first; the band is a ring with two outlines, `border` and `other_side`. Where it is
+        not given, rings and polygons of Shapely are closed, and all other lines open.
     miter_limit: no point of the border is farther from the line than this many distances; sharper corners are cut off.
     progress: as for `offset`.
 

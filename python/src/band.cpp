@@ -108,7 +108,7 @@ LaidBand band_of(py::handle line, py::handle distance, py::handle height, py::ha
     korvale_band_defaults(&options, sizeof options);
     options.height = number_of(height, "band", "height");
     options.both_sides = flag_of(both_sides, "band", "both_sides");
-    options.closed = flag_of(closed, "band", "closed");
+    options.closed = closed.is_none() ? converted("is_ring", line).cast<bool>() : flag_of(closed, "band", "closed");
     options.miter_limit = number_of(miter_limit, "band", "miter_limit");
     options.has_up = !up.is_none();
     if (options.has_up != 0)

@@ -153,6 +153,8 @@ class OthersTest(RefusingTest):
                 [shapely.Polygon(SQUARE)])):
             self.assertTaken({name: take for name, take in TAKE_OUTLINES.items() if name not in ("offset", "shapes")},
                              outline, SQUARE)
+            self.assertEqual(korvale.band(outline, 1), korvale.band(SQUARE, 1, closed=True))
+            self.assertEqual(korvale.band(outline, 1, closed=False), korvale.band([*SQUARE, SQUARE[0]], 1))
         line = [(0, 0), (5, 0), (5, 5)]
         for given in (shapely.LineString(line), shapely.MultiLineString([line]), shapely.MultiPoint(line)):
             self.assertTaken(TAKE_LINES, given, line)

@@ -289,6 +289,8 @@ class BandTest(RefusingTest):
 
     def test_says_what_it_refuses(self):
         self.assertRefuses("band: line must have at least 1 point, but it has 0", lambda: korvale.band([], 1))
+        self.assertRefuses("band: line must have at least 3 different points where it is closed, but it has 2",
+                           lambda: korvale.band([(0, 0), (1, 0), (0, 0)], 1, closed=True))
         self.assertRefuses("band: distance must be other than 0, but it is 0",
                            lambda: korvale.band([(0, 0), (1, 0)], 0))
         self.assertRefuses("band: up must be a point, (3,) or (2,), but its shape is (4,)",

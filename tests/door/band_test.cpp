@@ -7,7 +7,9 @@
 #include <cstddef>
 #include <fstream>
 #include <limits>
+#include <set>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -163,6 +165,14 @@ Numbers wandering(Random& random, int n, double turn)
     return line;
 }
 
+bool has_three_places(const Numbers& line)
+{
+    std::set<std::pair<double, double>> places;
+    for (size_t i = 0; i < line.size(); i += 3)
+        places.insert({line[i], line[i + 1]});
+    return places.size() > 2;
+}
+
 /// The coasts of fourteen countries, in kilometres.
 std::vector<Numbers> read_coasts()
 {
@@ -314,7 +324,8 @@ TEST(DoorBand, GeneratedLinesOfAnyWidthAreHeld)
         if (length == 0)
             continue;
         const double distance = length * std::pow(10, random.uniform(-3, 0.5)) * (random.one_in(2) ? 1 : -1);
-        expect_held(line, distance, options_of(1, random.between(0, 1)), random.one_in(2) ? 4 : random.uniform(1, 8));
+        const int32_t closed = random.between(0, 1) != 0 && has_three_places(line) ? 1 : 0;
+        expect_held(line, distance, options_of(1, closed), random.one_in(2) ? 4 : random.uniform(1, 8));
     }
 }
 
@@ -512,6 +523,11 @@ TEST(DoorBand, SaysWhatItRefuses)
         return text;
     };
     EXPECT_EQ(refusal({}, 1, options_of()), "korvale_band: line must have at least 1 point, but it has 0");
+    for (const Numbers& two : {straight, Numbers{0, 0, 0, 4, 0, 0, 4, 0, 0, 0, 0, 0, 4, 0, 0}})
+        EXPECT_EQ(refusal(two, 1, options_of(0, 1)),
+                  "korvale_band: line must have at least 3 different points where it is closed, but it has 2");
+    EXPECT_EQ(refusal({1, 2, 3}, 1, options_of(0, 1)),
+              "korvale_band: line must have at least 3 different points where it is closed, but it has 1");
     EXPECT_EQ(refusal(straight, 0, options_of()), "korvale_band: distance must be other than 0, but it is 0");
     EXPECT_EQ(refusal(straight, nan, options_of()), "korvale_band: distance must be finite, but it is nan");
     EXPECT_EQ(refusal({0, 0, 0, 0, 0, 1}, 1, options_of()),

@@ -115,8 +115,8 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 ///     warn_about_edge(road.crossing->first);
 /// ```
 ///
-/// Throws `Error` without points, for a distance of 0, a line that is not planar without `options.up`, a miter limit
-/// below 1, and numbers that are not finite.
+/// Throws `Error` without points, for a closed line of fewer than 3 different points, a distance of 0, a line that is
+/// not planar without `options.up`, a miter limit below 1, and numbers that are not finite.
 inline Band band(AnyPoints line, double distance, const BandOptions& options = {})
 {
     return try_band(line.view(), distance, options).value();
