@@ -47,6 +47,7 @@ struct OfProcess {
     static constexpr bool kIsFine = false;
 
     void draw(int* numbers, int count) const { draw_numbers(numbers, count); }
+    bool goes_on(int64_t, int64_t) const { return true; }
 };
 
 /// Numbers of one call: a draw is one of 32,768 steps of the area, and a number of a second generator the place in it.
@@ -55,8 +56,18 @@ struct OfCall {
 
     uint32_t state;
     uint64_t second_state;
+    SamplingCourse course;
 
     void draw(int* numbers, int count) { state = draw_after(state, numbers, count); }
+
+    /// Asks before the first point, after each kPointsToTell, and after the last one.
+    bool goes_on(int64_t made, int64_t count) const
+    {
+        constexpr int64_t kPointsToTell = 512 * kBlock;
+        if (course.ask == nullptr || (made % kPointsToTell != 0 && made < count))
+            return true;
+        return course.ask(static_cast<double>(made) / static_cast<double>(count), course.user);
+    }
 
     /// Takes shares from within the steps of the draws, never from their ends.
     void refine(int count, Places& places)
@@ -115,6 +126,17 @@ double measure_areas(const SampledTriangles& t, double* areas)
     if (t.count >= width_of<Quad>)
         i = widest([&] { return measure_by_quads(t, areas, sum); }, [&] { return measure_by<Pair>(t, 0, areas, sum); });
     measure_by<double>(t, i, areas, sum);
+    return sum;
+}
+
+/// Weighs areas. Returns their sum.
+double weigh_areas(const SampledTriangles& t, double* areas)
+{
+    double sum = 0.0;
+    for (int64_t i = 0; i < t.count; ++i) {
+        areas[i] *= t.weights[i];
+        sum += areas[i];
+    }
     return sum;
 }
 
@@ -263,23 +285,33 @@ void draw_places(Numbers& numbers, int count, Places& places)
         numbers.refine(count, places);
 }
 
-/// Scatters points. False where the heap is exhausted.
+/// Scatters points.
 template <class Numbers>
-bool scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttributes& attributes, Numbers numbers)
+Sampled scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttributes& attributes, Numbers numbers)
 {
     using Choice = inside::Choice<Numbers::kIsFine>;
     Scratch<double, kNearbyShares> reached(t.count);
     if (!reached.exists())
-        return false;
+        return Sampled::no_room;
+    if (!numbers.goes_on(0, p.count))
+        return Sampled::stopped;
     const int in_first = static_cast<int>(std::min<int64_t>(kBlock, p.count));
     Places places;
     draw_places(numbers, in_first, places);
     Choice choice = {reached.get(), t.count, nullptr};
-    if (t.count > 1) {
+    if (t.count > 1 || Numbers::kIsFine) {
         double most_wanted = std::numeric_limits<double>::infinity();
         if (p.count <= kBlock)
             most_wanted = *std::max_element(places.share, places.share + in_first);
-        const double sum = measure_areas(t, reached.get());
+        double sum = measure_areas(t, reached.get());
+        if constexpr (Numbers::kIsFine) {
+            if (t.weights != nullptr)
+                sum = weigh_areas(t, reached.get());
+            if (!(std::fabs(sum) > 0.0))
+                return sum == 0.0 ? Sampled::no_area : Sampled::too_large;
+            if (!(sum <= std::numeric_limits<double>::max()))
+                return Sampled::too_large;
+        }
         choice.count = accumulate_shares(reached.get(), t.count, sum, most_wanted);
         if constexpr (Numbers::kIsFine) // the last triangle is one that adds to the area
             choice.count = first_reaching(reached[choice.count - 1], reached.get(), choice.count) + 1;
@@ -293,11 +325,13 @@ bool scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttr
 
     make_points(t, choice, places, p, attributes, 0, in_first);
     for (int64_t first = in_first; first < p.count; first += kBlock) {
+        if (!numbers.goes_on(first, p.count))
+            return Sampled::stopped;
         const int count = static_cast<int>(std::min<int64_t>(kBlock, p.count - first));
         draw_places(numbers, count, places);
         make_points(t, choice, places, p, attributes, first, count);
     }
-    return true;
+    return numbers.goes_on(p.count, p.count) ? Sampled::done : Sampled::stopped;
 }
 
 /// The attributes to carry, of width 0 where there are none or no place for them.
@@ -337,10 +371,10 @@ void sample(const Array* triangles, unsigned seed, Array* points, const Array* v
 
 } // namespace
 
-bool scatter_alone(const SampledTriangles& triangles, uint32_t seed, const SamplePoints& points,
-                   const SampledAttributes& attributes)
+Sampled scatter_alone(const SampledTriangles& triangles, uint32_t seed, const SamplePoints& points,
+                      const SampledAttributes& attributes, const SamplingCourse& course)
 {
-    return scatter(triangles, points, attributes, OfCall{seed, seed});
+    return scatter(triangles, points, attributes, OfCall{seed, seed, course});
 }
 
 } // namespace korvale::inside

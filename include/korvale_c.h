@@ -472,7 +472,20 @@ KORVALE_C_API korvale_status korvale_mesh_volume(const korvale_triangles* triang
 
 // --- Scattered points ------------------------------------------------------------------------------------------------
 
-/// Scatters `output->count` points over triangles, uniformly by area. `numbers` [output->count], which may be null,
+/// How points are scattered.
+typedef struct korvale_scatter_options {
+    uint32_t size;             ///< of this struct, in bytes
+    int32_t reserved;          ///< 0
+    korvale_numbers weights;   ///< one a triangle, which is as likely as its area times this; without `data` all are 1
+    korvale_progress progress; ///< told while many points are made; may be null
+    void* user;                ///< handed to `progress`
+} korvale_scatter_options;
+
+/// No weights, no progress.
+KORVALE_C_API void korvale_scatter_defaults(korvale_scatter_options* options, size_t size);
+
+/// Scatters `output->count` points over triangles, uniformly by area, or as weights have it: a weight of 2 makes a
+/// triangle twice as likely, one of 0 leaves it without points. `numbers` [output->count], which may be null,
 /// takes the triangle of each. `attributes` may be null; else it has a row for each point of `triangles`, and `blended`
 /// takes as many rows of the same width as there are points to make.
 ///
@@ -482,11 +495,12 @@ KORVALE_C_API korvale_status korvale_mesh_volume(const korvale_triangles* triang
 /// Where a step lies within one triangle the points are those that `DATATriSample` makes with korvale's own platform
 /// layer.
 ///
-/// Refuses no triangles, corners that are no points, numbers that are not finite, and rows that do not fit.
+/// Refuses no triangles, corners that are no points, numbers that are not finite, weights below 0, an area of 0 on the
+/// whole, and rows that do not fit. Where the progress stops it, some of the points are written.
 KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles, uint32_t seed,
-                                             const korvale_points_out* output, int32_t* numbers,
-                                             const korvale_numbers* attributes, const korvale_numbers_out* blended,
-                                             korvale_error* error);
+                                             const korvale_scatter_options* options, const korvale_points_out* output,
+                                             int32_t* numbers, const korvale_numbers* attributes,
+                                             const korvale_numbers_out* blended, korvale_error* error);
 
 // --- Rays ------------------------------------------------------------------------------------------------------------
 

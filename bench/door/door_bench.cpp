@@ -214,7 +214,10 @@ void scatter(benchmark::State& state)
     const korvale_points_out output = points_to(points);
     DATAstruct from = record_of(corners, 9), to = record_of(points, 3);
     measure(
-        state, [&] { need(korvale_scatter(&triangles, 7, &output, nullptr, nullptr, nullptr, nullptr) == KORVALE_OK); },
+        state,
+        [&] {
+            need(korvale_scatter(&triangles, 7, nullptr, &output, nullptr, nullptr, nullptr, nullptr) == KORVALE_OK);
+        },
         [&] { DATATriSample(&from, 7, &to, nullptr, nullptr); });
 }
 

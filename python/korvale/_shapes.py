@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Sequence
+from collections.abc import Callable, Iterable, Sequence
 from typing import TYPE_CHECKING, Any, NamedTuple, overload
 
 import numpy
@@ -381,8 +381,9 @@ class Scattered(NamedTuple):
 
 
 def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | None = None,
-            triangles: FacesLike | None = None) -> Scattered:
-    """Scatters `count` points over triangles, uniformly by area.
+            triangles: FacesLike | None = None, weights: NumbersLike | None = None,
+            progress: ProgressLike = None) -> Scattered:
+    """Scatters `count` points over triangles, uniformly by area or as weights have it.
 
     mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
         (T, 3) given apart, or the corners of triangles (T, 3, 3) or (T, 9).
@@ -391,6 +392,9 @@ def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | 
         many there are.
     attributes: values to be blended to the points by the same weights: (V, k) or (V,) for a mesh, (T, 3, k) or (T, 3)
         for corners.
+    weights: one for each triangle (T,), or face, which is as likely as its area times its weight; 0 leaves it without
+        points.
+    progress: as for `offset`.
 
     >>> points, colours, triangles = korvale.scatter([[(0, 0, 0), (1, 0, 0), (0, 1, 0)]], 1000, seed=42,
     ...                                              attributes=[[(1, 0, 0), (0, 1, 0), (0, 0, 1)]])
@@ -402,17 +406,39 @@ def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | 
     values = None if attributes is None else _input.array(attributes, "scatter", "attributes", "be numbers")
     if values is not None:
         values = numpy.ascontiguousarray(values)
+    chances = None if weights is None else _input.array(weights, "scatter", "weights", "be numbers")
     if triangles is not None or _input.is_mesh(mesh):
         vertices, sizes, faces = _input.mesh(mesh, triangles, "scatter")
+        chances = _one_each(chances, len(faces) if sizes is None else len(sizes), "scatter")
         if sizes is not None:
-            faces = _korvale.fans(sizes, faces)[0]
+            faces, owners = _korvale.fans(sizes, faces)
+            chances = None if chances is None else chances[owners]
         if values is not None and (values.ndim not in (1, 2) or len(values) != len(vertices)):
             raise refuse("scatter", "attributes", f"be ({len(vertices)},) or ({len(vertices)}, k), a row a vertex",
                          f"its shape is {values.shape}")
-        return Scattered(*_korvale.scatter_mesh(vertices, faces, n, start, values))
+        return _scattered(progress, lambda report: _korvale.scatter_mesh(vertices, faces, n, start, values, chances,
+                                                                         report))
     corners = _input.corners(mesh, "scatter", "mesh")
+    chances = _one_each(chances, len(corners), "scatter")
     if values is not None and (values.ndim not in (2, 3) or values.shape[:2] != (len(corners), 3)):
         raise refuse("scatter", "attributes", f"be ({len(corners)}, 3) or ({len(corners)}, 3, k), a row a corner",
                      f"its shape is {values.shape}")
-    return Scattered(*_korvale.scatter_corners(corners, n, start, values))
+    return _scattered(progress, lambda report: _korvale.scatter_corners(corners, n, start, values, chances, report))
+
+
+def _one_each(weights: Doubles | None, triangles: int, function: str) -> Doubles | None:
+    """Weights, of which each triangle has one."""
+    if weights is not None and weights.shape != (triangles,):
+        raise refuse(function, "weights", f"be ({triangles},), one a triangle", f"its shape is {weights.shape}")
+    return weights
+
+
+def _scattered(progress: ProgressLike,
+               scatter: Callable[[Progress | None], tuple[Doubles, Doubles | None, Ints]]) -> Scattered:
+    if progress is None:
+        return Scattered(*scatter(None))
+    with Progress(progress, 1000) as report:
+        made = scatter(report)
+        report(1000)
+    return Scattered(*made)
 

@@ -26,31 +26,40 @@ std::span<const double> values_of(const py::object& attributes)
     return {static_cast<const double*>(array.data()), static_cast<std::size_t>(array.size())};
 }
 
-/// Over corners [.][9] with attributes of the corners; both are plain.
-py::tuple scatter_corners(const Doubles& corners, std::size_t count, unsigned seed, const py::object& attributes)
+/// How to scatter; `report` is told of the thousandths done. All arrays are plain.
+ScatterOptions options_of(const py::object& weights, py::handle report)
+{
+    return {values_of(weights), Signals(report)};
+}
+
+/// Over corners [.][9] with attributes of the corners.
+py::tuple scatter_corners(const Doubles& corners, std::size_t count, unsigned seed, const py::object& attributes,
+                          const py::object& weights, py::handle report)
 {
     const PointView points = PointView::at(corners.data(), static_cast<std::size_t>(corners.size()) / 3);
     const std::span<const double> values = values_of(attributes);
+    const ScatterOptions options = options_of(weights, report);
     Scattered result;
     {
         const py::gil_scoped_release unlocked;
-        result = scatter(TriangleView(points), count, seed, values);
+        result = scatter(TriangleView(points), count, seed, values, options);
     }
     return arrays_of(std::move(result));
 }
 
-/// Over triangles on shared vertices with attributes of the vertices; all are plain.
+/// Over triangles on shared vertices with attributes of the vertices.
 py::tuple scatter_mesh(const Doubles& vertices, const Ints& triangles, std::size_t count, unsigned seed,
-                       const py::object& attributes)
+                       const py::object& attributes, const py::object& weights, py::handle report)
 {
     const PointView points = PointView::at(vertices.data(), static_cast<std::size_t>(vertices.size()) / 3);
     const std::span<const Triangle> faces(reinterpret_cast<const Triangle*>(triangles.data()),
                                           static_cast<std::size_t>(triangles.size()) / 3);
     const std::span<const double> values = values_of(attributes);
+    const ScatterOptions options = options_of(weights, report);
     Scattered result;
     {
         const py::gil_scoped_release unlocked;
-        result = scatter(points, faces, count, seed, values);
+        result = scatter(points, faces, count, seed, values, options);
     }
     return arrays_of(std::move(result));
 }

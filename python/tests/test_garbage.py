@@ -49,7 +49,7 @@ CALLS = [
     (korvale.triangulate, SQUARE, {}),
     (korvale.flatten, SQUARE, {"closed": True, "by_extremes": False}),
     (korvale.frames, LINE, {"closed": False}),
-    (korvale.scatter, CUBE, {"seed": 1, "attributes": None, "triangles": None, "count": 5}),
+    (korvale.scatter, CUBE, {"seed": 1, "attributes": None, "triangles": None, "count": 5, "weights": [1] * 12}),
     (korvale.Mesh, VERTICES, TRIANGLES, {}),
     (korvale.RayGrid, VERTICES, TRIANGLES, {"cells": (1, 1, 1)}),
     (GRID.nearest, (1, 1, 9), (0, 0, -1), {}),

@@ -471,6 +471,28 @@ class ScatterTest(RefusingTest):
         self.assertEqual(korvale.scatter(self.mesh, 100, seed=7, attributes=vertices[:, 0]).attributes.shape, (100, 1))
         self.assertIsNone(korvale.scatter(self.mesh, 100, seed=7).attributes)
 
+    def test_takes_weights(self):
+        normals = self.mesh.normals
+        upwards = (normals[:, 2] > 0.5).astype(float)
+        made = korvale.scatter(self.mesh, 500, seed=7, weights=upwards)
+        self.assertTrue((abs(made.points[:, 2] - 4) < 1e-14).all())  # weights add up to 1 but for a rounding
+        self.assertTrue((normals[made.triangles] == (0, 0, 1)).all())
+        corners = self.mesh.vertices[self.mesh.triangles]
+        self.assertEqual(korvale.scatter(corners, 500, seed=7, weights=upwards), made)
+        self.assertEqual(korvale.scatter(self.mesh, 500, seed=7, weights=[1] * len(normals)),
+                         korvale.scatter(self.mesh, 500, seed=7))
+        prism = [(0, 0), (1, 0), (1, 1), (0, 1), (2, 0), (3, 0), (2, 1)]
+        made = korvale.scatter((prism, [(0, 1, 2, 3), (4, 5, 6)]), 100, seed=7, weights=[1, 0])
+        self.assertEqual((made.points[:, 0].max() < 1, set(made.triangles)), (True, {0, 1}))
+
+    def test_tells_of_progress(self):
+        told = []
+        made = korvale.scatter(self.mesh, 3000000, seed=7, progress=told.append)
+        self.assertEqual((told[-1], told == sorted(told)), (1000, True))
+        self.assertEqual(made.points.shape, (3000000, 3))
+        with self.assertRaisesRegex(korvale.Error, "scatter: progress must go on, but it has stopped the work"):
+            korvale.scatter(self.mesh, 3000000, seed=7, progress=lambda done: False)
+
     def test_results_with_arrays_compare_by_one_truth(self):
         grid, relaxer = korvale.RayGrid(self.mesh), korvale.Relaxer(self.mesh).keep("lengths")
         above = self.mesh.vertices + (0.3, 0.2, 9)
@@ -501,6 +523,12 @@ class ScatterTest(RefusingTest):
         self.assertRefuses("scatter: attributes must be (12, 3) or (12, 3, k), a row a corner, but its shape is (12,)",
                            lambda: korvale.scatter(self.mesh.vertices[self.mesh.triangles], 5, seed=1,
                                                    attributes=numpy.zeros(12)))
+        self.assertRefuses("scatter: weights must be (12,), one a triangle, but its shape is (8,)",
+                           lambda: korvale.scatter(self.mesh, 5, seed=1, weights=range(8)))
+        self.assertRefuses("scatter: weights must be finite and 0 or more, but its row 1 is -1",
+                           lambda: korvale.scatter(self.mesh, 5, seed=1, weights=[1, -1] * 6))
+        self.assertRefuses("scatter: weights must be above 0 for a triangle with an area, but it is for none",
+                           lambda: korvale.scatter(self.mesh, 5, seed=1, weights=numpy.zeros(12)))
         self.assertRefuses("scatter: count must be 0 to 2147483647, but it is -1",
                            lambda: korvale.scatter(self.mesh, -1, seed=1))
         self.assertEqual(korvale.scatter(self.mesh, 0, seed=1).points.shape, (0, 3))

@@ -72,6 +72,9 @@ int refuses(korvale_status given, korvale_status wanted, korvale_error* error, c
 /// Whether an allocation has been made to fail in this run.
 int heap_has_failed(void);
 
+/// A progress that stops whatever it is told of.
+int32_t stop(double done, void* user);
+
 // One for each section of the header.
 void array_tests(void);
 void band_tests(void);

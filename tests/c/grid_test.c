@@ -22,13 +22,6 @@ static int32_t count_calls(double done, void* user)
     return 1;
 }
 
-static int32_t stop(double done, void* user)
-{
-    (void)done;
-    (void)user;
-    return 0;
-}
-
 static korvale_status tells_what_a_ray_meets(void)
 {
     const korvale_triangles triangles = mesh();

@@ -70,6 +70,9 @@ static korvale_status options_are_laid_out(void)
     SIZE(korvale_offset_options, 40);
     PLACE(korvale_offset_options, height, 16);
     PLACE(korvale_offset_options, progress, 24);
+    SIZE(korvale_scatter_options, 56);
+    PLACE(korvale_scatter_options, weights, 8);
+    PLACE(korvale_scatter_options, progress, 40);
     SIZE(korvale_band_options, 72);
     PLACE(korvale_band_options, height, 16);
     PLACE(korvale_band_options, miter_limit, 48);

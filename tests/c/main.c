@@ -55,6 +55,13 @@ int succeeds(korvale_status status, const korvale_error* error, const char* call
     return 0;
 }
 
+int32_t stop(double done, void* user)
+{
+    (void)done;
+    (void)user;
+    return 0;
+}
+
 int refuses(korvale_status given, korvale_status wanted, korvale_error* error, const char* sentence, const char* file,
             int line)
 {

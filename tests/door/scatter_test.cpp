@@ -81,8 +81,9 @@ TEST(Scatter, MakesThePointsOfTheArraySamplingWhereStepsOfADrawAreWithinTriangle
             const korvale_points_out output = points_to(points);
             const korvale_numbers attributes = rows_of(values, 2);
             const korvale_numbers_out results = rows_to(blended, 2);
-            ASSERT_EQ(korvale_scatter(&triangles, 4000000000u, &output, nullptr, &attributes, &results, nullptr),
-                      KORVALE_OK);
+            ASSERT_EQ(
+                korvale_scatter(&triangles, 4000000000u, nullptr, &output, nullptr, &attributes, &results, nullptr),
+                KORVALE_OK);
             EXPECT_TRUE(same_bits(plain, points)) << n;
             EXPECT_TRUE(same_bits(carried, blended)) << n;
         }
@@ -105,9 +106,13 @@ TEST(Scatter, TakesTheStepsWrittenOutPlainly)
                 for (int j = 0; j < 9; ++j)
                     t[j] = std::ldexp(t[j], random.between(-40, 40));
         }
+        std::vector<double> weights = random.uniforms(random.one_in(2) ? static_cast<size_t>(n) : 0, 0, 3);
+        for (size_t i = 0; i < weights.size(); ++i)
+            if (i != static_cast<size_t>(n / 2) && random.one_in(3))
+                weights[i] = 0;
         const std::vector<double> values = random.uniforms(6 * static_cast<size_t>(n), -1, 1);
         const auto seed = static_cast<uint32_t>(random.bits());
-        const reference::Samples expected = reference::scatter_triangles(corners, seed, count, values);
+        const reference::Samples expected = reference::scatter_triangles(corners, weights, seed, count, values);
 
         std::vector<double> points(expected.points.size()), blended(expected.attributes.size());
         std::vector<int32_t> numbers(static_cast<size_t>(count));
@@ -115,7 +120,10 @@ TEST(Scatter, TakesTheStepsWrittenOutPlainly)
         const korvale_points_out output = points_to(points);
         const korvale_numbers attributes = rows_of(values, 2);
         const korvale_numbers_out results = rows_to(blended, 2);
-        ASSERT_EQ(korvale_scatter(&triangles, seed, &output, numbers.data(), &attributes, &results, nullptr),
+        korvale_scatter_options options;
+        korvale_scatter_defaults(&options, sizeof options);
+        options.weights = rows_of(weights);
+        ASSERT_EQ(korvale_scatter(&triangles, seed, &options, &output, numbers.data(), &attributes, &results, nullptr),
                   KORVALE_OK);
         ASSERT_EQ(numbers, expected.triangles) << "round " << round;
         ASSERT_TRUE(same_bits(expected.points, points)) << "round " << round;
@@ -133,7 +141,8 @@ TEST(Scatter, DrawsEveryOfAHundredThousandTrianglesByItsArea)
     const korvale_points_out output = points_to(points);
     std::vector<int32_t> numbers(200000), times(100000);
     for (uint32_t seed = 1; seed <= 30; ++seed) {
-        ASSERT_EQ(korvale_scatter(&triangles, seed, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+        ASSERT_EQ(korvale_scatter(&triangles, seed, nullptr, &output, numbers.data(), nullptr, nullptr, nullptr),
+                  KORVALE_OK);
         for (const int32_t number : numbers)
             ++times[static_cast<size_t>(number)];
     }
@@ -156,9 +165,132 @@ TEST(Scatter, GivesATriangleWithoutAreaNoPoint)
     std::vector<double> points(600000);
     std::vector<int32_t> numbers(200000);
     const korvale_points_out output = points_to(points);
-    ASSERT_EQ(korvale_scatter(&triangles, 3, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+    ASSERT_EQ(korvale_scatter(&triangles, 3, nullptr, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_THAT(numbers, Each(AnyOf(1, 3)));
     EXPECT_NEAR(static_cast<double>(std::count(numbers.begin(), numbers.end(), 1)), 100000, 1200); // 224 is usual
+}
+
+korvale_scatter_options weighed_by(const korvale_numbers& weights)
+{
+    korvale_scatter_options options;
+    korvale_scatter_defaults(&options, sizeof options);
+    options.weights = weights;
+    return options;
+}
+
+TEST(Scatter, TakesWeightsTimesAreas)
+{
+    // Areas 0.5, 0.5, 10 and weights 6, 0, 0.3: chances 3, 0, 3. Then floats in steps of two, 1, 4, 0: 0.5, 2, 0.
+    const korvale_triangles triangles = mesh();
+    const std::vector<double> weights = {6, 0, 0.3};
+    const float floats[] = {1, -7, 4, -7, 0};
+    std::vector<double> points(300000);
+    std::vector<int32_t> numbers(100000);
+    const korvale_points_out output = points_to(points);
+    korvale_scatter_options options = weighed_by(rows_of(weights));
+    const auto times = [&](int32_t triangle) {
+        return static_cast<double>(std::count(numbers.begin(), numbers.end(), triangle));
+    };
+    ASSERT_EQ(korvale_scatter(&triangles, 8, &options, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+    EXPECT_NEAR(times(0), 50000, 800); // 158 is usual
+    EXPECT_EQ(times(1), 0);
+    EXPECT_NEAR(times(2), 50000, 800);
+    options = weighed_by({floats, 3, 2 * sizeof(float), 1, KORVALE_FLOAT});
+    ASSERT_EQ(korvale_scatter(&triangles, 8, &options, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+    EXPECT_NEAR(times(0), 20000, 650); // 126 is usual
+    EXPECT_NEAR(times(1), 80000, 650);
+    EXPECT_EQ(times(2), 0);
+}
+
+TEST(Scatter, WeightsOfOneChangeNothing)
+{
+    const korvale_triangles triangles = mesh();
+    const std::vector<double> ones(3, 1.0), twos(3, 2.0);
+    std::vector<double> plain(3000), weighed(3000);
+    const korvale_points_out to_plain = points_to(plain), to_weighed = points_to(weighed);
+    ASSERT_EQ(korvale_scatter(&triangles, 8, nullptr, &to_plain, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
+    for (const auto& weights : {ones, twos}) {
+        const korvale_scatter_options options = weighed_by(rows_of(weights));
+        weighed.assign(weighed.size(), 0.0);
+        ASSERT_EQ(korvale_scatter(&triangles, 8, &options, &to_weighed, nullptr, nullptr, nullptr, nullptr),
+                  KORVALE_OK);
+        EXPECT_TRUE(same_bits(plain, weighed));
+    }
+}
+
+TEST(Scatter, RefusesWeightsThatAreNone)
+{
+    const korvale_triangles triangles = mesh();
+    std::vector<double> points = {7, 7, 7};
+    const korvale_points_out output = points_to(points);
+    const auto text = [&](const korvale_numbers& weights, const korvale_triangles& over) {
+        const korvale_scatter_options options = weighed_by(weights);
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](auto* e) {
+            return korvale_scatter(&over, 1, &options, &output, nullptr, nullptr, nullptr, e);
+        });
+    };
+    const std::vector<double> below = {1, -0.5, 1}, odd = {1, 1, NAN}, endless = {1, INFINITY, 1}, none = {0, 0, 0},
+                              few = {1, 1}, huge = {1e308, 1e308, 1e308}, points_of_one = {3, 4, 5, 3, 4, 5, 3, 4, 5};
+    const korvale_triangles flat = {points_of(points_of_one), {}};
+    EXPECT_EQ(text(rows_of(below), triangles),
+              "korvale_scatter: options.weights must be finite and 0 or more, but its row 1 is -0.5");
+    EXPECT_EQ(text(rows_of(odd), triangles),
+              "korvale_scatter: options.weights must be finite and 0 or more, but its row 2 is nan");
+    EXPECT_EQ(text(rows_of(endless), triangles),
+              "korvale_scatter: options.weights must be finite and 0 or more, but its row 1 is inf");
+    EXPECT_EQ(text(rows_of(none), triangles),
+              "korvale_scatter: options.weights must be above 0 for a triangle with an area, but it is for none");
+    EXPECT_EQ(text(rows_of(huge), triangles),
+              "korvale_scatter: options.weights must leave an area that is finite, but it is not");
+    EXPECT_EQ(text(rows_of(few), triangles),
+              "korvale_scatter: options.weights must have a row for each of 3 triangles, but it has 2");
+    EXPECT_EQ(text(rows_of(kPoints, 7), triangles),
+              "korvale_scatter: options.weights must have a width of 1, but it has 7");
+    EXPECT_EQ(text({nullptr, 3, 0, 1, KORVALE_DOUBLE}, triangles),
+              "korvale_scatter: options.weights must have data, but it is null");
+    EXPECT_EQ(text({}, flat), "korvale_scatter: triangles must have an area, but it is 0");
+    const std::vector<double> far = {0, 0, 0, 1e200, 0, 0, 0, 1e200, 0};
+    EXPECT_EQ(text({}, {points_of(far), {}}),
+              "korvale_scatter: triangles must leave an area that is finite, but it is not");
+    EXPECT_THAT(points, ElementsAre(7, 7, 7));
+}
+
+/// What a scattering has told, and when it is to stop.
+struct Told {
+    std::vector<double> done;
+    double end = 2;
+
+    static int32_t tell(double done, void* user)
+    {
+        auto& self = *static_cast<Told*>(user);
+        self.done.push_back(done);
+        return done < self.end;
+    }
+};
+
+TEST(Scatter, TellsOfManyPointsAndStopsWhenAsked)
+{
+    const korvale_triangles triangles = mesh();
+    std::vector<double> points(3 * 65536), plain(3 * 65536);
+    const korvale_points_out output = points_to(points), to_plain = points_to(plain);
+    ASSERT_EQ(korvale_scatter(&triangles, 1, nullptr, &to_plain, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
+    Told told;
+    korvale_scatter_options options;
+    korvale_scatter_defaults(&options, sizeof options);
+    options.progress = &Told::tell;
+    options.user = &told;
+    ASSERT_EQ(korvale_scatter(&triangles, 1, &options, &output, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
+    EXPECT_THAT(told.done, ElementsAre(0, 0.25, 0.5, 0.75, 1)); // each 16,384 points
+    EXPECT_TRUE(same_bits(plain, points));
+
+    points.assign(points.size(), 7);
+    told = {{}, 0.5};
+    korvale_error error;
+    EXPECT_EQ(korvale_scatter(&triangles, 1, &options, &output, nullptr, nullptr, nullptr, &error), KORVALE_STOPPED);
+    EXPECT_STREQ(error.text, "korvale_scatter: it was asked to stop");
+    EXPECT_THAT(told.done, ElementsAre(0, 0.25, 0.5));
+    EXPECT_EQ(points[3 * 32767], plain[3 * 32767]);
+    EXPECT_EQ(points[3 * 32768], 7);
 }
 
 TEST(Scatter, NeitherSeedsNorDrawsFromTheProcess)
@@ -170,7 +302,7 @@ TEST(Scatter, NeitherSeedsNorDrawsFromTheProcess)
     const int first = Mwrand(), second = Mwrand();
     Mwsrand(7);
     EXPECT_EQ(Mwrand(), first);
-    ASSERT_EQ(korvale_scatter(&triangles, 42, &output, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
+    ASSERT_EQ(korvale_scatter(&triangles, 42, nullptr, &output, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_EQ(Mwrand(), second);
 }
 
@@ -182,7 +314,7 @@ TEST(Scatter, ThreadsMakeTheSamePoints)
     for (auto& mine : points)
         threads.emplace_back([&triangles, &mine] {
             const korvale_points_out output = points_to(mine);
-            korvale_scatter(&triangles, 5, &output, nullptr, nullptr, nullptr, nullptr);
+            korvale_scatter(&triangles, 5, nullptr, &output, nullptr, nullptr, nullptr, nullptr);
         });
     for (std::thread& thread : threads)
         thread.join();
@@ -196,7 +328,7 @@ TEST(Scatter, TellsTheTriangleOfEachPoint)
     std::vector<double> points(3000);
     std::vector<int32_t> numbers(1000, -1);
     const korvale_points_out output = points_to(points);
-    ASSERT_EQ(korvale_scatter(&triangles, 1, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+    ASSERT_EQ(korvale_scatter(&triangles, 1, nullptr, &output, numbers.data(), nullptr, nullptr, nullptr), KORVALE_OK);
     int on_third = 0;
     for (size_t i = 0; i < 1000; ++i) {
         const double x = points[3 * i], y = points[3 * i + 1], z = points[3 * i + 2];
@@ -219,11 +351,12 @@ TEST(Scatter, ReadsAMeshAndWritesWhereTheHostLikes)
     std::vector<double> plainly_blended(20);
     const korvale_numbers rows = rows_of(at_corners), vertex_rows = rows_of(heights);
     const korvale_numbers_out to_plainly = rows_to(plainly_blended), to_blended = rows_to(blended);
-    ASSERT_EQ(korvale_scatter(&loose, 3, &to_plain, nullptr, &rows, &to_plainly, nullptr), KORVALE_OK);
+    ASSERT_EQ(korvale_scatter(&loose, 3, nullptr, &to_plain, nullptr, &rows, &to_plainly, nullptr), KORVALE_OK);
 
     float flat[20][4] = {};
     const korvale_points_out to_floats = {flat, 20, sizeof flat[0], 2, KORVALE_FLOAT};
-    ASSERT_EQ(korvale_scatter(&shared, 3, &to_floats, nullptr, &vertex_rows, &to_blended, nullptr), KORVALE_OK);
+    ASSERT_EQ(korvale_scatter(&shared, 3, nullptr, &to_floats, nullptr, &vertex_rows, &to_blended, nullptr),
+              KORVALE_OK);
     EXPECT_EQ(blended, plainly_blended);
     for (size_t i = 0; i < 20; ++i) {
         EXPECT_EQ(flat[i][0], static_cast<float>(plain[3 * i]));
@@ -231,7 +364,7 @@ TEST(Scatter, ReadsAMeshAndWritesWhereTheHostLikes)
         EXPECT_EQ(flat[i][2], 0.0f);
     }
     const korvale_points_out none = {nullptr, 0, 0, 3, KORVALE_DOUBLE};
-    EXPECT_EQ(korvale_scatter(&shared, 3, &none, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_scatter(&shared, 3, nullptr, &none, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
 }
 
 TEST(Scatter, RefusesWhatDoesNotFit)
@@ -242,8 +375,9 @@ TEST(Scatter, RefusesWhatDoesNotFit)
     const korvale_numbers_out results = rows_to(two);
     const auto text = [&](const korvale_triangles* triangles, const korvale_points_out* to,
                           const korvale_numbers* attributes = nullptr, const korvale_numbers_out* blended = nullptr) {
-        return sentence_of(KORVALE_BAD_ARGUMENT,
-                           [&](auto* e) { return korvale_scatter(triangles, 1, to, nullptr, attributes, blended, e); });
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](auto* e) {
+            return korvale_scatter(triangles, 1, nullptr, to, nullptr, attributes, blended, e);
+        });
     };
     const korvale_triangles sound = mesh();
     EXPECT_EQ(text(nullptr, &output), "korvale_scatter: triangles must be given, but it is null");
@@ -282,11 +416,14 @@ TEST(ScatterWithAnExhaustedHeap, WritesNothing)
     for (int32_t i = 0; i < 60; ++i)
         numbers[static_cast<size_t>(i)] = 59 - i;
     const korvale_triangles triangles = {points_of(corners), indices_of(numbers)};
+    const float weights[20] = {0, 1, 2, 3};
+    const korvale_scatter_options options = weighed_by({weights, 20, 0, 1, KORVALE_FLOAT});
     EXPECT_GT(fail_each_allocation([&](int64_t) {
                   float points[4][3] = {};
                   const korvale_points_out output = {points, 4, 0, 3, KORVALE_FLOAT};
                   korvale_error error;
-                  if (korvale_scatter(&triangles, 1, &output, nullptr, nullptr, nullptr, &error) != KORVALE_OK) {
+                  if (korvale_scatter(&triangles, 1, &options, &output, nullptr, nullptr, nullptr, &error) !=
+                      KORVALE_OK) {
                       EXPECT_STREQ(error.text, "korvale_scatter: the heap is exhausted");
                       for (const auto& point : points)
                           EXPECT_THAT(point, Each(0.0f));
@@ -294,7 +431,7 @@ TEST(ScatterWithAnExhaustedHeap, WritesNothing)
                       EXPECT_NE(points[0][0], 0.0f);
                   }
               }),
-              2);
+              3);
 }
 
 } // namespace

@@ -52,6 +52,26 @@ TEST(FaceScatter, TellsTheTriangleOfEachPointAndLeavesTheGeneratorAlone)
         EXPECT_EQ(scattered.triangles[i], scattered.points[i][1] > 1 ? 1 : 0);
 }
 
+TEST(FaceScatter, TakesWeightsAndAProgress)
+{
+    const std::vector<Point> vertices = {{0, 0, 0}, {3, 0, 0}, {3, 1, 0}, {0, 1, 0}, {3, 4, 0}};
+    const std::vector<Triangle> triangles = {{0, 1, 2}, {3, 2, 4}}; // below and above y = 1
+    const std::vector<double> none_above = {2, 0}, three = {1, 1, 1};
+    for (const Point& p : scatter(vertices, triangles, 100, 3, {}, {.weights = none_above}).points)
+        EXPECT_LT(p[1], 1);
+    EXPECT_EQ(refusal_of([&] { scatter(vertices, triangles, 9, 3, {}, {.weights = three}); }),
+              "scatter: options.weights must have a row for each of 2 triangles, but it has 3");
+    double told = -1;
+    const auto half = [&](double done) { return (told = done) < 0.5; };
+    EXPECT_EQ(refusal_of([&] { scatter(vertices, triangles, 65536, 3, {}, {.progress = half}); }),
+              "scatter: progress must go on, but it has stopped the work");
+    EXPECT_EQ(told, 0.5);
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_EQ(try_scatter(vertices, triangles, 9, 3, {}, {.progress = stop.get_token()}).error().status(),
+              KORVALE_STOPPED);
+}
+
 TEST(FaceScatter, SaysWhatItRefuses)
 {
     const Mesh mesh = cube();

@@ -29,12 +29,18 @@ TEST(Golden, DoorScatter)
         const korvale_numbers attributes = {values.data(), vertices, 0, width, KORVALE_DOUBLE};
         const korvale_numbers_out results = {blended.data(), count, 0, width, KORVALE_DOUBLE};
         const auto seed = static_cast<uint32_t>(random.between(0, 1000000));
-        hash.add(korvale_scatter(&mesh, seed, &output, numbers.data(), &attributes, &results, nullptr));
+        std::vector<double> weights(static_cast<size_t>(i % 2 == 0 ? 0 : triangles), 0.5);
+        if (!weights.empty())
+            weights[seed % weights.size()] = 2;
+        korvale_scatter_options options;
+        korvale_scatter_defaults(&options, sizeof options);
+        options.weights = {weights.data(), static_cast<int64_t>(weights.size()), 0, 1, KORVALE_DOUBLE};
+        hash.add(korvale_scatter(&mesh, seed, &options, &output, numbers.data(), &attributes, &results, nullptr));
         hash.add(made.data(), 3 * count).add(blended.data(), width * count);
         for (const int32_t number : numbers)
             hash.add(number);
     }
-    EXPECT_EQ(hash.value(), 0x865225143ebff563u);
+    EXPECT_EQ(hash.value(), 0xdaa55ab033a77d58u);
 }
 
 } // namespace korvale::test

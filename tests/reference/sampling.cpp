@@ -15,14 +15,14 @@ double area(const double* t)
     return 0.5 * std::sqrt(c[0] * c[0] + c[1] * c[1] + c[2] * c[2]);
 }
 
-/// The cumulative shares of the area.
-std::vector<double> shares_of(const std::vector<double>& triangles)
+/// The cumulative shares of the area, weighed where there are weights.
+std::vector<double> shares_of(const std::vector<double>& triangles, const std::vector<double>& weights = {})
 {
     const size_t n = triangles.size() / 9;
     std::vector<double> shares;
     double sum = 0.0;
     for (size_t i = 0; i < n; ++i) {
-        shares.push_back(area(&triangles[9 * i]));
+        shares.push_back(area(&triangles[9 * i]) * (weights.empty() ? 1.0 : weights[i]));
         sum += shares[i];
     }
     for (size_t i = 0; i < n; ++i) {
@@ -75,8 +75,8 @@ Samples sample_triangles(const std::vector<double>& triangles, unsigned seed, in
     return samples;
 }
 
-Samples scatter_triangles(const std::vector<double>& triangles, uint32_t seed, int64_t count,
-                          const std::vector<double>& attributes)
+Samples scatter_triangles(const std::vector<double>& triangles, const std::vector<double>& weights, uint32_t seed,
+                          int64_t count, const std::vector<double>& attributes)
 {
     uint32_t state = seed;
     const auto draw = [&] {
@@ -91,7 +91,7 @@ Samples scatter_triangles(const std::vector<double>& triangles, uint32_t seed, i
         bits = (bits ^ (bits >> 27)) * 0x94d049bb133111ebu;
         return bits ^ (bits >> 31);
     };
-    const std::vector<double> shares = shares_of(triangles);
+    const std::vector<double> shares = shares_of(triangles, weights);
     size_t last = 0; // that adds to the area
     for (size_t i = 1; i < shares.size(); ++i)
         if (shares[i] > shares[last])

@@ -16,8 +16,9 @@ struct Samples {
 Samples sample_triangles(const std::vector<double>& triangles, unsigned seed, int64_t count,
                          const std::vector<double>& attributes);
 
-/// The same with the generators of a call, of which the second says where in a step of the area a point lies.
-Samples scatter_triangles(const std::vector<double>& triangles, uint32_t seed, int64_t count,
-                          const std::vector<double>& attributes);
+/// The same with the generators of a call, of which the second says where in a step of the area a point lies, and a
+/// weight for the area of each triangle, or none.
+Samples scatter_triangles(const std::vector<double>& triangles, const std::vector<double>& weights, uint32_t seed,
+                          int64_t count, const std::vector<double>& attributes);
 
 } // namespace korvale::reference

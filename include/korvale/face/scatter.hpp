@@ -1,8 +1,15 @@
 #pragma once
 
 #include "mesh.hpp"
+#include "progress.hpp"
 
 namespace korvale {
+
+/// How `scatter` works.
+struct ScatterOptions {
+    std::span<const double> weights = {}; ///< one a triangle, which is as likely as its area times this; none: all 1
+    Progress progress = {};               ///< told while many points are made; it may stop that
+};
 
 /// Points on triangles, and what they carry.
 struct Scattered {
@@ -29,7 +36,7 @@ struct Attributes {
 };
 
 inline Result<Scattered> scatter(const korvale_triangles& triangles, std::size_t count, unsigned seed,
-                                 const Attributes& attributes)
+                                 const Attributes& attributes, const ScatterOptions& options)
 {
     return within_memory("scatter", [&]() -> Result<Scattered> {
         const auto& [given, rows, argument, noun] = attributes;
@@ -47,10 +54,17 @@ inline Result<Scattered> scatter(const korvale_triangles& triangles, std::size_t
                                         static_cast<std::int32_t>(width), KORVALE_DOUBLE};
         const korvale_numbers_out blended = {result.attributes.data(), static_cast<std::int64_t>(count), 0,
                                              static_cast<std::int32_t>(width), KORVALE_DOUBLE};
-        return detail::given("scatter", result, [&](korvale_error* error) {
-            return korvale_scatter(&triangles, seed, &output, result.triangles.data(), width > 0 ? &values : nullptr,
-                                   &blended, error);
-        });
+        const auto weights = static_cast<std::int64_t>(options.weights.size());
+        const Result<void> done =
+            detail::done("scatter", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
+                const korvale_scatter_options how = {
+                    sizeof how, 0, {options.weights.data(), weights, 0, 1, KORVALE_DOUBLE}, told, user};
+                return korvale_scatter(&triangles, seed, &how, &output, result.triangles.data(),
+                                       width > 0 ? &values : nullptr, &blended, error);
+            });
+        if (!done)
+            return done.error();
+        return result;
     });
 }
 
@@ -59,17 +73,17 @@ inline Result<Scattered> scatter(const korvale_triangles& triangles, std::size_t
 /// `scatter`, telling of failures by its result.
 ///@{
 inline Result<Scattered> try_scatter(AnyCorners triangles, std::size_t count, unsigned seed,
-                                     std::span<const double> attributes = {})
+                                     std::span<const double> attributes = {}, const ScatterOptions& options = {})
 {
     const PointView corners = triangles.view().corners();
     return detail::scatter({detail::view_of(corners), {}}, count, seed,
-                           {attributes, corners.size(), "attributes", "corners of the triangles"});
+                           {attributes, corners.size(), "attributes", "corners of the triangles"}, options);
 }
 inline Result<Scattered> try_scatter(AnyPoints vertices, AnyTriangles triangles, std::size_t count, unsigned seed,
-                                     std::span<const double> vertex_attributes = {})
+                                     std::span<const double> vertex_attributes = {}, const ScatterOptions& options = {})
 {
     return detail::scatter(detail::triangles_of(vertices, triangles), count, seed,
-                           {vertex_attributes, vertices.size(), "vertex_attributes", "vertices"});
+                           {vertex_attributes, vertices.size(), "vertex_attributes", "vertices"}, options);
 }
 ///@}
 
@@ -85,23 +99,32 @@ inline Result<Scattered> try_scatter(AnyPoints vertices, AnyTriangles triangles,
 /// korvale::Scattered seeds = korvale::scatter(corners, 5000, 42); // nine doubles a triangle
 /// ```
 ///
-/// Throws `Error` for no triangles, numbers that are not finite, and attributes that do not divide by the corners.
+/// Weights make triangles likelier or less likely, such as flat ones and steep ones: the chance of each is its weight
+/// times its area, and one of weight 0 gets no point.
+///
+/// Throws `Error` for no triangles, numbers that are not finite, an area of 0 on the whole, weights below 0 or not one
+/// a triangle, attributes that do not divide by the corners, and where `progress` has stopped it.
 inline Scattered scatter(AnyCorners triangles, std::size_t count, unsigned seed,
-                         std::span<const double> attributes = {})
+                         std::span<const double> attributes = {}, const ScatterOptions& options = {})
 {
-    return try_scatter(triangles.view(), count, seed, attributes).value();
+    return try_scatter(triangles.view(), count, seed, attributes, options).value();
 }
 
 /// The same over a mesh, with attributes of its vertices.
 ///
 /// ```
 /// auto [points, normals, width, on] = korvale::scatter(vertices, triangles, 5000, 42, vertex_normals);
+///
+/// std::vector<double> weights; // gentle slopes rather than steep ones
+/// for (const korvale::Point& normal : korvale::Mesh{vertices, triangles}.normals())
+///     weights.push_back(normal[2] * normal[2]);
+/// korvale::Scattered snow = korvale::scatter(vertices, triangles, 5000, 42, {}, {.weights = weights});
 /// ```
 inline Scattered scatter(AnyPoints vertices, AnyTriangles triangles, std::size_t count, unsigned seed,
-                         std::span<const double> vertex_attributes = {})
+                         std::span<const double> vertex_attributes = {}, const ScatterOptions& options = {})
 {
     return detail::scatter(detail::triangles_of(vertices, triangles), count, seed,
-                           {vertex_attributes, vertices.size(), "vertex_attributes", "vertices"})
+                           {vertex_attributes, vertices.size(), "vertex_attributes", "vertices"}, options)
         .value();
 }
 
