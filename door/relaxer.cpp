@@ -28,7 +28,8 @@ struct korvale_relaxer {
     korvale::door::Vector<double> reference;
     korvale::door::Vector<int32_t> sizes, corners, edges;
     korvale::door::Vector<uint8_t> tags;
-    korvale::door::Block<korvale::door::Point> before;                      ///< points as they were before a step
+    korvale::door::Block<korvale::door::Point> before, start;               ///< points before the latest steps, and
+                                                                            ///< before the first ones of a call
     DATAstruct points, size_record, corner_record, edge_record, tag_record; // over the vectors
     PreserveStatus status = {};
 };
@@ -172,6 +173,44 @@ bool step(korvale_relaxer& r, std::span<Point> points, int32_t steps)
     return false;
 }
 
+/// Steps between two reports: a hundredth of all, or those that take some 10 ms.
+int32_t steps_to_tell(const korvale_relaxer& r, int32_t steps)
+{
+    constexpr int64_t kPointsToMove = 1 << 18;
+    return static_cast<int32_t>(std::max<int64_t>(1, std::min<int64_t>(steps / 100, kPointsToMove / r.size())));
+}
+
+/// Steps, telling of them. Where one leads nowhere, or the work is stopped, all points are as before the first.
+void step_telling(korvale_relaxer& r, std::span<Point> points, int32_t steps, const Telling& telling)
+{
+    r.before.make_room(points.size()); // before anything is computed
+    r.start.make_room(points.size());
+    std::copy(points.begin(), points.end(), r.start.data());
+    const auto put_back = [&] {
+        std::copy_n(r.start.data(), points.size(), points.begin());
+        compute(r, points, 0);
+    };
+    const auto tell = [&](int32_t done) {
+        if (telling.goes_on(static_cast<double>(done) / std::max(steps, 1)))
+            return;
+        put_back();
+        throw Stop();
+    };
+    const int32_t few = telling.progress == nullptr ? steps : steps_to_tell(r, steps);
+    if (steps == 0)
+        compute(r, points, 0);
+    for (int32_t done = 0, n = 0; done < steps; done += n) {
+        tell(done);
+        n = std::min(few, steps - done);
+        if (step(r, points, n))
+            continue;
+        for (int32_t k = 0; k < n; ++k) // one at a time does nothing where the energy has become 0
+            if (n == 1 || !step(r, points, 1))
+                return put_back();
+    }
+    tell(std::max(steps, 1));
+}
+
 korvale_relaxation run(korvale_relaxer& r, std::span<Point> points, const korvale_run_options& options)
 {
     r.before.make_room(points.size()); // before anything is computed
@@ -266,7 +305,7 @@ korvale_status korvale_relaxer_hold(korvale_relaxer* relaxer, const uint8_t* mas
 }
 
 korvale_status korvale_relaxer_step(korvale_relaxer* relaxer, const korvale_points_out* points, int32_t steps,
-                                    double* energy, korvale_error* error)
+                                    double* energy, korvale_progress progress, void* user, korvale_error* error)
 {
     return answer(error, "korvale_relaxer_step", [&] {
         require(relaxer, "relaxer");
@@ -276,7 +315,7 @@ korvale_status korvale_relaxer_step(korvale_relaxer* relaxer, const korvale_poin
         require_kept(*relaxer);
         if (steps < 0)
             throw Refusal("steps", "be 0 or more", Text() << "it is " << steps);
-        step(*relaxer, moving.points(), steps);
+        step_telling(*relaxer, moving.points(), steps, {progress, user});
         moving.give_back();
         if (energy != nullptr)
             *energy = relaxer->status.energy;

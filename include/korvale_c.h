@@ -651,9 +651,11 @@ KORVALE_C_API korvale_status korvale_relaxer_hold(korvale_relaxer* relaxer, cons
 
 /// Moves points towards the shape, in place, by exactly `steps` steps of steepest descent; `*energy`, which may be
 /// null, takes what is left. Where there is energy but nothing free to move that lowers it, the points stay as they
-/// were. Refuses a relaxer that keeps nothing.
+/// were; where the energy becomes exactly 0 the steps left do nothing. `progress` may be null; where it stops the work
+/// nothing has moved. Refuses a relaxer that keeps nothing.
 KORVALE_C_API korvale_status korvale_relaxer_step(korvale_relaxer* relaxer, const korvale_points_out* points,
-                                                  int32_t steps, double* energy, korvale_error* error);
+                                                  int32_t steps, double* energy, korvale_progress progress, void* user,
+                                                  korvale_error* error);
 
 /// When a run stops, and whom it tells.
 typedef struct korvale_run_options {

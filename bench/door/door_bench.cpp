@@ -407,7 +407,8 @@ void relaxer_step(benchmark::State& state)
     Relaxed r(static_cast<int>(state.range(0)));
     const korvale_points_out points = points_to(r.moved);
     measure(
-        state, [&] { need(korvale_relaxer_step(r.relaxer, &points, 1, nullptr, nullptr) == KORVALE_OK); },
+        state,
+        [&] { need(korvale_relaxer_step(r.relaxer, &points, 1, nullptr, nullptr, nullptr, nullptr) == KORVALE_OK); },
         [&] { need(PreserveCompute(r.record(), &r.points, 1) == 1); });
 }
 

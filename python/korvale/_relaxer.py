@@ -11,7 +11,7 @@ from . import _input, _korvale, _records
 from ._errors import refuse
 from ._progress import Progress
 from ._types import (
-    Bar, ChoiceLike, Doubles, FacesLike, Ints, Measure, MeshLike, Number, Numbers, PointsLike, Stop,
+    Bar, ChoiceLike, Doubles, FacesLike, Ints, Measure, MeshLike, Number, Numbers, PointsLike, ProgressLike, Stop,
 )
 
 
@@ -101,16 +101,24 @@ class Relaxer:
         self._held = mask
         return self
 
-    def step(self, points: PointsLike, steps: int = 1, *, out: Doubles | None = None) -> Relaxation:
+    def step(self, points: PointsLike, steps: int = 1, *, progress: ProgressLike = None,
+             out: Doubles | None = None) -> Relaxation:
         """Exactly `steps` steps of steepest descent towards the shape.
 
         points: (N, 3). out: where the moved points go, which may be `points` itself; else a new array.
-        Where there is energy but nothing free to move lowers it, the points stay as they were.
+        progress: see `run`; it is told of the thousandths done, and False is an error, as nothing has moved then.
+        Where there is energy but nothing free to move lowers it, the points stay as they were; where the energy becomes
+        exactly 0 the steps left do nothing.
         """
         name = "Relaxer.step"
         most = _input.count(steps, name, "steps")
         result, moving = self._moving(points, out, name)
-        energy = self._mesh.step(moving, most)
+        if progress is None:
+            energy = self._mesh.step(moving, most, None)
+        else:
+            with Progress(progress, 1000) as report:
+                energy = self._mesh.step(moving, most, report)
+                report(1000)
         return Relaxation(_input.deliver(result, moving), most, energy, "steps")
 
     def run(self, points: PointsLike, *, steps: int = 1000, energy: Number = 0.0, least_drop: Number = 0.0,

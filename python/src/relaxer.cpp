@@ -77,54 +77,14 @@ void hold(Mesh& mesh, const py::array_t<bool, py::array::c_style>& mask)
     mesh.relaxer.hold(held);
 }
 
-/// Whether one of the next few steps leads nowhere. The points are moved by the others.
-bool leads_nowhere(Relaxer& relaxer, PointSpan moving, int few)
-{
-    RunOptions one;
-    one.steps = 1;
-    for (int k = 0; k < few; ++k)
-        if (relaxer.run(moving, one).stop == Stop::no_force)
-            return true;
-    return false;
-}
-
-/// Steps, a few at a time, so that signals are seen in between. They end where all in one go do: a step that leads
-/// nowhere takes the points back to where they were before the first.
-double step_watching(Relaxer& relaxer, PointSpan moving, int steps)
-{
-    using Clock = std::chrono::steady_clock;
-    using Seconds = std::chrono::duration<double>;
-    constexpr Seconds kPatience = std::chrono::milliseconds(50);
-    const std::span<double> numbers = moving.coordinates();
-    const std::vector<double> start(numbers.begin(), numbers.end());
-    std::vector<double> before = start;
-    Signals signals;
-    double energy = 0;
-    for (int done = 0, pace = 1; done < steps;) {
-        const int few = std::min(pace, steps - done);
-        const Clock::time_point begin = Clock::now();
-        energy = relaxer.step(moving, few);
-        const Seconds taken = Clock::now() - begin;
-        if (std::ranges::equal(numbers, before) && leads_nowhere(relaxer, moving, few)) {
-            std::ranges::copy(start, numbers.begin());
-            return relaxer.step(moving, 0);
-        }
-        std::ranges::copy(numbers, before.begin());
-        signals();
-        done += few;
-        if (taken < kPatience / 2)
-            pace = std::min(2 * few, steps);
-    }
-    return energy;
-}
-
-double step(Mesh& mesh, py::array points, int steps)
+/// `report` is told of the thousandths done.
+double step(Mesh& mesh, py::array points, int steps, py::handle report)
 {
     const PointSpan moving = points_to_move(points);
     const bool is_long = mesh.is_long(steps);
     const Unlocked unlocked(is_long);
     const Turns::Turn turn(mesh.turns, "Relaxer.step", is_long);
-    return steps > 1 && is_long ? step_watching(mesh.relaxer, moving, steps) : mesh.relaxer.step(moving, steps);
+    return mesh.relaxer.step(moving, steps, is_long ? Progress(Signals(report)) : Progress());
 }
 
 /// Returns (steps, energy, why). What `progress` raises stops the run and is raised again; so is what a signal raises,

@@ -88,6 +88,20 @@ class RelaxerTest(RefusingTest):
         self.relaxer.run(stretched(), steps=5, progress=Bar)
         self.assertEqual((Bar.latest.total, Bar.latest.n, Bar.latest.closed), (5, 5, True))
 
+    def test_tells_of_steps_and_takes_them_back(self):
+        told, points = [], stretched()
+        moved = self.relaxer.step(points, 1000, progress=told.append)
+        self.assertEqual(moved, self.relaxer.step(points, 1000))
+        self.assertEqual((told[-1], told == sorted(told)), (1000, True))
+        circle = numpy.linspace(0, 2 * numpy.pi, 2000, endpoint=False)
+        path = numpy.stack([9 * numpy.cos(circle), 9 * numpy.sin(circle), 0 * circle], axis=1)
+        tube = korvale.tube(path, [(1, 0), (0, 1), (-1, 0), (0, -1)], closed=True)
+        points = tube.vertices * (1.5, 1, 1)
+        before = points.copy()
+        with self.assertRaisesRegex(korvale.Error, "Relaxer.step: progress must go on, but it has stopped the work"):
+            korvale.Relaxer(tube).keep("lengths").step(points, 10**6, out=points, progress=lambda done: False)
+        numpy.testing.assert_array_equal(points, before)
+
     def test_passes_on_what_progress_raises(self):
         def fail(step, energy):
             raise RuntimeError("enough")

@@ -39,11 +39,13 @@ static korvale_status holds_points_and_tells_energy(void)
     TRY_WRITING(forces, korvale_relaxer_forces(relaxer, &at, forces, &error));
     CHECK(forces[0] > 0 && forces[2] == 0); // back inwards
     TRY(korvale_relaxer_hold(relaxer, all, 4, &error));
-    TRY_WRITING(moved, korvale_relaxer_step(relaxer, &points, 3, &energy, &error));
+    TRY_WRITING(moved, korvale_relaxer_step(relaxer, &points, 3, &energy, NULL, NULL, &error));
     CHECK(moved[0] == -0.25);
     TRY(korvale_relaxer_hold(relaxer, NULL, 0, &error));
-    TRY_WRITING(moved, korvale_relaxer_step(relaxer, &points, 3, &energy, &error));
+    TRY_WRITING(moved, korvale_relaxer_step(relaxer, &points, 3, &energy, NULL, NULL, &error));
     CHECK(moved[0] > -0.25 && energy < 0.0625);
+    REFUSE(korvale_relaxer_step(relaxer, &points, 3, &energy, stop, NULL, &error), KORVALE_STOPPED,
+           "korvale_relaxer_step: it was asked to stop");
     REFUSE(korvale_relaxer_keep(relaxer, KORVALE_AREA, 0, &error), KORVALE_BAD_ARGUMENT,
            "korvale_relaxer_keep: weight must be finite and above 0, but it is 0");
 done:

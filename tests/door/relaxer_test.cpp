@@ -64,7 +64,7 @@ TEST(Relaxer, StepsAsTheRecordDoes)
     ASSERT_EQ(korvale_relaxer_keep(square.relaxer, KORVALE_AREA, 0.2, nullptr), KORVALE_OK);
     const korvale_points_out points = points_to(moved);
     double energy = 0;
-    ASSERT_EQ(korvale_relaxer_step(square.relaxer, &points, 3, &energy, nullptr), KORVALE_OK);
+    ASSERT_EQ(korvale_relaxer_step(square.relaxer, &points, 3, &energy, nullptr, nullptr, nullptr), KORVALE_OK);
 
     auto& status = *static_cast<PreserveStatus*>(korvale_relaxer_record(square.relaxer));
     DATAstruct record;
@@ -93,8 +93,8 @@ TEST(Relaxer, MovesFloatsOfAHostWhereTheyAre)
         vertices[i] = {static_cast<float>(packed[3 * i]), static_cast<float>(packed[3 * i + 1]), 0, 7};
     const korvale_points_out points = points_to(packed);
     const korvale_points_out floats = {&vertices[0].x, 4, sizeof(Vertex), 3, KORVALE_FLOAT};
-    ASSERT_EQ(korvale_relaxer_step(square.relaxer, &points, 2, nullptr, nullptr), KORVALE_OK);
-    ASSERT_EQ(korvale_relaxer_step(square.relaxer, &floats, 2, nullptr, nullptr), KORVALE_OK);
+    ASSERT_EQ(korvale_relaxer_step(square.relaxer, &points, 2, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
+    ASSERT_EQ(korvale_relaxer_step(square.relaxer, &floats, 2, nullptr, nullptr, nullptr, nullptr), KORVALE_OK);
     for (size_t i = 0; i < 4; ++i) {
         EXPECT_EQ(vertices[i].x, static_cast<float>(packed[3 * i]));
         EXPECT_EQ(vertices[i].y, static_cast<float>(packed[3 * i + 1]));
@@ -112,12 +112,12 @@ TEST(Relaxer, HeldPointsStayUntilNoMaskFreesThem)
     const uint8_t mask[] = {1, 0, 255, 0};
     ASSERT_EQ(korvale_relaxer_hold(square.relaxer, mask, 4, nullptr), KORVALE_OK);
     const korvale_points_out points = points_to(moved);
-    korvale_relaxer_step(square.relaxer, &points, 1, nullptr, nullptr);
+    korvale_relaxer_step(square.relaxer, &points, 1, nullptr, nullptr, nullptr, nullptr);
     EXPECT_EQ(moved[0], before[0]);
     EXPECT_EQ(moved[6], before[6]);
     EXPECT_NE(moved[3], before[3]);
     ASSERT_EQ(korvale_relaxer_hold(square.relaxer, nullptr, 0, nullptr), KORVALE_OK);
-    korvale_relaxer_step(square.relaxer, &points, 1, nullptr, nullptr);
+    korvale_relaxer_step(square.relaxer, &points, 1, nullptr, nullptr, nullptr, nullptr);
     EXPECT_NE(moved[0], before[0]);
 }
 
@@ -132,7 +132,7 @@ TEST(Relaxer, NothingThatCanMoveLeavesPointsAsTheyWere)
     const std::vector<double> before = moved;
     const korvale_points_out points = points_to(moved);
     double energy = 0;
-    EXPECT_EQ(korvale_relaxer_step(square.relaxer, &points, 5, &energy, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_relaxer_step(square.relaxer, &points, 5, &energy, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_EQ(moved, before);
     EXPECT_EQ(energy, 0.0625); // twice the area is 2.25 and was 2
     korvale_relaxation result = {};
@@ -171,6 +171,74 @@ TEST(Relaxer, SaysThatAllThatIsKeptIsHeld)
     EXPECT_EQ(stop({1, 1, 1, 0}), KORVALE_RUN_STEPS);
     korvale_relaxer_keep(r, KORVALE_AREA, 0.1, nullptr); // of the whole mesh, whatever is held
     EXPECT_EQ(stop({1, 1, 1, 1}), KORVALE_RUN_NO_FORCE);
+}
+
+/// What steps have told, and when they are to stop.
+struct Told {
+    std::vector<double> done;
+    double end = 2;
+
+    static int32_t tell(double done, void* user)
+    {
+        auto& self = *static_cast<Told*>(user);
+        self.done.push_back(done);
+        return done < self.end;
+    }
+};
+
+TEST(Relaxer, StepsTellOfThemselvesAndEndWhereAllInOneGoDo)
+{
+    const Square square;
+    korvale_relaxer* const r = square.relaxer;
+    korvale_relaxer_keep(r, KORVALE_LENGTHS, 0.1, nullptr);
+    korvale_relaxer_keep(r, KORVALE_ANGLES, 0.01, nullptr);
+    const std::vector<double> start = {-0.25, 0, 0.5, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+    std::vector<double> moved = start, plain = start;
+    const korvale_points_out points = points_to(moved), plainly = points_to(plain);
+    double energy = 0, plain_energy = 0;
+    ASSERT_EQ(korvale_relaxer_step(r, &plainly, 250, &plain_energy, nullptr, nullptr, nullptr), KORVALE_OK);
+    Told told;
+    ASSERT_EQ(korvale_relaxer_step(r, &points, 250, &energy, &Told::tell, &told, nullptr), KORVALE_OK);
+    EXPECT_EQ(moved, plain);
+    EXPECT_EQ(energy, plain_energy);
+    ASSERT_EQ(told.done.size(), 126u); // a hundredth of 250 steps is 2
+    EXPECT_EQ(told.done[1], 2 / 250.0);
+    EXPECT_EQ(told.done.back(), 1);
+
+    moved = start;
+    told = {{}, 0.5};
+    energy = 7;
+    korvale_error error;
+    EXPECT_EQ(korvale_relaxer_step(r, &points, 250, &energy, &Told::tell, &told, &error), KORVALE_STOPPED);
+    EXPECT_STREQ(error.text, "korvale_relaxer_step: it was asked to stop");
+    EXPECT_EQ(told.done.back(), 126 / 250.0);
+    EXPECT_EQ(moved, start);
+    EXPECT_EQ(energy, 7);
+}
+
+TEST(Relaxer, StepsDoNothingOnceThereIsNoEnergy)
+{
+    // An edge of length 1 pulled to 2: the first step, as long as the energy, is 1 and takes it back exactly.
+    const std::vector<double> ends = {0, 0, 0, 1, 0, 0}, pulled = {0, 0, 0, 2, 0, 0};
+    const std::vector<int32_t> edge = {0, 1};
+    const korvale_faces none = {points_of(ends), {}, {}};
+    const korvale_indices edges = indices_of(edge);
+    korvale_relaxer* relaxer = nullptr;
+    ASSERT_EQ(korvale_relaxer_new(&none, &edges, &relaxer, nullptr), KORVALE_OK);
+    korvale_relaxer_keep(relaxer, KORVALE_LENGTHS, 1, nullptr);
+    const uint8_t mask[] = {1, 0};
+    korvale_relaxer_hold(relaxer, mask, 2, nullptr);
+    for (const int32_t steps : {1, 2, 500})
+        for (const korvale_progress progress : {korvale_progress{}, &Told::tell}) {
+            std::vector<double> moved = pulled;
+            const korvale_points_out points = points_to(moved);
+            double energy = 7;
+            Told told;
+            EXPECT_EQ(korvale_relaxer_step(relaxer, &points, steps, &energy, progress, &told, nullptr), KORVALE_OK);
+            EXPECT_EQ(moved, ends) << steps;
+            EXPECT_EQ(energy, 0) << steps;
+        }
+    korvale_relaxer_free(relaxer);
 }
 
 /// What keeping the volume of a mesh comes to.
@@ -339,9 +407,9 @@ TEST(Relaxer, RefusesWhatDoesNotFit)
               "korvale_relaxer_keep: measure must be lengths, angles, volume or area, but it is 3");
     EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_hold(r, mask, 3, e); }),
               "korvale_relaxer_hold: mask must have one value for each of 4 points, but it has 3");
-    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &three, 1, &energy, e); }),
+    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &three, 1, &energy, nullptr, nullptr, e); }),
               "korvale_relaxer_step: points must be 4 like the mesh's, but there are 1");
-    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &sound_points, 1, &energy, e); }),
+    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &sound_points, 1, &energy, nullptr, nullptr, e); }),
               "korvale_relaxer_step: relaxer must keep a measure, but it keeps none");
     EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_run(r, &sound_points, nullptr, nullptr, e); }),
               "korvale_relaxer_run: relaxer must keep a measure, but it keeps none");
@@ -352,12 +420,12 @@ TEST(Relaxer, RefusesWhatDoesNotFit)
               "korvale_relaxer_energy: points must be 4 like the mesh's, but there are 1");
     EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_forces(r, &at_three, forces, e); }),
               "korvale_relaxer_forces: points must be 4 like the mesh's, but there are 1");
-    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &sound_points, -1, &energy, e); }),
+    EXPECT_EQ(text([&](auto* e) { return korvale_relaxer_step(r, &sound_points, -1, &energy, nullptr, nullptr, e); }),
               "korvale_relaxer_step: steps must be 0 or more, but it is -1");
     for (const auto& sentence :
          {text([&](auto* e) { return korvale_relaxer_keep(nullptr, KORVALE_LENGTHS, 1, e); }),
           text([&](auto* e) { return korvale_relaxer_hold(nullptr, mask, 3, e); }),
-          text([&](auto* e) { return korvale_relaxer_step(nullptr, &sound_points, 1, nullptr, e); }),
+          text([&](auto* e) { return korvale_relaxer_step(nullptr, &sound_points, 1, nullptr, nullptr, nullptr, e); }),
           text([&](auto* e) { return korvale_relaxer_run(nullptr, &sound_points, nullptr, nullptr, e); }),
           text([&](auto* e) { return korvale_relaxer_energy(nullptr, &at_three, &energy, e); }),
           text([&](auto* e) { return korvale_relaxer_forces(nullptr, &at_three, forces, e); })})
@@ -386,7 +454,7 @@ TEST(RelaxerWithAnExhaustedHeap, FailsWhole)
                   const korvale_points at = points_of(moved);
                   double forces[12];
                   korvale_relaxer_hold(relaxer, nullptr, 0, &error);
-                  if (korvale_relaxer_step(relaxer, &points, 1, nullptr, &error) != KORVALE_OK) {
+                  if (korvale_relaxer_step(relaxer, &points, 1, nullptr, nullptr, nullptr, &error) != KORVALE_OK) {
                       EXPECT_EQ(error.status, keeps ? KORVALE_NO_MEMORY : KORVALE_BAD_ARGUMENT);
                       EXPECT_EQ(moved[0], -0.25);
                   } else {

@@ -285,6 +285,21 @@ TEST(FaceResult, AFailureThatFindsNoMemoryTellsThat)
 
 // --- Stopping --------------------------------------------------------------------------------------------------------
 
+TEST(FaceStop, TakesStepsBack)
+{
+    const Mesh mesh = cube();
+    Relaxer relaxer(mesh.vertices, mesh.triangles);
+    relaxer.keep("lengths");
+    Outline points = mesh.vertices;
+    points[0][0] -= 0.25;
+    const Outline before = points;
+    const auto told = [](double done) { return done < 0.5; };
+    EXPECT_EQ(relaxer.try_step(points, 100, told).error().status(), KORVALE_STOPPED);
+    EXPECT_EQ(refusal_of([&] { relaxer.step(points, 100, told); }),
+              "Relaxer::step: progress must go on, but it has stopped the work");
+    EXPECT_EQ(points, before);
+}
+
 TEST(FaceStop, EndsARunBetweenTwoSteps)
 {
     const Mesh mesh = cube();

@@ -50,7 +50,8 @@ TEST(Golden, DoorRelaxer)
         const korvale_points at = {moved.data(), n, 0, 3, KORVALE_FLOAT};
         double energy = 0;
         std::vector<double> forces(points.size());
-        hash.add(korvale_relaxer_step(relaxer, &moving, random.between(0, 5), &energy, nullptr)).add(energy);
+        hash.add(korvale_relaxer_step(relaxer, &moving, random.between(0, 5), &energy, nullptr, nullptr, nullptr))
+            .add(energy);
         korvale_run_options options;
         korvale_run_defaults(&options, sizeof options);
         options.steps = 10;

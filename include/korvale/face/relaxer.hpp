@@ -188,18 +188,27 @@ public:
 
     /// Moves points towards the shape, in place, by exactly `steps` steps of steepest descent, and returns the energy.
     ///
-    /// Where there is energy but nothing free to move that lowers it, the points stay as they were before the call.
-    /// Throws `Error` where nothing is kept.
-    double step(PointSpan points, int steps = 1) { return try_step(points, steps).value(); }
+    /// Where there is energy but nothing free to move that lowers it, the points stay as they were before the call;
+    /// where the energy becomes exactly 0 the steps left do nothing. Throws `Error` where nothing is kept, and where
+    /// `progress` has stopped it; nothing has moved then.
+    double step(PointSpan points, int steps = 1, const Progress& progress = {})
+    {
+        return try_step(points, steps, progress).value();
+    }
 
-    /// The same, telling of failures by its result.
-    Result<double> try_step(PointSpan points, int steps = 1)
+    /// The same, telling of failures by its result: of KORVALE_STOPPED where `progress` has stopped it. What `progress`
+    /// throws is thrown on.
+    Result<double> try_step(PointSpan points, int steps = 1, const Progress& progress = {})
     {
         const korvale_points_out moving = detail::view_of_output(points);
         double energy = 0.0;
-        return detail::given("Relaxer::step", energy, [&](korvale_error* error) {
-            return korvale_relaxer_step(handle_.get(), &moving, steps, &energy, error);
-        });
+        const Result<void> done =
+            detail::done("Relaxer::step", progress, [&](korvale_progress told, void* user, korvale_error* error) {
+                return korvale_relaxer_step(handle_.get(), &moving, steps, &energy, told, user, error);
+            });
+        if (!done)
+            return done.error();
+        return energy;
     }
 
     /// Moves points towards the shape, in place, step by step until one of the conditions holds. They end where the
