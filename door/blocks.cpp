@@ -200,7 +200,8 @@ public:
     bool make(int32_t equation);
 
     /// Runs all rows.
-    void run();
+    void run(const Telling& telling);
+    void finish(int64_t rows, int64_t n);
 
 private:
     /// What is known of a variable.
@@ -485,10 +486,17 @@ void Plan::allocate()
     }
 }
 
-void Plan::run()
+void Plan::run(const Telling& telling)
 {
-    int64_t n = 0;
-    for (int64_t row = 0; row < rows_; row += n) {
+    int64_t row = 0, n = 0, next = 0;
+    bool goes_on = true;
+    for (; row < rows_; row += n) {
+        if (row >= next) {
+            goes_on = telling.goes_on(static_cast<double>(row) / static_cast<double>(rows_));
+            next = row + rows_to_tell(rows_);
+            if (!goes_on)
+                break;
+        }
         n = std::min(rows_ - row, kBlock);
         load_columns(row, n);
         if (writes_directly_)
@@ -498,13 +506,23 @@ void Plan::run()
         if (!writes_directly_)
             write_outputs(row, n);
     }
+    if (n > 0)
+        finish(row, n);
+    if (!goes_on)
+        throw Stop();
+    telling.tell(1.0);
+}
+
+/// Gives the system what it has after so many rows, the last `n` of them in the blocks.
+void Plan::finish(int64_t rows, int64_t n)
+{
     for (const int32_t v : touched_) {
         const Operand last = operand(variables_[static_cast<size_t>(v)]);
         es_.var_vals->dvals[v] = last.values[last.is_block ? n - 1 : 0];
     }
     for (const Samples& samples : samples_)
         es_.table_pos->ivals[samples.function] =
-            static_cast<int32_t>((samples.first + rows_ % samples.count() * samples.reads) % samples.count());
+            static_cast<int32_t>((samples.first + rows % samples.count() * samples.reads) % samples.count());
 }
 
 void Plan::load_columns(int64_t row, int64_t n)
@@ -583,14 +601,14 @@ void Plan::write_outputs(int64_t row, int64_t n)
 
 } // namespace
 
-bool run_in_blocks(EquationSystem& es, int32_t equation, std::span<const Column> columns,
-                   std::span<const ColumnOut> outputs, int64_t rows)
+bool run_in_blocks(korvale_equations& equations, int32_t equation, std::span<const Column> columns,
+                   std::span<const ColumnOut> outputs, int64_t rows, const Telling& telling)
 {
-    Plan plan(es, columns, outputs, rows);
-    if (!plan.make(equation))
-        return false;
-    plan.run();
-    return true;
+    Plan plan(equations.record, columns, outputs, rows);
+    equations.ran_in_blocks = plan.make(equation);
+    if (equations.ran_in_blocks)
+        plan.run(telling);
+    return equations.ran_in_blocks;
 }
 
 } // namespace korvale::door

@@ -387,7 +387,8 @@ korvale_status korvale_equations_evaluate(korvale_equations* equations, int32_t 
 
 korvale_status korvale_equations_evaluate_rows(korvale_equations* equations, int32_t equation,
                                                const korvale_column* columns, int64_t column_count,
-                                               const korvale_numbers_out* output, korvale_error* error)
+                                               const korvale_numbers_out* output, korvale_progress progress, void* user,
+                                               korvale_error* error)
 {
     return answer(error, "korvale_equations_evaluate_rows", [&] {
         korvale_equations& e = require_equations(equations);
@@ -396,7 +397,7 @@ korvale_status korvale_equations_evaluate_rows(korvale_equations* equations, int
         const int64_t rows = require_column(*output, "output");
         const Vector<Column> read = require_columns<Column>(e.record, columns, column_count, "columns", rows);
         const ColumnOut write = {static_cast<char*>(output->data), stride_of(*output), output->kind, -1};
-        run(e, [&] { evaluate_rows(e, equation, read, write, rows); });
+        run(e, [&] { evaluate_rows(e, equation, read, write, rows, {progress, user}); });
     });
 }
 
@@ -410,7 +411,8 @@ korvale_status korvale_equations_pass(korvale_equations* equations, korvale_erro
 
 korvale_status korvale_equations_pass_rows(korvale_equations* equations, const korvale_column* columns,
                                            int64_t column_count, const korvale_column_out* results,
-                                           int64_t result_count, korvale_error* error)
+                                           int64_t result_count, korvale_progress progress, void* user,
+                                           korvale_error* error)
 {
     return answer(error, "korvale_equations_pass_rows", [&] {
         korvale_equations& e = require_equations(equations);
@@ -419,7 +421,7 @@ korvale_status korvale_equations_pass_rows(korvale_equations* equations, const k
         const int64_t rows = has_columns ? columns[0].values.count : has_results ? results[0].values.count : 0;
         const Vector<Column> read = require_columns<Column>(e.record, columns, column_count, "columns", rows);
         const Vector<ColumnOut> write = require_columns<ColumnOut>(e.record, results, result_count, "results", rows);
-        run(e, [&] { pass_rows(e, read, write, rows); });
+        run(e, [&] { pass_rows(e, read, write, rows, {progress, user}); });
     });
 }
 

@@ -217,10 +217,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t count)
         written.push_back({kNames[of_outputs[k]], outputs[k].to_write(quick, rows)});
     EqSeed(7);
     const auto n = static_cast<int64_t>(read.size());
-    require(KORVALE_OK == (is_pass ? korvale_equations_pass_rows(quick.equations, read.data(), n, written.data(),
-                                                                 static_cast<int64_t>(written.size()), nullptr)
-                                   : korvale_equations_evaluate_rows(quick.equations, equation, read.data(), n,
-                                                                     &written[0].values, nullptr)));
+    require(KORVALE_OK ==
+            (is_pass ? korvale_equations_pass_rows(quick.equations, read.data(), n, written.data(),
+                                                   static_cast<int64_t>(written.size()), nullptr, nullptr, nullptr)
+                     : korvale_equations_evaluate_rows(quick.equations, equation, read.data(), n, &written[0].values,
+                                                       nullptr, nullptr, nullptr)));
     require(Mwrand() == next_draw);
     require_same(quick, plain);
     require_same(quick, plain, outputs, rows);

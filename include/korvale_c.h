@@ -765,18 +765,24 @@ typedef struct korvale_column_out {
 
 /// Runs an equation once for every row of `output`: each column sets its variable, and the result goes to `output`. The
 /// variables keep the values of the last row. Columns are read where they are, row by row, and may be the output.
+/// `progress` may be null; where it stops the work, the rows so far are written and the variables keep the values of
+/// the last of them.
 KORVALE_C_API korvale_status korvale_equations_evaluate_rows(korvale_equations* equations, int32_t equation,
                                                              const korvale_column* columns, int64_t column_count,
-                                                             const korvale_numbers_out* output, korvale_error* error);
+                                                             const korvale_numbers_out* output,
+                                                             korvale_progress progress, void* user,
+                                                             korvale_error* error);
 
 /// Runs all equations in order.
 KORVALE_C_API korvale_status korvale_equations_pass(korvale_equations* equations, korvale_error* error);
 
 /// Runs all equations in order once for every row; `results` take the values of their variables after each pass. There
-/// are as many rows as the first column has values, or, without columns, the first result.
+/// are as many rows as the first column has values, or, without columns, the first result. `progress` as in
+/// `korvale_equations_evaluate_rows`.
 KORVALE_C_API korvale_status korvale_equations_pass_rows(korvale_equations* equations, const korvale_column* columns,
                                                          int64_t column_count, const korvale_column_out* results,
-                                                         int64_t result_count, korvale_error* error);
+                                                         int64_t result_count, korvale_progress progress, void* user,
+                                                         korvale_error* error);
 
 /// 1 where the last call over columns ran a block of rows at a time, which is many times as quick and gives the same
 /// bits; 0 where it ran row by row: for few rows, where equations call RAND, GAUSS (but from a table) or a function of

@@ -46,7 +46,8 @@ void columns(benchmark::State& state, const char* text, Native native)
     const korvale_column column = {"x", {x.data(), static_cast<int64_t>(rows), 0, 1, KORVALE_DOUBLE}};
     const korvale_numbers_out output = {blocks.data(), static_cast<int64_t>(rows), 0, 1, KORVALE_DOUBLE};
     const auto ours = [&] {
-        need(korvale_equations_evaluate_rows(equations, 0, &column, 1, &output, nullptr) == KORVALE_OK);
+        need(korvale_equations_evaluate_rows(equations, 0, &column, 1, &output, nullptr, nullptr, nullptr) ==
+             KORVALE_OK);
     };
     const auto one_by_one = [&] {
         for (size_t i = 0; i < rows; ++i) {

@@ -527,7 +527,11 @@ void equations_evaluate_rows(benchmark::State& state)
     const korvale_numbers_out output = rows_to(results, 1);
     const int variable = EqLookupVariable(s.record, const_cast<char*>("a"));
     measure(
-        state, [&] { need(korvale_equations_evaluate_rows(s.equations, 0, &a, 1, &output, nullptr) == KORVALE_OK); },
+        state,
+        [&] {
+            need(korvale_equations_evaluate_rows(s.equations, 0, &a, 1, &output, nullptr, nullptr, nullptr) ==
+                 KORVALE_OK);
+        },
         [&] {
             for (size_t i = 0; i < column.size(); ++i) {
                 EqSetVariable(s.record, variable, column[i]);

@@ -55,16 +55,18 @@ static korvale_status runs_over_columns(void)
     TRY_MAKING(e, korvale_equations_new(&e, &error));
     TRY(korvale_equations_declare(e, "x y total", 0, &error));
     TRY(korvale_equations_add(e, "y = SQRT(x * x) + 1", NULL, &error));
-    TRY_WRITING(sums, korvale_equations_evaluate_rows(e, 0, &column, 1, &output, &error));
+    TRY_WRITING(sums, korvale_equations_evaluate_rows(e, 0, &column, 1, &output, NULL, NULL, &error));
     CHECK(sums[0] == 1 && sums[rows - 1] == rows);
     CHECK(korvale_equations_ran_in_blocks(e) == 1);
     TRY(korvale_equations_add(e, "total = total + y", NULL, &error));
-    TRY_WRITING(totals, korvale_equations_pass_rows(e, &column, 1, &result, 1, &error));
+    TRY_WRITING(totals, korvale_equations_pass_rows(e, &column, 1, &result, 1, NULL, NULL, &error));
     CHECK(totals[0] == 1 && totals[1] == 3 && totals[rows - 1] == 5050);
     CHECK(korvale_equations_ran_in_blocks(e) == 0);
-    REFUSE(korvale_equations_evaluate_rows(e, 0, &column, 1, NULL, &error), KORVALE_BAD_ARGUMENT,
+    REFUSE(korvale_equations_evaluate_rows(e, 0, &column, 1, NULL, NULL, NULL, &error), KORVALE_BAD_ARGUMENT,
            "korvale_equations_evaluate_rows: output must be given, but it is null");
-    REFUSE(korvale_equations_pass_rows(e, NULL, 1, &result, 1, &error), KORVALE_BAD_ARGUMENT,
+    REFUSE(korvale_equations_evaluate_rows(e, 0, &column, 1, &output, stop, NULL, &error), KORVALE_STOPPED,
+           "korvale_equations_evaluate_rows: it was asked to stop");
+    REFUSE(korvale_equations_pass_rows(e, NULL, 1, &result, 1, NULL, NULL, &error), KORVALE_BAD_ARGUMENT,
            "korvale_equations_pass_rows: columns must be given, but it is null");
 done:
     korvale_equations_free(e);

@@ -204,7 +204,9 @@ TEST(EquationBlocks, GiveWhatTheStepsGiveRowByRow)
         std::copy(bytes2.begin(), bytes2.end(), buffers[2].bytes.begin());
 
         EqSeed(7);
-        ASSERT_EQ(korvale_equations_evaluate_rows(pair.quick, equation, columns, count, &output, nullptr), KORVALE_OK);
+        ASSERT_EQ(
+            korvale_equations_evaluate_rows(pair.quick, equation, columns, count, &output, nullptr, nullptr, nullptr),
+            KORVALE_OK);
         (pair.quick.in_blocks() ? in_blocks : by_rows) += 1;
         EXPECT_EQ(Mwrand(), next_draw);
         ASSERT_TRUE(is_same_state(pair.quick, pair.plain)) << round << " " << pair.quick.in_blocks();
@@ -250,7 +252,8 @@ TEST(EquationBlocks, GiveWhatPassesGiveRowByRow)
         }
         const int next_draw = Mwrand();
         EqSeed(7);
-        ASSERT_EQ(korvale_equations_pass_rows(pair.quick, columns, 2, results, 3, nullptr), KORVALE_OK);
+        ASSERT_EQ(korvale_equations_pass_rows(pair.quick, columns, 2, results, 3, nullptr, nullptr, nullptr),
+                  KORVALE_OK);
         (pair.quick.in_blocks() ? in_blocks : by_rows) += 1;
         EXPECT_EQ(Mwrand(), next_draw);
         ASSERT_TRUE(is_same_state(pair.quick, pair.plain)) << round << " " << pair.quick.in_blocks();
@@ -285,7 +288,8 @@ TEST(EquationBlocks, TenMillionRowsGiveWhatTheyGiveOneByOne)
             w[i] = random.one_in(8) ? x[i] : random.unit();
         }
         e.value("z") = random.uniform(-3, 3);
-        ASSERT_EQ(korvale_equations_evaluate_rows(e, round % 5, columns, 2, &output, nullptr), KORVALE_OK);
+        ASSERT_EQ(korvale_equations_evaluate_rows(e, round % 5, columns, 2, &output, nullptr, nullptr, nullptr),
+                  KORVALE_OK);
         ASSERT_TRUE(e.in_blocks());
         for (size_t i = 0; i < kMany; ++i) {
             at_x = x[i];
@@ -303,7 +307,8 @@ bool runs_in_blocks(const System& system, const char* text)
     std::vector<double> x(600, 1), y(600);
     const korvale_column column = {"x", rows_of(x)};
     const korvale_numbers_out output = rows_to(y);
-    EXPECT_EQ(korvale_equations_evaluate_rows(system, number, &column, 1, &output, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(system, number, &column, 1, &output, nullptr, nullptr, nullptr),
+              KORVALE_OK);
     return system.in_blocks();
 }
 
@@ -324,13 +329,13 @@ TEST(EquationBlocks, GoRowByRowWhereRowsOrOrderCount)
     std::vector<double> x(600, 1), y(600);
     const korvale_column column = {"x", rows_of(x)};
     const korvale_numbers_out output = rows_to(y);
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, 6, &column, 1, &output, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, 6, &column, 1, &output, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_TRUE(e.in_blocks()); // a table
     korvale_equations_set_table_position(e, 4);
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, 6, &column, 1, &output, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, 6, &column, 1, &output, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_FALSE(e.in_blocks()); // behind it
     const korvale_numbers_out few = {y.data(), 23, 0, 1, KORVALE_DOUBLE};
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, 1, nullptr, 0, &few, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, 1, nullptr, 0, &few, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_FALSE(e.in_blocks());
     EXPECT_EQ(korvale_equations_ran_in_blocks(nullptr), 0);
 }
@@ -344,11 +349,11 @@ TEST(EquationBlocks, ReadTheRecordsAnew)
     const korvale_numbers_out output = rows_to(y);
     e.value("z") = 5;
     static_cast<DATAstruct*>(e.record()->equations->pvals[1])->ivals[3] = 2; // ADD becomes MULTIPLY
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, 0, &column, 1, &output, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, 0, &column, 1, &output, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_TRUE(e.in_blocks());
     EXPECT_EQ(y[23], 5);
     e.record()->funcs->pvals[2] = reinterpret_cast<void*>(EqFuncSubtract); // and means something else
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, 0, &column, 1, &output, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, 0, &column, 1, &output, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_FALSE(e.in_blocks());
     EXPECT_EQ(y[23], -4);
 }
@@ -423,10 +428,92 @@ TEST(EquationBlocks, DivideAndTakeZerosAsRowsDo)
     x.resize(24); // enough for a block
     const korvale_column column = {"x", rows_of(x)};
     const korvale_numbers_out output = rows_to(y);
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, 0, &column, 1, &output, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, 0, &column, 1, &output, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_TRUE(e.in_blocks());
     y.resize(9);
     EXPECT_TRUE(same_bits({0, 0, 0.5, 0, -0.0, 0, 0.25, NAN, 0}, y));
+}
+
+/// Rows told of as shares of all, and the share that ends the work.
+struct Told {
+    std::vector<double> done;
+    double end = 2;
+
+    static int32_t tell(double done, void* user)
+    {
+        auto& self = *static_cast<Told*>(user);
+        self.done.push_back(done);
+        return done < self.end;
+    }
+};
+
+/// With a table of its own three columns, of which the first equation reads one a row.
+void add_noise(const System& e)
+{
+    EXPECT_EQ(korvale_equations_seed(e, 5, nullptr), KORVALE_OK);
+    EXPECT_TRUE(e.add("y = x + RAND") && e.add("z = RAND") && e.add("w = RAND"));
+    EXPECT_EQ(korvale_equations_make_table(e, "RAND", 2, nullptr), KORVALE_OK);
+}
+
+TEST(EquationBlocks, KeepWhatIsDoneWhereTheyAreStopped)
+{
+    const System whole, parts;
+    add_noise(whole);
+    add_noise(parts);
+    std::vector<double> x(2000), expected(2000), y(2000, 7);
+    for (size_t i = 0; i < x.size(); ++i)
+        x[i] = static_cast<double>(i);
+    korvale_column column = {"x", rows_of(x)};
+    korvale_numbers_out output = rows_to(expected);
+    Told told;
+    EXPECT_EQ(korvale_equations_evaluate_rows(whole, 0, &column, 1, &output, &Told::tell, &told, nullptr), KORVALE_OK);
+    EXPECT_TRUE(whole.in_blocks());
+    EXPECT_THAT(told.done, ElementsAre(0, 0.256, 0.512, 0.768, 1)); // each block of 512 rows
+
+    output = rows_to(y);
+    told = {{}, 0.5};
+    korvale_error error;
+    EXPECT_EQ(korvale_equations_evaluate_rows(parts, 0, &column, 1, &output, &Told::tell, &told, &error),
+              KORVALE_STOPPED);
+    EXPECT_STREQ(error.text, "korvale_equations_evaluate_rows: it was asked to stop");
+    EXPECT_TRUE(parts.in_blocks());
+    EXPECT_THAT(told.done, ElementsAre(0, 0.256, 0.512));
+    EXPECT_EQ(y[1023], expected[1023]);
+    EXPECT_EQ(y[1024], 7);
+    EXPECT_EQ(parts.value("x"), 1023);
+    EXPECT_EQ(parts.value("y"), y[1023]);
+    const korvale_column rest = {"x", {x.data() + 1024, 976, 0, 1, KORVALE_DOUBLE}};
+    const korvale_numbers_out to_rest = {y.data() + 1024, 976, 0, 1, KORVALE_DOUBLE};
+    EXPECT_EQ(korvale_equations_evaluate_rows(parts, 0, &rest, 1, &to_rest, nullptr, nullptr, nullptr), KORVALE_OK);
+    EXPECT_TRUE(same_bits(expected, y)); // the table goes on where it was
+
+    told = {{}, 0};
+    y.assign(2000, 7);
+    EXPECT_EQ(korvale_equations_evaluate_rows(parts, 0, &column, 1, &output, &Told::tell, &told, nullptr),
+              KORVALE_STOPPED);
+    EXPECT_EQ(y[0], 7);
+    EXPECT_EQ(parts.value("x"), 1999);
+}
+
+TEST(EquationBlocks, RowByRowKeepWhatIsDoneAsWell)
+{
+    const System e;
+    EXPECT_TRUE(e.add("y = y + x"));
+    std::vector<double> x(2000, 1), y(2000, 7);
+    const korvale_column column = {"x", rows_of(x)};
+    const korvale_column_out result = {"y", rows_to(y)};
+    Told told = {{}, 0.5};
+    EXPECT_EQ(korvale_equations_pass_rows(e, &column, 1, &result, 1, &Told::tell, &told, nullptr), KORVALE_STOPPED);
+    EXPECT_FALSE(e.in_blocks());
+    EXPECT_EQ(told.done.size(), 51u); // each hundredth
+    EXPECT_EQ(y[999], 1000);
+    EXPECT_EQ(y[1000], 7);
+    EXPECT_EQ(e.value("y"), 1000);
+    told = {};
+    EXPECT_EQ(korvale_equations_pass_rows(e, &column, 1, &result, 1, &Told::tell, &told, nullptr), KORVALE_OK);
+    EXPECT_EQ(told.done.size(), 101u);
+    EXPECT_EQ(told.done.back(), 1);
+    EXPECT_EQ(y[1999], 3000);
 }
 
 TEST(EquationBlocksWithAnExhaustedHeap, WriteNothing)
@@ -439,7 +526,7 @@ TEST(EquationBlocksWithAnExhaustedHeap, WriteNothing)
     const korvale_numbers_out output = rows_to(y);
     const int64_t failures = fail_each_allocation([&](int64_t) {
         std::fill(y.begin(), y.end(), 7.0);
-        const auto status = korvale_equations_evaluate_rows(e, 0, &column, 1, &output, nullptr);
+        const auto status = korvale_equations_evaluate_rows(e, 0, &column, 1, &output, nullptr, nullptr, nullptr);
         EXPECT_EQ(y[0], status == KORVALE_OK ? 4.0 / 3 : 7.0);
     });
     EXPECT_GE(failures, 5);

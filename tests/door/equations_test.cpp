@@ -230,18 +230,18 @@ TEST(DoorEquations, RunOverColumnsOfAnyLayout)
     const korvale_column in_place[] = {{"x", {points, 2, 24, 1, KORVALE_DOUBLE}},
                                        {"y", {points + 1, 2, 24, 0, KORVALE_DOUBLE}}};
     const korvale_numbers_out into = {points + 2, 2, 24, 1, KORVALE_DOUBLE};
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, z, in_place, 2, &into, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, z, in_place, 2, &into, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_THAT(points, ElementsAre(1, 2, 21, 3, 4, 43));
     EXPECT_EQ(e.get("x"), 3);
     EXPECT_EQ(e.get("z"), 43);
     const korvale_column floats[] = {{"y", {ys + 1, 2, 8, 1, KORVALE_FLOAT}}};
     const korvale_numbers_out to_floats = {rounded, 2, 0, 1, KORVALE_FLOAT};
     e.set("x", 0.1);
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, z, floats, 1, &to_floats, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, z, floats, 1, &to_floats, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_THAT(rounded, ElementsAre(5.1f, 15.1f));
     EXPECT_EQ(e.get("z"), 15.1);
     const korvale_column backwards[] = {{"x", {points + 3, 2, -24, 1, KORVALE_DOUBLE}}};
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, z, backwards, 1, &to_floats, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, z, backwards, 1, &to_floats, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_THAT(rounded, ElementsAre(18, 16));
 }
 
@@ -256,13 +256,14 @@ TEST(DoorEquations, PassOverColumns)
     std::vector<double> a(2), b(2);
     const korvale_column columns[] = {{"a", rows_of(as)}, {"b", rows_of(bs)}};
     const korvale_column_out results[] = {{"a", rows_to(a)}, {"b", rows_to(b)}};
-    EXPECT_EQ(korvale_equations_pass_rows(e, columns, 2, results, 2, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_pass_rows(e, columns, 2, results, 2, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_THAT(a, ElementsAre(1, 21));
     EXPECT_THAT(b, ElementsAre(1, 11));
     EXPECT_EQ(e.get("s"), 10);
-    EXPECT_EQ(korvale_equations_pass_rows(e, nullptr, 0, results, 1, nullptr), KORVALE_OK); // as many rows as a has
+    EXPECT_EQ(korvale_equations_pass_rows(e, nullptr, 0, results, 1, nullptr, nullptr, nullptr),
+              KORVALE_OK); // as many rows as a has
     EXPECT_THAT(a, ElementsAre(12, 23));
-    EXPECT_EQ(korvale_equations_pass_rows(e, nullptr, 0, nullptr, 0, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_pass_rows(e, nullptr, 0, nullptr, 0, nullptr, nullptr, nullptr), KORVALE_OK);
 }
 
 TEST(DoorEquations, RefuseColumnsBeforeAnythingIsComputed)
@@ -275,7 +276,7 @@ TEST(DoorEquations, RefuseColumnsBeforeAnythingIsComputed)
     const auto text = [&](std::vector<korvale_column> columns) {
         const auto n = static_cast<int64_t>(columns.size());
         return sentence_of(KORVALE_BAD_ARGUMENT, [&](auto* error) {
-            return korvale_equations_evaluate_rows(e, 0, columns.data(), n, &to, error);
+            return korvale_equations_evaluate_rows(e, 0, columns.data(), n, &to, nullptr, nullptr, error);
         });
     };
     const std::string function = "korvale_equations_evaluate_rows: ";
@@ -291,19 +292,25 @@ TEST(DoorEquations, RefuseColumnsBeforeAnythingIsComputed)
               function + "column \"r\" must be of kind KORVALE_DOUBLE or KORVALE_FLOAT, but its kind is 2");
     EXPECT_EQ(text({{"r", {three.data(), -1, 0, 1, KORVALE_DOUBLE}}}),
               function + "column \"r\" must have a count of 0 or more, but it is -1");
-    EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT,
-                          [&](auto* x) { return korvale_equations_evaluate_rows(e, 0, nullptr, 1, &to, x); }),
+    EXPECT_EQ(sentence_of(
+                  KORVALE_BAD_ARGUMENT,
+                  [&](auto* x) { return korvale_equations_evaluate_rows(e, 0, nullptr, 1, &to, nullptr, nullptr, x); }),
               function + "columns must be given, but it is null");
     EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT,
-                          [&](auto* x) { return korvale_equations_evaluate_rows(e, 0, nullptr, -1, &to, x); }),
+                          [&](auto* x) {
+                              return korvale_equations_evaluate_rows(e, 0, nullptr, -1, &to, nullptr, nullptr, x);
+                          }),
               function + "columns must be 0 or more, but there are -1");
     EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT,
-                          [&](auto* x) { return korvale_equations_evaluate_rows(e, 0, nullptr, 0, nullptr, x); }),
+                          [&](auto* x) {
+                              return korvale_equations_evaluate_rows(e, 0, nullptr, 0, nullptr, nullptr, nullptr, x);
+                          }),
               function + "output must be given, but it is null");
     const korvale_column column = {"r", rows_of(three)};
     const korvale_column_out result = {"h", {out.data(), 2, 0, 1, KORVALE_DOUBLE}};
-    EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT,
-                          [&](auto* x) { return korvale_equations_pass_rows(e, &column, 1, &result, 1, x); }),
+    EXPECT_EQ(sentence_of(
+                  KORVALE_BAD_ARGUMENT,
+                  [&](auto* x) { return korvale_equations_pass_rows(e, &column, 1, &result, 1, nullptr, nullptr, x); }),
               "korvale_equations_pass_rows: column \"h\" must have 3 values, but it has 2");
     EXPECT_THAT(out, ElementsAre(7, 7, 7));
     EXPECT_EQ(e.get("r"), 0);
@@ -706,7 +713,7 @@ TEST(DoorFunctions, MayStopTheEvaluation)
     const korvale_column column = {"x", rows_of(xs)};
     const korvale_numbers_out to = rows_to(out);
     korvale_error error;
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, h, &column, 1, &to, &error), KORVALE_STOPPED);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, h, &column, 1, &to, nullptr, nullptr, &error), KORVALE_STOPPED);
     EXPECT_STREQ(error.text, "korvale_equations_evaluate_rows: it was asked to stop");
     EXPECT_THAT(out, ElementsAre(1, 2, 7, 7, 7));
     EXPECT_EQ(stopper.calls, 3);
@@ -746,7 +753,7 @@ TEST(DoorFunctions, MayUseTheirOwnSystem)
     std::vector<double> out(3);
     const korvale_column column = {"x", rows_of(xs)};
     const korvale_numbers_out to = rows_to(out);
-    EXPECT_EQ(korvale_equations_evaluate_rows(e, h, &column, 1, &to, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_equations_evaluate_rows(e, h, &column, 1, &to, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_THAT(out, ElementsAre(4, 6, 8));
     EXPECT_EQ(korvale_equations_count(e), 4);
 }

@@ -285,6 +285,30 @@ TEST(FaceResult, AFailureThatFindsNoMemoryTellsThat)
 
 // --- Stopping --------------------------------------------------------------------------------------------------------
 
+TEST(FaceStop, EndsEquationsOverColumns)
+{
+    Equations e;
+    e.declare("y x");
+    e.add("y = x + 1");
+    const std::vector<double> x(2000, 2);
+    std::vector<double> y(2000, 7);
+    double last = 0;
+    const auto half = [&](double done) { return (last = done) < 0.5; };
+    EXPECT_EQ(e.try_evaluate(0, {{"x", x}}, half).error().status(), KORVALE_STOPPED);
+    EXPECT_EQ(last, 0.512);
+    EXPECT_EQ(refusal_of([&] { e.evaluate(0, std::array{korvale::Column("x", x)}, y, half); }),
+              "Equations::evaluate: progress must go on, but it has stopped the work");
+    EXPECT_EQ(y[1023], 3);
+    EXPECT_EQ(y[1024], 7);
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_EQ(refusal_of([&] { e.evaluate_all({}, std::array{korvale::ResultColumn("y", y)}, stop.get_token()); }),
+              "Equations::evaluate_all: progress must go on, but it has stopped the work");
+    EXPECT_EQ(e.evaluate(0, {{"x", x}}, std::stop_source().get_token()).back(), 3);
+    struct Enough {};
+    EXPECT_THROW(e.evaluate(0, {{"x", x}}, [](double) -> bool { throw Enough(); }), Enough);
+}
+
 TEST(FaceStop, TakesStepsBack)
 {
     const Mesh mesh = cube();

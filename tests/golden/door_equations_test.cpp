@@ -53,10 +53,10 @@ TEST(Golden, DoorEquations)
         const korvale_column_out results[] = {{"y", {y.data(), 600, 0, 1, KORVALE_DOUBLE}},
                                               {"z", {z.data(), 600, 0, 1, KORVALE_DOUBLE}}};
         for (int32_t k = 0; k < korvale_equations_count(e); ++k) {
-            hash.add(korvale_equations_evaluate_rows(e, k, &column, 1, &to, nullptr));
+            hash.add(korvale_equations_evaluate_rows(e, k, &column, 1, &to, nullptr, nullptr, nullptr));
             hash.add(y.data(), 600);
         }
-        hash.add(korvale_equations_pass_rows(e, &column, 1, results, 2, nullptr));
+        hash.add(korvale_equations_pass_rows(e, &column, 1, results, 2, nullptr, nullptr, nullptr));
         hash.add(y.data(), 600).add(z.data(), 600);
         korvale_equations_free(e);
     }

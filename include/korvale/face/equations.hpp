@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "points.hpp"
+#include "progress.hpp"
 
 namespace korvale {
 
@@ -336,26 +337,31 @@ public:
 
     /// Runs an equation once for every row: each column sets its variable, and the result goes to `output`. The columns
     /// have as many values as `output`; the variables keep those of the last row.
-    void evaluate(int equation, std::span<const Column> columns, std::span<double> output)
+    ///
+    /// Throws `Error` where `progress` has stopped it: the rows so far are written, and the variables keep the values
+    /// of the last of them.
+    void evaluate(int equation, std::span<const Column> columns, std::span<double> output,
+                  const Progress& progress = {})
     {
-        evaluate(equation, columns, output.data(), output.size(), 1);
+        evaluate(equation, columns, output.data(), output.size(), 1, progress);
     }
 
     /// The same into every `stride`-th double from `output` on.
     void evaluate(int equation, std::span<const Column> columns, double* output, std::size_t rows,
-                  std::ptrdiff_t stride)
+                  std::ptrdiff_t stride, const Progress& progress = {})
     {
-        try_evaluate(equation, columns, output, rows, stride).value();
+        try_evaluate(equation, columns, output, rows, stride, progress).value();
     }
 
     /// The same two, telling of failures by their result; what functions of yours throw is thrown on.
     ///@{
-    Result<void> try_evaluate(int equation, std::span<const Column> columns, std::span<double> output)
+    Result<void> try_evaluate(int equation, std::span<const Column> columns, std::span<double> output,
+                              const Progress& progress = {})
     {
-        return try_evaluate(equation, columns, output.data(), output.size(), 1);
+        return try_evaluate(equation, columns, output.data(), output.size(), 1, progress);
     }
     Result<void> try_evaluate(int equation, std::span<const Column> columns, double* output, std::size_t rows,
-                              std::ptrdiff_t stride)
+                              std::ptrdiff_t stride, const Progress& progress = {})
     {
         constexpr const char* kFunction = "Equations::evaluate";
         return detail::within_memory(kFunction, [&]() -> Result<void> {
@@ -364,26 +370,28 @@ public:
             const detail::PlainColumns<korvale_column> read(columns);
             const korvale_numbers_out write = {output, static_cast<std::int64_t>(rows),
                                                stride * std::ptrdiff_t{sizeof(double)}, 1, KORVALE_DOUBLE};
-            return run(kFunction, [&](korvale_error* error) {
+            return run(kFunction, progress, [&](korvale_progress told, void* user, korvale_error* error) {
                 return korvale_equations_evaluate_rows(equations_.get(), equation, read.data(), read.size(), &write,
-                                                       error);
+                                                       told, user, error);
             });
         });
     }
     ///@}
 
     /// The same with a vector as output, as long as the columns.
-    std::vector<double> evaluate(int equation, std::initializer_list<Column> columns)
+    std::vector<double> evaluate(int equation, std::initializer_list<Column> columns, const Progress& progress = {})
     {
-        return try_evaluate(equation, columns).value();
+        return try_evaluate(equation, columns, progress).value();
     }
 
     /// The same, telling of failures by its result; what functions of yours throw is thrown on.
-    Result<std::vector<double>> try_evaluate(int equation, std::initializer_list<Column> columns)
+    Result<std::vector<double>> try_evaluate(int equation, std::initializer_list<Column> columns,
+                                             const Progress& progress = {})
     {
         return detail::within_memory("Equations::evaluate", [&]() -> Result<std::vector<double>> {
             std::vector<double> output(columns.size() == 0 ? 1 : columns.begin()->size);
-            const Result<void> done = try_evaluate(equation, std::span(columns.begin(), columns.size()), output);
+            const Result<void> done =
+                try_evaluate(equation, std::span(columns.begin(), columns.size()), output, progress);
             return with(output, done);
         });
     }
@@ -399,13 +407,16 @@ public:
     }
 
     /// Runs all equations in order once for every row; `results` take the values of their variables after each pass.
-    void evaluate_all(std::span<const Column> columns, std::span<const ResultColumn> results)
+    /// Where `progress` has stopped it, it ends as `evaluate` does.
+    void evaluate_all(std::span<const Column> columns, std::span<const ResultColumn> results,
+                      const Progress& progress = {})
     {
-        try_evaluate_all(columns, results).value();
+        try_evaluate_all(columns, results, progress).value();
     }
 
     /// The same, telling of failures by its result; what functions of yours throw is thrown on.
-    Result<void> try_evaluate_all(std::span<const Column> columns, std::span<const ResultColumn> results)
+    Result<void> try_evaluate_all(std::span<const Column> columns, std::span<const ResultColumn> results,
+                                  const Progress& progress = {})
     {
         constexpr const char* kFunction = "Equations::evaluate_all";
         return detail::within_memory(kFunction, [&]() -> Result<void> {
@@ -415,9 +426,9 @@ public:
                     return *std::move(failure);
             const detail::PlainColumns<korvale_column> read(columns);
             const detail::PlainColumns<korvale_column_out> write(results);
-            return run(kFunction, [&](korvale_error* error) {
+            return run(kFunction, progress, [&](korvale_progress told, void* user, korvale_error* error) {
                 return korvale_equations_pass_rows(equations_.get(), read.data(), read.size(), write.data(),
-                                                   write.size(), error);
+                                                   write.size(), told, user, error);
             });
         });
     }
@@ -536,6 +547,18 @@ private:
     {
         detail::Evaluation evaluation(equations_.get());
         Result<void> done = call(function, work);
+        evaluation.rethrow();
+        return done;
+    }
+
+    /// The same with somebody to tell.
+    template <class Call>
+    Result<void> run(const char* function, const Progress& progress, Call work)
+    {
+        if (!progress)
+            return run(function, [&](korvale_error* error) { return work(nullptr, nullptr, error); });
+        detail::Evaluation evaluation(equations_.get());
+        Result<void> done = detail::done(function, progress, work);
         evaluation.rethrow();
         return done;
     }
