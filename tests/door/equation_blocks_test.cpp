@@ -410,7 +410,9 @@ TEST(EquationBlocks, GiveWhatTheStepsGiveWhateverTheHostHasEdited)
                 expected[row] = reference::evaluate(pair.plain.record(), equation);
             }
             EqSeed(again);
-            ASSERT_EQ(korvale_equations_evaluate_rows(pair.quick, equation, &column, 1, &output, nullptr), KORVALE_OK);
+            ASSERT_EQ(
+                korvale_equations_evaluate_rows(pair.quick, equation, &column, 1, &output, nullptr, nullptr, nullptr),
+                KORVALE_OK);
             in_blocks += pair.quick.in_blocks() ? 1 : 0;
             ASSERT_TRUE(same_bits(expected, y)) << round;
             ASSERT_TRUE(is_same_state(pair.quick, pair.plain)) << round;
