@@ -7,6 +7,10 @@
 // Outlines may touch, along whole edges too: edges at one place are ordered as if each outline had shrunk a little, the
 // smaller ones more. Of two that are equal nothing would be left, so one that repeats another is left out first. No
 // comparison rounds.
+//
+// Outlines cross where edges do, or where pieces of edges that touch another outline lie on both sides of it. With a
+// tolerance whatever is within it of an outline lies on it, and one that touches others is put where a corner of it is
+// that lies on none.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -14,6 +18,7 @@
 #include <tuple>
 
 #include "door/internal/boxes.h"
+#include "door/internal/edges.h"
 #include "door/internal/outlines.h"
 #include "door/internal/triangulate.h"
 
@@ -22,7 +27,7 @@ namespace korvale::door {
 namespace {
 
 /// An edge that is not upright, from left to right.
-struct Edge {
+struct Slope {
     Place left, right;
     int32_t ring;
     bool is_floor; ///< the inside of the ring is above it
@@ -35,24 +40,47 @@ struct Edge {
     }
 };
 
+/// Two rings that cross, and where.
+struct Crossing {
+    int32_t first, second;
+    Place place;
+};
+
 class Nesting {
 public:
-    explicit Nesting(const Rings& rings)
-        : rings_(rings), about_(rings.size()), parents_(rings.size(), kUnknown), depths_(rings.size(), 0),
-          repeats_(rings.size(), -1)
+    Nesting(const Rings& rings, double tolerance, bool wants_crossings)
+        : rings_(rings), tolerance_(tolerance), about_(rings.size()), parents_(rings.size(), kUnknown),
+          depths_(rings.size(), -1), repeats_(rings.size(), -1)
     {
+        for (size_t k = 0; k < rings_.size(); ++k)
+            measure(k);
+        find_repeats();
+        if (tolerance_ > 0.0)
+            find_near_repeats();
+        grow_tree();
+        if (tolerance_ > 0.0 || wants_crossings)
+            find_contacts();
+    }
+
+    /// The two rings with the least numbers that cross.
+    std::optional<Crossing> find_crossing()
+    {
+        for (size_t first = 0, end = 0; first < contacts_.size(); first = end) {
+            end = end_of_pair(first);
+            compare_sides(std::span(contacts_).subspan(first, end - first));
+        }
+        return crossing_;
     }
 
     /// For each ring its outer one, -1 where it has no places, and -2 - m where it repeats ring m.
     void find(int32_t* outer)
     {
-        for (size_t k = 0; k < rings_.size(); ++k)
-            measure(k);
-        find_repeats();
-        grow_tree();
+        if (tolerance_ > 0.0)
+            place_by_free_corners();
         look_below();
         for (size_t k = 0; k < rings_.size(); ++k)
             put(static_cast<int32_t>(k));
+        count_depths();
         for (size_t k = 0; k < rings_.size(); ++k)
             outer[k] = outer_of(k);
     }
@@ -68,6 +96,7 @@ private:
         int turn = 0;                  ///< 1 counter-clockwise, -1 clockwise, 0 without area
         int32_t below = kNone;         ///< the ring whose edge is next below the lowest place
         bool is_in_below = false;      ///< that edge has the inside above it
+        int32_t first_run = 0;         ///< in the order of the rings
     };
 
     int32_t outer_of(size_t k) const
@@ -175,6 +204,68 @@ private:
                 first = i;
     }
 
+    // --- Repeats within a tolerance ----------------------------------------------------------------------------------
+
+    Vector<Edge> edges_of(int32_t ring) const
+    {
+        Vector<Edge> edges;
+        for (int32_t i = 0; i < size(ring); ++i)
+            edges.push_back({place(ring, i), place(ring, i + 1 < size(ring) ? i + 1 : 0)});
+        return edges;
+    }
+
+    bool lies_on(int32_t ring, const EdgeTree& edges) const
+    {
+        const double reach = std::nextafter(tolerance_, 2 * tolerance_);
+        return std::ranges::all_of(rings_[static_cast<size_t>(ring)],
+                                   [&](const Place& p) { return edges.nearest(p, reach).has_value(); });
+    }
+
+    bool have_near_bounds(const Box& a, const Box& b) const
+    {
+        return std::fabs(a.low_x - b.low_x) <= tolerance_ && std::fabs(a.low_y - b.low_y) <= tolerance_ &&
+               std::fabs(a.high_x - b.high_x) <= tolerance_ && std::fabs(a.high_y - b.high_y) <= tolerance_;
+    }
+
+    /// Rings with nearly the same bounds have their least ones in one cell as large as the tolerance, or in neighbours.
+    void find_near_repeats()
+    {
+        struct Cell {
+            double x, y;
+            int32_t ring;
+            auto operator<=>(const Cell&) const = default;
+        };
+        const auto cell_of = [&](int32_t k) {
+            return Cell{std::floor(about(k).box.low_x / tolerance_), std::floor(about(k).box.low_y / tolerance_), k};
+        };
+        Vector<Cell> cells;
+        for (int32_t k = 0; k < static_cast<int32_t>(rings_.size()); ++k)
+            if (about(k).turn != 0 && repeats_[static_cast<size_t>(k)] < 0)
+                cells.push_back(cell_of(k));
+        Vector<Cell> sorted = cells;
+        std::ranges::sort(sorted);
+        for (const Cell& cell : cells) {
+            std::optional<EdgeTree> edges;
+            for (const double x : {-1.0, 0.0, 1.0}) {
+                const Cell low = {cell.x + x, cell.y - 1, 0}, high = {cell.x + x, cell.y + 1, cell.ring};
+                for (auto i = std::ranges::lower_bound(sorted, low); i != sorted.end() && *i < high; ++i) {
+                    int32_t& repeated = repeats_[static_cast<size_t>(cell.ring)];
+                    if (i->ring >= cell.ring || repeats_[static_cast<size_t>(i->ring)] >= 0 ||
+                        (repeated >= 0 && repeated < i->ring) ||
+                        !have_near_bounds(about(cell.ring).box, about(i->ring).box))
+                        continue;
+                    if (!edges)
+                        edges.emplace(edges_of(cell.ring));
+                    if (lies_on(i->ring, *edges) && lies_on(cell.ring, EdgeTree(edges_of(i->ring))))
+                        repeated = i->ring;
+                }
+            }
+        }
+        for (int32_t& repeated : repeats_)
+            if (repeated >= 0 && repeats_[static_cast<size_t>(repeated)] >= 0)
+                repeated = repeats_[static_cast<size_t>(repeated)];
+    }
+
     // --- Edges -------------------------------------------------------------------------------------------------------
 
     const Place& place(int32_t ring, int32_t i) const
@@ -184,18 +275,18 @@ private:
     int32_t size(int32_t ring) const { return static_cast<int32_t>(rings_[static_cast<size_t>(ring)].size()); }
 
     /// The edge from place i of a ring, which is not upright.
-    Edge edge(int32_t ring, int32_t i) const
+    Slope edge(int32_t ring, int32_t i) const
     {
         const Place &a = place(ring, i), &b = place(ring, i + 1 < size(ring) ? i + 1 : 0);
         const bool is_along = (a.x < b.x) == (about(ring).turn > 0);
-        return a.x < b.x ? Edge{a, b, ring, is_along} : Edge{b, a, ring, is_along};
+        return a.x < b.x ? Slope{a, b, ring, is_along} : Slope{b, a, ring, is_along};
     }
 
     /// Of edges that both have a part above, or below, the same part of the x axis.
-    bool is_below(const Edge& a, const Edge& b) const
+    bool is_below(const Slope& a, const Slope& b) const
     {
         const bool a_is_later = a.left.x > b.left.x;
-        const Edge &later = a_is_later ? a : b, &earlier = a_is_later ? b : a;
+        const Slope &later = a_is_later ? a : b, &earlier = a_is_later ? b : a;
         int turn = side(earlier.left, earlier.right, later.left);
         if (turn == 0)
             turn = later.right.x > earlier.right.x ? -side(later.left, later.right, earlier.right)
@@ -204,7 +295,7 @@ private:
     }
 
     /// As if every ring had shrunk, the smaller of two more.
-    bool is_below_at_one_place(const Edge& a, const Edge& b) const
+    bool is_below_at_one_place(const Slope& a, const Slope& b) const
     {
         if (a.is_floor != b.is_floor)
             return b.is_floor;
@@ -223,26 +314,26 @@ private:
     void grow_tree()
     {
         Vector<Run> runs;
-        Vector<Box> boxes;
         Vector<Place> middles;
         for (size_t k = 0; k < rings_.size(); ++k) {
             if (about_[k].turn == 0 || repeats_[k] >= 0)
                 continue;
             const auto ring = static_cast<int32_t>(k);
             const int32_t n = size(ring);
+            about_[k].first_run = static_cast<int32_t>(runs.size());
             for (int32_t first = 0; first < n; first += kRun) {
                 const int32_t count = std::min(kRun, n - first);
                 Box box = kNowhere;
                 for (int32_t i = first; i <= first + count; ++i)
                     box.cover(place(ring, i < n ? i : 0));
                 runs.push_back({ring, first, count});
-                boxes.push_back(box);
+                boxes_.push_back(box);
                 middles.push_back({(box.low_x + box.high_x) / 2, (box.low_y + box.high_y) / 2});
             }
         }
         nodes_.assign(2 * std::bit_ceil(std::max<size_t>(1, runs.size())), kNowhere);
         for (const size_t i : order_along_curve(middles)) {
-            nodes_[nodes_.size() / 2 + runs_.size()] = boxes[i];
+            nodes_[nodes_.size() / 2 + runs_.size()] = boxes_[i];
             runs_.push_back(runs[i]);
         }
         raise(nodes_);
@@ -250,10 +341,10 @@ private:
 
     /// The highest edge of another ring that is below `p` and goes on to its right, or to its left.
     template <class IsBelow>
-    std::optional<Edge> edge_below(int32_t ring, const Place& p, bool to_right, IsBelow is_below_it) const
+    std::optional<Slope> edge_below(int32_t ring, const Place& p, bool to_right, IsBelow is_below_it) const
     {
         constexpr double kRounding = 1e-12; // of heights, whose coordinates are at most 1
-        std::optional<Edge> best;
+        std::optional<Slope> best;
         double least = std::numeric_limits<double>::lowest();
         const auto may_hold = [&](const Box& box) {
             return box.low_x <= p.x && p.x <= box.high_x && box.low_y <= p.y && box.high_y >= least;
@@ -274,7 +365,7 @@ private:
                 const double x = place(run.ring, i).x, next_x = place(run.ring, i + 1 < size(run.ring) ? i + 1 : 0).x;
                 if (to_right ? (x <= p.x) == (next_x <= p.x) : (x < p.x) == (next_x < p.x))
                     continue;
-                const Edge e = edge(run.ring, i);
+                const Slope e = edge(run.ring, i);
                 if (is_below_it(e) && (!best || is_below(*best, e))) {
                     best = e;
                     least = e.height_at(p.x) - kRounding;
@@ -284,10 +375,260 @@ private:
         return best;
     }
 
+    // --- Contacts ----------------------------------------------------------------------------------------------------
+
+    /// An edge of a ring that comes within the tolerance of another ring, and which of its ends do.
+    struct Contact {
+        int32_t ring, other, edge, other_edge;
+        bool is_start_on, is_end_on;
+    };
+
+    /// Lengths that count as nothing.
+    double slack() const { return std::max(tolerance_, 1e-12); }
+
+    Edge plain_edge(int32_t ring, int32_t i) const
+    {
+        return {place(ring, i), place(ring, i + 1 < size(ring) ? i + 1 : 0)};
+    }
+
+    static Box box_of(const Edge& e)
+    {
+        return {std::min(e.from.x, e.to.x), std::min(e.from.y, e.to.y), std::max(e.from.x, e.to.x),
+                std::max(e.from.y, e.to.y)};
+    }
+
+    Box widened(const Box& box) const
+    {
+        return {box.low_x - slack(), box.low_y - slack(), box.high_x + slack(), box.high_y + slack()};
+    }
+
+    bool is_on(const Edge& e, const Place& p) const
+    {
+        const Place away = nearest_of(e, p) - p;
+        return dot(away, away) <= slack() * slack();
+    }
+
+    /// How the ends of an edge lie beside the line through another.
+    enum class Beside { one_side, both_sides, on_it };
+
+    Beside look_beside(const Edge& e, const Edge& f) const
+    {
+        const Place along = e.to - e.from;
+        const double first = cross(along, f.from - e.from), second = cross(along, f.to - e.from);
+        const double nearer = std::min(std::fabs(first), std::fabs(second));
+        if (nearer * nearer <= slack() * slack() * dot(along, along))
+            return Beside::on_it;
+        return (first < 0.0) == (second < 0.0) ? Beside::one_side : Beside::both_sides;
+    }
+
+    void note_crossing(int32_t a, int32_t b, const Place& p)
+    {
+        const Crossing crossing = {std::min(a, b), std::max(a, b), p};
+        if (!crossing_ || std::pair(crossing.first, crossing.second) < std::pair(crossing_->first, crossing_->second))
+            crossing_ = crossing;
+    }
+
+    /// Looks at edge i of one ring and edge k of another.
+    void compare(int32_t ring, int32_t i, int32_t other, int32_t k)
+    {
+        const Edge e = plain_edge(ring, i), f = plain_edge(other, k);
+        const Beside of_e = look_beside(e, f);
+        if (of_e == Beside::one_side)
+            return;
+        const Beside of_f = look_beside(f, e);
+        if (of_f == Beside::one_side)
+            return;
+        if (of_e == Beside::both_sides && of_f == Beside::both_sides) {
+            const Place along = e.to - e.from, across = f.to - f.from;
+            note_crossing(ring, other, e.from + cross(f.from - e.from, across) / cross(along, across) * along);
+            return;
+        }
+        const bool starts = is_on(f, e.from), ends = is_on(f, e.to), other_starts = is_on(e, f.from),
+                   other_ends = is_on(e, f.to);
+        if (!starts && !ends && !other_starts && !other_ends)
+            return;
+        contacts_.push_back({ring, other, i, k, starts, ends});
+        contacts_.push_back({other, ring, k, i, other_starts, other_ends});
+    }
+
+    /// Looks at all runs that come near each other, each two once: nodes of one height below the tree's root, in pairs.
+    void find_contacts()
+    {
+        const size_t leaves = nodes_.size() / 2;
+        Vector<std::pair<size_t, size_t>> waiting = {{1, 1}};
+        const auto wait = [&](size_t a, size_t b) {
+            if (nodes_[a].low_x <= nodes_[a].high_x && widened(nodes_[a]).meets(nodes_[b]))
+                waiting.emplace_back(a, b);
+        };
+        while (!waiting.empty()) {
+            const auto [a, b] = waiting.back();
+            waiting.pop_back();
+            if (a < leaves) {
+                wait(2 * a, 2 * b);
+                wait(2 * a, 2 * b + 1);
+                wait(2 * a + 1, 2 * b + 1);
+                if (a != b)
+                    wait(2 * a + 1, 2 * b);
+            } else if (a - leaves < runs_.size() && runs_[a - leaves].ring != runs_[b - leaves].ring) {
+                const Box box = widened(nodes_[a]), &other = nodes_[b];
+                compare(runs_[a - leaves], runs_[b - leaves],
+                        {std::max(box.low_x, other.low_x), std::max(box.low_y, other.low_y),
+                         std::min(box.high_x, other.high_x), std::min(box.high_y, other.high_y)});
+            }
+        }
+        std::ranges::sort(contacts_, {}, [](const Contact& c) { return std::tuple(c.ring, c.other, c.edge); });
+    }
+
+    /// Looks at the edges of two runs that come into what is common to their boxes.
+    void compare(const Run& run, const Run& other, const Box& common)
+    {
+        struct Near {
+            Box box;
+            int32_t edge;
+        } near[kRun];
+        int32_t count = 0;
+        for (int32_t k = other.first; k < other.first + other.count; ++k)
+            if (const Box box = box_of(plain_edge(other.ring, k)); box.meets(common))
+                near[count++] = {box, k};
+        for (int32_t i = run.first; count > 0 && i < run.first + run.count; ++i)
+            if (const Box box = widened(box_of(plain_edge(run.ring, i))); box.meets(common))
+                for (int32_t k = 0; k < count; ++k)
+                    if (box.meets(near[k].box))
+                        compare(run.ring, i, other.ring, near[k].edge);
+    }
+
+    /// One past the last contact of the same two rings.
+    size_t end_of_pair(size_t first) const
+    {
+        size_t end = first;
+        while (end < contacts_.size() && contacts_[end].ring == contacts_[first].ring &&
+               contacts_[end].other == contacts_[first].other)
+            ++end;
+        return end;
+    }
+
+    /// Looks at the edges of a ring that touch another, piece by piece: those that do not lie on it all lie in it, or
+    /// all out of it, unless the two cross.
+    void compare_sides(std::span<const Contact> contacts)
+    {
+        bool is_in = false, is_out = false;
+        for (size_t first = 0, end = 0; first < contacts.size(); first = end) {
+            while (end < contacts.size() && contacts[end].edge == contacts[first].edge)
+                ++end;
+            const int32_t ring = contacts[first].ring, other = contacts[first].other;
+            for (const Place& p : free_places(contacts.subspan(first, end - first))) {
+                (is_inside(other, p) ? is_in : is_out) = true;
+                if (is_in && is_out)
+                    return note_crossing(ring, other, p);
+            }
+        }
+    }
+
+    /// A place on each piece of an edge between two places at which another ring touches it, but for those on the ring.
+    Vector<Place> free_places(std::span<const Contact> contacts) const
+    {
+        const Edge e = plain_edge(contacts[0].ring, contacts[0].edge);
+        const Place along = e.to - e.from;
+        Vector<Edge> others;
+        Vector<double> shares = {0.0, 1.0};
+        for (const Contact& c : contacts) {
+            others.push_back(plain_edge(c.other, c.other_edge));
+            for (const Place& p : {others.back().from, others.back().to})
+                if (is_on(e, p))
+                    shares.push_back(std::clamp(dot(p - e.from, along) / dot(along, along), 0.0, 1.0));
+        }
+        std::ranges::sort(shares);
+        Vector<Place> places;
+        for (size_t i = 1; i < shares.size(); ++i) {
+            const Place middle = e.from + 0.5 * (shares[i - 1] + shares[i]) * along;
+            if (std::ranges::none_of(others, [&](const Edge& f) { return is_on(f, middle); }))
+                places.push_back(middle);
+        }
+        return places;
+    }
+
+    bool is_inside(int32_t ring, const Place& p) const
+    {
+        bool is_in = false;
+        if (about(ring).box.holds(p))
+            for (int32_t run = about(ring).first_run; run < about(ring).first_run + runs_of(ring); ++run)
+                if (const Box& box = boxes_[static_cast<size_t>(run)];
+                    box.low_x <= p.x && p.x <= box.high_x && box.low_y <= p.y)
+                    for_each_below(ring, (run - about(ring).first_run) * kRun, p, [&] { is_in = !is_in; });
+        return is_in;
+    }
+
+    int32_t runs_of(int32_t ring) const { return (size(ring) + kRun - 1) / kRun; }
+
+    /// Calls `see` for the edges of a run below p.
+    template <class See>
+    void for_each_below(int32_t ring, int32_t first, const Place& p, See see) const
+    {
+        for (int32_t i = first; i < std::min(first + kRun, size(ring)); ++i) {
+            const auto [from, to] = plain_edge(ring, i);
+            if ((from.x <= p.x) != (to.x <= p.x) && side(from, to, p) == (from.x < to.x ? 1 : -1))
+                see();
+        }
+    }
+
+    /// Puts rings that touch others where a corner of them is that touches none.
+    void place_by_free_corners()
+    {
+        Vector<uint8_t> is_touched(rings_.places.size(), 0);
+        const auto number = [&](int32_t ring, int32_t i) {
+            return static_cast<size_t>(&place(ring, i) - rings_.places.data());
+        };
+        for (const Contact& c : contacts_) {
+            is_touched[number(c.ring, c.edge)] |= c.is_start_on;
+            is_touched[number(c.ring, c.edge + 1 < size(c.ring) ? c.edge + 1 : 0)] |= c.is_end_on;
+        }
+        for (size_t i = 0; i < contacts_.size(); ++i) {
+            const int32_t ring = contacts_[i].ring;
+            if (i > 0 && contacts_[i - 1].ring == ring)
+                continue;
+            for (int32_t k = 0; k < size(ring); ++k)
+                if (!is_touched[number(ring, k)]) {
+                    place_by(ring, place(ring, k));
+                    break;
+                }
+        }
+    }
+
+    /// Puts a ring into the smallest of those that go round a place.
+    void place_by(int32_t ring, const Place& p)
+    {
+        Vector<int32_t> below;
+        size_t waiting[64] = {1};
+        for (size_t n = 1; n > 0;) {
+            const size_t node = waiting[--n];
+            const Box& box = nodes_[node];
+            if (!(box.low_x <= p.x && p.x <= box.high_x && box.low_y <= p.y))
+                continue;
+            if (node < nodes_.size() / 2) {
+                waiting[n++] = 2 * node + 1;
+                waiting[n++] = 2 * node;
+            } else if (const Run& run = runs_[node - nodes_.size() / 2]; run.ring != ring) {
+                for_each_below(run.ring, run.first, p, [&] { below.push_back(run.ring); });
+            }
+        }
+        std::ranges::sort(below);
+        int32_t& parent = parents_[static_cast<size_t>(ring)];
+        parent = kNone;
+        for (size_t i = 0, end = 0; i < below.size(); i = end) {
+            while (end < below.size() && below[end] == below[i])
+                ++end;
+            const auto is_smaller = [&](int32_t a, int32_t b) {
+                return std::pair(about(a).size, a) < std::pair(about(b).size, b);
+            };
+            if ((end - i) % 2 == 1 && is_smaller(ring, below[i]) && (parent < 0 || is_smaller(below[i], parent)))
+                parent = below[i];
+        }
+    }
+
     // --- Nesting -----------------------------------------------------------------------------------------------------
 
     /// The lower one of the edges that go to the right from the lowest place of a ring, or to the left if none does.
-    std::optional<Edge> lowest_edge(int32_t ring, bool to_right) const
+    std::optional<Slope> lowest_edge(int32_t ring, bool to_right) const
     {
         const Place &p = place(ring, about(ring).lowest), &before = place(ring, about(ring).before);
         const Place& after = place(ring, about(ring).after);
@@ -297,7 +638,7 @@ private:
         const bool both = goes(before) && goes(after);
         const bool is_before = both ? (side(p, before, after) > 0) == to_right : goes(before);
         const Place& q = is_before ? before : after;
-        return to_right ? Edge{p, q, ring, true} : Edge{q, p, ring, true};
+        return to_right ? Slope{p, q, ring, true} : Slope{q, p, ring, true};
     }
 
     /// A ring without area counts as inside of the edges that it lies on.
@@ -309,11 +650,11 @@ private:
             About& ring = about_[static_cast<size_t>(k)];
             const Place& p = place(k, ring.lowest);
             const bool has_area = ring.turn != 0;
-            std::optional<Edge> first = has_area ? lowest_edge(k, true) : std::nullopt;
+            std::optional<Slope> first = has_area ? lowest_edge(k, true) : std::nullopt;
             const bool to_right = first || !has_area;
             if (!to_right)
                 first = lowest_edge(k, false);
-            const std::optional<Edge> below = edge_below(k, p, to_right, [&](const Edge& e) {
+            const std::optional<Slope> below = edge_below(k, p, to_right, [&](const Slope& e) {
                 if (first)
                     return is_below(e, *first);
                 const int turn = side(e.left, e.right, p);
@@ -344,17 +685,41 @@ private:
                 continue;
             const int32_t of_below = below < 0 ? kNone : parents_[static_cast<size_t>(below)];
             parent = of_below >= kNone && about(k).is_in_below ? below : std::max(of_below, kNone);
-            depths_[static_cast<size_t>(k)] = parent < 0 ? 0 : depths_[static_cast<size_t>(parent)] + 1;
+        }
+    }
+
+    /// How many rings each one lies in. Rings that cross may lie in each other: the last one met lies in none then.
+    void count_depths()
+    {
+        constexpr int32_t kUncounted = -1, kCounting = -2;
+        Vector<int32_t> chain;
+        for (size_t k = 0; k < rings_.size(); ++k) {
+            auto i = static_cast<int32_t>(k);
+            for (; i >= 0 && depths_[static_cast<size_t>(i)] == kUncounted; i = parents_[static_cast<size_t>(i)]) {
+                depths_[static_cast<size_t>(i)] = kCounting;
+                chain.push_back(i);
+            }
+            int32_t depth = i < 0 ? -1 : depths_[static_cast<size_t>(i)];
+            if (depth == kCounting) {
+                parents_[static_cast<size_t>(chain.back())] = kNone;
+                depth = -1;
+            }
+            for (; !chain.empty(); chain.pop_back())
+                depths_[static_cast<size_t>(chain.back())] = ++depth;
         }
     }
 
     static constexpr int32_t kRun = 8;
 
     const Rings& rings_;
+    double tolerance_;
     Vector<About> about_;
     Vector<int32_t> parents_, depths_, repeats_;
-    Vector<Run> runs_;  // in the order of the leaves
-    Vector<Box> nodes_; // of the tree over them
+    Vector<Box> boxes_;        // of the runs of all rings
+    Vector<Run> runs_;         // in the order of the leaves
+    Vector<Box> nodes_;        // of the tree over them
+    Vector<Contact> contacts_; // by rings
+    std::optional<Crossing> crossing_;
 };
 
 } // namespace
@@ -362,9 +727,19 @@ private:
 
 using namespace korvale::door;
 
-korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, int32_t* outer, korvale_error* error)
+void korvale_shapes_defaults(korvale_shapes_options* options, size_t size)
+{
+    give_defaults(options, size, korvale_shapes_options{sizeof *options, 0, 0.0});
+}
+
+korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, const korvale_shapes_options* options,
+                              int32_t* outer, korvale_error* error)
 {
     return answer(error, "korvale_shapes", [&] {
+        const korvale_shapes_options how = options_of(options, korvale_shapes_defaults);
+        require_finite(how.tolerance, "options.tolerance");
+        if (how.tolerance < 0.0)
+            throw Refusal("options.tolerance", "be 0 or more", Text() << "it is " << how.tolerance);
         const OutlinesIn in(outlines, count, 0);
         if (count > 0)
             require(outer, "outer");
@@ -374,10 +749,17 @@ korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, int
             largest = std::max(largest, largest_of(in[k]));
             places += in[k].size();
         }
+        const double scale = scale_to_one(largest);
         Rings rings;
         rings.places.reserve(places);
         for (size_t k = 0; k < in.size(); ++k)
-            rings.add(in[k], {0, 1, scale_to_one(largest)});
-        Nesting(rings).find(outer);
+            rings.add(in[k], {0, 1, scale});
+        Nesting nesting(rings, how.tolerance * scale, how.crossing == 0);
+        if (how.crossing == 0)
+            if (const std::optional<Crossing> crossing = nesting.find_crossing())
+                throw Refusal("outlines", "not cross each other",
+                              Text() << "outlines " << crossing->first << " and " << crossing->second << " do, near ("
+                                     << crossing->place.x / scale << ", " << crossing->place.y / scale << ")");
+        nesting.find(outer);
     });
 }

@@ -363,16 +363,31 @@ KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t 
 KORVALE_C_API korvale_status korvale_triangulate(const korvale_points* outlines, int64_t count, int32_t* triangles,
                                                  int64_t room, int64_t* written, korvale_error* error);
 
+/// How outlines are sorted into shapes.
+typedef struct korvale_shapes_options {
+    uint32_t size;    ///< of this struct, in bytes
+    int32_t crossing; ///< 1: outlines that cross each other are sorted all the same; 0: they are refused
+    double tolerance; ///< outlines that lie within it of each other everywhere are one, and what is within it touches
+} korvale_shapes_options;
+
+/// Refuses outlines that cross, tolerance 0.
+KORVALE_C_API void korvale_shapes_defaults(korvale_shapes_options* options, size_t size);
+
 /// Sorts outlines seen from above, along z, into shapes. `outer` [count] is, for an outer outline, its own number, for
 /// a hole that of its outer outline. It is -1 for an outline without points and -2 - m for one that repeats outline m,
 /// the same area whichever way round, and so belongs to no shape.
 ///
 /// An outline inside an even number of others is an outer one, whichever way round it runs; there is no limit to how
 /// deep they nest. Outlines may touch in points and along edges. One without area is where its lowest point is. Of
-/// outlines that cross, some are taken for inside others and some not.
+/// outlines that cross and are sorted all the same, some are taken for inside others and some not.
 ///
-/// Refuses numbers that are not finite.
-KORVALE_C_API korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, int32_t* outer,
+/// With a tolerance an outline that is nearly there twice, as drawings have them, repeats the earlier one, and outlines
+/// cross only where they do by more than that. Without one, what is below a 10^12th of the largest coordinate is
+/// rounding.
+///
+/// Refuses numbers that are not finite, a tolerance below 0, and outlines that cross each other: it names two of them.
+KORVALE_C_API korvale_status korvale_shapes(const korvale_points* outlines, int64_t count,
+                                            const korvale_shapes_options* options, int32_t* outer,
                                             korvale_error* error);
 
 // --- Meshes ----------------------------------------------------------------------------------------------------------

@@ -67,7 +67,7 @@ void shapes(benchmark::State& state)
         outlines.push_back(points_of(line));
     std::vector<int32_t> outer(outlines.size());
     const auto sort = [&] {
-        need(korvale_shapes(outlines.data(), static_cast<int64_t>(outlines.size()), outer.data(), nullptr) ==
+        need(korvale_shapes(outlines.data(), static_cast<int64_t>(outlines.size()), nullptr, outer.data(), nullptr) ==
              KORVALE_OK);
     };
     korvale_offsetter* offsetter = nullptr;

@@ -198,21 +198,23 @@ def outlines(shape: ShapeLike) -> list[Doubles]:
     return [_input.without_repeat(outline) for outline in _input.shape(shape, "outlines", "shape")]
 
 
-def shapes(path: ShapesLike) -> list[list[Doubles]]:
+def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False) -> list[list[Doubles]]:
     """Sorts outlines seen from above into shapes, each a list with an outer outline and its holes.
 
     path: outlines in any order: a list of them, a path of matplotlib, such as that of a text, or of trimesh, polygons
         of Shapely, singly or many at a time.
+    tolerance: an outline that lies within it of an earlier one everywhere, and that one within it of this, is left out:
+        drawings have contours that are nearly there twice. What is within it touches.
+    crossing: outlines that cross each other are sorted all the same. Else they are refused, and two of them are named.
 
     An outline inside an even number of others is an outer one; it does not matter which way round it runs. Outlines may
-    touch, but not cross. One that is there twice, number for number, is taken once; one that is nearly there twice is
-    another outline.
+    touch. One that is there twice, number for number, is taken once.
 
     >>> square = numpy.array([(0, 0), (1, 0), (1, 1), (0, 1)])
     >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]
     [2, 1]
     """
-    return _input.shapes_of(_input.rings(path, "shapes", "path"))
+    return _input.shapes_of(_input.rings(path, "shapes", "path"), tolerance, crossing)
 
 
 def band(

@@ -133,19 +133,21 @@ py::array triangulate_of(const py::list& outlines)
 }
 
 /// For each outline the number of its outer one, as `korvale_shapes` has them.
-py::array shapes_of(const py::list& outlines)
+py::array shapes_of(const py::list& outlines, py::handle tolerance, py::handle crossing)
 {
     const ShapeIn shape(outlines, "shapes", "path");
     std::vector<korvale_points> views;
     for (const PointView& outline : shape.views())
         views.push_back(detail::view_of(outline));
+    const korvale_shapes_options how = {sizeof how, flag_of(crossing, "shapes", "crossing"),
+                                        number_of(tolerance, "shapes", "tolerance")};
     py::array_t<std::int32_t> outer(static_cast<py::ssize_t>(views.size()));
     std::int32_t* const to = outer.mutable_data();
     korvale_error error;
     korvale_status status = KORVALE_OK;
     {
         const Unlocked unlocked(shape.points() >= kLongShape);
-        status = korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), to, &error);
+        status = korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), &how, to, &error);
     }
     detail::check("shapes", status, error);
     return outer;

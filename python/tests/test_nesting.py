@@ -108,6 +108,29 @@ class NestingTest(unittest.TestCase):
             total += len(outlines)
         self.assertGreater(total, 150000)
 
+    def test_refuses_what_overlaps_in_shapely(self):
+        rng = random.Random(1702)
+        refused = 0
+        for case in range(3000):
+            outlines = []
+            while len(outlines) < rng.randrange(2, 5):
+                room = {(x + rng.randrange(3), y + rng.randrange(3)) for x in range(3) for y in range(3)}
+                outline = outline_of(grown(rng, room, rng.randrange(1, 7)))
+                if rng.random() < 0.3:
+                    outline = [(rng.randrange(5), rng.randrange(5)) for _ in range(3)]
+                if outline and shapely.Polygon(outline).area > 0:
+                    outlines.append(outline)
+            polygons = [shapely.Polygon(outline) for outline in outlines]
+            overlap = any(a.overlaps(b) for k, a in enumerate(polygons) for b in polygons[:k])
+            try:
+                korvale.shapes(outlines)
+                crossing = False
+            except korvale.Error:
+                crossing = True
+            self.assertEqual(crossing, overlap, f"case {case}: {outlines}")
+            refused += crossing
+        self.assertTrue(500 < refused < 2500, refused)
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -405,6 +405,19 @@ class SolidTest(RefusingTest):
                                lambda: bad.save(path + ".ply"))
             self.assertEqual(os.listdir(folder), [])
 
+    def test_shapes_take_what_is_nearly_there_twice_once(self):
+        near = SQUARE + 0.001
+        self.assertEqual([len(shape) for shape in korvale.shapes([SQUARE, near, HOLE], tolerance=0.01)], [2])
+        self.assertEqual(korvale.shapes([near, SQUARE], tolerance=0.01)[0][0].tolist(), near.tolist())
+
+    def test_shapes_refuse_what_crosses(self):
+        crossing = [SQUARE, SQUARE + (1, 1, 0)]
+        self.assertRefuses("shapes: outlines must not cross each other, but outlines 0 and 1 do, near (4, 1)",
+                           lambda: korvale.shapes(crossing))
+        self.assertEqual(len(korvale.shapes(crossing, crossing=True)), 1)
+        self.assertRefuses("shapes: tolerance must be 0 or more, but it is -1",
+                           lambda: korvale.shapes([SQUARE], tolerance=-1))
+
     def test_triangles_cover_a_shape_once(self):
         triangles = korvale.triangulate([SQUARE, HOLE[::-1]])
         points = numpy.vstack(korvale.outlines([SQUARE, HOLE[::-1]]))

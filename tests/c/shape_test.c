@@ -46,16 +46,21 @@ static korvale_status sorts_outlines_into_shapes(void)
 {
     korvale_points outlines[4];
     int32_t outer[4] = {-7, -7, -7, -7};
+    korvale_shapes_options options;
     korvale_error error;
     outlines[0] = hole;
     outlines[1] = plate;
     outlines[2] = plate;
     outlines[3] = plate;
     outlines[3].count = 0;
-    TRY_WRITING(outer, korvale_shapes(outlines, 4, outer, &error));
+    TRY_WRITING(outer, korvale_shapes(outlines, 4, NULL, outer, &error));
     CHECK(outer[0] == 1 && outer[1] == 1 && outer[2] == -3 && outer[3] == -1);
-    REFUSE(korvale_shapes(outlines, 4, NULL, &error), KORVALE_BAD_ARGUMENT,
+    REFUSE(korvale_shapes(outlines, 4, NULL, NULL, &error), KORVALE_BAD_ARGUMENT,
            "korvale_shapes: outer must be given, but it is null");
+    korvale_shapes_defaults(&options, sizeof options);
+    options.tolerance = 4;
+    TRY_WRITING(outer, korvale_shapes(outlines, 2, &options, outer, &error));
+    CHECK(outer[0] == 0 && outer[1] == -2);
 done:
     return (korvale_status)error.status;
 }

@@ -17,14 +17,25 @@ using testing::ElementsAre;
 
 using Coordinates = std::vector<double>;
 
-std::vector<int32_t> outer_of(const std::vector<Coordinates>& outlines)
+korvale_shapes_options options_of(double tolerance, int32_t crossing)
 {
+    korvale_shapes_options options;
+    korvale_shapes_defaults(&options, sizeof options);
+    options.tolerance = tolerance;
+    options.crossing = crossing;
+    return options;
+}
+
+std::vector<int32_t> outer_of(const std::vector<Coordinates>& outlines, double tolerance = 0, int32_t crossing = 0)
+{
+    const korvale_shapes_options options = options_of(tolerance, crossing);
     std::vector<korvale_points> views;
     for (const Coordinates& outline : outlines)
         views.push_back(points_of(outline));
     std::vector<int32_t> outer(outlines.size(), -7);
     korvale_error error = {};
-    EXPECT_EQ(korvale_shapes(views.data(), static_cast<int64_t>(views.size()), outer.data(), &error), KORVALE_OK)
+    EXPECT_EQ(korvale_shapes(views.data(), static_cast<int64_t>(views.size()), &options, outer.data(), &error),
+              KORVALE_OK)
         << error.text;
     return outer;
 }
@@ -84,6 +95,78 @@ TEST(Shapes, OneThatIsThereTwiceIsTakenOnce)
     EXPECT_THAT(outer_of({plate, box(0, 0, 8, 8.5), {0, 0, 0, 8, 0, 0, 8, 8, 0}}), ElementsAre(1, 1, 2));
 }
 
+TEST(Shapes, OneThatIsNearlyThereTwiceIsTakenOnceWithinATolerance)
+{
+    const Coordinates plate = box(0, 0, 8, 8), hole = box(2, 2, 4, 4), nearly = box(0.001, -0.001, 7.999, 8.001);
+    EXPECT_THAT(outer_of({plate, hole, nearly}, 0.01), ElementsAre(0, 0, -2));
+    EXPECT_THAT(outer_of({nearly, plate, reversed(nearly), hole}, 0.01), ElementsAre(0, -2, -2, 0));
+    EXPECT_THAT(outer_of({plate, box(0.1, 0.1, 7.9, 7.9)}, 0.01), ElementsAre(0, 0));
+    EXPECT_THAT(outer_of({plate, box(0.25, 0, 8, 8)}, 0.25), ElementsAre(0, -2)); // by just as much
+    EXPECT_THAT(outer_of({plate, box(0.25, 0, 8, 8)}, 0.125), ElementsAre(0, 0));
+    // with more points, and one that differs by a notch only
+    const Coordinates finer = {0, 0.001, 0, 4, -0.001, 0, 8, 0, 0, 8.001, 4, 0, 8, 8, 0, 0, 8, 0, 0.001, 4, 0};
+    const Coordinates notched = {0, 0, 0, 8, 0, 0, 8, 8, 0, 4, 7, 0, 0, 8, 0};
+    EXPECT_THAT(outer_of({plate, finer, notched}, 0.01), ElementsAre(0, -2, 0));
+    EXPECT_THAT(outer_of({notched, plate, finer, notched}, 0.01), ElementsAre(1, 1, -3, -2));
+}
+
+TEST(Shapes, WhatLiesWithinTheToleranceTouches)
+{
+    const Coordinates plate = box(0, 0, 8, 8);
+    for (const double over : {-0.001, 0.0, 0.001}) { // where the hole begins
+        const Coordinates hole = {2, -over, 0, 4, 2, 0, 2, 4, 0};
+        EXPECT_THAT(outer_of({plate, hole}, 0.01), ElementsAre(0, 0)) << over;
+        EXPECT_THAT(outer_of({plate, box(8 - over, 0, 12, 8)}, 0.01), ElementsAre(0, 1)) << over;
+        EXPECT_THAT(outer_of({plate, box(0, 8 - over, 8, 12), box(-1, -1, 13, 13)}, 0.01), ElementsAre(2, 2, 2))
+            << over;
+    }
+}
+
+TEST(Shapes, OutlinesThatCrossAreRefused)
+{
+    const Coordinates plate = box(0, 0, 8, 8), far = box(20, 0, 22, 2);
+    const auto refusal = [&](const std::vector<Coordinates>& outlines, double tolerance) {
+        std::vector<korvale_points> views;
+        for (const Coordinates& outline : outlines)
+            views.push_back(points_of(outline));
+        std::vector<int32_t> outer(outlines.size());
+        const korvale_shapes_options options = options_of(tolerance, 0);
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_shapes(views.data(), static_cast<int64_t>(views.size()), &options, outer.data(), error);
+        });
+    };
+    EXPECT_EQ(refusal({plate, far, box(6, 2, 10, 4)}, 0),
+              "korvale_shapes: outlines must not cross each other, but outlines 0 and 2 do, near (8, 2)");
+    EXPECT_EQ(refusal({box(2, -2, 4, 10), plate}, 0.5), // a cross without a corner of one in the other
+              "korvale_shapes: outlines must not cross each other, but outlines 0 and 1 do, near (4, 0)");
+    EXPECT_THAT(outer_of({plate, box(6, 2, 8.25, 4)}, 0.25), ElementsAre(0, 0));
+    EXPECT_NE(refusal({plate, box(6, 2, 8.25, 4)}, 0.125), "");
+    // through corners of both
+    EXPECT_NE(refusal({plate, {4, 4, 0, 8, 8, 0, 12, 4, 0, 8, 0, 0}}, 0), "");
+    EXPECT_NE(refusal({plate, {8, 0, 0, 12, 4, 0, 0, 8, 0}}, 0), "");
+    EXPECT_THAT(outer_of({plate, box(6, 2, 10, 4)}, 0, 1), ElementsAre(0, 0)); // where it begins
+}
+
+TEST(Shapes, SayWhichTolerancesTheyRefuse)
+{
+    int32_t outer[1];
+    const Coordinates plate = box(0, 0, 8, 8);
+    const korvale_points outline = points_of(plate);
+    for (const auto& [tolerance, given] :
+         {std::pair(-1.0, "be 0 or more, but it is -1"), {NAN, "be finite, but it is nan"}}) {
+        const korvale_shapes_options options = options_of(tolerance, 0);
+        EXPECT_EQ(
+            sentence_of(KORVALE_BAD_ARGUMENT,
+                        [&](korvale_error* error) { return korvale_shapes(&outline, 1, &options, outer, error); }),
+            std::string("korvale_shapes: options.tolerance must ") + given);
+    }
+    korvale_shapes_options options = {77, 77, 77};
+    korvale_shapes_defaults(&options, sizeof options);
+    EXPECT_EQ(options.size, sizeof options);
+    EXPECT_EQ(options.crossing, 0);
+    EXPECT_EQ(options.tolerance, 0);
+}
+
 TEST(Shapes, OutlinesWithoutAreaAreWhereTheyBegin)
 {
     EXPECT_THAT(outer_of({{1, 1, 0}, box(0, 0, 4, 4), {}, {1, 2, 0, 3, 2, 0}, {9, 9, 0, 9, 9, 0}}),
@@ -98,9 +181,9 @@ TEST(Shapes, AreSeenAlongZ)
     const Coordinates plate = box(0, 0, 4, 4);
     const korvale_points outlines[] = {{flat, 4, 0, 2, KORVALE_FLOAT}, points_of(plate)};
     int32_t outer[2];
-    EXPECT_EQ(korvale_shapes(outlines, 2, outer, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_shapes(outlines, 2, nullptr, outer, nullptr), KORVALE_OK);
     EXPECT_THAT(outer, ElementsAre(1, 1));
-    EXPECT_EQ(korvale_shapes(nullptr, 0, nullptr, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_shapes(nullptr, 0, nullptr, nullptr, nullptr), KORVALE_OK);
 }
 
 TEST(Shapes, AreTheSameForAnySize)
@@ -124,7 +207,7 @@ TEST(Shapes, AnyOutlinesGetAnAnswer)
             for (int i = random.between(0, 9); i > 0; --i)
                 outline.insert(outline.end(),
                                {double(random.between(0, steps)), double(random.between(0, steps)), 0.0});
-        const std::vector<int32_t> outer = outer_of(outlines);
+        const std::vector<int32_t> outer = outer_of(outlines, random.one_in(2) ? 0 : steps * 0.01, 1);
         for (size_t k = 0; k < outer.size(); ++k) {
             EXPECT_EQ(outer[k] == -1, outlines[k].empty());
             if (outer[k] == -1)
@@ -146,7 +229,7 @@ TEST(Shapes, SayWhatTheyRefuse)
     int32_t outer[2] = {-7, -7};
     const auto text = [&](const korvale_points* from, int64_t count, int32_t* to) {
         return sentence_of(KORVALE_BAD_ARGUMENT,
-                           [&](korvale_error* error) { return korvale_shapes(from, count, to, error); });
+                           [&](korvale_error* error) { return korvale_shapes(from, count, nullptr, to, error); });
     };
     EXPECT_EQ(text(outlines, 2, outer), "korvale_shapes: outline 1 must be finite, but its point 1 is (4, inf, 0)");
     EXPECT_EQ(text(outlines, -1, outer), "korvale_shapes: count must be 0 or more, but it is -1");
@@ -160,10 +243,11 @@ TEST(Shapes, SayWhenTheHeapIsExhausted)
     NEEDS_HEAP_FAILURES();
     const Coordinates plate = box(0, 0, 8, 8), hole = box(2, 2, 4, 4);
     const korvale_points outlines[] = {points_of(plate), points_of(hole), points_of(plate)};
+    const korvale_shapes_options options = options_of(0.5, 0);
     const int64_t failed = fail_each_allocation([&](int64_t) {
         korvale_error error = {};
         int32_t outer[3] = {-7, -7, -7};
-        if (korvale_shapes(outlines, 3, outer, &error) == KORVALE_OK) {
+        if (korvale_shapes(outlines, 3, &options, outer, &error) == KORVALE_OK) {
             EXPECT_THAT(outer, ElementsAre(0, 0, -2));
         } else {
             EXPECT_STREQ(error.text, "korvale_shapes: the heap is exhausted");

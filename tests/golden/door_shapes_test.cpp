@@ -59,7 +59,10 @@ TEST(Golden, DoorShapes)
             views.push_back(
                 {&boxes[static_cast<size_t>(8 * k)], random.between(0, 9) == 0 ? 0 : 4, 0, 2, KORVALE_DOUBLE});
         std::vector<int32_t> outer(static_cast<size_t>(n));
-        hash.add(korvale_shapes(views.data(), n, outer.data(), nullptr)).add(outer.data(), n);
+        korvale_shapes_options options;
+        korvale_shapes_defaults(&options, sizeof options);
+        options.crossing = 1;
+        hash.add(korvale_shapes(views.data(), n, &options, outer.data(), nullptr)).add(outer.data(), n);
     }
     EXPECT_EQ(hash.value(), 0xc3e015dba4fa340bu);
 }

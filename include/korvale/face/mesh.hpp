@@ -144,15 +144,22 @@ inline std::vector<Triangle> triangulate(AnyShape outlines)
     return try_triangulate(outlines.view()).value();
 }
 
+/// How `shapes` works.
+struct ShapesOptions {
+    double tolerance = 0.0; ///< outlines that lie within it of each other everywhere are one
+    bool crossing = false;  ///< outlines that cross each other are sorted all the same, instead of refused
+};
+
 /// `shapes`, telling of failures by its result.
-inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outlines)
+inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outlines, const ShapesOptions& options = {})
 {
     return detail::within_memory("shapes", [&]() -> Result<std::vector<std::vector<std::size_t>>> {
         const std::vector<korvale_points> views = detail::views_of(outlines);
         std::vector<std::int32_t> outer(views.size());
+        const korvale_shapes_options how = {sizeof how, options.crossing, options.tolerance};
         korvale_error error;
         if (const korvale_status status =
-                korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), outer.data(), &error);
+                korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), &how, outer.data(), &error);
             status != KORVALE_OK)
             return Failure("shapes", status, error);
         std::vector<std::vector<std::size_t>> shapes;
@@ -173,16 +180,19 @@ inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outl
 /// Sorts outlines seen from above, along z, into shapes: numbers of outlines, that of an outer one first and then those
 /// of its holes.
 ///
-/// An outline inside an even number of others is an outer one, whichever way round it runs. Outlines may touch, but not
-/// cross. One that is there twice is taken once, and one without points is left out.
+/// An outline inside an even number of others is an outer one, whichever way round it runs. Outlines may touch. One
+/// that is there twice, or nearly so with a tolerance, is taken once, and one without points is left out.
 ///
 /// ```
 /// for (const std::vector<std::size_t>& shape : korvale::shapes(letter))
 ///     draw(letter[shape[0]], shape.size() - 1);
 /// ```
-inline std::vector<std::vector<std::size_t>> shapes(AnyOutlines outlines)
+///
+/// Throws `Error` for numbers that are not finite, a tolerance below 0, and outlines that cross by more than the
+/// tolerance, unless they are sorted all the same.
+inline std::vector<std::vector<std::size_t>> shapes(AnyOutlines outlines, const ShapesOptions& options = {})
 {
-    return try_shapes(outlines.view()).value();
+    return try_shapes(outlines.view(), options).value();
 }
 
 /// One layer of a bevel.
