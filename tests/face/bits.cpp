@@ -145,8 +145,10 @@ void scatter(Random& random, Hash& hash)
     std::vector<double> heights(points.size());
     for (double& height : heights)
         height = random.number(9);
+    std::vector<Triangle> surface = triangles(random, n, n);
+    surface[0] = {0, 1, 2}; // others may have no area
     const korvale::Scattered made =
-        korvale::scatter(points, triangles(random, n, n), 40, static_cast<unsigned>(random.below(1000)), heights);
+        korvale::scatter(points, surface, 40, static_cast<unsigned>(random.below(1000)), heights);
     hash.all(made.points);
     hash.all(made.attributes);
     hash.all(made.triangles);
@@ -219,11 +221,13 @@ void equations(Random& random, Hash& hash)
 
 void relaxation(Random& random, Hash& hash)
 {
-    const int n = 4 + random.below(20);
+    const int n = 5 + random.below(20);
     std::vector<Point> points = random.points(n, 5);
-    std::vector<Triangle> faces;
-    for (int i = 1; i + 1 < n; ++i)
-        faces.push_back({0, i, i + 1});
+    std::vector<Triangle> faces; // two tips over a ring
+    for (int i = 2; i < n; ++i) {
+        const int next = i + 1 < n ? i + 1 : 2;
+        faces.insert(faces.end(), {{0, i, next}, {1, next, i}});
+    }
     korvale::Relaxer relaxer(points, faces);
     relaxer.keep("lengths").keep("angles", 0.25).keep("area", 0.001).keep("volume", 0.001);
     std::vector<std::uint8_t> held(points.size());
