@@ -529,6 +529,8 @@ private:
     {
         const Edge e = plain_edge(contacts[0].ring, contacts[0].edge);
         const Place along = e.to - e.from;
+        if (!(dot(along, along) > 0.0))
+            return {}; // a point that is there twice
         Vector<Edge> others;
         Vector<double> shares = {0.0, 1.0};
         for (const Contact& c : contacts) {

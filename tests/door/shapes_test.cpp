@@ -78,6 +78,16 @@ TEST(Shapes, OutlinesMayTouch)
         EXPECT_THAT(outer_of({plate, beside}), ElementsAre(0, 1));
 }
 
+TEST(Shapes, MayTouchAtPointsThatAreThereTwice)
+{
+    const Coordinates plate = {0, 0, 0, 0, 0, 0, 8, 0, 0, 8, 8, 0, 0, 8, 0},
+                      hole = {0, 0, 0, 0, 0, 0, 6, 3, 0, 3, 6, 0};
+    for (const double tolerance : {0.0, 0.5}) {
+        EXPECT_THAT(outer_of({plate, hole}, tolerance), ElementsAre(0, 0));
+        EXPECT_THAT(outer_of({hole, reversed(plate)}, tolerance), ElementsAre(1, 1));
+    }
+}
+
 TEST(Shapes, WhatFillsANotchIsBesideIt)
 {
     const Coordinates notched = {0, 0, 0, 8, 0, 0, 8, 8, 0, 4, 2, 0, 0, 8, 0}, wedge = {0, 8, 0, 4, 2, 0, 8, 8, 0};
