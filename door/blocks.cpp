@@ -201,7 +201,6 @@ public:
 
     /// Runs all rows.
     void run(const Telling& telling);
-    void finish(int64_t rows, int64_t n);
 
 private:
     /// What is known of a variable.
@@ -228,6 +227,7 @@ private:
     void load_columns(int64_t row, int64_t n);
     void run_step(const Step& step, int64_t row, int64_t n);
     void write_outputs(int64_t row, int64_t n);
+    void finish(int64_t rows, int64_t n);
 
     EquationSystem& es_;
     std::span<const Column> columns_;
