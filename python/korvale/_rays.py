@@ -144,8 +144,7 @@ class RayGrid:
         A ray from such a point meets an odd number of triangles. A ray that comes within 1e-09 of an edge, as a weight
         of a corner, is not trusted, and up to four others are cast; the last is taken as it is. Points on the surface
         come out either way. A mesh with open edges, each that of an odd number of triangles, is refused.
-        progress: see `Relaxer.run`; it is told of the points done, and those that are not reached
-        are False.
+        progress: see `Relaxer.run`; it is told of the points done, and those that are not reached are False.
         """
         name = "RayGrid.contains"
         at = _input.finite(_input.points(points, name, "points"), name, "points")
