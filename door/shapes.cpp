@@ -8,9 +8,9 @@
 // smaller ones more. Of two that are equal nothing would be left, so one that repeats another is left out first. No
 // comparison rounds.
 //
-// Outlines cross where edges do, or where pieces of edges that touch another outline lie on both sides of it. With a
-// tolerance whatever is within it of an outline lies on it, and one that touches others is put where a corner of it is
-// that lies on none.
+// Outlines cross where edges do, or where pieces of edges that touch another outline lie on both sides of it. Whatever
+// is within the tolerance of an outline, or rounding, lies on it. Of edges that touch but for that the nearest may be
+// the wrong one, so an outline that touches others, or is above one that does, is put by a place well inside of it.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -48,7 +48,7 @@ struct Crossing {
 
 class Nesting {
 public:
-    Nesting(const Rings& rings, double tolerance, bool wants_crossings)
+    Nesting(const Rings& rings, double tolerance)
         : rings_(rings), tolerance_(tolerance), about_(rings.size()), parents_(rings.size(), kUnknown),
           depths_(rings.size(), -1), repeats_(rings.size(), -1)
     {
@@ -58,8 +58,7 @@ public:
         if (tolerance_ > 0.0)
             find_near_repeats();
         grow_tree();
-        if (tolerance_ > 0.0 || wants_crossings)
-            find_contacts();
+        find_contacts();
     }
 
     /// The two rings with the least numbers that cross.
@@ -75,9 +74,8 @@ public:
     /// For each ring its outer one, -1 where it has no places, and -2 - m where it repeats ring m.
     void find(int32_t* outer)
     {
-        if (tolerance_ > 0.0)
-            place_by_free_corners();
         look_below();
+        place_by_insides();
         for (size_t k = 0; k < rings_.size(); ++k)
             put(static_cast<int32_t>(k));
         count_depths();
@@ -377,10 +375,9 @@ private:
 
     // --- Contacts ----------------------------------------------------------------------------------------------------
 
-    /// An edge of a ring that comes within the tolerance of another ring, and which of its ends do.
+    /// An edge of a ring that comes within the tolerance of another ring.
     struct Contact {
         int32_t ring, other, edge, other_edge;
-        bool is_start_on, is_end_on;
     };
 
     /// Lengths that count as nothing.
@@ -443,12 +440,10 @@ private:
             note_crossing(ring, other, e.from + cross(f.from - e.from, across) / cross(along, across) * along);
             return;
         }
-        const bool starts = is_on(f, e.from), ends = is_on(f, e.to), other_starts = is_on(e, f.from),
-                   other_ends = is_on(e, f.to);
-        if (!starts && !ends && !other_starts && !other_ends)
+        if (!is_on(f, e.from) && !is_on(f, e.to) && !is_on(e, f.from) && !is_on(e, f.to))
             return;
-        contacts_.push_back({ring, other, i, k, starts, ends});
-        contacts_.push_back({other, ring, k, i, other_starts, other_ends});
+        contacts_.push_back({ring, other, i, k});
+        contacts_.push_back({other, ring, k, i});
     }
 
     /// Looks at all runs that come near each other, each two once: nodes of one height below the tree's root, in pairs.
@@ -573,27 +568,62 @@ private:
         }
     }
 
-    /// Puts rings that touch others where a corner of them is that touches none.
-    void place_by_free_corners()
+    /// Puts rings that touch others, and those above one that does, where a place inside of them is.
+    void place_by_insides()
     {
-        Vector<uint8_t> is_touched(rings_.places.size(), 0);
-        const auto number = [&](int32_t ring, int32_t i) {
-            return static_cast<size_t>(&place(ring, i) - rings_.places.data());
-        };
-        for (const Contact& c : contacts_) {
-            is_touched[number(c.ring, c.edge)] |= c.is_start_on;
-            is_touched[number(c.ring, c.edge + 1 < size(c.ring) ? c.edge + 1 : 0)] |= c.is_end_on;
+        Vector<uint8_t> touches(rings_.size(), 0);
+        for (const Contact& c : contacts_)
+            touches[static_cast<size_t>(c.ring)] = 1;
+        for (int32_t k = 0; k < static_cast<int32_t>(rings_.size()); ++k) {
+            const int32_t below = about(k).below;
+            if (about(k).turn != 0 && repeats_[static_cast<size_t>(k)] < 0 &&
+                (touches[static_cast<size_t>(k)] != 0 || (below >= 0 && touches[static_cast<size_t>(below)] != 0)))
+                place_by(k, place_inside(k));
         }
-        for (size_t i = 0; i < contacts_.size(); ++i) {
-            const int32_t ring = contacts_[i].ring;
-            if (i > 0 && contacts_[i - 1].ring == ring)
-                continue;
-            for (int32_t k = 0; k < size(ring); ++k)
-                if (!is_touched[number(ring, k)]) {
-                    place_by(ring, place(ring, k));
-                    break;
-                }
-        }
+    }
+
+    /// A stretch across a ring that is inside of it, and how high the strip is in which it meets no corner.
+    struct Stretch {
+        Place middle;
+        double width, height;
+
+        double room() const { return std::min(width, height); }
+    };
+
+    /// The widest one at a height.
+    Stretch stretch_at(int32_t ring, double y, double height) const
+    {
+        Vector<double> ends;
+        for (int32_t i = 0; i < size(ring); ++i)
+            if (const auto [from, to] = plain_edge(ring, i); (from.y <= y) != (to.y <= y))
+                ends.push_back(from.x + (y - from.y) / (to.y - from.y) * (to.x - from.x));
+        std::ranges::sort(ends);
+        Stretch widest = {place(ring, about(ring).lowest), 0.0, height};
+        for (size_t i = 0; i + 1 < ends.size(); i += 2)
+            if (const double width = ends[i + 1] - ends[i]; width > widest.width)
+                widest = {{ends[i] + 0.5 * width, y}, width, height};
+        return widest;
+    }
+
+    /// A place well inside a ring: in the widest of the stretches through the highest strips between its corners.
+    Place place_inside(int32_t ring) const
+    {
+        constexpr size_t kStrips = 4;
+        Vector<double> heights;
+        for (const Place& p : rings_[static_cast<size_t>(ring)])
+            heights.push_back(p.y);
+        std::ranges::sort(heights);
+        Vector<std::pair<double, double>> strips; // how high, and from where
+        for (size_t i = 1; i < heights.size(); ++i)
+            strips.emplace_back(heights[i] - heights[i - 1], heights[i - 1]);
+        const auto last = strips.begin() + static_cast<ptrdiff_t>(std::min(kStrips, strips.size()));
+        std::ranges::partial_sort(strips, last, std::ranges::greater());
+        Stretch best = {place(ring, about(ring).lowest), 0.0, 0.0};
+        for (auto strip = strips.begin(); strip != last; ++strip)
+            if (const Stretch s = stretch_at(ring, strip->second + 0.5 * strip->first, strip->first);
+                s.room() > best.room())
+                best = s;
+        return best.middle;
     }
 
     /// Puts a ring into the smallest of those that go round a place.
@@ -609,7 +639,8 @@ private:
             if (node < nodes_.size() / 2) {
                 waiting[n++] = 2 * node + 1;
                 waiting[n++] = 2 * node;
-            } else if (const Run& run = runs_[node - nodes_.size() / 2]; run.ring != ring) {
+            } else if (const Run& run = runs_[node - nodes_.size() / 2];
+                       run.ring != ring && about(run.ring).box.holds(p)) {
                 for_each_below(run.ring, run.first, p, [&] { below.push_back(run.ring); });
             }
         }
@@ -756,7 +787,7 @@ korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, con
         rings.places.reserve(places);
         for (size_t k = 0; k < in.size(); ++k)
             rings.add(in[k], {0, 1, scale});
-        Nesting nesting(rings, how.tolerance * scale, how.crossing == 0);
+        Nesting nesting(rings, how.tolerance * scale);
         if (how.crossing == 0)
             if (const std::optional<Crossing> crossing = nesting.find_crossing())
                 throw Refusal("outlines", "not cross each other",

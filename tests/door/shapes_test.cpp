@@ -88,6 +88,35 @@ TEST(Shapes, MayTouchAtPointsThatAreThereTwice)
     }
 }
 
+TEST(Shapes, MayTouchButForRounding)
+{
+    Random random(2214);
+    for (int round = 0; round < rounds(300); ++round) {
+        const double c = std::cos(0.01 * round), s = std::sin(0.01 * round);
+        const auto tile = [&](double x0, double y0, double x1, double y1) {
+            Coordinates turned;
+            const double corners[][2] = {{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}};
+            for (int i = 0; i < 4; ++i) {
+                const double *const a = corners[i], *const b = corners[(i + 1) % 4];
+                for (double share : {0.0, random.one_in(3) ? 1 / 3.0 : 0.0}) {
+                    const double x = a[0] + share * (b[0] - a[0]), y = a[1] + share * (b[1] - a[1]);
+                    turned.insert(turned.end(), {c * x - s * y, s * x + c * y, 0});
+                }
+            }
+            return random.one_in(2) ? reversed(turned) : turned;
+        };
+        std::vector<Coordinates> outlines = {tile(-9, -9, 9, 9)};
+        for (int i = 0; i < 25; ++i)
+            outlines.push_back(tile(i % 5, i / 5, i % 5 + 1, i / 5 + 1));
+        outlines.push_back(tile(2.25, 2.25, 2.75, 2.75));
+        std::vector<int32_t> expected(26, 0);
+        expected.push_back(26);
+        for (const double tolerance : {0.0, 0.001})
+            for (const int32_t crossing : {0, 1})
+                ASSERT_EQ(outer_of(outlines, tolerance, crossing), expected) << "round " << round;
+    }
+}
+
 TEST(Shapes, WhatFillsANotchIsBesideIt)
 {
     const Coordinates notched = {0, 0, 0, 8, 0, 0, 8, 8, 0, 4, 2, 0, 0, 8, 0}, wedge = {0, 8, 0, 4, 2, 0, 8, 8, 0};
