@@ -255,7 +255,8 @@ typedef struct korvale_border_arrays {
 /// The arrays, in memory of the borders that is good until they are released; all zero of null.
 KORVALE_C_API korvale_border_arrays korvale_borders_view(const korvale_borders* borders);
 
-/// Hands the arrays over: each is the caller's, to be released with `free`, and there are no borders any more.
+/// Hands the arrays over: each is the caller's, to be released with `free`. The handle has no borders any more, and is
+/// still to be released.
 KORVALE_C_API korvale_border_arrays korvale_borders_take(korvale_borders* borders);
 
 /// Releases borders.
