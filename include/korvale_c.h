@@ -355,8 +355,8 @@ KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t 
 
 /// Cuts a planar outline with holes into triangles: n + 2 k - 4 of them for n points in k outlines. They number the
 /// points of all outlines in their order and run counter-clockwise where the outer outline does, whichever way round
-/// the others run. Holes may touch each other and the outer outline, at points and along edges; where outlines cross, if
-/// by rounding alone, triangles may overlap. Some have no area where outlines touch, repeat points or turn back on
+/// the others run. Holes may touch each other and the outer outline, at points and along edges; where outlines cross,
+/// if by rounding alone, triangles may overlap. Some have no area where outlines touch, repeat points or turn back on
 /// themselves.
 ///
 /// `triangles` has room for `room` triangles of three numbers; `*written` is how many there are.
