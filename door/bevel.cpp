@@ -70,9 +70,9 @@ bool does_cross_itself(std::span<const Place> ring)
 
 class Bevel {
 public:
-    Bevel(std::span<const Outline> outlines, bool split, korvale_mesh& mesh)
-        : outlines_(outlines), split_(split), mesh_(mesh), borders_(outlines.size()), seen_(seen_upright(outlines[0])),
-          rings_(rings_of(outlines, seen_)), points_(rings_.places.size())
+    Bevel(std::span<const Outline> outlines, bool split, korvale_mesh& mesh, const Telling& telling)
+        : outlines_(outlines), split_(split), mesh_(mesh), telling_(telling), borders_(outlines.size()),
+          seen_(seen_upright(outlines[0])), rings_(rings_of(outlines, seen_)), points_(rings_.places.size())
     {
     }
 
@@ -82,7 +82,9 @@ public:
         const auto [inmost, outmost] =
             std::ranges::minmax_element(profile, {}, [](const korvale_bevel_step& step) { return step.distance; });
         Range range;
-        build(profile, range);
+        build(profile, range, telling_.part(0.0, 0.5));
+        telling_.tell(0.5);
+        now_ = telling_.part(0.5, 0.0);
         const bool is_held_inwards = inmost->distance < 0.0 && !is_sound(step_number(profile, *inmost));
         const bool is_held_outwards = outmost->distance > 0.0 && !is_sound(step_number(profile, *outmost));
         if (!is_held_inwards && !is_held_outwards)
@@ -91,7 +93,7 @@ public:
             range.inwards = find_most(inmost->distance);
         if (is_held_outwards)
             range.outwards = find_most(outmost->distance);
-        build(profile, range);
+        build(profile, range, telling_.part(0.75, 0.25));
     }
 
 private:
@@ -105,14 +107,18 @@ private:
     }
 
     /// Makes a layer for each step, none of them out of the range, and closes the first and the last.
-    void build(std::span<const korvale_bevel_step> profile, const Range& range)
+    void build(std::span<const korvale_bevel_step> profile, const Range& range, const Telling& telling)
     {
+        const double share = 1.0 / static_cast<double>(profile.size());
         mesh_.points.clear();
         mesh_.triangles.clear();
         mesh_.reached.clear();
         for (size_t i = 0; i < profile.size(); ++i) {
             const double distance = std::clamp(profile[i].distance, range.inwards, range.outwards);
             const korvale_bevel_step step = {distance, profile[i].height};
+            const double before = static_cast<double>(i) * share;
+            telling.tell(before);
+            now_ = telling.part(before, 0.0);
             move(step, split_);
             if (!split_ && !is_sound_without_splits())
                 move(step, true);
@@ -122,11 +128,11 @@ private:
             add_layer();
             mesh_.reached.push_back(distance);
             if (i == 0) {
-                first_cap_ = cut(layer(0), rings_);
+                first_cap_ = cut(layer(0), rings_, now_);
                 add_cap(first_cap_, true);
             }
         }
-        last_cap_ = cut(layer(profile.size() - 1), rings_);
+        last_cap_ = cut(layer(profile.size() - 1), rings_, now_);
         add_cap(last_cap_, false);
     }
 
@@ -144,7 +150,7 @@ private:
 
     void move(const korvale_bevel_step& step, bool split)
     {
-        sweep_.move(outlines_, {step.distance, step.height, true, split}, borders_);
+        sweep_.move(outlines_, {step.distance, step.height, true, split, now_}, borders_);
     }
 
     bool are_finite() const
@@ -221,7 +227,7 @@ private:
             return is_sound(rings, first_cap_);
         return step + 1 == mesh_.reached.size() ? is_sound(rings, last_cap_) : is_sound(rings);
     }
-    bool is_sound(const Rings& rings) const { return is_sound(rings, cut(rings, rings_)); }
+    bool is_sound(const Rings& rings) const { return is_sound(rings, cut(rings, rings_, now_)); }
 
     static bool is_sound(const Rings& rings, const Vector<Triangle>& cap)
     {
@@ -233,6 +239,8 @@ private:
     std::span<const Outline> outlines_;
     bool split_;
     korvale_mesh& mesh_;
+    Telling telling_;
+    Telling now_; // tells how far the whole has come, while a part of it is made
     Sweep sweep_;
     Vector<Border> borders_; // of the latest layer
     Seen seen_;              // from where the outer outline runs counter-clockwise
@@ -269,7 +277,7 @@ using namespace korvale::door;
 
 void korvale_bevel_defaults(korvale_bevel_options* options, size_t size)
 {
-    give_defaults(options, size, korvale_bevel_options{sizeof *options, 1});
+    give_defaults(options, size, korvale_bevel_options{sizeof *options, 1, nullptr, nullptr});
 }
 
 korvale_status korvale_bevel(const korvale_points* outlines, int64_t count, const korvale_bevel_step* profile,
@@ -295,7 +303,7 @@ korvale_status korvale_bevel(const korvale_points* outlines, int64_t count, cons
         Handle<korvale_mesh> made(make_handle<korvale_mesh>());
         (*made).points.reserve(static_cast<size_t>(steps * points));
         (*made).triangles.reserve(2 * static_cast<size_t>(steps * points + 2 * count));
-        Bevel(views, how.split != 0, *made).run({profile, static_cast<size_t>(steps)});
+        Bevel(views, how.split != 0, *made, {how.progress, how.user}).run({profile, static_cast<size_t>(steps)});
         weld(*made);
         turn_outwards(*made);
         *mesh = made.release();

@@ -54,15 +54,18 @@ public:
             add_ring(k == 0 ? 0 : rings.ends[k - 1], rings.ends[k], k > 0);
     }
 
-    void run()
+    void run(const Telling& telling)
     {
         std::ranges::sort(events_, [&](int32_t a, int32_t b) {
             if (place(a) != place(b))
                 return is_before(place(a), place(b));
             return begins(a) == begins(b) ? a < b : begins(b); // what a hole that begins there may be joined to
         });
-        for (size_t i = 0; i < events_.size(); ++i)
+        Asking asking(telling, kQuestion);
+        for (size_t i = 0; i < events_.size(); ++i) {
             meet(i);
+            asking.step(static_cast<double>(i) / static_cast<double>(events_.size()));
+        }
     }
 
 private:
@@ -215,6 +218,7 @@ private:
     }
 
     static constexpr int32_t kMostAtOnePlace = 64;
+    static constexpr int32_t kQuestion = 1024; // corners between two questions whether to go on
 
     const Vector<Place>& places_;
     Corners& corners_;
@@ -232,9 +236,9 @@ private:
 
 } // namespace
 
-void join_holes(const Rings& rings, Corners& corners)
+void join_holes(const Rings& rings, Corners& corners, const Telling& telling)
 {
-    BridgeBuilder(rings, corners).run();
+    BridgeBuilder(rings, corners).run(telling);
 }
 
 } // namespace korvale::door

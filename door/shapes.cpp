@@ -48,9 +48,9 @@ struct Crossing {
 
 class Nesting {
 public:
-    Nesting(const Rings& rings, double tolerance)
-        : rings_(rings), tolerance_(tolerance), about_(rings.size()), parents_(rings.size(), kUnknown),
-          depths_(rings.size(), -1), repeats_(rings.size(), -1)
+    Nesting(const Rings& rings, double tolerance, const Telling& telling)
+        : rings_(rings), tolerance_(tolerance), telling_(telling), about_(rings.size()),
+          parents_(rings.size(), kUnknown), depths_(rings.size(), -1), repeats_(rings.size(), -1)
     {
         for (size_t k = 0; k < rings_.size(); ++k)
             measure(k);
@@ -64,7 +64,9 @@ public:
     /// The two rings with the least numbers that cross.
     std::optional<Crossing> find_crossing()
     {
+        Asking asking(telling_.part(0.5, 0.2), kQuestion);
         for (size_t first = 0, end = 0; first < contacts_.size(); first = end) {
+            asking.step(static_cast<double>(first) / static_cast<double>(contacts_.size()));
             end = end_of_pair(first);
             compare_sides(std::span(contacts_).subspan(first, end - first));
         }
@@ -242,7 +244,9 @@ private:
                 cells.push_back(cell_of(k));
         Vector<Cell> sorted = cells;
         std::ranges::sort(sorted);
+        Asking asking(telling_.part(0.0, 0.2), 1);
         for (const Cell& cell : cells) {
+            asking.step(static_cast<double>(&cell - cells.data()) / static_cast<double>(cells.size()));
             std::optional<EdgeTree> edges;
             for (const double x : {-1.0, 0.0, 1.0}) {
                 const Cell low = {cell.x + x, cell.y - 1, 0}, high = {cell.x + x, cell.y + 1, cell.ring};
@@ -455,9 +459,14 @@ private:
             if (nodes_[a].low_x <= nodes_[a].high_x && widened(nodes_[a]).meets(nodes_[b]))
                 waiting.emplace_back(a, b);
         };
+        Asking asking(telling_.part(0.2, 0.3), kQuestion);
+        double done = 0.0; // leaves are paired with themselves from the last to the first
         while (!waiting.empty()) {
             const auto [a, b] = waiting.back();
             waiting.pop_back();
+            if (a >= leaves && a == b)
+                done = 1.0 - static_cast<double>(a - leaves) / static_cast<double>(leaves);
+            asking.step(done);
             if (a < leaves) {
                 wait(2 * a, 2 * b);
                 wait(2 * a, 2 * b + 1);
@@ -574,7 +583,9 @@ private:
         Vector<uint8_t> touches(rings_.size(), 0);
         for (const Contact& c : contacts_)
             touches[static_cast<size_t>(c.ring)] = 1;
+        Asking asking(telling_.part(0.9, 0.1), kQuestion);
         for (int32_t k = 0; k < static_cast<int32_t>(rings_.size()); ++k) {
+            asking.step(static_cast<double>(k) / static_cast<double>(rings_.size()));
             const int32_t below = about(k).below;
             if (about(k).turn != 0 && repeats_[static_cast<size_t>(k)] < 0 &&
                 (touches[static_cast<size_t>(k)] != 0 || (below >= 0 && touches[static_cast<size_t>(below)] != 0)))
@@ -677,7 +688,9 @@ private:
     /// A ring without area counts as inside of the edges that it lies on.
     void look_below()
     {
+        Asking asking(telling_.part(0.7, 0.2), kQuestion);
         for (int32_t k = 0; k < static_cast<int32_t>(rings_.size()); ++k) {
+            asking.step(static_cast<double>(k) / static_cast<double>(rings_.size()));
             if (size(k) == 0 || repeats_[static_cast<size_t>(k)] >= 0)
                 continue;
             About& ring = about_[static_cast<size_t>(k)];
@@ -743,9 +756,11 @@ private:
     }
 
     static constexpr int32_t kRun = 8;
+    static constexpr int32_t kQuestion = 256; // steps between two questions whether to go on
 
     const Rings& rings_;
     double tolerance_;
+    Telling telling_;
     Vector<About> about_;
     Vector<int32_t> parents_, depths_, repeats_;
     Vector<Box> boxes_;        // of the runs of all rings
@@ -762,7 +777,7 @@ using namespace korvale::door;
 
 void korvale_shapes_defaults(korvale_shapes_options* options, size_t size)
 {
-    give_defaults(options, size, korvale_shapes_options{sizeof *options, 0, 0.0});
+    give_defaults(options, size, korvale_shapes_options{sizeof *options, 0, 0.0, nullptr, nullptr});
 }
 
 korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, const korvale_shapes_options* options,
@@ -787,7 +802,7 @@ korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, con
         rings.places.reserve(places);
         for (size_t k = 0; k < in.size(); ++k)
             rings.add(in[k], {0, 1, scale});
-        Nesting nesting(rings, how.tolerance * scale);
+        Nesting nesting(rings, how.tolerance * scale, {how.progress, how.user});
         if (how.crossing == 0)
             if (const std::optional<Crossing> crossing = nesting.find_crossing())
                 throw Refusal("outlines", "not cross each other",

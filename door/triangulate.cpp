@@ -198,14 +198,17 @@ public:
     }
 
     /// Bridges of no length are clipped first: they would hide the corners that they belong to.
-    Vector<Triangle> run(bool has_bridges)
+    Vector<Triangle> run(bool has_bridges, const Telling& telling)
     {
+        const double most = left_;
+        Asking asking(telling, kQuestion);
         Vector<Triangle> triangles;
         triangles.reserve(static_cast<size_t>(std::max(0, left_ - 2)));
         const auto clip = [&](int32_t i) {
             triangles.push_back({number(before(i)), number(i), number(after(i))});
             take_out(i);
             --left_;
+            asking.step(1.0 - left_ / most);
         };
         for (int32_t i = 0; has_bridges && i < corners_.size() && left_ >= 3; ++i)
             if (place(i) == place(after(i)))
@@ -337,6 +340,8 @@ private:
         }
     }
 
+    static constexpr int32_t kQuestion = 1024; // ears between two questions whether to go on
+
     Corners corners_;
     Vector<Place> places_;
     NumberSet may_be_ear_, flat_;
@@ -432,19 +437,21 @@ int turn_of(std::span<const Place> ring)
     return side(ring[before], ring[least], ring[after]);
 }
 
-Vector<Triangle> cut(const Rings& rings)
+Vector<Triangle> cut(const Rings& rings, const Telling& telling)
 {
-    return cut(rings, rings);
+    return cut(rings, rings, telling);
 }
 
-Vector<Triangle> cut(const Rings& rings, const Rings& like)
+Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telling)
 {
     Corners corners = corners_of(rings, like);
-    if (rings.ends.size() > 1) {
-        join_holes(rings, corners);
+    const bool has_holes = rings.size() > 1;
+    const double of_bridges = has_holes ? 0.25 : 0.0;
+    if (has_holes) {
+        join_holes(rings, corners, telling.part(0.0, of_bridges));
         corners = in_order(corners);
     }
-    return Clipper(rings.places, std::move(corners)).run(rings.size() > 1);
+    return Clipper(rings.places, std::move(corners)).run(has_holes, telling.part(of_bridges, 1.0 - of_bridges));
 }
 
 // --- Planes ----------------------------------------------------------------------------------------------------------
@@ -498,7 +505,7 @@ Seen seen_upright(std::span<const Point> outline)
 using namespace korvale::door;
 
 korvale_status korvale_triangulate(const korvale_points* outlines, int64_t count, int32_t* triangles, int64_t room,
-                                   int64_t* written, korvale_error* error)
+                                   int64_t* written, korvale_progress progress, void* user, korvale_error* error)
 {
     return answer(error, "korvale_triangulate", [&] {
         const OutlinesIn in(outlines, count, 3);
@@ -510,7 +517,7 @@ korvale_status korvale_triangulate(const korvale_points* outlines, int64_t count
         if (room < n)
             throw Refusal("room", Text() << "be at least " << n, Text() << "it is " << room);
         require(triangles, "triangles");
-        for (const Triangle& t : cut(rings))
+        for (const Triangle& t : cut(rings, Telling{progress, user}))
             triangles = std::copy(t.begin(), t.end(), triangles);
         *written = n;
     });

@@ -5,20 +5,31 @@
 namespace korvale::door {
 namespace {
 
+/// Points between two questions whether to go on.
+constexpr size_t kQuestion = 16384;
+
 /// Rings of `section` along a path, joined by strips.
-void add_wall(korvale_mesh& mesh, std::span<const Point> path, std::span<const Point> section, bool closed, bool turned)
+void add_wall(korvale_mesh& mesh, std::span<const Point> path, std::span<const Point> section, bool closed, bool turned,
+              const Telling& telling)
 {
+    const auto each = static_cast<int32_t>(std::max<size_t>(1, kQuestion / section.size()));
+    const auto share = [&](size_t i) { return static_cast<double>(i) / static_cast<double>(path.size()); };
+    Asking moving(telling.part(0.0, 0.5), each), joining(telling.part(0.5, 0.5), each);
     Vector<double> numbers(16 * path.size());
     auto* const frames = reinterpret_cast<Xfm*>(numbers.data());
     find_frames(path, closed, frames);
     mesh.points.resize(path.size() * section.size());
-    for (size_t i = 0; i < path.size(); ++i)
+    for (size_t i = 0; i < path.size(); ++i) {
         carry(frames[i], section, mesh.points.data() + i * section.size());
+        moving.step(share(i));
+    }
 
     mesh.triangles.reserve(2 * (mesh.points.size() + section.size())); // with caps
     const auto n = static_cast<int32_t>(section.size()), rings = static_cast<int32_t>(path.size());
-    for (int32_t i = 0; i + 1 < rings; ++i)
+    for (int32_t i = 0; i + 1 < rings; ++i) {
         add_strip(mesh, i * n, (i + 1) * n, n, turned);
+        joining.step(share(static_cast<size_t>(i)));
+    }
     if (closed)
         add_strip(mesh, (rings - 1) * n, 0, n, turned);
 }
@@ -38,7 +49,7 @@ using namespace korvale::door;
 
 void korvale_tube_defaults(korvale_tube_options* options, size_t size)
 {
-    give_defaults(options, size, korvale_tube_options{sizeof *options, 0, 1, 0});
+    give_defaults(options, size, korvale_tube_options{sizeof *options, 0, 1, 0, nullptr, nullptr});
 }
 
 korvale_status korvale_tube(const korvale_points* path, const korvale_points* section,
@@ -57,10 +68,11 @@ korvale_status korvale_tube(const korvale_points* path, const korvale_points* se
         Rings ring;
         ring.add(around.points(), {0, 1, scale_to_one(largest_of(around.points()))});
         // z points back along the path, so the strips are seen from behind.
-        add_wall(*made, along.points(), around.points(), how.closed != 0, !is_mostly_clockwise(ring[0]));
+        const Telling telling = {how.progress, how.user};
+        add_wall(*made, along.points(), around.points(), how.closed != 0, !is_mostly_clockwise(ring[0]), telling);
         if (how.caps != 0 && how.closed == 0) {
             const auto last = static_cast<int32_t>((along.size() - 1) * around.size());
-            for (const Triangle& t : cut(ring)) {
+            for (const Triangle& t : cut(ring, telling.part(1.0, 0.0))) {
                 (*made).triangles.push_back(t);
                 (*made).triangles.push_back({last + t[0], last + t[2], last + t[1]});
             }

@@ -361,18 +361,23 @@ KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t 
 ///
 /// `triangles` has room for `room` triangles of three numbers; `*written` is how many there are.
 ///
+/// `progress` is told while outlines of many points are cut; it may be null. Where it stops that nothing is written.
+///
 /// Refuses no outline, fewer than three points, numbers that are not finite, and too little room.
 KORVALE_C_API korvale_status korvale_triangulate(const korvale_points* outlines, int64_t count, int32_t* triangles,
-                                                 int64_t room, int64_t* written, korvale_error* error);
+                                                 int64_t room, int64_t* written, korvale_progress progress, void* user,
+                                                 korvale_error* error);
 
 /// How outlines are sorted into shapes.
 typedef struct korvale_shapes_options {
     uint32_t size;    ///< of this struct, in bytes
     int32_t crossing; ///< 1: outlines that cross each other are sorted all the same; 0: they are refused
     double tolerance; ///< outlines that lie within it of each other everywhere are one, and what is within it touches
+    korvale_progress progress; ///< told while many outlines are sorted; may be null
+    void* user;                ///< handed to `progress`
 } korvale_shapes_options;
 
-/// Refuses outlines that cross, tolerance 0.
+/// Refuses outlines that cross, tolerance 0, no progress.
 KORVALE_C_API void korvale_shapes_defaults(korvale_shapes_options* options, size_t size);
 
 /// Sorts outlines seen from above, along z, into shapes. `outer` [count] is, for an outer outline, its own number, for
@@ -417,11 +422,13 @@ typedef struct korvale_bevel_step {
 
 /// How a bevel is made.
 typedef struct korvale_bevel_options {
-    uint32_t size; ///< of this struct, in bytes
-    int32_t split; ///< as for offsets
+    uint32_t size;             ///< of this struct, in bytes
+    int32_t split;             ///< as for offsets
+    korvale_progress progress; ///< told while outlines of many points or many steps are made; may be null
+    void* user;                ///< handed to `progress`
 } korvale_bevel_options;
 
-/// Stops at splits.
+/// Stops at splits, no progress.
 KORVALE_C_API void korvale_bevel_defaults(korvale_bevel_options* options, size_t size);
 
 /// A closed mesh from an outline with holes, `count` in all, and a profile: a layer for each of `steps` steps, strips
@@ -444,13 +451,15 @@ KORVALE_C_API korvale_status korvale_bevel(const korvale_points* outlines, int64
 
 /// How a tube is made.
 typedef struct korvale_tube_options {
-    uint32_t size;    ///< of this struct, in bytes
-    int32_t closed;   ///< 1: the last point of the path joins the first
-    int32_t caps;     ///< 1: the two ends of an open tube are closed
-    int32_t reserved; ///< 0
+    uint32_t size;             ///< of this struct, in bytes
+    int32_t closed;            ///< 1: the last point of the path joins the first
+    int32_t caps;              ///< 1: the two ends of an open tube are closed
+    int32_t reserved;          ///< 0
+    korvale_progress progress; ///< told while many points are made; may be null
+    void* user;                ///< handed to `progress`
 } korvale_tube_options;
 
-/// Open, with caps.
+/// Open, with caps, no progress.
 KORVALE_C_API void korvale_tube_defaults(korvale_tube_options* options, size_t size);
 
 /// A mesh from a path and a section, an outline in the plane z = 0 around the origin, which `korvale_frames` carries to

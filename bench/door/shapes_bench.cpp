@@ -48,7 +48,8 @@ void triangulate(benchmark::State& state)
     std::vector<int32_t> triangles(3 * static_cast<size_t>(n));
     const auto cut = [&] {
         int64_t written = 0;
-        need(korvale_triangulate(&outline, 1, triangles.data(), n - 2, &written, nullptr) == KORVALE_OK);
+        need(korvale_triangulate(&outline, 1, triangles.data(), n - 2, &written, nullptr, nullptr, nullptr) ==
+             KORVALE_OK);
     };
     for (auto _ : state)
         cut();

@@ -112,6 +112,25 @@ struct Telling {
     Telling part(double first, double size) const { return {progress, user, before + share * first, share * size}; }
 };
 
+/// Asks after every so many steps of long work whether to go on.
+class Asking {
+public:
+    Asking(const Telling& telling, int32_t each) : telling_(telling), each_(each), left_(each) {}
+
+    /// A step has been taken, after which `done` of the work is done; throws where it has to stop.
+    void step(double done)
+    {
+        if (--left_ > 0)
+            return;
+        left_ = each_;
+        telling_.tell(done);
+    }
+
+private:
+    Telling telling_;
+    int32_t each_, left_;
+};
+
 /// Writes down what happened, for `answer`.
 ///@{
 korvale_status tell(const Refusal& refusal, const char* function, korvale_error* error);

@@ -65,10 +65,10 @@ bool is_mostly_clockwise(std::span<const Place> ring);
 ///
 /// Holes are joined to the first ring by bridges, then ears are clipped (David Eberly, Triangulation by Ear Clipping,
 /// 2002).
-Vector<Triangle> cut(const Rings& rings);
+Vector<Triangle> cut(const Rings& rings, const Telling& telling = {});
 
 /// The same of rings that run as those of `like` do, where they have an area at all.
-Vector<Triangle> cut(const Rings& rings, const Rings& like);
+Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telling = {});
 
 /// A ring with its holes joined to it: corners that name a place each and the corners before and after.
 struct Corners {
@@ -84,6 +84,6 @@ struct Corners {
 
 /// Joins the holes to the first ring by bridges inside of it, which run there and back. The first ring runs
 /// counter-clockwise, all others clockwise.
-void join_holes(const Rings& rings, Corners& corners);
+void join_holes(const Rings& rings, Corners& corners, const Telling& telling);
 
 } // namespace korvale::door

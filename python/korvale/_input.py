@@ -20,7 +20,7 @@ zeros and ones where a choice of points is wanted.
 from __future__ import annotations
 
 import operator
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Callable, Iterable, Mapping, Sequence
 from typing import Any
 
 import numpy
@@ -377,13 +377,14 @@ def without_repeat(outline: Numbers) -> Numbers:
     return outline[:-1] if len(outline) > 1 and (outline[0] == outline[-1]).all() else outline
 
 
-def shapes_of(outlines: Iterable[Numbers], tolerance: Any = 0.0, crossing: Any = False) -> list[list[Numbers]]:
+def shapes_of(outlines: Iterable[Numbers], tolerance: Any = 0.0, crossing: Any = False,
+              report: Callable[[int], bool] | None = None) -> list[list[Numbers]]:
     """Sorts outlines into shapes: those inside an even number of others are outer ones, the rest their holes.
 
     One that is there twice is taken once.
     """
     rings = [without_repeat(outline) for outline in outlines]
-    outer = _korvale.shapes(rings, tolerance, crossing).tolist()
+    outer = _korvale.shapes(rings, tolerance, crossing, report).tolist()
     shapes = {k: [ring] for k, ring in enumerate(rings) if outer[k] == k}
     for k, ring in enumerate(rings):
         if 0 <= outer[k] != k:

@@ -2,8 +2,10 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator
-from typing import Any
+from collections.abc import Callable, Iterator
+from typing import Any, TypeVar
+
+Result = TypeVar("Result")
 
 
 class Progress:
@@ -47,3 +49,13 @@ class Progress:
     def __exit__(self, *ignored: Any) -> None:
         if self._owns and hasattr(self._who, "close"):
             self._who.close()
+
+
+def told(who: Any, work: Callable[[Progress | None], Result]) -> Result:
+    """What `work` gives, which tells of the thousandths done."""
+    if who is None:
+        return work(None)
+    with Progress(who, 1000) as report:
+        result = work(report)
+        report(1000)
+    return result

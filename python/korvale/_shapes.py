@@ -11,7 +11,7 @@ from numpy.typing import NDArray
 from . import _input, _korvale, _records, _show
 from ._errors import refuse
 from ._korvale import Band, Mesh, Offset
-from ._progress import Progress
+from ._progress import Progress, told
 from ._transform import Transform
 from ._types import (
     ChoiceLike, Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, LineLike, MeshLike, Number,
@@ -198,7 +198,8 @@ def outlines(shape: ShapeLike) -> list[Doubles]:
     return [_input.without_repeat(outline) for outline in _input.shape(shape, "outlines", "shape")]
 
 
-def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False) -> list[list[Doubles]]:
+def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
+           progress: ProgressLike = None) -> list[list[Doubles]]:
     """Sorts outlines seen from above into shapes, each a list with an outer outline and its holes.
 
     path: outlines in any order: a list of them, a path of matplotlib, such as that of a text, or of trimesh, polygons
@@ -206,6 +207,7 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False)
     tolerance: an outline that lies within it of an earlier one everywhere, and that one within it of this, is left out:
         drawings have contours that are nearly there twice. What is within it touches.
     crossing: outlines that cross each other are sorted all the same. Else they are refused, and two of them are named.
+    progress: as for `offset`.
 
     An outline inside an even number of others is an outer one; it does not matter which way round it runs. Outlines may
     touch. One that is there twice, number for number, is taken once.
@@ -214,7 +216,8 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False)
     >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]
     [2, 1]
     """
-    return _input.shapes_of(_input.rings(path, "shapes", "path"), tolerance, crossing)
+    rings = _input.rings(path, "shapes", "path")
+    return told(progress, lambda report: _input.shapes_of(rings, tolerance, crossing, report))
 
 
 def band(
@@ -283,12 +286,13 @@ def thin(line: LineLike, tolerance: Number) -> NDArray[numpy.int64]:
     return _korvale.thin(line, tolerance)
 
 
-def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True) -> Mesh:
+def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True, progress: ProgressLike = None) -> Mesh:
     """A closed mesh from an outline, with or without holes, and a profile.
 
     outline: as for `offset`.
     profile: (S, 2), at least two steps (distance outwards, height along the normal): a layer for each, strips between
         neighbours, a cap on the first and on the last.
+    split, progress: as for `offset`.
 
     Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A step that
     would make outlines cross, as a stroke moved in by more than half its width, is held back: it keeps its height and
@@ -305,15 +309,18 @@ def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True) -> Mesh:
     steps = _input.array(profile, "bevel", "profile", "be steps, (S, 2)")
     if steps.ndim != 2 or steps.shape[1] != 2:
         raise refuse("bevel", "profile", "be steps, (S, 2)", f"its shape is {steps.shape}")
-    return _korvale.bevel(_input.shape(outline, "bevel", "outline"), steps, split)
+    rings = _input.shape(outline, "bevel", "outline")
+    return told(progress, lambda report: _korvale.bevel(rings, steps, split, report))
 
 
-def tube(path: LineLike, section: LineLike, *, closed: bool = False, caps: bool = True) -> Mesh:
+def tube(path: LineLike, section: LineLike, *, closed: bool = False, caps: bool = True,
+         progress: ProgressLike = None) -> Mesh:
     """A mesh from a path and a section that is carried along it.
 
     path: points (N, 3), or a line as for `band`.
     section: an outline (K, 2) or (K, 3), without holes, in the plane z = 0 around the origin.
     closed: the last point of the path joins the first. caps: close the two ends of an open tube.
+    progress: as for `offset`.
 
     Vertex k of ring i is at i * K + k. The triangles face outwards. Mitres keep the section's size at a bend; the wall
     gets thinner there.
@@ -321,11 +328,11 @@ def tube(path: LineLike, section: LineLike, *, closed: bool = False, caps: bool 
     >>> korvale.tube([(0, 0, 0), (0, 0, 5)], [(1, 0), (0, 1), (-1, 0), (0, -1)])
     <korvale.Mesh of 8 vertices, 12 triangles>
     """
-    return _korvale.tube(path, section, closed, caps)
+    return told(progress, lambda report: _korvale.tube(path, section, closed, caps, report))
 
 
-def triangulate(outline: ShapeLike) -> Ints:
-    """Cuts a planar outline, with or without holes, into triangles: int32 (T, 3).
+def triangulate(outline: ShapeLike, *, progress: ProgressLike = None) -> Ints:
+    """Cuts a planar outline, with or without holes, into triangles: int32 (T, 3). `progress` is that of `offset`.
 
     The triangles number the points of all outlines in their order, as `outlines` gives them, and run counter-clockwise
     where the outer outline does: two less than there are points, and two more for each hole. Holes may touch each other
@@ -334,7 +341,8 @@ def triangulate(outline: ShapeLike) -> Ints:
     >>> korvale.triangulate([(0, 0), (4, 0), (4, 4), (0, 4)]).shape
     (2, 3)
     """
-    return _korvale.triangulate(_input.shape(outline, "triangulate", "outline"))
+    rings = _input.shape(outline, "triangulate", "outline")
+    return told(progress, lambda report: _korvale.triangulate(rings, report))
 
 
 class Flattening(NamedTuple):

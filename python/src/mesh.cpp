@@ -95,7 +95,8 @@ double volume_of(const Mesh& mesh)
     return mesh.volume();
 }
 
-Mesh bevel_of(const py::list& outlines, const py::array_t<double, py::array::c_style>& profile, py::handle split)
+Mesh bevel_of(const py::list& outlines, const py::array_t<double, py::array::c_style>& profile, py::handle split,
+              py::handle report)
 {
     const ShapeIn shape(outlines, "bevel", "outline");
     const std::vector<PointView> views = shape.views();
@@ -104,27 +105,29 @@ Mesh bevel_of(const py::list& outlines, const py::array_t<double, py::array::c_s
     std::vector<BevelStep> steps;
     for (py::ssize_t i = 0; i < profile.shape(0); ++i)
         steps.push_back({profile.at(i, 0), profile.at(i, 1)});
+    const Progress signals = Signals(report);
     const py::gil_scoped_release unlocked;
-    return bevel(views, steps, is_split);
+    return bevel(views, steps, is_split, signals);
 }
 
-Mesh tube_of(py::handle path, py::handle section, py::handle closed, py::handle caps)
+Mesh tube_of(py::handle path, py::handle section, py::handle closed, py::handle caps, py::handle report)
 {
     const PointsIn points(path, "tube", "path"), around(section, "tube", "section");
-    const TubeOptions options = {flag_of(closed, "tube", "closed"), flag_of(caps, "tube", "caps")};
+    const TubeOptions options = {flag_of(closed, "tube", "closed"), flag_of(caps, "tube", "caps"), Signals(report)};
     const PointView along = options.closed ? points.outline() : points.view();
     const py::gil_scoped_release unlocked;
     return tube(along, around.outline(), options);
 }
 
 /// The triangles' own array, which keeps the vector alive.
-py::array triangulate_of(const py::list& outlines)
+py::array triangulate_of(const py::list& outlines, py::handle report)
 {
     const ShapeIn shape(outlines, "triangulate", "outline");
     auto triangles = std::make_unique<std::vector<Triangle>>();
+    const Progress signals = Signals(report);
     {
         const Unlocked unlocked(shape.points() >= kLongShape);
-        *triangles = triangulate(shape.views());
+        *triangles = triangulate(shape.views(), signals);
     }
     std::vector<Triangle>* const block = triangles.get();
     const py::capsule owner(triangles.release(), [](void* p) { delete static_cast<std::vector<Triangle>*>(p); });
@@ -133,23 +136,24 @@ py::array triangulate_of(const py::list& outlines)
 }
 
 /// For each outline the number of its outer one, as `korvale_shapes` has them.
-py::array shapes_of(const py::list& outlines, py::handle tolerance, py::handle crossing)
+py::array shapes_of(const py::list& outlines, py::handle tolerance, py::handle crossing, py::handle report)
 {
     const ShapeIn shape(outlines, "shapes", "path");
     std::vector<korvale_points> views;
     for (const PointView& outline : shape.views())
         views.push_back(detail::view_of(outline));
-    const korvale_shapes_options how = {sizeof how, flag_of(crossing, "shapes", "crossing"),
-                                        number_of(tolerance, "shapes", "tolerance")};
+    const bool is_crossing = flag_of(crossing, "shapes", "crossing");
+    const double near = number_of(tolerance, "shapes", "tolerance");
+    const Progress signals = Signals(report);
     py::array_t<std::int32_t> outer(static_cast<py::ssize_t>(views.size()));
     std::int32_t* const to = outer.mutable_data();
-    korvale_error error;
-    korvale_status status = KORVALE_OK;
     {
         const Unlocked unlocked(shape.points() >= kLongShape);
-        status = korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), &how, to, &error);
+        detail::done("shapes", signals, [&](korvale_progress tell, void* user, korvale_error* error) {
+            const korvale_shapes_options how = {sizeof how, is_crossing, near, tell, user};
+            return korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), &how, to, error);
+        }).value();
     }
-    detail::check("shapes", status, error);
     return outer;
 }
 

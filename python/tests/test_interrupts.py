@@ -17,6 +17,18 @@ from test_sound import resident_kib, ring
 SOON = 0.2
 
 
+def coast(n):
+    """An outline of n points with 900 bays."""
+    turn = numpy.linspace(0, 2 * numpy.pi, n, endpoint=False)
+    radius = 1 + 0.1 * numpy.sin(900 * turn)
+    return numpy.column_stack([radius * numpy.cos(turn), radius * numpy.sin(turn)])
+
+
+def islands(n):
+    """n outlines apart from each other."""
+    return [coast(10) + (3 * (k % 400), 3 * (k // 400)) for k in range(n)]
+
+
 def made():
     """Long calls by their names: more than some seconds each."""
     generator = numpy.random.default_rng(8)
@@ -34,11 +46,16 @@ def made():
     outline = ring(300000)
     many, starts = numpy.tile(ring(300), (20000, 1)), numpy.arange(20001) * 300
     walk = generator.normal(size=(200000, 2)).cumsum(axis=0)
+    wall, layers = coast(20000), [(-1e-6 * height, height) for height in range(200)]
+    shore, sea = coast(2000000), islands(200000)
     return {
         "offset": lambda: korvale.offset(outline, 1),
         "offset with a hole": lambda: korvale.offset([outline, outline / 2], 1),
         "offset_many": lambda: korvale.offset_many(many, 1, starts=starts),
         "band": lambda: korvale.band(walk, 2),
+        "bevel": lambda: korvale.bevel(wall, layers),
+        "triangulate": lambda: korvale.triangulate(shore),
+        "shapes": lambda: korvale.shapes(sea),
         "RayGrid.cast": lambda: grid.cast(points, (1, 2, 3)),
         "RayGrid.contains": lambda: solids.contains(points),
         "Relaxer.step": lambda: relaxer.step(tube.vertices * (1.5, 1, 1), 10**6),
@@ -61,6 +78,21 @@ class ProgressTest(unittest.TestCase):
             with self.assertRaisesRegex(korvale.Error, f"{work.__name__}: progress must go on, but it has stopped the "
                                                        "work"):
                 work(outline, 1, progress=lambda done: False)
+
+    def test_of_solids_and_shapes_is_told_in_thousandths(self):
+        wall, path, sea = coast(20000), numpy.arange(300000)[:, None] * (1, 0, 0), islands(60000)
+        for name, work in {
+            "triangulate": lambda progress: korvale.triangulate(coast(500000), progress=progress),
+            "shapes": lambda progress: korvale.shapes(sea, progress=progress),
+            "bevel": lambda progress: korvale.bevel(wall, [(-1e-6 * k, k) for k in range(30)], progress=progress),
+            "tube": lambda progress: korvale.tube(path, ring(12), progress=progress),
+        }.items():
+            with self.subTest(name):
+                told = []
+                work(told.append)
+                self.assertEqual((told[-1], told == sorted(told), len(told) > 1), (1000, True, True))
+                with self.assertRaisesRegex(korvale.Error, f"{name}: progress must go on, but it has stopped the work"):
+                    work(lambda done: False)
 
     def test_of_making_a_grid_is_told_in_thousandths(self):
         corners = numpy.random.default_rng(9).normal(size=(1000000, 9))
@@ -95,8 +127,9 @@ class InterruptTest(unittest.TestCase):
         for name, call in made().items():
             with self.subTest(name):
                 self.assertLess(self.interrupted(call), SOON)
-                before = resident_kib()
                 self.assertLess(self.interrupted(call), SOON)  # the object is free for another call
+                before = resident_kib()  # with what the heap keeps
+                self.assertLess(self.interrupted(call), SOON)
                 self.assertLess(resident_kib() - before, 20000)
 
 

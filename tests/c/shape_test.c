@@ -29,14 +29,14 @@ static korvale_status cuts_a_plate_with_a_hole(void)
     int k;
     outlines[0] = plate;
     outlines[1] = hole;
-    TRY_WRITING(triangles, korvale_triangulate(outlines, 2, triangles[0], 8, &written, &error));
+    TRY_WRITING(triangles, korvale_triangulate(outlines, 2, triangles[0], 8, &written, NULL, NULL, &error));
     CHECK(written == 8);
     for (k = 0; k < 8; ++k) {
         CHECK(area_of(triangles[k]) > 0);
         sum += area_of(triangles[k]);
     }
     CHECK(sum == 2 * (64 - 16));
-    REFUSE(korvale_triangulate(outlines, 2, triangles[0], 7, &written, &error), KORVALE_BAD_ARGUMENT,
+    REFUSE(korvale_triangulate(outlines, 2, triangles[0], 7, &written, NULL, NULL, &error), KORVALE_BAD_ARGUMENT,
            "korvale_triangulate: room must be at least 8, but it is 7");
 done:
     return (korvale_status)error.status;

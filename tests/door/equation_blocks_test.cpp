@@ -436,19 +436,6 @@ TEST(EquationBlocks, DivideAndTakeZerosAsRowsDo)
     EXPECT_TRUE(same_bits({0, 0, 0.5, 0, -0.0, 0, 0.25, NAN, 0}, y));
 }
 
-/// Rows told of as shares of all, and the share that ends the work.
-struct Told {
-    std::vector<double> done;
-    double end = 2;
-
-    static int32_t tell(double done, void* user)
-    {
-        auto& self = *static_cast<Told*>(user);
-        self.done.push_back(done);
-        return done < self.end;
-    }
-};
-
 /// With a table of its own three columns, of which the first equation reads one a row.
 void add_noise(const System& e)
 {

@@ -173,19 +173,6 @@ TEST(Relaxer, SaysThatAllThatIsKeptIsHeld)
     EXPECT_EQ(stop({1, 1, 1, 1}), KORVALE_RUN_NO_FORCE);
 }
 
-/// What steps have told, and when they are to stop.
-struct Told {
-    std::vector<double> done;
-    double end = 2;
-
-    static int32_t tell(double done, void* user)
-    {
-        auto& self = *static_cast<Told*>(user);
-        self.done.push_back(done);
-        return done < self.end;
-    }
-};
-
 TEST(Relaxer, StepsTellOfThemselvesAndEndWhereAllInOneGoDo)
 {
     const Square square;

@@ -255,19 +255,6 @@ TEST(Scatter, RefusesWeightsThatAreNone)
     EXPECT_THAT(points, ElementsAre(7, 7, 7));
 }
 
-/// What a scattering has told, and when it is to stop.
-struct Told {
-    std::vector<double> done;
-    double end = 2;
-
-    static int32_t tell(double done, void* user)
-    {
-        auto& self = *static_cast<Told*>(user);
-        self.done.push_back(done);
-        return done < self.end;
-    }
-};
-
 TEST(Scatter, TellsOfManyPointsAndStopsWhenAsked)
 {
     const korvale_triangles triangles = mesh();

@@ -199,11 +199,14 @@ TEST(Shapes, SayWhichTolerancesTheyRefuse)
                         [&](korvale_error* error) { return korvale_shapes(&outline, 1, &options, outer, error); }),
             std::string("korvale_shapes: options.tolerance must ") + given);
     }
-    korvale_shapes_options options = {77, 77, 77};
+    Told told;
+    korvale_shapes_options options = {77, 77, 77, &Told::tell, &told};
     korvale_shapes_defaults(&options, sizeof options);
     EXPECT_EQ(options.size, sizeof options);
     EXPECT_EQ(options.crossing, 0);
     EXPECT_EQ(options.tolerance, 0);
+    EXPECT_EQ(options.progress, nullptr);
+    EXPECT_EQ(options.user, nullptr);
 }
 
 TEST(Shapes, OutlinesWithoutAreaAreWhereTheyBegin)
@@ -294,6 +297,34 @@ TEST(Shapes, SayWhenTheHeapIsExhausted)
         }
     });
     EXPECT_GT(failed, 10);
+}
+
+TEST(Shapes, TellOfManyOutlinesAndStopWhenAsked)
+{
+    std::vector<Coordinates> boxes;
+    std::vector<korvale_points> views;
+    for (int i = 0; i < 1024; ++i)
+        boxes.push_back(box(i, 0, i + 1, 1 + i % 2)); // each touches the next
+    for (const Coordinates& outline : boxes)
+        views.push_back(points_of(outline));
+    std::vector<int32_t> outer(1024), stopped(1024, -7);
+    Told told;
+    korvale_shapes_options options = options_of(0.125, 0);
+    options.progress = &Told::tell;
+    options.user = &told;
+    ASSERT_EQ(korvale_shapes(views.data(), 1024, &options, outer.data(), nullptr), KORVALE_OK);
+    EXPECT_EQ(outer, outer_of(boxes, 0.125));
+    EXPECT_TRUE(std::ranges::is_sorted(told.done));
+    EXPECT_GT(told.done.size(), 1024u);
+    EXPECT_GE(told.done.front(), 0);
+    EXPECT_LE(told.done.back(), 1);
+    for (const double end : {0.0, 0.3, 0.6, 0.75, 0.9}) {
+        told = {{}, end};
+        korvale_error error;
+        EXPECT_EQ(korvale_shapes(views.data(), 1024, &options, stopped.data(), &error), KORVALE_STOPPED) << end;
+        EXPECT_STREQ(error.text, "korvale_shapes: it was asked to stop");
+        EXPECT_EQ(stopped, std::vector<int32_t>(1024, -7));
+    }
 }
 
 } // namespace

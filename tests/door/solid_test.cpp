@@ -439,7 +439,8 @@ TEST(DoorBevel, SaysWhatItRefuses)
 {
     const Outlines shape = {square(4), {0, 0, 0, 1, 0, 0}};
     const std::vector<korvale_points> views = views_of(shape);
-    const auto refusal = [&](int64_t count, const Profile& profile, korvale_bevel_options options = {8, 1}) {
+    const auto refusal = [&](int64_t count, const Profile& profile,
+                             korvale_bevel_options options = {8, 1, nullptr, nullptr}) {
         int place = 0;
         korvale_mesh* mesh = reinterpret_cast<korvale_mesh*>(&place);
         const std::string sentence = sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
@@ -457,7 +458,8 @@ TEST(DoorBevel, SaysWhatItRefuses)
     EXPECT_EQ(refusal(0, wall), "korvale_bevel: outlines must have an outer outline, but there is none");
     EXPECT_EQ(refusal(-1, wall), "korvale_bevel: count must be 0 or more, but it is -1");
     EXPECT_EQ(refusal(2, wall), "korvale_bevel: outline 1 must have at least 3 points, but it has 2");
-    EXPECT_EQ(refusal(1, wall, {3, 1}), "korvale_bevel: options.size must be the size of the struct, but it is 3");
+    EXPECT_EQ(refusal(1, wall, {3, 1, nullptr, nullptr}),
+              "korvale_bevel: options.size must be the size of the struct, but it is 3");
 
     korvale_mesh* mesh = nullptr;
     const auto other = [&](const korvale_points* outlines, const korvale_bevel_step* profile, int64_t steps,
@@ -638,20 +640,83 @@ TEST(DoorMesh, OfNullHoldsNothing)
 
 TEST(DoorMesh, DefaultsFillWhatTheHostKnows)
 {
-    korvale_bevel_options bevel = {77, 77};
+    Told told;
+    korvale_bevel_options bevel = {77, 77, &Told::tell, &told};
     korvale_bevel_defaults(&bevel, sizeof bevel.size);
     EXPECT_EQ(bevel.size, 4u);
     EXPECT_EQ(bevel.split, 77);
     korvale_bevel_defaults(&bevel, sizeof bevel);
     EXPECT_EQ(bevel.split, 1);
-    korvale_tube_options tube = {77, 77, 77, 77};
+    EXPECT_EQ(bevel.progress, nullptr);
+    EXPECT_EQ(bevel.user, nullptr);
+    korvale_tube_options tube = {77, 77, 77, 77, &Told::tell, &told};
     korvale_tube_defaults(&tube, sizeof tube);
     EXPECT_EQ(tube.size, sizeof tube);
     EXPECT_EQ(tube.closed, 0);
     EXPECT_EQ(tube.caps, 1);
     EXPECT_EQ(tube.reserved, 0);
+    EXPECT_EQ(tube.progress, nullptr);
+    EXPECT_EQ(tube.user, nullptr);
     korvale_bevel_defaults(nullptr, sizeof bevel);
     korvale_tube_defaults(nullptr, sizeof tube);
+}
+
+TEST(DoorBevel, TellsOfItsStepsAndStopsWhenAsked)
+{
+    const Outlines outlines = {square(10), {2, 2, 0, 8, 2, 0, 8, 8, 0, 2, 8, 0}};
+    const std::vector<korvale_points> views = views_of(outlines);
+    const Profile wall = {{0, 0}, {0, 1}, {-0.5, 2}, {-0.75, 3}}, held = {{0, 0}, {-1.5, 1}}; // it is 2 wide
+    Told told;
+    korvale_bevel_options options;
+    korvale_bevel_defaults(&options, sizeof options);
+    options.progress = &Told::tell;
+    options.user = &told;
+    const auto bevel = [&](const Profile& profile, korvale_error* error) {
+        int place = 0;
+        auto* mesh = reinterpret_cast<korvale_mesh*>(&place);
+        const korvale_status status = korvale_bevel(views.data(), 2, profile.data(),
+                                                    static_cast<int64_t>(profile.size()), &options, &mesh, error);
+        EXPECT_EQ(mesh == nullptr, status != KORVALE_OK);
+        korvale_mesh_free(mesh);
+        return status;
+    };
+    EXPECT_EQ(bevel(wall, nullptr), KORVALE_OK);
+    EXPECT_THAT(told.done, ElementsAre(0, 0.125, 0.25, 0.375, 0.5));
+    told = {};
+    EXPECT_EQ(bevel(held, nullptr), KORVALE_OK);
+    EXPECT_THAT(told.done, ElementsAre(0, 0.25, 0.5, 0.75, 0.875)); // made again, held back
+    for (const double end : {0.25, 0.5, 0.75}) {
+        told = {{}, end};
+        korvale_error error;
+        EXPECT_EQ(bevel(held, &error), KORVALE_STOPPED) << end;
+        EXPECT_STREQ(error.text, "korvale_bevel: it was asked to stop");
+        EXPECT_EQ(told.done.back(), end);
+    }
+}
+
+TEST(DoorTube, TellsOfManyPointsAndStopsWhenAsked)
+{
+    Numbers path;
+    for (int i = 0; i < 16384; ++i)
+        path.insert(path.end(), {0, 0, double(i)});
+    const Numbers section = {1, 0, 0, 0, 1, 0, -1, 0, 0, 0, -1, 0};
+    const korvale_points along = points_of(path), around = points_of(section);
+    Told told;
+    korvale_tube_options options = tube_options(0);
+    options.progress = &Told::tell;
+    options.user = &told;
+    korvale_mesh* mesh = nullptr;
+    ASSERT_EQ(korvale_tube(&along, &around, &options, &mesh, nullptr), KORVALE_OK);
+    korvale_mesh_free(mesh);
+    // Each 4,096 rings of 4 points, moved first and joined then; between 16,384 there are 16,383 strips.
+    EXPECT_THAT(told.done, ElementsAre(0.5 * 4095 / 16384, 0.5 * 8191 / 16384, 0.5 * 12287 / 16384, 0.5 * 16383 / 16384,
+                                       0.5 + 0.5 * 4095 / 16384, 0.5 + 0.5 * 8191 / 16384, 0.5 + 0.5 * 12287 / 16384));
+    told = {{}, 0.6};
+    korvale_error error;
+    EXPECT_EQ(korvale_tube(&along, &around, &options, &mesh, &error), KORVALE_STOPPED);
+    EXPECT_STREQ(error.text, "korvale_tube: it was asked to stop");
+    EXPECT_EQ(mesh, nullptr);
+    EXPECT_EQ(told.done.size(), 5u);
 }
 
 } // namespace

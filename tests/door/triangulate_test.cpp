@@ -34,7 +34,7 @@ Corners triangles_of(const std::vector<Coordinates>& outlines)
     int64_t written = -1;
     korvale_error error = {};
     EXPECT_EQ(korvale_triangulate(views.data(), static_cast<int64_t>(views.size()), triangles.data(),
-                                  static_cast<int64_t>(room), &written, &error),
+                                  static_cast<int64_t>(room), &written, nullptr, nullptr, &error),
               KORVALE_OK)
         << error.text;
     triangles.resize(3 * static_cast<size_t>(std::max<int64_t>(0, written)));
@@ -112,7 +112,7 @@ TEST(Triangulate, ReadsFloatsStridesAndTwoCoordinates)
     const korvale_points outline = {rows, 4, 12, 2, KORVALE_FLOAT};
     int32_t triangles[6];
     int64_t written = 0;
-    EXPECT_EQ(korvale_triangulate(&outline, 1, triangles, 2, &written, nullptr), KORVALE_OK);
+    EXPECT_EQ(korvale_triangulate(&outline, 1, triangles, 2, &written, nullptr, nullptr, nullptr), KORVALE_OK);
     EXPECT_EQ(written, 2);
     EXPECT_THAT(triangles, ElementsAre(3, 0, 1, 1, 2, 3));
 }
@@ -308,7 +308,7 @@ TEST(Triangulate, SaysWhatItRefuses)
     const auto text = [&](const std::vector<korvale_points>& outlines, int64_t room) {
         return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
             return korvale_triangulate(outlines.data(), static_cast<int64_t>(outlines.size()), triangles, room,
-                                       &written, error);
+                                       &written, nullptr, nullptr, error);
         });
     };
     EXPECT_EQ(text({}, 2), "korvale_triangulate: outlines must have an outer outline, but there is none");
@@ -320,7 +320,7 @@ TEST(Triangulate, SaysWhatItRefuses)
     const korvale_points outline = points_of(square);
     const auto sentence = [&](const korvale_points* outlines, int64_t count, int32_t* to, int64_t* how_many) {
         return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
-            return korvale_triangulate(outlines, count, to, 2, how_many, error);
+            return korvale_triangulate(outlines, count, to, 2, how_many, nullptr, nullptr, error);
         });
     };
     EXPECT_EQ(sentence(nullptr, 1, triangles, &written), "korvale_triangulate: outlines must be given, but it is null");
@@ -341,13 +341,61 @@ TEST(Triangulate, SaysWhenTheHeapIsExhausted)
     const int64_t failed = fail_each_allocation([&](int64_t) {
         korvale_error error = {};
         int64_t written = -7;
-        const korvale_status status = korvale_triangulate(outlines, 2, triangles, 7, &written, &error);
+        const korvale_status status =
+            korvale_triangulate(outlines, 2, triangles, 7, &written, nullptr, nullptr, &error);
         EXPECT_EQ(written, status == KORVALE_OK ? 7 : -7);
         if (status != KORVALE_OK) {
             EXPECT_STREQ(error.text, "korvale_triangulate: the heap is exhausted");
         }
     });
     EXPECT_GT(failed, 10);
+}
+
+/// A ring of n corners on a circle of that radius.
+Coordinates round_ring(int n, double radius)
+{
+    Coordinates ring;
+    for (int i = 0; i < n; ++i)
+        ring.insert(ring.end(), {radius * std::cos(2 * M_PI * i / n), radius * std::sin(2 * M_PI * i / n), 0});
+    return ring;
+}
+
+TEST(Triangulate, TellsOfManyPointsAndStopsWhenAsked)
+{
+    const Coordinates ring = round_ring(4096, 9);
+    const korvale_points outline = points_of(ring);
+    Corners triangles(3 * 4094, 7);
+    int64_t written = 7;
+    Told told;
+    ASSERT_EQ(korvale_triangulate(&outline, 1, triangles.data(), 4094, &written, &Told::tell, &told, nullptr),
+              KORVALE_OK);
+    EXPECT_THAT(told.done, ElementsAre(0.25, 0.5, 0.75)); // each 1,024 triangles
+    EXPECT_EQ(triangles, triangles_of({ring}));
+
+    triangles.assign(triangles.size(), 7);
+    written = 7;
+    told = {{}, 0.5};
+    korvale_error error;
+    EXPECT_EQ(korvale_triangulate(&outline, 1, triangles.data(), 4094, &written, &Told::tell, &told, &error),
+              KORVALE_STOPPED);
+    EXPECT_STREQ(error.text, "korvale_triangulate: it was asked to stop");
+    EXPECT_THAT(told.done, ElementsAre(0.25, 0.5));
+    EXPECT_EQ(written, 7);
+    EXPECT_EQ(triangles, Corners(triangles.size(), 7));
+}
+
+TEST(Triangulate, TellsOfBridgesToHolesInAQuarterOfTheWork)
+{
+    const std::vector<Coordinates> rings = {round_ring(1024, 9), round_ring(1024, 5)};
+    const korvale_points outlines[] = {points_of(rings[0]), points_of(rings[1])};
+    Corners triangles(3 * 2048);
+    int64_t written = 0;
+    Told told;
+    ASSERT_EQ(korvale_triangulate(outlines, 2, triangles.data(), 2048, &written, &Told::tell, &told, nullptr),
+              KORVALE_OK);
+    // 1,024 of 2,048 corners, 2,048 of them, then 1,024 of the 2,050 corners that there are with the bridge and 2,048.
+    EXPECT_THAT(told.done, ElementsAre(0.25 * 1023 / 2048, 0.25 * 2047 / 2048, 0.25 + 0.75 * (1.0 - 1026.0 / 2050),
+                                       0.25 + 0.75 * (1.0 - 2.0 / 2050)));
 }
 
 } // namespace

@@ -394,6 +394,36 @@ TEST(FaceStop, EndsOffsetsAndBands)
     EXPECT_THROW(offset(wheel, 0.3, {.progress = [](double) -> bool { throw 7; }}), int);
 }
 
+TEST(FaceStop, EndsSolidsAndShapes)
+{
+    Outline wheel, path;
+    for (int i = 0; i < 4096; ++i)
+        wheel.push_back({std::cos(3.141592653589793 * i / 2048), std::sin(3.141592653589793 * i / 2048), 0});
+    for (int i = 0; i < 20000; ++i)
+        path.push_back({0, 0, 1.0 * i});
+    std::vector<Outline> squares;
+    for (int i = 0; i < 1000; ++i)
+        squares.push_back({{5.0 * i, 0, 0}, {5.0 * i + 4, 0, 0}, {5.0 * i, 4, 0}});
+    const BevelStep wall[] = {{0, 0}, {0, 1}};
+    std::stop_source stop;
+    const Progress progress = stop.get_token();
+    EXPECT_EQ(triangulate(wheel, progress), triangulate(wheel));
+    EXPECT_EQ(bevel(wheel, wall, true, progress), bevel(wheel, wall));
+    EXPECT_EQ(tube(path, kSquare, {.progress = progress}), tube(path, kSquare));
+    EXPECT_EQ(shapes(squares, {.progress = progress}), shapes(squares));
+    stop.request_stop();
+    EXPECT_EQ(refusal_of([&] { triangulate(wheel, progress); }),
+              "triangulate: progress must go on, but it has stopped the work");
+    EXPECT_EQ(refusal_of([&] {
+                  bevel(wheel, {{0, 0}, {0, 1}}, true, progress);
+              }),
+              "bevel: progress must go on, but it has stopped the work");
+    EXPECT_EQ(refusal_of([&] { tube(path, kSquare, {.progress = progress}); }),
+              "tube: progress must go on, but it has stopped the work");
+    EXPECT_EQ(refusal_of([&] { shapes(squares, {.progress = progress}); }),
+              "shapes: progress must go on, but it has stopped the work");
+}
+
 TEST(FaceStop, GoesWithAFunction)
 {
     std::stop_source stop;

@@ -36,7 +36,7 @@ TEST(Golden, DoorTriangulate)
         std::vector<int32_t> triangles(static_cast<size_t>(3 * room));
         int64_t written = 0;
         hash.add(korvale_triangulate(views.data(), static_cast<int64_t>(views.size()), triangles.data(), room, &written,
-                                     nullptr));
+                                     nullptr, nullptr, nullptr));
         hash.add(triangles.data(), 3 * written);
     }
     EXPECT_EQ(hash.value(), 0xb2b19283dd206826u);

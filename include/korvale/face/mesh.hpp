@@ -116,20 +116,22 @@ inline Mesh taken(korvale_mesh* made)
 } // namespace detail
 
 /// `triangulate`, telling of failures by its result.
-inline Result<std::vector<Triangle>> try_triangulate(AnyShape outlines)
+inline Result<std::vector<Triangle>> try_triangulate(AnyShape outlines, const Progress& progress = {})
 {
     return detail::within_memory("triangulate", [&]() -> Result<std::vector<Triangle>> {
         const std::vector<korvale_points> views = detail::views_of(outlines);
         std::vector<Triangle> triangles;
         for (const korvale_points& outline : views)
             triangles.resize(triangles.size() + static_cast<std::size_t>(outline.count) + 2);
-        korvale_error error;
         std::int64_t written = 0;
-        const korvale_status status = korvale_triangulate(
-            views.data(), static_cast<std::int64_t>(views.size()), triangles.empty() ? nullptr : triangles[0].data(),
-            static_cast<std::int64_t>(triangles.size()), &written, &error);
-        if (status != KORVALE_OK)
-            return Failure("triangulate", status, error);
+        const Result<void> cut =
+            detail::done("triangulate", progress, [&](korvale_progress tell, void* user, korvale_error* error) {
+                return korvale_triangulate(views.data(), static_cast<std::int64_t>(views.size()),
+                                           triangles.empty() ? nullptr : triangles[0].data(),
+                                           static_cast<std::int64_t>(triangles.size()), &written, tell, user, error);
+            });
+        if (!cut)
+            return cut.error();
         triangles.resize(static_cast<std::size_t>(written));
         return triangles;
     });
@@ -138,16 +140,18 @@ inline Result<std::vector<Triangle>> try_triangulate(AnyShape outlines)
 /// Cuts a planar outline with holes into triangles: as many as there are points less two, and two more for each hole.
 /// They number the points of all outlines in their order and run counter-clockwise where the outer outline does; the
 /// outlines may run either way round. Holes may touch each other and the outer outline, at points and along edges;
-/// where outlines cross, if by rounding alone, triangles may overlap.
-inline std::vector<Triangle> triangulate(AnyShape outlines)
+/// where outlines cross, if by rounding alone, triangles may overlap. The progress is told while outlines of many points
+/// are cut.
+inline std::vector<Triangle> triangulate(AnyShape outlines, const Progress& progress = {})
 {
-    return try_triangulate(outlines.view()).value();
+    return try_triangulate(outlines.view(), progress).value();
 }
 
 /// How `shapes` works.
 struct ShapesOptions {
     double tolerance = 0.0; ///< outlines that lie within it of each other everywhere are one
     bool crossing = false;  ///< outlines that cross each other are sorted all the same, instead of refused
+    Progress progress = {}; ///< told while many outlines are sorted; it may stop that
 };
 
 /// `shapes`, telling of failures by its result.
@@ -156,12 +160,13 @@ inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outl
     return detail::within_memory("shapes", [&]() -> Result<std::vector<std::vector<std::size_t>>> {
         const std::vector<korvale_points> views = detail::views_of(outlines);
         std::vector<std::int32_t> outer(views.size());
-        const korvale_shapes_options how = {sizeof how, options.crossing, options.tolerance};
-        korvale_error error;
-        if (const korvale_status status =
-                korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), &how, outer.data(), &error);
-            status != KORVALE_OK)
-            return Failure("shapes", status, error);
+        const Result<void> sorted =
+            detail::done("shapes", options.progress, [&](korvale_progress tell, void* user, korvale_error* error) {
+                const korvale_shapes_options how = {sizeof how, options.crossing, options.tolerance, tell, user};
+                return korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), &how, outer.data(), error);
+            });
+        if (!sorted)
+            return sorted.error();
         std::vector<std::vector<std::size_t>> shapes;
         std::vector<std::size_t> place(views.size());
         for (const bool holes : {false, true})
@@ -202,19 +207,22 @@ struct BevelStep {
 };
 
 /// `bevel`, telling of failures by its result.
-inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true)
+inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true,
+                              const Progress& progress = {})
 {
     static_assert(sizeof(BevelStep) == sizeof(korvale_bevel_step));
     return detail::within_memory("bevel", [&]() -> Result<Mesh> {
         const auto* const steps = reinterpret_cast<const korvale_bevel_step*>(profile.data());
         const std::vector<korvale_points> views = detail::views_of(outlines);
-        const korvale_bevel_options how = {sizeof how, split};
         korvale_mesh* made = nullptr;
-        korvale_error error;
-        if (const korvale_status status = korvale_bevel(views.data(), static_cast<std::int64_t>(views.size()), steps,
-                                                        static_cast<std::int64_t>(profile.size()), &how, &made, &error);
-            status != KORVALE_OK)
-            return Failure("bevel", status, error);
+        const Result<void> solid =
+            detail::done("bevel", progress, [&](korvale_progress tell, void* user, korvale_error* error) {
+                const korvale_bevel_options how = {sizeof how, split, tell, user};
+                return korvale_bevel(views.data(), static_cast<std::int64_t>(views.size()), steps,
+                                     static_cast<std::int64_t>(profile.size()), &how, &made, error);
+            });
+        if (!solid)
+            return solid.error();
         return detail::taken(made);
     });
 }
@@ -234,22 +242,27 @@ inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> prof
 /// const korvale::Mesh solid = korvale::bevel(letter, {{0, 0}, {0, 8}, {-1, 9}}); // a wall with a chamfer on top
 /// ```
 ///
+/// The progress is told step by step.
+///
 /// Throws `Error` for fewer than two steps, no outline, fewer than three points, and numbers that are not finite.
-inline Mesh bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true)
+inline Mesh bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true,
+                  const Progress& progress = {})
 {
-    return try_bevel(outlines.view(), profile, split).value();
+    return try_bevel(outlines.view(), profile, split, progress).value();
 }
 
 /// The same with a profile written out.
-inline Mesh bevel(AnyShape outlines, std::initializer_list<BevelStep> profile, bool split = true)
+inline Mesh bevel(AnyShape outlines, std::initializer_list<BevelStep> profile, bool split = true,
+                  const Progress& progress = {})
 {
-    return bevel(outlines.view(), std::span(profile.begin(), profile.size()), split);
+    return bevel(outlines.view(), std::span(profile.begin(), profile.size()), split, progress);
 }
 
 /// How `tube` works.
 struct TubeOptions {
-    bool closed = false; ///< the last point of the path joins the first
-    bool caps = true;    ///< close the two ends of an open tube
+    bool closed = false;    ///< the last point of the path joins the first
+    bool caps = true;       ///< close the two ends of an open tube
+    Progress progress = {}; ///< told while many points are made; it may stop that
 };
 
 /// `tube`, telling of failures by its result.
@@ -257,11 +270,14 @@ inline Result<Mesh> try_tube(AnyPoints path, AnyPoints section, const TubeOption
 {
     return detail::within_memory("tube", [&]() -> Result<Mesh> {
         const korvale_points along = detail::view_of(path), around = detail::view_of(section);
-        const korvale_tube_options how = {sizeof how, options.closed, options.caps, 0};
         korvale_mesh* made = nullptr;
-        korvale_error error;
-        if (const korvale_status status = korvale_tube(&along, &around, &how, &made, &error); status != KORVALE_OK)
-            return Failure("tube", status, error);
+        const Result<void> tube =
+            detail::done("tube", options.progress, [&](korvale_progress tell, void* user, korvale_error* error) {
+                const korvale_tube_options how = {sizeof how, options.closed, options.caps, 0, tell, user};
+                return korvale_tube(&along, &around, &how, &made, error);
+            });
+        if (!tube)
+            return tube.error();
         return detail::taken(made);
     });
 }
