@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <optional>
 
 #include "door/internal/knots.h"
 #include "door/internal/offset.h"
@@ -503,7 +502,7 @@ private:
     Outline swept() const { return untied_.line.empty() ? line_ : Outline(untied_.line); }
     const FlatLine& flat_swept(bool closed)
     {
-        return untied_.line.empty() ? flat_ : flat_untied_.emplace(untied_.line, plane_, closed);
+        return untied_.line.empty() ? flat_ : flat_untied_.emplace_back(untied_.line, plane_, closed);
     }
 
     /// Gives all points of a knot the place of its mean.
@@ -536,7 +535,7 @@ private:
     double miter_limit_;
     FlatLine flat_;
     Untied untied_;
-    std::optional<FlatLine> flat_untied_;
+    Vector<FlatLine> flat_untied_; // one where there are knots
     Banding banding_;
     Vector<Point> border_;
     Vector<uint8_t> removed_;
