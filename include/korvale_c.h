@@ -435,9 +435,15 @@ KORVALE_C_API void korvale_bevel_defaults(korvale_bevel_options* options, size_t
 /// between neighbours, a cap on the first and on the last layer. Makes it in `*mesh`, null on failure.
 ///
 /// Each layer is that of `korvale_offsetter_run`, so edges that shrink to nothing close like the hips of a roof. A step
-/// that would make outlines cross, as a stroke moved in by more than half its width, is held back: it keeps its height
-/// and goes as far, to a millionth, as they do not, and `korvale_mesh_reached` tells how far that is. A layer that
-/// would cross itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do.
+/// that would make two outlines cross, as those of a frame moved in by more than half its width, is held back: it keeps
+/// its height and goes as far, to a millionth, as they do not, and `korvale_mesh_reached` tells how far that is. A
+/// layer that would cross itself or collapse without `split` is made with it. So caps do not overlap unless the
+/// outlines do.
+///
+/// Where one outline falls apart, as a limb whose neck is narrower than twice the way in, a piece of it stays and the
+/// points of the others go to where they met it; and beyond its ridge a roof goes on as a point. Sloped faces close
+/// both, and `reached` does not tell of them: what `korvale_offset` gives for the same distance does, by `removed` and
+/// `collapsed`.
 ///
 /// Points at exactly one place are one. No random number is drawn, and outlines may have any size, as those of
 /// `korvale_offset`.

@@ -205,7 +205,8 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
     path: outlines in any order: a list of them, a path of matplotlib, such as that of a text, or of trimesh, polygons
         of Shapely, singly or many at a time.
     tolerance: an outline that lies within it of an earlier one everywhere, and that one within it of this, is left out:
-        drawings have contours that are nearly there twice. What is within it touches.
+        drawings have contours that are nearly there twice. What is within it touches, and does not count as crossing:
+        choose it larger than the distance of corners that belong together.
     crossing: outlines that cross each other are sorted all the same. Else they are refused, and two of them are named.
     progress: as for `offset`.
 
@@ -295,10 +296,17 @@ def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True, progress
     split, progress: as for `offset`.
 
     Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A step that
-    would make outlines cross, as a stroke moved in by more than half its width, is held back: it keeps its height and
-    goes as far, to a millionth, as they do not, and `Mesh.reached` tells how far that is. A layer that would cross
-    itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do. The triangles
-    face outwards. Vertices at exactly one place are one vertex. Outlines may have any size; no random number is drawn.
+    would make two outlines cross, as those of a frame moved in by more than half its width, is held back: it keeps its
+    height and goes as far, to a millionth, as they do not, and `Mesh.reached` tells how far that is. A layer that would
+    cross itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do. The
+    triangles face outwards. Vertices at exactly one place are one vertex. Outlines may have any size; no random number
+    is drawn.
+
+    Where one outline falls apart, as a limb whose neck is narrower than twice the way in, a piece of it stays and the
+    points of the others go to where they met it; and beyond its ridge a roof goes on as a point. Sloped faces close
+    both, and `reached` does not tell of them: `offset` by the same distance does, by `removed` and `collapsed`. Height
+    goes along the normal from which the outer outline runs counter-clockwise: of fonts, whose outlines run clockwise,
+    away from the reader.
 
     >>> korvale.bevel([(0, 0), (4, 0), (4, 4), (0, 4)], [(0, 0), (0, 8), (-1, 9)])  # a wall with a chamfer
     <korvale.Mesh of 12 vertices, 20 triangles>

@@ -230,9 +230,13 @@ inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> prof
 /// the first and on the last layer. Its triangles face outwards.
 ///
 /// Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A step that
-/// would make outlines cross, as a stroke moved in by more than half its width, is held back: it keeps its height and
-/// goes as far, to a millionth, as they do not, and `Mesh::reached` tells how far that is. A layer that would cross
-/// itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do.
+/// would make two outlines cross, as those of a frame moved in by more than half its width, is held back: it keeps its
+/// height and goes as far, to a millionth, as they do not, and `Mesh::reached` tells how far that is. A layer that
+/// would cross itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do.
+///
+/// Where one outline falls apart, as a limb whose neck is narrower than twice the way in, a piece of it stays and the
+/// points of the others go to where they met it; and beyond its ridge a roof goes on as a point. Sloped faces close
+/// both, and `reached` does not tell of them: `offset` by the same distance does, by `removed` and `collapsed`.
 ///
 /// Vertices at exactly one place are one vertex of the mesh. No random number is drawn, and outlines may have any size,
 /// as those of `offset`.
