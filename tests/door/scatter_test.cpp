@@ -69,7 +69,7 @@ TEST(Scatter, MakesThePointsOfTheArraySamplingWhereStepsOfADrawAreWithinTriangle
     for (const int n : {1, 2, 64, 32768}) { // each of so many steps of 1/32768 of the area
         std::vector<double> corners = row_of(n, [](int) { return 1.0; }), values;
         for (int i = 0; i < 6 * n; ++i)
-            values.push_back(i * i % 101);
+            values.push_back(static_cast<double>(int64_t{i} * i % 101));
         for (const int32_t count : {1, 33, 20000}) {
             std::vector<double> plain(3 * static_cast<size_t>(count)), carried(2 * static_cast<size_t>(count));
             std::vector<double> points(plain.size()), blended(carried.size());
