@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdlib>
 #include <ctime>
 
 #include <benchmark/benchmark.h>
@@ -7,6 +8,13 @@
 // Ratios to a peer, measured in the same run: the time of the peer divided by ours, so 2 means twice as fast as the
 // peer.
 namespace korvale::bench {
+
+/// Ends the program where something fails: what it then takes says nothing.
+inline void need(bool done)
+{
+    if (!done)
+        std::abort();
+}
 
 /// Processor time, so that a busy machine does not count.
 inline double seconds()

@@ -2,7 +2,6 @@
 // divided by ours, "native/this" that of a plain loop over the same expression compiled. All give the same bits.
 // Those of other packages are in `./dev bench python`.
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -14,17 +13,12 @@
 
 namespace {
 
+using korvale::bench::need;
 using korvale::bench::time_of;
 using Numbers = std::vector<double>;
 
 constexpr double kA = 1.25;
 double two = 2.0; ///< an exponent that the compiler does not know, as it would make a product of the power
-
-void need(bool done)
-{
-    if (!done)
-        std::abort();
-}
 
 /// An equation for y over a column x, and the loop that computes the same.
 template <class Native>

@@ -21,6 +21,7 @@
 
 namespace {
 
+using korvale::bench::need;
 using korvale::bench::time_of;
 using namespace korvale::test;
 using Numbers = std::vector<double>;
@@ -38,13 +39,6 @@ void measure(benchmark::State& state, Door door, Plain plain)
     }
     state.counters["plain_ns"] = 1e9 * of_plain;
     state.counters["more_ns"] = 1e9 * (of_door - of_plain);
-}
-
-/// Ends the program where something fails: what it then takes says nothing.
-void need(bool done)
-{
-    if (!done)
-        std::abort();
 }
 
 korvale_points points_of(const Numbers& xyz)

@@ -1,7 +1,6 @@
 // Many outlines in one call beside a loop over `BORDER` with one record, whose arrays are kept: "loop/this" is the time
 // of that loop divided by ours. The loop leaves each border in the record, where the next one takes its place;
 // "copying/this" is of a loop that also copies borders, flags and links to where they can stay.
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -16,14 +15,9 @@
 
 namespace {
 
+using korvale::bench::need;
 using korvale::bench::time_of;
 using Numbers = std::vector<double>;
-
-void need(bool done)
-{
-    if (!done)
-        std::abort();
-}
 
 /// Outlines one behind the other.
 struct Outlines {

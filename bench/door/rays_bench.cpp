@@ -2,7 +2,6 @@
 // that one takes in the same run, in processor time: CGAL, whose tree has boxes in doubles as well; `plain`, a tree
 // written for the nearest alone; `counts`, the same cast for nothing but counts; `classify`, which is `ray_classify`
 // from nothing to nothing in the same cells, beside making a grid.
-#include <cstdlib>
 #include <map>
 #include <vector>
 
@@ -23,17 +22,12 @@
 
 namespace {
 
+using korvale::bench::need;
 using korvale::bench::PlainTree;
 using korvale::bench::time_of;
 using Numbers = std::vector<double>;
 
 constexpr size_t kRays = 4096;
-
-void need(bool done)
-{
-    if (!done)
-        std::abort();
-}
 
 /// The teapot with every triangle divided `times` times into four.
 const Numbers& teapot(int64_t times)

@@ -2,7 +2,6 @@
 // grows with n log n; "offset/this" is the time of moving the same outlines by a hundredth of their size, divided by
 // the time of sorting them.
 #include <cmath>
-#include <cstdlib>
 #include <numbers>
 #include <vector>
 
@@ -13,15 +12,9 @@
 
 namespace {
 
+using korvale::bench::need;
 using korvale::bench::time_of;
 using Numbers = std::vector<double>;
-
-/// Ends the program where something fails: what it then takes says nothing.
-void need(bool done)
-{
-    if (!done)
-        std::abort();
-}
 
 /// A coast of n points.
 Numbers coast(int n, double x, double y, double size)

@@ -470,17 +470,6 @@ TEST(DoorBand, OfAHundredThousandPointsIsReadySoon)
 
 TEST(DoorBand, TellsOfItsProgressAndStopsWhenAsked)
 {
-    struct Course {
-        std::vector<double> told;
-        size_t patience;
-
-        static int32_t tell(double done, void* user)
-        {
-            auto& self = *static_cast<Course*>(user);
-            self.told.push_back(done);
-            return self.told.size() <= self.patience ? 1 : 0;
-        }
-    };
     Random random(1236);
     const Numbers line = wandering(random, 3000, 0.4);
     for (const int32_t closed : {0, 1}) {

@@ -31,21 +31,11 @@ korvale_indices indices_of(const std::vector<Index>& starts, int32_t kind = KORV
     return {starts.data(), static_cast<int64_t>(starts.size()), 0, kind};
 }
 
-korvale_offset_options options_of(double height, int32_t keep_vertices = 1, int32_t split = 1)
-{
-    korvale_offset_options options;
-    korvale_offset_defaults(&options, sizeof options);
-    options.height = height;
-    options.keep_vertices = keep_vertices;
-    options.split = split;
-    return options;
-}
-
 /// Borders of one call.
 class Many {
 public:
     Many(const korvale_points& points, const korvale_indices& starts, const Numbers& distances,
-         korvale_offset_options options = options_of(0))
+         korvale_offset_options options = offset_options(0))
     {
         const korvale_numbers numbers = rows_of(distances);
         EXPECT_EQ(korvale_offset_many(&points, &starts, &numbers, &options, &borders_, nullptr), KORVALE_OK);
@@ -134,7 +124,7 @@ TEST(DoorOffsetMany, NumbersVerticesAsThePointsHandedIn)
     Numbers flat(points.begin() + 12, points.end()), lifted(points.begin(), points.begin() + 12);
     for (size_t i = 0; i < 7; ++i)
         lifted.insert(lifted.end(), {flat[2 * i], flat[2 * i + 1], 0});
-    const Many many(points_of(lifted), indices_of(std::vector<int32_t>{4, 11}), {1}, options_of(0, 0));
+    const Many many(points_of(lifted), indices_of(std::vector<int32_t>{4, 11}), {1}, offset_options(0, 0));
     const korvale_border_arrays all = many.view();
     EXPECT_EQ(all.first, 4);
     EXPECT_EQ(all.vertices, 7);
@@ -206,7 +196,7 @@ TEST(DoorOffsetMany, GivesWhatEachOutlineGivesAlone)
     Random random(1218);
     for (int round = 0; round < rounds(300); ++round) {
         const Outlines outlines(random, random.below(30));
-        korvale_offset_options options = options_of(random.one_in(2) ? 0 : random.uniform(-3, 3));
+        korvale_offset_options options = offset_options(random.one_in(2) ? 0 : random.uniform(-3, 3));
         options.keep_vertices = random.between(0, 1);
         options.split = random.one_in(4) ? 0 : 1;
         Numbers distances;
@@ -316,7 +306,7 @@ TEST(DoorOffsetMany, SaysWhatItRefuses)
     holed[3 * 6 + 1] = NAN;
     const korvale_points not_finite = points_of(holed);
     EXPECT_EQ(refusal(&not_finite, &starts, &distance), "outline 1 must be finite, but its point 2 is (3, nan, 0)");
-    const korvale_offset_options options = options_of(NAN);
+    const korvale_offset_options options = offset_options(NAN);
     EXPECT_EQ(refusal(&points, &starts, &distance, &options), "options.height must be finite, but it is nan");
     korvale_error error;
     EXPECT_EQ(korvale_offset_many(&points, &starts, &distance, nullptr, nullptr, &error), KORVALE_BAD_ARGUMENT);
@@ -326,19 +316,6 @@ TEST(DoorOffsetMany, SaysWhatItRefuses)
     const Many many(not_finite, indices_of(before), {1});
     EXPECT_EQ(many.view().outlines, 1);
 }
-
-/// What was told, and how often it goes on.
-struct Course {
-    std::vector<double> told;
-    size_t patience;
-
-    static int32_t tell(double done, void* user)
-    {
-        auto& self = *static_cast<Course*>(user);
-        self.told.push_back(done);
-        return self.told.size() <= self.patience ? 1 : 0;
-    }
-};
 
 TEST(DoorOffsetMany, TellsOfItsProgressAndStopsWhenAsked)
 {
@@ -353,7 +330,7 @@ TEST(DoorOffsetMany, TellsOfItsProgressAndStopsWhenAsked)
     const korvale_points points = points_of(outlines.points);
     const korvale_indices starts = indices_of(outlines.starts, KORVALE_INT64);
     Course course = {{}, SIZE_MAX};
-    korvale_offset_options options = options_of(0);
+    korvale_offset_options options = offset_options(0);
     options.progress = &Course::tell;
     options.user = &course;
     const Many told(points, starts, {0.3}, options), silent(points, starts, {0.3});

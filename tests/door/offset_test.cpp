@@ -27,16 +27,6 @@ const Numbers kHole = {1, 1, 0, 3, 1, 0, 3, 3, 0, 1, 3, 0};
 // The notch vanishes when the outline grows by 1.
 const Numbers kNotched = {0, 0, 0, 4, 0, 0, 4, 4, 0, 2.1, 4, 0, 2, 3.9, 0, 1.9, 4, 0, 0, 4, 0};
 
-korvale_offset_options options_of(double height, int32_t keep_vertices = 1, int32_t split = 1)
-{
-    korvale_offset_options options;
-    korvale_offset_defaults(&options, sizeof options);
-    options.height = height;
-    options.keep_vertices = keep_vertices;
-    options.split = split;
-    return options;
-}
-
 /// A border with its memory.
 struct Moved {
     Numbers points;
@@ -47,7 +37,7 @@ struct Moved {
     bool operator==(const Moved&) const = default;
 };
 
-Moved moved(const Numbers& outline, double distance, korvale_offset_options options = options_of(0))
+Moved moved(const Numbers& outline, double distance, korvale_offset_options options = offset_options(0))
 {
     const korvale_points points = points_of(outline);
     Moved result = {Numbers(outline.size()), std::vector<uint8_t>(outline.size() / 3, 9),
@@ -122,12 +112,12 @@ TEST(DoorOffset, GrowsASquareByHalfAUnit)
 
 TEST(DoorOffset, LiftsTheBorder)
 {
-    expect_near(moved(kSquare, -1, options_of(2)).points, {1, 1, 2, 3, 1, 2, 3, 3, 2, 1, 3, 2});
+    expect_near(moved(kSquare, -1, offset_options(2)).points, {1, 1, 2, 3, 1, 2, 3, 3, 2, 1, 3, 2});
 }
 
 TEST(DoorOffset, LeavesRemovedVerticesOutWhenAsked)
 {
-    const Moved kept = moved(kNotched, 1), packed = moved(kNotched, 1, options_of(0, 0));
+    const Moved kept = moved(kNotched, 1), packed = moved(kNotched, 1, offset_options(0, 0));
     EXPECT_EQ(kept.points.size(), 21u);
     EXPECT_EQ(packed.removed, kept.removed);
     Numbers live;
@@ -243,10 +233,10 @@ TEST(DoorOffset, ScalingByAPowerOfTwoScalesTheBorder)
         for (size_t i = 2; i < outline.size(); i += 3)
             outline[i] = 0;
         const double distance = random.uniform(-3, 3), height = random.uniform(-3, 3);
-        const Moved plain = moved(outline, distance, options_of(height));
+        const Moved plain = moved(outline, distance, offset_options(height));
         for (const int exponent : {-40, -30, -10, -4, 30}) {
             const double scale = std::ldexp(1.0, exponent);
-            const Moved scaled = moved(times(scale, outline), scale * distance, options_of(scale * height));
+            const Moved scaled = moved(times(scale, outline), scale * distance, offset_options(scale * height));
             ASSERT_EQ(scaled.points, times(scale, plain.points)) << "round " << round << ", 2^" << exponent;
             ASSERT_EQ(scaled.removed, plain.removed);
             ASSERT_EQ(scaled.collapsed, plain.collapsed);
@@ -308,7 +298,7 @@ TEST(DoorOffset, SaysWhatItRefuses)
     EXPECT_EQ(refusal(&not_finite, 1, nullptr),
               "korvale_offset: outline must be finite, but its point 1 is (4, nan, 0)");
     EXPECT_EQ(refusal(&square, nan, nullptr), "korvale_offset: distance must be finite, but it is nan");
-    korvale_offset_options options = options_of(nan);
+    korvale_offset_options options = offset_options(nan);
     EXPECT_EQ(refusal(&square, 1, &options), "korvale_offset: options.height must be finite, but it is nan");
     options.size = 0;
     EXPECT_EQ(refusal(&square, 1, &options),
@@ -322,19 +312,6 @@ TEST(DoorOffset, SaysWhatItRefuses)
     EXPECT_EQ(korvale_offset(&square, 1, nullptr, &border, &error), KORVALE_BAD_ARGUMENT);
     EXPECT_STREQ(error.text, "korvale_offset: border.points must be given, but it is null");
 }
-
-/// What was told, and how often it goes on.
-struct Course {
-    std::vector<double> told;
-    size_t patience;
-
-    static int32_t tell(double done, void* user)
-    {
-        auto& self = *static_cast<Course*>(user);
-        self.told.push_back(done);
-        return self.told.size() <= self.patience ? 1 : 0;
-    }
-};
 
 /// A wheel of n teeth of many heights.
 Numbers wheel(size_t n)
@@ -352,7 +329,7 @@ TEST(DoorOffset, TellsOfItsProgressAndStopsWhenAsked)
 {
     const Numbers outline = wheel(20000);
     Course course = {{}, SIZE_MAX};
-    korvale_offset_options options = options_of(0);
+    korvale_offset_options options = offset_options(0);
     options.progress = &Course::tell;
     options.user = &course;
     EXPECT_EQ(moved(outline, 0.3, options), moved(outline, 0.3));
@@ -378,7 +355,7 @@ TEST(DoorOffset, TellsOfOutlinesWithHolesAsOneWork)
     const Numbers outline = wheel(20000), hole = times(0.5, outline);
     const std::array<korvale_points, 2> outlines = {points_of(outline), points_of(hole)};
     Course course = {{}, SIZE_MAX};
-    korvale_offset_options options = options_of(0);
+    korvale_offset_options options = offset_options(0);
     options.progress = &Course::tell;
     options.user = &course;
     korvale_offsetter* offsetter;
@@ -397,9 +374,9 @@ TEST(DoorOffset, TellsOfOutlinesWithHolesAsOneWork)
 
 TEST(DoorOffset, OptionsOfAnOlderHostHaveDefaultsForTheRest)
 {
-    korvale_offset_options options = options_of(5, 0);
+    korvale_offset_options options = offset_options(5, 0);
     options.size = offsetof(korvale_offset_options, height);
-    EXPECT_EQ(moved(kNotched, 1, options).points, moved(kNotched, 1, options_of(0, 0)).points);
+    EXPECT_EQ(moved(kNotched, 1, options).points, moved(kNotched, 1, offset_options(0, 0)).points);
 }
 
 TEST(DoorOffset, AnExhaustedHeapWritesNothing)
@@ -440,7 +417,7 @@ struct Offsetter {
         std::vector<korvale_points> points;
         for (const Numbers& outline : outlines)
             points.push_back(points_of(outline));
-        const korvale_offset_options options = options_of(height);
+        const korvale_offset_options options = offset_options(height);
         return korvale_offsetter_run(handle, points.data(), static_cast<int64_t>(points.size()), distance, &options,
                                      error);
     }

@@ -48,6 +48,30 @@ struct Told {
     }
 };
 
+/// The shares of some work that have been told, and how many are before the next one ends it.
+struct Course {
+    std::vector<double> told;
+    size_t patience;
+
+    static int32_t tell(double done, void* user)
+    {
+        auto& self = *static_cast<Course*>(user);
+        self.told.push_back(done);
+        return self.told.size() <= self.patience ? 1 : 0;
+    }
+};
+
+/// How an outline is moved.
+inline korvale_offset_options offset_options(double height, int32_t keep_vertices = 1, int32_t split = 1)
+{
+    korvale_offset_options options;
+    korvale_offset_defaults(&options, sizeof options);
+    options.height = height;
+    options.keep_vertices = keep_vertices;
+    options.split = split;
+    return options;
+}
+
 /// Calls a function with an error of its own as last argument, expects the status, and returns the sentence, which is
 /// empty after KORVALE_OK.
 template <class Call>
