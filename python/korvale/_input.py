@@ -362,19 +362,25 @@ def _starts(value: Any, function: str) -> Numbers:
 
 
 def repeats(flat: Numbers, starts: Numbers) -> Numbers:
-    """Which outlines repeat their first point at the end; none where the starts are not sound."""
+    """How many points at the end of each outline repeat its first; none where the starts are not sound."""
     first, last = starts[:-1], starts[1:] - 1
+    counts = numpy.zeros(len(first), numpy.int64)
     if not len(first) or first.min() < 0 or last.max() >= len(flat) or (last < first - 1).any():
-        return numpy.zeros(len(first), bool)
-    longer = last > first
-    first, last = first[longer], last[longer]
-    longer[longer] = (flat[first] == flat[last]).all(axis=1)
-    return longer
+        return counts
+    closed = numpy.flatnonzero(last > first)
+    closed = closed[(flat[first[closed]] == flat[last[closed]]).all(axis=1)]
+    counts[closed] = 1
+    for k in closed[(flat[first[closed]] == flat[last[closed] - 1]).all(axis=1)]:  # rare
+        counts[k] = last[k] + 1 - first[k] - len(without_repeat(flat[first[k]:last[k] + 1]))
+    return counts
 
 
 def without_repeat(outline: Numbers) -> Numbers:
-    """An outline without a last point that repeats the first."""
-    return outline[:-1] if len(outline) > 1 and (outline[0] == outline[-1]).all() else outline
+    """An outline without points at its end that repeat the first."""
+    if len(outline) < 2 or (outline[0] != outline[-1]).any():
+        return outline
+    others = numpy.flatnonzero((outline != outline[0]).any(axis=1))
+    return outline[:others[-1] + 1 if len(others) else 1]
 
 
 def shapes_of(outlines: Iterable[Numbers], tolerance: Any = 0.0, crossing: Any = False,

@@ -78,9 +78,9 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
            split: bool = True, progress: ProgressLike = None) -> Offset | Offsets:
     """The border of a closed, planar outline: every edge moved sideways in the outline's own plane.
 
-    outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first, and may repeat
-        it. A float64 array (N, 3) is read where it is. Or an outer outline and its holes: a list of outlines, a polygon
-        of Shapely, a path of matplotlib or trimesh.
+    outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first. Points at the
+        end that repeat the first are left out. A float64 array (N, 3) is read where it is. Or an outer outline and its
+        holes: a list of outlines, a polygon of Shapely, a path of matplotlib or trimesh.
     distance: outwards where it is positive, in units of the outline. Corners stay sharp.
     height: lift of the border along the normal from which the outline runs counter-clockwise.
     keep_vertices: a point of the border for each vertex; else vertices that were removed are left out.
@@ -126,7 +126,7 @@ class Borders(NamedTuple):
     starts: NDArray[numpy.int64]  #: int64 (n + 1,): where each border begins in `points`, and where the last one ends
     sources: Ints  #: int32 (P,): the vertex that each point belongs to
     collapsed: Truths  #: bool (n,): nothing is left
-    removed: Truths  #: bool (V,): a vertex was removed on the way; so was a last point that repeats the first
+    removed: Truths  #: bool (V,): a vertex was removed on the way; so were last points that repeat the first
     merged_into: Ints  #: int32 (V,): the vertex that each one merged into, itself while it stayed
 
     def singly(self) -> list[Doubles]:
@@ -167,8 +167,10 @@ def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, start
     first = 0
     if repeated.any():  # moved without them
         first, last = int(begins[0]), int(begins[-1])
-        kept = numpy.ones(last - first, bool)
-        kept[begins[1:][repeated] - 1 - first] = False
+        marks = numpy.zeros(last - first + 1, numpy.int64)
+        numpy.add.at(marks, begins[1:] - repeated - first, 1)
+        numpy.subtract.at(marks, begins[1:] - first, 1)
+        kept = marks[:-1].cumsum() == 0
         given, begins = begins - first, begins - first - numpy.concatenate([[0], repeated.cumsum()])
         flat = flat[first:last][kept]
     with Progress(progress, 1000) as report:
@@ -182,12 +184,14 @@ def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, start
     removed[kept] = borders.removed
     merged_into = numpy.empty(len(kept), numpy.int32)
     merged_into[kept] = numbers[borders.merged_into]
-    merged_into[~kept] = given[:-1][repeated] + first
+    merged_into[~kept] = given[:-1].repeat(repeated) + first
     return borders._replace(sources=numbers[borders.sources], removed=removed, merged_into=merged_into)
 
 
 def outlines(shape: ShapeLike) -> list[Doubles]:
-    """The outlines of a shape as korvale sees them: float64 (N, 3) each, the outer one first, no point repeated.
+    """The outlines of a shape as korvale sees them: float64 (N, 3) each, the outer one first.
+
+    None repeats its first point at the end, however often it does so in `shape`.
 
     shape: an outline, a list of outlines, a polygon of Shapely, a path of matplotlib or trimesh, an `Offset`, `Offsets`
         or a `Band`.
@@ -211,7 +215,8 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
     progress: as for `offset`.
 
     An outline inside an even number of others is an outer one; it does not matter which way round it runs. Outlines may
-    touch. One that is there twice, number for number, is taken once.
+    touch. One that is there twice, number for number, is taken once. None that is returned repeats its first point at
+    the end.
 
     >>> square = numpy.array([(0, 0), (1, 0), (1, 1), (0, 1)])
     >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]

@@ -73,12 +73,14 @@ public:
         return PointView::at(static_cast<const double*>(array_.data()), static_cast<std::size_t>(array_.shape(0)));
     }
 
-    /// Without a last point that repeats the first.
+    /// Without points at the end that repeat the first.
     PointView outline() const
     {
         const PointView all = view();
-        const std::size_t n = all.size();
-        return n > 1 && all[n - 1] == all[0] ? PointView::at(all.data(), n - 1) : all;
+        std::size_t n = all.size();
+        while (n > 1 && all[n - 1] == all[0])
+            --n;
+        return n < all.size() ? PointView::at(all.data(), n) : all;
     }
 
 private:

@@ -141,7 +141,7 @@ class OffsetTest(RefusingTest):
 
 
 def rings(count, seed=5):
-    """Outlines with 3 to 40 points, some of which repeat their first point."""
+    """Outlines with 3 to 40 points, some of which repeat their first point, once or several times."""
     generator = numpy.random.default_rng(seed)
     made = []
     for k in range(count):
@@ -149,7 +149,7 @@ def rings(count, seed=5):
         turn, radius = numpy.arange(n) * (2 * numpy.pi / n), generator.uniform(1, 5, n)
         made.append(numpy.column_stack([radius * numpy.cos(turn) + k, radius * numpy.sin(turn), numpy.full(n, k % 3)]))
         if generator.random() < 0.3:
-            made[-1] = numpy.vstack([made[-1], made[-1][:1]])
+            made[-1] = numpy.vstack([made[-1], made[-1][[0] * int(generator.integers(1, 4))]])
     return made
 
 
@@ -168,8 +168,8 @@ class OffsetManyTest(RefusingTest):
             numpy.testing.assert_array_equal(sources, base + at + live)
             numpy.testing.assert_array_equal(borders.removed[at:at + n], alone.removed)
             numpy.testing.assert_array_equal(borders.merged_into[at:at + n], base + at + alone.merged_into)
-            if n < len(outline):
-                self.assertEqual((borders.removed[at + n], borders.merged_into[at + n]), (True, base + at))
+            for repeat in range(n, len(outline)):
+                self.assertEqual((borders.removed[at + repeat], borders.merged_into[at + repeat]), (True, base + at))
             at += len(outline)
         self.assertEqual((len(borders.removed), len(borders.merged_into)), (at, at))
 
@@ -190,7 +190,7 @@ class OffsetManyTest(RefusingTest):
         for first, last in ((0, 20), (20, 50), (13, 14), (7, 7)):
             part = korvale.offset_many(flat, 0.5, starts=starts[first:last + 1])
             self.assertAlone(part, outlines[first:last], [0.5] * (last - first), starts[first])
-        without = [outline[:-1] if (outline[0] == outline[-1]).all() else outline for outline in outlines]
+        without = [korvale.outlines(outline)[0] for outline in outlines]
         starts = numpy.cumsum([0, *map(len, without)])
         part = korvale.offset_many(numpy.concatenate(without), 0.5, starts=starts[20:31])
         self.assertAlone(part, without[20:30], [0.5] * 10, starts[20])
@@ -409,6 +409,28 @@ class SolidTest(RefusingTest):
         near = SQUARE + 0.001
         self.assertEqual([len(shape) for shape in korvale.shapes([SQUARE, near, HOLE], tolerance=0.01)], [2])
         self.assertEqual(korvale.shapes([near, SQUARE], tolerance=0.01)[0][0].tolist(), near.tolist())
+
+    def test_no_outline_repeats_its_first_point(self):
+        for repeats in (1, 2, 5):
+            closed = numpy.vstack([SQUARE, SQUARE[[0] * repeats]])
+            self.assertEqual(korvale.shapes([closed])[0][0].tolist(), SQUARE.tolist())
+            self.assertEqual(korvale.outlines(closed)[0].tolist(), SQUARE.tolist())
+            self.assertEqual(korvale.offset(closed, 1), korvale.offset(SQUARE, 1))
+            self.assertEqual(korvale.offset([closed, HOLE], 1), korvale.offset([SQUARE, HOLE], 1))
+            self.assertEqual(korvale.triangulate(closed).tolist(), korvale.triangulate(SQUARE).tolist())
+        self.assertEqual(korvale.outlines([(1, 1)] * 5)[0].tolist(), [[1, 1, 0]])
+        doubled = numpy.vstack([SQUARE[:1], SQUARE])  # only what is at the end repeats
+        self.assertEqual(korvale.outlines(doubled)[0].tolist(), doubled.tolist())
+
+    def test_letters_repeat_no_point_at_their_end(self):
+        try:
+            from matplotlib.textpath import TextPath
+        except ImportError:
+            self.skipTest("python3-matplotlib is not installed")
+        for sign in "ABDOPQRabdegopq0689&%@$":
+            for shape in korvale.shapes(TextPath((0, 0), sign, size=10)):
+                for outline in shape:
+                    self.assertNotEqual(outline[0].tolist(), outline[-1].tolist(), sign)
 
     def test_shapes_refuse_what_crosses(self):
         crossing = [SQUARE, SQUARE + (1, 1, 0)]
