@@ -231,6 +231,7 @@ Meeting ask_record(const korvale_grid& grid, const Ray& ray, const double* direc
 {
     double origin[3] = {ray.origin[0], ray.origin[1], ray.origin[2]};
     double along[3] = {direction[0], direction[1], direction[2]};
+    bring_to_length(along);
     Meeting meeting;
     meeting.count = ray_intersect(origin, along, &grid.status, &meeting.distance);
     if (meeting.count > 0 && wants_number) {

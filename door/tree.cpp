@@ -12,8 +12,8 @@
 // centre of the mesh, the ray from the point of it nearest to that. What is too large for floats is walked through
 // triangle by triangle.
 //
-// The thresholds of the exact test are absolute. Small models are asked as larger ones: all lengths are multiplied by a
-// power of two, which loses no bit, those of triangles by the frame of the ray.
+// The thresholds of the exact test are absolute. Small models, and those of small triangles, are asked as larger ones:
+// all lengths are multiplied by a power of two, which loses no bit, those of triangles by the frame of the ray.
 #include "door/internal/tree.h"
 
 #include <algorithm>
@@ -65,41 +65,80 @@ bool note(Meeting& meeting, int32_t t, double distance)
     return is_nan(distance);
 }
 
-/// The exponent of the least power of two that a small model is made to reach: a million triangles over it are then met
-/// from all but the most grazing directions.
+/// The exponent of the least power of two that a small model is made to reach.
 constexpr int kReach = 6;
+
+/// The exponent of what twice the area of the smallest triangle is brought to: it is met then from all but the most
+/// grazing directions, 1 in 16,000 of them, as those of a million over a ball of size 2^kReach are. Chosen.
+constexpr int kDoubleArea = -6;
+
+/// The exponent of the power of two that no coordinate is brought to for that: the rounding of a determinant, some
+/// 2^(2 kFarthest - 52), stays well below the 1e-06 from which a triangle counts as seen, and the rounding of the last
+/// plane of 256 cells, 2^(kFarthest - 52) each, below what boxes of triangles are widened by.
+constexpr int kFarthest = 12;
 
 /// The greatest power of two that brings things to a size, whose inverse is an ordinary number as well.
 constexpr int kMostExponent = 1000;
 
-double scale_of(const double* box)
+/// Triangles that are measured between two reports of progress.
+constexpr int32_t kReport = 100000;
+
+/// The square of twice the smallest area of triangles, other than 0, with lengths multiplied by `scale`.
+double least_square(const double* triangles, int32_t count, double scale, const Growth& growth)
 {
-    const double reach = std::max({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
-    if (!(reach > 0 && reach < 1))
-        return 1;
-    return std::ldexp(1, std::min(kReach - std::ilogb(reach), kMostExponent));
+    double least = std::numeric_limits<double>::infinity();
+    for (int32_t t = 0; t < count; ++t) {
+        if (t % kReport == 0)
+            growth.tell(0);
+        const double* const p = triangles + 9 * int64_t{t};
+        const double a[3] = {scale * (p[3] - p[0]), scale * (p[4] - p[1]), scale * (p[5] - p[2])};
+        const double b[3] = {scale * (p[6] - p[0]), scale * (p[7] - p[1]), scale * (p[8] - p[2])};
+        double normal[3];
+        inside::cross(a, b, normal);
+        const double square = inside::dot(normal, normal);
+        if (square > 0 && square < least)
+            least = square;
+    }
+    return least;
 }
 
-/// Multiplies a vector that reaches less than 1 by the power of two that makes it reach 1 to 2.
-void lengthen(double* v)
+double scale_of(const double* triangles, int32_t count, const double* box, const Growth& growth)
 {
-    const double reach = std::max({std::fabs(v[0]), std::fabs(v[1]), std::fabs(v[2])});
-    if (!(reach > 0 && reach < 1))
-        return;
-    const double scale = std::ldexp(1, std::min(-std::ilogb(reach), kMostExponent));
-    for (int k = 0; k < 3; ++k)
-        v[k] *= scale;
+    const double reach = std::max({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
+    if (!(reach > 0) || !door::is_finite(reach))
+        return 1;
+    const int of_reach = reach < 1 ? std::min(kReach - std::ilogb(reach), kMostExponent) : 0;
+    double farthest = 0;
+    for (int k = 0; k < 6; ++k)
+        farthest = std::max(farthest, std::fabs(box[k]));
+    const int most = std::min(kFarthest - 1 - std::ilogb(farthest), kMostExponent);
+    if (most <= of_reach)
+        return std::ldexp(1, of_reach);
+    const double square = least_square(triangles, count, std::ldexp(1, of_reach), growth);
+    const int missing = 2 * kDoubleArea - (door::is_finite(square) ? std::ilogb(square) : 0);
+    const int of_triangles = of_reach + (missing > 0 ? (missing + 3) / 4 : 0); // areas are squares, and squared
+    return std::ldexp(1, std::min(of_triangles, most));
 }
 
 } // namespace
 
 // Rays.
 
+void bring_to_length(double* direction)
+{
+    constexpr double kLong = 0x1p+500; // whose square is an ordinary number
+    const double reach = std::max({std::fabs(direction[0]), std::fabs(direction[1]), std::fabs(direction[2])});
+    if (!(reach > 0) || !door::is_finite(reach) || (reach >= 1 && reach < kLong))
+        return;
+    const int exponent = std::ilogb(reach);
+    for (int k = 0; k < 3; ++k)
+        direction[k] = std::ldexp(direction[k], -exponent);
+}
+
 Ray::Ray(const double* from, const double* along, double scale)
 {
     inside::copy3(along, unit);
-    if (scale != 1)
-        lengthen(unit);
+    bring_to_length(unit);
     can_meet = inside::make_unit(unit);
     for (int k = 0; k < 3; ++k) {
         origin[k] = scale * from[k];
@@ -148,8 +187,8 @@ void Growth::tell(double done) const
 // Growing.
 
 Tree::Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth)
-    : triangles_(triangles), count_(count), scale_(scale_of(box)), low_(), high_(), centre_(), half_(0),
-      is_ordinary_(true), grid_()
+    : triangles_(triangles), count_(count), scale_(scale_of(triangles, count, box, growth)), low_(), high_(), centre_(),
+      half_(0), is_ordinary_(true), grid_()
 {
     if (count == 0)
         return;

@@ -59,8 +59,7 @@ void compare(const korvale_grid* grid, RayStatus& s, double scale, Numbers& in)
         to_cells[k] = scale * origin[k];
         is_beyond = is_beyond || (std::isfinite(origin[k]) && !std::isfinite(to_cells[k]));
     }
-    if (scale != 1)
-        korvale::reference::lengthen(along);
+    korvale::reference::bring_to_length(along);
     double distance = -1, of_cells = -1;
     const int met = is_beyond ? 0 : ray_intersect(to_cells, along, &s, &of_cells);
     require(korvale_grid_count(grid, origin, direction, &distance) == met);

@@ -541,10 +541,11 @@ KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles,
 /// made), and any number of threads may ask one grid at a time. Borrowed ones are found through cells and marks, and
 /// then one grid belongs to one thread at a time.
 ///
-/// A triangle that shows less than half of 1e-06 square units to a ray is not met, and a direction shorter than 1e-06
-/// meets nothing. But where a grid owns a model that reaches less than 1 along each axis, these are the lengths times
-/// the power of two that makes it reach 64 to 128, which loses no bit, and directions may be of any length. Of borrowed
-/// triangles, and of fine meshes that reach 1 to 10, work in units in which triangles measure about 0.01 or more.
+/// Directions may be of any length but 0. A triangle that shows less than half of 1e-06 square units to a ray is not
+/// met: borrowed ones should measure about 0.1 or more. Where a grid owns its triangles, small ones are met as large
+/// ones are: lengths are multiplied by a power of two, which loses no bit, that makes a model which reaches less than 1
+/// along each axis reach 64 to 128, and twice the area of the smallest triangle 1/64, as long as no coordinate reaches
+/// 4096 by it.
 typedef struct korvale_grid korvale_grid;
 
 /// How a grid is made.

@@ -10,6 +10,10 @@
 // Triangles that do not move, found by rays as a grid of cells finds them, through a tree of boxes.
 namespace korvale::door {
 
+/// Multiplies a direction that reaches less than 1, or 2^500 and more, by the power of two that makes it reach 1 to 2.
+/// The unit vector of any other stays the same to the last bit.
+void bring_to_length(double* direction);
+
 /// A ray as the exact test of a triangle sees it.
 struct Ray {
     double origin[3], unit[3];
@@ -18,7 +22,7 @@ struct Ray {
     bool can_meet;   ///< false for a direction without length
     bool is_finite;  ///< whether all numbers of the frame are
 
-    /// All lengths are multiplied by `scale`, a power of two; where that is not 1, short directions are made longer.
+    /// All lengths are multiplied by `scale`, a power of two.
     Ray(const double* from, const double* along, double scale = 1);
 
     /// Whether triangle[9] is met, and at which distance.
@@ -49,8 +53,7 @@ public:
     static constexpr int32_t kMostDepth = 96;
 
     /// Over `count` triangles of finite numbers, which stay where they are, in n[3] cells of the box[6] around them.
-    /// Lengths of a model that reaches less than 1 along each axis are multiplied by the power of two that makes it
-    /// reach 64 to 128.
+    /// Lengths are multiplied by a power of two where the model or its smallest triangle is small: see `scale_of`.
     Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth);
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;

@@ -48,10 +48,10 @@ class RayGrid:
         and one thread at a time is served. Else any number of threads may ask one grid at a time.
     progress: see `Relaxer.run`; it is told of the thousandths done, and False is an error.
 
-    Faces of more than three corners are cut into triangles about their first corner; `faces` tells which is whose. A
-    triangle that shows less than half of 1e-06 square units to a ray is not met. A model that reaches less than 1 along
-    each axis is measured as one that reaches 64 to 128, unless `copy` is False; otherwise work in units in which
-    triangles measure about 0.01 or more.
+    Faces of more than three corners are cut into triangles about their first corner; `faces` tells which is whose.
+    Triangles may be of any size, unless they are below some 3e-05 of what their model, or its distance from the origin,
+    measures. But with `copy` False work in units in which they measure about 0.1 or more: one that shows less than half
+    of 1e-06 square units to a ray is not met.
 
     >>> grid = korvale.RayGrid([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], [(0, 1, 2), (0, 2, 3)])
     >>> grid.nearest((3, 1, 5), (0, 0, -1))

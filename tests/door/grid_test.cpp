@@ -250,8 +250,7 @@ TEST(Grid, MeetsWhatTheRecordMeetsToTheBit)
                 origin[k] = in_cells[k] / scale;
                 direction[k] = along[k];
             }
-            if (scale != 1)
-                reference::lengthen(direction);
+            reference::bring_to_length(direction);
             const int met = ray_intersect(in_cells, direction, &record.status, &of_record);
             of_record = met > 0 ? of_record / scale : -1;
             small += scale != 1 && met > 0;
@@ -358,21 +357,116 @@ TEST(Grid, ASmallModelAnswersAsALargeOne)
     }
 }
 
-TEST(Grid, AModelThatReachesOneIsNotSmall)
+/// A ball of 20 * 4^times triangles around a point.
+std::vector<double> ball(const std::array<double, 3>& middle, double radius, int times)
 {
-    // A triangle that reaches `reach`, and half a unit above it one of legs of 0.0009: twice its area is 8.1e-07.
-    const auto met = [](double reach, bool borrow) {
-        const std::vector<double> corners = {0,   0,   0,   reach,  0,   0,   0,   reach,  0,
-                                             0.1, 0.1, 0.5, 0.1009, 0.1, 0.5, 0.1, 0.1009, 0.5};
-        const Grid g(corners, {}, borrow);
-        const double origin[3] = {0.1001, 0.1001, 2}, down[3] = {0, 0, -1};
-        return korvale_grid_count(g.grid, origin, down, nullptr);
+    const double g = (1 + std::sqrt(5)) / 2;
+    const double points[12][3] = {{-1, g, 0},  {1, g, 0},  {-1, -g, 0}, {1, -g, 0}, {0, -1, g},  {0, 1, g},
+                                  {0, -1, -g}, {0, 1, -g}, {g, 0, -1},  {g, 0, 1},  {-g, 0, -1}, {-g, 0, 1}};
+    const int corners[20][3] = {{0, 11, 5},  {0, 5, 1},  {0, 1, 7},  {0, 7, 10}, {0, 10, 11}, {1, 5, 9}, {5, 11, 4},
+                                {11, 10, 2}, {10, 7, 6}, {7, 1, 8},  {3, 9, 4},  {3, 4, 2},   {3, 2, 6}, {3, 6, 8},
+                                {3, 8, 9},   {4, 9, 5},  {2, 4, 11}, {6, 2, 10}, {8, 6, 7},   {9, 8, 1}};
+    using Corner = std::array<double, 3>;
+    const auto on_ball = [](const Corner& p) {
+        const double length = std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
+        return Corner{p[0] / length, p[1] / length, p[2] / length};
     };
-    EXPECT_EQ(met(1, false), 1);
-    EXPECT_EQ(met(std::nextafter(1, 2), false), 1);
-    EXPECT_EQ(met(std::nextafter(1, 0), false), 2);
-    EXPECT_EQ(met(0.5, false), 2);
-    EXPECT_EQ(met(0.5, true), 1);
+    std::vector<std::array<Corner, 3>> triangles;
+    for (const auto& t : corners) {
+        std::array<Corner, 3> triangle;
+        for (size_t k = 0; k < 3; ++k)
+            triangle[k] = on_ball({points[t[k]][0], points[t[k]][1], points[t[k]][2]});
+        triangles.push_back(triangle);
+    }
+    for (; times > 0; --times) {
+        std::vector<std::array<Corner, 3>> finer;
+        for (const auto& [a, b, c] : triangles) {
+            const auto half_way = [&](const Corner& p, const Corner& q) {
+                return on_ball({p[0] + q[0], p[1] + q[1], p[2] + q[2]});
+            };
+            const Corner ab = half_way(a, b), bc = half_way(b, c), ca = half_way(c, a);
+            finer.insert(finer.end(), {{a, ab, ca}, {ab, b, bc}, {ca, bc, c}, {ab, bc, ca}});
+        }
+        triangles = finer;
+    }
+    std::vector<double> result;
+    for (const auto& triangle : triangles)
+        for (const Corner& p : triangle)
+            for (size_t k = 0; k < 3; ++k)
+                result.push_back(middle[k] + radius * p[k]);
+    return result;
+}
+
+TEST(Grid, KnowsTheInsideOfFineMeshes)
+{
+    // A ball of 327,680 triangles that reaches 1.2, and one of 20,480 in a corner of a box that reaches 9. Points are
+    // nearer to a surface than its facets are flat nowhere.
+    Random random(1225);
+    const auto wrong = [&](const std::vector<double>& corners, const std::array<double, 3>& middle, double radius) {
+        const Grid g(corners);
+        std::vector<double> points;
+        for (int i = 0; i < 3 * 4000; ++i)
+            points.push_back(middle[static_cast<size_t>(i % 3)] + radius * random.uniform(-1, 1));
+        std::vector<uint8_t> inside(4000);
+        const korvale_points at = points_of(points);
+        EXPECT_EQ(korvale_grid_contains(g.grid, &at, inside.data(), nullptr, nullptr, nullptr), KORVALE_OK);
+        int differ = 0;
+        for (size_t i = 0; i < 4000; ++i) {
+            const double away =
+                std::hypot(points[3 * i] - middle[0], points[3 * i + 1] - middle[1], points[3 * i + 2] - middle[2]) /
+                radius;
+            if (std::fabs(away - 1) > 1e-3)
+                differ += inside[i] != (away < 1);
+        }
+        return differ;
+    };
+    EXPECT_EQ(wrong(ball({0, 0, 0}, 0.6, 7), {0, 0, 0}, 0.6), 0);
+    std::vector<double> both = ball({-3, 4, 2}, 0.02, 5);
+    const std::vector<double> far = ball({5, 4, 2}, 0.5, 0);
+    both.insert(both.end(), far.begin(), far.end());
+    EXPECT_EQ(wrong(both, {-3, 4, 2}, 0.02), 0);
+}
+
+TEST(Grid, MeetsSmallTrianglesOfLargeModels)
+{
+    // A triangle that reaches `reach`, and half a unit above it one of legs of `leg`, met where the record does not.
+    const auto met = [](double reach, double leg, bool borrow, double along = 1) {
+        const std::vector<double> corners = {0,   0,   0,   reach,     0,   0,   0,   reach,     0,
+                                             0.1, 0.1, 0.5, 0.1 + leg, 0.1, 0.5, 0.1, 0.1 + leg, 0.5};
+        const Grid g(corners, {}, borrow);
+        const double origin[3] = {0.1 + 0.1 * leg, 0.1 + 0.1 * leg, 2}, down[3] = {0, 0, -along};
+        double distance = 0;
+        const int32_t count = korvale_grid_count(g.grid, origin, down, &distance);
+        EXPECT_EQ(distance, count == 2 ? 1.5 : 2);
+        return count;
+    };
+    EXPECT_EQ(met(1, 9e-4, true), 1); // twice its area is 8.1e-07
+    EXPECT_EQ(met(1, 9e-4, false), 2);
+    EXPECT_EQ(met(4000, 1.1e-3, false), 2); // as it is
+    EXPECT_EQ(met(4000, 9e-4, false), 1);   // 8000 is too far
+    EXPECT_EQ(met(2000, 9e-4, false), 2);   // twice as large
+    EXPECT_EQ(met(2000, 4e-4, false), 1);
+    EXPECT_EQ(met(4, 1e-5, false), 2); // 512 times as large
+}
+
+TEST(Grid, TheLengthOfADirectionDoesNotMatter)
+{
+    const std::vector<double> corners = {0, 0, 0, 4, 0, 0, 0, 4, 0};
+    const double origin[3] = {1, 1, 3};
+    for (const bool borrow : {false, true}) {
+        const Grid g(corners, {}, borrow);
+        for (const double length : {5e-324, 1e-310, 1e-7, 1.0, 1e150, 1e155, 1.7e308}) {
+            const double down[3] = {0, 0, -length}, skew[3] = {0, length / 2, -length};
+            double distance = 0;
+            EXPECT_EQ(korvale_grid_count(g.grid, origin, down, &distance), 1) << length;
+            EXPECT_EQ(distance, 3) << length;
+            EXPECT_EQ(korvale_grid_nearest(g.grid, origin, down).triangle, 0) << length;
+            EXPECT_EQ(korvale_grid_any(g.grid, origin, skew, 3.4), 1) << length;
+        }
+        const double nowhere[3] = {0, 0, 0}, beyond[3] = {0, 0, -kInfinity};
+        EXPECT_EQ(korvale_grid_count(g.grid, origin, nowhere, nullptr), 0);
+        EXPECT_EQ(korvale_grid_count(g.grid, origin, beyond, nullptr), 0);
+    }
 }
 
 TEST(Grid, ASmallModelIsNotMetFromBeyondAllNumbers)
@@ -406,7 +500,9 @@ TEST(Grid, MeetsWhatTheRecordMeetsWhereNumbersAreNot)
             }
             (random.one_in(2) ? origin : along)[random.between(0, 2)] = std::vector<double>{
                 NAN, kInfinity, -1e200, 1e300, 0.0, -0.0}[static_cast<size_t>(random.between(0, 5))];
-            const int met = ray_intersect(origin, along, &record.status, &of_record);
+            double direction[3] = {along[0], along[1], along[2]};
+            reference::bring_to_length(direction);
+            const int met = ray_intersect(origin, direction, &record.status, &of_record);
             ASSERT_EQ(korvale_grid_count(g.grid, origin, along, &distance), met);
             if (std::isnan(of_record))
                 ASSERT_TRUE(std::isnan(distance));
@@ -427,14 +523,15 @@ TEST(Grid, MeetsWhatTheRecordMeetsWhereTrianglesCrowd)
             for (int k = 0; k < 3; ++k)
                 corners.push_back(size * (k + 1) + (t >= 2000 ? 0.1 * (v == k) : wide * random.uniform(-1, 1)));
     }
+    corners = times(corners, 256); // beyond which smaller ones are not brought to a size
     const Grid g(corners, {4, 4, 4});
     Record record(corners, g.grid);
     int64_t hits = 0;
     for (int ray = 0; ray < 300; ++ray) {
         double origin[3], along[3], of_record = -1, distance = -1;
         for (int k = 0; k < 3; ++k) {
-            const double size = std::ldexp(1, -random.between(0, 40));
-            origin[k] = random.uniform(-1, 1);
+            const double size = std::ldexp(256, -random.between(0, 40));
+            origin[k] = random.uniform(-256, 256);
             along[k] = size * (k + 1) - origin[k];
         }
         const int met = ray_intersect(origin, along, &record.status, &of_record);
@@ -498,8 +595,7 @@ TEST(Grid, AMillionRaysMeetWhatTheRecordMeets)
     int64_t hits = 0;
     for (int round = 0; round < rounds(200); ++round) {
         std::vector<double> corners = hostile_triangles(random, random.between(1, random.one_in(8) ? 3000 : 200));
-        if (reference::grid_scale(corners.data(), static_cast<int32_t>(corners.size() / 9)) != 1)
-            corners = times(corners, 1e8);
+        corners = times(corners, reference::grid_scale(corners.data(), static_cast<int32_t>(corners.size() / 9)));
         const Grid g(corners);
         Record record(corners, g.grid);
         for (size_t i = 0; i < kRays; ++i) {

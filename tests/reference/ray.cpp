@@ -110,7 +110,7 @@ int intersect(const double* origin, const double* direction, RayStatus& s, doubl
 
 double grid_scale(const double* triangles, int32_t count)
 {
-    double reach = 0;
+    double reach = 0, farthest = 0;
     for (int k = 0; k < 3 && count > 0; ++k) {
         double least = triangles[k], greatest = triangles[k];
         for (int64_t i = k; i < 9 * int64_t{count}; i += 3) {
@@ -118,21 +118,41 @@ double grid_scale(const double* triangles, int32_t count)
             greatest = std::max(greatest, triangles[i]);
         }
         reach = std::max(reach, greatest - least);
+        farthest = std::max({farthest, std::fabs(least), std::fabs(greatest)});
     }
+    if (reach == 0)
+        return 1;
     double scale = 1;
-    while (reach > 0 && reach < 1 && reach * scale < 64 && scale < 0x1p1000)
+    while (reach < 1 && reach * scale < 64 && scale < 0x1p1000)
         scale *= 2;
+    const double before = scale;
+    const auto is_small = [&](const double* t) {
+        double a[3], b[3];
+        for (int k = 0; k < 3; ++k) {
+            a[k] = before * (t[k + 3] - t[k]);
+            b[k] = before * (t[k + 6] - t[k]);
+        }
+        const double x = a[1] * b[2] - a[2] * b[1], y = a[2] * b[0] - a[0] * b[2], z = a[0] * b[1] - a[1] * b[0];
+        const double square = x * x + y * y + z * z;
+        return square > 0 && square * std::pow(scale / before, 4) < 0x1p-12;
+    };
+    for (int32_t t = 0; t < count; ++t)
+        while (scale < 0x1p1000 && 2 * scale * farthest < 4096 && is_small(triangles + 9 * int64_t{t}))
+            scale *= 2;
     return scale;
 }
 
-void lengthen(double* direction)
+void bring_to_length(double* direction)
 {
     const double reach = std::max({std::fabs(direction[0]), std::fabs(direction[1]), std::fabs(direction[2])});
-    double scale = 1;
-    while (reach > 0 && reach * scale < 1 && scale < 0x1p1000)
-        scale *= 2;
-    for (int k = 0; k < 3; ++k)
-        direction[k] *= scale;
+    if (!(reach > 0) || reach > 0x1.fffffffffffffp+1023)
+        return;
+    for (double r = reach; reach < 1 && r < 1; r *= 2)
+        for (int k = 0; k < 3; ++k)
+            direction[k] *= 2;
+    for (double r = reach; reach >= 0x1p500 && r >= 2; r /= 2)
+        for (int k = 0; k < 3; ++k)
+            direction[k] /= 2;
 }
 
 } // namespace korvale::reference

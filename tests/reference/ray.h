@@ -24,11 +24,12 @@ std::vector<RayCell> sort_triangles(const double* triangles, int32_t count, cons
 int intersect(const double* origin, const double* direction, RayStatus& s, double* distance,
               const std::array<double, 6>* boxes = nullptr);
 
-/// The power of two by which a grid that owns its triangles multiplies all lengths: 1 for a model that reaches 1 or
-/// more along an axis, else the one that makes it reach 64 to 128.
+/// The power of two by which a grid that owns its triangles multiplies all lengths: for a model that reaches less than
+/// 1 along each axis the one that makes it reach 64 to 128; then the least one that makes twice the area of the
+/// smallest triangle 1/64 or more, as long as no coordinate reaches 4096 by it.
 double grid_scale(const double* triangles, int32_t count);
 
-/// Makes a direction that reaches less than 1 reach 1 to 2, as a grid does whose lengths are multiplied.
-void lengthen(double* direction);
+/// Makes a direction that reaches less than 1, or 2^500 and more, reach 1 to 2.
+void bring_to_length(double* direction);
 
 } // namespace korvale::reference

@@ -46,11 +46,10 @@ struct RayColumns {
 /// ```
 ///
 /// Any number of threads may ask one grid at a time; a grid `over` triangles that stay the caller's belongs to one
-/// thread at a time, as its queries write marks. A triangle that shows less than half of 1e-06 square units to a ray is
-/// not met, and a direction shorter than 1e-06 meets nothing. But where a grid owns a model that reaches less than 1
-/// along each axis, these are the lengths times the power of two that makes it reach 64 to 128, which loses no bit, and
-/// directions may be of any length. For a grid `over` triangles, and fine meshes that reach 1 to 10, work in units in
-/// which triangles measure about 0.01 or more.
+/// thread at a time, as its queries write marks. Directions may be of any length but 0. Triangles may be of any size,
+/// unless they are below some 3e-05 of what their model, or its distance from the origin, measures. But for a grid
+/// `over` triangles work in units in which they measure about 0.1 or more: one that shows less than half of 1e-06
+/// square units to a ray is not met.
 class RayGrid {
 public:
     /// Triangles given by their corners, which are copied. Without a `size`, one that suits them is chosen.
