@@ -8,7 +8,7 @@
 #include "math/internal/vector.h"
 #include "platform/internal/wrapping.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 /// Doubles that exist in `d`, at most `wanted`.
@@ -44,9 +44,9 @@ bool resize(DATAstruct& d, int32_t count)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::border
 
-using namespace korvale::inside;
+using namespace korvale::border;
 
 void BORDERAddWings(BORDERStatus* status)
 {

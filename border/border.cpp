@@ -11,7 +11,7 @@
 #include "data/operations.h"
 #include "path/flatten.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 /// The arrays a sweep works in, one entry per point of the outline.
@@ -97,9 +97,9 @@ void replace_output(BorderStatus& status)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::border
 
-using namespace korvale::inside;
+using namespace korvale::border;
 
 // Border replaces its output first, works in arrays of its own, needs the plane that data_to_xy_xfms finds and puts the
 // border at `height`. BORDER_BORDER validates first, works in the arrays of the record and leaves z alone.

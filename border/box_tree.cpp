@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 int64_t filled_up(int64_t n)
@@ -87,4 +87,4 @@ Box box_around(const BoxTree& tree)
     return around_children(tree.level[tree.levels - 1], 0);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

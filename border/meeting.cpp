@@ -20,7 +20,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 /// A vertex and an edge that approach each other more slowly than this never meet.
@@ -267,4 +267,4 @@ Event earlier_split_event(MeetingSearch& search, Wavefront& w, double drift, Eve
     return event;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

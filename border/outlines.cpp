@@ -9,7 +9,7 @@
 #include "math/internal/matrix.h"
 #include "path/flatten.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 /// Raises the points of a border by `height` along the normal of the plane that `xfm` flattens.
@@ -68,9 +68,9 @@ int border_list(BORDERStatus& status)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::border
 
-using namespace korvale::inside;
+using namespace korvale::border;
 
 int BORDER(BORDERStatus* status)
 {

@@ -12,7 +12,7 @@
 
 #include "platform/internal/lanes.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 /// An edge shorter than this is merged away when it is measured.
@@ -453,4 +453,4 @@ void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
     }
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

@@ -15,7 +15,7 @@
 #include "border/internal/workroom.h"
 #include "math/internal/vector.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 void start_live(Sweep& s)
@@ -128,4 +128,4 @@ int32_t pack_live_positions(Sweep& s)
     return live;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

@@ -21,7 +21,7 @@
 #include <cmath>
 #include <span>
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 /// Bounds rounding, as a share of the largest coordinate or distance. Over kMostRounds rounds a position rounds by 256
@@ -332,4 +332,4 @@ void drop_candidate(Watch& watch, int64_t k)
     watch.due[k] = watch.due[watch.candidate_count];
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

@@ -12,7 +12,7 @@
 
 #include "platform/internal/lanes3.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 namespace {
 
 constexpr int32_t kColumns = 15, kLists = 4;
@@ -240,4 +240,4 @@ void hand_back(Wavefront& w)
             store_row(w, i);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

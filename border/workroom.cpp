@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdlib>
 
-namespace korvale::inside {
+namespace korvale::border {
 
 struct Workroom::Block {
     int64_t room;
@@ -80,4 +80,4 @@ void Workroom::give_back()
         std::free(block_);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

@@ -8,7 +8,7 @@
 #include "data/internal/buffers.h"
 #include "data/internal/record.h"
 
-using namespace korvale::inside;
+using namespace korvale::data;
 
 static_assert(sizeof(Data) == 40 && offsetof(Data, dim) == 0 && offsetof(Data, count) == 4 &&
               offsetof(Data, type) == 8 && offsetof(Data, dvals) == 16 && offsetof(Data, ivals) == 24 &&

@@ -19,7 +19,7 @@ static_assert(sizeof(DATAstruct) == 64 && offsetof(DATAstruct, dim) == 0 && offs
               offsetof(DATAstruct, bvals) == 40 && offsetof(DATAstruct, pvals) == 48 &&
               offsetof(DATAstruct, next) == 56);
 
-namespace korvale::inside {
+namespace korvale::data {
 namespace {
 
 void free_buffers(DATAstruct& d)
@@ -69,9 +69,9 @@ bool has_slots(const DATAstruct* d, int32_t dim)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::data
 
-using namespace korvale::inside;
+using namespace korvale::data;
 
 void DATAInitialize(DATAstruct* d)
 {

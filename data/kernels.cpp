@@ -10,7 +10,7 @@
 #include "platform/internal/lanes.h"
 #include "platform/internal/lanes3.h"
 
-namespace korvale::inside {
+namespace korvale::data {
 namespace {
 
 /// Dispatch to four lanes pays from this many values on. Measured.
@@ -407,4 +407,4 @@ void mix_many_values(const double* a, const double* b, const double* c, const do
     mix_by<double>(a, b, c, d, wa, wb, wc, wd, j, n, to);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::data

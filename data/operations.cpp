@@ -13,7 +13,7 @@
 #include "data/internal/record.h"
 #include "data/internal/trees.h"
 
-namespace korvale::inside {
+namespace korvale::data {
 namespace {
 
 template <class Array>
@@ -306,9 +306,9 @@ int32_t carry_pair(const double (*m)[4], const Twins& pair)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::data
 
-using namespace korvale::inside;
+using namespace korvale::data;
 
 int DataCat(Data* first, Data* second, Data* output)
 {

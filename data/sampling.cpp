@@ -21,7 +21,7 @@
 #include "platform/internal/random.h"
 #include "platform/internal/scratch.h"
 
-namespace korvale::inside {
+namespace korvale::data {
 namespace {
 
 /// Points of a block: enough to hide the latency of their prefetches, few enough for the stack. Chosen.
@@ -289,7 +289,7 @@ void draw_places(Numbers& numbers, int count, Places& places)
 template <class Numbers>
 Sampled scatter(const SampledTriangles& t, const SamplePoints& p, const SampledAttributes& attributes, Numbers numbers)
 {
-    using Choice = inside::Choice<Numbers::kIsFine>;
+    using Choice = data::Choice<Numbers::kIsFine>;
     Scratch<double, kNearbyShares> reached(t.count);
     if (!reached.exists())
         return Sampled::no_room;
@@ -377,9 +377,9 @@ Sampled scatter_alone(const SampledTriangles& triangles, uint32_t seed, const Sa
     return scatter(triangles, points, attributes, OfCall{seed, seed, course});
 }
 
-} // namespace korvale::inside
+} // namespace korvale::data
 
-using namespace korvale::inside;
+using namespace korvale::data;
 
 // DataTriSample does not look at the kinds of the two arrays; DATATriSample wants doubles. Nothing else differs.
 

@@ -7,7 +7,7 @@
 // So gathering needs no memory, and depth does not matter.
 #include "data/internal/trees.h"
 
-namespace korvale::inside {
+namespace korvale::data {
 namespace {
 
 /// The children that disposal follows: all slots of the capacity of an array of arrays.
@@ -89,4 +89,4 @@ void release_tree(DATAstruct& d)
     gathering.take_tree(d);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::data

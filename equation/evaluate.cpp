@@ -31,7 +31,7 @@
 #include "equation/variables.h"
 #include "platform/internal/scratch.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 constexpr int64_t kMostValues = 51; ///< values held during an evaluation
@@ -492,9 +492,9 @@ int pass_with_copy(EquationSystem& es, int32_t variables)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::equation
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 double EqEvaluate(EquationSystem* es, int equation)
 {

@@ -9,7 +9,7 @@
 #include "equation/internal/functions.h"
 #include "platform/internal/random.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 /// Functions for which room is made when the arrays are full.
@@ -141,9 +141,9 @@ void register_built_ins(EquationSystem& es)
         register_function(&es, built_in.name, built_in.nargs, built_in.function.slot());
 }
 
-} // namespace korvale::inside
+} // namespace korvale::equation
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 int EqAnotherFunc(EquationSystem* es)
 {

@@ -3,7 +3,7 @@
 // but the names.
 #include "equation/internal/names.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 /// A list with no more names than this is compared name by name, without a table. Chosen.
@@ -97,4 +97,4 @@ bool Names::enter(Word word, int64_t i)
     }
 }
 
-} // namespace korvale::inside
+} // namespace korvale::equation

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <system_error>
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 /// Whether the digits before the point are worth more than nothing.
@@ -50,4 +50,4 @@ double read_number(const char* first, const char* last)
     return number;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::equation

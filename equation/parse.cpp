@@ -13,7 +13,7 @@
 #include "equation/internal/variables.h"
 #include "platform/internal/wrapping.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 constexpr int32_t kRowGrowth = 20;   ///< equations for which room is made when the array is full
@@ -289,9 +289,9 @@ bool make_items(const EquationSystem& es, DATAstruct* (&items)[kChildren])
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::equation
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 int op_isp(int code)
 {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace korvale::inside {
+namespace korvale::equation {
 
 Program checked_program(const DATAstruct* kinds, const DATAstruct* operands, const DATAstruct* constants)
 {
@@ -14,4 +14,4 @@ Program checked_program(const DATAstruct* kinds, const DATAstruct* operands, con
     return {kinds->ivals, operands->ivals, constants->dvals, held, std::min(held, kinds->count)};
 }
 
-} // namespace korvale::inside
+} // namespace korvale::equation

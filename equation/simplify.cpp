@@ -9,7 +9,7 @@
 #include "equation/internal/functions.h"
 #include "equation/internal/program.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 /// Moves the items from `from` on down by `distance` positions and makes the freed tail like that of a new program.
@@ -76,9 +76,9 @@ bool fold_from(const EquationSystem& es, int32_t equation, Program& program, int
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::equation
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 int EqSimplify(EquationSystem* es, int equation)
 {

@@ -17,7 +17,7 @@ static_assert(sizeof(EquationSystem) == 80 && offsetof(EquationSystem, funcs) ==
               offsetof(EquationSystem, tables) == 56 && offsetof(EquationSystem, table_pos) == 64 &&
               offsetof(EquationSystem, table_index) == 72);
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 constexpr int32_t kFirstFunctions = 20; ///< functions there is room for at first
@@ -86,9 +86,9 @@ bool allocate_equations(EquationSystem& es)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::equation
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 int EqSystemInitialize(EquationSystem* es)
 {

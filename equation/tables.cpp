@@ -8,7 +8,7 @@
 #include "equation/internal/functions.h"
 #include "platform/internal/wrapping.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 DATAstruct* table_of(const EquationSystem& es, int32_t f)
@@ -95,9 +95,9 @@ bool fill(const EquationSystem& es, int32_t f, int64_t n)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::equation
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
 {

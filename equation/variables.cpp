@@ -9,7 +9,7 @@
 #include "equation/internal/names.h"
 #include "equation/internal/variables.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 namespace {
 
 int64_t count_names(const char* text)
@@ -89,9 +89,9 @@ int32_t find_variable(const EquationSystem& es, Word name)
     return n == 0 ? -1 : find_name(es.var_names->bvals, n, name);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::equation
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 int EqLookupVariable(EquationSystem* es, char* name)
 {

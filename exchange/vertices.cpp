@@ -7,7 +7,7 @@
 #include "data/internal/buffers.h"
 #include "data/internal/record.h"
 
-namespace korvale::inside {
+namespace korvale::exchange {
 namespace {
 
 constexpr int32_t kSucceeded = 0;
@@ -149,9 +149,9 @@ int32_t write_vertices(const Array* array, I3DVertexCollection* collection)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::exchange
 
-using namespace korvale::inside;
+using namespace korvale::exchange;
 
 // The two generations differ in how the record is disposed and allocated and in what is known of its buffer's size.
 

@@ -31,7 +31,7 @@ const MwDependancyNode Mw___korvale_DependancyNode = {{{"gdiuser32", &Mw___gdius
                                                        {"stub", &Mw___stub_DependancyNode},
                                                        {"msvcrt", &Mw___msvcrt_DependancyNode}}};
 
-namespace korvale::inside {
+namespace korvale::frame {
 namespace {
 
 constexpr unsigned kProcessAttach = 1;
@@ -46,21 +46,20 @@ struct Running {
 };
 
 } // namespace
+} // namespace korvale::frame
 
-StandardStreams::StandardStreams()
+using namespace korvale::frame;
+
+korvale::platform::StandardStreams::StandardStreams()
 {
     static_assert(sizeof(StandardStreams) == sizeof(std::ios_base::Init));
     new (this) std::ios_base::Init;
 }
 
-StandardStreams::~StandardStreams()
+korvale::platform::StandardStreams::~StandardStreams()
 {
     reinterpret_cast<std::ios_base::Init*>(this)->~Init();
 }
-
-} // namespace korvale::inside
-
-using namespace korvale::inside;
 
 _Initializerkorvale::_Initializerkorvale()
 {

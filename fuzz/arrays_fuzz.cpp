@@ -13,7 +13,7 @@ using namespace korvale::fuzz;
 
 namespace {
 
-using korvale::inside::dispose;
+using korvale::data::dispose;
 
 constexpr int kRecords = 3;
 

@@ -2,7 +2,7 @@
 
 #include "math/internal/box.h"
 
-using namespace korvale::inside;
+using namespace korvale::math;
 
 bool bbox_intersect(double* box1, double* box2)
 {

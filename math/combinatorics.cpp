@@ -4,7 +4,7 @@
 
 #include "platform/internal/wrapping.h"
 
-using namespace korvale::inside;
+using namespace korvale::math;
 
 int factorial(int n)
 {

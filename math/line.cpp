@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace korvale::inside {
+namespace korvale::math {
 namespace {
 
 /// Points closer than this do not define a line.
@@ -11,9 +11,9 @@ constexpr double kShortestSpan = 1e-06;
 constexpr double kParallelSine = 1e-06;
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::math
 
-using namespace korvale::inside;
+using namespace korvale::math;
 
 int find_line(double* p0, double* p1, double* line)
 {

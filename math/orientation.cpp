@@ -3,7 +3,7 @@
 #include "math/internal/orientation.h"
 #include "math/internal/vector.h"
 
-namespace korvale::inside {
+namespace korvale::math {
 namespace {
 
 /// An x direction whose cosine with z is beyond this, either way, is made perpendicular.
@@ -50,9 +50,9 @@ int orient(const double* origin, const double* xdir, const double* zdir, double 
     return 1;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::math
 
-using namespace korvale::inside;
+using namespace korvale::math;
 
 int orientation_xfm(double* origin, double* zdir, double* ref, double* out16)
 {

@@ -5,7 +5,7 @@
 #include "math/internal/matrix.h"
 #include "math/internal/rotation.h"
 
-namespace korvale::inside {
+namespace korvale::math {
 namespace {
 
 /// Scales strictly between minus this and this are inverted to kLargestInverse.
@@ -39,9 +39,9 @@ void rotation_from_degrees(const double* degrees, double (*out)[4])
     rotation_from_radians(radians, out);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::math
 
-using namespace korvale::inside;
+using namespace korvale::math;
 
 void rotation_matrix(double* radians, Xfm out)
 {

@@ -2,7 +2,7 @@
 
 #include "math/internal/solve.h"
 
-using namespace korvale::inside;
+using namespace korvale::math;
 
 double TwoByTwoDeterminant(double m[2][2])
 {

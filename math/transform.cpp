@@ -5,7 +5,7 @@
 #include "math/internal/matrix.h"
 #include "math/internal/vector.h"
 
-namespace korvale::inside {
+namespace korvale::math {
 namespace {
 
 constexpr int kDecimals = 6;
@@ -43,9 +43,9 @@ KORVALE_FOUR_LANES void carry_wide(const double* m, const double* point, double*
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::math
 
-using namespace korvale::inside;
+using namespace korvale::math;
 
 void make_identity(Xfm m)
 {

@@ -3,7 +3,7 @@
 #include "math/internal/vector.h"
 #include "platform/internal/lanes.h"
 
-namespace korvale::inside {
+namespace korvale::math {
 namespace {
 
 /// With four lanes the three quotients are one divide instruction instead of three.
@@ -29,9 +29,9 @@ KORVALE_FOUR_LANES int normalize_wide(double* v)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::math
 
-using namespace korvale::inside;
+using namespace korvale::math;
 
 double dot_product(double* a, double* b)
 {

@@ -17,7 +17,7 @@
 #include "path/internal/flatten.h"
 #include "platform/internal/random.h"
 
-namespace korvale::inside {
+namespace korvale::path {
 namespace {
 
 /// Two directions whose cross product is not longer than this lie on one line.
@@ -499,9 +499,9 @@ void flatten(const DATAstruct* path, double (*xfm)[4], double (*reverse)[4], boo
         flatten_open(outline, to);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::path
 
-using namespace korvale::inside;
+using namespace korvale::path;
 
 // data_to_xy_xfms reports a path without a plane and never turns the normal; DATA_to_xy_xfms has no result and makes a
 // closed outline counter-clockwise. The methods share only their start, the single point and the frame.

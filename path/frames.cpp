@@ -16,7 +16,7 @@
 #include "math/internal/vector.h"
 #include "platform/internal/lanes3.h"
 
-namespace korvale::inside {
+namespace korvale::path {
 namespace {
 
 /// Turns against the first frame down to this sine count as positive.
@@ -348,9 +348,9 @@ constexpr double kFullTurnData = 6.2831852; // Deliberate: short
 constexpr double kFullTurnDATA = 6.283185307179586;
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::path
 
-using namespace korvale::inside;
+using namespace korvale::path;
 
 // path2xfm looks at count and dim only and closes loops with the short full turn;
 // PATH2xfm also wants doubles and uses the full-precision turn. Nothing else differs.

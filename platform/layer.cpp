@@ -13,9 +13,9 @@
 
 #include "platform/internal/generator.h"
 
-using korvale::inside::draw_after;
-using korvale::inside::following;
-using korvale::inside::number_of;
+using korvale::platform::draw_after;
+using korvale::platform::following;
+using korvale::platform::number_of;
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "math/internal/vector.h"
 #include "preserve/internal/measures.h"
 
-namespace korvale::inside {
+namespace korvale::preserve {
 namespace {
 
 /// What the term reads, and where it leaves the cosines.
@@ -405,9 +405,9 @@ double add_angle_energies(PreserveStatus& s, double energy, Ceiling& ceiling)
     return energy;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::preserve
 
-using namespace korvale::inside;
+using namespace korvale::preserve;
 
 int PreserveInitOfang(PreserveStatus* status)
 {

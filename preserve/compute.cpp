@@ -14,7 +14,7 @@
 #include "preserve/internal/mesh.h"
 #include "preserve/internal/terms.h"
 
-namespace korvale::inside {
+namespace korvale::preserve {
 namespace {
 
 /// The halving that is smaller than this is the last one tried.
@@ -141,9 +141,9 @@ void take_step(PreserveStatus& s, bool terms_are_sound)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::preserve
 
-using namespace korvale::inside;
+using namespace korvale::preserve;
 
 int PreserveCompute(PreserveStatus* status, DATAstruct* points, int iterations)
 {

@@ -12,7 +12,7 @@
 #include "platform/internal/large_pages.h"
 #include "preserve/internal/edge_table.h"
 
-namespace korvale::inside {
+namespace korvale::preserve {
 namespace {
 
 /// Whether `wanted` ints of `d` can be read. What a host has wrapped is believed to hold them: hosts need not set the
@@ -240,4 +240,4 @@ void group_by_point(PreserveStatus& s)
         cursor[v] = (v + 1 < points ? start[v + 1] : slots) - start[v];
 }
 
-} // namespace korvale::inside
+} // namespace korvale::preserve

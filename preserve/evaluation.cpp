@@ -8,7 +8,7 @@
 #include "preserve/internal/mesh.h"
 #include "preserve/internal/terms.h"
 
-using namespace korvale::inside;
+using namespace korvale::preserve;
 
 int PreserveFindEnergy(PreserveStatus* status)
 {

@@ -8,7 +8,7 @@
 #include "preserve/internal/mesh.h"
 #include "preserve/internal/terms.h"
 
-namespace korvale::inside {
+namespace korvale::preserve {
 namespace {
 
 /// An edge shorter than this has no direction to pull in.
@@ -155,9 +155,9 @@ double add_length_energies(PreserveStatus& s, double energy, Ceiling& ceiling)
                   [&] { return add_energies<Pair>(term, energy, ceiling); });
 }
 
-} // namespace korvale::inside
+} // namespace korvale::preserve
 
-using namespace korvale::inside;
+using namespace korvale::preserve;
 
 int PreserveInitOlen(PreserveStatus* status)
 {

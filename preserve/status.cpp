@@ -23,7 +23,7 @@ static_assert(sizeof(PreserveStatus) == 216 && offsetof(PreserveStatus, flags) =
               offsetof(PreserveStatus, narea) == 192 && offsetof(PreserveStatus, force) == 200 &&
               offsetof(PreserveStatus, energy) == 208);
 
-namespace korvale::inside {
+namespace korvale::preserve {
 namespace {
 
 /// An optional int array: null when it has no elements or no buffer.
@@ -47,9 +47,9 @@ void reset(PreserveStatus& s)
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::preserve
 
-using namespace korvale::inside;
+using namespace korvale::preserve;
 
 int PreserveInitialize(PreserveStatus* status, DATAstruct* points, DATAstruct* edges, DATAstruct* face_sizes,
                        DATAstruct* face_points)

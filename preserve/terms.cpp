@@ -8,7 +8,7 @@
 #include "preserve/lengths.h"
 #include "preserve/volume_area.h"
 
-namespace korvale::inside {
+namespace korvale::preserve {
 
 const Term kTerms[4] = {
     {PRESERVE_LENGTH, 0, PreserveInitOlen, add_length_energies, PreserveFindEdgeLengthForce},
@@ -50,4 +50,4 @@ int switch_off(PreserveStatus& s, int32_t bit)
     return -1;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::preserve

@@ -6,7 +6,7 @@
 #include "math/internal/vector.h"
 #include "preserve/internal/measures.h"
 
-namespace korvale::inside {
+namespace korvale::preserve {
 namespace {
 
 /// A volume or an area this close to its reference is left alone.
@@ -260,9 +260,9 @@ double add_area_energy(PreserveStatus& s, double energy, Ceiling& ceiling)
     return energy + ceiling.area;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::preserve
 
-using namespace korvale::inside;
+using namespace korvale::preserve;
 
 int PreserveInitOvolume(PreserveStatus* status)
 {

@@ -13,7 +13,7 @@
 #include "ray/internal/cells.h"
 #include "ray/internal/meet.h"
 
-namespace korvale::inside {
+namespace korvale::ray {
 namespace {
 
 /// The prefetch distance in a long list of numbers. Chosen.
@@ -172,4 +172,4 @@ void test_waiting(Cast& cast)
     cast.waiting = 0;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::ray

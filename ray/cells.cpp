@@ -19,7 +19,7 @@
 #include <malloc.h>
 #endif
 
-namespace korvale::inside {
+namespace korvale::ray {
 namespace {
 
 /// The size of a block of the C heap; always 0 where the heap does not tell.
@@ -162,4 +162,4 @@ void forget_cells(const data_list_struct* cells)
     table.remove(cells);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::ray

@@ -7,7 +7,7 @@
 
 #include "ray/internal/meet.h"
 
-namespace korvale::inside {
+namespace korvale::ray {
 namespace {
 
 /// The cells of an axis in order whose closed range holds `value`.
@@ -141,4 +141,4 @@ int32_t find_cells_met(const double* o, const double* d, const Cells& cells, int
     return static_cast<int32_t>(std::unique(met, met + count) - met);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::ray

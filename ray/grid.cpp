@@ -22,7 +22,7 @@ static_assert(sizeof(RayStatus) == 112 && offsetof(RayStatus, triangles) == 0 &&
               offsetof(RayStatus, tri_marks) == 48 && offsetof(RayStatus, cells) == 88 &&
               offsetof(RayStatus, nx) == 96 && offsetof(RayStatus, ny) == 100 && offsetof(RayStatus, nz) == 104);
 
-namespace korvale::inside {
+namespace korvale::ray {
 namespace {
 
 constexpr int32_t kDefaultCells = 4;
@@ -263,9 +263,9 @@ bool fill_cells(RayStatus& s, const Grid& grid, const double* triangles, int32_t
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::ray
 
-using namespace korvale::inside;
+using namespace korvale::ray;
 
 int ray_initialize(RayStatus* s)
 {

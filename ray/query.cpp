@@ -18,7 +18,7 @@
 #include "ray/internal/cells_met.h"
 #include "ray/internal/meet.h"
 
-namespace korvale::inside {
+namespace korvale::ray {
 namespace {
 
 void find_ray_frame(const double* origin, const double* d, double (*m)[4])
@@ -89,9 +89,9 @@ int find_meeting(const double* o, const double* d, double plane, int k, int a, i
 }
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::ray
 
-using namespace korvale::inside;
+using namespace korvale::ray;
 
 int ray_intersect(double* origin, double* direction, RayStatus* s, double* distance)
 {

@@ -6,7 +6,7 @@
 #include "border/internal/column.h"
 #include "platform/internal/lanes.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 
 /// An axis-aligned box in the plane.
 struct Box {
@@ -234,4 +234,4 @@ bool for_meeting_boxes(const BoxTree& tree, const Boxes& vertices, int32_t n, co
     return for_meeting_boxes(tree, vertices, n, emit, [] { return true; });
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

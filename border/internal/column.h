@@ -1,6 +1,6 @@
 #pragma once
 
-namespace korvale::inside {
+namespace korvale::border {
 
 /// A borrowed array that is as constant as the record it stands in: a const one gives only pointers to const and cannot
 /// be copied. So a function that takes a const record cannot write in the record's arrays either.
@@ -21,4 +21,4 @@ private:
     T* first_ = nullptr;
 };
 
-} // namespace korvale::inside
+} // namespace korvale::border

@@ -6,7 +6,7 @@
 #include "border/internal/watch.h"
 #include "border/internal/wavefront.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 
 /// What the search for meetings remembers from round to round, as long as the sweep lasts.
 struct MeetingSearch {
@@ -24,4 +24,4 @@ struct MeetingSearch {
 /// the first vertex wins, then the first edge. `drift` is that of the round.
 Event earlier_split_event(MeetingSearch& search, Wavefront& w, double drift, Event event);
 
-} // namespace korvale::inside
+} // namespace korvale::border

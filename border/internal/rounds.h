@@ -6,7 +6,7 @@
 #include "border/internal/wavefront.h"
 
 // What a round does, in this order.
-namespace korvale::inside {
+namespace korvale::border {
 
 /// A pair farther apart than kLater times the distance that closes until time t meets after t, even with its own time
 /// rounded: that takes a few roundings of 1e-16 each. Chosen.
@@ -67,4 +67,4 @@ void collapse_edges(Wavefront& w, double time);
 /// either case: it is not the vertex itself.
 void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge);
 
-} // namespace korvale::inside
+} // namespace korvale::border

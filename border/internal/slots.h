@@ -4,7 +4,7 @@
 
 #include "border/internal/wavefront.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 
 /// Names for the vertices of a wavefront that outlast deaths: a slot is the place that a vertex had when the naming
 /// began.
@@ -41,4 +41,4 @@ inline void bury_places(Slots& slots, const int32_t* gaps, int32_t count, int32_
     remove_values(slots.slot, sizeof *slots.slot, gaps, count, n);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::border

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace korvale::inside {
+namespace korvale::border {
 
 /// One sweep of a closed outline in the plane z = 0. The caller owns the arrays, one entry per input vertex; they hold
 /// the final state afterwards. Edge i runs from vertex i to the next live vertex, cyclically. Invariant: a dead vertex
@@ -55,4 +55,4 @@ bool join_dead_vertices(Sweep& s);
 /// stay as they are.
 int32_t pack_live_positions(Sweep& s);
 
-} // namespace korvale::inside
+} // namespace korvale::border

@@ -6,7 +6,7 @@
 #include "border/internal/slots.h"
 #include "border/internal/wavefront.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 
 /// Coordinates beyond this leave no room for the arithmetic of boxes: every pair is tested.
 constexpr double kFarthestBoxed = 1e100;
@@ -91,4 +91,4 @@ void renew_due(Watch& watch, const Wavefront& w, double drift, int64_t k, int32_
 /// Candidate k will not meet any more. The last one takes its place.
 void drop_candidate(Watch& watch, int64_t k);
 
-} // namespace korvale::inside
+} // namespace korvale::border

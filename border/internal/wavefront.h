@@ -9,7 +9,7 @@
 #include "border/internal/sweep.h"
 #include "platform/internal/lanes.h"
 
-namespace korvale::inside {
+namespace korvale::border {
 
 /// A column has one value per live vertex, in index order. It is a ring in memory: place -1 repeats the last value and
 /// place `live` the first, so that a step reads neighbours without a test for the ends.
@@ -159,4 +159,4 @@ void close_gaps(const Wavefront& w, EdgeColumns& edges);
 /// Hands all values of the live vertices back to the arrays of the sweep. Nothing is spread.
 void hand_back(Wavefront& w);
 
-} // namespace korvale::inside
+} // namespace korvale::border

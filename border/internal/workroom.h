@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace korvale::inside {
+namespace korvale::border {
 
 /// Working memory of one call: uninitialised doubles, the first aligned for four lanes. A few are stored in the object
 /// itself. More come from a pool of blocks that the library keeps between calls, so that calls neither ask the heap nor
@@ -47,4 +47,4 @@ private:
     friend struct KeptBlocks;
 };
 
-} // namespace korvale::inside
+} // namespace korvale::border

@@ -9,9 +9,10 @@
 
 #include "data/data.h"
 #include "data/datastruct.h"
+#include "platform/internal/namespaces.h"
 
 // Sizes of arrays, the same questions for both generations.
-namespace korvale::inside {
+namespace korvale::data {
 
 constexpr int64_t kMostElements = std::numeric_limits<int32_t>::max();
 
@@ -205,4 +206,4 @@ bool is_known_kind(const Array& d)
     return component_bytes(d, d.type) != 0;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::data

@@ -10,7 +10,7 @@
 // Work on the bare elements of an array, which knows nothing of its record. Results are those of a plain loop from the
 // first value on, also where buffers overlap. A few values are handled inline, more by a call into kernels.cpp, which
 // uses lanes.
-namespace korvale::inside {
+namespace korvale::data {
 
 /// Exchanges element i with element count - 1 - i, `bytes` bytes each.
 void reverse_elements(void* buffer, int64_t count, size_t bytes);
@@ -126,4 +126,4 @@ void mix_many_values(const double* a, const double* b, const double* c, const do
         to[j] = ((wa * a[j] + wb * b[j]) + wc * c[j]) + wd * d[j];
 }
 
-} // namespace korvale::inside
+} // namespace korvale::data

@@ -9,7 +9,7 @@
 #include "data/internal/buffers.h"
 
 // Arrays of dim 1 or more that serve as lists: how much of them exists, whatever a host has done to the record.
-namespace korvale::inside {
+namespace korvale::data {
 
 /// Components of kind `type` that exist: 0 for a null record or buffer.
 inline int64_t room(const DATAstruct* d, int32_t type)
@@ -75,4 +75,4 @@ inline bool grow_cleared(DATAstruct& d)
     return true;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::data

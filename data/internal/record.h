@@ -10,7 +10,7 @@
 
 // What both generations do alike, under one name: the life cycle of a record, for work that is written once over
 // either, and reversal.
-namespace korvale::inside {
+namespace korvale::data {
 
 inline void initialize(Data& d)
 {
@@ -83,4 +83,4 @@ template <class Array>
         reverse_elements(buffer_of(d, d.type), d.count, static_cast<size_t>(d.dim) * component_bytes(d, d.type));
 }
 
-} // namespace korvale::inside
+} // namespace korvale::data

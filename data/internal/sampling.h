@@ -2,8 +2,10 @@
 
 #include <cstdint>
 
+#include "platform/internal/namespaces.h"
+
 // Points scattered at random over triangles, with draws from wherever the caller has them.
-namespace korvale::inside {
+namespace korvale::data {
 
 /// Elements that stand `stride` values apart.
 struct SampledTriangles {
@@ -47,4 +49,4 @@ enum class Sampled {
 Sampled scatter_alone(const SampledTriangles& triangles, uint32_t seed, const SamplePoints& points,
                       const SampledAttributes& attributes, const SamplingCourse& course);
 
-} // namespace korvale::inside
+} // namespace korvale::data

@@ -8,7 +8,7 @@
 #include "data/internal/buffers.h"
 
 // Trees of arrays. A tree may be deeper than the machine's stack, so nothing that walks it recurses.
-namespace korvale::inside {
+namespace korvale::data {
 
 /// The number of children by count alone, whatever dim is: one slot per element. 0 where the slots do not all exist.
 inline int32_t children_by_count(const DATAstruct& d)
@@ -101,4 +101,4 @@ void walk_tree(Node node, Visit visit, ChildOf child_of)
     }
 }
 
-} // namespace korvale::inside
+} // namespace korvale::data

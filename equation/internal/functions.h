@@ -10,7 +10,7 @@
 #include "equation/functions.h"
 #include "equation/internal/names.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 
 /// Built-in functions by the index they are registered under: the parser's operators and some others.
 enum : int32_t {
@@ -123,4 +123,4 @@ inline bool is_built_in(int32_t f, const void* slot)
     return i < kBuiltInCount && slot == kBuiltIns[i].function.slot();
 }
 
-} // namespace korvale::inside
+} // namespace korvale::equation

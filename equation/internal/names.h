@@ -8,7 +8,7 @@
 #include "platform/internal/scratch.h"
 
 // Names as functions and variables have them: up to 12 characters in slots of 13 bytes, ended by a zero.
-namespace korvale::inside {
+namespace korvale::equation {
 
 constexpr int32_t kNameBytes = 13;
 constexpr size_t kLongestName = 12;
@@ -146,4 +146,4 @@ private:
     bool is_hashed_;
 };
 
-} // namespace korvale::inside
+} // namespace korvale::equation

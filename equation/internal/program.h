@@ -5,7 +5,7 @@
 #include "data/internal/lists.h"
 #include "equation/system.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 
 constexpr int32_t kMostItems = 100;
 constexpr int32_t kMostWaiting = 51; ///< operators with parentheses, and functions, that wait during a parse
@@ -52,4 +52,4 @@ inline Program program_at(const EquationSystem& es, int32_t equation)
     return is_equation(es, equation) ? program_of(es, equation) : Program();
 }
 
-} // namespace korvale::inside
+} // namespace korvale::equation

@@ -6,7 +6,7 @@
 #include "equation/internal/names.h"
 #include "equation/system.h"
 
-namespace korvale::inside {
+namespace korvale::equation {
 
 /// Variables that have a value.
 inline int32_t variable_count(const EquationSystem& es)
@@ -31,4 +31,4 @@ inline bool is_reserved(const EquationSystem& es, int32_t v)
     return v < usable_count(es.var_flags, DATA_TYPE_BYTE) && es.var_flags->bvals[v] != 0;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::equation

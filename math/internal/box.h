@@ -1,6 +1,8 @@
 #pragma once
 
-namespace korvale::inside {
+#include "platform/internal/namespaces.h"
+
+namespace korvale::math {
 
 inline bool boxes_meet(const double* box1, const double* box2)
 {
@@ -10,4 +12,4 @@ inline bool boxes_meet(const double* box1, const double* box2)
     return true;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::math

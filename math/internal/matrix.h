@@ -6,7 +6,7 @@
 #include "platform/internal/lanes3.h"
 
 // The matrix arithmetic of the library, inline. The exported functions of math/transform.h are doors to these.
-namespace korvale::inside {
+namespace korvale::math {
 
 inline void set_identity(double (*m)[4])
 {
@@ -136,4 +136,4 @@ inline void transpose(const double (*in)[4], double (*out)[4])
         }
 }
 
-} // namespace korvale::inside
+} // namespace korvale::math

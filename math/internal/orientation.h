@@ -1,8 +1,10 @@
 #pragma once
 
-namespace korvale::inside {
+#include "platform/internal/namespaces.h"
+
+namespace korvale::math {
 
 /// What `orientation_xfm_and_reverse` does; `rev` may be null.
 int orient(const double* origin, const double* xdir, const double* zdir, double (*fwd)[4], double (*rev)[4]);
 
-} // namespace korvale::inside
+} // namespace korvale::math

@@ -1,6 +1,8 @@
 #pragma once
 
-namespace korvale::inside {
+#include "platform/internal/namespaces.h"
+
+namespace korvale::math {
 
 /// The rotation Rz (Ry Rx) by radians[3].
 void rotation_from_radians(const double* radians, double (*out)[4]);
@@ -8,4 +10,4 @@ void rotation_from_radians(const double* radians, double (*out)[4]);
 /// The rotation Rz (Ry Rx) by degrees[3], converted with the short factor 0.0174533.
 void rotation_from_degrees(const double* degrees, double (*out)[4]);
 
-} // namespace korvale::inside
+} // namespace korvale::math

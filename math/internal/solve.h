@@ -1,6 +1,8 @@
 #pragma once
 
-namespace korvale::inside {
+#include "platform/internal/namespaces.h"
+
+namespace korvale::math {
 
 /// A 2x2 system whose determinant lies strictly between minus this and this counts as singular.
 constexpr double kSingularDeterminant = 1e-06;
@@ -21,4 +23,4 @@ inline bool solve_two_by_two(const double (*m)[3], double* x, double* y)
     return true;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::math

@@ -5,7 +5,7 @@
 #include "platform/internal/lanes3.h"
 
 // The vector arithmetic of the library, inline. The exported functions of math/vector.h are doors to these.
-namespace korvale::inside {
+namespace korvale::math {
 
 /// A vector shorter than this has no direction.
 constexpr double kShortestVector = 1e-06;
@@ -72,4 +72,4 @@ inline void copy3(const double* from, double* to)
     to[2] = from[2];
 }
 
-} // namespace korvale::inside
+} // namespace korvale::math

@@ -3,7 +3,7 @@
 #include "data/data.h"
 #include "data/datastruct.h"
 
-namespace korvale::inside {
+namespace korvale::path {
 
 /// What `data_to_xy_xfms` and `DATA_to_xy_xfms` do, on paths that are only read.
 int flatten(const Data* path, double (*xfm)[4], double (*reverse)[4], bool closed);
@@ -15,4 +15,4 @@ void flatten(const DATAstruct* path, double (*xfm)[4], double (*reverse)[4], boo
 void flatten_for_sure(const double* points, int count, double greatest, double (*xfm)[4], double (*reverse)[4],
                       bool closed);
 
-} // namespace korvale::inside
+} // namespace korvale::path

@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "platform/internal/namespaces.h"
+
 // Four floats at a time, for boxes of which nothing but a little room depends: unlike the lanes of doubles they promise
 // no bits.
-namespace korvale::inside {
+namespace korvale::platform {
 
 typedef float Floats __attribute__((vector_size(16)));
 typedef int32_t FloatsMask __attribute__((vector_size(16)));
@@ -45,4 +47,4 @@ inline unsigned bits(FloatsMask mask)
     return static_cast<unsigned>(both | both >> 32) & 15;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 
+#include "platform/internal/namespaces.h"
+
 // The classic 15-bit linear congruential generator, that of the process and those of calls that draw by themselves, and
 // one of 64 bits for what has to be finer.
-namespace korvale::inside {
+namespace korvale::platform {
 
 inline constexpr uint32_t kMultiplier = 214013;
 inline constexpr uint32_t kIncrement = 2531011;
@@ -58,4 +60,4 @@ inline uint64_t draw_word(uint64_t& state)
     return word ^ word >> 31;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

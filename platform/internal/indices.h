@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <cstring>
 
-namespace korvale::inside {
+#include "platform/internal/namespaces.h"
+
+namespace korvale::platform {
 
 /// Whether all values lie in 0 .. limit - 1. Without a branch in the loop.
 inline bool are_indices(const int32_t* values, int64_t count, int32_t limit)
@@ -26,4 +28,4 @@ inline bool are_indices(const int32_t* values, int64_t count, int32_t limit)
     return static_cast<int32_t>(sign) >= 0;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

@@ -22,7 +22,7 @@
 //
 // Quad may be used in functions marked KORVALE_FOUR_LANES and in steps that are inlined there: lambdas called directly,
 // and templates marked KORVALE_OVER_LANES.
-namespace korvale::inside {
+namespace korvale::platform {
 
 /// Marks a function template over a type of lanes. It is always inlined, and so compiled for the processor of its
 /// caller.
@@ -469,4 +469,4 @@ inline double greatest_over(std::type_identity_t<Index> begin, Index end, double
     return -least_over<Index>(begin, end, -start, [step]<class V>(Index i) { return -step.template operator()<V>(i); });
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

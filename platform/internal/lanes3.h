@@ -6,7 +6,7 @@
 
 // Three-dimensional vectors in lanes: one value of lanes for each coordinate (a structure of arrays), and the ways to
 // and from points in memory.
-namespace korvale::inside {
+namespace korvale::platform {
 
 template <class V>
 struct Lanes3 {
@@ -208,4 +208,4 @@ KORVALE_OVER_LANES Lanes3<V> points_at(const double* p, const int32_t* i, int st
     }
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

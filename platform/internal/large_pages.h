@@ -6,9 +6,11 @@
 
 #ifdef __linux__
 #include <sys/mman.h>
+
+#include "platform/internal/namespaces.h"
 #endif
 
-namespace korvale::inside {
+namespace korvale::platform {
 
 /// The size of a huge page on x86-64; a block below it takes ordinary pages.
 constexpr size_t kLargePage = size_t{2} << 20;
@@ -44,4 +46,4 @@ inline void* new_block(size_t bytes)
     return block;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "platform/internal/namespaces.h"
 #include "platform/layer.h"
 
 // What every source file of the library does at load: set up the standard streams and register the layer's idle window
 // message. Included once by each source file. Priority 1000 lies between the two stages of frame/: the first has 101,
 // and the second has none, which comes last.
-namespace korvale::inside {
+namespace korvale::platform {
 
 /// Holds the standard streams, as <iostream> does. Its functions are defined in frame/: including <ios> here would be
 /// half of what a small source file has to compile.
@@ -24,4 +25,4 @@ struct ModuleStart {
 ModuleStart module_start __attribute__((init_priority(1000)));
 
 } // namespace
-} // namespace korvale::inside
+} // namespace korvale::platform

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "platform/internal/namespaces.h"
 #include "platform/layer.h"
 
 #pragma weak korvale_draw_many // a layer may lack it
 
-namespace korvale::inside {
+namespace korvale::platform {
 
 /// The greatest number that `Mwrand` returns; the least is 0.
 inline constexpr int kGreatestDraw = 32767;
@@ -29,4 +30,4 @@ inline void draw_numbers(int* numbers, int n)
         numbers[i] = Mwrand();
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace korvale::inside {
+#include "platform/internal/namespaces.h"
+
+namespace korvale::platform {
 
 /// Storage for `kCount` values inside a record; an empty one for 0.
 template <class T, int64_t kCount>
@@ -54,4 +56,4 @@ private:
     bool is_near_;
 };
 
-} // namespace korvale::inside
+} // namespace korvale::platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/internal/namespaces.h"
+
 // Vector lanes wider than those that every processor of the architecture has, and their dispatch at run time. A
 // function that uses four lanes (Quad of lanes.h) is marked, gives the same bits as the plain one beside it, and is
 // called through `widest`:
@@ -23,7 +25,7 @@
 #define KORVALE_FOUR_LANES
 #endif
 
-namespace korvale::inside {
+namespace korvale::platform {
 
 #ifdef KORVALE_HAS_WIDE_LANES
 inline constexpr bool kFourLanes = true;
@@ -51,4 +53,4 @@ template <class Wide, class Plain>
     return plain();
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

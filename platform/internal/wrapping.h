@@ -2,8 +2,10 @@
 
 #include <cstdint>
 
+#include "platform/internal/namespaces.h"
+
 // 32-bit arithmetic that wraps around: computed without sign, where overflow is defined, and converted back.
-namespace korvale::inside {
+namespace korvale::platform {
 
 inline int32_t wrapping_sum(int32_t a, int32_t b)
 {
@@ -28,4 +30,4 @@ inline int32_t wrapping_quotient(int32_t a, int32_t b)
     return b == -1 ? wrapping_difference(0, a) : a / b;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::platform

@@ -3,7 +3,7 @@
 #include "preserve/internal/mesh.h"
 
 // Adjacency: edges from faces, and the edges and faces at each point. An array is made whole or not at all.
-namespace korvale::inside {
+namespace korvale::preserve {
 
 /// A new array from the heap, or null. One of 0 elements has no buffer.
 DATAstruct* new_list(int32_t type, int32_t count, int32_t dim);
@@ -27,4 +27,4 @@ bool find_edges(const Faces& faces, DATAstruct*& edges);
 /// Groups the edges and faces of `s` by point: makes the four `point_` arrays.
 void group_by_point(PreserveStatus& s);
 
-} // namespace korvale::inside
+} // namespace korvale::preserve

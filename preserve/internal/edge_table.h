@@ -10,7 +10,7 @@
 
 #include "platform/internal/large_pages.h"
 
-namespace korvale::inside {
+namespace korvale::preserve {
 
 /// The home slot of an edge is the lower bits of this hash, 7 from + scatter (to - from). It keeps locality: in a
 /// regular mesh, edges in the same direction lie seven slots apart from point to point, and other directions far away.
@@ -163,4 +163,4 @@ private:
     int32_t* slots_ = nullptr; // in memory_
 };
 
-} // namespace korvale::inside
+} // namespace korvale::preserve

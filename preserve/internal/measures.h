@@ -5,7 +5,7 @@
 #include "preserve/internal/terms.h"
 
 // Volume and area as sums over the faces, in the order of the faces. Any walk over all faces may add them on its way.
-namespace korvale::inside {
+namespace korvale::preserve {
 
 struct Measures {
     double volume = 0.0, area = 0.0;
@@ -41,4 +41,4 @@ void add_measures_of(const double* p, const Faces& faces, int32_t f, int32_t fir
 /// Notes the measures, and their energies in `ceiling`, as far as they are switched on in `terms`.
 void note_measures(PreserveStatus& s, int32_t terms, const Measures& measures, Ceiling& ceiling);
 
-} // namespace korvale::inside
+} // namespace korvale::preserve

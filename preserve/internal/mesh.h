@@ -8,7 +8,7 @@
 #include "preserve/status.h"
 
 // What the evaluation reads of a status, as plain pointers; what is missing or too short shows as none.
-namespace korvale::inside {
+namespace korvale::preserve {
 
 /// The points the connectivity refers to.
 inline int32_t point_count(const PreserveStatus& s)
@@ -135,4 +135,4 @@ inline double* forces_of(const PreserveStatus& s)
     return s.force == nullptr ? nullptr : measures_in(s.force, components(s.force->count, 3));
 }
 
-} // namespace korvale::inside
+} // namespace korvale::preserve

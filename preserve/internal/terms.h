@@ -5,7 +5,7 @@
 #include "preserve/status.h"
 
 // What the solver keeps of a mesh, one row per term.
-namespace korvale::inside {
+namespace korvale::preserve {
 
 /// The bound of a trial step. The trial is given up (early exit) as soon as its energy cannot end below `bound`: what
 /// is added later is never negative, and adding such values never lowers a sum, rounded or not. `volume` and `area` are
@@ -75,4 +75,4 @@ bool make_room(DATAstruct*& d, int32_t count);
 /// Clears the bit of a term that cannot be measured. Returns -1.
 int switch_off(PreserveStatus& s, int32_t bit);
 
-} // namespace korvale::inside
+} // namespace korvale::preserve

@@ -6,7 +6,7 @@
 #include "math/transform.h"
 #include "ray/grid.h"
 
-namespace korvale::inside {
+namespace korvale::ray {
 
 /// Triangles that are gathered before they are tested: enough to hide the latency of their prefetches. Chosen.
 constexpr int32_t kMostWaiting = 256;
@@ -33,4 +33,4 @@ void take_cell(Cast& cast, const data_list_struct& cell);
 /// Tests the gathered triangles.
 void test_waiting(Cast& cast);
 
-} // namespace korvale::inside
+} // namespace korvale::ray

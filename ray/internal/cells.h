@@ -7,7 +7,7 @@
 #include "ray/internal/grid.h"
 
 // The cells of a record and their contents, which a host may read, change and make itself.
-namespace korvale::inside {
+namespace korvale::ray {
 
 /// Triangle numbers in one node of a chain.
 constexpr int32_t kNodeRoom = 100;
@@ -55,4 +55,4 @@ inline int32_t numbers_held(const data_list_struct& node)
     return node.type == DATA_TYPE_INT && node.ivals != nullptr && node.dim >= 1 ? node.count : 0;
 }
 
-} // namespace korvale::inside
+} // namespace korvale::ray

@@ -4,7 +4,7 @@
 
 #include "ray/internal/cells.h"
 
-namespace korvale::inside {
+namespace korvale::ray {
 
 /// Room for the cells that one ray meets. A ray crosses about nx + ny + nz cells, and each is found about twice, by the
 /// face it enters and the one it leaves. Only a grid of empty thickness makes a ray meet more than there is room for.
@@ -16,4 +16,4 @@ constexpr int32_t kMostCellsMet = 2048;
 /// are more than there is room for.
 int32_t find_cells_met(const double* o, const double* d, const Cells& cells, int32_t (&met)[kMostCellsMet]);
 
-} // namespace korvale::inside
+} // namespace korvale::ray

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace korvale::inside {
+namespace korvale::ray {
 
 /// One axis of a grid: cell i reaches from planes[i] to planes[i + 1], so neighbours share the very same bound.
 struct GridAxis {
@@ -97,4 +97,4 @@ inline CellRange cells_touching(const GridAxis& axis, double least, double great
     return {first, last};
 }
 
-} // namespace korvale::inside
+} // namespace korvale::ray

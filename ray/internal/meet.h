@@ -3,7 +3,7 @@
 #include "math/internal/solve.h"
 
 // Where a ray meets planes and triangles.
-namespace korvale::inside {
+namespace korvale::ray {
 
 /// A ray must come towards a plane by this much per unit of its length to meet it.
 constexpr double kLeastApproach = 1e-06;
@@ -75,4 +75,4 @@ inline bool meets_triangle(const double* p, const double* t, double* z)
     return !(*z < p[2]);
 }
 
-} // namespace korvale::inside
+} // namespace korvale::ray

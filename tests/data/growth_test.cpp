@@ -10,13 +10,13 @@ namespace {
 TEST(MayGrow, TakesArraysThatTheLibraryMade)
 {
     OwnedDATA empty;
-    EXPECT_TRUE(inside::may_grow(*empty));
+    EXPECT_TRUE(data::may_grow(*empty));
     for (int32_t type = 0; type <= 4; ++type)
-        EXPECT_TRUE(inside::may_grow(*array_of<DATAstruct>(type, 2, 3))) << type;
+        EXPECT_TRUE(data::may_grow(*array_of<DATAstruct>(type, 2, 3))) << type;
     empty->count = 0;
     empty->dim = 3;
     EXPECT_EQ(DATAReAllocate(empty), 1);
-    EXPECT_TRUE(inside::may_grow(*empty)) << "shaped to 0 elements";
+    EXPECT_TRUE(data::may_grow(*empty)) << "shaped to 0 elements";
 }
 
 TEST(MayGrow, RefusesMemoryOfTheHost)
@@ -31,7 +31,7 @@ TEST(MayGrow, RefusesMemoryOfTheHost)
             d.type = type;
             d.alloc_dim = 1;
             d.alloc_count = unset;
-            EXPECT_TRUE(inside::may_grow(d)) << "no buffer yet";
+            EXPECT_TRUE(data::may_grow(d)) << "no buffer yet";
             if (type == DATA_TYPE_DOUBLE)
                 d.dvals = &value;
             else if (type == DATA_TYPE_INT)
@@ -40,9 +40,9 @@ TEST(MayGrow, RefusesMemoryOfTheHost)
                 d.bvals = &byte;
             else
                 d.pvals = &slot;
-            EXPECT_FALSE(inside::may_grow(d)) << type;
+            EXPECT_FALSE(data::may_grow(d)) << type;
             d.type = 9;
-            EXPECT_FALSE(inside::may_grow(d)) << "of whatever kind";
+            EXPECT_FALSE(data::may_grow(d)) << "of whatever kind";
         }
 }
 

@@ -13,9 +13,9 @@
 namespace korvale::test {
 namespace {
 
-using inside::kNameBytes;
-using inside::Names;
-using inside::Word;
+using equation::kNameBytes;
+using equation::Names;
+using equation::Word;
 
 /// Names in slots as the records have them.
 std::vector<uint8_t> slots_of(const std::vector<std::string>& names)
@@ -44,7 +44,7 @@ Word word(const std::string& text)
 TEST(Names, AreFoundWholeAndTheFirstOfEqualOnes)
 {
     const std::vector<uint8_t> slots = slots_of({"a", "ab", "twelveletter", "ab", ""});
-    const auto find = [&](const std::string& name) { return inside::find_name(slots.data(), 5, word(name)); };
+    const auto find = [&](const std::string& name) { return equation::find_name(slots.data(), 5, word(name)); };
     EXPECT_EQ(find("a"), 0);
     EXPECT_EQ(find("ab"), 1);
     EXPECT_EQ(find("twelveletter"), 2);
@@ -54,33 +54,33 @@ TEST(Names, AreFoundWholeAndTheFirstOfEqualOnes)
     EXPECT_EQ(find("abc"), -1);
     EXPECT_EQ(find("twelvelette"), -1);
     EXPECT_EQ(find("twelveletters"), -1);
-    EXPECT_EQ(inside::find_name(slots.data(), 0, word("a")), -1);
+    EXPECT_EQ(equation::find_name(slots.data(), 0, word("a")), -1);
 }
 
 TEST(Names, WhatFollowsTheZeroOfASlotDoesNotCount)
 {
     std::vector<uint8_t> slots = slots_of({"a", "", "abcdefgh"});
     slots[2] = slots[kNameBytes + 1] = slots[2 * kNameBytes + 9] = 'x';
-    EXPECT_EQ(inside::find_name(slots.data(), 3, word("a")), 0);
-    EXPECT_EQ(inside::find_name(slots.data(), 3, word("")), 1);
-    EXPECT_EQ(inside::find_name(slots.data(), 3, word("abcdefgh")), 2);
-    EXPECT_EQ(inside::find_name(slots.data(), 3, word("abcdefghx")), -1);
+    EXPECT_EQ(equation::find_name(slots.data(), 3, word("a")), 0);
+    EXPECT_EQ(equation::find_name(slots.data(), 3, word("")), 1);
+    EXPECT_EQ(equation::find_name(slots.data(), 3, word("abcdefgh")), 2);
+    EXPECT_EQ(equation::find_name(slots.data(), 3, word("abcdefghx")), -1);
 }
 
 TEST(Names, OnlyTheCharactersOfTheWordAreRead)
 {
     const std::vector<uint8_t> slots = slots_of({"abc"});
-    EXPECT_EQ(inside::find_name(slots.data(), 1, {"abcdef", 3}), 0);
-    EXPECT_EQ(inside::find_name(slots.data(), 1, {"abcdef", 4}), -1);
+    EXPECT_EQ(equation::find_name(slots.data(), 1, {"abcdef", 3}), 0);
+    EXPECT_EQ(equation::find_name(slots.data(), 1, {"abcdef", 4}), -1);
 }
 
 TEST(Names, AreRunsOfLetters)
 {
-    const Word first = inside::next_run_of_letters(" 1_Ab,c");
+    const Word first = equation::next_run_of_letters(" 1_Ab,c");
     EXPECT_EQ(std::string(first.first, first.length), "Ab");
-    const Word second = inside::next_run_of_letters(first.first + first.length);
+    const Word second = equation::next_run_of_letters(first.first + first.length);
     EXPECT_EQ(std::string(second.first, second.length), "c");
-    EXPECT_EQ(inside::next_run_of_letters(second.first + 1).length, 0u);
+    EXPECT_EQ(equation::next_run_of_letters(second.first + 1).length, 0u);
 }
 
 TEST(Names, AFewAreAddedOnceAndInOrder)
@@ -89,7 +89,7 @@ TEST(Names, AFewAreAddedOnceAndInOrder)
     Names names(slots.data(), 2, 4);
     ASSERT_TRUE(names.exists());
     for (const char* name : {"x", "PI", "y", "x"})
-        names.add_unless_known(inside::word_of(name));
+        names.add_unless_known(equation::word_of(name));
     EXPECT_EQ(added_to(names), (std::vector<std::string>{"x", "y"}));
 }
 
@@ -98,7 +98,7 @@ TEST(Names, NoNamesStandOnNoSlots)
     Names names(nullptr, 0, 20);
     ASSERT_TRUE(names.exists());
     EXPECT_EQ(names.count(), 0);
-    names.add_unless_known(inside::word_of("x"));
+    names.add_unless_known(equation::word_of("x"));
     EXPECT_EQ(added_to(names), std::vector<std::string>{"x"});
 }
 

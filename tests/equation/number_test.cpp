@@ -15,15 +15,15 @@ namespace {
 
 double read(const std::string& text)
 {
-    return inside::read_number(text.data(), text.data() + text.size());
+    return equation::read_number(text.data(), text.data() + text.size());
 }
 
 TEST(ReadNumber, StopsAtTheEndItIsGiven)
 {
     const char text[] = "12345";
-    EXPECT_EQ(inside::read_number(text, text + 2), 12.0);
-    EXPECT_EQ(inside::read_number(text, text + 5), 12345.0);
-    EXPECT_TRUE(same_bits(0.0, inside::read_number(text, text)));
+    EXPECT_EQ(equation::read_number(text, text + 2), 12.0);
+    EXPECT_EQ(equation::read_number(text, text + 5), 12345.0);
+    EXPECT_TRUE(same_bits(0.0, equation::read_number(text, text)));
 }
 
 TEST(ReadNumber, TakesTheLongestNumber)

@@ -10,7 +10,7 @@
 namespace korvale::test {
 namespace {
 
-using inside::are_indices;
+using platform::are_indices;
 
 TEST(Indices, OneWrongValueIsSeenAtEveryPlace)
 {

@@ -17,8 +17,8 @@ if grep -vP "\b($marked)[(<]" <<<"$wide"; then
     echo "these use four lanes without being marked"
     exit 1
 fi
-if grep -E '^[0-9a-f]+ <.*\(.*korvale::inside::Quad(Mask)?( const)?&' <<<"$code" ||
-    grep -E '^[0-9a-f]+ <korvale::inside::Quad' <<<"$code"; then
+if grep -E '^[0-9a-f]+ <.*\(.*korvale::platform::Quad(Mask)?( const)?&' <<<"$code" ||
+    grep -E '^[0-9a-f]+ <korvale::platform::Quad' <<<"$code"; then
     echo "these operations were not drawn in"
     exit 1
 fi

@@ -11,7 +11,7 @@
 #include "tests/support/bits.h"
 #include "tests/support/random.h"
 
-using namespace korvale::inside;
+using namespace korvale::platform;
 
 namespace korvale::test {
 namespace {

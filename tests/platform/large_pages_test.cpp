@@ -11,9 +11,9 @@
 namespace korvale::test {
 namespace {
 
-using inside::kLargePage;
-using inside::large_pages_in;
-using inside::new_block;
+using platform::kLargePage;
+using platform::large_pages_in;
+using platform::new_block;
 
 bool begins_large_page(const void* block)
 {

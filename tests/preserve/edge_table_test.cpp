@@ -14,8 +14,8 @@
 namespace korvale::test {
 namespace {
 
-using inside::edge_hash;
-using inside::EdgeTable;
+using preserve::edge_hash;
+using preserve::EdgeTable;
 
 /// The edges of a lattice [rows][columns] of triangles whose borders meet, its points numbered row by row from `first`
 /// on, or only every `apart`th number.

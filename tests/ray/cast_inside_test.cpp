@@ -17,7 +17,7 @@
 namespace korvale::test {
 namespace {
 
-using namespace korvale::inside;
+using namespace korvale::ray;
 
 struct Ray {
     double origin[3], direction[3];

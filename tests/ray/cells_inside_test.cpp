@@ -14,7 +14,7 @@
 namespace korvale::test {
 namespace {
 
-using namespace korvale::inside;
+using namespace korvale::ray;
 
 TEST(Cells, OfARecordAreTheLibrarysOwnUntilTheyAreReleased)
 {

@@ -13,7 +13,7 @@
 namespace korvale::test {
 namespace {
 
-using namespace korvale::inside;
+using namespace korvale::ray;
 
 /// Classified cells, each with or without a number.
 class Record {

@@ -48,8 +48,8 @@ void mix_four(const double* a, const double* b, const double* c, const double* d
 
 namespace {
 
-using inside::allocate_as;
-using inside::dispose;
+using data::allocate_as;
+using data::dispose;
 
 template <class Array>
 bool differ(const Array* a, const Array* b)
