@@ -1,12 +1,10 @@
 """Python beside the same loops in C++: bench.py LOOPS, the program of loops.cpp.
 
 Each job runs in turn in both, several times; the table has the medians. Columns are compared by their ratio, the offset
-of one outline by what a call costs more. Two more tables have equations over columns beside NumPy and numexpr, both in
-one thread, and batches that two threads share out.
+of one outline by what a call costs more. One more table has batches that two threads share out.
 """
 
 import concurrent.futures
-import importlib.util
 import os
 import statistics
 import subprocess
@@ -75,29 +73,6 @@ def many_outlines():
     return np.column_stack([radius * np.cos(turn), radius * np.sin(turn), 0 * turn]), starts
 
 
-def columns():
-    """Equations over columns, in nanoseconds a row."""
-    x, a, y = np.linspace(0.001, 9, ROWS), 1.25, np.empty(ROWS)
-    by_numpy = {"x * 2 + a * (x - 1) / 3 - x * x": lambda: x * 2 + a * (x - 1) / 3 - x * x,
-                "a * x ^ 2": lambda: a * x ** 2, "a * x * x": lambda: a * x * x,
-                "SIN(x * 2) * COS(a) + SQRT(x)": lambda: np.sin(x * 2) * np.cos(a) + np.sqrt(x)}
-    numexpr = None
-    if importlib.util.find_spec("numexpr"):
-        import numexpr
-        numexpr.set_num_threads(1)
-    print(f"\n| over {ROWS} rows | korvale | NumPy | numexpr |\n|---|---:|---:|---:|")
-    for text, compute in by_numpy.items():
-        system = korvale.Equations("y x a")
-        system["a"] = a
-        system.add(f"y = {text}")
-        jobs = [lambda: system.evaluate(x=x, out=y), compute]
-        if numexpr is not None:
-            translated = text.replace("^", "**").replace("SIN", "sin").replace("COS", "cos").replace("SQRT", "sqrt")
-            jobs.append(lambda: numexpr.evaluate(translated, {"x": x, "a": a}, out=y))
-        taken = [f"{min(fastest(job, 5) for _ in range(3)) / ROWS:.2f} ns" for job in jobs]
-        print(f"| `{text}` | {' | '.join([*taken, '-'][:3])} |", flush=True)
-
-
 def threads():
     """Batches in one thread, and their halves in two."""
     points, starts = many_outlines()
@@ -147,5 +122,4 @@ def main(loops):
 
 
 main(sys.argv[1])
-columns()
 threads()

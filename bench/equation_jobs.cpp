@@ -4,9 +4,12 @@
 #include <cstdlib>
 #include <memory>
 
-#include "bench/jobs/job.h"
+#include "bench/job.h"
 #include "include/korvale.h"
 
+#ifdef KORVALE_HAS_STEPS
+#include "tests/reference/equation_steps.h"
+#endif
 #ifdef KORVALE_HAS_MUPARSER
 #include <muParser.h>
 #endif
@@ -23,6 +26,45 @@ const char* const kLong = "SIN(a) * COS(b) + TAN(c * 0.5) - EXP(0 - x) * LOG(c +
                           " - COS(a + b) / (c * c + 1) + EXP(b) * 0.25 + SIN(b * x) * SIN(c) - ATAN(x) * 2";
 const char* const kFoldable = "a * (2 * 3 + 4 * 5) + b * (7 - 2 * 2) + (1 + 2) * (3 + 4) * c - 8 / 4 / 2";
 
+struct Variables {
+    double a = 1.25, b = -0.5, c = 2.0, x = 0.3;
+};
+
+/// The texts as a compiler reads them.
+double native_short(const Variables& v)
+{
+    return v.a + v.b * 2;
+}
+double native_medium(const Variables& v)
+{
+    return std::sin(v.x * 2) * std::cos(v.a) + std::sqrt(v.c);
+}
+double native_arith(const Variables& v)
+{
+    const auto [a, b, c, x] = v;
+    return ((a + b) * (a - b) + (c + x) * (c - x)) * ((a * b + 1) - (c * x + 2)) +
+           (a + 1) * (b + 2) * (c + 3) * (x + 4) + (a * 0.5 + b * 0.25) * (c * 0.125 + x * 2) - (a - 3) * (b - 4) -
+           c * c * x;
+}
+double native_long(const Variables& v)
+{
+    const auto [a, b, c, x] = v;
+    return std::sin(a) * std::cos(b) + std::tan(c * 0.5) - std::exp(0 - x) * std::log(c + 4) +
+           std::sqrt(a * a + b * b) * std::sin(x * 3) - std::cos(a + b) / (c * c + 1) + std::exp(b) * 0.25 +
+           std::sin(b * x) * std::sin(c) - std::atan(x) * 2;
+}
+
+template <double (*compute)(const Variables&)>
+Work native(int times)
+{
+    return [v = Variables(), times] {
+        for (int i = 0; i < times; ++i) {
+            keep(v);
+            keep(compute(v));
+        }
+    };
+}
+
 struct System {
     System()
     {
@@ -30,7 +72,8 @@ struct System {
             std::abort();
         std::string names = "a b c x y";
         EqParseVariables(&es, names.data(), 0);
-        const double values[] = {1.25, -0.5, 2.0, 0.3};
+        const Variables v;
+        const double values[] = {v.a, v.b, v.c, v.x};
         for (int i = 0; i < 4; ++i)
             EqSetVariable(&es, 2 + i, values[i]);
     }
@@ -58,6 +101,19 @@ Work evaluate(int times)
     };
 }
 
+#ifdef KORVALE_HAS_STEPS
+template <const char* const& text>
+Work evaluate_steps(int times)
+{
+    auto system = std::make_shared<System>();
+    system->add(text);
+    return [system, times] {
+        for (int i = 0; i < times; ++i)
+            keep(reference::evaluate(&system->es, 0));
+    };
+}
+#endif
+
 /// Parses `times` texts into a system of their own.
 template <const char* const& text>
 Work parse(int times)
@@ -79,8 +135,8 @@ Work pass(int count)
     return [system] { keep(EqSystemEvaluate(&system->es)); };
 }
 
-/// Declares `count` variables of five letters.
-Work declare(int count)
+/// `count` names of five letters.
+std::string names_of(int count)
 {
     std::string names;
     for (int i = 0; i < count; ++i) {
@@ -88,7 +144,12 @@ Work declare(int count)
             names += static_cast<char>('a' + rest % 26);
         names += ' ';
     }
-    return [names]() mutable {
+    return names;
+}
+
+Work declare(int count)
+{
+    return [names = names_of(count)]() mutable {
         EquationSystem es;
         EqSystemInitialize(&es);
         EqParseVariables(&es, names.data(), 0);
@@ -96,14 +157,48 @@ Work declare(int count)
     };
 }
 
+/// Eight equations in a system of `count` variables more, whose values a pass must keep where it is asked to.
+std::shared_ptr<System> crowded(int count)
+{
+    auto system = std::make_shared<System>();
+    EqParseVariables(&system->es, names_of(count).data(), 1);
+    for (int i = 0; i < 4; ++i) {
+        system->add(kShort);
+        system->add(kMedium);
+    }
+    return system;
+}
+
+Work pass_among_variables(int count)
+{
+    return [system = crowded(count)] { keep(EqSystemEvaluate(&system->es)); };
+}
+
+#ifdef KORVALE_HAS_STEPS
+Work declare_steps(int count)
+{
+    return [names = names_of(count)] {
+        EquationSystem es;
+        EqSystemInitialize(&es);
+        reference::declare(&es, names.c_str(), 0);
+        EqSystemDispose(&es);
+    };
+}
+
+Work pass_among_variables_steps(int count)
+{
+    return [system = crowded(count)] { keep(reference::evaluate_all(&system->es)); };
+}
+#endif
+
 #ifdef KORVALE_HAS_MUPARSER
 struct Peer {
     explicit Peer(const char* text)
     {
-        parser.DefineVar("a", &a);
-        parser.DefineVar("b", &b);
-        parser.DefineVar("c", &c);
-        parser.DefineVar("x", &x);
+        parser.DefineVar("a", &v.a);
+        parser.DefineVar("b", &v.b);
+        parser.DefineVar("c", &v.c);
+        parser.DefineVar("x", &v.x);
         using Function = double (*)(double);
         parser.DefineFun("SIN", static_cast<Function>(std::sin));
         parser.DefineFun("COS", static_cast<Function>(std::cos));
@@ -116,7 +211,7 @@ struct Peer {
         parser.Eval();
     }
 
-    double a = 1.25, b = -0.5, c = 2.0, x = 0.3;
+    Variables v;
     mu::Parser parser;
 };
 
@@ -159,7 +254,20 @@ std::vector<Job> equation_jobs()
         {"equation.parse_arith", once, parse<kArith>, 1.1, 100},
         {"equation.parse_long", once, parse<kLong>, 1.1, 100},
         {"equation.pass", {100}, pass, 1.05, 100},
-        {"equation.declare", {1000}, declare, 1.1, 1000},
+        {"equation.pass_among_variables", {8, 1000, 200000}, pass_among_variables},
+        {"equation.declare", {64, 1000}, declare, 1.1, 1000},
+        {"equation.short@native", once, native<native_short>},
+        {"equation.medium@native", once, native<native_medium>},
+        {"equation.arith@native", once, native<native_arith>},
+        {"equation.long@native", once, native<native_long>},
+#ifdef KORVALE_HAS_STEPS
+        {"equation.short@steps", once, evaluate_steps<kShort>},
+        {"equation.medium@steps", once, evaluate_steps<kMedium>},
+        {"equation.arith@steps", once, evaluate_steps<kArith>},
+        {"equation.long@steps", once, evaluate_steps<kLong>},
+        {"equation.pass_among_variables@steps", {8, 1000, 200000}, pass_among_variables_steps},
+        {"equation.declare@steps", {64, 1000}, declare_steps},
+#endif
 #ifdef KORVALE_HAS_MUPARSER
         {"equation.short@muParser", once, muparser<kShort>},
         {"equation.medium@muParser", once, muparser<kMedium>},

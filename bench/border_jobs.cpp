@@ -3,12 +3,14 @@
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
-#include <memory>
-#include <numbers>
 
-#include "bench/jobs/job.h"
+#include "bench/job.h"
 #include "include/korvale.h"
+#include "tests/support/outlines.h"
 
+#ifdef KORVALE_HAS_STEPS
+#include "tests/reference/sweep.h"
+#endif
 #ifdef KORVALE_HAS_POLYCLIPPING
 #include <polyclipping/clipper.hpp>
 #endif
@@ -19,44 +21,7 @@
 namespace korvale::bench {
 namespace {
 
-using Points = std::vector<double>;
-
-constexpr double kFullTurn = 2.0 * std::numbers::pi;
-
-/// A circle of radius 10 with a wave every 16 points.
-Points wiggly(int n, double depth)
-{
-    Points points;
-    for (int i = 0; i < n; ++i) {
-        const double angle = kFullTurn * i / n, radius = 10.0 + depth * std::sin(n / 16 * angle + std::sin(5 * angle));
-        points.insert(points.end(), {radius * std::cos(angle), radius * std::sin(angle), 0.0});
-    }
-    return points;
-}
-
-/// n / 4 teeth, four points each, all alike.
-Points gear(int n)
-{
-    Points points;
-    for (int i = 0; i < n; ++i) {
-        const double angle = kFullTurn * i / n, radius = i % 4 < 2 ? 9.0 : 10.0;
-        points.insert(points.end(), {radius * std::cos(angle), radius * std::sin(angle), 0.0});
-    }
-    return points;
-}
-
-/// n / 4 narrow teeth, four points each, on a bar of two more points.
-Points comb(int n)
-{
-    constexpr double kPitch = 1.5;
-    const int teeth = n / 4;
-    Points points = {0, 0, 0, kPitch * teeth, 0, 0};
-    for (int i = teeth - 1; i >= 0; --i) {
-        const double left = kPitch * i, right = left + 1.0;
-        points.insert(points.end(), {right, 1, 0, right, 5, 0, left, 5, 0, left, 1, 0});
-    }
-    return points;
-}
+using Points = test::Coordinates;
 
 /// The coasts, in kilometres, each named by how many points it has: Greenland, Chile, Norway, the United Kingdom,
 /// Iceland, Japan, Italy.
@@ -95,33 +60,42 @@ struct Case {
     bool split_events = true;
 };
 
+Case few_points(int n)
+{
+    return {n % 4 == 0 ? test::gear(n / 4, 10, 11) : test::wiggly(n, 1, 0.5), 0.1};
+}
+/// A wave every 16 points.
 Case no_event(int n)
 {
-    return {wiggly(n, 1.0 / n), -1.0 / n};
+    return {test::wiggly(n, n / 16, 1.0 / n), -1.0 / n};
+}
+Case no_event_without_splits(int n)
+{
+    return {test::wiggly(n, n / 16, 1.0 / n), -1.0 / n, false};
 }
 Case many_events(int n)
 {
-    return {wiggly(n, 0.5), -20.0};
+    return {test::wiggly(n, n / 16, 0.5), -20.0};
 }
 Case many_without_splits(int n)
 {
-    return {wiggly(n, 0.5), -20.0, false};
+    return {test::wiggly(n, n / 16, 0.5), -20.0, false};
 }
 Case gear_outwards(int n)
 {
-    return {gear(n), 2.0};
+    return {test::gear(n / 4, 9, 10), 2.0};
 }
 Case gear_inwards(int n)
 {
-    return {gear(n), -2.0};
+    return {test::gear(n / 4, 9, 10), -2.0};
 }
 Case comb_inwards(int n)
 {
-    return {comb(n), -0.6};
+    return {test::comb(n / 4, 0.5), -0.6};
 }
 Case comb_outwards(int n)
 {
-    return {comb(n), 0.5};
+    return {test::comb(n / 4, 0.5), 0.5};
 }
 
 /// A coast by `share` of its width.
@@ -154,22 +128,57 @@ Case coast_out_without_splits(int n)
     return c;
 }
 
-/// The record and the outline in it; never released, the process is the job's own.
+/// The record with the outline in it; static, as the process is the job's own.
+BORDERStatus& status_of(const Case& c)
+{
+    static BORDERStatus status;
+    BORDERInitialize(&status);
+    status.distance = c.distance;
+    status.split_events = c.split_events;
+    status.path->dim = 3;
+    status.path->count = static_cast<int32_t>(c.points.size() / 3);
+    need(DATAAllocate(status.path) == 1);
+    std::copy(c.points.begin(), c.points.end(), status.path->dvals);
+    return status;
+}
+
 template <Case (*make)(int)>
 Work sweep(int n)
 {
-    auto* const status = new BORDERStatus;
-    BORDERInitialize(status);
-    const Case c = make(n);
-    status->distance = c.distance;
-    status->split_events = c.split_events;
-    status->path->dim = 3;
-    status->path->count = static_cast<int32_t>(c.points.size() / 3);
-    if (DATAAllocate(status->path) < 0)
-        std::abort();
-    std::copy(c.points.begin(), c.points.end(), status->path->dvals);
-    return [status] { BORDER_BORDER(status); };
+    BORDERStatus& status = status_of(make(n));
+    return [&status] { BORDER_BORDER(&status); };
 }
+
+#ifdef KORVALE_HAS_STEPS
+/// What `BORDER_BORDER` does, in the arrays of the record.
+template <Case (*make)(int)>
+Work sweep_steps(int n)
+{
+    BORDERStatus& status = status_of(make(n));
+    BORDER_BORDER(&status); // makes the arrays
+    return [&status] {
+        Xfm xfm, reverse;
+        DATA_to_xy_xfms(status.path, xfm, reverse, 1);
+        status.flat->count = status.path->count;
+        TransformDATA(xfm, status.path, status.flat);
+        reference::Sweep s{};
+        s.n = status.path->count;
+        s.remaining = status.distance;
+        s.split_events = status.split_events != 0;
+        s.flat = status.flat->dvals;
+        s.direction = status.direction->dvals;
+        s.velocity = status.velocity->dvals;
+        s.line = status.line->dvals;
+        s.length = status.length->dvals;
+        s.rate = status.rate->dvals;
+        s.dead = status.dead->bvals;
+        s.merge = status.merge->ivals;
+        reference::run_sweep(s);
+        reference::join_dead_vertices(s);
+        TransformDATA(reverse, status.flat, status.output);
+    };
+}
+#endif
 
 #ifdef KORVALE_HAS_POLYCLIPPING
 template <Case (*make)(int)>
@@ -209,11 +218,18 @@ Work geos(int n)
 }
 #endif
 
+/// The steps are run at those of the sizes only at which they take less than minutes.
 template <Case (*make)(int)>
-void add(std::vector<Job>& jobs, const std::string& name, std::vector<int> sizes, double exponent = 0.0,
-         int counted = 0)
+void add(std::vector<Job>& jobs, const std::string& name, std::vector<int> sizes,
+         [[maybe_unused]] std::vector<int> sizes_of_steps, double exponent = 0.0, int counted = 0)
 {
     jobs.push_back({"border." + name, sizes, sweep<make>, exponent, counted});
+#ifdef KORVALE_HAS_STEPS
+    if (!sizes_of_steps.empty())
+        jobs.push_back({"border." + name + "@steps", sizes_of_steps, sweep_steps<make>});
+#endif
+    if (name.ends_with("without_splits")) // which peers do not do
+        return;
 #ifdef KORVALE_HAS_POLYCLIPPING
     jobs.push_back({"border." + name + "@Clipper", sizes, clipper<make>});
 #endif
@@ -228,19 +244,21 @@ void add(std::vector<Job>& jobs, const std::string& name, std::vector<int> sizes
 std::vector<Job> border_jobs()
 {
     std::vector<Job> jobs;
-    add<no_event>(jobs, "no_event", {4, 8, 16, 24, 64, 256, 1024, 4096}, 1.1, 1024);
-    add<many_events>(jobs, "many_events", {16, 256, 1024, 4096}, 2.0, 256);
-    jobs.push_back({"border.many_without_splits", {256, 1024, 4096}, sweep<many_without_splits>, 2.0, 256});
-    add<comb_inwards>(jobs, "comb_inwards", {254, 1022, 4094}, 1.95, 256);
-    add<comb_outwards>(jobs, "comb_outwards", {254, 1022, 4094}, 1.95, 256);
+    add<few_points>(jobs, "few_points", {3, 4, 8, 12, 16, 24}, {3, 4, 8, 12, 16, 24});
+    add<no_event>(jobs, "no_event", {4, 8, 16, 24, 64, 256, 1024, 4096}, {16, 64, 256, 1024, 4096}, 1.1, 1024);
+    add<no_event_without_splits>(jobs, "no_event_without_splits", {64, 1024, 4096}, {64, 1024, 4096});
+    add<many_events>(jobs, "many_events", {16, 256, 1024, 4096}, {16, 256}, 2.0, 256);
+    add<many_without_splits>(jobs, "many_without_splits", {256, 1024, 4096}, {256}, 2.0, 256);
+    add<comb_inwards>(jobs, "comb_inwards", {254, 1022, 4094}, {254, 1022}, 1.95, 256);
+    add<comb_outwards>(jobs, "comb_outwards", {254, 1022, 4094}, {254, 1022}, 1.95, 256);
     // Teeth of a larger gear are as tall but narrower, so the boxes of their flanks meet those of more others.
-    add<gear_outwards>(jobs, "gear_outwards", {1024, 4096}, 1.55, 1024);
-    add<gear_inwards>(jobs, "gear_inwards", {1024, 4096});
-    add<coast_out_little>(jobs, "coast_out_0.5_percent", kCoasts);
-    add<coast_out>(jobs, "coast_out_3_percent", kCoasts);
-    add<coast_in_little>(jobs, "coast_in_0.5_percent", kCoasts);
-    add<coast_in>(jobs, "coast_in_3_percent", kCoasts);
-    jobs.push_back({"border.coast_out_without_splits", kCoasts, sweep<coast_out_without_splits>});
+    add<gear_outwards>(jobs, "gear_outwards", {1024, 4096}, {1024}, 1.55, 1024);
+    add<gear_inwards>(jobs, "gear_inwards", {1024, 4096}, {1024});
+    add<coast_out_little>(jobs, "coast_out_0.5_percent", kCoasts, {});
+    add<coast_out>(jobs, "coast_out_3_percent", kCoasts, {});
+    add<coast_in_little>(jobs, "coast_in_0.5_percent", kCoasts, {});
+    add<coast_in>(jobs, "coast_in_3_percent", kCoasts, {});
+    add<coast_out_without_splits>(jobs, "coast_out_without_splits", kCoasts, {});
     return jobs;
 }
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
 
-// The main jobs of the library, each with the sizes that matter, and the same work done by its peers, of which the
+// The jobs of the library, each with the sizes that matter, and the same work done by its peers, of which the
 // documented steps written out are one. They call exported functions only, so the program runs with any build of the
 // library.
 namespace korvale::bench {
@@ -26,6 +27,12 @@ std::vector<Job> ray_jobs();
 std::vector<Job> equation_jobs();
 std::vector<Job> preserve_jobs();
 std::vector<Job> array_jobs();
+std::vector<Job> path_jobs();
+std::vector<Job> door_jobs();
+std::vector<Job> column_jobs();
+std::vector<Job> many_jobs();
+std::vector<Job> grid_jobs();
+std::vector<Job> shape_jobs();
 std::vector<Job> math_jobs();
 
 /// The least that keeps a compiler from dropping a result.
@@ -33,6 +40,13 @@ template <class T>
 void keep(const T& value)
 {
     asm volatile("" : : "g"(&value) : "memory");
+}
+
+/// Ends the program where something fails: what it then takes says nothing.
+inline void need(bool done)
+{
+    if (!done)
+        std::abort();
 }
 
 /// Numbers in [0, 1) that are the same everywhere (Knuth's linear congruential generator).
@@ -57,6 +71,19 @@ struct Around : Array {
     Around& operator=(const Around&) = delete;
 
     std::vector<double> numbers;
+};
+
+/// The teapot, its triangles divided into four until there are `count`: 992, 3968, 15872, 63488, 253952, 1015808.
+std::vector<double> teapot(int count);
+
+/// The sizes of the teapot.
+inline const std::vector<int> kTeapots = {992, 3968, 15872, 63488, 253952, 1015808};
+
+/// Rays from around a mesh [.][9] towards points in its box: origins and directions [count][3].
+struct Rays {
+    Rays(const std::vector<double>& mesh, int count);
+
+    std::vector<double> origins, directions;
 };
 
 } // namespace korvale::bench

@@ -4,8 +4,9 @@
 #include <cstdlib>
 #include <memory>
 
-#include "bench/jobs/job.h"
+#include "bench/job.h"
 #include "include/korvale.h"
+#include "tests/support/meshes.h"
 
 #ifdef KORVALE_HAS_STEPS
 #include "tests/reference/preserve.h"
@@ -30,35 +31,11 @@ struct Indices : DATAstruct {
     std::vector<int32_t> numbers;
 };
 
-std::vector<double> torus(int around, int along)
-{
-    std::vector<double> points;
-    for (int i = 0; i < around; ++i)
-        for (int j = 0; j < along; ++j) {
-            const double u = 6.283185307179586 * i / around, v = 6.283185307179586 * j / along;
-            const double r = 2.0 + 0.7 * std::cos(v);
-            points.insert(points.end(), {r * std::cos(u), r * std::sin(u), 0.7 * std::sin(v)});
-        }
-    return points;
-}
-
-std::vector<int32_t> torus_corners(int around, int along)
-{
-    std::vector<int32_t> corners;
-    for (int i = 0; i < around; ++i)
-        for (int j = 0; j < along; ++j) {
-            const int i1 = (i + 1) % around, j1 = (j + 1) % along;
-            const int quad[] = {i * along + j, i1 * along + j, i1 * along + j1, i * along + j1};
-            corners.insert(corners.end(), {quad[0], quad[1], quad[2], quad[0], quad[2], quad[3]});
-        }
-    return corners;
-}
-
 struct Squashed {
     explicit Squashed(int n)
-        : along(std::max(3, static_cast<int>(std::sqrt(n)))), around(std::max(3, n / along)),
-          points(3, torus(around, along)), moved(3, points.numbers), corners(1, torus_corners(around, along)),
-          sizes(1, std::vector<int32_t>(corners.numbers.size() / 3, 3))
+        : along(std::max(3, static_cast<int>(std::sqrt(n)))),
+          mesh(test::triangulated(test::torus(std::max(3, n / along), along, 2.0, 0.7))), points(3, mesh.points),
+          moved(3, mesh.points), corners(1, mesh.corners), sizes(1, mesh.sizes)
     {
         for (size_t z = 2; z < moved.numbers.size(); z += 3)
             moved.numbers[z] *= 0.6;
@@ -77,7 +54,8 @@ struct Squashed {
             std::abort();
     }
 
-    int along, around;
+    int along;
+    test::Mesh mesh;
     Around<DATAstruct> points, moved;
     Indices corners, sizes;
     std::vector<double> squashed;
@@ -135,6 +113,10 @@ void force_steps(Squashed& torus)
 {
     reference::find_force(torus.status);
 }
+void edges_steps(Squashed& torus)
+{
+    keep(reference::edges(torus.sizes.numbers, torus.corners.numbers));
+}
 void four_plain_steps(Squashed& torus)
 {
     std::copy(torus.squashed.begin(), torus.squashed.end(), torus.moved.numbers.begin());
@@ -159,6 +141,7 @@ std::vector<Job> preserve_jobs()
         {"preserve.energy@steps", {100, 1000, 10000}, on_torus<energy_steps>},
         {"preserve.force@steps", {100, 1000, 10000}, on_torus<force_steps>},
         {"preserve.four_steps@steps", {100, 1000, 10000}, on_torus<four_plain_steps>},
+        {"preserve.find_edges@steps", {1000, 10000}, on_torus<edges_steps>},
         {"preserve.initialize_with_edges@steps", {1000, 10000, 100000}, initialize_steps},
 #endif
         {"preserve.energy", {100, 1000, 10000}, on_torus<energy>, 1.05, 2000},

@@ -1,12 +1,12 @@
-// Whole-array operations, frames, flattening and sampling.
-#include <cmath>
-#include <cstdlib>
+// Whole-array operations and sampling.
+#include <cstring>
 #include <memory>
 
-#include "bench/jobs/job.h"
+#include "bench/job.h"
 #include "include/korvale.h"
 
 #ifdef KORVALE_HAS_STEPS
+#include "platform/layer.h"
 #include "tests/reference/arrays.h"
 #include "tests/reference/sampling.h"
 #endif
@@ -48,9 +48,10 @@ std::vector<double> some(int count)
     return values;
 }
 
-/// Input arrays of n points, and an output that is used again.
+/// Input arrays of n elements, and an output that is used again.
 struct Arrays {
-    explicit Arrays(int n) : a(3, some(3 * n)), b(3, some(3 * n)), c(3, some(3 * n)), d(3, some(3 * n))
+    Arrays(int n, int width)
+        : a(width, some(width * n)), b(width, some(width * n)), c(width, some(width * n)), d(width, some(width * n))
     {
         DataInitialize(&out);
     }
@@ -60,10 +61,10 @@ struct Arrays {
     Xfm m = {{0.5, 0.25, -1, 0}, {2, 1, 0.125, 0}, {-0.5, 3, 1, 0}, {7, 8, 9, 1}};
 };
 
-template <void (*run)(Arrays&)>
+template <void (*run)(Arrays&), int width = 3>
 Work on_arrays(int n)
 {
-    return [arrays = std::make_shared<Arrays>(n)] { run(*arrays); };
+    return [arrays = std::make_shared<Arrays>(n, width)] { run(*arrays); };
 }
 
 void mix(Arrays& x)
@@ -76,21 +77,21 @@ void mix_four(Arrays& x)
 }
 /// Two corners around numbers of its own.
 struct Box : Data {
-    Box()
+    explicit Box(int width)
     {
         DataInitialize(this);
         type = DATA_TYPE_DOUBLE;
         count = 2;
-        dim = 3;
+        dim = width;
         dvals = values;
     }
 
-    double values[6];
+    double values[2 * 9];
 };
 
 void bounds(Arrays& x)
 {
-    Box box;
+    Box box(x.a.dim);
     DataBBox(&x.a, &box);
 }
 void copy(Arrays& x)
@@ -107,6 +108,44 @@ void transform(Arrays& x)
     TransformData(x.m, &x.a, &x.b);
 }
 
+/// Points one at a time.
+Work append(int n)
+{
+    return [n] {
+        DATAstruct d;
+        DATAInitialize(&d);
+        d.dim = 3;
+        for (d.count = 1; d.count <= n; ++d.count) {
+            DATAReAllocate(&d);
+            for (int k = 0; k < 3; ++k)
+                d.dvals[3 * (d.count - 1) + k] = d.count;
+        }
+        DATADispose(&d);
+    };
+}
+
+/// As many points into a buffer of the final size.
+Work fill_once(int n)
+{
+    return [n] {
+        DATAstruct d;
+        DATAInitialize(&d);
+        d.dim = 3;
+        d.count = n;
+        DATAAllocate(&d);
+        for (int i = 0; i < 3 * n; ++i)
+            d.dvals[i] = i;
+        keep(*d.dvals);
+        DATADispose(&d);
+    };
+}
+
+void copy_bytes(Arrays& x)
+{
+    std::memcpy(x.b.numbers.data(), x.a.numbers.data(), x.a.numbers.size() * sizeof(double));
+    keep(x);
+}
+
 #ifdef KORVALE_HAS_STEPS
 void mix_steps(Arrays& x)
 {
@@ -119,7 +158,7 @@ void mix_four_steps(Arrays& x)
 }
 void bounds_steps(Arrays& x)
 {
-    Box box;
+    Box box(x.a.dim);
     reference::bbox(&x.a, &box);
 }
 void copy_steps(Arrays& x)
@@ -147,6 +186,18 @@ void eigen_transform(Arrays& x)
     to.colwise() += m.block<3, 1>(0, 3);
     keep(to);
 }
+void eigen_bounds(Arrays& x)
+{
+    const Eigen::Map<const Eigen::Matrix3Xd> points(x.a.numbers.data(), 3, x.a.count);
+    const Eigen::Vector3d low = points.rowwise().minCoeff(), high = points.rowwise().maxCoeff();
+    keep(low);
+    keep(high);
+}
+void eigen_reverse(Arrays& x)
+{
+    Eigen::Map<Eigen::Matrix3Xd>(x.a.numbers.data(), 3, x.a.count).rowwise().reverseInPlace();
+    keep(x);
+}
 void eigen_mix(Arrays& x)
 {
     using Numbers = Eigen::Map<Eigen::ArrayXd>;
@@ -156,35 +207,6 @@ void eigen_mix(Arrays& x)
     keep(c);
 }
 #endif
-
-/// A wound path of n points.
-std::vector<double> wound(int n)
-{
-    std::vector<double> xyz;
-    for (int i = 0; i < n; ++i) {
-        const double t = 6.283185307179586 * i / n;
-        xyz.insert(xyz.end(),
-                   {(2 + std::cos(3 * t)) * std::cos(2 * t), (2 + std::cos(3 * t)) * std::sin(2 * t), std::sin(3 * t)});
-    }
-    return xyz;
-}
-
-template <int closed>
-Work frames(int n)
-{
-    return [path = std::make_shared<Around<Data>>(3, wound(n)), out = std::make_shared<std::vector<double>>(16 * n)] {
-        path2xfm(path.get(), closed, reinterpret_cast<Xfm*>(out->data()));
-    };
-}
-
-Work flatten(int n)
-{
-    return [path = std::make_shared<Around<Data>>(3, wound(n))] {
-        Xfm xfm, reverse;
-        data_to_xy_xfms(path.get(), xfm, reverse, 1);
-        keep(xfm);
-    };
-}
 
 std::vector<double> random_triangles(int n)
 {
@@ -212,9 +234,19 @@ Work sample(int n)
 }
 
 #ifdef KORVALE_HAS_STEPS
+template <int triangles>
 Work sample_steps(int n)
 {
-    return [triangle = random_triangles(1), n] { keep(reference::sample_triangles(triangle, 1, n, {})); };
+    return [corners = random_triangles(triangles), n] { keep(reference::sample_triangles(corners, 1, n, {})); };
+}
+
+/// The random numbers alone.
+Work draw(int n)
+{
+    return [n] {
+        for (int i = 0; i < 3 * n; ++i)
+            keep(Mwrand());
+    };
 }
 #endif
 
@@ -246,17 +278,19 @@ Work cgal_sample(int n)
 std::vector<Job> array_jobs()
 {
     const std::vector<int> sizes = {1, 4, 16, 100, 1000, 1000000};
+    const std::vector<int> few = {1, 4, 16, 100, 1000};
     std::vector<Job> jobs = {
         {"array.mix", sizes, on_arrays<mix>, 1.05, 10000},
         {"array.mix_four", sizes, on_arrays<mix_four>, 1.05, 10000},
         {"array.bounds", sizes, on_arrays<bounds>, 1.05, 10000},
         {"array.bounds_of_few", {}, on_arrays<bounds>, 1.05, 8}, // whole groups of lanes and nothing more
+        {"array.bounds_of_triangles", few, on_arrays<bounds, 9>},
         {"array.copy", sizes, on_arrays<copy>},
         {"array.reverse", sizes, on_arrays<reverse>, 1.05, 10000},
         {"array.transform", sizes, on_arrays<transform>, 1.05, 10000},
-        {"path.frames_open", {16, 1000, 100000}, frames<0>, 1.05, 8000},
-        {"path.frames_closed", {16, 1000, 100000}, frames<1>, 1.05, 2000},
-        {"path.flatten", {16, 1000, 100000}, flatten, 1.05, 2000},
+        {"array.transform@copy", sizes, on_arrays<copy_bytes>},
+        {"array.append", {1000, 10000}, append},
+        {"array.append@filled_once", {1000, 10000}, fill_once},
         {"sample.one_triangle", {1, 16, 1000}, sample<1>, 1.05, 1000},
         {"sample.100k_triangles", {1, 1000000}, sample<100000>},
         {"sample.16k_triangles", {10000}, sample<16000>, 1.0, 10000},
@@ -265,14 +299,19 @@ std::vector<Job> array_jobs()
     jobs.insert(jobs.end(), {{"array.mix@steps", sizes, on_arrays<mix_steps>},
                              {"array.mix_four@steps", sizes, on_arrays<mix_four_steps>},
                              {"array.bounds@steps", sizes, on_arrays<bounds_steps>},
+                             {"array.bounds_of_triangles@steps", few, on_arrays<bounds_steps, 9>},
                              {"array.copy@steps", sizes, on_arrays<copy_steps>},
                              {"array.reverse@steps", sizes, on_arrays<reverse_steps>},
                              {"array.transform@steps", sizes, on_arrays<transform_steps>},
-                             {"sample.one_triangle@steps", {1, 16, 1000}, sample_steps}});
+                             {"sample.one_triangle@steps", {1, 16, 1000}, sample_steps<1>},
+                             {"sample.one_triangle@draws", {1, 16, 1000}, draw},
+                             {"sample.16k_triangles@steps", {10000}, sample_steps<16000>}});
 #endif
 #ifdef KORVALE_HAS_EIGEN
-    jobs.push_back({"array.mix@Eigen", sizes, on_arrays<eigen_mix>});
-    jobs.push_back({"array.transform@Eigen", sizes, on_arrays<eigen_transform>});
+    jobs.insert(jobs.end(), {{"array.mix@Eigen", sizes, on_arrays<eigen_mix>},
+                             {"array.bounds@Eigen", sizes, on_arrays<eigen_bounds>},
+                             {"array.reverse@Eigen", sizes, on_arrays<eigen_reverse>},
+                             {"array.transform@Eigen", sizes, on_arrays<eigen_transform>}});
 #endif
 #ifdef KORVALE_HAS_CGAL
     jobs.push_back({"sample.100k_triangles@CGAL", {1, 1000000}, cgal_sample<100000>});

@@ -1,11 +1,13 @@
-// Queries of a bumpy ball in the grid that suits it, and building grids.
+// Queries of a bumpy ball in the grid that suits it and of the teapot in grids of several sizes, and building grids.
 #include <cmath>
-#include <cstdlib>
 #include <memory>
 
-#include "bench/jobs/job.h"
+#include "bench/job.h"
 #include "include/korvale.h"
 
+#ifdef KORVALE_HAS_STEPS
+#include "tests/reference/ray.h"
+#endif
 #ifdef KORVALE_HAS_CGAL
 #include <CGAL/AABB_traits.h>
 #include <CGAL/AABB_tree.h>
@@ -72,7 +74,7 @@ int best_side(int n)
 }
 
 struct Grid {
-    Grid(int n, int side) : triangles(9, ball(n))
+    Grid(std::vector<double> mesh, int side) : triangles(9, std::move(mesh))
     {
         ray_initialize(&status);
         status.nx = status.ny = status.nz = side;
@@ -87,7 +89,7 @@ struct Grid {
 
 Work cast(int n)
 {
-    return [grid = std::make_shared<Grid>(n, best_side(n))] {
+    return [grid = std::make_shared<Grid>(ball(n), best_side(n))] {
         double distance = 0;
         for (int i = 0; i < kRays; ++i) {
             double* const ray = &grid->rays_at[6 * static_cast<size_t>(i)];
@@ -96,10 +98,44 @@ Work cast(int n)
     };
 }
 
+/// A hundred rays at the teapot in a grid of cells along each axis.
+template <int side>
+Work cast_at_teapot(int n)
+{
+    const std::vector<double> mesh = teapot(n);
+    return [grid = std::make_shared<Grid>(mesh, side), rays = Rays(mesh, 100)]() mutable {
+        double distance = 0;
+        for (size_t i = 0; i < rays.origins.size(); i += 3)
+            keep(ray_intersect(&rays.origins[i], &rays.directions[i], &grid->status, &distance));
+    };
+}
+
+#ifdef KORVALE_HAS_STEPS
+Work cast_steps(int n)
+{
+    return [grid = std::make_shared<Grid>(ball(n), best_side(n))] {
+        double distance = 0;
+        for (int i = 0; i < kRays; ++i) {
+            const double* const ray = &grid->rays_at[6 * static_cast<size_t>(i)];
+            keep(reference::intersect(ray, ray + 3, grid->status, &distance));
+        }
+    };
+}
+
+/// Cells and lists, which are not undone.
+Work classify_steps(int side)
+{
+    return [grid = std::make_shared<Grid>(ball(1000), side), side] {
+        keep(reference::sort_triangles(grid->triangles.dvals, grid->triangles.count, grid->status.bbox.dvals, side,
+                                       side, side));
+    };
+}
+#endif
+
 template <int triangles>
 Work classify(int side)
 {
-    return [grid = std::make_shared<Grid>(triangles, side)] {
+    return [grid = std::make_shared<Grid>(ball(triangles), side)] {
         ray_declassify(&grid->status);
         ray_classify(&grid->status);
     };
@@ -108,12 +144,12 @@ Work classify(int side)
 /// The same triangles in a grid that is there already.
 Work classify_again(int side)
 {
-    return [grid = std::make_shared<Grid>(1000, side)] { ray_classify(&grid->status); };
+    return [grid = std::make_shared<Grid>(ball(1000), side)] { ray_classify(&grid->status); };
 }
 
 Work classify_growing(int n)
 {
-    return [grid = std::make_shared<Grid>(n, 16)] {
+    return [grid = std::make_shared<Grid>(ball(n), 16)] {
         ray_declassify(&grid->status);
         ray_classify(&grid->status);
     };
@@ -202,6 +238,17 @@ std::vector<Job> ray_jobs()
         {"ray.build_on_250k_triangles", {16, 64}, classify<250000>},
         {"ray.build_16_cells", {16000}, classify_growing, 1.05, 16000},
     };
+    const std::vector<int> teapots(kTeapots.begin(), kTeapots.end() - 1);
+    jobs.insert(jobs.end(), {{"ray.teapot_in_1_cell", teapots, cast_at_teapot<1>},
+                             {"ray.teapot_in_4_cells", teapots, cast_at_teapot<4>},
+                             {"ray.teapot_in_8_cells", teapots, cast_at_teapot<8>},
+                             {"ray.teapot_in_16_cells", teapots, cast_at_teapot<16>},
+                             {"ray.teapot_in_32_cells", teapots, cast_at_teapot<32>},
+                             {"ray.teapot_in_64_cells", teapots, cast_at_teapot<64>}});
+#ifdef KORVALE_HAS_STEPS
+    jobs.push_back({"ray.thousand_queries@steps", {1000, 4000, 16000, 70000, 250000}, cast_steps});
+    jobs.push_back({"ray.build_on_1k_triangles@steps", {4, 16}, classify_steps});
+#endif
 #ifdef KORVALE_HAS_CGAL
     jobs.push_back({"ray.thousand_queries@CGAL", sizes, cgal});
 #endif

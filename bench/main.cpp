@@ -12,7 +12,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "bench/jobs/job.h"
+#include "bench/job.h"
 
 namespace {
 
@@ -23,8 +23,11 @@ std::vector<Job> all_jobs()
 {
     using namespace korvale::bench;
     std::vector<Job> all;
-    for (const auto& jobs : {border_jobs(), ray_jobs(), equation_jobs(), preserve_jobs(), array_jobs(), math_jobs()})
-        all.insert(all.end(), jobs.begin(), jobs.end());
+    for (const auto jobs : {border_jobs, ray_jobs, equation_jobs, preserve_jobs, array_jobs, path_jobs, math_jobs,
+                            door_jobs, column_jobs, many_jobs, grid_jobs, shape_jobs}) {
+        const std::vector<Job> some = jobs();
+        all.insert(all.end(), some.begin(), some.end());
+    }
     return all;
 }
 

@@ -2,7 +2,7 @@
 // the next input, or lies where it did, makes a processor wait or not by chance.
 #include <memory>
 
-#include "bench/jobs/job.h"
+#include "bench/job.h"
 #include "include/korvale.h"
 
 #ifdef KORVALE_HAS_EIGEN
