@@ -130,7 +130,7 @@ function text_of_literals(s,    out, i, j, part, is_format) {
         gsub(/\\"/, "\"", part)
         gsub(/\\'/, "'", part)
         if (is_format)
-            gsub(/{[^}]*}/, "...", part)
+            gsub(/[{][^}]*[}]/, "...", part)
         out = out part
         s = trim(substr(s, j))
     }
