@@ -11,7 +11,7 @@
 #include "tests/support/random.h"
 
 namespace korvale::test {
-using namespace inside;
+using namespace border;
 
 namespace {
 

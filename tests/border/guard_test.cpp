@@ -12,9 +12,9 @@
 namespace korvale::test {
 TEST(SweepRounds, AreFourAVertexAnd64AtMost)
 {
-    EXPECT_EQ(korvale::inside::most_rounds(0), 64);
-    EXPECT_EQ(korvale::inside::most_rounds(10), 104);
-    EXPECT_EQ(korvale::inside::most_rounds(2147483647), 8589934652);
+    EXPECT_EQ(korvale::border::most_rounds(0), 64);
+    EXPECT_EQ(korvale::border::most_rounds(10), 104);
+    EXPECT_EQ(korvale::border::most_rounds(2147483647), 8589934652);
 }
 
 // An infinite distance, which the doors refuse, is never spent: infinity less infinity is no number, and never zero.
@@ -25,10 +25,10 @@ TEST(SweepRounds, EndASweepWhoseDistanceIsInfinite)
         korvale::reference::SweepArrays arrays(64);
         std::copy(circle.begin(), circle.end(), arrays.flat.begin());
         auto steps = arrays.sweep(std::numeric_limits<double>::infinity(), split_events);
-        korvale::inside::Sweep s = {steps.n,         steps.remaining, steps.split_events, steps.flat,
+        korvale::border::Sweep s = {steps.n,         steps.remaining, steps.split_events, steps.flat,
                                     steps.direction, steps.velocity,  steps.line,         steps.length,
                                     steps.rate,      steps.dead,      steps.merge};
-        EXPECT_TRUE(korvale::inside::run_sweep(s));
+        EXPECT_TRUE(korvale::border::run_sweep(s));
         EXPECT_TRUE(std::isnan(s.remaining));
         std::copy(circle.begin(), circle.end(), arrays.flat.begin());
         korvale::reference::run_sweep(steps);

@@ -13,10 +13,10 @@
 
 namespace korvale::test {
 
-using inside::Corners;
-using inside::Event;
-using inside::MeetingSearch;
-using inside::Round;
+using border::Corners;
+using border::Event;
+using border::MeetingSearch;
+using border::Round;
 
 namespace {
 
@@ -58,7 +58,7 @@ struct Search {
     }
 
     Twins twins;
-    inside::Sweep& s;
+    border::Sweep& s;
     std::vector<double> memory;
     MeetingSearch search;
     double drift = 0.0;

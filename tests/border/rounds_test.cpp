@@ -12,10 +12,10 @@
 
 namespace korvale::test {
 
-using inside::Corners;
-using inside::Event;
-using inside::Round;
-using inside::Watch;
+using border::Corners;
+using border::Event;
+using border::Round;
+using border::Watch;
 
 namespace {
 

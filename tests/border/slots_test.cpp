@@ -10,7 +10,7 @@
 #include "tests/support/random.h"
 
 namespace korvale::test {
-using namespace inside;
+using namespace border;
 
 TEST(Slots, NameTheSameVerticesThroughManyDeaths)
 {

@@ -23,7 +23,7 @@ reference::SweepArrays arrays_of(const Coordinates& path)
     return arrays;
 }
 
-inside::Sweep sweep_in(reference::SweepArrays& arrays, double distance)
+border::Sweep sweep_in(reference::SweepArrays& arrays, double distance)
 {
     const reference::Sweep s = arrays.sweep(distance, true);
     return {s.n, s.remaining, true, s.flat, s.direction, s.velocity, s.line, s.length, s.rate, s.dead, s.merge};
@@ -50,7 +50,7 @@ double next_angle(double angle, Random& random)
 
 Twins::Twins(const Coordinates& path, double distance)
     : documented_(arrays_of(path)), quick_(arrays_of(path)), sweep_(sweep_in(quick_, distance)),
-      memory_(static_cast<size_t>(inside::Wavefront::doubles_for(sweep_)), -7.5),
+      memory_(static_cast<size_t>(border::Wavefront::doubles_for(sweep_)), -7.5),
       steps(documented_.sweep(distance, true)), w(sweep_, memory_.data())
 {
 }
@@ -80,7 +80,7 @@ void Twins::set_any_edges(Random& random)
         steps.direction[3 * k + 1] = w.edge.dy[i] = std::sin(angle);
         steps.length[k] = w.edge.length[i] = random.one_in(3) ? 1.0 : random.uniform(2e-06, 3);
     }
-    note_written(w, inside::Wavefront::edges);
+    note_written(w, border::Wavefront::edges);
 }
 
 void Twins::set_any_velocities(Random& random)
@@ -91,14 +91,14 @@ void Twins::set_any_velocities(Random& random)
         steps.velocity[3 * k + 1] = w.velocity.y[i] = random.uniform(-2, 2);
     }
     wrap_ends(w.velocity, w.live);
-    note_written(w, inside::Wavefront::velocities);
+    note_written(w, border::Wavefront::velocities);
 }
 
 void Twins::set_any_rates(Random& random)
 {
     for (int32_t i = 0; i < w.live; ++i)
         steps.rate[w.id[i]] = w.rate[i] = random.one_in(8) ? 0.0 : random.uniform(-2, 2);
-    note_written(w, inside::Wavefront::rates);
+    note_written(w, border::Wavefront::rates);
 }
 
 void Twins::set_anything(Random& random)

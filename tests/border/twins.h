@@ -37,12 +37,12 @@ public:
 
 private:
     reference::SweepArrays documented_, quick_;
-    inside::Sweep sweep_;
+    border::Sweep sweep_;
     std::vector<double> memory_;
 
 public:
     reference::Sweep steps;
-    inside::Wavefront w;
+    border::Wavefront w;
 };
 
 } // namespace korvale::test

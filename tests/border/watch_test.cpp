@@ -17,7 +17,7 @@
 #include "tests/border/shapes.h"
 
 namespace korvale::test {
-using namespace inside;
+using namespace border;
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "tests/support/outlines.h"
 
 namespace korvale::test {
-using namespace inside;
+using namespace border;
 
 namespace {
 

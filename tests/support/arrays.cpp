@@ -8,7 +8,7 @@
 namespace korvale::test {
 namespace {
 
-using namespace inside;
+using namespace data;
 
 /// A test cannot go on without its input.
 void must(bool done)
