@@ -105,15 +105,10 @@ KORVALE_OVER_LANES Event test_pairs(const Wavefront& w, int32_t* list, Event eve
     return event;
 }
 
-KORVALE_FOUR_LANES Event test_pairs_by_four(const Wavefront& w, int32_t* list, Event event)
-{
-    return test_pairs<Quad>(w, list, event);
-}
-
 /// Tests every vertex against every edge; `list` has room for all edges.
 Event test_all_pairs(const Wavefront& w, int32_t* list, Event event)
 {
-    return widest([&] { return test_pairs_by_four(w, list, event); }, [&] { return test_pairs<Pair>(w, list, event); });
+    return over_lanes([&]<class V>() { return test_pairs<V>(w, list, event); });
 }
 
 /// What boxes have to allow for.

@@ -228,23 +228,12 @@ KORVALE_OVER_LANES void widen_all_columns(const double* values, int64_t n, int64
     }
 }
 
-KORVALE_FOUR_LANES void widen_columns_by_quads(const double* values, int64_t n, int64_t dim, double* least,
-                                               double* greatest)
-{
-    widen_all_columns<Quad>(values, n, dim, least, greatest);
-}
-
 template <class V>
 KORVALE_OVER_LANES int64_t bound_by(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
 {
     if (dim == 3)
         return bound_points_by<V>(values, n, least, greatest);
     return kGroup<V> % dim == 0 ? bound_elements_by<V>(values, n, dim, least, greatest) : 0;
-}
-
-KORVALE_FOUR_LANES int64_t bound_by_quads(const double* values, int64_t n, int64_t dim, double* least, double* greatest)
-{
-    return bound_by<Quad>(values, n, dim, least, greatest);
 }
 
 /// Whether n values, at least as many as V has lanes, are finite. The last vector may overlap the one before.
@@ -257,11 +246,6 @@ KORVALE_OVER_LANES bool are_finite_by(const double* values, int64_t n)
     for (int64_t j = 0; j < last; j += width_of<V>)
         finite = finite & (absolute(load<V>(values + j)) <= greatest);
     return !any_false(finite);
-}
-
-KORVALE_FOUR_LANES bool are_finite_by_quads(const double* values, int64_t n)
-{
-    return are_finite_by<Quad>(values, n);
 }
 
 // Steps over lanes, and the loops that take them.
@@ -277,11 +261,6 @@ KORVALE_OVER_LANES void carry_by(const double (*matrix)[4], const double* from, 
     for (int64_t i = 0; i < last; i += 3 * width_of<V>)
         store_points(to + i, carried(m, load_points<V>(from + i)));
     store_points(to + last, carried_last);
-}
-
-KORVALE_FOUR_LANES void carry_by_quads(const double (*m)[4], const double* from, int64_t count, double* to)
-{
-    carry_by<Quad>(m, from, count, to);
 }
 
 /// Mixes from value j on, as far as whole groups go. Returns the first value not mixed.
@@ -303,17 +282,6 @@ KORVALE_OVER_LANES int64_t mix_by(const double* a, const double* b, const double
         store<V>(to + j, (ab + wc * load<V>(c + j)) + wd * load<V>(d + j));
     }
     return j;
-}
-
-KORVALE_FOUR_LANES int64_t mix_by_quads(const double* a, const double* b, double wa, double wb, int64_t n, double* to)
-{
-    return mix_by<Quad>(a, b, wa, wb, 0, n, to);
-}
-
-KORVALE_FOUR_LANES int64_t mix_by_quads(const double* a, const double* b, const double* c, const double* d, double wa,
-                                        double wb, double wc, double wd, int64_t n, double* to)
-{
-    return mix_by<Quad>(a, b, c, d, wa, wb, wc, wd, 0, n, to);
 }
 
 } // namespace
@@ -359,13 +327,11 @@ void find_bounds_of_many(const double* values, int64_t count, int64_t dim, doubl
     if (!is_apart(values, n, box, 2 * dim))
         return widen_bounds(values + dim, n - dim, dim, least, greatest);
     if (dim > kNarrow && count >= kManyWideElements && (n < kManyBoundValues || kGroup<Quad> % dim != 0))
-        return widest([&] { widen_columns_by_quads(values + dim, n - dim, dim, least, greatest); },
-                      [&] { widen_all_columns<Pair>(values + dim, n - dim, dim, least, greatest); });
+        return over_lanes([]<class V>(auto... of) { widen_all_columns<V>(of...); }, values + dim, n - dim, dim, least,
+                          greatest);
     int64_t taken = dim;
-    if (n >= (dim == 3 ? kManyPointValues : kManyBoundValues)) {
-        taken = widest([&] { return bound_by_quads(values, n, dim, least, greatest); },
-                       [&] { return bound_by<Pair>(values, n, dim, least, greatest); });
-    }
+    if (n >= (dim == 3 ? kManyPointValues : kManyBoundValues))
+        taken = over_lanes([]<class V>(auto... of) { return bound_by<V>(of...); }, values, n, dim, least, greatest);
     widen_bounds_apart(values + taken, n - taken, dim, least, greatest);
     if (taken > dim)
         settle_zeros(values, dim, least, greatest);
@@ -373,13 +339,13 @@ void find_bounds_of_many(const double* values, int64_t count, int64_t dim, doubl
 
 bool are_many_finite(const double* values, int64_t n)
 {
-    return widest([&] { return are_finite_by_quads(values, n); }, [&] { return are_finite_by<Pair>(values, n); });
+    return over_lanes([]<class V>(auto... of) { return are_finite_by<V>(of...); }, values, n);
 }
 
 void carry_many_points(const double (*m)[4], const double* from, int64_t count, double* to)
 {
     if (may_run_ahead(from, to, 3 * count) && is_apart(m[0], 16, to, 3 * count))
-        return widest([&] { carry_by_quads(m, from, count, to); }, [&] { carry_by<Pair>(m, from, count, to); });
+        return over_lanes([=]<class V>() { carry_by<V>(m, from, count, to); });
     for (int64_t i = 0; i < count; ++i)
         carry_point(m, from + 3 * i, to + 3 * i);
 }
@@ -389,7 +355,7 @@ void mix_many_values(const double* a, const double* b, double wa, double wb, int
     int64_t j = 0;
     if (may_run_ahead(a, to, n) && may_run_ahead(b, to, n)) {
         if (n >= kManyValues)
-            j = widest([&] { return mix_by_quads(a, b, wa, wb, n, to); }, [] { return int64_t{0}; });
+            j = over_lanes([]<class V>(auto... of) { return mix_by<V>(of...); }, a, b, wa, wb, 0, n, to);
         j = mix_by<Pair>(a, b, wa, wb, j, n, to);
     }
     mix_by<double>(a, b, wa, wb, j, n, to);
@@ -401,7 +367,7 @@ void mix_many_values(const double* a, const double* b, const double* c, const do
     int64_t j = 0;
     if (may_run_ahead(a, to, n) && may_run_ahead(b, to, n) && may_run_ahead(c, to, n) && may_run_ahead(d, to, n)) {
         if (n >= kManyValues)
-            j = widest([&] { return mix_by_quads(a, b, c, d, wa, wb, wc, wd, n, to); }, [] { return int64_t{0}; });
+            j = over_lanes([]<class V>(auto... of) { return mix_by<V>(of...); }, a, b, c, d, wa, wb, wc, wd, 0, n, to);
         j = mix_by<Pair>(a, b, c, d, wa, wb, wc, wd, j, n, to);
     }
     mix_by<double>(a, b, c, d, wa, wb, wc, wd, j, n, to);

@@ -113,18 +113,13 @@ KORVALE_OVER_LANES int64_t measure_by(const SampledTriangles& t, int64_t i, doub
     return i;
 }
 
-KORVALE_FOUR_LANES int64_t measure_by_quads(const SampledTriangles& t, double* areas, double& sum)
-{
-    return measure_by<Quad>(t, 0, areas, sum);
-}
-
 /// Writes the areas of all triangles. Returns their sum.
 double measure_areas(const SampledTriangles& t, double* areas)
 {
     double sum = 0.0;
     int64_t i = 0;
     if (t.count >= width_of<Quad>)
-        i = widest([&] { return measure_by_quads(t, areas, sum); }, [&] { return measure_by<Pair>(t, 0, areas, sum); });
+        i = over_lanes([&]<class V>() { return measure_by<V>(t, 0, areas, sum); });
     measure_by<double>(t, i, areas, sum);
     return sum;
 }
@@ -216,17 +211,12 @@ KORVALE_OVER_LANES int place_by(int k, int count, Places& places)
     return k;
 }
 
-KORVALE_FOUR_LANES int place_by_quads(int count, Places& places)
-{
-    return place_by<Quad>(0, count, places);
-}
-
 /// Turns the draws of `count` points into shares and weights.
 void place(int count, Places& places)
 {
     int k = 0;
     if (count >= 2 * width_of<Quad>)
-        k = widest([&] { return place_by_quads(count, places); }, [&] { return place_by<Pair>(0, count, places); });
+        k = over_lanes([&]<class V>() { return place_by<V>(0, count, places); });
     place_by<double>(k, count, places);
 }
 

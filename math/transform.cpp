@@ -12,11 +12,6 @@ constexpr int kDecimals = 6;
 /// The longest element: a sign, 309 digits, the point and the decimals.
 constexpr size_t kLongestElement = 1 + 309 + 1 + kDecimals;
 
-KORVALE_FOUR_LANES void multiply_wide(const double (*a)[4], const double (*b)[4], double (*out)[4])
-{
-    multiply_in_lanes<Quad>(a, b, out);
-}
-
 /// The columns of `m`: a transpose in registers, by eight shuffles.
 KORVALE_QUAD void load_columns(const double* m, Quad& x, Quad& y, Quad& z, Quad& w)
 {
@@ -80,7 +75,7 @@ void xfm_pnt(double* m16, double* p, double* out)
 
 void MatrixMultiply(Xfm a, Xfm b, Xfm out)
 {
-    widest([&] { multiply_wide(a, b, out); }, [&] { multiply(a, b, out); });
+    over_lanes([]<class V>(auto... of) { multiply_in_lanes<V>(of...); }, a, b, out);
 }
 
 void MatrixTranspose(Xfm in, Xfm out)

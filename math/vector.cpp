@@ -23,11 +23,6 @@ KORVALE_OVER_LANES int normalize_by(double* v)
     return 1;
 }
 
-KORVALE_FOUR_LANES int normalize_wide(double* v)
-{
-    return normalize_by<Quad>(v);
-}
-
 } // namespace
 } // namespace korvale::math
 
@@ -51,7 +46,7 @@ double norm(double* v)
 
 int normalize(double* v)
 {
-    return widest([&] { return normalize_wide(v); }, [&] { return normalize_by<double>(v); });
+    return over_lanes([]<class V>(double* of) { return normalize_by<V>(of); }, v);
 }
 
 double angle(double* a, double* b)

@@ -268,16 +268,6 @@ KORVALE_OVER_LANES void turn_frames(Shares shares, int n, Xfm* frames)
     }
 }
 
-KORVALE_FOUR_LANES void turn_frames_wide(const Shares& shares, int n, Xfm* frames)
-{
-    turn_frames<Quad>(shares, n, frames);
-}
-
-void turn_frames_plain(const Shares& shares, int n, Xfm* frames)
-{
-    turn_frames<Pair>(shares, n, frames);
-}
-
 /// Turns frame i about its z axis by i / n of the angle between the last x axis and the first.
 ///
 /// Deliberate: a cosine beyond 1 is not clamped, so the angle and with it the turned axes are NaN.
@@ -290,7 +280,7 @@ void spread_twist(const Axes& first, const Axes& last, double full_turn, int n, 
     const double angle = sine > kBackwardSine ? std::acos(cosine) : full_turn - std::acos(cosine);
     const double share = angle / static_cast<double>(n);
     const Shares shares = {std::cos(share), std::sin(share)};
-    widest([&] { turn_frames_wide(shares, n, frames); }, [&] { turn_frames_plain(shares, n, frames); });
+    over_lanes([&]<class V>() { turn_frames<V>(shares, n, frames); });
 }
 
 /// The z axis of the last frame, not normalised.

@@ -372,22 +372,9 @@ KORVALE_OVER_LANES void add_forces(const Angles& term, double* force)
 }
 
 template <bool measuring>
-KORVALE_FOUR_LANES double add_energies_wide(const Angles& term, double energy, const Ceiling& ceiling,
-                                            Measures& measures)
-{
-    return add_energies<Quad, measuring>(term, energy, ceiling, measures);
-}
-
-template <bool measuring>
 double add_all_energies(const Angles& term, double energy, const Ceiling& ceiling, Measures& measures)
 {
-    return widest([&] { return add_energies_wide<measuring>(term, energy, ceiling, measures); },
-                  [&] { return add_energies<Pair, measuring>(term, energy, ceiling, measures); });
-}
-
-KORVALE_FOUR_LANES void add_forces_wide(const Angles& term, double* force)
-{
-    add_forces<Quad>(term, force);
+    return over_lanes([&]<class V>() { return add_energies<V, measuring>(term, energy, ceiling, measures); });
 }
 
 } // namespace
@@ -444,6 +431,6 @@ int PreserveFindFaceAngleForce(PreserveStatus* status)
     Angles term;
     double* const force = forces_of(*status);
     if (force != nullptr && find_angles(*status, term))
-        widest([&] { add_forces_wide(term, force); }, [&] { add_forces<Pair>(term, force); });
+        over_lanes([&]<class V>() { add_forces<V>(term, force); });
     return 1;
 }

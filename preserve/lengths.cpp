@@ -129,21 +129,6 @@ KORVALE_OVER_LANES void add_forces(const Lengths& term, double* force)
         pull_edges<double>(t, e, force);
 }
 
-KORVALE_FOUR_LANES void measure_wide(const double* p, const EdgeList& edges, double* measure)
-{
-    measure_edges<Quad>(p, edges, measure);
-}
-
-KORVALE_FOUR_LANES double add_energies_wide(const Lengths& term, double energy, const Ceiling& ceiling)
-{
-    return add_energies<Quad>(term, energy, ceiling);
-}
-
-KORVALE_FOUR_LANES void add_forces_wide(const Lengths& term, double* force)
-{
-    add_forces<Quad>(term, force);
-}
-
 } // namespace
 
 double add_length_energies(PreserveStatus& s, double energy, Ceiling& ceiling)
@@ -151,8 +136,7 @@ double add_length_energies(PreserveStatus& s, double energy, Ceiling& ceiling)
     Lengths term;
     if (!find_lengths(s, term))
         return energy;
-    return widest([&] { return add_energies_wide(term, energy, ceiling); },
-                  [&] { return add_energies<Pair>(term, energy, ceiling); });
+    return over_lanes([&]<class V>() { return add_energies<V>(term, energy, ceiling); });
 }
 
 } // namespace korvale::preserve
@@ -170,7 +154,7 @@ int PreserveInitOlen(PreserveStatus* status)
         return switch_off(*status, PRESERVE_LENGTH);
     const double* const p = status->points->dvals;
     double* const lengths = status->olen->dvals;
-    widest([&] { measure_wide(p, edges, lengths); }, [&] { measure_edges<Pair>(p, edges, lengths); });
+    over_lanes([&]<class V>() { measure_edges<V>(p, edges, lengths); });
     return 1;
 }
 
@@ -190,6 +174,6 @@ int PreserveFindEdgeLengthForce(PreserveStatus* status)
     Lengths term;
     double* const force = forces_of(*status);
     if (force != nullptr && find_lengths(*status, term))
-        widest([&] { add_forces_wide(term, force); }, [&] { add_forces<Pair>(term, force); });
+        over_lanes([&]<class V>() { add_forces<V>(term, force); });
     return 1;
 }

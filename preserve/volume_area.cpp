@@ -171,21 +171,10 @@ KORVALE_OVER_LANES void add_forces(const double* p, const Faces& all_faces, cons
     }
 }
 
-KORVALE_FOUR_LANES Measures measure_faces_wide(const double* p, const Faces& faces)
-{
-    return measure_faces_over<Quad>(p, faces);
-}
-
 /// The two sums over all faces.
 Measures measure_faces(const double* p, const Faces& faces)
 {
-    return widest([&] { return measure_faces_wide(p, faces); }, [&] { return measure_faces_over<Pair>(p, faces); });
-}
-
-template <class Rule>
-KORVALE_FOUR_LANES void add_forces_wide(const double* p, const Faces& faces, const Rule& rule, double* force)
-{
-    add_forces<Quad>(p, faces, rule, force);
+    return over_lanes([&]<class V>() { return measure_faces_over<V>(p, faces); });
 }
 
 /// Adds the forces of a measure that is off by `deviation`.
@@ -198,7 +187,7 @@ int add_rule(const PreserveStatus& s, double deviation, double weight)
     const double* const p = s.cur_points->dvals;
     const Faces faces = faces_of(s);
     const Rule rule = {2.0 * weight * deviation};
-    widest([&] { add_forces_wide(p, faces, rule, force); }, [&] { add_forces<Pair>(p, faces, rule, force); });
+    over_lanes([&]<class V>() { add_forces<V>(p, faces, rule, force); });
     return 1;
 }
 

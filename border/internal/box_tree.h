@@ -212,20 +212,12 @@ KORVALE_OVER_LANES bool descend(const BoxTree& tree, const Boxes& vertices, int3
     return true;
 }
 
-template <class Emit, class GoesOn>
-KORVALE_FOUR_LANES bool descend_by_four(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit,
-                                        const GoesOn& goes_on)
-{
-    return descend<Quad>(tree, vertices, n, emit, goes_on);
-}
-
 /// Calls emit(vertex, edge) for every vertex and edge whose boxes meet, except its own two edges, until it returns
 /// false, or goes_on() does, which is asked after every pair of leaves. Whether neither ever did. n is above kFan.
 template <class Emit, class GoesOn>
 bool for_meeting_boxes(const BoxTree& tree, const Boxes& vertices, int32_t n, const Emit& emit, const GoesOn& goes_on)
 {
-    return widest([&] { return descend_by_four(tree, vertices, n, emit, goes_on); },
-                  [&] { return descend<Pair>(tree, vertices, n, emit, goes_on); });
+    return over_lanes([&]<class V>() { return descend<V>(tree, vertices, n, emit, goes_on); });
 }
 
 template <class Emit>

@@ -394,8 +394,27 @@ KORVALE_OVER_LANES double reduce_greatest(const V& v)
     }
 }
 
-// Loops. The step is a generic lambda, [=]<class V>(int32_t i) { ... }, called for the lanes from i on. It is compiled
-// twice, for every processor and for those with AVX2.
+// Steps over lanes, and loops of them. A step is a generic lambda, compiled twice: for every processor and for those
+// with AVX2.
+
+template <class Step, class... Values>
+KORVALE_FOUR_LANES auto over_four_lanes(const Step& step, Values... values)
+{
+    return step.template operator()<Quad>(values...);
+}
+
+/// Calls the step once, [&]<class V>() { ... }, with V as wide as the processor's lanes: Quad or Pair. Captures go
+/// through memory. A step that may be short takes values instead, which stay in registers:
+///
+///     over_lanes([]<class V>(auto... values) { return sum<V>(values...); }, first, count);
+template <class Step, class... Values>
+inline auto over_lanes(const Step& step, Values... values)
+{
+    return widest([&] { return over_four_lanes(step, values...); },
+                  [&] { return step.template operator()<Pair>(values...); });
+}
+
+// A step of the loops below, [=]<class V>(int32_t i) { ... }, is called for the lanes from i on.
 
 /// Calls the step for pairs, then for the odd value.
 template <class Index, class Step>

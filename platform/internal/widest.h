@@ -11,7 +11,8 @@
 //
 //     return widest([&] { return sum_wide(values, n); }, [&] { return sum(values, n); });
 //
-// The two arguments of `widest` only call: the body of a lambda itself is compiled for every processor.
+// The two arguments of `widest` only call: the body of a lambda itself is compiled for every processor. Where both are
+// one step written over a lane type, `over_lanes` in lanes.h is all of that in one.
 #if defined(__x86_64__) && !defined(KORVALE_NO_WIDE_LANES)
 #define KORVALE_HAS_WIDE_LANES 1
 #endif
