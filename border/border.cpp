@@ -10,6 +10,7 @@
 #include "data/internal/record.h"
 #include "data/operations.h"
 #include "path/flatten.h"
+#include "path/internal/flatten.h"
 
 namespace korvale::border {
 namespace {
@@ -47,12 +48,6 @@ bool shape_all(const WorkArrays<Array>& work, int32_t n)
         if (!done)
             return false;
     return true;
-}
-
-template <class Array>
-bool is_outline(const Array* path)
-{
-    return path != nullptr && path->type == DATA_TYPE_DOUBLE && path->dim == 3;
 }
 
 /// Points that can be read: none where the buffer is missing or too small.

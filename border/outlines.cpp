@@ -6,6 +6,7 @@
 #include "border/border.h"
 #include "data/internal/buffers.h"
 #include "data/internal/record.h"
+#include "data/internal/trees.h"
 #include "math/internal/matrix.h"
 #include "path/flatten.h"
 
@@ -37,11 +38,6 @@ int border_outline(BORDERStatus& status)
 bool shape_list(DATAstruct& output, const DATAstruct& path)
 {
     return allocate_as(output, DATA_TYPE_DATA, path.count, path.dim);
-}
-
-DATAstruct* child(const DATAstruct& list, int32_t k)
-{
-    return static_cast<DATAstruct*>(list.pvals[k]);
 }
 
 int border_list(BORDERStatus& status)

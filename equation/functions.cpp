@@ -16,12 +16,10 @@ namespace {
 constexpr int32_t kGrowth = 20;
 
 /// Whether the arrays of the functions may be replaced by larger ones.
-bool can_grow(const EquationSystem& es)
+bool may_have_more_functions(const EquationSystem& es)
 {
-    for (const DATAstruct* array : {es.funcs, es.func_nargs, es.func_names, es.tables, es.table_pos})
-        if (array == nullptr || !may_grow(*array))
-            return false;
-    return es.funcs->count < kMostElements - kGrowth;
+    return may_all_grow({es.funcs, es.func_nargs, es.func_names, es.tables, es.table_pos}) &&
+           es.funcs->count < kMostElements - kGrowth;
 }
 
 /// Makes room for more functions. Deliberate: where the heap has none, the counts are left raised.
@@ -151,7 +149,7 @@ int EqAnotherFunc(EquationSystem* es)
         return -1;
     const int32_t f = es->funcs->count;
     const bool is_full = f >= room(es->funcs, DATA_TYPE_POINTER);
-    if (f < 0 || (is_full && !can_grow(*es)))
+    if (f < 0 || (is_full && !may_have_more_functions(*es)))
         return -1;
     es->funcs->count += 1;
     if (is_full && !grow_functions(*es))

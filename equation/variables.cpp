@@ -31,16 +31,7 @@ bool collect(const EquationSystem& es, const char* text, Names& names)
     return true;
 }
 
-/// Whether variables can be appended: the arrays exist and belong to the library.
-bool can_grow(const EquationSystem& es)
-{
-    for (const DATAstruct* array : {es.var_names, es.var_vals, es.var_flags})
-        if (array == nullptr || !may_grow(*array))
-            return false;
-    return es.var_vals->count >= 0;
-}
-
-bool resize(DATAstruct& d, int32_t count, int32_t type, int32_t dim)
+bool grow_to(DATAstruct& d, int32_t count, int32_t type, int32_t dim)
 {
     d.count = count;
     return grow_cleared(d) && holds(d, type, components(count, dim));
@@ -51,8 +42,8 @@ bool resize(DATAstruct& d, int32_t count, int32_t type, int32_t dim)
 bool resize_variables(EquationSystem& es, int32_t count)
 {
     const int32_t before = es.var_vals->count;
-    if (resize(*es.var_names, count, DATA_TYPE_BYTE, kNameBytes) && resize(*es.var_vals, count, DATA_TYPE_DOUBLE, 1) &&
-        resize(*es.var_flags, count, DATA_TYPE_BYTE, 1))
+    if (grow_to(*es.var_names, count, DATA_TYPE_BYTE, kNameBytes) &&
+        grow_to(*es.var_vals, count, DATA_TYPE_DOUBLE, 1) && grow_to(*es.var_flags, count, DATA_TYPE_BYTE, 1))
         return true;
     for (DATAstruct* array : {es.var_names, es.var_vals, es.var_flags})
         array->count = before;
@@ -63,8 +54,8 @@ bool append(EquationSystem& es, const Names& names, int flag)
 {
     const int32_t before = es.var_vals->count;
     const int64_t count = before + names.count();
-    if (!can_grow(es) || components(count, kNameBytes) > kMostElements ||
-        !resize_variables(es, static_cast<int32_t>(count)))
+    if (!may_all_grow({es.var_names, es.var_vals, es.var_flags}) || before < 0 ||
+        components(count, kNameBytes) > kMostElements || !resize_variables(es, static_cast<int32_t>(count)))
         return false;
     std::memcpy(es.var_names->bvals + int64_t{before} * kNameBytes, names.added(),
                 static_cast<size_t>(names.count() * kNameBytes));

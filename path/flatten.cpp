@@ -56,13 +56,6 @@ struct Transforms {
     double (*reverse)[4]; ///< or null
 };
 
-/// Whether the record is of points, by its kind and dim.
-template <class Array>
-bool is_outline(const Array* path)
-{
-    return path != nullptr && path->type == DATA_TYPE_DOUBLE && path->dim == 3;
-}
-
 void set_identities(const Transforms& to)
 {
     set_identity(to.forward);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 
 #include "data/datastruct.h"
 #include "data/internal/buffers.h"
@@ -58,6 +59,12 @@ inline void note_room(DATAstruct& d, int32_t count, int32_t dim)
 inline int64_t noted_room(const DATAstruct& d, int32_t type)
 {
     return is_wrapped(d) && is_noted_empty(d) ? 0 : room(&d, type);
+}
+
+/// Whether all of the arrays exist and may grow in place.
+inline bool may_all_grow(std::initializer_list<const DATAstruct*> arrays)
+{
+    return std::all_of(arrays.begin(), arrays.end(), [](const DATAstruct* d) { return d != nullptr && may_grow(*d); });
 }
 
 /// Changes the array to count * dim components and clears those it gains; false where it has fewer then.

@@ -5,6 +5,13 @@
 
 namespace korvale::path {
 
+/// Whether the record is of points, by its kind and dim.
+template <class Array>
+bool is_outline(const Array* path)
+{
+    return path != nullptr && path->type == DATA_TYPE_DOUBLE && path->dim == 3;
+}
+
 /// What `data_to_xy_xfms` and `DATA_to_xy_xfms` do, on paths that are only read.
 int flatten(const Data* path, double (*xfm)[4], double (*reverse)[4], bool closed);
 void flatten(const DATAstruct* path, double (*xfm)[4], double (*reverse)[4], bool closed);
