@@ -1,9 +1,9 @@
 # Prints what the sources given can say of an argument or an equation, one line each:
-#   must TEXT    of "function: argument must TEXT, but ...": argument 2 of a Refusal, 3 of a Failure, an Error and
-#                Python's refuse(), and whatever is handed to a parameter `must` of a function in Python
+#   must TEXT    of "function: argument must TEXT, but ...": argument 2 of a Refusal, 3 of a Failure and an Error, and
+#                whatever is handed to a parameter `must` of a function
 #   why TEXT     of a refused equation
 # A text that is put together has "..." in place of what is not a literal. What cannot be read is an error.
-# Files read with pass=1 before all others only show which functions have a parameter `must`.
+# All files are read twice: with pass=1 for the functions that have a parameter `must`, with pass=2 for the rest.
 
 BEGIN { RS = "\001" }
 
@@ -11,8 +11,12 @@ BEGIN { RS = "\001" }
     source = $0
     is_python = FILENAME ~ /\.py$/
     blank_comments()
-    find_constants()
-    read_calls()
+    if (pass == 1) {
+        find_parameters()
+    } else {
+        find_constants()
+        read_calls()
+    }
 }
 
 END { exit failed }
@@ -88,6 +92,22 @@ function find_constants(    s, name) {
     }
 }
 
+# The functions that have a parameter `must`, and which of theirs it is.
+function find_parameters(    s, definition, name, before, parts) {
+    s = source
+    definition = is_python ? "def [A-Za-z_]+[(][^()]*must: str" : "[A-Za-z_]+[(][^(){};]*(char[*]|string_view) must[,)]"
+    while (match(s, definition)) {
+        name = substr(s, RSTART, RLENGTH)
+        s = substr(s, RSTART + RLENGTH)
+        sub(/^def /, "", name)
+        before = substr(name, index(name, "(") + 1)
+        sub(/\(.*/, "", name)
+        sub(/must[,)]$/, "must", before)
+        split("", parts)
+        place_of[is_python, name] = cut(before, parts, ",") - (trim(parts[1]) == "self")
+    }
+}
+
 # Cuts `s` at `separators` outside of parentheses and literals into parts[1 ..], and returns how many there are.
 function cut(s, parts, separators,    i, j, c, depth, from, count) {
     from = 1
@@ -157,7 +177,7 @@ function text_of(s,    sums, i, n, terms, k, m, out) {
 # Prints what an argument says; one that only hands on what was said elsewhere says nothing.
 function tell(kind, argument,    before, choices, n, k, text) {
     argument = trim(argument)
-    if (pass == 1 || argument ~ /(^|[ .>_*])(must|wanted|but|given|why|text)$/)
+    if (argument ~ /(^|[ .>_*])(must|must: str|wanted|but|given|why|text)$|^str\(error\)/)
         return
     n = 1
     choices[1] = argument
@@ -195,44 +215,41 @@ function arguments_at(i,    s, j, c, depth) {
     return ""
 }
 
-function read_calls(    s, at, name, all, parts, n, k, defined) {
+function read_calls(    s, at, name, parts, n) {
     s = source
     at = 0
     while (match(s, /[A-Za-z_]+ ?\(|must = |[^a-z]why <</)) {
         name = substr(s, RSTART, RLENGTH)
         at += RSTART + RLENGTH - 1
-        defined = substr(source, at - RLENGTH - 3, 4) == "def "
         s = substr(source, at + 1)
         if (name == "must = ") {
             tell("must", substr(s, 1, index(s, "\n") - 1))
             continue
         }
+        split("", parts)
         if (name ~ /why <</) {
             cut(s, parts, ";")
             tell("why", parts[1])
             continue
         }
         sub(/ ?\($/, "", name)
-        if (name !~ /^(Refusal|Failure|Error|EquationError|note|refuse)$/ && !(name in place_of) && !defined)
+        if (name !~ /^(Refusal|Failure|Error|EquationError|note|refuse)$/ && !((is_python, name) in place_of))
             continue
-        all = arguments_at(at + 1)
-        split("", parts)
-        n = cut(all, parts, ",")
-        if (is_python && defined) {
-            for (k = 1; k <= n; ++k)
-                if (trim(parts[k]) == "must: str")
-                    place_of[name] = trim(parts[1]) == "self" ? k - 1 : k
-        } else if (is_python && name in place_of) {
-            if (n >= place_of[name])
-                tell("must", parts[place_of[name]])
-        } else if (name == "Refusal" && n == 3 && parts[1] !~ /int32_t/) {
-            tell("must", parts[2])
-        } else if (!is_python && name ~ /^(Failure|Error)$/ && n >= 4) {
-            tell("must", parts[3])
-        } else if ((name == "EquationError" || name == "refuse") && !is_python && n == 4) {
-            tell("why", parts[4])
-        } else if (name == "note" && n == 3 && FILENAME ~ /refusal/) {
-            tell("why", parts[3])
+        n = cut(arguments_at(at + 1), parts, ",")
+        if (name == "Refusal") {
+            if (n == 3 && parts[1] !~ /int32_t/)
+                tell("must", parts[2])
+        } else if (!is_python && name ~ /^(Failure|Error)$/) {
+            if (n >= 4)
+                tell("must", parts[3])
+        } else if (!is_python && name ~ /^(EquationError|refuse)$/) {
+            if (n == 4)
+                tell("why", parts[4])
+        } else if (name == "note") {
+            if (n == 3 && FILENAME ~ /refusal/)
+                tell("why", parts[3])
+        } else if ((is_python, name) in place_of && n >= place_of[is_python, name]) {
+            tell("must", parts[place_of[is_python, name]])
         }
     }
     if (FILENAME ~ /refusal\.cpp$/) {

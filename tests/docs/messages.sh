@@ -9,8 +9,8 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 cd "$1"
 page=docs/questions.md
 
-said=$(awk -f "$here/messages.awk" pass=1 python/korvale/*.py pass=2 python/korvale/*.py python/src/*.{cpp,h} \
-    door/*.cpp door/internal/*.h include/korvale/face/*.hpp | sort -u)
+sources=(python/korvale/*.py python/src/*.{cpp,h} door/*.cpp door/internal/*.h include/korvale/face/*.hpp)
+said=$(awk -f "$here/messages.awk" pass=1 "${sources[@]}" pass=2 "${sources[@]}" | sort -u)
 # The code in the first cell of each row between <!-- messages: KIND --> and <!-- messages: end -->.
 told=$(awk -F '|' '
     /^<!-- messages: / { kind = $0; gsub(/^<!-- messages: | -->$|end/, "", kind) }
