@@ -27,6 +27,12 @@ inline bool is_equation(const EquationSystem& es, int32_t equation)
     return equation >= 0 && equation < usable_count(es.equations, DATA_TYPE_DATA, kChildren);
 }
 
+/// Whether the array has the room for items that the library gives it.
+inline bool has_usual_room(const DATAstruct* d)
+{
+    return d != nullptr && d->alloc_count == kMostItems && d->alloc_dim == 1;
+}
+
 /// The items of any three arrays that a row may hold.
 Program checked_program(const DATAstruct* kinds, const DATAstruct* operands, const DATAstruct* constants);
 
@@ -37,10 +43,7 @@ inline Program program_of(const EquationSystem& es, int32_t equation)
     const auto* const kinds = static_cast<const DATAstruct*>(row[0]);
     const auto* const operands = static_cast<const DATAstruct*>(row[1]);
     const auto* const constants = static_cast<const DATAstruct*>(row[2]);
-    const auto is_common = [](const DATAstruct* d) {
-        return d != nullptr && d->alloc_count == kMostItems && d->alloc_dim == 1;
-    };
-    if (!is_common(kinds) || !is_common(operands) || !is_common(constants) || kinds->ivals == nullptr ||
+    if (!has_usual_room(kinds) || !has_usual_room(operands) || !has_usual_room(constants) || kinds->ivals == nullptr ||
         operands->ivals == nullptr || constants->dvals == nullptr || kinds->count > kMostItems)
         return checked_program(kinds, operands, constants);
     return {kinds->ivals, operands->ivals, constants->dvals, kMostItems, kinds->count};
