@@ -1,6 +1,6 @@
-// The documented interpreter: a program is run item by item on a stack of values, and functions, variables and tables are
-// looked up anew each time. So is the program itself after every function of the host, which may have changed the number
-// of items, or taken the equation away.
+// The documented interpreter: a program is run item by item on a stack of values, and functions, variables and tables
+// are looked up anew each time. So is the program itself after every function of the host, which may have changed the
+// number of items, or taken the equation away.
 #include "equation/internal/evaluation.h"
 
 #include <limits>
