@@ -65,11 +65,16 @@ public:
     std::optional<Crossing> find_crossing()
     {
         Asking asking(telling_.part(0.5, 0.2), kQuestion);
+        Vector<Sides> all;
         for (size_t first = 0, end = 0; first < contacts_.size(); first = end) {
             asking.step(static_cast<double>(first) / static_cast<double>(contacts_.size()));
             end = end_of_pair(first);
-            compare_sides(std::span(contacts_).subspan(first, end - first));
+            all.push_back(look_at_sides(std::span(contacts_).subspan(first, end - first)));
         }
+        for (const Sides& a : all)
+            if (a.ring < a.other)
+                compare_sides(a, *std::ranges::lower_bound(all, std::pair(a.other, a.ring), {},
+                                                           [](const Sides& s) { return std::pair(s.ring, s.other); }));
         return crossing_;
     }
 
@@ -214,20 +219,63 @@ private:
         return edges;
     }
 
-    bool lies_on(int32_t ring, const EdgeTree& edges) const
+    /// Whether a ring lies along the edges of another: its corners within twice the tolerance of them, and its edges
+    /// within reach of them halfway between the places at which corners of the other lie beside them.
+    bool lies_along(int32_t ring, const EdgeTree& edges) const
     {
         const double reach = std::nextafter(tolerance_, 2 * tolerance_);
-        return std::ranges::all_of(rings_[static_cast<size_t>(ring)],
-                                   [&](const Place& p) { return edges.nearest(p, reach).has_value(); });
+        const auto is_near = [&](const Place& p, double distance) { return edges.nearest(p, distance).has_value(); };
+        Vector<double> shares;
+        for (int32_t i = 0; i < size(ring); ++i) {
+            const Edge e = plain_edge(ring, i);
+            const Place along = e.to - e.from;
+            const double half = 0.5 * std::sqrt(dot(along, along));
+            if (half < reach && is_near(e.from + 0.5 * along, reach - half))
+                continue;
+            if (!is_near(e.from, 2 * reach) || !is_near(e.to, 2 * reach))
+                return false;
+            shares.assign({0.0, 1.0});
+            edges.for_each_near(e, reach, [&](const Edge& f) { add_shares(e, f, shares); });
+            std::ranges::sort(shares);
+            for (size_t k = 1; k < shares.size(); ++k) {
+                const double length = 2 * half * (shares[k] - shares[k - 1]);
+                if (length > 0.0 &&
+                    !is_near(e.from + 0.5 * (shares[k - 1] + shares[k]) * along, reach_of(length, reach)))
+                    return false;
+            }
+        }
+        return true;
+    }
+
+    /// Adds where beside edge e the ends of another lie, if they lie on it.
+    void add_shares(const Edge& e, const Edge& f, Vector<double>& shares) const
+    {
+        const Place along = e.to - e.from;
+        const double square = dot(along, along);
+        for (const Place& p : {f.from, f.to})
+            if (square > 0.0 && is_on(e, p))
+                shares.push_back(std::clamp(dot(p - e.from, along) / square, 0.0, 1.0));
     }
 
     bool have_near_bounds(const Box& a, const Box& b) const
     {
-        return std::fabs(a.low_x - b.low_x) <= tolerance_ && std::fabs(a.low_y - b.low_y) <= tolerance_ &&
-               std::fabs(a.high_x - b.high_x) <= tolerance_ && std::fabs(a.high_y - b.high_y) <= tolerance_;
+        const double far = 2 * tolerance_;
+        return std::fabs(a.low_x - b.low_x) <= far && std::fabs(a.low_y - b.low_y) <= far &&
+               std::fabs(a.high_x - b.high_x) <= far && std::fabs(a.high_y - b.high_y) <= far;
     }
 
-    /// Rings with nearly the same bounds have their least ones in one cell as large as the tolerance, or in neighbours.
+    /// The first ring of those that hang together by repeating each other.
+    int32_t first_of(int32_t ring)
+    {
+        const auto repeated = [&](int32_t k) -> int32_t& { return repeats_[static_cast<size_t>(k)]; };
+        for (; repeated(ring) >= 0; ring = repeated(ring))
+            if (const int32_t next = repeated(repeated(ring)); next >= 0)
+                repeated(ring) = next;
+        return ring;
+    }
+
+    /// Rings with nearly the same bounds have their least ones in one cell twice as large as the tolerance, or in
+    /// neighbours. Those that lie along each other repeat one another, and so do those that hang together by such.
     void find_near_repeats()
     {
         struct Cell {
@@ -236,7 +284,8 @@ private:
             auto operator<=>(const Cell&) const = default;
         };
         const auto cell_of = [&](int32_t k) {
-            return Cell{std::floor(about(k).box.low_x / tolerance_), std::floor(about(k).box.low_y / tolerance_), k};
+            const Box& box = about(k).box;
+            return Cell{std::floor(0.5 * box.low_x / tolerance_), std::floor(0.5 * box.low_y / tolerance_), k};
         };
         Vector<Cell> cells;
         for (int32_t k = 0; k < static_cast<int32_t>(rings_.size()); ++k)
@@ -251,21 +300,21 @@ private:
             for (const double x : {-1.0, 0.0, 1.0}) {
                 const Cell low = {cell.x + x, cell.y - 1, 0}, high = {cell.x + x, cell.y + 1, cell.ring};
                 for (auto i = std::ranges::lower_bound(sorted, low); i != sorted.end() && *i < high; ++i) {
-                    int32_t& repeated = repeats_[static_cast<size_t>(cell.ring)];
-                    if (i->ring >= cell.ring || repeats_[static_cast<size_t>(i->ring)] >= 0 ||
-                        (repeated >= 0 && repeated < i->ring) ||
-                        !have_near_bounds(about(cell.ring).box, about(i->ring).box))
+                    if (i->ring >= cell.ring || !have_near_bounds(about(cell.ring).box, about(i->ring).box))
+                        continue;
+                    const int32_t first = first_of(i->ring), other_first = first_of(cell.ring);
+                    if (first == other_first)
                         continue;
                     if (!edges)
                         edges.emplace(edges_of(cell.ring));
-                    if (lies_on(i->ring, *edges) && lies_on(cell.ring, EdgeTree(edges_of(i->ring))))
-                        repeated = i->ring;
+                    if (lies_along(i->ring, *edges) && lies_along(cell.ring, EdgeTree(edges_of(i->ring))))
+                        repeats_[static_cast<size_t>(std::max(first, other_first))] = std::min(first, other_first);
                 }
             }
         }
-        for (int32_t& repeated : repeats_)
-            if (repeated >= 0 && repeats_[static_cast<size_t>(repeated)] >= 0)
-                repeated = repeats_[static_cast<size_t>(repeated)];
+        for (int32_t k = 0; k < static_cast<int32_t>(rings_.size()); ++k)
+            if (const int32_t first = first_of(k); first != k)
+                repeats_[static_cast<size_t>(k)] = first;
     }
 
     // --- Edges -------------------------------------------------------------------------------------------------------
@@ -403,11 +452,17 @@ private:
         return {box.low_x - slack(), box.low_y - slack(), box.high_x + slack(), box.high_y + slack()};
     }
 
-    bool is_on(const Edge& e, const Place& p) const
+    bool is_on(const Edge& e, const Place& p) const { return is_within(slack(), e, p); }
+
+    static bool is_within(double reach, const Edge& e, const Place& p)
     {
         const Place away = nearest_of(e, p) - p;
-        return dot(away, away) <= slack() * slack();
+        return dot(away, away) <= reach * reach;
     }
+
+    /// How far the middle of a piece of an edge may be from what it lies on: corners of edges side by side are farther
+    /// apart than the edges are, so short pieces may be twice as far.
+    static double reach_of(double length, double reach) { return length <= 2 * reach ? 2 * reach : reach; }
 
     /// How the ends of an edge lie beside the line through another.
     enum class Beside { one_side, both_sides, on_it };
@@ -511,21 +566,51 @@ private:
         return end;
     }
 
-    /// Looks at the edges of a ring that touch another, piece by piece: those that do not lie on it all lie in it, or
-    /// all out of it, unless the two cross.
-    void compare_sides(std::span<const Contact> contacts)
+    /// Places of a ring that do not lie on another one which it touches.
+    struct Sides {
+        int32_t ring, other;
+        std::optional<Place> in, out; ///< of the other
+    };
+
+    /// Looks at the edges of a ring that touch another, piece by piece, until there is a place on either side.
+    Sides look_at_sides(std::span<const Contact> contacts) const
     {
-        bool is_in = false, is_out = false;
+        Sides sides = {contacts[0].ring, contacts[0].other, {}, {}};
         for (size_t first = 0, end = 0; first < contacts.size(); first = end) {
             while (end < contacts.size() && contacts[end].edge == contacts[first].edge)
                 ++end;
-            const int32_t ring = contacts[first].ring, other = contacts[first].other;
             for (const Place& p : free_places(contacts.subspan(first, end - first))) {
-                (is_inside(other, p) ? is_in : is_out) = true;
-                if (is_in && is_out)
-                    return note_crossing(ring, other, p);
+                (is_inside(sides.other, p) ? sides.in : sides.out) = p;
+                if (sides.in && sides.out)
+                    return sides;
             }
         }
+        return sides;
+    }
+
+    /// Two rings that touch cross if one has places on both sides of the other. If both are out of each other, and yet
+    /// one lies well inside the other, it sticks out of that through a gap as narrow as the tolerance; if both are in
+    /// each other, both do so.
+    void compare_sides(const Sides& a, const Sides& b)
+    {
+        for (const Sides* sides : {&a, &b})
+            if (sides->in && sides->out)
+                return note_crossing(a.ring, a.other, *sides->out);
+        if (a.in && b.in)
+            return note_crossing(a.ring, a.other, *a.in);
+        if (a.out && b.out && (lies_well_inside(a.ring, a.other) || lies_well_inside(a.other, a.ring)))
+            note_crossing(a.ring, a.other, *a.out);
+    }
+
+    bool lies_well_inside(int32_t ring, int32_t other)
+    {
+        const Place& p = place_inside(ring);
+        if (!is_inside(other, p))
+            return false;
+        for (int32_t i = 0; i < size(other); ++i)
+            if (is_within(2 * slack(), plain_edge(other, i), p))
+                return false;
+        return true;
     }
 
     /// A place on each piece of an edge between two places at which another ring touches it, but for those on the ring.
@@ -539,15 +624,14 @@ private:
         Vector<double> shares = {0.0, 1.0};
         for (const Contact& c : contacts) {
             others.push_back(plain_edge(c.other, c.other_edge));
-            for (const Place& p : {others.back().from, others.back().to})
-                if (is_on(e, p))
-                    shares.push_back(std::clamp(dot(p - e.from, along) / dot(along, along), 0.0, 1.0));
+            add_shares(e, others.back(), shares);
         }
         std::ranges::sort(shares);
         Vector<Place> places;
         for (size_t i = 1; i < shares.size(); ++i) {
             const Place middle = e.from + 0.5 * (shares[i - 1] + shares[i]) * along;
-            if (std::ranges::none_of(others, [&](const Edge& f) { return is_on(f, middle); }))
+            const double reach = reach_of((shares[i] - shares[i - 1]) * std::sqrt(dot(along, along)), slack());
+            if (std::ranges::none_of(others, [&](const Edge& f) { return is_within(reach, f, middle); }))
                 places.push_back(middle);
         }
         return places;
@@ -616,8 +700,17 @@ private:
         return widest;
     }
 
+    const Place& place_inside(int32_t ring)
+    {
+        insides_.resize(rings_.size());
+        std::optional<Place>& inside = insides_[static_cast<size_t>(ring)];
+        if (!inside)
+            inside = find_inside(ring);
+        return *inside;
+    }
+
     /// A place well inside a ring: in the widest of the stretches through the highest strips between its corners.
-    Place place_inside(int32_t ring) const
+    Place find_inside(int32_t ring) const
     {
         constexpr size_t kStrips = 4;
         Vector<double> heights;
@@ -767,6 +860,7 @@ private:
     Vector<Run> runs_;         // in the order of the leaves
     Vector<Box> nodes_;        // of the tree over them
     Vector<Contact> contacts_; // by rings
+    Vector<std::optional<Place>> insides_;
     std::optional<Crossing> crossing_;
 };
 

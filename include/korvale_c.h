@@ -388,9 +388,10 @@ KORVALE_C_API void korvale_shapes_defaults(korvale_shapes_options* options, size
 /// deep they nest. Outlines may touch in points and along edges. One without area is where its lowest point is. Of
 /// outlines that cross and are sorted all the same, some are taken for inside others and some not.
 ///
-/// With a tolerance an outline that is nearly there twice, as drawings have them, repeats the earlier one, and outlines
-/// cross only where they do by more than that. Without one, what is below a 10^12th of the largest coordinate is
-/// rounding.
+/// With a tolerance outlines that are within it of each other everywhere, as drawings have them, are one, and so are
+/// those that a chain of such ones joins: they repeat the first of them. Corners, as edges side by side meet farther
+/// apart, and bends shorter than twice the tolerance may be up to twice as far. Outlines cross only where they do by
+/// more than that. Without a tolerance, what is below a 10^12th of the largest coordinate is rounding.
 ///
 /// Refuses numbers that are not finite, a tolerance below 0, and outlines that cross each other: it names two of them.
 KORVALE_C_API korvale_status korvale_shapes(const korvale_points* outlines, int64_t count,

@@ -208,9 +208,10 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
 
     path: outlines in any order: a list of them, a path of matplotlib, such as that of a text, or of trimesh, polygons
         of Shapely, singly or many at a time.
-    tolerance: an outline that lies within it of an earlier one everywhere, and that one within it of this, is left out:
-        drawings have contours that are nearly there twice. What is within it touches, and does not count as crossing:
-        choose it larger than the distance of corners that belong together.
+    tolerance: outlines that lie within it of each other everywhere are one, and so are those that a chain of such ones
+        joins: the first of them is taken, as drawings have contours that are nearly there twice. Edges side by side
+        meet in corners that are farther apart, so corners, and bends shorter than twice the tolerance, may be up to
+        twice as far. What is within it touches, and does not count as crossing.
     crossing: outlines that cross each other are sorted all the same. Else they are refused, and two of them are named.
     progress: as for `offset`.
 

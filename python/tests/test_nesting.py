@@ -1,5 +1,6 @@
 """Outlines sorted into shapes, against what Shapely finds covers what."""
 
+import math
 import random
 import unittest
 
@@ -130,6 +131,58 @@ class NestingTest(unittest.TestCase):
             self.assertEqual(crossing, overlap, f"case {case}: {outlines}")
             refused += crossing
         self.assertTrue(500 < refused < 2500, refused)
+
+    def test_double_contours_are_one_where_shapely_finds_them_near(self):
+        rng = random.Random(1703)
+        told = {"one": 0, "refused": 0, "two": 0}
+        for case in range(1500):
+            tolerance = rng.choice((0.005, 0.02))
+            first = outline_of(grown(rng, {(x, y) for x in range(4) for y in range(4)}, rng.randrange(1, 9)))
+            if first is None:
+                continue
+            first = turned(first, rng.choice((0, rng.random())))
+            second = doubled(rng, first, tolerance)
+            a, b = (shapely.Polygon(outline).exterior for outline in (first, second))
+            is_one = near(a, b, 0.99 * tolerance)
+            may_be_one = near(a, b, 2.01 * tolerance)
+            try:
+                shapes = korvale.shapes([first, second], tolerance=tolerance)
+            except korvale.Error:
+                self.assertFalse(is_one, f"case {case}: {first}, {second}")
+                told["refused"] += 1
+                continue
+            one = sum(map(len, shapes)) == 1
+            self.assertTrue(one >= is_one, f"case {case} is one: {first}, {second}")
+            self.assertTrue(one <= may_be_one, f"case {case} is not one: {first}, {second}")
+            self.assertEqual(len(shapes), 1, f"case {case} overlaps: {first}, {second}")
+            told["one" if one else "two"] += 1
+        self.assertTrue(all(count > 20 for count in told.values()), told)
+
+
+def turned(outline, angle):
+    c, s = math.cos(angle), math.sin(angle)
+    return [(c * x - s * y, s * x + c * y) for x, y in outline]
+
+
+def doubled(rng, outline, tolerance):
+    """An outline again, all or each of its corners moved a little, with more points, from another point on."""
+    far = rng.choice((0.3, 0.6, 0.64, 1, 1.5, 3)) * tolerance
+    move = rng.uniform(-far, far), rng.uniform(-far, far)
+    each = rng.random() < 0.3
+    points = []
+    for (x, y), (next_x, next_y) in zip(outline, outline[1:] + outline[:1]):
+        if each:
+            move = rng.uniform(-far, far), rng.uniform(-far, far)
+        for share in (0, *sorted(rng.random() for _ in range(rng.randrange(3)))):
+            points.append((x + share * (next_x - x) + move[0], y + share * (next_y - y) + move[1]))
+    first = rng.randrange(len(points))
+    points = points[first:] + points[:first]
+    return points[::rng.choice((-1, 1))]
+
+
+def near(a, b, distance):
+    """Whether two lines are nowhere farther from each other than that."""
+    return a.buffer(distance, 64).covers(b) and b.buffer(distance, 64).covers(a)
 
 
 if __name__ == "__main__":

@@ -149,6 +149,41 @@ TEST(Shapes, OneThatIsNearlyThereTwiceIsTakenOnceWithinATolerance)
     EXPECT_THAT(outer_of({notched, plate, finer, notched}, 0.01), ElementsAre(1, 1, -3, -2));
 }
 
+Coordinates moved(Coordinates outline, double x, double y)
+{
+    for (size_t i = 0; i < outline.size(); i += 3) {
+        outline[i] += x;
+        outline[i + 1] += y;
+    }
+    return outline;
+}
+
+TEST(Shapes, DoubleContoursAreKnownByTheirEdges)
+{
+    const Coordinates plate = box(0, 0, 8, 8), again = moved(plate, 0.0045, 0.0045), hole = box(2, 2, 4, 4);
+    EXPECT_THAT(outer_of({plate, hole, again}, 0.005), ElementsAre(0, 0, -2)); // whose corners are 0.0064 apart
+    EXPECT_THAT(outer_of({reversed(again), plate}, 0.005), ElementsAre(0, -2));
+    const Coordinates triangle = {0, 0, 0, 8, 0, 0, 4, 6, 0};
+    EXPECT_THAT(outer_of({triangle, moved(triangle, 0.003, 0.004)}, 0.005), ElementsAre(0, -2));
+    // corners may be up to twice the tolerance apart
+    EXPECT_THAT(outer_of({plate, {0, 0, 0, 8, 0, 0, 8.007, 8.007, 0, 0, 8, 0}}, 0.005), ElementsAre(0, -2));
+    EXPECT_THAT(outer_of({plate, {0, 0, 0, 8, 0, 0, 8.008, 8.008, 0, 0, 8, 0}}, 0.005), ElementsAre(1, 1));
+}
+
+TEST(Shapes, DoubleContoursHangTogetherInChains)
+{
+    const Coordinates plate = box(0, 0, 8, 8), hole = box(2, 2, 4, 4);
+    std::vector<Coordinates> chain = {hole};
+    std::vector<int32_t> expected = {1, 1};
+    for (int i = 0; i < 100; ++i)
+        chain.push_back(moved(plate, 0.0045 * i, 0.0045 * i));
+    expected.resize(chain.size(), -3);
+    EXPECT_EQ(outer_of(chain, 0.005), expected);
+    std::reverse(chain.begin() + 1, chain.end());
+    EXPECT_EQ(outer_of(chain, 0.005), expected);
+    EXPECT_THAT(outer_of({plate, moved(plate, 0.009, 0), moved(plate, 0.0045, 0)}, 0.005), ElementsAre(0, -2, -2));
+}
+
 TEST(Shapes, WhatLiesWithinTheToleranceTouches)
 {
     const Coordinates plate = box(0, 0, 8, 8);
@@ -183,6 +218,11 @@ TEST(Shapes, OutlinesThatCrossAreRefused)
     // through corners of both
     EXPECT_NE(refusal({plate, {4, 4, 0, 8, 8, 0, 12, 4, 0, 8, 0, 0}}, 0), "");
     EXPECT_NE(refusal({plate, {8, 0, 0, 12, 4, 0, 0, 8, 0}}, 0), "");
+    // through gaps that are narrower than the tolerance
+    EXPECT_NE(refusal({{0, 0, 0, 8, 0, 0, 8, 8, 0, 4, 8, 0, 4, 9, 0, 3.999, 8, 0, 0, 8, 0},
+                       {0, 0, 0, 8, 0, 0, 8, 4, 0, 9, 4, 0, 8, 4.001, 0, 8, 8, 0, 0, 8, 0}},
+                      0.01),
+              "");
     EXPECT_THAT(outer_of({plate, box(6, 2, 10, 4)}, 0, 1), ElementsAre(0, 0)); // where it begins
 }
 

@@ -185,7 +185,8 @@ inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outl
 /// of its holes.
 ///
 /// An outline inside an even number of others is an outer one, whichever way round it runs. Outlines may touch. One
-/// that is there twice, or nearly so with a tolerance, is taken once, and one without points is left out.
+/// that is there twice is taken once, and one without points is left out. With a tolerance outlines that are within it
+/// of each other everywhere, corners within twice that, are one, and so are those that a chain of such ones joins.
 ///
 /// ```
 /// for (const std::vector<std::size_t>& shape : korvale::shapes(letter))
