@@ -5,6 +5,7 @@
 // operations of the documented steps, in their order, once a round.
 #include "border/internal/rounds.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -26,6 +27,9 @@ constexpr double kHairpinCosine = 1e-06;
 constexpr double kHairpinTurn = 3e-12;
 /// An edge that an event leaves no longer than this has collapsed.
 constexpr double kCollapsedLength = 1e-06;
+/// What reaches no farther than this along each axis is a speck, which nobody misses. Chosen: ten times what counts as
+/// collapsed.
+constexpr double kSpeck = 1e-05;
 /// Distance beyond the remaining one at which "no event" is placed.
 constexpr double kBeyond = 1.0;
 
@@ -292,6 +296,17 @@ Box box_of_piece(const Wavefront& w, int32_t start, int32_t first, int32_t last)
     return box;
 }
 
+/// Whether the smaller of the two pieces that `vertex` makes by running into `edge` is the one that follows the vertex.
+bool is_smaller_after(const Wavefront& w, int32_t vertex, int32_t edge)
+{
+    const int32_t after = next_live(w, vertex), before = previous_live(w, vertex);
+    if (after == edge)
+        return true;
+    const Box ahead = box_of_piece(w, after, after, edge);
+    const Box behind = box_of_piece(w, before, next_live(w, edge), before);
+    return !(area(ahead) > area(behind));
+}
+
 } // namespace
 
 bool measure_edges(Wavefront& w)
@@ -434,21 +449,35 @@ void collapse_edges(Wavefront& w, double time)
     }
 }
 
+void end_at_ridge(Wavefront& w, double time)
+{
+    const int32_t count = list_collapsing(w, time);
+    move_vertices(w, time);
+    for (int32_t k = 0; k < count && k + 1 < w.live; ++k)
+        bury(w, w.list[k], next_live(w, w.list[k]));
+}
+
+bool is_tip_of_limb(const Wavefront& w, int32_t i)
+{
+    return std::min(w.edge.length[previous_live(w, i)], w.edge.length[i]) > kSpeck;
+}
+
+bool is_piece(const Wavefront& w, int32_t vertex, int32_t edge)
+{
+    const bool is_after = is_smaller_after(w, vertex, edge);
+    const Box box = is_after ? box_of_piece(w, vertex, next_live(w, vertex), edge)
+                             : box_of_piece(w, vertex, next_live(w, edge), previous_live(w, vertex));
+    return std::max(box.high_x - box.low_x, box.high_y - box.low_y) > kSpeck;
+}
+
 void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
 {
-    const int32_t after = next_live(w, vertex), before = previous_live(w, vertex);
-    bool drops_after = true;
-    if (after != edge) {
-        const Box ahead = box_of_piece(w, after, after, edge);
-        const Box behind = box_of_piece(w, before, next_live(w, edge), before);
-        drops_after = !(area(ahead) > area(behind));
-    }
-    if (drops_after) {
-        for (int32_t i = after; i != edge; i = next_live(w, i))
+    if (is_smaller_after(w, vertex, edge)) {
+        for (int32_t i = next_live(w, vertex); i != edge; i = next_live(w, i))
             bury(w, i, vertex);
         bury(w, edge, vertex);
     } else {
-        for (int32_t i = before; i != edge; i = previous_live(w, i))
+        for (int32_t i = previous_live(w, vertex); i != edge; i = previous_live(w, i))
             bury(w, i, vertex);
     }
 }

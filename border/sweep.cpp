@@ -25,9 +25,13 @@ void start_live(Sweep& s)
         s.merge[i] = i;
 }
 
+/// Fewer vertices have no area between them.
+constexpr int32_t kLeast = 3;
+
 void sweep_wavefront(Wavefront& w, MeetingSearch& search)
 {
     Sweep& s = w.s();
+    const double distance = s.remaining;
     int64_t looked_at = 0;
     Round round;
     for (int64_t rounds = 0; rounds < most_rounds(s.n) && s.remaining != 0.0; ++rounds) {
@@ -41,14 +45,15 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
         if (!measure_live(w, search.watch, before, round))
             return;
         fit_edge_lines(w);
-        switch (aim_vertices(w, search.watch, before, round)) {
-        case Corners::outline_gone:
+        const Corners corners = aim_vertices(w, search.watch, before, round);
+        if (corners != Corners::aimed && s.keep_whole && s.remaining != distance && is_tip_of_limb(w, round.hairpin)) {
+            unearth(w);
             return;
-        case Corners::hairpin_removed:
-            continue; // measure again, from the same distance
-        case Corners::aimed:
-            break;
         }
+        if (corners == Corners::outline_gone)
+            return;
+        if (corners == Corners::hairpin_removed)
+            continue; // measure again, from the same distance
         Event event = first_edge_event(w);
         if (s.split_events)
             event = earlier_split_event(search, w, round.drift, event);
@@ -56,15 +61,22 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
             return;
         if (std::fabs(event.time) > std::fabs(s.remaining)) {
             move_vertices(w, s.remaining); // nothing more happens on the way
+            s.remaining = 0.0;
             return;
         }
+        s.remaining -= event.time;
         if (event.vertex < 0) {
+            if (s.keep_whole && w.live - count_collapsing(w, event.time) < kLeast) {
+                end_at_ridge(w, event.time);
+                return;
+            }
             collapse_edges(w, event.time);
         } else {
             move_vertices(w, event.time);
+            if (s.keep_whole && is_piece(w, event.vertex, event.edge))
+                return;
             drop_smaller_piece(w, event.vertex, event.edge);
         }
-        s.remaining -= event.time;
     }
 }
 

@@ -172,6 +172,14 @@ void bury(Wavefront& w, int32_t i, int32_t heir)
     w.buried[w.buried_count++] = i;
 }
 
+void unearth(Wavefront& w)
+{
+    const int32_t i = w.buried[--w.buried_count], vertex = w.id[i];
+    w.s().dead[vertex] = 0;
+    w.s().merge[vertex] = vertex;
+    w.gone[i] = 0;
+}
+
 void remove_values(void* column, size_t bytes, const int32_t* places, int32_t count, int32_t n)
 {
     auto* const values = static_cast<unsigned char*>(column);

@@ -1,10 +1,12 @@
 // Solids between outlines moved sideways: a layer for each step of a profile, strips between neighbours, and a cap on
 // the first and on the last layer.
 //
-// Each outline is moved by itself, so those of a layer may cross. A layer is sound where the triangles of its cap all
-// run one way: what crossing outlines go round the wrong way, or a hole without its outer outline, takes some that run
-// the other. Where an outline overlaps itself there may be none, but one that stops at splits does not. A layer that is
-// not sound is held back to one that is, which is found by halving the distance.
+// Each outline is moved by itself. A layer goes no farther than all of them stay whole: that is where one splits, or a
+// limb or all of it vanishes, but for holes, which may vanish.
+//
+// What is whole may still cross another outline. A layer is sound where the triangles of its cap all run one way: what
+// crossing outlines go round the wrong way, or a hole without its outer outline, takes some that run the other. A layer
+// that is not sound is held back to one that is, which is found by halving the distance.
 #include "data/internal/kernels.h"
 #include "door/internal/edges.h"
 #include "door/internal/mesh.h"
@@ -51,30 +53,73 @@ bool does_part(const Edge& e, const Edge& f)
     return (first < 0.0) != (second < 0.0) && nearer * nearer > kRounding * kRounding * dot(along, along);
 }
 
-bool does_cross_itself(std::span<const Place> ring)
+/// Two edges by their rings and the places where they start.
+struct Crossing {
+    size_t ring, other, edge, other_edge;
+};
+
+/// Edges that cross, if there are some.
+std::optional<Crossing> find_crossing(const Rings& rings)
 {
+    struct Start {
+        size_t ring, place;
+    };
     Vector<Edge> list;
-    list.reserve(ring.size());
-    for (size_t i = 0; i < ring.size(); ++i)
-        if (const Edge e = {ring[i], ring[i + 1 < ring.size() ? i + 1 : 0]}; e.from != e.to)
-            list.push_back(e);
+    Vector<Start> starts;
+    list.reserve(rings.places.size());
+    starts.reserve(rings.places.size());
+    for (size_t k = 0; k < rings.size(); ++k) {
+        const std::span<const Place> ring = rings[k];
+        for (size_t i = 0; i < ring.size(); ++i)
+            if (const Edge e = {ring[i], ring[i + 1 < ring.size() ? i + 1 : 0]}; e.from != e.to) {
+                list.push_back(e);
+                starts.push_back({k, i});
+            }
+    }
     if (list.size() < 4)
-        return false;
+        return {};
     const EdgeTree edges(std::move(list));
-    bool found = false;
+    std::optional<Crossing> found;
     for (size_t i = 0; i < edges.size() && !found; ++i)
-        edges.for_each_near(
-            i, [&](size_t k) { found = found || (does_part(edges[i], edges[k]) && does_part(edges[k], edges[i])); });
+        edges.for_each_near(i, [&](size_t k) {
+            if (!found && does_part(edges[i], edges[k]) && does_part(edges[k], edges[i]))
+                found = {starts[i].ring, starts[k].ring, starts[i].place, starts[k].place};
+        });
     return found;
+}
+
+void require_apart(const Rings& rings)
+{
+    const std::optional<Crossing> crossing = find_crossing(rings);
+    if (!crossing)
+        return;
+    if (crossing->ring == crossing->other)
+        throw Refusal(Text() << "outline " << crossing->ring, "not cross itself",
+                      Text() << "its edges from points " << crossing->edge << " and " << crossing->other_edge << " do");
+    throw Refusal("outlines", "not cross each other",
+                  Text() << "outlines " << crossing->ring << " and " << crossing->other
+                         << " do, by their edges from points " << crossing->edge << " and " << crossing->other_edge);
+}
+
+/// 1 where heights go along the normal from which the outline runs counter-clockwise, -1 where they go the other way:
+/// somebody who looks at an outline in a plane of constant z looks from above, however it runs.
+double upwards(Outline outline, const Seen& seen)
+{
+    const bool is_level = std::ranges::all_of(outline, [&](const Point& p) { return p.z == outline[0].z; });
+    return is_level && seen.x == 1 ? -1.0 : 1.0;
 }
 
 class Bevel {
 public:
     Bevel(std::span<const Outline> outlines, bool split, korvale_mesh& mesh, const Telling& telling)
         : outlines_(outlines), split_(split), mesh_(mesh), telling_(telling), borders_(outlines.size()),
-          seen_(seen_upright(outlines[0])), rings_(rings_of(outlines, seen_)), points_(rings_.places.size())
+          seen_(seen_upright(outlines[0])), rings_(rings_of(outlines, seen_)), points_(rings_.places.size()),
+          up_(upwards(outlines[0], seen_))
     {
     }
+
+    /// Refuses outlines that cross themselves or each other.
+    void require_apart() const { door::require_apart(rings_); }
 
     /// What crosses at some distance crosses at all larger ones, so the layers that go farthest tell of all others.
     void run(std::span<const korvale_bevel_step> profile)
@@ -85,14 +130,16 @@ public:
         build(profile, range, telling_.part(0.0, 0.5));
         telling_.tell(0.5);
         now_ = telling_.part(0.5, 0.0);
-        const bool is_held_inwards = inmost->distance < 0.0 && !is_sound(step_number(profile, *inmost));
-        const bool is_held_outwards = outmost->distance > 0.0 && !is_sound(step_number(profile, *outmost));
+        const size_t inmost_step = step_number(profile, *inmost), outmost_step = step_number(profile, *outmost);
+        const double inwards = mesh_.reached[inmost_step], outwards = mesh_.reached[outmost_step];
+        const bool is_held_inwards = inwards < 0.0 && !is_sound(inmost_step);
+        const bool is_held_outwards = outwards > 0.0 && !is_sound(outmost_step);
         if (!is_held_inwards && !is_held_outwards)
             return;
         if (is_held_inwards)
-            range.inwards = find_most(inmost->distance);
+            range.inwards = find_most(inwards);
         if (is_held_outwards)
-            range.outwards = find_most(outmost->distance);
+            range.outwards = find_most(outwards);
         build(profile, range, telling_.part(0.75, 0.25));
     }
 
@@ -114,19 +161,15 @@ private:
         mesh_.triangles.clear();
         mesh_.reached.clear();
         for (size_t i = 0; i < profile.size(); ++i) {
-            const double distance = std::clamp(profile[i].distance, range.inwards, range.outwards);
-            const korvale_bevel_step step = {distance, profile[i].height};
             const double before = static_cast<double>(i) * share;
             telling.tell(before);
             now_ = telling.part(before, 0.0);
-            move(step, split_);
-            if (!split_ && !is_sound_without_splits())
-                move(step, true);
+            const double distance = std::clamp(profile[i].distance, range.inwards, range.outwards);
+            mesh_.reached.push_back(move_whole({distance, up_ * profile[i].height}));
             if (!are_finite())
                 throw Refusal("profile", "keep points where there are numbers for them",
                               Text() << "its step " << i << " moves some beyond");
             add_layer();
-            mesh_.reached.push_back(distance);
             if (i == 0) {
                 first_cap_ = cut(layer(0), rings_, now_);
                 add_cap(first_cap_, true);
@@ -136,21 +179,36 @@ private:
         add_cap(last_cap_, false);
     }
 
-    /// Without splits outlines may cross themselves, and one that has collapsed may be inside out.
+    /// Without splits outlines may cross, and one that has collapsed may be inside out.
     bool is_sound_without_splits() const
     {
         if (!are_finite() || std::ranges::any_of(borders_, [](const Border& border) { return border.collapsed; }))
             return false;
         const Rings rings = latest_layer();
-        for (size_t k = 0; k < rings.size(); ++k)
-            if (does_cross_itself(rings[k]))
-                return false;
-        return is_sound(rings);
+        return !find_crossing(rings) && is_sound(rings);
     }
 
     void move(const korvale_bevel_step& step, bool split)
     {
-        sweep_.move(outlines_, {step.distance, step.height, true, split, now_}, borders_);
+        sweep_.move(outlines_, {step.distance, step.height, true, split, now_, true}, borders_);
+    }
+
+    /// Moves the outlines by a step, or as far as all of them stay whole. Returns how far that is.
+    double move_whole(korvale_bevel_step step)
+    {
+        move(step, split_);
+        if (!split_ && !is_sound_without_splits())
+            move(step, true);
+        double left = 0.0;
+        for (size_t k = 0; k < borders_.size(); ++k)
+            if (k == 0 || !borders_[k].collapsed)
+                left = std::max(left, std::fabs(borders_[k].left));
+        if (left == 0.0)
+            return step.distance;
+        step.distance -= std::copysign(left, step.distance);
+        if (borders_.size() > 1)
+            move(step, true); // some have gone farther
+        return step.distance;
     }
 
     bool are_finite() const
@@ -246,6 +304,7 @@ private:
     Seen seen_;              // from where the outer outline runs counter-clockwise
     Rings rings_;            // of the outlines
     size_t points_;          // of a layer
+    double up_;              // the sign of heights
     // Rounding would say which way an outline of a layer runs that has vanished, and strips would not always meet the
     // cap: it is cut as the outlines run.
     Vector<Triangle> first_cap_, last_cap_;
@@ -277,7 +336,7 @@ using namespace korvale::door;
 
 void korvale_bevel_defaults(korvale_bevel_options* options, size_t size)
 {
-    give_defaults(options, size, korvale_bevel_options{sizeof *options, 1, nullptr, nullptr});
+    give_defaults(options, size, korvale_bevel_options{sizeof *options, 1, nullptr, nullptr, 0, 0});
 }
 
 korvale_status korvale_bevel(const korvale_points* outlines, int64_t count, const korvale_bevel_step* profile,
@@ -303,7 +362,10 @@ korvale_status korvale_bevel(const korvale_points* outlines, int64_t count, cons
         Handle<korvale_mesh> made(make_handle<korvale_mesh>());
         (*made).points.reserve(static_cast<size_t>(steps * points));
         (*made).triangles.reserve(2 * static_cast<size_t>(steps * points + 2 * count));
-        Bevel(views, how.split != 0, *made, {how.progress, how.user}).run({profile, static_cast<size_t>(steps)});
+        Bevel bevel(views, how.split != 0, *made, {how.progress, how.user});
+        if (how.crossing == 0)
+            bevel.require_apart();
+        bevel.run({profile, static_cast<size_t>(steps)});
         weld(*made);
         turn_outwards(*made);
         *mesh = made.release();

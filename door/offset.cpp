@@ -108,6 +108,7 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
     const double scale = scale_for(extent, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
     s.remaining = scale * motion.distance;
     s.split_events = motion.split;
+    s.keep_whole = motion.keep_whole;
     auto* const flat = reinterpret_cast<Point*>(s.flat);
     auto* const room = reinterpret_cast<Point*>(s.direction); // free before and after the sweep
     const Outline work = scaled(outline, scale, room);
@@ -125,6 +126,7 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
         throw std::bad_alloc();
     if (s.is_stopped)
         throw Stop();
+    output.left = motion.keep_whole ? s.remaining / scale : 0.0;
     output.size = n;
     if (!motion.keep_vertices)
         output.size = static_cast<size_t>(inside::pack_live_positions(s));
@@ -155,6 +157,7 @@ void Sweep::move(Outline outline, const Motion& motion, Border& border, const Pl
     border.size = output.size;
     border.vertices = n;
     border.collapsed = output.collapsed;
+    border.left = output.left;
 }
 
 void Sweep::move(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders)

@@ -418,7 +418,8 @@ KORVALE_C_API void korvale_mesh_free(korvale_mesh* mesh);
 /// One layer of a bevel.
 typedef struct korvale_bevel_step {
     double distance; ///< outwards
-    double height;   ///< along the normal from which the outer outline runs counter-clockwise
+    double height;   ///< upwards: along z over outlines at one z, else along the normal from which the outer outline
+                     ///< runs counter-clockwise
 } korvale_bevel_step;
 
 /// How a bevel is made.
@@ -427,30 +428,34 @@ typedef struct korvale_bevel_options {
     int32_t split;             ///< as for offsets
     korvale_progress progress; ///< told while outlines of many points or many steps are made; may be null
     void* user;                ///< handed to `progress`
+    int32_t crossing;          ///< 1: outlines that cross are taken as they are; 0: they are refused
+    int32_t reserved;          ///< 0
 } korvale_bevel_options;
 
-/// Stops at splits, no progress.
+/// Stops at splits, no progress, no crossings.
 KORVALE_C_API void korvale_bevel_defaults(korvale_bevel_options* options, size_t size);
 
 /// A closed mesh from an outline with holes, `count` in all, and a profile: a layer for each of `steps` steps, strips
 /// between neighbours, a cap on the first and on the last layer. Makes it in `*mesh`, null on failure.
 ///
 /// Each layer is that of `korvale_offsetter_run`, so edges that shrink to nothing close like the hips of a roof. A step
-/// that would make two outlines cross, as those of a frame moved in by more than half its width, is held back: it keeps
-/// its height and goes as far, to a millionth, as they do not, and `korvale_mesh_reached` tells how far that is. A
-/// layer that would cross itself or collapse without `split` is made with it. So caps do not overlap unless the
-/// outlines do.
+/// that would lose a part is held back: it keeps its height, goes as far as nothing is lost, and `korvale_mesh_reached`
+/// tells how far that is. It is
 ///
-/// Where one outline falls apart, as a limb whose neck is narrower than twice the way in, a piece of it stays and the
-/// points of the others go to where they met it; and beyond its ridge a roof goes on as a point. Sloped faces close
-/// both, and `reached` does not tell of them: what `korvale_offset` gives for the same distance does, by `removed` and
-/// `collapsed`.
+/// - where an outline would fall apart, as at a neck narrower than twice the way in, or a limb of it vanish, all of it
+///   at once; outlines that touch themselves go nowhere;
+/// - where the outer outline has come to nothing, at the ridge of a roof. Holes may vanish;
+/// - to a millionth where two outlines would cross, as those of a frame moved in by more than half its width.
+///
+/// A layer that would cross itself or collapse without `split` is made with it. So caps do not overlap, unless the
+/// outlines do: those that cross are refused, or with `crossing` taken as they are, and go no way on which they would
+/// still cross.
 ///
 /// Points at exactly one place are one. No random number is drawn, and outlines may have any size, as those of
 /// `korvale_offset`.
 ///
-/// Refuses fewer than two steps, no outline, fewer than three points, numbers that are not finite, and steps that move
-/// points farther than numbers go.
+/// Refuses fewer than two steps, no outline, fewer than three points, numbers that are not finite, outlines that cross
+/// themselves or each other, and steps that move points farther than numbers go.
 KORVALE_C_API korvale_status korvale_bevel(const korvale_points* outlines, int64_t count,
                                            const korvale_bevel_step* profile, int64_t steps,
                                            const korvale_bevel_options* options, korvale_mesh** mesh,

@@ -63,6 +63,16 @@ int32_t count_collapsing(const Wavefront& w, double time);
 /// Moves the vertices by `time` and buries those whose edge has shrunk to nothing.
 void collapse_edges(Wavefront& w, double time);
 
+/// Moves the vertices by `time` and buries those whose edge has shrunk to nothing, but for one where all have.
+void end_at_ridge(Wavefront& w, double time);
+
+/// Whether the corner at place i, a hairpin that was the last to be buried, is the tip of a limb whose sides have met,
+/// and no speck.
+bool is_tip_of_limb(const Wavefront& w, int32_t i);
+
+/// Whether the smaller of the two pieces that `vertex` makes by running into `edge` is more than a speck.
+bool is_piece(const Wavefront& w, int32_t vertex, int32_t edge);
+
 /// Buries the smaller of the two pieces that `vertex` makes by running into `edge`. The end of the edge outlives it in
 /// either case: it is not the vertex itself.
 void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge);

@@ -9,7 +9,7 @@ namespace korvale::border {
 /// never moves or revives, and merge[i] names the vertex it gave way to, which was live then and may have died since.
 struct Sweep {
     int32_t n;         ///< vertices, live and dead
-    double remaining;  ///< signed distance still to travel; 0 ends the sweep
+    double remaining;  ///< signed distance still to travel; 0 ends the sweep. Written: what is left of it
     bool split_events; ///< also stop where a vertex runs into a far edge
     double* flat;      ///< [n][3] positions; z is neither read nor written
     double* direction; ///< [n][3] unit direction of edge i
@@ -19,6 +19,9 @@ struct Sweep {
     double* rate;      ///< [n] change of that length per unit of distance
     uint8_t* dead;     ///< [n] 1 once removed
     int32_t* merge;    ///< [n] vertex it merged into
+
+    /// End before a part is lost: where the outline would split, or a limb or all of it vanishes. Specks may be lost.
+    bool keep_whole = false;
 
     /// Asked now and then whether to go on, with the distance that remains; false ends the sweep where it is. May be
     /// null.
@@ -46,6 +49,9 @@ constexpr int64_t most_rounds(int32_t n)
 
 /// Makes every vertex live, then moves the edges of the outline `flat` to the right by `remaining`. False when the heap
 /// is exhausted; nothing has moved then.
+///
+/// With `keep_whole` the vertices that are left when it ends early are where the outline has come to: of one that
+/// vanishes those of its ridge, or one for a point.
 bool run_sweep(Sweep& s);
 
 /// Gives every dead vertex the position of the vertex it merged into. False when the heap is exhausted.

@@ -142,6 +142,9 @@ void wrap_ends(Points& points, int32_t live);
 /// The vertex at place i dies and merges into the one at `heir`. Its row must be complete: nothing is spread.
 void bury(Wavefront& w, int32_t i, int32_t heir);
 
+/// Takes the last burial back; nobody has been packed since.
+void unearth(Wavefront& w);
+
 /// Closes the gaps that the dead have left in `at` and `id`. There are some, and nothing is spread.
 void pack(Wavefront& w);
 

@@ -15,6 +15,7 @@ struct Motion {
     bool keep_vertices = true;
     bool split = true;
     Telling telling = {};
+    bool keep_whole = false; ///< end before a part is lost: where the outline splits, or a limb or all of it vanishes
 };
 
 /// What is asked for, once it has been found sound.
@@ -27,6 +28,7 @@ struct BorderOut {
     int32_t* merged_into; ///< or null
     size_t size;          ///< written: points of the border
     bool collapsed;       ///< written: nothing is left
+    double left = 0.0;    ///< written: the part of the distance that has not been gone, of a motion that keeps whole
 };
 
 /// A border in memory of its own, which is used again for the next one.
@@ -37,6 +39,7 @@ struct Border {
     size_t size = 0;
     size_t vertices = 0;
     bool collapsed = false;
+    double left = 0.0;
 
     Outline outline() const { return {points.data(), size}; }
 };

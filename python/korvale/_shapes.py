@@ -293,26 +293,29 @@ def thin(line: LineLike, tolerance: Number) -> NDArray[numpy.int64]:
     return _korvale.thin(line, tolerance)
 
 
-def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True, progress: ProgressLike = None) -> Mesh:
+def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True, crossing: bool = False,
+          progress: ProgressLike = None) -> Mesh:
     """A closed mesh from an outline, with or without holes, and a profile.
 
     outline: as for `offset`.
-    profile: (S, 2), at least two steps (distance outwards, height along the normal): a layer for each, strips between
-        neighbours, a cap on the first and on the last.
+    profile: (S, 2), at least two steps (distance outwards, height): a layer for each, strips between neighbours, a cap
+        on the first and on the last. Height goes up: along z over outlines at one z, as those of a font, whichever way
+        they run; else along the normal from which the outer outline runs counter-clockwise.
+    crossing: outlines that cross themselves or each other are taken as they are. Else they are refused.
     split, progress: as for `offset`.
 
     Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A step that
-    would make two outlines cross, as those of a frame moved in by more than half its width, is held back: it keeps its
-    height and goes as far, to a millionth, as they do not, and `Mesh.reached` tells how far that is. A layer that would
-    cross itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do. The
-    triangles face outwards. Vertices at exactly one place are one vertex. Outlines may have any size; no random number
-    is drawn.
+    would lose a part is held back: it keeps its height, goes as far as nothing is lost, and `Mesh.reached` tells how
+    far that is. It is
 
-    Where one outline falls apart, as a limb whose neck is narrower than twice the way in, a piece of it stays and the
-    points of the others go to where they met it; and beyond its ridge a roof goes on as a point. Sloped faces close
-    both, and `reached` does not tell of them: `offset` by the same distance does, by `removed` and `collapsed`. Height
-    goes along the normal from which the outer outline runs counter-clockwise: of fonts, whose outlines run clockwise,
-    away from the reader.
+    - where an outline would fall apart, as at a neck narrower than twice the way in, or a limb of it vanish, all of it
+      at once; outlines that touch themselves go nowhere;
+    - where the outer outline has come to nothing, at the ridge of a roof. Holes may vanish;
+    - to a millionth where two outlines would cross, as those of a frame moved in by more than half its width.
+
+    A layer that would cross itself or collapse without `split` is made with it. So caps do not overlap, unless the
+    outlines do: with `crossing` they go no way on which they would still cross. The triangles face outwards. Vertices
+    at exactly one place are one vertex. Outlines may have any size; no random number is drawn.
 
     >>> korvale.bevel([(0, 0), (4, 0), (4, 4), (0, 4)], [(0, 0), (0, 8), (-1, 9)])  # a wall with a chamfer
     <korvale.Mesh of 12 vertices, 20 triangles>
@@ -324,7 +327,7 @@ def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True, progress
     if steps.ndim != 2 or steps.shape[1] != 2:
         raise refuse("bevel", "profile", "be steps, (S, 2)", f"its shape is {steps.shape}")
     rings = _input.shape(outline, "bevel", "outline")
-    return told(progress, lambda report: _korvale.bevel(rings, steps, split, report))
+    return told(progress, lambda report: _korvale.bevel(rings, steps, split, crossing, report))
 
 
 def tube(path: LineLike, section: LineLike, *, closed: bool = False, caps: bool = True,

@@ -96,18 +96,18 @@ double volume_of(const Mesh& mesh)
 }
 
 Mesh bevel_of(const py::list& outlines, const py::array_t<double, py::array::c_style>& profile, py::handle split,
-              py::handle report)
+              py::handle crossing, py::handle report)
 {
     const ShapeIn shape(outlines, "bevel", "outline");
     const std::vector<PointView> views = shape.views();
-    const bool is_split = flag_of(split, "bevel", "split");
+    const bool is_split = flag_of(split, "bevel", "split"), is_crossing = flag_of(crossing, "bevel", "crossing");
     static_assert(sizeof(BevelStep) == 2 * sizeof(double));
     std::vector<BevelStep> steps;
     for (py::ssize_t i = 0; i < profile.shape(0); ++i)
         steps.push_back({profile.at(i, 0), profile.at(i, 1)});
     const Progress signals = Signals(report);
     const py::gil_scoped_release unlocked;
-    return bevel(views, steps, is_split, signals);
+    return bevel(views, steps, is_split, signals, is_crossing);
 }
 
 Mesh tube_of(py::handle path, py::handle section, py::handle closed, py::handle caps, py::handle report)

@@ -309,6 +309,17 @@ class SolidTest(RefusingTest):
         self.assertEqual((mesh.triangles.shape[1], mesh.triangles.dtype), (3, numpy.int32))
         self.assertEqual(mesh.faces.tolist(), mesh.triangles.tolist())
 
+    def test_bevels_a_level_outline_upwards_whichever_way_it_runs(self):
+        for outline in (SQUARE, SQUARE[::-1]):
+            low, high = korvale.bounds(korvale.bevel(outline, [(0, 0), (0, 2)]).vertices)
+            self.assertEqual((low[2], high[2]), (0, 2))
+
+    def test_refuses_to_bevel_what_crosses_unless_told_otherwise(self):
+        bow = [(0, 0), (4, 4), (4, 0), (0, 5)]
+        self.assertRefuses("bevel: outline 0 must not cross itself, but its edges from points 0 and 2 do",
+                           lambda: korvale.bevel(bow, [(0, 0), (-1, 2)]))
+        self.assertEqual(korvale.bevel(bow, [(0, 0), (-1, 2)], crossing=True).reached.tolist(), [0, 0])
+
     def test_tells_how_far_a_bevel_has_come(self):
         mesh = korvale.bevel([SQUARE, HOLE], [(0, 0), (-0.25, 1), (-0.75, 2)])  # a frame 1 wide
         self.assertEqual(mesh.reached[:2].tolist(), [0, -0.25])

@@ -82,9 +82,10 @@ static korvale_status options_are_laid_out(void)
     PLACE(korvale_shapes_options, crossing, 4);
     PLACE(korvale_shapes_options, tolerance, 8);
     PLACE(korvale_shapes_options, progress, 16);
-    SIZE(korvale_bevel_options, 24);
+    SIZE(korvale_bevel_options, 32);
     PLACE(korvale_bevel_options, split, 4);
     PLACE(korvale_bevel_options, progress, 8);
+    PLACE(korvale_bevel_options, crossing, 24);
     SIZE(korvale_bevel_step, 16);
     PLACE(korvale_bevel_step, height, 8);
     SIZE(korvale_tube_options, 32);

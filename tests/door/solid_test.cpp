@@ -16,6 +16,7 @@
 namespace korvale::test {
 namespace {
 
+using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 
@@ -56,12 +57,13 @@ std::vector<korvale_points> views_of(const Outlines& outlines)
     return views;
 }
 
-Solid bevelled(const Outlines& outlines, const Profile& profile, bool split = true)
+Solid bevelled(const Outlines& outlines, const Profile& profile, bool split = true, bool crossing = false)
 {
     const std::vector<korvale_points> views = views_of(outlines);
     korvale_bevel_options options;
     korvale_bevel_defaults(&options, sizeof options);
     options.split = split;
+    options.crossing = crossing;
     korvale_mesh* mesh = nullptr;
     korvale_error error;
     EXPECT_EQ(korvale_bevel(views.data(), static_cast<int64_t>(views.size()), profile.data(),
@@ -283,7 +285,7 @@ TEST(DoorBevel, IsClosedWhereOutlinesVanish)
         Profile profile;
         for (int i = 0; i < 4; ++i)
             profile.push_back({random.uniform(-25, 4), 3.0 * i});
-        bevelled(shape, profile, random.one_in(2)); // which measures what is closed
+        bevelled(shape, profile, random.one_in(2), true); // which measures what is closed
     }
 }
 
@@ -331,11 +333,122 @@ TEST(DoorBevel, AHoleIsNotLeftWithoutItsOuterOutline)
                            22, 10, 0, 14, 10, 0, 14, 6, 0, 10, 6, 0, 10, 10, 0, 0,  10, 0};
     const Numbers left = {4, 4, 0, 6, 4, 0, 6, 6, 0, 4, 6, 0}, right = {17, 4, 0, 18, 4, 0, 18, 5, 0, 17, 5, 0};
     const Profile profile = {{0, 0}, {-1.25, 2}};
-    EXPECT_EQ(bevelled({waist}, profile).reached[1], -1.25);
-    EXPECT_EQ(bevelled({waist, left}, profile).reached[1], -1.25);
-    const Solid held = bevelled({waist, left, right}, profile);
-    EXPECT_NEAR(held.reached[1], -1, 1e-6);
-    EXPECT_TRUE((Look{held, 22}.has_sound_cap(2, true)));
+    for (const Outlines& shape : {Outlines{waist}, Outlines{waist, left}, Outlines{waist, left, right}}) {
+        const Solid held = bevelled(shape, profile);
+        EXPECT_NEAR(held.reached[1], -1, 1e-14);
+        EXPECT_TRUE((Look{held, 22}.has_sound_cap(2, true)));
+    }
+}
+
+TEST(DoorBevel, AStepIsHeldWhereTheOutlineFallsApart)
+{
+    // Two chambers, and between them a neck of 1.5 at a bump, which has a slope of 1 in 4 on either side.
+    const Numbers chambers = {0, 0,  0,  10, 0,  0,  10, 4,  0, 12, 4.5, 0, 14, 4,  0,  14, 0, 0,  22, 0,
+                              0, 22, 10, 0,  14, 10, 0,  14, 6, 0,  10,  6, 0,  10, 10, 0,  0, 10, 0};
+    const Solid solid = bevelled({chambers}, {{0, 0}, {-0.5, 1}, {-3, 4}, {-0.25, 5}});
+    EXPECT_EQ(solid.reached[1], -0.5);
+    EXPECT_NEAR(solid.reached[2], -1.5 / (1 + std::sqrt(1.0625)), 1e-14);
+    EXPECT_EQ(solid.reached[3], -0.25);
+    EXPECT_TRUE((Look{solid, 22}.has_sound_cap(5, true)));
+}
+
+TEST(DoorBevel, AStepIsHeldWhereALimbVanishes)
+{
+    // A plate of 12 x 6 with a limb of 2 x 8: 88 - 52 d + 4 d^2 are left of it, d in, until the limb has gone at 1.
+    const Numbers tee = {0, 0, 0, 5, 0, 0, 5, -8, 0, 7, -8, 0, 7, 0, 0, 12, 0, 0, 12, 6, 0, 0, 6, 0};
+    for (const bool split : {false, true}) {
+        const Solid solid = bevelled({tee}, {{0, 0}, {-1.5, 3}}, split);
+        EXPECT_NEAR(solid.reached[1], -1, 1e-14);
+        EXPECT_NEAR(solid.volume, 3 * (88 - 52 / 2.0 + 4 / 3.0), 1e-12);
+    }
+    // Outwards the bay of a U closes all at once.
+    const Numbers bay = {0, 0, 0, 10, 0, 0, 10, 10, 0, 6, 10, 0, 6, 4, 0, 4, 4, 0, 4, 10, 0, 0, 10, 0};
+    EXPECT_NEAR(bevelled({bay}, {{0, 0}, {3, 1}}).reached[1], 1, 1e-14);
+}
+
+TEST(DoorBevel, ARoofEndsAtItsRidge)
+{
+    const Numbers plan = {0, 0, 0, 10, 0, 0, 10, 4, 0, 0, 4, 0};
+    for (const bool split : {false, true}) {
+        const Solid roof = bevelled({plan}, {{0, 0}, {-3, 2}}, split);
+        EXPECT_NEAR(roof.reached[1], -2, 1e-14);
+        EXPECT_EQ(roof.points.size(), 3 * 6u);
+        EXPECT_NEAR(roof.volume, 40 - 16.0 / 3, 1e-12);
+        const Solid pyramid = bevelled({square(4)}, {{0, 0}, {-3, 2}}, split);
+        EXPECT_NEAR(pyramid.reached[1], -2, 1e-14);
+        EXPECT_EQ(pyramid.points.size(), 3 * 5u);
+        EXPECT_NEAR(pyramid.volume, 16 * 2 / 3.0, 1e-12);
+    }
+}
+
+TEST(DoorBevel, LettersReachAsFarInAnySize)
+{
+    int held = 0, equal = 0, unequal = 0;
+    for (const Outlines& letter : letters())
+        for (const double distance : {-200.0, -20.0, 60.0}) {
+            const double reached = bevelled(letter, {{0, 0}, {distance, 50}}).reached[1];
+            for (const double scale : {0.01, 0.7, 13.0}) {
+                Outlines scaled = letter;
+                for (Numbers& outline : scaled)
+                    outline = times(scale, outline);
+                const double other = bevelled(scaled, times(scale, Profile{{0, 0}, {distance, 50}})).reached[1];
+                // Where sides meet nearly all along, what counts as collapsed decides a little.
+                ASSERT_NEAR(other / scale, reached, 2e-4 * std::fabs(reached)) << distance << " times " << scale;
+                ++(std::fabs(other / scale - reached) < 1e-6 * std::fabs(reached) ? equal : unequal);
+            }
+            held += reached != distance;
+        }
+    EXPECT_GT(held, 100);
+    EXPECT_LT(unequal, 5);
+    EXPECT_GT(equal, 900);
+}
+
+TEST(DoorBevel, LevelOutlinesAreBevelledUpwardsWhicheverWayTheyRun)
+{
+    const Numbers plan = {0, 0, 7, 8, 0, 7, 8, 6, 7, 0, 6, 7}, back = {0, 6, 7, 8, 6, 7, 8, 0, 7, 0, 0, 7};
+    const Numbers hole = {1, 1, 7, 2, 1, 7, 2, 2, 7, 1, 2, 7};
+    for (const Outlines& shape : {Outlines{plan, hole}, Outlines{back, hole}}) {
+        const Solid solid = bevelled(shape, {{0, 0}, {0, 1}, {-0.25, 2}});
+        double lowest = 100, highest = -100;
+        for (size_t i = 2; i < solid.points.size(); i += 3) {
+            lowest = std::min(lowest, solid.points[i]);
+            highest = std::max(highest, solid.points[i]);
+        }
+        EXPECT_EQ(lowest, 7);
+        EXPECT_EQ(highest, 9);
+        EXPECT_NEAR(solid.volume, 47 + 47 - 32 * 0.25 / 2, 1e-12); // the corners add up to nothing
+        EXPECT_TRUE((Look{solid, 8}.has_sound_cap(9, true)));
+    }
+    // On a wall they go where the outline runs counter-clockwise.
+    const Numbers front = {0, 0, 0, 4, 0, 0, 4, 0, 4, 0, 0, 4}, rear = {0, 0, 4, 4, 0, 4, 4, 0, 0, 0, 0, 0};
+    EXPECT_THAT(bevelled({front}, {{0, 0}, {0, 1}}).points, Contains(-1));
+    EXPECT_THAT(bevelled({rear}, {{0, 0}, {0, 1}}).points, Contains(1));
+}
+
+TEST(DoorBevel, RefusesOutlinesThatCrossUnlessToldOtherwise)
+{
+    const Profile chamfer = {{0, 0}, {0, 1}, {-0.5, 2}};
+    const auto refusal = [&](const Outlines& outlines) {
+        const std::vector<korvale_points> views = views_of(outlines);
+        korvale_mesh* mesh = nullptr;
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_bevel(views.data(), static_cast<int64_t>(views.size()), chamfer.data(), 3, nullptr, &mesh,
+                                 error);
+        });
+    };
+    const Numbers bow = {0, 0, 0, 4, 4, 0, 4, 0, 0, 0, 5, 0}, beyond = {3, 1, 0, 5, 1, 0, 5, 2, 0, 3, 2, 0};
+    EXPECT_EQ(refusal({bow}), "korvale_bevel: outline 0 must not cross itself, but its edges from points 0 and 2 do");
+    EXPECT_EQ(refusal({square(10), bow}),
+              "korvale_bevel: outline 1 must not cross itself, but its edges from points 0 and 2 do");
+    EXPECT_EQ(
+        refusal({square(4), beyond}),
+        "korvale_bevel: outlines must not cross each other, but outlines 0 and 1 do, by their edges from points 1 "
+        "and 0");
+    // What is let through goes no way on which it would still cross.
+    EXPECT_THAT(bevelled({bow}, chamfer, true, true).reached, ElementsAre(0, 0, 0));
+    EXPECT_THAT(bevelled({square(4), beyond}, chamfer, true, true).reached, ElementsAre(0, 0, 0));
+    // To touch is not to cross.
+    EXPECT_EQ(bevelled({{0, 0, 0, 4, 0, 0, 4, 4, 0, 2, 0, 0, 0, 4, 0}}, {{0, 0}, {0, 1}}).volume, 12 - 4 / 1.0);
 }
 
 TEST(DoorBevel, OutlinesThatTouchDoNotMoveTowardsEachOther)
@@ -348,7 +461,6 @@ TEST(DoorBevel, OutlinesThatTouchDoNotMoveTowardsEachOther)
 TEST(DoorBevel, RoofsGoAsFarAsAsked)
 {
     EXPECT_THAT(bevelled({square(4)}, {{0, 0}, {-2, 2}}).reached, ElementsAre(0, -2));
-    EXPECT_THAT(bevelled({square(4)}, {{0, 0}, {-3, 2}}, false).reached, ElementsAre(0, -3));
     const Solid ridge = bevelled({{0, 0, 0, 10, 0, 0, 10, 4, 0, 0, 4, 0}}, {{0, 0}, {-2, 2}});
     EXPECT_EQ(ridge.reached[1], -2);
     EXPECT_NEAR(ridge.volume, 40 - 16.0 / 3, 1e-12);
@@ -367,8 +479,8 @@ TEST(DoorBevel, CapsOfLettersDoNotOverlap)
                 ASSERT_TRUE(look.has_sound_cap(50, true)) << distance;
                 ++(solid.reached[1] == distance ? reached : held);
             }
-    EXPECT_GT(held, 150);
-    EXPECT_GT(reached, 700);
+    EXPECT_GT(held, 450);
+    EXPECT_GT(reached, 400);
 }
 
 TEST(DoorBevel, CapsOfPlatesWithHolesDoNotOverlap)
@@ -380,7 +492,7 @@ TEST(DoorBevel, CapsOfPlatesWithHolesDoNotOverlap)
         for (int hole = random.between(0, 4); hole > 0; --hole)
             shape.push_back(star(random, random.between(3, 12), 9.0 * hole - 24, 3.0 * (hole - 2), 3));
         const double distance = random.uniform(-15, 5);
-        const Solid solid = bevelled(shape, {{0, 0}, {distance, 5}}, random.one_in(2));
+        const Solid solid = bevelled(shape, {{0, 0}, {distance, 5}}, random.one_in(2), true);
         const Look look = {solid, 40};
         ASSERT_TRUE(look.is_closed()) << "round " << round;
         ASSERT_GT(solid.volume, 0) << "round " << round;
@@ -396,6 +508,7 @@ TEST(DoorBevel, CapsOfPlatesWithHolesDoNotOverlap)
 TEST(DoorBevel, CapsCoverWhatIsLeftWhereHolesVanish)
 {
     Random random(1273);
+    int vanished = 0;
     for (int round = 0; round < rounds(200); ++round) {
         const Outlines shape = {star(random, random.between(4, 30), 0, 0, 40), star(random, 3, -8, 0, 2),
                                 star(random, random.between(4, 9), 8, 3, 2)};
@@ -411,6 +524,9 @@ TEST(DoorBevel, CapsCoverWhatIsLeftWhereHolesVanish)
         }
 
         const Solid solid = bevelled(shape, {{0, 0}, {3, 5}});
+        if (solid.reached[1] != 3)
+            continue; // a hole falls apart
+        ++vanished;
         double covered = 0;
         for (size_t t = 0; t < solid.corners.size(); t += 3) {
             const auto corner = [&](size_t k) { return &solid.points[3 * static_cast<size_t>(solid.corners[t + k])]; };
@@ -423,6 +539,7 @@ TEST(DoorBevel, CapsCoverWhatIsLeftWhereHolesVanish)
         }
         ASSERT_NEAR(covered, doubled_area, 1e-9 * doubled_area) << "round " << round;
     }
+    EXPECT_GT(vanished, rounds(200) / 4);
 }
 
 TEST(DoorBevel, ReadsFloatsInThePlane)
@@ -440,7 +557,7 @@ TEST(DoorBevel, SaysWhatItRefuses)
     const Outlines shape = {square(4), {0, 0, 0, 1, 0, 0}};
     const std::vector<korvale_points> views = views_of(shape);
     const auto refusal = [&](int64_t count, const Profile& profile,
-                             korvale_bevel_options options = {8, 1, nullptr, nullptr}) {
+                             korvale_bevel_options options = {8, 1, nullptr, nullptr, 0, 0}) {
         int place = 0;
         korvale_mesh* mesh = reinterpret_cast<korvale_mesh*>(&place);
         const std::string sentence = sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
@@ -458,7 +575,7 @@ TEST(DoorBevel, SaysWhatItRefuses)
     EXPECT_EQ(refusal(0, wall), "korvale_bevel: outlines must have an outer outline, but there is none");
     EXPECT_EQ(refusal(-1, wall), "korvale_bevel: count must be 0 or more, but it is -1");
     EXPECT_EQ(refusal(2, wall), "korvale_bevel: outline 1 must have at least 3 points, but it has 2");
-    EXPECT_EQ(refusal(1, wall, {3, 1, nullptr, nullptr}),
+    EXPECT_EQ(refusal(1, wall, {3, 1, nullptr, nullptr, 0, 0}),
               "korvale_bevel: options.size must be the size of the struct, but it is 3");
 
     korvale_mesh* mesh = nullptr;
@@ -641,7 +758,7 @@ TEST(DoorMesh, OfNullHoldsNothing)
 TEST(DoorMesh, DefaultsFillWhatTheHostKnows)
 {
     Told told;
-    korvale_bevel_options bevel = {77, 77, &Told::tell, &told};
+    korvale_bevel_options bevel = {77, 77, &Told::tell, &told, 77, 77};
     korvale_bevel_defaults(&bevel, sizeof bevel.size);
     EXPECT_EQ(bevel.size, 4u);
     EXPECT_EQ(bevel.split, 77);
@@ -649,6 +766,8 @@ TEST(DoorMesh, DefaultsFillWhatTheHostKnows)
     EXPECT_EQ(bevel.split, 1);
     EXPECT_EQ(bevel.progress, nullptr);
     EXPECT_EQ(bevel.user, nullptr);
+    EXPECT_EQ(bevel.crossing, 0);
+    EXPECT_EQ(bevel.reserved, 0);
     korvale_tube_options tube = {77, 77, 77, 77, &Told::tell, &told};
     korvale_tube_defaults(&tube, sizeof tube);
     EXPECT_EQ(tube.size, sizeof tube);

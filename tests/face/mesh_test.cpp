@@ -159,6 +159,10 @@ TEST(FaceBevel, TakesAProfileWrittenOut)
 TEST(FaceBevel, SaysWhatItRefuses)
 {
     const BevelStep one[] = {{0, 0}};
+    const Outline bow = {{0, 0, 0}, {4, 4, 0}, {4, 0, 0}, {0, 5, 0}};
+    EXPECT_EQ(refusal_of([&] { bevel(bow, kWall); }),
+              "bevel: outline 0 must not cross itself, but its edges from points 0 and 2 do");
+    EXPECT_EQ(bevel(bow, {{0, 0}, {-1, 8}}, true, {}, true).reached, (std::vector<double>{0, 0}));
     EXPECT_EQ(refusal_of([&] { bevel(kPlate, one); }), "bevel: profile must have at least 2 steps, but it has 1");
     const std::vector<Outline> pair = {{{0, 0, 0}, {1, 0, 0}}};
     EXPECT_EQ(refusal_of([&] { bevel(pair, kWall); }), "bevel: outline 0 must have at least 3 points, but it has 2");

@@ -46,7 +46,7 @@ TEST(Golden, DoorBevel)
                                &options, &mesh, nullptr));
         take(hash, mesh);
     }
-    EXPECT_EQ(hash.value(), 0x244f8def623eee93u);
+    EXPECT_EQ(hash.value(), 0x4d956d473f903846u);
 }
 
 TEST(Golden, DoorTube)

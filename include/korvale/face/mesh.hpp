@@ -203,12 +203,12 @@ inline std::vector<std::vector<std::size_t>> shapes(AnyOutlines outlines, const 
 /// One layer of a bevel.
 struct BevelStep {
     double distance; ///< outwards
-    double height;   ///< along the normal of the outer outline
+    double height;   ///< upwards: along z over outlines at one z, else along the normal of the outer outline
 };
 
 /// `bevel`, telling of failures by its result.
 inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true,
-                              const Progress& progress = {})
+                              const Progress& progress = {}, bool crossing = false)
 {
     static_assert(sizeof(BevelStep) == sizeof(korvale_bevel_step));
     return detail::within_memory("bevel", [&]() -> Result<Mesh> {
@@ -217,7 +217,7 @@ inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> prof
         korvale_mesh* made = nullptr;
         const Result<void> solid =
             detail::done("bevel", progress, [&](korvale_progress tell, void* user, korvale_error* error) {
-                const korvale_bevel_options how = {sizeof how, split, tell, user};
+                const korvale_bevel_options how = {sizeof how, split, tell, user, crossing, 0};
                 return korvale_bevel(views.data(), static_cast<std::int64_t>(views.size()), steps,
                                      static_cast<std::int64_t>(profile.size()), &how, &made, error);
             });
@@ -231,13 +231,17 @@ inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> prof
 /// the first and on the last layer. Its triangles face outwards.
 ///
 /// Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A step that
-/// would make two outlines cross, as those of a frame moved in by more than half its width, is held back: it keeps its
-/// height and goes as far, to a millionth, as they do not, and `Mesh::reached` tells how far that is. A layer that
-/// would cross itself or collapse without `split` is made with it. So caps do not overlap unless the outlines do.
+/// would lose a part is held back: it keeps its height, goes as far as nothing is lost, and `Mesh::reached` tells how
+/// far that is. It is
 ///
-/// Where one outline falls apart, as a limb whose neck is narrower than twice the way in, a piece of it stays and the
-/// points of the others go to where they met it; and beyond its ridge a roof goes on as a point. Sloped faces close
-/// both, and `reached` does not tell of them: `offset` by the same distance does, by `removed` and `collapsed`.
+/// - where an outline would fall apart, as at a neck narrower than twice the way in, or a limb of it vanish, all of it
+///   at once; outlines that touch themselves go nowhere;
+/// - where the outer outline has come to nothing, at the ridge of a roof. Holes may vanish;
+/// - to a millionth where two outlines would cross, as those of a frame moved in by more than half its width.
+///
+/// A layer that would cross itself or collapse without `split` is made with it. So caps do not overlap, unless the
+/// outlines do: those that cross are refused, or with `crossing` taken as they are, and go no way on which they would
+/// still cross.
 ///
 /// Vertices at exactly one place are one vertex of the mesh. No random number is drawn, and outlines may have any size,
 /// as those of `offset`.
@@ -248,18 +252,19 @@ inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> prof
 ///
 /// The progress is told step by step.
 ///
-/// Throws `Error` for fewer than two steps, no outline, fewer than three points, and numbers that are not finite.
+/// Throws `Error` for fewer than two steps, no outline, fewer than three points, numbers that are not finite, and
+/// outlines that cross themselves or each other.
 inline Mesh bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true,
-                  const Progress& progress = {})
+                  const Progress& progress = {}, bool crossing = false)
 {
-    return try_bevel(outlines.view(), profile, split, progress).value();
+    return try_bevel(outlines.view(), profile, split, progress, crossing).value();
 }
 
 /// The same with a profile written out.
 inline Mesh bevel(AnyShape outlines, std::initializer_list<BevelStep> profile, bool split = true,
-                  const Progress& progress = {})
+                  const Progress& progress = {}, bool crossing = false)
 {
-    return bevel(outlines.view(), std::span(profile.begin(), profile.size()), split, progress);
+    return bevel(outlines.view(), std::span(profile.begin(), profile.size()), split, progress, crossing);
 }
 
 /// How `tube` works.
