@@ -9,6 +9,7 @@
 //   points loaded, and the sums are independent chains.
 #include "preserve/angles.h"
 
+#include "data/internal/kernels.h"
 #include "math/internal/vector.h"
 #include "preserve/internal/measures.h"
 
@@ -25,18 +26,9 @@ struct Angles {
     double* measure;         // [corners]
 };
 
-/// The term at `cur_points`. False where its arrays are missing or too short for the mesh.
-bool find_angles(const PreserveStatus& s, Angles& t)
+Angles angles_in(const PreserveStatus& s, const Mesh& mesh)
 {
-    t.faces = faces_of(s);
-    t.reference = measures_in(s.ofang, t.faces.corner_count);
-    t.measure = measures_in(s.nfang, t.faces.corner_count);
-    if (t.reference == nullptr || t.measure == nullptr || !covers_mesh(s.cur_points, s))
-        return false;
-    t.p = s.cur_points->dvals;
-    t.tags = tags_of(s);
-    t.weight = s.weights[1];
-    return true;
+    return {mesh.p, mesh.faces, mesh.tags, kAngles.weight(s), mesh.cosines.reference, mesh.cosines.current};
 }
 
 // Corner by corner.
@@ -377,20 +369,56 @@ double add_all_energies(const Angles& term, double energy, const Ceiling& ceilin
     return over_lanes([&]<class V>() { return add_energies<V, measuring>(term, energy, ceiling, measures); });
 }
 
-} // namespace
-
-double add_angle_energies(PreserveStatus& s, double energy, Ceiling& ceiling)
+bool measure_reference(PreserveStatus& s, const Mesh& mesh)
 {
-    Angles term;
-    if (!find_angles(s, term))
+    const Faces& faces = mesh.faces;
+    if (!mesh.has_faces || !mesh.has_positions || !make_room(s.ofang, faces.corner_count) ||
+        !make_room(s.nfang, faces.corner_count))
+        return false;
+    double* const cosines = s.ofang->dvals;
+    for_each_face(faces, [&](const int32_t*, int32_t, int32_t first, int32_t f) {
+        for_each_corner_of(faces, f, first, [&](int32_t point, int32_t previous, int32_t next, int32_t corner) {
+            corner_cosine(mesh.p, point, previous, next, cosines[corner]);
+        });
+    });
+    return true;
+}
+
+/// Of a list longer than its faces the end was never measured.
+bool has_finite_references(const PreserveStatus&, const Mesh& mesh)
+{
+    bool are_sound = true;
+    if (mesh.cosines.reference != nullptr)
+        for_each_face(mesh.faces, [&](const int32_t*, int32_t n, int32_t first, int32_t) {
+            are_sound = are_sound && are_finite(mesh.cosines.reference + first, n);
+        });
+    return are_sound;
+}
+
+double add_energy(PreserveStatus& s, const Mesh& mesh, double energy, Ceiling& ceiling)
+{
+    if (!mesh.cosines.exists() || !mesh.has_positions)
         return energy;
+    const Angles term = angles_in(s, mesh);
     Measures measures;
-    if (ceiling.is_known || (s.flags & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0)
+    if (ceiling.is_known || (ceiling.terms & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0)
         return add_all_energies<false>(term, energy, ceiling, measures);
     energy = add_all_energies<true>(term, energy, ceiling, measures);
-    note_measures(s, s.flags, measures, ceiling);
+    note_measures(s, measures, ceiling);
     return energy;
 }
+
+void add_force(const PreserveStatus& s, const Mesh& mesh)
+{
+    if (!mesh.cosines.exists())
+        return;
+    const Angles term = angles_in(s, mesh);
+    over_lanes([&]<class V>() { add_forces<V>(term, mesh.force); });
+}
+
+} // namespace
+
+const Term kAngles = {PRESERVE_FACE_ANGLE, 1, measure_reference, has_finite_references, add_energy, add_force};
 
 } // namespace korvale::preserve
 
@@ -398,39 +426,15 @@ using namespace korvale::preserve;
 
 int PreserveInitOfang(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    const Faces faces = faces_of(*status);
-    if (!has_faces(*status) || !covers_mesh(status->points, *status) || !make_room(status->ofang, faces.corner_count) ||
-        !make_room(status->nfang, faces.corner_count))
-        return switch_off(*status, PRESERVE_FACE_ANGLE);
-    const double* const p = status->points->dvals;
-    double* const cosines = status->ofang->dvals;
-    for_each_face(faces, [&](const int32_t*, int32_t, int32_t first, int32_t f) {
-        for_each_corner_of(faces, f, first, [=](int32_t point, int32_t previous, int32_t next, int32_t corner) {
-            corner_cosine(p, point, previous, next, cosines[corner]);
-        });
-    });
-    return 1;
+    return take_reference(status, kAngles);
 }
 
 int PreserveFindNfang(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    Ceiling none;
-    none.is_known = true; // volume and area count as known, so this walk does not measure them
-    status->energy = add_angle_energies(*status, status->energy, none);
-    return 1;
+    return find_energy_of(status, kAngles);
 }
 
 int PreserveFindFaceAngleForce(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    Angles term;
-    double* const force = forces_of(*status);
-    if (force != nullptr && find_angles(*status, term))
-        over_lanes([&]<class V>() { add_forces<V>(term, force); });
-    return 1;
+    return find_force_of(status, kAngles);
 }

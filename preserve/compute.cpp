@@ -6,12 +6,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "data/operations.h"
 #include "platform/internal/lanes.h"
-#include "preserve/evaluation.h"
-#include "preserve/internal/mesh.h"
+#include "preserve/internal/evaluation.h"
 #include "preserve/internal/terms.h"
 
 namespace korvale::preserve {
@@ -24,14 +24,16 @@ constexpr double kSmallestShare = 1e-06;
 /// square below 1e260, and the largest double is 1.8e308. Chosen with room to spare.
 constexpr double kSafeCoordinate = 1e+40;
 
-/// Makes `points` the positions to evaluate. False for an array that does not match the mesh.
-bool look_at(PreserveStatus* status, DATAstruct* points)
+/// Makes `points` the positions to evaluate, and `mesh` the mesh there. False for an array that does not match it.
+bool look_at(PreserveStatus* status, DATAstruct* points, Mesh& mesh)
 {
     if (status == nullptr || !DATACheckIfPoints(points) || status->points == nullptr ||
-        points->count != status->points->count || !covers_mesh(points, *status))
+        points->count != status->points->count)
         return false;
-    status->cur_points = points;
-    return true;
+    mesh = mesh_of(*status, points);
+    if (mesh.has_positions)
+        status->cur_points = points;
+    return mesh.has_positions;
 }
 
 /// What a step moves: the coordinates x [n] along the force f [n].
@@ -41,15 +43,8 @@ struct Step {
     int64_t n;
 };
 
-Step step_of(const PreserveStatus& s)
+void hold_tagged(const Tags& tags, const Step& step)
 {
-    double* const f = forces_of(s);
-    return {s.cur_points->dvals, f, f == nullptr ? 0 : components(s.force->count, 3)};
-}
-
-void hold_tagged(const PreserveStatus& s, const Step& step)
-{
-    const Tags tags = tags_of(s);
     const int64_t n = std::min<int64_t>(step.n, components(tags.count, 3));
     for (int64_t q = 0; q < n; q += 3)
         if (tags.bytes[q / 3] != 0)
@@ -88,55 +83,34 @@ void retreat(const Step& step, double length, double share)
     });
 }
 
-bool are_finite(const double* values, int64_t n)
-{
-    return std::all_of(values, values + n, [](double v) { return std::isfinite(v); });
-}
-
-/// Whether the references of all edges and corners are numbers. Of a list longer than its faces the end was never
-/// measured.
-bool has_finite_references(const PreserveStatus& s)
-{
-    const EdgeList edges = edges_of(s);
-    const Faces faces = faces_of(s);
-    const double* const lengths = measures_in(s.olen, edges.count);
-    const double* const cosines = measures_in(s.ofang, faces.corner_count);
-    bool are_sound = lengths == nullptr || are_finite(lengths, edges.count);
-    if (cosines != nullptr)
-        for_each_face(faces, [&](const int32_t*, int32_t n, int32_t first, int32_t) {
-            are_sound = are_sound && are_finite(cosines + first, n);
-        });
-    return are_sound;
-}
-
 /// Whether every energy at finite positions that are not too far out is a number, and none is negative: weights are
 /// positive, references finite.
-bool has_sound_terms(const PreserveStatus& s)
+bool has_sound_terms(const PreserveStatus& s, const Mesh& mesh)
 {
-    for (int slot = 0; slot < 4; ++slot)
-        if ((s.flags & 1 << slot) != 0 && !(s.weights[slot] > 0.0 && std::isfinite(s.weights[slot])))
-            return false;
-    return std::isfinite(s.ovolume) && std::isfinite(s.oarea) && has_finite_references(s);
+    return std::all_of(std::begin(kTerms), std::end(kTerms), [&](const Term* term) {
+        const double weight = term->weight(s);
+        return (s.flags & term->bit) == 0 ||
+               (weight > 0.0 && std::isfinite(weight) && term->has_finite_references(s, mesh));
+    });
 }
 
 /// One step from evaluated positions; leaves the new ones evaluated in full.
-void take_step(PreserveStatus& s, bool terms_are_sound)
+void take_step(PreserveStatus& s, const Mesh& mesh, const Step& step, bool terms_are_sound)
 {
-    PreserveFindForce(&s);
-    const Step step = step_of(s);
-    hold_tagged(s, step);
+    find_force(s, mesh);
+    hold_tagged(mesh.tags, step);
     const double before = s.energy;
     const double length = before / length_of_force(step); // Deliberate: infinite without force
     const bool can_refuse = advance(step, length) && terms_are_sound;
     const double bound = can_refuse ? before : std::numeric_limits<double>::quiet_NaN();
-    s.energy = evaluate(s, bound);
+    s.energy = evaluate(s, mesh, bound);
     for (double share = 0.5; s.energy >= before; share *= 0.5) { // a NaN is accepted
         retreat(step, length, share);
         if (share < kSmallestShare) { // accepted whatever its energy
-            s.energy = evaluate(s);
+            s.energy = evaluate(s, mesh);
             break;
         }
-        s.energy = evaluate(s, bound);
+        s.energy = evaluate(s, mesh, bound);
     }
 }
 
@@ -147,23 +121,27 @@ using namespace korvale::preserve;
 
 int PreserveCompute(PreserveStatus* status, DATAstruct* points, int iterations)
 {
-    if (!look_at(status, points))
+    Mesh mesh;
+    if (!look_at(status, points, mesh))
         return -1;
-    PreserveFindEnergy(status);
-    if (status->energy == 0.0)
+    PreserveStatus& s = *status;
+    s.energy = evaluate(s, mesh);
+    if (s.energy == 0.0)
         return 1;
-    const bool terms_are_sound = has_sound_terms(*status);
+    const Step step = {points->dvals, mesh.force, mesh.force_values};
+    const bool terms_are_sound = has_sound_terms(s, mesh);
     for (int i = 0; i < iterations; ++i)
-        take_step(*status, terms_are_sound);
+        take_step(s, mesh, step, terms_are_sound);
     return 1;
 }
 
 int PreserveGetForce(PreserveStatus* status, DATAstruct* points, DATAstruct* force_out)
 {
-    if (!look_at(status, points))
+    Mesh mesh;
+    if (!look_at(status, points, mesh))
         return -1;
-    PreserveFindEnergy(status);
-    PreserveFindForce(status);
+    status->energy = evaluate(*status, mesh);
+    find_force(*status, mesh);
     DATACopy(status->force, force_out);
     return 1;
 }

@@ -213,7 +213,8 @@ bool find_edges(const Faces& faces, DATAstruct*& edges)
 // One array serves twice: the counts, then the cursors; from these the counts are found again at the end.
 void group_by_point(PreserveStatus& s)
 {
-    const EdgeList edges = edges_of(s);
+    const EdgeList edges = edges_in(s.edges);
+    const Faces faces = faces_in(s.face_sizes, s.face_points);
     const int32_t points = s.points->count;
     s.point_edge_count = new_list(DATA_TYPE_INT, points, 1);
     if (s.point_edge_count == nullptr)
@@ -229,7 +230,7 @@ void group_by_point(PreserveStatus& s)
     if (s.face_points != nullptr)
         s.point_faces = new_list(DATA_TYPE_INT, slots, 1);
     if (s.point_faces != nullptr) {
-        group_faces(faces_of(s), slots, cursor, s.point_faces->ivals);
+        group_faces(faces, slots, cursor, s.point_faces->ivals);
         std::copy(start, start + points, cursor);
     }
     s.point_edges = new_list(DATA_TYPE_INT, slots, 1);

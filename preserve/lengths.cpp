@@ -4,8 +4,8 @@
 // that run.
 #include "preserve/lengths.h"
 
+#include "data/internal/kernels.h"
 #include "platform/internal/lanes3.h"
-#include "preserve/internal/mesh.h"
 #include "preserve/internal/terms.h"
 
 namespace korvale::preserve {
@@ -26,18 +26,9 @@ struct Lengths {
     const int32_t* ends(int32_t e) const { return edges.ends + 2 * int64_t{e}; }
 };
 
-/// The term at `cur_points`. False where its arrays are missing or too short for the mesh.
-bool find_lengths(const PreserveStatus& s, Lengths& t)
+Lengths lengths_in(const PreserveStatus& s, const Mesh& mesh)
 {
-    t.edges = edges_of(s);
-    t.reference = measures_in(s.olen, t.edges.count);
-    t.measure = measures_in(s.nlen, t.edges.count);
-    if (t.reference == nullptr || t.measure == nullptr || !covers_mesh(s.cur_points, s))
-        return false;
-    t.p = s.cur_points->dvals;
-    t.tags = tags_of(s);
-    t.weight = s.weights[0];
-    return true;
+    return {mesh.p, mesh.edges, mesh.tags, kLengths.weight(s), mesh.lengths.reference, mesh.lengths.current};
 }
 
 /// The lengths of edges, one per lane.
@@ -129,15 +120,40 @@ KORVALE_OVER_LANES void add_forces(const Lengths& term, double* force)
         pull_edges<double>(t, e, force);
 }
 
-} // namespace
-
-double add_length_energies(PreserveStatus& s, double energy, Ceiling& ceiling)
+bool measure_reference(PreserveStatus& s, const Mesh& mesh)
 {
-    Lengths term;
-    if (!find_lengths(s, term))
+    if (!mesh.has_edges || !mesh.has_positions || !make_room(s.olen, mesh.edges.count) ||
+        !make_room(s.nlen, mesh.edges.count))
+        return false;
+    double* const lengths = s.olen->dvals;
+    over_lanes([&]<class V>() { measure_edges<V>(mesh.p, mesh.edges, lengths); });
+    return true;
+}
+
+bool has_finite_references(const PreserveStatus&, const Mesh& mesh)
+{
+    return mesh.lengths.reference == nullptr || are_finite(mesh.lengths.reference, mesh.edges.count);
+}
+
+double add_energy(PreserveStatus& s, const Mesh& mesh, double energy, Ceiling& ceiling)
+{
+    if (!mesh.lengths.exists() || !mesh.has_positions)
         return energy;
+    const Lengths term = lengths_in(s, mesh);
     return over_lanes([&]<class V>() { return add_energies<V>(term, energy, ceiling); });
 }
+
+void add_force(const PreserveStatus& s, const Mesh& mesh)
+{
+    if (!mesh.lengths.exists())
+        return;
+    const Lengths term = lengths_in(s, mesh);
+    over_lanes([&]<class V>() { add_forces<V>(term, mesh.force); });
+}
+
+} // namespace
+
+const Term kLengths = {PRESERVE_LENGTH, 0, measure_reference, has_finite_references, add_energy, add_force};
 
 } // namespace korvale::preserve
 
@@ -145,35 +161,15 @@ using namespace korvale::preserve;
 
 int PreserveInitOlen(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    if (status->edges == nullptr || !covers_mesh(status->points, *status))
-        return switch_off(*status, PRESERVE_LENGTH);
-    const EdgeList edges = edges_of(*status);
-    if (!make_room(status->olen, edges.count) || !make_room(status->nlen, edges.count))
-        return switch_off(*status, PRESERVE_LENGTH);
-    const double* const p = status->points->dvals;
-    double* const lengths = status->olen->dvals;
-    over_lanes([&]<class V>() { measure_edges<V>(p, edges, lengths); });
-    return 1;
+    return take_reference(status, kLengths);
 }
 
 int PreserveFindNlen(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    Ceiling none;
-    status->energy = add_length_energies(*status, status->energy, none);
-    return 1;
+    return find_energy_of(status, kLengths);
 }
 
 int PreserveFindEdgeLengthForce(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    Lengths term;
-    double* const force = forces_of(*status);
-    if (force != nullptr && find_lengths(*status, term))
-        over_lanes([&]<class V>() { add_forces<V>(term, force); });
-    return 1;
+    return find_force_of(status, kLengths);
 }

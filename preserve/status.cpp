@@ -116,10 +116,10 @@ int PreservePreserve(PreserveStatus* status, int which, double weight)
     if (weight <= 0.0) // a NaN passes
         return 1;
     status->flags |= which; // Deliberate: before `which` is examined
-    for (const Term& term : kTerms)
-        if (which == term.bit) {
-            status->weights[term.slot] = weight; // also of a term that cannot be measured
-            return term.init(status);
+    for (const Term* term : kTerms)
+        if (which == term->bit) {
+            status->weights[term->slot] = weight; // also of a term that cannot be measured
+            return take_reference(status, *term);
         }
     return which == 0 ? 1 : -1;
 }

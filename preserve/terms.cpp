@@ -1,33 +1,38 @@
-// The table of terms. A term lives in one file with its reference, energy and force; the record, the energy and the
-// force only walk this table, but where a trial may be given up volume and area are measured first.
+// Terms one at a time, and what they have in common.
 #include "preserve/internal/terms.h"
 
-#include "preserve/angles.h"
+#include "data/internal/record.h"
 #include "preserve/internal/connectivity.h"
-#include "preserve/internal/mesh.h"
-#include "preserve/lengths.h"
-#include "preserve/volume_area.h"
 
 namespace korvale::preserve {
 
-const Term kTerms[4] = {
-    {PRESERVE_LENGTH, 0, PreserveInitOlen, add_length_energies, PreserveFindEdgeLengthForce},
-    {PRESERVE_FACE_ANGLE, 1, PreserveInitOfang, add_angle_energies, PreserveFindFaceAngleForce},
-    {PRESERVE_VOLUME, 2, PreserveInitOvolume, add_volume_energy, PreserveFindVolumeForce},
-    {PRESERVE_AREA, 3, PreserveInitOarea, add_area_energy, PreserveFindSurfaceAreaForce},
-};
-
-double evaluate(PreserveStatus& s, double bound)
+int take_reference(PreserveStatus* status, const Term& term)
 {
-    Ceiling ceiling;
-    ceiling.bound = bound;
-    if (ceiling.has_bound())
-        measure_volume_and_area(s, s.flags, ceiling); // first: cheapest to measure, and they may reach the bound alone
-    double energy = 0.0;
-    for (const Term& term : kTerms)
-        if ((s.flags & term.bit) != 0)
-            energy = term.add_energy(s, energy, ceiling);
-    return energy;
+    if (status == nullptr)
+        return -1;
+    if (term.measure_reference(*status, mesh_of(*status, status->points)))
+        return 1;
+    status->flags &= ~term.bit;
+    return -1;
+}
+
+int find_energy_of(PreserveStatus* status, const Term& term)
+{
+    if (status == nullptr)
+        return -1;
+    Ceiling alone{term.bit};
+    status->energy = term.add_energy(*status, mesh_of(*status, status->cur_points), status->energy, alone);
+    return 1;
+}
+
+int find_force_of(PreserveStatus* status, const Term& term)
+{
+    if (status == nullptr)
+        return -1;
+    const Mesh mesh = mesh_of(*status, status->cur_points);
+    if (mesh.can_have_force())
+        term.add_force(*status, mesh);
+    return 1;
 }
 
 bool make_room(DATAstruct*& d, int32_t count)
@@ -38,16 +43,8 @@ bool make_room(DATAstruct*& d, int32_t count)
     }
     if (d->count >= count && (count == 0 || holds(*d, DATA_TYPE_DOUBLE, count)))
         return true;
-    d->dim = 1;
-    d->count = count;
-    d->type = DATA_TYPE_DOUBLE;
+    shape_as(*d, DATA_TYPE_DOUBLE, count, 1);
     return count == 0 || DATAAllocate(d) == 1;
-}
-
-int switch_off(PreserveStatus& s, int32_t bit)
-{
-    s.flags &= ~bit;
-    return -1;
 }
 
 } // namespace korvale::preserve

@@ -3,6 +3,8 @@
 // adds its forces in the order of the corners.
 #include "preserve/volume_area.h"
 
+#include <cmath>
+
 #include "math/internal/vector.h"
 #include "preserve/internal/measures.h"
 
@@ -179,28 +181,76 @@ Measures measure_faces(const double* p, const Faces& faces)
 
 /// Adds the forces of a measure that is off by `deviation`.
 template <class Rule>
-int add_rule(const PreserveStatus& s, double deviation, double weight)
+void add_rule(const Mesh& mesh, double deviation, double weight)
 {
-    double* const force = forces_of(s);
-    if (absolute(deviation) < kSmallestDeviation || force == nullptr || !covers_mesh(s.cur_points, s))
-        return 1;
-    const double* const p = s.cur_points->dvals;
-    const Faces faces = faces_of(s);
+    if (absolute(deviation) < kSmallestDeviation)
+        return;
     const Rule rule = {2.0 * weight * deviation};
-    over_lanes([&]<class V>() { add_forces<V>(p, faces, rule, force); });
-    return 1;
+    over_lanes([&]<class V>() { add_forces<V>(mesh.p, mesh.faces, rule, mesh.force); });
 }
 
-/// Measures the reference points. False where that cannot be done.
-bool measure_reference(const PreserveStatus& s, Measures& measures)
+bool can_be_measured(const Mesh& mesh)
 {
-    if (!has_faces(s) || !covers_mesh(s.points, s))
+    return mesh.has_faces && mesh.has_positions;
+}
+
+// The two terms.
+
+bool measure_reference_volume(PreserveStatus& s, const Mesh& mesh)
+{
+    if (!can_be_measured(mesh))
         return false;
-    measures = measure_faces(s.points->dvals, faces_of(s));
+    s.ovolume = measure_faces(mesh.p, mesh.faces).volume;
     return true;
 }
 
+bool measure_reference_area(PreserveStatus& s, const Mesh& mesh)
+{
+    if (!can_be_measured(mesh))
+        return false;
+    s.oarea = measure_faces(mesh.p, mesh.faces).area;
+    return true;
+}
+
+bool has_finite_volume(const PreserveStatus& s, const Mesh&)
+{
+    return std::isfinite(s.ovolume);
+}
+
+bool has_finite_area(const PreserveStatus& s, const Mesh&)
+{
+    return std::isfinite(s.oarea);
+}
+
+double add_volume_energy(PreserveStatus& s, const Mesh& mesh, double energy, Ceiling& ceiling)
+{
+    if (!ceiling.is_known)
+        measure_volume_and_area(s, mesh, ceiling);
+    return ceiling.is_known ? energy + ceiling.volume : energy;
+}
+
+double add_area_energy(PreserveStatus& s, const Mesh& mesh, double energy, Ceiling& ceiling)
+{
+    if (!ceiling.is_known)
+        measure_volume_and_area(s, mesh, ceiling);
+    return ceiling.is_known ? energy + ceiling.area : energy;
+}
+
+void add_volume_force(const PreserveStatus& s, const Mesh& mesh)
+{
+    add_rule<Pressure>(mesh, s.nvolume - s.ovolume, kVolume.weight(s));
+}
+
+void add_area_force(const PreserveStatus& s, const Mesh& mesh)
+{
+    add_rule<Tension>(mesh, s.narea - s.oarea, kArea.weight(s));
+}
+
 } // namespace
+
+const Term kVolume = {PRESERVE_VOLUME, 2, measure_reference_volume, has_finite_volume, add_volume_energy,
+                      add_volume_force};
+const Term kArea = {PRESERVE_AREA, 3, measure_reference_area, has_finite_area, add_area_energy, add_area_force};
 
 [[gnu::noinline]] void add_measures_of(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums)
 {
@@ -214,39 +264,24 @@ bool measure_reference(const PreserveStatus& s, Measures& measures)
     sums.area += length(normal);
 }
 
-void note_measures(PreserveStatus& s, int32_t terms, const Measures& measures, Ceiling& ceiling)
+void note_measures(PreserveStatus& s, const Measures& measures, Ceiling& ceiling)
 {
-    if ((terms & PRESERVE_VOLUME) != 0) {
+    if ((ceiling.terms & PRESERVE_VOLUME) != 0) {
         s.nvolume = measures.volume;
-        ceiling.volume = penalty(s.weights[2], s.nvolume - s.ovolume);
+        ceiling.volume = penalty(kVolume.weight(s), s.nvolume - s.ovolume);
     }
-    if ((terms & PRESERVE_AREA) != 0) {
+    if ((ceiling.terms & PRESERVE_AREA) != 0) {
         s.narea = measures.area;
-        ceiling.area = penalty(s.weights[3], s.narea - s.oarea);
+        ceiling.area = penalty(kArea.weight(s), s.narea - s.oarea);
     }
     ceiling.is_known = true;
 }
 
-void measure_volume_and_area(PreserveStatus& s, int32_t terms, Ceiling& ceiling)
+void measure_volume_and_area(PreserveStatus& s, const Mesh& mesh, Ceiling& ceiling)
 {
-    const Faces faces = faces_of(s);
-    if ((terms & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0 || (faces.count > 0 && !covers_mesh(s.cur_points, s)))
+    if ((ceiling.terms & (PRESERVE_VOLUME | PRESERVE_AREA)) == 0 || (mesh.faces.count > 0 && !mesh.has_positions))
         return;
-    note_measures(s, terms, faces.count > 0 ? measure_faces(s.cur_points->dvals, faces) : Measures{}, ceiling);
-}
-
-double add_volume_energy(PreserveStatus& s, double energy, Ceiling& ceiling)
-{
-    if (!ceiling.is_known)
-        measure_volume_and_area(s, s.flags, ceiling);
-    return energy + ceiling.volume;
-}
-
-double add_area_energy(PreserveStatus& s, double energy, Ceiling& ceiling)
-{
-    if (!ceiling.is_known)
-        measure_volume_and_area(s, s.flags, ceiling);
-    return energy + ceiling.area;
+    note_measures(s, mesh.faces.count > 0 ? measure_faces(mesh.p, mesh.faces) : Measures{}, ceiling);
 }
 
 } // namespace korvale::preserve
@@ -255,58 +290,30 @@ using namespace korvale::preserve;
 
 int PreserveInitOvolume(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    Measures measures;
-    if (!measure_reference(*status, measures))
-        return switch_off(*status, PRESERVE_VOLUME);
-    status->ovolume = measures.volume;
-    return 1;
+    return take_reference(status, kVolume);
 }
 
 int PreserveInitOarea(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    Measures measures;
-    if (!measure_reference(*status, measures))
-        return switch_off(*status, PRESERVE_AREA);
-    status->oarea = measures.area;
-    return 1;
+    return take_reference(status, kArea);
 }
 
 int PreserveFindNvolume(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    Ceiling energies;
-    measure_volume_and_area(*status, PRESERVE_VOLUME, energies);
-    if (energies.is_known)
-        status->energy += energies.volume;
-    return 1;
+    return find_energy_of(status, kVolume);
 }
 
 int PreserveFindNarea(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    Ceiling energies;
-    measure_volume_and_area(*status, PRESERVE_AREA, energies);
-    if (energies.is_known)
-        status->energy += energies.area;
-    return 1;
+    return find_energy_of(status, kArea);
 }
 
 int PreserveFindVolumeForce(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    return add_rule<Pressure>(*status, status->nvolume - status->ovolume, status->weights[2]);
+    return find_force_of(status, kVolume);
 }
 
 int PreserveFindSurfaceAreaForce(PreserveStatus* status)
 {
-    if (status == nullptr)
-        return -1;
-    return add_rule<Tension>(*status, status->narea - status->oarea, status->weights[3]);
+    return find_force_of(status, kArea);
 }

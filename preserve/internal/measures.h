@@ -38,7 +38,11 @@ KORVALE_OVER_LANES void add_triangles(const Triangles<V>& t, Measures& sums)
 /// Adds the measures of face f, whose first corner is `first`.
 void add_measures_of(const double* p, const Faces& faces, int32_t f, int32_t first, Measures& sums);
 
-/// Notes the measures, and their energies in `ceiling`, as far as they are switched on in `terms`.
-void note_measures(PreserveStatus& s, int32_t terms, const Measures& measures, Ceiling& ceiling);
+/// Notes the measures, and their energies in `ceiling`, as far as they are among its terms.
+void note_measures(PreserveStatus& s, const Measures& measures, Ceiling& ceiling);
+
+/// Measures volume and area as far as they are among the terms of `ceiling`, in one walk, and notes them. Nothing is
+/// noted where neither is, or there are faces but no positions.
+void measure_volume_and_area(PreserveStatus& s, const Mesh& mesh, Ceiling& ceiling);
 
 } // namespace korvale::preserve

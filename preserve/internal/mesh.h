@@ -7,39 +7,18 @@
 #include "platform/internal/wrapping.h"
 #include "preserve/status.h"
 
-// What the evaluation reads of a status, as plain pointers; what is missing or too short shows as none.
+// What this folder reads of a status, as plain pointers; what is missing or too short shows as none. An exported
+// function calls `mesh_of` in its first lines, and nothing below it asks the record what it holds.
 namespace korvale::preserve {
-
-/// The points the connectivity refers to.
-inline int32_t point_count(const PreserveStatus& s)
-{
-    return s.force != nullptr ? s.force->count : s.points->count;
-}
-
-/// Whether `points` has coordinates for the whole mesh.
-inline bool covers_mesh(const DATAstruct* points, const PreserveStatus& s)
-{
-    if (s.points == nullptr || points == nullptr)
-        return false;
-    return point_count(s) < 1 || holds(*points, DATA_TYPE_DOUBLE, components(point_count(s), 3));
-}
-
-/// The values of a measure array, or null where they are fewer than `wanted`.
-inline double* measures_in(const DATAstruct* d, int64_t wanted)
-{
-    return d != nullptr && holds(*d, DATA_TYPE_DOUBLE, wanted) ? d->dvals : nullptr;
-}
 
 struct EdgeList {
     const int32_t* ends; // [count][2] the two points of each edge
     int32_t count;
 };
 
-inline EdgeList edges_of(const PreserveStatus& s)
+inline EdgeList edges_in(const DATAstruct* edges)
 {
-    if (s.edges == nullptr || s.edges->ivals == nullptr)
-        return {nullptr, 0};
-    return {s.edges->ivals, s.edges->count};
+    return edges == nullptr || edges->ivals == nullptr ? EdgeList{nullptr, 0} : EdgeList{edges->ivals, edges->count};
 }
 
 struct Faces {
@@ -54,17 +33,6 @@ inline Faces faces_in(const DATAstruct* sizes, const DATAstruct* points)
     if (sizes == nullptr || points == nullptr)
         return {nullptr, nullptr, 0, 0};
     return {sizes->ivals, points->ivals, sizes->count, points->count};
-}
-
-/// Whether there are faces with corners at all.
-inline bool has_faces(const PreserveStatus& s)
-{
-    return s.face_sizes != nullptr && s.face_points != nullptr;
-}
-
-inline Faces faces_of(const PreserveStatus& s)
-{
-    return faces_in(s.face_sizes, s.face_points);
 }
 
 /// Where the next face starts in the list. A sum that wraps may lead anywhere; a face with corners outside is refused.
@@ -122,17 +90,32 @@ struct Tags {
     bool contain(int32_t point) const { return point < count && bytes[point] != 0; }
 };
 
-inline Tags tags_of(const PreserveStatus& s)
-{
-    if (s.tags == nullptr || !holds(*s.tags, DATA_TYPE_BYTE, s.tags->count))
-        return {nullptr, 0};
-    return {s.tags->bvals, s.tags->count};
-}
+/// A measure of all edges, or of all corners.
+struct Measure {
+    const double* reference; // or null
+    double* current;         // or null
 
-/// The force of every point, [point_count][3], or null.
-inline double* forces_of(const PreserveStatus& s)
-{
-    return s.force == nullptr ? nullptr : measures_in(s.force, components(s.force->count, 3));
-}
+    bool exists() const { return reference != nullptr && current != nullptr; }
+};
+
+/// A mesh at the positions to measure.
+struct Mesh {
+    bool has_positions; // for all points
+    bool has_edges;     // or an empty list of them
+    bool has_faces;     // or empty lists of them
+    const double* p;    // [points][3]
+    EdgeList edges;
+    Faces faces;
+    Tags tags;
+    Measure lengths; // [edges]
+    Measure cosines; // [corners]
+    double* force;   // [force_values] the force of every point, or null
+    int64_t force_values;
+
+    bool can_have_force() const { return has_positions && force != nullptr; }
+};
+
+/// The mesh of a status at `points`, its own or those to evaluate.
+Mesh mesh_of(const PreserveStatus& s, const DATAstruct* points);
 
 } // namespace korvale::preserve

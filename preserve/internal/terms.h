@@ -2,55 +2,63 @@
 
 #include <limits>
 
+#include "preserve/internal/mesh.h"
 #include "preserve/status.h"
 
-// What the solver keeps of a mesh, one row per term.
+// What the solver keeps of a mesh: one file and one row per term.
 namespace korvale::preserve {
 
-/// The bound of a trial step. The trial is given up (early exit) as soon as its energy cannot end below `bound`: what
-/// is added later is never negative, and adding such values never lowers a sum, rounded or not. `volume` and `area` are
-/// the two energies that are added last; where there is a bound they are measured first.
+/// What the terms of one evaluation share: which are measured, and the bound of a trial step. The trial is given up
+/// (early exit) as soon as its energy cannot end below `bound`: what is added later is never negative, and adding such
+/// values never lowers a sum, rounded or not. `volume` and `area` are the two energies that are added last; where there
+/// is a bound they are measured first.
 struct Ceiling {
+    int32_t terms;                                           // the bits of those measured
     double bound = std::numeric_limits<double>::quiet_NaN(); // a NaN is never reached
     double volume = 0.0, area = 0.0;
-    bool is_known = false; // volume and area are measured
+    bool is_known = false; // volume and area are measured, as far as they are among the terms
 
     bool has_bound() const { return bound == bound; }
     bool is_reached(double energy) const { return energy + volume + area >= bound; }
 };
 
+/// A term: all that the record, the energy and the force know of it.
 struct Term {
     int32_t bit; // in `flags`
     int slot;    // in `weights`
 
-    /// Takes the reference measure. Returns 1 or -1.
-    int (*init)(PreserveStatus*);
+    /// Takes the reference measure of the mesh. False where that cannot be done.
+    bool (*measure_reference)(PreserveStatus& s, const Mesh& mesh);
+
+    /// Whether the references are numbers.
+    bool (*has_finite_references)(const PreserveStatus& s, const Mesh& mesh);
 
     /// Measures the term and returns `energy` with that of every measure added in order, or some sum that has reached
     /// the ceiling.
-    double (*add_energy)(PreserveStatus& s, double energy, Ceiling& ceiling);
+    double (*add_energy)(PreserveStatus& s, const Mesh& mesh, double energy, Ceiling& ceiling);
 
-    /// Adds the forces of the term. Returns 1.
-    int (*add_force)(PreserveStatus*);
+    /// Adds the forces of the term to those of the mesh, which has positions and forces.
+    void (*add_force)(const PreserveStatus& s, const Mesh& mesh);
+
+    double weight(const PreserveStatus& s) const { return s.weights[slot]; }
 };
 
-/// In the order in which energies and forces are summed.
-extern const Term kTerms[4];
+/// Each in the file of its own: lengths.cpp, angles.cpp, and two in volume_area.cpp.
+extern const Term kLengths, kAngles, kVolume, kArea;
 
-/// The energies of the terms, as `Term::add_energy`. Those of volume and area are what the ceiling says, once they are
-/// known; where they are not, the walk over the angles takes them along.
-double add_length_energies(PreserveStatus& s, double energy, Ceiling& ceiling);
-double add_angle_energies(PreserveStatus& s, double energy, Ceiling& ceiling);
-double add_volume_energy(PreserveStatus& s, double energy, Ceiling& ceiling);
-double add_area_energy(PreserveStatus& s, double energy, Ceiling& ceiling);
+/// In the order in which energies and forces are summed. Volume and area stay last: `Ceiling` counts on it.
+inline constexpr const Term* kTerms[] = {&kLengths, &kAngles, &kVolume, &kArea};
 
-/// Measures volume and area as far as they are switched on in `terms`, in one walk, and notes their energies in
-/// `ceiling`. Nothing is noted where neither is, or there are faces but no positions.
-void measure_volume_and_area(PreserveStatus& s, int32_t terms, Ceiling& ceiling);
+// One term alone, as hosts may ask for it. Each function returns 1, or -1 for a null status.
 
-/// The energy of `s` at `cur_points`, all measures renewed; or `bound` or more as soon as that is known, with some
-/// measures left as they were.
-double evaluate(PreserveStatus& s, double bound = std::numeric_limits<double>::quiet_NaN());
+/// Measures the reference points. Returns -1 as well, and switches the term off, where that cannot be done.
+int take_reference(PreserveStatus* status, const Term& term);
+
+/// Adds the energy at `cur_points` to that of the status.
+int find_energy_of(PreserveStatus* status, const Term& term);
+
+/// Adds the forces at `cur_points`.
+int find_force_of(PreserveStatus* status, const Term& term);
 
 /// The energy of one measure, or of each lane.
 template <class V>
@@ -71,8 +79,5 @@ template <int n>
 
 /// Gives a measure array room for `count` values; it is made when missing and left alone when large enough.
 bool make_room(DATAstruct*& d, int32_t count);
-
-/// Clears the bit of a term that cannot be measured. Returns -1.
-int switch_off(PreserveStatus& s, int32_t bit);
 
 } // namespace korvale::preserve
