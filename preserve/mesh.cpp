@@ -11,13 +11,18 @@ double* doubles_of(const DATAstruct* d, int64_t wanted)
     return d != nullptr && holds(*d, DATA_TYPE_DOUBLE, wanted) ? d->dvals : nullptr;
 }
 
-/// Whether `points` has coordinates for all points that the connectivity refers to.
-bool covers(const DATAstruct* points, const PreserveStatus& s)
+/// The points that the connectivity refers to.
+int32_t point_count(const PreserveStatus& s)
 {
-    if (s.points == nullptr || points == nullptr)
-        return false;
-    const int32_t count = s.force != nullptr ? s.force->count : s.points->count;
-    return count < 1 || holds(*points, DATA_TYPE_DOUBLE, components(count, 3));
+    if (s.force != nullptr)
+        return s.force->count;
+    return s.points == nullptr ? 0 : s.points->count;
+}
+
+/// Whether `points` has coordinates for `count` points.
+bool covers(const DATAstruct* points, int32_t count)
+{
+    return points != nullptr && (count < 1 || holds(*points, DATA_TYPE_DOUBLE, components(count, 3)));
 }
 
 Tags tags_in(const DATAstruct* tags)
@@ -35,7 +40,8 @@ Mesh mesh_of(const PreserveStatus& s, const DATAstruct* points)
     const Faces faces = faces_in(s.face_sizes, s.face_points);
     const int64_t force_values = s.force == nullptr ? 0 : components(s.force->count, 3);
     Mesh mesh;
-    mesh.has_positions = covers(points, s);
+    mesh.point_count = point_count(s);
+    mesh.has_positions = s.points != nullptr && covers(points, mesh.point_count);
     mesh.has_edges = s.edges != nullptr;
     mesh.has_faces = s.face_sizes != nullptr && s.face_points != nullptr;
     mesh.p = mesh.has_positions ? points->dvals : nullptr;

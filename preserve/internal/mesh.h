@@ -100,10 +100,11 @@ struct Measure {
 
 /// A mesh at the positions to measure.
 struct Mesh {
-    bool has_positions; // for all points
-    bool has_edges;     // or an empty list of them
-    bool has_faces;     // or empty lists of them
-    const double* p;    // [points][3]
+    bool has_positions;  // for all points
+    bool has_edges;      // or an empty list of them
+    bool has_faces;      // or empty lists of them
+    int32_t point_count; // that the connectivity refers to
+    const double* p;     // [point_count][3]
     EdgeList edges;
     Faces faces;
     Tags tags;

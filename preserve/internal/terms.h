@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iterator>
 #include <limits>
 
 #include "preserve/internal/mesh.h"
@@ -48,6 +49,7 @@ extern const Term kLengths, kAngles, kVolume, kArea;
 
 /// In the order in which energies and forces are summed. Volume and area stay last: `Ceiling` counts on it.
 inline constexpr const Term* kTerms[] = {&kLengths, &kAngles, &kVolume, &kArea};
+static_assert(std::size(kTerms) == std::size(PreserveStatus{}.weights), "every term has a weight in the record");
 
 // One term alone, as hosts may ask for it. Each function returns 1, or -1 for a null status.
 
