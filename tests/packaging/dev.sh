@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # usage: dev.sh SOURCE
 # What the script `dev` says to wrong arguments, and where it puts things. Nothing is built: cmake and the packages are
-# played by stand-ins. Runs a copy of the script in a folder whose name has a space.
+# played by stand-ins. Runs a copy of the scripts in a folder whose name has a space.
 set -euo pipefail
 source=$1
 top=$(mktemp -d)
 trap 'rm -rf "$top"' EXIT
 project="$top/a project"
 mkdir -p "$project" "$top/bin" "$top/elsewhere"
-cp "$source/dev" "$project/dev"
+cp -r "$source"/{dev,packaging,tools} "$project"
 
 cat >"$top/bin/dpkg-query" <<'TEXT'
 #!/bin/sh
