@@ -73,11 +73,15 @@ std::string time_text(double nanoseconds)
 void draw_panel(Svg& drawing, const Panel& panel, const Job& job, Point corner, Point size)
 {
     Box2 range = {{1e300, 1e300}, {0, 0}};
-    for (const auto& [who, curve] : job)
-        for (const Point p : curve) {
+    for (const Who& who : kWho) {
+        const auto found = job.find(who.name);
+        if (found == job.end())
+            continue;
+        for (const Point p : found->second) {
             range.low = {std::min(range.low.x, p.x), std::min(range.low.y, p.y)};
             range.high = {std::max(range.high.x, p.x), std::max(range.high.y, p.y)};
         }
+    }
     range = {{range.low.x / 1.3, range.low.y / 2}, {range.high.x * 1.3, range.high.y * 2}};
     Plot plot(drawing, corner, size, range, Scale::ratios);
     plot.axes(panel.title, panel.x_label, count_text, time_text);
