@@ -68,8 +68,7 @@ inline bool shape_for_copy(const Data& source, Data& output, int32_t type)
 
 inline bool shape_for_copy(const DATAstruct& source, DATAstruct& output, int32_t type)
 {
-    shape_as(output, type, source.count, source.dim);
-    return serves(output, type, components(source.count, source.dim)) || allocate(output) > 0;
+    return allocate_as(output, type, source.count, source.dim);
 }
 
 inline bool shape_for_bounds(const Data& source, Data& output, int32_t type)
@@ -81,8 +80,7 @@ inline bool shape_for_bounds(const Data& source, Data& output, int32_t type)
 
 inline bool shape_for_bounds(const DATAstruct& source, DATAstruct& output, int32_t type)
 {
-    shape_as(output, type, 2, source.dim);
-    return serves(output, type, components(2, source.dim)) || allocate(output) > 0;
+    return allocate_as(output, type, 2, source.dim);
 }
 
 template <class Array>
