@@ -264,24 +264,24 @@ KORVALE_OVER_LANES void carry_by(const double (*matrix)[4], const double* from, 
 }
 
 /// Mixes from value j on, as far as whole groups go. Returns the first value not mixed.
-template <class V>
-KORVALE_OVER_LANES int64_t mix_by(const double* a, const double* b, double wa, double wb, int64_t j, int64_t n,
-                                  double* to)
+template <class V, class... Inputs>
+KORVALE_OVER_LANES int64_t mix_by(int64_t j, int64_t n, double* to, Inputs... inputs)
 {
     for (; j + width_of<V> <= n; j += width_of<V>)
-        store<V>(to + j, wa * load<V>(a + j) + wb * load<V>(b + j));
+        store<V>(to + j, mixed<V>(j, inputs...));
     return j;
 }
 
-template <class V>
-KORVALE_OVER_LANES int64_t mix_by(const double* a, const double* b, const double* c, const double* d, double wa,
-                                  double wb, double wc, double wd, int64_t j, int64_t n, double* to)
+template <class... Inputs>
+[[gnu::always_inline]] inline void mix_lists(int64_t n, double* to, Inputs... inputs)
 {
-    for (; j + width_of<V> <= n; j += width_of<V>) {
-        const V ab = wa * load<V>(a + j) + wb * load<V>(b + j);
-        store<V>(to + j, (ab + wc * load<V>(c + j)) + wd * load<V>(d + j));
+    int64_t j = 0;
+    if ((may_run_ahead(inputs.from, to, n) && ...)) {
+        if (n >= kManyValues)
+            j = over_lanes([]<class V>(auto... of) { return mix_by<V>(0, of...); }, n, to, inputs...);
+        j = mix_by<Pair>(j, n, to, inputs...);
     }
-    return j;
+    mix_by<double>(j, n, to, inputs...);
 }
 
 } // namespace
@@ -350,27 +350,14 @@ void carry_many_points(const double (*m)[4], const double* from, int64_t count, 
         carry_point(m, from + 3 * i, to + 3 * i);
 }
 
-void mix_many_values(const double* a, const double* b, double wa, double wb, int64_t n, double* to)
+void mix_many_values(int64_t n, double* to, Weighted a, Weighted b)
 {
-    int64_t j = 0;
-    if (may_run_ahead(a, to, n) && may_run_ahead(b, to, n)) {
-        if (n >= kManyValues)
-            j = over_lanes([]<class V>(auto... of) { return mix_by<V>(of...); }, a, b, wa, wb, 0, n, to);
-        j = mix_by<Pair>(a, b, wa, wb, j, n, to);
-    }
-    mix_by<double>(a, b, wa, wb, j, n, to);
+    mix_lists(n, to, a, b);
 }
 
-void mix_many_values(const double* a, const double* b, const double* c, const double* d, double wa, double wb,
-                     double wc, double wd, int64_t n, double* to)
+void mix_many_values(int64_t n, double* to, Weighted a, Weighted b, Weighted c, Weighted d)
 {
-    int64_t j = 0;
-    if (may_run_ahead(a, to, n) && may_run_ahead(b, to, n) && may_run_ahead(c, to, n) && may_run_ahead(d, to, n)) {
-        if (n >= kManyValues)
-            j = over_lanes([]<class V>(auto... of) { return mix_by<V>(of...); }, a, b, c, d, wa, wb, wc, wd, 0, n, to);
-        j = mix_by<Pair>(a, b, c, d, wa, wb, wc, wd, j, n, to);
-    }
-    mix_by<double>(a, b, c, d, wa, wb, wc, wd, j, n, to);
+    mix_lists(n, to, a, b, c, d);
 }
 
 } // namespace korvale::data

@@ -154,6 +154,15 @@ template <class Array>
     return copy_kind(*source, *output, source->type);
 }
 
+/// An array of a mix and its weight.
+template <class Array>
+struct Input {
+    const Array* array;
+    double weight;
+
+    Weighted values() const { return {array->dvals, weight}; }
+};
+
 /// The hot path of a mix: the number of doubles in each array, when all are of one shape and complete, the output
 /// included; else 0.
 template <class Array, class... Arrays>
@@ -167,63 +176,33 @@ template <class Array, class... Arrays>
     return n > 0 && (is_like(others) && ...) ? n : 0;
 }
 
-/// The cold path of a mix: shapes the output. True where doubles are now to be mixed, else `result` is that of the
-/// call.
-template <class Array, size_t N>
-[[gnu::noinline]] bool prepare_mix(const Array* const (&inputs)[N], Array* output, int& result)
+/// The cold path of a mix: shapes the output. Its arguments come in the order of those of the exported functions, so
+/// they stay in their registers.
+template <class Array, class... Others>
+[[gnu::noinline]] int mix_into_another(Input<Array> first, Others... others, Array* output)
 {
-    result = -1;
-    if (output == nullptr)
-        return false;
-    for (const Array* input : inputs)
-        if (input == nullptr || !same_shape(*inputs[0], *input) || !is_readable(*input))
-            return false;
-    const Array& a = *inputs[0];
+    const auto is_like_first = [=](const Array* d) {
+        return d != nullptr && same_shape(*first.array, *d) && is_readable(*d);
+    };
+    if (output == nullptr || first.array == nullptr || !is_readable(*first.array) ||
+        !(is_like_first(others.array) && ...))
+        return -1;
+    const Array& a = *first.array;
     if (!shape_for_mix(a, *output))
-        return false;
-    result = is_known_kind(a) ? -1 : 1;
-    return a.type == DATA_TYPE_DOUBLE;
-}
-
-template <class Array>
-[[gnu::noinline]] int mix_into_another(const Array* a, const Array* b, double wa, double wb, Array* output)
-{
-    int result;
-    if (!prepare_mix({a, b}, output, result))
-        return result;
-    mix_values(a->dvals, b->dvals, wa, wb, components(a->count, a->dim), output->dvals);
+        return -1;
+    if (a.type != DATA_TYPE_DOUBLE)
+        return is_known_kind(a) ? -1 : 1;
+    mix_values(components(a.count, a.dim), output->dvals, first.values(), others.values()...);
     return 1;
 }
 
-template <class Array>
-[[gnu::always_inline]] inline int mix(const Array* a, const Array* b, double wa, double wb, Array* output)
+template <class Array, class... Others>
+[[gnu::always_inline]] inline int mix(Array* output, Input<Array> first, Others... others)
 {
-    const int64_t n = doubles_to_mix(a, b, output);
+    const int64_t n = doubles_to_mix<Array>(first.array, others.array..., output);
     if (n == 0)
-        return mix_into_another(a, b, wa, wb, output);
-    mix_values(a->dvals, b->dvals, wa, wb, n, output->dvals);
-    return 1;
-}
-
-template <class Array>
-[[gnu::noinline]] int mix_four_into_another(const Array* a, const Array* b, const Array* c, const Array* d, double wa,
-                                            double wb, double wc, double wd, Array* output)
-{
-    int result;
-    if (!prepare_mix({a, b, c, d}, output, result))
-        return result;
-    mix_values(a->dvals, b->dvals, c->dvals, d->dvals, wa, wb, wc, wd, components(a->count, a->dim), output->dvals);
-    return 1;
-}
-
-template <class Array>
-[[gnu::always_inline]] inline int mix_four(const Array* a, const Array* b, const Array* c, const Array* d, double wa,
-                                           double wb, double wc, double wd, Array* output)
-{
-    const int64_t n = doubles_to_mix(a, b, c, d, output);
-    if (n == 0)
-        return mix_four_into_another(a, b, c, d, wa, wb, wc, wd, output);
-    mix_values(a->dvals, b->dvals, c->dvals, d->dvals, wa, wb, wc, wd, n, output->dvals);
+        return mix_into_another<Array, Others...>(first, others..., output);
+    mix_values(n, output->dvals, first.values(), others.values()...);
     return 1;
 }
 
@@ -330,23 +309,24 @@ int DATACopy(DATAstruct* source, DATAstruct* output)
 
 int DataMix(Data* a, Data* b, double wa, double wb, Data* output)
 {
-    return mix(a, b, wa, wb, output);
+    return mix(output, Input<Data>{a, wa}, Input<Data>{b, wb});
 }
 
 int DATAMix(DATAstruct* a, DATAstruct* b, double wa, double wb, DATAstruct* output)
 {
-    return mix(a, b, wa, wb, output);
+    return mix(output, Input<DATAstruct>{a, wa}, Input<DATAstruct>{b, wb});
 }
 
 int Data4Mix(Data* a, Data* b, Data* c, Data* d, double wa, double wb, double wc, double wd, Data* output)
 {
-    return mix_four(a, b, c, d, wa, wb, wc, wd, output);
+    return mix(output, Input<Data>{a, wa}, Input<Data>{b, wb}, Input<Data>{c, wc}, Input<Data>{d, wd});
 }
 
 int DATA4Mix(DATAstruct* a, DATAstruct* b, DATAstruct* c, DATAstruct* d, double wa, double wb, double wc, double wd,
              DATAstruct* output)
 {
-    return mix_four(a, b, c, d, wa, wb, wc, wd, output);
+    return mix(output, Input<DATAstruct>{a, wa}, Input<DATAstruct>{b, wb}, Input<DATAstruct>{c, wc},
+               Input<DATAstruct>{d, wd});
 }
 
 int DataBounds(Data* source, Data* output)

@@ -98,32 +98,34 @@ void carry_many_points(const double (*m)[4], const double* from, int64_t count, 
         carry_point(m, from + 3 * i, to + 3 * i);
 }
 
-/// Fewer values than these are mixed inline: a call with its choice of lanes takes longer. Measured.
-constexpr int64_t kFewValues = 6, kFewValuesOfFour = 13;
+/// Values of a mix and their weight, passed in two registers.
+struct Weighted {
+    const double* from;
+    double weight;
+};
 
-void mix_many_values(const double* a, const double* b, double wa, double wb, int64_t n, double* to);
-
-/// to = wa * a + wb * b.
-[[gnu::always_inline]] inline void mix_values(const double* a, const double* b, double wa, double wb, int64_t n,
-                                              double* to)
+/// The weighted sum of the values from j on, one sum per lane, added from the first list to the last: for four lists
+/// ((wa a + wb b) + wc c) + wd d.
+template <class V, class... Others>
+KORVALE_OVER_LANES V mixed(int64_t j, Weighted first, Others... others)
 {
-    if (n >= kFewValues)
-        return mix_many_values(a, b, wa, wb, n, to);
-    for (int64_t j = 0; j < n; ++j)
-        to[j] = wa * a[j] + wb * b[j];
+    V sum = first.weight * load<V>(first.from + j);
+    ((sum = sum + others.weight * load<V>(others.from + j)), ...);
+    return sum;
 }
 
-void mix_many_values(const double* a, const double* b, const double* c, const double* d, double wa, double wb,
-                     double wc, double wd, int64_t n, double* to);
+void mix_many_values(int64_t n, double* to, Weighted a, Weighted b);
+void mix_many_values(int64_t n, double* to, Weighted a, Weighted b, Weighted c, Weighted d);
 
-/// to = ((wa * a + wb * b) + wc * c) + wd * d.
-[[gnu::always_inline]] inline void mix_values(const double* a, const double* b, const double* c, const double* d,
-                                              double wa, double wb, double wc, double wd, int64_t n, double* to)
+/// Writes n weighted sums, of two lists or four. Few are mixed inline: a call with its choice of lanes takes longer.
+template <class... Inputs>
+[[gnu::always_inline]] inline void mix_values(int64_t n, double* to, Inputs... inputs)
 {
-    if (n >= kFewValuesOfFour)
-        return mix_many_values(a, b, c, d, wa, wb, wc, wd, n, to);
+    constexpr int64_t kFew = sizeof...(inputs) == 2 ? 6 : 13; // measured
+    if (n >= kFew)
+        return mix_many_values(n, to, inputs...);
     for (int64_t j = 0; j < n; ++j)
-        to[j] = ((wa * a[j] + wb * b[j]) + wc * c[j]) + wd * d[j];
+        to[j] = mixed<double>(j, inputs...);
 }
 
 } // namespace korvale::data
