@@ -62,10 +62,9 @@ const korvale_equations& require_equations(const korvale_equations* equations)
     return *equations;
 }
 
-void require_name(std::string_view name)
+bool is_name(std::string_view name)
 {
-    if (name.empty() || name.size() > kLongestName || !std::ranges::all_of(name, is_letter))
-        throw Refusal("a name", Text() << "be 1 to " << kLongestName << " letters", Text() << "it is " << quoted(name));
+    return !name.empty() && name.size() <= kLongestName && std::ranges::all_of(name, is_letter);
 }
 
 int32_t require_variable(const EquationSystem& es, const char* name)
@@ -146,9 +145,11 @@ void declare(EquationSystem& es, const char* names, bool is_reserved)
         while (*at != '\0' && !is_blank(*at))
             ++at;
         const std::string_view name(first, static_cast<size_t>(at - first));
-        require_name(name);
+        if (!is_name(name))
+            throw Refusal("names", Text() << "be 1 to " << kLongestName << " letters each",
+                          Text() << quoted(name) << " is among them");
         if (find_function(es, as_word(name)) >= 0)
-            throw Refusal("a name", "be no function's", Text() << quoted(name) << " is one");
+            throw Refusal("names", "be no functions'", Text() << quoted(name) << " is one");
     }
     if (EqParseVariables(&es, const_cast<char*>(names), is_reserved) < 0) // which only reads them
         throw std::bad_alloc();
@@ -221,7 +222,8 @@ void add_function(korvale_equations& equations, const char* name, int32_t argume
 {
     EquationSystem& es = equations.record;
     require(name, "name");
-    require_name(name);
+    if (!is_name(name))
+        throw Refusal("name", Text() << "be 1 to " << kLongestName << " letters", Text() << "it is " << quoted(name));
     if (find_function(es, word_of(name)) >= 0 || find_variable(es, word_of(name)) >= 0)
         throw Refusal("name", "be new", Text() << quoted(name) << " is a function or a variable");
     if (arguments < 0 || arguments > 2)

@@ -150,9 +150,51 @@ constexpr Advice kSigns[] = {
 
 /// Names that people know from elsewhere, in small letters.
 constexpr Advice kNames[] = {
-    {"ln", "LOG(x)"},        {"pow", "x ^ y"},      {"abs", "SQRT(x * x)"},
-    {"fabs", "SQRT(x * x)"}, {"arcsin", "ASIN(x)"}, {"arccos", "ACOS(x)"},
-    {"arctan", "ATAN(x)"},   {"random", "RAND"},    {"rnd", "RAND"},
+    {"ln", "write LOG(x)"},
+    {"log10", "write LOG(x) / LOG(10)"},
+    {"log2", "write LOG(x) / LOG(2)"},
+    {"pow", "write x ^ y"},
+    {"sqr", "write x * x"},
+    {"cbrt", "write x ^ (1 / 3)"},
+    {"hypot", "write SQRT(x * x + y * y)"},
+    {"abs", "write SQRT(x * x)"},
+    {"fabs", "write SQRT(x * x)"},
+    {"sign", "write x / SQRT(x * x)"},
+    {"sgn", "write x / SQRT(x * x)"},
+    {"max", "write (a + b + SQRT((a - b) * (a - b))) / 2"},
+    {"fmax", "write (a + b + SQRT((a - b) * (a - b))) / 2"},
+    {"maximum", "write (a + b + SQRT((a - b) * (a - b))) / 2"},
+    {"min", "write (a + b - SQRT((a - b) * (a - b))) / 2"},
+    {"fmin", "write (a + b - SQRT((a - b) * (a - b))) / 2"},
+    {"minimum", "write (a + b - SQRT((a - b) * (a - b))) / 2"},
+    {"mix", "write a + (b - a) * t"},
+    {"lerp", "write a + (b - a) * t"},
+    {"sinh", "write (EXP(x) - EXP(0 - x)) / 2"},
+    {"cosh", "write (EXP(x) + EXP(0 - x)) / 2"},
+    {"tanh", "write 1 - 2 / (EXP(2 * x) + 1)"},
+    {"arcsin", "write ASIN(x)"},
+    {"arccos", "write ACOS(x)"},
+    {"arctan", "write ATAN(x)"},
+    {"atan2", "write (y ANGLE x)"},
+    {"arctan2", "write (y ANGLE x)"},
+    {"radians", "write x * PI / 180"},
+    {"degrees", "write x * 180 / PI"},
+    {"random", "write RAND"},
+    {"rnd", "write RAND"},
+    {"floor", "add a function of that name"},
+    {"ceil", "add a function of that name"},
+    {"round", "add a function of that name"},
+    {"trunc", "add a function of that name"},
+    {"int", "add a function of that name"},
+    {"mod", "add a function of that name"},
+    {"fmod", "add a function of that name"},
+    {"clamp", "add a function of that name"},
+    {"step", "add a function of that name"},
+    {"if", "there are no conditions"},
+    {"where", "there are no conditions"},
+    {"and", "there is no logic"},
+    {"or", "there is no logic"},
+    {"not", "there is no logic"},
 };
 
 char in_small(char c)
@@ -171,7 +213,7 @@ std::string_view name_at(const DATAstruct& names, int32_t i)
     return {slot, strnlen(slot, kLongestName)};
 }
 
-/// The name that differs in capitals alone, or else the one that is written here.
+/// The name that differs in capitals alone.
 std::string_view spelling_of(const EquationSystem& record, std::string_view word)
 {
     for (int32_t f = 0; f < function_count(record); ++f)
@@ -180,6 +222,12 @@ std::string_view spelling_of(const EquationSystem& record, std::string_view word
     for (int32_t v = 0; v < named_count(record); ++v)
         if (is_same_but_for_capitals(name_at(*record.var_names, v), word))
             return name_at(*record.var_names, v);
+    return {};
+}
+
+/// What to write for a name that other languages have.
+std::string_view advice_of_others(std::string_view word)
+{
     for (const Advice& known : kNames)
         if (is_same_but_for_capitals(known.sign, word))
             return known.text;
@@ -362,7 +410,9 @@ private:
     {
         Text advice;
         if (const std::string_view known = spelling_of(record_, name); !known.empty())
-            advice << ": write " << known << (is_same_but_for_capitals(known, name) ? ", capitals count" : "");
+            advice << ": write " << known << ", capitals count";
+        else if (const std::string_view other = advice_of_others(name); !other.empty())
+            advice << ": " << other;
         return advice;
     }
 
@@ -425,17 +475,18 @@ private:
     {
         const size_t end = skip(at, is_letter), last = std::min(end, at + kLongestName);
         const std::string_view word = text_.substr(at, last - at);
+        const std::string_view with_digits = text_.substr(at, skip(end, is_number_part) - at);
         int32_t function = -1;
         const Kind kind = kind_of(word, function);
-        if (kind == Kind::unknown)
+        if (const std::string_view other = advice_of_others(with_digits); with_digits != word && !other.empty())
+            note(at, with_digits, Text() << quoted(with_digits) << " is no function: " << other); // "log10"
+        else if (kind == Kind::unknown)
             note(at, word, Text() << quoted(word) << " is neither a variable nor a function" << advice_for(word));
         else if (last < end)
             note(at, text_.substr(at, end - at), "names have at most 12 letters");
         else if ((kind == Kind::one_argument || kind == Kind::two_arguments) && end < text_.size() &&
-                 is_number_part(text_[end])) {
-            const std::string_view all = text_.substr(at, skip(end, is_number_part) - at);
-            note(at, all, Text() << quoted(all) << " is no name: names have letters only");
-        }
+                 is_number_part(text_[end]))
+            note(at, with_digits, Text() << quoted(with_digits) << " is no name: names have letters only");
         size_t next = end;
         if (kind == Kind::one_argument)
             prefix(at, word);

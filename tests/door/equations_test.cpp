@@ -123,9 +123,9 @@ TEST(DoorEquations, RefuseArgumentsByName)
     korvale_equations* const none = nullptr;
     const auto text = [](auto call) { return sentence_of(KORVALE_BAD_ARGUMENT, call); };
     EXPECT_EQ(text([&](auto* x) { return korvale_equations_declare(e, "good x1", 0, x); }),
-              "korvale_equations_declare: a name must be 1 to 12 letters, but it is \"x1\"");
+              "korvale_equations_declare: names must be 1 to 12 letters each, but \"x1\" is among them");
     EXPECT_EQ(text([&](auto* x) { return korvale_equations_declare(e, "good SIN", 0, x); }),
-              "korvale_equations_declare: a name must be no function's, but \"SIN\" is one");
+              "korvale_equations_declare: names must be no functions', but \"SIN\" is one");
     EXPECT_EQ(korvale_equations_variables(e), 5); // "good" neither
     EXPECT_EQ(text([&](auto* x) { return korvale_equations_set(e, "q", 1, x); }),
               "korvale_equations_set: name must be a variable, but \"q\" is none");
@@ -366,6 +366,15 @@ TEST(DoorEquations, RefuseWhatTheLanguageDoesNotHave)
         {"h = sin(x)", {4, "sin", "\"sin\" is neither a variable nor a function: write SIN, capitals count"}},
         {"h = pi", {4, "pi", "\"pi\" is neither a variable nor a function: write PI, capitals count"}},
         {"h = abs(x)", {4, "abs", "\"abs\" is neither a variable nor a function: write SQRT(x * x)"}},
+        {"h = MAX(x, y)",
+         {4, "MAX", "\"MAX\" is neither a variable nor a function: write (a + b + SQRT((a - b) * (a - b))) / 2"}},
+        {"h = min(x, y)",
+         {4, "min", "\"min\" is neither a variable nor a function: write (a + b - SQRT((a - b) * (a - b))) / 2"}},
+        {"h = FLOOR(x)", {4, "FLOOR", "\"FLOOR\" is neither a variable nor a function: add a function of that name"}},
+        {"h = sign(x)", {4, "sign", "\"sign\" is neither a variable nor a function: write x / SQRT(x * x)"}},
+        {"h = log10(x)", {4, "log10", "\"log10\" is no function: write LOG(x) / LOG(10)"}},
+        {"h = ATAN2(y, x)", {4, "ATAN2", "\"ATAN2\" is no function: write (y ANGLE x)"}},
+        {"h = if(x, y)", {4, "if", "\"if\" is neither a variable nor a function: there are no conditions"}},
         {"h = x < y", {6, "<", "\"<\"" + no + "there are no comparisons"}},
         {"h = x <= y", {6, "<=", "\"<=\"" + no + "there are no comparisons"}},
         {"x <= y", {2, "<=", "\"<=\"" + no + "there are no comparisons"}},
@@ -393,6 +402,31 @@ TEST(DoorEquations, RefuseWhatTheLanguageDoesNotHave)
         EXPECT_EQ(refusal(e, c.text), c.expected) << c.text;
     EXPECT_EQ(korvale_equations_count(e), 0);
     EXPECT_EQ(e.record()->equations->count, 0);
+}
+
+TEST(DoorEquations, ComputeWhatTheyAdviseForFunctionsThatAreNotThere)
+{
+    Handle e("h x y a b t");
+    const auto value = [&](const char* text) { return e.evaluate(e.add(text)); };
+    e.set("a", 3);
+    e.set("b", -5);
+    EXPECT_EQ(value("h = (a + b + SQRT((a - b) * (a - b))) / 2"), 3);
+    EXPECT_EQ(value("h = (a + b - SQRT((a - b) * (a - b))) / 2"), -5);
+    e.set("t", 0.25);
+    EXPECT_EQ(value("h = a + (b - a) * t"), 1);
+    e.set("x", -2);
+    EXPECT_EQ(value("h = x / SQRT(x * x)"), -1);
+    EXPECT_DOUBLE_EQ(value("h = (EXP(x) - EXP(0 - x)) / 2"), std::sinh(-2));
+    EXPECT_DOUBLE_EQ(value("h = (EXP(x) + EXP(0 - x)) / 2"), std::cosh(-2));
+    EXPECT_DOUBLE_EQ(value("h = 1 - 2 / (EXP(2 * x) + 1)"), std::tanh(-2));
+    e.set("y", 3);
+    EXPECT_EQ(value("h = (y ANGLE x)"), std::atan2(3.0, -2.0));
+    e.set("x", 0);
+    EXPECT_EQ(value("h = x / SQRT(x * x)"), 0);
+    e.set("x", 1000);
+    EXPECT_DOUBLE_EQ(value("h = LOG(x) / LOG(10)"), 3);
+    EXPECT_DOUBLE_EQ(value("h = LOG(x) / LOG(2)"), std::log2(1000));
+    EXPECT_DOUBLE_EQ(value("h = x ^ (1 / 3)"), 10);
 }
 
 // `ANGLE(a + 1, b)` would be a ANGLE (1 + b), `2 + ANGLE(a, b)` lacks an operand, `ADD(a, b) * 2` would be a + b * 2.
@@ -656,7 +690,7 @@ TEST(DoorFunctions, RefuseWhatIsNone)
     const std::string function = "korvale_equations_function: ";
     EXPECT_EQ(text("x", 0, five), function + "name must be new, but \"x\" is a function or a variable");
     EXPECT_EQ(text("SIN", 0, five), function + "name must be new, but \"SIN\" is a function or a variable");
-    EXPECT_EQ(text("x1", 0, five), function + "a name must be 1 to 12 letters, but it is \"x1\"");
+    EXPECT_EQ(text("x1", 0, five), function + "name must be 1 to 12 letters, but it is \"x1\"");
     EXPECT_EQ(text("F", 3, five), function + "arguments must be 0, 1 or 2, but it is 3");
     EXPECT_EQ(text("F", 0, nullptr), function + "function must be given, but it is null");
     EXPECT_EQ(text(nullptr, 0, five), function + "name must be given, but it is null");

@@ -279,13 +279,13 @@ TEST(FaceEquations, SayWhatTheyRefuse)
 {
     Equations e = drum();
     EXPECT_EQ(refusal_of([&] { e.declare("good x1"); }),
-              "Equations::declare: a name must be 1 to 12 letters, but it is \"x1\"");
+              "Equations::declare: names must be 1 to 12 letters each, but \"x1\" is among them");
     EXPECT_EQ(refusal_of([&] { e.declare(std::string_view("x\0y", 3)); }),
-              "Equations::declare: a name must be 1 to 12 letters, but it is \"x?y\"");
+              "Equations::declare: names must be 1 to 12 letters each, but \"x?y\" is among them");
     EXPECT_EQ(refusal_of([&] { e.get(std::string_view("r\0", 2)); }),
               "Equations::get: name must be a variable, but \"r?\" is none");
     EXPECT_EQ(refusal_of([&] { e.declare("SIN"); }),
-              "Equations::declare: a name must be no function's, but \"SIN\" is one");
+              "Equations::declare: names must be no functions', but \"SIN\" is one");
     EXPECT_EQ(refusal_of([&] { e.set("q", 1); }), "Equations::set: name must be a variable, but \"q\" is none");
     EXPECT_EQ(refusal_of([&] { e.evaluate(0); }),
               "Equations::evaluate: equation must be the number of one of 0 equations, but it is 0");
