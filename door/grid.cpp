@@ -38,6 +38,7 @@ struct korvale_grid {
     Data record;                             // borrows the triangles
     mutable RayStatus status;                // of borrowed triangles, and of owned ones once it is asked for
     mutable std::atomic<int64_t> open = -1;  // edges, once they have been counted
+    mutable std::atomic<int64_t> first_open; // an open one, as its two corners
 };
 
 namespace korvale::door {
@@ -315,27 +316,42 @@ bool meets_any(const korvale_grid& grid, const Ray& ray, const double* direction
     return meeting.count > 0 && meeting.distance <= reach;
 }
 
-/// The edges of an odd number of triangles, counted at the first call.
-int64_t count_open(const korvale_grid& grid)
+/// Counts the edges of an odd number of triangles at the first call.
+FaultyEdges find_open(const korvale_grid& grid, const Telling& telling)
 {
     if (const int64_t counted = grid.open; counted >= 0)
-        return counted;
+        return {counted, static_cast<int32_t>(grid.first_open >> 32), static_cast<int32_t>(grid.first_open)};
     const size_t n = 3 * static_cast<size_t>(grid.count);
-    const Vector<int32_t> place = first_at_place({reinterpret_cast<const Point*>(grid.triangles), n});
+    const Vector<int32_t> place =
+        first_at_place({reinterpret_cast<const Point*>(grid.triangles), n}, telling.part(0.0, 0.0));
     FaceEdges edges(n);
     for (size_t t = 0; t < n; t += 3)
         edges.add_face(3, [&](int64_t k) { return place[t + static_cast<size_t>(k)]; });
-    int64_t open = 0;
-    edges.for_each([&](const FaceEdge& edge) { open += edge.is_open(); });
-    return grid.open = open;
+    FaultyEdges open;
+    const auto visit = [&](const FaceEdge& edge) {
+        if (edge.is_open())
+            open.add(edge);
+    };
+    edges.for_each(visit, telling.part(0.0, 0.0));
+    grid.first_open = int64_t{open.low} << 32 | open.high;
+    grid.open = open.count;
+    return open;
 }
 
 /// Refuses triangles that have no inside.
-void require_closed(const korvale_grid& grid)
+void require_closed(const korvale_grid& grid, const Telling& telling)
 {
-    if (const int64_t open = count_open(grid); open > 0)
-        throw Refusal("grid", "be of closed meshes",
-                      Text() << counted(open, "edge") << (open == 1 ? " is" : " are") << " open");
+    const FaultyEdges open = find_open(grid, telling);
+    if (open.count == 0)
+        return;
+    const auto number = [&](int32_t corner) {
+        return grid.corners.empty() ? corner : grid.corners[static_cast<size_t>(corner)];
+    };
+    const auto [from, to] = std::minmax({number(open.low), number(open.high)});
+    const Text place = open.place(grid.corners.empty() ? "corners" : "points", from, to);
+    throw Refusal("grid", "be of closed meshes",
+                  Text() << counted(open.count, "edge") << (open.count == 1 ? " is" : " are") << " open"
+                         << std::string_view(place));
 }
 
 /// Whether a point is inside, by the parity of what a ray meets.
@@ -507,7 +523,7 @@ korvale_status korvale_grid_contains(const korvale_grid* grid, const korvale_poi
         require(grid, "grid");
         require(inside, "inside");
         const PointsIn at(points, "points");
-        require_closed(*grid);
+        require_closed(*grid, {progress, user});
         for_each_ray(at.size(), {progress, user},
                      [&](int64_t i) { inside[i] = is_inside(*grid, at[i].data()) ? 1 : 0; });
     });

@@ -98,19 +98,23 @@ void require_volume(const korvale_relaxer& r)
         edges.add_face(n, [&](int64_t k) { return place[static_cast<size_t>(corner[k])]; });
         corner += n;
     }
-    int64_t open = 0, turned = 0;
+    FaultyEdges open, turned;
     edges.for_each([&](const FaceEdge& edge) {
-        open += edge.is_open();
-        turned += edge.is_turned();
+        if (edge.is_open())
+            open.add(edge);
+        else if (edge.is_turned())
+            turned.add(edge);
     });
-    if (open > 0)
+    if (open.count > 0)
         throw Refusal("measure", "be one that the mesh has",
-                      Text() << "a volume is that of a closed mesh, and " << counted(open, "edge")
-                             << (open == 1 ? " is" : " are") << " open");
-    if (turned > 0)
+                      Text() << "a volume is that of a closed mesh, and " << counted(open.count, "edge")
+                             << (open.count == 1 ? " is" : " are") << " open"
+                             << std::string_view(open.place("points", open.low, open.high)));
+    if (turned.count > 0)
         throw Refusal("measure", "be one that the mesh has",
-                      Text() << "a volume is that of a mesh turned one way, and at " << counted(turned, "edge")
-                             << " faces are turned two ways");
+                      Text() << "a volume is that of a mesh turned one way, and faces are turned two ways at "
+                             << counted(turned.count, "edge")
+                             << std::string_view(turned.place("points", turned.low, turned.high)));
 }
 
 // Moving points.

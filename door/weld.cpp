@@ -21,8 +21,10 @@ uint64_t hash_of(const Point& p)
 
 } // namespace
 
-Vector<int32_t> first_at_place(std::span<const Point> points)
+Vector<int32_t> first_at_place(std::span<const Point> points, const Telling& telling)
 {
+    constexpr int32_t kQuestion = 1 << 16; // points between two questions
+    Asking asking(telling, kQuestion);
     const size_t mask = std::bit_ceil(2 * points.size() + 2) - 1;
     Vector<int32_t> table(mask + 1, -1), first(points.size());
     for (size_t i = 0; i < points.size(); ++i) {
@@ -32,6 +34,7 @@ Vector<int32_t> first_at_place(std::span<const Point> points)
         if (table[at] < 0)
             table[at] = static_cast<int32_t>(i);
         first[i] = table[at];
+        asking.step(static_cast<double>(i) / static_cast<double>(points.size()));
     }
     return first;
 }

@@ -5,6 +5,6 @@
 namespace korvale::door {
 
 /// For each point the number of the first one at exactly its place.
-Vector<int32_t> first_at_place(std::span<const Point> points);
+Vector<int32_t> first_at_place(std::span<const Point> points, const Telling& telling = {});
 
 } // namespace korvale::door

@@ -9,7 +9,7 @@ import numpy
 
 from . import _input, _korvale, _records
 from ._errors import refuse
-from ._progress import Progress
+from ._progress import Progress, told
 from ._types import (
     Doubles, FacesLike, Ints, MeshLike, Number, PointLike, PointsLike, ProgressLike, Truths, Wanted, WantedInts,
 )
@@ -65,17 +65,6 @@ class RayGrid:
     def __init__(self, mesh: MeshLike, triangles: FacesLike | None = None, *,
                  cells: Iterable[SupportsIndex] | None = None, copy: bool = True,
                  progress: ProgressLike = None) -> None:
-        self._faces: Ints | None = None
-        self._numbers: Ints | None = None
-        if triangles is not None or _input.is_mesh(mesh):
-            vertices, sizes, numbers = _input.mesh(mesh, triangles, "RayGrid")
-            if sizes is not None:
-                numbers, self._faces = _korvale.fans(sizes, numbers)
-            corners = _korvale.gathered(vertices, numbers)
-            self._numbers = numpy.array(numbers).reshape(-1, 3)
-            copy = True
-        else:
-            corners = _input.corners(mesh, "RayGrid", "mesh")
         size: tuple[int, int, int] | None = None
         if cells is not None:
             counts = [_input.count(n, "RayGrid", "cells", 1)
@@ -83,12 +72,22 @@ class RayGrid:
             if len(counts) != 3:
                 raise refuse("RayGrid", "cells", "be three numbers", f"there are {len(counts)}")
             size = (counts[0], counts[1], counts[2])
-        if progress is None:
-            self._grid = _korvale.Grid(corners, size, not copy, None)
+        is_copied = _input.flag(copy, "RayGrid", "copy")
+        self._faces: Ints | None = None
+        self._numbers: Ints | None = None
+        if triangles is not None or _input.is_mesh(mesh):
+            if not is_copied:
+                raise refuse("RayGrid", "copy", "be True for triangles on shared vertices", "it is False")
+            vertices, sizes, numbers = _input.mesh(mesh, triangles, "RayGrid")
+            if sizes is not None:
+                numbers, self._faces = _korvale.fans(sizes, numbers)
+            self._numbers = numpy.array(numbers).reshape(-1, 3)
+            self._grid = told(progress, "RayGrid",
+                              lambda report: _korvale.Grid.of_mesh(vertices, numbers, size, report))
         else:
-            with Progress(progress, 1000) as report:
-                self._grid = _korvale.Grid(corners, size, not copy, report)
-                report(1000)
+            corners = _input.corners(mesh, "RayGrid", "mesh")
+            self._grid = told(progress, "RayGrid",
+                              lambda report: _korvale.Grid(corners, size, not is_copied, report))
 
     @property
     def cells(self) -> tuple[int, int, int]:
@@ -112,18 +111,11 @@ class RayGrid:
     def nearest(self, origin: PointLike, direction: PointLike) -> RayHit | None:
         """The nearest triangle on a ray, or None; the one with the least number of several at one distance."""
         hit = self._grid.nearest(*_ray(origin, direction, "RayGrid.nearest"))
-        return None if hit is None else self._hit(hit)
-
-    def _hit(self, hit: Any) -> RayHit:
-        if self._numbers is None:
-            return RayHit(*hit)
-        distance, triangle, _, weights = hit
-        first, second, third = self._numbers[triangle].tolist()
-        return RayHit(distance, triangle, (first, second, third), weights)
+        return None if hit is None else RayHit(*hit)
 
     def hits(self, origin: PointLike, direction: PointLike) -> list[RayHit]:
         """All triangles on a ray, nearest first; those at one distance by their numbers."""
-        return [self._hit(hit) for hit in self._grid.hits(*_ray(origin, direction, "RayGrid.hits"))]
+        return [RayHit(*hit) for hit in self._grid.hits(*_ray(origin, direction, "RayGrid.hits"))]
 
     def count(self, origin: PointLike, direction: PointLike) -> int:
         """The number of triangles that a ray meets: odd from inside a closed mesh.
@@ -149,7 +141,7 @@ class RayGrid:
         name = "RayGrid.contains"
         at = _input.finite(_input.points(points, name, "points"), name, "points")
         inside = numpy.zeros(len(at), bool)
-        with Progress(progress, len(at)) as report:
+        with Progress(progress, len(at), name) as report:
             for first, last in report.parts(_POINTS):
                 self._grid.contains(at, inside, first, last)
         return inside
@@ -182,7 +174,7 @@ class RayGrid:
         for column, result in columns.items():
             if places[column] is not result:
                 places[column][...] = result  # of rays that are not reached it stays
-        with Progress(progress, n) as report:
+        with Progress(progress, n, name) as report:
             for first, last in report.parts(_CHUNK):
                 self._grid.cast(start, along, places["distances"], places["triangles"], places["counts"],
                                 places["weights"], first, last)
@@ -207,9 +199,12 @@ class RayGrid:
 
 
 def _restored(corners: Doubles, cells: tuple[int, int, int], faces: Ints | None, numbers: Ints | None) -> RayGrid:
-    grid = RayGrid(corners, cells=cells)
+    if numbers is None:
+        return RayGrid(corners, cells=cells)
+    vertices = numpy.zeros((numbers.max(initial=-1) + 1, 3))
+    vertices[numbers] = corners.reshape(-1, 3, 3)
+    grid = RayGrid(vertices, numbers, cells=cells)
     grid._faces = faces
-    grid._numbers = numbers
     return grid
 
 

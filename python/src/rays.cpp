@@ -16,7 +16,7 @@ constexpr std::size_t kManyTriangles = 500;
 /// Points between two looks for signals: each may be asked for five times.
 constexpr std::size_t kPoints = 1024;
 
-/// From so many corners on gathering them takes 20 microseconds or more.
+/// From so many corners on cutting faces into triangles takes 20 microseconds or more.
 constexpr py::ssize_t kManyCorners = 3000;
 
 std::optional<GridSize> size_of(const py::object& cells)
@@ -76,21 +76,20 @@ std::unique_ptr<Grid> grid_of(const Doubles& corners, const py::object& cells, b
     return std::make_unique<Grid>(std::move(*grid), borrow ? py::object(corners) : py::none());
 }
 
-/// The corners [.][9] of triangles on shared vertices.
-py::array gathered(const Doubles& vertices, const Ints& triangles)
+/// Of triangles on shared vertices.
+std::unique_ptr<Grid> grid_of_mesh(const Doubles& vertices, const Ints& triangles, const py::object& cells,
+                                   const py::object& report)
 {
-    Doubles corners({triangles.size() / 3, py::ssize_t{9}});
-    double* const to = corners.mutable_data();
-    const double* const from = vertices.data();
-    const std::int32_t* const number = triangles.data();
-    const py::ssize_t n = triangles.size(), count = vertices.shape(0);
-    const Unlocked unlocked(n >= kManyCorners);
-    for (py::ssize_t i = 0; i < n; ++i) {
-        if (number[i] < 0 || number[i] >= count)
-            throw Error("RayGrid", "triangles", "name vertices", "corner " + detail::text_of(i) + " does not");
-        std::copy_n(from + 3 * std::ptrdiff_t{number[i]}, 3, to + 3 * i);
+    const std::optional<GridSize> size = size_of(cells);
+    const PointView points = PointView::at(vertices.data(), static_cast<std::size_t>(vertices.size()) / 3);
+    const std::span<const Triangle> numbers(reinterpret_cast<const Triangle*>(triangles.data()),
+                                            static_cast<std::size_t>(triangles.size()) / 3);
+    std::optional<RayGrid> grid;
+    {
+        const py::gil_scoped_release unlocked;
+        grid.emplace(points, numbers, size, Signals(report));
     }
-    return corners;
+    return std::make_unique<Grid>(std::move(*grid), py::none());
 }
 
 /// (sizes, corners) of faces cut into triangles about their first corners, and the face of each triangle.
@@ -169,11 +168,10 @@ void contains(Grid& grid, const Doubles& points, py::array_t<bool> inside, std::
     const Unlocked unlocked(true);
     std::optional<Turns::Turn> turn;
     grid.take_turn(turn, "RayGrid.contains", true);
-    Signals signals;
+    const Progress signals = Signals();
     for (std::size_t i = first; i < last; i += kPoints) {
-        signals();
         const std::size_t n = std::min(kPoints, last - i);
-        const std::vector<bool> answers = grid.get().contains(PointView::at(points.data() + 3 * i, n));
+        const std::vector<bool> answers = grid.get().contains(PointView::at(points.data() + 3 * i, n), signals);
         std::copy(answers.begin(), answers.end(), to + i);
     }
 }
@@ -215,6 +213,7 @@ void bind_rays(py::module_& m)
 {
     py::class_<Grid>(m, "Grid")
         .def(py::init(&grid_of))
+        .def_static("of_mesh", &grid_of_mesh)
         .def("__len__", &Grid::size)
         .def_property_readonly("cells",
                                [](Grid& self) {
@@ -228,7 +227,6 @@ void bind_rays(py::module_& m)
         .def("hits", &hits_of)
         .def("count", &count_of)
         .def("cast", &cast_rays);
-    m.def("gathered", &gathered);
     m.def("fans", &fans_of);
 }
 

@@ -161,7 +161,7 @@ class RelaxerTest(RefusingTest):
         self.assertRefuses("Relaxer.keep: weight must be finite and above 0, but it is 0",
                            lambda: self.relaxer.keep("area", 0))
         self.assertRefuses("Relaxer.keep: measure must be one that the mesh has, but a volume is that of a closed "
-                           "mesh, and 4 edges are open",
+                           "mesh, and 4 edges are open, one of them between points 0 and 1",
                            lambda: korvale.Relaxer([(0, 0), (1, 0), (1, 1), (0, 1)], [(0, 1, 2, 3)]).keep("volume"))
         self.assertRefuses("Relaxer.run: points must be 8 like the mesh's, but there are 3",
                            lambda: self.relaxer.run(numpy.zeros((3, 3))))
@@ -170,7 +170,7 @@ class RelaxerTest(RefusingTest):
         self.assertRefuses("Relaxer.hold: which must name vertices 0 to 7, but 9 is among them",
                            lambda: self.relaxer.hold([9]))
         for move in (korvale.Relaxer(CUBE).run, korvale.Relaxer(CUBE).step):
-            self.assertRefuses(f"Relaxer.{move.__name__}: relaxer must keep a measure, but it keeps none",
+            self.assertRefuses(f"Relaxer.{move.__name__}: the relaxer must keep a measure, but it keeps none",
                                lambda: move(stretched()))
         bad = stretched()
         bad[3, 1] = numpy.nan

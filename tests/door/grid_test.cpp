@@ -709,7 +709,9 @@ TEST(Grid, RefusesToTellTheInsideOfOpenMeshes)
         EXPECT_EQ(text(closed, KORVALE_OK, borrow), "");
         EXPECT_EQ(text(turned, KORVALE_OK, borrow), "");
         EXPECT_EQ(text(open, KORVALE_BAD_ARGUMENT, borrow),
-                  "korvale_grid_contains: grid must be of closed meshes, but 3 edges are open");
+                  std::string("korvale_grid_contains: grid must be of closed meshes, but 3 edges are open, one of "
+                              "them between ") +
+                      (borrow ? "corners 1 and 2" : "points 1 and 2"));
     }
     // A triangle there and back on an edge of the others closes nothing and opens nothing.
     EXPECT_EQ(text({0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3, 0, 1, 1}, KORVALE_OK), "");
@@ -850,6 +852,47 @@ TEST(Grid, ProgressStopsTheWorkAndLeavesNothing)
               "korvale_grid_cast: it was asked to stop");
     EXPECT_GE(counts[255], 0);
     EXPECT_EQ(counts[256], -1);
+}
+
+TEST(Grid, ProgressStopsTheFirstLookForOpenEdges)
+{
+    const Grid g(ball({0, 0, 0}, 1, 6)); // 81,920 triangles
+    const double at[3] = {0, 0, 0};
+    const korvale_points middle = {at, 1, 0, 3, KORVALE_DOUBLE};
+    Stopper counting = {1 << 30, {}};
+    uint8_t inside = 7;
+    for (const int reports : {1, 2, 4, 20, 30}) {
+        Stopper stopper = {reports, {}};
+        EXPECT_EQ(korvale_grid_contains(g.grid, &middle, &inside, Stopper::tell, &stopper, nullptr), KORVALE_STOPPED);
+        EXPECT_EQ(stopper.told, std::vector<double>(static_cast<size_t>(reports))); // points are still to come
+        EXPECT_EQ(inside, 7);
+    }
+    EXPECT_EQ(korvale_grid_contains(g.grid, &middle, &inside, Stopper::tell, &counting, nullptr), KORVALE_OK);
+    EXPECT_EQ(inside, 1);
+    EXPECT_GT(counting.told.size(), 30u);
+    counting.told.clear();
+    EXPECT_EQ(korvale_grid_contains(g.grid, &middle, &inside, Stopper::tell, &counting, nullptr), KORVALE_OK);
+    EXPECT_THAT(counting.told, ElementsAre(0, 1)); // it looks once
+}
+
+TEST(Grid, FindsTheOpenEdgesOfAMeshAroundAHub)
+{
+    // A wheel of 30,000 triangles around one point: more than are sorted without a question.
+    std::vector<double> points = {0, 0, 0};
+    std::vector<int32_t> corners;
+    constexpr int kSpokes = 30000;
+    for (int i = 0; i < kSpokes; ++i) {
+        points.insert(points.end(), {std::cos(2e-4 * i), std::sin(2e-4 * i), 0});
+        corners.insert(corners.end(), {0, 1 + i, 1 + (i + 1) % kSpokes});
+    }
+    const Grid g({points_of(points), indices_of(corners)});
+    const korvale_points middle = {points.data(), 1, 0, 3, KORVALE_DOUBLE};
+    uint8_t inside = 7;
+    EXPECT_EQ(
+        sentence_of(KORVALE_BAD_ARGUMENT,
+                    [&](auto* e) { return korvale_grid_contains(g.grid, &middle, &inside, nullptr, nullptr, e); }),
+        "korvale_grid_contains: grid must be of closed meshes, but 30000 edges are open, one of them between "
+        "points 1 and 2");
 }
 
 TEST(GridWithAnExhaustedHeap, FailsWhole)

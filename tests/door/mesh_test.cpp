@@ -259,7 +259,7 @@ TEST(MeshMeasures, AnExhaustedHeapWritesNothing)
             EXPECT_EQ(volume, 9);
         }
     });
-    EXPECT_EQ(failed, 6);
+    EXPECT_EQ(failed, 9);
 }
 
 } // namespace

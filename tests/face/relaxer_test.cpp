@@ -169,15 +169,16 @@ TEST(FaceRelaxer, TellsThatNothingIsKeptOrAllIsHeld)
     Relaxer relaxer(mesh.vertices, mesh.triangles);
     Outline points = mesh.vertices;
     points[0][0] -= 0.5;
-    EXPECT_EQ(refusal_of([&] { relaxer.run(points); }), "Relaxer::run: relaxer must keep a measure, but it keeps none");
+    EXPECT_EQ(refusal_of([&] { relaxer.run(points); }),
+              "Relaxer::run: the relaxer must keep a measure, but it keeps none");
     EXPECT_EQ(refusal_of([&] { relaxer.step(points); }),
-              "Relaxer::step: relaxer must keep a measure, but it keeps none");
+              "Relaxer::step: the relaxer must keep a measure, but it keeps none");
     relaxer.keep("lengths").hold(std::vector<bool>(8, true));
     EXPECT_EQ(relaxer.run(points), (Relaxation{0, 0, Stop::held}));
     EXPECT_EQ(
         refusal_of([&] { Relaxer(mesh.vertices, std::span(mesh.triangles).first(11)).keep("volume"); }),
         "Relaxer::keep: measure must be one that the mesh has, but a volume is that of a closed mesh, and 3 edges "
-        "are open");
+        "are open, one of them between points 1 and 5");
 }
 
 TEST(FaceRelaxer, SaysWhatItRefuses)

@@ -359,8 +359,10 @@ TEST(FaceStop, EndsWorkOfGrids)
     EXPECT_EQ(grid.try_cast(rays, {{0, 0, 1}}, {.distances = depth}, stop.get_token()).error().status(),
               KORVALE_STOPPED);
     EXPECT_EQ(grid.try_contains(rays).error().status(), KORVALE_BAD_ARGUMENT);
-    EXPECT_EQ(refusal_of([&] { grid.contains(rays); }),
-              "RayGrid::contains: grid must be of closed meshes, but 4 edges are open");
+    EXPECT_EQ(
+        refusal_of([&] { grid.contains(rays); }),
+        "RayGrid::contains: the grid must be of closed meshes, but 4 edges are open, one of them between points 0 "
+        "and 1");
     const RayGrid closed({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {{0, 2, 1}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}});
     EXPECT_EQ(closed.try_contains(rays, stop.get_token()).error().status(), KORVALE_STOPPED);
     EXPECT_EQ(refusal_of([&] { closed.contains(rays, stop.get_token()); }),

@@ -120,7 +120,10 @@ private:
             return;
         }
         *told_ = error;
-        std::snprintf(told_->text, sizeof told_->text, "%s: %s must %s, but %s", function_, error.argument,
+        for (const char* object : {"grid", "relaxer"}) // here the value that is asked, and no argument
+            if (std::string_view(error.argument) == object)
+                std::snprintf(told_->argument, sizeof told_->argument, "the %s", object);
+        std::snprintf(told_->text, sizeof told_->text, "%s: %s must %s, but %s", function_, told_->argument,
                       error.wanted, error.given);
     }
 
