@@ -93,7 +93,9 @@ def join(a: NumbersLike, b: NumbersLike) -> Doubles:
     """
     x = numpy.require(_input.array(a, "join", "a", "be numbers (N, k)"), numpy.float64, ["C", "A"])
     y = numpy.require(_input.array(b, "join", "b", "be numbers (N, k)"), numpy.float64, ["C", "A"])
-    if x.ndim != y.ndim or x.ndim == 0 or x.shape[1:] != y.shape[1:]:
+    if x.ndim == 0:
+        raise refuse("join", "a", "be numbers (N, k)", f"it is {x.item()}")
+    if x.ndim != y.ndim or x.shape[1:] != y.shape[1:]:
         raise refuse("join", "b", f"have the columns of a, {x.shape}", f"its shape is {y.shape}")
     if x.size == 0 or y.size == 0:
         return (y if x.size == 0 else x).copy()

@@ -10,7 +10,7 @@ from typing import Any, TypeVar, overload
 import numpy
 
 from . import _input, _korvale
-from ._errors import EquationError, refuse
+from ._errors import EquationError, Error, refuse, renamed
 from ._progress import Progress
 from ._types import ColumnLike, Doubles, Number, NumbersLike, ProgressLike
 
@@ -48,7 +48,7 @@ class Equations:
     def __init__(self, names: str | Iterable[str] = "") -> None:
         self._system = _korvale.System()
         self._log: list[tuple[Any, ...]] = []
-        self.declare(names)
+        self._declare(names, False, "Equations")
 
     # --- Variables ---
 
@@ -57,9 +57,14 @@ class Equations:
 
         A reserved variable takes the result of its equation at the end of a pass (`evaluate_all`) instead of at once.
         """
-        text = " ".join(_listed(names, "Equations.declare", "names"))
-        is_reserved = _input.flag(reserved, "Equations.declare", "reserved")
-        self._system.declare(_input.text(text, "Equations.declare", "names"), is_reserved)
+        self._declare(names, _input.flag(reserved, "Equations.declare", "reserved"), "Equations.declare")
+
+    def _declare(self, names: Any, is_reserved: bool, function: str) -> None:
+        text = " ".join(_listed(names, function, "names"))
+        try:
+            self._system.declare(_input.text(text, function, "names"), is_reserved)
+        except Error as error:
+            raise renamed(error, function) from None
         if text:
             self._log.append(("declare", text, is_reserved))
 
@@ -109,16 +114,11 @@ class Equations:
         >>> korvale.Equations("y x").add("y = SIN(x) / frequency")
         Traceback (most recent call last):
         ...
-        korvale.EquationError: Equations.add: text must be an equation, but "y = SIN(x) / frequency" is \
+        korvale.EquationError: Equations.add: equation must be readable, but "y = SIN(x) / frequency" is \
 refused at character 14: "frequency" is neither a variable nor a function
         """
-        plain = _input.text(equation, "Equations.add", "text")
-        try:
-            number: int = self._system.add(plain)
-        except EquationError as error:
-            if plain.isascii():
-                raise
-            raise _in_characters(error, plain) from None
+        number: int = _read(self._system, _input.text(equation, "Equations.add", "equation"), 0, "Equations.add",
+                            "equation")
         self._log.append(("add", equation))
         return number
 
@@ -152,15 +152,18 @@ refused at character 14: "frequency" is neither a variable nor a function
         >>> wave.evaluate(0, a=2, x=4)
         32.0
         """
-        name = "Equations.evaluate"
+        return self._evaluate(equation, _named(columns, values, "Equations.evaluate"), out, progress,
+                              "Equations.evaluate")
+
+    def _evaluate(self, equation: Any, values: dict[str, Any], out: Any, progress: Any, name: str) -> float | Doubles:
         number = self._number(equation, name)
-        given, shape = self._columns(columns, values, name)
+        given, shape = self._columns(values, name)
         if shape is None:
             return self._system.evaluate(number)
         result = _input.output(out, shape, name)
         place = result if _are_rows(result) else numpy.array(result, order="C")
         rows = place.reshape(-1)
-        with Progress(progress, len(rows)) as report:
+        with Progress(progress, len(rows), name) as report:
             for first, last in report.parts(_CHUNK):
                 self._system.evaluate_rows(number, [(v, column[first:last]) for v, column in given], rows[first:last])
         return _input.deliver(result, place)
@@ -194,13 +197,13 @@ refused at character 14: "frequency" is neither a variable nor a function
         for variable in wanted:
             if variable not in self:
                 raise refuse(name, "results", "name variables", f'"{variable}" is none')
-        given, shape = self._columns(columns, values, name)
+        given, shape = self._columns(_named(columns, values, name), name)
         if shape is None:
             self._system.evaluate_all()
             return {variable: self._system.get(variable) for variable in wanted}
         arrays = {variable: numpy.empty(shape) for variable in wanted}
         rows = [(variable, array.reshape(-1)) for variable, array in arrays.items()]
-        with Progress(progress, math.prod(shape)) as report:
+        with Progress(progress, math.prod(shape), name) as report:
             for first, last in report.parts(_CHUNK):
                 self._system.evaluate_all_rows([(v, column[first:last]) for v, column in given],
                                                [(v, row[first:last]) for v, row in rows])
@@ -241,13 +244,13 @@ refused at character 14: "frequency" is neither a variable nor a function
             raise refuse(function, "equation", f"be the number of one of {n} equations", f"it is {number}")
         return number % n
 
-    def _columns(self, columns: Any, values: dict[str, Any],
+    def _columns(self, values: dict[str, Any],
                  function: str) -> tuple[list[tuple[str, Doubles]], tuple[int, ...] | None]:
         """Columns as one-dimensional arrays and their common shape; numbers are set at once."""
         given: list[tuple[str, Doubles]] = []
         shape: tuple[int, ...] | None = None
         numbers: list[tuple[str, float]] = []
-        for name, value in _named(columns, values, function).items():
+        for name, value in values.items():
             if name not in self:
                 raise refuse(function, "columns", "name variables", f'"{name}" is none')
             column = None if isinstance(value, (int, float)) else _column(value, function, name)
@@ -257,7 +260,7 @@ refused at character 14: "frequency" is neither a variable nor a function
             if shape is None:
                 shape = column.shape
             elif column.shape != shape:
-                raise refuse(function, f'column "{name}"', f"have the shape of the others, {shape}",
+                raise refuse(function, name, f"have the shape of the others, {shape}",
                              f"its shape is {column.shape}")
             given.append((name, column if column.ndim == 1 else column.reshape(-1)))
         for name, number in numbers:
@@ -320,7 +323,10 @@ refused at character 14: "frequency" is neither a variable nor a function
     def fill_table(self, name: str, values: NumbersLike) -> None:
         """Gives the values (rows, columns) of a table that `make_table` made."""
         given = _input.array(values, "Equations.fill_table", "values", "be numbers (rows, columns)")
-        shape = self.table(name).shape
+        try:
+            shape = self.table(name).shape
+        except Error as error:
+            raise renamed(error, "Equations.fill_table") from None
         if given.shape != shape:
             raise refuse("Equations.fill_table", "values", f"have the shape of the table, {shape}",
                          f"its shape is {given.shape}")
@@ -364,12 +370,31 @@ refused at character 14: "frequency" is neither a variable nor a function
         return _restored, self._state()
 
 
-def _in_characters(error: EquationError, text: str) -> EquationError:
-    """An error whose place counts bytes, as one that counts characters."""
-    place = len(text.encode()[:error.place].decode())
-    before, at, why = str(error).rpartition(f"is refused at character {error.place + 1}: ")
-    message = f"{before}is refused at character {place + 1}: {why}" if at else str(error)
-    return EquationError(message, error.function, error.argument, place, error.word)
+def _read(system: Any, text: str, first: int, function: str, argument: str) -> int:
+    """Adds an equation, of which a person has written what stands from character `first` on: errors name, quote and
+    count that alone, in characters where the library counts bytes.
+    """
+    try:
+        number: int = system.add(text)
+        return number
+    except EquationError as error:
+        place = max(0, len(text.encode()[:error.place].decode()) - first)
+        why = str(error).rpartition(f" is refused at character {error.place + 1}: ")[2]
+        if first > 0 and why == 'an operand is missing after "="':
+            why = "there is nothing in it"
+        quoted = _quoted(text[first:], place)
+        raise EquationError(f"{function}: {argument} must be readable, but {quoted} is refused at character "
+                            f"{place + 1}: {why}", function, argument, place, error.word) from None
+
+
+def _quoted(text: str, place: int) -> str:
+    """A text, or of a long one what is around `place`."""
+    most = 400
+    if len(text) <= most:
+        return f'"{text}"'
+    start = min(max(0, place - most * 7 // 8), len(text) - most)
+    dots = "..." if start > 0 else "", "..." if start + most < len(text) else ""
+    return f'"{dots[0]}{text[start:start + most]}{dots[1]}"'
 
 
 def _restored(log: list[tuple[Any, ...]], variables: dict[str, float], tables: dict[str, Doubles],
@@ -413,16 +438,20 @@ def evaluate(expression: str, columns: Mapping[str, ColumnLike] | None = None, /
     expression: such as "SIN(x) / x"; see `Equations`, which is quicker for the same expression many times.
     columns, values: numbers, or arrays of one shape, as a mapping or as keywords.
 
-    A text that is refused is quoted with the variable for its result before it.
-
     >>> korvale.evaluate("a * x ^ 2", a=0.5, x=[1, 2, 3])
     array([0.5, 2. , 4.5])
     """
     given = _named(columns, values, "evaluate")
+    text = _input.text(expression, "evaluate", "expression")
     result = next(name for name in _names() if name not in given)
-    equations = Equations([*given, result])
-    equations.add(f"{result} = {expression}")
-    return equations.evaluate(0, given)
+    equations = Equations(result)
+    try:
+        equations.declare(list(given))
+    except Error as error:
+        raise renamed(error, "evaluate", "columns") from None
+    before = f"{result} = "
+    _read(equations._system, before + text, len(before), "evaluate", "expression")
+    return equations._evaluate(0, given, None, None, "evaluate")
 
 
 def _names() -> Iterator[str]:

@@ -37,6 +37,13 @@ class EquationError(Error):
         return type(self), (str(self), self.function, self.argument, self.place, self.word)
 
 
+def renamed(error: Error, function: str, argument: str = "") -> Error:
+    """The same refusal in the name of another function, and of another argument where one is given."""
+    must = str(error).removeprefix(f"{error.function}: {error.argument} ")
+    name = argument or error.argument
+    return Error(f"{function}: {name} {must}", function, name)
+
+
 def refuse(function: str, argument: str, must: str, but: str) -> Error:
     """The error for an argument, in the words of all others."""
     return Error(f"{function}: {argument} must {must}, but {but}", function, argument)

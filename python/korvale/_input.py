@@ -68,7 +68,7 @@ def count(value: Any, function: str, argument: str, least: int = 0, most: int = 
 
 def flag(value: Any, function: str, argument: str) -> bool:
     """Yes or no."""
-    if isinstance(value, (bool, numpy.bool_)) or (isinstance(value, (int, numpy.integer)) and value in (0, 1)):
+    if isinstance(value, (bool, numpy.bool_)):
         return bool(value)
     raise refuse(function, argument, "be True or False", f"it is {_shown(value)}")
 
@@ -488,18 +488,21 @@ def is_mesh(value: Any) -> bool:
 
 def mesh(value: Any, more: Any, function: str) -> tuple[Numbers, Numbers | None, Numbers]:
     """(vertices, sizes, corners) of a mesh, of a pair, or of vertices and faces given apart."""
+    names = "mesh", "triangles"
     if more is None:
         if hasattr(value, "vertices") and hasattr(value, "faces"):
             value, more = value.vertices, value.faces
+            names = "mesh.vertices", "mesh.faces"
         elif hasattr(value, "points") and hasattr(value, "cells"):
             return _meshio(value, function)
         elif isinstance(value, tuple) and len(value) == 2:
             value, more = value
+            names = "mesh[0]", "mesh[1]"
         else:
             raise refuse(function, "mesh", "be a mesh, a tuple (vertices, triangles), or both as two arguments",
                          f"it is {_shown(value)}")
-    vertices = finite(points(value, function, "vertices"), function, "vertices")
-    return (vertices, *faces(more, len(vertices), function, "triangles"))
+    vertices = finite(points(value, function, names[0]), function, names[0])
+    return (vertices, *faces(more, len(vertices), function, names[1]))
 
 
 def _meshio(given: Any, function: str) -> tuple[Numbers, Numbers | None, Numbers]:

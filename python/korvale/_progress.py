@@ -5,6 +5,8 @@ from __future__ import annotations
 from collections.abc import Callable, Iterator
 from typing import Any, TypeVar
 
+from ._errors import refuse
+
 Result = TypeVar("Result")
 
 
@@ -12,10 +14,14 @@ class Progress:
     """Who is told how far work has come, as a context.
 
     `who` is None, a function of the number done, and of `more`, that returns False to stop; or a bar with `update(n)`,
-    such as tqdm's; or the class of such bars, of which one is made with `total` and closed in the end.
+    such as tqdm's; or the class of such bars, of which one is made with `total` and closed in the end. Anything else is
+    refused in the name of `function`.
     """
 
-    def __init__(self, who: Any, total: int) -> None:
+    def __init__(self, who: Any, total: int, function: str) -> None:
+        if not (who is None or callable(who) or hasattr(who, "update")):
+            raise refuse(function, "progress", "be a function, a bar with update(n), or the class of such bars",
+                         f"it is {who!r}")
         self._owns = isinstance(who, type)
         self._who = who(total=total) if self._owns else who
         self._is_bar = hasattr(self._who, "update")
@@ -51,11 +57,11 @@ class Progress:
             self._who.close()
 
 
-def told(who: Any, work: Callable[[Progress | None], Result]) -> Result:
+def told(who: Any, function: str, work: Callable[[Progress | None], Result]) -> Result:
     """What `work` gives, which tells of the thousandths done."""
     if who is None:
         return work(None)
-    with Progress(who, 1000) as report:
+    with Progress(who, 1000, function) as report:
         result = work(report)
         report(1000)
     return result

@@ -8,8 +8,8 @@ from typing import Any, NamedTuple
 import numpy
 
 from . import _input, _korvale, _records
-from ._errors import refuse
-from ._progress import Progress
+from ._errors import Error, refuse, renamed
+from ._progress import Progress, told
 from ._types import (
     Bar, ChoiceLike, Doubles, FacesLike, Ints, Measure, MeshLike, Number, Numbers, PointsLike, ProgressLike, Stop,
 )
@@ -51,8 +51,14 @@ class Relaxer:
                  edges: FacesLike | None = None) -> None:
         self._kept: dict[Measure, float] = {}
         self._held: Numbers | None = None
+        try:
+            self._take(mesh, triangles, edges)
+        except Error as error:
+            raise renamed(error, "Relaxer", "mesh" if error.argument == "vertices" else "") from None
+
+    def _take(self, mesh: Any, triangles: Any, edges: Any) -> None:
         if edges is not None:
-            vertices = _input.finite(_input.points(mesh, "Relaxer", "vertices"), "Relaxer", "vertices")
+            vertices = _input.finite(_input.points(mesh, "Relaxer", "mesh"), "Relaxer", "mesh")
             if triangles is not None:
                 raise refuse("Relaxer", "edges", "be given without triangles", "both are given")
             pairs = _input.edges(edges, len(vertices), "Relaxer", "edges")
@@ -113,12 +119,7 @@ class Relaxer:
         name = "Relaxer.step"
         most = _input.count(steps, name, "steps")
         result, moving = self._moving(points, out, name)
-        if progress is None:
-            energy = self._mesh.step(moving, most, None)
-        else:
-            with Progress(progress, 1000) as report:
-                energy = self._mesh.step(moving, most, report)
-                report(1000)
+        energy = told(progress, name, lambda report: self._mesh.step(moving, most, report))
         return Relaxation(_input.deliver(result, moving), most, energy, "steps")
 
     def run(self, points: PointsLike, *, steps: int = 1000, energy: Number = 0.0, least_drop: Number = 0.0,
@@ -140,11 +141,11 @@ class Relaxer:
         drop = _input.number(least_drop, name, "least_drop")
         result, moving = self._moving(points, out, name)
         if progress is None:
-            told = self._mesh.run(moving, most, least, drop, None)
+            came_to = self._mesh.run(moving, most, least, drop, None)
         else:
-            with Progress(progress, most) as report:
-                told = self._mesh.run(moving, most, least, drop, report)
-        return Relaxation(_input.deliver(result, moving), *told)
+            with Progress(progress, most, name) as report:
+                came_to = self._mesh.run(moving, most, least, drop, report)
+        return Relaxation(_input.deliver(result, moving), *came_to)
 
     def energy(self, points: PointsLike) -> float:
         """The energy at points (N, 3), which are only read. Edges and angles whose points are all held do not count."""

@@ -9,7 +9,7 @@ import numpy
 from numpy.typing import NDArray
 
 from . import _input, _korvale, _records, _show
-from ._errors import refuse
+from ._errors import Error, refuse, renamed
 from ._korvale import Band, Mesh, Offset
 from ._progress import Progress, told
 from ._transform import Transform
@@ -108,9 +108,8 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
     if progress is None:
         result = _korvale.offset(outline, distance, height, keep_vertices, split, None)
     else:
-        with Progress(progress, 1000) as report:
-            result = _korvale.offset(outline, distance, height, keep_vertices, split, report)
-            report(1000)
+        result = told(progress, "offset",
+                      lambda report: _korvale.offset(outline, distance, height, keep_vertices, split, report))
     return result if type(result) is Offset else Offsets(result)
 
 
@@ -173,10 +172,11 @@ def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, start
         kept = marks[:-1].cumsum() == 0
         given, begins = begins - first, begins - first - numpy.concatenate([[0], repeated.cumsum()])
         flat = flat[first:last][kept]
-    with Progress(progress, 1000) as report:
-        borders = Borders(*_korvale.offset_many(flat, begins, distances, height, keep_vertices, split,
-                                                None if progress is None else report))
-        report(1000)
+    try:
+        borders = Borders(*told(progress, "offset_many", lambda report: _korvale.offset_many(
+            flat, begins, distances, height, keep_vertices, split, report)))
+    except Error as error:
+        raise renamed(error, "offset_many", "distance" if error.argument == "distances" else "") from None
     if not repeated.any():
         return borders
     numbers = numpy.flatnonzero(kept).astype(numpy.int32) + numpy.int32(first)
@@ -224,7 +224,7 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
     [2, 1]
     """
     rings = _input.rings(path, "shapes", "path")
-    return told(progress, lambda report: _input.shapes_of(rings, tolerance, crossing, report))
+    return told(progress, "shapes", lambda report: _input.shapes_of(rings, tolerance, crossing, report))
 
 
 def band(
@@ -271,10 +271,8 @@ def band(
     """
     if progress is None:
         return _korvale.band(line, distance, height, both_sides, up, closed, miter_limit, None)
-    with Progress(progress, 1000) as report:
-        laid = _korvale.band(line, distance, height, both_sides, up, closed, miter_limit, report)
-        report(1000)
-    return laid
+    return told(progress, "band", lambda report: _korvale.band(line, distance, height, both_sides, up, closed,
+                                                               miter_limit, report))
 
 
 def thin(line: LineLike, tolerance: Number) -> NDArray[numpy.int64]:
@@ -327,7 +325,7 @@ def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True, crossing
     if steps.ndim != 2 or steps.shape[1] != 2:
         raise refuse("bevel", "profile", "be steps, (S, 2)", f"its shape is {steps.shape}")
     rings = _input.shape(outline, "bevel", "outline")
-    return told(progress, lambda report: _korvale.bevel(rings, steps, split, crossing, report))
+    return told(progress, "bevel", lambda report: _korvale.bevel(rings, steps, split, crossing, report))
 
 
 def tube(path: LineLike, section: LineLike, *, closed: bool = False, caps: bool = True,
@@ -345,7 +343,7 @@ def tube(path: LineLike, section: LineLike, *, closed: bool = False, caps: bool 
     >>> korvale.tube([(0, 0, 0), (0, 0, 5)], [(1, 0), (0, 1), (-1, 0), (0, -1)])
     <korvale.Mesh of 8 vertices, 12 triangles>
     """
-    return told(progress, lambda report: _korvale.tube(path, section, closed, caps, report))
+    return told(progress, "tube", lambda report: _korvale.tube(path, section, closed, caps, report))
 
 
 def triangulate(outline: ShapeLike, *, progress: ProgressLike = None) -> Ints:
@@ -359,7 +357,7 @@ def triangulate(outline: ShapeLike, *, progress: ProgressLike = None) -> Ints:
     (2, 3)
     """
     rings = _input.shape(outline, "triangulate", "outline")
-    return told(progress, lambda report: _korvale.triangulate(rings, report))
+    return told(progress, "triangulate", lambda report: _korvale.triangulate(rings, report))
 
 
 class Flattening(NamedTuple):
@@ -443,14 +441,15 @@ def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | 
         if values is not None and (values.ndim not in (1, 2) or len(values) != len(vertices)):
             raise refuse("scatter", "attributes", f"be ({len(vertices)},) or ({len(vertices)}, k), a row a vertex",
                          f"its shape is {values.shape}")
-        return _scattered(progress, lambda report: _korvale.scatter_mesh(vertices, faces, n, start, values, chances,
-                                                                         report))
+        return _scattered(progress, "mesh" if triangles is None else "triangles",
+                          lambda report: _korvale.scatter_mesh(vertices, faces, n, start, values, chances, report))
     corners = _input.corners(mesh, "scatter", "mesh")
     chances = _one_each(chances, len(corners), "scatter")
     if values is not None and (values.ndim not in (2, 3) or values.shape[:2] != (len(corners), 3)):
         raise refuse("scatter", "attributes", f"be ({len(corners)}, 3) or ({len(corners)}, 3, k), a row a corner",
                      f"its shape is {values.shape}")
-    return _scattered(progress, lambda report: _korvale.scatter_corners(corners, n, start, values, chances, report))
+    return _scattered(progress, "mesh",
+                      lambda report: _korvale.scatter_corners(corners, n, start, values, chances, report))
 
 
 def _one_each(weights: Doubles | None, triangles: int, function: str) -> Doubles | None:
@@ -460,12 +459,11 @@ def _one_each(weights: Doubles | None, triangles: int, function: str) -> Doubles
     return weights
 
 
-def _scattered(progress: ProgressLike,
+def _scattered(progress: ProgressLike, argument: str,
                scatter: Callable[[Progress | None], tuple[Doubles, Doubles | None, Ints]]) -> Scattered:
-    if progress is None:
-        return Scattered(*scatter(None))
-    with Progress(progress, 1000) as report:
-        made = scatter(report)
-        report(1000)
-    return Scattered(*made)
+    """The points, over triangles that came in by that argument."""
+    try:
+        return Scattered(*told(progress, "scatter", scatter))
+    except Error as error:
+        raise renamed(error, "scatter", argument if error.argument == "triangles" else "") from None
 

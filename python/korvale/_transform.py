@@ -7,7 +7,7 @@ from typing import Any, NamedTuple
 import numpy
 
 from . import _input, _korvale, _records
-from ._errors import refuse
+from ._errors import Error, refuse, renamed
 from ._types import Doubles, Number, Numbers, NumbersLike, PointLike, PointsLike
 
 
@@ -90,8 +90,11 @@ class Transform:
     def into_frame(cls, origin: PointLike, z: PointLike, reference: PointLike) -> Transform:
         """From the world into the frame at `origin` whose z axis runs along `z`, its x axis along reference x z."""
         name = "Transform.into_frame"
-        return cls._of(_korvale.into_frame(_vector(origin, name, "origin"), _vector(z, name, "z"),
-                                           _vector(reference, name, "reference")))
+        given = _vector(origin, name, "origin"), _vector(z, name, "z"), _vector(reference, name, "reference")
+        try:
+            return cls._of(_korvale.into_frame(*given))
+        except Error as error:
+            raise renamed(error, name) from None
 
     @property
     def matrix(self) -> Doubles:
@@ -103,11 +106,11 @@ class Transform:
 
         out: where they go, a float64 array of the same shape, which may be `points` itself.
         """
-        return transform_points(self._matrix, points, out=out)
+        return _carry(_korvale.transform_points, self._matrix, points, out, "Transform", "points")
 
     def vectors(self, vectors: PointsLike | PointLike, out: Doubles | None = None) -> Doubles:
         """The vectors (N, 3) or (3,) turned and scaled, not moved."""
-        return transform_vectors(self._matrix, vectors, out=out)
+        return _carry(_korvale.transform_vectors, self._matrix, vectors, out, "Transform.vectors", "vectors")
 
     def __matmul__(self, other: Transform) -> Transform:
         if not isinstance(other, Transform):

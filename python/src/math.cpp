@@ -105,13 +105,15 @@ py::array matrices_of(const Doubles& a)
         x.count, {4, 4}, [&](auto i, double* out) { Make(x[i], matrix_at(out, 0)); }, kManySines);
 }
 
-template <void (*Make)(double*, double*, double*, double (*)[4])>
-py::array from_srt(const Doubles& scale, const Doubles& rotation, const Doubles& translation)
+using MakeOfSrt = void(double*, double*, double*, double (*)[4]);
+
+py::array from_srt(MakeOfSrt* make, const char* function, const Doubles& scale, const Doubles& rotation,
+                   const Doubles& translation)
 {
     const Rows s("scale", scale), r("rotation", rotation), t("translation", translation);
     return made(
-        common_count("Transform", {s, r, t}), {4, 4},
-        [&](auto i, double* out) { Make(s[i], r[i], t[i], matrix_at(out, 0)); }, kManySines);
+        common_count(function, {s, r, t}), {4, 4},
+        [&](auto i, double* out) { make(s[i], r[i], t[i], matrix_at(out, 0)); }, kManySines);
 }
 
 py::tuple take_apart(const Doubles& matrices)
@@ -166,18 +168,23 @@ void transform_vectors(const Doubles& matrices, const Doubles& vectors, py::arra
         TransformVector(m.matrix(i), v[i], to + 3 * i);
 }
 
-void require_direction(int result, const char* function, std::size_t row)
+/// Refuses what gives no frame: a z axis that is too short, or else the other direction.
+void require_frame(int result, const char* function, double* z, const char* other, const char* must, std::size_t row)
 {
-    if (result < 0)
-        throw Error(function, "the directions", "be longer than 1e-06 and not along each other",
-                    "those of row " + detail::text_of(row) + " are not");
+    if (result >= 0)
+        return;
+    const std::string place = "in row " + detail::text_of(row) + " it is not";
+    if (!(norm(z) >= 1e-06))
+        throw Error(function, "z", "be longer than 1e-06", place);
+    throw Error(function, other, must, place);
 }
 
 py::array into_frame(const Doubles& origin, const Doubles& z, const Doubles& reference)
 {
     const Rows o("origin", origin), d("z", z), r("reference", reference);
     return made(common_count("into_frame", {o, d, r}), {4, 4}, [&](auto i, double* out) {
-        require_direction(orientation_xfm(o[i], d[i], r[i], out), "into_frame", i);
+        require_frame(orientation_xfm(o[i], d[i], r[i], out), "into_frame", d[i], "reference",
+                      "be longer than 1e-06 and not along z", i);
     });
 }
 
@@ -186,8 +193,8 @@ py::array frame_both_ways(const Doubles& origin, const Doubles& x, const Doubles
 {
     const Rows o("origin", origin), a("x", x), b("z", z);
     return made(common_count("frame_both_ways", {o, a, b}), {2, 4, 4}, [&](auto i, double* out) {
-        require_direction(orientation_xfm_and_reverse(o[i], a[i], b[i], matrix_at(out, 0), matrix_at(out, 1)),
-                          "frame_both_ways", i);
+        require_frame(orientation_xfm_and_reverse(o[i], a[i], b[i], matrix_at(out, 0), matrix_at(out, 1)),
+                      "frame_both_ways", b[i], "x", "be longer than 1e-06", i);
     });
 }
 
@@ -198,8 +205,8 @@ py::array line_through(const Doubles& a, const Doubles& b)
     const Rows p("a", a), q("b", b);
     return made(common_count("line_through", {p, q}), {3}, [&](auto i, double* out) {
         if (find_line(p[i], q[i], out) != 1)
-            throw Error("line_through", "the points", "be at least 1e-06 apart",
-                        "those of row " + detail::text_of(i) + " are not");
+            throw Error("line_through", "b", "be at least 1e-06 from a",
+                        "in row " + detail::text_of(i) + " it is nearer");
     });
 }
 
@@ -273,8 +280,12 @@ void bind_math(py::module_& m)
     m.def("translation", &matrices_of<&TranslateMatrix>);
     m.def("rotation", &matrices_of<&rotation_matrix>);
     m.def("rotation_in_degrees", &matrices_of<&RotationMatrix>);
-    m.def("from_srt", &from_srt<&SRT2Transform>);
-    m.def("inverse_from_srt", &from_srt<&SRT2InvTransform>);
+    m.def("from_srt", [](const Doubles& scale, const Doubles& rotation, const Doubles& translation) {
+        return from_srt(&SRT2Transform, "from_srt", scale, rotation, translation);
+    });
+    m.def("inverse_from_srt", [](const Doubles& scale, const Doubles& rotation, const Doubles& translation) {
+        return from_srt(&SRT2InvTransform, "inverse_from_srt", scale, rotation, translation);
+    });
     m.def("take_apart", &take_apart);
     m.def("multiply", &multiply_of);
     m.def("transpose", &transpose_of);

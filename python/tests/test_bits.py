@@ -34,7 +34,7 @@ class BitsTest(unittest.TestCase):
         for n in [3, 4, 5, 8, 16, 33, 64, 150] * 6:
             points = outline(n)
             distance, height = GENERATOR.uniform(-6, 6), GENERATOR.choice([0, 1.25])
-            keep, split = GENERATOR.integers(2, size=2)
+            keep, split = (GENERATOR.integers(2, size=2) == 1).tolist()
             status = status_for(distance, height, keep, split)
             status.path = raw.DATAstruct(points)
             self.assertEqual(raw.BORDER(status), 1)

@@ -203,7 +203,7 @@ class EquationsTest(RefusingTest):
         with self.assertRaises(korvale.EquationError) as caught:
             self.equations.add("y = SIN(x) / (x + frequency)")
         self.assertEqual((caught.exception.word, caught.exception.place), ("frequency", 18))
-        self.assertEqual(str(caught.exception), 'Equations.add: text must be an equation, but "y = SIN(x) / (x + '
+        self.assertEqual(str(caught.exception), 'Equations.add: equation must be readable, but "y = SIN(x) / (x + '
                          'frequency)" is refused at character 19: "frequency" is neither a variable nor a function')
         twin = pickle.loads(pickle.dumps(caught.exception))
         self.assertEqual((twin.word, twin.place, str(twin)), ("frequency", 18, str(caught.exception)))
@@ -229,8 +229,31 @@ class EquationsTest(RefusingTest):
                 self.equations.add(f"y = {text}")
         self.assertEqual(self.equations.equations, ["y = a * x + 1"])
 
+    def test_quotes_and_counts_what_was_written(self):
+        for text, place, message in [
+                ("sin(x)", 0, '"sin(x)" is refused at character 1: "sin" is neither a variable nor a function: '
+                              "write SIN, capitals count"),
+                ("MAX(x, 2)", 0, '"MAX(x, 2)" is refused at character 1: "MAX" is neither a variable nor a function: '
+                                 "write (a + b + SQRT((a - b) * (a - b))) / 2"),
+                ("x * (2", 4, '"x * (2" is refused at character 5: the parenthesis is not closed'),
+                ("x * ", 4, '"x * " is refused at character 5: an operand is missing after "*"'),
+                ("x * é", 4, '"x * é" is refused at character 5: "é" is no character of equations, which '
+                                  "are ASCII"),
+                ("", 0, '"" is refused at character 1: there is nothing in it')]:
+            with self.subTest(text), self.assertRaises(korvale.EquationError) as raised:
+                korvale.evaluate(text, x=1)
+            error = raised.exception
+            self.assertEqual(str(error), f"evaluate: expression must be readable, but {message}")
+            self.assertEqual((error.function, error.argument, error.place), ("evaluate", "expression", place))
+        with self.assertRaises(korvale.EquationError) as raised:
+            korvale.evaluate("x + " * 500 + "two" + " + x" * 500, x=1)
+        self.assertEqual(raised.exception.place, 2000)
+        self.assertRegex(str(raised.exception),
+                         '"[.]{3}[x+ ]* two [x+ ]*[.]{3}" is refused at character 2001: "two" is')
+        self.assertLess(len(str(raised.exception)), 600)
+
     def test_says_what_it_refuses(self):
-        self.assertRefuses('Equations.declare: a name must be no function\'s, but "SIN" is one',
+        self.assertRefuses('Equations.declare: names must be no functions\', but "SIN" is one',
                            lambda: self.equations.declare("SIN"))
         self.assertRefuses("Equations.evaluate: equation must be the number of one of 1 equations, but it is 1",
                            lambda: self.equations.evaluate(1))
@@ -238,7 +261,7 @@ class EquationsTest(RefusingTest):
                            lambda: korvale.Equations().evaluate())
         self.assertRefuses('Equations.evaluate: columns must name variables, but "z" is none',
                            lambda: self.equations.evaluate(z=1))
-        self.assertRefuses('Equations.evaluate: column "a" must have the shape of the others, (2,), but its shape is '
+        self.assertRefuses('Equations.evaluate: a must have the shape of the others, (2,), but its shape is '
                            "(3,)", lambda: self.equations.evaluate(x=[1, 2], a=[1, 2, 3]))
         self.assertRefuses("Equations.evaluate: x must be numbers, but it holds text",
                            lambda: self.equations.evaluate(x=["one", "two"]))

@@ -99,8 +99,8 @@ class MatrixTest(RefusingTest):
                                       atol=1e-12)
         forth, back = korvale.frame_both_ways((1, 2, 3), (0, 1, 0), (0, 0, 1))
         numpy.testing.assert_array_equal(korvale.multiply(forth, back), numpy.identity(4))
-        self.assertRefuses("into_frame: the directions must be longer than 1e-06 and not along each other, but those "
-                           "of row 1 are not", lambda: korvale.into_frame((0, 0, 0), [(1, 0, 0), (0, 0, 1)], (0, 0, 1)))
+        self.assertRefuses("into_frame: reference must be longer than 1e-06 and not along z, but in row 1 it is not",
+                           lambda: korvale.into_frame((0, 0, 0), [(1, 0, 0), (0, 0, 1)], (0, 0, 1)))
 
 
 class TransformTest(RefusingTest):
@@ -166,7 +166,7 @@ class LineTest(RefusingTest):
         korvale.lines_meet(given, (0, 1, 0))
         self.assertEqual(given.tolist(), [2, 0, 5])
         self.assertEqual(korvale.normalize_lines((3, 4, 10)).tolist(), [0.6, 0.8, 2])
-        self.assertRefuses("line_through: the points must be at least 1e-06 apart, but those of row 0 are not",
+        self.assertRefuses("line_through: b must be at least 1e-06 from a, but in row 0 it is nearer",
                            lambda: korvale.line_through((0, 0), (0, 0)))
 
     def test_boxes_and_small_systems(self):

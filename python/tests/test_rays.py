@@ -82,7 +82,8 @@ class RayGridTest(RefusingTest):
 
     def test_refuses_to_tell_the_inside_of_open_meshes(self):
         with self.assertRaisesRegex(korvale.Error,
-                                    "RayGrid.contains: the grid must be of closed meshes, but 4 edges are open, one of them between points 0 and 1"):
+                                    "RayGrid.contains: the grid must be of closed meshes, but 4 edges are open, "
+                                    "one of them between points 0 and 1"):
             korvale.RayGrid([(0, 0), (2, 0), (2, 2), (0, 2)], [(0, 1, 2, 3)]).contains([(1, 1, 1)])
 
     def test_answers_threads_at_the_same_time(self):

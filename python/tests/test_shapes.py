@@ -223,7 +223,7 @@ class OffsetManyTest(RefusingTest):
                            lambda: many([SQUARE, SQUARE * (math.nan, math.nan, 1)], 1))
         self.assertRefuses("offset_many: outline 1 must be points, (N, 2) or (N, 3), but its shape is ()",
                            lambda: many([SQUARE, 7], 1))
-        self.assertRefuses("offset_many: distances must have 1 value, or 2, one for each outline, but they have 3",
+        self.assertRefuses("offset_many: distance must have 1 value, or 2, one for each outline, but they have 3",
                            lambda: many([SQUARE, HOLE], [1, 2, 3]))
         self.assertRefuses("offset_many: distance must be a number or numbers (n,), but its shape is (1, 2)",
                            lambda: many([SQUARE, HOLE], [[1, 2]]))
@@ -562,7 +562,7 @@ class ScatterTest(RefusingTest):
             hash(korvale.offset(SQUARE, 1))
 
     def test_says_what_it_refuses(self):
-        self.assertRefuses("scatter: triangles must have at least 1 triangle, but there is none",
+        self.assertRefuses("scatter: mesh must have at least 1 triangle, but there is none",
                            lambda: korvale.scatter(numpy.zeros((0, 9)), 5, seed=1))
         self.assertRefuses("scatter: attributes must be (8,) or (8, k), a row a vertex, but its shape is (9,)",
                            lambda: korvale.scatter(self.mesh, 5, seed=1, attributes=numpy.zeros(9)))
