@@ -302,10 +302,11 @@ typedef struct korvale_band_result {
 /// where another part of the line is nearer than the distance, the border keeps halfway between them; a corner sharper
 /// than the miter limit is cut off at the distance. Where the line goes back and forth within a distance, as a track
 /// does that stood still, the border passes by as if it were a point there, the mean: all points of such a knot share a
-/// place. Everything else is as wide as asked for.
+/// place, seen along the normal; with `up` each keeps the height of its point. Everything else is as wide as asked for.
 ///
 /// No random number is drawn, and lines may have any size, as outlines of `korvale_offset`. A line at a single place
-/// has no sides: its band stays there and is collapsed.
+/// has no sides: its band stays there and is collapsed. Where the distance is below the rounding of the coordinates,
+/// border and line are at one place and meet.
 ///
 /// Refuses no points, fewer than 3 different ones of a closed line, a distance of 0, a line that is not planar without
 /// `up`, one along `up`, a miter limit below 1, and numbers that are not finite.

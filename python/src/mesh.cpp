@@ -161,11 +161,13 @@ py::array shapes_of(const py::list& outlines, py::handle tolerance, py::handle c
 
 void bind_mesh(py::module_& m)
 {
-    py::class_<Mesh>(m, "Mesh",
-                     "Mesh(vertices, triangles)\n--\n\n"
-                     "Triangles on shared vertices, as `bevel` and `tube` make them.\n\n"
-                     "vertices: numbers (V, 3); triangles: int (T, 3), each counter-clockwise seen from outside.\n"
-                     "`vertices, triangles = mesh` takes it apart.")
+    py::class_<Mesh>(
+        m, "Mesh",
+        "Mesh(vertices, triangles)\n--\n\n"
+        "Triangles on shared vertices, as `bevel` and `tube` make them.\n\n"
+        "vertices: numbers (V, 3); triangles: int (T, 3), each counter-clockwise seen from outside.\n"
+        "`vertices, triangles = mesh` takes it apart. Meshes of the same vertices and triangles are equal, whatever "
+        "their steps have reached.")
         .def(py::init(&mesh_of), py::arg("vertices"), py::arg("triangles"))
         .def_property_readonly("vertices", &vertices_of, "float64 (V, 3); the mesh's own memory.")
         .def_property_readonly("triangles", &triangles_of, "int32 (T, 3): the vertices of each triangle.")

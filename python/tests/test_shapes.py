@@ -239,6 +239,30 @@ class OffsetManyTest(RefusingTest):
                            lambda: many(None, 1))
 
 
+def distances(points, line):
+    """How far points are from a line."""
+    along = numpy.diff(line, axis=0)
+    share = ((points[:, None] - line[:-1]) * along).sum(axis=2) / (along**2).sum(axis=1)
+    return numpy.linalg.norm(points[:, None] - line[:-1] - share.clip(0, 1)[..., None] * along, axis=2).min(axis=1)
+
+
+def nearest_shares(number, noise):
+    """How near both borders of a band, for a track that stood still before a corner, come to the way without noise.
+
+    All lengths are in distances of the band.
+    """
+    generator = numpy.random.default_rng(number)
+    turn = numpy.radians(generator.uniform(-120, 120))
+    corner = numpy.array([22.0, 0])
+    way = numpy.vstack([(0, 0), corner, corner + 24 * numpy.array([numpy.cos(turn), numpy.sin(turn)])])
+    stop = corner - (generator.uniform(0, 2), 0)
+    still = stop + noise * generator.normal(size=(generator.integers(5, 40), 2))
+    before = [(x, 0) for x in numpy.arange(0, stop[0], 2)]
+    after = corner + numpy.arange(0, 25, 2)[:, None] / 24 * (way[2] - corner)
+    band = korvale.band(numpy.vstack([before, still, after]), 1, both_sides=True)
+    return [distances(side[:, :2], way).min() for side in (band.border, band.other_side)]
+
+
 class BandTest(RefusingTest):
     def test_lies_to_the_right_of_the_line(self):
         band = korvale.band([(0, 0), (10, 0), (10, 10)], 1)
@@ -250,6 +274,30 @@ class BandTest(RefusingTest):
         self.assertEqual(korvale.band([(0, 0), (10, 0)], 2).border.tolist(), [[0, -2, 0], [10, -2, 0]])
         rising = korvale.band([(0, 0, 0), (10, 0, 1), (10, 10, 3)], 1, up=(0, 0, 1))
         numpy.testing.assert_allclose(rising.border[:, 2], [0, 1, 3], atol=1e-12)
+
+    def test_keeps_heights_where_a_track_stood_still(self):
+        generator = numpy.random.default_rng(3)
+        still = (30, 0) + 0.7 * generator.normal(size=(15, 2))
+        way = numpy.column_stack([numpy.arange(0, 80, 8), numpy.zeros(10)])
+        track = numpy.vstack([way[:4], still, way[4:]])
+        rising = numpy.column_stack([track, numpy.linspace(0, 5, len(track))])
+        band = korvale.band(rising, 5, up=(0, 0, 1))
+        self.assertTrue(band.removed[4:19].all())
+        self.assertEqual(len(numpy.unique(band.border[4:19, :2], axis=0)), 1)
+        numpy.testing.assert_allclose(band.border[:, 2], rising[:, 2], atol=1e-15)
+
+    def test_keeps_its_distance_from_corners_beside_a_stop(self):
+        for noise, near in ((0.1, 0.93), (0.3, 0.74)):
+            shares = [share for number in range(100) for share in nearest_shares(number, noise)]
+            self.assertGreater(numpy.quantile(shares, 0.05), near)
+
+    def test_is_as_narrow_as_it_is_told(self):
+        line = numpy.array([(0, 0, 0), (9, 0, 0), (9, 9, 0)], float)
+        for distance in (1e-3, 1e-12, 1e-200, 1e-308, 1e-320, 5e-324):
+            band = korvale.band(line, distance)
+            self.assertEqual(band.border[0].tolist(), [0, -distance, 0])
+            self.assertLessEqual(abs(band.border - line).max(), 1.01 * distance)
+            self.assertEqual((band.collapsed, band.crossing is None), (False, distance > 1e-15))
 
     def test_names_points_that_gave_way(self):
         tight = korvale.band([(0, 0), (5, 0), (5, 1), (3, 3)], -0.8)

@@ -103,11 +103,12 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 /// border give way and share a place; `removed` names them, `collapsed` tells that all did. Where another part of the
 /// line is nearer, as in a hairpin, the border keeps halfway between them; `narrowed` names the points. Where the line
 /// goes back and forth within a distance, as a track does that stood still, the border passes by as if it were a point
-/// there: all points of such a knot share a place. `crossing` tells where the outline meets itself after all, as it
-/// does where the line crosses itself.
+/// there: all points of such a knot share a place, seen along `up`, and keep their heights. `crossing` tells where the
+/// outline meets itself after all, as it does where the line crosses itself.
 ///
 /// Straight lines, ends that point any way, doubled points and jitter are no harm; a line that rises and falls needs
-/// `options.up`. No random number is drawn, and lines may have any size, as outlines of `offset`.
+/// `options.up`. No random number is drawn, and lines may have any size, as outlines of `offset`. Where the distance is
+/// below the rounding of the coordinates, border and line are at one place and meet.
 ///
 /// ```
 /// korvale::Band road = korvale::band(middle, 3.5, {.both_sides = true, .up = korvale::Point{0, 0, 1}});
