@@ -15,6 +15,7 @@ said=$(awk -f "$here/messages.awk" pass=1 "${sources[@]}" pass=2 "${sources[@]}"
 told=$(awk -F '|' '
     /^<!-- messages: / { kind = $0; gsub(/^<!-- messages: | -->$|end/, "", kind) }
     kind != "" && $2 ~ /`/ {
+        gsub(/``/, "`", $2) # around what ends in a quote, which Doxygen wants
         n = split($2, parts, "`")
         for (i = 2; i <= n; i += 2)
             print kind " " parts[i]
