@@ -1,8 +1,7 @@
 // Which outlines lie in which.
 //
 // Below the lowest corner of an outline the nearest edge of another one tells where it lies: in that outline if this
-// has its inside above the edge, else in whatever that outline lies in. The edge is found through boxes of runs of
-// edges, and boxes of these boxes (Antonin Guttman, R-Trees: A Dynamic Index Structure for Spatial Searching, 1984).
+// has its inside above the edge, else in whatever that outline lies in.
 //
 // Outlines may touch, along whole edges too: edges at one place are ordered as if each outline had shrunk a little, the
 // smaller ones more. Of two that are equal nothing would be left, so one that repeats another is left out first. No
@@ -11,16 +10,15 @@
 // Outlines cross where edges do, or where pieces of edges that touch another outline lie on both sides of it. Whatever
 // is within the tolerance of an outline, or rounding, lies on it. Of edges that touch but for that the nearest may be
 // the wrong one, so an outline that touches others, or is above one that does, is put by a place well inside of it.
+// Those whose own edges meet are looked at by themselves.
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <optional>
 #include <tuple>
 
-#include "door/internal/boxes.h"
-#include "door/internal/edges.h"
 #include "door/internal/outlines.h"
-#include "door/internal/triangulate.h"
+#include "door/internal/runs.h"
+#include "door/internal/self_crossing.h"
 
 namespace korvale::door {
 
@@ -40,7 +38,7 @@ struct Slope {
     }
 };
 
-/// Two rings that cross, and where.
+/// Two rings that cross, or twice one that crosses itself, and where.
 struct Crossing {
     int32_t first, second;
     Place place;
@@ -48,23 +46,25 @@ struct Crossing {
 
 class Nesting {
 public:
-    Nesting(const Rings& rings, double tolerance, const Telling& telling)
-        : rings_(rings), tolerance_(tolerance), telling_(telling), about_(rings.size()),
-          parents_(rings.size(), kUnknown), depths_(rings.size(), -1), repeats_(rings.size(), -1)
+    Nesting(const Rings& rings, double tolerance, bool allows_crossing, const Telling& telling)
+        : rings_(rings), tolerance_(tolerance), allows_crossing_(allows_crossing), telling_(telling),
+          about_(rings.size()), parents_(rings.size(), kUnknown), depths_(rings.size(), -1), repeats_(rings.size(), -1),
+          tree_(rings)
     {
         for (size_t k = 0; k < rings_.size(); ++k)
             measure(k);
         find_repeats();
         if (tolerance_ > 0.0)
             find_near_repeats();
-        grow_tree();
+        tree_.grow([&](size_t k) { return about_[k].turn != 0 && repeats_[k] < 0; });
         find_contacts();
     }
 
-    /// The two rings with the least numbers that cross.
+    /// The two rings with the least numbers that cross; one may cross itself.
     std::optional<Crossing> find_crossing()
     {
-        Asking asking(telling_.part(0.5, 0.2), kQuestion);
+        find_self_crossings();
+        Asking asking(telling_.part(0.6, 0.1), kQuestion);
         Vector<Sides> all;
         for (size_t first = 0, end = 0; first < contacts_.size(); first = end) {
             asking.step(static_cast<double>(first) / static_cast<double>(contacts_.size()));
@@ -101,7 +101,7 @@ private:
         int turn = 0;                  ///< 1 counter-clockwise, -1 clockwise, 0 without area
         int32_t below = kNone;         ///< the ring whose edge is next below the lowest place
         bool is_in_below = false;      ///< that edge has the inside above it
-        int32_t first_run = 0;         ///< in the order of the rings
+        int32_t meetings = 0;          ///< of its own edges
     };
 
     int32_t outer_of(size_t k) const
@@ -227,7 +227,7 @@ private:
         const auto is_near = [&](const Place& p, double distance) { return edges.nearest(p, distance).has_value(); };
         Vector<double> shares;
         for (int32_t i = 0; i < size(ring); ++i) {
-            const Edge e = plain_edge(ring, i);
+            const Edge e = tree_.edge(ring, i);
             const Place along = e.to - e.from;
             const double half = 0.5 * std::sqrt(dot(along, along));
             if (half < reach && is_near(e.from + 0.5 * along, reach - half))
@@ -235,7 +235,7 @@ private:
             if (!is_near(e.from, 2 * reach) || !is_near(e.to, 2 * reach))
                 return false;
             shares.assign({0.0, 1.0});
-            edges.for_each_near(e, reach, [&](const Edge& f) { add_shares(e, f, shares); });
+            edges.for_each_near(e, reach, [&](size_t k) { add_shares(e, edges[k], shares); });
             std::ranges::sort(shares);
             for (size_t k = 1; k < shares.size(); ++k) {
                 const double length = 2 * half * (shares[k] - shares[k - 1]);
@@ -355,40 +355,7 @@ private:
         return a_is_smaller != a.is_floor;
     }
 
-    // --- Boxes -------------------------------------------------------------------------------------------------------
-
-    /// Edges of a ring, one after the other.
-    struct Run {
-        int32_t ring, first, count;
-    };
-
-    void grow_tree()
-    {
-        Vector<Run> runs;
-        Vector<Place> middles;
-        for (size_t k = 0; k < rings_.size(); ++k) {
-            if (about_[k].turn == 0 || repeats_[k] >= 0)
-                continue;
-            const auto ring = static_cast<int32_t>(k);
-            const int32_t n = size(ring);
-            about_[k].first_run = static_cast<int32_t>(runs.size());
-            for (int32_t first = 0; first < n; first += kRun) {
-                const int32_t count = std::min(kRun, n - first);
-                Box box = kNowhere;
-                for (int32_t i = first; i <= first + count; ++i)
-                    box.cover(place(ring, i < n ? i : 0));
-                runs.push_back({ring, first, count});
-                boxes_.push_back(box);
-                middles.push_back({(box.low_x + box.high_x) / 2, (box.low_y + box.high_y) / 2});
-            }
-        }
-        nodes_.assign(2 * std::bit_ceil(std::max<size_t>(1, runs.size())), kNowhere);
-        for (const size_t i : order_along_curve(middles)) {
-            nodes_[nodes_.size() / 2 + runs_.size()] = boxes_[i];
-            runs_.push_back(runs[i]);
-        }
-        raise(nodes_);
-    }
+    // --- Edges below -------------------------------------------------------------------------------------------------
 
     /// The highest edge of another ring that is below `p` and goes on to its right, or to its left.
     template <class IsBelow>
@@ -403,15 +370,15 @@ private:
         size_t waiting[64] = {1};
         for (size_t n = 1; n > 0;) {
             const size_t node = waiting[--n];
-            if (!may_hold(nodes_[node]))
+            if (!may_hold(tree_.nodes()[node]))
                 continue;
-            if (node < nodes_.size() / 2) {
-                const bool left_is_higher = nodes_[2 * node].high_y > nodes_[2 * node + 1].high_y;
+            if (node < tree_.first_leaf()) {
+                const bool left_is_higher = tree_.nodes()[2 * node].high_y > tree_.nodes()[2 * node + 1].high_y;
                 waiting[n++] = left_is_higher ? 2 * node + 1 : 2 * node;
                 waiting[n++] = left_is_higher ? 2 * node : 2 * node + 1;
                 continue;
             }
-            const Run& run = runs_[node - nodes_.size() / 2];
+            const Run& run = tree_.run_at(node);
             for (int32_t i = run.first; run.ring != ring && i < run.first + run.count; ++i) {
                 const double x = place(run.ring, i).x, next_x = place(run.ring, i + 1 < size(run.ring) ? i + 1 : 0).x;
                 if (to_right ? (x <= p.x) == (next_x <= p.x) : (x < p.x) == (next_x < p.x))
@@ -435,22 +402,6 @@ private:
 
     /// Lengths that count as nothing.
     double slack() const { return std::max(tolerance_, 1e-12); }
-
-    Edge plain_edge(int32_t ring, int32_t i) const
-    {
-        return {place(ring, i), place(ring, i + 1 < size(ring) ? i + 1 : 0)};
-    }
-
-    static Box box_of(const Edge& e)
-    {
-        return {std::min(e.from.x, e.to.x), std::min(e.from.y, e.to.y), std::max(e.from.x, e.to.x),
-                std::max(e.from.y, e.to.y)};
-    }
-
-    Box widened(const Box& box) const
-    {
-        return {box.low_x - slack(), box.low_y - slack(), box.high_x + slack(), box.high_y + slack()};
-    }
 
     bool is_on(const Edge& e, const Place& p) const { return is_within(slack(), e, p); }
 
@@ -484,76 +435,76 @@ private:
             crossing_ = crossing;
     }
 
+    static Place place_in_common(const Edge& e, const Edge& f)
+    {
+        const Place along = e.to - e.from, across = f.to - f.from;
+        return e.from + cross(f.from - e.from, across) / cross(along, across) * along;
+    }
+
     /// Looks at edge i of one ring and edge k of another.
     void compare(int32_t ring, int32_t i, int32_t other, int32_t k)
     {
-        const Edge e = plain_edge(ring, i), f = plain_edge(other, k);
+        const Edge e = tree_.edge(ring, i), f = tree_.edge(other, k);
         const Beside of_e = look_beside(e, f);
         if (of_e == Beside::one_side)
             return;
         const Beside of_f = look_beside(f, e);
         if (of_f == Beside::one_side)
             return;
-        if (of_e == Beside::both_sides && of_f == Beside::both_sides) {
-            const Place along = e.to - e.from, across = f.to - f.from;
-            note_crossing(ring, other, e.from + cross(f.from - e.from, across) / cross(along, across) * along);
-            return;
-        }
+        if (of_e == Beside::both_sides && of_f == Beside::both_sides)
+            return note_crossing(ring, other, place_in_common(e, f));
         if (!is_on(f, e.from) && !is_on(f, e.to) && !is_on(e, f.from) && !is_on(e, f.to))
             return;
         contacts_.push_back({ring, other, i, k});
         contacts_.push_back({other, ring, k, i});
     }
 
-    /// Looks at all runs that come near each other, each two once: nodes of one height below the tree's root, in pairs.
     void find_contacts()
     {
-        const size_t leaves = nodes_.size() / 2;
-        Vector<std::pair<size_t, size_t>> waiting = {{1, 1}};
-        const auto wait = [&](size_t a, size_t b) {
-            if (nodes_[a].low_x <= nodes_[a].high_x && widened(nodes_[a]).meets(nodes_[b]))
-                waiting.emplace_back(a, b);
-        };
-        Asking asking(telling_.part(0.2, 0.3), kQuestion);
-        double done = 0.0; // leaves are paired with themselves from the last to the first
-        while (!waiting.empty()) {
-            const auto [a, b] = waiting.back();
-            waiting.pop_back();
-            if (a >= leaves && a == b)
-                done = 1.0 - static_cast<double>(a - leaves) / static_cast<double>(leaves);
-            asking.step(done);
-            if (a < leaves) {
-                wait(2 * a, 2 * b);
-                wait(2 * a, 2 * b + 1);
-                wait(2 * a + 1, 2 * b + 1);
-                if (a != b)
-                    wait(2 * a + 1, 2 * b);
-            } else if (a - leaves < runs_.size() && runs_[a - leaves].ring != runs_[b - leaves].ring) {
-                const Box box = widened(nodes_[a]), &other = nodes_[b];
-                compare(runs_[a - leaves], runs_[b - leaves],
-                        {std::max(box.low_x, other.low_x), std::max(box.low_y, other.low_y),
-                         std::min(box.high_x, other.high_x), std::min(box.high_y, other.high_y)});
-            }
-        }
+        tree_.for_each_near_pair(slack(), !allows_crossing_, telling_.part(0.2, 0.3),
+                                 [&](int32_t ring, int32_t i, int32_t other, int32_t k) {
+                                     if (ring != other)
+                                         compare(ring, i, other, k);
+                                     else
+                                         compare_own(ring, i, k);
+                                 });
         std::ranges::sort(contacts_, {}, [](const Contact& c) { return std::tuple(c.ring, c.other, c.edge); });
+        std::ranges::sort(meetings_);
     }
 
-    /// Looks at the edges of two runs that come into what is common to their boxes.
-    void compare(const Run& run, const Run& other, const Box& common)
+    /// Looks at edges i and k of one ring. Of a scribble not all that meet are kept.
+    void compare_own(int32_t ring, int32_t i, int32_t k)
     {
-        struct Near {
-            Box box;
-            int32_t edge;
-        } near[kRun];
-        int32_t count = 0;
-        for (int32_t k = other.first; k < other.first + other.count; ++k)
-            if (const Box box = box_of(plain_edge(other.ring, k)); box.meets(common))
-                near[count++] = {box, k};
-        for (int32_t i = run.first; count > 0 && i < run.first + run.count; ++i)
-            if (const Box box = widened(box_of(plain_edge(run.ring, i))); box.meets(common))
-                for (int32_t k = 0; k < count; ++k)
-                    if (box.meets(near[k].box))
-                        compare(run.ring, i, other.ring, near[k].edge);
+        constexpr int32_t kMostAPlace = 4;
+        int32_t& count = about_[static_cast<size_t>(ring)].meetings;
+        if (count / kMostAPlace >= size(ring) || !do_meet(rings_[static_cast<size_t>(ring)], i, k))
+            return;
+        ++count;
+        meetings_.push_back({ring, {i, k}});
+        const Edge e = tree_.edge(ring, i), f = tree_.edge(ring, k);
+        if (look_beside(e, f) == Beside::both_sides && look_beside(f, e) == Beside::both_sides) {
+            note_crossing(ring, ring, place_in_common(e, f));
+            count = std::numeric_limits<int32_t>::max();
+        }
+    }
+
+    /// Looks at the rings whose edges meet, each by itself.
+    void find_self_crossings()
+    {
+        Vector<EdgePair> pairs;
+        const Telling telling = telling_.part(0.5, 0.1);
+        for (size_t first = 0, end = 0; first < meetings_.size(); first = end) {
+            const int32_t ring = meetings_[first].first;
+            pairs.clear();
+            for (; end < meetings_.size() && meetings_[end].first == ring; ++end)
+                pairs.push_back(meetings_[end].second);
+            if (crossing_ && std::pair(crossing_->first, crossing_->second) <= std::pair(ring, ring))
+                return;
+            const auto done = static_cast<double>(first) / static_cast<double>(meetings_.size());
+            if (const std::optional<Place> p = find_self_crossing(rings_[static_cast<size_t>(ring)], pairs,
+                                                                  about(ring).lowest, slack(), telling.part(done, 0.0)))
+                return note_crossing(ring, ring, *p);
+        }
     }
 
     /// One past the last contact of the same two rings.
@@ -608,7 +559,7 @@ private:
         if (!is_inside(other, p))
             return false;
         for (int32_t i = 0; i < size(other); ++i)
-            if (is_within(2 * slack(), plain_edge(other, i), p))
+            if (is_within(2 * slack(), tree_.edge(other, i), p))
                 return false;
         return true;
     }
@@ -616,14 +567,14 @@ private:
     /// A place on each piece of an edge between two places at which another ring touches it, but for those on the ring.
     Vector<Place> free_places(std::span<const Contact> contacts) const
     {
-        const Edge e = plain_edge(contacts[0].ring, contacts[0].edge);
+        const Edge e = tree_.edge(contacts[0].ring, contacts[0].edge);
         const Place along = e.to - e.from;
         if (!(dot(along, along) > 0.0))
             return {}; // a point that is there twice
         Vector<Edge> others;
         Vector<double> shares = {0.0, 1.0};
         for (const Contact& c : contacts) {
-            others.push_back(plain_edge(c.other, c.other_edge));
+            others.push_back(tree_.edge(c.other, c.other_edge));
             add_shares(e, others.back(), shares);
         }
         std::ranges::sort(shares);
@@ -640,22 +591,23 @@ private:
     bool is_inside(int32_t ring, const Place& p) const
     {
         bool is_in = false;
-        if (about(ring).box.holds(p))
-            for (int32_t run = about(ring).first_run; run < about(ring).first_run + runs_of(ring); ++run)
-                if (const Box& box = boxes_[static_cast<size_t>(run)];
-                    box.low_x <= p.x && p.x <= box.high_x && box.low_y <= p.y)
-                    for_each_below(ring, (run - about(ring).first_run) * kRun, p, [&] { is_in = !is_in; });
+        if (!about(ring).box.holds(p))
+            return false;
+        int32_t first = 0;
+        for (const Box& box : tree_.boxes_of(ring)) {
+            if (box.low_x <= p.x && p.x <= box.high_x && box.low_y <= p.y)
+                for_each_below(ring, first, p, [&] { is_in = !is_in; });
+            first += RunTree::kRun;
+        }
         return is_in;
     }
-
-    int32_t runs_of(int32_t ring) const { return (size(ring) + kRun - 1) / kRun; }
 
     /// Calls `see` for the edges of a run below p.
     template <class See>
     void for_each_below(int32_t ring, int32_t first, const Place& p, See see) const
     {
-        for (int32_t i = first; i < std::min(first + kRun, size(ring)); ++i) {
-            const auto [from, to] = plain_edge(ring, i);
+        for (int32_t i = first; i < std::min(first + RunTree::kRun, size(ring)); ++i) {
+            const auto [from, to] = tree_.edge(ring, i);
             if ((from.x <= p.x) != (to.x <= p.x) && side(from, to, p) == (from.x < to.x ? 1 : -1))
                 see();
         }
@@ -690,7 +642,7 @@ private:
     {
         Vector<double> ends;
         for (int32_t i = 0; i < size(ring); ++i)
-            if (const auto [from, to] = plain_edge(ring, i); (from.y <= y) != (to.y <= y))
+            if (const auto [from, to] = tree_.edge(ring, i); (from.y <= y) != (to.y <= y))
                 ends.push_back(from.x + (y - from.y) / (to.y - from.y) * (to.x - from.x));
         std::ranges::sort(ends);
         Stretch widest = {place(ring, about(ring).lowest), 0.0, height};
@@ -737,14 +689,13 @@ private:
         size_t waiting[64] = {1};
         for (size_t n = 1; n > 0;) {
             const size_t node = waiting[--n];
-            const Box& box = nodes_[node];
+            const Box& box = tree_.nodes()[node];
             if (!(box.low_x <= p.x && p.x <= box.high_x && box.low_y <= p.y))
                 continue;
-            if (node < nodes_.size() / 2) {
+            if (node < tree_.first_leaf()) {
                 waiting[n++] = 2 * node + 1;
                 waiting[n++] = 2 * node;
-            } else if (const Run& run = runs_[node - nodes_.size() / 2];
-                       run.ring != ring && about(run.ring).box.holds(p)) {
+            } else if (const Run& run = tree_.run_at(node); run.ring != ring && about(run.ring).box.holds(p)) {
                 for_each_below(run.ring, run.first, p, [&] { below.push_back(run.ring); });
             }
         }
@@ -848,21 +799,30 @@ private:
         }
     }
 
-    static constexpr int32_t kRun = 8;
     static constexpr int32_t kQuestion = 256; // steps between two questions whether to go on
 
     const Rings& rings_;
     double tolerance_;
+    bool allows_crossing_;
     Telling telling_;
     Vector<About> about_;
     Vector<int32_t> parents_, depths_, repeats_;
-    Vector<Box> boxes_;        // of the runs of all rings
-    Vector<Run> runs_;         // in the order of the leaves
-    Vector<Box> nodes_;        // of the tree over them
-    Vector<Contact> contacts_; // by rings
+    RunTree tree_;
+    Vector<Contact> contacts_;                      // by rings
+    Vector<std::pair<int32_t, EdgePair>> meetings_; // of edges of one ring, by rings
     Vector<std::optional<Place>> insides_;
     std::optional<Crossing> crossing_;
 };
+
+[[noreturn]] void refuse(const Crossing& crossing, double scale)
+{
+    const Text place = Text() << "near (" << crossing.place.x * scale << ", " << crossing.place.y * scale
+                              << "); set tolerance to allow small ones, or crossing to allow all";
+    if (crossing.first == crossing.second)
+        throw Refusal(Text() << "outline " << crossing.first, "not cross itself", Text() << "it does " << place);
+    throw Refusal("outlines", "not cross each other",
+                  Text() << "outlines " << crossing.first << " and " << crossing.second << " do, " << place);
+}
 
 } // namespace
 } // namespace korvale::door
@@ -896,12 +856,10 @@ korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, con
         rings.places.reserve(places);
         for (size_t k = 0; k < in.size(); ++k)
             rings.add(in[k], {0, 1, scale});
-        Nesting nesting(rings, how.tolerance * scale, {how.progress, how.user});
+        Nesting nesting(rings, how.tolerance * scale, how.crossing != 0, {how.progress, how.user});
         if (how.crossing == 0)
             if (const std::optional<Crossing> crossing = nesting.find_crossing())
-                throw Refusal("outlines", "not cross each other",
-                              Text() << "outlines " << crossing->first << " and " << crossing->second << " do, near ("
-                                     << crossing->place.x / scale << ", " << crossing->place.y / scale << ")");
+                refuse(*crossing, 1.0 / scale);
         nesting.find(outer);
     });
 }

@@ -372,7 +372,7 @@ KORVALE_C_API korvale_status korvale_triangulate(const korvale_points* outlines,
 /// How outlines are sorted into shapes.
 typedef struct korvale_shapes_options {
     uint32_t size;    ///< of this struct, in bytes
-    int32_t crossing; ///< 1: outlines that cross each other are sorted all the same; 0: they are refused
+    int32_t crossing; ///< 1: outlines that cross, also themselves, are sorted all the same; 0: they are refused
     double tolerance; ///< outlines that lie within it of each other everywhere are one, and what is within it touches
     korvale_progress progress; ///< told while many outlines are sorted; may be null
     void* user;                ///< handed to `progress`
@@ -394,7 +394,8 @@ KORVALE_C_API void korvale_shapes_defaults(korvale_shapes_options* options, size
 /// apart, and bends shorter than twice the tolerance may be up to twice as far. Outlines cross only where they do by
 /// more than that. Without a tolerance, what is below a 10^12th of the largest coordinate is rounding.
 ///
-/// Refuses numbers that are not finite, a tolerance below 0, and outlines that cross each other: it names two of them.
+/// Refuses numbers that are not finite, a tolerance below 0, and outlines that cross themselves or each other: it names
+/// one or two of them, and where. They may touch themselves, as along a way to a hole and back.
 KORVALE_C_API korvale_status korvale_shapes(const korvale_points* outlines, int64_t count,
                                             const korvale_shapes_options* options, int32_t* outer,
                                             korvale_error* error);

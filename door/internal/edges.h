@@ -48,14 +48,13 @@ public:
     /// The point of the edges that is nearest to `p`, if one is nearer than `reach`.
     std::optional<Place> nearest(const Place& p, double reach) const;
 
-    /// Calls `see(e)` for the edges with a box that comes within `reach` of that of another, for some several times.
+    /// Calls `see(k)` for the edges with a box that comes within `reach` of that of another, for some several times.
     template <class See>
     void for_each_near(const Edge& e, double reach, See see) const
     {
         const Box box = box_of(e.from, e.to);
-        const auto see_edge = [&](size_t k) { see(edges_[k]); };
         for_each_in({box.low_x - reach, box.low_y - reach, box.high_x + reach, box.high_y + reach}, 1, 0,
-                    pieces_.size(), see_edge);
+                    pieces_.size(), see);
     }
 
     /// Calls `see(k)` for the edges with a box that touches that of edge i, for some of them several times.

@@ -212,12 +212,13 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
         joins: the first of them is taken, as drawings have contours that are nearly there twice. Edges side by side
         meet in corners that are farther apart, so corners, and bends shorter than twice the tolerance, may be up to
         twice as far. What is within it touches, and does not count as crossing.
-    crossing: outlines that cross each other are sorted all the same. Else they are refused, and two of them are named.
+    crossing: outlines that cross each other, or themselves, are sorted all the same. Else they are refused: the error
+        tells which ones and where.
     progress: as for `offset`.
 
     An outline inside an even number of others is an outer one; it does not matter which way round it runs. Outlines may
-    touch. One that is there twice, number for number, is taken once. None that is returned repeats its first point at
-    the end.
+    touch each other and themselves. One that is there twice, number for number, is taken once. None that is returned
+    repeats its first point at the end.
 
     >>> square = numpy.array([(0, 0), (1, 0), (1, 1), (0, 1)])
     >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]

@@ -493,8 +493,12 @@ class SolidTest(RefusingTest):
 
     def test_shapes_refuse_what_crosses(self):
         crossing = [SQUARE, SQUARE + (1, 1, 0)]
-        self.assertRefuses("shapes: outlines must not cross each other, but outlines 0 and 1 do, near (4, 1)",
-                           lambda: korvale.shapes(crossing))
+        self.assertRefuses("shapes: outlines must not cross each other, but outlines 0 and 1 do, near (4, 1); set "
+                           "tolerance to allow small ones, or crossing to allow all", lambda: korvale.shapes(crossing))
+        bow = [(1, 1), (3, 1), (1, 3), (3, 3)]
+        self.assertRefuses("shapes: outline 1 must not cross itself, but it does near (2, 2); set tolerance "
+                           "to allow small ones, or crossing to allow all", lambda: korvale.shapes([SQUARE, bow]))
+        self.assertEqual(len(korvale.shapes([SQUARE, bow], crossing=True)), 1)
         self.assertEqual(len(korvale.shapes(crossing, crossing=True)), 1)
         self.assertRefuses("shapes: tolerance must be 0 or more, but it is -1",
                            lambda: korvale.shapes([SQUARE], tolerance=-1))

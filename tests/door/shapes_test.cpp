@@ -196,23 +196,27 @@ TEST(Shapes, WhatLiesWithinTheToleranceTouches)
     }
 }
 
+std::string refusal(const std::vector<Coordinates>& outlines, double tolerance)
+{
+    std::vector<korvale_points> views;
+    for (const Coordinates& outline : outlines)
+        views.push_back(points_of(outline));
+    std::vector<int32_t> outer(outlines.size());
+    const korvale_shapes_options options = options_of(tolerance, 0);
+    return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+        return korvale_shapes(views.data(), static_cast<int64_t>(views.size()), &options, outer.data(), error);
+    });
+}
+
 TEST(Shapes, OutlinesThatCrossAreRefused)
 {
     const Coordinates plate = box(0, 0, 8, 8), far = box(20, 0, 22, 2);
-    const auto refusal = [&](const std::vector<Coordinates>& outlines, double tolerance) {
-        std::vector<korvale_points> views;
-        for (const Coordinates& outline : outlines)
-            views.push_back(points_of(outline));
-        std::vector<int32_t> outer(outlines.size());
-        const korvale_shapes_options options = options_of(tolerance, 0);
-        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
-            return korvale_shapes(views.data(), static_cast<int64_t>(views.size()), &options, outer.data(), error);
-        });
-    };
     EXPECT_EQ(refusal({plate, far, box(6, 2, 10, 4)}, 0),
-              "korvale_shapes: outlines must not cross each other, but outlines 0 and 2 do, near (8, 2)");
+              "korvale_shapes: outlines must not cross each other, but outlines 0 and 2 do, near (8, 2); set "
+              "tolerance to allow small ones, or crossing to allow all");
     EXPECT_EQ(refusal({box(2, -2, 4, 10), plate}, 0.5), // a cross without a corner of one in the other
-              "korvale_shapes: outlines must not cross each other, but outlines 0 and 1 do, near (4, 0)");
+              "korvale_shapes: outlines must not cross each other, but outlines 0 and 1 do, near (4, 0); set "
+              "tolerance to allow small ones, or crossing to allow all");
     EXPECT_THAT(outer_of({plate, box(6, 2, 8.25, 4)}, 0.25), ElementsAre(0, 0));
     EXPECT_NE(refusal({plate, box(6, 2, 8.25, 4)}, 0.125), "");
     // through corners of both
@@ -224,6 +228,55 @@ TEST(Shapes, OutlinesThatCrossAreRefused)
                       0.01),
               "");
     EXPECT_THAT(outer_of({plate, box(6, 2, 10, 4)}, 0, 1), ElementsAre(0, 0)); // where it begins
+}
+
+TEST(Shapes, OutlinesThatCrossThemselvesAreRefused)
+{
+    const Coordinates plate = box(0, 0, 8, 8), bow = {1, 1, 0, 3, 1, 0, 1, 3, 0, 3, 3, 0};
+    EXPECT_EQ(refusal({plate, bow}, 0),
+              "korvale_shapes: outline 1 must not cross itself, but it does near (2, 2); set tolerance to "
+              "allow small ones, or crossing to allow all");
+    EXPECT_EQ(refusal({plate, reversed(bow), box(6, 2, 10, 4)}, 0.5), // before outlines 0 and 2, which cross each other
+              "korvale_shapes: outlines must not cross each other, but outlines 0 and 2 do, near (8, 2); set tolerance "
+              "to allow small ones, or crossing to allow all");
+    EXPECT_THAT(outer_of({plate, bow}, 0, 1), ElementsAre(0, 0));
+    EXPECT_NE(refusal({{0, 0, 0, 2, 2, 0, 4, 4, 0, 4, 0, 0, 2, 2, 0, 0, 4, 0}}, 0), ""); // through a corner
+    EXPECT_NE(refusal({{0, 0, 0, 9, 0, 0, 9, 9, 0, 4, 9, 0, 4, 5, 0, 12, 5, 0, 12, 12, 0, 0, 12, 0}}, 0), ""); // a loop
+    Coordinates loop = plate; // of 0.01 at a corner
+    loop.insert(loop.end(), {-0.01, 0, 0, -0.01, 0.01, 0, 0.01, 0.01, 0, 0.01, -0.01, 0});
+    EXPECT_NE(refusal({loop}, 0.001), "");
+    EXPECT_THAT(outer_of({loop}, 0.1), ElementsAre(0));
+}
+
+TEST(Shapes, OutlinesMayTouchThemselves)
+{
+    const std::vector<Coordinates> touching = {
+        {0, 0, 0, 4, 0, 0, 2, 2, 0, 4, 4, 0, 0, 4, 0, 2, 2, 0},                     // at a corner
+        {0, 0, 0, 4, 0, 0, 8, 0, 0, 8, 8, 0, 4, 0, 0, 0, 8, 0},                     // at a side
+        {0, 0, 0, 9, 0, 0, 9, 9, 0, 5, 9, 0, 5, 12, 0, 5, 11, 0, 5, 9, 0, 0, 9, 0}, // along a way there and back
+        {0, 0, 0, 9, 0, 0, 9, 9, 0, 0, 9, 0, 0, 5, 0, 1, 5, 0, 3, 5, 0,
+         3, 6, 0, 6, 6, 0, 6, 3, 0, 3, 3, 0, 3, 5, 0, 2, 5, 0, 0, 5, 0}, // along a way to a hole
+    };
+    for (const Coordinates& outline : touching)
+        for (int k = 0; k < rounds(300); ++k) {
+            const double c = std::cos(0.01 * k), s = std::sin(0.01 * k);
+            Coordinates turned;
+            for (size_t i = 0; i < outline.size(); i += 3)
+                turned.insert(turned.end(),
+                              {c * outline[i] - s * outline[i + 1], s * outline[i] + c * outline[i + 1], 0});
+            std::rotate(turned.begin(), turned.begin() + 3 * (k % 5), turned.end());
+            ASSERT_THAT(outer_of({k % 2 == 0 ? turned : reversed(turned)}), ElementsAre(0)) << "turned by " << k;
+        }
+}
+
+TEST(Shapes, ScribblesTakeNoLong)
+{
+    Random random(1405);
+    Coordinates scribble;
+    for (int i = 0; i < 5000; ++i)
+        scribble.insert(scribble.end(), {random.uniform(0, 1), random.uniform(0, 1), 0.0});
+    EXPECT_NE(refusal({scribble}, 0), "");
+    EXPECT_NE(refusal({scribble}, 0.01), "");
 }
 
 TEST(Shapes, SayWhichTolerancesTheyRefuse)

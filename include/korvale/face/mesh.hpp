@@ -149,7 +149,7 @@ inline std::vector<Triangle> triangulate(AnyShape outlines, const Progress& prog
 /// How `shapes` works.
 struct ShapesOptions {
     double tolerance = 0.0; ///< outlines that lie within it of each other everywhere are one
-    bool crossing = false;  ///< outlines that cross each other are sorted all the same, instead of refused
+    bool crossing = false;  ///< outlines that cross, also themselves, are sorted all the same, instead of refused
     Progress progress = {}; ///< told while many outlines are sorted; it may stop that
 };
 
@@ -193,8 +193,8 @@ inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outl
 ///     draw(letter[shape[0]], shape.size() - 1);
 /// ```
 ///
-/// Throws `Error` for numbers that are not finite, a tolerance below 0, and outlines that cross by more than the
-/// tolerance, unless they are sorted all the same.
+/// Throws `Error` for numbers that are not finite, a tolerance below 0, and outlines that cross themselves or each
+/// other by more than the tolerance, unless they are sorted all the same.
 inline std::vector<std::vector<std::size_t>> shapes(AnyOutlines outlines, const ShapesOptions& options = {})
 {
     return try_shapes(outlines.view(), options).value();

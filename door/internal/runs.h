@@ -1,0 +1,152 @@
+#pragma once
+
+#include <algorithm>
+
+#include "door/internal/boxes.h"
+#include "door/internal/edges.h"
+#include "door/internal/triangulate.h"
+
+namespace korvale::door {
+
+/// Edges of a ring, one after the other.
+struct Run {
+    int32_t ring, first, count;
+    uint8_t ways; ///< bits: all of them go right, left, up, down
+};
+
+inline Box box_of(const Edge& e)
+{
+    return {std::min(e.from.x, e.to.x), std::min(e.from.y, e.to.y), std::max(e.from.x, e.to.x),
+            std::max(e.from.y, e.to.y)};
+}
+
+/// The edges of rings in a tree of boxes of runs, and boxes of these boxes (Antonin Guttman, R-Trees: A Dynamic Index
+/// Structure for Spatial Searching, 1984).
+class RunTree {
+public:
+    static constexpr int32_t kRun = 8; ///< edges of a run, at most
+
+    explicit RunTree(const Rings& rings) : rings_(rings) {}
+
+    /// Takes up those rings for which `is_wanted(k)`.
+    template <class IsWanted>
+    void grow(IsWanted is_wanted)
+    {
+        Vector<Run> runs;
+        Vector<Place> middles;
+        first_run_.assign(rings_.size(), 0);
+        for (size_t k = 0; k < rings_.size(); ++k)
+            if (is_wanted(k))
+                add_runs(static_cast<int32_t>(k), runs, middles);
+        sort(runs, middles);
+    }
+
+    /// The edge from place i of a ring.
+    Edge edge(int32_t ring, int32_t i) const
+    {
+        const std::span<const Place> places = rings_[static_cast<size_t>(ring)];
+        const auto k = static_cast<size_t>(i);
+        return {places[k], places[k + 1 < places.size() ? k + 1 : 0]};
+    }
+
+    /// Nodes of the tree: node i lies above nodes 2 i and 2 i + 1, the root is node 1, and the leaves are the second
+    /// half, the first of them runs.
+    const Vector<Box>& nodes() const { return nodes_; }
+    size_t first_leaf() const { return nodes_.size() / 2; }
+    const Run& run_at(size_t leaf) const { return runs_[leaf - first_leaf()]; }
+
+    /// The boxes of the runs of a ring, in their order.
+    std::span<const Box> boxes_of(int32_t ring) const
+    {
+        const size_t n = rings_[static_cast<size_t>(ring)].size();
+        return std::span(boxes_).subspan(static_cast<size_t>(first_run_[static_cast<size_t>(ring)]), runs_for(n));
+    }
+
+    /// Calls `see(ring, i, other, k)` for each two edges whose boxes come within `slack` of each other, once: for those
+    /// of one ring only if `sees_own`, and not for edges that cannot meet as they all go one way.
+    template <class See>
+    void for_each_near_pair(double slack, bool sees_own, const Telling& telling, See see) const
+    {
+        const auto widened = [&](const Box& b) {
+            return Box{b.low_x - slack, b.low_y - slack, b.high_x + slack, b.high_y + slack};
+        };
+        Vector<std::pair<size_t, size_t>> waiting = {{1, 1}};
+        const auto wait = [&](size_t a, size_t b) {
+            if (nodes_[a].low_x <= nodes_[a].high_x && widened(nodes_[a]).meets(nodes_[b]))
+                waiting.emplace_back(a, b);
+        };
+        const size_t leaves = first_leaf();
+        Asking asking(telling, kQuestion);
+        double done = 0.0; // leaves are paired with themselves from the last to the first
+        while (!waiting.empty()) {
+            const auto [a, b] = waiting.back(); // nodes of one height
+            waiting.pop_back();
+            if (a >= leaves && a == b)
+                done = 1.0 - static_cast<double>(a - leaves) / static_cast<double>(leaves);
+            asking.step(done);
+            if (a < leaves) {
+                wait(2 * a, 2 * b);
+                wait(2 * a, 2 * b + 1);
+                wait(2 * a + 1, 2 * b + 1);
+                if (a != b)
+                    wait(2 * a + 1, 2 * b);
+            } else if (a - leaves < runs_.size()) {
+                const Run &run = runs_[a - leaves], &other = runs_[b - leaves];
+                if (run.ring != other.ring || (sees_own && may_meet_itself(run, other))) {
+                    const Box box = widened(nodes_[a]), &near = nodes_[b];
+                    compare(run, other, slack,
+                            {std::max(box.low_x, near.low_x), std::max(box.low_y, near.low_y),
+                             std::min(box.high_x, near.high_x), std::min(box.high_y, near.high_y)},
+                            see);
+                }
+            }
+        }
+    }
+
+private:
+    static constexpr int32_t kQuestion = 256; // steps between two questions whether to go on
+
+    static size_t runs_for(size_t edges) { return (edges + kRun - 1) / kRun; }
+
+    void add_runs(int32_t ring, Vector<Run>& runs, Vector<Place>& middles);
+    void sort(const Vector<Run>& runs, const Vector<Place>& middles);
+
+    /// Runs of one ring that follow each other and go one way do not.
+    bool may_meet_itself(const Run& a, const Run& b) const
+    {
+        const auto n = static_cast<int32_t>(rings_[static_cast<size_t>(a.ring)].size());
+        const auto is_next = [&](const Run& p, const Run& q) { return (p.first + p.count) % n == q.first; };
+        return (a.ways & b.ways) == 0 || !(a.first == b.first || is_next(a, b) || is_next(b, a));
+    }
+
+    /// Looks at the edges of two runs that come into what is common to their boxes.
+    template <class See>
+    void compare(const Run& run, const Run& other, double slack, const Box& common, See& see) const
+    {
+        struct Near {
+            Box box;
+            int32_t edge;
+        } near[kRun];
+        int32_t count = 0;
+        for (int32_t k = other.first; k < other.first + other.count; ++k)
+            if (const Box box = box_of(edge(other.ring, k)); box.meets(common))
+                near[count++] = {box, k};
+        const bool is_one = run.ring == other.ring && run.first == other.first;
+        for (int32_t i = run.first; count > 0 && i < run.first + run.count; ++i) {
+            const Box own = box_of(edge(run.ring, i));
+            const Box box = {own.low_x - slack, own.low_y - slack, own.high_x + slack, own.high_y + slack};
+            if (box.meets(common))
+                for (int32_t k = 0; k < count; ++k)
+                    if (box.meets(near[k].box) && (!is_one || i < near[k].edge))
+                        see(run.ring, i, other.ring, near[k].edge);
+        }
+    }
+
+    const Rings& rings_;
+    Vector<int32_t> first_run_; ///< of each ring, among `boxes_`
+    Vector<Box> boxes_;         ///< of the runs of all rings
+    Vector<Run> runs_;          ///< in the order of the leaves
+    Vector<Box> nodes_;
+};
+
+} // namespace korvale::door
