@@ -214,7 +214,7 @@ private:
     bool are_finite() const
     {
         return std::ranges::all_of(borders_, [](const Border& border) {
-            return inside::are_finite(border.points.data()->data(), 3 * static_cast<int64_t>(border.size));
+            return data::are_finite(border.points.data()->data(), 3 * static_cast<int64_t>(border.size));
         });
     }
 

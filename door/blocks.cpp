@@ -22,7 +22,7 @@
 
 namespace korvale::door {
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 namespace {
 

@@ -21,7 +21,7 @@
 
 namespace korvale::door {
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 namespace {
 
@@ -344,7 +344,7 @@ int32_t korvale_equations_count(const korvale_equations* equations)
 
 int32_t korvale_equations_variables(const korvale_equations* equations)
 {
-    return equations == nullptr ? 0 : korvale::inside::named_count(equations->record);
+    return equations == nullptr ? 0 : korvale::equation::named_count(equations->record);
 }
 
 const char* korvale_equations_name(const korvale_equations* equations, int32_t variable)
@@ -352,7 +352,7 @@ const char* korvale_equations_name(const korvale_equations* equations, int32_t v
     if (variable < 0 || variable >= korvale_equations_variables(equations))
         return nullptr;
     return reinterpret_cast<const char*>(equations->record.var_names->bvals) +
-           int64_t{variable} * korvale::inside::kNameBytes;
+           int64_t{variable} * korvale::equation::kNameBytes;
 }
 
 korvale_status korvale_equations_set(korvale_equations* equations, const char* name, double value, korvale_error* error)

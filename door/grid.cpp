@@ -87,10 +87,10 @@ bool copy_points(std::span<const Point> points, double* to, double* box)
     for (size_t i = 0; i < points.size(); i += kPiece) {
         const std::span<const Point> piece = points.subspan(i, std::min(kPiece, points.size() - i));
         const auto n = static_cast<int64_t>(piece.size());
-        if (!inside::are_finite(piece[0].data(), 3 * n))
+        if (!data::are_finite(piece[0].data(), 3 * n))
             return false;
         double around[6];
-        inside::find_bounds(piece[0].data(), n, 3, i == 0 ? box : around);
+        data::find_bounds(piece[0].data(), n, 3, i == 0 ? box : around);
         if (i > 0)
             widen(box, around);
         if (to != points[0].data())
@@ -148,7 +148,7 @@ void borrow(korvale_grid& grid, std::span<const Point> corners, const korvale_gr
     grid.triangles = corners.empty() ? nullptr : corners[0].data();
     double box[6] = {};
     if (!corners.empty())
-        inside::find_bounds(grid.triangles, static_cast<int64_t>(corners.size()), 3, box);
+        data::find_bounds(grid.triangles, static_cast<int64_t>(corners.size()), 3, box);
     take_cells(grid, box, options);
     classify(grid);
 }

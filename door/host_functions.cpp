@@ -54,15 +54,15 @@ struct Callers;
 
 template <size_t... k>
 struct Callers<std::index_sequence<k...>> {
-    static constexpr inside::NoArgFunction kNone[] = {call_none<k>...};
-    static constexpr inside::UnaryFunction kOne[] = {call_one<k>...};
-    static constexpr inside::BinaryFunction kTwo[] = {call_two<k>...};
+    static constexpr equation::NoArgFunction kNone[] = {call_none<k>...};
+    static constexpr equation::UnaryFunction kOne[] = {call_one<k>...};
+    static constexpr equation::BinaryFunction kTwo[] = {call_two<k>...};
 };
 using AllCallers = Callers<std::make_index_sequence<kSlots>>;
 
-inside::Function caller_of(int32_t arguments, int32_t slot)
+equation::Function caller_of(int32_t arguments, int32_t slot)
 {
-    inside::Function plain;
+    equation::Function plain;
     if (arguments == 0)
         plain.none = AllCallers::kNone[slot];
     else if (arguments == 1)

@@ -180,7 +180,7 @@ korvale_status korvale_mesh_bounds(const korvale_triangles* triangles, double* l
         if (in.size() == 0)
             throw Refusal("triangles", "have at least 1 triangle", "there is none");
         double box[6];
-        korvale::inside::find_bounds(in.data(), 3 * in.size(), 3, box);
+        korvale::data::find_bounds(in.data(), 3 * in.size(), 3, box);
         std::copy_n(box, 3, least);
         std::copy_n(box + 3, 3, greatest);
     });

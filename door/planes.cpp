@@ -28,7 +28,7 @@ bool flatten_by_extremes(std::span<const Point> points, bool closed, Planes& pla
     path.count = static_cast<int32_t>(points.size());
     path.dim = 3;
     path.dvals = record_over(points).dvals;
-    return inside::flatten(&path, planes.to_plane, planes.from_plane, closed) == 1;
+    return path::flatten(&path, planes.to_plane, planes.from_plane, closed) == 1;
 }
 
 struct Frame {
@@ -64,7 +64,7 @@ void find_frames_of_loop(std::span<const Point> path, Xfm* frames)
 Extent extent_of(std::span<const Point> points)
 {
     double box[6];
-    inside::find_bounds(points[0].data(), static_cast<int64_t>(points.size()), 3, box);
+    data::find_bounds(points[0].data(), static_cast<int64_t>(points.size()), 3, box);
     Extent extent = {0.0, 0.0};
     for (int k = 0; k < 3; ++k) {
         extent.half = std::max(extent.half, 0.5 * box[k + 3] - 0.5 * box[k]);
@@ -125,8 +125,8 @@ Planes flatten(std::span<const Point> points, bool closed)
     const Extent extent = extent_of(points);
     const double scale = scale_for(extent);
     const std::span<const Point> work = scaled(points, scale, room);
-    inside::flatten_for_sure(work[0].data(), static_cast<int>(work.size()), scale * extent.greatest, planes.to_plane,
-                             planes.from_plane, closed);
+    path::flatten_for_sure(work[0].data(), static_cast<int>(work.size()), scale * extent.greatest, planes.to_plane,
+                           planes.from_plane, closed);
     return planes.scaled(1.0 / scale);
 }
 

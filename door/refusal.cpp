@@ -16,7 +16,7 @@
 
 namespace korvale::door {
 
-using namespace korvale::inside;
+using namespace korvale::equation;
 
 namespace {
 

@@ -159,7 +159,7 @@ bool is_sound(const korvale_relaxer& r, std::span<const Point> points)
 {
     if (!is_finite(r.status.energy))
         return false;
-    return inside::are_finite(points[0].data(), 3 * r.size()) ||
+    return data::are_finite(points[0].data(), 3 * r.size()) ||
            std::none_of(points.begin(), points.end(),
                         [](const Point& p) { return is_nan(p.x) || is_nan(p.y) || is_nan(p.z); });
 }

@@ -49,15 +49,15 @@ struct Scattering {
     static bool ask(double done, void* user) { return static_cast<const Telling*>(user)->goes_on(done); }
 };
 
-void scatter(Scattering s, PointsOut& output, const inside::SampledAttributes& carried, int32_t* numbers)
+void scatter(Scattering s, PointsOut& output, const data::SampledAttributes& carried, int32_t* numbers)
 {
-    using inside::Sampled;
+    using data::Sampled;
     if (output.size() == 0)
         return;
     const std::string_view argument = s.weights == nullptr ? "triangles" : "options.weights";
-    switch (inside::scatter_alone({s.triangles.data(), s.triangles.size(), 9, s.weights}, s.seed,
-                                  {output.data(), output.size(), 3, numbers}, carried,
-                                  {s.telling.progress == nullptr ? nullptr : &Scattering::ask, &s.telling})) {
+    switch (data::scatter_alone({s.triangles.data(), s.triangles.size(), 9, s.weights}, s.seed,
+                                {output.data(), output.size(), 3, numbers}, carried,
+                                {s.telling.progress == nullptr ? nullptr : &Scattering::ask, &s.telling})) {
     case Sampled::done:
         return;
     case Sampled::no_room:

@@ -33,10 +33,10 @@
 
 namespace korvale::door {
 
-using inside::CellRange;
-using inside::Floats;
-using inside::GridAxis;
-using inside::Pair;
+using platform::Floats;
+using platform::Pair;
+using ray::CellRange;
+using ray::GridAxis;
 
 namespace {
 
@@ -94,8 +94,8 @@ double least_square(const double* triangles, int32_t count, double scale, const 
         const double a[3] = {scale * (p[3] - p[0]), scale * (p[4] - p[1]), scale * (p[5] - p[2])};
         const double b[3] = {scale * (p[6] - p[0]), scale * (p[7] - p[1]), scale * (p[8] - p[2])};
         double normal[3];
-        inside::cross(a, b, normal);
-        const double square = inside::dot(normal, normal);
+        math::cross(a, b, normal);
+        const double square = math::dot(normal, normal);
         if (square > 0 && square < least)
             least = square;
     }
@@ -137,9 +137,9 @@ void bring_to_length(double* direction)
 
 Ray::Ray(const double* from, const double* along, double scale)
 {
-    inside::copy3(along, unit);
+    math::copy3(along, unit);
     bring_to_length(unit);
-    can_meet = inside::make_unit(unit);
+    can_meet = math::make_unit(unit);
     for (int k = 0; k < 3; ++k) {
         origin[k] = scale * from[k];
         can_meet = can_meet && (door::is_finite(origin[k]) || !door::is_finite(from[k]));
@@ -148,7 +148,7 @@ Ray::Ray(const double* from, const double* along, double scale)
     if (!can_meet)
         return;
     ray_compute_xfm(origin, unit, frame);
-    inside::copy3(frame[2], ahead);
+    math::copy3(frame[2], ahead);
     for (int i = 0; i < 3; ++i)
         for (int j = 0; j < 3; ++j)
             frame[i][j] *= scale; // of triangles
@@ -163,18 +163,18 @@ bool Ray::meets(const double* triangle, double& distance) const
     const double start[3] = {0, 0, 0};
     double seen[9];
     for (int v = 0; v < 9; v += 3)
-        inside::carry_point(frame, triangle + v, seen + v);
-    return inside::meets_triangle(start, seen, &distance);
+        math::carry_point(frame, triangle + v, seen + v);
+    return ray::meets_triangle(start, seen, &distance);
 }
 
 void Ray::weigh(const double* triangle, double* weights) const
 {
     double p[9];
     for (int v = 0; v < 9; v += 3)
-        inside::carry_point(frame, triangle + v, p + v);
+        math::carry_point(frame, triangle + v, p + v);
     const double system[2][3] = {{p[0] - p[6], p[3] - p[6], 0.0 - p[6]}, {p[1] - p[7], p[4] - p[7], 0.0 - p[7]}};
     weights[0] = weights[1] = 0.0;
-    inside::solve_two_by_two(system, &weights[0], &weights[1]);
+    math::solve_two_by_two(system, &weights[0], &weights[1]);
     weights[2] = 1.0 - weights[0] - weights[1];
 }
 
@@ -214,7 +214,7 @@ void Tree::place_cells(const int32_t (&n)[3])
     double* plane = planes_.data();
     grid_.in_order = true;
     for (int k = 0; k < 3; ++k) {
-        if (!inside::place_planes(low_[k], high_[k], n[k], plane))
+        if (!ray::place_planes(low_[k], high_[k], n[k], plane))
             grid_.in_order = false;
         grid_.axes[k] = {plane, n[k], n[k] / (plane[n[k]] - plane[0])};
         plane += n[k] + 1;
@@ -226,19 +226,19 @@ void Tree::find_box(int32_t t, double* box) const
     double scaled[9];
     for (int i = 0; i < 9; ++i)
         scaled[i] = scale_ * triangle(t)[i];
-    inside::find_triangle_box(scaled, box);
+    ray::find_triangle_box(scaled, box);
 }
 
 bool Tree::meets_cell(const Ray& ray, int32_t t) const
 {
     if (!grid_.in_order)
         return first_cell(ray, t) >= 0;
-    double box[inside::kBoxValues];
+    double box[ray::kBoxValues];
     find_box(t, box);
     const double* ends[3][2];
     for (int k = 0; k < 3; ++k) {
         const GridAxis& axis = grid_.axes[k];
-        const CellRange cells = inside::cells_touching(axis, box[k], box[k + 3]);
+        const CellRange cells = ray::cells_touching(axis, box[k], box[k + 3]);
         if (cells.first > cells.last)
             return false;
         ends[k][0] = axis.planes + cells.first;
@@ -248,9 +248,8 @@ bool Tree::meets_cell(const Ray& ray, int32_t t) const
         const int a = k == 0 ? 1 : 0, b = k == 2 ? 1 : 2;
         for (const double* plane = ends[k][0]; plane <= ends[k][1]; ++plane) {
             double at_a, at_b;
-            if (inside::meets_plane(ray.origin, ray.unit, *plane, k, a, b, &at_a, &at_b) &&
-                inside::lies_between(at_a, *ends[a][0], *ends[a][1]) &&
-                inside::lies_between(at_b, *ends[b][0], *ends[b][1]))
+            if (ray::meets_plane(ray.origin, ray.unit, *plane, k, a, b, &at_a, &at_b) &&
+                ray::lies_between(at_a, *ends[a][0], *ends[a][1]) && ray::lies_between(at_b, *ends[b][0], *ends[b][1]))
                 return true;
         }
     }
@@ -260,10 +259,10 @@ bool Tree::meets_cell(const Ray& ray, int32_t t) const
 template <class Visit>
 void Tree::for_each_cell(int32_t t, Visit visit) const
 {
-    double box[inside::kBoxValues];
+    double box[ray::kBoxValues];
     find_box(t, box);
     grid_.for_each_cell([&](int32_t cell, const double* cell_box) {
-        if (inside::boxes_meet(cell_box, box))
+        if (ray::boxes_meet(cell_box, box))
             visit(cell, cell_box);
     });
 }
@@ -272,7 +271,7 @@ int32_t Tree::first_cell(const Ray& ray, int32_t t) const
 {
     int32_t first = -1;
     for_each_cell(t, [&](int32_t cell, const double* box) {
-        if (first < 0 && inside::meets_box(ray.origin, ray.unit, box))
+        if (first < 0 && ray::meets_box(ray.origin, ray.unit, box))
             first = cell;
     });
     return first;
@@ -295,16 +294,16 @@ struct Tree::Slabs {
             largest = std::max(largest, std::fabs(ray.origin[k]) + std::fabs(tree.centre_[k]));
         }
         const double* const d = ray.ahead;
-        start = inside::dot(towards, d);
+        start = math::dot(towards, d);
         pad = kFloatPad * tree.half_ + kFarPad * (largest + tree.half_);
         for (int k = 0; k < 3; ++k) {
             const double seen_from = start * d[k] - towards[k];
             const bool is_flat = std::fabs(d[k]) < 1e-18;
             is_down[k] = std::signbit(d[k]);
             const double outwards = is_down[k] ? -pad : pad;
-            entry[k] = inside::all_floats(static_cast<float>(seen_from + outwards));
-            exit[k] = inside::all_floats(static_cast<float>(seen_from - outwards));
-            inverse[k] = inside::all_floats(static_cast<float>(1 / (is_flat ? std::copysign(1e-18, d[k]) : d[k])));
+            entry[k] = platform::all_floats(static_cast<float>(seen_from + outwards));
+            exit[k] = platform::all_floats(static_cast<float>(seen_from - outwards));
+            inverse[k] = platform::all_floats(static_cast<float>(1 / (is_flat ? std::copysign(1e-18, d[k]) : d[k])));
         }
     }
 
@@ -344,7 +343,7 @@ struct Sight {
         if ((beside[0] | beside[1]) != 0)
             return false;
         const double seen[9] = {a[0], a[1], along(t), b[0], b[1], along(t + 3), c[0], c[1], along(t + 6)};
-        return inside::meets_triangle(kStart, seen, &distance);
+        return ray::meets_triangle(kStart, seen, &distance);
     }
 
     static constexpr double kStart[3] = {0, 0, 0};
@@ -379,7 +378,7 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
     };
     const Slabs slabs(ray, *this);
     const Sight seen(ray);
-    const Floats earliest = inside::all_floats(slabs.before());
+    const Floats earliest = platform::all_floats(slabs.before());
     Waiting waiting[kMostWaiting + 1];
     Waiting at = {0, earliest[0]};
     int32_t n = 0;
@@ -397,15 +396,16 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
             latest = slabs.from_here(reach);
         } else {
             const Node& node = nodes_[static_cast<size_t>(at.child)];
-            Floats entry = inside::all_floats(-std::numeric_limits<float>::infinity()), exit = -entry;
+            Floats entry = platform::all_floats(-std::numeric_limits<float>::infinity()), exit = -entry;
             for (int k = 0; k < 3; ++k) {
-                const Floats nearer = inside::load_floats(slabs.is_down[k] ? node.high[k] : node.low[k]);
-                const Floats farther = inside::load_floats(slabs.is_down[k] ? node.low[k] : node.high[k]);
-                entry = inside::greater((nearer - slabs.entry[k]) * slabs.inverse[k], entry);
-                exit = inside::less((farther - slabs.exit[k]) * slabs.inverse[k], exit);
+                const Floats nearer = platform::load_floats(slabs.is_down[k] ? node.high[k] : node.low[k]);
+                const Floats farther = platform::load_floats(slabs.is_down[k] ? node.low[k] : node.high[k]);
+                entry = platform::greater((nearer - slabs.entry[k]) * slabs.inverse[k], entry);
+                exit = platform::less((farther - slabs.exit[k]) * slabs.inverse[k], exit);
             }
-            const Floats slack = inside::load_floats(node.slack), first = entry - slack, last = exit + slack;
-            unsigned met = inside::bits((entry <= exit) & (first <= inside::all_floats(latest)) & (last >= earliest));
+            const Floats slack = platform::load_floats(node.slack), first = entry - slack, last = exit + slack;
+            unsigned met =
+                platform::bits((entry <= exit) & (first <= platform::all_floats(latest)) & (last >= earliest));
             if (std::has_single_bit(met)) {
                 const int c = std::countr_zero(met);
                 at = {node.children[c], first[c]};

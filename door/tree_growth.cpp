@@ -18,10 +18,10 @@
 
 namespace korvale::door {
 
-using inside::all_floats;
-using inside::Floats;
-using inside::greater;
-using inside::less;
+using platform::all_floats;
+using platform::Floats;
+using platform::greater;
+using platform::less;
 
 namespace {
 
@@ -189,7 +189,7 @@ public:
         const auto n = static_cast<size_t>(n_), leaves = static_cast<size_t>(most_leaves_);
         const size_t bytes = n * sizeof(Box) + leaves * (2 * sizeof(Box) + sizeof(int32_t)) +
                              (leaves / kChunk + 1) * sizeof(Box) + 5 * kAlignment;
-        room_.make_room(std::max(bytes, std::min(2 * bytes, inside::kLargePage - 1)));
+        room_.make_room(std::max(bytes, std::min(2 * bytes, platform::kLargePage - 1)));
         next_ = room_.data();
         boxes_ = take<Box>(n_);
         behind_ = take<Box>(most_leaves_);

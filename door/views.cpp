@@ -295,7 +295,7 @@ void require_finite(const double* point, std::string_view argument)
 
 bool are_finite(std::span<const Point> points)
 {
-    return points.empty() || inside::are_finite(points[0].data(), 3 * static_cast<int64_t>(points.size()));
+    return points.empty() || data::are_finite(points[0].data(), 3 * static_cast<int64_t>(points.size()));
 }
 
 void require_finite(std::span<const Point> points, std::string_view argument)

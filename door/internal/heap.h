@@ -24,7 +24,7 @@ struct HeapAllocator {
 
     T* allocate(size_t n)
     {
-        void* const block = n <= SIZE_MAX / 2 / sizeof(T) ? inside::new_block(n * sizeof(T)) : nullptr;
+        void* const block = n <= SIZE_MAX / 2 / sizeof(T) ? platform::new_block(n * sizeof(T)) : nullptr;
         if (block == nullptr)
             throw std::bad_alloc();
         return static_cast<T*>(block);

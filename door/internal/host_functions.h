@@ -20,13 +20,13 @@ public:
     HostFunction& operator=(HostFunction&&) = delete;
 
     /// Calls the function for as long as this value lives.
-    inside::Function plain() const { return plain_; }
+    equation::Function plain() const { return plain_; }
 
 private:
     static constexpr int32_t kNone = -1;
 
     int32_t arguments_, slot_;
-    inside::Function plain_;
+    equation::Function plain_;
 };
 
 } // namespace korvale::door

@@ -121,7 +121,7 @@ private:
     double half_; ///< the largest half extent
     bool is_ordinary_;
     Vector<double> planes_;
-    inside::Grid grid_;
+    ray::Grid grid_;
     Vector<Node> nodes_;
     Block<int32_t> numbers_; ///< of triangles, leaf after leaf
 };

@@ -18,26 +18,26 @@ inline Point plus(const Point& a, double s, const Point& b)
 
 inline double dot(const Point& a, const Point& b)
 {
-    return inside::dot(a.data(), b.data());
+    return math::dot(a.data(), b.data());
 }
 
 inline Point cross(const Point& a, const Point& b)
 {
     Point c;
-    inside::cross(a.data(), b.data(), c.data());
+    math::cross(a.data(), b.data(), c.data());
     return c;
 }
 
 inline double length(const Point& v)
 {
-    return inside::length(v.data());
+    return math::length(v.data());
 }
 
 /// The vector at length 1, or as it is where it has no direction.
 inline Point unit_of(const Point& v)
 {
     Point u = v;
-    inside::make_unit(u.data());
+    math::make_unit(u.data());
     return u;
 }
 

@@ -45,11 +45,8 @@ namespace border {
 using namespace path;
 }
 
-namespace inside { // what door/ still calls all of them
+namespace inside { // what door/offset.cpp still calls border and path
 using namespace border;
-using namespace equation;
-using namespace preserve;
-using namespace ray;
-} // namespace inside
+}
 
 } // namespace korvale
