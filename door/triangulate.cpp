@@ -444,14 +444,16 @@ Vector<Triangle> cut(const Rings& rings, const Telling& telling)
 
 Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telling)
 {
-    Corners corners = corners_of(rings, like);
     const bool has_holes = rings.size() > 1;
+    const std::optional<Rings> apart = has_holes ? keep_apart(rings, like, telling.part(0.0, 0.0)) : std::nullopt;
+    const Rings& work = apart ? *apart : rings;
+    Corners corners = corners_of(work, like);
     const double of_bridges = has_holes ? 0.25 : 0.0;
     if (has_holes) {
-        join_holes(rings, corners, telling.part(0.0, of_bridges));
+        join_holes(work, corners, telling.part(0.0, of_bridges));
         corners = in_order(corners);
     }
-    return Clipper(rings.places, std::move(corners)).run(has_holes, telling.part(of_bridges, 1.0 - of_bridges));
+    return Clipper(work.places, std::move(corners)).run(has_holes, telling.part(of_bridges, 1.0 - of_bridges));
 }
 
 // --- Planes ----------------------------------------------------------------------------------------------------------

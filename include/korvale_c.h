@@ -356,9 +356,9 @@ KORVALE_C_API korvale_status korvale_frames(const korvale_points* path, int32_t 
 
 /// Cuts a planar outline with holes into triangles: n + 2 k - 4 of them for n points in k outlines. They number the
 /// points of all outlines in their order and run counter-clockwise where the outer outline does, whichever way round
-/// the others run. Holes may touch each other and the outer outline, at points and along edges; where outlines cross,
-/// if by rounding alone, triangles may overlap. Some have no area where outlines touch, repeat points or turn back on
-/// themselves.
+/// the others run. Holes may touch each other and the outer outline, at points and along edges, also but for rounding:
+/// what is below a 10^12th of the largest coordinate. Where outlines cross by more, triangles may overlap. Some have no
+/// area where outlines touch, repeat points or turn back on themselves.
 ///
 /// `triangles` has room for `room` triangles of three numbers; `*written` is how many there are.
 ///

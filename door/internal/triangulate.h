@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "door/internal/side.h"
 #include "door/internal/views.h"
@@ -85,5 +86,9 @@ struct Corners {
 /// Joins the holes to the first ring by bridges inside of it, which run there and back. The first ring runs
 /// counter-clockwise, all others clockwise.
 void join_holes(const Rings& rings, Corners& corners, const Telling& telling);
+
+/// The rings with those holes a little smaller that come within rounding of other rings, where any does so without
+/// touching it exactly. Rings run as those of `like` do.
+std::optional<Rings> keep_apart(const Rings& rings, const Rings& like, const Telling& telling);
 
 } // namespace korvale::door

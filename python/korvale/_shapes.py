@@ -355,7 +355,7 @@ def triangulate(outline: ShapeLike, *, progress: ProgressLike = None) -> Ints:
 
     The triangles number the points of all outlines in their order, as `outlines` gives them, and run counter-clockwise
     where the outer outline does: two less than there are points, and two more for each hole. Holes may touch each other
-    and the outer outline, at points and along edges; where outlines cross, if by rounding alone, triangles may overlap.
+    and the outer outline, at points and along edges; where outlines cross by more than rounding, triangles may overlap.
 
     >>> korvale.triangulate([(0, 0), (4, 0), (4, 4), (0, 4)]).shape
     (2, 3)

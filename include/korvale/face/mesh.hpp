@@ -140,7 +140,7 @@ inline Result<std::vector<Triangle>> try_triangulate(AnyShape outlines, const Pr
 /// Cuts a planar outline with holes into triangles: as many as there are points less two, and two more for each hole.
 /// They number the points of all outlines in their order and run counter-clockwise where the outer outline does; the
 /// outlines may run either way round. Holes may touch each other and the outer outline, at points and along edges;
-/// where outlines cross, if by rounding alone, triangles may overlap. The progress is told while many points are cut.
+/// where outlines cross by more than rounding, triangles may overlap. The progress is told while many points are cut.
 inline std::vector<Triangle> triangulate(AnyShape outlines, const Progress& progress = {})
 {
     return try_triangulate(outlines.view(), progress).value();
