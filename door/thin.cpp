@@ -1,6 +1,10 @@
 // Lines with fewer points: "Algorithms for the reduction of the number of points required to represent a digitized line
 // or its caricature" by D. H. Douglas and T. K. Peucker, 1973, with distances to the stretch between two points rather
 // than to the endless line, and a list of stretches to do instead of recursion.
+//
+// Dividing at the furthest point takes n steps for each of n points where that is always the next one, as in steps of
+// one height and in oscillations that fade. So after many divisions a stretch is divided in its middle, or as near to
+// it as a point is beyond the tolerance.
 #include <cmath>
 
 #include "door/internal/planes.h"
@@ -20,29 +24,53 @@ double away(const Point& a, const Point& b, const Point& p)
     return dot(d, d);
 }
 
+struct Stretch {
+    size_t first, last;
+    int32_t depth; ///< of divisions
+};
+
+/// The point of a stretch that is furthest from its chord, where that is beyond `square`; else its first.
+size_t furthest_of(std::span<const Point> line, const Stretch& s, double square)
+{
+    size_t at = s.first;
+    for (size_t i = s.first + 1; i < s.last; ++i)
+        if (const double d = away(line[s.first], line[s.last], line[i]); d > square) {
+            square = d;
+            at = i;
+        }
+    return at;
+}
+
+/// The point beyond `square` that is nearest to the middle of a stretch, counted in points; else its first.
+size_t middle_of(std::span<const Point> line, const Stretch& s, double square)
+{
+    const size_t middle = s.first + (s.last - s.first) / 2;
+    const auto is_beyond = [&](size_t i) { return away(line[s.first], line[s.last], line[i]) > square; };
+    for (size_t step = 0; middle + step < s.last; ++step) {
+        if (is_beyond(middle + step))
+            return middle + step;
+        if (middle > s.first + step && is_beyond(middle - step))
+            return middle - step;
+    }
+    return s.first;
+}
+
 /// Marks the points that stay: every other one lies within `tolerance` of the stretch between the two around it.
 void mark_kept(std::span<const Point> line, double tolerance, Vector<uint8_t>& kept)
 {
-    struct Stretch {
-        size_t first, last;
-    };
-    Vector<Stretch> waiting = {{0, line.size() - 1}};
+    constexpr int32_t kDeep = 64; // divisions. Measured: random walks of 1,000,000 points take 41 to 46
+    Vector<Stretch> waiting = {{0, line.size() - 1, 0}};
     kept[0] = kept[line.size() - 1] = 1;
     while (!waiting.empty()) {
         const Stretch s = waiting.back();
         waiting.pop_back();
-        double furthest = tolerance * tolerance;
-        size_t at = s.first;
-        for (size_t i = s.first + 1; i < s.last; ++i)
-            if (const double d = away(line[s.first], line[s.last], line[i]); d > furthest) {
-                furthest = d;
-                at = i;
-            }
+        const double square = tolerance * tolerance;
+        const size_t at = s.depth < kDeep ? furthest_of(line, s, square) : middle_of(line, s, square);
         if (at == s.first)
             continue;
         kept[at] = 1;
-        waiting.push_back({s.first, at});
-        waiting.push_back({at, s.last});
+        waiting.push_back({s.first, at, s.depth + 1});
+        waiting.push_back({at, s.last, s.depth + 1});
     }
 }
 

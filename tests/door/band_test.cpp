@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <ctime>
 #include <fstream>
 #include <limits>
 #include <set>
@@ -602,6 +603,34 @@ TEST(DoorThin, EveryPointLeftOutIsWithinTheTolerance)
                 ASSERT_LE(distance_from(stretch, false, line[3 * i], line[3 * i + 1]), tolerance * (1 + 1e-12));
         }
     }
+}
+
+TEST(DoorThin, OfStepsAndFadingOscillationsIsReadySoon)
+{
+    // The furthest point is always the next one. A walk of as many points has it anywhere: dividing there alone would
+    // take 4,000 times as long here, and takes about 4 times.
+    constexpr int kPoints = 200000;
+    Random random(1237);
+    const Numbers walk = wandering(random, kPoints, 2);
+    const auto start = std::clock();
+    thinned(walk, 0.1);
+    const auto walked = std::clock();
+    Numbers steps, fading;
+    for (int i = 0; i < kPoints; ++i) {
+        steps.insert(steps.end(), {static_cast<double>(i / 2), static_cast<double>((i + 1) / 2), 0});
+        const double height = 100.0 * (kPoints - i) / kPoints;
+        fading.insert(fading.end(), {static_cast<double>(i), i % 2 == 0 ? height : -height, 0});
+    }
+    const auto before = std::clock();
+    EXPECT_EQ(thinned(steps, 0.1).size(), size_t{kPoints});
+    EXPECT_EQ(thinned(steps, 0.8).size(), 2u);
+    const std::vector<int> kept = thinned(fading, 0.1);
+    EXPECT_LT(std::clock() - before, 200 * (walked - start));
+    EXPECT_GT(kept.size(), 199700u); // of the last 200 points some are within the tolerance
+    EXPECT_LT(kept.size(), 199990u);
+    for (size_t k = 0; k + 1 < kept.size(); ++k)
+        for (int i = kept[k] + 1; i < kept[k + 1]; ++i)
+            ASSERT_LE(std::fabs(fading[3 * static_cast<size_t>(i) + 1]), 0.2);
 }
 
 TEST(DoorThin, SaysWhatItRefuses)
