@@ -18,7 +18,16 @@ void RunTree::add_runs(int32_t ring, Vector<Run>& runs, Vector<Place>& middles)
             box.cover(b);
             ways &= (a.x < b.x ? 1 : 0) | (b.x < a.x ? 2 : 0) | (a.y < b.y ? 4 : 0) | (b.y < a.y ? 8 : 0);
         }
-        runs.push_back({ring, first, count, static_cast<uint8_t>(ways)});
+        const Place start = edge(ring, first).from, along = edge(ring, first + count - 1).to - start;
+        const double length = std::sqrt(dot(along, along));
+        const Place across = length > 0.0 ? Place{-along.y / length, along.x / length} : Place{0.0, 0.0};
+        double low = dot(across, start), high = low;
+        for (int32_t i = first; i < first + count; ++i) {
+            const double at = dot(across, edge(ring, i).to);
+            low = std::min(low, at);
+            high = std::max(high, at);
+        }
+        runs.push_back({ring, first, count, static_cast<uint8_t>(ways), across, low, high});
         boxes_.push_back(box);
         middles.push_back({(box.low_x + box.high_x) / 2, (box.low_y + box.high_y) / 2});
     }

@@ -11,7 +11,9 @@ namespace korvale::door {
 /// Edges of a ring, one after the other.
 struct Run {
     int32_t ring, first, count;
-    uint8_t ways; ///< bits: all of them go right, left, up, down
+    uint8_t ways;     ///< bits: all of them go right, left, up, down
+    Place across;     ///< of length 1, square to the way from its first place to its last; 0 where these are one
+    double low, high; ///< where its places lie along that
 };
 
 inline Box box_of(const Edge& e)
@@ -92,7 +94,8 @@ public:
                     wait(2 * a + 1, 2 * b);
             } else if (a - leaves < runs_.size()) {
                 const Run &run = runs_[a - leaves], &other = runs_[b - leaves];
-                if (run.ring != other.ring || (sees_own && may_meet_itself(run, other))) {
+                if (run.ring != other.ring ? !lie_apart(run, other, slack) && !lie_apart(other, run, slack)
+                                           : sees_own && may_meet_itself(run, other)) {
                     const Box box = widened(nodes_[a]), &near = nodes_[b];
                     compare(run, other, slack,
                             {std::max(box.low_x, near.low_x), std::max(box.low_y, near.low_y),
@@ -119,21 +122,44 @@ private:
         return (a.ways & b.ways) == 0 || !(a.first == b.first || is_next(a, b) || is_next(b, a));
     }
 
+    /// Whether a run lies beside the strip that another one lies in.
+    bool lie_apart(const Run& strip, const Run& run, double slack) const
+    {
+        constexpr double kRounding = 1e-14; // of coordinates, which are at most 1
+        const std::span<const Place> places = rings_[static_cast<size_t>(run.ring)];
+        const auto first = static_cast<size_t>(run.first), end = first + static_cast<size_t>(run.count);
+        double low = dot(strip.across, places[end < places.size() ? end : 0]), high = low;
+        for (const Place& p : places.subspan(first, end - first)) {
+            const double at = dot(strip.across, p);
+            low = std::min(low, at);
+            high = std::max(high, at);
+        }
+        const double gap = std::max(low - strip.high, strip.low - high);
+        return gap > slack + kRounding * (1.0 + slack);
+    }
+
     /// Looks at the edges of two runs that come into what is common to their boxes.
     template <class See>
     void compare(const Run& run, const Run& other, double slack, const Box& common, See& see) const
     {
+        const auto edges_of = [&](int32_t ring) {
+            return [places = rings_[static_cast<size_t>(ring)]](int32_t i) {
+                const auto k = static_cast<size_t>(i);
+                return Edge{places[k], places[k + 1 < places.size() ? k + 1 : 0]};
+            };
+        };
+        const auto edge_of_run = edges_of(run.ring), edge_of_other = edges_of(other.ring);
         struct Near {
             Box box;
             int32_t edge;
         } near[kRun];
         int32_t count = 0;
         for (int32_t k = other.first; k < other.first + other.count; ++k)
-            if (const Box box = box_of(edge(other.ring, k)); box.meets(common))
+            if (const Box box = box_of(edge_of_other(k)); box.meets(common))
                 near[count++] = {box, k};
         const bool is_one = run.ring == other.ring && run.first == other.first;
         for (int32_t i = run.first; count > 0 && i < run.first + run.count; ++i) {
-            const Box own = box_of(edge(run.ring, i));
+            const Box own = box_of(edge_of_run(i));
             const Box box = {own.low_x - slack, own.low_y - slack, own.high_x + slack, own.high_y + slack};
             if (box.meets(common))
                 for (int32_t k = 0; k < count; ++k)
