@@ -169,12 +169,15 @@ def _line_of(value: Any, function: str, argument: str, must: str) -> Any:
 
 
 def is_ring(line: Any) -> bool:
-    """Whether a line is closed by its type, as rings of Shapely are, and polygons."""
+    """Whether a line is closed by what it is: rings and polygons of Shapely, paths of matplotlib with a mark."""
     if isinstance(line, (numpy.ndarray, list, tuple)):
         return False
     if _has(line, "geoms"):
         parts = list(line.geoms)
         return len(parts) == 1 and is_ring(parts[0])
+    if is_path(line):
+        codes = getattr(line, "codes", None)
+        return codes is not None and _CLOSE in numpy.asarray(codes)
     return _has(line, "exterior", "interiors") or getattr(line, "geom_type", None) == "LinearRing"
 
 

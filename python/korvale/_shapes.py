@@ -249,7 +249,8 @@ def band(
         that is up in z (in y or x where its plane is upright). With it the line may rise and fall: each point of the
         border is as high as its point of the line.
     closed: the last point joins the first; the band is a ring with two outlines, `border` and `other_side`. Where it is
-        not given, rings and polygons of Shapely are closed, and all other lines open.
+        not given, rings and polygons of Shapely and paths of matplotlib with a mark that closes them are closed, and
+        all other lines open.
     miter_limit: no point of the border is farther from the line than this many distances; sharper corners are cut off.
     progress: as for `offset`.
 

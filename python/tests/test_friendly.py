@@ -96,6 +96,12 @@ class OutlineTest(RefusingTest):
         self.assertRefuses("offset: outline must be one outline or shape, but it has 2: take those that korvale.shapes "
                            "gives singly", lambda: korvale.offset(path_of(SQUARE, SQUARE + 9), 1))
 
+    def test_paths_that_are_closed_are_closed_lines(self):
+        self.assertEqual(korvale.band(path_of(SQUARE), 1), korvale.band(SQUARE, 1, closed=True))
+        self.assertEqual(korvale.band(path_of(SQUARE), 1, closed=False), korvale.band([*SQUARE, SQUARE[0]], 1))
+        for codes in (None, [1, 2, 2, 2]):
+            self.assertEqual(korvale.band(Path(SQUARE[:, :2], codes), 1), korvale.band(SQUARE, 1))
+
     def test_may_be_trimeshs_paths(self):
         closed = numpy.vstack([SQUARE, SQUARE[:1]])
         self.assertEqual(korvale.offset(types.SimpleNamespace(discrete=[closed]), 0.5), self.expected)
@@ -180,7 +186,9 @@ class OthersTest(RefusingTest):
         self.assertTaken(TAKE_SHAPES, Real.make_compound_path(square, hole), [SQUARE, HOLE])
         self.assertTaken(TAKE_OUTLINES, square, SQUARE)
         self.assertTaken(TAKE_LINES, Real([(0, 0), (5, 0), (5, 5)]), [(0, 0), (5, 0), (5, 5)])
-        self.assertTaken(TAKE_LINES, square, numpy.vstack([SQUARE, SQUARE[:1]]))  # it is closed
+        self.assertTaken({name: take for name, take in TAKE_LINES.items() if name != "band"}, square,
+                         numpy.vstack([SQUARE, SQUARE[:1]]))  # it is closed
+        self.assertEqual(korvale.band(square, 1), korvale.band(SQUARE, 1, closed=True))
         circle = korvale.offset(Real.unit_circle(), 1)
         radii = korvale.norm(circle.points)
         self.assertTrue(((radii > 2) & (radii < 2.1)).all())
