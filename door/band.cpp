@@ -548,7 +548,7 @@ private:
 struct Places {
     struct Corner {
         Place place;
-        int64_t number; ///< of the point
+        int64_t number; ///< of the last point there, from which the edge to the next corner runs
     };
     Vector<Corner> corners;
     Vector<size_t> next; ///< [corners] the corner at which the edge from one ends
@@ -560,6 +560,8 @@ struct Places {
             const Corner c = {plane.place_of(outline[i]), first_number + static_cast<int64_t>(i)};
             if (corners.size() == first || !is_same(corners.back().place, c.place))
                 corners.push_back(c);
+            else
+                corners.back().number = c.number;
         }
         while (corners.size() > first + 1 && is_same(corners.back().place, corners[first].place))
             corners.pop_back();

@@ -292,7 +292,7 @@ typedef struct korvale_band_result {
     uint8_t* removed;    ///< [n] 1 where a point gave way altogether, or is in a knot, and shares a place
     uint8_t* narrowed;   ///< [n] 1 where a point gave way in part: it is nearer to the line, or its corner is cut off
     int32_t collapsed;   ///< written: 1 where every point gave way altogether
-    int32_t crosses;     ///< written: 1 where the outline meets itself: it then encloses some places twice
+    int32_t crosses;     ///< written: 1 where the outline crosses or touches itself: it may then enclose places twice
     int64_t crossing[2]; ///< written: two edges that meet; edge i runs from point i of its outline to the next one
 } korvale_band_result;
 

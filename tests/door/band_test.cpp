@@ -402,6 +402,47 @@ TEST(DoorBand, CutsCornersSharperThanTheMiterLimitOff)
     EXPECT_THAT(sharp.narrowed, Each(0));
 }
 
+/// How far edge i of an outline in z = 0 is from edge k, 0 where they cross.
+double apart(const Numbers& outline, size_t i, size_t k)
+{
+    const size_t n = outline.size() / 3;
+    const double *const a = &outline[3 * i], *const b = &outline[3 * ((i + 1) % n)];
+    const double *const c = &outline[3 * k], *const d = &outline[3 * ((k + 1) % n)];
+    const auto side = [](const double* p, const double* q, const double* r) {
+        return (q[0] - p[0]) * (r[1] - p[1]) - (q[1] - p[1]) * (r[0] - p[0]);
+    };
+    if (side(a, b, c) * side(a, b, d) < 0 && side(c, d, a) * side(c, d, b) < 0)
+        return 0;
+    const Numbers one = {a[0], a[1], 0, b[0], b[1], 0}, other = {c[0], c[1], 0, d[0], d[1], 0};
+    return std::min({distance_from(one, false, c[0], c[1]), distance_from(one, false, d[0], d[1]),
+                     distance_from(other, false, a[0], a[1]), distance_from(other, false, b[0], b[1])});
+}
+
+TEST(DoorBand, NamesTwoEdgesThatMeet)
+{
+    // Points of the border that gave way share a place: the edge that meets another begins at the last of them.
+    const Laid ring =
+        laid({4.9, -.9, 0, 9.7, -2.2, 0, 10.7, 2.7, 0, 8.8, 7.4, 0, 8.2, 2.4, 0, 4.8, -1.3, 0}, 2, options_of(1));
+    ASSERT_TRUE(ring.crosses);
+    EXPECT_LT(apart(ring.outline, ring.crossing[0], ring.crossing[1]), 1e-9);
+    Random random(2611);
+    int crossed = 0;
+    for (int round = 0; round < 300; ++round) {
+        Numbers line;
+        for (int i = random.between(4, 12); i > 0; --i)
+            line.insert(line.end(), {random.uniform(0, 10), random.uniform(0, 10), 0});
+        const Laid band = laid(line, random.uniform(0.5, 3), options_of(1));
+        if (!band.crosses)
+            continue;
+        ++crossed;
+        const auto [i, k] = band.crossing;
+        ASSERT_LT(i, k);
+        ASSERT_LT(k, band.outline.size() / 3);
+        ASSERT_LT(apart(band.outline, i, k), 1e-9) << "round " << round << ": " << i << ", " << k;
+    }
+    EXPECT_GT(crossed, 200);
+}
+
 TEST(DoorBand, OfALineAtOnePlaceStaysThere)
 {
     for (const Numbers& line : {Numbers{1, 2, 3}, Numbers{1, 2, 3, 1, 2, 3, 1, 2, 3}}) {

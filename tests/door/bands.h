@@ -23,6 +23,7 @@ struct Laid {
     Numbers outline;
     std::vector<uint8_t> removed, narrowed;
     bool collapsed, crosses;
+    size_t crossing[2]; ///< where it crosses
 
     /// The distance of point i of the outline from another point, in z = 0.
     double away(size_t i, double x, double y) const { return std::hypot(outline[3 * i] - x, outline[3 * i + 1] - y); }
@@ -32,12 +33,15 @@ inline Laid laid(const Numbers& line, double distance, korvale_band_options opti
 {
     const size_t n = line.size() / 3;
     const korvale_points points = points_of(line);
-    Laid result = {Numbers(2 * line.size(), 9), std::vector<uint8_t>(n, 9), std::vector<uint8_t>(n, 9), false, false};
+    Laid result = {
+        Numbers(2 * line.size(), 9), std::vector<uint8_t>(n, 9), std::vector<uint8_t>(n, 9), false, false, {}};
     korvale_band_result band = {result.outline.data(), result.removed.data(), result.narrowed.data(), 7, 7, {7, 7}};
     korvale_error error;
     EXPECT_EQ(korvale_band(&points, distance, &options, &band, &error), KORVALE_OK) << error.text;
     result.collapsed = band.collapsed != 0;
     result.crosses = band.crosses != 0;
+    for (int k = 0; k < 2; ++k)
+        result.crossing[k] = static_cast<size_t>(band.crossing[k]);
     return result;
 }
 

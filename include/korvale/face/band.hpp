@@ -37,7 +37,7 @@ struct Band {
     Array<std::uint8_t> removed; ///< [points of the line] 1 where a point gave way and shares the place of others
     bool collapsed = false;      ///< every point gave way so: no part of the line has a border at this distance
     std::optional<Crossing>
-        crossing; ///< where the outline meets itself, if it does: it then encloses some places twice
+        crossing; ///< where the outline crosses or touches itself, if it does: it may then enclose some places twice
 
     /// [points of the line] 1 where a point gave way in part: another part of the line is nearer than the distance and
     /// the border keeps between them, or a corner sharper than the miter limit is cut off
