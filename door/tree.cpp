@@ -72,7 +72,8 @@ constexpr int kReach = 6;
 /// grazing directions, 1 in 16,000 of them, as those of a million over a ball of size 2^kReach are. Chosen.
 constexpr int kDoubleArea = -6;
 
-/// The exponent of the power of two that no coordinate is brought to for that: the rounding of a determinant, some
+/// The exponent of the power of two that no coordinate is brought to for that, but as far as a small model would be
+/// made to reach: the rounding of a determinant, some
 /// 2^(2 kFarthest - 52), stays well below the 1e-06 from which a triangle counts as seen, and the rounding of the last
 /// plane of 256 cells, 2^(kFarthest - 52) each, below what boxes of triangles are widened by.
 constexpr int kFarthest = 12;
@@ -107,11 +108,12 @@ double scale_of(const double* triangles, int32_t count, const double* box, const
     const double reach = std::max({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
     if (!(reach > 0) || !door::is_finite(reach))
         return 1;
-    const int of_reach = reach < 1 ? std::min(kReach - std::ilogb(reach), kMostExponent) : 0;
+    const int as_small = kReach - std::ilogb(reach); // what a small model is multiplied by wherever it stands
+    const int of_reach = reach < 1 ? std::min(as_small, kMostExponent) : 0;
     double farthest = 0;
     for (int k = 0; k < 6; ++k)
         farthest = std::max(farthest, std::fabs(box[k]));
-    const int most = std::min(kFarthest - 1 - std::ilogb(farthest), kMostExponent);
+    const int most = std::min(std::max(kFarthest - 1 - std::ilogb(farthest), as_small), kMostExponent);
     if (most <= of_reach)
         return std::ldexp(1, of_reach);
     const double square = least_square(triangles, count, std::ldexp(1, of_reach), growth);

@@ -553,7 +553,7 @@ KORVALE_C_API korvale_status korvale_scatter(const korvale_triangles* triangles,
 /// met: borrowed ones should measure about 0.1 or more. Where a grid owns its triangles, small ones are met as large
 /// ones are: lengths are multiplied by a power of two, which loses no bit, that makes a model which reaches less than 1
 /// along each axis reach 64 to 128, and twice the area of the smallest triangle 1/64, as long as no coordinate reaches
-/// 4096 by it.
+/// 4096 by it, or the model no more than 128.
 typedef struct korvale_grid korvale_grid;
 
 /// How a grid is made.

@@ -429,12 +429,15 @@ TEST(Grid, KnowsTheInsideOfFineMeshes)
 
 TEST(Grid, MeetsSmallTrianglesOfLargeModels)
 {
-    // A triangle that reaches `reach`, and half a unit above it one of legs of `leg`, met where the record does not.
-    const auto met = [](double reach, double leg, bool borrow, double along = 1) {
-        const std::vector<double> corners = {0,   0,   0,   reach,     0,   0,   0,   reach,     0,
-                                             0.1, 0.1, 0.5, 0.1 + leg, 0.1, 0.5, 0.1, 0.1 + leg, 0.5};
+    // A triangle that reaches `reach`, and half a unit above it one of legs of `leg`, met where the record does not; all
+    // of it `away` along x.
+    const auto met = [](double reach, double leg, bool borrow, double away = 0) {
+        std::vector<double> corners = {0,   0,   0,   reach,     0,   0,   0,   reach,     0,
+                                       0.1, 0.1, 0.5, 0.1 + leg, 0.1, 0.5, 0.1, 0.1 + leg, 0.5};
+        for (size_t i = 0; i < corners.size(); i += 3)
+            corners[i] += away;
         const Grid g(corners, {}, borrow);
-        const double origin[3] = {0.1 + 0.1 * leg, 0.1 + 0.1 * leg, 2}, down[3] = {0, 0, -along};
+        const double origin[3] = {away + 0.1 + 0.1 * leg, 0.1 + 0.1 * leg, 2}, down[3] = {0, 0, -1};
         double distance = 0;
         const int32_t count = korvale_grid_count(g.grid, origin, down, &distance);
         EXPECT_EQ(distance, count == 2 ? 1.5 : 2);
@@ -446,7 +449,10 @@ TEST(Grid, MeetsSmallTrianglesOfLargeModels)
     EXPECT_EQ(met(4000, 9e-4, false), 1);   // 8000 is too far
     EXPECT_EQ(met(2000, 9e-4, false), 2);   // twice as large
     EXPECT_EQ(met(2000, 4e-4, false), 1);
-    EXPECT_EQ(met(4, 1e-5, false), 2); // 512 times as large
+    EXPECT_EQ(met(4, 1e-5, false), 2);        // 512 times as large
+    EXPECT_EQ(met(32, 9e-4, false, 5000), 2); // twice as large although it is far off: it reaches 64
+    EXPECT_EQ(met(64, 9e-4, false, 5000), 1);
+    EXPECT_EQ(met(2, 9e-4, false, 1e6), 2); // 32 times as large
 }
 
 TEST(Grid, TheLengthOfADirectionDoesNotMatter)

@@ -137,7 +137,8 @@ double grid_scale(const double* triangles, int32_t count)
         return square > 0 && square * std::pow(scale / before, 4) < 0x1p-12;
     };
     for (int32_t t = 0; t < count; ++t)
-        while (scale < 0x1p1000 && 2 * scale * farthest < 4096 && is_small(triangles + 9 * int64_t{t}))
+        while (scale < 0x1p1000 && (2 * scale * farthest < 4096 || scale * reach < 64) &&
+               is_small(triangles + 9 * int64_t{t}))
             scale *= 2;
     return scale;
 }

@@ -26,7 +26,7 @@ int intersect(const double* origin, const double* direction, RayStatus& s, doubl
 
 /// The power of two by which a grid that owns its triangles multiplies all lengths: for a model that reaches less than
 /// 1 along each axis the one that makes it reach 64 to 128; then the least one that makes twice the area of the
-/// smallest triangle 1/64 or more, as long as no coordinate reaches 4096 by it.
+/// smallest triangle 1/64 or more, as long as no coordinate reaches 4096 by it or the model 128.
 double grid_scale(const double* triangles, int32_t count);
 
 /// Makes a direction that reaches less than 1, or 2^500 and more, reach 1 to 2.
