@@ -530,10 +530,12 @@ KORVALE_C_API void korvale_scatter_defaults(korvale_scatter_options* options, si
 /// takes as many rows of the same width as there are points to make.
 ///
 /// The call has generators of its own: the same seed gives the same points in any number of threads, and the generator
-/// of the process is neither seeded nor drawn from. A draw says in which of 32,768 equal steps of the area a point
-/// lies, and a second one where in that step, so every triangle gets its share of the points, however many there are.
-/// Where a step lies within one triangle the points are those that `DATATriSample` makes with korvale's own platform
-/// layer.
+/// of the process is neither seeded nor drawn from. Seeds that follow each other begin almost alike: spread numbers
+/// that you count, as by 2654435761 times each.
+///
+/// A draw says in which of 32,768 equal steps of the area a point lies, and a second one where in that step, so every
+/// triangle gets its share of the points, however many there are. Where a step lies within one triangle the points are
+/// those that `DATATriSample` makes with korvale's own platform layer.
 ///
 /// Refuses no triangles, corners that are no points, numbers that are not finite, weights below 0, an area of 0 on the
 /// whole, and rows that do not fit. Where the progress stops it, some of the points are written.

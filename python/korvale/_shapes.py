@@ -418,8 +418,9 @@ def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | 
     mesh: a mesh (a `Mesh`, a tuple (vertices, triangles), one of trimesh or meshio), vertices (V, 3) with `triangles`
         (T, 3) given apart, or the corners of triangles (T, 3, 3) or (T, 9).
     seed: of random generators of the call's own: the same seed gives the same points, in any number of threads. The
-        generator of the process is neither seeded nor drawn from. Every triangle gets its share of the points, however
-        many there are.
+        generator of the process is neither seeded nor drawn from. Seeds that follow each other begin almost alike:
+        spread numbers that you count, as by `2654435761 * number % 2**32`. Every triangle gets its share of the points,
+        however many there are.
     attributes: values to be blended to the points by the same weights: (V, k) or (V,) for a mesh, (T, 3, k) or (T, 3)
         for corners.
     weights: one for each triangle (T,), or face, which is as likely as its area times its weight; 0 leaves it without

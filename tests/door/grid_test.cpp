@@ -429,8 +429,8 @@ TEST(Grid, KnowsTheInsideOfFineMeshes)
 
 TEST(Grid, MeetsSmallTrianglesOfLargeModels)
 {
-    // A triangle that reaches `reach`, and half a unit above it one of legs of `leg`, met where the record does not; all
-    // of it `away` along x.
+    // A triangle that reaches `reach`, and half a unit above it one of legs of `leg`, met where the record does not.
+    // Both are `away` along x.
     const auto met = [](double reach, double leg, bool borrow, double away = 0) {
         std::vector<double> corners = {0,   0,   0,   reach,     0,   0,   0,   reach,     0,
                                        0.1, 0.1, 0.5, 0.1 + leg, 0.1, 0.5, 0.1, 0.1 + leg, 0.5};

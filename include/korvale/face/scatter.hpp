@@ -91,7 +91,8 @@ inline Result<Scattered> try_scatter(AnyPoints vertices, AnyTriangles triangles,
 /// corner of each triangle, in order; they are blended to the points by the same weights.
 ///
 /// The call has random generators of its own: the same seed gives the same points, in any number of threads, and the
-/// generator of the process is neither seeded nor drawn from. Every triangle gets its share of the points, however many
+/// generator of the process is neither seeded nor drawn from. Seeds that follow each other begin almost alike: spread
+/// numbers that you count, as by `2654435761u * number`. Every triangle gets its share of the points, however many
 /// there are. Wherever one of 32,768 equal steps of the area lies within one triangle the points are those of
 /// `DATATriSample`.
 ///
