@@ -32,7 +32,7 @@ Place middle_of(const Edge& e)
 /// A ring in pieces.
 class Pieces {
 public:
-    Pieces(std::span<const Place> ring, std::span<const EdgePair> meeting, int32_t lowest, double slack)
+    Pieces(std::span<const Place> ring, std::span<const EdgePair> meeting, int32_t lowest, double slack, Asking& asking)
         : slack_(slack), edges_(cut(ring, meeting, lowest))
     {
         leaves_.assign(2 * std::bit_ceil(size() / kLeaf + 1), kNowhere);
@@ -42,8 +42,10 @@ public:
         }
         raise(leaves_);
         rights_.resize(size());
-        for (size_t k = 0; k < size(); ++k)
+        for (size_t k = 0; k < size(); ++k) {
+            asking.step(0.0);
             rights_[k] = right_of(k);
+        }
     }
 
     size_t size() const { return edges_.size(); }
@@ -176,10 +178,12 @@ bool do_meet(std::span<const Place> ring, int32_t i, int32_t k)
 std::optional<Place> find_self_crossing(std::span<const Place> ring, std::span<const EdgePair> meeting, int32_t lowest,
                                         double slack, const Telling& telling)
 {
-    telling.tell(0.0);
-    const Pieces pieces(ring, meeting, lowest, slack);
+    constexpr int32_t kQuestion = 256; // pieces between two questions whether to go on
+    Asking asking(telling, kQuestion);
+    const Pieces pieces(ring, meeting, lowest, slack, asking);
     std::optional<int> right; // of all free pieces
     for (size_t k = 0, first = 0; k < pieces.size(); ++k) {
+        asking.step(1.0);
         if (k > 0 && pieces.right(k) != pieces.right(k - 1))
             first = k;
         if (pieces.right(k) == right || !pieces.is_free(k))
