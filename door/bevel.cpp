@@ -118,8 +118,19 @@ public:
     {
     }
 
-    /// Refuses outlines that cross themselves or each other.
-    void require_apart() const { door::require_apart(rings_); }
+    /// Refuses outlines that cross themselves or each other, and what is no hole in the first.
+    void require_apart() const
+    {
+        door::require_apart(rings_);
+        if (outlines_.size() == 1 || is_sound(rings_))
+            return;
+        for (size_t k = 1; k < outlines_.size(); ++k) {
+            const Outline pair[] = {outlines_[0], outlines_[k]};
+            if (const Rings rings = rings_of(pair, seen_); !is_sound(rings, cut(rings, now_)))
+                throw Refusal(Text() << "outline " << k, "lie inside outline 0, as a hole in it", "it does not");
+        }
+        throw Refusal("outlines", "be an outer one and holes apart from each other", "some holes lie over others");
+    }
 
     /// What crosses at some distance crosses at all larger ones, so the layers that go farthest tell of all others.
     void run(std::span<const korvale_bevel_step> profile)

@@ -444,6 +444,19 @@ TEST(DoorBevel, RefusesOutlinesThatCrossUnlessToldOtherwise)
         refusal({square(4), beyond}),
         "korvale_bevel: outlines must not cross each other, but outlines 0 and 1 do, by their edges from points 1 "
         "and 0");
+    // Edges that lie in line do not cross.
+    const auto box = [](double x, double y, double right, double top) {
+        return Numbers{x, y, 0, right, y, 0, right, top, 0, x, top, 0};
+    };
+    const std::string over = "korvale_bevel: outlines must be an outer one and holes apart from each other, but some "
+                             "holes lie over others";
+    EXPECT_EQ(refusal({square(10), box(2, 2, 4, 4), box(3, 2, 6, 4)}), over);
+    EXPECT_EQ(refusal({square(10), box(2, 2, 4, 4), box(2, 2, 4, 4)}), over);
+    EXPECT_EQ(refusal({square(10), box(2, 2, 6, 6), box(2, 2, 4, 4)}), over);
+    const std::string out = "korvale_bevel: outline 1 must lie inside outline 0, as a hole in it, but it does not";
+    EXPECT_EQ(refusal({square(10), box(-1, 0, 5, 10)}), out);
+    EXPECT_EQ(refusal({square(10), box(12, 2, 15, 7)}), out);
+    EXPECT_EQ(refusal({square(10), box(-10, -10, 20, 20)}), out);
     // What is let through goes no way on which it would still cross.
     EXPECT_THAT(bevelled({bow}, chamfer, true, true).reached, ElementsAre(0, 0, 0));
     EXPECT_THAT(bevelled({square(4), beyond}, chamfer, true, true).reached, ElementsAre(0, 0, 0));
