@@ -5,6 +5,7 @@
 // distance travelled. Every round returns, buries a vertex, or moves by the time of its event.
 #include "border/internal/sweep.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <utility>
@@ -27,6 +28,17 @@ void start_live(Sweep& s)
 
 /// Fewer vertices have no area between them.
 constexpr int32_t kLeast = 3;
+
+/// Tells of the piece of those that have been buried from number `first` on.
+void tell_of_piece(Wavefront& w, int32_t vertex, int32_t first)
+{
+    const Sweep& s = w.s();
+    const int32_t count = w.buried_count - first;
+    for (int32_t k = 0; k < count; ++k)
+        w.list[k] = w.id[w.buried[first + k]];
+    std::sort(+w.list, w.list + count);
+    s.drop({s.remaining, w.id[vertex], w.at.x[vertex], w.at.y[vertex], count, w.list}, s.receiver);
+}
 
 void sweep_wavefront(Wavefront& w, MeetingSearch& search)
 {
@@ -75,7 +87,10 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
             move_vertices(w, event.time);
             if (s.keep_whole && is_piece(w, event.vertex, event.edge))
                 return;
+            const int32_t buried = w.buried_count;
             drop_smaller_piece(w, event.vertex, event.edge);
+            if (s.drop != nullptr)
+                tell_of_piece(w, event.vertex, buried);
         }
     }
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 
 #include "border/internal/sweep.h"
 #include "door/internal/vectors.h"
@@ -66,6 +67,74 @@ struct Course {
     }
 };
 
+/// A sweep of n vertices in these arrays.
+inside::Sweep sweep_in(Block<double>& numbers, Block<uint8_t>& dead, Block<int32_t>& merge, size_t n)
+{
+    numbers.make_room(14 * n);
+    dead.make_room(n);
+    merge.make_room(n);
+    inside::Sweep s = {};
+    s.n = static_cast<int32_t>(n);
+    s.flat = numbers.data();
+    s.direction = s.flat + 3 * n;
+    s.velocity = s.direction + 3 * n;
+    s.line = s.velocity + 3 * n;
+    s.length = s.line + 3 * n;
+    s.rate = s.length + n;
+    s.dead = dead.data();
+    s.merge = merge.data();
+    return s;
+}
+
+/// A ring before it is swept: where the vertices are in the plane, in the order of the outline.
+struct NewRing {
+    int32_t parent;
+    double birth;     ///< in the outline's own size
+    double remaining; ///< in that of the sweep
+    Vector<Point> places;
+    Vector<int32_t> sources;
+};
+
+/// Keeps what splits drop of a ring that is being swept.
+struct Keeper {
+    const inside::Sweep& sweep;
+    const NewRing& ring;
+    int32_t number; ///< of the ring
+    double distance, scale;
+    Vector<NewRing>& rings; ///< added to
+    size_t& waiting;        ///< vertices of rings that are not swept yet: added to
+
+    static void drop(const inside::DroppedPiece& piece, void* receiver)
+    {
+        static_cast<const Keeper*>(receiver)->keep(piece);
+    }
+
+    void keep(const inside::DroppedPiece& piece) const
+    {
+        if (piece.count < 2)
+            return; // an edge there and back
+        NewRing made = {number, distance - piece.remaining / scale, piece.remaining, {}, {}};
+        const auto n = static_cast<size_t>(piece.count) + 1;
+        made.places.reserve(n);
+        made.sources.reserve(n);
+        const auto add = [&](int32_t i, double x, double y) {
+            made.places.push_back({x, y, sweep.flat[3 * int64_t{i} + 2]});
+            made.sources.push_back(ring.sources[static_cast<size_t>(i)]);
+        };
+        const std::span dropped(piece.dropped, static_cast<size_t>(piece.count));
+        const auto behind = std::ranges::upper_bound(dropped, piece.vertex);
+        for (auto i = dropped.begin(); i != dropped.end(); ++i) {
+            if (i == behind)
+                add(piece.vertex, piece.x, piece.y);
+            add(*i, sweep.flat[3 * int64_t{*i}], sweep.flat[3 * int64_t{*i} + 1]);
+        }
+        if (behind == dropped.end())
+            add(piece.vertex, piece.x, piece.y);
+        rings.push_back(std::move(made));
+        waiting += n;
+    }
+};
+
 /// The points of vertices that are left, side by side.
 Outline live_points(Outline border, const uint8_t* dead, size_t vertices, Point* room)
 {
@@ -90,20 +159,7 @@ Motion motion_of(double distance, const korvale_offset_options& options)
 void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in)
 {
     const size_t n = outline.size();
-    numbers_.make_room(14 * n);
-    dead_.make_room(n);
-    merge_.make_room(n);
-    inside::Sweep s = {};
-    s.n = static_cast<int32_t>(n);
-    s.flat = numbers_.data();
-    s.direction = s.flat + 3 * n;
-    s.velocity = s.direction + 3 * n;
-    s.line = s.velocity + 3 * n;
-    s.length = s.line + 3 * n;
-    s.rate = s.length + n;
-    s.dead = dead_.data();
-    s.merge = merge_.data();
-
+    inside::Sweep s = sweep_in(numbers_, dead_, merge_, n);
     const Extent extent = extent_of(outline);
     const double scale = scale_for(extent, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
     s.remaining = scale * motion.distance;
@@ -158,6 +214,72 @@ void Sweep::move(Outline outline, const Motion& motion, Border& border, const Pl
     border.vertices = n;
     border.collapsed = output.collapsed;
     border.left = output.left;
+}
+
+void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
+{
+    const size_t n = outline.size();
+    const Extent extent = extent_of(outline);
+    const double scale = scale_for(extent, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
+    Vector<NewRing> all(1);
+    all[0] = {-1, 0.0, scale * motion.distance, Vector<Point>(n), Vector<int32_t>(n)};
+    std::iota(all[0].sources.begin(), all[0].sources.end(), 0);
+    Vector<Point> room;
+    const Outline work = scaled(outline, scale, room);
+    Planes planes;
+    inside::flatten_for_sure(work[0].data(), static_cast<int32_t>(n), scale * extent.greatest, planes.to_plane,
+                             planes.from_plane, true);
+    const Point area = motion.split ? Point{} : doubled_area(work);
+    carry(planes.to_plane, work, all[0].places.data());
+
+    double done = 0.0;
+    size_t waiting = n;
+    rings.starts.push_back(0);
+    for (size_t k = 0; k < all.size(); ++k) {
+        const NewRing ring = std::move(all[k]);
+        const size_t vertices = ring.places.size();
+        inside::Sweep s = sweep_in(numbers_, dead_, merge_, vertices);
+        std::ranges::copy(ring.places, reinterpret_cast<Point*>(s.flat));
+        s.remaining = ring.remaining;
+        s.split_events = motion.split;
+        Keeper keeper = {s, ring, static_cast<int32_t>(k), motion.distance, scale, all, waiting};
+        s.drop = &Keeper::drop;
+        s.receiver = &keeper;
+        const double share = (1.0 - done) * static_cast<double>(vertices) / static_cast<double>(waiting);
+        waiting -= vertices;
+        const Telling telling = motion.telling.part(done, share);
+        Course course = {telling, ring.remaining};
+        if (motion.telling.progress != nullptr) {
+            s.ask = &Course::ask;
+            s.user = &course;
+        }
+        if (!inside::run_sweep(s))
+            throw std::bad_alloc();
+        if (s.is_stopped)
+            throw Stop();
+        done += share;
+        motion.telling.tell(std::min(done, 1.0));
+
+        Vector<int32_t> sources;
+        for (size_t i = 0; i < vertices; ++i)
+            if (s.dead[i] == 0)
+                sources.push_back(ring.sources[i]);
+        const std::span<Point> live(reinterpret_cast<Point*>(s.flat),
+                                    static_cast<size_t>(inside::pack_live_positions(s)));
+        carry(planes.from_plane, live, live.data());
+        lift(live, planes, scale * motion.height);
+        const bool collapsed = is_thin(live) || (!motion.split && dot(doubled_area(live), area) < 0.0);
+        scaled(live, 1.0 / scale, live.data());
+        if (!collapsed) {
+            rings.points.insert(rings.points.end(), live.begin(), live.end());
+            rings.sources.insert(rings.sources.end(), sources.begin(), sources.end());
+        }
+        rings.starts.push_back(static_cast<int64_t>(rings.points.size()));
+        rings.parents.push_back(ring.parent);
+        rings.births.push_back(ring.birth);
+        rings.ends.push_back(motion.distance - s.remaining / scale);
+        rings.collapsed.push_back(collapsed);
+    }
 }
 
 void Sweep::move(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders)

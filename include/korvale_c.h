@@ -262,6 +262,45 @@ KORVALE_C_API korvale_border_arrays korvale_borders_take(korvale_borders* border
 /// Releases borders.
 KORVALE_C_API void korvale_borders_free(korvale_borders* borders);
 
+/// All rings that an outline becomes.
+typedef struct korvale_rings korvale_rings;
+
+/// Moves an outline as `korvale_offset` does, and keeps every piece: where a vertex runs into an edge both go on, the
+/// piece that `korvale_offset` drops as an outline of its own. Makes the rings in `*rings`, null on failure.
+///
+/// Ring 0 is the outline's own, with the border of `korvale_offset` without `keep_vertices`, to the last bit. Each
+/// other one has been cut from a ring before it, its parent. A ring that has come to nothing has no points, but is
+/// there: the rings tell what has become of the outline on the way. Outwards, those inside of others are what has been
+/// closed in, and run the other way. Rings do not cross each other unless the outline crosses or touches itself, but
+/// for rounding.
+///
+/// Without `split` there is ring 0 alone. `keep_vertices` is not looked at. Refuses what `korvale_offset` refuses.
+KORVALE_C_API korvale_status korvale_offset_rings(const korvale_points* outline, double distance,
+                                                  const korvale_offset_options* options, korvale_rings** rings,
+                                                  korvale_error* error);
+
+/// What there is of rings.
+typedef struct korvale_ring_arrays {
+    double* points;     ///< [starts[rings]][3] of all rings, one behind the other; each in the order of the outline
+    int64_t* starts;    ///< [rings + 1] where each ring begins, from 0, and where the last one ends
+    int32_t* sources;   ///< [starts[rings]] the vertex of the outline that each point belongs to
+    int32_t* parents;   ///< [rings] the ring that each one was cut from, -1 for ring 0
+    double* births;     ///< [rings] the distance at which it was, 0 for ring 0
+    double* ends;       ///< [rings] the distance that it has reached: that at which it came to nothing, or all
+    uint8_t* collapsed; ///< [rings] 1 where it has come to nothing
+    int64_t rings;
+} korvale_ring_arrays;
+
+/// The arrays, in memory of the rings that is good until they are released; all zero of null.
+KORVALE_C_API korvale_ring_arrays korvale_rings_view(const korvale_rings* rings);
+
+/// Hands the arrays over: each is the caller's, to be released with `free`. The handle has no rings any more, and is
+/// still to be released.
+KORVALE_C_API korvale_ring_arrays korvale_rings_take(korvale_rings* rings);
+
+/// Releases rings.
+KORVALE_C_API void korvale_rings_free(korvale_rings* rings);
+
 // --- Bands -----------------------------------------------------------------------------------------------------------
 
 /// How a band is laid along a line.

@@ -4,6 +4,15 @@
 
 namespace korvale::border {
 
+/// A piece that a split drops: the vertex that ran into an edge, and those that merge into it.
+struct DroppedPiece {
+    double remaining;       ///< distance still to travel
+    int32_t vertex;         ///< that ran into an edge
+    double x, y;            ///< where it did
+    int32_t count;          ///< of the others, at least one
+    const int32_t* dropped; ///< [count] their indices, ascending; `flat` has their positions
+};
+
 /// One sweep of a closed outline in the plane z = 0. The caller owns the arrays, one entry per input vertex; they hold
 /// the final state afterwards. Edge i runs from vertex i to the next live vertex, cyclically. Invariant: a dead vertex
 /// never moves or revives, and merge[i] names the vertex it gave way to, which was live then and may have died since.
@@ -22,6 +31,10 @@ struct Sweep {
 
     /// End before a part is lost: where the outline would split, or a limb or all of it vanishes. Specks may be lost.
     bool keep_whole = false;
+
+    /// Told of every piece that is dropped; what it throws goes on to whoever runs the sweep. May be null.
+    void (*drop)(const DroppedPiece& piece, void* receiver) = nullptr;
+    void* receiver = nullptr; ///< handed to `drop`
 
     /// Asked now and then whether to go on, with the distance that remains; false ends the sweep where it is. May be
     /// null.

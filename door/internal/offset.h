@@ -44,6 +44,16 @@ struct Border {
     Outline outline() const { return {points.data(), size}; }
 };
 
+/// Rings one behind the other: those that an outline becomes on its way, each behind the one that it was cut from.
+struct RingList {
+    Vector<Point> points; ///< of rings that have not come to nothing
+    Vector<int64_t> starts;
+    Vector<int32_t> sources; ///< the vertex of the outline that each point belongs to
+    Vector<int32_t> parents;
+    Vector<double> births, ends;
+    Vector<uint8_t> collapsed;
+};
+
 /// The arrays that a sweep works in, kept from sweep to sweep.
 class Sweep {
 public:
@@ -53,6 +63,10 @@ public:
 
     /// The same into memory of the border.
     void move(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in = nullptr);
+
+    /// Moves an outline and every piece that splits drop, and adds all of them to rings, without the vertices that have
+    /// been removed.
+    void move(Outline outline, const Motion& motion, RingList& rings);
 
     /// Moves an outer outline and its holes, which shrink where it grows; all are lifted along its normal.
     void move(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders);

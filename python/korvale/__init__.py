@@ -57,21 +57,21 @@ from ._math import (
 from ._rays import Cast, RayGrid, RayHit
 from ._relaxer import Relaxation, Relaxer
 from ._shapes import (
-    Borders, Flattening, Offsets, Scattered, band, bevel, flatten, frames, offset, offset_many, outlines, scatter,
-    shapes, thin, triangulate, tube,
+    Borders, Flattening, Offsets, Rings, Scattered, band, bevel, flatten, frames, offset, offset_many, outlines,
+    scatter, shapes, thin, triangulate, tube,
 )
 from ._transform import Srt, Transform, transform_points, transform_vectors
 from ._version import __version__
 
 __all__ = [
     "Band", "Borders", "Cast", "EquationError", "Equations", "Error", "Flattening", "Mesh", "Offset", "Offsets",
-    "RayGrid", "RayHit", "Relaxation", "Relaxer", "Scattered", "Srt", "Transform", "__version__", "angle", "band",
-    "bevel", "binomial", "bounds", "boxes_meet", "cross", "determinant", "dot", "evaluate", "factorial", "flatten",
-    "frame_both_ways", "frames", "from_srt", "gauss", "into_frame", "inverse_from_srt", "join", "line_through",
-    "lines_meet", "mix", "mix4", "multiply", "norm", "normalize", "normalize_lines", "offset", "offset_many",
-    "outlines", "power", "random", "raw", "reverse", "rotation", "rotation_in_degrees", "scaling", "scatter",
-    "seed", "shapes", "solve", "take_apart", "thin", "transform_points", "transform_vectors", "translation",
-    "transpose", "triangulate", "tube",
+    "RayGrid", "RayHit", "Relaxation", "Relaxer", "Rings", "Scattered", "Srt", "Transform", "__version__", "angle",
+    "band", "bevel", "binomial", "bounds", "boxes_meet", "cross", "determinant", "dot", "evaluate", "factorial",
+    "flatten", "frame_both_ways", "frames", "from_srt", "gauss", "into_frame", "inverse_from_srt", "join",
+    "line_through", "lines_meet", "mix", "mix4", "multiply", "norm", "normalize", "normalize_lines", "offset",
+    "offset_many", "outlines", "power", "random", "raw", "reverse", "rotation", "rotation_in_degrees", "scaling",
+    "scatter", "seed", "shapes", "solve", "take_apart", "thin", "transform_points", "transform_vectors",
+    "translation", "transpose", "triangulate", "tube",
 ]
 
 # Public classes show themselves, and are pickled, by the place where people find them.

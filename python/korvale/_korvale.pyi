@@ -144,6 +144,9 @@ class System:
 def place_of(points: Any) -> int: ...
 def offset(outline: Any, distance: Any, height: Any, keep_vertices: Any, split: Any,
            report: Callable[[int], bool] | None) -> Offset | list[Offset]: ...
+def offset_rings(outline: _Doubles, distance: Any, height: Any, keep_vertices: Any, split: Any,
+                 report: Callable[[int], bool] | None
+                 ) -> tuple[_Doubles, NDArray[numpy.int64], _Ints, _Ints, _Doubles, _Doubles, _Truths]: ...
 def offset_many(
     points: _Doubles, starts: NDArray[numpy.int64], distances: _Doubles, height: Any, keep_vertices: Any, split: Any,
     report: Callable[[int], bool] | None

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from collections.abc import Callable, Iterable, Sequence
-from typing import TYPE_CHECKING, Any, NamedTuple, overload
+from typing import TYPE_CHECKING, Any, Literal, NamedTuple, overload
 
 import numpy
 from numpy.typing import NDArray
@@ -58,24 +58,52 @@ class Offsets(tuple):  # type: ignore[type-arg]
         return f"korvale.Offsets({super().__repr__()[1:-1].rstrip(',')})"
 
 
+@_records.compared
+class Rings(NamedTuple):
+    """All rings that an outline becomes, one behind the other in flat arrays. Made by `offset` with `pieces`.
+
+    Ring 0 is the outline's own. Each has its points in the order of the outline; one that has come to nothing has none.
+    """
+
+    points: Doubles  #: float64 (P, 3), of all rings
+    starts: NDArray[numpy.int64]  #: int64 (n + 1,): where each ring begins in `points`, and where the last one ends
+    sources: Ints  #: int32 (P,): the vertex of the outline that each point belongs to
+    parents: Ints  #: int32 (n,): the ring that each one was cut from, one before it; -1 for ring 0
+    births: Doubles  #: float64 (n,): the distance at which it was, 0 for ring 0
+    ends: Doubles  #: float64 (n,): the distance at which it came to nothing, or the whole one
+    collapsed: Truths  #: bool (n,): it has come to nothing
+
+    def singly(self) -> list[Doubles]:
+        """The rings that are left, one by one, (., 3) each: views of `points`."""
+        return [ring for ring in numpy.split(self.points, self.starts[1:-1]) if len(ring)]
+
+
 @overload
 def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords, distance: Number, *, height: Number = 0.0,
-           keep_vertices: bool = True, split: bool = True, progress: ProgressLike = None) -> Offset: ...
+           keep_vertices: bool = True, split: bool = True, pieces: Literal[False] = False,
+           progress: ProgressLike = None) -> Offset: ...
 
 
 @overload
 def offset(outline: HasExterior | Iterable[HasArray | HasCoords] | Iterable[Sequence[Sequence[Number]]],
            distance: Number, *, height: Number = 0.0, keep_vertices: bool = True, split: bool = True,
-           progress: ProgressLike = None) -> Offsets: ...
+           pieces: Literal[False] = False, progress: ProgressLike = None) -> Offsets: ...
 
 
 @overload
 def offset(outline: Path | HasGeoms, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
-           split: bool = True, progress: ProgressLike = None) -> Offset | Offsets: ...
+           split: bool = True, pieces: Literal[False] = False,
+           progress: ProgressLike = None) -> Offset | Offsets: ...
+
+
+@overload
+def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords | HasExterior | Path | HasGeoms,
+           distance: Number, *, height: Number = 0.0, keep_vertices: bool = True, split: bool = True,
+           pieces: Literal[True], progress: ProgressLike = None) -> Rings: ...
 
 
 def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
-           split: bool = True, progress: ProgressLike = None) -> Offset | Offsets:
+           split: bool = True, pieces: bool = False, progress: ProgressLike = None) -> Offset | Offsets | Rings:
     """The border of a closed, planar outline: every edge moved sideways in the outline's own plane.
 
     outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first. Points at the
@@ -86,6 +114,10 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
     keep_vertices: a point of the border for each vertex; else vertices that were removed are left out.
     split: also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing, and parts
         that meet run through each other.
+    pieces: keep every piece. Where a vertex runs into an edge both go on, the piece that is dropped else as an outline
+        of its own: the result is `Rings` then, of which ring 0 has the points that there are without `keep_vertices`,
+        to the last bit. Of one outline, without holes. Rings do not cross each other, but for rounding, unless the
+        outline crosses or touches itself.
     progress: see `Relaxer.run`; it is told of the thousandths done, and False is an error, as there is no result then.
 
     Returns an `Offset` for an outline, `Offsets`, a tuple of them, for one with holes: a positive distance shrinks the
@@ -104,7 +136,23 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
     >>> plate = korvale.offset([square, [(1, 1), (3, 1), (3, 3), (1, 3)]], 0.25)
     >>> plate.outer.xy.max(), plate.holes[0].xy.max()
     (4.25, 2.75)
+    >>> waist = [(0, 0), (9, 0), (11, 4), (13, 0), (22, 0), (22, 9), (13, 9), (11, 5), (9, 9), (0, 9)]
+    >>> rings = korvale.offset(waist, -1, pieces=True)
+    >>> [len(ring) for ring in rings.singly()], rings.parents, rings.births.round(3)
+    ([5, 5], array([-1,  0], dtype=int32), array([ 0.   , -0.224]))
     """
+    if pieces is not False and _input.flag(pieces, "offset", "pieces"):
+        ring = _input.outline_or_shape(outline, "offset", "outline")
+        if isinstance(ring, list) and len(ring) == 1:
+            ring = ring[0]
+        if isinstance(ring, list):
+            holes = "1 hole" if len(ring) == 2 else f"{len(ring) - 1} holes"
+            raise refuse("offset", "outline", "be one outline where pieces are kept", f"it has {holes}")
+        with Progress(progress, 1000, "offset") as report:
+            rings = Rings(*_korvale.offset_rings(ring, distance, height, keep_vertices, split,
+                                                 None if progress is None else report))
+            report(1000)
+        return rings
     if progress is None:
         result = _korvale.offset(outline, distance, height, keep_vertices, split, None)
     else:

@@ -159,6 +159,29 @@ py::tuple offset_many(const Doubles& points, const Longs& starts, const Doubles&
                           adopted_truths(all.removed, all.vertices), adopted(all.merged_into, {all.vertices}));
 }
 
+/// The fields of `korvale.Rings`.
+py::tuple offset_rings(py::handle outline, py::handle distance, py::handle height, py::handle keep_vertices,
+                       py::handle split, py::handle report)
+{
+    const double d = number_of(distance, "offset", "distance");
+    korvale_offset_options options = options_of(height, keep_vertices, split, "offset");
+    const PointsIn points(outline, "offset", "outline");
+    const korvale_points from = detail::view_of(points.outline());
+    korvale_rings* made = nullptr;
+    Watched(report).run("offset", points.view().size() >= kLongOutline,
+                        [&](auto progress, void* user, korvale_error* error) {
+                            options.progress = progress;
+                            options.user = user;
+                            return korvale_offset_rings(&from, d, &options, &made, error);
+                        });
+    const korvale_ring_arrays all = korvale_rings_take(made);
+    korvale_rings_free(made);
+    const auto n = static_cast<py::ssize_t>(all.starts[all.rings]);
+    return py::make_tuple(adopted(all.points, {n, 3}), adopted(all.starts, {all.rings + 1}), adopted(all.sources, {n}),
+                          adopted(all.parents, {all.rings}), adopted(all.births, {all.rings}),
+                          adopted(all.ends, {all.rings}), adopted_truths(all.collapsed, all.rings));
+}
+
 } // namespace
 
 void bind_offset(py::module_& m)
@@ -206,6 +229,7 @@ void bind_offset(py::module_& m)
         .def(py::pickle(&state_of, &restored));
     m.def("offset", &offset_any);
     m.def("offset_many", &offset_many);
+    m.def("offset_rings", &offset_rings);
 }
 
 } // namespace korvale::python

@@ -357,6 +357,45 @@ class SolidTest(RefusingTest):
         self.assertEqual((mesh.triangles.shape[1], mesh.triangles.dtype), (3, numpy.int32))
         self.assertEqual(mesh.faces.tolist(), mesh.triangles.tolist())
 
+    def test_keeps_all_pieces(self):
+        waist = [(0, 0), (9, 0), (11, 4), (13, 0), (22, 0), (22, 9), (13, 9), (11, 5), (9, 9), (0, 9)]
+        rings = korvale.offset(waist, -1, height=2, pieces=True)
+        self.assertEqual(rings.parents.tolist(), [-1, 0])
+        self.assertEqual([len(ring) for ring in rings.singly()], [5, 5])
+        self.assertEqual(rings.collapsed.tolist(), [False, False])
+        numpy.testing.assert_array_equal(rings.ends, [-1, -1])
+        plain = korvale.offset(waist, -1, height=2, keep_vertices=False)
+        numpy.testing.assert_array_equal(rings.singly()[0], plain.points)
+        self.assertEqual(len(korvale.offset(waist, -9, pieces=True).points), 0)
+        self.assertEqual(korvale.offset(waist, -1, pieces=True), korvale.offset([*waist, waist[0]], -1, pieces=True))
+        self.assertEqual(korvale.offset(waist, -1, pieces=False), korvale.offset(waist, -1))
+
+    def test_refuses_pieces_of_outlines_with_holes(self):
+        self.assertRefuses("offset: outline must be one outline where pieces are kept, but it has 1 hole",
+                           lambda: korvale.offset([SQUARE, HOLE], 1, pieces=True))
+        self.assertRefuses("offset: pieces must be True or False, but it is 2",
+                           lambda: korvale.offset(SQUARE, 1, pieces=2))
+
+    def test_pieces_neither_cross_nor_overlap(self):
+        from shapely.geometry import Polygon
+        from shapely.ops import unary_union
+        random = numpy.random.default_rng(7)
+        several = 0
+        for _ in range(200):
+            n = random.integers(6, 40)
+            angles = 2 * numpy.pi * (numpy.arange(n) + random.uniform(0, 0.9, n)) / n
+            star = numpy.column_stack([numpy.cos(angles), numpy.sin(angles)]) * random.uniform(1, 10, (n, 1))
+            rings = korvale.offset(star, random.uniform(-3, 0), pieces=True).singly()
+            several += len(rings) > 1
+            pieces = [Polygon(ring[:, :2]).buffer(0) for ring in rings]
+            for ring, piece in zip(rings, pieces):
+                x, y = ring[:, 0], ring[:, 1]
+                area = (x * numpy.roll(y, -1) - numpy.roll(x, -1) * y).sum() / 2
+                self.assertAlmostEqual(area, piece.area, 5)
+                self.assertLess(piece.difference(Polygon(star)).area, 1e-5)
+            self.assertAlmostEqual(unary_union(pieces).area, sum(piece.area for piece in pieces), 5)
+        self.assertGreater(several, 30)
+
     def test_bevels_a_level_outline_upwards_whichever_way_it_runs(self):
         for outline in (SQUARE, SQUARE[::-1]):
             low, high = korvale.bounds(korvale.bevel(outline, [(0, 0), (0, 2)]).vertices)

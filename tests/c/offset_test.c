@@ -1,6 +1,7 @@
 // Outlines moved sideways.
 #include "check.h"
 
+#include <math.h>
 #include <stdlib.h>
 
 static const double square[] = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0};
@@ -111,6 +112,39 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status keeps_all_pieces(void)
+{
+    /* Two squares of side 4 with a waist of 1 between them, which is narrowest in the middle. */
+    const double points[] = {0,  0, 4, 0, 4, 1.5, 5, 1.6, 6, 1.5, 6, 0, 10, 0,
+                             10, 4, 6, 4, 6, 2.5, 5, 2.4, 4, 2.5, 4, 4, 0,  4};
+    const korvale_points outline = {.data = points, .count = 14, .dim = 2};
+    korvale_rings* rings = NULL;
+    korvale_ring_arrays all, taken = {.points = NULL};
+    korvale_error error;
+    TRY_MAKING(rings, korvale_offset_rings(&outline, -1, NULL, &rings, &error));
+    all = korvale_rings_view(rings);
+    CHECK(all.rings >= 2 && all.parents[0] == -1 && all.parents[1] == 0 && all.births[0] == 0 && all.births[1] < -0.39);
+    CHECK(all.collapsed[0] == 0 && all.ends[0] == -1 && all.starts[1] >= 4);
+    CHECK(all.sources[0] == 0 || all.sources[0] > 3);
+    taken = korvale_rings_take(rings);
+    CHECK(taken.points == all.points && korvale_rings_view(rings).points == NULL);
+    korvale_rings_free(rings);
+    rings = NULL;
+    REFUSE(korvale_offset_rings(&outline, INFINITY, NULL, &rings, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_offset_rings: distance must be finite, but it is inf");
+    CHECK(rings == NULL);
+done:
+    free(taken.points);
+    free(taken.starts);
+    free(taken.sources);
+    free(taken.parents);
+    free(taken.births);
+    free(taken.ends);
+    free(taken.collapsed);
+    korvale_rings_free(rings);
+    return (korvale_status)error.status;
+}
+
 static korvale_status refuses_what_is_no_outline(void)
 {
     const korvale_points line = {.data = square, .count = 2};
@@ -133,5 +167,6 @@ void offset_tests(void)
     RUN(lifts_floats_of_records);
     RUN(moves_outlines_with_holes);
     RUN(moves_many_outlines);
+    RUN(keeps_all_pieces);
     RUN(refuses_what_is_no_outline);
 }

@@ -323,6 +323,37 @@ void expect_alone(const Borders& many, std::size_t k, const Offset& alone, std::
     }
 }
 
+TEST(FaceOffsetRings, GivesEveryPiece)
+{
+    // Two squares of side 4 with a waist of 1 between them, which is narrowest in the middle.
+    const Outline waist = {{0, 0, 0},  {4, 0, 0}, {4, 1.5, 0}, {5, 1.6, 0}, {6, 1.5, 0}, {6, 0, 0}, {10, 0, 0},
+                           {10, 4, 0}, {6, 4, 0}, {6, 2.5, 0}, {5, 2.4, 0}, {4, 2.5, 0}, {4, 4, 0}, {0, 4, 0}};
+    const Rings rings = offset_rings(waist, -1, {.height = 2});
+    std::size_t left = 0;
+    for (std::size_t k = 0; k < rings.size(); ++k) {
+        left += !rings.collapsed[k];
+        EXPECT_EQ(rings[k].empty(), rings.collapsed[k] != 0);
+        for (const Point& p : rings[k])
+            EXPECT_EQ(p[2], 2);
+    }
+    EXPECT_EQ(left, 2u);
+    EXPECT_EQ(rings.parents[0], -1);
+    EXPECT_EQ(rings.parents[1], 0);
+    EXPECT_LT(rings.births[1], -0.39);
+    EXPECT_EQ(rings.ends[0], -1);
+    const Points plain = offset(waist, -1, {.height = 2, .keep_vertices = false}).points;
+    EXPECT_TRUE(std::ranges::equal(rings[0], plain));
+    EXPECT_EQ(rings.clone(), rings);
+    EXPECT_NE(offset_rings(waist, -0.25), rings);
+    EXPECT_EQ(offset_rings(waist, -1, {.split = false}).size(), 1u);
+    EXPECT_EQ(refusal_of([] {
+                  offset_rings(Outline{{0, 0, 0}, {1, 0, 0}}, 1);
+              }),
+              "offset_rings: outline must have at least 3 points, but it has 2");
+    EXPECT_EQ(try_offset_rings(waist, NAN).error().what(),
+              std::string("offset_rings: distance must be finite, but it is nan"));
+}
+
 TEST(FaceOffsetMany, GivesWhatEachOutlineGivesAlone)
 {
     Random random(1221);

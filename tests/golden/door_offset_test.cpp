@@ -80,6 +80,31 @@ TEST(Golden, DoorOffsetMany)
     EXPECT_EQ(hash.value(), 0x9feea391be892bdau);
 }
 
+TEST(Golden, DoorOffsetRings)
+{
+    Random random(1115);
+    Hash hash;
+    for (int i = 0; i < 1000; ++i) {
+        const int n = random.between(3, 60);
+        std::vector<double> points;
+        for (int j = 0; j < n; ++j) { // up one side, down the other
+            const double x = 2 * j < n ? random.uniform(0.5, 4) : random.uniform(-4, -0.5);
+            points.insert(points.end(), {x, double(2 * j < n ? j : n - j), 0.5 * x});
+        }
+        const korvale_points outline = {points.data(), n, 0, 3, KORVALE_DOUBLE};
+        korvale_rings* rings = nullptr;
+        hash.add(korvale_offset_rings(&outline, random.uniform(-1.5, 1), nullptr, &rings, nullptr));
+        const korvale_ring_arrays all = korvale_rings_view(rings);
+        const int64_t left = all.starts[all.rings];
+        hash.add(all.points, 3 * left).add(all.sources, left).add(all.parents, all.rings);
+        hash.add(all.births, all.rings).add(all.ends, all.rings);
+        for (int64_t k = 0; k < all.rings; ++k)
+            hash.add(all.collapsed[k]);
+        korvale_rings_free(rings);
+    }
+    EXPECT_EQ(hash.value(), 0x208e3274aef0ffabu);
+}
+
 TEST(Golden, DoorBand)
 {
     Random random(1106);

@@ -389,4 +389,80 @@ inline Borders offset_many(AnyOutlines outlines, const AnyDistances& distances, 
     return try_offset_many(outlines.view(), distances, options).value();
 }
 
+/// All rings that an outline becomes, one behind the other; ring 0 is its own. Each has its points in the order of the
+/// outline. One that has come to nothing has none.
+struct Rings {
+    Points points;                 ///< of all rings
+    Array<std::int64_t> starts;    ///< [rings + 1] where each ring begins in `points`, and where the last one ends
+    Array<std::int32_t> sources;   ///< [points] the vertex of the outline that each point belongs to
+    Array<std::int32_t> parents;   ///< [rings] the ring that each one was cut from, one before it; -1 for ring 0
+    Array<double> births;          ///< [rings] the distance at which it was, 0 for ring 0
+    Array<double> ends;            ///< [rings] the distance at which it came to nothing, or the whole one
+    Array<std::uint8_t> collapsed; ///< [rings] 1 where it has come to nothing
+
+    /// How many there are, those that have come to nothing included.
+    std::size_t size() const noexcept { return collapsed.size(); }
+
+    /// Ring k.
+    std::span<const Point> operator[](std::size_t k) const KORVALE_LIFETIMEBOUND
+    {
+        const auto begin = static_cast<std::size_t>(starts[k]), end = static_cast<std::size_t>(starts[k + 1]);
+        return {points.data() + begin, end - begin};
+    }
+
+    /// The same in memory of their own.
+    Rings clone() const
+    {
+        return {points.clone(), starts.clone(), sources.clone(),  parents.clone(),
+                births.clone(), ends.clone(),   collapsed.clone()};
+    }
+
+    /// The same rings.
+    friend bool operator==(const Rings&, const Rings&) = default;
+};
+
+/// `offset_rings`, telling of failures by its result.
+inline Result<Rings> try_offset_rings(AnyPoints outline, double distance, const OffsetOptions& options = {})
+{
+    struct Free {
+        void operator()(korvale_rings* rings) const noexcept { korvale_rings_free(rings); }
+    };
+    const korvale_points points = detail::view_of(outline);
+    korvale_rings* made = nullptr;
+    const Result<void> done =
+        detail::done("offset_rings", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
+            const korvale_offset_options how = {
+                sizeof how, options.keep_vertices, options.split, 0, options.height, told, user};
+            return korvale_offset_rings(&points, distance, &how, &made, error);
+        });
+    const std::unique_ptr<korvale_rings, Free> owner(made);
+    if (!done)
+        return done.error();
+    const korvale_ring_arrays all = korvale_rings_take(made);
+    const auto rings = static_cast<std::size_t>(all.rings), n = static_cast<std::size_t>(all.starts[all.rings]);
+    return Rings{Points(all.points, n), {all.starts, rings + 1}, {all.sources, n},      {all.parents, rings},
+                 {all.births, rings},   {all.ends, rings},       {all.collapsed, rings}};
+}
+
+/// `offset` with all pieces: where a vertex runs into an edge both go on, the piece that `offset` drops as an outline
+/// of its own. Ring 0 is the outline's own, to the last bit what `offset` gives without `keep_vertices`, at which this
+/// function does not look.
+///
+/// The rings tell what has become of the outline on the way: from which ring each was cut, and at which distance.
+/// Outwards, those inside of others are what has been closed in, and run the other way. Rings do not cross each other,
+/// but for rounding, unless the outline crosses or touches itself.
+///
+/// ```
+/// const korvale::Rings rings = korvale::offset_rings(coast, -2);
+/// for (std::size_t k = 0; k < rings.size(); ++k)
+///     if (!rings.collapsed[k])
+///         draw(rings[k]);
+/// ```
+///
+/// Throws `Error` for what `offset` refuses.
+inline Rings offset_rings(AnyPoints outline, double distance, const OffsetOptions& options = {})
+{
+    return try_offset_rings(outline.view(), distance, options).value();
+}
+
 } // namespace korvale

@@ -1,0 +1,423 @@
+// Outlines moved with all pieces: against pieces known by hand, the plain call, and what areas and edges say.
+#include <korvale.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <numeric>
+
+#include <gmock/gmock.h>
+
+#include "support.h"
+#include "tests/support/bits.h"
+#include "tests/support/heap.h"
+#include "tests/support/outlines.h"
+#include "tests/support/random.h"
+
+namespace korvale::test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using Numbers = std::vector<double>;
+
+/// What becomes of an outline.
+class Rings {
+public:
+    Rings(const Numbers& outline, double distance, korvale_offset_options options = offset_options(0))
+    {
+        const korvale_points points = points_of(outline);
+        korvale_error error;
+        EXPECT_EQ(korvale_offset_rings(&points, distance, &options, &rings_, &error), KORVALE_OK) << error.text;
+    }
+    ~Rings() { korvale_rings_free(rings_); }
+    Rings(const Rings&) = delete;
+    Rings& operator=(const Rings&) = delete;
+
+    korvale_ring_arrays view() const { return korvale_rings_view(rings_); }
+    int64_t size() const { return view().rings; }
+    Numbers ring(int64_t k) const
+    {
+        const korvale_ring_arrays all = view();
+        return {all.points + 3 * all.starts[k], all.points + 3 * all.starts[k + 1]};
+    }
+    std::vector<int32_t> sources(int64_t k) const
+    {
+        const korvale_ring_arrays all = view();
+        return {all.sources + all.starts[k], all.sources + all.starts[k + 1]};
+    }
+
+    /// The numbers of the rings that have not come to nothing.
+    std::vector<int64_t> left() const
+    {
+        std::vector<int64_t> numbers;
+        for (int64_t k = 0; k < size(); ++k)
+            if (view().collapsed[k] == 0)
+                numbers.push_back(k);
+        return numbers;
+    }
+
+private:
+    korvale_rings* rings_ = nullptr;
+};
+
+/// The area that a ring runs around counter-clockwise.
+double area_of(const Numbers& ring)
+{
+    double twice = 0;
+    for (size_t i = 0, n = ring.size(); i < n; i += 3) {
+        const size_t next = i + 3 < n ? i + 3 : 0;
+        twice += ring[i] * ring[next + 1] - ring[next] * ring[i + 1];
+    }
+    return twice / 2;
+}
+
+double length_of(const Numbers& ring)
+{
+    double length = 0;
+    for (size_t i = 0, n = ring.size(); i < n; i += 3) {
+        const size_t next = i + 3 < n ? i + 3 : 0;
+        length += std::hypot(ring[next] - ring[i], ring[next + 1] - ring[i + 1]);
+    }
+    return length;
+}
+
+double area_of(const Rings& rings)
+{
+    double area = 0;
+    for (int64_t k = 0; k < rings.size(); ++k)
+        area += area_of(rings.ring(k));
+    return area;
+}
+
+double length_of(const Rings& rings)
+{
+    double length = 0;
+    for (int64_t k = 0; k < rings.size(); ++k)
+        length += length_of(rings.ring(k));
+    return length;
+}
+
+/// A place to the left of the line from a to b has a positive one.
+double side(const double* a, const double* b, const double* p)
+{
+    return ((b[0] - a[0]) * (p[1] - a[1]) - (b[1] - a[1]) * (p[0] - a[0])) / std::hypot(b[0] - a[0], b[1] - a[1]);
+}
+
+/// Whether two edges of the rings cross by more than rounding and what counts as collapsed.
+bool do_cross(const Rings& rings)
+{
+    struct Edge {
+        const double *a, *b;
+    };
+    constexpr double kNear = 1e-05;
+    std::vector<Edge> edges;
+    const korvale_ring_arrays all = rings.view();
+    for (int64_t k = 0; k < all.rings; ++k)
+        for (int64_t i = all.starts[k]; i < all.starts[k + 1]; ++i)
+            edges.push_back({all.points + 3 * i, all.points + 3 * (i + 1 < all.starts[k + 1] ? i + 1 : all.starts[k])});
+    const auto parts = [&](const Edge& e, const Edge& f) {
+        const double p = side(e.a, e.b, f.a), q = side(e.a, e.b, f.b);
+        return std::min(p, q) < -kNear && std::max(p, q) > kNear;
+    };
+    for (size_t i = 0; i < edges.size(); ++i)
+        for (size_t k = 0; k < i; ++k)
+            if (parts(edges[i], edges[k]) && parts(edges[k], edges[i]))
+                return true;
+    return false;
+}
+
+/// Round a place, with corners at different distances from it.
+Numbers star(Random& random, int corners, double least)
+{
+    Numbers outline;
+    for (int i = 0; i < corners; ++i) {
+        const double angle = 6.283185307179586 * (i + random.uniform(0, 0.9)) / corners, r = random.uniform(least, 10);
+        outline.insert(outline.end(), {r * std::cos(angle), r * std::sin(angle), 0});
+    }
+    return outline;
+}
+
+Numbers any_outline(Random& random)
+{
+    switch (random.below(4)) {
+    case 0:
+        return wiggly(random.between(20, 80), random.between(3, 9), random.uniform(0.5, 3));
+    case 1:
+        return coast(random.between(2, 4), random.uniform(0.1, 0.3), [&] { return random.uniform(-1, 1); });
+    default:
+        return star(random, random.between(5, 40), 1);
+    }
+}
+
+/// Squares of side 4 in a row, with necks of 1 x 1 between them. The neck before square k begins at x = 5 k - 1.
+Numbers beads(int count)
+{
+    Numbers outline;
+    for (int k = 0; k < count; ++k) {
+        const double x = 5 * k;
+        if (k > 0)
+            outline.insert(outline.end(), {x, 1.5, 0});
+        outline.insert(outline.end(), {x, 0, 0, x + 4, 0, 0});
+        if (k + 1 < count)
+            outline.insert(outline.end(), {x + 4, 1.5, 0});
+    }
+    const size_t below = outline.size();
+    for (size_t i = below; i > 0; i -= 3)
+        outline.insert(outline.end(), {outline[i - 3], 4 - outline[i - 2], 0});
+    return outline;
+}
+
+} // namespace
+
+TEST(DoorOffsetRings, BothPiecesOfASplitGoOn)
+{
+    // Two chambers, and between them a neck of 1.5 at a bump, which has a slope of 1 in 4 on either side.
+    const Numbers chambers = {0, 0,  0,  10, 0,  0,  10, 4,  0, 12, 4.5, 0, 14, 4,  0,  14, 0, 0,  22, 0,
+                              0, 22, 10, 0,  14, 10, 0,  14, 6, 0,  10,  6, 0,  10, 10, 0,  0, 10, 0};
+    const Rings rings(chambers, -2);
+    ASSERT_THAT(rings.left(), ElementsAre(0, 1));
+    const korvale_ring_arrays all = rings.view();
+    EXPECT_EQ(all.parents[0], -1);
+    EXPECT_EQ(all.parents[1], 0);
+    EXPECT_EQ(all.births[0], 0);
+    EXPECT_NEAR(all.births[1], -1.5 / (1 + std::sqrt(1.0625)), 1e-14);
+    EXPECT_EQ(all.ends[0], -2);
+    EXPECT_EQ(all.ends[1], -2);
+    EXPECT_NEAR(area_of(rings.ring(0)), 36, 1e-9); // from 2 to 8 either way
+    EXPECT_NEAR(area_of(rings.ring(1)), 24, 1e-9); // from 16 to 20
+    for (const int32_t source : rings.sources(0))
+        EXPECT_TRUE(source <= 3 || source >= 10) << source;
+    for (const int32_t source : rings.sources(1))
+        EXPECT_TRUE(source >= 3 && source <= 9) << source;
+    const std::vector<int32_t> right = rings.sources(1);
+    const auto seventh = std::ranges::find(right, 7) - right.begin();
+    ASSERT_LT(seventh, static_cast<ptrdiff_t>(right.size()));
+    EXPECT_NEAR(rings.ring(1)[3 * static_cast<size_t>(seventh)], 20, 1e-9);
+    EXPECT_NEAR(rings.ring(1)[3 * static_cast<size_t>(seventh) + 1], 8, 1e-9);
+}
+
+TEST(DoorOffsetRings, ARingEndsWhereItComesToNothing)
+{
+    // Of a square of side 4 and one of side 10, joined by a neck, the small one is gone at 2.
+    const Numbers two = {0,  0, 0, 10, 0, 0, 10, 3.5,  0, 12, 3.25, 0, 12, 2,  0, 16, 2,  0,
+                         16, 6, 0, 12, 6, 0, 12, 4.25, 0, 10, 4.5,  0, 10, 10, 0, 0,  10, 0};
+    const Rings rings(two, -3);
+    ASSERT_THAT(rings.left(), ElementsAre(0));
+    EXPECT_NEAR(area_of(rings), 16, 1e-9);
+    const korvale_ring_arrays all = rings.view();
+    EXPECT_NEAR(*std::min_element(all.ends + 1, all.ends + all.rings), -2, 1e-9);
+    for (int64_t k = 1; k < all.rings; ++k)
+        EXPECT_EQ(rings.ring(k), Numbers());
+}
+
+TEST(DoorOffsetRings, ABayThatIsClosedRunsTheOtherWay)
+{
+    // A block of 10 x 10 with a bay of 6 x 6, whose mouth is 1 wide outside and 0.8 inside.
+    const Numbers block = {0, 0, 0, 10, 0, 0, 10, 10, 0, 5.5, 10, 0, 5.4, 8,  0, 8, 8,  0,
+                           8, 2, 0, 2,  2, 0, 2,  8,  0, 4.6, 8,  0, 4.5, 10, 0, 0, 10, 0};
+    const Rings rings(block, 1);
+    double outer = 0, bay = 0;
+    for (const int64_t k : rings.left())
+        (area_of(rings.ring(k)) > 0 ? outer : bay) += area_of(rings.ring(k));
+    EXPECT_EQ(rings.left().size(), 2u);
+    EXPECT_NEAR(outer, 144, 1e-9);
+    EXPECT_NEAR(bay, -16, 1e-9);
+}
+
+TEST(DoorOffsetRings, ManyPiecesAreAllThere)
+{
+    const Rings rings(beads(7), -1);
+    EXPECT_EQ(rings.left().size(), 7u);
+    EXPECT_NEAR(area_of(rings), 7 * 4, 1e-9);
+    for (const int64_t k : rings.left()) {
+        EXPECT_NEAR(area_of(rings.ring(k)), 4, 1e-9) << k;
+        EXPECT_LT(rings.view().parents[k], k);
+        EXPECT_NEAR(rings.view().births[k], k == 0 ? 0 : -0.5, 1e-9) << k;
+    }
+    EXPECT_THAT(Rings(beads(7), -3).left(), ElementsAre());
+}
+
+TEST(DoorOffsetRings, KeepTheBitsOfThePlainCall)
+{
+    Random random(1281);
+    int split = 0;
+    for (int round = 0; round < rounds(2000) && !testing::Test::HasFailure(); ++round) {
+        const Numbers outline = any_outline(random);
+        const double distance = random.uniform(-4, 2);
+        const korvale_offset_options options = offset_options(random.one_in(2) ? 0 : 1.5, 0, !random.one_in(8));
+        Numbers points(outline.size());
+        std::vector<uint8_t> removed(outline.size() / 3);
+        korvale_border plain = {points.data(), removed.data(), nullptr, 0, 0, 0, 0};
+        const korvale_points from = points_of(outline);
+        ASSERT_EQ(korvale_offset(&from, distance, &options, &plain, nullptr), KORVALE_OK);
+        points.resize(3 * static_cast<size_t>(plain.count));
+        const Rings rings(outline, distance, options);
+        const korvale_ring_arrays all = rings.view();
+        SCOPED_TRACE(testing::Message() << "outline " << round << ", distance " << describe(distance));
+        ASSERT_EQ(all.collapsed[0], plain.collapsed);
+        if (plain.collapsed == 0) {
+            ASSERT_TRUE(same_bits(points, all.points));
+            std::vector<int32_t> live;
+            for (size_t i = 0; i < removed.size(); ++i)
+                if (removed[i] == 0)
+                    live.push_back(static_cast<int32_t>(i));
+            ASSERT_EQ(rings.sources(0), live);
+        }
+        split += all.rings > 1;
+        if (options.split == 0) {
+            ASSERT_EQ(all.rings, 1);
+        }
+    }
+    EXPECT_GT(split, rounds(2000) / 8);
+}
+
+TEST(DoorOffsetRings, AreOfOneFamily)
+{
+    Random random(1282);
+    for (int round = 0; round < rounds(1000) && !testing::Test::HasFailure(); ++round) {
+        const double distance = random.uniform(-6, 3);
+        const Numbers outline = any_outline(random);
+        const Rings rings(outline, distance);
+        const korvale_ring_arrays all = rings.view();
+        for (int64_t k = 0; k < all.rings; ++k) {
+            ASSERT_EQ(all.parents[k] < 0, k == 0);
+            ASSERT_LT(all.parents[k], k);
+            ASSERT_EQ(all.collapsed[k] != 0, all.starts[k] == all.starts[k + 1]);
+            if (k > 0) {
+                ASSERT_GE(std::fabs(all.births[k]), std::fabs(all.births[all.parents[k]]));
+                ASSERT_LE(std::fabs(all.births[k]), std::fabs(all.ends[all.parents[k]]));
+            }
+            ASSERT_LE(std::fabs(all.births[k]), std::fabs(all.ends[k]));
+            ASSERT_LE(std::fabs(all.ends[k]), std::fabs(distance));
+            if (all.collapsed[k] == 0) {
+                ASSERT_EQ(all.ends[k], distance);
+            }
+            const std::vector<int32_t> sources = rings.sources(k);
+            ASSERT_TRUE(std::is_sorted(sources.begin(), sources.end(), std::less_equal<>()));
+        }
+        ASSERT_LT(all.rings, static_cast<int64_t>(outline.size() / 3));
+    }
+}
+
+TEST(DoorOffsetRings, DoNotCross)
+{
+    Random random(1283);
+    for (int round = 0; round < rounds(400) && !testing::Test::HasFailure(); ++round) {
+        const Numbers outline = star(random, random.between(5, 40), 1);
+        const double distance = random.uniform(-3, 2);
+        ASSERT_FALSE(do_cross(Rings(outline, distance))) << "outline " << round << ", distance " << describe(distance);
+    }
+}
+
+// The area grows by the length of the edges for each unit of distance, also where rings part: what is lost is seen.
+TEST(DoorOffsetRings, TakeUpTheAreaThatTheirEdgesPassOver)
+{
+    Random random(1284);
+    int many = 0;
+    for (int round = 0; round < rounds(15) && !testing::Test::HasFailure(); ++round) {
+        const Numbers outline = star(random, random.between(8, 40), 1);
+        constexpr int kSteps = 1600;
+        const double step = (random.one_in(4) ? 2.0 : -4.0) / kSteps;
+        double length = length_of(outline), expected = area_of(outline);
+        for (int i = 1; i <= kSteps; ++i) {
+            const Rings rings(outline, i * step);
+            const double next = length_of(rings);
+            expected += 0.5 * step * (length + next);
+            length = next;
+            many += rings.left().size() > 1;
+            ASSERT_NEAR(area_of(rings), expected, 0.02) << "outline " << round << ", distance " << i * step;
+        }
+    }
+    EXPECT_GT(many, rounds(1000));
+}
+
+TEST(DoorOffsetRings, ScaleExactlyByPowersOfTwo)
+{
+    Random random(1285);
+    for (int round = 0; round < rounds(50); ++round) {
+        Numbers outline = star(random, 20, 1);
+        const double distance = random.uniform(-2, 0);
+        for (double& number : outline)
+            number /= 16;
+        const Rings plain(outline, distance / 16);
+        for (double& number : outline)
+            number = std::ldexp(number, -20);
+        const Rings small(outline, std::ldexp(distance / 16, -20));
+        ASSERT_EQ(plain.size(), small.size());
+        for (int64_t k = 0; k < plain.size(); ++k) {
+            ASSERT_EQ(plain.sources(k), small.sources(k));
+            ASSERT_EQ(std::ldexp(plain.view().births[k], -20), small.view().births[k]);
+        }
+    }
+}
+
+TEST(DoorOffsetRings, OfNullThereAreNone)
+{
+    EXPECT_EQ(korvale_rings_view(nullptr).points, nullptr);
+    EXPECT_EQ(korvale_rings_take(nullptr).rings, 0);
+    korvale_rings_free(nullptr);
+}
+
+TEST(DoorOffsetRings, SayWhatTheyRefuse)
+{
+    const Numbers line = {0, 0, 0, 1, 0, 0}, square = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0};
+    const korvale_points few = points_of(line), points = points_of(square);
+    int anything = 0;
+    auto* rings = reinterpret_cast<korvale_rings*>(&anything);
+    const auto refusal = [&](const korvale_points* outline, double distance) {
+        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
+            return korvale_offset_rings(outline, distance, nullptr, &rings, error);
+        });
+    };
+    EXPECT_EQ(refusal(&few, 1), "korvale_offset_rings: outline must have at least 3 points, but it has 2");
+    EXPECT_EQ(refusal(nullptr, 1), "korvale_offset_rings: outline must be given, but it is null");
+    EXPECT_EQ(refusal(&points, NAN), "korvale_offset_rings: distance must be finite, but it is nan");
+    EXPECT_EQ(rings, nullptr);
+    EXPECT_EQ(
+        sentence_of(KORVALE_BAD_ARGUMENT,
+                    [&](korvale_error* error) { return korvale_offset_rings(&points, 1, nullptr, nullptr, error); }),
+        "korvale_offset_rings: rings must be given, but it is null");
+}
+
+TEST(DoorOffsetRings, TellHowFarTheyAreAndStopWhenAsked)
+{
+    Course course = {{}, 1000000};
+    korvale_offset_options options = offset_options(0);
+    options.progress = &Course::tell;
+    options.user = &course;
+    const Numbers outline = beads(300);
+    const korvale_points points = points_of(outline);
+    korvale_rings* rings = nullptr;
+    ASSERT_EQ(korvale_offset_rings(&points, -1, &options, &rings, nullptr), KORVALE_OK);
+    korvale_rings_free(rings);
+    EXPECT_TRUE(std::is_sorted(course.told.begin(), course.told.end()));
+    ASSERT_GT(course.told.size(), 100u);
+    EXPECT_GE(course.told.front(), 0);
+    EXPECT_LE(course.told.back(), 1);
+    for (const size_t patience : {size_t{0}, size_t{5}, course.told.size() - 1}) {
+        course = {{}, patience};
+        korvale_error error;
+        EXPECT_EQ(korvale_offset_rings(&points, -1, &options, &rings, &error), KORVALE_STOPPED);
+        EXPECT_EQ(rings, nullptr);
+        EXPECT_EQ(course.told.size(), patience + 1);
+    }
+}
+
+TEST(DoorOffsetRings, AnExhaustedHeapLeavesNone)
+{
+    NEEDS_HEAP_FAILURES();
+    const Numbers outline = beads(4);
+    const korvale_points points = points_of(outline);
+    const int64_t failed = fail_each_allocation([&](int64_t) {
+        int anything = 0;
+        auto* rings = reinterpret_cast<korvale_rings*>(&anything);
+        korvale_error error;
+        const auto status = korvale_offset_rings(&points, -1, nullptr, &rings, &error);
+        EXPECT_EQ(status, rings == nullptr ? KORVALE_NO_MEMORY : KORVALE_OK);
+        korvale_rings_free(rings);
+    });
+    EXPECT_GT(failed, 30);
+}
+
+} // namespace korvale::test
