@@ -68,12 +68,12 @@ struct Course {
 };
 
 /// A sweep of n vertices in these arrays.
-inside::Sweep sweep_in(Block<double>& numbers, Block<uint8_t>& dead, Block<int32_t>& merge, size_t n)
+border::Sweep sweep_in(Block<double>& numbers, Block<uint8_t>& dead, Block<int32_t>& merge, size_t n)
 {
     numbers.make_room(14 * n);
     dead.make_room(n);
     merge.make_room(n);
-    inside::Sweep s = {};
+    border::Sweep s = {};
     s.n = static_cast<int32_t>(n);
     s.flat = numbers.data();
     s.direction = s.flat + 3 * n;
@@ -97,19 +97,19 @@ struct NewRing {
 
 /// Keeps what splits drop of a ring that is being swept.
 struct Keeper {
-    const inside::Sweep& sweep;
+    const border::Sweep& sweep;
     const NewRing& ring;
     int32_t number; ///< of the ring
     double distance, scale;
     Vector<NewRing>& rings; ///< added to
     size_t& waiting;        ///< vertices of rings that are not swept yet: added to
 
-    static void drop(const inside::DroppedPiece& piece, void* receiver)
+    static void drop(const border::DroppedPiece& piece, void* receiver)
     {
         static_cast<const Keeper*>(receiver)->keep(piece);
     }
 
-    void keep(const inside::DroppedPiece& piece) const
+    void keep(const border::DroppedPiece& piece) const
     {
         if (piece.count < 2)
             return; // an edge there and back
@@ -159,7 +159,7 @@ Motion motion_of(double distance, const korvale_offset_options& options)
 void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in)
 {
     const size_t n = outline.size();
-    inside::Sweep s = sweep_in(numbers_, dead_, merge_, n);
+    border::Sweep s = sweep_in(numbers_, dead_, merge_, n);
     const Extent extent = extent_of(outline);
     const double scale = scale_for(extent, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
     s.remaining = scale * motion.distance;
@@ -169,7 +169,7 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
     auto* const room = reinterpret_cast<Point*>(s.direction); // free before and after the sweep
     const Outline work = scaled(outline, scale, room);
     Planes own;
-    inside::flatten_for_sure(work[0].data(), s.n, scale * extent.greatest, own.to_plane, own.from_plane, true);
+    path::flatten_for_sure(work[0].data(), s.n, scale * extent.greatest, own.to_plane, own.from_plane, true);
     Planes lifting = lifted_in == nullptr ? own : lifted_in->scaled(scale);
     const Point area = motion.split ? Point{} : doubled_area(work);
     carry(own.to_plane, work, flat);
@@ -178,15 +178,15 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
         s.ask = &Course::ask;
         s.user = &course;
     }
-    if (!inside::run_sweep(s))
+    if (!border::run_sweep(s))
         throw std::bad_alloc();
     if (s.is_stopped)
         throw Stop();
     output.left = motion.keep_whole ? s.remaining / scale : 0.0;
     output.size = n;
     if (!motion.keep_vertices)
-        output.size = static_cast<size_t>(inside::pack_live_positions(s));
-    else if (!inside::join_dead_vertices(s))
+        output.size = static_cast<size_t>(border::pack_live_positions(s));
+    else if (!border::join_dead_vertices(s))
         throw std::bad_alloc();
 
     const std::span<Point> border(output.points, output.size);
@@ -227,8 +227,8 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
     Vector<Point> room;
     const Outline work = scaled(outline, scale, room);
     Planes planes;
-    inside::flatten_for_sure(work[0].data(), static_cast<int32_t>(n), scale * extent.greatest, planes.to_plane,
-                             planes.from_plane, true);
+    path::flatten_for_sure(work[0].data(), static_cast<int32_t>(n), scale * extent.greatest, planes.to_plane,
+                           planes.from_plane, true);
     const Point area = motion.split ? Point{} : doubled_area(work);
     carry(planes.to_plane, work, all[0].places.data());
 
@@ -238,7 +238,7 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
     for (size_t k = 0; k < all.size(); ++k) {
         const NewRing ring = std::move(all[k]);
         const size_t vertices = ring.places.size();
-        inside::Sweep s = sweep_in(numbers_, dead_, merge_, vertices);
+        border::Sweep s = sweep_in(numbers_, dead_, merge_, vertices);
         std::ranges::copy(ring.places, reinterpret_cast<Point*>(s.flat));
         s.remaining = ring.remaining;
         s.split_events = motion.split;
@@ -253,7 +253,7 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
             s.ask = &Course::ask;
             s.user = &course;
         }
-        if (!inside::run_sweep(s))
+        if (!border::run_sweep(s))
             throw std::bad_alloc();
         if (s.is_stopped)
             throw Stop();
@@ -265,7 +265,7 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
             if (s.dead[i] == 0)
                 sources.push_back(ring.sources[i]);
         const std::span<Point> live(reinterpret_cast<Point*>(s.flat),
-                                    static_cast<size_t>(inside::pack_live_positions(s)));
+                                    static_cast<size_t>(border::pack_live_positions(s)));
         carry(planes.from_plane, live, live.data());
         lift(live, planes, scale * motion.height);
         const bool collapsed = is_thin(live) || (!motion.split && dot(doubled_area(live), area) < 0.0);

@@ -45,8 +45,4 @@ namespace border {
 using namespace path;
 }
 
-namespace inside { // what door/offset.cpp still calls border and path
-using namespace border;
-}
-
 } // namespace korvale
