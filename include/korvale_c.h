@@ -288,7 +288,7 @@ typedef struct korvale_ring_arrays {
     double* births;     ///< [rings] the distance at which it was, 0 for ring 0
     double* ends;       ///< [rings] the distance that it has reached: that at which it came to nothing, or all
     uint8_t* collapsed; ///< [rings] 1 where it has come to nothing
-    int64_t rings;
+    int64_t rings;      ///< how many there are
 } korvale_ring_arrays;
 
 /// The arrays, in memory of the rings that is good until they are released; all zero of null.
