@@ -51,7 +51,10 @@ NUMBERS = [*NOTHING, "text", ["a"], [True], numpy.ma.masked_less(X, 2)]
 CASES = {
     "offset": (korvale.offset, {"outline": SQUARE, "distance": 1},
                {"outline": POINTS, "distance": NUMBER, "height": NUMBER, "keep_vertices": FLAG, "split": FLAG,
-                "progress": PROGRESS}),
+                "pieces": FLAG, "progress": PROGRESS}),
+    "offset of pieces": (korvale.offset, {"outline": SQUARE, "distance": 1, "pieces": True},
+                         {"outline": POINTS, "distance": NUMBER, "height": NUMBER, "keep_vertices": FLAG,
+                          "split": FLAG, "progress": PROGRESS}),
     "offset_many": (korvale.offset_many, {"outlines": [SQUARE, HOLE], "distance": 1},
                     {"outlines": [*NOTHING, "text", 5, [5], [SQUARE, "text"], [SQUARE, HOLE * math.nan], [SQUARE[:2]]],
                      "distance": [*NOTHING, "text", [1, 2, 3], [[1, 2]], math.nan, True], "starts": [],

@@ -624,11 +624,11 @@ class ScatterTest(RefusingTest):
 
     def test_tells_of_progress(self):
         told = []
-        made = korvale.scatter(self.mesh, 3000000, seed=7, progress=told.append)
+        made = korvale.scatter(self.mesh, 10000000, seed=7, progress=told.append)
         self.assertEqual((told[-1], told == sorted(told)), (1000, True))
-        self.assertEqual(made.points.shape, (3000000, 3))
+        self.assertEqual(made.points.shape, (10000000, 3))
         with self.assertRaisesRegex(korvale.Error, "scatter: progress must go on, but it has stopped the work"):
-            korvale.scatter(self.mesh, 3000000, seed=7, progress=lambda done: False)
+            korvale.scatter(self.mesh, 10000000, seed=7, progress=lambda done: False)
 
     def test_results_with_arrays_compare_by_one_truth(self):
         grid, relaxer = korvale.RayGrid(self.mesh), korvale.Relaxer(self.mesh).keep("lengths")

@@ -409,6 +409,7 @@ TEST(DoorOffsetRings, AnExhaustedHeapLeavesNone)
     NEEDS_HEAP_FAILURES();
     const Numbers outline = beads(4);
     const korvale_points points = points_of(outline);
+    const Rings before(outline, -1); // sweeps keep their working memory
     const int64_t failed = fail_each_allocation([&](int64_t) {
         int anything = 0;
         auto* rings = reinterpret_cast<korvale_rings*>(&anything);

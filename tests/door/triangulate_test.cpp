@@ -268,7 +268,7 @@ TEST(Triangulate, TurnedPlatesAreCoveredOnce)
         const auto add = [&](std::vector<std::pair<int, int>> outline) { // turned and moved
             if (random.one_in(2))
                 std::ranges::reverse(outline);
-            std::ranges::rotate(outline, outline.begin() + random.between(0, 2));
+            std::rotate(outline.begin(), outline.begin() + random.between(0, 2), outline.end());
             outlines.emplace_back();
             for (const auto& [x, y] : outline)
                 outlines.back().insert(outlines.back().end(), {c * x - s * y + far, s * x + c * y - far, 0.0});

@@ -453,7 +453,7 @@ inline Result<Rings> try_offset_rings(AnyPoints outline, double distance, const 
 /// but for rounding, unless the outline crosses or touches itself.
 ///
 /// ```
-/// const korvale::Rings rings = korvale::offset_rings(coast, -2);
+/// const korvale::Rings rings = korvale::offset_rings(outline, -2);
 /// for (std::size_t k = 0; k < rings.size(); ++k)
 ///     if (!rings.collapsed[k])
 ///         draw(rings[k]);
