@@ -123,14 +123,18 @@ class InterruptTest(unittest.TestCase):
         timer.join()
         return taken
 
+    def growth(self, call):
+        """KiB by which the process grows; what is lost is lost every time, what the heap keeps it keeps once."""
+        before = resident_kib()
+        self.assertLess(self.interrupted(call), SOON)
+        return resident_kib() - before
+
     def test_ends_every_long_call_soon(self):
         for name, call in made().items():
             with self.subTest(name):
                 self.assertLess(self.interrupted(call), SOON)
                 self.assertLess(self.interrupted(call), SOON)  # the object is free for another call
-                before = resident_kib()  # with what the heap keeps
-                self.assertLess(self.interrupted(call), SOON)
-                self.assertLess(resident_kib() - before, 20000)
+                self.assertLess(min(self.growth(call) for _ in range(4)), 20000)
 
 
 if __name__ == "__main__":
