@@ -67,6 +67,20 @@ struct Course {
     }
 };
 
+/// Runs a sweep that tells of its progress; throws where the heap is exhausted or the work has been stopped.
+void run(border::Sweep& s, const Telling& telling)
+{
+    Course course = {telling, s.remaining};
+    if (telling.progress != nullptr) {
+        s.ask = &Course::ask;
+        s.user = &course;
+    }
+    if (!border::run_sweep(s))
+        throw std::bad_alloc();
+    if (s.is_stopped)
+        throw Stop();
+}
+
 /// A sweep of n vertices in these arrays.
 border::Sweep sweep_in(Block<double>& numbers, Block<uint8_t>& dead, Block<int32_t>& merge, size_t n)
 {
@@ -173,15 +187,7 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
     Planes lifting = lifted_in == nullptr ? own : lifted_in->scaled(scale);
     const Point area = motion.split ? Point{} : doubled_area(work);
     carry(own.to_plane, work, flat);
-    Course course = {motion.telling, s.remaining};
-    if (motion.telling.progress != nullptr) {
-        s.ask = &Course::ask;
-        s.user = &course;
-    }
-    if (!border::run_sweep(s))
-        throw std::bad_alloc();
-    if (s.is_stopped)
-        throw Stop();
+    run(s, motion.telling);
     output.left = motion.keep_whole ? s.remaining / scale : 0.0;
     output.size = n;
     if (!motion.keep_vertices)
@@ -247,16 +253,7 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
         s.receiver = &keeper;
         const double share = (1.0 - done) * static_cast<double>(vertices) / static_cast<double>(waiting);
         waiting -= vertices;
-        const Telling telling = motion.telling.part(done, share);
-        Course course = {telling, ring.remaining};
-        if (motion.telling.progress != nullptr) {
-            s.ask = &Course::ask;
-            s.user = &course;
-        }
-        if (!border::run_sweep(s))
-            throw std::bad_alloc();
-        if (s.is_stopped)
-            throw Stop();
+        run(s, motion.telling.part(done, share));
         done += share;
         motion.telling.tell(std::min(done, 1.0));
 

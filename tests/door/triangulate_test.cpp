@@ -212,6 +212,19 @@ TEST(Triangulate, HolesMayShareEdges)
     lattice.expect_covered();
 }
 
+/// Takes the cells of a rectangle, unless one of them is taken.
+bool take(int x, int y, int right, int top, std::set<std::pair<int, int>>& taken)
+{
+    std::vector<std::pair<int, int>> cells;
+    for (int i = x; i < right; ++i)
+        for (int k = y; k < top; ++k)
+            cells.emplace_back(i, k);
+    if (std::ranges::any_of(cells, [&](const auto& cell) { return taken.contains(cell); }))
+        return false;
+    taken.insert(cells.begin(), cells.end());
+    return true;
+}
+
 TEST(Triangulate, HolesMayShareEdgesWhollyAndInPart)
 {
     Random random(1305);
@@ -232,13 +245,8 @@ TEST(Triangulate, HolesMayShareEdgesWhollyAndInPart)
         for (int tries = random.between(2, 15); tries > 0; --tries) {
             const int x = random.between(0, n - 1), y = random.between(0, n - 1);
             const int right = std::min(n, x + random.between(1, 3)), top = std::min(n, y + random.between(1, 3));
-            std::vector<std::pair<int, int>> cells;
-            for (int i = x; i < right; ++i)
-                for (int k = y; k < top; ++k)
-                    cells.emplace_back(i, k);
-            if (std::ranges::any_of(cells, [&](const auto& cell) { return taken.contains(cell); }))
+            if (!take(x, y, right, top, taken))
                 continue;
-            taken.insert(cells.begin(), cells.end());
             std::vector<std::pair<int, int>> hole = {{2 * x, 2 * y}, {2 * right, 2 * y}, {2 * right, 2 * top}};
             if (random.one_in(4))
                 hole[1] = {2 * x, 2 * top}; // the other half
@@ -280,13 +288,8 @@ TEST(Triangulate, TurnedPlatesAreCoveredOnce)
             if (!random.one_in(3))
                 (random.one_in(2) ? x : y) = random.one_in(2) ? 0 : n - 1;
             const int right = std::min(n, x + random.between(1, 2)), top = std::min(n, y + random.between(1, 2));
-            std::vector<std::pair<int, int>> cells;
-            for (int i = x; i < right; ++i)
-                for (int k = y; k < top; ++k)
-                    cells.emplace_back(i, k);
-            if (std::ranges::any_of(cells, [&](const auto& cell) { return taken.contains(cell); }))
+            if (!take(x, y, right, top, taken))
                 continue;
-            taken.insert(cells.begin(), cells.end());
             std::vector<std::pair<int, int>> hole = {{2 * x, 2 * y}, {2 * right, 2 * y}, {2 * right, 2 * top}};
             const bool is_half = random.one_in(4);
             if (!is_half)
