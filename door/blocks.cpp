@@ -15,8 +15,7 @@
 #include <cstring>
 
 #include "equation/internal/functions.h"
-#include "equation/internal/program.h"
-#include "equation/internal/variables.h"
+#include "equation/internal/registry.h"
 #include "equation/tables.h"
 #include "platform/internal/lanes.h"
 
@@ -191,8 +190,9 @@ void call_each(BinaryFunction function, const Operand& a, const Operand& b, doub
 class Plan {
 public:
     Plan(EquationSystem& es, std::span<const Column> columns, std::span<const ColumnOut> outputs, int64_t rows)
-        : es_(es), columns_(columns), outputs_(outputs), rows_(rows),
-          first_temporary_(static_cast<int32_t>(columns.size())), next_result_(first_temporary_ + kMostValues)
+        : es_(es), functions_(functions_of(es)), programs_(programs_of(es)), system_variables_(variables_of(es)),
+          columns_(columns), outputs_(outputs), rows_(rows), first_temporary_(static_cast<int32_t>(columns.size())),
+          next_result_(first_temporary_ + kMostValues)
     {
     }
 
@@ -230,6 +230,9 @@ private:
     void finish(int64_t rows, int64_t n);
 
     EquationSystem& es_;
+    const Functions functions_;
+    const Programs programs_;
+    const Variables system_variables_;
     std::span<const Column> columns_;
     std::span<const ColumnOut> outputs_;
     int64_t rows_;
@@ -250,27 +253,27 @@ private:
 bool Plan::make(int32_t equation)
 {
     const bool is_pass = equation == kAllEquations;
-    const int32_t variables = variable_count(es_);
+    const int32_t variables = system_variables_.count;
     if (rows_ < kFewRows || variables > kVariablesPerRow * rows_ || !has_plain_buffers())
         return false;
     const int32_t first = is_pass ? 0 : equation;
-    const int32_t last = is_pass ? usable_count(es_.equations, DATA_TYPE_DATA, kChildren) : equation + 1;
+    const int32_t last = is_pass ? programs_.count : equation + 1;
 
     variables_.resize(static_cast<size_t>(variables));
     known_.resize(static_cast<size_t>(variables));
     for (int32_t v = 0; v < variables; ++v)
-        variables_[static_cast<size_t>(v)].number = es_.var_vals->dvals[v];
+        variables_[static_cast<size_t>(v)].number = system_variables_.values[v];
     int32_t block = 0;
     for (const Column& column : columns_) {
-        if (!is_variable(es_, column.variable))
+        if (!system_variables_.has(column.variable))
             return false;
         variables_[static_cast<size_t>(column.variable)].block = block++;
         known_[static_cast<size_t>(column.variable)] |= kColumn;
         touched_.push_back(column.variable);
     }
     for (int32_t i = first; i < last; ++i)
-        if (const Program program = program_at(es_, i); program.has_target() && is_variable(es_, program.operands[0]))
-            if (is_pass || !is_reserved(es_, program.operands[0])) {
+        if (const Program program = programs_.at(i); program.has_target() && system_variables_.has(program.operands[0]))
+            if (is_pass || !system_variables_.is_reserved(program.operands[0])) {
                 known_[static_cast<size_t>(program.operands[0])] |= kTarget;
                 touched_.push_back(program.operands[0]);
             }
@@ -279,7 +282,7 @@ bool Plan::make(int32_t equation)
 
     Vector<std::pair<int32_t, Value>> reserved; // set at the end of a pass
     for (int32_t i = first; i < last; ++i) {
-        const Program program = program_at(es_, i);
+        const Program program = programs_.at(i);
         if (!program.has_target() && is_pass)
             continue;
         Value result;
@@ -288,9 +291,9 @@ bool Plan::make(int32_t equation)
         const int32_t target = program.operands[0];
         if (!is_pass)
             results_.push_back(result);
-        if (!is_variable(es_, target))
+        if (!system_variables_.has(target))
             continue;
-        if (!is_reserved(es_, target)) {
+        if (!system_variables_.is_reserved(target)) {
             variables_[static_cast<size_t>(target)] = result;
             known_[static_cast<size_t>(target)] |= kAssigned;
         } else if (is_pass) {
@@ -325,7 +328,7 @@ bool Plan::has_plain_buffers() const
 bool Plan::keep_samples(int32_t first, int32_t last)
 {
     for (int32_t i = first; i < last; ++i) {
-        const Program program = program_at(es_, i);
+        const Program program = programs_.at(i);
         if (!program.has_target())
             continue;
         for (int32_t p = 1; p < program.count && program.kinds[p] != EQ_ITEM_END; ++p) {
@@ -343,10 +346,11 @@ bool Plan::keep_samples(int32_t first, int32_t last)
 
 bool Plan::keep_samples_of(int32_t f)
 {
-    if (f < 0 || f >= function_count(es_))
+    const Tables tables = tables_of(es_);
+    if (!tables.has(f))
         return false;
-    const auto* const table = static_cast<const DATAstruct*>(es_.tables->pvals[f]);
-    const int32_t first = es_.table_pos->ivals[f];
+    const DATAstruct* const table = tables.at(f);
+    const int32_t first = tables.columns[f];
     if (table == nullptr || table->dim < 1 || table->dim > kMostTableColumns || first < 0 || first >= table->dim)
         return false;
     const double row = es_.table_index;
@@ -356,17 +360,17 @@ bool Plan::keep_samples_of(int32_t f)
     Samples samples = {f, 0, 0, first, {}};
     samples.columns.reserve(static_cast<size_t>(table->dim)); // as nothing may fail while the column is moved
     for (int32_t column = 0; column < table->dim; ++column) {
-        es_.table_pos->ivals[f] = column;
+        tables.columns[f] = column;
         samples.columns.push_back(EqTableRead(&es_, f));
     }
-    es_.table_pos->ivals[f] = first;
+    tables.columns[f] = first;
     samples_.push_back(std::move(samples));
     return true;
 }
 
 bool Plan::plan_equation(int32_t equation, Value& result)
 {
-    const Program program = program_at(es_, equation);
+    const Program program = programs_.at(equation);
     Value held[kMostValues];
     int32_t depth = 0;
     if (!program.has_target() || !plan_items(program, held, depth) || depth == 0)
@@ -398,7 +402,7 @@ bool Plan::plan_items(const Program& program, Value (&held)[kMostValues], int32_
         if (kind == EQ_ITEM_CONSTANT) {
             value = {program.constants[p]};
         } else if (kind == EQ_ITEM_VARIABLE) {
-            if (!is_variable(es_, operand))
+            if (!system_variables_.has(operand))
                 return false;
             const uint8_t known = known_[static_cast<size_t>(operand)];
             if ((known & kTarget) != 0 && (known & (kColumn | kAssigned)) == 0)
@@ -430,7 +434,7 @@ bool Plan::plan_sample(int32_t f, int32_t depth, Value& value)
 bool Plan::plan_call(int32_t kind, int32_t f, Value (&held)[kMostValues], int32_t depth)
 {
     const int32_t arguments = kind == EQ_ITEM_UNARY ? 1 : 2;
-    if (!is_built_in(f, function_at(es_, f)) || kBuiltIns[f].nargs != arguments)
+    if (!is_built_in(f, functions_.at(f)) || kBuiltIns[f].nargs != arguments)
         return false;
     const Function function = kBuiltIns[f].function;
     Value& a = held[depth - arguments];
@@ -516,12 +520,13 @@ void Plan::run(const Telling& telling)
 /// Gives the system what it has after so many rows, the last `n` of them in the blocks.
 void Plan::finish(int64_t rows, int64_t n)
 {
+    const Variables variables = variables_of(es_);
     for (const int32_t v : touched_) {
         const Operand last = operand(variables_[static_cast<size_t>(v)]);
-        es_.var_vals->dvals[v] = last.values[last.is_block ? n - 1 : 0];
+        variables.values[v] = last.values[last.is_block ? n - 1 : 0];
     }
     for (const Samples& samples : samples_)
-        es_.table_pos->ivals[samples.function] =
+        tables_of(es_).columns[samples.function] =
             static_cast<int32_t>((samples.first + rows % samples.count() * samples.reads) % samples.count());
 }
 

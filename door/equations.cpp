@@ -10,8 +10,7 @@
 #include "equation/evaluate.h"
 #include "equation/functions.h"
 #include "equation/internal/functions.h"
-#include "equation/internal/program.h"
-#include "equation/internal/variables.h"
+#include "equation/internal/registry.h"
 #include "equation/parse.h"
 #include "equation/simplify.h"
 #include "equation/tables.h"
@@ -70,7 +69,7 @@ bool is_name(std::string_view name)
 int32_t require_variable(const EquationSystem& es, const char* name)
 {
     require(name, "name");
-    const int32_t v = find_variable(es, word_of(name));
+    const int32_t v = variables_of(es).find(word_of(name));
     if (v < 0)
         throw Refusal("name", "be a variable", Text() << quoted(name) << " is none");
     return v;
@@ -148,7 +147,7 @@ void declare(EquationSystem& es, const char* names, bool is_reserved)
         if (!is_name(name))
             throw Refusal("names", Text() << "be 1 to " << kLongestName << " letters each",
                           Text() << quoted(name) << " is among them");
-        if (find_function(es, as_word(name)) >= 0)
+        if (functions_of(es).find(as_word(name)) >= 0)
             throw Refusal("names", "be no functions'", Text() << quoted(name) << " is one");
     }
     if (EqParseVariables(&es, const_cast<char*>(names), is_reserved) < 0) // which only reads them
@@ -224,7 +223,7 @@ void add_function(korvale_equations& equations, const char* name, int32_t argume
     require(name, "name");
     if (!is_name(name))
         throw Refusal("name", Text() << "be 1 to " << kLongestName << " letters", Text() << "it is " << quoted(name));
-    if (find_function(es, word_of(name)) >= 0 || find_variable(es, word_of(name)) >= 0)
+    if (functions_of(es).find(word_of(name)) >= 0 || variables_of(es).find(word_of(name)) >= 0)
         throw Refusal("name", "be new", Text() << quoted(name) << " is a function or a variable");
     if (arguments < 0 || arguments > 2)
         throw Refusal("arguments", "be 0, 1 or 2", Text() << "it is " << arguments);
@@ -263,7 +262,7 @@ void give_generator(korvale_equations& equations)
     HostFunction even(0, draw_even, &equations.generator), normal(0, draw_normal, &equations.generator);
     equations.functions.reserve(equations.functions.size() + 2);
     for (const int32_t f : {kRand, kGauss})
-        if (is_built_in(f, function_at(equations.record, f))) // a host's own function stays
+        if (is_built_in(f, functions_of(equations.record).at(f))) // a host's own function stays
             equations.record.funcs->pvals[f] = (f == kRand ? even : normal).plain().slot();
     equations.functions.push_back({std::move(even), nullptr, nullptr});
     equations.functions.push_back({std::move(normal), nullptr, nullptr});
@@ -274,7 +273,7 @@ void make_table(korvale_equations& equations, const char* name, int32_t rows)
 {
     EquationSystem& es = equations.record;
     require(name, "name");
-    const int32_t f = find_function(es, word_of(name));
+    const int32_t f = functions_of(es).find(word_of(name));
     if (f < 0 || es.func_nargs->ivals[f] != 0)
         throw Refusal("name", "be a function without arguments", Text() << "it is " << quoted(name));
     if (rows < 1)
@@ -344,7 +343,7 @@ int32_t korvale_equations_count(const korvale_equations* equations)
 
 int32_t korvale_equations_variables(const korvale_equations* equations)
 {
-    return equations == nullptr ? 0 : korvale::equation::named_count(equations->record);
+    return equations == nullptr ? 0 : korvale::equation::variables_of(equations->record).named;
 }
 
 const char* korvale_equations_name(const korvale_equations* equations, int32_t variable)

@@ -10,8 +10,7 @@
 
 #include "door/internal/heap.h"
 #include "equation/internal/functions.h"
-#include "equation/internal/program.h"
-#include "equation/internal/variables.h"
+#include "equation/internal/registry.h"
 #include "equation/parse.h"
 
 namespace korvale::door {
@@ -21,16 +20,6 @@ using namespace korvale::equation;
 namespace {
 
 constexpr size_t kMostQuoted = 60; ///< bytes of a word in a reason
-
-bool is_number_part(char c)
-{
-    return (c >= '0' && c <= '9') || c == '.';
-}
-
-bool is_space(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 /// Where a text of at most `most` bytes can end without cutting a character of UTF-8 in two.
 size_t whole_characters(std::string_view text, size_t most)
@@ -207,21 +196,21 @@ bool is_same_but_for_capitals(std::string_view a, std::string_view b)
     return std::ranges::equal(a, b, [](char x, char y) { return in_small(x) == in_small(y); });
 }
 
-std::string_view name_at(const DATAstruct& names, int32_t i)
+std::string_view name_at(const uint8_t* names, int32_t i)
 {
-    const char* const slot = reinterpret_cast<const char*>(names.bvals) + int64_t{i} * kNameBytes;
+    const char* const slot = reinterpret_cast<const char*>(names) + int64_t{i} * kNameBytes;
     return {slot, strnlen(slot, kLongestName)};
 }
 
 /// The name that differs in capitals alone.
-std::string_view spelling_of(const EquationSystem& record, std::string_view word)
+std::string_view spelling_of(const Functions& functions, const Variables& variables, std::string_view word)
 {
-    for (int32_t f = 0; f < function_count(record); ++f)
-        if (is_same_but_for_capitals(name_at(*record.func_names, f), word))
-            return name_at(*record.func_names, f);
-    for (int32_t v = 0; v < named_count(record); ++v)
-        if (is_same_but_for_capitals(name_at(*record.var_names, v), word))
-            return name_at(*record.var_names, v);
+    for (int32_t f = 0; f < functions.named; ++f)
+        if (is_same_but_for_capitals(name_at(functions.names, f), word))
+            return name_at(functions.names, f);
+    for (int32_t v = 0; v < variables.named; ++v)
+        if (is_same_but_for_capitals(name_at(variables.names, v), word))
+            return name_at(variables.names, v);
     return {};
 }
 
@@ -295,7 +284,8 @@ struct Group {
 
 class Reader {
 public:
-    Reader(const EquationSystem& record, std::string_view text) : record_(record), text_(text)
+    Reader(const EquationSystem& es, std::string_view text)
+        : functions_(functions_of(es)), variables_(variables_of(es)), text_(text)
     {
         groups_.push_back({0});
     }
@@ -388,14 +378,13 @@ private:
 
     bool is_variable(std::string_view name) const
     {
-        return !name.empty() && find_variable(record_, {name.data(), name.size()}) >= 0;
+        return !name.empty() && variables_.find(Word{name.data(), name.size()}) >= 0;
     }
 
     /// What a name is in an equation. Of several functions of one name that of one argument comes first.
     Kind kind_of(std::string_view name, int32_t& function) const
     {
-        const NamedFunctions named =
-            find_named_functions(record_, function_count(record_), NamePattern({name.data(), name.size()}));
+        const NamedFunctions named = functions_.find(NamePattern({name.data(), name.size()}));
         function = named.binary;
         if (named.unary >= 0)
             return Kind::one_argument;
@@ -409,7 +398,7 @@ private:
     Text advice_for(std::string_view name) const
     {
         Text advice;
-        if (const std::string_view known = spelling_of(record_, name); !known.empty())
+        if (const std::string_view known = spelling_of(functions_, variables_, name); !known.empty())
             advice << ": write " << known << ", capitals count";
         else if (const std::string_view other = advice_of_others(name); !other.empty())
             advice << ": " << other;
@@ -680,7 +669,8 @@ private:
         return at + word.size();
     }
 
-    const EquationSystem& record_;
+    const Functions functions_;
+    const Variables variables_;
     std::string_view text_;
     std::optional<Reason> first_;
     Vector<Group> groups_;

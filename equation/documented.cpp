@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "equation/internal/functions.h"
-#include "equation/internal/variables.h"
+#include "equation/internal/registry.h"
 #include "equation/tables.h"
 
 namespace korvale::equation {
@@ -26,6 +26,13 @@ void push(State& state, Below& below, double value)
     state.top = value;
 }
 
+/// The value of a variable, 0.0 where there is none.
+double value_of(const EquationSystem& es, int32_t v)
+{
+    const Variables variables = variables_of(es);
+    return variables.has(v) ? variables.values[v] : 0.0;
+}
+
 } // namespace
 
 After step(EquationSystem& es, const Program& program, State& state, Below& below)
@@ -41,7 +48,7 @@ After step(EquationSystem& es, const Program& program, State& state, Below& belo
         push(state, below, program.constants[p]);
         return After::next;
     case EQ_ITEM_VARIABLE:
-        push(state, below, is_variable(es, operand) ? es.var_vals->dvals[operand] : 0.0);
+        push(state, below, value_of(es, operand));
         return After::next;
     case EQ_ITEM_SAMPLE:
     case EQ_ITEM_UNARY:
@@ -50,7 +57,7 @@ After step(EquationSystem& es, const Program& program, State& state, Below& belo
     default:
         return After::next;
     }
-    void* const slot = function_at(es, operand);
+    void* const slot = functions_of(es).at(operand);
     if (kind == EQ_ITEM_SAMPLE) {
         push(state, below, EqTableRead(&es, operand));
     } else if (kind == EQ_ITEM_UNARY && state.depth >= 1) {
@@ -65,7 +72,7 @@ After step(EquationSystem& es, const Program& program, State& state, Below& belo
 double run_to_end(EquationSystem& es, int32_t equation, State state, Below& below)
 {
     for (;;) {
-        const Program program = program_at(es, equation);
+        const Program program = programs_of(es).at(equation);
         After after;
         do
             after = step(es, program, state, below);
@@ -78,8 +85,9 @@ double run_to_end(EquationSystem& es, int32_t equation, State state, Below& belo
 double conclude(EquationSystem& es, const Program& program, double result)
 {
     const int32_t target = program.room == 0 ? -1 : program.operands[0];
-    if (is_variable(es, target) && !is_reserved(es, target))
-        es.var_vals->dvals[target] = result;
+    const Variables variables = variables_of(es);
+    if (variables.has(target) && !variables.is_reserved(target))
+        variables.values[target] = result;
     return result;
 }
 

@@ -9,8 +9,7 @@
 
 #include "equation/internal/evaluation.h"
 #include "equation/internal/functions.h"
-#include "equation/internal/program.h"
-#include "equation/internal/variables.h"
+#include "equation/internal/registry.h"
 #include "platform/internal/scratch.h"
 
 namespace korvale::equation {
@@ -18,77 +17,83 @@ namespace {
 
 constexpr int32_t kNearby = 64; ///< values a pass puts aside before the heap is asked
 
-bool holds_built_ins_only(const EquationSystem& es)
+bool holds_built_ins_only(const Functions& functions)
 {
-    const int32_t n = usable_count(es.funcs, DATA_TYPE_POINTER);
-    for (int32_t f = 0; f < n; ++f)
-        if (!is_built_in(f, es.funcs->pvals[f]))
+    for (int32_t f = 0; f < functions.count; ++f)
+        if (!is_built_in(f, functions.slots[f]))
             return false;
     return true;
 }
 
-bool calls_built_ins_only(const EquationSystem& es, const Program& program)
+bool calls_built_ins_only(const Program& program, const Functions& functions)
 {
     for (int32_t p = 0; p < program.count; ++p) {
         const int32_t f = program.operands[p];
         const int32_t kind = program.kinds[p];
         const bool is_call = kind == EQ_ITEM_BINARY || kind == EQ_ITEM_UNARY || kind == EQ_ITEM_SAMPLE;
-        if (is_call && !is_built_in(f, function_at(es, f)))
+        if (is_call && !is_built_in(f, functions.at(f)))
             return false;
     }
     return true;
 }
 
-/// Whether no equation calls a function of the host.
-bool is_undisturbed(const EquationSystem& es)
+/// Whether no equation calls a function of the host. Not inlined: a pass over a few variables would save registers for
+/// it.
+[[gnu::noinline]] bool is_undisturbed(const EquationSystem& es)
 {
-    if (holds_built_ins_only(es))
+    const Functions functions = functions_of(es);
+    const Programs programs = programs_of(es);
+    if (holds_built_ins_only(functions))
         return true;
-    for (int32_t i = 0; is_equation(es, i); ++i)
-        if (!calls_built_ins_only(es, program_of(es, i)))
+    for (int32_t i = 0; i < programs.count; ++i)
+        if (!calls_built_ins_only(programs[i], functions))
             return false;
     return true;
 }
 
 /// The reserved variable on the left of an equation, or -1.
-int32_t reserved_target(const EquationSystem& es, int32_t equation)
+int32_t reserved_target(const Program& program, const Variables& variables)
 {
-    const Program program = program_of(es, equation);
     const int32_t target = program.has_target() ? program.operands[0] : -1;
-    return is_variable(es, target) && is_reserved(es, target) ? target : -1;
+    return variables.has(target) && variables.is_reserved(target) ? target : -1;
 }
 
-/// The pass when nothing but its results changes a variable.
+/// The pass when nothing but its results changes a variable, so that views last.
 int pass_undisturbed(EquationSystem& es)
 {
+    const Programs programs = programs_of(es);
+    const Variables variables = variables_of(es);
     int32_t reserved = 0;
-    for (int32_t i = 0; is_equation(es, i); ++i)
-        reserved += reserved_target(es, i) >= 0;
+    for (int32_t i = 0; i < programs.count; ++i)
+        reserved += reserved_target(programs[i], variables) >= 0;
     Scratch<double, kNearby> results(reserved);
     if (!results.exists())
         return -1;
     double* next = results.get();
-    for (int32_t i = 0; is_equation(es, i); ++i) {
+    for (int32_t i = 0; i < programs.count; ++i) {
         const double result = evaluate(es, i);
-        if (reserved_target(es, i) >= 0)
+        if (reserved_target(programs[i], variables) >= 0)
             *next++ = result;
     }
     next = results.get();
-    for (int32_t i = 0; is_equation(es, i); ++i)
-        if (const int32_t target = reserved_target(es, i); target >= 0)
-            es.var_vals->dvals[target] = *next++;
+    for (int32_t i = 0; i < programs.count; ++i)
+        if (const int32_t target = reserved_target(programs[i], variables); target >= 0)
+            variables.values[target] = *next++;
     return 1;
 }
 
 /// The pass as documented, whatever the functions it calls do: equations that they parse run in it as well.
-int pass_with_copy(EquationSystem& es, int32_t variables)
+int pass_with_copy(EquationSystem& es, const double* values, int32_t variables)
 {
     Scratch<double, kNearby> after(variables);
     if (!after.exists())
         return -1;
-    std::copy_n(es.var_vals->dvals, variables, after.get());
-    for (int32_t i = 0; is_equation(es, i); ++i) {
-        const Program program = program_of(es, i);
+    std::copy_n(values, variables, after.get());
+    for (int32_t i = 0;; ++i) {
+        const Programs programs = programs_of(es);
+        if (!programs.has(i))
+            break;
+        const Program program = programs[i];
         if (!program.has_target())
             continue;
         const int32_t target = program.operands[0];
@@ -96,8 +101,9 @@ int pass_with_copy(EquationSystem& es, int32_t variables)
         if (target >= 0 && target < variables)
             after.get()[target] = result;
     }
-    if (const int32_t left = std::min(variables, variable_count(es)); left > 0)
-        std::copy_n(after.get(), left, es.var_vals->dvals);
+    const Variables now = variables_of(es);
+    if (const int32_t left = std::min(variables, now.count); left > 0)
+        std::copy_n(after.get(), left, now.values);
     return 1;
 }
 
@@ -113,10 +119,12 @@ double EqEvaluate(EquationSystem* es, int equation)
 
 int EqSystemEvaluate(EquationSystem* es)
 {
-    const int32_t variables = es == nullptr ? 0 : variable_count(*es);
-    if (variables == 0)
+    if (es == nullptr)
         return -1;
-    if (variables > kNearby && is_undisturbed(*es))
+    const Variables variables = variables_of(*es);
+    if (variables.count == 0)
+        return -1;
+    if (variables.count > kNearby && is_undisturbed(*es))
         return pass_undisturbed(*es);
-    return pass_with_copy(*es, variables);
+    return pass_with_copy(*es, variables.values, variables.count);
 }

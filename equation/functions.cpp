@@ -3,10 +3,10 @@
 // those are. The built-in functions come first and in a fixed order, which the parser's operators rely on.
 #include "equation/functions.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "equation/internal/functions.h"
+#include "equation/internal/registry.h"
 #include "platform/internal/random.h"
 
 namespace korvale::equation {
@@ -88,46 +88,6 @@ void seed_generator(int seed)
 
 } // namespace
 
-int32_t function_count(const EquationSystem& es)
-{
-    int64_t present = usable_count(es.funcs, DATA_TYPE_POINTER);
-    present = std::min(present, room(es.func_nargs, DATA_TYPE_INT));
-    present = std::min(present, room(es.func_names, DATA_TYPE_BYTE) / kNameBytes);
-    present = std::min(present, room(es.tables, DATA_TYPE_DATA));
-    present = std::min(present, room(es.table_pos, DATA_TYPE_INT));
-    return static_cast<int32_t>(std::max<int64_t>(present, 0));
-}
-
-int32_t find_function(const EquationSystem& es, Word name)
-{
-    const int32_t n = function_count(es);
-    return n == 0 ? -1 : find_name(es.func_names->bvals, n, name);
-}
-
-NamedFunctions find_named_functions(const EquationSystem& es, int32_t count, const NamePattern& name)
-{
-    NamedFunctions found;
-    const uint8_t* const names = function_names(es);
-    for (int32_t f = find_name(names, count, name); f >= 0; f = find_name(names, count, name, f + 1)) {
-        switch (es.func_nargs->ivals[f]) {
-        case 1:
-            found.unary = f;
-            return found; // a function of one argument comes before all others
-        case 0:
-            if (found.no_arg < 0)
-                found.no_arg = f;
-            break;
-        case 2:
-            if (found.binary < 0)
-                found.binary = f;
-            break;
-        default:
-            break;
-        }
-    }
-    return found;
-}
-
 double normal_of(double sum)
 {
     return sum * kDrawsToUnitVariance - kMeanOfScaledDraws;
@@ -154,7 +114,7 @@ int EqAnotherFunc(EquationSystem* es)
     es->funcs->count += 1;
     if (is_full && !grow_functions(*es))
         return -1;
-    if (f >= function_count(*es)) { // one of the other arrays is shorter
+    if (f >= functions_of(*es).named) { // one of the other arrays is shorter
         es->funcs->count = f;
         return -1;
     }
@@ -186,7 +146,7 @@ int EqAddFuncNoArg(EquationSystem* es, char* name, double (*function)())
 
 int EqLookupFunction(EquationSystem* es, char* name)
 {
-    return es == nullptr || name == nullptr ? -1 : find_function(*es, word_of(name));
+    return es == nullptr || name == nullptr ? -1 : functions_of(*es).find(word_of(name));
 }
 
 void EqSeed(int seed)

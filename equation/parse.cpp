@@ -9,8 +9,7 @@
 #include "data/internal/record.h"
 #include "equation/internal/functions.h"
 #include "equation/internal/number.h"
-#include "equation/internal/program.h"
-#include "equation/internal/variables.h"
+#include "equation/internal/registry.h"
 #include "platform/internal/wrapping.h"
 
 namespace korvale::equation {
@@ -25,12 +24,11 @@ struct PendingFunction {
 };
 
 struct Parse {
-    EquationSystem& es;
     DATAstruct& kinds;
     DATAstruct& operands;
     DATAstruct& constants;
-    const int32_t functions;               ///< that can be looked up
-    const int32_t variables;               ///< that can be looked up
+    const Functions functions;
+    const Variables variables;
     const Initials initials;               ///< of the functions: most variables' names begin otherwise
     int32_t op_codes[kMostWaiting];        ///< in use from `op_top` on
     PendingFunction pending[kMostWaiting]; ///< in use from `pending_top` on
@@ -41,9 +39,9 @@ struct Parse {
     int depth = 0;
     bool after_operand = false; ///< a "-" that comes now stands between two operands
 
-    Parse(EquationSystem& system, DATAstruct* const (&items)[kChildren])
-        : es(system), kinds(*items[0]), operands(*items[1]), constants(*items[2]), functions(function_count(system)),
-          variables(named_count(system)), initials(function_names(system), functions)
+    Parse(const EquationSystem& es, DATAstruct* const (&items)[kChildren])
+        : kinds(*items[0]), operands(*items[1]), constants(*items[2]), functions(functions_of(es)),
+          variables(variables_of(es)), initials(functions.names, functions.named)
     {
     }
 };
@@ -94,9 +92,9 @@ bool add_number(Parse& p, const char* first, const char* last)
 }
 
 /// One more column for the table of a no-argument function: each place in an equation owns one.
-void widen_table(const EquationSystem& es, int32_t f)
+void widen_table(const Functions& functions, int32_t f)
 {
-    auto* const table = static_cast<DATAstruct*>(es.tables->pvals[f]);
+    auto* const table = static_cast<DATAstruct*>(functions.tables[f]);
     if (table == nullptr)
         return;
     note_room(*table, table->count, table->dim);
@@ -120,19 +118,18 @@ bool add_binary(Parse& p, int code)
 bool add_name(Parse& p, Word name)
 {
     const NamePattern pattern(name);
-    const NamedFunctions named =
-        p.initials.may_begin(name) ? find_named_functions(p.es, p.functions, pattern) : NamedFunctions();
+    const NamedFunctions named = p.initials.may_begin(name) ? p.functions.find(pattern) : NamedFunctions();
     if (named.unary >= 0) {
         p.after_operand = false;
         return push_function(p, named.unary);
     }
     if (named.no_arg >= 0) {
-        widen_table(p.es, named.no_arg);
+        widen_table(p.functions, named.no_arg);
         return add_operand(p, EQ_ITEM_SAMPLE, named.no_arg);
     }
     if (named.binary >= 0)
         return add_binary(p, named.binary);
-    const int32_t variable = find_name(p.es.var_names->bvals, p.variables, pattern);
+    const int32_t variable = p.variables.find(pattern);
     return variable >= 0 && add_operand(p, EQ_ITEM_VARIABLE, variable);
 }
 
@@ -185,11 +182,6 @@ bool add_operator(Parse& p, char c)
     }
 }
 
-bool is_number_part(char c)
-{
-    return (c >= '0' && c <= '9') || c == '.';
-}
-
 /// The end of the name at `first`: at most 12 letters, a 13th starts the next name.
 const char* end_of_name(const char* first)
 {
@@ -231,11 +223,6 @@ bool scan(Parse& p, const char* at)
     }
 }
 
-bool is_space(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 /// The variable named by the first word of [first, last), or -1.
 int32_t find_target(const Parse& p, const char* first, const char* last)
 {
@@ -245,7 +232,7 @@ int32_t find_target(const Parse& p, const char* first, const char* last)
     while (end != last && !is_space(*end))
         ++end;
     const Word name = {first, static_cast<size_t>(end - first)};
-    return name.length == 0 || p.variables == 0 ? -1 : find_name(p.es.var_names->bvals, p.variables, name);
+    return name.length == 0 ? -1 : p.variables.find(name);
 }
 
 /// Adds an empty row to the equations; false, with nothing added, when the heap is exhausted or the memory is a host's.

@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "equation/internal/functions.h"
-#include "equation/internal/program.h"
+#include "equation/internal/registry.h"
 
 namespace korvale::equation {
 namespace {
@@ -47,7 +47,7 @@ void replace(const Program& program, int32_t p, int32_t operands, double value)
     if (known.kinds[p] != kind || !is_constant(known, p - 1) || !is_constant(known, p - operands))
         return true;
     const int32_t f = known.operands[p];
-    void* const slot = function_at(es, f);
+    void* const slot = functions_of(es).at(f);
     if (slot == nullptr)
         return true;
     const double* const last = known.constants + p - 1;
@@ -57,7 +57,7 @@ void replace(const Program& program, int32_t p, int32_t operands, double value)
         p -= operands;
         return true;
     }
-    program = program_at(es, equation);
+    program = programs_of(es).at(equation);
     if (p < program.room)
         replace(program, p, operands, value);
     p -= operands;
@@ -82,9 +82,9 @@ using namespace korvale::equation;
 
 int EqSimplify(EquationSystem* es, int equation)
 {
-    if (es == nullptr || !is_equation(*es, equation))
+    if (es == nullptr || !programs_of(*es).has(equation))
         return -1;
-    Program program = program_of(*es, equation);
+    Program program = programs_of(*es)[equation];
     int32_t p = 0;
     while (!fold_from(*es, equation, program, p)) {
     }

@@ -7,6 +7,7 @@
 
 #include "data/internal/record.h"
 #include "equation/internal/functions.h"
+#include "equation/internal/names.h"
 #include "equation/internal/program.h"
 #include "equation/variables.h"
 

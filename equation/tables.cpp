@@ -6,21 +6,11 @@
 #include <cstdlib>
 
 #include "equation/internal/functions.h"
+#include "equation/internal/registry.h"
 #include "platform/internal/wrapping.h"
 
 namespace korvale::equation {
 namespace {
-
-DATAstruct* table_of(const EquationSystem& es, int32_t f)
-{
-    return static_cast<DATAstruct*>(es.tables->pvals[f]);
-}
-
-bool is_function(const EquationSystem& es, int32_t f)
-{
-    return f >= 0 && f < usable_count(es.funcs, DATA_TYPE_POINTER) && f < usable_count(es.func_nargs, DATA_TYPE_INT) &&
-           f < usable_count(es.tables, DATA_TYPE_DATA) && f < usable_count(es.table_pos, DATA_TYPE_INT);
-}
 
 /// A table with columns as one read sees it.
 struct TableRead {
@@ -64,18 +54,21 @@ bool find_sample(const TableRead& read, double x, double& sample)
     return true;
 }
 
-/// Keeps the column that the next read uses.
-void keep_column(const EquationSystem& es, int32_t f, int32_t column, int32_t columns)
+/// The column of the next read, after one of `column` or beyond it.
+int32_t next_column(int32_t column, int32_t columns)
 {
-    es.table_pos->ivals[f] = column >= columns ? wrapping_difference(column, columns) : column;
+    return column >= columns ? wrapping_difference(column, columns) : column;
 }
 
-/// A fresh call, which may change the table or take everything away; column and columns are those of before.
-[[gnu::noinline]] double read_fresh(const EquationSystem& es, int32_t f, int32_t column, int32_t columns)
+/// Calls the function, where it can be called, for a fresh sample. That may change the table or take everything away;
+/// column and columns are those of before.
+[[gnu::noinline]] double read_fresh(const EquationSystem& es, int32_t f, void* function, int32_t column,
+                                    int32_t columns)
 {
-    const double sample = es.func_nargs->ivals[f] == 0 ? call(es.funcs->pvals[f]) : 0.0;
-    if (f < usable_count(es.table_pos, DATA_TYPE_INT))
-        keep_column(es, f, column, columns);
+    const double sample = call(function);
+    const Elements<int32_t> next = elements_in<int32_t>(es.table_pos);
+    if (f < next.count)
+        next.first[f] = next_column(column, columns);
     return sample;
 }
 
@@ -84,8 +77,9 @@ void keep_column(const EquationSystem& es, int32_t f, int32_t column, int32_t co
 bool fill(const EquationSystem& es, int32_t f, int64_t n)
 {
     for (int64_t i = 0; i < n; ++i) {
-        const double sample = call(function_at(es, f));
-        DATAstruct* const table = f < usable_count(es.tables, DATA_TYPE_DATA) ? table_of(es, f) : nullptr;
+        const double sample = call(functions_of(es).at(f));
+        const Elements<void*> tables = elements_in<void*>(es.tables);
+        auto* const table = f < tables.count ? static_cast<DATAstruct*>(tables.first[f]) : nullptr;
         if (table == nullptr)
             return false;
         if (i < noted_room(*table, DATA_TYPE_DOUBLE))
@@ -101,23 +95,24 @@ using namespace korvale::equation;
 
 int EqMakeTable(EquationSystem* es, int func, int rows, int cols)
 {
-    if (es == nullptr || !is_function(*es, func) || es->func_nargs->ivals[func] != 0)
+    if (es == nullptr)
         return -1;
-    DATAstruct* const table = table_of(*es, func);
-    if (table == nullptr)
+    const Tables tables = tables_of(*es);
+    if (!tables.has(func) || tables.nargs[func] != 0 || tables.at(func) == nullptr)
         return -1;
-    const int64_t columns = components(table->dim, cols);
+    DATAstruct& table = *tables.at(func);
+    const int64_t columns = components(table.dim, cols);
     if (std::abs(columns) > kMostElements)
         return -1;
-    const int32_t rows_before = table->count, columns_before = table->dim;
-    table->count = rows;
-    table->type = DATA_TYPE_DOUBLE;
-    table->dim = static_cast<int32_t>(columns); // Deliberate: stays when the allocation is refused
-    if (DATAAllocate(table) < 0) {
-        note_room(*table, rows_before, columns_before);
+    const int32_t rows_before = table.count, columns_before = table.dim;
+    table.count = rows;
+    table.type = DATA_TYPE_DOUBLE;
+    table.dim = static_cast<int32_t>(columns); // Deliberate: stays when the allocation is refused
+    if (DATAAllocate(&table) < 0) {
+        note_room(table, rows_before, columns_before);
         return -1;
     }
-    return fill(*es, func, components(table->count, table->dim)) ? 1 : -1;
+    return fill(*es, func, components(table.count, table.dim)) ? 1 : -1;
 }
 
 int EqMakeTableByName(EquationSystem* es, char* name, int rows, int cols)
@@ -133,15 +128,18 @@ void EqSetTableIndex(EquationSystem* es, double index)
 
 double EqTableRead(EquationSystem* es, int func)
 {
-    if (es == nullptr || !is_function(*es, func))
+    if (es == nullptr)
         return 0.0;
-    const DATAstruct* const table = table_of(*es, func);
+    const Tables tables = tables_of(*es);
+    if (!tables.has(func))
+        return 0.0;
+    const DATAstruct* const table = tables.at(func);
     const int32_t columns = table == nullptr ? 0 : table->dim;
-    const int32_t column = es->table_pos->ivals[func];
+    const int32_t column = tables.columns[func];
     double sample;
     if (columns < 1 || !find_sample({table->dvals, noted_room(*table, DATA_TYPE_DOUBLE), table->count, columns, column},
                                     es->table_index, sample))
-        return read_fresh(*es, func, column, columns);
-    keep_column(*es, func, wrapping_sum(column, 1), columns);
+        return read_fresh(*es, func, tables.nargs[func] == 0 ? tables.functions[func] : nullptr, column, columns);
+    tables.columns[func] = next_column(wrapping_sum(column, 1), columns);
     return sample;
 }

@@ -14,6 +14,7 @@
 #include <cmath>
 
 #include "equation/internal/functions.h"
+#include "equation/internal/registry.h"
 #include "equation/tables.h"
 
 namespace korvale::equation {
@@ -209,13 +210,13 @@ template <int32_t own>
 /// opened.
 [[gnu::noinline]] double run_as_documented(Evaluation& e, const int32_t* kind, double* below, double top)
 {
-    return step_on(e, program_of(*e.es, e.equation), {kind - e.kinds, below - e.below, top});
+    return step_on(e, programs_of(*e.es)[e.equation], {kind - e.kinds, below - e.below, top});
 }
 
 /// An evaluation from its first item, whatever the records are like.
 [[gnu::noinline]] double evaluate_as_documented(EquationSystem& es, int32_t equation)
 {
-    const Program program = program_at(es, equation);
+    const Program program = programs_of(es).at(equation);
     if (!program.has_target())
         return 0.0;
     Evaluation e;
@@ -236,7 +237,7 @@ template <int32_t own>
 
 [[gnu::noinline]] double call_unary(Evaluation& e, const int32_t* kind, int32_t f, double* below, double top)
 {
-    void* const slot = function_at(*e.es, f);
+    void* const slot = functions_of(*e.es).at(f);
     if (slot == nullptr)
         return run_as_documented(e, kind, below, top);
     const double result = reinterpret_cast<UnaryFunction>(slot)(top);
@@ -245,7 +246,7 @@ template <int32_t own>
 
 [[gnu::noinline]] double call_binary(Evaluation& e, const int32_t* kind, int32_t f, double* below, double top)
 {
-    void* const slot = function_at(*e.es, f);
+    void* const slot = functions_of(*e.es).at(f);
     if (slot == nullptr || below == e.below + 1) // no function, one value
         return run_as_documented(e, kind, below, top);
     const State after = {kind - e.kinds + 1, below - 1 - e.below,

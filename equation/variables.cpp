@@ -5,9 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "equation/internal/functions.h"
-#include "equation/internal/names.h"
-#include "equation/internal/variables.h"
+#include "equation/internal/registry.h"
 
 namespace korvale::equation {
 namespace {
@@ -21,10 +19,10 @@ int64_t count_names(const char* text)
 }
 
 /// Collects the names of the text that are no variables yet; false for a name that is too long or a function's.
-bool collect(const EquationSystem& es, const char* text, Names& names)
+bool collect(const Functions& functions, const char* text, Names& names)
 {
     for (Word name = next_run_of_letters(text); name.length > 0; name = next_run_of_letters(name.first + name.length)) {
-        if (name.length > kLongestName || find_function(es, name) >= 0)
+        if (name.length > kLongestName || functions.find(name) >= 0)
             return false;
         names.add_unless_known(name);
     }
@@ -67,43 +65,36 @@ bool append(EquationSystem& es, const Names& names, int flag)
 }
 
 } // namespace
-
-int32_t named_count(const EquationSystem& es)
-{
-    const int64_t named = room(es.var_names, DATA_TYPE_BYTE) / kNameBytes;
-    return static_cast<int32_t>(std::clamp<int64_t>(named, 0, variable_count(es)));
-}
-
-int32_t find_variable(const EquationSystem& es, Word name)
-{
-    const int32_t n = named_count(es);
-    return n == 0 ? -1 : find_name(es.var_names->bvals, n, name);
-}
-
 } // namespace korvale::equation
 
 using namespace korvale::equation;
 
 int EqLookupVariable(EquationSystem* es, char* name)
 {
-    return es == nullptr || name == nullptr ? -1 : find_variable(*es, word_of(name));
+    return es == nullptr || name == nullptr ? -1 : variables_of(*es).find(word_of(name));
 }
 
 void EqSetVariable(EquationSystem* es, int v, double value)
 {
-    if (es != nullptr && is_variable(*es, v))
-        es->var_vals->dvals[v] = value;
+    if (es == nullptr)
+        return;
+    const Variables variables = variables_of(*es);
+    if (variables.has(v))
+        variables.values[v] = value;
 }
 
 double EqReadVariable(EquationSystem* es, int v)
 {
-    return es != nullptr && is_variable(*es, v) ? es->var_vals->dvals[v] : 0.0;
+    if (es == nullptr)
+        return 0.0;
+    const Variables variables = variables_of(*es);
+    return variables.has(v) ? variables.values[v] : 0.0;
 }
 
 void EqReserveVariable(EquationSystem* es, int v, int flag)
 {
     // Deliberate: the store goes to the integer buffer, which an array of bytes does not have.
-    if (es != nullptr && is_variable(*es, v) && v < room(es->var_flags, DATA_TYPE_INT))
+    if (es != nullptr && variables_of(*es).has(v) && v < room(es->var_flags, DATA_TYPE_INT))
         es->var_flags->ivals[v] = flag;
 }
 
@@ -137,8 +128,9 @@ int EqParseVariables(EquationSystem* es, char* text, int flag)
     const int64_t most = count_names(text);
     if (most == 0)
         return es->var_vals->count;
-    Names names(named_count(*es) == 0 ? nullptr : es->var_names->bvals, named_count(*es), most);
-    if (!names.exists() || !collect(*es, text, names))
+    const Variables variables = variables_of(*es);
+    Names names(variables.names, variables.named, most);
+    if (!names.exists() || !collect(functions_of(*es), text, names))
         return -1;
     if (names.count() > 0 && !append(*es, names, flag))
         return -1;

@@ -18,19 +18,45 @@ inline int64_t room(const DATAstruct* d, int32_t type)
     return d == nullptr || buffer_of(*d, type) == nullptr ? 0 : room(*d);
 }
 
-/// How many elements of `dim` components may be read: the count, but no more than the buffer has.
-[[gnu::noinline]] inline int32_t checked_usable_count(const DATAstruct* d, int32_t type, int32_t dim)
+/// The kind of a list of such elements.
+template <class T>
+inline constexpr int32_t kKindOf = DATA_TYPE_DOUBLE;
+template <>
+inline constexpr int32_t kKindOf<int32_t> = DATA_TYPE_INT;
+template <>
+inline constexpr int32_t kKindOf<uint8_t> = DATA_TYPE_BYTE;
+template <>
+inline constexpr int32_t kKindOf<void*> = DATA_TYPE_POINTER;
+
+/// The buffer of a list, or null.
+template <class T>
+T* buffer_in(const DATAstruct* list)
 {
-    const int64_t held = room(d, type) / dim;
-    return held < 1 || d->count < 1 ? 0 : static_cast<int32_t>(std::min<int64_t>(held, d->count));
+    return list == nullptr ? nullptr : static_cast<T*>(buffer_of(*list, kKindOf<T>));
 }
 
-/// `checked_usable_count`, inlined for the common case: a list that the library allocated.
-inline int32_t usable_count(const DATAstruct* d, int32_t type, int32_t dim = 1)
+/// The elements of a list that exist: those it counts, but no more than its buffer has.
+template <class T>
+struct Elements {
+    T* first;
+    int32_t count;
+};
+
+/// The count of `elements_in`, whatever a host has done to the record.
+[[gnu::noinline, gnu::pure]] inline int32_t checked_count(const DATAstruct* list, int32_t type, int32_t dim)
 {
-    const bool is_common = d != nullptr && buffer_of(*d, type) != nullptr && d->alloc_dim == dim && d->count >= 0 &&
-                           d->count <= d->alloc_count;
-    return is_common ? d->count : checked_usable_count(d, type, dim);
+    const int64_t held = room(list, type) / dim;
+    return held < 1 || list->count < 1 ? 0 : static_cast<int32_t>(std::min<int64_t>(held, list->count));
+}
+
+/// The elements of a list, of `dim` components each. Inlined for the common case, a list that the library allocated.
+template <class T>
+[[gnu::always_inline]] inline Elements<T> elements_in(const DATAstruct* list, int32_t dim = 1)
+{
+    T* const first = buffer_in<T>(list);
+    const bool is_common =
+        first != nullptr && list->alloc_dim == dim && list->count >= 0 && list->count <= list->alloc_count;
+    return {first, is_common ? list->count : checked_count(list, kKindOf<T>, dim)};
 }
 
 /// Whether `note_room` has marked the array as holding nothing, by a capacity of one element of 0 components. Neither

@@ -6,9 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "data/internal/lists.h"
 #include "equation/functions.h"
-#include "equation/internal/names.h"
+#include "equation/system.h"
 
 namespace korvale::equation {
 
@@ -28,33 +27,6 @@ enum : int32_t {
 using BinaryFunction = double (*)(double, double);
 using UnaryFunction = double (*)(double);
 using NoArgFunction = double (*)();
-
-/// Functions that can be looked up: those counted and present in all arrays.
-int32_t function_count(const EquationSystem& es);
-
-/// The names of functions; null where there are none.
-inline const uint8_t* function_names(const EquationSystem& es)
-{
-    return es.func_names == nullptr ? nullptr : es.func_names->bvals;
-}
-
-/// The lowest index of the function of that name, or -1.
-int32_t find_function(const EquationSystem& es, Word name);
-
-/// The functions an equation can mean by a name: the lowest index below `count` for each number
-/// of arguments, or -1.
-struct NamedFunctions {
-    int32_t unary = -1;
-    int32_t no_arg = -1;
-    int32_t binary = -1;
-};
-NamedFunctions find_named_functions(const EquationSystem& es, int32_t count, const NamePattern& name);
-
-/// What a function slot points to; null for an index that is no function's.
-inline void* function_at(const EquationSystem& es, int32_t f)
-{
-    return f >= 0 && f < usable_count(es.funcs, DATA_TYPE_POINTER) ? es.funcs->pvals[f] : nullptr;
-}
 
 /// A call of what a function slot points to, 0.0 where that is nothing.
 inline double call(void* slot)

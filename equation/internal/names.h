@@ -18,6 +18,16 @@ inline bool is_letter(char c)
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
+inline bool is_number_part(char c)
+{
+    return (c >= '0' && c <= '9') || c == '.';
+}
+
+inline bool is_space(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 /// Characters of a text: [first, first + length).
 struct Word {
     const char* first;

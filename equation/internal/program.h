@@ -22,24 +22,18 @@ struct Program {
     bool has_target() const { return room > 0 && kinds[0] == EQ_ITEM_TARGET; }
 };
 
-inline bool is_equation(const EquationSystem& es, int32_t equation)
-{
-    return equation >= 0 && equation < usable_count(es.equations, DATA_TYPE_DATA, kChildren);
-}
-
 /// Whether the array has the room for items that the library gives it.
 inline bool has_usual_room(const DATAstruct* d)
 {
     return d != nullptr && d->alloc_count == kMostItems && d->alloc_dim == 1;
 }
 
-/// The items of any three arrays that a row may hold.
+/// `program_in` of any three arrays.
 Program checked_program(const DATAstruct* kinds, const DATAstruct* operands, const DATAstruct* constants);
 
-/// The items of an equation that exists.
-inline Program program_of(const EquationSystem& es, int32_t equation)
+/// The items in the three arrays of a row. Inlined for arrays as the library makes them.
+inline Program program_in(void* const* row)
 {
-    void* const* const row = es.equations->pvals + int64_t{equation} * kChildren;
     const auto* const kinds = static_cast<const DATAstruct*>(row[0]);
     const auto* const operands = static_cast<const DATAstruct*>(row[1]);
     const auto* const constants = static_cast<const DATAstruct*>(row[2]);
@@ -47,12 +41,6 @@ inline Program program_of(const EquationSystem& es, int32_t equation)
         operands->ivals == nullptr || constants->dvals == nullptr || kinds->count > kMostItems)
         return checked_program(kinds, operands, constants);
     return {kinds->ivals, operands->ivals, constants->dvals, kMostItems, kinds->count};
-}
-
-/// The items of an equation, none where it does not exist.
-inline Program program_at(const EquationSystem& es, int32_t equation)
-{
-    return is_equation(es, equation) ? program_of(es, equation) : Program();
 }
 
 } // namespace korvale::equation
