@@ -13,6 +13,9 @@
 namespace korvale::door {
 namespace {
 
+/// Points nearer to each other than this are one, as neighbours that a sweep merges are.
+constexpr double kSame = 1.2e-06;
+
 /// The plane in which a band lies.
 struct LinePlane {
     Point normal;
@@ -321,6 +324,51 @@ private:
     bool closed_;
 };
 
+/// A point above or below another one, as high over the plane as a third one. Of a line in the plane it is the point
+/// itself.
+Point above(const Point& p, const Point& as_high, const LinePlane& plane)
+{
+    return plane.is_flat ? p
+                         : plus(plus(p, -dot(p, plane.normal), plane.normal), dot(as_high, plane.normal), plane.normal);
+}
+
+/// What points of a border stand for.
+struct Followed {
+    Outline line;
+    std::span<const Place> places; ///< of the line, from its first point
+    const LinePlane& plane;
+    bool closed;
+    double height; ///< of the border above the line
+};
+
+/// Writes the points of a border that have been moved to their places. Those that follow each other at one place get
+/// the bits of one of them, but for the heights of a line that rises: of one that has not been moved, where there is
+/// one.
+void follow_places(const Followed& f, std::span<const Place> places, std::span<const uint8_t> moved,
+                   std::span<Point> border)
+{
+    const size_t n = places.size();
+    const LinePlane& plane = f.plane;
+    size_t start = 0;
+    while (f.closed && start + 1 < n && places[start] == places[(start + n - 1) % n])
+        ++start;
+    for (size_t k = 0, count = 0; k < n; k += count) {
+        const size_t first = (start + k) % n;
+        size_t model = n;
+        for (count = 0; k + count < n && places[(first + count) % n] == places[first]; ++count)
+            if (model == n && moved[(first + count) % n] == 0)
+                model = (first + count) % n;
+        if (model == n) {
+            model = first;
+            const Place step = places[model] - f.places[model];
+            border[model] = plus(plus(plus(f.line[model], step.x, plane.x), step.y, plane.y), f.height, plane.normal);
+        }
+        for (size_t i = first; i < first + count; ++i)
+            if (moved[i % n] != 0 && i % n != model)
+                border[i % n] = above(border[model], plus(f.line[i % n], f.height, plane.normal), plane);
+    }
+}
+
 /// The borders of a line on either side.
 class Banding {
 public:
@@ -349,12 +397,7 @@ public:
         for (size_t i = 0; i < n; ++i)
             places[i] = plane_.place_of(minus(border_.border[i], line_[0]));
         settle(beside, {places, border_.removed, narrowed_, moved, border_.heir});
-        for (size_t i = 0; i < n; ++i) {
-            if (moved[i] == 0)
-                continue;
-            const Place step = places[i] - flat_.places()[i];
-            border_.border[i] = plus(plus(plus(line_[i], step.x, plane_.x), step.y, plane_.y), height, plane_.normal);
-        }
+        follow_places({line_, flat_.places(), plane_, closed_, height}, places, moved, border_.border);
     }
 
     Outline border() const { return border_.border; }
@@ -432,8 +475,7 @@ private:
         return count;
     }
 
-    static constexpr size_t kPiece = 1024;   ///< points
-    static constexpr double kSame = 1.2e-06; ///< points nearer to each other are one
+    static constexpr size_t kPiece = 1024; ///< points
 
     LineBorder border_;
     Vector<uint8_t> narrowed_;
@@ -521,13 +563,9 @@ private:
                 moved[i % n] = bundle.is_knot;
             }
         }
-        hold(flat_.beside(distance, miter_limit_), {places, removed_, narrowed_, moved, {}});
-        for (size_t i = 0; i < n; ++i) {
-            if (moved[i] == 0)
-                continue;
-            const Place step = places[i] - flat_.places()[i];
-            border_[i] = plus(plus(plus(line_[i], step.x, plane_.x), step.y, plane_.y), height, plane_.normal);
-        }
+        const Beside beside = flat_.beside(distance, miter_limit_);
+        hold(beside, {places, removed_, narrowed_, moved, {}});
+        follow_places({line_, flat_.places(), plane_, beside.closed, height}, places, moved, border_);
     }
 
     Outline line_;
@@ -544,42 +582,46 @@ private:
 
 // ---- Where outlines meet themselves
 
-/// Points of outlines in the plane, those at one place once: points that gave way share a place.
+/// Points of outlines in the plane, those that follow each other at one place once: points that gave way share a place.
 struct Places {
     struct Corner {
         Place place;
         int64_t number; ///< of the last point there, from which the edge to the next corner runs
     };
     Vector<Corner> corners;
-    Vector<size_t> next; ///< [corners] the corner at which the edge from one ends
+    Vector<size_t> next;   ///< [corners] the corner at which the edge from one ends
+    Vector<size_t> models; ///< for each point of the outlines the one whose place it has
 
-    void add(std::span<const Point> outline, int64_t first_number, const LinePlane& plane)
+    /// Points of one half, `half` points long, are at one place where they are nearer to each other than `same`, as far
+    /// as they are among the first `movable` ones; all others only where they are there to the bit.
+    void add(std::span<const Point> outline, size_t half, const LinePlane& plane, double same, size_t movable)
     {
-        const size_t first = corners.size();
-        for (size_t i = 0; i < outline.size(); ++i) {
-            const Corner c = {plane.place_of(outline[i]), first_number + static_cast<int64_t>(i)};
-            if (corners.size() == first || !is_same(corners.back().place, c.place))
-                corners.push_back(c);
-            else
-                corners.back().number = c.number;
+        const size_t first = corners.size(), first_number = models.size();
+        const auto is_at = [&](size_t i, const Place& place, size_t model, const Place& there) {
+            return place == there || (i < movable && i / half == model / half && std::fabs(place.x - there.x) < same &&
+                                      std::fabs(place.y - there.y) < same);
+        };
+        for (size_t i = 0, model = 0; i < outline.size(); ++i) {
+            const Place place = plane.place_of(outline[i]);
+            if (i == 0 || !is_at(i, place, model, corners.back().place)) {
+                corners.push_back({place, 0});
+                model = i;
+            }
+            corners.back().number = static_cast<int64_t>(first_number + i);
+            models.push_back(first_number + model);
         }
-        while (corners.size() > first + 1 && is_same(corners.back().place, corners[first].place))
+        for (size_t i = outline.size(); corners.size() > first + 1;) { // what ends where it begins
+            const size_t model = models[first_number + i - 1] - first_number;
+            if (!is_at(model, corners.back().place, 0, corners[first].place))
+                break;
             corners.pop_back();
+            while (i > model)
+                models[first_number + --i] = first_number;
+        }
         for (size_t i = first; i < corners.size(); ++i)
             next.push_back(i + 1 < corners.size() ? i + 1 : first);
     }
-
-    static bool is_same(const Place& a, const Place& b)
-    {
-        return std::fabs(a.x - b.x) < 1.2e-06 && std::fabs(a.y - b.y) < 1.2e-06;
-    }
 };
-
-int turn(const Place& a, const Place& b, const Place& c)
-{
-    const double area = (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
-    return area > 0 ? 1 : area < 0 ? -1 : 0;
-}
 
 bool is_between(const Place& a, const Place& b, const Place& p)
 {
@@ -590,19 +632,24 @@ bool is_between(const Place& a, const Place& b, const Place& p)
 bool do_meet(const Edge& e, const Edge& f)
 {
     const Place &a = e.from, &b = e.to, &c = f.from, &d = f.to;
-    const int tc = turn(a, b, c), td = turn(a, b, d), ta = turn(c, d, a), tb = turn(c, d, b);
+    const int tc = side(a, b, c), td = side(a, b, d), ta = side(c, d, a), tb = side(c, d, b);
     if (tc * td < 0 && ta * tb < 0)
         return true;
     return (tc == 0 && is_between(a, b, c)) || (td == 0 && is_between(a, b, d)) || (ta == 0 && is_between(c, d, a)) ||
            (tb == 0 && is_between(c, d, b));
 }
 
-/// Finds two edges that meet although they are not neighbours: the first ones along the plane's first axis.
+/// Whether an edge runs back over the one before it.
+bool does_fold(const Edge& e, const Edge& next)
+{
+    return side(e.from, e.to, next.to) == 0 && dot(e.to - e.from, next.to - next.from) < 0;
+}
+
+/// Finds two edges that meet, neighbours only where one runs back over the other: the first ones along the plane's
+/// first axis.
 bool find_crossing(const Places& places, int64_t* crossing)
 {
     const size_t n = places.corners.size();
-    if (n < 4)
-        return false;
     Vector<Edge> list(n);
     Vector<size_t> order(n), rank(n);
     for (size_t i = 0; i < n; ++i) {
@@ -617,7 +664,12 @@ bool find_crossing(const Places& places, int64_t* crossing)
     for (const size_t i : order) {
         size_t first = rank[i];
         edges.for_each_near(i, [&](size_t k) {
-            if (rank[k] < first && k != places.next[i] && i != places.next[k] && do_meet(edges[i], edges[k]))
+            if (rank[k] >= first)
+                return;
+            const bool is_next = k == places.next[i], is_before = i == places.next[k];
+            if (is_next || is_before
+                    ? (is_next && does_fold(edges[i], edges[k])) || (is_before && does_fold(edges[k], edges[i]))
+                    : do_meet(edges[i], edges[k]))
                 first = rank[k];
         });
         if (first == rank[i])
@@ -637,6 +689,44 @@ struct Band {
     bool crosses = false;
     int64_t crossing[2] = {0, 0};
 };
+
+/// The outlines of a band in the plane. Points nearer to each other than `same` are at one place, but for those of a
+/// line that is a side of its own band: it stays as it was given.
+Places places_of(const Band& band, const LinePlane& plane, const korvale_band_options& how, double same)
+{
+    const std::span<const Point> outline = band.outline;
+    const size_t n = outline.size() / 2, movable = how.both_sides != 0 ? 2 * n : n;
+    Places places;
+    if (how.closed != 0) {
+        places.add(outline.first(n), n, plane, same, n);
+        places.add(outline.subspan(n), n, plane, same, movable - n);
+    } else {
+        places.add(outline, n, plane, same, movable);
+    }
+    return places;
+}
+
+/// Tells where outlines meet themselves. Where they do so only beside points that are one but for rounding, or for
+/// events of a sweep at nearly the same time, these become one to the bit, and nothing meets.
+void look_for_crossing(const LinePlane& plane, const korvale_band_options& how, Band& band)
+{
+    band.crosses = find_crossing(places_of(band, plane, how, 0.0), band.crossing);
+    if (!band.crosses)
+        return;
+    const Places places = places_of(band, plane, how, kSame);
+    band.crosses = find_crossing(places, band.crossing);
+    if (band.crosses)
+        return;
+    band.crossing[0] = band.crossing[1] = 0;
+    const size_t n = band.removed.size();
+    for (size_t i = 0; i < 2 * n; ++i) {
+        const Point model = band.outline[places.models[i]];
+        if (plane.place_of(model) == plane.place_of(band.outline[i]))
+            continue;
+        band.outline[i] = above(model, band.outline[i], plane);
+        band.removed[i < n ? i : 2 * n - 1 - i] = 1;
+    }
+}
 
 /// All points of a line at one place: nothing has a side.
 void stay_put(Outline line, Band& band)
@@ -675,15 +765,7 @@ void make_band(Outline line, double distance, const korvale_band_options& how, B
     } else {
         std::reverse_copy(work.begin(), work.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(n));
     }
-    Places places;
-    const std::span<const Point> outline = band.outline;
-    if (how.closed != 0) {
-        places.add(outline.first(n), 0, plane);
-        places.add(outline.subspan(n), static_cast<int64_t>(n), plane);
-    } else {
-        places.add(outline, 0, plane);
-    }
-    band.crosses = find_crossing(places, band.crossing);
+    look_for_crossing(plane, how, band);
     scaled(band.outline, 1.0 / scale, band.outline.data());
     if (how.both_sides == 0)
         std::reverse_copy(line.begin(), line.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(n));

@@ -87,7 +87,43 @@ class ShapelyTest(unittest.TestCase):
         self.assertEqual(korvale.offset(plate.to_shapely(), 0.5), korvale.offset(plate, 0.5))
 
 
+def noisy_track(generator):
+    """A walk that a receiver noted, with stops and, now and then, a loop or a point written twice."""
+    track, at, heading = [], numpy.zeros(2), generator.uniform(0, 6)
+    for _ in range(generator.integers(2, 5)):
+        for _ in range(generator.integers(5, 20)):
+            heading += generator.uniform(-0.15, 0.15)
+            at = at + 6 * numpy.array([numpy.cos(heading), numpy.sin(heading)])
+            track.append(at + generator.normal(0, 0.1, 2))
+        track.extend(at + generator.uniform(0.3, 1.5) * generator.normal(0, 1, (generator.integers(3, 40), 2)))
+        if generator.integers(0, 4) == 0:
+            track.append(track[-1])
+    return numpy.array(track)
+
+
 class BandTest(unittest.TestCase):
+    def test_that_meets_itself_nowhere_is_a_valid_polygon(self):
+        try:
+            import shapely.geometry  # noqa: F401
+        except ImportError:
+            self.skipTest("python3-shapely is not installed")
+        without_crossing = 0
+        for number in range(1500):
+            generator = numpy.random.default_rng(number)
+            track = noisy_track(generator)
+            if number % 3 == 0:
+                track = numpy.column_stack([track, numpy.linspace(0, 30, len(track))])
+            if number % 5 == 0:
+                track = 1e-5 * (track + 1e6)
+            distance = generator.uniform(0.5, 8) * (1e-5 if number % 5 == 0 else 1)
+            band = korvale.band(track, distance, both_sides=True, closed=number % 4 == 0,
+                                up=(0, 0, 1) if number % 3 == 0 else None)
+            if band.crossing is None:
+                without_crossing += 1
+                self.assertTrue(band.to_shapely().is_valid, number)
+        self.assertGreater(without_crossing, 900)
+
+
     def test_knows_its_outlines(self):
         self.assertEqual((RING.closed, [len(outline) for outline in RING.outlines]), (True, [4, 4]))
         open_band = korvale.band(SQUARE, 1)

@@ -443,6 +443,38 @@ TEST(DoorBand, NamesTwoEdgesThatMeet)
     EXPECT_GT(crossed, 200);
 }
 
+TEST(DoorBand, PointsThatShareAPlaceAreOneToTheBit)
+{
+    Random random(2612);
+    int shared = 0;
+    for (int round = 0; round < rounds(300); ++round) {
+        const Numbers line = track(random);
+        korvale_band_options options = options_of(1, random.one_in(3));
+        options.has_up = 1;
+        options.up[2] = 1;
+        const Laid band = laid(line, random.uniform(0.5, 8), options);
+        if (band.crosses)
+            continue;
+        const size_t n = line.size() / 3;
+        for (const size_t begin : {size_t{0}, n})
+            for (size_t i = begin; i + 1 < begin + n; ++i) {
+                const double *const a = &band.outline[3 * i], *const b = a + 3;
+                const bool is_near = std::hypot(a[0] - b[0], a[1] - b[1]) < 1e-9;
+                ASSERT_EQ(is_near, a[0] == b[0] && a[1] == b[1]) << "round " << round << ", point " << i;
+                shared += is_near;
+            }
+    }
+    EXPECT_GT(shared, 1000);
+}
+
+TEST(DoorBand, TellsOfABandWithoutWidth)
+{
+    const Laid flat = laid({1, 1, 0, 9, 1, 0}, 1e-20); // its border is the line, to the bit
+    EXPECT_TRUE(flat.crosses);
+    EXPECT_THAT(flat.crossing, ElementsAre(0, 2));
+    EXPECT_FALSE(laid({1, 1, 0, 9, 1, 0}, 1e-12).crosses);
+}
+
 TEST(DoorBand, OfALineAtOnePlaceStaysThere)
 {
     for (const Numbers& line : {Numbers{1, 2, 3}, Numbers{1, 2, 3, 1, 2, 3, 1, 2, 3}}) {
