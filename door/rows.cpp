@@ -1,37 +1,11 @@
 // Equations over columns: in blocks where that gives the same, else row by row.
 #include "door/internal/rows.h"
 
-#include <cstring>
-
 #include "door/internal/blocks.h"
 #include "equation/evaluate.h"
 
 namespace korvale::door {
 namespace {
-
-double value_at(const Column& column, int64_t row)
-{
-    const char* const place = column.data + row * column.stride;
-    if (column.kind == KORVALE_FLOAT) {
-        float value;
-        std::memcpy(&value, place, sizeof value);
-        return double{value};
-    }
-    double value;
-    std::memcpy(&value, place, sizeof value);
-    return value;
-}
-
-void put_value(const ColumnOut& column, int64_t row, double value)
-{
-    char* const place = column.data + row * column.stride;
-    if (column.kind == KORVALE_FLOAT) {
-        const auto rounded = static_cast<float>(value);
-        std::memcpy(place, &rounded, sizeof rounded);
-    } else {
-        std::memcpy(place, &value, sizeof value);
-    }
-}
 
 /// Gives the variables the values of a row. A host's function may have moved the variables since the last one.
 void load(EquationSystem& es, std::span<const Column> columns, int64_t row)

@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "door/internal/plan.h"
 #include "door/internal/rows.h"
 
 namespace korvale::door {
@@ -11,7 +12,5 @@ namespace korvale::door {
 /// two it was stays in `equations`.
 bool run_in_blocks(korvale_equations& equations, int32_t equation, std::span<const Column> columns,
                    std::span<const ColumnOut> outputs, int64_t rows, const Telling& telling);
-
-inline constexpr int32_t kAllEquations = -1;
 
 } // namespace korvale::door

@@ -3,27 +3,11 @@
 #include <algorithm>
 #include <span>
 
+#include "door/internal/columns.h"
 #include "door/internal/equations.h"
 #include "door/internal/failure.h"
-#include "door/internal/heap.h"
 
 namespace korvale::door {
-
-/// Values of one variable where the host keeps them, one a row.
-struct Column {
-    const char* data;
-    int64_t stride; ///< bytes from one value to the next
-    int32_t kind;
-    int32_t variable;
-};
-
-/// Where values of one variable go, one a row; of a single equation its result, whatever `variable` says.
-struct ColumnOut {
-    char* data;
-    int64_t stride; ///< bytes from one value to the next
-    int32_t kind;
-    int32_t variable;
-};
 
 /// Rows between two reports: a hundredth of all, at most 16,384.
 inline int64_t rows_to_tell(int64_t rows)
