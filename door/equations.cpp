@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <span>
 
+#include "door/internal/quoted.h"
 #include "door/internal/refusal.h"
 #include "door/internal/rows.h"
 #include "door/internal/views.h"

@@ -9,6 +9,8 @@
 #include <optional>
 
 #include "door/internal/heap.h"
+#include "door/internal/quoted.h"
+#include "door/internal/spellings.h"
 #include "equation/internal/functions.h"
 #include "equation/internal/registry.h"
 #include "equation/parse.h"
@@ -18,53 +20,6 @@ namespace korvale::door {
 using namespace korvale::equation;
 
 namespace {
-
-constexpr size_t kMostQuoted = 60; ///< bytes of a word in a reason
-
-/// Where a text of at most `most` bytes can end without cutting a character of UTF-8 in two.
-size_t whole_characters(std::string_view text, size_t most)
-{
-    if (text.size() <= most)
-        return text.size();
-    while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xc0) == 0x80)
-        --most;
-    return most;
-}
-
-/// The bytes of the character of UTF-8 at the beginning; 1 where there is none.
-size_t first_character(std::string_view text)
-{
-    const auto lead = static_cast<unsigned char>(text[0]);
-    const size_t size = lead < 0xc0 ? 1 : lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : lead < 0xf8 ? 4 : 1;
-    for (size_t i = 1; i < size; ++i)
-        if (i >= text.size() || (static_cast<unsigned char>(text[i]) & 0xc0) != 0x80)
-            return 1;
-    return size;
-}
-
-/// The text, or its beginning and three dots.
-Text shortened(std::string_view text, size_t most)
-{
-    const size_t kept = whole_characters(text, most);
-    Text shown;
-    shown << text.substr(0, kept) << (kept < text.size() ? "..." : "");
-    return shown;
-}
-
-/// A part of a long text with `place` in it.
-Text part_around(std::string_view text, size_t place, size_t most)
-{
-    constexpr std::string_view kMore = "...";
-    if (text.size() <= most)
-        return shortened(text, most);
-    most -= 2 * kMore.size();
-    size_t first = place <= most - most / 8 ? 0 : std::min(place, text.size()) - (most - most / 8);
-    while (first > 0 && first < text.size() && (static_cast<unsigned char>(text[first]) & 0xc0) == 0x80)
-        ++first;
-    Text shown;
-    shown << (first > 0 ? kMore : "") << std::string_view(shortened(text.substr(first), most));
-    return shown;
-}
 
 /// Throws the refusal with as much of the text as there is room for beside the reason.
 [[noreturn]] void refuse(std::string_view text, size_t place, std::string_view word, std::string_view why)
@@ -77,197 +32,6 @@ Text part_around(std::string_view text, size_t place, size_t most)
     constexpr size_t kLongestWord = sizeof korvale_error::word - 4;
     throw Refusal(static_cast<int32_t>(std::min<size_t>(place, INT32_MAX)), shortened(word, kLongestWord), given);
 }
-
-// --- Right spellings -------------------------------------------------------------------------------------------------
-
-struct Advice {
-    std::string_view sign, text;
-};
-
-/// Signs that people write elsewhere; longer ones first.
-constexpr Advice kSigns[] = {
-    {"**", "write ^"},
-    {"==", "write one \"=\""},
-    {":=", "write ="},
-    {"&&", "there is no logic"},
-    {"||", "there is no logic"},
-    {"<=", "there are no comparisons"},
-    {">=", "there are no comparisons"},
-    {"!=", "there are no comparisons"},
-    {"<>", "there are no comparisons"},
-    {"<", "there are no comparisons"},
-    {">", "there are no comparisons"},
-    {"=", "it stands once, after the variable that is changed"},
-    {"|", "for an absolute value write SQRT(x * x)"},
-    {"%", "write / 100"},
-    {"!", "there are no factorials and there is no logic"},
-    {"&", "there is no logic"},
-    {"~", "there is no logic"},
-    {"?", "there are no conditions"},
-    {":", "there are no conditions"},
-    {"[", "write ("},
-    {"]", "write )"},
-    {"{", "write ("},
-    {"}", "write )"},
-    {";", "add equations one by one"},
-    {"#", "there are no comments"},
-    {"_", "names have letters only"},
-    {"\u00b2", "write ^ 2"},                // superscript two
-    {"\u00b3", "write ^ 3"},                // superscript three
-    {"\u221a", "write SQRT(x)"},            // root
-    {"\u03c0", "write PI"},                 // pi
-    {"\u00d7", "write *"},                  // times
-    {"\u00b7", "write *"},                  // middle dot
-    {"\u22c5", "write *"},                  // dot operator
-    {"\u00f7", "write /"},                  // division
-    {"\u2215", "write /"},                  // division slash
-    {"\u2044", "write /"},                  // fraction slash
-    {"\u2212", "write -"},                  // minus
-    {"\u2013", "write -"},                  // en dash
-    {"\u2014", "write -"},                  // em dash
-    {"\u00bc", "write 0.25"},               // a quarter
-    {"\u00bd", "write 0.5"},                // a half
-    {"\u00be", "write 0.75"},               // three quarters
-    {"\u00b0", "write * PI / 180"},         // degree
-    {"\u2264", "there are no comparisons"}, // less or equal
-    {"\u2265", "there are no comparisons"}, // greater or equal
-    {"\u2260", "there are no comparisons"}, // not equal
-    {"\u00a0", "write a plain space"},      // no-break space
-    {"\u2009", "write a plain space"},      // thin space
-    {"\u202f", "write a plain space"},      // narrow no-break space
-};
-
-/// Names that people know from elsewhere, in small letters.
-constexpr Advice kNames[] = {
-    {"ln", "write LOG(x)"},
-    {"log10", "write LOG(x) / LOG(10)"},
-    {"log2", "write LOG(x) / LOG(2)"},
-    {"pow", "write x ^ y"},
-    {"sqr", "write x * x"},
-    {"cbrt", "write x ^ (1 / 3)"},
-    {"hypot", "write SQRT(x * x + y * y)"},
-    {"abs", "write SQRT(x * x)"},
-    {"fabs", "write SQRT(x * x)"},
-    {"sign", "write x / SQRT(x * x)"},
-    {"sgn", "write x / SQRT(x * x)"},
-    {"max", "write (a + b + SQRT((a - b) * (a - b))) / 2"},
-    {"fmax", "write (a + b + SQRT((a - b) * (a - b))) / 2"},
-    {"maximum", "write (a + b + SQRT((a - b) * (a - b))) / 2"},
-    {"min", "write (a + b - SQRT((a - b) * (a - b))) / 2"},
-    {"fmin", "write (a + b - SQRT((a - b) * (a - b))) / 2"},
-    {"minimum", "write (a + b - SQRT((a - b) * (a - b))) / 2"},
-    {"mix", "write a + (b - a) * t"},
-    {"lerp", "write a + (b - a) * t"},
-    {"sinh", "write (EXP(x) - EXP(0 - x)) / 2"},
-    {"cosh", "write (EXP(x) + EXP(0 - x)) / 2"},
-    {"tanh", "write 1 - 2 / (EXP(2 * x) + 1)"},
-    {"arcsin", "write ASIN(x)"},
-    {"arccos", "write ACOS(x)"},
-    {"arctan", "write ATAN(x)"},
-    {"atan2", "write (y ANGLE x)"},
-    {"arctan2", "write (y ANGLE x)"},
-    {"radians", "write x * PI / 180"},
-    {"degrees", "write x * 180 / PI"},
-    {"random", "write RAND"},
-    {"rnd", "write RAND"},
-    {"floor", "add a function of that name"},
-    {"ceil", "add a function of that name"},
-    {"round", "add a function of that name"},
-    {"trunc", "add a function of that name"},
-    {"int", "add a function of that name"},
-    {"mod", "add a function of that name"},
-    {"fmod", "add a function of that name"},
-    {"clamp", "add a function of that name"},
-    {"step", "add a function of that name"},
-    {"if", "there are no conditions"},
-    {"where", "there are no conditions"},
-    {"and", "there is no logic"},
-    {"or", "there is no logic"},
-    {"not", "there is no logic"},
-};
-
-char in_small(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool is_same_but_for_capitals(std::string_view a, std::string_view b)
-{
-    return std::ranges::equal(a, b, [](char x, char y) { return in_small(x) == in_small(y); });
-}
-
-std::string_view name_at(const uint8_t* names, int32_t i)
-{
-    const char* const slot = reinterpret_cast<const char*>(names) + int64_t{i} * kNameBytes;
-    return {slot, strnlen(slot, kLongestName)};
-}
-
-/// The name that differs in capitals alone.
-std::string_view spelling_of(const Functions& functions, const Variables& variables, std::string_view word)
-{
-    for (int32_t f = 0; f < functions.named; ++f)
-        if (is_same_but_for_capitals(name_at(functions.names, f), word))
-            return name_at(functions.names, f);
-    for (int32_t v = 0; v < variables.named; ++v)
-        if (is_same_but_for_capitals(name_at(variables.names, v), word))
-            return name_at(variables.names, v);
-    return {};
-}
-
-/// What to write for a name that other languages have.
-std::string_view advice_of_others(std::string_view word)
-{
-    for (const Advice& known : kNames)
-        if (is_same_but_for_capitals(known.sign, word))
-            return known.text;
-    return {};
-}
-
-/// What to write for digits `whole.fraction` times ten to the `exponent`, where that is short; else empty.
-Text without_exponent(std::string_view number, std::string_view exponent)
-{
-    const size_t point = std::min(number.find('.'), number.size());
-    const bool is_negative = exponent.starts_with('-');
-    exponent.remove_prefix(exponent.starts_with('-') || exponent.starts_with('+') ? 1 : 0);
-    exponent.remove_prefix(std::min(exponent.find_first_not_of('0'), exponent.size()));
-    Text text;
-    if (exponent.size() > 2 || exponent.find('.') != std::string_view::npos || number.size() > 20 ||
-        number.find('.', point + 1) != std::string_view::npos)
-        return text;
-    int64_t shift = 0;
-    for (const char c : exponent)
-        shift = 10 * shift + (c - '0');
-    if (shift > 20)
-        return text;
-    char digits[24];
-    size_t count = 0;
-    for (const char c : number)
-        if (c != '.')
-            digits[count++] = c;
-    const auto all = static_cast<int64_t>(count);
-    const int64_t whole = static_cast<int64_t>(point) + (is_negative ? -shift : shift);
-    char shown[64];
-    size_t size = 0;
-    for (int64_t i = std::min<int64_t>(whole - 1, 0); i < std::max(all, whole); ++i) {
-        if (i == whole)
-            shown[size++] = '.';
-        shown[size++] = i >= 0 && i < all ? digits[i] : '0';
-    }
-    std::string_view plain(shown, size);
-    while (plain.size() > 1 && plain[0] == '0' && plain[1] != '.')
-        plain.remove_prefix(1);
-    if (plain.find('.') != std::string_view::npos)
-        while (plain.ends_with('0') || plain.ends_with('.')) {
-            const bool was_point = plain.ends_with('.');
-            plain.remove_suffix(1);
-            if (was_point)
-                break;
-        }
-    text << plain;
-    return text;
-}
-
-// --- Reading ---------------------------------------------------------------------------------------------------------
 
 enum class Kind { unknown, variable, no_argument, one_argument, two_arguments };
 
@@ -400,7 +164,7 @@ private:
         Text advice;
         if (const std::string_view known = spelling_of(functions_, variables_, name); !known.empty())
             advice << ": write " << known << ", capitals count";
-        else if (const std::string_view other = advice_of_others(name); !other.empty())
+        else if (const std::string_view other = advice_for_name(name); !other.empty())
             advice << ": " << other;
         return advice;
     }
@@ -467,7 +231,7 @@ private:
         const std::string_view with_digits = text_.substr(at, skip(end, is_number_part) - at);
         int32_t function = -1;
         const Kind kind = kind_of(word, function);
-        if (const std::string_view other = advice_of_others(with_digits); with_digits != word && !other.empty())
+        if (const std::string_view other = advice_for_name(with_digits); with_digits != word && !other.empty())
             note(at, with_digits, Text() << quoted(with_digits) << " is no function: " << other); // "log10"
         else if (kind == Kind::unknown)
             note(at, word, Text() << quoted(word) << " is neither a variable nor a function" << advice_for(word));
@@ -555,8 +319,6 @@ private:
             note(first, all,
                  Text() << quoted(all) << " has no operator: write " << quoted_part(number) << " * " << name);
     }
-
-    static Text quoted_part(std::string_view word) { return shortened(word, kMostQuoted); }
 
     // --- Signs ---
 
@@ -655,12 +417,11 @@ private:
     size_t strange_sign(size_t at)
     {
         const std::string_view rest = text_.substr(at);
-        for (const Advice& known : kSigns)
-            if (rest.starts_with(known.sign)) {
-                note(at, rest.substr(0, known.sign.size()),
-                     Text() << quoted(known.sign) << " is no sign of equations: " << known.text);
-                return at + known.sign.size();
-            }
+        if (const Advice* const known = advice_for_sign(rest); known != nullptr) {
+            note(at, rest.substr(0, known->sign.size()),
+                 Text() << quoted(known->sign) << " is no sign of equations: " << known->text);
+            return at + known->sign.size();
+        }
         const std::string_view word = rest.substr(0, first_character(rest));
         const bool is_plain = word[0] >= ' ' && word[0] < 0x7f;
         note(at, word,
@@ -681,13 +442,6 @@ private:
 };
 
 } // namespace
-
-Text quoted(std::string_view text)
-{
-    Text shown;
-    shown << "\"" << std::string_view(shortened(text, kMostQuoted)) << "\"";
-    return shown;
-}
 
 int32_t require_whole_equation(const EquationSystem& record, std::string_view text)
 {

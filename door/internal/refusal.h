@@ -5,9 +5,6 @@
 
 namespace korvale::door {
 
-/// The text in quotation marks, of a long one the beginning.
-Text quoted(std::string_view text);
-
 /// Throws where a text is not wholly an equation as it reads: where the parser would refuse it, but for its limits, and
 /// where it would pass over anything. Returns the number of items.
 int32_t require_whole_equation(const EquationSystem& record, std::string_view text);

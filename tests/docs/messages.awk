@@ -252,7 +252,7 @@ function read_calls(    s, at, name, parts, n) {
             tell("must", parts[place_of[is_python, name]])
         }
     }
-    if (FILENAME ~ /refusal\.cpp$/) {
+    if (FILENAME ~ /spellings\.cpp$/) {
         s = source
         sub(/^.* kSigns\[\] = /, "", s)
         sub(/};.*$/, "", s)
