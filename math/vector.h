@@ -4,7 +4,7 @@
 
 /// Vectors and points: three consecutive doubles x, y, z. Arguments are not checked for null.
 
-/// a . b, summed x, y, z from the left.
+/// The dot product of `a` and `b`, summed x, y, z from the left.
 KORVALE_API double dot_product(double* a, double* b);
 
 /// out = a x b. Each component is stored as soon as it is known, so `out` must be neither `a` nor `b`.
@@ -19,7 +19,7 @@ KORVALE_API double norm(double* v);
 /// components become NaN and the result is 1.
 KORVALE_API int normalize(double* v);
 
-/// The angle between `a` and `b` in radians, acos(a . b / (|a| |b|)).
+/// The angle between `a` and `b` in radians: the arc cosine of their dot product over the product of their lengths.
 ///
 /// Deliberate: the cosine is not clamped and zero lengths are not caught; both give NaN.
 KORVALE_API double angle(double* a, double* b);

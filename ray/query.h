@@ -29,7 +29,8 @@
 /// is given anew is followed; the cell stays where it was.
 KORVALE_API int ray_intersect(double* origin, double* direction, RayStatus* s, double* distance);
 
-/// Makes `m` the transform into the frame of a ray: origin[3] comes to (0, 0, 0), the unit direction[3] to +z.
+/// Makes `m` the transform into the frame of a ray: origin[3] comes to (0, 0, 0), direction[3], which has to be of unit
+/// length, to +z.
 ///
 /// A direction within 1e-06 of the z axis is taken to lie on it, and the frame is then turned by nothing, or by half a
 /// turn about x when it points down. Nothing happens where one of the three is null.
