@@ -3,7 +3,9 @@
 #include <tuple>
 #include <type_traits>
 
-#include "records.h"
+#include "call.h"
+#include "module.h"
+#include "numbers.h"
 
 /// @file
 /// A function of the library as a row: its name, and what each of its parameters is.

@@ -1,5 +1,6 @@
 // The Python module `korvale._raw`, of which `korvale.raw` is the public name.
-#include "records.h"
+#include "module.h"
+#include "korvale.h"
 
 namespace korvale::raw {
 namespace {
