@@ -52,7 +52,9 @@ refuses "there is no task 'nothing'" nothing
 refuses "fuzz takes a number of seconds, not 'abc'" fuzz abc
 refuses "abi takes 'update' or nothing, not 'store'" abi store
 refuses "golden takes levels of optimisation, O0 to O3, not 'O9'" golden O0 O9
+refuses "there is no check 'nothing'; there are: lint test" check lint nothing
 refuses "lint takes no more than 0 argument(s), and was given: a b" lint a b
+refuses "build takes no more than 1 argument(s)" build bench fuzz
 refuses "bench takes no more than 2 argument(s)" bench a b c
 refuses "bare takes the last commit, and these sources are no clone" bare
 refuses "one folder is wanted" install --prefix
