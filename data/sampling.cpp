@@ -36,13 +36,13 @@ constexpr int64_t kNearbyShares = 16;
 constexpr int kTriangle = 9;
 
 /// The draws of a block, three a point, and what they mean.
-struct Places {
-    int draws[3 * kBlock];
+struct Draws {
+    int numbers[3 * kBlock];
     double share[kBlock];        ///< the first, as a value in [0, 1]: it chooses the triangle
     double u[kBlock], v[kBlock]; ///< the others: weights of vertices 0 and 1
 };
 
-/// Numbers of the process: a draw is a place in the area.
+/// Numbers of the process: a draw is a share of the area.
 struct OfProcess {
     static constexpr bool kIsFine = false;
 
@@ -50,7 +50,7 @@ struct OfProcess {
     bool goes_on(int64_t, int64_t) const { return true; }
 };
 
-/// Numbers of one call: a draw is one of 32,768 steps of the area, and a number of a second generator the place in it.
+/// Numbers of one call: a draw is one of 32,768 steps of the area, and a number of a second generator the share of it.
 struct OfCall {
     static constexpr bool kIsFine = true;
 
@@ -70,13 +70,13 @@ struct OfCall {
     }
 
     /// Takes shares from within the steps of the draws, never from their ends.
-    void refine(int count, Places& places)
+    void refine(int count, Draws& draws)
     {
         constexpr int kBits = 38; // those of a draw and these are as many as a double holds
         for (int k = 0; k < count; ++k) {
             const uint64_t within = draw_word(second_state) >> (64 - kBits) | 1;
-            const uint64_t place = static_cast<uint64_t>(places.draws[3 * k]) << kBits | within;
-            places.share[k] = static_cast<double>(static_cast<int64_t>(place)) * 0x1p-53;
+            const uint64_t fine = static_cast<uint64_t>(draws.numbers[3 * k]) << kBits | within;
+            draws.share[k] = static_cast<double>(static_cast<int64_t>(fine)) * 0x1p-53;
         }
     }
 };
@@ -197,27 +197,27 @@ struct Choice {
 /// Turns the draws from the k-th point on into shares and weights, as far as whole groups go. Returns the first point
 /// left.
 template <class V>
-KORVALE_OVER_LANES int place_by(int k, int count, Places& places)
+KORVALE_OVER_LANES int read_units_by(int k, int count, Draws& draws)
 {
     const V one = all<V>(1.0);
     for (; k + width_of<V> <= count; k += width_of<V>) {
-        const Lanes3<V> units = load_points<V>(places.draws + 3 * k) / all<V>(kGreatestDraw);
+        const Lanes3<V> units = load_points<V>(draws.numbers + 3 * k) / all<V>(kGreatestDraw);
         const V &u = units.y, &v = units.z;
         const auto folds = u + v > one;
-        store<V>(places.share + k, units.x);
-        store<V>(places.u + k, select(folds, one - u, u));
-        store<V>(places.v + k, select(folds, one - v, v));
+        store<V>(draws.share + k, units.x);
+        store<V>(draws.u + k, select(folds, one - u, u));
+        store<V>(draws.v + k, select(folds, one - v, v));
     }
     return k;
 }
 
 /// Turns the draws of `count` points into shares and weights.
-void place(int count, Places& places)
+void read_units(int count, Draws& draws)
 {
     int k = 0;
     if (count >= 2 * width_of<Quad>)
-        k = over_lanes([&]<class V>() { return place_by<V>(0, count, places); });
-    place_by<double>(k, count, places);
+        k = over_lanes([&]<class V>() { return read_units_by<V>(0, count, draws); });
+    read_units_by<double>(k, count, draws);
 }
 
 /// The weighted sum of `width` values at three places `width` apart.
@@ -232,11 +232,11 @@ void place(int count, Places& places)
 /// Finds the triangles of the points and prefetches them: they are far apart in memory, and the other points of the
 /// block are found until they arrive.
 template <class Choice>
-void choose_triangles(const SampledTriangles& t, const Choice& choice, const Places& places, int count,
+void choose_triangles(const SampledTriangles& t, const Choice& choice, const Draws& draws, int count,
                       int64_t (&triangles)[kBlock])
 {
     for (int k = 0; k < count; ++k) {
-        triangles[k] = choice(places.draws[3 * k], places.share[k]);
+        triangles[k] = choice(draws.numbers[3 * k], draws.share[k]);
         const double* const corners = t.values + triangles[k] * t.stride;
         __builtin_prefetch(corners);
         __builtin_prefetch(corners + kTriangle - 1);
@@ -245,19 +245,19 @@ void choose_triangles(const SampledTriangles& t, const Choice& choice, const Pla
 
 /// Makes the `count` points from number `first` on.
 template <class Choice>
-void make_points(const SampledTriangles& t, const Choice& choice, const Places& places, const SamplePoints& p,
+void make_points(const SampledTriangles& t, const Choice& choice, const Draws& draws, const SamplePoints& p,
                  const SampledAttributes& attributes, int64_t first, int count)
 {
     int64_t triangles[kBlock];
     if (t.count == 1)
         std::fill_n(triangles, count, 0);
     else
-        choose_triangles(t, choice, places, count, triangles);
+        choose_triangles(t, choice, draws, count, triangles);
     if (p.triangles != nullptr)
         std::transform(triangles, triangles + count, p.triangles + first,
                        [](int64_t number) { return static_cast<int32_t>(number); });
     for (int k = 0; k < count; ++k) {
-        const double u = places.u[k], v = places.v[k], w = 1 - u - v;
+        const double u = draws.u[k], v = draws.v[k], w = 1 - u - v;
         weigh(t.values + triangles[k] * t.stride, 3, u, v, w, p.values + (first + k) * p.stride);
         if (attributes.width > 0)
             weigh(attributes.from + 3 * triangles[k] * attributes.width, attributes.width, u, v, w,
@@ -265,14 +265,14 @@ void make_points(const SampledTriangles& t, const Choice& choice, const Places& 
     }
 }
 
-/// Draws the places of the next `count` points.
+/// Draws what the next `count` points are made of.
 template <class Numbers>
-void draw_places(Numbers& numbers, int count, Places& places)
+void draw_points(Numbers& numbers, int count, Draws& draws)
 {
-    numbers.draw(places.draws, 3 * count);
-    place(count, places);
+    numbers.draw(draws.numbers, 3 * count);
+    read_units(count, draws);
     if constexpr (Numbers::kIsFine)
-        numbers.refine(count, places);
+        numbers.refine(count, draws);
 }
 
 /// Scatters points.
@@ -286,13 +286,13 @@ Sampled scatter(const SampledTriangles& t, const SamplePoints& p, const SampledA
     if (!numbers.goes_on(0, p.count))
         return Sampled::stopped;
     const int in_first = static_cast<int>(std::min<int64_t>(kBlock, p.count));
-    Places places;
-    draw_places(numbers, in_first, places);
+    Draws draws;
+    draw_points(numbers, in_first, draws);
     Choice choice = {reached.get(), t.count, nullptr};
     if (t.count > 1 || Numbers::kIsFine) {
         double most_wanted = std::numeric_limits<double>::infinity();
         if (p.count <= kBlock)
-            most_wanted = *std::max_element(places.share, places.share + in_first);
+            most_wanted = *std::max_element(draws.share, draws.share + in_first);
         double sum = measure_areas(t, reached.get());
         if constexpr (Numbers::kIsFine) {
             if (t.weights != nullptr)
@@ -313,13 +313,13 @@ Sampled scatter(const SampledTriangles& t, const SamplePoints& p, const SampledA
         choice.table = table.get();
     }
 
-    make_points(t, choice, places, p, attributes, 0, in_first);
+    make_points(t, choice, draws, p, attributes, 0, in_first);
     for (int64_t first = in_first; first < p.count; first += kBlock) {
         if (!numbers.goes_on(first, p.count))
             return Sampled::stopped;
         const int count = static_cast<int>(std::min<int64_t>(kBlock, p.count - first));
-        draw_places(numbers, count, places);
-        make_points(t, choice, places, p, attributes, first, count);
+        draw_points(numbers, count, draws);
+        make_points(t, choice, draws, p, attributes, first, count);
     }
     return numbers.goes_on(p.count, p.count) ? Sampled::done : Sampled::stopped;
 }

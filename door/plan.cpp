@@ -273,10 +273,10 @@ bool Planner::plan_call(int32_t kind, int32_t f, Value (&held)[kMostValues], int
     default:
         break;
     }
-    const int32_t place = depth - arguments;
-    plan_.deepest = std::max(plan_.deepest, place + 1);
-    plan_.steps.push_back({action, function, a, b, plan_.first_temporary() + place, -1, 0});
-    a = {0.0, plan_.first_temporary() + place};
+    const int32_t top = depth - arguments;
+    plan_.deepest = std::max(plan_.deepest, top + 1);
+    plan_.steps.push_back({action, function, a, b, plan_.first_temporary() + top, -1, 0});
+    a = {0.0, plan_.first_temporary() + top};
     return true;
 }
 

@@ -216,7 +216,7 @@ void Tree::place_cells(const int32_t (&n)[3])
     double* plane = planes_.data();
     grid_.in_order = true;
     for (int k = 0; k < 3; ++k) {
-        if (!ray::place_planes(low_[k], high_[k], n[k], plane))
+        if (!ray::set_planes(low_[k], high_[k], n[k], plane))
             grid_.in_order = false;
         grid_.axes[k] = {plane, n[k], n[k] / (plane[n[k]] - plane[0])};
         plane += n[k] + 1;

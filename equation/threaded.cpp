@@ -2,10 +2,10 @@
 // which `Evaluation::open` finds out once, and programs hold only numbers, variables and built-in functions, none of
 // which changes a record. For these:
 //
-// - Each kind of item has a function that tail-calls the next one's. So the item, the place on the stack and the
+// - Each kind of item has a function that tail-calls the next one's. So the item, the stack pointer and the
 //   topmost value stay in registers, and each function has its own indirect branch for the processor to predict.
 // - A value followed by + - * / is combined with the top at once instead of being pushed. That is one value more than
-//   the stack shows, hence 50 places and not 51.
+//   the stack shows, hence 50 values and not 51.
 // - Items are not counted: an end item stands behind them.
 // - Whatever is unusual is left to `step` from there on.
 #include "equation/internal/evaluation.h"
@@ -28,8 +28,8 @@ constexpr int64_t kMostQuick = 50; ///< values on the stack: one more is in flig
     return d != nullptr && d->alloc_dim == 1 && d->count >= least && d->count <= d->alloc_count;
 }
 
-/// An item, and the place on the stack for the next value that will not be the topmost.
-struct Place {
+/// An item, and the stack pointer: where the next value goes that will not be the topmost.
+struct Next {
     const int32_t* kind;
     const int32_t* operand;
     double* below;
@@ -45,14 +45,14 @@ struct Evaluation {
     double* values;
     const double* constants;
     void* const* functions;
-    Place place; ///< where to go on, during a call of a built-in function
+    Next next; ///< where to go on, during a call of a built-in function
     Below below;
     int32_t ended[kMostItems + 1]; ///< a copy of the kinds, where no end item stands behind them
 
     /// Reads the equation. Returns the number of items, or 0 where anything is unusual. Usual is:
     ///
     /// - All lists are as the library made them.
-    /// - An end item stands behind the items, within their 100 places. With `may_copy` a missing one is added in a
+    /// - An end item stands behind the items, among their 100. With `may_copy` a missing one is added in a
     ///   copy.
     /// - The functions have slots for all built-in ones, and ADD to DIVIDE are in theirs.
     template <bool may_copy>
@@ -108,7 +108,7 @@ struct Evaluation {
 };
 
 // The threaded interpreter: one function for each kind of item. `kind` and `operand` are those of the item, `below` is
-// the place for the next value that will not be the topmost. At least one value is held. Each returns the result of the
+// the stack pointer. At least one value is held. Each returns the result of the
 // whole evaluation.
 using RunItem = double(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below, double top);
 RunItem run_end, run_constant, run_variable, run_draw, run_unary, run_binary, run_other;
@@ -225,14 +225,14 @@ template <int32_t own>
     return step_on(e, program, {});
 }
 
-/// Calls a built-in function. The place is kept in the evaluation meanwhile: that costs less than saving and restoring
-/// three callee-saved registers.
+/// Calls a built-in function. Where to go on is kept in the evaluation meanwhile: that costs less than saving and
+/// restoring three callee-saved registers.
 [[gnu::noinline]] double call_built_in(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below,
                                        UnaryFunction function, double top)
 {
-    e.place = {kind + 1, operand + 1, below};
+    e.next = {kind + 1, operand + 1, below};
     const double result = function(top);
-    return dispatch(e, e.place.kind, e.place.operand, e.place.below, result);
+    return dispatch(e, e.next.kind, e.next.operand, e.next.below, result);
 }
 
 [[gnu::noinline]] double call_unary(Evaluation& e, const int32_t* kind, int32_t f, double* below, double top)

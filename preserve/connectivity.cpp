@@ -114,9 +114,9 @@ void group_faces(const Faces& faces, int32_t slots, int32_t* cursor, int32_t* gr
     std::fill(grouped, grouped + slots, -1);
     for_each_face(faces, [=](const int32_t* corners, int32_t n, int32_t, int32_t f) {
         for (int32_t k = 0; k < n; ++k) {
-            int32_t& place = cursor[corners[k]];
-            if (place < slots) // Deliberate: beyond the point's own run as well
-                grouped[place++] = f;
+            int32_t& next = cursor[corners[k]];
+            if (next < slots) // Deliberate: beyond the point's own run as well
+                grouped[next++] = f;
         }
     });
 }

@@ -146,7 +146,7 @@ const Grid* remember_cells(data_list_struct* cells, const int32_t (&n)[3], const
     auto* plane = reinterpret_cast<double*>(made + 1);
     made->grid.in_order = true;
     for (int k = 0; k < 3; ++k) {
-        if (!place_planes(bbox[k], bbox[k + 3], n[k], plane))
+        if (!set_planes(bbox[k], bbox[k + 3], n[k], plane))
             made->grid.in_order = false;
         made->grid.axes[k] = {plane, n[k], n[k] / (plane[n[k]] - plane[0])};
         plane += n[k] + 1;

@@ -129,7 +129,7 @@ KORVALE_OVER_LANES unsigned find_overlaps(const Boxes& boxes, int64_t first, con
     return ~apart & ((1u << BoxTree::kFan) - 1);
 }
 
-/// Whether high[i] < low[i] for kFan places from `first` on.
+/// Whether high[i] < low[i] for kFan boxes from `first` on.
 template <class V>
 KORVALE_OVER_LANES bool all_clear(const double* high, const double* low, int64_t first)
 {
@@ -153,8 +153,8 @@ KORVALE_OVER_LANES bool are_in_line(const Boxes& vertices, int64_t first)
 /// The bit of an edge in a leaf, 0 where it is in another.
 inline unsigned bit_in_leaf(int32_t edge, int32_t first_edge)
 {
-    const int32_t place = edge - first_edge;
-    return place >= 0 && place < BoxTree::kFan ? 1u << place : 0u;
+    const int32_t within = edge - first_edge;
+    return within >= 0 && within < BoxTree::kFan ? 1u << within : 0u;
 }
 
 /// Calls emit(vertex, edge) for the vertices of leaf `bunch` and the edges of leaf `node` whose boxes meet, until it

@@ -28,25 +28,25 @@ struct ColumnOut {
 
 inline double value_at(const Column& column, int64_t row)
 {
-    const char* const place = column.data + row * column.stride;
+    const char* const at = column.data + row * column.stride;
     if (column.kind == KORVALE_FLOAT) {
         float value;
-        std::memcpy(&value, place, sizeof value);
+        std::memcpy(&value, at, sizeof value);
         return double{value};
     }
     double value;
-    std::memcpy(&value, place, sizeof value);
+    std::memcpy(&value, at, sizeof value);
     return value;
 }
 
 inline void put_value(const ColumnOut& column, int64_t row, double value)
 {
-    char* const place = column.data + row * column.stride;
+    char* const at = column.data + row * column.stride;
     if (column.kind == KORVALE_FLOAT) {
         const auto rounded = static_cast<float>(value);
-        std::memcpy(place, &rounded, sizeof rounded);
+        std::memcpy(at, &rounded, sizeof rounded);
     } else {
-        std::memcpy(place, &value, sizeof value);
+        std::memcpy(at, &value, sizeof value);
     }
 }
 

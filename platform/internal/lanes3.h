@@ -160,9 +160,9 @@ struct Separate3 {
 
     /// Of four lanes 1 and 2 are stored swapped: `store_pairs` unpacks each 128-bit half, and sorting them would cost
     /// two shuffles.
-    static constexpr int place_of(int lane) { return width_of<V> == 4 ? (lane & 1) * 2 + lane / 2 : lane; }
+    static constexpr int stored_at(int lane) { return width_of<V> == 4 ? (lane & 1) * 2 + lane / 2 : lane; }
 
-    const double* xy_of(int lane) const { return xy + 2 * place_of(lane); }
+    const double* xy_of(int lane) const { return xy + 2 * stored_at(lane); }
 };
 
 KORVALE_QUAD void store_pairs(double* to, const Quad& x, const Quad& y)

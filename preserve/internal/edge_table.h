@@ -34,11 +34,11 @@ inline uint32_t edge_hash(int32_t from, int32_t to)
     return static_cast<uint32_t>(edge);
 }
 
-/// Lists each edge once: a hash table with open addressing and linear probing, whose slots hold places in the list. It
-/// grows with what it finds and is never more than three quarters full. It starts with `edge_hash`. Where that
-/// clusters, as with point numbers in steps of a large power of two, probes pass many slots: at more than four for each
-/// edge that the list has room for, all edges are rehashed by `scattered_hash`, for good. The probing is so bounded,
-/// and the whole linear.
+/// Lists each edge once: a hash table with open addressing and linear probing, whose slots hold the numbers of edges in
+/// the list. It grows with what it finds and is never more than three quarters full. It starts with `edge_hash`. Where
+/// that clusters, as with point numbers in steps of a large power of two, probes pass many slots: at more than four for
+/// each edge that the list has room for, all edges are rehashed by `scattered_hash`, for good. The probing is so
+/// bounded, and the whole linear.
 class EdgeTable {
 public:
     /// Lists up to `most` edges in `ends`, two points each.
@@ -60,8 +60,8 @@ public:
         const int32_t from = b < a ? b : a, to = b < a ? a : b;
         const uint64_t edge = packed(from, to);
         uint32_t slot = first_slot(from, to);
-        for (int32_t place; (place = slots_[slot]) != kEmpty; slot = (slot + 1) & mask_) {
-            if (edge_at(place) == edge)
+        for (int32_t e; (e = slots_[slot]) != kEmpty; slot = (slot + 1) & mask_) {
+            if (edge_at(e) == edge)
                 return true;
             if (++passed_ > most_passed_)
                 return scatter() && note(a, b);
@@ -107,10 +107,10 @@ private:
         return std::endian::native == std::endian::little ? second << 32 | first : first << 32 | second;
     }
 
-    uint64_t edge_at(int32_t place) const
+    uint64_t edge_at(int32_t e) const
     {
         uint64_t edge;
-        std::memcpy(&edge, ends_ + 2 * int64_t{place}, sizeof edge);
+        std::memcpy(&edge, ends_ + 2 * int64_t{e}, sizeof edge);
         return edge;
     }
 
@@ -129,27 +129,27 @@ private:
     }
 
     /// Makes the table twice as large, unless the list is full.
-    [[gnu::noinline]] bool grow() { return found_ != most_ && place_all(2 * (mask_ + 1)); }
+    [[gnu::noinline]] bool grow() { return found_ != most_ && rehash(2 * (mask_ + 1)); }
 
     /// Scatters the edges, for good.
     [[gnu::noinline]] bool scatter()
     {
         is_scattered_ = true;
         most_passed_ = std::numeric_limits<int64_t>::max();
-        return place_all(mask_ + 1);
+        return rehash(mask_ + 1);
     }
 
     /// Starts over with `count` slots for the edges found so far.
-    bool place_all(uint32_t count)
+    bool rehash(uint32_t count)
     {
         renew(count);
         if (!exists())
             return false;
-        for (int32_t place = 0; place < found_; ++place) {
-            uint32_t slot = first_slot(ends_[2 * int64_t{place}], ends_[2 * int64_t{place} + 1]);
+        for (int32_t e = 0; e < found_; ++e) {
+            uint32_t slot = first_slot(ends_[2 * int64_t{e}], ends_[2 * int64_t{e} + 1]);
             for (; slots_[slot] != kEmpty; slot = (slot + 1) & mask_)
                 ++passed_;
-            slots_[slot] = place;
+            slots_[slot] = e;
         }
         return true;
     }

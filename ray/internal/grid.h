@@ -50,7 +50,7 @@ struct CellRange {
 
 /// Writes the n + 1 planes of one axis: the next slab starts exactly where the last one ended. Whether they are in
 /// order.
-inline bool place_planes(double least, double greatest, int32_t n, double* planes)
+inline bool set_planes(double least, double greatest, int32_t n, double* planes)
 {
     const double step = (greatest - least) / n;
     bool in_order = least == least;
