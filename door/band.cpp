@@ -123,12 +123,14 @@ public:
     {
         if (plane_.is_flat) {
             sweep(line_, distance, height, 0);
+            is_nothing = swept_.collapsed;
             return;
         }
         Vector<Point> outline(line_.begin(), line_.end());
         for (Point& p : outline)
             p = plus(p, -dot(minus(p, line_[0]), plane_.normal), plane_.normal);
         sweep(outline, distance, height, 0);
+        is_nothing = swept_.collapsed;
         for (size_t i = 0; i < line_.size(); ++i)
             border[i] = plus(border[i], dot(minus(line_[i], line_[0]), plane_.normal), plane_.normal);
     }
@@ -148,7 +150,8 @@ public:
 
     Vector<Point> border;
     Vector<uint8_t> removed;
-    Vector<int32_t> heir; ///< what each point has merged into in the end, by its number in the outline
+    Vector<int32_t> heir;    ///< what each point has merged into in the end, by its number in the outline
+    bool is_nothing = false; ///< nothing is left of the border of a closed line, or it is inside out
     Telling telling = {};
 
 private:
@@ -396,13 +399,16 @@ public:
         Vector<uint8_t> moved(n);
         for (size_t i = 0; i < n; ++i)
             places[i] = plane_.place_of(minus(border_.border[i], line_[0]));
-        settle(beside, {places, border_.removed, narrowed_, moved, border_.heir});
+        const Settling settling = {places, border_.removed, narrowed_, moved, border_.heir};
+        settle(beside, settling, border_.is_nothing);
+        vanish(beside, settling);
         follow_places({line_, flat_.places(), plane_, closed_, height}, places, moved, border_.border);
     }
 
     Outline border() const { return border_.border; }
     const Vector<uint8_t>& removed() const { return border_.removed; }
     const Vector<uint8_t>& narrowed() const { return narrowed_; }
+    bool is_collapsed() const { return std::ranges::find(border_.removed, 0) == border_.removed.end(); }
 
 private:
     /// A sweep looks at every point for each that gives way.
@@ -535,6 +541,7 @@ public:
     Outline border() const { return border_; }
     const Vector<uint8_t>& removed() const { return removed_; }
     const Vector<uint8_t>& narrowed() const { return narrowed_; }
+    bool is_collapsed() const { return banding_.is_collapsed(); }
 
 private:
     /// Work of a sweep of all points at once. A line without knots keeps the bits of that where it takes no more than
@@ -686,6 +693,7 @@ bool find_crossing(const Places& places, int64_t* crossing)
 struct Band {
     Vector<Point> outline;
     Vector<uint8_t> removed, narrowed;
+    bool collapsed = true; // until a side has a border
     bool crosses = false;
     int64_t crossing[2] = {0, 0};
 };
@@ -755,6 +763,7 @@ void make_band(Outline line, double distance, const korvale_band_options& how, B
             band.removed[i] |= sides.removed()[i];
             band.narrowed[i] |= sides.narrowed()[i];
         }
+        band.collapsed &= sides.is_collapsed();
     };
     const Telling telling = {how.progress, how.user, 0.0, how.both_sides != 0 ? 0.5 : 1.0};
     sides.run(scale * distance, scale * how.height, telling);
@@ -835,7 +844,7 @@ korvale_status korvale_band(const korvale_points* line, double distance, const k
             std::memcpy(band->removed, made.removed.data(), n);
         if (band->narrowed != nullptr)
             std::memcpy(band->narrowed, made.narrowed.data(), n);
-        band->collapsed = std::ranges::all_of(made.removed, [](uint8_t r) { return r != 0; });
+        band->collapsed = made.collapsed;
         band->crosses = made.crosses;
         band->crossing[0] = made.crossing[0];
         band->crossing[1] = made.crossing[1];

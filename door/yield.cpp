@@ -20,6 +20,8 @@ constexpr double kSame = 1.2e-06;
 constexpr double kReversal = 1e-06;
 /// What lies inside a ball by less than this share of its radius lies on it.
 constexpr double kOnBall = 1e-09;
+/// A ball is shrunk at most so often.
+constexpr int kMostSteps = 64;
 /// A ball of less than this share of the distance is none: the border lies on the line there.
 constexpr double kNothing = 1e-03;
 /// A run of points narrowed to less than this share of the distance gives way altogether where it can.
@@ -76,12 +78,10 @@ Way way_of(const Beside& b, size_t i)
     return {along, 1 / cosine, false, std::min(distance, b.miter_limit * distance * cosine)};
 }
 
-/// How far from the line the border of a point gets on its way: the radius of its largest ball.
-double shrink_ball(const Beside& b, const Place& p, const Way& way)
+/// How far from the line the border of a point gets on its way: the radius of its largest ball up to `radius`.
+double shrink_ball(const Beside& b, const Place& p, const Way& way, double radius)
 {
-    constexpr int kMostSteps = 64;
     const double a = way.speed * way.speed - 1;
-    double radius = way.most;
     for (int step = 0; step < kMostSteps && radius > 0; ++step) {
         const auto q = b.edges.nearest(p + way.speed * radius * way.along, radius * (1 - kOnBall));
         if (!q)
@@ -93,6 +93,38 @@ double shrink_ball(const Beside& b, const Place& p, const Way& way)
         radius = smaller < radius ? smaller : radius * (1 - kOnBall);
         if (radius < kNothing * way.most)
             return 0;
+    }
+    return radius;
+}
+
+/// How far the straight way from `p` to a place gets before the line crosses it, as a share of it; 1 where it does not.
+double share_before_line(const Beside& b, const Place& p, const Place& to)
+{
+    const Place along = to - p;
+    double share = 1.0;
+    b.edges.for_each_near({p, to}, 0.0, [&](size_t k) {
+        const Edge& e = b.edges[k];
+        const Place across = e.to - e.from;
+        const double slant = cross(along, across);
+        if (slant == 0.0)
+            return;
+        const double there = cross(e.from - p, across) / slant, at = cross(e.from - p, along) / slant;
+        if (there > kOnBall && there < share && at >= 0.0 && at <= 1.0)
+            share = there;
+    });
+    return share;
+}
+
+/// The same beside all of the line. In a corner the balls do not lie inside each other, so an empty one may lie behind
+/// another part of the line.
+double largest_ball(const Beside& b, const Place& p, const Way& way)
+{
+    double radius = shrink_ball(b, p, way, way.most);
+    for (int step = 0; step < kMostSteps && way.speed > 1 && radius > 0; ++step) {
+        const double share = share_before_line(b, p, p + way.speed * radius * way.along);
+        if (share == 1.0)
+            break;
+        radius = shrink_ball(b, p, way, share * radius);
     }
     return radius;
 }
@@ -246,11 +278,14 @@ size_t count_crowded(const Beside& b, const Telling& telling)
     return crowded;
 }
 
-void settle(const Beside& b, const Settling& s)
+void settle(const Beside& b, const Settling& s, bool all)
 {
     const size_t n = b.line.size();
     std::ranges::fill(s.narrowed, uint8_t{0});
-    find_misplaced(b, s);
+    if (all)
+        std::ranges::fill(s.moved, uint8_t{1});
+    else
+        find_misplaced(b, s);
     if (std::ranges::find(s.moved, 1) == s.moved.end())
         return;
     Vector<double> radius(n, std::fabs(b.distance));
@@ -260,7 +295,7 @@ void settle(const Beside& b, const Settling& s)
         if (s.moved[i] == 0)
             continue;
         const Way way = way_of(b, i);
-        radius[i] = shrink_ball(b, b.line[i], way);
+        radius[i] = largest_ball(b, b.line[i], way);
         s.border[i] = b.line[i] + way.speed * radius[i] * way.along;
         s.removed[i] = 0;
         s.narrowed[i] = way.is_cut_off || radius[i] < std::fabs(b.distance) - b.slack;
@@ -288,6 +323,27 @@ void settle(const Beside& b, const Settling& s)
         let_run_give_way(b, s, run, least);
         k += run.count;
     }
+}
+
+bool vanish(const Beside& b, const Settling& s)
+{
+    if (!b.closed)
+        return false;
+    double most = -1.0;
+    Place farthest = {};
+    for (size_t i = 0; i < b.line.size(); ++i) {
+        const Place& place = s.border[i];
+        if ((s.removed[i] == 0 && s.narrowed[i] == 0) || is_clear(b, place))
+            return false;
+        const Place away = *b.edges.nearest(place, std::fabs(b.distance)) - place;
+        if (dot(away, away) > most) {
+            most = dot(away, away);
+            farthest = place;
+        }
+    }
+    for (size_t i = 0; i < b.line.size(); ++i)
+        give_place(s, i, farthest);
+    return true;
 }
 
 void hold(const Beside& b, const Settling& s)

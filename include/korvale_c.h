@@ -330,7 +330,7 @@ typedef struct korvale_band_result {
     double* outline;     ///< [2 n][3] the border in the order of the line, then the other side backwards
     uint8_t* removed;    ///< [n] 1 where a point gave way altogether, or is in a knot, and shares a place
     uint8_t* narrowed;   ///< [n] 1 where a point gave way in part: it is nearer to the line, or its corner is cut off
-    int32_t collapsed;   ///< written: 1 where every point gave way altogether
+    int32_t collapsed;   ///< written: 1 where no side has a border: all points of each gave way altogether
     int32_t crosses;     ///< written: 1 where the outline crosses or touches itself: it may then enclose places twice
     int64_t crossing[2]; ///< written: two edges that meet; edge i runs from point i of its outline to the next one
 } korvale_band_result;
@@ -342,6 +342,8 @@ typedef struct korvale_band_result {
 /// than the miter limit is cut off at the distance. Where the line goes back and forth within a distance, as a track
 /// does that stood still, the border passes by as if it were a point there, the mean: all points of such a knot share a
 /// place, seen along the normal; with `up` each keeps the height of its point. Everything else is as wide as asked for.
+/// A side of a closed line on which no part has a border at the distance, as inside a ring that is tighter, gives way
+/// to the one place that is farthest from the line.
 ///
 /// No random number is drawn, and lines may have any size, as outlines of `korvale_offset`. A line at a single place
 /// has no sides: its band stays there and is collapsed. Where the distance is below the rounding of the coordinates,

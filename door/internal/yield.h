@@ -34,7 +34,13 @@ size_t count_crowded(const Beside& b, const Telling& telling);
 /// Looks at every point of a swept border. Those that are neither nearer to the line than the distance nor farther from
 /// their own stretch of it than the miter limit allows stay, points that share a place only near their own points of
 /// the line. The others are placed anew: as far as nothing else of the line is nearer.
-void settle(const Beside& beside, const Settling& s);
+///
+/// With `all` each of them is placed anew: the sweep has turned the border of a closed line inside out.
+void settle(const Beside& beside, const Settling& s, bool all);
+
+/// Where no part of a closed line has a border at the distance, all of its border gives way, to the place farthest from
+/// the line. Returns whether it does.
+bool vanish(const Beside& beside, const Settling& s);
 
 /// Holds the border of a line whose knots were points while it was made. What is farther from its own stretch of the
 /// line than the miter limit allows is brought up to the limit; what is nearer to the line than the distance is told.

@@ -26,7 +26,7 @@ from typing import Any
 import numpy
 
 from . import _korvale
-from ._errors import Error, refuse
+from ._errors import Error, refuse, renamed
 from ._types import Numbers
 
 # How matplotlib marks the vertices of a path.
@@ -288,7 +288,7 @@ def outline_or_shape(value: Any, function: str, argument: str) -> Any:
     if isinstance(value, memoryview):
         value = numpy.asarray(value)
     if hasattr(value, "outlines") and hasattr(value, "closed"):  # a band
-        return value.outlines[0] if len(value.outlines) == 1 else shapes_of(value.outlines)[0]
+        return value.outlines[0] if len(value.outlines) == 1 else rings_of_band(value, function)
     if _is_geometry(value):
         if _has(value, "exterior", "interiors"):
             holes = items(value.interiors, function, argument, "have interiors")
@@ -303,7 +303,7 @@ def outline_or_shape(value: Any, function: str, argument: str) -> Any:
             outlines = path_outlines(value, function, argument)
             if len(outlines) == 1:
                 return outlines[0]
-            sorted_out = shapes_of(outlines)
+            sorted_out = shapes_of(outlines, function)
             if len(sorted_out) != 1:
                 raise refuse(function, argument, "be one outline or shape",
                              f"it has {len(sorted_out)}: take those that korvale.shapes gives singly")
@@ -386,14 +386,28 @@ def without_repeat(outline: Numbers) -> Numbers:
     return outline[:others[-1] + 1 if len(others) else 1]
 
 
-def shapes_of(outlines: Iterable[Numbers], tolerance: Any = 0.0, crossing: Any = False,
+def rings_of_band(band: Any, function: str) -> list[Numbers]:
+    """The outlines of a band, the outer one first, without a side that has given way to one place."""
+    rings = []
+    for outline in band.outlines:
+        steps = outline - outline[0]
+        longest = steps[numpy.argmax((steps * steps).sum(axis=1))]
+        if not band.removed.all() or numpy.cross(steps, longest).any():
+            rings.append(outline)
+    return shapes_of(rings, function)[0] if len(rings) > 1 else rings
+
+
+def shapes_of(outlines: Iterable[Numbers], function: str, tolerance: Any = 0.0, crossing: Any = False,
               report: Callable[[int], bool] | None = None) -> list[list[Numbers]]:
     """Sorts outlines into shapes: those inside an even number of others are outer ones, the rest their holes.
 
     One that is there twice is taken once.
     """
     rings = [without_repeat(outline) for outline in outlines]
-    outer = _korvale.shapes(rings, tolerance, crossing, report).tolist()
+    try:
+        outer = _korvale.shapes(rings, tolerance, crossing, report).tolist()
+    except Error as error:
+        raise renamed(error, function) from None
     shapes = {k: [ring] for k, ring in enumerate(rings) if outer[k] == k}
     for k, ring in enumerate(rings):
         if 0 <= outer[k] != k:

@@ -273,7 +273,7 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
     [2, 1]
     """
     rings = _input.rings(path, "shapes", "path")
-    return told(progress, "shapes", lambda report: _input.shapes_of(rings, tolerance, crossing, report))
+    return told(progress, "shapes", lambda report: _input.shapes_of(rings, "shapes", tolerance, crossing, report))
 
 
 def band(
@@ -309,8 +309,8 @@ def band(
     a place, seen along `up`, and keep their heights. Beside a knot whose points deviate by up to a tenth of the
     distance the band is right to some hundredths of it, by three tenths to some tenths; noise of more than that makes
     borders that cross themselves: `thin` the track first. `crossing` tells where the outline meets itself after all, as
-    it does where the distance is below the rounding of the coordinates. A band that is `collapsed` has no border at
-    this distance anywhere.
+    it does where the distance is below the rounding of the coordinates. Inside a closed line that is tighter than
+    the distance the border gives way to one place. A band that is `collapsed` has no border at this distance anywhere.
 
     >>> road = korvale.band([(0, 0), (10, 0), (10, 10)], 1, both_sides=True)
     >>> road.outline[:3, :2]

@@ -8,6 +8,7 @@ from typing import TYPE_CHECKING, Any
 import numpy
 
 from . import _input
+from ._errors import refuse
 from ._types import Doubles, Ints, Truths
 
 if TYPE_CHECKING:
@@ -102,9 +103,11 @@ def offset_to_shapely(border: Any) -> Polygon:
 
 
 def band_to_shapely(band: Any) -> Polygon:
-    """The polygon of a band."""
-    around = _input.shapes_of(band.outlines)
-    return polygon(around[0] if around else [], band.collapsed)
+    """The polygon of a band, which must not meet itself."""
+    if band.crossing is not None:
+        raise refuse("Band.to_shapely", "band", "not meet itself",
+                     "its edges from points {} and {} do".format(*band.crossing))
+    return polygon(_input.rings_of_band(band, "Band.to_shapely"))
 
 
 def live(border: Any) -> Doubles:

@@ -170,7 +170,7 @@ void bind_band(py::module_& m)
         .def_property_readonly("other_side", &other_side_of,
                                "float64 (N, 3): the rest of the outline, the line or its other border, backwards.")
         .def_readonly("collapsed", &LaidBand::collapsed,
-                      "True where every point gave way: no part of the line has a border at this distance.")
+                      "True where no part of the line has a border at this distance, on any side that was asked for.")
         .def_property_readonly("crossing", &crossing_of,
                                "Two edges at which the outline meets itself, (i, k), or None. Edge i runs from point i "
                                "to the next.")
@@ -188,7 +188,8 @@ void bind_band(py::module_& m)
                                "The outline in a list; of a ring both, `border` and `other_side`.")
         .def(
             "to_shapely", [](py::object self) { return shown("band_to_shapely", self); },
-            "The band as a polygon of Shapely, a ring with a hole; an empty one where it is collapsed.")
+            "The band as a polygon of Shapely; of a ring one with a hole, unless nothing is left inside; an empty one "
+            "of a line at one place. Refused where it meets itself, see `crossing`.")
         .def("_repr_svg_",
              [](py::object self) { return shown("outlines_svg", outlines_of(self), self.cast<LaidBand&>().collapsed); })
         .def("__eq__", &is_equal, py::is_operator())

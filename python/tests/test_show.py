@@ -82,6 +82,22 @@ class ShapelyTest(unittest.TestCase):
             ring = korvale.band(SQUARE, distance, both_sides=True, closed=True).to_shapely()
             self.assertAlmostEqual(ring.area, 36 - 4, places=9)
 
+    def test_takes_rings_without_room_inside(self):
+        inner = korvale.band(SQUARE, -3, closed=True)
+        self.assertTrue(inner.collapsed)
+        self.assertEqual((inner.to_shapely().area, len(inner.to_shapely().interiors)), (16, 0))
+        both = korvale.band(SQUARE, 3, both_sides=True, closed=True)
+        self.assertEqual((len(both.to_shapely().interiors), len(korvale.outlines(both))), (0, 1))
+        self.assertTrue(korvale.band([(1, 2), (1, 2)], 3).to_shapely().is_empty)
+
+    def test_names_what_was_called(self):
+        with self.assertRaisesRegex(korvale.Error, "^Band.to_shapely: band must not meet itself, but its edges from "
+                                                   "points 0 and 3 do$"):
+            korvale.band([(0, 0), (10, 0), (10, 3), (4, 3), (4, -5)], 1, both_sides=True).to_shapely()
+        bow = korvale.band([(0, 0), (4, 4), (4, 0), (0, 4)], 1, both_sides=True, closed=True)
+        with self.assertRaisesRegex(korvale.Error, "^bevel: outlines must not cross each other, but "):
+            korvale.bevel(bow, [(0, 0), (0, 1)])
+
     def test_goes_there_and_back(self):
         plate = korvale.offset([SQUARE, HOLE], 0.25)
         self.assertEqual(korvale.offset(plate.to_shapely(), 0.5), korvale.offset(plate, 0.5))

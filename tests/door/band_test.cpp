@@ -374,10 +374,32 @@ TEST(DoorBand, OfAClosedLineHasTwoOutlines)
     const Numbers clockwise = {0, 4, 0, 4, 4, 0, 4, 0, 0, 0, 0, 0};
     const Laid inner = laid(clockwise, 1, options_of(0, 1));
     expect_near({inner.outline.begin(), inner.outline.begin() + 12}, {1, 3, 0, 3, 3, 0, 3, 1, 0, 1, 1, 0});
-    const Laid narrow = laid(clockwise, 3, options_of(0, 1)); // no room for more than 2
-    for (size_t i = 0; i < 4; ++i)
-        EXPECT_LT(narrow.away(i, 2, 2), 1e-6);
-    EXPECT_THAT(narrow.narrowed, Each(1));
+}
+
+TEST(DoorBand, OfAClosedLineTighterThanTheDistanceGivesWayToOnePlace)
+{
+    const Numbers square = {0, 4, 0, 4, 4, 0, 4, 0, 0, 0, 0, 0};
+    for (const double distance : {2.001, 3.0, 50.0}) { // there is no room for more than 2
+        const Laid inner = laid(square, distance, options_of(0, 1)), both = laid(square, -distance, options_of(1, 1));
+        for (size_t i = 0; i < 4; ++i) {
+            EXPECT_LT(inner.away(i, 2, 2), 1e-9);
+            EXPECT_EQ(inner.away(i, inner.outline[0], inner.outline[1]), 0);
+            EXPECT_LT(both.away(4 + i, 2, 2), 1e-9);
+            EXPECT_NEAR(both.away(i, square[3 * i], square[3 * i + 1]), distance * std::sqrt(2), 1e-12 * distance);
+        }
+        EXPECT_THAT(inner.removed, Each(1));
+        EXPECT_THAT(inner.narrowed, Each(0));
+        EXPECT_TRUE(inner.collapsed);
+        EXPECT_FALSE(both.collapsed); // it has a border outside
+        EXPECT_FALSE(inner.crosses || both.crosses);
+    }
+    EXPECT_FALSE(laid(square, 1.999, options_of(0, 1)).collapsed);
+    // Two rooms, of which the smaller one, 2 wide, has no room for the border.
+    const Numbers rooms = {0, 4, 0, 4, 4, 0, 4, 2.5, 0, 6, 2.5, 0, 6, 0.5, 0, 4, 0.5, 0, 4, 0, 0, 0, 0, 0};
+    const Laid large = laid(rooms, 1.5, options_of(0, 1));
+    EXPECT_FALSE(large.collapsed);
+    EXPECT_LT(large.away(0, 1.5, 2.5), 1e-9);
+    EXPECT_TRUE(laid(rooms, 2.001, options_of(0, 1)).collapsed);
 }
 
 TEST(DoorBand, AClosedLineMayRise)
@@ -465,6 +487,15 @@ TEST(DoorBand, PointsThatShareAPlaceAreOneToTheBit)
             }
     }
     EXPECT_GT(shared, 1000);
+}
+
+TEST(DoorBand, OfTwoStopsHasABorderBetweenThem)
+{
+    const Laid band =
+        laid({0.1, 0, 0, -0.1, 0.1, 0, 0, -0.1, 0, 0, 0.2, 0, 9.1, 0, 0, 8.9, 0.1, 0, 9, -0.1, 0, 9, 0.2, 0}, 1,
+             options_of(1));
+    EXPECT_THAT(band.removed, Each(1));
+    EXPECT_FALSE(band.collapsed);
 }
 
 TEST(DoorBand, TellsOfABandWithoutWidth)

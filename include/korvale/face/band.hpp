@@ -35,7 +35,7 @@ struct Crossing {
 struct Band {
     Points outline;              ///< the border in the order of the line, then the other side backwards
     Array<std::uint8_t> removed; ///< [points of the line] 1 where a point gave way and shares the place of others
-    bool collapsed = false;      ///< every point gave way so: no part of the line has a border at this distance
+    bool collapsed = false;      ///< no part of the line has a border at this distance, on any side that was asked for
     std::optional<Crossing>
         crossing; ///< where the outline crosses or touches itself, if it does: it may then enclose some places twice
 
@@ -100,8 +100,9 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 /// The band between a line and its border at a signed distance: to the right of the line where it is positive.
 ///
 /// The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
-/// border give way and share a place; `removed` names them, `collapsed` tells that all did. Where another part of the
-/// line is nearer, as in a hairpin, the border keeps halfway between them; `narrowed` names the points. Where the line
+/// border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin,
+/// the border keeps halfway between them; `narrowed` names the points. Inside a closed line that is tighter than the
+/// distance the border gives way to one place; `collapsed` tells where that is all there is. Where the line
 /// goes back and forth within a distance, as a track does that stood still, the border passes by as if it were a point
 /// there: all points of such a knot share a place, seen along `up`, and keep their heights. `crossing` tells where the
 /// outline meets itself after all, as it does where the line crosses itself.
