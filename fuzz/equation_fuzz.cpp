@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "fuzz/functions.h"
 #include "fuzz/input.h"
 #include "korvale.h"
 #include "platform/layer.h"
@@ -12,21 +13,6 @@
 using namespace korvale::fuzz;
 
 namespace {
-
-double half(double x)
-{
-    return x / 2;
-}
-
-double least(double a, double b)
-{
-    return a < b ? a : b;
-}
-
-double three()
-{
-    return 3;
-}
 
 /// The library's system and that of the steps.
 struct Twins {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/functions.h"
 #include "fuzz/input.h"
 #include "korvale.h"
 #include "platform/layer.h"
@@ -15,21 +16,6 @@
 using namespace korvale::fuzz;
 
 namespace {
-
-double half(double x)
-{
-    return x / 2;
-}
-
-double least(double a, double b)
-{
-    return a < b ? a : b;
-}
-
-double three()
-{
-    return 3;
-}
 
 /// A small number or one of those where arithmetic ends.
 int count_of(Input& in)

@@ -10,6 +10,7 @@
 #include "equation/functions.h"
 #include "equation/parse.h"
 #include "equation/variables.h"
+#include "fuzz/functions.h"
 #include "fuzz/input.h"
 
 using namespace korvale::fuzz;
@@ -137,16 +138,6 @@ void band(Input& in)
     }
     DATADispose(&path);
     DATADispose(&output);
-}
-
-double half(double x)
-{
-    return x / 2;
-}
-
-double three()
-{
-    return 3;
 }
 
 /// One call that may make arrays of the system longer; whether it succeeded.

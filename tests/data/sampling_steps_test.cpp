@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "data/sampling.h"
 #include "tests/data/generations.h"
+#include "tests/data/sample.h"
 #include "tests/reference/sampling.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
@@ -13,16 +13,6 @@
 
 namespace korvale::test {
 namespace {
-
-void sample(Data* triangles, unsigned seed, Data* points, Data* from, Data* to)
-{
-    DataTriSample(triangles, seed, points, from, to);
-}
-
-void sample(DATAstruct* triangles, unsigned seed, DATAstruct* points, DATAstruct* from, DATAstruct* to)
-{
-    DATATriSample(triangles, seed, points, from, to);
-}
 
 template <class Array>
 class SamplingSteps : public testing::Test {

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "data/sampling.h"
 #include "platform/layer.h"
 #include "tests/data/generations.h"
+#include "tests/data/sample.h"
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
@@ -15,16 +15,6 @@
 
 namespace korvale::test {
 namespace {
-
-void sample(Data* triangles, unsigned seed, Data* points, Data* from, Data* to)
-{
-    DataTriSample(triangles, seed, points, from, to);
-}
-
-void sample(DATAstruct* triangles, unsigned seed, DATAstruct* points, DATAstruct* from, DATAstruct* to)
-{
-    DATATriSample(triangles, seed, points, from, to);
-}
 
 /// A triangle whose points are their own weights.
 const std::vector<double> kWeights = {1, 0, 0, 0, 1, 0, 0, 0, 1};

@@ -24,20 +24,6 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 
-void expect_near(const Numbers& numbers, const Numbers& expected, double slack = 1e-12)
-{
-    ASSERT_EQ(numbers.size(), expected.size());
-    for (size_t i = 0; i < numbers.size(); ++i)
-        EXPECT_NEAR(numbers[i], expected[i], slack) << "number " << i;
-}
-
-Numbers times(double factor, Numbers numbers)
-{
-    for (double& number : numbers)
-        number *= factor;
-    return numbers;
-}
-
 /// No point of the outline is farther than `limit` distances from the stretch of the line for which it stands, and one
 /// that is told of nothing is not nearer to the line than the distance.
 void expect_held(const Numbers& line, double distance, korvale_band_options options, double limit)

@@ -8,8 +8,6 @@
 
 namespace korvale::test {
 
-using Numbers = std::vector<double>;
-
 inline korvale_band_options options_of(int32_t both_sides = 0, int32_t closed = 0)
 {
     korvale_band_options options;

@@ -13,7 +13,6 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 
-using Numbers = std::vector<double>;
 using Indices = std::vector<int32_t>;
 
 // A box of sides 2, 3 and 5, facing outwards.
@@ -59,13 +58,6 @@ std::string volume_refusal(const korvale_triangles& triangles)
         KORVALE_BAD_ARGUMENT, [&](korvale_error* error) { return korvale_mesh_volume(&triangles, &volume, error); });
     EXPECT_EQ(volume, 99);
     return sentence;
-}
-
-Numbers times(double factor, Numbers numbers)
-{
-    for (double& number : numbers)
-        number *= factor;
-    return numbers;
 }
 
 TEST(MeshMeasures, OfABox)

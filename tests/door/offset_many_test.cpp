@@ -18,7 +18,6 @@ namespace korvale::test {
 namespace {
 
 using testing::ElementsAre;
-using Numbers = std::vector<double>;
 
 // A square of side 4, then one of side 2 that lies in it and runs the other way, then a triangle.
 const Numbers kPoints = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4,  0, 1, 1, 0,  1, 3,

@@ -19,7 +19,6 @@ namespace {
 
 using testing::Each;
 using testing::ElementsAre;
-using Numbers = std::vector<double>;
 
 /// What becomes of an outline.
 class Rings {

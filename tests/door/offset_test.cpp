@@ -20,7 +20,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using Numbers = std::vector<double>;
 
 const Numbers kSquare = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0};
 const Numbers kHole = {1, 1, 0, 3, 1, 0, 3, 3, 0, 1, 3, 0};
@@ -48,20 +47,6 @@ Moved moved(const Numbers& outline, double distance, korvale_offset_options opti
     result.points.resize(static_cast<size_t>(3 * border.count));
     result.collapsed = border.collapsed != 0;
     return result;
-}
-
-void expect_near(const Numbers& numbers, const Numbers& expected, double slack = 1e-12)
-{
-    ASSERT_EQ(numbers.size(), expected.size());
-    for (size_t i = 0; i < numbers.size(); ++i)
-        EXPECT_NEAR(numbers[i], expected[i], slack) << "number " << i;
-}
-
-Numbers times(double factor, Numbers numbers)
-{
-    for (double& number : numbers)
-        number *= factor;
-    return numbers;
 }
 
 /// Twice the area of an outline in a plane z = const.

@@ -16,7 +16,6 @@ namespace {
 
 using testing::Each;
 using testing::ElementsAre;
-using Numbers = std::vector<double>;
 using Rows = std::array<double, 16>;
 
 korvale_flatten_options options_of(int32_t open, int32_t by_extremes = 0)
@@ -39,13 +38,6 @@ Ways flattened(const Numbers& path, korvale_flatten_options options = options_of
     Ways ways;
     EXPECT_EQ(korvale_flatten(&points, &options, ways.to_plane.data(), ways.from_plane.data(), nullptr), KORVALE_OK);
     return ways;
-}
-
-Numbers times(double factor, Numbers numbers)
-{
-    for (double& number : numbers)
-        number *= factor;
-    return numbers;
 }
 
 std::string refusal(const korvale_points* path, korvale_flatten_options options)

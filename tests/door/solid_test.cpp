@@ -20,7 +20,6 @@ using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 
-using Numbers = std::vector<double>;
 using Outlines = std::vector<Numbers>;
 using Profile = std::vector<korvale_bevel_step>;
 
@@ -95,12 +94,7 @@ Numbers square(double side)
     return {0, 0, 0, side, 0, 0, side, side, 0, 0, side, 0};
 }
 
-Numbers times(double factor, Numbers numbers)
-{
-    for (double& number : numbers)
-        number *= factor;
-    return numbers;
-}
+using test::times; // and, of a profile:
 
 Profile times(double factor, Profile profile)
 {

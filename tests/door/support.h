@@ -11,6 +11,8 @@
 
 namespace korvale::test {
 
+using Numbers = std::vector<double>;
+
 /// A packed buffer of points x y z, to read or to write.
 ///@{
 inline korvale_points points_of(const std::vector<double>& xyz)
@@ -82,6 +84,20 @@ std::string sentence_of(korvale_status status, Call call)
     EXPECT_EQ(error.status, status);
     EXPECT_EQ(call(static_cast<korvale_error*>(nullptr)), status) << "without an error record";
     return error.text;
+}
+
+inline Numbers times(double factor, Numbers numbers)
+{
+    for (double& number : numbers)
+        number *= factor;
+    return numbers;
+}
+
+inline void expect_near(const Numbers& numbers, const Numbers& expected, double slack = 1e-12)
+{
+    ASSERT_EQ(numbers.size(), expected.size());
+    for (size_t i = 0; i < numbers.size(); ++i)
+        EXPECT_NEAR(numbers[i], expected[i], slack) << "number " << i;
 }
 
 } // namespace korvale::test
