@@ -20,8 +20,8 @@ diff <(by_name <<<"$told") <("$2" | by_name) || { echo "examples/reference: some
 entries=$(sed -n 's/^= //p' <<<"$told" | tr ' ' '\n')
 twice=$(sort <<<"$entries" | uniq -d)
 [[ -z $twice ]] || { printf 'examples/reference: several examples of\n%s\n' "$twice"; exit 1; }
-# Functions: those with arguments in their names but for the destructor, and those of the frame with C names.
-exported=$(sed -nE '/~/d; s/^(.*::)?(\w+)\(.*/\2/p; s/^(_korvale_DllMain|Mw___korvale_wrapDllMain|Get\w+)$/\1/p' \
+# Functions: those with arguments in their names but for the destructor, and those with C names.
+exported=$(sed -nE '/~/d; s/^(.*::)?(\w+)\(.*/\2/p; s/^(korvale_\w+|_korvale_DllMain|Mw___\w+DllMain|Get\w+)$/\1/p' \
     packaging/exports.txt | sort -u)
 failed=0
 while read -r entry; do
@@ -33,4 +33,14 @@ while read -r entry; do
     failed=1
 done < <(grep -v '^korvale::' <<<"$entries" | sort -u | comm -13 <(echo "$exported") -)
 ((failed == 0)) || exit 1
+
+# Those of the C interface are C.
+if command -v gcc >/dev/null; then
+    {
+        printf '#include <%s>\n' korvale_c.h math.h stdio.h stdlib.h
+        sed 's/^EXAMPLE(.*/void example(void);\nvoid example(void)/; /^#include/d' examples/reference/c/*.cpp |
+            awk '/^void example/ { sub(/example/, "example" int((n++) / 2)) } { print }'
+    } | gcc -x c -std=c99 -pedantic-errors -Wall -Wextra -Werror -Wno-missing-field-initializers -fsyntax-only \
+        -I include - || { echo "examples/reference/c: this is not C"; exit 1; }
+fi
 echo "examples/reference: $(wc -l <<<"$entries") entries, $(grep -c '^= ' <<<"$told") examples"
