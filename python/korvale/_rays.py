@@ -19,23 +19,35 @@ _CHUNK = 16384
 _POINTS = 2048
 
 
+@_records.described(
+    distance="From the origin of the ray, in units of length whatever the direction's.",
+    triangle="The number of the triangle.",
+    corners="The numbers of the triangle's points; 3 k and so on for one given by its corners.",
+    weights="Of the corners at the meeting; they add up to 1.",
+)
 class RayHit(NamedTuple):
     """One triangle met by a ray."""
 
-    distance: float  #: from the origin of the ray, in units of length whatever the direction's
-    triangle: int  #: its number
-    corners: tuple[int, int, int]  #: the numbers of its points; 3 k and so on for one given by its corners
-    weights: tuple[float, float, float]  #: of the corners at the meeting; they add up to 1
+    distance: float
+    triangle: int
+    corners: tuple[int, int, int]
+    weights: tuple[float, float, float]
 
 
 @_records.compared
+@_records.described(
+    distances="float64, to the nearest triangle, infinity where there is none.",
+    triangles="int32, the nearest triangle, -1 where there is none.",
+    counts="int32, the number of triangles met.",
+    weights="float64 (N, 3), of the corners of the nearest triangle, zeros where there is none.",
+)
 class Cast(NamedTuple):
     """What rays have met, one value a ray; None for what was not wanted."""
 
-    distances: Doubles | None  #: float64, to the nearest triangle, infinity where there is none
-    triangles: Ints | None  #: int32, the nearest triangle, -1 where there is none
-    counts: Ints | None  #: int32, the number of triangles met
-    weights: Doubles | None  #: float64 (N, 3), of the corners of the nearest triangle, zeros where there is none
+    distances: Doubles | None
+    triangles: Ints | None
+    counts: Ints | None
+    weights: Doubles | None
 
 
 class RayGrid:

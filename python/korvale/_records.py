@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Callable
 from typing import Any, TypeVar
 
 import numpy
@@ -28,3 +29,12 @@ def compared(kind: type[_Kind]) -> type[_Kind]:
     for name, what in (("__eq__", _equal), ("__ne__", _unequal), ("__hash__", None)):
         setattr(kind, name, what)
     return kind
+
+
+def described(**fields: str) -> Callable[[type[_Kind]], type[_Kind]]:
+    """Named tuples whose fields have these texts as their help."""
+    def describe(kind: type[_Kind]) -> type[_Kind]:
+        for name, text in fields.items():
+            getattr(kind, name).__doc__ = text
+        return kind
+    return describe

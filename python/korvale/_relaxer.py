@@ -16,13 +16,19 @@ from ._types import (
 
 
 @_records.compared
+@_records.described(
+    points="float64 (N, 3), moved towards the shape.",
+    steps="The steps done.",
+    energy="The energy left; 0 where the shape is the remembered one.",
+    stop='Why it ended: "steps", "energy", "stalled", "cancelled", "no_force" or "held".',
+)
 class Relaxation(NamedTuple):
     """What a relaxation came to."""
 
-    points: Doubles  #: float64 (N, 3), moved towards the shape
-    steps: int  #: done
-    energy: float  #: left; 0 where the shape is the remembered one
-    stop: Stop  #: why it ended: "steps", "energy", "stalled", "cancelled", "no_force" or "held"
+    points: Doubles
+    steps: int
+    energy: float
+    stop: Stop
 
 
 class Relaxer:

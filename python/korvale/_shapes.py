@@ -59,19 +59,28 @@ class Offsets(tuple):  # type: ignore[type-arg]
 
 
 @_records.compared
+@_records.described(
+    points="float64 (P, 3), of all rings.",
+    starts="int64 (n + 1,): where each ring begins in `points`, and where the last one ends.",
+    sources="int32 (P,): the vertex of the outline that each point belongs to.",
+    parents="int32 (n,): the ring that each one was cut from, one before it; -1 for ring 0.",
+    births="float64 (n,): the distance at which it was, 0 for ring 0.",
+    ends="float64 (n,): the distance at which it came to nothing, or the whole one.",
+    collapsed="bool (n,): it has come to nothing.",
+)
 class Rings(NamedTuple):
     """All rings that an outline becomes, one behind the other in flat arrays. Made by `offset` with `pieces`.
 
     Ring 0 is the outline's own. Each has its points in the order of the outline; one that has come to nothing has none.
     """
 
-    points: Doubles  #: float64 (P, 3), of all rings
-    starts: NDArray[numpy.int64]  #: int64 (n + 1,): where each ring begins in `points`, and where the last one ends
-    sources: Ints  #: int32 (P,): the vertex of the outline that each point belongs to
-    parents: Ints  #: int32 (n,): the ring that each one was cut from, one before it; -1 for ring 0
-    births: Doubles  #: float64 (n,): the distance at which it was, 0 for ring 0
-    ends: Doubles  #: float64 (n,): the distance at which it came to nothing, or the whole one
-    collapsed: Truths  #: bool (n,): it has come to nothing
+    points: Doubles
+    starts: NDArray[numpy.int64]
+    sources: Ints
+    parents: Ints
+    births: Doubles
+    ends: Doubles
+    collapsed: Truths
 
     def singly(self) -> list[Doubles]:
         """The rings that are left, one by one, (., 3) each: views of `points`."""
@@ -162,6 +171,14 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
 
 
 @_records.compared
+@_records.described(
+    points="float64 (P, 3), of all borders.",
+    starts="int64 (n + 1,): where each border begins in `points`, and where the last one ends.",
+    sources="int32 (P,): the vertex that each point belongs to.",
+    collapsed="bool (n,): nothing is left.",
+    removed="bool (V,): a vertex was removed on the way; so were last points that repeat the first.",
+    merged_into="int32 (V,): the vertex that each one merged into, itself while it stayed.",
+)
 class Borders(NamedTuple):
     """The borders of many outlines, one behind the other in flat arrays. Made by `offset_many`.
 
@@ -169,12 +186,12 @@ class Borders(NamedTuple):
     numpy.concatenate(outlines).
     """
 
-    points: Doubles  #: float64 (P, 3), of all borders
-    starts: NDArray[numpy.int64]  #: int64 (n + 1,): where each border begins in `points`, and where the last one ends
-    sources: Ints  #: int32 (P,): the vertex that each point belongs to
-    collapsed: Truths  #: bool (n,): nothing is left
-    removed: Truths  #: bool (V,): a vertex was removed on the way; so were last points that repeat the first
-    merged_into: Ints  #: int32 (V,): the vertex that each one merged into, itself while it stayed
+    points: Doubles
+    starts: NDArray[numpy.int64]
+    sources: Ints
+    collapsed: Truths
+    removed: Truths
+    merged_into: Ints
 
     def singly(self) -> list[Doubles]:
         """The borders one by one, (., 3) each: views of `points`."""
@@ -414,6 +431,10 @@ def triangulate(outline: ShapeLike, *, progress: ProgressLike = None) -> Ints:
     return told(progress, "triangulate", lambda report: _korvale.triangulate(rings, report))
 
 
+@_records.described(
+    to_plane="The outline into the plane z = 0.",
+    from_plane="What lies there back to where the outline is.",
+)
 class Flattening(NamedTuple):
     """A transform into the plane z = 0 and its way back."""
 
@@ -451,12 +472,17 @@ def frames(path: LineLike, *, closed: bool = False) -> Doubles:
 
 
 @_records.compared
+@_records.described(
+    points="float64 (N, 3).",
+    attributes="float64 (N, k), or None where none are carried.",
+    triangles="int32 (N,): the triangle that each point lies on.",
+)
 class Scattered(NamedTuple):
     """Points on triangles, and what they carry."""
 
-    points: Doubles  #: float64 (N, 3)
-    attributes: Doubles | None  #: float64 (N, k), or None where none are carried
-    triangles: Ints  #: int32 (N,): the triangle that each point lies on
+    points: Doubles
+    attributes: Doubles | None
+    triangles: Ints
 
 
 def scatter(mesh: MeshLike, count: int, *, seed: int, attributes: NumbersLike | None = None,

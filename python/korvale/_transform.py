@@ -12,6 +12,11 @@ from ._types import Doubles, Number, Numbers, NumbersLike, PointLike, PointsLike
 
 
 @_records.compared
+@_records.described(
+    scale="float64 (3,) or (N, 3).",
+    rotation="float64 (3,) or (N, 3), in radians.",
+    translation="float64 (3,) or (N, 3).",
+)
 class Srt(NamedTuple):
     """Scale, rotation about x, then y, then z in radians, and translation, applied in this order: (3,) or (N, 3)."""
 

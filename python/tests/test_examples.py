@@ -28,8 +28,9 @@ class ExampleTest(unittest.TestCase):
                 continue
             self.assertTrue(inspect.getdoc(value), name)
             for member, what in vars(value).items() if inspect.isclass(value) else ():
-                if not member.startswith("_") and callable(what):
+                if not member.startswith("_") and (callable(what) or inspect.isdatadescriptor(what)):
                     self.assertTrue(inspect.getdoc(what), f"{name}.{member}")
+                    self.assertNotIn("Alias for field", inspect.getdoc(what), f"{name}.{member}")
 
 
 if __name__ == "__main__":
