@@ -29,7 +29,7 @@ struct WorkArrays {
 };
 
 template <class Array>
-bool shape(Array* array, int32_t count, int32_t dim, int32_t type)
+bool shape(Array* array, int32_t type, int32_t count, int32_t dim)
 {
     return array != nullptr && allocate_as(*array, type, count, dim);
 }
@@ -39,10 +39,10 @@ template <class Array>
 bool shape_all(const WorkArrays<Array>& work, int32_t n)
 {
     const bool shaped[] = {
-        shape(work.flat, n, 3, DATA_TYPE_DOUBLE),     shape(work.direction, n, 3, DATA_TYPE_DOUBLE),
-        shape(work.velocity, n, 3, DATA_TYPE_DOUBLE), shape(work.line, n, 3, DATA_TYPE_DOUBLE),
-        shape(work.length, n, 1, DATA_TYPE_DOUBLE),   shape(work.rate, n, 1, DATA_TYPE_DOUBLE),
-        shape(work.dead, n, 1, DATA_TYPE_BYTE),       shape(work.merge, n, 1, DATA_TYPE_INT),
+        shape(work.flat, DATA_TYPE_DOUBLE, n, 3),     shape(work.direction, DATA_TYPE_DOUBLE, n, 3),
+        shape(work.velocity, DATA_TYPE_DOUBLE, n, 3), shape(work.line, DATA_TYPE_DOUBLE, n, 3),
+        shape(work.length, DATA_TYPE_DOUBLE, n, 1),   shape(work.rate, DATA_TYPE_DOUBLE, n, 1),
+        shape(work.dead, DATA_TYPE_BYTE, n, 1),       shape(work.merge, DATA_TYPE_INT, n, 1),
     };
     for (const bool done : shaped)
         if (!done)
@@ -123,7 +123,7 @@ int Border(BorderStatus* status)
     for (int32_t i = 0; i < points; ++i)
         work.flat->dvals[3 * static_cast<int64_t>(i) + 2] = status->height;
     work.flat->count = points;
-    if (!shape(status->output, points, 3, DATA_TYPE_DOUBLE))
+    if (!shape(status->output, DATA_TYPE_DOUBLE, points, 3))
         return -1;
     TransformData(reverse, work.flat, status->output);
     return 1;
@@ -148,7 +148,7 @@ int BORDER_BORDER(BORDERStatus* status)
     if (points < 0)
         return -1;
     work.flat->count = points;
-    if (!shape(status->output, points, 3, DATA_TYPE_DOUBLE))
+    if (!shape(status->output, DATA_TYPE_DOUBLE, points, 3))
         return -1;
     TransformDATA(reverse, work.flat, status->output);
     return 1;

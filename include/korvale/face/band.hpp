@@ -36,8 +36,9 @@ struct Band {
     Points outline;              ///< the border in the order of the line, then the other side backwards
     Array<std::uint8_t> removed; ///< [points of the line] 1 where a point gave way and shares the place of others
     bool collapsed = false;      ///< no part of the line has a border at this distance, on any side that was asked for
-    std::optional<Crossing>
-        crossing; ///< where the outline crosses or touches itself, if it does: it may then enclose some places twice
+
+    /// where the outline crosses or touches itself, if it does: it may then enclose some places twice
+    std::optional<Crossing> crossing;
 
     /// [points of the line] 1 where a point gave way in part: another part of the line is nearer than the distance and
     /// the border keeps between them, or a corner sharper than the miter limit is cut off

@@ -163,8 +163,7 @@ public:
 
     /// Holds points where they are: one value per point, true for those that do not move. An empty mask frees all.
     template <std::ranges::input_range Mask>
-    requires std::convertible_to < std::ranges::range_value_t<Mask>,
-    bool > Relaxer& hold(const Mask& mask)
+    requires(std::convertible_to<std::ranges::range_value_t<Mask>, bool>) Relaxer& hold(const Mask& mask)
     {
         try_hold(mask).value();
         return *this;
@@ -172,8 +171,7 @@ public:
 
     /// The same, telling of failures by its result.
     template <std::ranges::input_range Mask>
-    requires std::convertible_to < std::ranges::range_value_t<Mask>,
-    bool > Result<void> try_hold(const Mask& mask)
+    requires(std::convertible_to<std::ranges::range_value_t<Mask>, bool>) Result<void> try_hold(const Mask& mask)
     {
         return detail::within_memory("Relaxer::hold", [&]() -> Result<void> {
             std::vector<std::uint8_t> tags;
