@@ -49,8 +49,16 @@ bool comes_before(const Event& event, double time, int32_t vertex, int32_t edge)
     return vertex < event.vertex || (vertex == event.vertex && edge < event.edge);
 }
 
+/// Whether vertex m is next to an end of edge e, but none itself. It comes to that end where the edge between them
+/// shrinks to nothing.
+bool is_next_to(const Wavefront& w, int32_t m, int32_t e)
+{
+    const int32_t ahead = m > e ? m - e : m + w.live - e;
+    return ahead == 2 || ahead == w.live - 1;
+}
+
 /// Makes the meeting of vertex m with edge e the event if it comes first.
-inline void meet(const Wavefront& w, bool outwards, int32_t m, int32_t e, Event& event)
+inline void meet(Sweep& s, const Wavefront& w, int32_t m, int32_t e, Event& event)
 {
     const double vx = w.velocity.x[m], vy = w.velocity.y[m], dx = w.edge.dx[e], dy = w.edge.dy[e];
     const double a = -dy, b = dx, c = dy * w.at.x[e] - dx * w.at.y[e]; // the line of the edge
@@ -60,15 +68,28 @@ inline void meet(const Wavefront& w, bool outwards, int32_t m, int32_t e, Event&
     const double apart = a * w.at.x[m] + b * w.at.y[m] + c;
     if (std::fabs(apart) > std::fabs(event.time) * std::fabs(approach) * kLater + kLaterAtLeast)
         return;
-    const double time = -apart / approach;
-    if (!(outwards ? time >= 0.0 : time <= 0.0) || !comes_before(event, time, m, e))
+    double time = -apart / approach;
+    const bool is_past = !(s.remaining > 0.0 ? time >= 0.0 : time <= 0.0);
+    if (is_past) {
+        if (!(std::fabs(apart) <= kHair && approach > 0.0))
+            return;
+        time = 0.0;
+    } else if (!comes_before(event, time, m, e)) {
         return;
+    }
     const bool by_x = std::fabs(dx) > kDominantComponent;
     const double *const p = by_x ? w.at.x : w.at.y, *const v = by_x ? w.velocity.x : w.velocity.y;
     const double along = by_x ? dx : dy;
     const double q = p[m] + time * v[m];
-    if ((q - (p[e] + time * v[e])) / along < 0.0 || (q - (p[e + 1] + time * v[e + 1])) / along > 0.0)
-        return;
+    const double behind = (q - (p[e] + time * v[e])) / along, beyond = (q - (p[e + 1] + time * v[e + 1])) / along;
+    const bool is_beside = behind < 0.0 || beyond > 0.0;
+    if (is_past || is_beside) {
+        if (behind < -kHair || beyond > kHair || (is_beside && is_next_to(w, m, e)))
+            return;
+        s.has_missed = true;
+        if (!s.catch_up || !comes_before(event, time, m, e))
+            return;
+    }
     event = {time, m, e};
 }
 
@@ -86,9 +107,8 @@ KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e
 
 /// `test_all_pairs` with V for lanes.
 template <class V>
-KORVALE_OVER_LANES Event test_pairs(const Wavefront& w, int32_t* list, Event event)
+KORVALE_OVER_LANES Event test_pairs(Wavefront& w, int32_t* list, Event event)
 {
-    const bool outwards = w.s().remaining > 0.0;
     for (int32_t m = 0; m < w.live; ++m) {
         const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining)) * kLater;
         int32_t count = 0, e = 0;
@@ -100,13 +120,13 @@ KORVALE_OVER_LANES Event test_pairs(const Wavefront& w, int32_t* list, Event eve
             list_near_edges<double>(w, m, e, window, list, count);
         for (int32_t k = 0; k < count; ++k)
             if (!is_own(w, m, list[k]))
-                meet(w, outwards, m, list[k], event);
+                meet(w.s(), w, m, list[k], event);
     }
     return event;
 }
 
 /// Tests every vertex against every edge; `list` has room for all edges.
-Event test_all_pairs(const Wavefront& w, int32_t* list, Event event)
+Event test_all_pairs(Wavefront& w, int32_t* list, Event event)
 {
     return over_lanes([&]<class V>() { return test_pairs<V>(w, list, event); });
 }
@@ -149,8 +169,8 @@ Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& al
     for (;;) {
         const BoxTree tree =
             grow_boxes(watch, w, outwards ? stage : -stage, slack_of(allow.drift, allow.reach, window));
-        const auto look = [&w, &event, outwards](int32_t m, int32_t e) {
-            meet(w, outwards, m, e, event);
+        const auto look = [&search, &w, &event](int32_t m, int32_t e) {
+            meet(search.s, w, m, e, event);
             return true;
         };
         int64_t leaves = kQuestion / BoxTree::kFan;
@@ -183,9 +203,9 @@ void watch_some_rounds(MeetingSearch& search, const Wavefront& w, const Allowanc
 }
 
 /// Tests the candidates that are due before the event.
-Event test_candidates(Watch& watch, const Wavefront& w, double drift, double window, Event event)
+Event test_candidates(MeetingSearch& search, const Wavefront& w, double drift, double window, Event event)
 {
-    const bool outwards = w.s().remaining > 0.0;
+    Watch& watch = search.watch;
     const double soon = watch.spent + window * kLater;
     const double* const due = watch.due;
     for (int64_t begin, end = watch.candidate_count; end > 0; end = begin) {
@@ -202,7 +222,7 @@ Event test_candidates(Watch& watch, const Wavefront& w, double drift, double win
             if (m < 0 || e < 0 || is_own(w, m, e)) {
                 drop_candidate(watch, k);
             } else {
-                meet(w, outwards, m, e, event);
+                meet(search.s, w, m, e, event);
                 renew_due(watch, w, drift, k, m, e);
             }
         }
@@ -231,7 +251,7 @@ Event search_meetings(MeetingSearch& search, Wavefront& w, double drift, double 
         if (!watch.is_on)
             return search_once(search, w, allow, window, event);
     }
-    return test_candidates(watch, w, drift, window, event);
+    return test_candidates(search, w, drift, window, event);
 }
 
 bool has_search(const Sweep& s)

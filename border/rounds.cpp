@@ -16,8 +16,6 @@
 namespace korvale::border {
 namespace {
 
-/// An edge shorter than this is merged away when it is measured.
-constexpr double kMergeLength = 1.2e-06;
 /// Directions that differ by less than this are taken for the same.
 constexpr double kLeastTurn = 1e-06;
 /// A corner whose half turn has a smaller cosine is a hairpin: it would move infinitely fast.
@@ -54,7 +52,7 @@ void keep_edge(Wavefront& w, int32_t i)
 
 bool is_short(const Wavefront& w, int32_t i)
 {
-    return !w.gone[i] && w.edge.length[i] < kMergeLength;
+    return !w.gone[i] && w.edge.length[i] < kHair;
 }
 
 /// Buries vertex i, whose edge is short, and the vertices before it as long as the edge to what follows is short as
@@ -73,7 +71,7 @@ bool merge_from(Wavefront& w, int32_t i)
         }
         measure_edge(w, k, j);
         const double length = w.edge.length[k];
-        if (k < i && length < kMergeLength) {
+        if (k < i && length < kHair) {
             i = k;
             continue;
         }
@@ -113,7 +111,7 @@ int32_t measure_over_hairpin(Wavefront& w, int32_t hairpin)
     const int32_t before = previous_live(w, hairpin), j = next_live(w, hairpin);
     const double dx = w.at.x[j] - w.at.x[before], dy = w.at.y[j] - w.at.y[before];
     const double length = std::sqrt(dx * dx + dy * dy);
-    if (length < kMergeLength) {
+    if (length < kHair) {
         keep_edges(w);
         // A death of the first vertex changes the length of the last edge, which is merged last. Two vertices stay: of
         // the last two edges one is as it was, hence not short, and the other is as long.
@@ -296,15 +294,35 @@ Box box_of_piece(const Wavefront& w, int32_t start, int32_t first, int32_t last)
     return box;
 }
 
-/// Whether the smaller of the two pieces that `vertex` makes by running into `edge` is the one that follows the vertex.
-bool is_smaller_after(const Wavefront& w, int32_t vertex, int32_t edge)
+/// Whether a piece is a speck: a vertex, and others in a box.
+bool is_speck(const Wavefront& w, int32_t vertex, Box box)
 {
-    const int32_t after = next_live(w, vertex), before = previous_live(w, vertex);
+    widen(box, w.at.x[vertex], w.at.y[vertex]);
+    return std::max(box.high_x - box.low_x, box.high_y - box.low_y) <= kSpeck;
+}
+
+/// Whether the smaller of the two pieces that `vertex` makes by running into `edge` is the one that follows the vertex.
+///
+/// A box without area tells nothing of how long it is. So nothing, which is a speck or an edge there and back, may be
+/// left in the place of the outline; that is noted, and with `catch_up` turned round.
+bool is_smaller_after(Wavefront& w, int32_t vertex, int32_t edge)
+{
+    const int32_t after = next_live(w, vertex), before = previous_live(w, vertex), behind_edge = next_live(w, edge);
     if (after == edge)
         return true;
     const Box ahead = box_of_piece(w, after, after, edge);
-    const Box behind = box_of_piece(w, before, next_live(w, edge), before);
-    return !(area(ahead) > area(behind));
+    const Box behind = box_of_piece(w, before, behind_edge, before);
+    const bool is_after = !(area(ahead) > area(behind));
+    const Box& kept = is_after ? behind : ahead;
+    if (area(kept) > kSpeck * kSpeck)
+        return is_after;
+    const bool is_two_sided = behind_edge == before;
+    const bool is_nothing_behind = is_two_sided || is_speck(w, vertex, behind);
+    const bool is_nothing_ahead = is_speck(w, vertex, ahead);
+    if (is_nothing_ahead == is_nothing_behind || is_after != is_nothing_behind)
+        return is_after;
+    w.s().has_lost = true;
+    return is_after != w.s().catch_up;
 }
 
 } // namespace
@@ -315,7 +333,7 @@ bool measure_edges(Wavefront& w)
     wrap_ends(w.at, w.live);
     const ConstPoints at = w.at;
     double *const to_x = w.edge.dx, *const to_y = w.edge.dy, *const lengths = w.edge.length;
-    const double shortest = least_over(0, w.live, kMergeLength, [at, to_x, to_y, lengths]<class V>(int32_t i) {
+    const double shortest = least_over(0, w.live, kHair, [at, to_x, to_y, lengths]<class V>(int32_t i) {
         const V dx = load<V>(at.x + i + 1) - load<V>(at.x + i), dy = load<V>(at.y + i + 1) - load<V>(at.y + i);
         const V length = root(dx * dx + dy * dy);
         store(lengths + i, length);
@@ -324,7 +342,7 @@ bool measure_edges(Wavefront& w)
         return length;
     });
     note_written(w, Wavefront::edges);
-    return !(shortest < kMergeLength);
+    return !(shortest < kHair);
 }
 
 bool measure_live(Wavefront& w, Watch& watch, const Round& before, Round& round)
@@ -462,12 +480,12 @@ bool is_tip_of_limb(const Wavefront& w, int32_t i)
     return std::min(w.edge.length[previous_live(w, i)], w.edge.length[i]) > kSpeck;
 }
 
-bool is_piece(const Wavefront& w, int32_t vertex, int32_t edge)
+bool is_piece(Wavefront& w, int32_t vertex, int32_t edge)
 {
     const bool is_after = is_smaller_after(w, vertex, edge);
-    const Box box = is_after ? box_of_piece(w, vertex, next_live(w, vertex), edge)
-                             : box_of_piece(w, vertex, next_live(w, edge), previous_live(w, vertex));
-    return std::max(box.high_x - box.low_x, box.high_y - box.low_y) > kSpeck;
+    return !is_speck(w, vertex,
+                     is_after ? box_of_piece(w, vertex, next_live(w, vertex), edge)
+                              : box_of_piece(w, vertex, next_live(w, edge), previous_live(w, vertex)));
 }
 
 void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)

@@ -9,6 +9,7 @@
 #include <numeric>
 
 #include "border/internal/sweep.h"
+#include "door/internal/sound.h"
 #include "door/internal/vectors.h"
 #include "path/internal/flatten.h"
 
@@ -81,6 +82,19 @@ void run(border::Sweep& s, const Telling& telling)
         throw Stop();
 }
 
+/// An area that outlines go round.
+constexpr double kCounterClockwise = 1.0;
+
+/// Where the vertices of a sweep are that are left.
+Vector<Place> live_places(const border::Sweep& s)
+{
+    Vector<Place> places;
+    for (int64_t i = 0; i < s.n; ++i)
+        if (s.dead[i] == 0)
+            places.push_back({s.flat[3 * i], s.flat[3 * i + 1]});
+    return places;
+}
+
 /// A sweep of n vertices in these arrays.
 border::Sweep sweep_in(Block<double>& numbers, Block<uint8_t>& dead, Block<int32_t>& merge, size_t n)
 {
@@ -109,6 +123,62 @@ struct NewRing {
     Vector<int32_t> sources;
 };
 
+/// The area that a ring goes round before it is swept.
+double area_of(const NewRing& ring)
+{
+    if (ring.parent < 0)
+        return kCounterClockwise;
+    Vector<Place> places;
+    for (const Point& p : ring.places)
+        places.push_back({p.x, p.y});
+    return area_of(places);
+}
+
+/// Calls see(i, x, y) for the vertices of a piece, in their order.
+template <class See>
+void for_each_vertex(const border::DroppedPiece& piece, const border::Sweep& s, See see)
+{
+    const std::span dropped(piece.dropped, static_cast<size_t>(piece.count));
+    const auto behind = std::ranges::upper_bound(dropped, piece.vertex);
+    for (auto i = dropped.begin(); i != dropped.end(); ++i) {
+        if (i == behind)
+            see(piece.vertex, piece.x, piece.y);
+        see(*i, s.flat[3 * int64_t{*i}], s.flat[3 * int64_t{*i} + 1]);
+    }
+    if (behind == dropped.end())
+        see(piece.vertex, piece.x, piece.y);
+}
+
+/// What a sweep may have made of a ring once a vertex has missed an edge: the pieces that it has dropped since.
+struct Suspects {
+    const border::Sweep& sweep;
+    Vector<Vector<Place>> pieces = {};
+
+    static void drop(const border::DroppedPiece& piece, void* receiver)
+    {
+        static_cast<Suspects*>(receiver)->see(piece);
+    }
+
+    void see(const border::DroppedPiece& piece)
+    {
+        if (sweep.has_missed)
+            for_each_vertex(piece, sweep, [&places = pieces.emplace_back()](int32_t, double x, double y) {
+                places.push_back({x, y});
+            });
+    }
+
+    /// Whether they and what is left can be what has become of a ring that went round the area `before` and
+    /// moved by `distance`. One that shrinks falls into parts that run as it does.
+    bool are_sound(double before, double distance, const Telling& telling) const
+    {
+        const bool grows = distance * before > 0.0;
+        return is_sound(live_places(sweep), before, telling) &&
+               std::ranges::all_of(pieces, [&](const Vector<Place>& piece) {
+                   return is_sound(piece, grows ? area_of(piece) : before, telling);
+               });
+    }
+};
+
 /// Keeps what splits drop of a ring that is being swept.
 struct Keeper {
     const border::Sweep& sweep;
@@ -117,33 +187,23 @@ struct Keeper {
     double distance, scale;
     Vector<NewRing>& rings; ///< added to
     size_t& waiting;        ///< vertices of rings that are not swept yet: added to
+    Suspects suspects = {sweep};
 
-    static void drop(const border::DroppedPiece& piece, void* receiver)
-    {
-        static_cast<const Keeper*>(receiver)->keep(piece);
-    }
+    static void drop(const border::DroppedPiece& piece, void* receiver) { static_cast<Keeper*>(receiver)->keep(piece); }
 
-    void keep(const border::DroppedPiece& piece) const
+    void keep(const border::DroppedPiece& piece)
     {
+        suspects.see(piece);
         if (piece.count < 2)
             return; // an edge there and back
         NewRing made = {number, distance - piece.remaining / scale, piece.remaining, {}, {}};
         const auto n = static_cast<size_t>(piece.count) + 1;
         made.places.reserve(n);
         made.sources.reserve(n);
-        const auto add = [&](int32_t i, double x, double y) {
+        for_each_vertex(piece, sweep, [&](int32_t i, double x, double y) {
             made.places.push_back({x, y, sweep.flat[3 * int64_t{i} + 2]});
             made.sources.push_back(ring.sources[static_cast<size_t>(i)]);
-        };
-        const std::span dropped(piece.dropped, static_cast<size_t>(piece.count));
-        const auto behind = std::ranges::upper_bound(dropped, piece.vertex);
-        for (auto i = dropped.begin(); i != dropped.end(); ++i) {
-            if (i == behind)
-                add(piece.vertex, piece.x, piece.y);
-            add(*i, sweep.flat[3 * int64_t{*i}], sweep.flat[3 * int64_t{*i} + 1]);
-        }
-        if (behind == dropped.end())
-            add(piece.vertex, piece.x, piece.y);
+        });
         rings.push_back(std::move(made));
         waiting += n;
     }
@@ -187,7 +247,23 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
     Planes lifting = lifted_in == nullptr ? own : lifted_in->scaled(scale);
     const Point area = motion.split ? Point{} : doubled_area(work);
     carry(own.to_plane, work, flat);
+    Suspects suspects = {s};
+    s.drop = &Suspects::drop;
+    s.receiver = &suspects;
     run(s, motion.telling);
+    const Telling at_end = motion.telling.part(1.0, 0.0);
+    if (s.has_lost || (s.has_missed && !suspects.are_sound(kCounterClockwise, motion.distance, at_end))) {
+        const auto run_again = [&](bool catch_up) {
+            carry(own.to_plane, scaled(outline, scale, room), flat);
+            s.remaining = scale * motion.distance;
+            s.catch_up = catch_up;
+            run(s, at_end);
+        };
+        const bool was_nothing = live_places(s).size() < 3;
+        run_again(true);
+        if (was_nothing && live_places(s).size() < 3) // it lies where the plain call leaves it
+            run_again(false);
+    }
     output.left = motion.keep_whole ? s.remaining / scale : 0.0;
     output.size = n;
     if (!motion.keep_vertices)
@@ -245,16 +321,27 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
         const NewRing ring = std::move(all[k]);
         const size_t vertices = ring.places.size();
         border::Sweep s = sweep_in(numbers_, dead_, merge_, vertices);
-        std::ranges::copy(ring.places, reinterpret_cast<Point*>(s.flat));
-        s.remaining = ring.remaining;
-        s.split_events = motion.split;
         Keeper keeper = {s, ring, static_cast<int32_t>(k), motion.distance, scale, all, waiting};
-        s.drop = &Keeper::drop;
-        s.receiver = &keeper;
+        const auto sweep = [&](const Telling& telling) {
+            std::ranges::copy(ring.places, reinterpret_cast<Point*>(s.flat));
+            s.remaining = ring.remaining;
+            s.split_events = motion.split;
+            s.drop = &Keeper::drop;
+            s.receiver = &keeper;
+            run(s, telling);
+        };
         const double share = (1.0 - done) * static_cast<double>(vertices) / static_cast<double>(waiting);
         waiting -= vertices;
-        run(s, motion.telling.part(done, share));
+        const size_t known = all.size(), known_waiting = waiting;
+        sweep(motion.telling.part(done, share));
         done += share;
+        const Telling at_end = motion.telling.part(std::min(done, 1.0), 0.0);
+        if (s.has_lost || (s.has_missed && !keeper.suspects.are_sound(area_of(ring), ring.remaining, at_end))) {
+            all.resize(known);
+            waiting = known_waiting;
+            s.catch_up = true;
+            sweep(at_end);
+        }
         motion.telling.tell(std::min(done, 1.0));
 
         Vector<int32_t> sources;

@@ -71,7 +71,7 @@ void end_at_ridge(Wavefront& w, double time);
 bool is_tip_of_limb(const Wavefront& w, int32_t i);
 
 /// Whether the smaller of the two pieces that `vertex` makes by running into `edge` is more than a speck.
-bool is_piece(const Wavefront& w, int32_t vertex, int32_t edge);
+bool is_piece(Wavefront& w, int32_t vertex, int32_t edge);
 
 /// Buries the smaller of the two pieces that `vertex` makes by running into `edge`. The end of the edge outlives it in
 /// either case: it is not the vertex itself.

@@ -32,6 +32,13 @@ struct Sweep {
     /// End before a part is lost: where the outline would split, or a limb or all of it vanishes. Specks may be lost.
     bool keep_whole = false;
 
+    /// Let rounding cut nothing off or leave it out. A vertex also meets an edge that it is past, or beside the end of,
+    /// by no more than a hair: as after another meeting at the same distance. And of two pieces one is not left for the
+    /// size of its box where it is nothing.
+    bool catch_up = false;
+    bool has_missed = false; ///< written: a vertex was past an edge, or beside its end, by no more than a hair
+    bool has_lost = false;   ///< written: of two pieces nothing was to be left
+
     /// Told of every piece that is dropped; what it throws goes on to whoever runs the sweep. May be null.
     void (*drop)(const DroppedPiece& piece, void* receiver) = nullptr;
     void* receiver = nullptr; ///< handed to `drop`
@@ -42,6 +49,9 @@ struct Sweep {
     void* user = nullptr;    ///< handed to `ask`
     bool is_stopped = false; ///< written: `ask` has ended the sweep
 };
+
+/// A length of nothing: neighbours that are closer to each other merge.
+constexpr double kHair = 1.2e-06;
 
 /// Vertices looked at between two questions whether to go on, one by one or in pairs of leaves: a millisecond or a few.
 constexpr int64_t kQuestion = 100000;

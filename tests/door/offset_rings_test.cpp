@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include "rings.h"
 #include "support.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
@@ -17,6 +18,7 @@
 namespace korvale::test {
 namespace {
 
+using test::area_of, test::length_of, test::do_cross;
 using testing::Each;
 using testing::ElementsAre;
 
@@ -60,27 +62,6 @@ private:
     korvale_rings* rings_ = nullptr;
 };
 
-/// The area that a ring runs around counter-clockwise.
-double area_of(const Numbers& ring)
-{
-    double twice = 0;
-    for (size_t i = 0, n = ring.size(); i < n; i += 3) {
-        const size_t next = i + 3 < n ? i + 3 : 0;
-        twice += ring[i] * ring[next + 1] - ring[next] * ring[i + 1];
-    }
-    return twice / 2;
-}
-
-double length_of(const Numbers& ring)
-{
-    double length = 0;
-    for (size_t i = 0, n = ring.size(); i < n; i += 3) {
-        const size_t next = i + 3 < n ? i + 3 : 0;
-        length += std::hypot(ring[next] - ring[i], ring[next + 1] - ring[i + 1]);
-    }
-    return length;
-}
-
 double area_of(const Rings& rings)
 {
     double area = 0;
@@ -97,33 +78,13 @@ double length_of(const Rings& rings)
     return length;
 }
 
-/// A place to the left of the line from a to b has a positive one.
-double side(const double* a, const double* b, const double* p)
-{
-    return ((b[0] - a[0]) * (p[1] - a[1]) - (b[1] - a[1]) * (p[0] - a[0])) / std::hypot(b[0] - a[0], b[1] - a[1]);
-}
-
-/// Whether two edges of the rings cross by more than rounding and what counts as collapsed.
+/// Whether two edges of the rings cross.
 bool do_cross(const Rings& rings)
 {
-    struct Edge {
-        const double *a, *b;
-    };
-    constexpr double kNear = 1e-05;
-    std::vector<Edge> edges;
-    const korvale_ring_arrays all = rings.view();
-    for (int64_t k = 0; k < all.rings; ++k)
-        for (int64_t i = all.starts[k]; i < all.starts[k + 1]; ++i)
-            edges.push_back({all.points + 3 * i, all.points + 3 * (i + 1 < all.starts[k + 1] ? i + 1 : all.starts[k])});
-    const auto parts = [&](const Edge& e, const Edge& f) {
-        const double p = side(e.a, e.b, f.a), q = side(e.a, e.b, f.b);
-        return std::min(p, q) < -kNear && std::max(p, q) > kNear;
-    };
-    for (size_t i = 0; i < edges.size(); ++i)
-        for (size_t k = 0; k < i; ++k)
-            if (parts(edges[i], edges[k]) && parts(edges[k], edges[i]))
-                return true;
-    return false;
+    std::vector<Numbers> all;
+    for (int64_t k = 0; k < rings.size(); ++k)
+        all.push_back(rings.ring(k));
+    return do_cross(all);
 }
 
 /// Round a place, with corners at different distances from it.

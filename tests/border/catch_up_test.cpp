@@ -1,0 +1,123 @@
+// Sweeps that rounding leads astray, as the documented steps go, and with the mode that keeps to the way.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "border/internal/sweep.h"
+#include "tests/reference/sweep.h"
+#include "tests/support/outlines.h"
+
+namespace korvale::test {
+namespace {
+
+/// A sweep of an outline, done.
+struct Swept {
+    Swept(const Coordinates& path, double distance, bool catch_up) : arrays(path.size() / 3)
+    {
+        arrays.flat = path;
+        const reference::Sweep same = arrays.sweep(distance, true);
+        s = {same.n,    same.remaining, same.split_events, same.flat, same.direction, same.velocity,
+             same.line, same.length,    same.rate,         same.dead, same.merge};
+        s.catch_up = catch_up;
+        EXPECT_TRUE(border::run_sweep(s));
+    }
+
+    /// What the vertices that are left go round counter-clockwise.
+    double area() const
+    {
+        double twice = 0;
+        for (int32_t i = 0; i < s.n; ++i) {
+            if (s.dead[i] != 0)
+                continue;
+            int32_t j = i;
+            do
+                j = j + 1 < s.n ? j + 1 : 0;
+            while (s.dead[j] != 0);
+            twice += s.flat[3 * i] * s.flat[3 * j + 1] - s.flat[3 * j] * s.flat[3 * i + 1];
+        }
+        return twice / 2;
+    }
+
+    reference::SweepArrays arrays;
+    border::Sweep s;
+};
+
+/// Two corridors of one width, end to end.
+Coordinates corridors(double turn)
+{
+    Coordinates path = {-6.7,
+                        -3.1,
+                        0,
+                        -5.093913192110767,
+                        -0.5524432777884902,
+                        0,
+                        -1.6852901899385742,
+                        -0.7861015343361891,
+                        0,
+                        -1.5,
+                        -0.845038025042943,
+                        0,
+                        4.5,
+                        -0.845038025042943,
+                        0,
+                        6.5,
+                        0.845038025042943,
+                        0,
+                        -0.5,
+                        0.845038025042943,
+                        0,
+                        -1.5348550251459832,
+                        0.8976284806304757,
+                        0,
+                        -5.021941419983447,
+                        1.1366653371351958,
+                        0,
+                        -7.69,
+                        1.6,
+                        0};
+    for (size_t i = 0; i < path.size(); i += 3) {
+        const double x = path[i], y = path[i + 1];
+        path[i] = x * std::cos(turn) - y * std::sin(turn);
+        path[i + 1] = x * std::sin(turn) + y * std::cos(turn);
+    }
+    return path;
+}
+
+} // namespace
+
+TEST(CatchUp, CutsOffWhatRoundingHasPutPastAnEdge)
+{
+    int missed = 0, astray = 0;
+    for (int turn = 0; turn < 300; ++turn) {
+        const Swept plain(corridors(turn), -1.1, false), caught(corridors(turn), -1.1, true);
+        ASSERT_GT(caught.area(), -1e-9) << turn;
+        ASSERT_LT(caught.area(), 0.0759077) << turn;
+        missed += plain.s.has_missed;
+        if (plain.area() < -1e-9) {
+            ++astray;
+            ASSERT_TRUE(plain.s.has_missed) << turn;
+        }
+    }
+    EXPECT_GT(astray, 0);
+    EXPECT_LT(missed, 300);
+}
+
+TEST(CatchUp, KeepsAPieceWhoseBoxHasNoArea)
+{
+    // One end of its third edge, which shrinks to nothing, runs into the second one; the first has a box without area.
+    const Coordinates room = {0, 0, 0, 7, 0, 0, 5, 6, 0, 3, 5, 0};
+    const Swept plain(room, -1.866845998564908, false), caught(room, -1.866845998564908, true);
+    EXPECT_TRUE(plain.s.has_lost);
+    EXPECT_NEAR(caught.area(), 0.6632495848230422, 1e-12);
+}
+
+TEST(CatchUp, NotesNothingWhereNothingIsClose)
+{
+    const Coordinates notched = {0, 0, 0, 10, 0, 0, 10, 10, 0, 6, 10, 0, 5, 3, 0, 4, 10, 0, 0, 10, 0};
+    for (const double distance : {-1.7, -1.0, 1.0, 3.0}) {
+        const Swept plain(notched, distance, false);
+        EXPECT_FALSE(plain.s.has_missed || plain.s.has_lost) << distance;
+    }
+}
+
+} // namespace korvale::test
