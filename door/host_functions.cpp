@@ -23,7 +23,8 @@ struct Slot {
     int64_t uses;
 };
 
-constinit std::mutex lock;
+// The priority lies between the two stages of frame/, as that of every static object here.
+std::mutex lock __attribute__((init_priority(1000)));
 constinit Slot slots[3][kSlots] = {}; // by the number of arguments
 
 template <size_t k>

@@ -1,7 +1,8 @@
 // The thin layer for systems without one: handles that tell libraries apart, identifiers of window messages by name,
 // and the random generator of the process. It stays loaded once it was loaded, so all of this is the process's.
 //
-// All state is constant-initialised, since libraries register themselves while they are loaded.
+// All state is constant-initialised, since libraries register themselves while they are loaded. Where a mutex is not,
+// it is made before them.
 #include "platform/layer.h"
 
 #include <atomic>
@@ -37,7 +38,7 @@ struct MessageName {
     char text[1];
 };
 
-std::mutex message_lock;
+std::mutex message_lock __attribute__((init_priority(500)));
 MessageName* messages = nullptr;
 
 std::atomic<uint32_t> random_state{1};

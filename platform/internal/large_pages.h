@@ -33,17 +33,20 @@ inline void* large_pages_in(void* memory, size_t bytes)
     return block;
 }
 
-/// A new block of the C heap, released like any other; null when the heap is exhausted. A block of a huge page or more
-/// is aligned to one and advised: one page fault and one entry of the TLB then serve 2 MiB instead of 4 KiB.
+/// A new block of the C heap, released like any other; null when the heap is exhausted. On Linux a block of a huge page
+/// or more is aligned to one and advised: one page fault and one entry of the TLB then serve 2 MiB instead of 4 KiB.
 inline void* new_block(size_t bytes)
 {
-    if (bytes < kLargePage)
-        return std::malloc(bytes);
-    void* block = nullptr;
-    if (posix_memalign(&block, kLargePage, bytes) != 0)
-        return nullptr;
-    use_large_pages(block, bytes);
-    return block;
+#ifdef __linux__
+    if (bytes >= kLargePage) {
+        void* block = nullptr;
+        if (posix_memalign(&block, kLargePage, bytes) != 0)
+            return nullptr;
+        use_large_pages(block, bytes);
+        return block;
+    }
+#endif
+    return std::malloc(bytes);
 }
 
 } // namespace korvale::platform
