@@ -12,6 +12,7 @@
 #include "tests/support/arrays.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
+#include "tests/support/random.h"
 
 namespace korvale::test {
 namespace {

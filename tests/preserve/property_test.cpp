@@ -9,6 +9,7 @@
 #include "tests/preserve/random_meshes.h"
 #include "tests/preserve/solver.h"
 #include "tests/support/bits.h"
+#include "tests/support/random.h"
 
 namespace korvale::test {
 namespace {

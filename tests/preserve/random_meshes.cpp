@@ -6,7 +6,7 @@ namespace korvale::test {
 namespace {
 
 /// The same mesh with its points in another order.
-Mesh renumbered(const Mesh& mesh, Random& random)
+Mesh renumbered(const Mesh& mesh, Draws& random)
 {
     std::vector<int> place(static_cast<size_t>(mesh.point_count()));
     for (size_t i = 0; i < place.size(); ++i) {
@@ -25,7 +25,7 @@ Mesh renumbered(const Mesh& mesh, Random& random)
 
 } // namespace
 
-Mesh random_closed_mesh(Random& random)
+Mesh random_closed_mesh(Draws& random)
 {
     Mesh mesh;
     switch (random.below(4)) {
@@ -47,7 +47,7 @@ Mesh random_closed_mesh(Random& random)
     return renumbered(mesh, random);
 }
 
-Mesh random_soup(Random& random, int points, int faces)
+Mesh random_soup(Draws& random, int points, int faces)
 {
     Mesh mesh;
     mesh.points = random.uniforms(3 * points, -1, 1);
@@ -60,7 +60,7 @@ Mesh random_soup(Random& random, int points, int faces)
     return mesh;
 }
 
-Mesh random_overlapping_soup(Random& random, int points, int faces)
+Mesh random_overlapping_soup(Draws& random, int points, int faces)
 {
     Mesh mesh = random_soup(random, points, faces);
     std::vector<int> sizes;
@@ -81,7 +81,7 @@ Mesh random_overlapping_soup(Random& random, int points, int faces)
     return mesh;
 }
 
-std::vector<double> shaken(Random& random, std::vector<double> points, double amount)
+std::vector<double> shaken(Draws& random, std::vector<double> points, double amount)
 {
     for (double& x : points)
         x += random.uniform(-amount, amount);

@@ -1,20 +1,18 @@
 // The fixed results of flattening and of frames along open and closed paths.
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "path/flatten.h"
 #include "path/frames.h"
 #include "platform/layer.h"
-#include "tests/golden/hash.h"
+#include "tests/golden/workload.h"
 #include "tests/support/arrays.h"
-#include "tests/support/random.h"
+#include "tests/support/draws.h"
 
 namespace korvale::test {
 namespace {
 
 /// A random path, planar every other time; two points alone would be flattened by an angle of the C library's.
-std::vector<double> random_path(Random& random)
+std::vector<double> random_path(Draws& random)
 {
     std::vector<double> xyz;
     const double a = random.uniform(-1, 1), b = random.uniform(-1, 1), off = random.one_in(2) ? 1.0 : 0.0;
@@ -27,11 +25,10 @@ std::vector<double> random_path(Random& random)
 
 } // namespace
 
-TEST(Golden, Flattening)
+WORKLOAD(Flattening, 1500, 0x93ac6a560599257bu, 2)
 {
-    Random random(1004);
-    Hash hash;
-    for (int i = 0; i < 1500; ++i) {
+    Draws random(1004);
+    for (int i = 0; i < rounds; ++i) {
         const std::vector<double> xyz = random_path(random);
         auto data = points<Data>(xyz);
         auto datastruct = points<DATAstruct>(xyz);
@@ -41,14 +38,12 @@ TEST(Golden, Flattening)
         DATA_to_xy_xfms(datastruct, xfm, reverse, i % 2);
         hash.add(xfm[0], 16).add(reverse[0], 16).add(Mwrand());
     }
-    EXPECT_EQ(hash.value(), 0x93ac6a560599257bu);
 }
 
-TEST(Golden, OpenFrames)
+WORKLOAD(OpenFrames, 1000, 0x98f791e567e41d6du, 2)
 {
-    Random random(1005);
-    Hash hash;
-    for (int i = 0; i < 1000; ++i) {
+    Draws random(1005);
+    for (int i = 0; i < rounds; ++i) {
         const std::vector<double> xyz = random_path(random);
         std::vector<double> frames(16 * xyz.size() / 3);
         auto data = points<Data>(xyz);
@@ -58,7 +53,6 @@ TEST(Golden, OpenFrames)
         PATH2xfm(datastruct, 0, reinterpret_cast<Xfm*>(frames.data()));
         hash.add(frames.data(), static_cast<int64_t>(frames.size()));
     }
-    EXPECT_EQ(hash.value(), 0x98f791e567e41d6du);
 }
 
 } // namespace korvale::test

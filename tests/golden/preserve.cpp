@@ -1,20 +1,17 @@
 // The fixed results of shape preservation: references, energies, forces and relaxed positions.
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "tests/golden/hash.h"
+#include "tests/golden/workload.h"
 #include "tests/preserve/random_meshes.h"
 #include "tests/preserve/solver.h"
-#include "tests/support/random.h"
+#include "tests/support/draws.h"
 
 namespace korvale::test {
 
-TEST(Golden, ShapePreservation)
+WORKLOAD(ShapePreservation, 250, 0x7885cddcf993e885u, 1)
 {
-    Random random(1007);
-    Hash hash;
-    for (int i = 0; i < 250; ++i) {
+    Draws random(1007);
+    for (int i = 0; i < rounds; ++i) {
         Mesh mesh = cube_of_triangles();
         if (i % 2 != 0) {
             const int faces = random.between(1, 60); // each by itself: arguments have no order
@@ -24,7 +21,7 @@ TEST(Golden, ShapePreservation)
         mesh.points = random.uniforms(static_cast<int64_t>(mesh.points.size()), -1, 1);
         Solver solver(mesh);
         hash.add(solver.result());
-        if (solver.result() != 1)
+        if (solver.result() != 1 || mesh.corners.empty()) // without corners there are no lists
             continue;
         hash.add_array(*solver->edges).add_array(*solver->point_edges).add_array(*solver->point_edge_start);
         for (const int term : {PRESERVE_LENGTH, PRESERVE_FACE_ANGLE, PRESERVE_VOLUME, PRESERVE_AREA})
@@ -36,7 +33,6 @@ TEST(Golden, ShapePreservation)
         hash.add(PreserveCompute(solver, solver.moved(), random.between(1, 6))).add_array(*solver.moved());
         hash.add(solver->energy).add(solver->ovolume).add(solver->oarea);
     }
-    EXPECT_EQ(hash.value(), 0x7885cddcf993e885u);
 }
 
 } // namespace korvale::test

@@ -1,9 +1,7 @@
 // The fixed results of rays into triangles through the C interface.
-#include <gtest/gtest.h>
-
 #include "include/korvale_c.h"
-#include "tests/golden/hash.h"
-#include "tests/support/random.h"
+#include "tests/golden/workload.h"
+#include "tests/support/draws.h"
 
 namespace korvale::test {
 
@@ -17,11 +15,10 @@ std::vector<int32_t> closed_triangles(int32_t count)
     return corners;
 }
 
-TEST(Golden, DoorGrid)
+WORKLOAD(DoorGrid, 40, 0x48813f4da3550143u, 100)
 {
-    Random random(1107);
-    Hash hash;
-    for (int i = 0; i < 40; ++i) {
+    Draws random(1107);
+    for (int i = 0; i < rounds; ++i) {
         const int n = random.between(1, 300), rays = 50;
         std::vector<double> corners, origins, directions, distances(rays), weights(3 * rays);
         std::vector<int32_t> triangles(rays), counts(rays);
@@ -50,7 +47,6 @@ TEST(Golden, DoorGrid)
             hash.add(triangles[k]).add(counts[k]).add(int{inside[k]});
         korvale_grid_free(grid);
     }
-    EXPECT_EQ(hash.value(), 0x48813f4da3550143u);
 }
 
 } // namespace korvale::test

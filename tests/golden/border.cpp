@@ -1,18 +1,16 @@
 // The fixed results of the border sweep, work arrays included, for both flavours.
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "platform/layer.h"
 #include "tests/border/records.h"
-#include "tests/golden/hash.h"
-#include "tests/support/random.h"
+#include "tests/golden/workload.h"
+#include "tests/support/draws.h"
 
 namespace korvale::test {
 namespace {
 
 /// A closed outline about the origin made of plain arithmetic: a diamond whose radius goes up and down.
-std::vector<double> random_outline(Random& random)
+std::vector<double> random_outline(Draws& random)
 {
     std::vector<double> xyz;
     const int n = random.between(3, 90);
@@ -34,11 +32,10 @@ std::vector<double> random_outline(Random& random)
 
 } // namespace
 
-TEST(Golden, BorderSweep)
+WORKLOAD(BorderSweep, 1200, 0xb88ff34070954da5u, 2)
 {
-    Random random(1006);
-    Hash hash;
-    for (int i = 0; i < 1200; ++i) {
+    Draws random(1006);
+    for (int i = 0; i < rounds; ++i) {
         const std::vector<double> path = random_outline(random);
         const double distance = random.uniform(-4, 4);
         const bool keep = random.one_in(2), split = !random.one_in(3);
@@ -64,7 +61,6 @@ TEST(Golden, BorderSweep)
         if (result == 1)
             hash.add_array(*first->output);
     }
-    EXPECT_EQ(hash.value(), 0xb88ff34070954da5u);
 }
 
 } // namespace korvale::test

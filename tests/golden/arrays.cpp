@@ -1,11 +1,9 @@
 // The fixed results of whole-array operations and triangle sampling, for both records.
-#include <gtest/gtest.h>
-
+#include "tests/support/arrays.h"
 #include "data/operations.h"
 #include "data/sampling.h"
-#include "tests/golden/hash.h"
-#include "tests/support/arrays.h"
-#include "tests/support/random.h"
+#include "tests/golden/workload.h"
+#include "tests/support/draws.h"
 
 namespace korvale::test {
 namespace {
@@ -35,12 +33,11 @@ struct Second {
 };
 
 template <class Flavour>
-uint64_t hash_of_operations()
+void run_operations(int rounds, Hash& hash)
 {
     using Array = typename Flavour::Array;
-    Random random(1002);
-    Hash hash;
-    for (int i = 0; i < 400; ++i) {
+    Draws random(1002);
+    for (int i = 0; i < rounds; ++i) {
         const int count = random.between(1, 40), dim = random.one_in(2) ? 3 : random.between(1, 5);
         auto a = doubles<Array>(dim, random.uniforms(int64_t{count} * dim, -5, 5));
         auto b = doubles<Array>(dim, random.uniforms(int64_t{count} * dim, -5, 5));
@@ -65,37 +62,42 @@ uint64_t hash_of_operations()
         Flavour::transform(m, a, out);
         hash.add_array(*out);
     }
-    return hash.value();
 }
 
 template <class Flavour>
-uint64_t hash_of_samples()
+void run_samples(int rounds, Hash& hash)
 {
     using Array = typename Flavour::Array;
-    Random random(1003);
-    Hash hash;
-    for (int i = 0; i < 100; ++i) {
+    Draws random(1003);
+    for (int i = 0; i < rounds; ++i) {
         const int count = random.between(1, 60);
         auto triangles = doubles<Array>(9, random.uniforms(int64_t{count} * 9, -5, 5));
         auto points = array_of<Array>(DATA_TYPE_DOUBLE, random.between(1, 80), 3);
         Flavour::sample(triangles, static_cast<unsigned>(i), points, nullptr, nullptr);
         hash.add_array(*points);
     }
-    return hash.value();
 }
 
 } // namespace
 
-TEST(Golden, ArrayOperations)
+WORKLOAD(ArrayOperationsOfData, 400, 0x4e33e2e1aa971000u, 6)
 {
-    EXPECT_EQ(hash_of_operations<First>(), 0x4e33e2e1aa971000u);
-    EXPECT_EQ(hash_of_operations<Second>(), 0x4e33e2e1aa971000u);
+    run_operations<First>(rounds, hash);
 }
 
-TEST(Golden, TriangleSampling)
+WORKLOAD(ArrayOperationsOfDATAstruct, 400, 0x4e33e2e1aa971000u, 6)
 {
-    EXPECT_EQ(hash_of_samples<First>(), 0xe10bcac2ece94309u);
-    EXPECT_EQ(hash_of_samples<Second>(), 0xe10bcac2ece94309u);
+    run_operations<Second>(rounds, hash);
+}
+
+WORKLOAD(TriangleSamplingOfData, 100, 0xe10bcac2ece94309u, 1)
+{
+    run_samples<First>(rounds, hash);
+}
+
+WORKLOAD(TriangleSamplingOfDATAstruct, 100, 0xe10bcac2ece94309u, 1)
+{
+    run_samples<Second>(rounds, hash);
 }
 
 } // namespace korvale::test

@@ -1,17 +1,14 @@
 // The fixed results of points scattered through the C interface.
-#include <gtest/gtest.h>
-
 #include "include/korvale_c.h"
-#include "tests/golden/hash.h"
-#include "tests/support/random.h"
+#include "tests/golden/workload.h"
+#include "tests/support/draws.h"
 
 namespace korvale::test {
 
-TEST(Golden, DoorScatter)
+WORKLOAD(DoorScatter, 300, 0xdaa55ab033a77d58u, 1)
 {
-    Random random(1106);
-    Hash hash;
-    for (int i = 0; i < 300; ++i) {
+    Draws random(1106);
+    for (int i = 0; i < rounds; ++i) {
         const int triangles = random.between(1, 60), count = random.between(1, 200), width = random.between(1, 4);
         const int vertices = random.between(1, 3 * triangles);
         std::vector<double> points(static_cast<size_t>(3 * vertices)), values(static_cast<size_t>(width * vertices));
@@ -40,7 +37,6 @@ TEST(Golden, DoorScatter)
         for (const int32_t number : numbers)
             hash.add(number);
     }
-    EXPECT_EQ(hash.value(), 0xdaa55ab033a77d58u);
 }
 
 } // namespace korvale::test

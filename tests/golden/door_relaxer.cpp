@@ -1,17 +1,14 @@
 // The fixed results of relaxations through the C interface.
-#include <gtest/gtest.h>
-
 #include "include/korvale_c.h"
-#include "tests/golden/hash.h"
-#include "tests/support/random.h"
+#include "tests/golden/workload.h"
+#include "tests/support/draws.h"
 
 namespace korvale::test {
 
-TEST(Golden, DoorRelaxer)
+WORKLOAD(DoorRelaxer, 60, 0xe740a597349c6554u, 6)
 {
-    Random random(1102);
-    Hash hash;
-    for (int round = 0; round < 60; ++round) {
+    Draws random(1102);
+    for (int round = 0; round < rounds; ++round) {
         const int side = random.between(2, 6);
         std::vector<double> points;
         std::vector<uint16_t> corners;
@@ -35,7 +32,8 @@ TEST(Golden, DoorRelaxer)
                                      {sizes.data(), static_cast<int64_t>(sizes.size()), 0, KORVALE_INT16},
                                      {corners.data(), static_cast<int64_t>(corners.size()), 0, KORVALE_UINT16}};
         korvale_relaxer* relaxer = nullptr;
-        ASSERT_EQ(korvale_relaxer_new(&faces, nullptr, &relaxer, nullptr), KORVALE_OK);
+        if (korvale_relaxer_new(&faces, nullptr, &relaxer, nullptr) != KORVALE_OK)
+            return; // the number tells
         for (const int32_t measure : {KORVALE_LENGTHS, KORVALE_ANGLES, KORVALE_VOLUME, KORVALE_AREA})
             if (measure == KORVALE_LENGTHS || random.one_in(2))
                 hash.add(korvale_relaxer_keep(relaxer, measure, random.uniform(0.001, 0.1), nullptr));
@@ -64,7 +62,6 @@ TEST(Golden, DoorRelaxer)
         hash.add(korvale_relaxer_forces(relaxer, &at, forces.data(), nullptr)).add(forces.data(), 3 * n);
         korvale_relaxer_free(relaxer);
     }
-    EXPECT_EQ(hash.value(), 0xe740a597349c6554u);
 }
 
 } // namespace korvale::test
