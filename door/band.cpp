@@ -502,13 +502,13 @@ struct Untied {
         : bundles(bundle_knots(flat.places(), closed, reach))
     {
         const size_t n = from.size();
-        if (bundles.size() == n || bundles.size() < (closed ? 3 : 2))
+        if (bundles.size() < (closed ? 3 : 2) || std::ranges::none_of(bundles, &Bundle::is_knot))
             return;
         for (const Bundle& bundle : bundles) {
             Point mean = bundle.is_knot ? Point{0, 0, 0} : from[bundle.first];
-            if (bundle.is_knot)
-                for (size_t i = 0; i < bundle.count; ++i)
-                    mean = plus(mean, 1.0 / static_cast<double>(bundle.count), from[(bundle.first + i) % n]);
+            for (size_t i = bundle.first; bundle.is_knot && i < bundle.first + bundle.count; ++i)
+                if (i == bundle.first || flat.places()[i % n] != flat.places()[(i + n - 1) % n])
+                    mean = plus(mean, 1.0 / static_cast<double>(bundle.steps), from[i % n]);
             line.push_back(mean);
         }
     }
@@ -565,9 +565,9 @@ private:
             for (size_t i = bundle.first; i < bundle.first + bundle.count; ++i) {
                 border_[i % n] = banding_.border()[k];
                 places[i % n] = plane_.place_of(minus(banding_.border()[k], line_[0]));
-                removed_[i % n] = bundle.is_knot || banding_.removed()[k] != 0;
+                removed_[i % n] = bundle.is_knot || i > bundle.first || banding_.removed()[k] != 0;
                 narrowed_[i % n] = banding_.narrowed()[k];
-                moved[i % n] = bundle.is_knot;
+                moved[i % n] = bundle.is_knot || i > bundle.first;
             }
         }
         const Beside beside = flat_.beside(distance, miter_limit_);

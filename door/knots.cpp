@@ -121,11 +121,13 @@ size_t find_end(const Bundling& b, size_t first, double reach, bool makes_knots)
 
 Bundle joined(std::span<const Bundle> run)
 {
-    Bundle all = {run[0].first, 0, {0, 0}, true};
-    for (const Bundle& bundle : run)
+    Bundle all = {run[0].first, 0, 0, {0, 0}, true};
+    for (const Bundle& bundle : run) {
         all.count += bundle.count;
+        all.steps += bundle.steps;
+    }
     for (const Bundle& bundle : run)
-        all.place = all.place + static_cast<double>(bundle.count) / static_cast<double>(all.count) * bundle.place;
+        all.place = all.place + static_cast<double>(bundle.steps) / static_cast<double>(all.steps) * bundle.place;
     return all;
 }
 
@@ -148,12 +150,17 @@ bool join(Bundling& b, double reach, bool makes_knots)
     return has_joined;
 }
 
+/// Each point with those that repeat it, from `start` on, which repeats none.
 Vector<Bundle> single_points(std::span<const Place> line, size_t start)
 {
-    Vector<Bundle> bundles(line.size());
+    Vector<Bundle> bundles;
+    bundles.reserve(line.size());
     for (size_t i = 0; i < line.size(); ++i) {
         const size_t k = (start + i) % line.size();
-        bundles[i] = {k, 1, line[k], false};
+        if (i > 0 && line[k] == bundles.back().place)
+            ++bundles.back().count;
+        else
+            bundles.push_back({k, 1, 1, line[k], false});
     }
     return bundles;
 }
@@ -183,7 +190,7 @@ Vector<Bundle> bundle_knots(std::span<const Place> line, bool closed, double rea
         return std::move(b.bundles);
     find_turns(b, kBack, false);
     if (closed)
-        b.bundles = single_points(line, find_quiet_start(b));
+        b.bundles = single_points(line, b.bundles[find_quiet_start(b)].first);
     bool has_knots = false;
     for (const Pass& pass : kPasses) {
         find_turns(b, pass.cosine, !closed && !pass.makes_knots);

@@ -475,6 +475,27 @@ TEST(DoorBand, PointsThatShareAPlaceAreOneToTheBit)
     EXPECT_GT(shared, 1000);
 }
 
+TEST(DoorBand, RepeatedPointsDoNotPullAtAStop)
+{
+    Random random(2613);
+    for (int round = 0; round < rounds(200); ++round) {
+        const Numbers line = walk_with_stop(random, random.uniform(0.1, 1)).line;
+        Numbers repeated;
+        std::vector<size_t> at; // where each point is first
+        for (size_t i = 0; i < line.size(); i += 3) {
+            at.push_back(repeated.size() / 3);
+            for (int copies = random.one_in(3) ? random.between(2, 4) : 1; copies > 0; --copies)
+                repeated.insert(repeated.end(), {line[i], line[i + 1], line[i + 2]});
+        }
+        const Laid once = laid(line, 4), band = laid(repeated, 4);
+        if (std::ranges::find(once.removed, 1) == once.removed.end())
+            continue; // no stop to be seen
+        for (size_t i = 0; i < at.size(); ++i)
+            ASSERT_LT(band.away(at[i], once.outline[3 * i], once.outline[3 * i + 1]), 1e-9)
+                << "round " << round << ", point " << i << " of " << at.size();
+    }
+}
+
 TEST(DoorBand, OfTwoStopsHasABorderBetweenThem)
 {
     const Laid band =
