@@ -24,7 +24,7 @@ constexpr Advice kSigns[] = {
     {">", "there are no comparisons"},
     {"=", "it stands once, after the variable that is changed"},
     {"|", "for an absolute value write SQRT(x * x)"},
-    {"%", "write / 100"},
+    {"%", "for per cent write / 100, for a remainder add a function"},
     {"!", "there are no factorials and there is no logic"},
     {"&", "there is no logic"},
     {"~", "there is no logic"},

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import inspect
 import math
+import re
 from collections.abc import Callable, Iterable, Iterator, Mapping
 from typing import Any, TypeVar, overload
 
@@ -380,11 +381,16 @@ def _read(system: Any, text: str, first: int, function: str, argument: str) -> i
     except EquationError as error:
         place = max(0, len(text.encode()[:error.place].decode()) - first)
         why = str(error).rpartition(f" is refused at character {error.place + 1}: ")[2]
+        word = error.word
         if first > 0 and why == 'an operand is missing after "="':
             why = "there is nothing in it"
+        elif first > 0 and (equals := re.match(r"[\sA-Za-z]*(==?)", text[first:])):
+            place, word = equals.start(1), equals[1]
+            why = ("there are no comparisons" if word == "==" else
+                   "an expression is what stands behind the \"=\" of an equation: write that alone")
         quoted = _quoted(text[first:], place)
         raise EquationError(f"{function}: {argument} must be readable, but {quoted} is refused at character "
-                            f"{place + 1}: {why}", function, argument, place, error.word) from None
+                            f"{place + 1}: {why}", function, argument, place, word) from None
 
 
 def _quoted(text: str, place: int) -> str:

@@ -255,6 +255,11 @@ class EquationsTest(RefusingTest):
     def test_says_what_it_refuses(self):
         self.assertRefuses('Equations.declare: names must be no functions\', but "SIN" is one',
                            lambda: self.equations.declare("SIN"))
+        self.assertRefuses('evaluate: expression must be readable, but "y = x" is refused at character 3: an '
+                           'expression is what stands behind the "=" of an equation: write that alone',
+                           lambda: korvale.evaluate("y = x", x=2))
+        self.assertRefuses('evaluate: expression must be readable, but "x == 2" is refused at character 3: there are '
+                           'no comparisons', lambda: korvale.evaluate("x == 2", x=2))
         self.assertRefuses("Equations.evaluate: equation must be the number of one of 1 equations, but it is 1",
                            lambda: self.equations.evaluate(1))
         self.assertRefuses("Equations.evaluate: equation must be the number of an equation, but there is none yet",

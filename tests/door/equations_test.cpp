@@ -346,7 +346,7 @@ TEST(DoorEquations, RefuseWhatTheLanguageDoesNotHave)
         {"h = 2 * \u03c0", {8, "\u03c0", "\"\u03c0\"" + no + "write PI"}},
         {"h = \u03b1", {4, "\u03b1", "\"\u03b1\" is no character of equations, which are ASCII"}},
         {"h = 2\u00a0* x", {5, "\u00a0", "\"\u00a0\"" + no + "write a plain space"}},
-        {"h = 10%", {6, "%", "\"%\"" + no + "write / 100"}},
+        {"h = 10%", {6, "%", "\"%\"" + no + "for per cent write / 100, for a remainder add a function"}},
         {"h = x!", {5, "!", "\"!\"" + no + "there are no factorials and there is no logic"}},
         {"h == x", {2, "==", "\"==\"" + no + "write one \"=\""}},
         {"h := x", {2, ":=", "\":=\"" + no + "write ="}},
