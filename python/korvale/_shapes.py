@@ -86,6 +86,9 @@ class Rings(NamedTuple):
         """The rings that are left, one by one, (., 3) each: views of `points`."""
         return [ring for ring in numpy.split(self.points, self.starts[1:-1]) if len(ring)]
 
+    def _repr_svg_(self) -> str | None:
+        return _show.many_svg(self.points, self.singly())
+
 
 @overload
 def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords, distance: Number, *, height: Number = 0.0,
@@ -196,6 +199,10 @@ class Borders(NamedTuple):
     def singly(self) -> list[Doubles]:
         """The borders one by one, (., 3) each: views of `points`."""
         return numpy.split(self.points, self.starts[1:-1]) if len(self.collapsed) else []
+
+    def _repr_svg_(self) -> str | None:
+        return _show.many_svg(self.points, [border for border, collapsed in zip(self.singly(), self.collapsed)
+                                            if not collapsed])
 
 
 def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, starts: ChoiceLike | None = None,

@@ -52,6 +52,13 @@ def outlines_svg(outlines: Iterable[Doubles], collapsed: bool = False) -> str:
     return _picture(height, f"<path {style} stroke-linejoin='round' d='{' '.join(paths)}'/>")
 
 
+def many_svg(points: Doubles, left: list[Doubles]) -> str | None:
+    """A picture of the outlines that are left of many, or of all their points where none is; None where they are too
+    many for one.
+    """
+    return None if len(points) > _MOST_POINTS else outlines_svg(left or [points], not left)
+
+
 def mesh_svg(vertices: Doubles, triangles: Ints) -> str | None:
     """A picture of a mesh, z upwards, the nearest triangles last; None where they are too many for one."""
     if not 0 < len(triangles) <= _MOST_TRIANGLES:

@@ -43,6 +43,17 @@ class PictureTest(unittest.TestCase):
         self.assertEqual([tag for tag, _ in triangles], ["polygon"] * 6)
         self.assertEqual(len({triangle["fill"] for _, triangle in triangles}), 3)
 
+    def test_of_many_outlines_shows_those_that_are_left(self):
+        waist = [(0, 0), (9, 0), (11, 4), (13, 0), (22, 0), (22, 9), (13, 9), (11, 5), (9, 9), (0, 9)]
+        for result, count, fill in ((korvale.offset(waist, -1, pieces=True), 2, "#4c78a8"),
+                                    (korvale.offset(waist, -9, pieces=True), 0, "none"),
+                                    (korvale.offset_many([SQUARE, waist, waist], -2.5), 2, "#4c78a8"),
+                                    (korvale.offset_many([SQUARE], -9), 1, "none"),
+                                    (korvale.offset_many([], 1), 0, "none")):
+            _, _, ((_, path),) = self.picture(result)
+            self.assertEqual((path["d"].count("M"), path["fill"]), (count, fill))
+        self.assertIsNone(korvale.offset_many([SQUARE] * 5001, 1)._repr_svg_())
+
     def test_keeps_pages_small(self):
         t = numpy.linspace(0, 2 * numpy.pi, 200000, endpoint=False)
         border = korvale.offset(numpy.stack([numpy.cos(t), numpy.sin(t)], axis=1) * 1e6, 1, split=False)
