@@ -74,7 +74,7 @@ WORKLOAD(DoorOffsetMany, 100, 0x9feea391be892bdau, 20)
     }
 }
 
-WORKLOAD(DoorOffsetRings, 1000, 0x208e3274aef0ffabu, 1)
+WORKLOAD(DoorOffsetRings, 1000, 0x61fdd2533958b23du, 1)
 {
     Draws random(1115);
     for (int i = 0; i < rounds; ++i) {
