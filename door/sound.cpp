@@ -44,8 +44,7 @@ bool does_cross(std::span<const Place> ring, const Telling& telling)
     if (meeting.empty())
         return false;
     std::ranges::sort(meeting);
-    const auto repeats = std::ranges::unique(meeting);
-    meeting.erase(repeats.begin(), repeats.end());
+    meeting.erase(std::unique(meeting.begin(), meeting.end()), meeting.end());
     const auto lowest = std::ranges::min_element(
         ring, [](const Place& a, const Place& b) { return a.y < b.y || (a.y == b.y && a.x < b.x); });
     return find_self_crossing(ring, meeting, static_cast<int32_t>(lowest - ring.begin()), 2.0 * border::kHair, telling)
