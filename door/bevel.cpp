@@ -58,9 +58,11 @@ struct Crossing {
     size_t ring, other, edge, other_edge;
 };
 
-/// Edges that cross, if there are some.
-std::optional<Crossing> find_crossing(const Rings& rings)
+/// Edges that cross, if there are some. `telling` only stops the search.
+std::optional<Crossing> find_crossing(const Rings& rings, const Telling& telling)
 {
+    constexpr int32_t kQuestion = 1 << 12; // pairs of edges between two questions
+    Asking asking(telling, kQuestion);
     struct Start {
         size_t ring, place;
     };
@@ -82,15 +84,16 @@ std::optional<Crossing> find_crossing(const Rings& rings)
     std::optional<Crossing> found;
     for (size_t i = 0; i < edges.size() && !found; ++i)
         edges.for_each_near(i, [&](size_t k) {
+            asking.step(0.0);
             if (!found && does_part(edges[i], edges[k]) && does_part(edges[k], edges[i]))
                 found = {starts[i].ring, starts[k].ring, starts[i].place, starts[k].place};
         });
     return found;
 }
 
-void require_apart(const Rings& rings)
+void require_apart(const Rings& rings, const Telling& telling)
 {
-    const std::optional<Crossing> crossing = find_crossing(rings);
+    const std::optional<Crossing> crossing = find_crossing(rings, telling);
     if (!crossing)
         return;
     if (crossing->ring == crossing->other)
@@ -112,16 +115,16 @@ double upwards(Outline outline, const Seen& seen)
 class Bevel {
 public:
     Bevel(std::span<const Outline> outlines, bool split, korvale_mesh& mesh, const Telling& telling)
-        : outlines_(outlines), split_(split), mesh_(mesh), telling_(telling), borders_(outlines.size()),
-          seen_(seen_upright(outlines[0])), rings_(rings_of(outlines, seen_)), points_(rings_.places.size()),
-          up_(upwards(outlines[0], seen_))
+        : outlines_(outlines), split_(split), mesh_(mesh), telling_(telling), now_(telling.part(0.0, 0.0)),
+          borders_(outlines.size()), seen_(seen_upright(outlines[0])), rings_(rings_of(outlines, seen_)),
+          points_(rings_.places.size()), up_(upwards(outlines[0], seen_))
     {
     }
 
     /// Refuses outlines that cross themselves or each other, and what is no hole in the first.
     void require_apart() const
     {
-        door::require_apart(rings_);
+        door::require_apart(rings_, now_);
         if (outlines_.size() == 1 || is_sound(rings_))
             return;
         for (size_t k = 1; k < outlines_.size(); ++k) {
@@ -196,7 +199,7 @@ private:
         if (!are_finite() || std::ranges::any_of(borders_, [](const Border& border) { return border.collapsed; }))
             return false;
         const Rings rings = latest_layer();
-        return !find_crossing(rings) && is_sound(rings);
+        return !find_crossing(rings, now_) && is_sound(rings);
     }
 
     void move(const korvale_bevel_step& step, bool split)

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <fstream>
 #include <map>
+#include <numbers>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -456,6 +457,33 @@ TEST(DoorBevel, RefusesOutlinesThatCrossUnlessToldOtherwise)
     EXPECT_THAT(bevelled({square(4), beyond}, chamfer, true, true).reached, ElementsAre(0, 0, 0));
     // To touch is not to cross.
     EXPECT_EQ(bevelled({{0, 0, 0, 4, 0, 0, 4, 4, 0, 2, 0, 0, 0, 4, 0}}, {{0, 0}, {0, 1}}).volume, 12 - 4 / 1.0);
+}
+
+TEST(DoorBevel, IsAskedWhileItLooksForCrossings)
+{
+    // Thin spikes, whose boxes all overlap: the search looks at nearly every pair.
+    std::vector<double> star;
+    for (int i = 0; i < 4000; ++i) {
+        const double angle = 2 * std::numbers::pi * i / 4000, radius = i % 2 == 0 ? 1 : 2;
+        star.insert(star.end(), {radius * std::cos(angle), radius * std::sin(angle), 0});
+    }
+    const korvale_points outline = points_of(star);
+    const Profile wall = {{0, 0}, {0, 1}};
+    size_t told[2];
+    for (const int crossing : {0, 1}) {
+        Course course = {{}, SIZE_MAX};
+        korvale_bevel_options options;
+        korvale_bevel_defaults(&options, sizeof options);
+        options.crossing = crossing;
+        options.progress = &Course::tell;
+        options.user = &course;
+        korvale_mesh* mesh = nullptr;
+        EXPECT_EQ(korvale_bevel(&outline, 1, wall.data(), 2, &options, &mesh, nullptr), KORVALE_OK);
+        korvale_mesh_free(mesh);
+        EXPECT_TRUE(std::ranges::is_sorted(course.told));
+        told[crossing] = course.told.size();
+    }
+    EXPECT_GT(told[0], told[1] + 20);
 }
 
 TEST(DoorBevel, OutlinesThatTouchDoNotMoveTowardsEachOther)
