@@ -12,25 +12,26 @@ constexpr double kRounding = 1e-12; // of coordinates, which are at most 1
 constexpr double kGap = 1e-11;
 constexpr double kMostGaps = 100.0; // that a sharp corner moves
 
-/// Marks the rings that come within rounding of others; true where one touches another but for that.
-bool find_touching(const Rings& rings, const Telling& telling, Vector<uint8_t>& touches)
+/// Marks the rings that come within rounding of others; true where one does so as is asked for.
+bool find_touching(const Rings& rings, Touching touching, const Telling& telling, Vector<uint8_t>& touches)
 {
     RunTree tree(rings);
     tree.grow([](size_t) { return true; });
-    bool is_rounded = false;
+    bool is_found = false;
     tree.for_each_near_pair(kRounding, false, telling, [&](int32_t ring, int32_t i, int32_t other, int32_t k) {
         const auto look = [&](const Edge& e, const Place& p) {
             const Place away = nearest_of(e, p) - p;
             if (dot(away, away) > kRounding * kRounding)
                 return;
             touches[static_cast<size_t>(ring)] = touches[static_cast<size_t>(other)] = 1;
-            is_rounded |= p != e.from && p != e.to && (side(e.from, e.to, p) != 0 || !box_of(e).holds(p));
+            is_found |= touching == Touching::at_all ||
+                        (p != e.from && p != e.to && (side(e.from, e.to, p) != 0 || !box_of(e).holds(p)));
         };
         const Edge e = tree.edge(ring, i), f = tree.edge(other, k);
         look(e, f.from);
         look(f, e.from);
     });
-    return is_rounded;
+    return is_found;
 }
 
 Place unit(const Place& v)
@@ -68,10 +69,10 @@ void shrink(std::span<Place> ring, bool is_clockwise)
 
 } // namespace
 
-std::optional<Rings> keep_apart(const Rings& rings, const Rings& like, const Telling& telling)
+std::optional<Rings> keep_apart(const Rings& rings, const Rings& like, Touching touching, const Telling& telling)
 {
     Vector<uint8_t> touches(rings.size(), 0);
-    if (!find_touching(rings, telling, touches))
+    if (!find_touching(rings, touching, telling, touches))
         return {};
     Rings apart = rings;
     for (size_t k = 1, first = static_cast<size_t>(rings.ends[0]); k < rings.size(); ++k) {

@@ -389,6 +389,14 @@ Corners corners_of(const Rings& rings, const Rings& like)
     return corners;
 }
 
+/// Whether all triangles run counter-clockwise or have no area.
+bool is_sound(const Rings& rings, const Vector<Triangle>& triangles)
+{
+    const auto place = [&](int32_t i) -> const Place& { return rings.places[static_cast<size_t>(i)]; };
+    return std::ranges::all_of(triangles,
+                               [&](const Triangle& t) { return side(place(t[0]), place(t[1]), place(t[2])) >= 0; });
+}
+
 /// The corners of the first ring alone, numbered in their order.
 Corners in_order(const Corners& corners)
 {
@@ -444,16 +452,25 @@ Vector<Triangle> cut(const Rings& rings, const Telling& telling)
 
 Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telling)
 {
-    const bool has_holes = rings.size() > 1;
-    const std::optional<Rings> apart = has_holes ? keep_apart(rings, like, telling.part(0.0, 0.0)) : std::nullopt;
-    const Rings& work = apart ? *apart : rings;
-    Corners corners = corners_of(work, like);
-    const double of_bridges = has_holes ? 0.25 : 0.0;
-    if (has_holes) {
-        join_holes(work, corners, telling.part(0.0, of_bridges));
-        corners = in_order(corners);
-    }
-    return Clipper(work.places, std::move(corners)).run(has_holes, telling.part(of_bridges, 1.0 - of_bridges));
+    if (rings.size() == 1)
+        return Clipper(rings.places, corners_of(rings, like)).run(false, telling);
+    constexpr double kOfBridges = 0.25;
+    const auto cut_bridged = [&](const Rings& work, const Telling& now) {
+        Corners corners = corners_of(work, like);
+        join_holes(work, corners, now.part(0.0, kOfBridges));
+        return Clipper(work.places, in_order(corners)).run(true, now.part(kOfBridges, 1.0 - kOfBridges));
+    };
+    const Telling before = telling.part(0.0, 0.0), after = telling.part(1.0, 0.0);
+    if (const std::optional<Rings> apart = keep_apart(rings, like, Touching::but_for_rounding, before))
+        return cut_bridged(*apart, telling);
+    Vector<Triangle> triangles = cut_bridged(rings, telling);
+    if (is_sound(rings, triangles))
+        return triangles;
+    // of several places at which holes touch exactly a bridge may take the wrong one
+    if (const std::optional<Rings> apart = keep_apart(rings, like, Touching::at_all, after))
+        if (Vector<Triangle> others = cut_bridged(*apart, after); is_sound(*apart, others))
+            return others;
+    return triangles;
 }
 
 // --- Planes ----------------------------------------------------------------------------------------------------------

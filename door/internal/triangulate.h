@@ -87,8 +87,11 @@ struct Corners {
 /// counter-clockwise, all others clockwise.
 void join_holes(const Rings& rings, Corners& corners, const Telling& telling);
 
-/// The rings with those holes a little smaller that come within rounding of other rings, where any does so without
-/// touching it exactly. Rings run as those of `like` do.
-std::optional<Rings> keep_apart(const Rings& rings, const Rings& like, const Telling& telling);
+/// How rings touch that are kept apart.
+enum class Touching { but_for_rounding, at_all };
+
+/// The rings with those holes a little smaller that come within rounding of other rings, where any does so, or does so
+/// without touching it exactly. Rings run as those of `like` do.
+std::optional<Rings> keep_apart(const Rings& rings, const Rings& like, Touching touching, const Telling& telling);
 
 } // namespace korvale::door

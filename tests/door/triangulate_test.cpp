@@ -117,6 +117,16 @@ TEST(Triangulate, ReadsFloatsStridesAndTwoCoordinates)
     EXPECT_THAT(triangles, ElementsAre(3, 0, 1, 1, 2, 3));
 }
 
+TEST(Triangulate, HolesMayFillAllOfTheirOutline)
+{
+    Lattice lattice; // the holes share two edges, and all others with the outline
+    lattice.add({{3000000, 4000000}, {4000040, 3999980}, {5000010, 5000000}, {5000017, 3999970}, {5000000, 3000015}});
+    lattice.add({{5000000, 3000015}, {5000017, 3999970}, {4259000, 3999990}, {4000040, 3999980}, {3000000, 4000000}});
+    lattice.add({{5000017, 3999970}, {5000010, 5000000}, {4000040, 3999980}, {4259000, 3999990}});
+    EXPECT_EQ(lattice.area(), 0);
+    lattice.expect_covered();
+}
+
 TEST(Triangulate, AreasAddUpExactly)
 {
     Random random(1301);
