@@ -36,6 +36,14 @@ void fill(korvale_rings& rings, const RingList& list)
 }
 
 } // namespace
+
+korvale_rings* new_rings(const RingList& list)
+{
+    Handle made(make_handle<korvale_rings>());
+    fill(*made, list);
+    return made.release();
+}
+
 } // namespace korvale::door
 
 using namespace korvale::door;
@@ -52,9 +60,7 @@ korvale_status korvale_offset_rings(const korvale_points* outline, double distan
         require(rings, "rings");
         RingList list;
         Sweep().move(in.points(), motion, list);
-        Handle made(make_handle<korvale_rings>());
-        fill(*made, list);
-        *rings = made.release();
+        *rings = new_rings(list);
     });
 }
 

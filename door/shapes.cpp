@@ -16,6 +16,8 @@
 #include <optional>
 #include <tuple>
 
+#include "door/internal/join.h"
+#include "door/internal/offset.h"
 #include "door/internal/outlines.h"
 #include "door/internal/runs.h"
 #include "door/internal/self_crossing.h"
@@ -49,7 +51,7 @@ public:
     Nesting(const Rings& rings, double tolerance, bool allows_crossing, const Telling& telling)
         : rings_(rings), tolerance_(tolerance), allows_crossing_(allows_crossing), telling_(telling),
           about_(rings.size()), parents_(rings.size(), kUnknown), depths_(rings.size(), -1), repeats_(rings.size(), -1),
-          tree_(rings)
+          crosses_(rings.size(), 0), tree_(rings)
     {
         for (size_t k = 0; k < rings_.size(); ++k)
             measure(k);
@@ -77,6 +79,9 @@ public:
                                                            [](const Sides& s) { return std::pair(s.ring, s.other); }));
         return crossing_;
     }
+
+    /// For each ring whether it crosses another, once crossings have been looked for.
+    std::span<const uint8_t> crosses() const { return crosses_; }
 
     /// For each ring its outer one, -1 where it has no places, and -2 - m where it repeats ring m.
     void find(int32_t* outer)
@@ -431,6 +436,7 @@ private:
     void note_crossing(int32_t a, int32_t b, const Place& p)
     {
         const Crossing crossing = {std::min(a, b), std::max(a, b), p};
+        crosses_[static_cast<size_t>(a)] = crosses_[static_cast<size_t>(b)] = 1;
         if (!crossing_ || std::pair(crossing.first, crossing.second) < std::pair(crossing_->first, crossing_->second))
             crossing_ = crossing;
     }
@@ -807,6 +813,7 @@ private:
     Telling telling_;
     Vector<About> about_;
     Vector<int32_t> parents_, depths_, repeats_;
+    Vector<uint8_t> crosses_;
     RunTree tree_;
     Vector<Contact> contacts_;                      // by rings
     Vector<std::pair<int32_t, EdgePair>> meetings_; // of edges of one ring, by rings
@@ -814,15 +821,153 @@ private:
     std::optional<Crossing> crossing_;
 };
 
+Text place_of(const Crossing& crossing, double scale)
+{
+    return Text() << "near (" << crossing.place.x * scale << ", " << crossing.place.y * scale << ")";
+}
+
 [[noreturn]] void refuse(const Crossing& crossing, double scale)
 {
-    const Text place = Text() << "near (" << crossing.place.x * scale << ", " << crossing.place.y * scale
-                              << "); set tolerance to allow small ones, or crossing to allow all";
+    const Text place = place_of(crossing, scale) << "; set tolerance to allow small ones, or crossing to allow all";
     if (crossing.first == crossing.second)
         throw Refusal(Text() << "outline " << crossing.first, "not cross itself", Text() << "it does " << place);
     throw Refusal("outlines", "not cross each other",
                   Text() << "outlines " << crossing.first << " and " << crossing.second << " do, " << place);
 }
+
+[[noreturn]] void refuse_joined(const Crossing& crossing, double scale)
+{
+    const Text place = place_of(crossing, scale) << "; set a smaller tolerance, or mend it there";
+    if (crossing.first == crossing.second)
+        throw Refusal(Text() << "outline " << crossing.first, "not cross itself by less than the tolerance",
+                      Text() << "it does " << place);
+    throw Refusal("outlines", "not cross each other where they are joined",
+                  Text() << "outlines " << crossing.first << " and " << crossing.second << " do, " << place);
+}
+
+/// Outlines in shapes.
+class Shapes {
+public:
+    Shapes(const OutlinesIn& in, const korvale_shapes_options& how)
+        : in_(in), how_(how), telling_{how.progress, how.user}
+    {
+        double largest = 0.0;
+        size_t places = 0;
+        for (size_t k = 0; k < in.size(); ++k) {
+            largest = std::max(largest, largest_of(in[k]));
+            places += in[k].size();
+        }
+        scale_ = scale_to_one(largest);
+        rings_.places.reserve(places);
+        for (size_t k = 0; k < in.size(); ++k)
+            rings_.add(in[k], {0, 1, scale_});
+    }
+
+    void sort(int32_t* outer) const
+    {
+        const bool joins = how_.joined != nullptr && how_.crossing == 0 && how_.tolerance > 0.0;
+        Vector<int32_t> found(in_.size());
+        sort(telling_.part(0.0, joins ? 0.4 : 1.0), found);
+        if (how_.joined != nullptr) {
+            JoinedRings joined = rings_in_shapes(found);
+            if (joins)
+                join_overlapping(joined, found);
+            *how_.joined = new_rings(list_of(joined, found));
+        }
+        std::ranges::copy(found, outer);
+    }
+
+private:
+    void sort(const Telling& telling, Vector<int32_t>& outer) const
+    {
+        Nesting nesting(rings_, how_.tolerance * scale_, how_.crossing != 0, telling);
+        if (how_.crossing == 0)
+            if (const std::optional<Crossing> crossing = nesting.find_crossing())
+                refuse(*crossing, 1.0 / scale_);
+        nesting.find(outer.data());
+    }
+
+    JoinedRings rings_in_shapes(const Vector<int32_t>& outer) const
+    {
+        JoinedRings kept;
+        for (size_t k = 0; k < rings_.size(); ++k) {
+            for (size_t i = 0; outer[k] >= 0 && i < rings_[k].size(); ++i) {
+                kept.rings.places.push_back(rings_[k][i]);
+                kept.origins.push_back({static_cast<int32_t>(i), 0.0});
+            }
+            kept.rings.ends.push_back(static_cast<int32_t>(kept.rings.places.size()));
+        }
+        return kept;
+    }
+
+    /// Joins rings that cross by less than the tolerance, if there are some, and sorts them as they are then.
+    void join_overlapping(JoinedRings& joined, Vector<int32_t>& outer) const
+    {
+        constexpr double kRounding = 1e-12; // of coordinates, which are at most 1
+        constexpr int kMostRounds = 3;      // what is joined may come to cross others
+        for (int round = 0;; ++round) {
+            Nesting nesting(joined.rings, kRounding, false, telling_.part(0.4 + 0.15 * round, 0.1));
+            const std::optional<Crossing> crossing = nesting.find_crossing();
+            if (!crossing) {
+                if (round > 0)
+                    sort_again(nesting, outer);
+                return;
+            }
+            if (round == kMostRounds)
+                refuse_joined(*crossing, 1.0 / scale_);
+            join(joined, nesting.crosses(), how_.tolerance * scale_, telling_.part(0.5 + 0.15 * round, 0.05));
+        }
+    }
+
+    static void sort_again(Nesting& nesting, Vector<int32_t>& outer)
+    {
+        Vector<int32_t> now(outer.size());
+        nesting.find(now.data());
+        for (size_t k = 0; k < outer.size(); ++k)
+            if (outer[k] >= 0)
+                outer[k] = now[k];
+        for (int32_t& k : outer)
+            if (k < -1 && outer[static_cast<size_t>(-2 - k)] < 0)
+                k = outer[static_cast<size_t>(-2 - k)];
+    }
+
+    RingList list_of(const JoinedRings& joined, const Vector<int32_t>& outer) const
+    {
+        RingList list;
+        list.starts.push_back(0);
+        for (size_t k = 0, next = 0; k < joined.rings.size(); ++k) {
+            for (const Place& place : joined.rings[k]) {
+                const Origin& origin = joined.origins[next++];
+                if (outer[k] < 0)
+                    continue;
+                list.points.push_back(point_at(k, origin, place));
+                list.sources.push_back(origin.place);
+            }
+            list.starts.push_back(static_cast<int64_t>(list.points.size()));
+            list.parents.push_back(outer[k]);
+            list.births.push_back(0.0);
+            list.ends.push_back(0.0);
+            list.collapsed.push_back(outer[k] < 0);
+        }
+        return list;
+    }
+
+    Point point_at(size_t ring, const Origin& origin, const Place& place) const
+    {
+        const auto i = static_cast<size_t>(origin.place);
+        const Point& p = in_[ring][i];
+        if (place == rings_[ring][i])
+            return p;
+        const double next = in_[ring][i + 1 < in_[ring].size() ? i + 1 : 0].z;
+        return {place.x / scale_, place.y / scale_, (1.0 - origin.share) * p.z + origin.share * next};
+    }
+
+    const OutlinesIn& in_;
+    const korvale_shapes_options& how_;
+    Telling telling_;
+    double scale_;
+    Rings rings_;
+};
 
 } // namespace
 } // namespace korvale::door
@@ -831,7 +976,7 @@ using namespace korvale::door;
 
 void korvale_shapes_defaults(korvale_shapes_options* options, size_t size)
 {
-    give_defaults(options, size, korvale_shapes_options{sizeof *options, 0, 0.0, nullptr, nullptr});
+    give_defaults(options, size, korvale_shapes_options{sizeof *options, 0, 0.0, nullptr, nullptr, nullptr});
 }
 
 korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, const korvale_shapes_options* options,
@@ -842,24 +987,11 @@ korvale_status korvale_shapes(const korvale_points* outlines, int64_t count, con
         require_finite(how.tolerance, "options.tolerance");
         if (how.tolerance < 0.0)
             throw Refusal("options.tolerance", "be 0 or more", Text() << "it is " << how.tolerance);
+        if (how.joined != nullptr)
+            *how.joined = nullptr;
         const OutlinesIn in(outlines, count, 0);
         if (count > 0)
             require(outer, "outer");
-        double largest = 0.0;
-        size_t places = 0;
-        for (size_t k = 0; k < in.size(); ++k) {
-            largest = std::max(largest, largest_of(in[k]));
-            places += in[k].size();
-        }
-        const double scale = scale_to_one(largest);
-        Rings rings;
-        rings.places.reserve(places);
-        for (size_t k = 0; k < in.size(); ++k)
-            rings.add(in[k], {0, 1, scale});
-        Nesting nesting(rings, how.tolerance * scale, how.crossing != 0, {how.progress, how.user});
-        if (how.crossing == 0)
-            if (const std::optional<Crossing> crossing = nesting.find_crossing())
-                refuse(*crossing, 1.0 / scale);
-        nesting.find(outer);
+        Shapes(in, how).sort(outer);
     });
 }

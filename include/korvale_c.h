@@ -417,9 +417,10 @@ typedef struct korvale_shapes_options {
     double tolerance; ///< outlines that lie within it of each other everywhere are one, and what is within it touches
     korvale_progress progress; ///< told while many outlines are sorted; may be null
     void* user;                ///< handed to `progress`
+    korvale_rings** joined;    ///< made, unless it is null: the outlines as they do not overlap
 } korvale_shapes_options;
 
-/// Refuses outlines that cross, tolerance 0, no progress.
+/// Refuses outlines that cross, tolerance 0, no progress, nothing joined.
 KORVALE_C_API void korvale_shapes_defaults(korvale_shapes_options* options, size_t size);
 
 /// Sorts outlines seen from above, along z, into shapes. `outer` [count] is, for an outer outline, its own number, for
@@ -435,8 +436,20 @@ KORVALE_C_API void korvale_shapes_defaults(korvale_shapes_options* options, size
 /// apart, and bends shorter than twice the tolerance may be up to twice as far. Outlines cross only where they do by
 /// more than that. Without a tolerance, what is below a 10^12th of the largest coordinate is rounding.
 ///
+/// Outlines that may cross by less than the tolerance may overlap by as much, and `korvale_triangulate` would cover
+/// what they share twice. `joined` becomes rings that do not, one for each outline, to be released by the caller: all
+/// points as they are, unless outlines overlap. Of those, and of outlines within twice the tolerance of them, each is
+/// joined to the ones before it: its points move to their corners, else onto their edges, no farther than the
+/// tolerance, and edges side by side become the same ones, for which both rings get more points. Loops of an outline no
+/// larger than twice the tolerance are cut off. All that is done again, at most three times, where outlines cross in
+/// their new places. `outer` tells of the outlines as they are then, with -1 where nothing is left. Of the arrays of
+/// the rings `sources` are the points of each outline, or those at which the edges of added points begin, `parents` is
+/// `outer`, `collapsed` is 1 where `outer` is below 0 and `births` and `ends` are 0.
+///
 /// Refuses numbers that are not finite, a tolerance below 0, and outlines that cross themselves or each other: it names
-/// one or two of them, and where. They may touch themselves, as along a way to a hole and back.
+/// one or two of them, and where. They may touch themselves, as along a way to a hole and back. With `joined` it also
+/// refuses outlines whose details are so small beside the tolerance that they still cross where they are joined; with
+/// `crossing` nothing is joined.
 KORVALE_C_API korvale_status korvale_shapes(const korvale_points* outlines, int64_t count,
                                             const korvale_shapes_options* options, int32_t* outer,
                                             korvale_error* error);

@@ -54,6 +54,9 @@ struct RingList {
     Vector<uint8_t> collapsed;
 };
 
+/// The same for a host, each array in a block of its own.
+korvale_rings* new_rings(const RingList& list);
+
 /// The arrays that a sweep works in, kept from sweep to sweep.
 class Sweep {
 public:

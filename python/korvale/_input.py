@@ -401,13 +401,17 @@ def shapes_of(outlines: Iterable[Numbers], function: str, tolerance: Any = 0.0, 
               report: Callable[[int], bool] | None = None) -> list[list[Numbers]]:
     """Sorts outlines into shapes: those inside an even number of others are outer ones, the rest their holes.
 
-    One that is there twice is taken once.
+    One that is there twice is taken once. With a tolerance they are joined where they overlap.
     """
     rings = [without_repeat(outline) for outline in outlines]
     try:
-        outer = _korvale.shapes(rings, tolerance, crossing, report).tolist()
+        numbers, joined = _korvale.shapes(rings, tolerance, crossing, report)
     except Error as error:
         raise renamed(error, function) from None
+    if joined is not None:
+        points, starts = joined
+        rings = numpy.split(points, starts[1:-1]) if len(starts) > 1 else []
+    outer = numbers.tolist()
     shapes = {k: [ring] for k, ring in enumerate(rings) if outer[k] == k}
     for k, ring in enumerate(rings):
         if 0 <= outer[k] != k:

@@ -283,18 +283,24 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
     tolerance: outlines that lie within it of each other everywhere are one, and so are those that a chain of such ones
         joins: the first of them is taken, as drawings have contours that are nearly there twice. Edges side by side
         meet in corners that are farther apart, so corners, and bends shorter than twice the tolerance, may be up to
-        twice as far. What is within it touches, and does not count as crossing.
+        twice as far. What is within it touches, and does not count as crossing: outlines that overlap are joined,
+        each to the ones before it, by moving points no farther than the tolerance and adding some where edges come to
+        lie side by side, and so again where they cross in their new places. All others stay as they are.
     crossing: outlines that cross each other, or themselves, are sorted all the same. Else they are refused: the error
         tells which ones and where.
     progress: as for `offset`.
 
     An outline inside an even number of others is an outer one; it does not matter which way round it runs. Outlines may
     touch each other and themselves. One that is there twice, number for number, is taken once. None that is returned
-    repeats its first point at the end.
+    repeats its first point at the end. Outlines whose details are so small beside the tolerance that they still cross
+    where they are joined are refused.
 
     >>> square = numpy.array([(0, 0), (1, 0), (1, 1), (0, 1)])
     >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]
     [2, 1]
+    >>> wide = korvale.shapes([square, square * (1.01, 1) + (0.99, 0)], tolerance=0.02)
+    >>> wide[1][0][:, 0].tolist()
+    [1.0, 2.0, 2.0, 1.0]
     """
     rings = _input.rings(path, "shapes", "path")
     return told(progress, "shapes", lambda report: _input.shapes_of(rings, "shapes", tolerance, crossing, report))

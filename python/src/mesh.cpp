@@ -135,8 +135,9 @@ py::array triangulate_of(const py::list& outlines, py::handle report)
                    owner);
 }
 
-/// For each outline the number of its outer one, as `korvale_shapes` has them.
-py::array shapes_of(const py::list& outlines, py::handle tolerance, py::handle crossing, py::handle report)
+/// For each outline the number of its outer one, as `korvale_shapes` has them, and with a tolerance the points of the
+/// outlines as they are joined, and where each begins.
+py::tuple shapes_of(const py::list& outlines, py::handle tolerance, py::handle crossing, py::handle report)
 {
     const ShapeIn shape(outlines, "shapes", "path");
     std::vector<korvale_points> views;
@@ -147,14 +148,22 @@ py::array shapes_of(const py::list& outlines, py::handle tolerance, py::handle c
     const Progress signals = Signals(report);
     py::array_t<std::int32_t> outer(static_cast<py::ssize_t>(views.size()));
     std::int32_t* const to = outer.mutable_data();
+    const bool joins = near != 0 && !is_crossing;
+    korvale_rings* joined = nullptr;
     {
         const Unlocked unlocked(shape.points() >= kLongShape);
         detail::done("shapes", signals, [&](korvale_progress tell, void* user, korvale_error* error) {
-            const korvale_shapes_options how = {sizeof how, is_crossing, near, tell, user};
+            const korvale_shapes_options how = {sizeof how, is_crossing, near, tell, user, joins ? &joined : nullptr};
             return korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), &how, to, error);
         }).value();
     }
-    return outer;
+    if (!joins)
+        return py::make_tuple(outer, py::none());
+    const std::unique_ptr<korvale_rings, void (*)(korvale_rings*)> owner(joined, &korvale_rings_free);
+    const korvale_ring_arrays all = korvale_rings_view(joined);
+    const auto n = static_cast<py::ssize_t>(all.starts[all.rings]);
+    return py::make_tuple(outer, py::make_tuple(py::array_t<double>({n, py::ssize_t{3}}, all.points),
+                                                py::array_t<std::int64_t>(all.rings + 1, all.starts)));
 }
 
 } // namespace

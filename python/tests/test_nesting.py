@@ -5,9 +5,11 @@ import random
 import unittest
 
 import korvale
+import numpy
 
 try:
     import shapely.geometry as shapely
+    from shapely.ops import unary_union
 except ImportError:
     shapely = None
 
@@ -157,6 +159,42 @@ class NestingTest(unittest.TestCase):
             self.assertEqual(len(shapes), 1, f"case {case} overlaps: {first}, {second}")
             told["one" if one else "two"] += 1
         self.assertTrue(all(count > 20 for count in told.values()), told)
+
+    def test_what_overlaps_within_the_tolerance_is_joined(self):
+        rng = random.Random(1704)
+        told = {"joined": 0, "refused": 0}
+        for case in range(1500):
+            tolerance = rng.choice((1e-4, 0.005, 0.02))
+            angle = rng.choice((0, 6 * rng.random()))
+            outlines = [moved(rng, turned([(x, y) for x, y, _ in outline], angle), 0.34 * tolerance)
+                        for outline in drawing(rng)]
+            try:
+                shapes = korvale.shapes(outlines, tolerance=tolerance)
+            except korvale.Error:
+                told["refused"] += 1
+                continue
+            told["joined"] += 1
+            for shape in shapes:
+                outer, *holes = (shapely.Polygon(ring[:, :2]) for ring in shape)
+                self.assertTrue(all(ring.is_valid for ring in (outer, *holes)), f"case {case}")
+                expected = outer.difference(unary_union(holes)).area if holes else outer.area
+                corners = numpy.concatenate(shape)[korvale.triangulate(shape)]
+                a, b = corners[:, 1] - corners[:, 0], corners[:, 2] - corners[:, 0]
+                twice = a[:, 0] * b[:, 1] - a[:, 1] * b[:, 0]
+                self.assertAlmostEqual(abs(twice).sum() / 2, expected, 8, f"case {case}")
+                self.assertAlmostEqual(abs(twice.sum()) / 2, expected, 8, f"case {case}")
+                korvale.bevel(shape, [(0, 0), (0, 1)])
+        self.assertLess(told["refused"], 30, told)
+
+
+def moved(rng, outline, far):
+    """An outline with each of its corners moved a little, and points on its sides."""
+    points = []
+    for (x, y), (next_x, next_y) in zip(outline, outline[1:] + outline[:1]):
+        for share in (0, *sorted(rng.random() for _ in range(rng.choice((0, 0, 1, 2))))):
+            points.append((x + share * (next_x - x) + rng.uniform(-far, far),
+                           y + share * (next_y - y) + rng.uniform(-far, far)))
+    return points
 
 
 def turned(outline, angle):

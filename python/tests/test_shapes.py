@@ -508,6 +508,17 @@ class SolidTest(RefusingTest):
         self.assertEqual([len(shape) for shape in korvale.shapes([SQUARE, near, HOLE], tolerance=0.01)], [2])
         self.assertEqual(korvale.shapes([near, SQUARE], tolerance=0.01)[0][0].tolist(), near.tolist())
 
+    def test_shapes_join_what_overlaps_a_little(self):
+        plate = [(0, 0), (10, 0), (10, 10), (0, 10)]
+        holes = [[(2, 2), (4.01, 2), (4.01, 4), (2, 4)], [(4, 2), (6, 2), (6, 4), (4, 4)]]
+        shape, = korvale.shapes([plate, *holes], tolerance=0.02)
+        self.assertEqual([ring[:, :2].tolist() for ring in shape],
+                         [[list(point) for point in plate], [list(point) for point in holes[0]],
+                          [[4.01, 2], [6, 2], [6, 4], [4.01, 4]]])
+        korvale.bevel(shape, [(0, 0), (0, 1)])
+        drawn, = korvale.shapes([plate, *holes], tolerance=0.02, crossing=True)
+        self.assertEqual(drawn[2][:, :2].tolist(), [list(point) for point in holes[1]])
+
     def test_no_outline_repeats_its_first_point(self):
         for repeats in (1, 2, 5):
             closed = numpy.vstack([SQUARE, SQUARE[[0] * repeats]])

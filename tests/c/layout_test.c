@@ -78,10 +78,11 @@ static korvale_status options_are_laid_out(void)
     PLACE(korvale_band_options, miter_limit, 48);
     PLACE(korvale_band_options, progress, 56);
     SIZE(korvale_flatten_options, 16);
-    SIZE(korvale_shapes_options, 32);
+    SIZE(korvale_shapes_options, 40);
     PLACE(korvale_shapes_options, crossing, 4);
     PLACE(korvale_shapes_options, tolerance, 8);
     PLACE(korvale_shapes_options, progress, 16);
+    PLACE(korvale_shapes_options, joined, 32);
     SIZE(korvale_bevel_options, 32);
     PLACE(korvale_bevel_options, split, 4);
     PLACE(korvale_bevel_options, progress, 8);

@@ -65,8 +65,37 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status joins_outlines_that_overlap_a_little(void)
+{
+    static const double beside_points[] = {7.5, 2, 12, 2, 12, 6, 7.5, 6};
+    korvale_points outlines[2];
+    int32_t outer[2] = {-7, -7};
+    korvale_shapes_options options;
+    korvale_rings* rings = NULL;
+    korvale_ring_arrays all;
+    korvale_error error;
+    outlines[0] = plate;
+    outlines[1].data = beside_points;
+    outlines[1].count = 4;
+    outlines[1].stride = 0;
+    outlines[1].dim = 2;
+    outlines[1].kind = KORVALE_DOUBLE;
+    korvale_shapes_defaults(&options, sizeof options);
+    options.tolerance = 1;
+    options.joined = &rings;
+    TRY_WRITING(outer, korvale_shapes(outlines, 2, &options, outer, &error));
+    all = korvale_rings_view(rings);
+    CHECK(all.rings == 2 && all.starts[1] == 6 && all.starts[2] == 10);
+    CHECK(all.points[6] == 8 && all.points[7] == 2 && all.sources[2] == 1);
+    CHECK(all.points[18] == 8 && all.points[19] == 2 && all.parents[1] == 1);
+    korvale_rings_free(rings);
+done:
+    return (korvale_status)error.status;
+}
+
 void shape_tests(void)
 {
+    RUN(joins_outlines_that_overlap_a_little);
     RUN(cuts_a_plate_with_a_hole);
     RUN(sorts_outlines_into_shapes);
 }

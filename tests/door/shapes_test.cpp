@@ -293,7 +293,7 @@ TEST(Shapes, SayWhichTolerancesTheyRefuse)
             std::string("korvale_shapes: options.tolerance must ") + given);
     }
     Told told;
-    korvale_shapes_options options = {77, 77, 77, &Told::tell, &told};
+    korvale_shapes_options options = {77, 77, 77, &Told::tell, &told, nullptr};
     korvale_shapes_defaults(&options, sizeof options);
     EXPECT_EQ(options.size, sizeof options);
     EXPECT_EQ(options.crossing, 0);

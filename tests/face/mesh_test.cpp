@@ -222,6 +222,19 @@ TEST(FaceShapes, ListsHolesAfterTheirOuterOutline)
               "shapes: outline 0 must be finite, but its point 1 is (1, nan, 0)");
 }
 
+TEST(FaceShapes, GiveOutlinesThatDoNotOverlap)
+{
+    const Outline beside = {{9.99, 3, 0}, {12, 3, 0}, {12, 7, 0}, {9.99, 7, 0}};
+    Rings joined;
+    EXPECT_EQ(shapes({kPlate[0], beside}, {.tolerance = 0.02, .joined = &joined}),
+              (std::vector<std::vector<size_t>>{{0}, {1}}));
+    ASSERT_EQ(joined.size(), 2u);
+    EXPECT_EQ(joined[0].size(), 6u);
+    EXPECT_EQ(joined[0][2], (Point{10, 3, 0}));
+    EXPECT_EQ(joined[1][0], (Point{10, 3, 0}));
+    EXPECT_EQ(joined.sources[2], 1);
+}
+
 TEST(FaceTube, FacesOutwardsAndCloses)
 {
     Outline helix, section = circle(12, 0.5);

@@ -61,4 +61,33 @@ WORKLOAD(DoorShapes, 1000, 0x2c6a75521a4554c1u, 1)
     }
 }
 
+TEST(Golden, DoorJoinedShapes)
+{
+    Random random(1109);
+    Hash hash;
+    for (int i = 0; i < 300; ++i) {
+        std::vector<double> boxes;
+        for (int k = 0; k < 16; ++k) { // each over its neighbours by up to 0.02
+            const double x = k % 4, y = k / 4;
+            for (const auto& [u, v] : {std::pair(0, 0), {1, 0}, {1, 1}, {0, 1}})
+                boxes.insert(boxes.end(), {x + u + random.uniform(-0.01, 0.01), y + v + random.uniform(-0.01, 0.01),
+                                           random.uniform(0, 1)});
+        }
+        std::vector<korvale_points> views;
+        for (int k = 0; k < 16; ++k)
+            views.push_back({&boxes[static_cast<size_t>(12 * k)], 4, 0, 3, KORVALE_DOUBLE});
+        int32_t outer[16];
+        korvale_rings* rings = nullptr;
+        const korvale_shapes_options options = {sizeof options, 0, 0.04, nullptr, nullptr, &rings};
+        hash.add(korvale_shapes(views.data(), 16, &options, outer, nullptr)).add(outer, 16);
+        const korvale_ring_arrays all = korvale_rings_view(rings);
+        for (int64_t k = 0; k <= all.rings; ++k)
+            hash.add(static_cast<uint64_t>(all.starts[k]));
+        hash.add(all.points, 3 * all.starts[all.rings]);
+        hash.add(all.sources, all.starts[all.rings]);
+        korvale_rings_free(rings);
+    }
+    EXPECT_EQ(hash.value(), 0x862ce80bda31a15u);
+}
+
 } // namespace korvale::test

@@ -148,9 +148,10 @@ inline std::vector<Triangle> triangulate(AnyShape outlines, const Progress& prog
 
 /// How `shapes` works.
 struct ShapesOptions {
-    double tolerance = 0.0; ///< outlines that lie within it of each other everywhere are one
-    bool crossing = false;  ///< outlines that cross, also themselves, are sorted all the same, instead of refused
-    Progress progress = {}; ///< told while many outlines are sorted; it may stop that
+    double tolerance = 0.0;  ///< outlines that lie within it of each other everywhere are one
+    bool crossing = false;   ///< outlines that cross, also themselves, are sorted all the same, instead of refused
+    Progress progress = {};  ///< told while many outlines are sorted; it may stop that
+    Rings* joined = nullptr; ///< where it is given it becomes the outlines as they do not overlap
 };
 
 /// `shapes`, telling of failures by its result.
@@ -159,13 +160,21 @@ inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outl
     return detail::within_memory("shapes", [&]() -> Result<std::vector<std::vector<std::size_t>>> {
         const std::vector<korvale_points> views = detail::views_of(outlines);
         std::vector<std::int32_t> outer(views.size());
+        korvale_rings* made = nullptr;
         const Result<void> sorted =
             detail::done("shapes", options.progress, [&](korvale_progress tell, void* user, korvale_error* error) {
-                const korvale_shapes_options how = {sizeof how, options.crossing, options.tolerance, tell, user};
+                const korvale_shapes_options how = {sizeof how,
+                                                    options.crossing,
+                                                    options.tolerance,
+                                                    tell,
+                                                    user,
+                                                    options.joined == nullptr ? nullptr : &made};
                 return korvale_shapes(views.data(), static_cast<std::int64_t>(views.size()), &how, outer.data(), error);
             });
         if (!sorted)
             return sorted.error();
+        if (options.joined != nullptr)
+            *options.joined = detail::taken(made);
         std::vector<std::vector<std::size_t>> shapes;
         std::vector<std::size_t> place(views.size());
         for (const bool holes : {false, true})
@@ -188,13 +197,19 @@ inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outl
 /// that is there twice is taken once, and one without points is left out. With a tolerance outlines that are within it
 /// of each other everywhere, corners within twice that, are one, and so are those that a chain of such ones joins.
 ///
+/// Outlines may overlap by less than the tolerance then, and triangles of them too. `joined` are rings that do not, one
+/// for each outline: those that overlap are joined, each to the ones before it, by moving points no farther than the
+/// tolerance and adding some, and so again where they cross in their new places. `sources` are the points of each
+/// outline, or those at which the edges of added points begin, `parents` the outer outlines.
+///
 /// ```
 /// for (const std::vector<std::size_t>& shape : korvale::shapes(letter))
 ///     draw(letter[shape[0]], shape.size() - 1);
 /// ```
 ///
 /// Throws `Error` for numbers that are not finite, a tolerance below 0, and outlines that cross themselves or each
-/// other by more than the tolerance, unless they are sorted all the same.
+/// other by more than the tolerance, unless they are sorted all the same, and for outlines whose details are so small
+/// beside the tolerance that they cannot be joined.
 inline std::vector<std::vector<std::size_t>> shapes(AnyOutlines outlines, const ShapesOptions& options = {})
 {
     return try_shapes(outlines.view(), options).value();

@@ -421,12 +421,23 @@ struct Rings {
     friend bool operator==(const Rings&, const Rings&) = default;
 };
 
+namespace detail {
+
+/// The rings of a handle, which is released.
+inline Rings taken(korvale_rings* made) noexcept
+{
+    const korvale_ring_arrays all = korvale_rings_take(made);
+    korvale_rings_free(made);
+    const auto rings = static_cast<std::size_t>(all.rings), n = static_cast<std::size_t>(all.starts[all.rings]);
+    return {Points(all.points, n), {all.starts, rings + 1}, {all.sources, n},      {all.parents, rings},
+            {all.births, rings},   {all.ends, rings},       {all.collapsed, rings}};
+}
+
+} // namespace detail
+
 /// `offset_rings`, telling of failures by its result.
 inline Result<Rings> try_offset_rings(AnyPoints outline, double distance, const OffsetOptions& options = {})
 {
-    struct Free {
-        void operator()(korvale_rings* rings) const noexcept { korvale_rings_free(rings); }
-    };
     const korvale_points points = detail::view_of(outline);
     korvale_rings* made = nullptr;
     const Result<void> done =
@@ -435,13 +446,9 @@ inline Result<Rings> try_offset_rings(AnyPoints outline, double distance, const 
                 sizeof how, options.keep_vertices, options.split, 0, options.height, told, user};
             return korvale_offset_rings(&points, distance, &how, &made, error);
         });
-    const std::unique_ptr<korvale_rings, Free> owner(made);
     if (!done)
         return done.error();
-    const korvale_ring_arrays all = korvale_rings_take(made);
-    const auto rings = static_cast<std::size_t>(all.rings), n = static_cast<std::size_t>(all.starts[all.rings]);
-    return Rings{Points(all.points, n), {all.starts, rings + 1}, {all.sources, n},      {all.parents, rings},
-                 {all.births, rings},   {all.ends, rings},       {all.collapsed, rings}};
+    return detail::taken(made);
 }
 
 /// `offset` with all pieces: where a vertex runs into an edge both go on, the piece that `offset` drops as an outline
