@@ -51,5 +51,19 @@ TYPED_TEST(SamplingSteps, AreTakenOnAnyTriangles)
     }
 }
 
+TYPED_TEST(SamplingSteps, AreTakenWhereAShareIsNextToADraw)
+{
+    // Three of 217 equal areas add up to the double below 453 / 32767.
+    std::vector<double> triangles;
+    for (int i = 0; i < 217; ++i)
+        triangles.insert(triangles.end(), {0, 0, 1.0 * i, 1, 0, 1.0 * i, 0, 1, 1.0 * i});
+    const auto expected = reference::sample_triangles(triangles, 5, 200000, {});
+    auto t = doubles<TypeParam>(9, triangles);
+    auto p = array_of<TypeParam>(DATA_TYPE_DOUBLE, 200000, 3);
+    Owned<TypeParam> none;
+    sample(t.get(), 5, p.get(), none.get(), none.get());
+    ASSERT_TRUE(same_bits(expected.points, p->dvals));
+}
+
 } // namespace
 } // namespace korvale::test
