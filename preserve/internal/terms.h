@@ -6,7 +6,7 @@
 #include "preserve/internal/mesh.h"
 #include "preserve/status.h"
 
-// What the solver keeps of a mesh: one file and one row per term.
+// What the solver keeps of a mesh: the work of a term is one file and one row.
 namespace korvale::preserve {
 
 /// What the terms of one evaluation share: which are measured, and the bound of a trial step. The trial is given up
