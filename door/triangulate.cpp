@@ -95,20 +95,14 @@ public:
         int32_t number;
     };
 
-    Blockers(Vector<Corner> corners, int32_t bound) : corners_(std::move(corners)), at_(static_cast<size_t>(bound), -1)
+    Blockers(Vector<Corner> corners, int32_t bound)
+        : at_(static_cast<size_t>(bound), -1), first_leaf_(std::bit_ceil(corners.size() / kLeaf + 1))
     {
-        sort_along_curve();
-        first_leaf_ = std::bit_ceil(std::max<size_t>(1, (corners_.size() + kLeaf - 1) / kLeaf));
+        corners_.resize(first_leaf_ * kLeaf);
         boxes_.assign(2 * first_leaf_, kNowhere);
         counts_.assign(2 * first_leaf_, 0);
-        for (size_t i = 0; i < corners_.size(); ++i) {
-            at_[static_cast<size_t>(corners_[i].number)] = static_cast<int32_t>(i);
-            boxes_[first_leaf_ + i / kLeaf].cover(corners_[i].place);
-            ++counts_[first_leaf_ + i / kLeaf];
-        }
+        fill(1, corners);
         raise(boxes_);
-        for (size_t i = first_leaf_ - 1; i > 0; --i)
-            counts_[i] = counts_[2 * i] + counts_[2 * i + 1];
     }
 
     bool has(int32_t number) const { return at_[static_cast<size_t>(number)] >= 0; }
@@ -164,24 +158,38 @@ public:
 private:
     static constexpr size_t kLeaf = 8;
 
-    void sort_along_curve()
+    /// Puts corners into the leaves below a node, halved across the longer side of what they cover. Boxes are a little
+    /// narrower than high: bridges leave corridors between columns of holes, whose ears are slivers.
+    void fill(size_t node, std::span<Corner> corners)
     {
-        if (corners_.size() <= kLeaf)
+        counts_[node] = static_cast<int32_t>(corners.size());
+        if (node < first_leaf_) {
+            constexpr double kNarrower = 1.2;
+            Box all = kNowhere;
+            for (const Corner& corner : corners)
+                all.cover(corner.place);
+            const auto middle = corners.begin() + static_cast<ptrdiff_t>(corners.size() / 2);
+            if (kNarrower * (all.high_x - all.low_x) > all.high_y - all.low_y)
+                std::ranges::nth_element(corners, middle, {}, [](const Corner& c) { return c.place.x; });
+            else
+                std::ranges::nth_element(corners, middle, {}, [](const Corner& c) { return c.place.y; });
+            fill(2 * node, {corners.begin(), middle});
+            fill(2 * node + 1, {middle, corners.end()});
             return;
-        Vector<Place> places(corners_.size());
-        std::transform(corners_.begin(), corners_.end(), places.begin(), [](const Corner& c) { return c.place; });
-        Vector<Corner> sorted(corners_.size());
-        const Vector<size_t> order = order_along_curve(places);
-        for (size_t i = 0; i < order.size(); ++i)
-            sorted[i] = corners_[order[i]];
-        corners_ = std::move(sorted);
+        }
+        size_t at = (node - first_leaf_) * kLeaf;
+        for (const Corner& corner : corners) {
+            boxes_[node].cover(corner.place);
+            at_[static_cast<size_t>(corner.number)] = static_cast<int32_t>(at);
+            corners_[at++] = corner;
+        }
     }
 
     Vector<Corner> corners_; // those of a leaf in kLeaf places, the ones that are left first
     Vector<int32_t> at_;     // where each corner is among them; -1: it does not block
     Vector<Box> boxes_;
     Vector<int32_t> counts_; // corners that are left
-    size_t first_leaf_ = 0;
+    size_t first_leaf_;
 };
 
 // --- Clipping --------------------------------------------------------------------------------------------------------
