@@ -118,8 +118,8 @@ void require_closed(const TrianglesIn& triangles, std::string_view argument)
             return;
         throw Refusal(argument, "be closed and face one way",
                       Text() << "the edge between points " << triangles.corner(edge.low) << " and "
-                             << triangles.corner(edge.high) << " is run through " << edge.up << " times one way and "
-                             << edge.down << " the other");
+                             << triangles.corner(edge.high) << " runs one way in " << edge.up
+                             << " and the other way in " << edge.down << " of the triangles");
     });
 }
 

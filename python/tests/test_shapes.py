@@ -440,7 +440,7 @@ class SolidTest(RefusingTest):
 
     def test_says_what_meshes_do_not_measure(self):
         self.assertRefuses("Mesh.volume: triangles must be closed and face one way, but the edge between points 0 and "
-                           "1 is run through 1 times one way and 0 the other",
+                           "1 runs one way in 1 and the other way in 0 of the triangles",
                            lambda: korvale.Mesh(SQUARE, [(0, 1, 2)]).volume)
         self.assertRefuses("Mesh.bounds: triangles must have at least 1 triangle, but there is none",
                            lambda: korvale.Mesh([], []).bounds)

@@ -28,8 +28,8 @@ static korvale_status measures_a_box(void)
     TRY_WRITING(volume, korvale_mesh_volume(&triangles, &volume, &error));
     CHECK(volume == 30);
     REFUSE(korvale_mesh_volume(&open, &volume, &error), KORVALE_BAD_ARGUMENT,
-           "korvale_mesh_volume: triangles must be closed and face one way, but the edge between points 1 and 5 is run "
-           "through 1 times one way and 0 the other");
+           "korvale_mesh_volume: triangles must be closed and face one way, but the edge between points 1 and 5 "
+           "runs one way in 1 and the other way in 0 of the triangles");
     CHECK(volume == 30);
 done:
     return (korvale_status)error.status;

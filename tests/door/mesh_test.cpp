@@ -175,17 +175,17 @@ TEST(MeshVolume, RefusesMeshesThatAreNotClosed)
 {
     const Indices open(kBoxCorners.begin(), kBoxCorners.end() - 3);
     EXPECT_EQ(volume_refusal(triangles_of(kBox, open)),
-              "korvale_mesh_volume: triangles must be closed and face one way, but the edge between points 1 and 5 is "
-              "run through 1 times one way and 0 the other");
+              "korvale_mesh_volume: triangles must be closed and face one way, but the edge between points 1 and 5 "
+              "runs one way in 1 and the other way in 0 of the triangles");
     Indices turned = kBoxCorners;
     std::swap(turned[0], turned[1]);
     EXPECT_EQ(volume_refusal(triangles_of(kBox, turned)),
-              "korvale_mesh_volume: triangles must be closed and face one way, but the edge between points 2 and 0 is "
-              "run through 2 times one way and 0 the other");
+              "korvale_mesh_volume: triangles must be closed and face one way, but the edge between points 2 and 0 "
+              "runs one way in 2 and the other way in 0 of the triangles");
     const Numbers one = {0, 0, 0, 1, 0, 0, 0, 1, 0};
     EXPECT_EQ(volume_refusal({points_of(one), {}}),
-              "korvale_mesh_volume: triangles must be closed and face one way, but the edge between points 0 and 1 is "
-              "run through 1 times one way and 0 the other");
+              "korvale_mesh_volume: triangles must be closed and face one way, but the edge between points 0 and 1 "
+              "runs one way in 1 and the other way in 0 of the triangles");
 }
 
 TEST(MeshMeasures, SayWhatTheyRefuse)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # usage: lifetimes.sh SOURCE COMPILER
 # Views of what is gone by then do not compile, or, where only a compiler that knows lifetimes can tell, are warned of.
+# Nor does a call that may mean two things.
 # SOURCE is the library's source tree.
 set -euo pipefail
 source=$1 compiler=$2
@@ -86,6 +87,12 @@ is_refused 'auto view = korvale::RayGrid(kept).triangles(); use(&view);'
 is_right 'auto edges = korvale::Relaxer(kept, triangles).edges(); use(&edges);'
 is_refused 'korvale::Column column("x", make_numbers()); use(&column);'
 is_right 'korvale::Column column("x", numbers); korvale::Column part("y", std::span(numbers)); use(&column); use(&part);'
+
+# One triangle between braces looks like a size of the grid.
+is_right 'korvale::RayGrid grid(kept, {{0, 1, 2}, {0, 2, 3}}); korvale::RayGrid other(kept, korvale::GridSize{4, 4, 4});'
+is_right 'korvale::RayGrid grid(kept, triangles, {{4, 4, 4}}); use(&grid);'
+is_refused 'korvale::RayGrid grid(kept, {{0, 1, 3}});' 'ambiguous'
+is_refused 'korvale::RayGrid::try_make(kept, {{0, 1, 3}});' 'ambiguous'
 
 is_warned_of 'const korvale::Point& p = korvale::offset(kept, 1).points[0]; use(&p);'
 is_warned_of 'auto numbers = korvale::offset(kept, 1).points.coordinates(); use(&numbers);'

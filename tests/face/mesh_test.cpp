@@ -64,8 +64,8 @@ TEST(FaceMesh, SaysWhatItRefuses)
     Mesh open = cube();
     open.triangles.pop_back();
     EXPECT_EQ(refusal_of([&] { open.volume(); }),
-              "Mesh::volume: triangles must be closed and face one way, but the edge between points 1 and 5 is run "
-              "through 1 times one way and 0 the other");
+              "Mesh::volume: triangles must be closed and face one way, but the edge between points 1 and 5 "
+              "runs one way in 1 and the other way in 0 of the triangles");
     open.triangles[0][1] = 8;
     EXPECT_EQ(refusal_of([&] { open.normals(); }),
               "Mesh::normals: triangles must name vertices 0 to 7, but its corner 1 is 8");

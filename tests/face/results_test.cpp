@@ -139,6 +139,7 @@ TEST(FaceResult, GridsTellWhatTheyRefuse)
     const RayGrid grid = *RayGrid::try_make(kSquare, kTriangles);
     EXPECT_EQ(grid.size(), 2u);
     EXPECT_EQ(RayGrid::try_make(kSquare, {4}, {0, 1, 2, 3})->size(), 2u);
+    EXPECT_EQ(RayGrid::try_make(kSquare, {{0, 1, 2}, {0, 2, 3}})->size(), 2u);
     EXPECT_EQ(RayGrid::try_make({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}})->size(), 1u);
     const Outline corners(kSquare.begin(), kSquare.begin() + 3);
     EXPECT_EQ(RayGrid::try_over(corners)->size(), 1u);

@@ -236,7 +236,7 @@ TEST(FaceLists, StandForPointsAndTriangles)
     EXPECT_EQ(scatter(kSquare, {{0, 1, 2}}, 9, 1).points.size(), 9u);
     EXPECT_EQ(RayGrid(kSquare, {{0, 1, 2}, {0, 2, 3}}).size(), 2u);
     EXPECT_EQ(RayGrid(kSquare, {4}, {0, 1, 2, 3}).size(), 2u);
-    EXPECT_EQ(RayGrid({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{4, 4, 4}}).grid_size().x, 4);
+    EXPECT_EQ(RayGrid({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, GridSize{4, 4, 4}).grid_size().x, 4);
     EXPECT_EQ(edges_of(Relaxer(kSquare, {{0, 1, 2}, {0, 2, 3}})), 5u);
     EXPECT_EQ(edges_of(Relaxer(kSquare, {4}, {0, 1, 2, 3})), 4u);
     EXPECT_EQ(edges_of(Relaxer::of_edges(kSquare, {{0, 1}, {1, 2}})), 2u);

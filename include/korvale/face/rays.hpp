@@ -36,6 +36,16 @@ struct RayColumns {
     PointSpan weights = {};                 ///< of the corners of the nearest triangle, zeros where there is none
 };
 
+namespace detail {
+
+/// A single triangle between braces.
+struct OneTriangle {
+    OneTriangle(const Triangle& triangle) : corners(triangle) {}
+    Triangle corners;
+};
+
+} // namespace detail
+
 /// Triangles for rays: those met are those of a grid of cells.
 ///
 /// ```
@@ -71,6 +81,8 @@ public:
         : RayGrid(make(detail::triangles_of(vertices, triangles), false, size, progress).value())
     {
     }
+    // {{0, 1, 3}} may be a triangle or a size: write std::vector<Triangle>{{0, 1, 3}}, or GridSize{4, 4, 4}
+    RayGrid(AnyPoints vertices, detail::OneTriangle triangle, const Progress& progress = {}) = delete;
     ///@}
 
     /// Faces of any number of corners, `corners` face after face; each is cut into triangles about its first corner.
@@ -102,6 +114,14 @@ public:
     {
         return make(detail::triangles_of(vertices, triangles), false, size, progress);
     }
+    template <std::size_t n>
+    requires(n > 1) static Result<RayGrid> try_make(AnyPoints vertices, const Triangle (&triangles)[n],
+                                                    std::optional<GridSize> size = {}, const Progress& progress = {})
+    {
+        return make(detail::triangles_of(vertices, triangles), false, size, progress);
+    }
+    static Result<RayGrid> try_make(AnyPoints vertices, detail::OneTriangle triangle,
+                                    const Progress& progress = {}) = delete; // as above
     static Result<RayGrid> try_make(AnyPoints vertices, AnyIndices face_sizes, AnyIndices corners,
                                     std::optional<GridSize> size = {}, const Progress& progress = {})
     {
