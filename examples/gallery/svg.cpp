@@ -94,11 +94,16 @@ void Svg::text(Point at, double size, const std::string& text, Colour colour, co
              colour_name(colour) + "\">" + escaped(text) + "</text>\n";
 }
 
+void Svg::title(const std::string& text)
+{
+    title_ = "<title>" + escaped(text) + "</title>\n";
+}
+
 std::string Svg::content() const
 {
     const std::string w = std::to_string(width_), h = std::to_string(height_);
     return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + w + "\" height=\"" + h + "\" viewBox=\"0 0 " + w +
-           " " + h + "\">\n" + body_ + "</svg>\n";
+           " " + h + "\">\n" + title_ + body_ + "</svg>\n";
 }
 
 } // namespace gallery

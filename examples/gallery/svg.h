@@ -22,12 +22,15 @@ public:
     /// Writes with the reader's own sans-serif face; `anchor` is start, middle or end.
     void text(Point at, double size, const std::string& text, Colour colour = kInk, const char* anchor = "start");
 
+    /// What is seen, for whoever cannot see it.
+    void title(const std::string& text);
+
     /// The whole file.
     std::string content() const;
 
 private:
     int width_, height_;
-    std::string body_;
+    std::string title_, body_;
 };
 
 /// `text` with the characters that mean something in HTML and SVG replaced.
