@@ -303,8 +303,8 @@ bool is_speck(const Wavefront& w, int32_t vertex, Box box)
 
 /// Whether the smaller of the two pieces that `vertex` makes by running into `edge` is the one that follows the vertex.
 ///
-/// A box without area tells nothing of how long it is. So nothing, which is a speck or an edge there and back, may be
-/// left in the place of the outline; that is noted, and with `catch_up` turned round.
+/// The area of a box does not tell a long flat piece from a speck, or from an edge there and back. So the piece to keep
+/// may be one of these while the other is real. That is noted in `has_lost`, and with `catch_up` the real one is kept.
 bool is_smaller_after(Wavefront& w, int32_t vertex, int32_t edge)
 {
     const int32_t after = next_live(w, vertex), before = previous_live(w, vertex), behind_edge = next_live(w, edge);

@@ -69,10 +69,11 @@ struct OfCall {
         return course.ask(static_cast<double>(made) / static_cast<double>(count), course.user);
     }
 
-    /// Takes shares from within the steps of the draws, never from their ends.
+    /// Makes shares of the 15 bits of a draw and 38 of the second generator: 53, as many as a double holds. The last
+    /// bit is set, so no share lies at the end of a step.
     void refine(int count, Draws& draws)
     {
-        constexpr int kBits = 38; // those of a draw and these are as many as a double holds
+        constexpr int kBits = 38;
         for (int k = 0; k < count; ++k) {
             const uint64_t within = draw_word(second_state) >> (64 - kBits) | 1;
             const uint64_t fine = static_cast<uint64_t>(draws.numbers[3 * k]) << kBits | within;

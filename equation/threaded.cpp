@@ -52,8 +52,7 @@ struct Evaluation {
     /// Reads the equation. Returns the number of items, or 0 where anything is unusual. Usual is:
     ///
     /// - All lists are as the library made them.
-    /// - An end item stands behind the items, among their 100. With `may_copy` a missing one is added in a
-    ///   copy.
+    /// - An end item stands behind the items, among their 100. With `may_copy` a missing one is added in a copy.
     /// - The functions have slots for all built-in ones, and ADD to DIVIDE are in theirs.
     template <bool may_copy>
     [[gnu::always_inline]] int32_t open(EquationSystem& system, int32_t number)
@@ -107,9 +106,9 @@ struct Evaluation {
     }
 };
 
-// The threaded interpreter: one function for each kind of item. `kind` and `operand` are those of the item, `below` is
-// the stack pointer. At least one value is held. Each returns the result of the
-// whole evaluation.
+// The threaded interpreter: one function for each kind of item. `kind` and `operand` point at those of the item, `below`
+// is the stack pointer, and `top` the topmost value. At least one value is held. Each returns the result of the whole
+// evaluation.
 using RunItem = double(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below, double top);
 RunItem run_end, run_constant, run_variable, run_draw, run_unary, run_binary, run_other;
 

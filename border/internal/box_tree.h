@@ -72,7 +72,7 @@ inline Boxes boxes_in(double* memory, int64_t n)
     return {memory, memory + n, memory + 2 * n, memory + 3 * n};
 }
 
-/// Whether box i shares no point with `box`, and the boxes behind it, one per lane.
+/// Lane k: whether box i + k shares no point with `box`.
 template <class V>
 KORVALE_OVER_LANES auto boxes_apart(const Boxes& boxes, int64_t i, const Box& box)
 {

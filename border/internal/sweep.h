@@ -32,12 +32,14 @@ struct Sweep {
     /// End before a part is lost: where the outline would split, or a limb or all of it vanishes. Specks may be lost.
     bool keep_whole = false;
 
-    /// Let rounding cut nothing off or leave it out. A vertex also meets an edge that it is past, or beside the end of,
-    /// by no more than a hair: as after another meeting at the same distance. And of two pieces one is not left for the
-    /// size of its box where it is nothing.
+    /// Complete what rounding would lose. Set by callers that sweep again after `has_missed` or `has_lost`:
+    ///
+    /// - A vertex that is past an edge, or beside its end, by no more than kHair meets that edge at once. Several
+    ///   meetings at one distance leave such vertices.
+    /// - Of two pieces the real one is kept where the other is a speck, or an edge there and back.
     bool catch_up = false;
-    bool has_missed = false; ///< written: a vertex was past an edge, or beside its end, by no more than a hair
-    bool has_lost = false;   ///< written: of two pieces nothing was to be left
+    bool has_missed = false; ///< written: there was such a vertex, with `catch_up` or without
+    bool has_lost = false;   ///< written: there were two such pieces, and their boxes would have kept the wrong one
 
     /// Told of every piece that is dropped; what it throws goes on to whoever runs the sweep. May be null.
     void (*drop)(const DroppedPiece& piece, void* receiver) = nullptr;

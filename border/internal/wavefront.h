@@ -79,7 +79,7 @@ public:
     EdgeColumns edge;        ///< set by `measure_live`, read by all steps after it
     EdgeColumns edge_before; ///< of the round before: swapped with `edge` by `measure_edges`
     Points line_at;          ///< alias, set by `fit_edge_lines`, read when a row is handed back
-    EdgeColumns line_edge;   ///< the same of the edges
+    EdgeColumns line_edge;   ///< alias, set by `fit_edge_lines`: the edges that the lines belong to
     Points velocity;         ///< motion per unit of distance: set by `aim_vertices`
     Points velocity_before;  ///< the other set: swapped with `velocity` by `aim_vertices`
     Column<double> rate;     ///< change of an edge's length per unit of distance: set by `first_edge_event`

@@ -83,11 +83,15 @@ private:
         return std::bit_ceil(static_cast<uint32_t>(edges) + static_cast<uint32_t>(edges) / 2 + 4);
     }
 
-    /// The bytes to allocate, of which `used` are touched. More than is used, on purpose: glibc raises its mmap
-    /// threshold to the largest mmapped block freed so far, 32 MiB at most, and its trim threshold to twice that
-    /// (mallopt(3), M_MMAP_THRESHOLD). So freeing a block of over half the mesh's arrays keeps them all on the heap,
-    /// and the next mesh reuses their pages instead of faulting them in again. 20 bytes for each edge there is room for
-    /// are over half of the arrays by edge and by face, measures included.
+    /// The bytes to allocate, of which `used` are touched. More than is used, on purpose:
+    ///
+    /// - Freeing an mmapped block raises glibc's mmap threshold to its size, where that is no more than 32 MiB, and the
+    ///   trim threshold to twice that (mallopt(3), M_MMAP_THRESHOLD).
+    /// - So a block of over half the mesh's arrays together keeps all of them on the heap, and the next mesh reuses
+    ///   their pages without page faults.
+    /// - 20 bytes for each edge there is room for are over half of the arrays by edge and by face, measures included.
+    /// - Below twice 128 KiB, glibc's first mmap threshold, the arrays are on the heap anyway. A block above 32 MiB
+    ///   would raise nothing; 31 leaves room for rounding.
     size_t bytes_for(size_t used) const
     {
         constexpr size_t kKeptAnyway = size_t{128} << 10, kMostKept = size_t{31} << 20;
