@@ -121,7 +121,7 @@ int Border(BorderStatus* status)
     if (points < 0)
         return -1;
     for (int32_t i = 0; i < points; ++i)
-        work.flat->dvals[3 * static_cast<int64_t>(i) + 2] = status->height;
+        work.flat->dvals[3 * int64_t{i} + 2] = status->height;
     work.flat->count = points;
     if (!shape(status->output, DATA_TYPE_DOUBLE, points, 3))
         return -1;

@@ -107,8 +107,9 @@ KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e
 
 /// `test_all_pairs` with V for lanes.
 template <class V>
-KORVALE_OVER_LANES Event test_pairs(Wavefront& w, int32_t* list, Event event)
+KORVALE_OVER_LANES Event test_pairs(Wavefront& w, Event event)
 {
+    int32_t* const list = w.list;
     for (int32_t m = 0; m < w.live; ++m) {
         const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining)) * kLater;
         int32_t count = 0, e = 0;
@@ -125,10 +126,10 @@ KORVALE_OVER_LANES Event test_pairs(Wavefront& w, int32_t* list, Event event)
     return event;
 }
 
-/// Tests every vertex against every edge; `list` has room for all edges.
-Event test_all_pairs(Wavefront& w, int32_t* list, Event event)
+/// Tests every vertex against every edge.
+Event test_all_pairs(Wavefront& w, Event event)
 {
-    return over_lanes([&]<class V>() { return test_pairs<V>(w, list, event); });
+    return over_lanes([&]<class V>() { return test_pairs<V>(w, event); });
 }
 
 /// What boxes have to allow for.
@@ -173,11 +174,11 @@ Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& al
             meet(search.s, w, m, e, event);
             return true;
         };
-        int64_t leaves = kQuestion / BoxTree::kFan;
+        int64_t leaves = kVerticesPerQuestion / BoxTree::kFan;
         const auto ask = [&search, &leaves] {
             if (--leaves > 0)
                 return true;
-            leaves = kQuestion / BoxTree::kFan;
+            leaves = kVerticesPerQuestion / BoxTree::kFan;
             return goes_on(search.s);
         };
         const bool is_done = for_meeting_boxes(tree, watch.boxes, w.live, look, ask);
@@ -246,7 +247,7 @@ Event search_meetings(MeetingSearch& search, Wavefront& w, double drift, double 
     if (!watch.is_on) {
         const Allowance allow = measure_allowance(w, drift, w.s().remaining > 0.0 ? window : -window);
         if (!allow.is_regular)
-            return test_all_pairs(w, w.list, event);
+            return test_all_pairs(w, event);
         watch_some_rounds(search, w, allow, window, event);
         if (!watch.is_on)
             return search_once(search, w, allow, window, event);
@@ -274,7 +275,7 @@ Event earlier_split_event(MeetingSearch& search, Wavefront& w, double drift, Eve
 {
     if (w.live < kFewVertices) {
         end_watch(search.watch);
-        return test_all_pairs(w, w.list, event);
+        return test_all_pairs(w, event);
     }
     const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining));
     event = search_meetings(search, w, drift, window, event);

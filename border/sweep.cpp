@@ -48,7 +48,7 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
     Round round;
     for (int64_t rounds = 0; rounds < most_rounds(s.n) && s.remaining != 0.0; ++rounds) {
         looked_at += w.live;
-        if (looked_at >= kQuestion) {
+        if (looked_at >= kVerticesPerQuestion) {
             looked_at = 0;
             if (!goes_on(s))
                 return;

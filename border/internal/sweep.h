@@ -56,7 +56,7 @@ struct Sweep {
 constexpr double kHair = 1.2e-06;
 
 /// Vertices looked at between two questions whether to go on, one by one or in pairs of leaves: a millisecond or a few.
-constexpr int64_t kQuestion = 100000;
+constexpr int64_t kVerticesPerQuestion = 100000;
 
 /// Whether to go on.
 inline bool goes_on(Sweep& s)
