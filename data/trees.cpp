@@ -13,7 +13,7 @@ namespace {
 /// The children that disposal follows: all slots of the capacity of an array of arrays.
 int64_t owned_slots(const DATAstruct& d)
 {
-    if (d.type != DATA_TYPE_DATA || d.pvals == nullptr || d.alloc_count < 1 || d.alloc_dim < 1)
+    if (d.type != DATA_TYPE_DATA || d.pvals == nullptr || is_wrapped(d))
         return 0;
     const int64_t slots = components(d.alloc_count, d.alloc_dim);
     return slots <= kMostElements ? slots : 0;
