@@ -6,9 +6,9 @@
 
 #ifdef __linux__
 #include <sys/mman.h>
+#endif
 
 #include "platform/internal/namespaces.h"
-#endif
 
 namespace korvale::platform {
 
