@@ -189,39 +189,26 @@ void Growth::tell(double done) const
 // Growing.
 
 Tree::Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth)
-    : triangles_(triangles), count_(count), scale_(scale_of(triangles, count, box, growth)), low_(), high_(), centre_(),
-      half_(0), is_ordinary_(true), grid_()
+    : triangles_(triangles), count_(count), scale_(scale_of(triangles, count, box, growth)), centre_(), half_(0),
+      is_ordinary_(true), grid_()
 {
     if (count == 0)
         return;
+    double scaled[6];
+    std::transform(box, box + 6, scaled, [this](double bound) { return scale_ * bound; });
+    planes_.resize(static_cast<size_t>(ray::count_planes(n)));
+    grid_ = ray::grid_in(scaled, n, planes_.data());
     for (int k = 0; k < 3; ++k) {
-        low_[k] = scale_ * box[k];
-        high_[k] = scale_ * box[k + 3];
-    }
-    place_cells(n);
-    for (int k = 0; k < 3; ++k) {
-        is_ordinary_ = is_ordinary_ && std::fabs(low_[k]) < kLargest && std::fabs(high_[k]) < kLargest;
-        centre_[k] = 0.5 * low_[k] + 0.5 * high_[k];
-        half_ = std::max(half_, 0.5 * high_[k] - 0.5 * low_[k]);
+        const double low = scaled[k], high = scaled[k + 3];
+        is_ordinary_ = is_ordinary_ && std::fabs(low) < kLargest && std::fabs(high) < kLargest;
+        centre_[k] = 0.5 * low + 0.5 * high;
+        half_ = std::max(half_, 0.5 * high - 0.5 * low);
     }
     if (is_ordinary_)
         grow(growth);
 }
 
 // Cells.
-
-void Tree::place_cells(const int32_t (&n)[3])
-{
-    planes_.resize(static_cast<size_t>(int64_t{n[0]} + n[1] + n[2] + 3));
-    double* plane = planes_.data();
-    grid_.in_order = true;
-    for (int k = 0; k < 3; ++k) {
-        if (!ray::set_planes(low_[k], high_[k], n[k], plane))
-            grid_.in_order = false;
-        grid_.axes[k] = {plane, n[k], n[k] / (plane[n[k]] - plane[0])};
-        plane += n[k] + 1;
-    }
-}
 
 void Tree::find_box(int32_t t, double* box) const
 {

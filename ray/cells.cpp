@@ -138,19 +138,11 @@ Cells cells_of(const RayStatus& s)
 const Grid* remember_cells(data_list_struct* cells, const int32_t (&n)[3], const double* bbox)
 {
     forget_cells(cells); // an array that a host released by itself
-    const int64_t planes = int64_t{n[0]} + n[1] + n[2] + 3;
-    void* const memory = std::malloc(sizeof(MadeCells) + static_cast<size_t>(planes) * sizeof(double));
+    void* const memory = std::malloc(sizeof(MadeCells) + static_cast<size_t>(count_planes(n)) * sizeof(double));
     if (memory == nullptr)
         return nullptr;
     auto* const made = new (memory) MadeCells;
-    auto* plane = reinterpret_cast<double*>(made + 1);
-    made->grid.in_order = true;
-    for (int k = 0; k < 3; ++k) {
-        if (!set_planes(bbox[k], bbox[k + 3], n[k], plane))
-            made->grid.in_order = false;
-        made->grid.axes[k] = {plane, n[k], n[k] / (plane[n[k]] - plane[0])};
-        plane += n[k] + 1;
-    }
+    made->grid = grid_in(bbox, n, reinterpret_cast<double*>(made + 1));
     made->cells = cells;
     made->bytes = block_bytes(cells);
     table.add(made);

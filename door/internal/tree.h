@@ -87,7 +87,6 @@ private:
     class Growing;
     struct Slabs;
 
-    void place_cells(const int32_t (&n)[3]);
     void grow(const Growth& growth);
 
     /// Whether one of the cells that list a triangle is met.
@@ -117,7 +116,7 @@ private:
     const double* triangles_; ///< as the host has them; all other lengths are multiplied by scale_
     int32_t count_;
     double scale_;
-    double low_[3], high_[3], centre_[3];
+    double centre_[3];
     double half_; ///< the largest half extent
     bool is_ordinary_;
     Vector<double> planes_;

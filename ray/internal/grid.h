@@ -62,6 +62,26 @@ inline bool set_planes(double least, double greatest, int32_t n, double* planes)
     return in_order;
 }
 
+/// How many planes a grid of n[3] cells has.
+inline int64_t count_planes(const int32_t (&n)[3])
+{
+    return int64_t{n[0]} + n[1] + n[2] + 3;
+}
+
+/// The grid of n[3] cells in a box[6]. Its planes are written to `planes`, which must last as long.
+inline Grid grid_in(const double* box, const int32_t (&n)[3], double* planes)
+{
+    Grid grid;
+    grid.in_order = true;
+    for (int k = 0; k < 3; ++k) {
+        if (!set_planes(box[k], box[k + 3], n[k], planes))
+            grid.in_order = false;
+        grid.axes[k] = {planes, n[k], n[k] / (planes[n[k]] - planes[0])};
+        planes += n[k] + 1;
+    }
+    return grid;
+}
+
 /// Widens a triangle's box, so that one lying in a coordinate plane still meets the cells around it.
 constexpr double kTrianglePadding = 1e-06;
 
