@@ -54,8 +54,7 @@ struct KeptBlocks {
 
 namespace {
 
-// The priority lies between the two stages of frame/, as that of every static object here.
-KeptBlocks kept __attribute__((init_priority(1000)));
+KeptBlocks kept KORVALE_MADE_AT_LOAD;
 
 } // namespace
 

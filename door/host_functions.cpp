@@ -23,8 +23,7 @@ struct Slot {
     int64_t uses;
 };
 
-// The priority lies between the two stages of frame/, as that of every static object here.
-std::mutex lock __attribute__((init_priority(1000)));
+std::mutex lock KORVALE_MADE_AT_LOAD;
 constinit Slot slots[3][kSlots] = {}; // by the number of arguments
 
 template <size_t k>

@@ -106,8 +106,7 @@ private:
     Bucket buckets_[1 << kBucketBits];
 };
 
-// The priority lies between the two stages of frame/, as that of every static object here.
-Table table __attribute__((init_priority(1000)));
+Table table KORVALE_MADE_AT_LOAD;
 
 } // namespace
 
