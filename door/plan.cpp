@@ -44,9 +44,9 @@ private:
     bool keep_samples(int32_t first, int32_t last);
     bool keep_samples_of(int32_t f);
     bool plan_equation(int32_t equation, Value& result);
-    bool plan_items(const Program& program, Value (&held)[kMostValues], int32_t& depth);
+    bool plan_items(const Program& program, Value (&held)[kMostPlanned], int32_t& depth);
     bool plan_sample(int32_t f, int32_t depth, Value& value);
-    bool plan_call(int32_t kind, int32_t f, Value (&held)[kMostValues], int32_t depth);
+    bool plan_call(int32_t kind, int32_t f, Value (&held)[kMostPlanned], int32_t depth);
 
     EquationSystem& es_;
     const Functions functions_;
@@ -178,7 +178,7 @@ bool Planner::keep_samples_of(int32_t f)
 bool Planner::plan_equation(int32_t equation, Value& result)
 {
     const Program program = programs_.at(equation);
-    Value held[kMostValues];
+    Value held[kMostPlanned];
     int32_t depth = 0;
     if (!program.has_target() || !plan_items(program, held, depth) || depth == 0)
         return false;
@@ -190,7 +190,7 @@ bool Planner::plan_equation(int32_t equation, Value& result)
     return true;
 }
 
-bool Planner::plan_items(const Program& program, Value (&held)[kMostValues], int32_t& depth)
+bool Planner::plan_items(const Program& program, Value (&held)[kMostPlanned], int32_t& depth)
 {
     for (int32_t p = 1; p < program.count && program.kinds[p] != EQ_ITEM_END; ++p) {
         const int32_t kind = program.kinds[p], operand = program.operands[p];
@@ -203,7 +203,7 @@ bool Planner::plan_items(const Program& program, Value (&held)[kMostValues], int
         }
         if (kind != EQ_ITEM_CONSTANT && kind != EQ_ITEM_VARIABLE && kind != EQ_ITEM_SAMPLE)
             continue; // no effect
-        if (depth == kMostValues)
+        if (depth == kMostPlanned)
             return false;
         Value& value = held[depth];
         if (kind == EQ_ITEM_CONSTANT) {
@@ -238,7 +238,7 @@ bool Planner::plan_sample(int32_t f, int32_t depth, Value& value)
     return true;
 }
 
-bool Planner::plan_call(int32_t kind, int32_t f, Value (&held)[kMostValues], int32_t depth)
+bool Planner::plan_call(int32_t kind, int32_t f, Value (&held)[kMostPlanned], int32_t depth)
 {
     const int32_t arguments = kind == EQ_ITEM_UNARY ? 1 : 2;
     if (!is_built_in(f, functions_.at(f)) || kBuiltIns[f].nargs != arguments)

@@ -11,7 +11,7 @@
 namespace korvale::door {
 
 constexpr int32_t kAllEquations = -1;
-constexpr int32_t kMostValues = 50; ///< held on the stack of a plan
+constexpr int32_t kMostPlanned = 50; ///< values held on the stack of a plan
 
 /// A value of all rows: one number, or a block where `block` is 0 or more.
 struct Value {
@@ -56,7 +56,7 @@ struct Plan {
     Vector<int32_t> touched; ///< variables that columns or equations set
 
     int32_t first_temporary() const { return columns; }
-    int32_t first_result() const { return columns + kMostValues; }
+    int32_t first_result() const { return columns + kMostPlanned; }
     bool is_temporary(const Value& value) const
     {
         return value.block >= first_temporary() && value.block < first_result();
