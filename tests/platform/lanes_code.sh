@@ -5,7 +5,7 @@
 set -euo pipefail
 library=$1 sources=$2
 
-marked=$(find "$sources"/{platform,math,data,path,equation,preserve,ray,exchange,border} -name '*.h' -o -name '*.cpp' |
+marked=$(find "$sources"/{platform,math,data,path,equation,preserve,ray,exchange,border,door} -name '*.h' -o -name '*.cpp' |
          xargs grep -hoPz 'KORVALE_FOUR_LANES\s+[^;{(#]*?\K\w+(?=\()' | tr '\0' '\n' | sort -u | paste -sd '|')
 code=$(objdump --disassemble --demangle --no-show-raw-insn "$library")
 wide=$(awk '/^[0-9a-f]+ </ { name = $0 } /%ymm/ { print name }' <<<"$code" | sort -u)
