@@ -101,7 +101,7 @@ void own(korvale_grid& grid, std::span<const Point> corners, std::string_view ar
         require_finite(corners, argument);
     grid.triangles = grid.owned.data();
     take_cells(grid, box, options);
-    grid.tree.emplace(grid.triangles, grid.count, box, grid.cells, Growth{options.progress, options.user});
+    grid.tree.emplace(grid.triangles, grid.count, box, grid.cells, Telling{options.progress, options.user});
 }
 
 void borrow(korvale_grid& grid, std::span<const Point> corners, const korvale_grid_options& options)

@@ -113,11 +113,11 @@ bool meets_any(const korvale_grid& grid, const Ray& ray, const double* direction
 }
 
 void cast(const korvale_grid& grid, const PointsIn& origins, const PointsIn& directions, int64_t n,
-          const korvale_ray_columns& columns, const Growth& progress)
+          const korvale_ray_columns& columns, const Telling& telling)
 {
     const bool wants_nearest = columns.triangles != nullptr || columns.weights != nullptr;
     const Wanted wanted = columns.counts != nullptr ? (wants_nearest ? Wanted::all : Wanted::count) : Wanted::nearest;
-    for_each_ray(n, progress, [&](int64_t i) {
+    for_each_ray(n, telling, [&](int64_t i) {
         const double* const direction = directions[directions.size() == 1 ? 0 : i].data();
         const Ray ray = ray_of(grid, origins[origins.size() == 1 ? 0 : i].data(), direction);
         const Meeting meeting = ask(grid, ray, direction, wanted);

@@ -20,7 +20,6 @@
 #include <bit>
 #include <cmath>
 
-#include "door/internal/failure.h"
 #include "door/internal/views.h"
 #include "math/internal/box.h"
 #include "math/internal/matrix.h"
@@ -85,12 +84,12 @@ constexpr int kMostExponent = 1000;
 constexpr int32_t kReport = 100000;
 
 /// The square of twice the smallest area of triangles, other than 0, with lengths multiplied by `scale`.
-double least_square(const double* triangles, int32_t count, double scale, const Growth& growth)
+double least_square(const double* triangles, int32_t count, double scale, const Telling& telling)
 {
     double least = std::numeric_limits<double>::infinity();
     for (int32_t t = 0; t < count; ++t) {
         if (t % kReport == 0)
-            growth.tell(0);
+            telling.tell(0);
         const double* const p = triangles + 9 * int64_t{t};
         const double a[3] = {scale * (p[3] - p[0]), scale * (p[4] - p[1]), scale * (p[5] - p[2])};
         const double b[3] = {scale * (p[6] - p[0]), scale * (p[7] - p[1]), scale * (p[8] - p[2])};
@@ -103,7 +102,7 @@ double least_square(const double* triangles, int32_t count, double scale, const 
     return least;
 }
 
-double scale_of(const double* triangles, int32_t count, const double* box, const Growth& growth)
+double scale_of(const double* triangles, int32_t count, const double* box, const Telling& telling)
 {
     const double reach = std::max({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
     if (!(reach > 0) || !door::is_finite(reach))
@@ -116,7 +115,7 @@ double scale_of(const double* triangles, int32_t count, const double* box, const
     const int most = std::min(std::max(kFarthest - 1 - std::ilogb(farthest), as_small), kMostExponent);
     if (most <= of_reach)
         return std::ldexp(1, of_reach);
-    const double square = least_square(triangles, count, std::ldexp(1, of_reach), growth);
+    const double square = least_square(triangles, count, std::ldexp(1, of_reach), telling);
     const int missing = 2 * kDoubleArea - (door::is_finite(square) ? std::ilogb(square) : 0);
     const int of_triangles = of_reach + (missing > 0 ? (missing + 3) / 4 : 0); // areas are squares, and squared
     return std::ldexp(1, std::min(of_triangles, most));
@@ -180,16 +179,10 @@ void Ray::weigh(const double* triangle, double* weights) const
     weights[2] = 1.0 - weights[0] - weights[1];
 }
 
-void Growth::tell(double done) const
-{
-    if (progress != nullptr && progress(done, user) == 0)
-        throw Stop();
-}
-
 // Growing.
 
-Tree::Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth)
-    : triangles_(triangles), count_(count), scale_(scale_of(triangles, count, box, growth)), centre_(), half_(0),
+Tree::Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Telling& telling)
+    : triangles_(triangles), count_(count), scale_(scale_of(triangles, count, box, telling)), centre_(), half_(0),
       is_ordinary_(true), grid_()
 {
     if (count == 0)
@@ -205,7 +198,7 @@ Tree::Tree(const double* triangles, int32_t count, const double* box, const int3
         half_ = std::max(half_, 0.5 * high - 0.5 * low);
     }
     if (is_ordinary_)
-        grow(growth);
+        grow(telling);
 }
 
 // Cells.

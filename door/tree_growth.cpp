@@ -182,7 +182,7 @@ void sort(Key* keys, int32_t count, int bits, Key* spare)
 /// A tree as it grows.
 class Tree::Growing {
 public:
-    Growing(Tree& tree, const Growth& growth) : tree_(tree), growth_(growth), n_(tree.count_), most_leaves_(n_)
+    Growing(Tree& tree, const Telling& telling) : tree_(tree), telling_(telling), n_(tree.count_), most_leaves_(n_)
     {
         // One block: the system takes back and gives anew what is released in many. The C library keeps twice the
         // largest that it was given back, so a block without large pages is taken larger than need be.
@@ -203,11 +203,11 @@ public:
     void run()
     {
         enter();
-        growth_.tell(0.4);
+        telling_.tell(0.4);
         cut_leaves();
-        growth_.tell(0.6);
+        telling_.tell(0.6);
         hang_leaves();
-        growth_.tell(1);
+        telling_.tell(1);
     }
 
 private:
@@ -220,7 +220,7 @@ private:
         const double centre_z = tree_.centre_[2], scale = tree_.scale_;
         for (int32_t t = 0; t < n_; ++t) {
             if (t % kReport == 0)
-                growth_.tell(0.3 * t / n_);
+                telling_.tell(0.3 * t / n_);
             const double* const p = tree_.triangle(t);
             const Doubles a = scale * load_two(p), b = scale * load_two(p + 3), c = scale * load_two(p + 6); // x, y
             const Doubles low = less(a, less(b, c)) - centre, high = greater(a, greater(b, c)) - centre;
@@ -410,7 +410,7 @@ private:
             tree_.nodes_.push_back(node);
             if (hung - told >= kReport) {
                 told = hung;
-                growth_.tell(0.6 + 0.4 * static_cast<double>(hung) / count_);
+                telling_.tell(0.6 + 0.4 * static_cast<double>(hung) / count_);
             }
         }
     }
@@ -427,7 +427,7 @@ private:
     static constexpr size_t kAlignment = 64;
 
     Tree& tree_;
-    const Growth& growth_;
+    const Telling& telling_;
     int32_t n_, most_leaves_;
     int32_t count_ = 0; ///< of leaves
     Block<unsigned char> room_;
@@ -440,9 +440,9 @@ private:
     Box* behind_;    ///< a place, and all to the end of the part
 };
 
-void Tree::grow(const Growth& growth)
+void Tree::grow(const Telling& telling)
 {
-    Growing(*this, growth).run();
+    Growing(*this, telling).run();
 }
 
 } // namespace korvale::door

@@ -41,15 +41,15 @@ Vector<korvale_hit> find_hits(const korvale_grid& grid, const Ray& ray, const do
 
 /// Calls `work` for each of n rays, and a host's progress now and then.
 template <class Work>
-void for_each_ray(int64_t n, const Growth& progress, Work work)
+void for_each_ray(int64_t n, const Telling& telling, Work work)
 {
     constexpr int64_t kReport = 256; // rays between two reports
     for (int64_t i = 0; i < n; ++i) {
         if (i % kReport == 0)
-            progress.tell(static_cast<double>(i) / static_cast<double>(n));
+            telling.tell(static_cast<double>(i) / static_cast<double>(n));
         work(i);
     }
-    progress.tell(1);
+    telling.tell(1);
 }
 
 } // namespace korvale::door

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "door/internal/failure.h"
 #include "door/internal/heap.h"
 #include "include/korvale_c.h"
 #include "math/transform.h"
@@ -39,14 +40,6 @@ struct Meeting {
     int32_t triangle = -1; ///< the one with the least number of the nearest; -1 where no distance is below infinity
 };
 
-/// Called while the tree grows with what is done, from 0 to 1; may throw.
-struct Growth {
-    korvale_progress progress;
-    void* user;
-
-    void tell(double done) const;
-};
-
 class Tree {
 public:
     /// Boxes on the way down to a triangle, at most.
@@ -54,7 +47,7 @@ public:
 
     /// Over `count` triangles of finite numbers, which stay where they are, in n[3] cells of the box[6] around them.
     /// Lengths are multiplied by a power of two where the model or its smallest triangle is small: see `scale_of`.
-    Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Growth& growth);
+    Tree(const double* triangles, int32_t count, const double* box, const int32_t (&n)[3], const Telling& telling);
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
 
@@ -87,7 +80,7 @@ private:
     class Growing;
     struct Slabs;
 
-    void grow(const Growth& growth);
+    void grow(const Telling& telling);
 
     /// Whether one of the cells that list a triangle is met.
     bool meets_cell(const Ray& ray, int32_t t) const;
