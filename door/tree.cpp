@@ -383,7 +383,7 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
                 const Floats nearer = platform::load_floats(slabs.is_down[k] ? node.high[k] : node.low[k]);
                 const Floats farther = platform::load_floats(slabs.is_down[k] ? node.low[k] : node.high[k]);
                 entry = platform::greater((nearer - slabs.entry[k]) * slabs.inverse[k], entry);
-                exit = platform::less((farther - slabs.exit[k]) * slabs.inverse[k], exit);
+                exit = platform::lesser((farther - slabs.exit[k]) * slabs.inverse[k], exit);
             }
             const Floats slack = platform::load_floats(node.slack), first = entry - slack, last = exit + slack;
             unsigned met =

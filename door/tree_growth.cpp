@@ -9,19 +9,23 @@
 // The curve: Morton, A Computer Oriented Geodetic Data Base and a New Technique in File Sequencing, 1966; growing by
 // it: Lauterbach et al., Fast BVH Construction on GPUs, 2009; areas: MacDonald, Booth, Heuristics for Ray Tracing Using
 // Space Subdivision, 1990.
+#include "door/internal/tree.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
 
-#include "door/internal/tree.h"
 #include "platform/internal/floats.h"
+#include "platform/internal/lanes.h"
 
 namespace korvale::door {
 
 using platform::all_floats;
 using platform::Floats;
 using platform::greater;
-using platform::less;
+using platform::lesser;
+using platform::load;
+using platform::Pair;
 
 namespace {
 
@@ -62,7 +66,7 @@ struct Box {
 
     void include(const Box& other)
     {
-        low = less(low, other.low);
+        low = lesser(low, other.low);
         high = greater(high, other.high);
     }
     Floats twice_centre() const { return low + high; }
@@ -91,14 +95,6 @@ struct Part {
 };
 
 typedef int32_t Integers __attribute__((vector_size(16)));
-typedef double Doubles __attribute__((vector_size(16)));
-
-Doubles load_two(const double* p)
-{
-    Doubles v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
 
 /// The places of points in a cube, as codes along the curve.
 class Curve {
@@ -118,7 +114,7 @@ public:
 
     uint64_t code(Floats twice_point) const
     {
-        const Floats at = less(greater((twice_point - low_) * all_floats(scale_), all_floats(0)), most_);
+        const Floats at = lesser(greater((twice_point - low_) * all_floats(scale_), all_floats(0)), most_);
         Integers v = __builtin_convertvector(at, Integers);
         v = (v | v << 16) & 0x030000ff; // two bits of others between its own
         v = (v | v << 8) & 0x0300f00f;
@@ -216,17 +212,17 @@ private:
     {
         const auto half = static_cast<float>(tree_.half_);
         const Curve curve(all_floats(-2 * half), 4 * half, n_);
-        const Doubles centre = load_two(tree_.centre_);
+        const Pair centre = load<Pair>(tree_.centre_);
         const double centre_z = tree_.centre_[2], scale = tree_.scale_;
         for (int32_t t = 0; t < n_; ++t) {
             if (t % kReport == 0)
                 telling_.tell(0.3 * t / n_);
             const double* const p = tree_.triangle(t);
-            const Doubles a = scale * load_two(p), b = scale * load_two(p + 3), c = scale * load_two(p + 6); // x, y
-            const Doubles low = less(a, less(b, c)) - centre, high = greater(a, greater(b, c)) - centre;
+            const Pair a = scale * load<Pair>(p), b = scale * load<Pair>(p + 3), c = scale * load<Pair>(p + 6); // x, y
+            const Pair low = lesser(a, lesser(b, c)) - centre, high = greater(a, greater(b, c)) - centre;
             const double low_z = scale * std::min(p[2], std::min(p[5], p[8])) - centre_z;
             const double high_z = scale * std::max(p[2], std::max(p[5], p[8])) - centre_z;
-            const Doubles wide = high - low;
+            const Pair wide = high - low;
             const double extent = wide[0] + wide[1] + (high_z - low_z), pad = kTrianglePad * extent;
             Box& box = boxes_[t];
             box.low = Floats{static_cast<float>(low[0] - pad), static_cast<float>(low[1] - pad),

@@ -24,19 +24,15 @@ inline Floats all_floats(float value)
     return Floats{value, value, value, value};
 }
 
-/// Lane by lane, of floats or of two doubles.
-///@{
-template <class Lanes>
-Lanes greater(Lanes a, Lanes b)
-{
-    return a > b ? a : b;
-}
-template <class Lanes>
-Lanes less(Lanes a, Lanes b)
+inline Floats lesser(Floats a, Floats b)
 {
     return a < b ? a : b;
 }
-///@}
+
+inline Floats greater(Floats a, Floats b)
+{
+    return a > b ? a : b;
+}
 
 /// Bit i tells whether lane i is true.
 inline unsigned bits(FloatsMask mask)
