@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "border/internal/sweep.h"
 #include "door/internal/knots.h"
 #include "door/internal/offset.h"
 #include "door/internal/vectors.h"
@@ -12,9 +13,6 @@
 
 namespace korvale::door {
 namespace {
-
-/// Points nearer to each other than this are one, as neighbours that a sweep merges are.
-constexpr double kSame = 1.2e-06;
 
 /// The plane in which a band lies.
 struct LinePlane {
@@ -238,7 +236,7 @@ private:
         const size_t n = line_.size();
         for (size_t k = 1; k < n; ++k) {
             const Point d = flat(minus(line_[end], line_[end == 0 ? k : n - 1 - k]));
-            if (length(d) > 1.2e-06)
+            if (length(d) > border::kHair)
                 return unit_of(d);
         }
         return unit_of(any_direction());
@@ -434,7 +432,7 @@ private:
             for (size_t i = first + n - before; i < end + n + after; ++i) {
                 line.push_back(line_[i % n]);
                 const Place d = flat_.places()[i % n] - flat_.places()[first];
-                is_one_place &= dot(d, d) <= kSame * kSame;
+                is_one_place &= dot(d, d) <= border::kHair * border::kHair;
             }
             LineBorder piece(line, plane_);
             const auto share = static_cast<double>(end - first) / static_cast<double>(n);
@@ -721,7 +719,7 @@ void look_for_crossing(const LinePlane& plane, const korvale_band_options& how, 
     band.crosses = find_crossing(places_of(band, plane, how, 0.0), band.crossing);
     if (!band.crosses)
         return;
-    const Places places = places_of(band, plane, how, kSame);
+    const Places places = places_of(band, plane, how, border::kHair);
     band.crosses = find_crossing(places, band.crossing);
     if (band.crosses)
         return;

@@ -12,11 +12,11 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "border/internal/sweep.h"
+
 namespace korvale::door {
 namespace {
 
-/// Points nearer to each other than this are one, as neighbours that a sweep merges are.
-constexpr double kSame = 1.2e-06;
 /// A turn with a smaller cosine, 96 degrees and more, turns back. Right angles never do, however they are rounded.
 constexpr double kBack = -0.1;
 /// A turn with a smaller cosine, 60 degrees and more, makes a zigzag with one that turns back to the other side.
@@ -57,7 +57,7 @@ void find_turns(Bundling& b, double cosine, bool has_ends)
     for (size_t i = 0; i + 1 < b.bundles.size(); ++i) {
         Place after = b.bundles[i + 1].place - b.bundles[i].place;
         const double size = std::sqrt(dot(after, after));
-        if (!(size > kSame))
+        if (!(size > border::kHair))
             continue;
         after = {after.x / size, after.y / size};
         if (dot(before, after) < cosine && (before.x != 0 || before.y != 0)) {

@@ -34,7 +34,6 @@ Point doubled_area(Outline outline)
 /// Whether no area is left of an outline: fewer than three points, or all near one line.
 bool is_thin(Outline live)
 {
-    constexpr double kThin = 1.2e-06; // neighbours within this merge
     if (live.size() < 3)
         return true;
     Point along = {};
@@ -42,8 +41,8 @@ bool is_thin(Outline live)
         if (const Point d = minus(p, live[0]); dot(d, d) > dot(along, along))
             along = d;
     const double reach = length(along);
-    return reach < kThin || std::ranges::all_of(live, [&](const Point& p) {
-               return length(cross(along, minus(p, live[0]))) < kThin * reach;
+    return reach < border::kHair || std::ranges::all_of(live, [&](const Point& p) {
+               return length(cross(along, minus(p, live[0]))) < border::kHair * reach;
            });
 }
 

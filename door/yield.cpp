@@ -9,13 +9,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "border/internal/sweep.h"
+
 namespace korvale::door {
 namespace {
 
 /// Points between two reports of progress.
 constexpr size_t kReport = 256;
-/// Points nearer to each other than this are one, as neighbours that a sweep merges are.
-constexpr double kSame = 1.2e-06;
 /// A corner whose half turn has a smaller cosine turns back on itself.
 constexpr double kReversal = 1e-06;
 /// What lies inside a ball by less than this share of its radius lies on it.
@@ -37,7 +37,7 @@ std::optional<Place> direction(const Beside& b, size_t i, int step)
             return {};
         const size_t other = (i + (step > 0 ? k : n - k)) % n;
         const Place d = static_cast<double>(step) * (b.line[other] - b.line[i]);
-        if (const double size = std::sqrt(dot(d, d)); size > kSame)
+        if (const double size = std::sqrt(dot(d, d)); size > border::kHair)
             return Place{d.x / size, d.y / size};
     }
     return {};

@@ -52,7 +52,7 @@ struct Sweep {
     bool is_stopped = false; ///< written: `ask` has ended the sweep
 };
 
-/// A length of nothing: neighbours that are closer to each other merge.
+/// A length of nothing: neighbours that are closer to each other merge. `door/` takes such points for one, too.
 constexpr double kHair = 1.2e-06;
 
 /// Vertices looked at between two questions whether to go on, one by one or in pairs of leaves: a millisecond or a few.
