@@ -81,7 +81,7 @@ void run(border::Sweep& s, const Telling& telling)
         throw Stop();
 }
 
-/// An area that outlines go round.
+/// The sign of the area of an outline that has been laid flat: it runs counter-clockwise.
 constexpr double kCounterClockwise = 1.0;
 
 /// Where the vertices of a sweep are that are left.

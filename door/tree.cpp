@@ -4,13 +4,18 @@
 // between them is met within the outline of all. So no lists are kept, and a tree of boxes, four to a node, finds the
 // few triangles to ask for.
 //
-// The boxes are wide enough that no meeting is missed. Of the rounding of the exact test: a triangle that shows its
-// edge can be met beside itself, but, as the box of its three corners in the frame must hold the ray, by less than
-// 2.5e-07 of its longest side L, whatever its size; kTrianglePad is four times that. Along the ray such a meeting may
-// be off by 2 L, and by no more than 4e-08 L^3, as the determinant is at least 1e-06. Of the boxes and slabs in floats:
-// kFloatPad of the mesh; of a far origin: kFarPad of its coordinates. Boxes and the ray are taken relative to the
-// centre of the mesh, the ray from the point of it nearest to that. What is too large for floats is walked through
-// triangle by triangle.
+// No meeting is missed, as each error has a pad of its own:
+//
+// - The exact test can meet a triangle seen edge-on beside that triangle. The box of the three corners in the frame
+//   must hold the ray, so the miss is below 2.5e-07 of the longest side L. kTrianglePad (`tree_growth.cpp`) is four
+//   times that.
+// - Along the ray such a meeting is off by at most 2 L. It is also off by at most 4e-08 L^3, as the determinant is at
+//   least 1e-06. `slack_of` (`tree_growth.cpp`) is the lesser.
+// - Boxes and slabs are floats: kFloatPad of the largest half extent.
+// - A far origin rounds more: kFarPad of its coordinates.
+//
+// Boxes are stored relative to the centre of the mesh, and the ray starts from its point nearest to that. A mesh or a
+// ray beyond kLargest is tested triangle by triangle.
 //
 // The thresholds of the exact test are absolute. Small models, and those of small triangles, are asked as larger ones:
 // all lengths are multiplied by a power of two, which loses no bit, those of triangles by the frame of the ray.
@@ -71,10 +76,9 @@ constexpr int kReach = 6;
 /// grazing directions, 1 in 16,000 of them, as those of a million over a ball of size 2^kReach are. Chosen.
 constexpr int kDoubleArea = -6;
 
-/// The exponent of the power of two that no coordinate is brought to for that, but as far as a small model would be
-/// made to reach: the rounding of a determinant, some
-/// 2^(2 kFarthest - 52), stays well below the 1e-06 from which a triangle counts as seen, and the rounding of the last
-/// plane of 256 cells, 2^(kFarthest - 52) each, below what boxes of triangles are widened by.
+/// No coordinate is brought beyond 2^kFarthest for that, unless a small model has to reach 2^kReach. The rounding of a
+/// determinant, about 2^(2 kFarthest - 52), stays well below the 1e-06 from which a triangle counts as seen. That of
+/// the last plane of 256 cells, 2^(kFarthest - 52) each, stays below what boxes of triangles are widened by.
 constexpr int kFarthest = 12;
 
 /// The greatest power of two that brings things to a size, whose inverse is an ordinary number as well.
@@ -261,11 +265,13 @@ int32_t Tree::first_cell(const Ray& ray, int32_t t) const
 
 // Walking.
 
-/// A ray against boxes: what it is to be compared with where it comes to one and where it leaves it.
+/// The slab test of a ray against boxes (Timothy Kay and James Kajiya, Ray Tracing Complex Scenes, 1986), prepared once
+/// per ray. The ray enters a slab at (plane - entry) * inverse and leaves it at (plane - exit) * inverse. `entry` and
+/// `exit` are moved outwards by `pad`, so rounding misses no box.
 struct Tree::Slabs {
     bool is_down[3];
     Floats entry[3], exit[3], inverse[3];
-    double start; ///< distance of the origin from the point that boxes are seen from, backwards
+    double start; ///< distance along the ray from its origin to its point nearest to the centre
     double pad;
 
     Slabs(const Ray& ray, const Tree& tree)

@@ -180,8 +180,10 @@ class Tree::Growing {
 public:
     Growing(Tree& tree, const Telling& telling) : tree_(tree), telling_(telling), n_(tree.count_), most_leaves_(n_)
     {
-        // One block: the system takes back and gives anew what is released in many. The C library keeps twice the
-        // largest that it was given back, so a block without large pages is taken larger than need be.
+        // One block for all arrays. Many small ones would go back to the system when they are freed, and the next tree
+        // would take page faults on new ones. glibc keeps freed memory up to its trim threshold, twice the largest
+        // mmapped block freed so far (mallopt(3), M_MMAP_THRESHOLD). So a block below a huge page is allocated up to
+        // twice as large: freeing it raises the threshold.
         const auto n = static_cast<size_t>(n_), leaves = static_cast<size_t>(most_leaves_);
         const size_t bytes = n * sizeof(Box) + leaves * (2 * sizeof(Box) + sizeof(int32_t)) +
                              (leaves / kChunk + 1) * sizeof(Box) + 5 * kAlignment;
@@ -189,7 +191,10 @@ public:
         next_ = room_.data();
         boxes_ = take<Box>(n_);
         behind_ = take<Box>(most_leaves_);
-        keys_ = reinterpret_cast<Key*>(behind_); // which come before
+        // Keys share the memory of `behind_`: `cut_leaves` reads the last key before `hang_leaves` writes the first
+        // box.
+        static_assert(sizeof(Box) >= 2 * sizeof(Key));
+        keys_ = reinterpret_cast<Key*>(behind_);
         spare_ = keys_ + n_;
         leaves_ = take<Box>(most_leaves_);
         codes_ = take<int32_t>(most_leaves_);

@@ -52,8 +52,8 @@ private:
     }
 };
 
-/// The sides of an ear, asked what lies to the right of one of them: only where rounding could not change that.
-/// Coordinates are at most 1.
+/// A conservative test against the three sides of an ear: false only for what lies to the right of one of them by more
+/// than rounding. Coordinates are at most 1.
 class Fences {
 public:
     explicit Fences(const Ear& ear) : fences_{fence(ear.a, ear.b), fence(ear.b, ear.c), fence(ear.c, ear.a)} {}

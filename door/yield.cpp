@@ -115,8 +115,8 @@ double share_before_line(const Beside& b, const Place& p, const Place& to)
     return share;
 }
 
-/// The same beside all of the line. In a corner the balls do not lie inside each other, so an empty one may lie behind
-/// another part of the line.
+/// The radius of the largest ball that no other part of the line cuts off from the point. In a corner the balls do not
+/// lie inside each other, so an empty one may lie behind another part of the line.
 double largest_ball(const Beside& b, const Place& p, const Way& way)
 {
     double radius = shrink_ball(b, p, way, way.most);

@@ -106,9 +106,9 @@ struct Evaluation {
     }
 };
 
-// The threaded interpreter: one function for each kind of item. `kind` and `operand` point at those of the item, `below`
-// is the stack pointer, and `top` the topmost value. At least one value is held. Each returns the result of the whole
-// evaluation.
+// The threaded interpreter: one function for each kind of item. `kind` and `operand` point at those of the item,
+// `below` is the stack pointer, and `top` is the topmost value. At least one value is held. Each returns the result of
+// the whole evaluation.
 using RunItem = double(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below, double top);
 RunItem run_end, run_constant, run_variable, run_draw, run_unary, run_binary, run_other;
 

@@ -11,7 +11,7 @@ namespace korvale::door {
 /// Edges of a ring, one after the other.
 struct Run {
     int32_t ring, first, count;
-    uint8_t ways;     ///< bits: all of them go right, left, up, down
+    uint8_t ways;     ///< bits of a monotone chain: all edges go right, left, up, down
     Place across;     ///< of length 1, square to the way from its first place to its last; 0 where these are one
     double low, high; ///< where its places lie along that
 };
@@ -65,7 +65,7 @@ public:
     }
 
     /// Calls `see(ring, i, other, k)` for each two edges whose boxes come within `slack` of each other, once: for those
-    /// of one ring only if `sees_own`, and not for edges that cannot meet as they all go one way.
+    /// of one ring only if `sees_own`, and not for edges of one monotone chain.
     template <class See>
     void for_each_near_pair(double slack, bool sees_own, const Telling& telling, See see) const
     {
@@ -114,7 +114,8 @@ private:
     void add_runs(int32_t ring, Vector<Run>& runs, Vector<Place>& middles);
     void sort(const Vector<Run>& runs, const Vector<Place>& middles);
 
-    /// Runs of one ring that follow each other and go one way do not.
+    /// Of one ring. False for runs that are one, or follow each other, and are monotone in a common direction: such a
+    /// chain does not meet itself.
     bool may_meet_itself(const Run& a, const Run& b) const
     {
         const auto n = static_cast<int32_t>(rings_[static_cast<size_t>(a.ring)].size());
@@ -122,7 +123,7 @@ private:
         return (a.ways & b.ways) == 0 || !(a.first == b.first || is_next(a, b) || is_next(b, a));
     }
 
-    /// Whether a run lies beside the strip that another one lies in.
+    /// A separating axis test: whether `run` lies beside the strip around `strip`.
     bool lie_apart(const Run& strip, const Run& run, double slack) const
     {
         constexpr double kRounding = 1e-14; // of coordinates, which are at most 1

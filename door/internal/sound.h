@@ -11,8 +11,7 @@ namespace korvale::door {
 double area_of(std::span<const Place> ring);
 
 /// Whether a ring can be what has become of one that went round the area `before` when it began to move: it does not
-/// cross itself by more than a hair, and runs the same way or goes round nothing. `telling` is asked whether
-/// to go on.
+/// cross itself by more than a hair, and runs the same way or goes round nothing. `telling` is asked whether to go on.
 bool is_sound(std::span<const Place> ring, double before, const Telling& telling);
 
 } // namespace korvale::door

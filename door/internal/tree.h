@@ -57,7 +57,7 @@ public:
     /// All that `ray_intersect` finds.
     Meeting meet(const Ray& ray) const;
 
-    /// The same but for the count, which is 0 or 1: the nearest alone.
+    /// As `meet`, but the nearest alone: the count is 0 or 1.
     Meeting meet_nearest(const Ray& ray) const;
 
     /// Whether a triangle is met no farther than `reach`.
@@ -103,7 +103,7 @@ private:
     /// The box that tells which cells list a triangle.
     void find_box(int32_t t, double* box) const;
 
-    /// The same with the length that the host measures.
+    /// A meeting with its distance in lengths of the host.
     Meeting unscaled(Meeting meeting) const;
 
     const double* triangles_; ///< as the host has them; all other lengths are multiplied by scale_
