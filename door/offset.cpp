@@ -208,6 +208,37 @@ struct Keeper {
     }
 };
 
+/// How an outline has been laid flat to be swept.
+struct Flattening {
+    double scale; ///< from its own size to that of the sweep
+    Planes planes;
+    Point area; ///< twice that of the outline before it moves; only without splits
+
+    /// Writes where the outline lies.
+    void place(Outline outline, Point* places) { carry(planes.to_plane, scaled(outline, scale, places), places); }
+};
+
+/// Lays an outline flat and writes where it lies.
+Flattening lay_flat(Outline outline, const Motion& motion, Point* places)
+{
+    Flattening flat = {};
+    const Extent extent = extent_of(outline);
+    flat.scale = scale_for(extent, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
+    const Outline work = scaled(outline, flat.scale, places);
+    path::flatten_for_sure(work[0].data(), static_cast<int32_t>(work.size()), flat.scale * extent.greatest,
+                           flat.planes.to_plane, flat.planes.from_plane, true);
+    if (!motion.split)
+        flat.area = doubled_area(work);
+    carry(flat.planes.to_plane, work, places);
+    return flat;
+}
+
+/// Whether nothing is left of an outline. Without splits a part that has shrunk to nothing goes on, inside out.
+bool is_collapsed(Outline live, const Motion& motion, const Point& area)
+{
+    return is_thin(live) || (!motion.split && dot(doubled_area(live), area) < 0.0);
+}
+
 /// The points of vertices that are left, side by side.
 Outline live_points(Outline border, const uint8_t* dead, size_t vertices, Point* room)
 {
@@ -233,19 +264,13 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
 {
     const size_t n = outline.size();
     border::Sweep s = sweep_in(numbers_, dead_, merge_, n);
-    const Extent extent = extent_of(outline);
-    const double scale = scale_for(extent, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
+    auto* const places = reinterpret_cast<Point*>(s.flat);
+    Flattening flat = lay_flat(outline, motion, places);
+    const double scale = flat.scale;
     s.remaining = scale * motion.distance;
     s.split_events = motion.split;
     s.keep_whole = motion.keep_whole;
-    auto* const flat = reinterpret_cast<Point*>(s.flat);
-    auto* const room = reinterpret_cast<Point*>(s.direction); // free before and after the sweep
-    const Outline work = scaled(outline, scale, room);
-    Planes own;
-    path::flatten_for_sure(work[0].data(), s.n, scale * extent.greatest, own.to_plane, own.from_plane, true);
-    Planes lifting = lifted_in == nullptr ? own : lifted_in->scaled(scale);
-    const Point area = motion.split ? Point{} : doubled_area(work);
-    carry(own.to_plane, work, flat);
+    Planes lifting = lifted_in == nullptr ? flat.planes : lifted_in->scaled(scale);
     Suspects suspects = {s};
     s.drop = &Suspects::drop;
     s.receiver = &suspects;
@@ -253,7 +278,7 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
     const Telling at_end = motion.telling.part(1.0, 0.0);
     if (s.has_lost || (s.has_missed && !suspects.are_sound(kCounterClockwise, motion.distance, at_end))) {
         const auto run_again = [&](bool catch_up) {
-            carry(own.to_plane, scaled(outline, scale, room), flat);
+            flat.place(outline, places);
             s.remaining = scale * motion.distance;
             s.catch_up = catch_up;
             run(s, at_end);
@@ -271,11 +296,10 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
         throw std::bad_alloc();
 
     const std::span<Point> border(output.points, output.size);
-    carry(own.from_plane, {flat, output.size}, border.data());
+    carry(flat.planes.from_plane, {places, output.size}, border.data());
     lift(border, lifting, scale * motion.height);
-    const Outline live = live_points(border, s.dead, n, room);
-    // Without splits a part that has shrunk to nothing goes on, inside out, and grows again.
-    output.collapsed = is_thin(live) || (!motion.split && dot(doubled_area(live), area) < 0.0);
+    auto* const room = reinterpret_cast<Point*>(s.direction); // free after the sweep
+    output.collapsed = is_collapsed(live_points(border, s.dead, n, room), motion, flat.area);
     scaled(border, 1.0 / scale, border.data());
     if (output.removed != nullptr)
         std::memcpy(output.removed, s.dead, n);
@@ -300,18 +324,12 @@ void Sweep::move(Outline outline, const Motion& motion, Border& border, const Pl
 void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
 {
     const size_t n = outline.size();
-    const Extent extent = extent_of(outline);
-    const double scale = scale_for(extent, std::max(std::fabs(motion.distance), std::fabs(motion.height)));
     Vector<NewRing> all(1);
-    all[0] = {-1, 0.0, scale * motion.distance, Vector<Point>(n), Vector<int32_t>(n)};
+    all[0] = {-1, 0.0, 0.0, Vector<Point>(n), Vector<int32_t>(n)};
     std::iota(all[0].sources.begin(), all[0].sources.end(), 0);
-    Vector<Point> room;
-    const Outline work = scaled(outline, scale, room);
-    Planes planes;
-    path::flatten_for_sure(work[0].data(), static_cast<int32_t>(n), scale * extent.greatest, planes.to_plane,
-                           planes.from_plane, true);
-    const Point area = motion.split ? Point{} : doubled_area(work);
-    carry(planes.to_plane, work, all[0].places.data());
+    Flattening flat = lay_flat(outline, motion, all[0].places.data());
+    const double scale = flat.scale;
+    all[0].remaining = scale * motion.distance;
 
     double done = 0.0;
     size_t waiting = n;
@@ -349,9 +367,9 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
                 sources.push_back(ring.sources[i]);
         const std::span<Point> live(reinterpret_cast<Point*>(s.flat),
                                     static_cast<size_t>(border::pack_live_positions(s)));
-        carry(planes.from_plane, live, live.data());
-        lift(live, planes, scale * motion.height);
-        const bool collapsed = is_thin(live) || (!motion.split && dot(doubled_area(live), area) < 0.0);
+        carry(flat.planes.from_plane, live, live.data());
+        lift(live, flat.planes, scale * motion.height);
+        const bool collapsed = is_collapsed(live, motion, flat.area);
         scaled(live, 1.0 / scale, live.data());
         if (!collapsed) {
             rings.points.insert(rings.points.end(), live.begin(), live.end());
