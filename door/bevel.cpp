@@ -61,8 +61,8 @@ struct Crossing {
 /// Edges that cross, if there are some. `telling` only stops the search.
 std::optional<Crossing> find_crossing(const Rings& rings, const Telling& telling)
 {
-    constexpr int32_t kQuestion = 1 << 12; // pairs of edges between two questions
-    Asking asking(telling, kQuestion);
+    constexpr int32_t kPairsPerQuestion = 1 << 12;
+    Asking asking(telling, kPairsPerQuestion);
     struct Start {
         size_t ring, place;
     };

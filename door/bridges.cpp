@@ -61,7 +61,7 @@ public:
                 return is_before(place(a), place(b));
             return begins(a) == begins(b) ? a < b : begins(b); // what a hole that begins there may be joined to
         });
-        Asking asking(telling, kQuestion);
+        Asking asking(telling, kCornersPerQuestion);
         for (size_t i = 0; i < events_.size(); ++i) {
             meet(i);
             asking.step(static_cast<double>(i) / static_cast<double>(events_.size()));
@@ -218,7 +218,7 @@ private:
     }
 
     static constexpr int32_t kMostAtOnePlace = 64;
-    static constexpr int32_t kQuestion = 1024; // corners between two questions whether to go on
+    static constexpr int32_t kCornersPerQuestion = 1024;
 
     const Vector<Place>& places_;
     Corners& corners_;

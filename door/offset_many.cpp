@@ -33,7 +33,7 @@ namespace korvale::door {
 namespace {
 
 /// Vertices moved between two questions whether to go on: about a millisecond, or an outline that may take longer.
-constexpr size_t kQuestion = 1024;
+constexpr size_t kVerticesPerQuestion = 1024;
 
 /// One distance for all outlines, or one for each.
 class Distances {
@@ -131,9 +131,9 @@ void move(const Outlines& outlines, const Distances& distances, Motion motion, c
     borders.starts.data()[0] = 0;
     for (size_t k = 0; k < outlines.size(); ++k) {
         const size_t n = outlines.vertices(k), before = outlines.before(k);
-        const bool is_long = n >= kQuestion;
+        const bool is_long = n >= kVerticesPerQuestion;
         const double done = share * static_cast<double>(before);
-        if (before - told >= kQuestion) {
+        if (before - told >= kVerticesPerQuestion) {
             whole.tell(done);
             told = before;
         }

@@ -178,8 +178,8 @@ bool do_meet(std::span<const Place> ring, int32_t i, int32_t k)
 std::optional<Place> find_self_crossing(std::span<const Place> ring, std::span<const EdgePair> meeting, int32_t lowest,
                                         double slack, const Telling& telling)
 {
-    constexpr int32_t kQuestion = 256; // pieces between two questions whether to go on
-    Asking asking(telling, kQuestion);
+    constexpr int32_t kPiecesPerQuestion = 256;
+    Asking asking(telling, kPiecesPerQuestion);
     const Pieces pieces(ring, meeting, lowest, slack, asking);
     std::optional<int> right; // of all free pieces
     for (size_t k = 0, first = 0; k < pieces.size(); ++k) {

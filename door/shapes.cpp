@@ -66,7 +66,7 @@ public:
     std::optional<Crossing> find_crossing()
     {
         find_self_crossings();
-        Asking asking(telling_.part(0.6, 0.1), kQuestion);
+        Asking asking(telling_.part(0.6, 0.1), kStepsPerQuestion);
         Vector<Sides> all;
         for (size_t first = 0, end = 0; first < contacts_.size(); first = end) {
             asking.step(static_cast<double>(first) / static_cast<double>(contacts_.size()));
@@ -625,7 +625,7 @@ private:
         Vector<uint8_t> touches(rings_.size(), 0);
         for (const Contact& c : contacts_)
             touches[static_cast<size_t>(c.ring)] = 1;
-        Asking asking(telling_.part(0.9, 0.1), kQuestion);
+        Asking asking(telling_.part(0.9, 0.1), kStepsPerQuestion);
         for (int32_t k = 0; k < static_cast<int32_t>(rings_.size()); ++k) {
             asking.step(static_cast<double>(k) / static_cast<double>(rings_.size()));
             const int32_t below = about(k).below;
@@ -738,7 +738,7 @@ private:
     /// A ring without area counts as inside of the edges that it lies on.
     void look_below()
     {
-        Asking asking(telling_.part(0.7, 0.2), kQuestion);
+        Asking asking(telling_.part(0.7, 0.2), kStepsPerQuestion);
         for (int32_t k = 0; k < static_cast<int32_t>(rings_.size()); ++k) {
             asking.step(static_cast<double>(k) / static_cast<double>(rings_.size()));
             if (size(k) == 0 || repeats_[static_cast<size_t>(k)] >= 0)
@@ -805,7 +805,7 @@ private:
         }
     }
 
-    static constexpr int32_t kQuestion = 256; // steps between two questions whether to go on
+    static constexpr int32_t kStepsPerQuestion = 256;
 
     const Rings& rings_;
     double tolerance_;

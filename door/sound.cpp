@@ -25,14 +25,14 @@ double length_of(std::span<const Place> ring)
 bool does_cross(std::span<const Place> ring, const Telling& telling)
 {
     constexpr size_t kMostAPlace = 4; // pairs of edges that are kept: of a scribble not all
-    constexpr int32_t kQuestion = 256;
+    constexpr int32_t kEdgesPerQuestion = 256;
     const size_t n = ring.size();
     Vector<Edge> edges(n);
     for (size_t i = 0; i < n; ++i)
         edges[i] = {ring[i], ring[i + 1 < n ? i + 1 : 0]};
     const EdgeTree tree(std::move(edges));
     Vector<EdgePair> meeting;
-    Asking asking(telling, kQuestion);
+    Asking asking(telling, kEdgesPerQuestion);
     for (size_t i = 0; i < n && meeting.size() < kMostAPlace * n; ++i) {
         asking.step(0.0);
         tree.for_each_near(i, [&](size_t k) {

@@ -209,7 +209,7 @@ public:
     Vector<Triangle> run(bool has_bridges, const Telling& telling)
     {
         const double most = left_;
-        Asking asking(telling, kQuestion);
+        Asking asking(telling, kEarsPerQuestion);
         Vector<Triangle> triangles;
         triangles.reserve(static_cast<size_t>(std::max(0, left_ - 2)));
         const auto clip = [&](int32_t i) {
@@ -348,7 +348,7 @@ private:
         }
     }
 
-    static constexpr int32_t kQuestion = 1024; // ears between two questions whether to go on
+    static constexpr int32_t kEarsPerQuestion = 1024;
 
     Corners corners_;
     Vector<Place> places_;

@@ -6,13 +6,13 @@ namespace korvale::door {
 namespace {
 
 /// Points between two questions whether to go on.
-constexpr size_t kQuestion = 16384;
+constexpr size_t kPointsPerQuestion = 16384;
 
 /// Rings of `section` along a path, joined by strips.
 void add_wall(korvale_mesh& mesh, std::span<const Point> path, std::span<const Point> section, bool closed, bool turned,
               const Telling& telling)
 {
-    const auto each = static_cast<int32_t>(std::max<size_t>(1, kQuestion / section.size()));
+    const auto each = static_cast<int32_t>(std::max<size_t>(1, kPointsPerQuestion / section.size()));
     const auto share = [&](size_t i) { return static_cast<double>(i) / static_cast<double>(path.size()); };
     Asking moving(telling.part(0.0, 0.5), each), joining(telling.part(0.5, 0.5), each);
     Vector<double> numbers(16 * path.size());

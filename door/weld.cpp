@@ -23,8 +23,8 @@ uint64_t hash_of(const Point& p)
 
 Vector<int32_t> first_at_place(std::span<const Point> points, const Telling& telling)
 {
-    constexpr int32_t kQuestion = 1 << 16; // points between two questions
-    Asking asking(telling, kQuestion);
+    constexpr int32_t kPointsPerQuestion = 1 << 16;
+    Asking asking(telling, kPointsPerQuestion);
     const size_t mask = std::bit_ceil(2 * points.size() + 2) - 1;
     Vector<int32_t> table(mask + 1, -1), first(points.size());
     for (size_t i = 0; i < points.size(); ++i) {

@@ -65,12 +65,12 @@ public:
     template <class Visit>
     void for_each(Visit visit, const Telling& telling = {})
     {
-        constexpr int32_t kQuestion = 1 << 14; // edges between two questions
-        Asking asking(telling, kQuestion);
+        constexpr int32_t kEdgesPerQuestion = 1 << 14;
+        Asking asking(telling, kEdgesPerQuestion);
         const Vector<size_t> first = sort_into_buckets(asking);
         for (size_t b = 0; b + 1 < first.size(); ++b) {
             uint64_t *const begin = ends_.data() + first[b], *const end = ends_.data() + first[b + 1];
-            if (end - begin <= kQuestion)
+            if (end - begin <= kEdgesPerQuestion)
                 std::sort(begin, end);
             else // around a hub of the mesh
                 std::sort(begin, end, [&](uint64_t x, uint64_t y) {

@@ -78,7 +78,7 @@ public:
                 waiting.emplace_back(a, b);
         };
         const size_t leaves = first_leaf();
-        Asking asking(telling, kQuestion);
+        Asking asking(telling, kStepsPerQuestion);
         double done = 0.0; // leaves are paired with themselves from the last to the first
         while (!waiting.empty()) {
             const auto [a, b] = waiting.back(); // nodes of one height
@@ -107,7 +107,7 @@ public:
     }
 
 private:
-    static constexpr int32_t kQuestion = 256; // steps between two questions whether to go on
+    static constexpr int32_t kStepsPerQuestion = 256;
 
     static size_t runs_for(size_t edges) { return (edges + kRun - 1) / kRun; }
 
