@@ -128,7 +128,7 @@ private:
         const Edge& piece = edges_[k];
         const Place p = middle_of(piece);
         int below = 0;
-        size_t waiting[64] = {1};
+        size_t waiting[kMostOnTheWay] = {1};
         for (size_t n = 1; n > 0;) {
             const size_t node = waiting[--n];
             const Box& box = leaves_[node];

@@ -372,7 +372,7 @@ private:
         const auto may_hold = [&](const Box& box) {
             return box.low_x <= p.x && p.x <= box.high_x && box.low_y <= p.y && box.high_y >= least;
         };
-        size_t waiting[64] = {1};
+        size_t waiting[kMostOnTheWay] = {1};
         for (size_t n = 1; n > 0;) {
             const size_t node = waiting[--n];
             if (!may_hold(tree_.nodes()[node]))
@@ -692,7 +692,7 @@ private:
     void place_by(int32_t ring, const Place& p)
     {
         Vector<int32_t> below;
-        size_t waiting[64] = {1};
+        size_t waiting[kMostOnTheWay] = {1};
         for (size_t n = 1; n > 0;) {
             const size_t node = waiting[--n];
             const Box& box = tree_.nodes()[node];

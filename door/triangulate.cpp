@@ -137,7 +137,7 @@ public:
     {
         const Box box = ear.box();
         const Fences fences(ear);
-        size_t waiting[64] = {1};
+        size_t waiting[kMostOnTheWay] = {1};
         for (size_t n = 1; n > 0;) {
             const size_t i = waiting[--n];
             if (i < first_leaf_) {

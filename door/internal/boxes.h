@@ -44,4 +44,8 @@ Vector<size_t> order_along_curve(const Vector<Place>& places);
 /// Makes all nodes above the leaves.
 void raise(Vector<Box>& nodes);
 
+/// Room for the nodes that wait on a way down such a tree: one on each level, of which there are fewer, as there are
+/// fewer than 2^31 leaves.
+constexpr size_t kMostOnTheWay = 64;
+
 } // namespace korvale::door
