@@ -628,20 +628,15 @@ struct Places {
     }
 };
 
-bool is_between(const Place& a, const Place& b, const Place& p)
-{
-    return std::min(a.x, b.x) <= p.x && p.x <= std::max(a.x, b.x) && std::min(a.y, b.y) <= p.y &&
-           p.y <= std::max(a.y, b.y);
-}
-
-bool do_meet(const Edge& e, const Edge& f)
+bool share_a_point(const Edge& e, const Edge& f)
 {
     const Place &a = e.from, &b = e.to, &c = f.from, &d = f.to;
     const int tc = side(a, b, c), td = side(a, b, d), ta = side(c, d, a), tb = side(c, d, b);
     if (tc * td < 0 && ta * tb < 0)
         return true;
-    return (tc == 0 && is_between(a, b, c)) || (td == 0 && is_between(a, b, d)) || (ta == 0 && is_between(c, d, a)) ||
-           (tb == 0 && is_between(c, d, b));
+    const Box box = box_of(e), other = box_of(f);
+    return (tc == 0 && box.holds(c)) || (td == 0 && box.holds(d)) || (ta == 0 && other.holds(a)) ||
+           (tb == 0 && other.holds(b));
 }
 
 /// Whether an edge runs back over the one before it.
@@ -674,7 +669,7 @@ bool find_crossing(const Places& places, int64_t* crossing)
             const bool is_next = k == places.next[i], is_before = i == places.next[k];
             if (is_next || is_before
                     ? (is_next && does_fold(edges[i], edges[k])) || (is_before && does_fold(edges[k], edges[i]))
-                    : do_meet(edges[i], edges[k]))
+                    : share_a_point(edges[i], edges[k]))
                 first = rank[k];
         });
         if (first == rank[i])

@@ -15,11 +15,6 @@ Place nearest_of(const Edge& e, const Place& p)
     return e.from + std::clamp(dot(p - e.from, along) / square, 0.0, 1.0) * along;
 }
 
-EdgeTree::Box EdgeTree::box_of(const Place& a, const Place& b)
-{
-    return {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
-}
-
 EdgeTree::EdgeTree(Vector<Edge> edges) : edges_(std::move(edges))
 {
     cut_into_pieces();
@@ -31,12 +26,11 @@ void EdgeTree::cut_into_pieces()
 {
     constexpr double kMostPieces = 16.0; // an edge, on average
     double total = 0.0;
-    Box all = {INFINITY, INFINITY, -INFINITY, -INFINITY};
+    Box all = kNowhere;
     for (const auto& [from, to] : edges_) {
         total += std::hypot(to.x - from.x, to.y - from.y);
-        for (const Place& p : {from, to})
-            all = {std::min(all.low_x, p.x), std::min(all.low_y, p.y), std::max(all.high_x, p.x),
-                   std::max(all.high_y, p.y)};
+        all.cover(from);
+        all.cover(to);
     }
     const auto n = static_cast<double>(edges_.size());
     const double size =
@@ -48,7 +42,7 @@ void EdgeTree::cut_into_pieces()
         Place begin = from;
         for (int k = 1; k <= pieces; ++k) {
             const Place end = k == pieces ? to : from + static_cast<double>(k) / pieces * (to - from);
-            pieces_.push_back({box_of(begin, end), i});
+            pieces_.push_back({box_of({begin, end}), i});
             begin = end;
         }
     }
@@ -56,12 +50,9 @@ void EdgeTree::cut_into_pieces()
 
 void EdgeTree::sort_pieces(size_t node, size_t first, size_t last)
 {
-    Box box = {INFINITY, INFINITY, -INFINITY, -INFINITY};
-    for (size_t k = first; k < last; ++k) {
-        const Box& by = pieces_[k].box;
-        box = {std::min(box.low_x, by.low_x), std::min(box.low_y, by.low_y), std::max(box.high_x, by.high_x),
-               std::max(box.high_y, by.high_y)};
-    }
+    Box box = kNowhere;
+    for (size_t k = first; k < last; ++k)
+        box.cover(pieces_[k].box);
     boxes_[node] = box;
     if (last - first <= kLeaf)
         return;

@@ -18,12 +18,6 @@ namespace korvale::door {
 
 namespace {
 
-bool is_within_box(const Edge& e, const Place& p)
-{
-    return std::min(e.from.x, e.to.x) <= p.x && p.x <= std::max(e.from.x, e.to.x) &&
-           std::min(e.from.y, e.to.y) <= p.y && p.y <= std::max(e.from.y, e.to.y);
-}
-
 Place middle_of(const Edge& e)
 {
     return e.from + 0.5 * (e.to - e.from);
@@ -108,7 +102,7 @@ private:
                 if (const double slant = cross(along, across); slant != 0.0)
                     shares.push_back(std::clamp(cross(f.from - e.from, across) / slant, 0.0, 1.0));
                 for (const Place& p : {f.from, f.to})
-                    if (side(e.from, e.to, p) == 0 && is_within_box(e, p))
+                    if (side(e.from, e.to, p) == 0 && box_of(e).holds(p))
                         shares.push_back(std::clamp(dot(p - e.from, along) / square, 0.0, 1.0));
             }
             std::ranges::sort(shares);
@@ -171,7 +165,7 @@ bool do_meet(std::span<const Place> ring, int32_t i, int32_t k)
     if (from * to > 0)
         return false;
     if (from == 0 && to == 0)
-        return is_within_box(e, f.from) || is_within_box(e, f.to) || is_within_box(f, e.from);
+        return box_of(e).holds(f.from) || box_of(e).holds(f.to) || box_of(f).holds(e.from);
     return side(f.from, f.to, e.from) * side(f.from, f.to, e.to) <= 0;
 }
 

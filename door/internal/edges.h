@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "door/internal/boxes.h"
 #include "door/internal/heap.h"
 #include "door/internal/side.h"
 
@@ -33,6 +34,12 @@ struct Edge {
     Place from, to;
 };
 
+inline Box box_of(const Edge& e)
+{
+    return {std::min(e.from.x, e.to.x), std::min(e.from.y, e.to.y), std::max(e.from.x, e.to.x),
+            std::max(e.from.y, e.to.y)};
+}
+
 /// The point of an edge that is nearest to `p`.
 Place nearest_of(const Edge& e, const Place& p);
 
@@ -52,7 +59,7 @@ public:
     template <class See>
     void for_each_near(const Edge& e, double reach, See see) const
     {
-        const Box box = box_of(e.from, e.to);
+        const Box box = box_of(e);
         for_each_in({box.low_x - reach, box.low_y - reach, box.high_x + reach, box.high_y + reach}, 1, 0,
                     pieces_.size(), see);
     }
@@ -61,13 +68,10 @@ public:
     template <class See>
     void for_each_near(size_t i, See see) const
     {
-        for_each_in(box_of(edges_[i].from, edges_[i].to), 1, 0, pieces_.size(), see);
+        for_each_in(box_of(edges_[i]), 1, 0, pieces_.size(), see);
     }
 
 private:
-    struct Box {
-        double low_x, low_y, high_x, high_y;
-    };
     struct Piece {
         Box box;
         size_t edge;
@@ -75,16 +79,10 @@ private:
     struct Search;
     static constexpr size_t kLeaf = 8; ///< pieces of a leaf, at most
 
-    static Box box_of(const Place& a, const Place& b);
-    static bool do_touch(const Box& a, const Box& b)
-    {
-        return a.low_x <= b.high_x && b.low_x <= a.high_x && a.low_y <= b.high_y && b.low_y <= a.high_y;
-    }
-
     template <class See>
     void for_each_in(const Box& box, size_t node, size_t first, size_t last, See& see) const
     {
-        if (!do_touch(boxes_[node], box))
+        if (!boxes_[node].meets(box))
             return;
         if (last - first > kLeaf) {
             const size_t middle = first + (last - first) / 2;
@@ -93,7 +91,7 @@ private:
             return;
         }
         for (size_t k = first; k < last; ++k)
-            if (do_touch(pieces_[k].box, box))
+            if (pieces_[k].box.meets(box))
                 see(pieces_[k].edge);
     }
 

@@ -16,12 +16,6 @@ struct Run {
     double low, high; ///< where its places lie along that
 };
 
-inline Box box_of(const Edge& e)
-{
-    return {std::min(e.from.x, e.to.x), std::min(e.from.y, e.to.y), std::max(e.from.x, e.to.x),
-            std::max(e.from.y, e.to.y)};
-}
-
 /// The edges of rings in a tree of boxes of runs, and boxes of these boxes (Antonin Guttman, R-Trees: A Dynamic Index
 /// Structure for Spatial Searching, 1984).
 class RunTree {
