@@ -421,16 +421,16 @@ private:
     static double reach_of(double length, double reach) { return length <= 2 * reach ? 2 * reach : reach; }
 
     /// How the ends of an edge lie beside the line through another.
-    enum class Beside { one_side, both_sides, on_it };
+    enum class Lie { one_side, both_sides, on_it };
 
-    Beside look_beside(const Edge& e, const Edge& f) const
+    Lie look_beside(const Edge& e, const Edge& f) const
     {
         const Place along = e.to - e.from;
         const double first = cross(along, f.from - e.from), second = cross(along, f.to - e.from);
         const double nearer = std::min(std::fabs(first), std::fabs(second));
         if (nearer * nearer <= slack() * slack() * dot(along, along))
-            return Beside::on_it;
-        return (first < 0.0) == (second < 0.0) ? Beside::one_side : Beside::both_sides;
+            return Lie::on_it;
+        return (first < 0.0) == (second < 0.0) ? Lie::one_side : Lie::both_sides;
     }
 
     void note_crossing(int32_t a, int32_t b, const Place& p)
@@ -451,13 +451,13 @@ private:
     void compare(int32_t ring, int32_t i, int32_t other, int32_t k)
     {
         const Edge e = tree_.edge(ring, i), f = tree_.edge(other, k);
-        const Beside of_e = look_beside(e, f);
-        if (of_e == Beside::one_side)
+        const Lie of_e = look_beside(e, f);
+        if (of_e == Lie::one_side)
             return;
-        const Beside of_f = look_beside(f, e);
-        if (of_f == Beside::one_side)
+        const Lie of_f = look_beside(f, e);
+        if (of_f == Lie::one_side)
             return;
-        if (of_e == Beside::both_sides && of_f == Beside::both_sides)
+        if (of_e == Lie::both_sides && of_f == Lie::both_sides)
             return note_crossing(ring, other, place_in_common(e, f));
         if (!is_on(f, e.from) && !is_on(f, e.to) && !is_on(e, f.from) && !is_on(e, f.to))
             return;
@@ -488,7 +488,7 @@ private:
         ++count;
         meetings_.push_back({ring, {i, k}});
         const Edge e = tree_.edge(ring, i), f = tree_.edge(ring, k);
-        if (look_beside(e, f) == Beside::both_sides && look_beside(f, e) == Beside::both_sides) {
+        if (look_beside(e, f) == Lie::both_sides && look_beside(f, e) == Lie::both_sides) {
             note_crossing(ring, ring, place_in_common(e, f));
             count = std::numeric_limits<int32_t>::max();
         }

@@ -470,23 +470,23 @@ void Tree::for_each(const Ray& ray, void (*visit)(void* user, int32_t triangle, 
 /// ones, such as zeros of both signs, the first stays.
 Meeting Tree::settle(const Ray& ray) const
 {
-    using Place = std::pair<int32_t, int32_t>;
+    using Rank = std::pair<int32_t, int32_t>; // a cell, and a triangle in it
     Meeting meeting;
     double of_first = 0, reach = std::numeric_limits<double>::infinity();
-    Place first, nearest;
+    Rank first, nearest;
     walk_plainly(ray, reach, [&](int32_t t, double distance, double&) {
-        const Place place = {first_cell(ray, t), t};
-        if (meeting.count++ == 0 || place < first) {
-            first = place;
+        const Rank rank = {first_cell(ray, t), t};
+        if (meeting.count++ == 0 || rank < first) {
+            first = rank;
             of_first = distance;
         }
         if (distance < meeting.distance) {
             meeting.distance = distance;
             meeting.triangle = t;
-            nearest = place;
-        } else if (distance == meeting.distance && place < nearest) { // numbers ascend: the least stays
+            nearest = rank;
+        } else if (distance == meeting.distance && rank < nearest) { // numbers ascend: the least stays
             meeting.distance = distance;
-            nearest = place;
+            nearest = rank;
         }
         return true;
     });
