@@ -231,7 +231,7 @@ bool Tree::meets_cell(const Ray& ray, int32_t t) const
         ends[k][1] = axis.planes + cells.last + 1;
     }
     for (int k = 0; k < 3; ++k) {
-        const int a = k == 0 ? 1 : 0, b = k == 2 ? 1 : 2;
+        const int a = ray::kAcross[k][0], b = ray::kAcross[k][1];
         for (const double* plane = ends[k][0]; plane <= ends[k][1]; ++plane) {
             double at_a, at_b;
             if (ray::meets_plane(ray.origin, ray.unit, *plane, k, a, b, &at_a, &at_b) &&

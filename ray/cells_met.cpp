@@ -99,7 +99,7 @@ bool is_past(const GridAxis& axis, double value, double d)
 /// Adds the cells whose faces across axis `k` the ray meets.
 bool add_cells_across(const double* o, const double* d, const Grid& grid, int k, Found& found)
 {
-    const int a = k == 0 ? 1 : 0, b = k == 2 ? 1 : 2;
+    const int a = kAcross[k][0], b = kAcross[k][1];
     const int32_t strides[3] = {grid.axes[1].cells * grid.axes[2].cells, grid.axes[2].cells, 1};
     const GridAxis& axis = grid.axes[k];
     const PlaneWalk walk = planes_ahead(axis, o[k], d[k]);

@@ -8,6 +8,9 @@ namespace korvale::ray {
 /// A ray must come towards a plane by this much per unit of its length to meet it.
 constexpr double kLeastApproach = 1e-06;
 
+/// The other two axes of each axis.
+constexpr int kAcross[3][2] = {{1, 2}, {0, 2}, {0, 1}};
+
 /// Where the ray meets the plane at `plane` of axis `k`, in the coordinates of axes `a` and `b`. Nothing is written
 /// when it does not.
 inline bool meets_plane(const double* o, const double* d, double plane, int k, int a, int b, double* at_a, double* at_b)
@@ -33,8 +36,9 @@ inline bool lies_between(double value, double least, double greatest)
     return value >= least && value <= greatest;
 }
 
-inline bool meets_face(const double* o, const double* d, double plane, int k, int a, int b, const double* box)
+inline bool meets_face(const double* o, const double* d, double plane, int k, const double* box)
 {
+    const int a = kAcross[k][0], b = kAcross[k][1];
     double at_a, at_b;
     return meets_plane(o, d, plane, k, a, b, &at_a, &at_b) && lies_between(at_a, box[a], box[a + 3]) &&
            lies_between(at_b, box[b], box[b + 3]);
@@ -42,9 +46,8 @@ inline bool meets_face(const double* o, const double* d, double plane, int k, in
 
 inline bool meets_box(const double* o, const double* d, const double* box)
 {
-    return meets_face(o, d, box[0], 0, 1, 2, box) || meets_face(o, d, box[3], 0, 1, 2, box) ||
-           meets_face(o, d, box[1], 1, 0, 2, box) || meets_face(o, d, box[4], 1, 0, 2, box) ||
-           meets_face(o, d, box[2], 2, 1, 0, box) || meets_face(o, d, box[5], 2, 1, 0, box);
+    return meets_face(o, d, box[0], 0, box) || meets_face(o, d, box[3], 0, box) || meets_face(o, d, box[1], 1, box) ||
+           meets_face(o, d, box[4], 1, box) || meets_face(o, d, box[2], 2, box) || meets_face(o, d, box[5], 2, box);
 }
 
 /// Whether coordinate `k` of the point lies above those of all vertices.
