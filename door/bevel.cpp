@@ -36,12 +36,19 @@ Rings rings_of(std::span<const Outline> outlines, Seen seen)
 /// What rounding may do to a layer whose largest coordinate is near 1.
 constexpr double kRounding = 1e-12;
 
-/// Whether a triangle runs clockwise, but for rounding.
-bool is_turned(const Place& a, const Place& b, const Place& c)
+/// How a triangle runs, but for rounding: 1 counter-clockwise, -1 clockwise, 0 without area.
+int turn_of(const Place& a, const Place& b, const Place& c)
 {
     const Place p = b - a, q = c - a, r = c - b;
     const double twice = cross(p, q);
-    return twice < 0.0 && twice * twice > kRounding * kRounding * std::max({dot(p, p), dot(q, q), dot(r, r)});
+    return twice * twice > kRounding * kRounding * std::max({dot(p, p), dot(q, q), dot(r, r)}) ? sign_of(twice) : 0;
+}
+
+bool has_turn(const Rings& rings, const Vector<Triangle>& triangles, int turn)
+{
+    const auto place = [&](int32_t i) -> const Place& { return rings.places[static_cast<size_t>(i)]; };
+    return std::ranges::any_of(
+        triangles, [&](const Triangle& t) { return turn_of(place(t[0]), place(t[1]), place(t[2])) == turn; });
 }
 
 /// Whether the ends of `f` lie on either side of the line through `e`, but for rounding.
@@ -121,17 +128,27 @@ public:
     {
     }
 
-    /// Refuses outlines that cross themselves or each other, and what is no hole in the first.
+    /// Refuses outlines that cross themselves or each other, what is no hole in the first, and holes that fill it.
     void require_apart() const
     {
         door::require_apart(rings_, now_);
-        if (outlines_.size() == 1 || is_sound(rings_))
+        if (outlines_.size() == 1)
+            return;
+        const Vector<Triangle> cap = cut(rings_, rings_, now_);
+        const bool sound = is_sound(rings_, cap);
+        if (sound && has_turn(rings_, cap, 1))
             return;
         for (size_t k = 1; k < outlines_.size(); ++k) {
             const Outline pair[] = {outlines_[0], outlines_[k]};
-            if (const Rings rings = rings_of(pair, seen_); !is_sound(rings, cut(rings, now_)))
+            const Rings rings = rings_of(pair, seen_);
+            const Vector<Triangle> left = cut(rings, now_);
+            if (!is_sound(rings, left))
                 throw Refusal(Text() << "outline " << k, "lie inside outline 0, as a hole in it", "it does not");
+            if (!has_turn(rings, left, 1))
+                throw Refusal(Text() << "outline " << k, "leave some of outline 0", "it goes round all of it");
         }
+        if (sound)
+            throw Refusal("outlines", "be an outer one and holes that leave some of it", "the holes fill it");
         throw Refusal("outlines", "be an outer one and holes apart from each other", "some holes lie over others");
     }
 
@@ -301,12 +318,7 @@ private:
     }
     bool is_sound(const Rings& rings) const { return is_sound(rings, cut(rings, rings_, now_)); }
 
-    static bool is_sound(const Rings& rings, const Vector<Triangle>& cap)
-    {
-        const auto place = [&](int32_t i) -> const Place& { return rings.places[static_cast<size_t>(i)]; };
-        return std::ranges::none_of(
-            cap, [&](const Triangle& t) { return is_turned(place(t[0]), place(t[1]), place(t[2])); });
-    }
+    static bool is_sound(const Rings& rings, const Vector<Triangle>& cap) { return !has_turn(rings, cap, -1); }
 
     std::span<const Outline> outlines_;
     bool split_;

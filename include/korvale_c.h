@@ -511,8 +511,8 @@ KORVALE_C_API void korvale_bevel_defaults(korvale_bevel_options* options, size_t
 /// `korvale_offset`.
 ///
 /// Refuses fewer than two steps, no outline, fewer than three points, numbers that are not finite, outlines that cross
-/// themselves or each other, holes that lie outside the first outline or over each other, and steps that move points
-/// farther than numbers go.
+/// themselves or each other, holes that lie outside the first outline or over each other or leave nothing of it, and
+/// steps that move points farther than numbers go.
 KORVALE_C_API korvale_status korvale_bevel(const korvale_points* outlines, int64_t count,
                                            const korvale_bevel_step* profile, int64_t steps,
                                            const korvale_bevel_options* options, korvale_mesh** mesh,

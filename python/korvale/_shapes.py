@@ -382,8 +382,8 @@ def bevel(outline: ShapeLike, profile: RowsLike, *, split: bool = True, crossing
     profile: (S, 2), at least two steps (distance outwards, height): a layer for each, strips between neighbours, a cap
         on the first and on the last. Height goes up: along z over outlines at one z, as those of a font, whichever way
         they run; else along the normal from which the outer outline runs counter-clockwise.
-    crossing: outlines that cross themselves or each other, holes over each other or outside, are taken as they are.
-        Else they are refused.
+    crossing: outlines that cross themselves or each other, holes over each other or outside, and holes that leave
+        nothing of the outer outline are taken as they are. Else they are refused.
     split, progress: as for `offset`.
 
     Each layer is `offset` of the outlines, so edges that shrink to nothing close like the hips of a roof. A step that

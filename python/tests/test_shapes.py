@@ -406,6 +406,8 @@ class SolidTest(RefusingTest):
         self.assertRefuses("bevel: outline 0 must not cross itself, but its edges from points 0 and 2 do",
                            lambda: korvale.bevel(bow, [(0, 0), (-1, 2)]))
         self.assertEqual(korvale.bevel(bow, [(0, 0), (-1, 2)], crossing=True).reached.tolist(), [0, 0])
+        self.assertRefuses("bevel: outline 1 must leave some of outline 0, but it goes round all of it",
+                           lambda: korvale.bevel([SQUARE, SQUARE], [(0, 0), (0, 2)]))
 
     def test_tells_how_far_a_bevel_has_come(self):
         mesh = korvale.bevel([SQUARE, HOLE], [(0, 0), (-0.25, 1), (-0.75, 2)])  # a frame 1 wide

@@ -452,6 +452,17 @@ TEST(DoorBevel, RefusesOutlinesThatCrossUnlessToldOtherwise)
     EXPECT_EQ(refusal({square(10), box(-1, 0, 5, 10)}), out);
     EXPECT_EQ(refusal({square(10), box(12, 2, 15, 7)}), out);
     EXPECT_EQ(refusal({square(10), box(-10, -10, 20, 20)}), out);
+    // Holes leave something.
+    const std::string all = "korvale_bevel: outline 1 must leave some of outline 0, but it goes round all of it";
+    EXPECT_EQ(refusal({square(10), square(10)}), all);
+    EXPECT_EQ(refusal({square(10), {10, 10, 0, 10, 0, 0, 0, 0, 0, 0, 10, 0}}), all);
+    EXPECT_EQ(refusal({square(10), square(10), box(2, 2, 4, 4)}), all);
+    EXPECT_EQ(refusal({square(10), box(2, 2, 4, 4), square(10)}),
+              "korvale_bevel: outline 2 must leave some of outline 0, but it goes round all of it");
+    EXPECT_EQ(refusal({square(10), box(0, 0, 4, 10), box(4, 0, 10, 10)}),
+              "korvale_bevel: outlines must be an outer one and holes that leave some of it, but the holes fill it");
+    EXPECT_EQ(bevelled({square(10), box(0, 0, 4, 10), box(4, 0, 10, 9)}, {{0, 0}, {0, 1}}).volume, 6);
+    EXPECT_EQ(bevelled({square(10), square(10)}, {{0, 0}, {0, 1}}, true, true).volume, 0);
     // What is let through goes no way on which it would still cross.
     EXPECT_THAT(bevelled({bow}, chamfer, true, true).reached, ElementsAre(0, 0, 0));
     EXPECT_THAT(bevelled({square(4), beyond}, chamfer, true, true).reached, ElementsAre(0, 0, 0));

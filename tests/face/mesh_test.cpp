@@ -95,6 +95,10 @@ TEST(FaceBevel, ClosesAPlateWithAHole)
     EXPECT_EQ(mesh.vertices.size(), 16u);
     EXPECT_EQ(mesh.triangles.size(), 32u);
     EXPECT_NEAR(mesh.volume(), (100 - 16) * 8, 1e-9);
+    EXPECT_EQ(refusal_of([] {
+                  bevel({kPlate[0], kPlate[0]}, kWall);
+              }),
+              "bevel: outline 1 must leave some of outline 0, but it goes round all of it");
 }
 
 TEST(FaceBevel, FacesOutwardsForAnyPlaneWindingAndProfile)

@@ -267,8 +267,8 @@ inline Result<Mesh> try_bevel(AnyShape outlines, std::span<const BevelStep> prof
 ///
 /// The progress is told step by step.
 ///
-/// Throws `Error` for fewer than two steps, no outline, fewer than three points, numbers that are not finite, and
-/// outlines that cross themselves or each other.
+/// Throws `Error` for fewer than two steps, no outline, fewer than three points, numbers that are not finite, outlines
+/// that cross themselves or each other, and holes that leave nothing of the outer outline.
 inline Mesh bevel(AnyShape outlines, std::span<const BevelStep> profile, bool split = true,
                   const Progress& progress = {}, bool crossing = false)
 {
