@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "markdown.h"
 #include "png.h"
 
 namespace gallery {
@@ -33,13 +34,18 @@ void Gallery::begin(const Scene& scene)
                          {}});
 }
 
-// As text, which every browser shows. A page that several scenes share is copied once for each, to the same place.
+// As what every browser shows: a page as HTML, a source as text. A page that several scenes share is copied once for
+// each, to the same place.
 std::string Gallery::copy(const std::filesystem::path& file)
 {
     std::ifstream in(file, std::ios::binary);
     if (!in)
         throw std::runtime_error("cannot read " + file.string());
-    const std::string text{std::istreambuf_iterator<char>(in), {}}, name = file.filename().string() + ".txt";
+    std::string text{std::istreambuf_iterator<char>(in), {}}, name = file.filename().string() + ".txt";
+    if (file.extension() == ".md") {
+        text = html_of_markdown(text);
+        name = file.stem().string() + ".html";
+    }
     write(name, text.data(), text.size());
     report("  " + name);
     return name;
