@@ -24,20 +24,34 @@ Point upwards(const Point& n)
     return n;
 }
 
+/// What of `v` is seen along a normal.
+Point seen_along(const Point& v, const Point& normal)
+{
+    return plus(v, -dot(v, normal), normal);
+}
+
 /// Finds the plane: perpendicular to `up`, or through the line's points furthest from its first point and from the line
 /// between these two.
 LinePlane find_plane(Outline line, const Point* up, double scale)
 {
     constexpr double kFlat = 1e-09;   // of the extent: rounding
     constexpr double kPlanar = 1e-06; // of the extent: measured coordinates
+    constexpr double kSeen = 1e-12;   // of the whole reach: what rounding leaves of a line along `up`
     LinePlane plane = {};
     Point along = {};
+    double whole = 0.0;
+    const Point unit = up == nullptr ? Point{} : unit_of(*up);
     const auto from_first = [&](size_t i) { return minus(line[i], line[0]); };
-    for (size_t i = 1; i < line.size(); ++i)
-        if (const Point d = from_first(i); length(d) > plane.extent) {
+    for (size_t i = 1; i < line.size(); ++i) {
+        const Point d = up == nullptr ? from_first(i) : seen_along(from_first(i), unit);
+        whole = std::max(whole, length(from_first(i)));
+        if (length(d) > plane.extent) {
             plane.extent = length(d);
             along = d;
         }
+    }
+    if (plane.extent <= kSeen * whole)
+        throw Refusal("line", "not run along options.up", "it does");
     along = unit_of(along);
     Point normal = {};
     for (size_t i = 1; i < line.size(); ++i)
@@ -46,7 +60,7 @@ LinePlane find_plane(Outline line, const Point* up, double scale)
     const bool is_straight = length(normal) <= kFlat * plane.extent;
 
     if (up != nullptr) {
-        plane.normal = unit_of(*up);
+        plane.normal = unit;
     } else if (is_straight) {
         const Point z = {0.0, 0.0, 1.0};
         const Point across = cross(along, z);
@@ -62,10 +76,7 @@ LinePlane find_plane(Outline line, const Point* up, double scale)
 
     double off = 0.0, aside = 0.0;
     size_t furthest = 0;
-    const Point flat_along = plus(along, -dot(along, n), n);
-    if (length(flat_along) < 1e-06)
-        throw Refusal("line", "not run along options.up", "it does");
-    const Point right = cross(unit_of(flat_along), n);
+    const Point right = cross(unit_of(seen_along(along, n)), n);
     for (size_t i = 0; i < line.size(); ++i) {
         if (const double d = std::fabs(dot(from_first(i), n)); d > off) {
             off = d;
@@ -114,13 +125,8 @@ public:
             is_nothing = swept_.collapsed;
             return;
         }
-        Vector<Point> outline(line_.begin(), line_.end());
-        for (Point& p : outline)
-            p = plus(p, -dot(minus(p, line_[0]), plane_.normal), plane_.normal);
-        sweep(outline, distance, height, 0);
+        sweep_level({line_.begin(), line_.end()}, distance, height, 0);
         is_nothing = swept_.collapsed;
-        for (size_t i = 0; i < line_.size(); ++i)
-            border[i] = plus(border[i], dot(minus(line_[i], line_[0]), plane_.normal), plane_.normal);
     }
 
     /// How many points the swept outline has.
@@ -155,6 +161,18 @@ private:
         collect(first);
     }
 
+    /// Sweeps an outline that rises as it is seen along the normal, and adds the heights of the line's points.
+    void sweep_level(Vector<Point> outline, double distance, double height, size_t first)
+    {
+        for (Point& p : outline)
+            p = plus(p, -height_of(p), plane_.normal);
+        sweep(outline, distance, height, first);
+        for (size_t i = 0; i < line_.size(); ++i)
+            border[i] = plus(border[i], height_of(line_[i]), plane_.normal);
+    }
+
+    double height_of(const Point& p) const { return dot(minus(p, line_[0]), plane_.normal); }
+
     /// As far beyond `end` as `neighbour` is before it.
     static Point wing(const Point& end, const Point& neighbour)
     {
@@ -179,7 +197,10 @@ private:
         Vector<Point> outline(detour.begin(), detour.end() - 1);
         outline.insert(outline.end(), line_.begin(), line_.end());
         outline.push_back(detour.back());
-        sweep(outline, distance, height, detour.size() - 1);
+        if (plane_.is_flat)
+            sweep(outline, distance, height, detour.size() - 1);
+        else
+            sweep_level(std::move(outline), distance, height, detour.size() - 1);
     }
 
     /// From the far end of the way on beyond the line's last point along the circle to the way in to its first point;
@@ -210,7 +231,7 @@ private:
         return detour;
     }
 
-    Point flat(const Point& v) const { return plus(v, -dot(v, plane_.normal), plane_.normal); }
+    Point flat(const Point& v) const { return seen_along(v, plane_.normal); }
 
     Point any_direction() const
     {
@@ -575,18 +596,31 @@ void stay_put(Outline line, Band& band)
     std::ranges::fill(band.removed, uint8_t{1});
 }
 
+/// The scale of a line by what is seen of it along `up`: heights may be in other units, such as metres beside degrees.
+double scale_along(Outline line, const Point* up, double distance)
+{
+    if (up == nullptr)
+        return scale_for(line, distance);
+    const Point unit = unit_of(*up);
+    Vector<Point> seen(line.begin(), line.end());
+    for (Point& p : seen)
+        p = seen_along(minus(p, line[0]), unit);
+    return scale_for(seen, std::max(distance, extent_of(line).half));
+}
+
 void make_band(Outline line, double distance, const korvale_band_options& how, Band& band)
 {
     const size_t n = line.size();
-    const double scale = scale_for(line, std::max(std::fabs(distance), std::fabs(how.height)));
+    const Point given = {how.up[0], how.up[1], how.up[2]};
+    const Point* const up = how.has_up != 0 ? &given : nullptr;
+    const double scale = scale_along(line, up, std::max(std::fabs(distance), std::fabs(how.height)));
     Vector<Point> room;
     const Outline work = scaled(line, scale, room);
     if (std::ranges::all_of(work, [&](const Point& p) { return p == work[0]; })) {
         stay_put(line, band);
         return;
     }
-    const Point up = {how.up[0], how.up[1], how.up[2]};
-    const LinePlane plane = find_plane(work, how.has_up != 0 ? &up : nullptr, scale);
+    const LinePlane plane = find_plane(work, up, scale);
     Sides sides(work, plane, how.closed != 0, how.miter_limit, scale * std::fabs(distance));
     const auto take = [&](bool backwards) {
         for (size_t i = 0; i < n; ++i) {

@@ -329,7 +329,8 @@ def band(
     closed: the last point joins the first; the band is a ring with two outlines, `border` and `other_side`. Where it is
         not given, rings and polygons of Shapely and paths of matplotlib with a mark that closes them are closed, and
         all other lines open.
-    miter_limit: no point of the border is farther from the line than this many distances; sharper corners are cut off.
+    miter_limit: no point of the border is farther from the line than this many distances. A sharper corner is cut off
+    at one distance, as ``narrowed`` tells, and the border runs straight from there to the points beside it.
     progress: as for `offset`.
 
     The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the

@@ -397,6 +397,48 @@ TEST(DoorBand, AClosedLineMayRise)
     expect_near({ring.outline.begin(), ring.outline.begin() + 12}, {-1, -1, 0, 5, -1, 1, 5, 5, 5, -1, 5, 2});
 }
 
+TEST(DoorBand, HeightsMayBeInAnotherUnit)
+{
+    constexpr double m = 0x1p-17; // about a metre in degrees
+    const Numbers way = {0, 0, 4.125, -0.875, 4.3125, -1, 4.25, -0.9375, 4.25, -0.9375};
+    korvale_band_options options = options_of(1);
+    options.has_up = 1;
+    options.up[2] = 1;
+    const auto with_heights = [&](double unit, double rise) {
+        Numbers line;
+        for (size_t i = 0; i < way.size() / 2; ++i)
+            line.insert(line.end(), {unit * way[2 * i], unit * way[2 * i + 1], rise * static_cast<double>(i)});
+        return laid(line, unit, options);
+    };
+    const Laid in_metres = with_heights(1, 0.25);
+    for (const double rise : {0.125, 0.25, 10.0, 1000.0}) { // heights that span 1 counted as a large line once
+        const Laid band = with_heights(m, rise);
+        EXPECT_EQ(band.narrowed, in_metres.narrowed);
+        for (size_t i = 0; i < band.outline.size(); ++i) {
+            const size_t point = i / 3 < 5 ? i / 3 : 9 - i / 3;
+            EXPECT_NEAR(band.outline[i], i % 3 == 2 ? rise * static_cast<double>(point) : m * in_metres.outline[i],
+                        1e-12 * m + 1e-15 * rise)
+                << rise << ", number " << i;
+        }
+    }
+}
+
+TEST(DoorBand, MayBeAsSteepAsRoundingAllows)
+{
+    korvale_band_options options = options_of();
+    options.has_up = 1;
+    options.up[2] = 1;
+    const Laid steep = laid({0, 0, 0, 1, 0, 0x1p39}, 1, options); // 2^40 is more than 1e12
+    expect_near({steep.outline.begin(), steep.outline.begin() + 6}, {0, -1, 0, 1, -1, 0x1p39});
+    const Numbers line = {0, 0, 0, 1, 0, 0x1p40};
+    const korvale_points points = points_of(line);
+    Numbers outline(2 * line.size());
+    korvale_band_result band = {outline.data(), nullptr, nullptr, 0, 0, {0, 0}};
+    EXPECT_EQ(sentence_of(KORVALE_BAD_ARGUMENT,
+                          [&](korvale_error* error) { return korvale_band(&points, 1, &options, &band, error); }),
+              "korvale_band: line must not run along options.up, but it does");
+}
+
 TEST(DoorBand, CutsCornersSharperThanTheMiterLimitOff)
 {
     const Numbers spike = {0, 0, 0, 10, 0, 0, 0, 1, 0}; // its outer corner is 20 distances away

@@ -18,7 +18,8 @@ struct BandOptions {
     std::optional<Point> up = {};
 
     bool closed = false;      ///< the last point joins the first (do not repeat it): the band is a ring, two outlines
-    double miter_limit = 4.0; ///< no point of the border is farther from the line than this many distances
+    double miter_limit = 4.0; ///< no point of the border is farther from the line than this many distances; a sharper
+                              ///< corner is cut off at one, and the border runs straight to the points beside it
     Progress progress = {};   ///< told while bands of many points are laid; it may stop that
 };
 
