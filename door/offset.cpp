@@ -309,6 +309,10 @@ void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const
 
 void Sweep::move(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in)
 {
+    if (motion.joins.are_some()) {
+        move_joined(outline, motion, border, lifted_in);
+        return;
+    }
     const size_t n = outline.size();
     border.points.make_room(n);
     border.removed.make_room(n);
@@ -321,24 +325,50 @@ void Sweep::move(Outline outline, const Motion& motion, Border& border, const Pl
     border.left = output.left;
 }
 
-void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
+void Sweep::move_joined(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in)
+{
+    const size_t n = outline.size();
+    border.removed.make_room(n);
+    border.merged_into.make_room(n);
+    RingList rings;
+    const Trace trace = {border.removed.data(), border.merged_into.data()};
+    move(outline, motion, rings, lifted_in, &trace);
+    border.size = rings.points.size();
+    border.points.make_room(std::max(border.size, n));
+    border.sources.make_room(std::max(border.size, n));
+    std::ranges::copy(rings.points, border.points.data());
+    std::ranges::copy(rings.sources, border.sources.data());
+    border.vertices = n;
+    border.collapsed = rings.collapsed[0] != 0;
+    border.left = 0.0;
+}
+
+void Sweep::move(Outline outline, const Motion& motion, RingList& rings, const Planes* lifted_in, const Trace* trace)
 {
     const size_t n = outline.size();
     Vector<NewRing> all(1);
-    all[0] = {-1, 0.0, 0.0, Vector<Point>(n), Vector<int32_t>(n)};
-    std::iota(all[0].sources.begin(), all[0].sources.end(), 0);
+    all[0] = {-1, 0.0, 0.0, Vector<Point>(n), {}};
     Flattening flat = lay_flat(outline, motion, all[0].places.data());
     const double scale = flat.scale;
-    all[0].remaining = scale * motion.distance;
+    Planes lifting = lifted_in == nullptr ? flat.planes : lifted_in->scaled(scale);
+    const JoinedOutline joined(all[0].places, scale * motion.distance, motion.joins);
+    if (!joined.is_sharp()) {
+        all[0].places.resize(joined.size());
+        for (size_t i = 0; i < joined.size(); ++i)
+            all[0].places[i] = joined.place(i);
+    }
+    all[0].remaining = joined.zoom() * scale * motion.distance;
+    all[0].sources.resize(all[0].places.size());
+    std::iota(all[0].sources.begin(), all[0].sources.end(), 0);
 
     double done = 0.0;
-    size_t waiting = n;
+    size_t waiting = all[0].places.size();
     rings.starts.push_back(0);
     for (size_t k = 0; k < all.size(); ++k) {
         const NewRing ring = std::move(all[k]);
         const size_t vertices = ring.places.size();
         border::Sweep s = sweep_in(numbers_, dead_, merge_, vertices);
-        Keeper keeper = {s, ring, static_cast<int32_t>(k), motion.distance, scale, all, waiting};
+        Keeper keeper = {s, ring, static_cast<int32_t>(k), motion.distance, joined.zoom() * scale, all, waiting};
         const auto sweep = [&](const Telling& telling) {
             std::ranges::copy(ring.places, reinterpret_cast<Point*>(s.flat));
             s.remaining = ring.remaining;
@@ -361,14 +391,18 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
         }
         motion.telling.tell(std::min(done, 1.0));
 
+        joined.settle(s, ring.sources);
+        if (trace != nullptr)
+            joined.follow(s, trace->removed, trace->merged_into);
         Vector<int32_t> sources;
         for (size_t i = 0; i < vertices; ++i)
             if (s.dead[i] == 0)
-                sources.push_back(ring.sources[i]);
+                sources.push_back(joined.corner(static_cast<size_t>(ring.sources[i])));
         const std::span<Point> live(reinterpret_cast<Point*>(s.flat),
                                     static_cast<size_t>(border::pack_live_positions(s)));
+        scaled(live, 1.0 / joined.zoom(), live.data());
         carry(flat.planes.from_plane, live, live.data());
-        lift(live, flat.planes, scale * motion.height);
+        lift(live, lifting, scale * motion.height);
         const bool collapsed = is_collapsed(live, motion, flat.area);
         scaled(live, 1.0 / scale, live.data());
         if (!collapsed) {
@@ -378,8 +412,10 @@ void Sweep::move(Outline outline, const Motion& motion, RingList& rings)
         rings.starts.push_back(static_cast<int64_t>(rings.points.size()));
         rings.parents.push_back(ring.parent);
         rings.births.push_back(ring.birth);
-        rings.ends.push_back(motion.distance - s.remaining / scale);
+        rings.ends.push_back(motion.distance - s.remaining / (joined.zoom() * scale));
         rings.collapsed.push_back(collapsed);
+        if (trace != nullptr)
+            return; // without the pieces
     }
 }
 
@@ -388,8 +424,11 @@ void Sweep::move(std::span<const Outline> outlines, const Motion& motion, std::s
     const Planes planes = flatten(outlines[0]);
     Motion of_outline = motion;
     const double share = 1.0 / static_cast<double>(outlines.size());
+    size_t before = 0;
     for (size_t k = 0; k < outlines.size(); ++k) {
         of_outline.telling = motion.telling.part(static_cast<double>(k) * share, share);
+        of_outline.joins = motion.joins.part(before, outlines[k].size());
+        before += outlines[k].size();
         move(outlines[k], of_outline, borders[k], &planes);
         of_outline.distance = -motion.distance;
     }
@@ -404,6 +443,7 @@ struct korvale_offsetter {
     Sweep sweep;
     Vector<Border> borders;
     size_t count = 0; ///< borders that there are; the others keep their memory
+    bool has_sources = false;
 };
 
 namespace korvale::door {
@@ -414,8 +454,10 @@ void require_outline(const PointsIn& outline, std::string_view argument)
     require_points(outline, argument, 3);
 }
 
-void run(korvale_offsetter& offsetter, std::span<const Outline> outlines, const Motion& motion)
+void run(korvale_offsetter& offsetter, std::span<const Outline> outlines, Motion motion, const Joins& joins)
 {
+    motion.joins = joins;
+    offsetter.has_sources = joins.are_some();
     offsetter.count = 0;
     if (offsetter.borders.size() < outlines.size())
         offsetter.borders.resize(outlines.size());
@@ -451,7 +493,9 @@ korvale_border shown(const Border& border)
 
 void korvale_offset_defaults(korvale_offset_options* options, size_t size)
 {
-    give_defaults(options, size, korvale_offset_options{sizeof *options, 1, 1, 0, 0.0, nullptr, nullptr});
+    give_defaults(
+        options, size,
+        korvale_offset_options{sizeof *options, 1, 1, 0, 0.0, nullptr, nullptr, KORVALE_JOIN_MITER, 0, 0.0, 0.0, {}});
 }
 
 korvale_status korvale_offset(const korvale_points* outline, double distance, const korvale_offset_options* options,
@@ -460,7 +504,10 @@ korvale_status korvale_offset(const korvale_points* outline, double distance, co
     return answer(error, "korvale_offset", [&] {
         const PointsIn in(outline, "outline");
         require_outline(in, "outline");
-        const Motion motion = motion_of(distance, options_of(options, korvale_offset_defaults));
+        const korvale_offset_options how = options_of(options, korvale_offset_defaults);
+        const Motion motion = motion_of(distance, how);
+        if (JoinsIn(how, in.size()).joins().are_some())
+            throw Refusal("options.join", "leave corners sharp where there is no room for more points", "it does not");
         require(border, "border");
         require(border->points, "border.points");
         BorderOut output = {reinterpret_cast<Point*>(border->points), border->removed, border->merged_into, 0, false};
@@ -492,20 +539,26 @@ korvale_status korvale_offsetter_run(korvale_offsetter* offsetter, const korvale
             const PointsIn in(outlines, "outline 0");
             require_outline(in, "outline 0");
             const Outline outline = in.points();
-            run(*offsetter, {&outline, 1}, motion_of(distance, options_of(options, korvale_offset_defaults)));
+            const korvale_offset_options how = options_of(options, korvale_offset_defaults);
+            const JoinsIn joins(how, in.size());
+            run(*offsetter, {&outline, 1}, motion_of(distance, how), joins.joins());
             return;
         }
         Vector<PointsIn> ins;
         Vector<Outline> views;
         ins.reserve(static_cast<size_t>(count));
         views.reserve(static_cast<size_t>(count));
+        int64_t points = 0;
         for (int64_t k = 0; k < count; ++k) {
             const Text name = Text() << "outline " << k;
             ins.emplace_back(&outlines[k], name);
             require_outline(ins.back(), name);
             views.push_back(ins.back().points());
+            points += ins.back().size();
         }
-        run(*offsetter, views, motion_of(distance, options_of(options, korvale_offset_defaults)));
+        const korvale_offset_options how = options_of(options, korvale_offset_defaults);
+        const JoinsIn joins(how, points);
+        run(*offsetter, views, motion_of(distance, how), joins.joins());
     });
 }
 
@@ -518,6 +571,12 @@ korvale_border korvale_offsetter_border(const korvale_offsetter* offsetter, int6
 {
     const Border* const border = find_border(offsetter, k);
     return border == nullptr ? korvale_border{} : shown(*border);
+}
+
+const int32_t* korvale_offsetter_sources(const korvale_offsetter* offsetter, int64_t k)
+{
+    const Border* const border = find_border(offsetter, k);
+    return border == nullptr || !offsetter->has_sources ? nullptr : border->sources.data();
 }
 
 korvale_border korvale_offsetter_take(korvale_offsetter* offsetter, int64_t k)

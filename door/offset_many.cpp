@@ -3,9 +3,10 @@
 #include "door/internal/offset.h"
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 
-/// Borders, with room for a point for each vertex.
+/// Borders, with room for a point for each vertex, or for what joins need.
 struct korvale_borders {
     korvale::door::Block<korvale::door::Point> points;
     korvale::door::Block<int64_t> starts;
@@ -149,6 +150,40 @@ void move(const Outlines& outlines, const Distances& distances, Motion motion, c
     }
 }
 
+/// With joins, of which nobody knows how many points they are before.
+void move_joined(const Outlines& outlines, const Distances& distances, Motion motion, const Joins& joins,
+                 korvale_borders& borders)
+{
+    const Telling whole = motion.telling;
+    const double share = 1.0 / static_cast<double>(std::max<size_t>(outlines.vertices(), 1));
+    Sweep sweep;
+    Border border;
+    Vector<Point> points;
+    Vector<int32_t> sources;
+    borders.starts.data()[0] = 0;
+    for (size_t k = 0; k < outlines.size(); ++k) {
+        const size_t n = outlines.vertices(k), before = outlines.before(k);
+        const int32_t start = outlines.start(k);
+        motion.distance = distances[k];
+        motion.telling = whole.part(share * static_cast<double>(before), share * static_cast<double>(n));
+        motion.telling.tell(0.0);
+        motion.joins = joins.part(before, n);
+        sweep.move(outlines[k], motion, border);
+        points.insert(points.end(), border.points.data(), border.points.data() + border.size);
+        std::transform(border.sources.data(), border.sources.data() + border.size, std::back_inserter(sources),
+                       [&](int32_t source) { return start + source; });
+        std::copy_n(border.removed.data(), n, borders.removed.data() + before);
+        std::transform(border.merged_into.data(), border.merged_into.data() + n, borders.merged_into.data() + before,
+                       [&](int32_t heir) { return start + heir; });
+        borders.collapsed.data()[k] = border.collapsed;
+        borders.starts.data()[k + 1] = static_cast<int64_t>(points.size());
+    }
+    borders.points.make_room(points.size());
+    borders.sources.make_room(points.size());
+    std::ranges::copy(points, borders.points.data());
+    std::ranges::copy(sources, borders.sources.data());
+}
+
 } // namespace
 } // namespace korvale::door
 
@@ -169,10 +204,15 @@ korvale_status korvale_offset_many(const korvale_points* points, const korvale_i
         const PointsIn in(&used, "points");
         const Outlines outlines(in, begins);
         const Distances moves(distances, begins.size() - 1);
-        const Motion motion = motion_of(0.0, options_of(options, korvale_offset_defaults));
+        const korvale_offset_options how = options_of(options, korvale_offset_defaults);
+        const JoinsIn joins(how, last - first);
+        const Motion motion = motion_of(0.0, how);
         require(borders, "borders");
         Handle made(make_handle<korvale_borders>(outlines.size(), outlines.vertices(), first));
-        move(outlines, moves, motion, *made);
+        if (joins.joins().are_some())
+            move_joined(outlines, moves, motion, joins.joins(), *made);
+        else
+            move(outlines, moves, motion, *made);
         *borders = made.release();
     });
 }

@@ -56,7 +56,10 @@ korvale_status korvale_offset_rings(const korvale_points* outline, double distan
     return answer(error, "korvale_offset_rings", [&] {
         const PointsIn in(outline, "outline");
         require_points(in, "outline", 3);
-        const Motion motion = motion_of(distance, options_of(options, korvale_offset_defaults));
+        const korvale_offset_options how = options_of(options, korvale_offset_defaults);
+        const JoinsIn joins(how, in.size());
+        Motion motion = motion_of(distance, how);
+        motion.joins = joins.joins();
         require(rings, "rings");
         RingList list;
         Sweep().move(in.points(), motion, list);

@@ -151,6 +151,13 @@ typedef int32_t (*korvale_progress)(double done, void* user);
 
 // --- Offset outlines -------------------------------------------------------------------------------------------------
 
+/// What stands at corners that open: at those that stick out where an outline grows, at the others where it shrinks.
+enum {
+    KORVALE_JOIN_MITER = 0, ///< edges run on until they meet; with a `miter_limit` sharper corners are cut off
+    KORVALE_JOIN_BEVEL = 1, ///< the ends of the moved edges are joined by an edge straight across
+    KORVALE_JOIN_ROUND = 2  ///< the ends of the moved edges are joined by an arc around the vertex, of edges outside it
+};
+
 /// How an outline is moved.
 typedef struct korvale_offset_options {
     uint32_t size;         ///< of this struct, in bytes
@@ -160,9 +167,24 @@ typedef struct korvale_offset_options {
     double height;         ///< lift of the border along the normal from which the outline runs counter-clockwise
     korvale_progress progress; ///< told while outlines of many points are moved; may be null
     void* user;                ///< handed to `progress`
+    int32_t join;              ///< KORVALE_JOIN_MITER and so on, at all corners; not for `korvale_offset`
+    int32_t reserved_too;      ///< 0
+    double miter_limit;        ///< of a mitre: corners that would be farther than so many distances from their vertex
+                               ///< are cut off at the distance; 0: none
+    double tolerance;          ///< of a round join: how far it may be outside the arc; 0: 1 / 200 of the distance. Less
+                               ///< than a millionth of the distance counts as that
+    korvale_indices corner_joins; ///< the join of each point of the outlines, instead of `join`; without `data` none
 } korvale_offset_options;
 
-/// Keeps vertices, stops at splits, height 0, no progress. `size` is that of the struct you compiled with.
+/// Keeps vertices, stops at splits, height 0, no progress, sharp corners. `size` is that of the struct you compiled
+/// with.
+///
+/// Joins: with another `join` than KORVALE_JOIN_MITER, a `miter_limit` or `corner_joins` a vertex of the outline
+/// becomes as many points as its join has corners, in their order. Vertices that are removed have none; `keep_vertices`
+/// is not looked at. What moves is the outline with its joins, so these meet other parts, split and vanish as edges do.
+/// Where something has vanished beneath it that a bevel would bring to light again, the corner may stay cut off at the
+/// distance. A corner turning by less than a 10,000th stays sharp, and so does a spike that turns right back. Lengths
+/// of the outline count as nothing below a 10^7th of it.
 KORVALE_C_API void korvale_offset_defaults(korvale_offset_options* options, size_t size);
 
 /// One border. Of `korvale_offset` the caller sets the pointers; `points` has to be there, the others may be null.
@@ -186,7 +208,8 @@ typedef struct korvale_border {
 /// each axis is brought to an ordinary size by a power of two first. So lengths count as nothing below about a
 /// millionth of a small outline (of up to 1 across), and below 1.2e-06 in others.
 ///
-/// Refuses fewer than three points and numbers that are not finite. Where the progress stops it nothing is written.
+/// Refuses fewer than three points, numbers that are not finite, and joins, for whose points there is no room: take an
+/// offsetter, `korvale_offset_many` or `korvale_offset_rings`. Where the progress stops it nothing is written.
 KORVALE_C_API korvale_status korvale_offset(const korvale_points* outline, double distance,
                                             const korvale_offset_options* options, korvale_border* border,
                                             korvale_error* error);
@@ -211,6 +234,11 @@ KORVALE_C_API int64_t korvale_offsetter_count(const korvale_offsetter* offsetter
 /// Border `k` of the latest run, in memory of the offsetter that is good until the next run; all zero where there is no
 /// such border.
 KORVALE_C_API korvale_border korvale_offsetter_border(const korvale_offsetter* offsetter, int64_t k);
+
+/// The vertex that each point of border `k` belongs to, [count], in memory of the offsetter that is good until the next
+/// run; null where there is no such border, and without joins: the points are those of the vertices in their order
+/// then, but for removed ones where these are left out.
+KORVALE_C_API const int32_t* korvale_offsetter_sources(const korvale_offsetter* offsetter, int64_t k);
 
 /// Hands border `k` of the latest run over: its arrays are the caller's, to be released with `free`, and the offsetter
 /// has no such border any more.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "door/internal/joins.h"
 #include "door/internal/planes.h"
 
 // Closed outlines moved sideways in their own planes, without random numbers and in any size.
@@ -16,6 +17,7 @@ struct Motion {
     bool split = true;
     Telling telling = {};
     bool keep_whole = false; ///< end before a part is lost: where the outline splits, or a limb or all of it vanishes
+    Joins joins = {};        ///< of borders and rings of their own
 };
 
 /// What is asked for, once it has been found sound.
@@ -36,6 +38,7 @@ struct Border {
     Block<Point> points;        ///< [size]
     Block<uint8_t> removed;     ///< [vertices]
     Block<int32_t> merged_into; ///< [vertices]
+    Block<int32_t> sources;     ///< [size] the vertex that each point belongs to, of a motion with joins; else none
     size_t size = 0;
     size_t vertices = 0;
     bool collapsed = false;
@@ -57,6 +60,12 @@ struct RingList {
 /// The same for a host, each array in a block of its own.
 korvale_rings* new_rings(const RingList& list);
 
+/// What becomes of the vertices of an outline, as in a border: room for one each.
+struct Trace {
+    uint8_t* removed;
+    int32_t* merged_into;
+};
+
 /// The arrays that a sweep works in, kept from sweep to sweep.
 class Sweep {
 public:
@@ -64,17 +73,20 @@ public:
     /// the outline itself. `lifted_in` are the planes along whose normal the border is lifted: without it its own.
     void move(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in = nullptr);
 
-    /// The same into memory of the border.
+    /// The same into memory of the border. With joins it has no points of vertices that have been removed.
     void move(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in = nullptr);
 
     /// Moves an outline and every piece that splits drop, and adds all of them to rings, without the vertices that have
-    /// been removed.
-    void move(Outline outline, const Motion& motion, RingList& rings);
+    /// been removed. With a trace the pieces are dropped, and it tells of the vertices of the ring that is left.
+    void move(Outline outline, const Motion& motion, RingList& rings, const Planes* lifted_in = nullptr,
+              const Trace* trace = nullptr);
 
     /// Moves an outer outline and its holes, which shrink where it grows; all are lifted along its normal.
     void move(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders);
 
 private:
+    void move_joined(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in);
+
     Block<double> numbers_;
     Block<uint8_t> dead_;
     Block<int32_t> merge_;

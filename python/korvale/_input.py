@@ -27,7 +27,7 @@ import numpy
 
 from . import _korvale
 from ._errors import Error, refuse, renamed
-from ._types import Numbers
+from ._types import Ints, Numbers
 
 # How matplotlib marks the vertices of a path.
 _MOVE, _LINE, _CLOSE = 1, 2, 79
@@ -71,6 +71,31 @@ def flag(value: Any, function: str, argument: str) -> bool:
     if isinstance(value, (bool, numpy.bool_)):
         return bool(value)
     raise refuse(function, argument, "be True or False", f"it is {_shown(value)}")
+
+
+JOINS = ("miter", "bevel", "round")
+Joins = tuple[int, "Ints | None", float, float]
+SHARP: Joins = (0, None, 0.0, 0.0)
+
+
+def joins(join: Any, miter_limit: Any, tolerance: Any, function: str) -> Joins:
+    """What stands at corners: the number of a join, or those of all corners, a limit and a tolerance, 0 for none."""
+    if miter_limit is None and tolerance is None and isinstance(join, str) and join == "miter":
+        return SHARP
+    limit = 0.0 if miter_limit is None else number(miter_limit, function, "miter_limit")
+    width = 0.0 if tolerance is None else number(tolerance, function, "tolerance")
+    must = 'be "miter", "bevel" or "round", or one of them for each point'
+    if isinstance(join, str):
+        if join not in JOINS:
+            raise refuse(function, "join", must, f"it is {_shown(join)}")
+        return JOINS.index(join), None, limit, width
+    each = items(join, function, "join", must)
+    for i, name in enumerate(each):
+        if not isinstance(name, str) or name not in JOINS:
+            raise refuse(function, "join", must, f"number {i} is {_shown(name)}")
+    if not each:
+        raise refuse(function, "join", must, "there is none")
+    return 0, numpy.array([JOINS.index(name) for name in each], numpy.int32), limit, width
 
 
 def text(value: Any, function: str, argument: str) -> str:

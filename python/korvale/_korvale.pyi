@@ -11,6 +11,7 @@ from ._types import FacesLike, PointsLike, Stop
 _Doubles = NDArray[numpy.float64]
 _Ints = NDArray[numpy.int32]
 _Truths = NDArray[numpy.bool_]
+_Joins = tuple[int, _Ints | None, float, float]
 _Hit = tuple[float, int, tuple[int, int, int], tuple[float, float, float]]
 
 class Offset:
@@ -22,6 +23,8 @@ class Offset:
     def removed(self) -> _Truths: ...
     @property
     def merged_into(self) -> _Ints: ...
+    @property
+    def sources(self) -> _Ints: ...
     @property
     def collapsed(self) -> bool: ...
     def __len__(self) -> int: ...
@@ -142,14 +145,14 @@ class System:
     def set_table_columns(self, columns: list[int]) -> None: ...
 
 def place_of(points: Any) -> int: ...
-def offset(outline: Any, distance: Any, height: Any, keep_vertices: Any, split: Any,
+def offset(outline: Any, distance: Any, height: Any, keep_vertices: Any, split: Any, joins: _Joins,
            report: Callable[[int], bool] | None) -> Offset | list[Offset]: ...
-def offset_rings(outline: _Doubles, distance: Any, height: Any, keep_vertices: Any, split: Any,
+def offset_rings(outline: _Doubles, distance: Any, height: Any, keep_vertices: Any, split: Any, joins: _Joins,
                  report: Callable[[int], bool] | None
                  ) -> tuple[_Doubles, NDArray[numpy.int64], _Ints, _Ints, _Doubles, _Doubles, _Truths]: ...
 def offset_many(
     points: _Doubles, starts: NDArray[numpy.int64], distances: _Doubles, height: Any, keep_vertices: Any, split: Any,
-    report: Callable[[int], bool] | None
+    joins: _Joins, report: Callable[[int], bool] | None
 ) -> tuple[_Doubles, NDArray[numpy.int64], _Ints, _Truths, _Truths, _Ints]: ...
 def band(
     line: Any, distance: Any, height: Any, both_sides: Any, up: Any, closed: Any, miter_limit: Any,

@@ -2,7 +2,8 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Iterable, Sequence
+from collections.abc import Callable, Iterable, Iterator, Sequence
+from contextlib import contextmanager
 from typing import TYPE_CHECKING, Any, Literal, NamedTuple, overload
 
 import numpy
@@ -14,8 +15,8 @@ from ._korvale import Band, Mesh, Offset
 from ._progress import Progress, told
 from ._transform import Transform
 from ._types import (
-    ChoiceLike, Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, LineLike, MeshLike, Number,
-    NumbersLike, OutlinesLike, Path, PointLike, ProgressLike, RowsLike, ShapeLike, ShapesLike, Truths,
+    ChoiceLike, Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, JoinLike, LineLike, MeshLike,
+    Number, NumbersLike, OutlinesLike, Path, PointLike, ProgressLike, RowsLike, ShapeLike, ShapesLike, Truths,
 )
 
 if TYPE_CHECKING:
@@ -93,35 +94,40 @@ class Rings(NamedTuple):
 @overload
 def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords, distance: Number, *, height: Number = 0.0,
            keep_vertices: bool = True, split: bool = True, pieces: Literal[False] = False,
-           progress: ProgressLike = None) -> Offset: ...
+           progress: ProgressLike = None, join: JoinLike = "miter", miter_limit: Number | None = None,
+           tolerance: Number | None = None) -> Offset: ...
 
 
 @overload
 def offset(outline: HasExterior | Iterable[HasArray | HasCoords] | Iterable[Sequence[Sequence[Number]]],
            distance: Number, *, height: Number = 0.0, keep_vertices: bool = True, split: bool = True,
-           pieces: Literal[False] = False, progress: ProgressLike = None) -> Offsets: ...
+           pieces: Literal[False] = False, progress: ProgressLike = None, join: JoinLike = "miter",
+           miter_limit: Number | None = None, tolerance: Number | None = None) -> Offsets: ...
 
 
 @overload
 def offset(outline: Path | HasGeoms, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
            split: bool = True, pieces: Literal[False] = False,
-           progress: ProgressLike = None) -> Offset | Offsets: ...
+           progress: ProgressLike = None, join: JoinLike = "miter", miter_limit: Number | None = None,
+           tolerance: Number | None = None) -> Offset | Offsets: ...
 
 
 @overload
 def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords | HasExterior | Path | HasGeoms,
            distance: Number, *, height: Number = 0.0, keep_vertices: bool = True, split: bool = True,
-           pieces: Literal[True], progress: ProgressLike = None) -> Rings: ...
+           pieces: Literal[True], progress: ProgressLike = None, join: JoinLike = "miter",
+           miter_limit: Number | None = None, tolerance: Number | None = None) -> Rings: ...
 
 
 def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
-           split: bool = True, pieces: bool = False, progress: ProgressLike = None) -> Offset | Offsets | Rings:
+           split: bool = True, pieces: bool = False, progress: ProgressLike = None, join: JoinLike = "miter",
+           miter_limit: Number | None = None, tolerance: Number | None = None) -> Offset | Offsets | Rings:
     """The border of a closed, planar outline: every edge moved sideways in the outline's own plane.
 
     outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first. Points at the
         end that repeat the first are left out. A float64 array (N, 3) is read where it is. Or an outer outline and its
         holes: a list of outlines, a polygon of Shapely, a path of matplotlib or trimesh.
-    distance: outwards where it is positive, in units of the outline. Corners stay sharp.
+    distance: outwards where it is positive, in units of the outline. Corners stay sharp unless joins say otherwise.
     height: lift of the border along the normal from which the outline runs counter-clockwise.
     keep_vertices: a point of the border for each vertex; else vertices that were removed are left out.
     split: also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing, and parts
@@ -131,6 +137,17 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
         to the last bit. Of one outline, without holes. Rings do not cross each other, but for rounding, unless the
         outline crosses or touches itself.
     progress: see `Relaxer.run`; it is told of the thousandths done, and False is an error, as there is no result then.
+    join: what stands at corners that open, those that stick out where the outline grows and the others where it
+        shrinks: "miter", edges that run on until they meet, "bevel", an edge straight across, or "round", an arc around
+        the vertex. Or one of them for each point, of all outlines one behind the other.
+    miter_limit: corners that would be farther than so many distances from their vertex are cut off at the distance.
+    tolerance: how far a round join may be outside the arc, at least 1e-06 of the distance; 1 / 200 of it where it is
+        not given. No point of a round join is nearer to the vertex than the distance.
+
+    With joins a vertex has as many points as its join has corners, which `Offset.sources` tells; vertices that are
+    removed have none, whatever `keep_vertices` says. What moves is the outline with its joins: these meet other parts,
+    split and vanish as edges do. A bevel beneath which something has vanished that it would bring to light is cut off
+    at the distance instead.
 
     Returns an `Offset` for an outline, `Offsets`, a tuple of them, for one with holes: a positive distance shrinks the
     holes, whichever way round they run. Each outline is moved by itself: nothing tells where a hole that grows meets
@@ -148,11 +165,18 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
     >>> plate = korvale.offset([square, [(1, 1), (3, 1), (3, 3), (1, 3)]], 0.25)
     >>> plate.outer.xy.max(), plate.holes[0].xy.max()
     (4.25, 2.75)
+    >>> korvale.offset(square, 1, join="bevel").xy[:3].round(9)
+    array([[-1., -0.],
+           [-0., -1.],
+           [ 4., -1.]])
+    >>> korvale.offset(square, 1, join=["round", "miter", "miter", "miter"], tolerance=0.1).sources
+    array([0, 0, 1, 2, 3], dtype=int32)
     >>> waist = [(0, 0), (9, 0), (11, 4), (13, 0), (22, 0), (22, 9), (13, 9), (11, 5), (9, 9), (0, 9)]
     >>> rings = korvale.offset(waist, -1, pieces=True)
     >>> [len(ring) for ring in rings.singly()], rings.parents, rings.births.round(3)
     ([5, 5], array([-1,  0], dtype=int32), array([ 0.   , -0.224]))
     """
+    joins = _input.joins(join, miter_limit, tolerance, "offset")
     if pieces is not False and _input.flag(pieces, "offset", "pieces"):
         ring = _input.outline_or_shape(outline, "offset", "outline")
         if isinstance(ring, list) and len(ring) == 1:
@@ -160,17 +184,30 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
         if isinstance(ring, list):
             holes = "1 hole" if len(ring) == 2 else f"{len(ring) - 1} holes"
             raise refuse("offset", "outline", "be one outline where pieces are kept", f"it has {holes}")
-        with Progress(progress, 1000, "offset") as report:
-            rings = Rings(*_korvale.offset_rings(ring, distance, height, keep_vertices, split,
+        with _join_named("offset"), Progress(progress, 1000, "offset") as report:
+            rings = Rings(*_korvale.offset_rings(ring, distance, height, keep_vertices, split, joins,
                                                  None if progress is None else report))
             report(1000)
         return rings
-    if progress is None:
-        result = _korvale.offset(outline, distance, height, keep_vertices, split, None)
+    if joins[1] is not None:
+        with _join_named("offset"):
+            result = told(progress, "offset", lambda report: _korvale.offset(
+                outline, distance, height, keep_vertices, split, joins, report))
+    elif progress is None:
+        result = _korvale.offset(outline, distance, height, keep_vertices, split, joins, None)
     else:
         result = told(progress, "offset",
-                      lambda report: _korvale.offset(outline, distance, height, keep_vertices, split, report))
+                      lambda report: _korvale.offset(outline, distance, height, keep_vertices, split, joins, report))
     return result if type(result) is Offset else Offsets(result)
+
+
+@contextmanager
+def _join_named(function: str) -> Iterator[None]:
+    """Joins of corners come in by the name of one."""
+    try:
+        yield
+    except Error as error:
+        raise renamed(error, function, "join" if error.argument == "corner_joins" else "") from None
 
 
 @_records.compared
@@ -207,7 +244,8 @@ class Borders(NamedTuple):
 
 def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, starts: ChoiceLike | None = None,
                 height: Number = 0.0, keep_vertices: bool = True, split: bool = True,
-                progress: ProgressLike = None) -> Borders:
+                progress: ProgressLike = None, join: JoinLike = "miter", miter_limit: Number | None = None,
+                tolerance: Number | None = None) -> Borders:
     """The borders of many outlines, each moved as `offset` moves it alone, to the last bit, in one call.
 
     outlines: a list of outlines, (N, 2) or (N, 3) each, or of lines, rings and polygons without holes of Shapely. Or
@@ -215,7 +253,8 @@ def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, start
     distance: one for all outlines, or one for each.
     starts: whole numbers (n + 1,): outline k is points[starts[k]:starts[k + 1]]. Part of them are part of the outlines,
         as for one thread of several: starts[a : b + 1] are outlines a to b - 1, with the same points.
-    height, keep_vertices, split, progress: as for `offset`.
+    height, keep_vertices, split, progress, join, miter_limit, tolerance: as for `offset`; joins for each point are for
+        those that are part of an outline.
 
     Every outline is an outer one here, whatever it lies in; a hole has a distance of its own. Outlines may repeat their
     first point at the end. Float64 points are read where they are, and other threads run meanwhile.
@@ -234,6 +273,7 @@ def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, start
     distances = numpy.atleast_1d(_input.array(distance, "offset_many", "distance", "be a number or numbers (n,)"))
     if distances.ndim != 1:
         raise refuse("offset_many", "distance", "be a number or numbers (n,)", f"its shape is {distances.shape}")
+    joins = _input.joins(join, miter_limit, tolerance, "offset_many")
     repeated = _input.repeats(flat, begins)
     first = 0
     if repeated.any():  # moved without them
@@ -244,11 +284,14 @@ def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, start
         kept = marks[:-1].cumsum() == 0
         given, begins = begins - first, begins - first - numpy.concatenate([[0], repeated.cumsum()])
         flat = flat[first:last][kept]
+        if joins[1] is not None and len(joins[1]) == len(kept):
+            joins = (joins[0], joins[1][kept], *joins[2:])
     try:
         borders = Borders(*told(progress, "offset_many", lambda report: _korvale.offset_many(
-            flat, begins, distances, height, keep_vertices, split, report)))
+            flat, begins, distances, height, keep_vertices, split, joins, report)))
     except Error as error:
-        raise renamed(error, "offset_many", "distance" if error.argument == "distances" else "") from None
+        names = {"distances": "distance", "corner_joins": "join"}
+        raise renamed(error, "offset_many", names.get(error.argument, "")) from None
     if not repeated.any():
         return borders
     numbers = numpy.flatnonzero(kept).astype(numpy.int32) + numpy.int32(first)

@@ -52,6 +52,8 @@ CALLS = {
     "Offset": lambda: (BORDER.points, BORDER.xy, BORDER.removed, BORDER.merged_into, list(BORDER), BORDER[1]),
     "Offset, copied": lambda: twins(BORDER),
     "Offsets": lambda: twins(korvale.offset([SQUARE, HOLE], 0.5)),
+    "offset with joins": lambda: (twins(korvale.offset(SQUARE, 1, join="round")), korvale.offset(SQUARE, 1, join=[
+        "bevel", "miter", "round", "miter"]).sources, korvale.offset([SQUARE, HOLE], 1, miter_limit=1)),
     "offset_many": lambda: korvale.offset_many([SQUARE, HOLE, [*SQUARE, SQUARE[0]]], [0.5, -0.5, 1]),
     "offset_many with starts": lambda: korvale.offset_many(VERTICES, 0.5, starts=[0, 4, 8]),
     "Borders": lambda: (twins(korvale.offset_many([SQUARE], 1)), korvale.offset_many([SQUARE], 1).singly()),

@@ -39,6 +39,9 @@ POINTS = [*NOTHING, "text", 5, None, [(1,)], [(0, 0, 0), (1, 2)], [("a", "b", "c
 ROWS = POINTS[:-1]  # of numbers that need not be finite
 POINT = [*NOTHING, "text", None, [1], (0, 0, 0, 0), (True, True, True), (math.nan, 0, 0),
          numpy.ma.masked_less([0, 1, 2], 1)]
+JOIN = [*NOTHING, 5, None, b"round", "mitre", [], ["round"], ["round", 1, "miter", "miter"]]
+JOINS = {"join": JOIN, "miter_limit": [bad for bad in NUMBER if bad is not None and bad is not math.inf] + [0.5, -1],
+         "tolerance": [bad for bad in NUMBER if bad is not None] + [-1]}
 TEXT = [*NOTHING, 5, None, b"x"]
 OUT = [*NOTHING, "text", 5, [0.0], numpy.zeros((1, 1, 1)), numpy.zeros((8, 3), numpy.float32), numpy.ma.zeros((8, 3))]
 PROGRESS = [*NOTHING, 5, "text", [1]]
@@ -51,18 +54,19 @@ NUMBERS = [*NOTHING, "text", ["a"], [True], numpy.ma.masked_less(X, 2)]
 CASES = {
     "offset": (korvale.offset, {"outline": SQUARE, "distance": 1},
                {"outline": POINTS, "distance": NUMBER, "height": NUMBER, "keep_vertices": FLAG, "split": FLAG,
-                "pieces": FLAG, "progress": PROGRESS}),
+                "pieces": FLAG, "progress": PROGRESS, **JOINS}),
     "offset of pieces": (korvale.offset, {"outline": SQUARE, "distance": 1, "pieces": True},
                          {"outline": POINTS, "distance": NUMBER, "height": NUMBER, "keep_vertices": FLAG,
-                          "split": FLAG, "progress": PROGRESS}),
+                          "split": FLAG, "progress": PROGRESS, **JOINS}),
     "offset_many": (korvale.offset_many, {"outlines": [SQUARE, HOLE], "distance": 1},
                     {"outlines": [*NOTHING, "text", 5, [5], [SQUARE, "text"], [SQUARE, HOLE * math.nan], [SQUARE[:2]]],
                      "distance": [*NOTHING, "text", [1, 2, 3], [[1, 2]], math.nan, True], "starts": [],
-                     "height": NUMBER, "keep_vertices": FLAG, "split": FLAG, "progress": PROGRESS}),
+                     "height": NUMBER, "keep_vertices": FLAG, "split": FLAG, "progress": PROGRESS, **JOINS}),
     "offset_many of parts": (korvale.offset_many, {"outlines": VERTICES, "distance": 1, "starts": [0, 4, 8]},
                              {"outlines": POINTS, "starts": [*NOTHING, "text", 5, [0, 4.0], [4, 0], [0, 99], [-1, 4],
                                                              [True, False], []], "distance": [[1, 2, 3]], "height": [],
-                              "keep_vertices": [], "split": [], "progress": []}),
+                              "keep_vertices": [], "split": [], "progress": [], "join": [], "miter_limit": [],
+                              "tolerance": []}),
     "outlines": (korvale.outlines, {"shape": SQUARE}, {"shape": ROWS}),
     "shapes": (korvale.shapes, {"path": [SQUARE, HOLE]},
                {"path": [*NOTHING, "text", 5, None, [5], [SQUARE, "text"]],

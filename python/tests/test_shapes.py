@@ -370,6 +370,49 @@ class SolidTest(RefusingTest):
         self.assertEqual(korvale.offset(waist, -1, pieces=True), korvale.offset([*waist, waist[0]], -1, pieces=True))
         self.assertEqual(korvale.offset(waist, -1, pieces=False), korvale.offset(waist, -1))
 
+    def test_joins_corners(self):
+        bevelled = korvale.offset(SQUARE, 1, join="bevel")
+        numpy.testing.assert_allclose(bevelled.xy, [(-1, 0), (0, -1), (4, -1), (5, 0), (5, 4), (4, 5), (0, 5), (-1, 4)],
+                                      atol=1e-14)
+        self.assertEqual(bevelled.sources.tolist(), [0, 0, 1, 1, 2, 2, 3, 3])
+        self.assertEqual(pickle.loads(pickle.dumps(bevelled)), bevelled)
+        self.assertEqual(pickle.loads(pickle.dumps(bevelled)).sources.tolist(), bevelled.sources.tolist())
+        self.assertEqual(len(korvale.offset(SQUARE, 1, miter_limit=1)), 8)
+        each = ["bevel", "miter", "round", "miter"]
+        self.assertEqual(korvale.offset(SQUARE, 1, join=each, tolerance=0.1).sources.tolist(), [0, 0, 1, 2, 2, 3])
+        plate = korvale.offset([SQUARE, HOLE], 0.5, join=[*each, *["bevel"] * 4], tolerance=0.1)
+        self.assertEqual([len(border) for border in plate], [6, 4])
+        each = [*each, "miter", *["bevel"] * 4]
+        many = korvale.offset_many([[*SQUARE, SQUARE[0]], HOLE], 1, join=each, tolerance=0.1)
+        self.assertEqual(many.sources.tolist(), [0, 0, 1, 2, 2, 3, 5, 5, 6, 6, 7, 7, 8, 8])
+        self.assertEqual(korvale.offset(SQUARE, 1).sources.tolist(), [0, 1, 2, 3])
+        self.assertEqual(len(korvale.offset(CUT, -1, keep_vertices=False).sources), 4)
+        self.assertRefuses("offset: join must have 4, one for each point, or none, but there are 2",
+                           lambda: korvale.offset(SQUARE, 1, join=["round", "miter"]))
+
+    def test_joins_are_those_of_geos_where_nothing_splits(self):
+        from shapely.geometry import Polygon
+        random = numpy.random.default_rng(23)
+        styles = {"round": {"join_style": 1, "resolution": 64}, "miter": {"join_style": 2, "mitre_limit": 1},
+                  "bevel": {"join_style": 3}}
+        compared = dict.fromkeys(styles, 0)
+        for _ in range(10000):
+            n = random.integers(3, 24)
+            angles = 2 * numpy.pi * (numpy.arange(n) + random.uniform(0, 0.9, n)) / n
+            star = numpy.column_stack([numpy.cos(angles), numpy.sin(angles)]) * random.uniform(4, 10, (n, 1))
+            distance = 10 ** random.uniform(-3, 0) * random.choice([-1, 1])
+            join = str(random.choice(list(styles)))
+            rings = korvale.offset(star, distance, pieces=True, join=join, miter_limit=1,
+                                   tolerance=0.01 * abs(distance))
+            # Bevels may stay cut off at the distance where vertices are lost.
+            expected = Polygon(star).buffer(distance, **styles[join])
+            whole = len(rings.parents) == 1 and expected.geom_type == "Polygon" and not expected.interiors
+            if whole and (join != "bevel" or len(set(rings.sources.tolist())) == n):
+                off = expected.hausdorff_distance(Polygon(rings.points[:, :2]))
+                self.assertLess(off, (0.011 if join == "round" else 1e-6) * abs(distance), (star, distance, join))
+                compared[join] += 1
+        self.assertGreater(min(compared.values()), 3000)
+
     def test_refuses_pieces_of_outlines_with_holes(self):
         self.assertRefuses("offset: outline must be one outline where pieces are kept, but it has 1 hole",
                            lambda: korvale.offset([SQUARE, HOLE], 1, pieces=True))

@@ -31,6 +31,8 @@ assert_type(korvale.offset_many(border.points, 1, starts=[0, 4]).sources, NDArra
 assert_type(korvale.offset(square, 1, pieces=True), korvale.Rings)
 assert_type(korvale.offset(border.points, 1, pieces=True).births, NDArray[np.float64])
 assert_type(korvale.offset(square, 1, pieces=False), korvale.Offset)
+assert_type(korvale.offset(square, 1, join="round", tolerance=0.1).sources, NDArray[np.int32])
+assert_type(korvale.offset(square, 1, pieces=True, join=["bevel", "miter", "miter", "round"]), korvale.Rings)
 assert_type(korvale.thin(square, 1), NDArray[np.int64])
 assert_type(korvale.scatter((border.points, [(0, 1, 2)]), 5, seed=1).triangles, NDArray[np.int32])
 wave = korvale.Equations("y x")

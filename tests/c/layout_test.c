@@ -67,9 +67,11 @@ static korvale_status results_are_laid_out(void)
 /// Options may grow behind these.
 static korvale_status options_are_laid_out(void)
 {
-    SIZE(korvale_offset_options, 40);
+    SIZE(korvale_offset_options, 96);
     PLACE(korvale_offset_options, height, 16);
     PLACE(korvale_offset_options, progress, 24);
+    PLACE(korvale_offset_options, join, 40);
+    PLACE(korvale_offset_options, corner_joins, 64);
     SIZE(korvale_scatter_options, 56);
     PLACE(korvale_scatter_options, weights, 8);
     PLACE(korvale_scatter_options, progress, 40);

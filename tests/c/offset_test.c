@@ -45,6 +45,30 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status joins_corners(void)
+{
+    const korvale_points outline = {.data = square, .count = 4};
+    korvale_offsetter* offsetter = NULL;
+    korvale_offset_options options;
+    korvale_border border;
+    const int32_t* sources;
+    korvale_error error;
+    korvale_offset_defaults(&options, sizeof options);
+    CHECK(options.join == KORVALE_JOIN_MITER && options.miter_limit == 0 && options.tolerance == 0);
+    CHECK(options.corner_joins.data == NULL && options.corner_joins.count == 0);
+    options.join = KORVALE_JOIN_BEVEL;
+    TRY_MAKING(offsetter, korvale_offsetter_new(&offsetter, &error));
+    TRY(korvale_offsetter_run(offsetter, &outline, 1, 1, &options, &error));
+    border = korvale_offsetter_border(offsetter, 0);
+    CHECK(border.count == 8 && border.vertices == 4);
+    sources = korvale_offsetter_sources(offsetter, 0);
+    CHECK(sources[0] == 0 && sources[1] == 0 && sources[2] == 1 && sources[7] == 3);
+    CHECK(korvale_offsetter_sources(offsetter, 1) == NULL && korvale_offsetter_sources(NULL, 0) == NULL);
+done:
+    korvale_offsetter_free(offsetter);
+    return (korvale_status)error.status;
+}
+
 static korvale_status moves_outlines_with_holes(void)
 {
     const korvale_points outlines[] = {{.data = square, .count = 4}, {.data = hole, .count = 4}};
@@ -165,6 +189,7 @@ void offset_tests(void)
 {
     RUN(grows_a_square);
     RUN(lifts_floats_of_records);
+    RUN(joins_corners);
     RUN(moves_outlines_with_holes);
     RUN(moves_many_outlines);
     RUN(keeps_all_pieces);

@@ -387,6 +387,35 @@ TEST(FaceOffsetMany, GivesWhatEachOutlineGivesAlone)
     }
 }
 
+TEST(FaceOffset, JoinsCorners)
+{
+    const auto sources_of = [](const Offset& border) {
+        return std::vector<int>(border.sources.begin(), border.sources.end());
+    };
+    const Offset bevelled = offset(kSquare, 1, {.join = Join::bevel});
+    expect_near(bevelled.points,
+                {{-1, 0, 0}, {0, -1, 0}, {4, -1, 0}, {5, 0, 0}, {5, 4, 0}, {4, 5, 0}, {0, 5, 0}, {-1, 4, 0}});
+    EXPECT_EQ(sources_of(bevelled), (std::vector<int>{0, 0, 1, 1, 2, 2, 3, 3}));
+    EXPECT_EQ(bevelled.clone(), bevelled);
+    EXPECT_EQ(offset(kSquare, 1, {.join = Join::round, .tolerance = 0.1}).points.size(), 8u);
+    EXPECT_EQ(offset(kSquare, 1, {.miter_limit = 1}).points.size(), 8u);
+    EXPECT_TRUE(offset(kSquare, 1).sources.empty());
+    const Join each[] = {Join::bevel, Join::miter, Join::miter, Join::round};
+    EXPECT_EQ(sources_of(offset(kSquare, 1, {.tolerance = 0.1, .corner_joins = each})),
+              (std::vector<int>{0, 0, 1, 2, 3, 3}));
+    const std::vector<Offset> plate = offset(kPlate, 1, {.join = Join::bevel});
+    EXPECT_EQ(sources_of(plate[0]).size(), 8u);
+    EXPECT_EQ(sources_of(plate[1]), (std::vector<int>{0, 1, 2, 3}));
+    EXPECT_EQ(offset_many(kPlate, {1, -1}, {.join = Join::bevel}).points.size(), 12u);
+    EXPECT_EQ(offset_rings(kSquare, 1, {.join = Join::bevel}).points, bevelled.points);
+
+    Offsetter offsetter;
+    EXPECT_EQ(offsetter(kSquare, 1, {.join = Join::bevel}).sources().size(), 8u);
+    EXPECT_TRUE(offsetter(kSquare, 1).sources().empty());
+    EXPECT_EQ(refusal_of([] { offset(kSquare, 1, {.miter_limit = 0.5}); }),
+              "offset: options.miter_limit must be 1 or more, or 0 for none, but it is 0.5");
+}
+
 TEST(FaceOffsetMany, TakesListsFloatsAndPointsWrittenOut)
 {
     const Borders written = offset_many({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}}, {0, 4}, {0.5});

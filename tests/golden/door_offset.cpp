@@ -97,6 +97,33 @@ WORKLOAD(DoorOffsetRings, 1000, 0x61fdd2533958b23du, 1)
     }
 }
 
+WORKLOAD(DoorOffsetJoins, 1000, 0x22a726e870228800u, 1)
+{
+    Draws random(1123);
+    for (int i = 0; i < rounds; ++i) {
+        const int n = random.between(3, 24);
+        std::vector<double> points;
+        std::vector<int32_t> joins;
+        for (int j = 0; j < n; ++j) { // up one side, down the other
+            const double x = 2 * j < n ? random.uniform(0.5, 4) : random.uniform(-4, -0.5);
+            points.insert(points.end(), {x, double(2 * j < n ? j : n - j), 0.5 * x});
+            joins.push_back(random.between(KORVALE_JOIN_MITER, KORVALE_JOIN_ROUND));
+        }
+        const korvale_points outline = {points.data(), n, 0, 3, KORVALE_DOUBLE};
+        korvale_offset_options options;
+        korvale_offset_defaults(&options, sizeof options);
+        options.miter_limit = random.uniform(1, 2);
+        options.tolerance = 0.1;
+        options.corner_joins = {joins.data(), n, 0, KORVALE_INT32};
+        korvale_rings* rings = nullptr;
+        hash.add(korvale_offset_rings(&outline, random.uniform(-1, 1), &options, &rings, nullptr));
+        const korvale_ring_arrays all = korvale_rings_view(rings);
+        const int64_t left = all.starts[all.rings];
+        hash.add(all.points, 3 * left).add(all.sources, left).add(all.parents, all.rings);
+        korvale_rings_free(rings);
+    }
+}
+
 WORKLOAD(DoorBand, 1000, 0xf1e7491430069fa1u, 2)
 {
     Draws random(1106);

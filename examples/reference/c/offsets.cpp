@@ -50,6 +50,30 @@ EXAMPLE("korvale_offsetter_new korvale_offsetter_run korvale_offsetter_count kor
     // > from 4 4 to 5 5
 }
 
+EXAMPLE("korvale_offsetter_sources")
+{
+    const double square[] = {0, 0, 4, 0, 4, 4, 0, 4};
+    const int32_t joins[] = {KORVALE_JOIN_BEVEL, KORVALE_JOIN_MITER, KORVALE_JOIN_MITER, KORVALE_JOIN_MITER};
+    const korvale_points outline = {.data = square, .count = 4, .dim = 2};
+    korvale_offset_options options;
+    korvale_offset_defaults(&options, sizeof options);
+    options.corner_joins.data = joins;
+    options.corner_joins.count = 4;
+    korvale_offsetter* offsetter;
+    if (korvale_offsetter_new(&offsetter, NULL) != KORVALE_OK)
+        return;
+    korvale_offsetter_run(offsetter, &outline, 1, 1, &options, NULL);
+    const int32_t* sources = korvale_offsetter_sources(offsetter, 0);
+    for (int64_t i = 0; i < korvale_offsetter_border(offsetter, 0).count; ++i)
+        printf("point %d belongs to vertex %d\n", (int)i, (int)sources[i]);
+    korvale_offsetter_free(offsetter);
+    // > point 0 belongs to vertex 0
+    // > point 1 belongs to vertex 0
+    // > point 2 belongs to vertex 1
+    // > point 3 belongs to vertex 2
+    // > point 4 belongs to vertex 3
+}
+
 EXAMPLE("korvale_offsetter_take korvale_offsetter_free")
 {
     const double square[] = {0, 0, 4, 0, 4, 4, 0, 4};

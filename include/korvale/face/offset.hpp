@@ -5,13 +5,25 @@
 
 namespace korvale {
 
+/// What stands at corners that open: at those that stick out where an outline grows, at the others where it shrinks.
+enum class Join : std::int32_t {
+    miter = KORVALE_JOIN_MITER, ///< edges run on until they meet; with a `miter_limit` sharper corners are cut off
+    bevel = KORVALE_JOIN_BEVEL, ///< the ends of the moved edges are joined by an edge straight across
+    round = KORVALE_JOIN_ROUND  ///< the ends of the moved edges are joined by an arc around the vertex
+};
+
 /// How `offset` works.
 struct OffsetOptions {
     double height = 0.0;       ///< lift of the border along the normal from which the outline runs counter-clockwise
     bool keep_vertices = true; ///< a point of the border per vertex of the outline; else removed vertices are left out
     bool split = true; ///< also stop where parts of the outline meet; else only where an edge vanishes (quicker), and
                        ///< parts that meet run through each other
-    Progress progress = {}; ///< told while outlines of many points are moved; it may stop that
+    Progress progress = {};   ///< told while outlines of many points are moved; it may stop that
+    Join join = Join::miter;  ///< at all corners
+    double miter_limit = 0.0; ///< corners that would be farther than so many distances from their vertex are cut off at
+                              ///< the distance; 0: none
+    double tolerance = 0.0;   ///< how far a round join may be outside the arc; 0: 1 / 200 of the distance
+    std::span<const Join> corner_joins = {}; ///< of each point of the outlines, instead of `join`; empty: none
 };
 
 /// One border, and what became of every vertex of its outline.
@@ -21,9 +33,11 @@ struct Offset {
     Array<std::int32_t> merged_into; ///< [n] the vertex that each one merged into, itself while it stayed
     bool collapsed = false; ///< nothing is left: fewer than three vertices, all within 1.2e-06 of one line, or, where
                             ///< `split` is off, the outline has turned inside out
+    Array<std::int32_t> sources = {}; ///< [points] with joins the vertex that each point belongs to; else empty: points
+                                      ///< are those of the vertices in their order, but for removed ones left out
 
     /// The same in memory of its own.
-    Offset clone() const { return {points.clone(), removed.clone(), merged_into.clone(), collapsed}; }
+    Offset clone() const { return {points.clone(), removed.clone(), merged_into.clone(), collapsed, sources.clone()}; }
 
     /// The same border, and the same said of its vertices.
     friend bool operator==(const Offset&, const Offset&) = default;
@@ -31,15 +45,26 @@ struct Offset {
 
 namespace detail {
 
-inline korvale_offset_options options_of(const OffsetOptions& options, Told& told)
+inline korvale_offset_options options_of(const OffsetOptions& options, korvale_progress progress, void* user)
 {
     return {sizeof(korvale_offset_options),
             options.keep_vertices,
             options.split,
             0,
             options.height,
-            told.function(),
-            told.user()};
+            progress,
+            user,
+            static_cast<std::int32_t>(options.join),
+            0,
+            options.miter_limit,
+            options.tolerance,
+            {options.corner_joins.data(), static_cast<std::int64_t>(options.corner_joins.size()), 0, KORVALE_INT32}};
+}
+
+/// Whether a vertex may have several points.
+inline bool has_joins(const OffsetOptions& options)
+{
+    return options.join != Join::miter || options.miter_limit != 0.0 || !options.corner_joins.empty();
 }
 
 /// The failure of `offset`; `one_outline` goes by its own name.
@@ -108,6 +133,13 @@ public:
         return {border_.merged_into, static_cast<std::size_t>(border_.vertices)};
     }
 
+    /// [points] with joins the vertex that each point of the latest border belongs to; else empty, as in `Offset`.
+    std::span<const std::int32_t> sources() const KORVALE_LIFETIMEBOUND
+    {
+        const std::int32_t* const sources = korvale_offsetter_sources(offsetter_.get(), 0);
+        return {sources, border_.points == nullptr || sources == nullptr ? 0 : static_cast<std::size_t>(border_.count)};
+    }
+
     /// Whether nothing is left of the latest outline, as in `Offset`; true where the accessors show none.
     bool collapsed() const { return border_.points == nullptr || border_.collapsed != 0; }
 
@@ -152,7 +184,7 @@ private:
                      bool one_outline)
     {
         detail::Told told(options.progress);
-        const korvale_offset_options how = detail::options_of(options, told);
+        const korvale_offset_options how = detail::options_of(options, told.function(), told.user());
         korvale_error error;
         const korvale_status status = korvale_offsetter_run(
             offsetter_.get(), outlines.data(), static_cast<std::int64_t>(outlines.size()), distance, &how, &error);
@@ -165,12 +197,20 @@ private:
 
     Offset taken(std::int64_t k)
     {
+        const std::int32_t* const from = korvale_offsetter_sources(offsetter_.get(), k);
+        Array<std::int32_t> sources;
+        if (from != nullptr) {
+            sources =
+                Array<std::int32_t>(static_cast<std::size_t>(korvale_offsetter_border(offsetter_.get(), k).count));
+            std::copy_n(from, sources.size(), sources.data());
+        }
         const korvale_border border = korvale_offsetter_take(offsetter_.get(), k);
         const auto vertices = static_cast<std::size_t>(border.vertices);
         return {Points(border.points, static_cast<std::size_t>(border.count)),
                 {border.removed, vertices},
                 {border.merged_into, vertices},
-                border.points == nullptr || border.collapsed != 0};
+                border.points == nullptr || border.collapsed != 0,
+                std::move(sources)};
     }
 
     std::unique_ptr<korvale_offsetter, Free> offsetter_;
@@ -181,6 +221,14 @@ private:
 inline Result<Offset> try_offset(AnyPoints outline, double distance, const OffsetOptions& options = {})
 {
     return detail::within_memory("offset", [&]() -> Result<Offset> {
+        if (detail::has_joins(options)) {
+            Result<Offsetter> offsetter = Offsetter::try_make();
+            if (!offsetter)
+                return offsetter.error();
+            if (const Result<void> done = offsetter->try_offset(outline.view(), distance, options); !done)
+                return done.error();
+            return offsetter->take();
+        }
         Offset border;
         border.points = Points(outline.size());
         border.removed = Array<std::uint8_t>(outline.size());
@@ -190,8 +238,7 @@ inline Result<Offset> try_offset(AnyPoints outline, double distance, const Offse
         const korvale_points points = detail::view_of(outline);
         const Result<void> done =
             detail::done("offset", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
-                const korvale_offset_options how = {
-                    sizeof how, options.keep_vertices, options.split, 0, options.height, told, user};
+                const korvale_offset_options how = detail::options_of(options, told, user);
                 return korvale_offset(&points, distance, &how, &to, error);
             });
         if (!done)
@@ -203,7 +250,7 @@ inline Result<Offset> try_offset(AnyPoints outline, double distance, const Offse
 }
 
 /// The border of a closed, planar outline: every edge moved sideways by `distance` in the outline's own plane, outwards
-/// where it is positive, with corners kept sharp.
+/// where it is positive, with corners kept sharp, or joined as the options say.
 ///
 /// The last point joins the first; do not repeat it. The plane may lie anywhere. Edges that shrink to nothing and parts
 /// that meet are taken out on the way; `removed` and `collapsed` tell of it. No random number is drawn. Outlines may
@@ -214,6 +261,15 @@ inline Result<Offset> try_offset(AnyPoints outline, double distance, const Offse
 /// const std::vector<korvale::Point> square = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
 /// korvale::offset(square, 0.5).points;     // a square of side 5
 /// korvale::offset(square, -2.5).collapsed; // true
+/// ```
+///
+/// With joins a vertex becomes as many points as its join has corners, which `sources` tells; vertices that are removed
+/// have none, and `keep_vertices` is not looked at. What moves is the outline with its joins: these meet other parts,
+/// split and vanish as edges do.
+///
+/// ```
+/// auto rounded = korvale::offset(outline, 2, {.join = korvale::Join::round, .tolerance = 0.01});
+/// auto cut = korvale::offset(outline, 2, {.miter_limit = 4}); // corners farther than 8 out are cut off at 2
 /// ```
 ///
 /// Throws `Error` for fewer than three points and for numbers that are not finite.
@@ -322,8 +378,7 @@ inline Result<Borders> try_offset_many(AnyPoints points, const AnyIndices& start
     korvale_borders* made = nullptr;
     const Result<void> done =
         detail::done("offset_many", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
-            const korvale_offset_options how = {
-                sizeof how, options.keep_vertices, options.split, 0, options.height, told, user};
+            const korvale_offset_options how = detail::options_of(options, told, user);
             return korvale_offset_many(&view, &starts.layout(), &distances.layout(), &how, &made, error);
         });
     const std::unique_ptr<korvale_borders, Free> owner(made);
@@ -442,8 +497,7 @@ inline Result<Rings> try_offset_rings(AnyPoints outline, double distance, const 
     korvale_rings* made = nullptr;
     const Result<void> done =
         detail::done("offset_rings", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
-            const korvale_offset_options how = {
-                sizeof how, options.keep_vertices, options.split, 0, options.height, told, user};
+            const korvale_offset_options how = detail::options_of(options, told, user);
             return korvale_offset_rings(&points, distance, &how, &made, error);
         });
     if (!done)
