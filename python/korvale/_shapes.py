@@ -383,7 +383,8 @@ def band(
     a place, seen along `up`, and keep their heights. Beside a knot whose points deviate by up to a tenth of the
     distance the band is right to some hundredths of it, by three tenths to some tenths; noise of more than that makes
     borders that cross themselves: `thin` the track first. `crossing` tells where the outline meets itself after all, as
-    it does where the distance is below the rounding of the coordinates. Inside a closed line that is tighter than
+    it does halfway between legs of a hairpin that are nearer to each other than two distances, and where the distance
+    is below the rounding of the coordinates. Inside a closed line that is tighter than
     the distance the border gives way to one place. A band that is `collapsed` has no border at this distance anywhere.
 
     >>> road = korvale.band([(0, 0), (10, 0), (10, 10)], 1, both_sides=True)

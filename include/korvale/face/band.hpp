@@ -107,7 +107,8 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 /// distance the border gives way to one place; `collapsed` tells where that is all there is. Where the line
 /// goes back and forth within a distance, as a track does that stood still, the border passes by as if it were a point
 /// there: all points of such a knot share a place, seen along `up`, and keep their heights. `crossing` tells where the
-/// outline meets itself after all, as it does where the line crosses itself.
+/// outline meets itself after all, as it does where the line crosses itself, and halfway between legs of a hairpin that
+/// are nearer to each other than two distances.
 ///
 /// Straight lines, ends that point any way, doubled points and jitter are no harm; a line that rises and falls needs
 /// `options.up`. No random number is drawn, and lines may have any size, as outlines of `offset`. Where the distance is
