@@ -162,7 +162,7 @@ class NestingTest(unittest.TestCase):
 
     def test_what_overlaps_within_the_tolerance_is_joined(self):
         rng = random.Random(1704)
-        told = {"joined": 0, "refused": 0}
+        told = {"joined": 0, "refused": 0, "filled": 0}
         for case in range(1500):
             tolerance = rng.choice((1e-4, 0.005, 0.02))
             angle = rng.choice((0, 6 * rng.random()))
@@ -183,8 +183,14 @@ class NestingTest(unittest.TestCase):
                 twice = a[:, 0] * b[:, 1] - a[:, 1] * b[:, 0]
                 self.assertAlmostEqual(abs(twice).sum() / 2, expected, 8, f"case {case}")
                 self.assertAlmostEqual(abs(twice.sum()) / 2, expected, 8, f"case {case}")
-                korvale.bevel(shape, [(0, 0), (0, 1)])
+                if expected > 1e-9:
+                    korvale.bevel(shape, [(0, 0), (0, 1)])
+                    continue
+                told["filled"] += 1
+                with self.assertRaisesRegex(korvale.Error, "but the holes fill it$|but it goes round all of it$"):
+                    korvale.bevel(shape, [(0, 0), (0, 1)])
         self.assertLess(told["refused"], 30, told)
+        self.assertGreater(told["filled"], 0, told)
 
 
 def moved(rng, outline, far):

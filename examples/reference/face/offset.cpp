@@ -47,6 +47,19 @@ EXAMPLE("korvale::Offsetter::try_offset korvale::Offsetter::removed korvale::Off
     // > 0->0 1->1 2->3 removed 3->3 4->4
 }
 
+EXAMPLE("korvale::Offsetter::sources")
+{
+    const std::vector<Point> square = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
+    const korvale::Join corners[] = {korvale::Join::bevel, korvale::Join::miter, korvale::Join::miter,
+                                     korvale::Join::miter};
+    korvale::Offsetter offsetter;
+    offsetter(square, 1, {.corner_joins = corners});
+    for (int vertex : offsetter.sources())
+        std::printf("%d ", vertex);
+    std::printf("\n");
+    // > 0 0 1 2 3
+}
+
 EXAMPLE("korvale::Offsetter::take korvale::Offsetter::collapsed")
 {
     korvale::Offsetter offsetter;
