@@ -42,54 +42,13 @@ struct Swept {
     border::Sweep s;
 };
 
-/// Two corridors of one width, end to end.
-Coordinates corridors(double turn)
-{
-    Coordinates path = {-6.7,
-                        -3.1,
-                        0,
-                        -5.093913192110767,
-                        -0.5524432777884902,
-                        0,
-                        -1.6852901899385742,
-                        -0.7861015343361891,
-                        0,
-                        -1.5,
-                        -0.845038025042943,
-                        0,
-                        4.5,
-                        -0.845038025042943,
-                        0,
-                        6.5,
-                        0.845038025042943,
-                        0,
-                        -0.5,
-                        0.845038025042943,
-                        0,
-                        -1.5348550251459832,
-                        0.8976284806304757,
-                        0,
-                        -5.021941419983447,
-                        1.1366653371351958,
-                        0,
-                        -7.69,
-                        1.6,
-                        0};
-    for (size_t i = 0; i < path.size(); i += 3) {
-        const double x = path[i], y = path[i + 1];
-        path[i] = x * std::cos(turn) - y * std::sin(turn);
-        path[i + 1] = x * std::sin(turn) + y * std::cos(turn);
-    }
-    return path;
-}
-
 } // namespace
 
 TEST(CatchUp, CutsOffWhatRoundingHasPutPastAnEdge)
 {
     int missed = 0, astray = 0;
     for (int turn = 0; turn < 300; ++turn) {
-        const Swept plain(corridors(turn), -1.1, false), caught(corridors(turn), -1.1, true);
+        const Swept plain(turned(corridors(), turn), -1.1, false), caught(turned(corridors(), turn), -1.1, true);
         ASSERT_GT(caught.area(), -1e-9) << turn;
         ASSERT_LT(caught.area(), 0.0759077) << turn;
         missed += plain.s.has_missed;

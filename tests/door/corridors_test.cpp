@@ -48,18 +48,6 @@ double area_of(const std::vector<Numbers>& rings)
     return area;
 }
 
-/// The outline turned about the origin.
-Numbers turned(Numbers outline, double angle)
-{
-    const double c = std::cos(angle), s = std::sin(angle);
-    for (size_t i = 0; i < outline.size(); i += 3) {
-        const double x = outline[i], y = outline[i + 1];
-        outline[i] = x * c - y * s;
-        outline[i + 1] = x * s + y * c;
-    }
-    return outline;
-}
-
 /// A room at one end of a corridor, seen from there: `slant` of its wall, and where the wall and the one across end on
 /// either side of the middle.
 struct Room {
@@ -182,59 +170,44 @@ Row any_row(Random& random)
 
 Numbers any_outline(Random& random)
 {
-    switch (random.below(4)) {
-    case 0:
-        return gear(random.between(3, 6), random.uniform(2, 4), random.uniform(5, 9));
-    case 1:
-        return comb(random.between(2, 6), random.between(1, 8) / 8.0);
-    case 2:
-        return wiggly(random.between(8, 24), random.between(2, 5), random.uniform(0.5, 4));
-    default:
-        return coast(random.between(1, 3), random.uniform(0.1, 0.3), [&] { return random.uniform(-1, 1); });
+    const int kind = random.below(4);
+    if (kind == 0) {
+        const double tip = random.uniform(5, 9), root = random.uniform(2, 4);
+        return gear(random.between(3, 6), root, tip);
     }
+    if (kind == 1) {
+        const double gap = random.between(1, 8) / 8.0;
+        return comb(random.between(2, 6), gap);
+    }
+    if (kind == 2) {
+        const double depth = random.uniform(0.5, 4);
+        const int waves = random.between(2, 5);
+        return wiggly(random.between(8, 24), waves, depth);
+    }
+    const double roughness = random.uniform(0.1, 0.3);
+    return coast(random.between(1, 3), roughness, [&] { return random.uniform(-1, 1); });
 }
 
 constexpr double kHair = 1e-9;
+
+/// All pieces together leave the expected area, and the plain face leaves no more of it.
+void test_area_left(const Numbers& outline, double distance, double expected)
+{
+    ASSERT_NEAR(area_of(borders_of(outline, distance, true)), expected, kHair);
+    const double one = area_of(borders_of(outline, distance, false));
+    ASSERT_GE(one, 0);
+    ASSERT_LE(one, expected + kHair);
+}
 
 } // namespace
 
 TEST(DoorCorridors, AreCutOffWhereTheyClose)
 {
-    // Two corridors of the same width, end to end. The areas are those of GEOS.
-    const Numbers outline = {-6.7,
-                             -3.1,
-                             0,
-                             -5.093913192110767,
-                             -0.5524432777884902,
-                             0,
-                             -1.6852901899385742,
-                             -0.7861015343361891,
-                             0,
-                             -1.5,
-                             -0.845038025042943,
-                             0,
-                             4.5,
-                             -0.845038025042943,
-                             0,
-                             6.5,
-                             0.845038025042943,
-                             0,
-                             -0.5,
-                             0.845038025042943,
-                             0,
-                             -1.5348550251459832,
-                             0.8976284806304757,
-                             0,
-                             -5.021941419983447,
-                             1.1366653371351958,
-                             0,
-                             -7.69,
-                             1.6,
-                             0};
+    // The areas are those of GEOS.
     constexpr double kRoom = 0.07590766992935, kRooms[] = {0.742020558373, 0.012824526377};
     for (int k = 0; k < rounds(400); ++k) {
         SCOPED_TRACE(testing::Message() << "turned by " << k);
-        const Numbers drawn = turned(outline, k);
+        const Numbers drawn = turned(corridors(), k);
         const double one = area_of(borders_of(drawn, -1.1, false));
         ASSERT_NEAR(one, one == 0 ? 0 : kRoom, 1e-9);
         ASSERT_NEAR(area_of(borders_of(drawn, -1.1, true)), kRoom, 1e-9);
@@ -256,10 +229,7 @@ TEST(DoorCorridors, LeaveTheirRooms)
             expected += area_of(borders_of(room, distance, false));
         SCOPED_TRACE(testing::Message() << "house " << round << " turned by " << angle << ", moved by " << distance);
         const Numbers drawn = turned(house.outline, angle);
-        ASSERT_NEAR(area_of(borders_of(drawn, distance, true)), expected, kHair);
-        const double one = area_of(borders_of(drawn, distance, false));
-        ASSERT_GE(one, 0);
-        ASSERT_LE(one, expected + kHair);
+        ASSERT_NO_FATAL_FAILURE(test_area_left(drawn, distance, expected));
     }
 }
 
@@ -276,10 +246,7 @@ TEST(DoorCorridors, CloseHoweverTheyAreTurned)
             SCOPED_TRACE(testing::Message()
                          << "corridor " << round << " turned by " << angle << ", moved by " << distance);
             const Numbers drawn = turned(house.outline, angle);
-            ASSERT_NEAR(area_of(borders_of(drawn, distance, true)), expected, kHair);
-            const double one = area_of(borders_of(drawn, distance, false));
-            ASSERT_GE(one, 0);
-            ASSERT_LE(one, expected + kHair);
+            ASSERT_NO_FATAL_FAILURE(test_area_left(drawn, distance, expected));
         }
     }
 }
@@ -296,10 +263,7 @@ TEST(DoorCorridors, OfRoomsInARowCloseAtOnce)
             expected += std::max(width - 2 * distance, 0.0) * std::max(height - 2 * distance, 0.0);
         SCOPED_TRACE(testing::Message() << "row " << round << " turned by " << angle << ", moved by " << -distance);
         const Numbers drawn = turned(row.outline, angle);
-        ASSERT_NEAR(area_of(borders_of(drawn, -distance, true)), expected, kHair);
-        const double one = area_of(borders_of(drawn, -distance, false));
-        ASSERT_GE(one, 0);
-        ASSERT_LE(one, expected + kHair);
+        ASSERT_NO_FATAL_FAILURE(test_area_left(drawn, -distance, expected));
         const double before = 0.99 * std::min(w, row.narrowest / 2);
         ASSERT_NEAR(area_of(borders_of(drawn, -before, true)),
                     area_of(drawn) - before * length_of(drawn) + 4 * before * before, 1e-9);
@@ -350,7 +314,7 @@ TEST(DoorCorridors, WhatIsSoundHasTheBitsOfThePlainCall)
         ASSERT_FALSE(area_of(moved) < -1e-9 || do_cross(std::array{moved})) << "outline " << round;
     }
     EXPECT_GT(mended, 0);
-    EXPECT_LT(mended, rounds(100000) / 2500); // 12 of the input that gcc makes of the seed, 20 of clang's
+    EXPECT_LT(mended, rounds(100000) / 5000);
     EXPECT_LE(drops_unsound, rounds(100000) / 50000);
     release_arrays(status);
 }

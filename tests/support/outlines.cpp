@@ -73,6 +73,34 @@ Coordinates coast(int levels, double roughness, const std::function<double()>& u
     return points;
 }
 
+Coordinates corridors()
+{
+    constexpr double kHalf = 0.845038025042943;
+    Coordinates points;
+    add_point(points, -6.7, -3.1);
+    add_point(points, -5.093913192110767, -0.5524432777884902);
+    add_point(points, -1.6852901899385742, -0.7861015343361891);
+    add_point(points, -1.5, -kHalf);
+    add_point(points, 4.5, -kHalf);
+    add_point(points, 6.5, kHalf);
+    add_point(points, -0.5, kHalf);
+    add_point(points, -1.5348550251459832, 0.8976284806304757);
+    add_point(points, -5.021941419983447, 1.1366653371351958);
+    add_point(points, -7.69, 1.6);
+    return points;
+}
+
+Coordinates turned(Coordinates outline, double angle)
+{
+    const double c = std::cos(angle), s = std::sin(angle);
+    for (size_t i = 0; i < outline.size(); i += 3) {
+        const double x = outline[i], y = outline[i + 1];
+        outline[i] = x * c - y * s;
+        outline[i + 1] = x * s + y * c;
+    }
+    return outline;
+}
+
 void release_arrays(BORDERStatus& status)
 {
     for (DATAstruct* const d : {status.path, status.output, status.flat, status.velocity, status.direction, status.line,

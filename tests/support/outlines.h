@@ -24,6 +24,12 @@ Coordinates comb(int teeth, double gap);
 /// gives random numbers from -1 to 1.
 Coordinates coast(int levels, double roughness, const std::function<double()>& uniform);
 
+/// Two corridors of one width, end to end, in ten points: parallel sides whose meetings all come at one distance.
+Coordinates corridors();
+
+/// The outline turned about the z axis, by an angle in radians.
+Coordinates turned(Coordinates outline, double angle);
+
 /// Releases the ten arrays of a record.
 void release_arrays(BORDERStatus& status);
 
