@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
-#include <regex>
 #include <set>
 
 #include <gmock/gmock.h>
@@ -22,6 +21,15 @@ using testing::StartsWith;
 Outcome run_gallery(const std::string& arguments)
 {
     return run_program("\"" GALLERY_PROGRAM "\" " + arguments);
+}
+
+/// A page's text without what it sets as code.
+std::string without_code(std::string page)
+{
+    const std::string ends = "</code>";
+    for (size_t at = page.find("<code>"); at != std::string::npos; at = page.find("<code>", at))
+        page.erase(at, page.find(ends, at) + ends.size() - at);
+    return page;
 }
 
 // One run for all tests, into a folder that goes away with them.
@@ -215,7 +223,7 @@ TEST_F(Gallery, LinksEachPictureToItsSourceAndItsPage)
                 const std::string title = written.substr(2, written.find('\n') - 2), shown = read_file(folder() / link);
                 EXPECT_THAT(shown, StartsWith("<!DOCTYPE html>\n<html lang=\"en\">"));
                 EXPECT_THAT(shown, HasSubstr("<h1>" + title + "</h1>"));
-                const std::string words = std::regex_replace(shown, std::regex("<code>[^<]*</code>"), "");
+                const std::string words = without_code(shown);
                 for (const char* mark : {"](", "**", "`", "\n#", "\n|", "\n- "})
                     EXPECT_THAT(words, Not(HasSubstr(mark))) << link;
                 found++;
@@ -257,7 +265,7 @@ TEST_F(Gallery, NothingRefersToTheNetwork)
     const std::string svg_name = "http://www.w3.org/2000/svg"; // the name of the format; nothing is fetched from there
     for (const char* ending : {".html", ".svg"}) {
         for (const std::string& name : files_ending(ending)) {
-            std::string text = std::regex_replace(read_file(folder() / name), std::regex("<code>[^<]*</code>"), "");
+            std::string text = without_code(read_file(folder() / name));
             if (const size_t at = text.find(svg_name); at != std::string::npos)
                 text.erase(at, svg_name.size());
             for (const char* sign : {"http", "//", "@import", "url(", "<script"})
