@@ -48,6 +48,7 @@ const Who kWho[] = {{"Clipper", "Clipper", kOrange}, {"GEOS", "GEOS", kGreen},  
                     {"own", "korvale", kBlue}};
 
 struct Panel {
+    const char* file;
     const char* job;
     const char* title;
     const char* x_label;
@@ -85,7 +86,7 @@ void draw_panel(Svg& drawing, const Panel& panel, const Job& job, Point corner, 
     range = {{range.low.x / 1.3, range.low.y / 2}, {range.high.x * 1.3, range.high.y * 2}};
     Plot plot(drawing, corner, size, range, Scale::ratios);
     plot.axes(panel.title, panel.x_label, count_text, time_text);
-    double x = corner.x;
+    double x = 4;
     for (const Who& who : kWho) { // the library itself last, on top of the others
         const auto found = job.find(who.name);
         if (found == job.end())
@@ -99,20 +100,18 @@ void draw_panel(Svg& drawing, const Panel& panel, const Job& job, Point corner, 
     }
 }
 
-/// Panels side by side in a file of their own.
-bool draw(const std::map<std::string, Job>& jobs, const std::string& file, const std::vector<Panel>& panels)
+/// A panel in a file of its own, as wide as narrow screens are; on wide ones several stand side by side.
+bool draw(const std::map<std::string, Job>& jobs, const std::string& folder, const Panel& panel)
 {
-    constexpr int kPanelWidth = 400, kHeight = 420;
-    Svg drawing(kPanelWidth * int(panels.size()), kHeight);
-    for (size_t i = 0; i < panels.size(); ++i) {
-        const auto job = jobs.find(panels[i].job);
-        if (job == jobs.end()) {
-            std::fprintf(stderr, "charts: %s was not measured\n", panels[i].job);
-            return false;
-        }
-        draw_panel(drawing, panels[i], job->second, {kPanelWidth * double(i) + 75, 70}, {300, 290});
+    const auto job = jobs.find(panel.job);
+    if (job == jobs.end()) {
+        std::fprintf(stderr, "charts: %s was not measured\n", panel.job);
+        return false;
     }
-    std::ofstream out(file);
+    Svg drawing(340, 400);
+    drawing.title(panel.title);
+    draw_panel(drawing, panel, job->second, {75, 70}, {250, 270});
+    std::ofstream out(folder + "/speed-" + panel.file + ".svg");
     out << drawing.content();
     return out.good();
 }
@@ -127,13 +126,12 @@ int main(int argc, char** argv)
     }
     const auto jobs = read_measured(argv[1]);
     const std::string folder = argv[2];
-    const bool drawn = draw(jobs, folder + "/speed-borders.svg",
-                            {{"border.no_event", "A wave, nothing meets", "points"},
-                             {"border.many_events", "A wave far inwards", "points"},
-                             {"border.comb_inwards", "A comb inwards", "points"}}) &&
-                       draw(jobs, folder + "/speed-rays-arrays.svg",
-                            {{"ray.thousand_queries", "1,000 rays, all hits", "triangles"},
-                             {"array.transform", "Points through a matrix", "points"},
-                             {"array.mix", "Mixing two arrays", "points"}});
+    const Panel panels[] = {{"wave", "border.no_event", "A wave, nothing meets", "points"},
+                            {"wave-inwards", "border.many_events", "A wave far inwards", "points"},
+                            {"comb", "border.comb_inwards", "A comb inwards", "points"},
+                            {"rays", "ray.thousand_queries", "1,000 rays, all hits", "triangles"},
+                            {"transform", "array.transform", "Points through a matrix", "points"},
+                            {"mix", "array.mix", "Mixing two arrays", "points"}};
+    const bool drawn = std::ranges::all_of(panels, [&](const Panel& panel) { return draw(jobs, folder, panel); });
     return drawn ? 0 : 1;
 }

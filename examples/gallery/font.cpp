@@ -80,6 +80,7 @@ void draw_text(Picture& picture, const Font& font, Point at, double size, const 
                 p = {at.x + p.x * size / 1000, at.y - p.y * size / 1000};
         picture.fill(shape, colour);
     }
+    picture.has_lettering(size);
 }
 
 } // namespace gallery

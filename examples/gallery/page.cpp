@@ -57,7 +57,7 @@ std::string anchor(size_t i)
 
 std::string figure(const Section& section, const Exhibit& e)
 {
-    const bool is_half = e.width <= kWidth / 2;
+    const bool is_half = e.width <= kNarrow;
     const std::string sentence = escaped(e.sentence);
     return std::string("<figure") + (is_half ? " class=\"half\"" : "") + "><a href=\"" + e.file + "\"><img src=\"" +
            e.file + "\" width=\"" + std::to_string(e.width) + "\" height=\"" + std::to_string(e.height) + "\" alt=\"" +

@@ -142,6 +142,7 @@ void Picture::put(const Picture& other, int x, int y)
     for (int j = std::max(0, -y); j < other.height_ && y + j < height_; j++)
         for (int i = std::max(0, -x); i < other.width_ && x + i < width_; i++)
             set(x + i, y + j, other.at(i, j));
+    has_lettering(other.least_lettering_);
 }
 
 } // namespace gallery

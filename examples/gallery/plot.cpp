@@ -9,8 +9,6 @@
 namespace gallery {
 namespace {
 
-constexpr double kLetters = 15; // pixels per em of the numbers and labels
-
 // The step of 1, 2 or 5 times a power of ten that cuts a range into at most `most` pieces.
 double round_step(double range, int most)
 {
@@ -122,16 +120,16 @@ void Plot::axes(const std::string& title, const std::string& x_label, std::strin
     for (double v : round_numbers(range_.low.x, range_.high.x, size_.x / 80)) {
         const double x = place({v, range_.low.y}).x;
         canvas_->stroke({{x, corner_.y}, {x, end.y}}, 1, kFaint, false);
-        canvas_->text({x, end.y + 20}, kLetters, x_text(v), kGrey, Align::middle);
+        canvas_->text({x, end.y + 20}, kLettering, x_text(v), kGrey, Align::middle);
     }
     for (double v : round_numbers(range_.low.y, range_.high.y, size_.y / 45)) {
         const double y = place({range_.low.x, v}).y;
         canvas_->stroke({{corner_.x, y}, {end.x, y}}, 1, kFaint, false);
-        canvas_->text({corner_.x - 8, y + 5}, kLetters, y_text(v), kGrey, Align::right);
+        canvas_->text({corner_.x - 8, y + 5}, kLettering, y_text(v), kGrey, Align::right);
     }
     canvas_->stroke({corner_, {end.x, corner_.y}, end, {corner_.x, end.y}}, 1.2, kGrey, true);
-    canvas_->text({corner_.x, corner_.y - 12}, kLetters + 2, title, kInk, Align::left);
-    canvas_->text({end.x, end.y + 42}, kLetters, x_label, kGrey, Align::right);
+    canvas_->text({corner_.x, corner_.y - 12}, kLettering + 2, title, kInk, Align::left);
+    canvas_->text({end.x, end.y + 42}, kLettering, x_label, kGrey, Align::right);
 }
 
 void Plot::curve(const std::vector<Point>& points, Colour colour, double width)

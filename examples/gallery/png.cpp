@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <string>
 
@@ -367,6 +368,10 @@ std::vector<uint8_t> png_bytes(const Picture& picture)
 
     std::vector<uint8_t> out{0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
     put_chunk(out, "IHDR", header);
+    if (std::isfinite(picture.least_lettering())) {
+        const std::string text = std::string("Lettering") + '\0' + std::to_string(picture.least_lettering());
+        put_chunk(out, "tEXt", {text.begin(), text.end()});
+    }
     put_chunk(out, "IDAT", compress(rows));
     put_chunk(out, "IEND", {});
     return out;

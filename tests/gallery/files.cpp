@@ -1,5 +1,7 @@
 #include "tests/gallery/files.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -220,15 +222,18 @@ Image read_png(const std::filesystem::path& file)
         const std::string chunk = bytes.substr(at + 4, length + 4);
         expect(check_sum(chunk) == number_at(bytes, at + 8 + length), "the check sum of a chunk differs");
         const std::string name = chunk.substr(0, 4);
-        names += name;
+        at += length + 12;
         if (name == "IHDR") {
             expect(chunk.substr(12) == std::string("\x08\x02\0\0\0", 5), "not 8 bits of red, green, blue");
             image.width = int(number_at(chunk, 4));
             image.height = int(number_at(chunk, 8));
+        } else if (chunk.starts_with(std::string("tEXtLettering") + '\0')) {
+            image.least_lettering = std::stod(chunk.substr(14));
+            continue;
         } else if (name == "IDAT") {
             stream += chunk.substr(4);
         }
-        at += length + 12;
+        names += name;
     }
     expect(names == "IHDRIDATIEND", "not the three chunks");
 
@@ -245,6 +250,22 @@ Image read_png(const std::filesystem::path& file)
         }
     }
     return image;
+}
+
+Lettered read_lettered(const std::filesystem::path& file)
+{
+    if (file.extension() == ".png") {
+        const Image image = read_png(file);
+        return {double(image.width), image.least_lettering};
+    }
+    const std::string text = read_file(file), width = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"";
+    const std::string size = "font-size=\"";
+    expect(text.starts_with(width), "not the head of a drawing");
+    Lettered drawing{std::stod(text.substr(width.size())), std::numeric_limits<double>::infinity()};
+    for (size_t at = text.find(size); at != std::string::npos; at = text.find(size, at + 1))
+        drawing.least_lettering = std::min(drawing.least_lettering, std::stod(text.substr(at + size.size())));
+    expect(text.find("<text") == std::string::npos || std::isfinite(drawing.least_lettering), "letters without a size");
+    return drawing;
 }
 
 Solid read_obj(const std::filesystem::path& file)

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -18,11 +19,19 @@ std::string read_file(const std::filesystem::path& file);
 
 struct Image {
     int width = 0, height = 0;
-    std::vector<uint8_t> bytes; // [height][width][3]
+    double least_lettering = std::numeric_limits<double>::infinity(); // pixels per em, as the gallery notes it
+    std::vector<uint8_t> bytes;                                       // [height][width][3]
 };
 
 /// Decodes a PNG of 8-bit red, green, blue, checking every check sum on the way.
 Image read_png(const std::filesystem::path& file);
+
+struct Lettered {
+    double width = 0, least_lettering = 0; // pixels, infinity where there is no lettering
+};
+
+/// Width and least lettering of a PNG of the gallery or of an SVG file.
+Lettered read_lettered(const std::filesystem::path& file);
 
 struct Solid {
     std::vector<std::array<double, 3>> points;

@@ -252,12 +252,23 @@ TEST_F(Gallery, PicturesOfTheDocsAreItsOwn)
         const Image kept = read_png(entry.path()), drawn = read_png(made);
         ASSERT_EQ(kept.bytes.size(), drawn.bytes.size());
         EXPECT_EQ(kept.width, drawn.width);
+        EXPECT_EQ(kept.least_lettering, drawn.least_lettering);
         size_t differing = 0;
         for (size_t i = 0; i < kept.bytes.size(); i++)
             differing += kept.bytes[i] != drawn.bytes[i];
         EXPECT_LE(differing, kept.bytes.size() / 10000);
     }
     EXPECT_GE(pictures, 6u);
+}
+
+TEST_F(Gallery, LetteringIsReadableWherePicturesAreScrolled)
+{
+    const std::string page = read_file(folder() / "index.html");
+    EXPECT_THAT(page, HasSubstr("\n  img { min-width: 780px; }\n  figure.half img { min-width: 390px; }\n"));
+    for (const std::string& name : quoted_after(page, "src=\"")) {
+        const Lettered picture = read_lettered(folder() / name);
+        EXPECT_GE(picture.least_lettering * (picture.width > 600 ? 780 : 390) / picture.width, 9) << name;
+    }
 }
 
 TEST_F(Gallery, NothingRefersToTheNetwork)

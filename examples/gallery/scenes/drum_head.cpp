@@ -83,9 +83,9 @@ const char* const kEquations[] = {"y = x + 1", "y = x - 1", "y = x * x",     "y 
 
 void draw_functions(Gallery& hall)
 {
-    constexpr int kColumns = 6, kRows = 3;
-    const Point cell{kWidth / double(kColumns), 190};
-    Picture picture(kWidth, int(cell.y) * kRows + 10);
+    constexpr int kColumns = 3, kRows = 6;
+    const Point cell{kNarrow / double(kColumns), 190};
+    Picture picture(kNarrow, int(cell.y) * kRows + 10);
     for (int i = 0; i < kColumns * kRows; i++) {
         const std::string text = kEquations[i];
         korvale::Equations equations;

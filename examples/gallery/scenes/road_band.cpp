@@ -111,12 +111,12 @@ Svg draw_calls()
 {
     const Outline line = smooth_line({{60, 40}, {60, 140}, {130, 210}, {210, 150}, {270, 130}, {300, 60}}, 3);
     const Calls band = make_calls(line, 22);
-    Svg drawing(kWidth, 330);
+    Svg drawing(kNarrow, 660);
     const char* const names[] = {"BORDERAddWings", "BORDER", "BORDERRemoveWings", "BORDERMakePipe"};
     const char* const effects[] = {"a point more at each end", "the closed outline, offset",
                                    "line and border, open again", "one band of both"};
     for (int panel = 0; panel < 4; panel++) {
-        const Point corner{300.0 * panel, 0};
+        const Point corner{300.0 * (panel % 2), 330.0 * (panel / 2)};
         const View view({{30, -30}, {340, 250}}, corner + Point{18, 24}, {264, 230});
         if (panel == 3)
             drawing.fill({view(band.band)}, hex(0xf0c48e));
@@ -134,8 +134,8 @@ Svg draw_calls()
                 drawing.dot(view(p), 4, hex(0x9fb6cc));
         for (Point p : line)
             drawing.dot(view(p), 2.6, kBlue);
-        drawing.text(corner + Point{150, 284}, 16, names[panel], kInk, "middle");
-        drawing.text(corner + Point{150, 306}, 14, effects[panel], kGrey, "middle");
+        drawing.text(corner + Point{150, 284}, kLettering + 2, names[panel], kInk, "middle");
+        drawing.text(corner + Point{150, 306}, kLettering, effects[panel], kGrey, "middle");
     }
     return drawing;
 }

@@ -60,7 +60,7 @@ void add_tube(Stage& stage, const std::vector<Vec3>& path, double radius, bool c
 }
 
 // Parallel rays, so that a place of the picture is easily found.
-constexpr int kSide = kWidth / 2;
+constexpr int kSide = kNarrow;
 const Vec3 kEye{0, -9, 14};
 
 Point seen(Vec3 p, double height)
@@ -69,7 +69,7 @@ Point seen(Vec3 p, double height)
     return {kSide / 2.0 + dot(p, right) * kSide / height, kSide / 2.0 - dot(p, up) * kSide / height};
 }
 
-Picture draw_tube(const Font& font, const std::vector<Vec3>& loop, double radius, bool closed, double height)
+Picture draw_tube(const std::vector<Vec3>& loop, double radius, bool closed, double height)
 {
     std::vector<Vec3> points = loop;
     if (!closed)
@@ -77,24 +77,17 @@ Picture draw_tube(const Font& font, const std::vector<Vec3>& loop, double radius
     Stage stage({kEye, {0, 0, 0}, {0, 1, 0}, 0, height});
     add_tube(stage, points, radius, closed);
     Picture picture = stage.render(kSide, kSide);
-
-    const Point start = seen(loop.front(), height), label{0.8 * kSide, 0.09 * kSide};
-    picture.stroke({start, label + Point{0, 8}}, 1.5, kInk);
-    picture.dot(start, 4, kInk);
-    draw_text(picture, font, label, 18, closed ? "start" : "start and end", kInk, Align::middle);
+    picture.dot(seen(loop.front(), height), 6, kInk);
     return picture;
 }
 
 void show_knot(Gallery& hall, const std::string& file, const std::vector<Vec3>& loop, double radius, double height,
                const std::string& sentence)
 {
-    Picture picture(kWidth, kSide + 50);
+    Picture picture(kWidth, kSide);
     for (const bool closed : {false, true}) {
         const int left = closed ? kSide : 0;
-        picture.put(draw_tube(hall.sans(), loop, radius, closed, height), left, 0);
-        draw_text(picture, hall.sans(), {left + kSide / 2.0, kSide + 25.0}, 22,
-                  closed ? "closed: the turn left over is spread" : "open: as the x axis is carried", kInk,
-                  Align::middle);
+        picture.put(draw_tube(loop, radius, closed, height), left, 0);
         hall.progress(closed ? 1 : 0.5);
     }
     hall.show(file, picture, sentence);
@@ -103,8 +96,8 @@ void show_knot(Gallery& hall, const std::string& file, const std::vector<Vec3>& 
 void draw_swept_tubes(Gallery& hall)
 {
     show_knot(hall, "trefoil.png", trefoil(400), 0.55, 8.2,
-              "A trefoil: on the left the colours do not meet where the line ends at its start, on the right the same "
-              "line as a loop, without a seam.");
+              "A trefoil: on the left the colours do not meet where the line ends at its start, at the dot; on the "
+              "right the same line as a loop, without a seam, as the turn left over is spread.");
     show_knot(
         hall, "torus-knot.png", torus_knot(900), 0.24, 6.6,
         "The torus knot that runs three times around and seven times through the hole: little is left over here.");
