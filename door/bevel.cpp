@@ -80,7 +80,7 @@ std::optional<Crossing> find_crossing(const Rings& rings, const Telling& telling
     for (size_t k = 0; k < rings.size(); ++k) {
         const std::span<const Place> ring = rings[k];
         for (size_t i = 0; i < ring.size(); ++i)
-            if (const Edge e = {ring[i], ring[i + 1 < ring.size() ? i + 1 : 0]}; e.from != e.to) {
+            if (const Edge e = edge_of(ring, i); e.from != e.to) {
                 list.push_back(e);
                 starts.push_back({k, i});
             }

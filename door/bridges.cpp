@@ -9,6 +9,7 @@
 #include <numeric>
 #include <set>
 
+#include "door/internal/edges.h"
 #include "door/internal/triangulate.h"
 
 namespace korvale::door {
@@ -17,7 +18,7 @@ namespace {
 
 /// An edge that has the inside above it, from left to right.
 struct Floor {
-    Place left, right;
+    Edge edge;
     int32_t helper;
 };
 
@@ -26,19 +27,14 @@ struct IsBelow {
     using is_transparent = void;
     const Vector<Floor>* floors;
 
-    const Floor& floor(int32_t i) const { return (*floors)[static_cast<size_t>(i)]; }
+    const Edge& edge(int32_t i) const { return (*floors)[static_cast<size_t>(i)].edge; }
 
     bool operator()(int32_t i, int32_t k) const
     {
-        const Floor &a = floor(i), &b = floor(k);
-        const bool a_is_later = is_before(b.left, a.left);
-        const Floor &later = a_is_later ? a : b, &earlier = a_is_later ? b : a;
-        int turn = side(earlier.left, earlier.right, later.left);
-        if (turn == 0)
-            turn = side(earlier.left, earlier.right, later.right);
-        return turn == 0 ? i < k : (turn < 0) == a_is_later;
+        const int height = height_beside(edge(i), edge(k));
+        return height == 0 ? i < k : height < 0;
     }
-    bool operator()(int32_t i, const Place& p) const { return side(floor(i).left, floor(i).right, p) >= 0; }
+    bool operator()(int32_t i, const Place& p) const { return side(edge(i).from, edge(i).to, p) >= 0; }
     bool operator()(const Place& p, int32_t i) const { return !(*this)(i, p); }
 };
 
@@ -105,7 +101,7 @@ private:
         if (comes_from_left && !goes_left) { // the floor goes on
             const int32_t f = floor_of_[static_cast<size_t>(before)];
             floor_of_[static_cast<size_t>(v)] = f;
-            floors_[static_cast<size_t>(f)] = {place(v), place(after), v};
+            floors_[static_cast<size_t>(f)] = {{place(v), place(after)}, v};
             return;
         }
         if (comes_from_left)
@@ -116,7 +112,7 @@ private:
         if (!comes_from_left && !goes_left && after != v) {
             const auto f = static_cast<int32_t>(floors_.size());
             floor_of_[static_cast<size_t>(v)] = f;
-            floors_.push_back({place(v), place(after), v});
+            floors_.push_back({{place(v), place(after)}, v});
             at_.push_back(status_.insert(f));
         }
     }

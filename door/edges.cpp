@@ -6,6 +6,15 @@
 #include <limits>
 
 namespace korvale::door {
+
+Vector<Edge> edges_of(std::span<const Place> ring)
+{
+    Vector<Edge> edges(ring.size());
+    for (size_t i = 0; i < ring.size(); ++i)
+        edges[i] = edge_of(ring, i);
+    return edges;
+}
+
 Place nearest_of(const Edge& e, const Place& p)
 {
     const Place along = e.to - e.from;

@@ -20,6 +20,13 @@ namespace korvale::door {
 
 namespace {
 
+/// Whether two edges go through each other between their ends.
+bool do_cross(const Edge& e, const Edge& f)
+{
+    return side(e.from, e.to, f.from) * side(e.from, e.to, f.to) < 0 &&
+           side(f.from, f.to, e.from) * side(f.from, f.to, e.to) < 0;
+}
+
 class Joining {
 public:
     Joining(const Rings& rings, double tolerance, const Telling& telling)
@@ -44,7 +51,7 @@ public:
             if (is_joined[k] != 0)
                 is_group_joined[group_of(k)] = 1;
         const auto takes_part = [&](size_t k) { return is_group_joined[group_of(k)] != 0; };
-        Asking asking(telling_.part(0.5, 0.5), kQuestion);
+        Asking asking(telling_.part(0.5, 0.5), kPlacesPerQuestion);
         for (size_t k = 0; k < rings_.size(); ++k)
             if (takes_part(k))
                 take_up(static_cast<int32_t>(k), asking);
@@ -73,19 +80,11 @@ private:
 
     // --- Contacts ----------------------------------------------------------------------------------------------------
 
-    static bool is_within(double reach, const Edge& e, const Place& p)
-    {
-        const Place away = nearest_of(e, p) - p;
-        return dot(away, away) <= reach * reach;
-    }
-
     bool are_near(const Edge& e, const Edge& f) const
     {
         const double reach = 2 * tolerance_;
         return is_within(reach, e, f.from) || is_within(reach, e, f.to) || is_within(reach, f, e.from) ||
-               is_within(reach, f, e.to) ||
-               (side(e.from, e.to, f.from) * side(e.from, e.to, f.to) < 0 &&
-                side(f.from, f.to, e.from) * side(f.from, f.to, e.to) < 0);
+               is_within(reach, f, e.to) || do_cross(e, f);
     }
 
     void note_contact(Contact c)
@@ -401,8 +400,8 @@ private:
         }
     }
 
-    static constexpr int32_t kQuestion = 256; // places between two questions whether to go on
-    static constexpr size_t kFew = 8;         // pieces that are looked at one by one
+    static constexpr int32_t kPlacesPerQuestion = 256;
+    static constexpr size_t kFew = 8; // pieces that are looked at one by one
 
     struct IsBefore {
         bool operator()(const Place& a, const Place& b) const { return is_before(a, b); }
@@ -470,11 +469,9 @@ private:
     void note_loop(int32_t ring, int32_t i, int32_t k, double reach)
     {
         const Edge e = tree_.edge(ring, i), f = tree_.edge(ring, k);
-        if (side(e.from, e.to, f.from) * side(e.from, e.to, f.to) >= 0 ||
-            side(f.from, f.to, e.from) * side(f.from, f.to, e.to) >= 0)
+        if (!do_cross(e, f))
             return;
-        const Place along = e.to - e.from, across = f.to - f.from;
-        const Place crossing = e.from + cross(f.from - e.from, across) / cross(along, across) * along;
+        const Place crossing = crossing_of(e, f);
         const auto n = static_cast<int32_t>(from_.rings[static_cast<size_t>(ring)].size());
         for (const Loop& loop : {Loop{ring, k - i, i + 1, crossing}, Loop{ring, n - k + i, (k + 1) % n, crossing}}) {
             bool is_small = true;

@@ -77,10 +77,6 @@ private:
     static EdgeTree cut(std::span<const Place> ring, std::span<const EdgePair> meeting, int32_t lowest)
     {
         const size_t n = ring.size();
-        const auto edge = [&](int32_t i) {
-            const auto k = static_cast<size_t>(i);
-            return Edge{ring[k], ring[k + 1 < n ? k + 1 : 0]};
-        };
         Vector<EdgePair> both(meeting.begin(), meeting.end());
         for (const auto& [i, k] : meeting)
             both.emplace_back(k, i);
@@ -89,7 +85,7 @@ private:
         Vector<double> shares;
         for (size_t step = 0; step < n; ++step) {
             const auto i = static_cast<int32_t>((static_cast<size_t>(lowest) + step) % n);
-            const Edge e = edge(i);
+            const Edge e = edge_of(ring, static_cast<size_t>(i));
             const Place along = e.to - e.from;
             const double square = dot(along, along);
             if (!(square > 0.0))
@@ -97,7 +93,7 @@ private:
             shares.assign({0.0, 1.0});
             for (auto pair = std::ranges::lower_bound(both, EdgePair{i, 0}); pair != both.end() && pair->first == i;
                  ++pair) {
-                const Edge f = edge(pair->second);
+                const Edge f = edge_of(ring, static_cast<size_t>(pair->second));
                 const Place across = f.to - f.from;
                 if (const double slant = cross(along, across); slant != 0.0)
                     shares.push_back(std::clamp(cross(f.from - e.from, across) / slant, 0.0, 1.0));

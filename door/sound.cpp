@@ -16,7 +16,8 @@ double length_of(std::span<const Place> ring)
 {
     double length = 0.0;
     for (size_t i = 0; i < ring.size(); ++i) {
-        const Place d = ring[i + 1 < ring.size() ? i + 1 : 0] - ring[i];
+        const auto [from, to] = edge_of(ring, i);
+        const Place d = to - from;
         length += std::sqrt(dot(d, d));
     }
     return length;
@@ -27,10 +28,7 @@ bool does_cross(std::span<const Place> ring, const Telling& telling)
     constexpr size_t kMostAPlace = 4; // pairs of edges that are kept: of a scribble not all
     constexpr int32_t kEdgesPerQuestion = 256;
     const size_t n = ring.size();
-    Vector<Edge> edges(n);
-    for (size_t i = 0; i < n; ++i)
-        edges[i] = {ring[i], ring[i + 1 < n ? i + 1 : 0]};
-    const EdgeTree tree(std::move(edges));
+    const EdgeTree tree(edges_of(ring));
     Vector<EdgePair> meeting;
     Asking asking(telling, kEdgesPerQuestion);
     for (size_t i = 0; i < n && meeting.size() < kMostAPlace * n; ++i) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 
 #include "door/internal/boxes.h"
 #include "door/internal/heap.h"
@@ -40,8 +41,43 @@ inline Box box_of(const Edge& e)
             std::max(e.from.y, e.to.y)};
 }
 
+/// The edge from place i of a ring.
+inline Edge edge_of(std::span<const Place> ring, size_t i)
+{
+    return {ring[i], ring[i + 1 < ring.size() ? i + 1 : 0]};
+}
+
+/// The edges of a ring, in their order.
+Vector<Edge> edges_of(std::span<const Place> ring);
+
 /// The point of an edge that is nearest to `p`.
 Place nearest_of(const Edge& e, const Place& p);
+
+/// Whether `p` is no farther than `reach` from an edge.
+inline bool is_within(double reach, const Edge& e, const Place& p)
+{
+    const Place away = nearest_of(e, p) - p;
+    return dot(away, away) <= reach * reach;
+}
+
+/// Where the lines through two edges meet, which are not side by side.
+inline Place crossing_of(const Edge& e, const Edge& f)
+{
+    const Place along = e.to - e.from, across = f.to - f.from;
+    return e.from + cross(f.from - e.from, across) / cross(along, across) * along;
+}
+
+/// 1 where an edge lies above another, -1 where it lies below it, 0 where both lie on one line. Each runs to the right,
+/// an upright one up, and a line that sweeps from left to right meets both at once.
+inline int height_beside(const Edge& a, const Edge& b)
+{
+    const bool a_is_later = is_before(b.from, a.from);
+    const Edge &later = a_is_later ? a : b, &earlier = a_is_later ? b : a;
+    int turn = side(earlier.from, earlier.to, later.from);
+    if (turn == 0)
+        turn = side(earlier.from, earlier.to, later.to);
+    return a_is_later ? turn : -turn;
+}
 
 /// Edges in a binary tree of boxes. Edges that are long beside their number go into it in several pieces, as a box
 /// around all of one would say little about it.

@@ -40,9 +40,7 @@ public:
     /// The edge from place i of a ring.
     Edge edge(int32_t ring, int32_t i) const
     {
-        const std::span<const Place> places = rings_[static_cast<size_t>(ring)];
-        const auto k = static_cast<size_t>(i);
-        return {places[k], places[k + 1 < places.size() ? k + 1 : 0]};
+        return edge_of(rings_[static_cast<size_t>(ring)], static_cast<size_t>(i));
     }
 
     /// Nodes of the tree: node i lies above nodes 2 i and 2 i + 1, the root is node 1, and the leaves are the second
@@ -137,24 +135,19 @@ private:
     template <class See>
     void compare(const Run& run, const Run& other, double slack, const Box& common, See& see) const
     {
-        const auto edges_of = [&](int32_t ring) {
-            return [places = rings_[static_cast<size_t>(ring)]](int32_t i) {
-                const auto k = static_cast<size_t>(i);
-                return Edge{places[k], places[k + 1 < places.size() ? k + 1 : 0]};
-            };
-        };
-        const auto edge_of_run = edges_of(run.ring), edge_of_other = edges_of(other.ring);
+        const std::span<const Place> places = rings_[static_cast<size_t>(run.ring)],
+                                     other_places = rings_[static_cast<size_t>(other.ring)];
         struct Near {
             Box box;
             int32_t edge;
         } near[kRun];
         int32_t count = 0;
         for (int32_t k = other.first; k < other.first + other.count; ++k)
-            if (const Box box = box_of(edge_of_other(k)); box.meets(common))
+            if (const Box box = box_of(edge_of(other_places, static_cast<size_t>(k))); box.meets(common))
                 near[count++] = {box, k};
         const bool is_one = run.ring == other.ring && run.first == other.first;
         for (int32_t i = run.first; count > 0 && i < run.first + run.count; ++i) {
-            const Box own = box_of(edge_of_run(i));
+            const Box own = box_of(edge_of(places, static_cast<size_t>(i)));
             const Box box = {own.low_x - slack, own.low_y - slack, own.high_x + slack, own.high_y + slack};
             if (box.meets(common))
                 for (int32_t k = 0; k < count; ++k)
