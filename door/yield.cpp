@@ -49,7 +49,9 @@ Place beside(const Beside& b, const Place& along)
     return b.distance > 0 ? Place{along.y, -along.x} : Place{-along.y, along.x};
 }
 
-/// The way on which the border of a point moves as the distance grows.
+/// The way on which the border of a point moves as the distance grows: along the bisector of its corner, to where the
+/// borders of both edges meet. On the outer side of a corner sharper than the miter limit it moves more slowly, so that
+/// it reaches the limit at the distance: the nearest it may come to where they meet.
 struct Way {
     Place along;     ///< of length 1
     double speed;    ///< per distance, at most the miter limit on the outer side of a corner
@@ -70,11 +72,11 @@ Way way_of(const Beside& b, size_t i)
     const Place sum = beside(b, *in) + beside(b, *out);
     const double size = std::sqrt(dot(sum, sum)), cosine = 0.5 * size;
     if (cosine < kReversal)
-        return {*in, 1, true, distance};
+        return {*in, b.miter_limit, true, distance};
     const Place along = {sum.x / size, sum.y / size};
     const bool is_outer = (b.distance > 0 ? 1 : -1) * cross(*in, *out) >= 0;
     if (is_outer && cosine * b.miter_limit < 1)
-        return {along, 1, true, distance};
+        return {along, b.miter_limit, true, distance};
     return {along, 1 / cosine, false, std::min(distance, b.miter_limit * distance * cosine)};
 }
 

@@ -357,7 +357,7 @@ KORVALE_C_API void korvale_band_defaults(korvale_band_options* options, size_t s
 typedef struct korvale_band_result {
     double* outline;     ///< [2 n][3] the border in the order of the line, then the other side backwards
     uint8_t* removed;    ///< [n] 1 where a point gave way altogether, or is in a knot, and shares a place
-    uint8_t* narrowed;   ///< [n] 1 where a point gave way in part: it is nearer to the line, or its corner is cut off
+    uint8_t* narrowed;   ///< [n] 1 where a point gave way in part: it is nearer to the line, or held at the miter limit
     int32_t collapsed;   ///< written: 1 where no side has a border: all points of each gave way altogether
     int32_t crosses;     ///< written: 1 where the outline crosses or touches itself: it may then enclose places twice
     int64_t crossing[2]; ///< written: two edges that meet; edge i runs from point i of its outline to the next one
@@ -366,10 +366,11 @@ typedef struct korvale_band_result {
 /// The band between a line and its border at a signed distance: to the right of the line where it is positive.
 ///
 /// The border has a point for each point of the line. Where a bend is tighter than the distance, points share a place;
-/// where another part of the line is nearer than the distance, the border keeps halfway between them; a corner sharper
-/// than the miter limit is cut off at the distance. Where the line goes back and forth within a distance, as a track
-/// does that stood still, the border passes by as if it were a point there, the mean: all points of such a knot share a
-/// place, seen along the normal; with `up` each keeps the height of its point. Everything else is as wide as asked for.
+/// where another part of the line is nearer than the distance, the border keeps halfway between them. A corner sharper
+/// than the miter limit has its point at the limit, on the bisector: towards it the border comes nearer to the line,
+/// the more the sharper the corner is. Where the line goes back and forth within a distance, as a track does that stood
+/// still, the border passes by as if it were a point there, the mean: all points of such a knot share a place, seen
+/// along the normal; with `up` each keeps the height of its point. Everything else is as wide as asked for.
 /// A side of a closed line on which no part has a border at the distance, as inside a ring that is tighter, gives way
 /// to the one place that is farthest from the line.
 ///

@@ -372,8 +372,9 @@ def band(
     closed: the last point joins the first; the band is a ring with two outlines, `border` and `other_side`. Where it is
         not given, rings and polygons of Shapely and paths of matplotlib with a mark that closes them are closed, and
         all other lines open.
-    miter_limit: no point of the border is farther from the line than this many distances. A sharper corner is cut off
-    at one distance, as ``narrowed`` tells, and the border runs straight from there to the points beside it.
+    miter_limit: no point of the border is farther from the line than this many distances. That of a sharper corner ends
+        there, on the bisector, as ``narrowed`` tells. The border runs straight to it from the points beside it, and so
+        comes nearer to the line than the distance, the more the sharper the corner is.
     progress: as for `offset`.
 
     The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the

@@ -166,7 +166,8 @@ void bind_band(py::module_& m)
                                "bool, one for each point of the line: it gave way and shares the place of others.")
         .def_property_readonly("narrowed", &narrowed_of,
                                "bool, one for each point of the line: it gave way in part, as another part of the line "
-                               "is nearer than the distance, or its corner is cut off.")
+                               "is nearer than the distance, or its corner is sharper than the miter limit and ends "
+                               "there.")
         .def_property_readonly("other_side", &other_side_of,
                                "float64 (N, 3): the rest of the outline, the line or its other border, backwards.")
         .def_readonly("collapsed", &LaidBand::collapsed,

@@ -439,17 +439,49 @@ TEST(DoorBand, MayBeAsSteepAsRoundingAllows)
               "korvale_band: line must not run along options.up, but it does");
 }
 
-TEST(DoorBand, CutsCornersSharperThanTheMiterLimitOff)
+korvale_band_options limited(double miter_limit)
 {
-    const Numbers spike = {0, 0, 0, 10, 0, 0, 0, 1, 0}; // its outer corner is 20 distances away
-    const Laid band = laid(spike, 1);
-    EXPECT_LT(std::fabs(band.away(1, 10, 0) - 1), 1e-9);
-    EXPECT_THAT(band.narrowed, ElementsAre(0, 1, 0));
     korvale_band_options options = options_of();
-    options.miter_limit = 25;
-    const Laid sharp = laid(spike, 1, options);
-    EXPECT_NEAR(sharp.away(1, 10, 0), 1 / std::sin(0.5 * std::atan(0.1)), 1e-9);
+    options.miter_limit = miter_limit;
+    return options;
+}
+
+TEST(DoorBand, CornersSharperThanTheMiterLimitEndAtIt)
+{
+    // The outer corner of a turn by 150 degrees is 1 / cos 75 = 3.86.. distances away, 15 degrees to the right.
+    const Numbers turn = {0, 0, 0, 10, 0, 0, 10 - 5 * std::sqrt(3.0), 5, 0};
+    const Laid held = laid(turn, 1, limited(2));
+    EXPECT_LT(held.away(1, 11.931851652578137, -0.5176380902050415), 1e-9);
+    EXPECT_THAT(held.narrowed, ElementsAre(0, 1, 0));
+    EXPECT_LT(held.away(0, 0, -1), 1e-9);
+    const Laid sharp = laid(turn, 1, limited(3.9));
+    EXPECT_LT(sharp.away(1, 13.732050807568877, -1), 1e-9); // 10 + tan 75
     EXPECT_THAT(sharp.narrowed, Each(0));
+    // Where a line turns back the end lies straight ahead, on either side.
+    for (const double side : {1.0, -1.0})
+        EXPECT_LT(laid({0, 0, 0, 10, 0, 0, 4, 0, 0}, side, limited(2)).away(1, 12, 0), 1e-9);
+}
+
+TEST(DoorBand, FollowsACornerThroughTheMiterLimitSteadily)
+{
+    constexpr double kStep = 0.0005;
+    for (const double limit : {1.0, 1.2, 2.0, 4.0, 10.0, 30.0})
+        for (const double unit : {1.0, 1e-6, 1e6}) {
+            Numbers before;
+            const double at_limit = 2 * std::acos(1 / limit);
+            for (double angle = std::max(0.01, at_limit - 0.05); angle < std::min(3.14, at_limit + 0.05);
+                 angle += kStep) {
+                const double x = 10 + 10 * std::cos(angle), y = 10 * std::sin(angle);
+                const Laid band = laid({0, 0, 0, 10 * unit, 0, 0, unit * x, unit * y, 0}, unit, limited(limit));
+                for (size_t i = 0; i < 3 && !before.empty(); ++i) {
+                    // Its corner goes out by at most limit^2 / 2 and aside by limit / 2, its end round by 11 a radian.
+                    ASSERT_LT(band.away(i, before[3 * i], before[3 * i + 1]),
+                              unit * kStep * std::max(11.5, limit * limit))
+                        << "point " << i << ", limit " << limit << ", angle " << angle;
+                }
+                before = band.outline;
+            }
+        }
 }
 
 /// How far edge i of an outline in z = 0 is from edge k, 0 where they cross.

@@ -18,8 +18,8 @@ struct BandOptions {
     std::optional<Point> up = {};
 
     bool closed = false;      ///< the last point joins the first (do not repeat it): the band is a ring, two outlines
-    double miter_limit = 4.0; ///< no point of the border is farther from the line than this many distances; a sharper
-                              ///< corner is cut off at one, and the border runs straight to the points beside it
+    double miter_limit = 4.0; ///< no point of the border is farther from the line than this many distances; that of a
+                              ///< sharper corner ends there, on the bisector, and the border runs straight to it
     Progress progress = {};   ///< told while bands of many points are laid; it may stop that
 };
 
@@ -42,7 +42,7 @@ struct Band {
     std::optional<Crossing> crossing;
 
     /// [points of the line] 1 where a point gave way in part: another part of the line is nearer than the distance and
-    /// the border keeps between them, or a corner sharper than the miter limit is cut off
+    /// the border keeps between them, or it belongs to a corner sharper than the miter limit and is held there
     Array<std::uint8_t> narrowed;
 
     /// The same in memory of its own.
@@ -103,7 +103,9 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 ///
 /// The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
 /// border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin,
-/// the border keeps halfway between them; `narrowed` names the points. Inside a closed line that is tighter than the
+/// the border keeps halfway between them; `narrowed` names the points, and those of corners sharper than
+/// `options.miter_limit`, which end at it: towards them the border comes nearer to the line, the more the sharper the
+/// corner is. Inside a closed line that is tighter than the
 /// distance the border gives way to one place; `collapsed` tells where that is all there is. Where the line
 /// goes back and forth within a distance, as a track does that stood still, the border passes by as if it were a point
 /// there: all points of such a knot share a place, seen along `up`, and keep their heights. `crossing` tells where the
