@@ -233,9 +233,9 @@ bool Tree::meets_cell(const Ray& ray, int32_t t) const
     for (int k = 0; k < 3; ++k) {
         const int a = ray::kAcross[k][0], b = ray::kAcross[k][1];
         for (const double* plane = ends[k][0]; plane <= ends[k][1]; ++plane) {
-            double at_a, at_b;
-            if (ray::meets_plane(ray.origin, ray.unit, *plane, k, a, b, &at_a, &at_b) &&
-                ray::lies_between(at_a, *ends[a][0], *ends[a][1]) && ray::lies_between(at_b, *ends[b][0], *ends[b][1]))
+            ray::Meeting at;
+            if (ray::meets_plane(ray.origin, ray.unit, {k, *plane}, at) &&
+                ray::lies_between(at.a, *ends[a][0], *ends[a][1]) && ray::lies_between(at.b, *ends[b][0], *ends[b][1]))
                 return true;
         }
     }

@@ -104,13 +104,13 @@ bool add_cells_across(const double* o, const double* d, const Grid& grid, int k,
     const GridAxis& axis = grid.axes[k];
     const PlaneWalk walk = planes_ahead(axis, o[k], d[k]);
     for (int32_t i = walk.i; i != walk.end; i += walk.step) {
-        double at_a, at_b;
-        if (!meets_plane(o, d, axis.planes[i], k, a, b, &at_a, &at_b))
+        Meeting at;
+        if (!meets_plane(o, d, {k, axis.planes[i]}, at))
             break; // nor any farther plane
-        if (is_past(grid.axes[a], at_a, d[a]) || is_past(grid.axes[b], at_b, d[b]))
+        if (is_past(grid.axes[a], at.a, d[a]) || is_past(grid.axes[b], at.b, d[b]))
             break;
-        const CellRange along_a = cells_holding(grid.axes[a], at_a);
-        const CellRange along_b = cells_holding(grid.axes[b], at_b);
+        const CellRange along_a = cells_holding(grid.axes[a], at.a);
+        const CellRange along_b = cells_holding(grid.axes[b], at.b);
         if (along_a.last < 0 || along_b.last < 0)
             continue;
         const int32_t near_slab = walk.step > 0 ? i - 1 : i;

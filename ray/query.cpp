@@ -80,12 +80,15 @@ void take_cells(Cast& cast, const double* o, const double* d, const Cells& cells
             take_if_met(c, cells.first[c].dvals);
 }
 
-/// What the three plane tests do, for axis `k` and the coordinates along axes `a` and `b`.
-int find_meeting(const double* o, const double* d, double plane, int k, int a, int b, double* at_a, double* at_b)
+/// What the three plane tests do.
+int find_meeting(const double* o, const double* d, const AxisPlane& plane, double* a, double* b)
 {
-    if (o == nullptr || d == nullptr || at_a == nullptr || at_b == nullptr)
+    Meeting meeting;
+    if (o == nullptr || d == nullptr || a == nullptr || b == nullptr || !meets_plane(o, d, plane, meeting))
         return 0;
-    return meets_plane(o, d, plane, k, a, b, at_a, at_b) ? 1 : 0;
+    *a = meeting.a;
+    *b = meeting.b;
+    return 1;
 }
 
 } // namespace
@@ -146,17 +149,17 @@ int ray_int_bbox(double* origin, double* direction, double* box)
 
 int ray_int_x_plane(double* origin, double* direction, double plane, double* y, double* z)
 {
-    return find_meeting(origin, direction, plane, 0, 1, 2, y, z);
+    return find_meeting(origin, direction, {0, plane}, y, z);
 }
 
 int ray_int_y_plane(double* origin, double* direction, double plane, double* x, double* z)
 {
-    return find_meeting(origin, direction, plane, 1, 0, 2, x, z);
+    return find_meeting(origin, direction, {1, plane}, x, z);
 }
 
 int ray_int_z_plane(double* origin, double* direction, double plane, double* x, double* y)
 {
-    return find_meeting(origin, direction, plane, 2, 0, 1, x, y);
+    return find_meeting(origin, direction, {2, plane}, x, y);
 }
 
 int z_intersect(double* point, double* triangle, double* z)

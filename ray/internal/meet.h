@@ -11,22 +11,31 @@ constexpr double kLeastApproach = 1e-06;
 /// The other two axes of each axis.
 constexpr int kAcross[3][2] = {{1, 2}, {0, 2}, {0, 1}};
 
-/// Where the ray meets the plane at `plane` of axis `k`, in the coordinates of axes `a` and `b`. Nothing is written
-/// when it does not.
-inline bool meets_plane(const double* o, const double* d, double plane, int k, int a, int b, double* at_a, double* at_b)
+/// The plane across an axis where that is at `at`.
+struct AxisPlane {
+    int axis;
+    double at;
+};
+
+/// Where a ray meets such a plane, in the coordinates of the other two axes.
+struct Meeting {
+    double a, b;
+};
+
+/// Whether the ray meets the plane, and where: nothing is written when it does not.
+inline bool meets_plane(const double* o, const double* d, const AxisPlane& plane, Meeting& meeting)
 {
-    if (plane > o[k] && d[k] < kLeastApproach)
+    const int k = plane.axis, a = kAcross[k][0], b = kAcross[k][1];
+    if (plane.at > o[k] && d[k] < kLeastApproach)
         return false;
-    if (o[k] > plane && d[k] > -kLeastApproach)
+    if (o[k] > plane.at && d[k] > -kLeastApproach)
         return false;
-    if (o[k] == plane) {
-        *at_a = o[a];
-        *at_b = o[b];
+    if (o[k] == plane.at) {
+        meeting = {o[a], o[b]};
         return true;
     }
-    const double t = (plane - o[k]) / d[k];
-    *at_a = o[a] + t * d[a];
-    *at_b = o[b] + t * d[b];
+    const double t = (plane.at - o[k]) / d[k];
+    meeting = {o[a] + t * d[a], o[b] + t * d[b]};
     return true;
 }
 
@@ -36,18 +45,21 @@ inline bool lies_between(double value, double least, double greatest)
     return value >= least && value <= greatest;
 }
 
-inline bool meets_face(const double* o, const double* d, double plane, int k, const double* box)
+/// Whether the ray meets a face of a box, which lies in that plane.
+inline bool meets_face(const double* o, const double* d, const AxisPlane& plane, const double* box)
 {
-    const int a = kAcross[k][0], b = kAcross[k][1];
-    double at_a, at_b;
-    return meets_plane(o, d, plane, k, a, b, &at_a, &at_b) && lies_between(at_a, box[a], box[a + 3]) &&
-           lies_between(at_b, box[b], box[b + 3]);
+    const int a = kAcross[plane.axis][0], b = kAcross[plane.axis][1];
+    Meeting at;
+    return meets_plane(o, d, plane, at) && lies_between(at.a, box[a], box[a + 3]) &&
+           lies_between(at.b, box[b], box[b + 3]);
 }
 
 inline bool meets_box(const double* o, const double* d, const double* box)
 {
-    return meets_face(o, d, box[0], 0, box) || meets_face(o, d, box[3], 0, box) || meets_face(o, d, box[1], 1, box) ||
-           meets_face(o, d, box[4], 1, box) || meets_face(o, d, box[2], 2, box) || meets_face(o, d, box[5], 2, box);
+    for (int k = 0; k < 3; ++k)
+        if (meets_face(o, d, {k, box[k]}, box) || meets_face(o, d, {k, box[k + 3]}, box))
+            return true;
+    return false;
 }
 
 /// Whether coordinate `k` of the point lies above those of all vertices.
