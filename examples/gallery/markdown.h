@@ -1,11 +1,15 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace gallery {
 
-/// A page of docs/ as one file of HTML: headings, paragraphs, lists, tables, blocks of code, and code and bold text
-/// within them. Links and pictures are their words alone.
-std::string html_of_markdown(const std::string& text);
+/// Where a link or a picture of a page leads, or nothing where its words stand alone.
+using Links = std::function<std::string(const std::string& target)>;
+
+/// A page of docs/ as one file of HTML: headings, which links may lead to, paragraphs, lists, tables, blocks of code,
+/// and links, pictures, code and bold text within them. It begins with the way back to the gallery.
+std::string html_of_markdown(const std::string& text, const Links& links);
 
 } // namespace gallery

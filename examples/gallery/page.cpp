@@ -1,5 +1,7 @@
 #include "page.h"
 
+#include <cmath>
+
 #include "picture.h"
 #include "svg.h"
 
@@ -20,6 +22,9 @@ const char* const kHead = R"(<!DOCTYPE html>
 }
 * { box-sizing: border-box; }
 body { margin: 0; background: var(--wall); color: var(--ink); font: 17px/1.55 "DejaVu Sans", Verdana, sans-serif; }
+.skip { position: absolute; top: -3em; left: 1rem; padding: .2rem .6rem; background: var(--paper); }
+.skip:focus { top: .5rem; }
+:focus-visible { outline: 3px solid var(--link); outline-offset: 2px; }
 main { max-width: 1280px; margin: 0 auto; padding: 2.5rem 1.5rem 4rem; }
 h1 { font: 700 2.6rem/1.1 "DejaVu Serif", Georgia, serif; margin: 0 0 .5rem; }
 h2 { font: 700 1.6rem/1.2 "DejaVu Serif", Georgia, serif; margin: 3.5rem 0 .4rem; }
@@ -36,33 +41,45 @@ img { display: block; width: 100%; height: auto; }
 .links a { margin-left: .5em; }
 figcaption { padding: .7rem 1rem .8rem; border-top: 1px solid var(--line); font-size: .95rem; }
 /* Pictures are scrolled sideways where their lettering would be too small to read. */
+img { min-width: var(--least, 0); }
+figure > a { display: block; overflow-x: auto; }
 @media (max-width: 760px) {
+  main { padding: 1.5rem 19px 3rem; }
   figure.half { grid-column: span 2; }
-  figure > a { display: block; overflow-x: auto; }
-  img { min-width: 780px; }
-  figure.half img { min-width: 390px; }
 }
 </style>
 </head>
 <body>
+<a class="skip" href="#scene-1">To the pictures</a>
 <main>
 <h1>korvale</h1>
 <p>Pictures that a host program made with the library, and with nothing else but the language's own library.</p>
 )";
+
+constexpr double kReadable = 9;  // pixels per em
+constexpr int kNarrowRoom = 320; // pixels for a picture on a screen of 380
 
 std::string anchor(size_t i)
 {
     return "scene-" + std::to_string(i + 1);
 }
 
+// A link whose words are many times on the page, with a name that is there once.
+std::string link(const std::string& to, const std::string& words, const std::string& picture)
+{
+    return "<a href=\"" + to + "\" aria-label=\"" + words + ": " + to + " for " + picture + "\">" + words + "</a>";
+}
+
 std::string figure(const Section& section, const Exhibit& e)
 {
     const bool is_half = e.width <= kNarrow;
+    const int least = int(std::ceil(kReadable * e.width / e.lettering));
     const std::string sentence = escaped(e.sentence);
     return std::string("<figure") + (is_half ? " class=\"half\"" : "") + "><a href=\"" + e.file + "\"><img src=\"" +
-           e.file + "\" width=\"" + std::to_string(e.width) + "\" height=\"" + std::to_string(e.height) + "\" alt=\"" +
-           sentence + "\"></a>\n<figcaption>" + sentence + " <span class=\"links\"><a href=\"" + section.source +
-           "\">its source</a> <a href=\"" + section.page + "\">its page</a></span></figcaption></figure>\n";
+           e.file + "\" width=\"" + std::to_string(e.width) + "\" height=\"" + std::to_string(e.height) + "\"" +
+           (least > kNarrowRoom ? " style=\"--least: " + std::to_string(least) + "px\"" : "") + " alt=\"" + sentence +
+           "\"></a>\n<figcaption>" + sentence + " <span class=\"links\">" + link(section.source, "its source", e.file) +
+           " " + link(section.page, "its page", e.file) + "</span></figcaption></figure>\n";
 }
 
 } // namespace
@@ -70,7 +87,7 @@ std::string figure(const Section& section, const Exhibit& e)
 std::string page_text(const std::vector<Section>& sections)
 {
     std::string text = kHead;
-    text += "<nav>\n";
+    text += "<nav aria-label=\"Scenes\">\n";
     for (size_t i = 0; i < sections.size(); i++)
         text += "<a href=\"#" + anchor(i) + "\">" + escaped(sections[i].title) + "</a>\n";
     text += "</nav>\n";

@@ -28,7 +28,7 @@ const Colour kPaper = hex(0xfbfaf6), kInk = hex(0x22303c), kFaint = hex(0xd9d6cc
 const Colour kBlue = hex(0x2b6cb0), kOrange = hex(0xdd7a1c), kGreen = hex(0x2f855a), kRed = hex(0xc0392b);
 const int kWidth = 1200;        ///< pixels of a picture as wide as the page
 const int kNarrow = kWidth / 2; ///< pixels of one that narrow screens show whole, or two of which stand side by side
-const double kLettering = 16;   ///< pixels per em of lettering; in a narrow picture 9 on a screen of 380 pixels
+const double kLettering = 17;   ///< pixels per em of lettering; in a narrow picture 9 on a screen of 380 pixels
 
 /// A picture of square pixels, 8 bits a colour, with smooth edges: pixel (i, j) covers [i, i + 1] x [j, j + 1], y
 /// downwards. Drawing outside the picture is cut off.

@@ -1,5 +1,6 @@
 #include "scene.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
@@ -10,11 +11,30 @@
 #include "png.h"
 
 namespace gallery {
+namespace {
+
+std::string read(const std::filesystem::path& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    if (!in)
+        throw std::runtime_error("cannot read " + file.string());
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// The file of a page of docs/ as the gallery has it.
+std::string page_file(std::filesystem::path page)
+{
+    std::string file = page.replace_extension(".html").string();
+    std::ranges::replace(file, '/', '-');
+    return file;
+}
+
+} // namespace
 
 Gallery::Gallery(std::filesystem::path data, std::filesystem::path out)
     : data_(std::move(data)), out_(std::move(out)), sans_(data_ / "sans.txt")
 {
-    std::filesystem::create_directories(out_);
+    std::filesystem::create_directories(out_ / "images");
 }
 
 double Gallery::seconds() const
@@ -26,29 +46,50 @@ void Gallery::begin(const Scene& scene)
 {
     begun_ = std::chrono::steady_clock::now();
     report(scene.title);
-    const std::filesystem::path project = data_ / ".." / "..";
-    sections_.push_back({scene.title,
-                         scene.idea,
-                         copy(project / "examples" / "gallery" / "scenes" / scene.source),
-                         copy(project / "docs" / scene.page),
-                         {}});
+    const std::string source = std::string(scene.source) + ".txt"; // which every browser shows
+    copy(data_ / ".." / "gallery" / "scenes" / scene.source, source);
+    sections_.push_back({scene.title, scene.idea, source, page_file(scene.page), {}});
 }
 
-// As what every browser shows: a page as HTML, a source as text. A page that several scenes share is copied once for
-// each, to the same place.
-std::string Gallery::copy(const std::filesystem::path& file)
+void Gallery::copy(const std::filesystem::path& file, const std::string& name)
 {
-    std::ifstream in(file, std::ios::binary);
-    if (!in)
-        throw std::runtime_error("cannot read " + file.string());
-    std::string text{std::istreambuf_iterator<char>(in), {}}, name = file.filename().string() + ".txt";
-    if (file.extension() == ".md") {
-        text = html_of_markdown(text);
-        name = file.stem().string() + ".html";
-    }
-    write(name, text.data(), text.size());
+    const std::string content = read(file);
+    write(name, content.data(), content.size());
     report("  " + name);
-    return name;
+}
+
+// The pages of the scenes and all pages and pictures that they lead to.
+void Gallery::write_pages()
+{
+    const std::filesystem::path docs = data_ / ".." / ".." / "docs";
+    std::vector<std::filesystem::path> pages; // below docs/, each once
+    const auto add = [&](const std::filesystem::path& page) {
+        if (std::ranges::find(pages, page) == pages.end())
+            pages.push_back(page);
+        return page_file(page);
+    };
+    for (const Section& section : sections_)
+        add(std::filesystem::path(section.page).replace_extension(".md"));
+    for (size_t i = 0; i < pages.size(); i++) {
+        const auto link = [&, folder = pages[i].parent_path()](const std::string& target) -> std::string {
+            const size_t hash = std::min(target.find('#'), target.size());
+            if (hash == 0)
+                return target;
+            const std::filesystem::path file = (folder / target.substr(0, hash)).lexically_normal();
+            if (*file.begin() == ".." || !exists(docs / file))
+                return {};
+            if (file.extension() == ".md")
+                return add(file) + target.substr(hash);
+            if (exists(out_ / file.filename())) // the gallery's own
+                return file.filename().string();
+            const std::string name = "images/" + file.filename().string();
+            copy(docs / file, name);
+            return name;
+        };
+        const std::string text = html_of_markdown(read(docs / pages[i]), link);
+        write(page_file(pages[i]), text.data(), text.size());
+        report("  " + page_file(pages[i]));
+    }
 }
 
 void Gallery::write(const std::string& file, const void* bytes, size_t count)
@@ -72,7 +113,7 @@ void Gallery::show(const std::string& file, const Picture& picture, const std::s
 {
     const std::vector<uint8_t> bytes = png_bytes(picture);
     write(file, bytes.data(), bytes.size());
-    sections_.back().exhibits.push_back({file, sentence, picture.width(), picture.height()});
+    sections_.back().exhibits.push_back({file, sentence, picture.width(), picture.height(), picture.least_lettering()});
     char line[160];
     std::snprintf(line, sizeof line, "  %-28s %4d x %-4d %5zu kB  %5.2f s", file.c_str(), picture.width(),
                   picture.height(), (bytes.size() + 999) / 1000, seconds());
@@ -83,7 +124,7 @@ void Gallery::show(const std::string& file, const Svg& drawing, const std::strin
 {
     const std::string text = drawing.content();
     write(file, text.data(), text.size());
-    sections_.back().exhibits.push_back({file, sentence, drawing.width(), drawing.height()});
+    sections_.back().exhibits.push_back({file, sentence, drawing.width(), drawing.height(), drawing.least_lettering()});
     char line[160];
     std::snprintf(line, sizeof line, "  %-28s %4d x %-4d %5zu kB  %5.2f s", file.c_str(), drawing.width(),
                   drawing.height(), (text.size() + 999) / 1000, seconds());
@@ -117,6 +158,7 @@ void Gallery::progress(double done)
 
 void Gallery::close()
 {
+    write_pages();
     const std::string text = page_text(sections_);
     write("index.html", text.data(), text.size());
     report("Open " + std::filesystem::absolute(out_ / "index.html").lexically_normal().string());

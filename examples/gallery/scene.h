@@ -35,12 +35,13 @@ public:
     /// Tells the user how much of the scene is done, from 0 to 1. Call it wherever a second may pass.
     void progress(double done);
 
-    void begin(const struct Scene& scene); ///< called before each scene; its source and page go to the folder as well
-    void close();                          ///< writes index.html
+    void begin(const struct Scene& scene); ///< called before each scene; its source goes to the folder as well
+    void close();                          ///< writes the pages of the scenes and index.html
 
 private:
     void write(const std::string& file, const void* bytes, size_t count);
-    std::string copy(const std::filesystem::path& file);
+    void copy(const std::filesystem::path& file, const std::string& name);
+    void write_pages();
     void report(const std::string& line);
     double seconds() const;
 

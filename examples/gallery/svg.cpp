@@ -89,6 +89,7 @@ void Svg::dot(Point middle, double radius, Colour colour)
 
 void Svg::text(Point at, double size, const std::string& text, Colour colour, const char* anchor)
 {
+    least_lettering_ = std::min(least_lettering_, size);
     body_ += "<text x=\"" + number(at.x) + "\" y=\"" + number(at.y) + "\" font-size=\"" + number(size) +
              "\" font-family=\"DejaVu Sans, Verdana, sans-serif\" text-anchor=\"" + anchor + "\" fill=\"" +
              colour_name(colour) + "\">" + escaped(text) + "</text>\n";

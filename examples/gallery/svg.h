@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <string>
 
 #include "picture.h"
@@ -13,6 +14,7 @@ public:
 
     int width() const { return width_; }
     int height() const { return height_; }
+    double least_lettering() const { return least_lettering_; } ///< infinity where there is none
 
     /// Fills what an odd number of the outlines surrounds.
     void fill(const Shape& shape, Colour colour, double opacity = 1);
@@ -30,6 +32,7 @@ public:
 
 private:
     int width_, height_;
+    double least_lettering_ = std::numeric_limits<double>::infinity();
     std::string title_, body_;
 };
 

@@ -171,20 +171,61 @@ TEST_F(Gallery, LiftsTheLettersToTheirHeight)
     EXPECT_GT(volume, 0); // triangles run counter-clockwise seen from outside
 }
 
-TEST_F(Gallery, PageShowsEveryFileAndNoOther)
+TEST_F(Gallery, LinksLeadToEveryFileAndNoOther)
 {
-    const std::string page = read_file(folder() / "index.html");
-    std::set<std::string> written;
-    for (const auto& entry : fs::directory_iterator(folder()))
-        if (entry.path().filename() != "index.html")
-            written.insert(entry.path().filename().string());
-    std::set<std::string> shown = quoted_after(page, "src=\"");
-    for (const std::string& target : quoted_after(page, "href=\""))
-        if (target[0] != '#')
-            shown.insert(target);
+    std::set<std::string> written, shown{"index.html"}, targets;
+    for (const auto& entry : fs::recursive_directory_iterator(folder()))
+        if (entry.is_regular_file())
+            written.insert(entry.path().lexically_relative(folder()).string());
+    for (const std::string& page : files_ending(".html")) {
+        const std::string text = read_file(folder() / page);
+        shown.merge(quoted_after(text, "src=\""));
+        for (const std::string& target : quoted_after(text, "href=\"")) {
+            const size_t hash = std::min(target.find('#'), target.size());
+            const std::string file = hash == 0 ? page : target.substr(0, hash);
+            shown.insert(file);
+            if (hash < target.size())
+                targets.insert(file + target.substr(hash));
+        }
+    }
     EXPECT_EQ(shown, written);
-    for (const std::string& target : quoted_after(page, "href=\"#"))
-        EXPECT_THAT(page, HasSubstr("id=\"" + target + "\""));
+    EXPECT_GE(targets.size(), 14u);
+    for (const std::string& target : targets)
+        EXPECT_THAT(read_file(folder() / target.substr(0, target.find('#'))),
+                    HasSubstr(" id=\"" + target.substr(target.find('#') + 1) + "\""))
+            << target;
+}
+
+// By key and by ear: what comes first, in which order, and what stands for pictures.
+TEST_F(Gallery, PagesAreReadInTheirOrder)
+{
+    for (const std::string& page : files_ending(".html")) {
+        SCOPED_TRACE(page);
+        const bool is_front = page == "index.html";
+        const std::string text = read_file(folder() / page);
+        EXPECT_THAT(text, StartsWith("<!DOCTYPE html>\n<html lang=\"en\">\n"));
+        const std::string first = text.substr(text.find("<a "), 40);
+        EXPECT_THAT(first, StartsWith(is_front ? "<a class=\"skip\" href=\"#scene-1\">" : "<a href=\"index.html\">"));
+        EXPECT_EQ(text.find("<main>"), text.rfind("<main>"));
+        EXPECT_LT(text.find("<main>"), text.find("<h1"));
+        EXPECT_EQ(text.find("<h1"), text.rfind("<h1"));
+        char level = '0';
+        for (size_t at = text.find("<h", text.find("<main>")); at != std::string::npos; at = text.find("<h", at + 1)) {
+            EXPECT_LE(text[at + 2], level + 1) << text.substr(at, 60);
+            level = text[at + 2];
+        }
+        EXPECT_NE(level, '0');
+        for (size_t at = text.find("<img "); at != std::string::npos; at = text.find("<img ", at + 1)) {
+            const std::string picture = text.substr(at, text.find('>', at) - at);
+            EXPECT_GE(quoted_after(picture, " alt=\"").begin()->size(), 10u) << picture;
+        }
+        std::set<std::string> links;
+        for (size_t at = text.find("<a "); at != std::string::npos; at = text.find("<a ", at + 1)) {
+            const std::string link = text.substr(at, text.find("</a>", at) - at);
+            EXPECT_GE(link.size(), link.find('>') + 2) << link << " has no words";
+            EXPECT_TRUE(links.insert(link).second || !is_front) << link << " is there twice";
+        }
+    }
 }
 
 TEST_F(Gallery, PageSaysASentenceForEveryPicture)
@@ -222,7 +263,7 @@ TEST_F(Gallery, LinksEachPictureToItsSourceAndItsPage)
                     read_file(fs::path(PROJECT_FOLDER "/docs") / (link.substr(0, link.size() - 5) + ".md"));
                 const std::string title = written.substr(2, written.find('\n') - 2), shown = read_file(folder() / link);
                 EXPECT_THAT(shown, StartsWith("<!DOCTYPE html>\n<html lang=\"en\">"));
-                EXPECT_THAT(shown, HasSubstr("<h1>" + title + "</h1>"));
+                EXPECT_THAT(shown, HasSubstr("\">" + title + "</h1>"));
                 const std::string words = without_code(shown);
                 for (const char* mark : {"](", "**", "`", "\n#", "\n|", "\n- "})
                     EXPECT_THAT(words, Not(HasSubstr(mark))) << link;
@@ -264,11 +305,18 @@ TEST_F(Gallery, PicturesOfTheDocsAreItsOwn)
 TEST_F(Gallery, LetteringIsReadableWherePicturesAreScrolled)
 {
     const std::string page = read_file(folder() / "index.html");
-    EXPECT_THAT(page, HasSubstr("\n  img { min-width: 780px; }\n  figure.half img { min-width: 390px; }\n"));
-    for (const std::string& name : quoted_after(page, "src=\"")) {
-        const Lettered picture = read_lettered(folder() / name);
-        EXPECT_GE(picture.least_lettering * (picture.width > 600 ? 780 : 390) / picture.width, 9) << name;
+    size_t pictures = 0;
+    for (size_t at = page.find("<img "); at != std::string::npos; at = page.find("<img ", at + 1)) {
+        const std::string shown = page.substr(at, page.find('>', at) - at);
+        const Lettered picture = read_lettered(folder() / *quoted_after(shown, "src=\"").begin());
+        const std::string least = "style=\"--least: ";
+        const size_t wide = shown.find(least);
+        const double width = wide == std::string::npos ? 320 : std::stod(shown.substr(wide + least.size()));
+        EXPECT_GE(picture.least_lettering * width / picture.width, 9) << shown;
+        EXPECT_LE(width, picture.width) << shown;
+        pictures++;
     }
+    EXPECT_GE(pictures, 20u);
 }
 
 TEST_F(Gallery, NothingRefersToTheNetwork)
