@@ -181,12 +181,15 @@ void find_misplaced(const Beside& b, const Settling& s)
         s.moved[i] = !clear || !(is_within_reach(b, place, i) || (s.removed[i] == 0 && is_near_its_stretch(b, s, i))) ||
                      (s.removed[i] == 0 && dot(place - b.line[i], way_of(b, i).along) < 0);
     }
-    for (size_t i = 1; i < n; ++i)
-        if (s.heir[i] == s.heir[i - 1])
-            s.moved[i] |= s.moved[i - 1];
-    for (size_t i = n - 1; i > 0; --i)
-        if (s.heir[i] == s.heir[i - 1])
-            s.moved[i - 1] |= s.moved[i];
+    const size_t steps = b.closed ? 2 * n : n; // around the end of a closed line too
+    const auto move_together = [&](size_t from, size_t to) {
+        if (s.heir[from % n] == s.heir[to % n])
+            s.moved[to % n] |= s.moved[from % n];
+    };
+    for (size_t i = 1; i < steps; ++i)
+        move_together(i - 1, i);
+    for (size_t i = steps - 1; i > 0; --i)
+        move_together(i, i - 1);
 }
 
 /// Where the borders of the edges that lead to and from a run of points meet, if they do ahead of one and behind the

@@ -362,6 +362,14 @@ TEST(DoorBand, OfAClosedLineHasTwoOutlines)
     expect_near({inner.outline.begin(), inner.outline.begin() + 12}, {1, 3, 0, 3, 3, 0, 3, 1, 0, 1, 1, 0});
 }
 
+TEST(DoorBand, PointsThatShareAPlaceAroundTheEndOfAClosedLineGiveWayTogether)
+{
+    // The border of the last point merges into that of the first, and lies too far from it.
+    expect_held(
+        {0, 0, 0, 0.1312, -0.1977, 0, 0.2968, -0.1315, 0, 0.348, 0.5197, 0, 0.0428, 0.588, 0, -0.3683, -0.9211, 0},
+        0.067433, options_of(1, 1), 2.0225);
+}
+
 TEST(DoorBand, OfAClosedLineTighterThanTheDistanceGivesWayToOnePlace)
 {
     const Numbers square = {0, 4, 0, 4, 4, 0, 4, 0, 0, 0, 0, 0};

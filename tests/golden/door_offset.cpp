@@ -124,7 +124,7 @@ WORKLOAD(DoorOffsetJoins, 1000, 0x22a726e870228800u, 1)
     }
 }
 
-WORKLOAD(DoorBand, 1000, 0xd2c7b2a456d67c73u, 2)
+WORKLOAD(DoorBand, 1000, 0x46f266695a84279du, 2)
 {
     Draws random(1106);
     for (int i = 0; i < rounds; ++i) {
