@@ -46,10 +46,10 @@ class Offsets(tuple):  # type: ignore[type-arg]
 
     def to_shapely(self) -> Polygon:
         """The borders as a polygon of Shapely with holes, without those that are collapsed and without the points of
-        removed vertices; an empty one where nothing is left of the outer outline.
+        removed vertices; an empty one where nothing is left of the outer outline. Refused where a border meets itself
+        or another, as holes do that have outgrown the outer outline, and where they lie in an upright plane.
         """
-        left = [_show.live(border) for border in self if not border.collapsed]
-        return _show.polygon(left, self.collapsed)
+        return _show.offsets_to_shapely(self)
 
     def _repr_svg_(self) -> str:
         return _show.outlines_svg([border.points for border in self if not border.collapsed] or [self.outer.points],

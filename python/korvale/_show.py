@@ -24,17 +24,44 @@ _MOST_POINTS, _MOST_TRIANGLES = 20000, 4000
 _EYE, _UP, _LIGHT = numpy.array([0.5, -0.75, 0.55]), numpy.array([0.0, 0.0, 1.0]), numpy.array([0.25, -0.5, 0.83])
 
 
-def polygon(outlines: Sequence[Doubles], collapsed: bool = False) -> Polygon:
+def polygon(function: str, outlines: Sequence[tuple[str, Doubles]]) -> Polygon:
     """A polygon of Shapely with the first outline and the others as its holes, seen from above; z is kept where one is
-    not 0. An empty one where nothing is left.
+    not 0. An empty one of no outlines. What is no valid polygon is refused by the names of the outlines.
     """
     from shapely.geometry import Polygon as Made
 
-    rings = [] if collapsed else [outline for outline in outlines if len(outline) > 2]
-    if not rings:
+    named = [(name, ring) for name, ring in outlines if len(ring) > 2]
+    if not named:
         return Made()
-    width = 3 if any(ring[:, 2].any() for ring in rings) else 2
-    return Made(rings[0][:, :width], [ring[:, :width] for ring in rings[1:]])
+    if _is_upright(named[0][1]):
+        raise refuse(function, named[0][0], "not lie in an upright plane",
+                     "it does: Shapely sees x and y alone, so flatten it")
+    width = 3 if any(ring[:, 2].any() for _, ring in named) else 2
+    rings = [ring[:, :width] for _, ring in named]
+    made = Made(rings[0], rings[1:])
+    if made.is_valid:
+        return made
+    for (name, _), alone in zip(named, map(Made, rings)):
+        if not alone.is_valid:
+            raise refuse(function, name, "not meet itself", f"it does {_where(alone)}")
+        if not Made(rings[0]).covers(alone):
+            raise refuse(function, name, f"lie inside {named[0][0]}", "it does not")
+    raise refuse(function, " and ".join(dict(named)), "not meet each other", f"they do {_where(made)}")
+
+
+def _is_upright(ring: Doubles) -> bool:
+    """Whether nothing is seen of a ring from above, but for rounding."""
+    steps = ring - ring[0]
+    x, y, z = numpy.cross(steps[:-1], steps[1:]).sum(axis=0).tolist()
+    return bool(abs(z) <= 1e-9 * max(abs(x), abs(y)) and (x, y) != (0.0, 0.0))
+
+
+def _where(invalid: Polygon) -> str:
+    """The place at which Shapely finds a polygon invalid."""
+    from shapely.validation import explain_validity
+
+    text: str = explain_validity(invalid)  # such as "Ring Self-intersection[1 2]"
+    return f"at ({', '.join(text.partition('[')[2].rstrip(']').split())})"
 
 
 def outlines_svg(outlines: Iterable[Doubles], collapsed: bool = False) -> str:
@@ -106,7 +133,13 @@ def _picture(height: float, drawn: str) -> str:
 
 def offset_to_shapely(border: Any) -> Polygon:
     """The polygon of one border."""
-    return polygon([live(border)], border.collapsed)
+    return polygon("Offset.to_shapely", [] if border.collapsed else [("border", live(border))])
+
+
+def offsets_to_shapely(borders: Sequence[Any]) -> Polygon:
+    """The polygon of the borders of an outline with holes."""
+    left = [(f"border {k}", live(border)) for k, border in enumerate(borders) if not border.collapsed]
+    return polygon("Offsets.to_shapely", [] if borders[0].collapsed else left)
 
 
 def band_to_shapely(band: Any) -> Polygon:
@@ -114,7 +147,7 @@ def band_to_shapely(band: Any) -> Polygon:
     if band.crossing is not None:
         raise refuse("Band.to_shapely", "band", "not meet itself",
                      "its edges from points {} and {} do".format(*band.crossing))
-    return polygon(_input.rings_of_band(band, "Band.to_shapely"))
+    return polygon("Band.to_shapely", [("band", ring) for ring in _input.rings_of_band(band, "Band.to_shapely")])
 
 
 def live(border: Any) -> Doubles:

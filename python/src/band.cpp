@@ -190,7 +190,8 @@ void bind_band(py::module_& m)
         .def(
             "to_shapely", [](py::object self) { return shown("band_to_shapely", self); },
             "The band as a polygon of Shapely; of a ring one with a hole, unless nothing is left inside; an empty one "
-            "of a line at one place. Refused where it meets itself, see `crossing`.")
+            "of a line at one place. Refused where it meets itself, see `crossing`, and in an upright plane, of which "
+            "Shapely sees nothing.")
         .def("_repr_svg_",
              [](py::object self) { return shown("outlines_svg", outlines_of(self), self.cast<LaidBand&>().collapsed); })
         .def("__eq__", &is_equal, py::is_operator())

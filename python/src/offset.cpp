@@ -272,7 +272,7 @@ void bind_offset(py::module_& m)
         .def(
             "to_shapely", [](py::object self) { return shown("offset_to_shapely", self); },
             "The border as a polygon of Shapely, without the points of removed vertices; an empty one where it is "
-            "collapsed.")
+            "collapsed. Refused where it meets itself, and in an upright plane, of which Shapely sees nothing.")
         .def("_repr_svg_",
              [](py::object self) {
                  return shown("outlines_svg", py::make_tuple(points_of(self)), self.cast<Offset&>().collapsed);

@@ -87,6 +87,64 @@ class ShapelyTest(unittest.TestCase):
         self.assertEqual(len(korvale.offset([SQUARE, HOLE], 1.5).to_shapely().interiors), 0)  # it has closed
         self.assertTrue(korvale.offset([SQUARE, HOLE], -2.5).to_shapely().is_empty)
 
+    def assertRefuses(self, text, result):
+        with self.assertRaises(korvale.Error) as caught:
+            result.to_shapely()
+        self.assertEqual(str(caught.exception), text)
+
+    def test_refuses_borders_that_are_no_polygon(self):
+        self.assertRefuses("Offsets.to_shapely: border 1 must lie inside border 0, but it does not",
+                           korvale.offset([SQUARE, HOLE], -0.75))  # 2.5 wide, and 3.5
+        self.assertRefuses("Offsets.to_shapely: border 0 and border 1 must not meet each other, but they do at "
+                           "(3.5, 0.5)", korvale.offset([SQUARE, HOLE], -0.5))
+        comb = [(0, 0), (7, 0), (7, 4), (6, 4), (6, 2), (5, 2), (5, 4), (3, 4), (3, 2), (1, 2), (1, 4), (0, 4)]
+        self.assertAlmostEqual(korvale.offset(comb, -0.4).to_shapely().area, 10.64, places=9)
+        self.assertRefuses("Offset.to_shapely: border must not meet itself, but it does at (6.5, 1.5)",
+                           korvale.offset(comb, -0.5))  # two of its teeth have come to nothing
+
+    def test_refuses_upright_planes(self):
+        sees_nothing = "must not lie in an upright plane, but it does: Shapely sees x and y alone, so flatten it"
+        self.assertRefuses(f"Offset.to_shapely: border {sees_nothing}", korvale.offset(SQUARE[:, [0, 2, 1]], 1))
+        self.assertRefuses(f"Offsets.to_shapely: border 0 {sees_nothing}",
+                           korvale.offset([SQUARE[:, [2, 0, 1]], HOLE[:, [2, 0, 1]]], 0.25))
+        turned = numpy.array([(0.6, 0.8, 0), (0, 0, 1), (0.8, -0.6, 0)])
+        wall = korvale.band(numpy.array([(0, 0, 0), (0, 4, 0), (3, 4, 0)]) @ turned, 1, both_sides=True)
+        self.assertRefuses(f"Band.to_shapely: band {sees_nothing}", wall)
+        flat = korvale.flatten(wall.outline).to_plane(wall.outline)
+        from shapely.geometry import Polygon
+        self.assertAlmostEqual(Polygon(flat[:, :2]).area, 14, places=9)
+
+    def test_gives_valid_polygons_or_none(self):
+        valid, refused = 0, 0
+        for number in range(600):
+            generator = numpy.random.default_rng(number)
+
+            def ring(radius, centre, on_lattice):
+                angles = numpy.sort(generator.uniform(0, 6.28, generator.integers(4, 12)))
+                reach = radius * generator.uniform(0.4, 1, len(angles))
+                points = centre + numpy.column_stack([reach * numpy.cos(angles), reach * numpy.sin(angles)])
+                return numpy.round(points) if on_lattice else points
+
+            on_lattice = number % 2 == 0
+            outline = [ring(12, (0, 0), on_lattice)]
+            outline += [ring(3, generator.uniform(-4, 4, 2), on_lattice) for _ in range(number % 4)]
+            for distance in (-0.25, -0.5, -1, -2, 0.5, 1, 3):
+                try:
+                    borders = korvale.offset(outline if len(outline) > 1 else outline[0], distance)
+                except korvale.Error:
+                    continue  # points on one line
+                try:
+                    polygon = borders.to_shapely()
+                except korvale.Error as error:
+                    self.assertRegex(str(error), r"^Offsets?.to_shapely: border.* must (not meet|lie inside border 0)")
+                    refused += 1
+                    continue
+                self.assertTrue(polygon.is_valid, (number, distance))
+                self.assertEqual(polygon.area > 0, not borders.collapsed, (number, distance))
+                valid += 1
+        self.assertGreater(valid, 1000)
+        self.assertGreater(refused, 500)
+
     def test_takes_bands(self):
         self.assertEqual(korvale.band([(0, 0), (10, 0)], 1, both_sides=True).to_shapely().area, 20)
         for distance in (1, -1):
