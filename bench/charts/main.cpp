@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include <korvale.h>
+
 #include "plot.h"
 #include "svg.h"
 
@@ -21,20 +23,33 @@ using Curve = std::vector<Point>; // size, nanoseconds
 /// The curves of a job by who did it, as the file names them.
 using Job = std::map<std::string, Curve>;
 
-std::map<std::string, Job> read_measured(const char* file)
-{
+/// What a file has measured, with the versions of the peers.
+struct Measured {
     std::map<std::string, Job> jobs;
+    std::map<std::string, std::string> versions;
+};
+
+Measured read_measured(const char* file)
+{
+    Measured measured;
     std::ifstream in(file);
+    const std::string peers = "# peers ";
     for (std::string line; std::getline(in, line);) {
         std::istringstream words(line);
-        std::string job, who;
+        std::string job, who, version;
         double size, time;
-        if (line[0] != '#' && words >> job >> size >> who >> time)
-            jobs[job][who].push_back({size, time});
+        if (line.starts_with(peers)) {
+            words.ignore(std::streamsize(peers.size()));
+            while (words >> who >> std::ws && std::getline(words, version, ','))
+                measured.versions[who] = version;
+        } else if (line[0] != '#' && words >> job >> size >> who >> time) {
+            measured.jobs[job][who].push_back({size, time});
+        }
     }
-    return jobs;
+    return measured;
 }
 
+/// Who did a job; whose version the file does not tell has it in the label.
 struct Who {
     const char* name;
     const char* label;
@@ -43,9 +58,13 @@ struct Who {
 
 const std::string kOwn = "own";
 
-const Who kWho[] = {{"Clipper", "Clipper", kOrange}, {"GEOS", "GEOS", kGreen},   {"CGAL", "CGAL", kRed},
-                    {"Embree", "Embree", kOrange},   {"Eigen", "Eigen", kGreen}, {"baseline", "earlier", kGrey},
-                    {"own", "korvale", kBlue}};
+const Who kWho[] = {{"Clipper", "Clipper", kOrange},
+                    {"GEOS", "GEOS", kGreen},
+                    {"CGAL", "CGAL", kRed},
+                    {"Embree", "Embree", kOrange},
+                    {"Eigen", "Eigen", kGreen},
+                    {"baseline", "before 1.0.0", kGrey},
+                    {"own", "korvale " KORVALE_VERSION, kBlue}};
 
 struct Panel {
     const char* file;
@@ -71,8 +90,9 @@ std::string time_text(double nanoseconds)
 }
 
 /// The curves of a panel below its names, in a rectangle of the drawing.
-void draw_panel(Svg& drawing, const Panel& panel, const Job& job, Point corner, Point size)
+void draw_panel(Svg& drawing, const Panel& panel, const Measured& measured, Point corner, Point size)
 {
+    const Job& job = measured.jobs.at(panel.job);
     Box2 range = {{1e300, 1e300}, {0, 0}};
     for (const Who& who : kWho) {
         const auto found = job.find(who.name);
@@ -86,7 +106,7 @@ void draw_panel(Svg& drawing, const Panel& panel, const Job& job, Point corner, 
     range = {{range.low.x / 1.3, range.low.y / 2}, {range.high.x * 1.3, range.high.y * 2}};
     Plot plot(drawing, corner, size, range, Scale::ratios);
     plot.axes(panel.title, panel.x_label, count_text, time_text);
-    double x = 4;
+    int place = 0;                // of a name, two in a row
     for (const Who& who : kWho) { // the library itself last, on top of the others
         const auto found = job.find(who.name);
         if (found == job.end())
@@ -94,23 +114,25 @@ void draw_panel(Svg& drawing, const Panel& panel, const Job& job, Point corner, 
         const bool is_own = who.name == kOwn;
         plot.curve(found->second, who.colour, is_own ? 3.5 : 2);
         plot.dots(found->second, is_own ? 4 : 3, who.colour);
-        drawing.dot({x + 6, corner.y - 38}, 5, who.colour);
-        drawing.text({x + 15, corner.y - 33}, 15, who.label, who.colour);
-        x += 30 + 8.2 * double(std::string(who.label).size());
+        const auto version = measured.versions.find(who.name);
+        const std::string label = version == measured.versions.end() ? who.label : who.label + (" " + version->second);
+        const Point at{10.0 + 170 * (place % 2), corner.y - 62 + 22 * (place / 2)};
+        drawing.dot(at, 5, who.colour);
+        drawing.text(at + Point{9, 5}, 15, label, who.colour);
+        ++place;
     }
 }
 
 /// A panel in a file of its own, as wide as narrow screens are; on wide ones several stand side by side.
-bool draw(const std::map<std::string, Job>& jobs, const std::string& folder, const Panel& panel)
+bool draw(const Measured& measured, const std::string& folder, const Panel& panel)
 {
-    const auto job = jobs.find(panel.job);
-    if (job == jobs.end()) {
+    if (!measured.jobs.contains(panel.job)) {
         std::fprintf(stderr, "charts: %s was not measured\n", panel.job);
         return false;
     }
-    Svg drawing(340, 400);
+    Svg drawing(340, 420);
     drawing.title(panel.title);
-    draw_panel(drawing, panel, job->second, {75, 70}, {250, 270});
+    draw_panel(drawing, panel, measured, {75, 90}, {238, 270});
     std::ofstream out(folder + "/speed-" + panel.file + ".svg");
     out << drawing.content();
     return out.good();
@@ -124,7 +146,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: charts MEASURED FOLDER\n");
         return 2;
     }
-    const auto jobs = read_measured(argv[1]);
+    const Measured measured = read_measured(argv[1]);
     const std::string folder = argv[2];
     const Panel panels[] = {{"wave", "border.no_event", "A wave, nothing meets", "points"},
                             {"wave-inwards", "border.many_events", "A wave far inwards", "points"},
@@ -132,6 +154,6 @@ int main(int argc, char** argv)
                             {"rays", "ray.thousand_queries", "1,000 rays, all hits", "triangles"},
                             {"transform", "array.transform", "Points through a matrix", "points"},
                             {"mix", "array.mix", "Mixing two arrays", "points"}};
-    const bool drawn = std::ranges::all_of(panels, [&](const Panel& panel) { return draw(jobs, folder, panel); });
+    const bool drawn = std::ranges::all_of(panels, [&](const Panel& panel) { return draw(measured, folder, panel); });
     return drawn ? 0 : 1;
 }
