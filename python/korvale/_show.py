@@ -58,7 +58,7 @@ def _is_upright(ring: Doubles) -> bool:
 
 def _where(invalid: Polygon) -> str:
     """The place at which Shapely finds a polygon invalid."""
-    from shapely.validation import explain_validity
+    from shapely.validation import explain_validity  # type: ignore[import]
 
     text: str = explain_validity(invalid)  # such as "Ring Self-intersection[1 2]"
     return f"at ({', '.join(text.partition('[')[2].rstrip(']').split())})"
