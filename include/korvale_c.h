@@ -341,7 +341,8 @@ typedef struct korvale_band_options {
 
     /// The side from which right is right. Without it the line has to be planar, and is seen from the side that is up
     /// in z (in y or x where its plane is upright). With it the line may rise and fall: it is offset as seen along
-    /// `up`, and each point of the border is as high as its point of the line.
+    /// `up`, and each point of the border is as high as its point of the line. Parts above each other are near each
+    /// other as seen from there, so a ramp of more than one turn has no inner side: lay it turn by turn.
     double up[3];
 
     double miter_limit;        ///< no point of the border is farther from the line than this times the distance

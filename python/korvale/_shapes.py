@@ -368,7 +368,8 @@ def band(
     both_sides: from the border on one side to that on the other, 2 * distance apart, instead of to the line itself.
     up: the direction (3,) from which right is right. Without it the line has to be planar, and is seen from the side
         that is up in z (in y or x where its plane is upright). With it the line may rise and fall: each point of the
-        border is as high as its point of the line.
+        border is as high as its point of the line. Parts above each other are near each other as seen from there, so a
+        ramp of more than one turn has no inner side: lay it turn by turn, see limit 45 of docs/limits.md.
     closed: the last point joins the first; the band is a ring with two outlines, `border` and `other_side`. Where it is
         not given, rings and polygons of Shapely and paths of matplotlib with a mark that closes them are closed, and
         all other lines open.

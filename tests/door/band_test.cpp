@@ -405,6 +405,35 @@ TEST(DoorBand, AClosedLineMayRise)
     expect_near({ring.outline.begin(), ring.outline.begin() + 12}, {-1, -1, 0, 5, -1, 1, 5, 5, 5, -1, 5, 2});
 }
 
+TEST(DoorBand, OfARampHasAnInnerSideTurnByTurn)
+{
+    // Two turns to the left, of radius 10, in 23.5 corners each: those of one lie beside the edges of the other.
+    Numbers ramp;
+    constexpr double kCorner = 3.141592653589793 / 11.75;
+    for (int i = 0; i < 48; ++i)
+        ramp.insert(ramp.end(), {10 * std::cos(kCorner * i), 10 * std::sin(kCorner * i), 0.25 * i});
+    korvale_band_options options = options_of();
+    options.has_up = 1;
+    options.up[2] = 1;
+    EXPECT_THAT(laid(ramp, -2, options).narrowed, Each(1));
+    const double inner = 10 - 2 / std::cos(kCorner / 2); // a chord moves by 2
+    for (const std::ptrdiff_t first : {0, 16, 32}) {
+        const std::ptrdiff_t before = first > 0 ? 1 : 0, after = first < 32 ? 1 : 0;
+        const Laid piece =
+            laid({ramp.begin() + 3 * (first - before), ramp.begin() + 3 * (first + 16 + after)}, -2, options);
+        for (std::ptrdiff_t i = first; i < first + 16; ++i) {
+            const auto at = static_cast<size_t>(i - first + before);
+            if (i > 0 && i < 47) { // the ends are square to their edges
+                EXPECT_LT(piece.away(at, inner * std::cos(kCorner * static_cast<double>(i)),
+                                     inner * std::sin(kCorner * static_cast<double>(i))),
+                          1e-9);
+            }
+            EXPECT_EQ(piece.outline[3 * at + 2], 0.25 * static_cast<double>(i));
+            EXPECT_EQ(piece.narrowed[at], 0);
+        }
+    }
+}
+
 TEST(DoorBand, HeightsMayBeInAnotherUnit)
 {
     constexpr double m = 0x1p-17; // about a metre in degrees

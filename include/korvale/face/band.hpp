@@ -14,7 +14,8 @@ struct BandOptions {
 
     /// The side from which right is right. Without it the line has to be planar, and is seen from the side that is up
     /// in z (in y or x where its plane is upright). With it the line may rise and fall: it is offset as seen along
-    /// `up`, and each point of the border is as high as its point of the line.
+    /// `up`, and each point of the border is as high as its point of the line. Parts above each other are near each
+    /// other as seen from there, so a ramp of more than one turn has no inner side: lay it turn by turn.
     std::optional<Point> up = {};
 
     bool closed = false;      ///< the last point joins the first (do not repeat it): the band is a ring, two outlines
