@@ -167,6 +167,23 @@ Svg offset_rings()
     return figure.svg;
 }
 
+Svg carry()
+{
+    Figure figure("carry: what belongs to a point goes along to the points of its join, here colours", 150,
+                  {-1.4, -1.2}, {9.4, 4.2});
+    const Line gable = {{0, 0, 0}, {8, 0, 0}, {8, 2, 0}, {4, 3, 0}, {0, 2, 0}};
+    const std::vector<Colour> colours = {kBlue, kOrange, kGreen, kRed, kInk};
+    const korvale::Offset border = korvale::offset(gable, 1, {.join = korvale::Join::round, .tolerance = 0.02});
+    const korvale::Carried<Colour> carried = korvale::carry(colours, border);
+    figure.svg.fill({figure.view(plan(gable))}, kFaint);
+    figure.outline(border.points, kInk, 0.8);
+    for (size_t i = 0; i < gable.size(); i++)
+        figure.dots(Line{gable[i]}, 5, colours[i]);
+    for (size_t i = 0; i < carried.size(); i++)
+        figure.dots(Line{border.points[i]}, 3, carried[i]);
+    return figure.svg;
+}
+
 const Line kRoad = {{0, 0, 0}, {2, 2.4, 0}, {5, 2.6, 0}, {6.5, 0.4, 0}, {9, 0.2, 0}, {11, 2.2, 0}};
 
 Svg band()
@@ -454,6 +471,7 @@ void write_figures(const std::filesystem::path& folder)
         {"offset", offset},
         {"offset_many", offset_many},
         {"offset_rings", offset_rings},
+        {"carry", carry},
         {"band", band},
         {"thin", thin},
         {"flatten", flatten},

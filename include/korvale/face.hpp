@@ -10,6 +10,7 @@
 /// |---|---|
 /// | offset an outline, with or without holes | `offset`, `Offsetter` |
 /// | lay a band along a line | `band` |
+/// | take values of points along | `carry` |
 /// | make solids | `bevel`, `tube`, `triangulate` |
 /// | flatten an outline, place sections along a path | `flatten`, `frames` |
 /// | scatter points on triangles | `scatter` |
@@ -26,6 +27,7 @@
 #endif
 
 #include "face/band.hpp"
+#include "face/carry.hpp"
 #include "face/equations.hpp"
 #include "face/frames.hpp"
 #include "face/mesh.hpp"

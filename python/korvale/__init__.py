@@ -4,6 +4,7 @@
 |---|---|
 | offset an outline, with or without holes, in any plane; many at once | `offset`, `offset_many` |
 | lay a band along a line, leave points of a line out | `band`, `thin` |
+| take values of points along to borders, rings and bands | `carry` |
 | make solids, cut shapes into triangles | `bevel`, `tube`, `triangulate` |
 | lay an outline flat, place sections along a path | `flatten`, `frames` |
 | take shapes from a text or from other packages | `shapes`, `outlines` |
@@ -46,6 +47,7 @@ which then take turns, but one for each is quicker; a `RayGrid` serves all at on
 
 from . import raw
 from ._arrays import bounds, gauss, join, mix, mix4, random, reverse, seed
+from ._carry import carry
 from ._equations import Equations, evaluate
 from ._errors import EquationError, Error
 from ._korvale import Band, Mesh, Offset
@@ -66,8 +68,8 @@ from ._version import __version__
 __all__ = [
     "Band", "Borders", "Cast", "EquationError", "Equations", "Error", "Flattening", "Mesh", "Offset", "Offsets",
     "RayGrid", "RayHit", "Relaxation", "Relaxer", "Rings", "Scattered", "Srt", "Transform", "__version__", "angle",
-    "band", "bevel", "binomial", "bounds", "boxes_meet", "cross", "determinant", "dot", "evaluate", "factorial",
-    "flatten", "frame_both_ways", "frames", "from_srt", "gauss", "into_frame", "inverse_from_srt", "join",
+    "band", "bevel", "binomial", "bounds", "boxes_meet", "carry", "cross", "determinant", "dot", "evaluate",
+    "factorial", "flatten", "frame_both_ways", "frames", "from_srt", "gauss", "into_frame", "inverse_from_srt", "join",
     "line_through", "lines_meet", "mix", "mix4", "multiply", "norm", "normalize", "normalize_lines", "offset",
     "offset_many", "outlines", "power", "random", "raw", "reverse", "rotation", "rotation_in_degrees", "scaling",
     "scatter", "seed", "shapes", "solve", "take_apart", "thin", "transform_points", "transform_vectors",

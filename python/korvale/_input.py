@@ -135,6 +135,15 @@ def _given(value: Any, function: str, argument: str, must: str) -> Numbers:
         raise refuse(function, argument, must, "its rows differ in length or are no numbers") from None
 
 
+def rows(value: Any, function: str, argument: str) -> Numbers:
+    """An array of whatever kind with a row for each of something."""
+    must = "be an array, (N, ...)"
+    given = _given(value, function, argument, must)
+    if given.ndim == 0:
+        raise refuse(function, argument, must, f"it is {_shown(value)}")
+    return given
+
+
 def array(value: Any, function: str, argument: str, must: str) -> Numbers:
     """Numbers as an array of doubles, without a copy where they are that already."""
     given = _given(value, function, argument, must)

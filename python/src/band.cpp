@@ -46,6 +46,16 @@ py::array narrowed_of(py::object self)
     return truths_of(narrowed.data(), narrowed.size(), self);
 }
 
+py::array sources_of(const LaidBand& band)
+{
+    const std::size_t n = band.outline.size() / 2;
+    py::array_t<std::int32_t> sources(static_cast<py::ssize_t>(2 * n));
+    std::int32_t* const to = sources.mutable_data();
+    for (std::size_t i = 0; i < n; ++i)
+        to[i] = to[2 * n - 1 - i] = static_cast<std::int32_t>(i);
+    return sources;
+}
+
 py::array other_side_of(py::object self)
 {
     Points& outline = self.cast<LaidBand&>().outline;
@@ -168,6 +178,8 @@ void bind_band(py::module_& m)
                                "bool, one for each point of the line: it gave way in part, as another part of the line "
                                "is nearer than the distance, or its corner is sharper than the miter limit and ends "
                                "there.")
+        .def_property_readonly("sources", &sources_of,
+                               "int32, one for each point of the outline: the point of the line that it belongs to.")
         .def_property_readonly("other_side", &other_side_of,
                                "float64 (N, 3): the rest of the outline, the line or its other border, backwards.")
         .def_readonly("collapsed", &LaidBand::collapsed,

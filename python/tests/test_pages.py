@@ -84,6 +84,9 @@ class PagesTest(unittest.TestCase):
     def test_the_page_for_those_who_come_from_elsewhere(self):
         self.run_page("docs/python-from.md")
 
+    def test_the_page_on_which_point_is_which(self):
+        self.run_page("docs/correspondence.md")
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -1,6 +1,6 @@
 """How typed programs use korvale, for mypy; test_types.py has it checked."""
 
-from typing import Literal, assert_type
+from typing import Any, Literal, assert_type
 
 import numpy as np
 from numpy.typing import NDArray
@@ -33,6 +33,8 @@ assert_type(korvale.offset(border.points, 1, pieces=True).births, NDArray[np.flo
 assert_type(korvale.offset(square, 1, pieces=False), korvale.Offset)
 assert_type(korvale.offset(square, 1, join="round", tolerance=0.1).sources, NDArray[np.int32])
 assert_type(korvale.offset(square, 1, pieces=True, join=["bevel", "miter", "miter", "round"]), korvale.Rings)
+assert_type(korvale.carry([1, 2, 3, 4], border), NDArray[Any])
+assert_type(korvale.carry(border.points, korvale.offset([square], 1)), list[NDArray[Any]])
 assert_type(korvale.thin(square, 1), NDArray[np.int64])
 assert_type(korvale.scatter((border.points, [(0, 1, 2)]), 5, seed=1).triangles, NDArray[np.int32])
 wave = korvale.Equations("y x")

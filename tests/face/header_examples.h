@@ -21,6 +21,18 @@ struct Given {
                             corners, vertex_normals, starts, is_pinned, eye, point, direction] = given;                \
     [[maybe_unused]] korvale::Equations equations;
 
+struct Colour {
+    float r, g, b;
+};
+inline std::vector<Colour> colours_of(const std::vector<korvale::Point>& points)
+{
+    return std::vector<Colour>(points.size());
+}
+inline std::vector<double> heat_of(const std::vector<korvale::Point>& points)
+{
+    return std::vector<double>(points.size());
+}
+
 template <class... T>
 void draw(const T&...)
 {
