@@ -371,9 +371,9 @@ typedef struct korvale_band_result {
 /// than the miter limit has its point at the limit, on the bisector: towards it the border comes nearer to the line,
 /// the more the sharper the corner is. Where the line goes back and forth within a distance, as a track does that stood
 /// still, the border passes by as if it were a point there, the mean: all points of such a knot share a place, seen
-/// along the normal; with `up` each keeps the height of its point. Everything else is as wide as asked for.
-/// A side of a closed line on which no part has a border at the distance, as inside a ring that is tighter, gives way
-/// to the one place that is farthest from the line.
+/// along the normal; with `up` each keeps the height of its point. So a border ends beside the mean of a knot in which
+/// its line ends. Everything else is as wide as asked for. A side of a closed line on which no part has a border at the
+/// distance, as inside a ring that is tighter, gives way to the one place that is farthest from the line.
 ///
 /// No random number is drawn, and lines may have any size, as outlines of `korvale_offset`. A line at a single place
 /// has no sides: its band stays there and is collapsed. Where the distance is below the rounding of the coordinates,

@@ -382,12 +382,13 @@ def band(
     border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin,
     the border keeps halfway between them; `narrowed` names these. Where the line goes back and forth within a distance,
     as a track does that stood still, the border passes by as if it were a point there: all points of such a knot share
-    a place, seen along `up`, and keep their heights. Beside a knot whose points deviate by up to a tenth of the
-    distance the band is right to some hundredths of it, by three tenths to some tenths; noise of more than that makes
-    borders that cross themselves: `thin` the track first. `crossing` tells where the outline meets itself after all, as
-    it does halfway between legs of a hairpin that are nearer to each other than two distances, and where the distance
-    is below the rounding of the coordinates. Inside a closed line that is tighter than
-    the distance the border gives way to one place. A band that is `collapsed` has no border at this distance anywhere.
+    a place, seen along `up`, and keep their heights. So a border ends beside the middle of a knot in which its line
+    ends. Beside a knot whose points deviate by up to a tenth of the distance the band is right to some hundredths of
+    it, by three tenths to some tenths; noise of more than that makes borders that cross themselves: `thin` the track
+    first. `crossing` tells where the outline meets itself after all, as it does halfway between legs of a hairpin that
+    are nearer to each other than two distances, and where the distance is below the rounding of the coordinates. Inside
+    a closed line that is tighter than the distance the border gives way to one place. A band that is `collapsed` has no
+    border at this distance anywhere.
 
     >>> road = korvale.band([(0, 0), (10, 0), (10, 10)], 1, both_sides=True)
     >>> road.outline[:3, :2]

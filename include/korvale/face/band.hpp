@@ -106,12 +106,12 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 /// border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin,
 /// the border keeps halfway between them; `narrowed` names the points, and those of corners sharper than
 /// `options.miter_limit`, which end at it: towards them the border comes nearer to the line, the more the sharper the
-/// corner is. Inside a closed line that is tighter than the
-/// distance the border gives way to one place; `collapsed` tells where that is all there is. Where the line
-/// goes back and forth within a distance, as a track does that stood still, the border passes by as if it were a point
-/// there: all points of such a knot share a place, seen along `up`, and keep their heights. `crossing` tells where the
-/// outline meets itself after all, as it does where the line crosses itself, and halfway between legs of a hairpin that
-/// are nearer to each other than two distances.
+/// corner is. Inside a closed line that is tighter than the distance the border gives way to one place; `collapsed`
+/// tells where that is all there is. Where the line goes back and forth within a distance, as a track does that stood
+/// still, the border passes by as if it were a point there: all points of such a knot share a place, seen along `up`,
+/// and keep their heights. So a border ends beside the middle of a knot in which its line ends. `crossing` tells where
+/// the outline meets itself after all, as it does where the line crosses itself, and halfway between legs of a hairpin
+/// that are nearer to each other than two distances.
 ///
 /// Straight lines, ends that point any way, doubled points and jitter are no harm; a line that rises and falls needs
 /// `options.up`. No random number is drawn, and lines may have any size, as outlines of `offset`. Where the distance is
