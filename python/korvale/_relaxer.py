@@ -42,6 +42,10 @@ class Relaxer:
     Weights are not comparable: lengths and angles are sums over many small deviations, volume and area are one large
     number squared.
 
+    It measures in the units of its points: edges shorter than 1e-06 exert no force, nor do an area and a volume that
+    are off by less than 1e-06. Multiply a mesh that measures less than about 1 by a power of two, and divide what comes
+    back.
+
     >>> square = numpy.array([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], float)
     >>> relaxer = korvale.Relaxer(square, [(0, 1, 2), (0, 2, 3)])
     >>> relaxer.keep("lengths").hold([0])

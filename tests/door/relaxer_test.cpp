@@ -79,6 +79,63 @@ TEST(Relaxer, StepsAsTheRecordDoes)
     EXPECT_LT(energy, 0.1);
 }
 
+struct Weighed {
+    int32_t measure;
+    double weight;
+};
+
+/// What a run of 20 steps makes of a tetrahedron that is `unit` large and whose last corner is a quarter too far.
+struct Relaxed {
+    Relaxed(double unit, const std::vector<Weighed>& kept)
+    {
+        const std::vector<int32_t> triangles = {0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3};
+        for (const double number : {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1})
+            points.push_back(unit * number);
+        const korvale_faces faces = {points_of(points), {}, indices_of(triangles)};
+        korvale_relaxer* relaxer = nullptr;
+        EXPECT_EQ(korvale_relaxer_new(&faces, nullptr, &relaxer, nullptr), KORVALE_OK);
+        for (const auto [measure, weight] : kept)
+            EXPECT_EQ(korvale_relaxer_keep(relaxer, measure, weight, nullptr), KORVALE_OK);
+        points.back() = 1.25 * unit;
+        const korvale_points_out moving = points_to(points);
+        korvale_run_options options;
+        korvale_run_defaults(&options, sizeof options);
+        options.steps = 20;
+        EXPECT_EQ(korvale_relaxer_run(relaxer, &moving, &options, &came_to, nullptr), KORVALE_OK);
+        korvale_relaxer_free(relaxer);
+        for (double& number : points)
+            number /= unit;
+    }
+
+    std::vector<double> points; ///< in units
+    korvale_relaxation came_to = {};
+};
+
+TEST(Relaxer, WeightsThatFollowTheUnitScaleTheRunToTheBit)
+{
+    const auto kept = [](double s) {
+        return std::vector<Weighed>{{KORVALE_LENGTHS, 0.1 / s},
+                                    {KORVALE_ANGLES, 0.1 * s},
+                                    {KORVALE_AREA, 0.1 / (s * s * s)},
+                                    {KORVALE_VOLUME, 0.1 / (s * s * s * s * s)}};
+    };
+    const Relaxed plain(1, kept(1));
+    EXPECT_EQ(plain.came_to.steps, 20);
+    EXPECT_LT(plain.points.back(), 1.15);
+    for (const double unit : {0x1p-3, 0x1p4, 0x1p20}) {
+        const Relaxed scaled(unit, kept(unit));
+        EXPECT_EQ(scaled.points, plain.points) << unit;
+        EXPECT_EQ(scaled.came_to.energy, unit * plain.came_to.energy) << unit;
+    }
+    // What differs by less than 1e-06 in volume or area, and what is shorter, exerts no force.
+    for (const auto measure : {KORVALE_LENGTHS, KORVALE_AREA, KORVALE_VOLUME}) {
+        const double unit = measure == KORVALE_LENGTHS ? 0x1p-21 : measure == KORVALE_AREA ? 0x1p-10 : 0x1p-6;
+        const Relaxed small(unit, {{measure, 1}});
+        EXPECT_EQ(small.came_to.stop, KORVALE_RUN_NO_FORCE) << measure;
+        EXPECT_EQ(small.points, (std::vector<double>{0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1.25})) << measure;
+    }
+}
+
 TEST(Relaxer, MovesFloatsOfAHostWhereTheyAre)
 {
     struct Vertex {

@@ -61,6 +61,10 @@ struct Relaxation {
 /// Weights are not comparable: lengths and angles are sums over many small deviations, volume and area are one large
 /// number squared, and the energy is also the length of the first trial of a step. See docs/preserve.md.
 ///
+/// It measures in the units of its points: edges shorter than 1e-06 exert no force, nor do an area and a volume that
+/// are off by less than 1e-06. Multiply a mesh that measures less than about 1 by a power of two, and divide what comes
+/// back.
+///
 /// The relaxer keeps a copy of the mesh. One relaxer belongs to one thread at a time.
 class Relaxer {
 public:
