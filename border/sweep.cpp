@@ -40,6 +40,48 @@ void tell_of_piece(Wavefront& w, int32_t vertex, int32_t first)
     s.drop({s.remaining, w.id[vertex], w.at.x[vertex], w.at.y[vertex], count, w.list}, s.receiver);
 }
 
+/// Tells of the next stop. The live vertices are written `time` ahead of where they are; the sweep does not read that.
+void tell_of_stop(Wavefront& w, double time)
+{
+    Sweep& s = w.s();
+    for (int32_t i = 0; i < w.live; ++i)
+        if (!w.gone[i]) {
+            double* const place = s.flat + 3 * int64_t{w.id[i]};
+            place[0] = time == 0.0 ? w.at.x[i] : w.at.x[i] + time * w.velocity.x[i];
+            place[1] = time == 0.0 ? w.at.y[i] : w.at.y[i] + time * w.velocity.y[i];
+        }
+    s.pass(s.passed++, s.receiver);
+}
+
+/// Tells of the stops that have been reached.
+void tell_of_reached(Wavefront& w)
+{
+    Sweep& s = w.s();
+    while (s.passed < s.stop_count && s.stops[s.passed] == 0.0)
+        tell_of_stop(w, 0.0);
+}
+
+/// Tells of the stops that come before the event.
+///
+/// A sweep of less than the whole distance differs from this one in nothing before it ends: an event within a distance
+/// is the same for all farther ones, and what else a round does is the same for all. Only the search for meetings looks
+/// as far ahead as there is to go, so which vertices it sees that have missed an edge may differ.
+void tell_of_stops_before(Wavefront& w, const Event& event)
+{
+    Sweep& s = w.s();
+    while (s.passed < s.stop_count && std::fabs(event.time) > std::fabs(s.stops[s.passed])) {
+        const double time = std::exchange(s.stops[s.passed], 0.0);
+        tell_of_stop(w, time);
+    }
+}
+
+/// Tells of the stops that are left where the sweep has ended, unless it has been stopped.
+void tell_of_rest(Sweep& s)
+{
+    while (s.passed < s.stop_count && !s.is_stopped)
+        s.pass(s.passed++, s.receiver);
+}
+
 void sweep_wavefront(Wavefront& w, MeetingSearch& search)
 {
     Sweep& s = w.s();
@@ -47,6 +89,7 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
     int64_t looked_at = 0;
     Round round;
     for (int64_t rounds = 0; rounds < most_rounds(s.n) && s.remaining != 0.0; ++rounds) {
+        tell_of_reached(w);
         looked_at += w.live;
         if (looked_at >= kVerticesPerQuestion) {
             looked_at = 0;
@@ -71,12 +114,15 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
             event = earlier_split_event(search, w, round.drift, event);
         if (s.is_stopped)
             return;
+        tell_of_stops_before(w, event);
         if (std::fabs(event.time) > std::fabs(s.remaining)) {
             move_vertices(w, s.remaining); // nothing more happens on the way
             s.remaining = 0.0;
             return;
         }
         s.remaining -= event.time;
+        for (int32_t k = s.passed; k < s.stop_count; ++k)
+            s.stops[k] -= event.time;
         if (event.vertex < 0) {
             if (s.keep_whole && w.live - count_collapsing(w, event.time) < kLeast) {
                 end_at_ridge(w, event.time);
@@ -118,6 +164,7 @@ bool run_sweep(Sweep& s)
     if (s.remaining == 0.0) {
         for (int64_t k = 2; k < 3 * int64_t{s.n}; k += 3)
             s.direction[k] = s.velocity[k] = 0.0;
+        tell_of_rest(s);
         return true;
     }
     const int64_t of_wavefront = Wavefront::doubles_for(s);
@@ -128,6 +175,7 @@ bool run_sweep(Sweep& s)
     MeetingSearch search(s, room.get() + of_wavefront);
     sweep_wavefront(w, search);
     hand_back(w);
+    tell_of_rest(s);
     return true;
 }
 

@@ -95,37 +95,44 @@ Vector<Place> live_places(const border::Sweep& s)
 }
 
 /// A sweep of n vertices in these arrays.
-border::Sweep sweep_in(Block<double>& numbers, Block<uint8_t>& dead, Block<int32_t>& merge, size_t n)
+border::Sweep sweep_in(SweepArrays& arrays, size_t n)
 {
-    numbers.make_room(14 * n);
-    dead.make_room(n);
-    merge.make_room(n);
+    arrays.numbers.make_room(14 * n);
+    arrays.dead.make_room(n);
+    arrays.merge.make_room(n);
     border::Sweep s = {};
     s.n = static_cast<int32_t>(n);
-    s.flat = numbers.data();
+    s.flat = arrays.numbers.data();
     s.direction = s.flat + 3 * n;
     s.velocity = s.direction + 3 * n;
     s.line = s.velocity + 3 * n;
     s.length = s.line + 3 * n;
     s.rate = s.length + n;
-    s.dead = dead.data();
-    s.merge = merge.data();
+    s.dead = arrays.dead.data();
+    s.merge = arrays.merge.data();
     return s;
 }
 
-/// A ring before it is swept: where the vertices are in the plane, in the order of the outline.
-struct NewRing {
-    int32_t parent;
-    double birth;     ///< in the outline's own size
-    double remaining; ///< in that of the sweep
+/// Where the vertices of a ring are in the plane before it is swept, in the order of the outline, and the vertex of the
+/// outline that each belongs to.
+struct Start {
     Vector<Point> places;
     Vector<int32_t> sources;
 };
 
-/// The area that a ring goes round before it is swept.
-double area_of(const NewRing& ring)
+/// A ring before it is swept.
+struct NewRing {
+    int32_t parent;
+    double birth;        ///< in the outline's own size
+    double remaining;    ///< in that of the sweep
+    Start start;         ///< or nothing, where it is shared
+    int32_t shared = -1; ///< its number among rings that distances share, or -1
+};
+
+/// The area that a ring goes round before it is swept: of the outline itself no more than its sign.
+double area_before(const Start& ring, bool is_outline)
 {
-    if (ring.parent < 0)
+    if (is_outline)
         return kCounterClockwise;
     Vector<Place> places;
     for (const Point& p : ring.places)
@@ -170,13 +177,38 @@ struct Suspects {
     /// moved by `distance`. One that shrinks falls into parts that run as it does.
     bool are_sound(double before, double distance, const Telling& telling) const
     {
-        const bool grows = distance * before > 0.0;
         return is_sound(live_places(sweep), before, telling) &&
                std::ranges::all_of(pieces, [&](const Vector<Place>& piece) {
-                   return is_sound(piece, grows ? area_of(piece) : before, telling);
+                   return is_piece_sound(piece, before, distance, telling);
                });
     }
+
+    static bool is_piece_sound(const Vector<Place>& piece, double before, double distance, const Telling& telling)
+    {
+        const bool grows = distance * before > 0.0;
+        return is_sound(piece, grows ? area_of(piece) : before, telling);
+    }
 };
+
+/// A piece that a split has dropped of a ring whose vertices belong to these of the outline.
+Start start_of(const border::DroppedPiece& piece, const border::Sweep& sweep, const Vector<int32_t>& sources)
+{
+    Start start;
+    const auto n = static_cast<size_t>(piece.count) + 1;
+    start.places.reserve(n);
+    start.sources.reserve(n);
+    for_each_vertex(piece, sweep, [&](int32_t i, double x, double y) {
+        start.places.push_back({x, y, sweep.flat[3 * int64_t{i} + 2]});
+        start.sources.push_back(sources[static_cast<size_t>(i)]);
+    });
+    return start;
+}
+
+/// Whether a piece is more than an edge there and back.
+bool is_ring(const border::DroppedPiece& piece)
+{
+    return piece.count >= 2;
+}
 
 /// Keeps what splits drop of a ring that is being swept.
 struct Keeper {
@@ -193,18 +225,11 @@ struct Keeper {
     void keep(const border::DroppedPiece& piece)
     {
         suspects.see(piece);
-        if (piece.count < 2)
-            return; // an edge there and back
-        NewRing made = {number, distance - piece.remaining / scale, piece.remaining, {}, {}};
-        const auto n = static_cast<size_t>(piece.count) + 1;
-        made.places.reserve(n);
-        made.sources.reserve(n);
-        for_each_vertex(piece, sweep, [&](int32_t i, double x, double y) {
-            made.places.push_back({x, y, sweep.flat[3 * int64_t{i} + 2]});
-            made.sources.push_back(ring.sources[static_cast<size_t>(i)]);
-        });
-        rings.push_back(std::move(made));
-        waiting += n;
+        if (!is_ring(piece))
+            return;
+        rings.push_back(
+            {number, distance - piece.remaining / scale, piece.remaining, start_of(piece, sweep, ring.start.sources)});
+        waiting += rings.back().start.places.size();
     }
 };
 
@@ -251,6 +276,303 @@ Outline live_points(Outline border, const uint8_t* dead, size_t vertices, Point*
     return {room, live};
 }
 
+/// What has become of a ring.
+struct Swept {
+    Vector<Point> points;    ///< none where it has come to nothing
+    Vector<int32_t> sources; ///< the vertex of the outline that each belongs to
+    double end;
+    bool collapsed;
+};
+
+/// An outline with its joins, laid flat to be moved with all pieces.
+struct Laid {
+    Laid(Outline outline, const Motion& how, const Planes* lifted_in = nullptr)
+        : motion(how), start{Vector<Point>(outline.size()), {}}, flat(lay_flat(outline, how, start.places.data())),
+          lifting(lifted_in == nullptr ? flat.planes : lifted_in->scaled(flat.scale)),
+          joined(start.places, flat.scale * how.distance, how.joins), scale(joined.zoom() * flat.scale)
+    {
+        if (!joined.is_sharp()) {
+            start.places.resize(joined.size());
+            for (size_t i = 0; i < joined.size(); ++i)
+                start.places[i] = joined.place(i);
+        }
+        start.sources.resize(start.places.size());
+        std::iota(start.sources.begin(), start.sources.end(), 0);
+    }
+
+    /// What a sweep has made of a ring whose vertices belong to these. Joins that are left are settled in its arrays.
+    Swept finish(border::Sweep& s, const Vector<int32_t>& sources)
+    {
+        joined.settle(s, sources);
+        Swept swept = {{}, {}, motion.distance - s.remaining / scale, false};
+        const auto* const places = reinterpret_cast<const Point*>(s.flat);
+        for (size_t i = 0; i < sources.size(); ++i)
+            if (s.dead[i] == 0) {
+                swept.points.push_back(places[i]);
+                swept.sources.push_back(joined.corner(static_cast<size_t>(sources[i])));
+            }
+        const std::span<Point> live = swept.points;
+        scaled(live, 1.0 / joined.zoom(), live.data());
+        carry(flat.planes.from_plane, live, live.data());
+        lift(live, lifting, flat.scale * motion.height);
+        swept.collapsed = is_collapsed(live, motion, flat.area);
+        scaled(live, 1.0 / flat.scale, live.data());
+        if (swept.collapsed) {
+            swept.points.clear();
+            swept.sources.clear();
+        }
+        return swept;
+    }
+
+    Motion motion;
+    Start start;
+    Flattening flat;
+    Planes lifting;
+    JoinedOutline joined;
+    double scale; ///< from the outline's own size to that of the sweep
+};
+
+/// Whether distances can share a sweep: they lay the outline and its joins into the same places.
+bool lie_alike(const Laid& a, const Laid& b)
+{
+    const auto are_alike = [](const Point& p, const Point& q) { return p.x == q.x && p.y == q.y && p.z == q.z; };
+    if (a.scale != b.scale || a.flat.scale != b.flat.scale || a.joined.is_sharp() != b.joined.is_sharp())
+        return false;
+    if (a.joined.is_sharp())
+        return true;
+    if (a.joined.size() != b.joined.size())
+        return false;
+    for (size_t i = 0; i < a.joined.size(); ++i)
+        if (a.joined.corner(i) != b.joined.corner(i) || !are_alike(a.joined.place(i), b.joined.place(i)))
+            return false;
+    return true;
+}
+
+/// What a sweep that goes on has made of a ring for a shorter distance.
+struct Passed {
+    bool is_sure;    ///< a sweep of this distance alone makes the same of it
+    Swept swept;     ///< only where that is so
+    size_t children; ///< those of the ring that have been cut off by then
+};
+
+/// A ring that distances share: swept once for all of them.
+struct SharedRing {
+    Start start;
+    size_t first;                 ///< the least distance at which it is there
+    Vector<double> remaining;     ///< [distances from the first on] in the size of the sweep
+    Vector<size_t> children = {}; ///< the numbers of those cut from it, in their order
+    Vector<Passed> passed = {};   ///< [distances from the first on]
+};
+
+/// A sweep of one ring for several distances.
+struct SharedSweep {
+    border::Sweep& sweep;
+    SharedRing& ring;
+    double before;             ///< the area that the ring goes round before
+    std::span<Laid> distances; ///< from the first one of the ring on
+    Vector<SharedRing>& rings; ///< added to
+    size_t& waiting;           ///< vertices of rings that are not swept yet: added to
+    const Telling& telling;
+    Vector<double> left = ring.remaining; ///< of all distances but the farthest: kept by the sweep
+    Suspects suspects = {sweep};
+    bool are_pieces_sound = true;
+
+    static void drop(const border::DroppedPiece& piece, void* receiver)
+    {
+        static_cast<SharedSweep*>(receiver)->keep(piece);
+    }
+
+    static void pass(int32_t stop, void* receiver)
+    {
+        static_cast<SharedSweep*>(receiver)->look(static_cast<size_t>(stop));
+    }
+
+    /// Asks whether to go on where the sweep is.
+    Telling here() const
+    {
+        const double distance = ring.remaining.back();
+        return telling.part(distance == 0.0 ? 1.0 : 1.0 - sweep.remaining / distance, 0.0);
+    }
+
+    void keep(const border::DroppedPiece& piece)
+    {
+        suspects.see(piece);
+        const auto passed = static_cast<size_t>(sweep.passed);
+        if (are_pieces_sound && passed + 1 < distances.size()) {
+            Vector<Place> places;
+            for_each_vertex(piece, sweep, [&](int32_t, double x, double y) { places.push_back({x, y}); });
+            are_pieces_sound = suspects.is_piece_sound(places, before, ring.remaining.back(), here());
+        }
+        if (!is_ring(piece))
+            return;
+        SharedRing made = {start_of(piece, sweep, ring.start.sources), ring.first + passed,
+                           Vector<double>(left.begin() + static_cast<ptrdiff_t>(passed), left.end())};
+        made.remaining.back() = piece.remaining;
+        waiting += made.start.places.size();
+        ring.children.push_back(rings.size());
+        rings.push_back(std::move(made));
+    }
+
+    /// A sweep of this distance alone would look for meetings less far ahead, and so may have seen other vertices that
+    /// have missed an edge. Where what it leaves is sound that makes no difference.
+    void look(size_t stop)
+    {
+        const bool is_sure = !sweep.has_lost && are_pieces_sound && is_sound(live_places(sweep), before, here());
+        note(stop, is_sure, left[stop]);
+    }
+
+    void note(size_t number, bool is_sure, double remaining)
+    {
+        Passed& passed = ring.passed.emplace_back();
+        passed.is_sure = is_sure;
+        passed.children = ring.children.size();
+        if (!is_sure)
+            return;
+        Laid& laid = distances[number];
+        border::Sweep s = sweep;
+        s.remaining = remaining;
+        if (laid.joined.is_sharp()) {
+            passed.swept = laid.finish(s, ring.start.sources);
+            return;
+        }
+        Vector<double> flat(s.flat, s.flat + 3 * int64_t{s.n});
+        Vector<uint8_t> dead(s.dead, s.dead + s.n);
+        Vector<int32_t> merge(s.merge, s.merge + s.n);
+        s.flat = flat.data();
+        s.dead = dead.data();
+        s.merge = merge.data();
+        passed.swept = laid.finish(s, ring.start.sources);
+    }
+};
+
+void add(RingList& rings, const NewRing& ring, const Swept& swept)
+{
+    if (rings.starts.empty())
+        rings.starts.push_back(0);
+    rings.points.insert(rings.points.end(), swept.points.begin(), swept.points.end());
+    rings.sources.insert(rings.sources.end(), swept.sources.begin(), swept.sources.end());
+    rings.starts.push_back(static_cast<int64_t>(rings.points.size()));
+    rings.parents.push_back(ring.parent);
+    rings.births.push_back(ring.birth);
+    rings.ends.push_back(swept.end);
+    rings.collapsed.push_back(swept.collapsed);
+}
+
+/// Rings of one distance, each swept alone but for those that distances share.
+struct RingQueue {
+    Laid& laid;
+    const Telling& telling;
+    RingList& rings;
+    std::span<SharedRing> shared = {};
+    size_t distance = 0; ///< the number of this one among those that share rings
+    Vector<NewRing> all = {};
+    size_t waiting = 0; ///< vertices of rings that are not swept yet
+    double done = 0.0;
+
+    /// Adds a shared ring and its children. False where it has to be swept alone.
+    bool add_shared(NewRing& ring, int32_t number)
+    {
+        SharedRing& from = shared[static_cast<size_t>(ring.shared)];
+        const Passed& passed = from.passed[distance - from.first];
+        if (!passed.is_sure) {
+            ring.start = from.start;
+            waiting += ring.start.places.size();
+            return false;
+        }
+        add(rings, ring, passed.swept);
+        for (size_t c = 0; c < passed.children; ++c) {
+            const size_t child = from.children[c];
+            const double remaining = shared[child].remaining[distance - shared[child].first];
+            all.push_back(
+                {number, laid.motion.distance - remaining / laid.scale, remaining, {}, static_cast<int32_t>(child)});
+        }
+        return true;
+    }
+};
+
+/// Sweeps the rings of a queue, in the order in which they are cut off.
+void sweep_rings(SweepArrays& arrays, RingQueue& queue, const Trace* trace = nullptr)
+{
+    Laid& laid = queue.laid;
+    const Motion& motion = laid.motion;
+    double& done = queue.done;
+    for (size_t k = 0; k < queue.all.size(); ++k) {
+        NewRing ring = std::move(queue.all[k]);
+        const auto number = static_cast<int32_t>(k);
+        if (ring.shared >= 0 && queue.add_shared(ring, number))
+            continue;
+        const size_t vertices = ring.start.places.size();
+        border::Sweep s = sweep_in(arrays, vertices);
+        Keeper keeper = {s, ring, number, motion.distance, laid.scale, queue.all, queue.waiting};
+        const auto sweep = [&](const Telling& telling) {
+            std::ranges::copy(ring.start.places, reinterpret_cast<Point*>(s.flat));
+            s.remaining = ring.remaining;
+            s.split_events = motion.split;
+            s.drop = &Keeper::drop;
+            s.receiver = &keeper;
+            run(s, telling);
+        };
+        const double share = (1.0 - done) * static_cast<double>(vertices) / static_cast<double>(queue.waiting);
+        queue.waiting -= vertices;
+        const size_t known = queue.all.size(), known_waiting = queue.waiting;
+        sweep(queue.telling.part(done, share));
+        done += share;
+        const Telling at_end = queue.telling.part(std::min(done, 1.0), 0.0);
+        if (s.has_lost || (s.has_missed && !keeper.suspects.are_sound(area_before(ring.start, ring.parent < 0),
+                                                                      ring.remaining, at_end))) {
+            queue.all.resize(known);
+            queue.waiting = known_waiting;
+            s.catch_up = true;
+            sweep(at_end);
+        }
+        queue.telling.tell(std::min(done, 1.0));
+        add(queue.rings, ring, laid.finish(s, ring.start.sources));
+        if (trace != nullptr) {
+            laid.joined.follow(s, trace->removed, trace->merged_into);
+            return; // without the pieces
+        }
+    }
+}
+
+/// The rings that distances share, the farthest last.
+Vector<SharedRing> share_rings(SweepArrays& arrays, std::span<Laid> distances, const Telling& telling)
+{
+    Vector<SharedRing> rings;
+    double done = 0.0;
+    Laid& farthest = distances.back();
+    size_t waiting = farthest.start.places.size();
+    Vector<double> remaining;
+    for (const Laid& laid : distances)
+        remaining.push_back(laid.scale * laid.motion.distance);
+    rings.push_back({std::move(farthest.start), 0, std::move(remaining)});
+    for (size_t k = 0; k < rings.size(); ++k) {
+        SharedRing ring = std::move(rings[k]);
+        const size_t vertices = ring.start.places.size();
+        const double share = (1.0 - done) * static_cast<double>(vertices) / static_cast<double>(waiting);
+        const Telling now = telling.part(done, share);
+        waiting -= vertices;
+        border::Sweep s = sweep_in(arrays, vertices);
+        const double before = area_before(ring.start, k == 0);
+        SharedSweep shared = {s, ring, before, distances.subspan(ring.first), rings, waiting, now};
+        std::ranges::copy(ring.start.places, reinterpret_cast<Point*>(s.flat));
+        s.remaining = ring.remaining.back();
+        s.split_events = farthest.motion.split;
+        s.stops = shared.left.data();
+        s.stop_count = static_cast<int32_t>(ring.remaining.size()) - 1;
+        s.drop = &SharedSweep::drop;
+        s.pass = &SharedSweep::pass;
+        s.receiver = &shared;
+        run(s, now);
+        done = std::min(done + share, 1.0);
+        const bool is_missing =
+            s.has_missed && !shared.suspects.are_sound(before, ring.remaining.back(), telling.part(done, 0.0));
+        shared.note(ring.remaining.size() - 1, !s.has_lost && !is_missing, s.remaining);
+        telling.tell(done);
+        rings[k] = std::move(ring);
+    }
+    return rings;
+}
+
 } // namespace
 
 Motion motion_of(double distance, const korvale_offset_options& options)
@@ -260,10 +582,21 @@ Motion motion_of(double distance, const korvale_offset_options& options)
     return {distance, options.height, options.keep_vertices != 0, options.split != 0, {options.progress, options.user}};
 }
 
+NumbersIn distances_in(const korvale_numbers* distances)
+{
+    NumbersIn numbers(distances, "distances");
+    if (numbers.width() != 1)
+        throw Refusal("distances", "have a width of 1", Text() << "it is " << numbers.width());
+    for (int64_t i = 0; i < numbers.size(); ++i)
+        if (const double distance = numbers.data()[i]; !is_finite(distance))
+            throw Refusal("distances", "be finite", Text() << "number " << i << " is " << distance);
+    return numbers;
+}
+
 void Sweep::move(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in)
 {
     const size_t n = outline.size();
-    border::Sweep s = sweep_in(numbers_, dead_, merge_, n);
+    border::Sweep s = sweep_in(arrays_, n);
     auto* const places = reinterpret_cast<Point*>(s.flat);
     Flattening flat = lay_flat(outline, motion, places);
     const double scale = flat.scale;
@@ -345,77 +678,58 @@ void Sweep::move_joined(Outline outline, const Motion& motion, Border& border, c
 
 void Sweep::move(Outline outline, const Motion& motion, RingList& rings, const Planes* lifted_in, const Trace* trace)
 {
-    const size_t n = outline.size();
-    Vector<NewRing> all(1);
-    all[0] = {-1, 0.0, 0.0, Vector<Point>(n), {}};
-    Flattening flat = lay_flat(outline, motion, all[0].places.data());
-    const double scale = flat.scale;
-    Planes lifting = lifted_in == nullptr ? flat.planes : lifted_in->scaled(scale);
-    const JoinedOutline joined(all[0].places, scale * motion.distance, motion.joins);
-    if (!joined.is_sharp()) {
-        all[0].places.resize(joined.size());
-        for (size_t i = 0; i < joined.size(); ++i)
-            all[0].places[i] = joined.place(i);
-    }
-    all[0].remaining = joined.zoom() * scale * motion.distance;
-    all[0].sources.resize(all[0].places.size());
-    std::iota(all[0].sources.begin(), all[0].sources.end(), 0);
+    Laid laid(outline, motion, lifted_in);
+    RingQueue queue = {laid, motion.telling, rings};
+    queue.waiting = laid.start.places.size();
+    queue.all.push_back({-1, 0.0, laid.scale * motion.distance, std::move(laid.start)});
+    sweep_rings(arrays_, queue, trace);
+}
 
-    double done = 0.0;
-    size_t waiting = all[0].places.size();
-    rings.starts.push_back(0);
-    for (size_t k = 0; k < all.size(); ++k) {
-        const NewRing ring = std::move(all[k]);
-        const size_t vertices = ring.places.size();
-        border::Sweep s = sweep_in(numbers_, dead_, merge_, vertices);
-        Keeper keeper = {s, ring, static_cast<int32_t>(k), motion.distance, joined.zoom() * scale, all, waiting};
-        const auto sweep = [&](const Telling& telling) {
-            std::ranges::copy(ring.places, reinterpret_cast<Point*>(s.flat));
-            s.remaining = ring.remaining;
-            s.split_events = motion.split;
-            s.drop = &Keeper::drop;
-            s.receiver = &keeper;
-            run(s, telling);
-        };
-        const double share = (1.0 - done) * static_cast<double>(vertices) / static_cast<double>(waiting);
-        waiting -= vertices;
-        const size_t known = all.size(), known_waiting = waiting;
-        sweep(motion.telling.part(done, share));
-        done += share;
-        const Telling at_end = motion.telling.part(std::min(done, 1.0), 0.0);
-        if (s.has_lost || (s.has_missed && !keeper.suspects.are_sound(area_of(ring), ring.remaining, at_end))) {
-            all.resize(known);
-            waiting = known_waiting;
-            s.catch_up = true;
-            sweep(at_end);
+void Sweep::move(Outline outline, const Motion& motion, std::span<const double> distances, std::span<RingList> rings)
+{
+    Vector<size_t> order(distances.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::ranges::sort(order, [&](size_t a, size_t b) {
+        const double p = distances[a], q = distances[b];
+        return (p > 0.0) != (q > 0.0) ? q > 0.0 : std::fabs(p) < std::fabs(q);
+    });
+    const double share = 1.0 / static_cast<double>(distances.size());
+    const auto motion_by = [&](double distance) {
+        Motion moved = motion;
+        moved.distance = distance;
+        return moved;
+    };
+    for (size_t begin = order.size(), end = begin; begin > 0; end = begin) {
+        const double farthest = distances[order[--begin]];
+        Vector<Laid> alike; // the farthest first
+        alike.emplace_back(outline, motion_by(farthest));
+        for (; begin > 0; --begin) {
+            const double distance = distances[order[begin - 1]];
+            if (distance == 0.0 || (distance > 0.0) != (farthest > 0.0))
+                break;
+            Laid next(outline, motion_by(distance));
+            if (!lie_alike(alike[0], next))
+                break;
+            next.start = {};
+            alike.push_back(std::move(next));
         }
-        motion.telling.tell(std::min(done, 1.0));
-
-        joined.settle(s, ring.sources);
-        if (trace != nullptr)
-            joined.follow(s, trace->removed, trace->merged_into);
-        Vector<int32_t> sources;
-        for (size_t i = 0; i < vertices; ++i)
-            if (s.dead[i] == 0)
-                sources.push_back(joined.corner(static_cast<size_t>(ring.sources[i])));
-        const std::span<Point> live(reinterpret_cast<Point*>(s.flat),
-                                    static_cast<size_t>(border::pack_live_positions(s)));
-        scaled(live, 1.0 / joined.zoom(), live.data());
-        carry(flat.planes.from_plane, live, live.data());
-        lift(live, lifting, scale * motion.height);
-        const bool collapsed = is_collapsed(live, motion, flat.area);
-        scaled(live, 1.0 / scale, live.data());
-        if (!collapsed) {
-            rings.points.insert(rings.points.end(), live.begin(), live.end());
-            rings.sources.insert(rings.sources.end(), sources.begin(), sources.end());
+        std::ranges::reverse(alike);
+        const size_t count = end - begin;
+        const Telling telling =
+            motion.telling.part(share * static_cast<double>(order.size() - end), share * static_cast<double>(count));
+        if (count == 1) {
+            Motion alone = motion_by(farthest);
+            alone.telling = telling;
+            move(outline, alone, rings[order[begin]]);
+            continue;
         }
-        rings.starts.push_back(static_cast<int64_t>(rings.points.size()));
-        rings.parents.push_back(ring.parent);
-        rings.births.push_back(ring.birth);
-        rings.ends.push_back(motion.distance - s.remaining / (joined.zoom() * scale));
-        rings.collapsed.push_back(collapsed);
-        if (trace != nullptr)
-            return; // without the pieces
+        Vector<SharedRing> shared = share_rings(arrays_, alike, telling);
+        const Telling at_end = telling.part(1.0, 0.0);
+        for (size_t i = 0; i < count; ++i) {
+            RingQueue queue = {alike[i], at_end, rings[order[begin + i]], shared, i};
+            queue.all.push_back({-1, 0.0, shared[0].remaining[i], {}, 0});
+            sweep_rings(arrays_, queue);
+        }
     }
 }
 

@@ -39,16 +39,11 @@ constexpr size_t kVerticesPerQuestion = 1024;
 /// One distance for all outlines, or one for each.
 class Distances {
 public:
-    Distances(const korvale_numbers* distances, int64_t outlines) : values_(distances, "distances")
+    Distances(const korvale_numbers* distances, int64_t outlines) : values_(distances_in(distances))
     {
-        if (values_.width() != 1)
-            throw Refusal("distances", "have a width of 1", Text() << "it is " << values_.width());
         if (values_.size() != 1 && values_.size() != outlines)
             throw Refusal("distances", Text() << "have 1 value, or " << outlines << ", one for each outline",
                           Text() << "they have " << values_.size());
-        for (int64_t i = 0; i < values_.size(); ++i)
-            if (const double value = values_.data()[i]; !is_finite(value))
-                throw Refusal("distances", "be finite", Text() << "number " << i << " is " << value);
     }
 
     double operator[](size_t k) const { return values_.data()[values_.size() == 1 ? 0 : k]; }

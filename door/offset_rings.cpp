@@ -23,6 +23,28 @@ void fill(Block<T>& block, const Vector<T>& values)
     std::ranges::copy(values, block.data());
 }
 
+/// All rings in one list.
+RingList joined(std::span<const RingList> lists)
+{
+    RingList all;
+    const auto add = [](auto& to, const auto& from) { to.insert(to.end(), from.begin(), from.end()); };
+    all.starts.push_back(0);
+    for (const RingList& list : lists) {
+        const auto points = static_cast<int64_t>(all.points.size());
+        const auto rings = static_cast<int32_t>(all.parents.size());
+        for (size_t k = 1; k < list.starts.size(); ++k)
+            all.starts.push_back(points + list.starts[k]);
+        for (const int32_t parent : list.parents)
+            all.parents.push_back(parent < 0 ? -1 : rings + parent);
+        add(all.points, list.points);
+        add(all.sources, list.sources);
+        add(all.births, list.births);
+        add(all.ends, list.ends);
+        add(all.collapsed, list.collapsed);
+    }
+    return all;
+}
+
 void fill(korvale_rings& rings, const RingList& list)
 {
     fill(rings.points, list.points);
@@ -64,6 +86,27 @@ korvale_status korvale_offset_rings(const korvale_points* outline, double distan
         RingList list;
         Sweep().move(in.points(), motion, list);
         *rings = new_rings(list);
+    });
+}
+
+korvale_status korvale_offset_distances(const korvale_points* outline, const korvale_numbers* distances,
+                                        const korvale_offset_options* options, korvale_rings** rings,
+                                        korvale_error* error)
+{
+    if (rings != nullptr)
+        *rings = nullptr;
+    return answer(error, "korvale_offset_distances", [&] {
+        const PointsIn in(outline, "outline");
+        require_points(in, "outline", 3);
+        const NumbersIn each = distances_in(distances);
+        const korvale_offset_options how = options_of(options, korvale_offset_defaults);
+        const JoinsIn joins(how, in.size());
+        Motion motion = motion_of(0.0, how);
+        motion.joins = joins.joins();
+        require(rings, "rings");
+        Vector<RingList> lists(static_cast<size_t>(each.size()));
+        Sweep().move(in.points(), motion, {each.data(), lists.size()}, lists);
+        *rings = new_rings(joined(lists));
     });
 }
 

@@ -307,6 +307,18 @@ KORVALE_C_API korvale_status korvale_offset_rings(const korvale_points* outline,
                                                   const korvale_offset_options* options, korvale_rings** rings,
                                                   korvale_error* error);
 
+/// Moves an outline by each of `distances`, in any order and of either sign, as `korvale_offset_rings` does by that one
+/// alone, to the last bit. Makes the rings of all in `*rings`, null on failure: those of each distance one behind the
+/// other, in the order of the distances. Each distance begins with its ring 0, which has no parent: -1.
+///
+/// The outline is swept once to the farthest distance each way, and the others are passed on the way, so that all cost
+/// little more than the farthest. A ring is swept once more for those distances at which it crosses itself, or where
+/// rounding would lose a part. So is the outline for those for which corners are cut another way: round joins within a
+/// `tolerance` that is given have more points the farther they go.
+KORVALE_C_API korvale_status korvale_offset_distances(const korvale_points* outline, const korvale_numbers* distances,
+                                                      const korvale_offset_options* options, korvale_rings** rings,
+                                                      korvale_error* error);
+
 /// What there is of rings.
 typedef struct korvale_ring_arrays {
     double* points;     ///< [starts[rings]][3] of all rings, one behind the other; each in the order of the outline

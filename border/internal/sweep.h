@@ -43,7 +43,19 @@ struct Sweep {
 
     /// Told of every piece that is dropped; what it throws goes on to whoever runs the sweep. May be null.
     void (*drop)(const DroppedPiece& piece, void* receiver) = nullptr;
-    void* receiver = nullptr; ///< handed to `drop`
+
+    /// Shorter distances on the way, of the sign of `remaining`, the least first. Written: what is left of each, 0
+    /// unless the sweep has ended before. Only without `keep_whole` and `catch_up`.
+    double* stops = nullptr;
+    int32_t stop_count = 0;
+    int32_t passed = 0; ///< written: stops that `pass` has been told of
+
+    /// Told of each stop, the least first: until it returns `flat`, `dead`, `merge` and `has_lost` are what a sweep of
+    /// that distance alone would leave, and the pieces dropped so far those that it would drop. What it throws goes on
+    /// to whoever runs the sweep.
+    void (*pass)(int32_t stop, void* receiver) = nullptr;
+
+    void* receiver = nullptr; ///< handed to `drop` and `pass`
 
     /// Asked now and then whether to go on, with the distance that remains; false ends the sweep where it is. May be
     /// null.

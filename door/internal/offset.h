@@ -23,6 +23,9 @@ struct Motion {
 /// What is asked for, once it has been found sound.
 Motion motion_of(double distance, const korvale_offset_options& options);
 
+/// Distances, once they have been found sound.
+NumbersIn distances_in(const korvale_numbers* distances);
+
 /// Where a border is written: room for a point, a flag and a number per vertex of the outline.
 struct BorderOut {
     Point* points;
@@ -66,7 +69,14 @@ struct Trace {
     int32_t* merged_into;
 };
 
-/// The arrays that a sweep works in, kept from sweep to sweep.
+/// The arrays that a sweep works in.
+struct SweepArrays {
+    Block<double> numbers;
+    Block<uint8_t> dead;
+    Block<int32_t> merge;
+};
+
+/// Moves outlines in arrays that are kept from sweep to sweep.
 class Sweep {
 public:
     /// Moves an outline of 3 or more finite points. Where the heap is exhausted nothing is written. The output may be
@@ -81,15 +91,17 @@ public:
     void move(Outline outline, const Motion& motion, RingList& rings, const Planes* lifted_in = nullptr,
               const Trace* trace = nullptr);
 
+    /// The same for each of some distances, of which `motion` has none: every bit as if it were moved by that alone.
+    /// Where distances differ in nothing else the outline is swept once, and they are passed on the way.
+    void move(Outline outline, const Motion& motion, std::span<const double> distances, std::span<RingList> rings);
+
     /// Moves an outer outline and its holes, which shrink where it grows; all are lifted along its normal.
     void move(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders);
 
 private:
     void move_joined(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in);
 
-    Block<double> numbers_;
-    Block<uint8_t> dead_;
-    Block<int32_t> merge_;
+    SweepArrays arrays_;
 };
 
 } // namespace korvale::door

@@ -1,4 +1,5 @@
-// The pieces that sweeps drop, beside those of the documented steps, of which each is swept in its turn.
+// The pieces that sweeps drop, beside those of the documented steps, of which each is swept in its turn; and what
+// sweeps leave at their stops, beside sweeps that end there.
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -83,16 +84,116 @@ struct Gathered {
     }
 };
 
+/// What a sweep has left.
+struct Left {
+    double remaining;
+    std::vector<double> flat;
+    std::vector<uint8_t> dead;
+    std::vector<int32_t> merge;
+    bool has_lost;
+    size_t pieces; ///< dropped on the way
+};
+
+/// What a sweep leaves at its stops.
+struct Looks {
+    const border::Sweep& sweep;
+    std::vector<Left> left = {};
+    size_t pieces = 0;
+
+    static void drop(const border::DroppedPiece&, void* receiver) { ++static_cast<Looks*>(receiver)->pieces; }
+
+    static void pass(int32_t stop, void* receiver)
+    {
+        auto& self = *static_cast<Looks*>(receiver);
+        EXPECT_EQ(static_cast<size_t>(stop), self.left.size());
+        self.look(self.sweep.stops[stop]);
+    }
+
+    void look(double remaining)
+    {
+        const border::Sweep& s = sweep;
+        left.push_back({remaining,
+                        {s.flat, s.flat + 3 * int64_t{s.n}},
+                        {s.dead, s.dead + s.n},
+                        {s.merge, s.merge + s.n},
+                        s.has_lost,
+                        pieces});
+    }
+};
+
+/// An outline of up to so many points, and waves of as many now and then.
+Coordinates any_path(int most, Random& random)
+{
+    return random.one_in(3) ? rough(wiggly(most, most / 8, 2.5), 0.3, random) : any_outline(most, random);
+}
+
+border::Sweep sweep_of(reference::SweepArrays& arrays, double distance, bool split_events)
+{
+    const reference::Sweep s = arrays.sweep(distance, split_events);
+    return {s.n,    s.remaining, s.split_events, s.flat, s.direction, s.velocity,
+            s.line, s.length,    s.rate,         s.dead, s.merge};
+}
+
 } // namespace
+
+TEST(SweepStops, FindWhatASweepOfTheirDistanceLeaves)
+{
+    Random random(63);
+    int64_t stops_seen = 0, ended = 0;
+    for (int round = 0; round < rounds(3000) && !testing::Test::HasFailure(); ++round) {
+        const Coordinates path = any_path(round % 10 == 0 ? 300 : 25, random);
+        const size_t n = path.size() / 3;
+        const bool split_events = !random.one_in(8);
+        const double farthest = random.one_in(3) ? random.uniform(0, 3) : random.uniform(-5, 0);
+        std::vector<double> distances;
+        for (int i = random.below(6); i > 0; --i)
+            distances.push_back(random.one_in(8) ? farthest : random.uniform(0, 1) * farthest);
+        std::sort(distances.begin(), distances.end(), [](double a, double b) { return std::fabs(a) < std::fabs(b); });
+
+        reference::SweepArrays arrays(n);
+        std::copy(path.begin(), path.end(), arrays.flat.begin());
+        border::Sweep s = sweep_of(arrays, farthest, split_events);
+        std::vector<double> left = distances;
+        Looks looks = {s};
+        s.stops = left.data();
+        s.stop_count = static_cast<int32_t>(left.size());
+        s.drop = &Looks::drop;
+        s.pass = &Looks::pass;
+        s.receiver = &looks;
+        ASSERT_TRUE(border::run_sweep(s));
+        looks.look(s.remaining);
+        distances.push_back(farthest);
+        ASSERT_EQ(looks.left.size(), distances.size());
+        for (size_t i = 0; i < distances.size(); ++i) {
+            SCOPED_TRACE(testing::Message() << "outline " << round << ", distance " << distances[i]);
+            reference::SweepArrays alone(n);
+            std::copy(path.begin(), path.end(), alone.flat.begin());
+            border::Sweep expected = sweep_of(alone, distances[i], split_events);
+            Looks split = {expected};
+            expected.drop = &Looks::drop;
+            expected.receiver = &split;
+            ASSERT_TRUE(border::run_sweep(expected));
+            const Left& seen = looks.left[i];
+            ASSERT_TRUE(same_bits({expected.remaining}, &seen.remaining));
+            ASSERT_TRUE(same_bits(alone.flat, seen.flat.data()));
+            ASSERT_TRUE(std::equal(seen.dead.begin(), seen.dead.end(), expected.dead));
+            ASSERT_TRUE(std::equal(seen.merge.begin(), seen.merge.end(), expected.merge));
+            ASSERT_EQ(seen.has_lost, expected.has_lost);
+            ASSERT_EQ(seen.pieces, split.pieces);
+            stops_seen += i + 1 < distances.size() && distances[i] != farthest;
+            ended += expected.remaining != 0.0;
+        }
+    }
+    EXPECT_GT(stops_seen, rounds(3000));
+    EXPECT_GT(ended, rounds(3000) / 100);
+}
 
 TEST(DroppedPieces, AreThoseOfTheDocumentedSteps)
 {
     Random random(62);
     int64_t dropped = 0, in_turn = 0;
     for (int round = 0; round < rounds(3000) && !testing::Test::HasFailure(); ++round) {
-        const int most = round % 10 == 0 ? 150 : 25;
-        const Coordinates path =
-            random.one_in(3) ? rough(wiggly(most, most / 8, 2.5), 0.3, random) : any_outline(most, random);
+        const Coordinates path = any_path(round % 10 == 0 ? 150 : 25, random);
         std::vector<Piece> waiting = {{random.uniform(-4, 2), {}, {}}};
         for (size_t i = 0; i < path.size(); i += 3)
             waiting[0].xy.insert(waiting[0].xy.end(), {path[i], path[i + 1]});
@@ -102,9 +203,7 @@ TEST(DroppedPieces, AreThoseOfTheDocumentedSteps)
             for (size_t i = 0; i < 2 * n; ++i)
                 documented.flat[i / 2 * 3 + i % 2] = quick.flat[i / 2 * 3 + i % 2] = waiting[k].xy[i];
             reference::Sweep steps = documented.sweep(waiting[k].remaining, true);
-            const reference::Sweep same = quick.sweep(waiting[k].remaining, true);
-            border::Sweep s = {same.n,    same.remaining, same.split_events, same.flat, same.direction, same.velocity,
-                               same.line, same.length,    same.rate,         same.dead, same.merge};
+            border::Sweep s = sweep_of(quick, waiting[k].remaining, true);
             Gathered gathered = {s, {}};
             s.drop = &Gathered::drop;
             s.receiver = &gathered;

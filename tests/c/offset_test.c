@@ -169,6 +169,31 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status moves_by_many_distances(void)
+{
+    const korvale_points outline = {.data = square, .count = 4};
+    const double each[] = {-1, 0.5, -2.5};
+    const korvale_numbers distances = {.data = each, .count = 3}, pairs = {.data = each, .count = 1, .width = 2};
+    korvale_rings* rings = NULL;
+    korvale_ring_arrays all;
+    korvale_error error;
+    TRY_MAKING(rings, korvale_offset_distances(&outline, &distances, NULL, &rings, &error));
+    all = korvale_rings_view(rings);
+    CHECK(all.rings == 3 && all.parents[0] == -1 && all.parents[1] == -1 && all.parents[2] == -1);
+    CHECK(all.starts[1] == 4 && all.starts[2] == 8 && all.starts[3] == 8 && all.sources[7] == 3);
+    CHECK_NEAR(all.points, 1, 1, 0, 3, 1, 0, 3, 3, 0, 1, 3, 0);
+    CHECK_NEAR(all.points + 12, -0.5, -0.5, 0, 4.5, -0.5, 0, 4.5, 4.5, 0, -0.5, 4.5, 0);
+    CHECK(all.collapsed[1] == 0 && all.collapsed[2] == 1 && all.ends[1] == 0.5 && fabs(all.ends[2] + 2) < 1e-9);
+    korvale_rings_free(rings);
+    rings = NULL;
+    REFUSE(korvale_offset_distances(&outline, &pairs, NULL, &rings, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_offset_distances: distances must have a width of 1, but it is 2");
+    CHECK(rings == NULL);
+done:
+    korvale_rings_free(rings);
+    return (korvale_status)error.status;
+}
+
 static korvale_status refuses_what_is_no_outline(void)
 {
     const korvale_points line = {.data = square, .count = 2};
@@ -193,5 +218,6 @@ void offset_tests(void)
     RUN(moves_outlines_with_holes);
     RUN(moves_many_outlines);
     RUN(keeps_all_pieces);
+    RUN(moves_by_many_distances);
     RUN(refuses_what_is_no_outline);
 }

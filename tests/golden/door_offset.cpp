@@ -5,6 +5,21 @@
 #include "tests/support/draws.h"
 
 namespace korvale::test {
+namespace {
+
+/// Adds all that there is of rings, and releases them.
+void add_rings(Hash& hash, korvale_rings* rings)
+{
+    const korvale_ring_arrays all = korvale_rings_view(rings);
+    const int64_t left = all.starts[all.rings];
+    hash.add(all.points, 3 * left).add(all.sources, left).add(all.parents, all.rings);
+    hash.add(all.births, all.rings).add(all.ends, all.rings);
+    for (int64_t k = 0; k < all.rings; ++k)
+        hash.add(all.collapsed[k]);
+    korvale_rings_free(rings);
+}
+
+} // namespace
 
 WORKLOAD(DoorOffset, 2000, 0x84f9062365ce55cau, 3)
 {
@@ -87,13 +102,27 @@ WORKLOAD(DoorOffsetRings, 1000, 0x61fdd2533958b23du, 1)
         const korvale_points outline = {points.data(), n, 0, 3, KORVALE_DOUBLE};
         korvale_rings* rings = nullptr;
         hash.add(korvale_offset_rings(&outline, random.uniform(-1.5, 1), nullptr, &rings, nullptr));
-        const korvale_ring_arrays all = korvale_rings_view(rings);
-        const int64_t left = all.starts[all.rings];
-        hash.add(all.points, 3 * left).add(all.sources, left).add(all.parents, all.rings);
-        hash.add(all.births, all.rings).add(all.ends, all.rings);
-        for (int64_t k = 0; k < all.rings; ++k)
-            hash.add(all.collapsed[k]);
-        korvale_rings_free(rings);
+        add_rings(hash, rings);
+    }
+}
+
+WORKLOAD(DoorOffsetDistances, 500, 0xedfb37f1547e811eu, 1)
+{
+    Draws random(1124);
+    for (int i = 0; i < rounds; ++i) {
+        const int n = random.between(3, 60);
+        std::vector<double> points, distances;
+        for (int j = 0; j < n; ++j) { // up one side, down the other
+            const double x = 2 * j < n ? random.uniform(0.5, 4) : random.uniform(-4, -0.5);
+            points.insert(points.end(), {x, double(2 * j < n ? j : n - j), 0.5 * x});
+        }
+        for (int j = 0; j < 6; ++j)
+            distances.push_back(random.uniform(-1.5, 1));
+        const korvale_points outline = {points.data(), n, 0, 3, KORVALE_DOUBLE};
+        const korvale_numbers each = {distances.data(), 6, 0, 1, KORVALE_DOUBLE};
+        korvale_rings* rings = nullptr;
+        hash.add(korvale_offset_distances(&outline, &each, nullptr, &rings, nullptr));
+        add_rings(hash, rings);
     }
 }
 

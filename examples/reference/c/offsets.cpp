@@ -146,6 +146,30 @@ EXAMPLE("korvale_offset_rings korvale_rings_view korvale_rings_free")
     // > 5 points, cut from 0 at -1
 }
 
+EXAMPLE("korvale_offset_distances")
+{
+    // The same rooms at three distances: the corridor is gone at 1, and the rooms at 3.
+    const double rooms[] = {0,  0, 6,  0, 6,  2, 10, 2, 10, 0, 16, 0, //
+                            16, 6, 10, 6, 10, 4, 6,  4, 6,  6, 0,  6};
+    const korvale_points outline = {.data = rooms, .count = 12, .dim = 2};
+    const double each[] = {-0.5, -1.5, -3.5};
+    const korvale_numbers distances = {.data = each, .count = 3};
+    korvale_rings* rings;
+    if (korvale_offset_distances(&outline, &distances, NULL, &rings, NULL) != KORVALE_OK)
+        return;
+    const korvale_ring_arrays all = korvale_rings_view(rings);
+    for (int64_t k = 0, i = -1; k < all.rings; ++k) {
+        i += all.parents[k] < 0; // the first ring of the next distance
+        printf("at %g: %d points\n", each[i], (int)(all.starts[k + 1] - all.starts[k]));
+    }
+    korvale_rings_free(rings);
+    // > at -0.5: 12 points
+    // > at -1.5: 5 points
+    // > at -1.5: 5 points
+    // > at -3.5: 0 points
+    // > at -3.5: 0 points
+}
+
 EXAMPLE("korvale_rings_take")
 {
     const double square[] = {0, 0, 4, 0, 4, 4, 0, 4};
