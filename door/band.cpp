@@ -295,7 +295,7 @@ class FlatLine {
 public:
     FlatLine(Outline line, const LinePlane& plane, bool closed)
         : places_(places_of(line, plane)), edges_(edges_between(places_, closed)), extent_(plane.extent),
-          closed_(closed)
+          rounding_(kUnits * (plane.extent + length(line[0]))), closed_(closed)
     {
     }
 
@@ -306,7 +306,7 @@ public:
     {
         constexpr double kRelative = 1e-06, kRounding = 1e-12;
         const double slack = kRelative * std::fabs(distance) + kRounding * extent_;
-        return {places_, edges_, closed_, distance, miter_limit, slack, telling};
+        return {places_, edges_, closed_, distance, miter_limit, slack, rounding_, telling};
     }
 
 private:
@@ -332,7 +332,10 @@ private:
 
     Vector<Place> places_;
     EdgeTree edges_;
+    static constexpr double kUnits = 1e-14; ///< what some steps make of the rounding of a coordinate, as a part of it
+
     double extent_;
+    double rounding_; ///< of coordinates
     bool closed_;
 };
 

@@ -18,6 +18,8 @@ namespace {
 constexpr size_t kReport = 256;
 /// A corner whose half turn has a smaller cosine turns back on itself.
 constexpr double kReversal = 1e-06;
+/// A corner whose miter is farther than the miter limit by less than this share of it is at it, but for rounding.
+constexpr double kAtLimit = 1e-12;
 /// What lies inside a ball by less than this share of its radius lies on it.
 constexpr double kOnBall = 1e-09;
 /// A ball is shrunk at most so often.
@@ -75,7 +77,7 @@ Way way_of(const Beside& b, size_t i)
         return {*in, b.miter_limit, true, distance};
     const Place along = {sum.x / size, sum.y / size};
     const bool is_outer = (b.distance > 0 ? 1 : -1) * cross(*in, *out) >= 0;
-    if (is_outer && cosine * b.miter_limit < 1)
+    if (is_outer && cosine * b.miter_limit < 1 - kAtLimit)
         return {along, b.miter_limit, true, distance};
     return {along, 1 / cosine, false, std::min(distance, b.miter_limit * distance * cosine)};
 }
@@ -131,11 +133,16 @@ double largest_ball(const Beside& b, const Place& p, const Way& way)
     return radius;
 }
 
+/// How far the miter limit lets a place be from its stretch of the line.
+double reach_of(const Beside& b)
+{
+    return b.miter_limit * std::fabs(b.distance) * (1 + kAtLimit) + b.rounding;
+}
+
 bool is_within_reach(const Beside& b, const Place& place, size_t i)
 {
     const Place d = place - b.line[i];
-    const double most = b.miter_limit * std::fabs(b.distance);
-    return dot(d, d) <= most * most;
+    return dot(d, d) <= reach_of(b) * reach_of(b);
 }
 
 /// Whether the place of a point is no farther than the miter limit allows from the stretch of the line that it stands
@@ -152,7 +159,7 @@ bool is_near_its_stretch(const Beside& b, const Settling& s, size_t i)
         ++back;
     while (on < after && is_shared(i + on))
         ++on;
-    const double most = b.miter_limit * std::fabs(b.distance);
+    const double most = reach_of(b);
     for (size_t k = i + n - back; k < i + n + on; ++k) {
         const Place d = s.border[i] - nearest_of({b.line[k % n], b.line[(k + 1) % n]}, s.border[i]);
         if (dot(d, d) <= most * most)
@@ -374,7 +381,7 @@ void hold(const Beside& b, const Settling& s)
                 least = dot(place - q, place - q);
             }
         }
-        const bool is_far = least > most * most;
+        const bool is_far = least > reach_of(b) * reach_of(b);
         const Place held = is_far ? nearest + most / std::sqrt(least) * (place - nearest) : place;
         const bool is_narrow = is_far || !is_clear(b, held);
         for (size_t i = first; i < first + count; ++i) {

@@ -15,7 +15,8 @@ struct Beside {
     bool closed;
     double distance; ///< to the right where it is positive
     double miter_limit;
-    double slack; ///< distances that differ by no more are the same
+    double slack;    ///< distances that differ by no more are the same
+    double rounding; ///< what is farther than the miter limit by no more is at it
     Telling telling = {};
 };
 

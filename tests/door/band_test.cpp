@@ -499,6 +499,27 @@ TEST(DoorBand, CornersSharperThanTheMiterLimitEndAtIt)
         EXPECT_LT(laid({0, 0, 0, 10, 0, 0, 4, 0, 0}, side, limited(2)).away(1, 12, 0), 1e-9);
 }
 
+TEST(DoorBand, InnerCornersAndStraightWaysAreAtAMiterLimitOfOne)
+{
+    Numbers zigzag;
+    for (int i = 0; i < 10; ++i)
+        zigzag.insert(zigzag.end(), {0.8 * i, i % 2 * 5.0, 0});
+    for (const double unit : {1.0, 1e-6, 0.001, 300.0, 1e7}) {
+        Numbers line;
+        for (const double number : zigzag)
+            line.push_back(unit * number);
+        const Laid band = laid(line, -0.4 * unit, limited(1));
+        for (size_t i = 0; i < 10; ++i) {
+            const bool is_inner = i % 2 == 0 && i > 0;
+            EXPECT_NEAR(band.away(i, line[3 * i], line[3 * i + 1]) / unit, is_inner ? 0.5 * std::sqrt(25.64) : 0.4,
+                        1e-9)
+                << "point " << i << ", unit " << unit;
+            EXPECT_EQ(band.narrowed[i], i % 2 == 1 && i < 9) << "point " << i << ", unit " << unit;
+        }
+    }
+    EXPECT_THAT(laid({0, 0, 0, 1, 0.3, 0, 2, 0.6, 0, 3, 0.9, 0}, 0.7, limited(1)).narrowed, Each(0));
+}
+
 TEST(DoorBand, FollowsACornerThroughTheMiterLimitSteadily)
 {
     constexpr double kStep = 0.0005;
