@@ -354,6 +354,27 @@ TEST(FaceOffsetRings, GivesEveryPiece)
               std::string("offset_rings: distance must be finite, but it is nan"));
 }
 
+TEST(FaceOffsetRings, OfManyDistancesAreThoseOfEachAlone)
+{
+    const Outline waist = {{0, 0, 0},  {4, 0, 0}, {4, 1.5, 0}, {5, 1.6, 0}, {6, 1.5, 0}, {6, 0, 0}, {10, 0, 0},
+                           {10, 4, 0}, {6, 4, 0}, {6, 2.5, 0}, {5, 2.4, 0}, {4, 2.5, 0}, {4, 4, 0}, {0, 4, 0}};
+    const std::vector<double> distances = {-1, 0.5, -3, 0, -0.25, -1};
+    const OffsetOptions options = {.height = 2, .join = Join::bevel};
+    const std::vector<Rings> rings = offset_rings(waist, distances, options);
+    ASSERT_EQ(rings.size(), distances.size());
+    for (std::size_t i = 0; i < distances.size(); ++i)
+        EXPECT_EQ(rings[i], offset_rings(waist, distances[i], options)) << i;
+    EXPECT_EQ(rings[0].parents[1], 0);
+    EXPECT_EQ(rings[5].parents[1], 0);
+    EXPECT_EQ(offset_rings(waist, {-1, 2}).size(), 2u);
+    EXPECT_EQ(offset_rings(waist, std::vector<float>{-1}).front(), offset_rings(waist, -1));
+    EXPECT_TRUE(offset_rings(waist, std::vector<double>()).empty());
+    EXPECT_EQ(refusal_of([&] {
+                  offset_rings(waist, {1, INFINITY});
+              }),
+              "offset_rings: distances must be finite, but number 1 is inf");
+}
+
 TEST(FaceOffsetMany, GivesWhatEachOutlineGivesAlone)
 {
     Random random(1221);

@@ -103,4 +103,11 @@ EXAMPLE("korvale::offset_rings korvale::Rings")
         std::printf("%zu points, cut from %d at %g\n", rings[k].size(), rings.parents[k], rings.births[k]);
     // > 5 points, cut from -1 at 0
     // > 5 points, cut from 0 at -1
+
+    // The same at three distances, in one sweep.
+    for (const korvale::Rings& at : korvale::offset_rings(rooms, {-0.5, -1.5, -3.5}))
+        std::printf("%zu points of %zu rings\n", at.points.size(), at.size());
+    // > 12 points of 1 rings
+    // > 10 points of 2 rings
+    // > 0 points of 2 rings
 }

@@ -303,7 +303,7 @@ inline std::vector<Offset> offset(AnyOutlines outlines, double distance, const O
 }
 
 /// Distances as an argument: a number for all outlines, or any contiguous range of doubles or `{0.5, -0.25}` with one
-/// for each. It cannot be kept.
+/// for each; or those at which one outline is wanted. It cannot be kept.
 class AnyDistances {
 public:
     /// One for all.
@@ -488,6 +488,31 @@ inline Rings taken(korvale_rings* made) noexcept
             {all.births, rings},   {all.ends, rings},       {all.collapsed, rings}};
 }
 
+/// Rings `begin` to `end` of all, in memory of their own.
+inline Rings part_of(const Rings& all, std::size_t begin, std::size_t end)
+{
+    const auto first = static_cast<std::size_t>(all.starts[begin]), last = static_cast<std::size_t>(all.starts[end]);
+    const auto copied = []<class T>(const Array<T>& from, std::size_t at, std::size_t count) {
+        Array<T> to(count);
+        std::copy_n(from.data() + at, count, to.data());
+        return to;
+    };
+    Rings part;
+    part.points = Points(last - first);
+    std::copy_n(all.points.data() + first, last - first, part.points.data());
+    part.starts = copied(all.starts, begin, end - begin + 1);
+    for (std::int64_t& start : part.starts)
+        start -= static_cast<std::int64_t>(first);
+    part.sources = copied(all.sources, first, last - first);
+    part.parents = copied(all.parents, begin, end - begin);
+    for (std::int32_t& parent : part.parents)
+        parent -= parent < 0 ? 0 : static_cast<std::int32_t>(begin);
+    part.births = copied(all.births, begin, end - begin);
+    part.ends = copied(all.ends, begin, end - begin);
+    part.collapsed = copied(all.collapsed, begin, end - begin);
+    return part;
+}
+
 } // namespace detail
 
 /// `offset_rings`, telling of failures by its result.
@@ -524,6 +549,51 @@ inline Result<Rings> try_offset_rings(AnyPoints outline, double distance, const 
 inline Rings offset_rings(AnyPoints outline, double distance, const OffsetOptions& options = {})
 {
     return try_offset_rings(outline.view(), distance, options).value();
+}
+
+/// `offset_rings` at many distances, telling of failures by its result.
+inline Result<std::vector<Rings>> try_offset_rings(AnyPoints outline, const AnyDistances& distances,
+                                                   const OffsetOptions& options = {})
+{
+    return detail::within_memory("offset_rings", [&]() -> Result<std::vector<Rings>> {
+        const korvale_points points = detail::view_of(outline);
+        korvale_rings* made = nullptr;
+        const Result<void> done = detail::done(
+            "offset_rings", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
+                const korvale_offset_options how = detail::options_of(options, told, user);
+                return korvale_offset_distances(&points, &distances.layout(), &how, &made, error);
+            });
+        if (!done)
+            return done.error();
+        const Rings all = detail::taken(made);
+        std::vector<Rings> rings;
+        for (std::size_t begin = 0, end = 0; begin < all.size(); begin = end) {
+            end = static_cast<std::size_t>(
+                std::find(all.parents.begin() + static_cast<std::ptrdiff_t>(begin) + 1, all.parents.end(), -1) -
+                all.parents.begin());
+            rings.push_back(detail::part_of(all, begin, end));
+        }
+        return rings;
+    });
+}
+
+/// The rings of an outline at many distances, in their order, which may be any: each as `offset_rings` gives it for
+/// that distance alone, to the last bit. The outline is swept once to the farthest distance each way, and the others
+/// are passed on the way, so that all cost little more than the farthest. That does not hold for outlines that cross
+/// themselves, and for round joins within a `tolerance` that is given.
+///
+/// ```
+/// const std::vector<double> depths = {-1, -2, -3};
+/// for (const korvale::Rings& rings : korvale::offset_rings(outline, depths))
+///     for (std::size_t k = 0; k < rings.size(); ++k)
+///         draw(rings[k]);
+/// ```
+///
+/// Throws `Error` for what `offset` refuses.
+inline std::vector<Rings> offset_rings(AnyPoints outline, const AnyDistances& distances,
+                                       const OffsetOptions& options = {})
+{
+    return try_offset_rings(outline.view(), distances, options).value();
 }
 
 } // namespace korvale
