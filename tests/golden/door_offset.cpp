@@ -106,7 +106,7 @@ WORKLOAD(DoorOffsetRings, 1000, 0x61fdd2533958b23du, 1)
     }
 }
 
-WORKLOAD(DoorOffsetDistances, 500, 0xedfb37f1547e811eu, 1)
+WORKLOAD(DoorOffsetDistances, 500, 0xedfb37f1547e811eu, 6)
 {
     Draws random(1124);
     for (int i = 0; i < rounds; ++i) {
