@@ -20,7 +20,7 @@ EXAMPLE("korvale::carry korvale::try_carry korvale::Carried")
     std::printf("\nwithout a copy: %s\n", korvale::carry(names, korvale::offset(corner, 1)).is_view() ? "yes" : "no");
     if (auto none = korvale::try_carry(names, korvale::offset({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}}, 1)); !none)
         std::printf("%s\n", none.error().what());
-    // >  south south east east chamfer chamfer north north westwest
+    // >  south south east east chamfer chamfer north north west west
     // > 4 points: south east chamfer+north west
     // > without a copy: yes
     // > carry: values must be 3, one for each point of the outline, but there are 5
