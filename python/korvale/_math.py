@@ -111,7 +111,11 @@ def _matrices_of(function: str, values: Any) -> Doubles:
 
 
 def scaling(values: NumbersLike) -> Doubles:
-    """Matrices that scale by (N, 3) or (3,): float64 (N, 4, 4)."""
+    """Matrices that scale by (N, 3) or (3,): float64 (N, 4, 4).
+
+    >>> korvale.scaling((2, 3, 4)).diagonal()
+    array([2., 3., 4., 1.])
+    """
     return _matrices_of("scaling", values)
 
 
@@ -125,12 +129,22 @@ def translation(values: NumbersLike) -> Doubles:
 
 
 def rotation(values: NumbersLike) -> Doubles:
-    """Matrices that turn by (N, 3) or (3,) radians about x first, then y, then z: float64 (N, 4, 4)."""
+    """Matrices that turn by (N, 3) or (3,) radians about x first, then y, then z: float64 (N, 4, 4).
+
+    >>> quarter = korvale.rotation((0, 0, numpy.pi / 2))
+    >>> korvale.transform_points(quarter, (1, 0, 0)).round(6)
+    array([0., 1., 0.])
+    """
     return _matrices_of("rotation", values)
 
 
 def rotation_in_degrees(values: NumbersLike) -> Doubles:
-    """Matrices that turn by (N, 3) or (3,) degrees, converted with the short factor 0.0174533."""
+    """Matrices that turn by (N, 3) or (3,) degrees, converted with the short factor 0.0174533.
+
+    >>> quarter = korvale.rotation_in_degrees((0, 0, 90))
+    >>> korvale.transform_points(quarter, (1, 0, 0)).round(8)
+    array([-6.7e-07,  1.0e+00,  0.0e+00])
+    """
     return _matrices_of("rotation_in_degrees", values)
 
 
@@ -154,7 +168,12 @@ def from_srt(scale: NumbersLike = (1, 1, 1), rotation: NumbersLike = (0, 0, 0),
 
 def inverse_from_srt(scale: NumbersLike = (1, 1, 1), rotation: NumbersLike = (0, 0, 0),
                      translation: NumbersLike = (0, 0, 0)) -> Doubles:
-    """The inverses of `from_srt` of the same. A scale below 1e-06 is inverted to 1000000, and stays finite."""
+    """The inverses of `from_srt` of the same. A scale below 1e-06 is inverted to 1000000, and stays finite.
+
+    >>> parts = {"scale": (2, 2, 2), "translation": (1, 2, 3)}
+    >>> korvale.multiply(korvale.inverse_from_srt(**parts), korvale.from_srt(**parts)).diagonal()
+    array([1., 1., 1., 1.])
+    """
     return _from_srt("inverse_from_srt", scale, rotation, translation)
 
 
@@ -182,7 +201,11 @@ def multiply(a: NumbersLike, b: NumbersLike) -> Doubles:
 
 
 def transpose(matrices: NumbersLike) -> Doubles:
-    """Rows and columns of matrices (N, 4, 4) or (4, 4) exchanged."""
+    """Rows and columns of matrices (N, 4, 4) or (4, 4) exchanged.
+
+    >>> korvale.transpose(korvale.translation((1, 2, 3)))[3]
+    array([1., 2., 3., 1.])
+    """
     single = _Single()
     result: Doubles = single.result(_korvale.transpose(single.matrices(matrices, "transpose", "matrices")))
     return result
@@ -192,6 +215,9 @@ def into_frame(origin: NumbersLike, z: NumbersLike, reference: NumbersLike) -> D
     """Matrices from the world into frames at `origin` whose z axes run along `z`, their x axes along reference x z.
 
     Each (N, 3) or (3,). Returns float64 (N, 4, 4).
+
+    >>> korvale.transform_points(korvale.into_frame((1, 2, 3), (0, 0, 1), (1, 0, 0)), (1, 2, 5))
+    array([0., 0., 2.])
     """
     single = _Single()
     name = "into_frame"
@@ -205,6 +231,10 @@ def frame_both_ways(origin: NumbersLike, x: NumbersLike, z: NumbersLike) -> tupl
     """Matrices from the world into frames at `origin` with the axes `x` (made perpendicular to z) and `z`, and back.
 
     Each (N, 3) or (3,). The second is the inverse where the directions are perpendicular.
+
+    >>> there, back = korvale.frame_both_ways((1, 2, 3), (1, 0, 0), (0, 0, 1))
+    >>> korvale.transform_points(back, (0, 0, 2))
+    array([1., 2., 5.])
     """
     single = _Single()
     name = "frame_both_ways"
@@ -227,7 +257,11 @@ def line_through(a: NumbersLike, b: NumbersLike) -> Doubles:
 
 
 def normalize_lines(lines: NumbersLike) -> Doubles:
-    """Lines (N, 3) or (3,) divided by the lengths of their (a, b)."""
+    """Lines (N, 3) or (3,) divided by the lengths of their (a, b).
+
+    >>> korvale.normalize_lines((3, 4, 10))
+    array([0.6, 0.8, 2. ])
+    """
     single = _Single()
     name = "normalize_lines"
     result: Doubles = single.result(_korvale.normalize_lines(single.rows(lines, (3,), name, "lines")))
@@ -281,12 +315,20 @@ def solve(systems: NumbersLike) -> Doubles:
 
 
 def factorial(n: int) -> int:
-    """n!, and 1 for n below 1. Exact up to 12; beyond that the 32-bit product wraps."""
+    """n!, and 1 for n below 1. Exact up to 12; beyond that the 32-bit product wraps.
+
+    >>> korvale.factorial(5)
+    120
+    """
     return int(_korvale.factorial(_input.count(n, "factorial", "n", -(2**31))))
 
 
 def binomial(n: int, k: int) -> int:
-    """n over k from 32-bit factorials, exact up to n = 12; 1 wherever k is not between 0 and n."""
+    """n over k from 32-bit factorials, exact up to n = 12; 1 wherever k is not between 0 and n.
+
+    >>> korvale.binomial(5, 2)
+    10
+    """
     return int(_korvale.binomial(_input.count(n, "binomial", "n", -(2**31)),
                                  _input.count(k, "binomial", "k", -(2**31))))
 

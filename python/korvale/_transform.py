@@ -199,5 +199,9 @@ def transform_points(matrices: NumbersLike, points: PointsLike | PointLike, *, o
 
 def transform_vectors(matrices: NumbersLike, vectors: PointsLike | PointLike, *,
                       out: Doubles | None = None) -> Doubles:
-    """Vectors turned and scaled, not moved, by one transform or by one each: float64 (N, 3)."""
+    """Vectors turned and scaled, not moved, by one transform or by one each: float64 (N, 3).
+
+    >>> korvale.transform_vectors(korvale.translation((1, 2, 3)), [(1, 0, 0)])
+    array([[1., 0., 0.]])
+    """
     return _carry(_korvale.transform_vectors, matrices, vectors, out, "transform_vectors", "vectors")

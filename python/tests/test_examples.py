@@ -27,6 +27,8 @@ class ExampleTest(unittest.TestCase):
             if name in ("__version__", "raw"):
                 continue
             self.assertTrue(inspect.getdoc(value), name)
+            if inspect.isfunction(value):
+                self.assertIn(">>>", inspect.getdoc(value), name)
             for member, what in vars(value).items() if inspect.isclass(value) else ():
                 if not member.startswith("_") and (callable(what) or inspect.isdatadescriptor(what)):
                     self.assertTrue(inspect.getdoc(what), f"{name}.{member}")
