@@ -50,13 +50,13 @@ public:
         double largest = 0.0;
         size_t places = 0;
         for (size_t k = 0; k < in.size(); ++k) {
-            largest = std::max(largest, largest_of(in[k]));
-            places += in[k].size();
+            largest = std::max(largest, largest_of(outline(k)));
+            places += outline(k).size();
         }
         scale_ = scale_to_one(largest);
         rings_.places.reserve(places);
         for (size_t k = 0; k < in.size(); ++k)
-            rings_.add(in[k], {0, 1, scale_});
+            rings_.add(outline(k), {0, 1, scale_});
     }
 
     void sort(int32_t* outer) const
@@ -73,6 +73,13 @@ public:
     }
 
 private:
+    /// One of fewer points than enclose something counts as one of none.
+    std::span<const Point> outline(size_t k) const
+    {
+        constexpr size_t kLeast = 3;
+        return in_[k].size() < kLeast ? in_[k].first(0) : in_[k];
+    }
+
     Vector<int32_t> sort(const Telling& telling) const
     {
         const double tolerance = how_.tolerance * scale_;

@@ -466,12 +466,13 @@ typedef struct korvale_shapes_options {
 KORVALE_C_API void korvale_shapes_defaults(korvale_shapes_options* options, size_t size);
 
 /// Sorts outlines seen from above, along z, into shapes. `outer` [count] is, for an outer outline, its own number, for
-/// a hole that of its outer outline. It is -1 for an outline without points and -2 - m for one that repeats outline m,
-/// the same area whichever way round, and so belongs to no shape.
+/// a hole that of its outer outline. It is -1 for an outline of fewer than three points, which enclose nothing, and
+/// -2 - m for one that repeats outline m, the same area whichever way round: these belong to no shape.
 ///
 /// An outline inside an even number of others is an outer one, whichever way round it runs; there is no limit to how
-/// deep they nest. Outlines may touch in points and along edges. One without area is where its lowest point is. Of
-/// outlines that cross and are sorted all the same, some are taken for inside others and some not.
+/// deep they nest. Outlines may touch in points and along edges. One of three points and more that has no area is where
+/// its lowest point is. Of outlines that cross and are sorted all the same, some are taken for inside others and some
+/// not.
 ///
 /// With a tolerance outlines that are within it of each other everywhere, as drawings have them, are one, and so are
 /// those that a chain of such ones joins: they repeat the first of them. Corners, as edges side by side meet farther

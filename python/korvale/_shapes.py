@@ -334,9 +334,9 @@ def shapes(path: ShapesLike, *, tolerance: Number = 0.0, crossing: bool = False,
     progress: as for `offset`.
 
     An outline inside an even number of others is an outer one; it does not matter which way round it runs. Outlines may
-    touch each other and themselves. One that is there twice, number for number, is taken once. None that is returned
-    repeats its first point at the end. Outlines whose details are so small beside the tolerance that they still cross
-    where they are joined are refused.
+    touch each other and themselves. One that is there twice, number for number, is taken once, and one of fewer than
+    three points, which enclose nothing, is left out. None that is returned repeats its first point at the end. Outlines
+    whose details are so small beside the tolerance that they still cross where they are joined are refused.
 
     >>> square = numpy.array([(0, 0), (1, 0), (1, 1), (0, 1)])
     >>> [len(shape) for shape in korvale.shapes([square * 4, square + 1, square + 9])]

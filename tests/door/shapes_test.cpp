@@ -304,8 +304,20 @@ TEST(Shapes, SayWhichTolerancesTheyRefuse)
 
 TEST(Shapes, OutlinesWithoutAreaAreWhereTheyBegin)
 {
-    EXPECT_THAT(outer_of({{1, 1, 0}, box(0, 0, 4, 4), {}, {1, 2, 0, 3, 2, 0}, {9, 9, 0, 9, 9, 0}}),
-                ElementsAre(1, 1, -1, 1, 4));
+    EXPECT_THAT(
+        outer_of(
+            {{1, 1, 0, 1, 1, 0, 1, 1, 0}, box(0, 0, 4, 4), {1, 2, 0, 3, 2, 0, 2, 2, 0}, {9, 9, 0, 9, 8, 0, 9, 9, 0}}),
+        ElementsAre(1, 1, 1, 3));
+}
+
+TEST(Shapes, OutlinesOfFewerThanThreePointsAreLeftOut)
+{
+    const Coordinates plate = box(0, 0, 4, 4);
+    EXPECT_THAT(outer_of({{1, 1, 0}, plate, {}, {1, 2, 0, 3, 2, 0}, {9, 9, 0, 9, 9, 0}, {1, 1, 0}}),
+                ElementsAre(-1, 1, -1, -1, -1, -1));
+    EXPECT_THAT(outer_of({{-1, 2, 0, 5, 2, 0}, plate}, 0.5), ElementsAre(-1, 1)); // across the plate
+    const Coordinates far = {1e300, 1e300, 0};
+    EXPECT_THAT(outer_of({far, plate, box(1, 1, 2, 2)}), ElementsAre(-1, 1, 1)); // nothing is small beside it
 }
 
 TEST(Shapes, AreSeenAlongZ)
@@ -344,7 +356,7 @@ TEST(Shapes, AnyOutlinesGetAnAnswer)
                                {double(random.between(0, steps)), double(random.between(0, steps)), 0.0});
         const std::vector<int32_t> outer = outer_of(outlines, random.one_in(2) ? 0 : steps * 0.01, 1);
         for (size_t k = 0; k < outer.size(); ++k) {
-            EXPECT_EQ(outer[k] == -1, outlines[k].empty());
+            EXPECT_EQ(outer[k] == -1, outlines[k].size() < 9);
             if (outer[k] == -1)
                 continue;
             const auto named = static_cast<size_t>(outer[k] >= 0 ? outer[k] : -2 - outer[k]);

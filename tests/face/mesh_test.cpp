@@ -220,6 +220,8 @@ TEST(FaceShapes, ListsHolesAfterTheirOuterOutline)
     const Outline far = {{20, 0, 0}, {30, 0, 0}, {30, 10, 0}};
     EXPECT_EQ(shapes({kPlate[1], far, {}, kPlate[0], kPlate[1]}), (std::vector<std::vector<size_t>>{{1}, {3, 0}}));
     EXPECT_TRUE(shapes(std::vector<Outline>()).empty());
+    const Outline point = {{1, 1, 0}}, edge = {{1, 1, 0}, {2, 1, 0}};
+    EXPECT_EQ(shapes({kPlate[0], point, edge}), (std::vector<std::vector<size_t>>{{0}}));
     EXPECT_EQ(refusal_of([] {
                   shapes({{{0, 0, 0}, {1, std::nan(""), 0}, {0, 1, 0}}});
               }),

@@ -194,8 +194,9 @@ inline Result<std::vector<std::vector<std::size_t>>> try_shapes(AnyOutlines outl
 /// of its holes.
 ///
 /// An outline inside an even number of others is an outer one, whichever way round it runs. Outlines may touch. One
-/// that is there twice is taken once, and one without points is left out. With a tolerance outlines that are within it
-/// of each other everywhere, corners within twice that, are one, and so are those that a chain of such ones joins.
+/// that is there twice is taken once, and one of fewer than three points is left out. With a tolerance outlines that
+/// are within it of each other everywhere, corners within twice that, are one, and so are those that a chain of such
+/// ones joins.
 ///
 /// Outlines may overlap by less than the tolerance then, and triangles of them too. `joined` are rings that do not, one
 /// for each outline: those that overlap are joined, each to the ones before it, by moving points no farther than the
