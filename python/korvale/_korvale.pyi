@@ -152,6 +152,9 @@ def offset(outline: Any, distance: Any, height: Any, keep_vertices: Any, split: 
 def offset_rings(outline: _Doubles, distance: Any, height: Any, keep_vertices: Any, split: Any, joins: _Joins,
                  report: Callable[[int], bool] | None
                  ) -> tuple[_Doubles, NDArray[numpy.int64], _Ints, _Ints, _Doubles, _Doubles, _Truths]: ...
+def offset_distances(outline: _Doubles, distances: _Doubles, height: Any, keep_vertices: Any, split: Any, joins: _Joins,
+                     report: Callable[[int], bool] | None
+                     ) -> tuple[_Doubles, NDArray[numpy.int64], _Ints, _Ints, _Doubles, _Doubles, _Truths]: ...
 def offset_many(
     points: _Doubles, starts: NDArray[numpy.int64], distances: _Doubles, height: Any, keep_vertices: Any, split: Any,
     joins: _Joins, report: Callable[[int], bool] | None

@@ -119,15 +119,26 @@ def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords | HasExter
            miter_limit: Number | None = None, tolerance: Number | None = None) -> Rings: ...
 
 
-def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertices: bool = True,
+@overload
+def offset(outline: HasArray | Iterable[Sequence[Number]] | HasCoords | HasExterior | Path | HasGeoms,
+           distance: NumbersLike, *, height: Number = 0.0, keep_vertices: bool = True, split: bool = True,
+           pieces: Literal[True], progress: ProgressLike = None, join: JoinLike = "miter",
+           miter_limit: Number | None = None, tolerance: Number | None = None) -> list[Rings]: ...
+
+
+def offset(outline: Any, distance: Any, *, height: Number = 0.0, keep_vertices: bool = True,
            split: bool = True, pieces: bool = False, progress: ProgressLike = None, join: JoinLike = "miter",
-           miter_limit: Number | None = None, tolerance: Number | None = None) -> Offset | Offsets | Rings:
+           miter_limit: Number | None = None, tolerance: Number | None = None
+           ) -> Offset | Offsets | Rings | list[Rings]:
     """The border of a closed, planar outline: every edge moved sideways in the outline's own plane.
 
     outline: points (N, 3) or (N, 2) of at least three vertices, in any plane; the last joins the first. Points at the
         end that repeat the first are left out. A float64 array (N, 3) is read where it is. Or an outer outline and its
         holes: a list of outlines, a polygon of Shapely, a path of matplotlib or trimesh.
     distance: outwards where it is positive, in units of the outline. Corners stay sharp unless joins say otherwise.
+        With `pieces` it may be numbers (n,), in any order: the result is a list of `Rings` then, each with the bits of
+        that distance alone. The outline is swept once to the farthest distance each way and the others are passed on
+        the way, so that all cost little more than the farthest, unless the outline crosses itself.
     height: lift of the border along the normal from which the outline runs counter-clockwise.
     keep_vertices: a point of the border for each vertex; else vertices that were removed are left out.
     split: also stop where parts of the outline meet (slower); else only where an edge shrinks to nothing, and parts
@@ -175,6 +186,8 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
     >>> rings = korvale.offset(waist, -1, pieces=True)
     >>> [len(ring) for ring in rings.singly()], rings.parents, rings.births.round(3)
     ([5, 5], array([-1,  0], dtype=int32), array([ 0.   , -0.224]))
+    >>> [len(rings.singly()) for rings in korvale.offset(waist, [-0.2, -1, -5], pieces=True)]
+    [1, 2, 0]
     """
     joins = _input.joins(join, miter_limit, tolerance, "offset")
     if pieces is not False and _input.flag(pieces, "offset", "pieces"):
@@ -184,11 +197,15 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
         if isinstance(ring, list):
             holes = "1 hole" if len(ring) == 2 else f"{len(ring) - 1} holes"
             raise refuse("offset", "outline", "be one outline where pieces are kept", f"it has {holes}")
+        distances = _many_distances(distance)
         with _join_named("offset"), Progress(progress, 1000, "offset") as report:
-            rings = Rings(*_korvale.offset_rings(ring, distance, height, keep_vertices, split, joins,
-                                                 None if progress is None else report))
+            how = height, keep_vertices, split, joins, None if progress is None else report
+            if distances is None:
+                rings = Rings(*_korvale.offset_rings(ring, distance, *how))
+            else:
+                rings = Rings(*_korvale.offset_distances(ring, distances, *how))
             report(1000)
-        return rings
+        return rings if distances is None else _parts(rings)
     if joins[1] is not None:
         with _join_named("offset"):
             result = told(progress, "offset", lambda report: _korvale.offset(
@@ -201,13 +218,41 @@ def offset(outline: Any, distance: Number, *, height: Number = 0.0, keep_vertice
     return result if type(result) is Offset else Offsets(result)
 
 
+def _many_distances(distance: Any) -> Doubles | None:
+    """Distances (n,), or None where it is one, or nothing that holds any."""
+    if not hasattr(type(distance), "__len__") or isinstance(distance, (str, bytes)) or not getattr(distance, "ndim", 1):
+        return None
+    must = "be a number or, where pieces are kept, numbers (n,)"
+    distances = _input.array(distance, "offset", "distance", must)
+    if distances.ndim != 1:
+        raise refuse("offset", "distance", must, f"its shape is {distances.shape}")
+    return distances
+
+
+def _parts(rings: Rings) -> list[Rings]:
+    """The rings of each distance, of which each begins with one without a parent: views."""
+    begins = [*numpy.flatnonzero(rings.parents < 0).tolist(), len(rings.parents)]
+    parts = []
+    for begin, end in zip(begins, begins[1:]):
+        first, last = rings.starts[begin], rings.starts[end]
+        parents = rings.parents[begin:end]
+        parts.append(Rings(rings.points[first:last], rings.starts[begin : end + 1] - first, rings.sources[first:last],
+                           numpy.where(parents < 0, parents, parents - numpy.int32(begin)), rings.births[begin:end],
+                           rings.ends[begin:end], rings.collapsed[begin:end]))
+    return parts
+
+
+# What the library names otherwise.
+_NAMES = {"distances": "distance", "corner_joins": "join"}
+
+
 @contextmanager
 def _join_named(function: str) -> Iterator[None]:
-    """Joins of corners come in by the name of one."""
+    """Joins of corners come in by the name of one, and so do distances."""
     try:
         yield
     except Error as error:
-        raise renamed(error, function, "join" if error.argument == "corner_joins" else "") from None
+        raise renamed(error, function, _NAMES.get(error.argument, "")) from None
 
 
 @_records.compared
@@ -290,8 +335,7 @@ def offset_many(outlines: OutlinesLike, distance: NumbersLike | Number, *, start
         borders = Borders(*told(progress, "offset_many", lambda report: _korvale.offset_many(
             flat, begins, distances, height, keep_vertices, split, joins, report)))
     except Error as error:
-        names = {"distances": "distance", "corner_joins": "join"}
-        raise renamed(error, "offset_many", names.get(error.argument, "")) from None
+        raise renamed(error, "offset_many", _NAMES.get(error.argument, "")) from None
     if not repeated.any():
         return borders
     numbers = numpy.flatnonzero(kept).astype(numpy.int32) + numpy.int32(first)

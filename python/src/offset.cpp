@@ -213,12 +213,10 @@ py::tuple offset_many(const Doubles& points, const Longs& starts, const Doubles&
                           adopted_truths(all.removed, all.vertices), adopted(all.merged_into, {all.vertices}));
 }
 
-/// The fields of `korvale.Rings`.
-py::tuple offset_rings(py::handle outline, py::handle distance, py::handle height, py::handle keep_vertices,
-                       py::handle split, const py::tuple& joins, py::handle report)
+/// The fields of `korvale.Rings`; `make` calls the library.
+template <class Make>
+py::tuple rings_of(py::handle outline, How how, py::handle report, const Make& make)
 {
-    const double d = number_of(distance, "offset", "distance");
-    How how = how_of(height, keep_vertices, split, joins, "offset");
     korvale_offset_options& options = how.options;
     const PointsIn points(outline, "offset", "outline");
     const korvale_points from = detail::view_of(points.outline());
@@ -227,7 +225,7 @@ py::tuple offset_rings(py::handle outline, py::handle distance, py::handle heigh
                         [&](auto progress, void* user, korvale_error* error) {
                             options.progress = progress;
                             options.user = user;
-                            return korvale_offset_rings(&from, d, &options, &made, error);
+                            return make(&from, &options, &made, error);
                         });
     const korvale_ring_arrays all = korvale_rings_take(made);
     korvale_rings_free(made);
@@ -235,6 +233,23 @@ py::tuple offset_rings(py::handle outline, py::handle distance, py::handle heigh
     return py::make_tuple(adopted(all.points, {n, 3}), adopted(all.starts, {all.rings + 1}), adopted(all.sources, {n}),
                           adopted(all.parents, {all.rings}), adopted(all.births, {all.rings}),
                           adopted(all.ends, {all.rings}), adopted_truths(all.collapsed, all.rings));
+}
+
+py::tuple offset_rings(py::handle outline, py::handle distance, py::handle height, py::handle keep_vertices,
+                       py::handle split, const py::tuple& joins, py::handle report)
+{
+    const double d = number_of(distance, "offset", "distance");
+    return rings_of(outline, how_of(height, keep_vertices, split, joins, "offset"), report,
+                    [d](auto* from, auto... rest) { return korvale_offset_rings(from, d, rest...); });
+}
+
+/// Those of each distance one behind the other.
+py::tuple offset_distances(py::handle outline, const Doubles& distances, py::handle height, py::handle keep_vertices,
+                           py::handle split, const py::tuple& joins, py::handle report)
+{
+    const korvale_numbers each = {distances.data(), distances.size(), 0, 1, KORVALE_DOUBLE};
+    return rings_of(outline, how_of(height, keep_vertices, split, joins, "offset"), report,
+                    [&each](auto* from, auto... rest) { return korvale_offset_distances(from, &each, rest...); });
 }
 
 } // namespace
@@ -287,6 +302,7 @@ void bind_offset(py::module_& m)
     m.def("offset", &offset_any);
     m.def("offset_many", &offset_many);
     m.def("offset_rings", &offset_rings);
+    m.def("offset_distances", &offset_distances);
 }
 
 } // namespace korvale::python

@@ -58,6 +58,7 @@ CALLS = {
     "offset_many with starts": lambda: korvale.offset_many(VERTICES, 0.5, starts=[0, 4, 8]),
     "Borders": lambda: (twins(korvale.offset_many([SQUARE], 1)), korvale.offset_many([SQUARE], 1).singly()),
     "offset, all pieces": lambda: korvale.offset(SQUARE, -0.5, pieces=True),
+    "offset, many distances": lambda: korvale.offset(SQUARE, [-0.5, 1], pieces=True),
     "Rings": lambda: (twins(korvale.offset(SQUARE, 1, pieces=True)), korvale.offset(SQUARE, 1, pieces=True).singly()),
     "outlines": lambda: korvale.outlines([SQUARE, HOLE]),
     "shapes": lambda: korvale.shapes([SQUARE, HOLE]),

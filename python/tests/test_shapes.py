@@ -370,6 +370,23 @@ class SolidTest(RefusingTest):
         self.assertEqual(korvale.offset(waist, -1, pieces=True), korvale.offset([*waist, waist[0]], -1, pieces=True))
         self.assertEqual(korvale.offset(waist, -1, pieces=False), korvale.offset(waist, -1))
 
+    def test_keeps_all_pieces_at_many_distances(self):
+        waist = [(0, 0), (9, 0), (11, 4), (13, 0), (22, 0), (22, 9), (13, 9), (11, 5), (9, 9), (0, 9)]
+        distances = [-1, 0.5, -9, 0, -0.2, -1]
+        many = korvale.offset(waist, distances, height=2, pieces=True)
+        self.assertEqual(len(many), 6)
+        for distance, rings in zip(distances, many):
+            self.assertEqual(rings, korvale.offset(waist, distance, height=2, pieces=True))
+        self.assertEqual(many[5].parents.tolist(), [-1, 0])
+        self.assertEqual(korvale.offset(waist, numpy.float32([-1]), pieces=True),
+                         [korvale.offset(waist, -1, pieces=True)])
+        self.assertEqual(korvale.offset(waist, [], pieces=True), [])
+        self.assertEqual(korvale.offset(waist, numpy.array(-1), pieces=True), korvale.offset(waist, -1, pieces=True))
+        self.assertRefuses("offset: distance must be finite, but number 1 is nan",
+                           lambda: korvale.offset(waist, [1, math.nan], pieces=True))
+        self.assertRefuses("offset: distance must be a number or, where pieces are kept, numbers (n,), but its shape "
+                           "is (1, 2)", lambda: korvale.offset(waist, [[1, 2]], pieces=True))
+
     def test_joins_corners(self):
         bevelled = korvale.offset(SQUARE, 1, join="bevel")
         numpy.testing.assert_allclose(bevelled.xy, [(-1, 0), (0, -1), (4, -1), (5, 0), (5, 4), (4, 5), (0, 5), (-1, 4)],

@@ -30,6 +30,7 @@ assert_type(korvale.offset_many([border.points, border.points], 1).collapsed, ND
 assert_type(korvale.offset_many(border.points, 1, starts=[0, 4]).sources, NDArray[np.int32])
 assert_type(korvale.offset(square, 1, pieces=True), korvale.Rings)
 assert_type(korvale.offset(border.points, 1, pieces=True).births, NDArray[np.float64])
+assert_type(korvale.offset(square, [1, 2], pieces=True), list[korvale.Rings])
 assert_type(korvale.offset(square, 1, pieces=False), korvale.Offset)
 assert_type(korvale.offset(square, 1, join="round", tolerance=0.1).sources, NDArray[np.int32])
 assert_type(korvale.offset(square, 1, pieces=True, join=["bevel", "miter", "miter", "round"]), korvale.Rings)
