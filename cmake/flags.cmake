@@ -54,3 +54,7 @@ add_library(korvale_library_flags INTERFACE)
 target_link_libraries(korvale_library_flags INTERFACE korvale_flags)
 target_compile_options(korvale_library_flags INTERFACE -fno-fast-math)
 target_link_options(korvale_library_flags INTERFACE -fno-fast-math -O2)
+# Tables of addresses are filled when the library is loaded and read-only from then on.
+if(UNIX)
+    target_link_options(korvale_library_flags INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack,-z,text)
+endif()
