@@ -7,6 +7,7 @@
 
 #include "border/internal/sweep.h"
 #include "door/internal/band_crossing.h"
+#include "door/internal/caps.h"
 #include "door/internal/knots.h"
 #include "door/internal/offset.h"
 #include "door/internal/vectors.h"
@@ -518,6 +519,12 @@ struct Untied {
     }
 };
 
+/// Where a side of a band ends: by a step, seen along the normal, from the end of a line whose knots are their means.
+struct SideEnd {
+    Point end;
+    Place step;
+};
+
 /// The borders of a line on either side, which pass by its knots as if they were points.
 class Sides {
 public:
@@ -546,6 +553,19 @@ public:
     const Vector<uint8_t>& removed() const { return removed_; }
     const Vector<uint8_t>& narrowed() const { return narrowed_; }
     bool is_collapsed() const { return banding_.is_collapsed(); }
+
+    /// The end of the latest side at the beginning or the end of the line, unless it has given way there.
+    std::optional<SideEnd> end(bool last, double distance) const
+    {
+        constexpr double kRounding = 1e-06;
+        const size_t k = last ? swept().size() - 1 : 0;
+        if (banding_.removed()[k] != 0 || narrowed_[last ? line_.size() - 1 : 0] != 0)
+            return {};
+        const Place step = plane_.place_of(minus(banding_.border()[k], swept()[k]));
+        if (std::fabs(std::sqrt(dot(step, step)) - std::fabs(distance)) > kRounding * std::fabs(distance))
+            return {};
+        return SideEnd{swept()[k], step};
+    }
 
 private:
     /// Work of a sweep of all points at once. A line without knots keeps the bits of that where it takes no more than
@@ -611,6 +631,19 @@ double scale_along(Outline line, const Point* up, double distance)
     return scale_for(seen, std::max(distance, extent_of(line).half));
 }
 
+/// The cap at the beginning or the end of a line, to whose right or left one of its sides is.
+Vector<Point> cap_at(bool last, const SideEnd& side, bool is_right, const Caps& caps, const LinePlane& plane,
+                     double height)
+{
+    const Place ahead = is_right ? Place{-side.step.y, side.step.x} : Place{side.step.y, -side.step.x};
+    Vector<Point> points;
+    for (const Place& corner : cap_from(caps, side.step, (last ? 1.0 : -1.0) * ahead))
+        points.push_back(plus(plus(plus(side.end, corner.x, plane.x), corner.y, plane.y), height, plane.normal));
+    if (!last)
+        std::ranges::reverse(points);
+    return points;
+}
+
 void make_band(Outline line, double distance, const korvale_band_options& how, Band& band)
 {
     const size_t n = line.size();
@@ -633,17 +666,30 @@ void make_band(Outline line, double distance, const korvale_band_options& how, B
         }
         band.collapsed &= sides.is_collapsed();
     };
+    const Caps caps = caps_of(how, std::fabs(distance));
+    std::optional<SideEnd> ends[2];
     const Telling telling = {how.progress, how.user, 0.0, how.both_sides != 0 ? 0.5 : 1.0};
     sides.run(scale * distance, scale * how.height, telling);
     take(false);
+    for (const bool last : {false, true})
+        ends[last] = sides.end(last, scale * distance);
     if (how.both_sides != 0) {
         sides.run(-scale * distance, scale * how.height, telling.part(1.0, 1.0));
         take(true);
+        for (const bool last : {false, true})
+            if (!sides.end(last, scale * distance))
+                ends[last].reset();
     } else {
         std::reverse_copy(work.begin(), work.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(n));
     }
     look_for_crossing(plane, how, band);
-    scaled(band.outline, 1.0 / scale, band.outline.data());
+    for (const bool last : {false, true})
+        if (caps.are_some && ends[last])
+            band.caps[last] = cap_at(last, *ends[last], distance > 0, caps, plane, scale * how.height);
+    if (!band.caps[0].empty() || !band.caps[1].empty())
+        look_for_crossing_of_caps(plane, band);
+    for (Vector<Point>* const points : {&band.outline, &band.caps[0], &band.caps[1]})
+        scaled(*points, 1.0 / scale, points->data());
     if (how.both_sides == 0)
         std::reverse_copy(line.begin(), line.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(n));
 }
@@ -675,6 +721,38 @@ void require_band(double distance, const korvale_band_options& how)
     }
     if (distance == 0.0)
         throw Refusal("distance", "be other than 0", "it is 0");
+    if (how.cap < KORVALE_CAP_FLAT || how.cap > KORVALE_CAP_ROUND)
+        throw Refusal("options.cap", "be 0 (flat), 1 (square) or 2 (round)", Text() << "it is " << how.cap);
+    if (!is_finite(how.tolerance) || how.tolerance < 0.0)
+        throw Refusal("options.tolerance", "be 0 or more", Text() << "it is " << how.tolerance);
+    if (how.cap != KORVALE_CAP_FLAT && how.outlines == nullptr)
+        throw Refusal("options.outlines", "be given where there are caps", "it is null");
+}
+
+/// The outlines of a band with their caps, and the points of its line that their points belong to.
+RingList rings_of(const Band& band, bool closed)
+{
+    const auto n = static_cast<int32_t>(band.removed.size());
+    RingList rings;
+    rings.points = band.whole();
+    const auto add = [&](size_t count, int32_t from, int32_t step) {
+        for (size_t i = 0; i < count; ++i)
+            rings.sources.push_back(from + step * static_cast<int32_t>(i));
+    };
+    add(band.removed.size(), 0, 1);
+    add(band.caps[1].size(), n - 1, 0);
+    add(band.removed.size(), n - 1, -1);
+    add(band.caps[0].size(), 0, 0);
+    rings.starts = {0};
+    if (closed)
+        rings.starts.push_back(n);
+    rings.starts.push_back(static_cast<int64_t>(rings.points.size()));
+    const size_t count = rings.starts.size() - 1;
+    rings.parents.assign(count, -1);
+    rings.births.assign(count, 0.0);
+    rings.ends.assign(count, 0.0);
+    rings.collapsed.assign(count, band.collapsed ? 1 : 0);
+    return rings;
 }
 
 } // namespace
@@ -684,8 +762,10 @@ using namespace korvale::door;
 
 void korvale_band_defaults(korvale_band_options* options, size_t size)
 {
-    give_defaults(options, size,
-                  korvale_band_options{sizeof *options, 0, 0, 0, 0.0, {0.0, 0.0, 0.0}, 4.0, nullptr, nullptr});
+    give_defaults(
+        options, size,
+        korvale_band_options{
+            sizeof *options, 0, 0, 0, 0.0, {0.0, 0.0, 0.0}, 4.0, nullptr, nullptr, KORVALE_CAP_FLAT, 0, 0.0, nullptr});
 }
 
 korvale_status korvale_band(const korvale_points* line, double distance, const korvale_band_options* options,
@@ -706,6 +786,8 @@ korvale_status korvale_band(const korvale_points* line, double distance, const k
         made.removed.resize(n);
         made.narrowed.resize(n);
         make_band(in.points(), distance, how, made);
+        if (how.outlines != nullptr)
+            *how.outlines = new_rings(rings_of(made, how.closed != 0));
 
         std::memcpy(band->outline, made.outline.data(), 2 * n * sizeof(Point));
         if (band->removed != nullptr)

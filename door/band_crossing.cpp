@@ -144,4 +144,14 @@ void look_for_crossing(const LinePlane& plane, const korvale_band_options& how, 
     }
 }
 
+void look_for_crossing_of_caps(const LinePlane& plane, Band& band)
+{
+    const Vector<Point> outline = band.whole();
+    Places places;
+    places.add(outline, outline.size(), plane, 0.0, 0);
+    band.crosses = find_crossing(places, band.crossing);
+    if (!band.crosses)
+        band.crossing[0] = band.crossing[1] = 0;
+}
+
 } // namespace korvale::door

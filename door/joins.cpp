@@ -62,20 +62,14 @@ Place halfway(const Place& a, const Place& b, double side)
     return {-side * outwards.y, side * outwards.x};
 }
 
-/// How often a turn has to be halved.
+/// How often the turn of a corner has to be halved.
 int halvings(int32_t kind, double cos_half_turn, const Joins& joins, double distance)
 {
     switch (kind) {
     case KORVALE_JOIN_BEVEL:
         return 1;
-    case KORVALE_JOIN_ROUND: {
-        const double part = joins.tolerance > 0.0 ? joins.tolerance / distance : kTolerance;
-        const double least = 1.0 / (1.0 + std::max(part, kLeastTolerance));
-        int times = 0;
-        for (double c = cos_half_turn; c < least; c = std::sqrt(0.5 + 0.5 * c))
-            ++times;
-        return times;
-    }
+    case KORVALE_JOIN_ROUND:
+        return halvings_to(cos_half_turn, least_cosine(joins.tolerance, distance));
     default:
         return joins.miter_limit > 0.0 && cos_half_turn * joins.miter_limit < 1.0 ? 1 : 0;
     }
@@ -111,6 +105,36 @@ Corners corners_of(std::span<const Place> places)
 }
 
 } // namespace
+
+double least_cosine(double tolerance, double distance)
+{
+    const double part = tolerance > 0.0 ? tolerance / distance : kTolerance;
+    return 1.0 / (1.0 + std::max(part, kLeastTolerance));
+}
+
+int halvings_to(double cos_half_turn, double least)
+{
+    int times = 0;
+    for (double c = cos_half_turn; c < least; c = std::sqrt(0.5 + 0.5 * c))
+        ++times;
+    return times;
+}
+
+Vector<Place> halved(const Place& from, const Place& to, double side, int times)
+{
+    Vector<Place> directions = {from, to};
+    for (int k = 0; k < times; ++k) {
+        Vector<Place> finer;
+        finer.reserve(2 * directions.size());
+        for (size_t i = 0; i + 1 < directions.size(); ++i) {
+            finer.push_back(directions[i]);
+            finer.push_back(halfway(directions[i], directions[i + 1], side));
+        }
+        finer.push_back(to);
+        directions = std::move(finer);
+    }
+    return directions;
+}
 
 JoinsIn::JoinsIn(const korvale_offset_options& options, int64_t corners)
     : of_corners_(&options.corner_joins, "options.corner_joins"), joins_{options.join, options.miter_limit,
@@ -159,16 +183,7 @@ void JoinedOutline::cut(Corner& corner, const Joins& joins) const
     const int times = halvings(corner.kind, corner.cos_half_turn, joins, std::fabs(distance_) / zoom_);
     if (times == 0)
         return;
-    for (int k = 0; k < times; ++k) {
-        Vector<Place> finer;
-        finer.reserve(2 * corner.directions.size());
-        for (size_t i = 0; i + 1 < corner.directions.size(); ++i) {
-            finer.push_back(corner.directions[i]);
-            finer.push_back(halfway(corner.directions[i], corner.directions[i + 1], side));
-        }
-        finer.push_back(f);
-        corner.directions = std::move(finer);
-    }
+    corner.directions = halved(e, f, side, times);
 
     const Place middle = corner.directions[corner.directions.size() / 2];
     const std::span<const Place> edges(corner.directions.data() + 1, corner.directions.size() - 2);

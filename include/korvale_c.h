@@ -343,6 +343,13 @@ KORVALE_C_API void korvale_rings_free(korvale_rings* rings);
 
 // --- Bands -----------------------------------------------------------------------------------------------------------
 
+/// How a band ends at the ends of an open line.
+enum {
+    KORVALE_CAP_FLAT = 0,   ///< at the end of the line, square to it
+    KORVALE_CAP_SQUARE = 1, ///< a distance beyond it
+    KORVALE_CAP_ROUND = 2   ///< in an arc around it, of edges outside it
+};
+
 /// How a band is laid along a line.
 typedef struct korvale_band_options {
     uint32_t size;      ///< of this struct, in bytes
@@ -360,9 +367,24 @@ typedef struct korvale_band_options {
     double miter_limit;        ///< no point of the border is farther from the line than this times the distance
     korvale_progress progress; ///< told while bands of many points are laid; may be null
     void* user;                ///< handed to `progress`
+    int32_t cap;               ///< KORVALE_CAP_FLAT and so on, at both ends; others want `outlines`
+    int32_t reserved;          ///< 0
+    double tolerance;          ///< of a round cap, as of a round join: how far it may be outside the arc; 0: 1 / 200 of
+                               ///< the distance. Less than a millionth of the distance counts as that
+    korvale_rings** outlines;  ///< made, unless it is null: the outline of the band with its caps
 } korvale_band_options;
 
-/// One side, an open line, no `up`, height 0, miter limit 4, no progress.
+/// One side, an open line, no `up`, height 0, miter limit 4, no progress, flat ends, no outlines.
+///
+/// A cap goes from the end of the border to that on the other side, or, of one side, to the place a distance beyond the
+/// end of the line. It has edges where an arc around the end is touched after its quarters have been halved as often as
+/// `tolerance`, or of a square one `miter_limit`, wants it: not at all but for a limit below 1.414. There is none where
+/// an end of the border has given way, nor of a closed line. What it runs into does not move it; `crosses` tells.
+///
+/// `outlines` is to be released by the caller. Ring 0 is the border in the order of the line, the cap at its end, the
+/// other side backwards and the cap at its beginning; of a closed line rings 0 and 1 are the sides. Of its arrays
+/// `sources` are the points of the line, those of a cap belonging to the end. `parents` are -1, `births` and `ends` 0,
+/// `collapsed` that of the band. The numbers of `crossing` are those of edges of the rings then.
 KORVALE_C_API void korvale_band_defaults(korvale_band_options* options, size_t size);
 
 /// A closed outline along a line of n points; of a closed line two of them, of n points each. The caller sets the

@@ -32,10 +32,25 @@ struct Band {
     bool collapsed = true; // until a side has a border
     bool crosses = false;
     int64_t crossing[2] = {0, 0};
+    Vector<Point> caps[2] = {}; ///< of its outline at the beginning and at the end of the line
+
+    /// The outline with its caps.
+    Vector<Point> whole() const
+    {
+        const auto half = outline.begin() + static_cast<std::ptrdiff_t>(outline.size() / 2);
+        Vector<Point> points(outline.begin(), half);
+        points.insert(points.end(), caps[1].begin(), caps[1].end());
+        points.insert(points.end(), half, outline.end());
+        points.insert(points.end(), caps[0].begin(), caps[0].end());
+        return points;
+    }
 };
 
 /// Tells where outlines meet themselves. Where they do so only beside points that are one but for rounding, or for
 /// events of a sweep at nearly the same time, these become one to the bit, and nothing meets.
 void look_for_crossing(const LinePlane& plane, const korvale_band_options& how, Band& band);
+
+/// The same of an open band with its caps, once that is done.
+void look_for_crossing_of_caps(const LinePlane& plane, Band& band);
 
 } // namespace korvale::door

@@ -8,6 +8,17 @@
 // where it shrinks.
 namespace korvale::door {
 
+/// The cosine of half a turn whose corner outside an arc is as far from it as a tolerance allows; 0 is a part of the
+/// distance.
+double least_cosine(double tolerance, double distance);
+
+/// How often a turn has to be halved until half of it has no smaller cosine than the least.
+int halvings_to(double cos_half_turn, double least);
+
+/// Directions from one to another, up to half a turn to its left where `side` is 1 and else to its right, after that
+/// turn has been halved so often.
+Vector<Place> halved(const Place& from, const Place& to, double side, int times);
+
 /// The joins asked for, once they have been found sound.
 struct Joins {
     int32_t kind = KORVALE_JOIN_MITER;        ///< of all corners

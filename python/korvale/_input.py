@@ -98,6 +98,16 @@ def joins(join: Any, miter_limit: Any, tolerance: Any, function: str) -> Joins:
     return 0, numpy.array([JOINS.index(name) for name in each], numpy.int32), limit, width
 
 
+CAPS = ("flat", "square", "round")
+
+
+def cap(cap: Any, tolerance: Any, function: str) -> tuple[int, float]:
+    """How a band ends: the number of a cap, and a tolerance, 0 for none."""
+    if not isinstance(cap, str) or cap not in CAPS:
+        raise refuse(function, "cap", 'be "flat", "square" or "round"', f"it is {_shown(cap)}")
+    return CAPS.index(cap), 0.0 if tolerance is None else number(tolerance, function, "tolerance")
+
+
 def text(value: Any, function: str, argument: str) -> str:
     """A text; what UTF-8 has no code for, half of a surrogate pair, becomes a question mark."""
     if not isinstance(value, str):

@@ -160,8 +160,8 @@ def offset_many(
     joins: _Joins, report: Callable[[int], bool] | None
 ) -> tuple[_Doubles, NDArray[numpy.int64], _Ints, _Truths, _Truths, _Ints]: ...
 def band(
-    line: Any, distance: Any, height: Any, both_sides: Any, up: Any, closed: Any, miter_limit: Any,
-    report: Callable[[int], bool] | None
+    line: Any, distance: Any, height: Any, both_sides: Any, up: Any, closed: Any, miter_limit: Any, cap: int,
+    tolerance: float, report: Callable[[int], bool] | None
 ) -> Band: ...
 def thin(line: Any, tolerance: Any) -> NDArray[numpy.int64]: ...
 def bevel(outlines: list[_Doubles], profile: _Doubles, split: Any, crossing: Any,

@@ -15,8 +15,8 @@ from ._korvale import Band, Mesh, Offset
 from ._progress import Progress, told
 from ._transform import Transform
 from ._types import (
-    ChoiceLike, Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, JoinLike, LineLike, MeshLike,
-    Number, NumbersLike, OutlinesLike, Path, PointLike, ProgressLike, RowsLike, ShapeLike, ShapesLike, Truths,
+    CapLike, ChoiceLike, Doubles, FacesLike, HasArray, HasCoords, HasExterior, HasGeoms, Ints, JoinLike, LineLike,
+    MeshLike, Number, NumbersLike, OutlinesLike, Path, PointLike, ProgressLike, RowsLike, ShapeLike, ShapesLike, Truths,
 )
 
 if TYPE_CHECKING:
@@ -402,6 +402,8 @@ def band(
     up: PointLike | None = None,
     closed: bool | None = None,
     miter_limit: Number = 4.0,
+    cap: CapLike = "flat",
+    tolerance: Number | None = None,
     progress: ProgressLike = None,
 ) -> Band:
     """The band between a line and its border, to the right of the line where the distance is positive.
@@ -420,19 +422,23 @@ def band(
     miter_limit: no point of the border is farther from the line than this many distances. That of a sharper corner ends
         there, on the bisector, as ``narrowed`` tells. The border runs straight to it from the points beside it, and so
         comes nearer to the line than the distance, the more the sharper the corner is.
+    cap: how the band ends at both ends of an open line: "flat", square to it, "square", a distance beyond it, or
+        "round", in an arc around it. Of one side it is half of that.
+    tolerance: how far a round cap may be outside the arc, as for `offset`.
     progress: as for `offset`.
 
-    The outline has two points for each point of the line. Where a bend is tighter than the distance, points of the
-    border give way and share a place; `removed` names them. Where another part of the line is nearer, as in a hairpin,
-    the border keeps halfway between them; `narrowed` names these. Where the line goes back and forth within a distance,
-    as a track does that stood still, the border passes by as if it were a point there: all points of such a knot share
-    a place, seen along `up`, and keep their heights. So a border ends beside the middle of a knot in which its line
-    ends. Beside a knot whose points deviate by up to a tenth of the distance the band is right to some hundredths of
-    it, by three tenths to some tenths; noise of more than that makes borders that cross themselves: `thin` the track
-    first. `crossing` tells where the outline meets itself after all, as it does halfway between legs of a hairpin that
-    are nearer to each other than two distances, and where the distance is below the rounding of the coordinates. Inside
-    a closed line that is tighter than the distance the border gives way to one place. A band that is `collapsed` has no
-    border at this distance anywhere.
+    The outline has two points for each point of the line, and those of caps, which belong to the ends, as `sources`
+    tells. There is no cap where an end of the border has given way; what it runs into does not move it. Where a bend is
+    tighter than the distance, points of the border give way and share a place; `removed` names them. Where another part
+    of the line is nearer, as in a hairpin, the border keeps halfway between them; `narrowed` names these. Where the
+    line goes back and forth within a distance, as a track does that stood still, the border passes by as if it were a
+    point there: all points of such a knot share a place, seen along `up`, and keep their heights. So a border ends
+    beside the middle of a knot in which its line ends. Beside a knot whose points deviate by up to a tenth of the
+    distance the band is right to some hundredths of it, by three tenths to some tenths; noise of more than that makes
+    borders that cross themselves: `thin` the track first. `crossing` tells where the outline meets itself after all, as
+    it does halfway between legs of a hairpin that are nearer to each other than two distances, and where the distance
+    is below the rounding of the coordinates. Inside a closed line that is tighter than the distance the border gives
+    way to one place. A band that is `collapsed` has no border at this distance anywhere.
 
     >>> road = korvale.band([(0, 0), (10, 0), (10, 10)], 1, both_sides=True)
     >>> road.outline[:3, :2]
@@ -443,11 +449,15 @@ def band(
     (False, None)
     >>> korvale.band([(0, 0), (4, 0), (4, 4), (0, 4)], 1, closed=True).border[2]
     array([5., 5., 0.])
+    >>> pill = korvale.band([(0, 0), (4, 0)], 1, both_sides=True, cap="round", tolerance=0.1)
+    >>> pill.sources
+    array([0, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0], dtype=int32)
     """
+    ends = _input.cap(cap, tolerance, "band")
     if progress is None:
-        return _korvale.band(line, distance, height, both_sides, up, closed, miter_limit, None)
+        return _korvale.band(line, distance, height, both_sides, up, closed, miter_limit, *ends, None)
     return told(progress, "band", lambda report: _korvale.band(line, distance, height, both_sides, up, closed,
-                                                               miter_limit, report))
+                                                               miter_limit, *ends, report))
 
 
 def thin(line: LineLike, tolerance: Number) -> NDArray[numpy.int64]:

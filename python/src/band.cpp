@@ -19,7 +19,7 @@ bool is_equal(const LaidBand& a, const LaidBand& b)
     };
     return a.closed == b.closed && a.collapsed == b.collapsed && edges(a) == edges(b) &&
            std::ranges::equal(a.outline, b.outline) && std::ranges::equal(a.removed, b.removed) &&
-           std::ranges::equal(a.narrowed, b.narrowed);
+           std::ranges::equal(a.narrowed, b.narrowed) && std::ranges::equal(a.sources, b.sources);
 }
 
 py::array outline_of(py::object self)
@@ -28,10 +28,16 @@ py::array outline_of(py::object self)
     return view_of(std::span(outline.data(), outline.size()), self);
 }
 
-py::array border_of(py::object self)
+/// One side of a band, in its outline.
+py::array side_of(py::object self, std::span<const Point> side)
 {
     Points& outline = self.cast<LaidBand&>().outline;
-    return view_of(std::span(outline.data(), outline.size() / 2), self);
+    return view_of(std::span(outline.data() + (side.data() - outline.data()), side.size()), self);
+}
+
+py::array border_of(py::object self)
+{
+    return side_of(self, static_cast<const Band&>(self.cast<LaidBand&>()).border());
 }
 
 py::array removed_of(py::object self)
@@ -46,9 +52,12 @@ py::array narrowed_of(py::object self)
     return truths_of(narrowed.data(), narrowed.size(), self);
 }
 
-py::array sources_of(const LaidBand& band)
+py::array sources_of(py::object self)
 {
-    const std::size_t n = band.outline.size() / 2;
+    LaidBand& band = self.cast<LaidBand&>();
+    if (!band.sources.empty())
+        return view_of(band.sources.data(), {static_cast<py::ssize_t>(band.sources.size())}, self);
+    const std::size_t n = band.removed.size();
     py::array_t<std::int32_t> sources(static_cast<py::ssize_t>(2 * n));
     std::int32_t* const to = sources.mutable_data();
     for (std::size_t i = 0; i < n; ++i)
@@ -58,9 +67,7 @@ py::array sources_of(const LaidBand& band)
 
 py::array other_side_of(py::object self)
 {
-    Points& outline = self.cast<LaidBand&>().outline;
-    const std::size_t n = outline.size() / 2;
-    return view_of(std::span(outline.data() + n, n), self);
+    return side_of(self, static_cast<const Band&>(self.cast<LaidBand&>()).other_side());
 }
 
 py::list outlines_of(py::object self)
@@ -85,8 +92,9 @@ py::object crossing_of(const LaidBand& band)
 py::tuple state_of(py::object self)
 {
     const LaidBand& band = self.cast<LaidBand&>();
+    const py::object sources = band.sources.empty() ? py::object(py::none()) : py::object(sources_of(self));
     return py::make_tuple(outline_of(self), removed_of(self), band.collapsed, crossing_of(band), narrowed_of(self),
-                          band.closed);
+                          band.closed, sources);
 }
 
 LaidBand restored(const py::tuple& state)
@@ -107,11 +115,16 @@ LaidBand restored(const py::tuple& state)
         const py::tuple edges = state[3];
         band.crossing = Crossing{edges[0].cast<std::size_t>(), edges[1].cast<std::size_t>()};
     }
+    if (!state[6].is_none()) {
+        const auto sources = state[6].cast<py::array_t<std::int32_t, py::array::c_style>>();
+        band.sources = Array<std::int32_t>(static_cast<std::size_t>(sources.size()));
+        std::copy_n(sources.data(), band.sources.size(), band.sources.data());
+    }
     return band;
 }
 
 LaidBand band_of(py::handle line, py::handle distance, py::handle height, py::handle both_sides, py::handle up,
-                 py::handle closed, py::handle miter_limit, py::handle report)
+                 py::handle closed, py::handle miter_limit, int cap, double tolerance, py::handle report)
 {
     const PointsIn points(line, "band", "line");
     korvale_band_options options;
@@ -123,6 +136,10 @@ LaidBand band_of(py::handle line, py::handle distance, py::handle height, py::ha
     options.has_up = !up.is_none();
     if (options.has_up != 0)
         std::ranges::copy(PointsIn(converted("point", up, "band", "up"), "band", "up").view()[0], options.up);
+    options.cap = cap;
+    options.tolerance = tolerance;
+    korvale_rings* whole = nullptr;
+    options.outlines = cap == KORVALE_CAP_FLAT ? nullptr : &whole;
     const double d = number_of(distance, "band", "distance");
     const PointView view = options.closed != 0 ? points.outline() : points.view();
     const std::size_t n = view.size();
@@ -139,6 +156,11 @@ LaidBand band_of(py::handle line, py::handle distance, py::handle height, py::ha
         options.user = user;
         return korvale_band(&places, d, &options, &result, error);
     });
+    if (whole != nullptr) {
+        Rings rings = detail::taken(whole);
+        band.outline = std::move(rings.points);
+        band.sources = std::move(rings.sources);
+    }
     band.collapsed = result.collapsed != 0;
     if (result.crosses != 0)
         band.crossing =
@@ -168,8 +190,8 @@ void bind_band(py::module_& m)
                          "A closed outline along a line. Made by `band`.\n\n"
                          "It is its outline where NumPy asks: numpy.asarray(result), len(result), for point in result.")
         .def_property_readonly("outline", &outline_of,
-                               "float64 (2 N, 3): the border in the order of the line, then the other side backwards; "
-                               "the library's own memory.")
+                               "float64 (2 N, 3): the border in the order of the line, then the other side backwards, "
+                               "and behind each of them the points of a cap; the library's own memory.")
         .def_property_readonly("border", &border_of,
                                "float64 (N, 3): the border alone, one point for each point of the line.")
         .def_property_readonly("removed", &removed_of,

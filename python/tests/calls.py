@@ -65,6 +65,7 @@ CALLS = {
     "band": lambda: korvale.band(LINE, 1, both_sides=True, up=(0, 0, 1)),
     "carry": lambda: (korvale.carry(X[:3], BAND), korvale.carry(X[:4], BORDER, mix=True)),
     "thin": lambda: korvale.thin(LINE, 1),
+    "band with caps": lambda: twins(korvale.band(LINE, 1, both_sides=True, cap="round")),
     "Band": lambda: (BAND.outline, BAND.border, BAND.removed, BAND.crossing, twins(BAND)),
     "bevel": lambda: korvale.bevel([SQUARE, HOLE], [(0, 0), (-0.25, 1)]),
     "tube": lambda: korvale.tube(LINE, SECTION),

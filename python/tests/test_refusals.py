@@ -77,6 +77,7 @@ CASES = {
              {"line": POINTS, "distance": [*NUMBER, 0], "height": NUMBER, "both_sides": FLAG,
               "up": [p for p in POINT if p is not None] + [(0, 0, 0)],
               "closed": [flag for flag in FLAG if flag is not None], "miter_limit": [*NUMBER, 0.5],
+              "cap": [*TEXT, "pointed", ["flat"]], "tolerance": JOINS["tolerance"],
               "progress": PROGRESS}),
     "carry": (korvale.carry, {"values": X[:4], "result": korvale.offset(SQUARE, 1)},
               {"values": [*NOTHING, "text", 5, X, [[1, 2], [3]], {1, 2}, numpy.ma.masked_less(X[:4], 2)],

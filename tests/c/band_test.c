@@ -38,6 +38,31 @@ done:
     return (korvale_status)error.status;
 }
 
+static korvale_status has_caps_beyond_the_ends(void)
+{
+    const double ends[] = {0, 0, 4, 0};
+    const korvale_points line = {.data = ends, .count = 2, .dim = 2};
+    korvale_band_options options;
+    double outline[12] = {0};
+    korvale_band_result band = {.outline = outline};
+    korvale_rings* rings = NULL;
+    korvale_error error;
+    korvale_band_defaults(&options, sizeof options);
+    CHECK(options.cap == KORVALE_CAP_FLAT && options.tolerance == 0 && options.outlines == NULL);
+    options.cap = KORVALE_CAP_SQUARE;
+    options.outlines = &rings;
+    TRY_WRITING(outline, korvale_band(&line, 1, &options, &band, &error));
+    const korvale_ring_arrays all = korvale_rings_view(rings);
+    CHECK(all.rings == 1 && all.starts[1] == 8 && all.sources[1] == 1 && all.sources[2] == 1 && all.sources[7] == 0);
+    CHECK_NEAR(all.points, 0, -1, 0, 4, -1, 0, 5, -1, 0, 5, 0, 0, 4, 0, 0, 0, 0, 0, -1, 0, 0, -1, -1, 0);
+    options.cap = 3;
+    REFUSE(korvale_band(&line, 1, &options, &band, &error), KORVALE_BAD_ARGUMENT,
+           "korvale_band: options.cap must be 0 (flat), 1 (square) or 2 (round), but it is 3");
+done:
+    korvale_rings_free(rings);
+    return (korvale_status)error.status;
+}
+
 static korvale_status keeps_the_points_that_matter(void)
 {
     const double points[] = {0, 0, 1, 0.01, 2, 0, 2, 2};
@@ -57,5 +82,6 @@ void band_tests(void)
 {
     RUN(lies_to_the_right_of_the_line);
     RUN(bends_with_the_line);
+    RUN(has_caps_beyond_the_ends);
     RUN(keeps_the_points_that_matter);
 }

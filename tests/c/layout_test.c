@@ -75,10 +75,13 @@ static korvale_status options_are_laid_out(void)
     SIZE(korvale_scatter_options, 56);
     PLACE(korvale_scatter_options, weights, 8);
     PLACE(korvale_scatter_options, progress, 40);
-    SIZE(korvale_band_options, 72);
+    SIZE(korvale_band_options, 96);
     PLACE(korvale_band_options, height, 16);
     PLACE(korvale_band_options, miter_limit, 48);
     PLACE(korvale_band_options, progress, 56);
+    PLACE(korvale_band_options, cap, 72);
+    PLACE(korvale_band_options, tolerance, 80);
+    PLACE(korvale_band_options, outlines, 88);
     SIZE(korvale_flatten_options, 16);
     SIZE(korvale_shapes_options, 40);
     PLACE(korvale_shapes_options, crossing, 4);

@@ -235,5 +235,28 @@ TEST(FaceBand, SaysWhatItRefuses)
               "band: line must not run along options.up, but it does");
 }
 
+TEST(FaceBand, HasItsSidesWhereTheyAreWithoutCaps)
+{
+    const Outline line = {{0, 0, 0}, {4, 0, 0}, {8, 3, 0}};
+    for (const bool both : {false, true}) {
+        const Band flat = band(line, 0.5, {.both_sides = both});
+        EXPECT_TRUE(flat.sources.empty());
+        for (const Cap cap : {Cap::square, Cap::round}) {
+            const Band capped = band(line, 0.5, {.both_sides = both, .cap = cap});
+            EXPECT_EQ(coordinates(capped.border()), coordinates(flat.border()));
+            EXPECT_EQ(coordinates(capped.other_side()), coordinates(flat.other_side()));
+            EXPECT_EQ(capped.sources.size(), capped.outline.size());
+            EXPECT_GT(capped.outline.size(), 6u);
+            EXPECT_EQ(capped, capped.clone());
+            const Carried<double> carried = carry(std::vector<double>{0, 1, 2}, capped);
+            EXPECT_TRUE(std::ranges::equal(carried, capped.sources));
+        }
+    }
+    EXPECT_EQ(band({{0, 0, 0}, {0, 0, 0}}, 1, {.cap = Cap::round}).other_side().size(), 2u); // no sides, no caps
+    EXPECT_EQ(band({{0, 0, 0}, {9, 0, 0}, {9, 9, 0}}, 1, {.closed = true, .cap = Cap::round}).outline.size(), 6u);
+    EXPECT_EQ(refusal_of([&] { band(line, 1, {.tolerance = -1}); }),
+              "band: options.tolerance must be 0 or more, but it is -1");
+}
+
 } // namespace
 } // namespace korvale::test

@@ -26,6 +26,19 @@ EXAMPLE("korvale::Band korvale::Crossing")
     // > edges 0 and 3 of the outline meet
 }
 
+EXAMPLE("korvale::Cap")
+{
+    const std::vector<Point> line = {{2, 3, 0}, {6, 3, 0}};
+    for (korvale::Cap cap : {korvale::Cap::flat, korvale::Cap::square, korvale::Cap::round}) {
+        const korvale::Band stroke = korvale::band(line, 1, {.both_sides = true, .cap = cap, .tolerance = 0.1});
+        std::printf("%zu points, from %.2f\n", stroke.outline.size(),
+                    std::ranges::min(stroke.outline, {}, [](const Point& p) { return p[0]; })[0]);
+    }
+    // > 4 points, from 2.00
+    // > 8 points, from 1.00
+    // > 12 points, from 1.00
+}
+
 EXAMPLE("korvale::thin")
 {
     const std::vector<Point> track = {{0, 0, 0}, {1, 0.1, 0}, {2, -0.1, 0}, {3, 0, 0}, {3, 4, 0}};

@@ -2,10 +2,16 @@
 
 #include <optional>
 
-#include "points.hpp"
-#include "progress.hpp"
+#include "offset.hpp"
 
 namespace korvale {
+
+/// How a band ends at the ends of an open line.
+enum class Cap : std::int32_t {
+    flat = KORVALE_CAP_FLAT,     ///< at the end of the line, square to it
+    square = KORVALE_CAP_SQUARE, ///< a distance beyond it
+    round = KORVALE_CAP_ROUND    ///< in an arc around it, of edges outside it
+};
 
 /// How `band` works.
 struct BandOptions {
@@ -22,6 +28,8 @@ struct BandOptions {
     double miter_limit = 4.0; ///< no point of the border is farther from the line than this many distances; that of a
                               ///< sharper corner ends there, on the bisector, and the border runs straight to it
     Progress progress = {};   ///< told while bands of many points are laid; it may stop that
+    Cap cap = Cap::flat;      ///< at both ends of an open line, where its border has not given way there
+    double tolerance = 0.0;   ///< how far a round cap may be outside the arc; 0: 1 / 200 of the distance
 };
 
 /// Two edges of a band that meet.
@@ -35,7 +43,8 @@ struct Crossing {
 
 /// A closed outline along a line; along a closed line two of them, `border()` and `other_side()`.
 struct Band {
-    Points outline;              ///< the border in the order of the line, then the other side backwards
+    /// the border in the order of the line, then the other side backwards; behind each of them the cap at its end
+    Points outline;
     Array<std::uint8_t> removed; ///< [points of the line] 1 where a point gave way and shares the place of others
     bool collapsed = false;      ///< no part of the line has a border at this distance, on any side that was asked for
 
@@ -46,15 +55,22 @@ struct Band {
     /// the border keeps between them, or it belongs to a corner sharper than the miter limit and is held there
     Array<std::uint8_t> narrowed;
 
+    /// with caps the point of the line that each point of the outline belongs to; else empty: they are those of the
+    /// line in their order, then backwards
+    Array<std::int32_t> sources = {};
+
     /// The same in memory of its own.
-    Band clone() const { return {outline.clone(), removed.clone(), collapsed, crossing, narrowed.clone()}; }
+    Band clone() const
+    {
+        return {outline.clone(), removed.clone(), collapsed, crossing, narrowed.clone(), sources.clone()};
+    }
 
     /// The same outline, and the same said of its points.
     friend bool operator==(const Band&, const Band&) = default;
 
     /// The border alone, one point for each point of the line; a copy of that of a temporary.
     ///@{
-    std::span<const Point> border() const& KORVALE_LIFETIMEBOUND { return {outline.data(), outline.size() / 2}; }
+    std::span<const Point> border() const& KORVALE_LIFETIMEBOUND { return {outline.data(), removed.size()}; }
     Points border() const&& { return detail::copy_of(border()); }
     ///@}
 
@@ -62,7 +78,10 @@ struct Band {
     ///@{
     std::span<const Point> other_side() const& KORVALE_LIFETIMEBOUND
     {
-        return {outline.data() + outline.size() / 2, outline.size() / 2};
+        std::size_t start = removed.size();
+        while (start + 1 < sources.size() && sources[start + 1] == sources[removed.size()]) // the cap in between
+            ++start;
+        return {outline.data() + start, removed.size()};
     }
     Points other_side() const&& { return detail::copy_of(other_side()); }
     ///@}
@@ -81,17 +100,33 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
         korvale_band_result result = {
             band.outline.coordinates().data(), band.removed.data(), band.narrowed.data(), 0, 0, {0, 0}};
         const korvale_points points = detail::view_of(line);
+        korvale_rings* whole = nullptr;
         const Result<void> done =
             detail::done("band", options.progress, [&](korvale_progress told, void* user, korvale_error* error) {
                 const korvale_band_options how = {
-                    sizeof how,     options.both_sides,    options.up.has_value(), options.closed,
-                    options.height, {up[0], up[1], up[2]}, options.miter_limit,    told,
+                    sizeof how,
+                    options.both_sides,
+                    options.up.has_value(),
+                    options.closed,
+                    options.height,
+                    {up[0], up[1], up[2]},
+                    options.miter_limit,
+                    told,
                     user,
+                    static_cast<std::int32_t>(options.cap),
+                    0,
+                    options.tolerance,
+                    options.cap == Cap::flat ? nullptr : &whole,
                 };
                 return korvale_band(&points, distance, &how, &result, error);
             });
         if (!done)
             return done.error();
+        if (whole != nullptr) {
+            Rings rings = detail::taken(whole);
+            band.outline = std::move(rings.points);
+            band.sources = std::move(rings.sources);
+        }
         band.collapsed = result.collapsed != 0;
         if (result.crosses != 0)
             band.crossing =
@@ -116,6 +151,9 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 /// Straight lines, ends that point any way, doubled points and jitter are no harm; a line that rises and falls needs
 /// `options.up`. No random number is drawn, and lines may have any size, as outlines of `offset`. Where the distance is
 /// below the rounding of the coordinates, border and line are at one place and meet.
+///
+/// With a `cap` each end of an open line has more points, which belong to the end, as `sources` tells. What a cap runs
+/// into does not move it, but `crossing` tells of it.
 ///
 /// ```
 /// korvale::Band road = korvale::band(middle, 3.5, {.both_sides = true, .up = korvale::Point{0, 0, 1}});

@@ -102,10 +102,12 @@ inline Takers takers_of(const Rings& rings)
 inline Takers takers_of(const Band& band)
 {
     const std::size_t n = band.removed.size();
-    Takers takers = {band.outline.size(), n, true, {}};
-    for (std::size_t i = 0; i < takers.points; ++i)
-        takers.room.push_back(static_cast<std::int32_t>(i < n ? i : 2 * n - 1 - i));
-    takers.sources = takers.room;
+    Takers takers = {band.outline.size(), n, true, band.sources};
+    if (band.sources.empty()) {
+        for (std::size_t i = 0; i < takers.points; ++i)
+            takers.room.push_back(static_cast<std::int32_t>(i < n ? i : 2 * n - 1 - i));
+        takers.sources = takers.room;
+    }
     return takers;
 }
 
