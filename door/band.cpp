@@ -158,7 +158,7 @@ private:
         const Planes planes = flatten(outline);
         const Point normal = {planes.to_plane[2][0], planes.to_plane[2][1], planes.to_plane[2][2]};
         const double sign = dot(normal, plane_.normal) < 0 ? -1.0 : 1.0;
-        sweep_.move(outline, {sign * distance, height == 0.0 ? 0.0 : sign * height, true, false, telling}, swept_);
+        mover_.move(outline, {sign * distance, height == 0.0 ? 0.0 : sign * height, true, false, telling}, swept_);
         collect(first);
     }
 
@@ -287,7 +287,7 @@ private:
 
     Outline line_;
     const LinePlane& plane_;
-    Sweep sweep_;
+    Mover mover_;
     Border swept_;
 };
 

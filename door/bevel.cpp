@@ -221,7 +221,7 @@ private:
 
     void move(const korvale_bevel_step& step, bool split)
     {
-        sweep_.move(outlines_, {step.distance, step.height, true, split, now_, true}, borders_);
+        mover_.move_with_holes(outlines_, {step.distance, step.height, true, split, now_, true}, borders_);
     }
 
     /// Moves the outlines by a step, or as far as all of them stay whole. Returns how far that is.
@@ -325,7 +325,7 @@ private:
     korvale_mesh& mesh_;
     Telling telling_;
     Telling now_; // tells how far the whole has come, while a part of it is made
-    Sweep sweep_;
+    Mover mover_;
     Vector<Border> borders_; // of the latest layer
     Seen seen_;              // from where the outer outline runs counter-clockwise
     Rings rings_;            // of the outlines

@@ -122,7 +122,7 @@ void move(const Outlines& outlines, const Distances& distances, Motion motion, c
 {
     const Telling whole = motion.telling;
     const double share = 1.0 / static_cast<double>(std::max<size_t>(outlines.vertices(), 1));
-    Sweep sweep;
+    Mover mover;
     size_t end = 0, told = 0;
     borders.starts.data()[0] = 0;
     for (size_t k = 0; k < outlines.size(); ++k) {
@@ -137,7 +137,7 @@ void move(const Outlines& outlines, const Distances& distances, Motion motion, c
         motion.telling = is_long ? whole.part(done, share * static_cast<double>(n)) : Telling();
         BorderOut output = {borders.points.data() + end, borders.removed.data() + before,
                             borders.merged_into.data() + before, 0, false};
-        sweep.move(outlines[k], motion, output);
+        mover.move_into(outlines[k], motion, output);
         number_vertices(outlines, k, output.size, borders.sources.data() + end, borders);
         borders.collapsed.data()[k] = output.collapsed;
         end += output.size;
@@ -151,7 +151,7 @@ void move_joined(const Outlines& outlines, const Distances& distances, Motion mo
 {
     const Telling whole = motion.telling;
     const double share = 1.0 / static_cast<double>(std::max<size_t>(outlines.vertices(), 1));
-    Sweep sweep;
+    Mover mover;
     Border border;
     Vector<Point> points;
     Vector<int32_t> sources;
@@ -163,7 +163,7 @@ void move_joined(const Outlines& outlines, const Distances& distances, Motion mo
         motion.telling = whole.part(share * static_cast<double>(before), share * static_cast<double>(n));
         motion.telling.tell(0.0);
         motion.joins = joins.part(before, n);
-        sweep.move(outlines[k], motion, border);
+        mover.move(outlines[k], motion, border);
         points.insert(points.end(), border.points.data(), border.points.data() + border.size);
         std::transform(border.sources.data(), border.sources.data() + border.size, std::back_inserter(sources),
                        [&](int32_t source) { return start + source; });

@@ -84,7 +84,7 @@ korvale_status korvale_offset_rings(const korvale_points* outline, double distan
         motion.joins = joins.joins();
         require(rings, "rings");
         RingList list;
-        Sweep().move(in.points(), motion, list);
+        Mover().move_rings(in.points(), motion, list);
         *rings = new_rings(list);
     });
 }
@@ -105,7 +105,7 @@ korvale_status korvale_offset_distances(const korvale_points* outline, const kor
         motion.joins = joins.joins();
         require(rings, "rings");
         Vector<RingList> lists(static_cast<size_t>(each.size()));
-        Sweep().move(in.points(), motion, {each.data(), lists.size()}, lists);
+        Mover().move_rings_by_each(in.points(), motion, {each.data(), lists.size()}, lists);
         *rings = new_rings(joined(lists));
     });
 }

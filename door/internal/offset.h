@@ -77,29 +77,30 @@ struct SweepArrays {
 };
 
 /// Moves outlines in arrays that are kept from sweep to sweep.
-class Sweep {
+class Mover {
 public:
     /// Moves an outline of 3 or more finite points. Where the heap is exhausted nothing is written. The output may be
     /// the outline itself. `lifted_in` are the planes along whose normal the border is lifted: without it its own.
-    void move(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in = nullptr);
+    void move_into(Outline outline, const Motion& motion, BorderOut& output, const Planes* lifted_in = nullptr);
 
-    /// The same into memory of the border. With joins it has no points of vertices that have been removed.
+    /// Moves an outline into memory of the border. With joins it has no points of vertices that have been removed.
     void move(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in = nullptr);
 
     /// Moves an outline and every piece that splits drop, and adds all of them to rings, without the vertices that have
     /// been removed. With a trace the pieces are dropped, and it tells of the vertices of the ring that is left.
-    void move(Outline outline, const Motion& motion, RingList& rings, const Planes* lifted_in = nullptr,
-              const Trace* trace = nullptr);
+    void move_rings(Outline outline, const Motion& motion, RingList& rings, const Planes* lifted_in = nullptr,
+                    const Trace* trace = nullptr);
 
-    /// The same for each of some distances, of which `motion` has none: every bit as if it were moved by that alone.
-    /// Where distances differ in nothing else the outline is swept once, and they are passed on the way.
-    void move(Outline outline, const Motion& motion, std::span<const double> distances, std::span<RingList> rings);
+    /// Moves the rings of an outline by each of some distances, of which `motion` has none: every bit as if that were
+    /// the only one. Where distances differ in nothing else the outline is swept once, and they are passed on the way.
+    void move_rings_by_each(Outline outline, const Motion& motion, std::span<const double> distances,
+                            std::span<RingList> rings);
 
     /// Moves an outer outline and its holes, which shrink where it grows; all are lifted along its normal.
-    void move(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders);
+    void move_with_holes(std::span<const Outline> outlines, const Motion& motion, std::span<Border> borders);
 
 private:
-    void move_joined(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in);
+    void move_with_joins(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in);
 
     SweepArrays arrays_;
 };
