@@ -104,6 +104,19 @@ Corners corners_of(std::span<const Place> places)
     return corners;
 }
 
+/// The power of two that brings an outline to the size that suits it, or 0 where it has none.
+double zoom_of(std::span<const Point> outline)
+{
+    double low[2] = {outline[0].x, outline[0].y}, high[2] = {outline[0].x, outline[0].y};
+    for (const Point& p : outline)
+        for (int k = 0; k < 2; ++k) {
+            low[k] = std::min(low[k], p[k]);
+            high[k] = std::max(high[k], p[k]);
+        }
+    const double reach = std::max(high[0] - low[0], high[1] - low[1]);
+    return reach > 0.0 ? std::ldexp(1.0, kReach - std::ilogb(reach)) : 0.0;
+}
+
 } // namespace
 
 double least_cosine(double tolerance, double distance)
@@ -205,20 +218,47 @@ void JoinedOutline::cut(Corner& corner, const Joins& joins) const
         corner.places.push_back(corner.places.back() + edge * direction);
 }
 
+/// Cuts the corners of an outline, which are these of its points.
+Vector<JoinedOutline::Corner> JoinedOutline::cut_all(std::span<const Place> places, std::span<const size_t> corners,
+                                                     const Joins& joins) const
+{
+    const size_t count = corners.size();
+    Vector<Corner> cuts;
+    cuts.reserve(count);
+    for (size_t c = 0; c < count; ++c) {
+        const size_t at = corners[c];
+        const Place& p = places[at];
+        const Place in = p - places[corners[c == 0 ? count - 1 : c - 1]];
+        const Place out = places[corners[c + 1 == count ? 0 : c + 1]] - p;
+        const double room = kRoom * std::min(length_of(in), length_of(out));
+        cuts.push_back({p, unit(in), unit(out), room, joins.kind_of(at)});
+        cut(cuts.back(), joins);
+    }
+    return cuts;
+}
+
+/// Adds the vertices of the cut of a corner, which is point `source` of the outline.
+void JoinedOutline::lay_vertices(const Corner& corner, int32_t source)
+{
+    const size_t n = corner.places.size();
+    const double cut_off = corner.kind == KORVALE_JOIN_BEVEL ? distance_ * (corner.cos_half_turn - 1.0) : 0.0;
+    for (size_t k = 0; k < n; ++k) {
+        const Place direction = corner.directions[k + 1];
+        const bool is_join = k + 1 < n;
+        const double start = is_join ? dot(right_of(direction), corner.places[k] - corner.place) : 0.0;
+        vertices_.push_back(
+            {corner.places[k], source, {corner.place, direction, start, is_join ? cut_off : 0.0, is_join, true}});
+    }
+}
+
 JoinedOutline::JoinedOutline(std::span<const Point> outline, double distance, const Joins& joins)
 {
     if (!joins.are_some() || distance == 0.0)
         return;
-    double low[2] = {outline[0].x, outline[0].y}, high[2] = {outline[0].x, outline[0].y};
-    for (const Point& p : outline)
-        for (int k = 0; k < 2; ++k) {
-            low[k] = std::min(low[k], p[k]);
-            high[k] = std::max(high[k], p[k]);
-        }
-    const double reach = std::max(high[0] - low[0], high[1] - low[1]);
-    if (!(reach > 0.0))
+    const double zoom = zoom_of(outline);
+    if (zoom == 0.0)
         return;
-    zoom_ = std::ldexp(1.0, kReach - std::ilogb(reach));
+    zoom_ = zoom;
     distance_ = zoom_ * distance;
     Vector<Place> places;
     places.reserve(outline.size());
@@ -230,20 +270,10 @@ JoinedOutline::JoinedOutline(std::span<const Point> outline, double distance, co
         zoom_ = 1.0;
         return;
     }
-
-    Vector<Corner> cuts;
-    cuts.reserve(count);
+    const Vector<Corner> cuts = cut_all(places, corners.last, joins);
     size_t total = 0;
-    for (size_t c = 0; c < count; ++c) {
-        const size_t at = corners.last[c];
-        const Place& p = places[at];
-        const Place in = p - places[corners.last[c == 0 ? count - 1 : c - 1]];
-        const Place out = places[corners.last[c + 1 == count ? 0 : c + 1]] - p;
-        const double room = kRoom * std::min(length_of(in), length_of(out));
-        cuts.push_back({p, unit(in), unit(out), room, joins.kind_of(at)});
-        cut(cuts.back(), joins);
-        total += cuts.back().places.size();
-    }
+    for (const Corner& corner : cuts)
+        total += corner.places.size();
     if (total == count) {
         zoom_ = 1.0;
         return;
@@ -255,19 +285,10 @@ JoinedOutline::JoinedOutline(std::span<const Point> outline, double distance, co
     for (size_t i = 0; i < outline.size(); ++i) {
         const Corner& corner = cuts[corners.of[i]];
         const auto source = static_cast<int32_t>(i);
-        if (i != corners.last[corners.of[i]]) { // merges into the next one as soon as the sweep begins
+        if (i == corners.last[corners.of[i]])
+            lay_vertices(corner, source);
+        else // merges into the next one as soon as the sweep begins
             vertices_.push_back({corner.places[0], source, {}});
-            continue;
-        }
-        const size_t n = corner.places.size();
-        const double cut_off = corner.kind == KORVALE_JOIN_BEVEL ? distance_ * (corner.cos_half_turn - 1.0) : 0.0;
-        for (size_t k = 0; k < n; ++k) {
-            const Place direction = corner.directions[k + 1];
-            const bool is_join = k + 1 < n;
-            const double start = is_join ? dot(right_of(direction), corner.places[k] - corner.place) : 0.0;
-            vertices_.push_back(
-                {corner.places[k], source, {corner.place, direction, start, is_join ? cut_off : 0.0, is_join, true}});
-        }
     }
 }
 
@@ -335,79 +356,103 @@ void JoinedOutline::place_on_lines(Ring& ring, size_t at) const
     ring.nodes[at].place = origin + Place{(to_a * b.y - to_b * a.y) / turn, (to_b * a.x - to_a * b.x) / turn};
 }
 
+/// Where a bevel cuts an edge off: along its line, `level` from the anchor, and `half` of its length to either side.
+struct JoinedOutline::Bevel {
+    Line line;
+    Place normal;
+    double level, half;
+
+    Bevel(const Line& of, double distance) : line(of)
+    {
+        const double side = distance > 0.0 ? 1.0 : -1.0;
+        normal = side * right_of(line.direction);
+        level = side * (distance + line.cut);
+        half = std::sqrt(std::max(distance * distance - level * level, 0.0));
+    }
+};
+
+/// An end of a bevel.
+struct JoinedOutline::End {
+    static constexpr size_t kNone = static_cast<size_t>(-1);
+
+    size_t outside;       ///< the last vertex outside of it
+    Place place = {};     ///< where the bevel ends
+    Place other = {};     ///< where the edge that comes to light ends
+    size_t found = kNone; ///< the vertex of that edge, if there is one
+};
+
+/// Finds the end of a bevel of edge `at`: where it meets the ring from the end of the edge on, or from its start back.
+/// Where the bevel ends before, an edge of the corner that has vanished comes to light again between the two. False
+/// where there is nothing to cut; `limit` is the last vertex outside at the other end.
+bool JoinedOutline::find_end(const Ring& ring, size_t at, const Bevel& bevel, bool is_ahead, size_t limit,
+                             End& end) const
+{
+    const auto on = [&](size_t i) { return is_ahead ? ring.after(i) : ring.before(i); };
+    const double sign = is_ahead ? 1.0 : -1.0;
+    const Line& line = bevel.line;
+    const Place* p;
+    Place way;
+    double height, descent;
+    for (;; end.outside = on(end.outside)) {
+        p = &ring.place(end.outside);
+        way = ring.place(on(end.outside)) - *p;
+        height = dot(bevel.normal, *p - line.anchor) - bevel.level;
+        descent = -dot(bevel.normal, way);
+        if (height < 0.0 || on(end.outside) == limit)
+            return false;
+        if (height < descent || descent <= 0.0)
+            break;
+    }
+    if (std::fabs(descent) <= kParallel * length_of(way))
+        return false;
+    end.place = *p + (height / descent) * way;
+    const double reach = dot(sign * line.direction, end.place - line.anchor), slack = 1e-09 * std::fabs(distance_);
+    if (reach < -bevel.half - slack)
+        return false;
+    if (reach <= bevel.half + slack)
+        return true;
+    end.found = is_ahead ? at + 1 : at - 1;
+    if (end.found >= ring.nodes.size() || !ring.nodes[end.found].is_gone ||
+        ring.numbers[end.found] != ring.numbers[at] + (is_ahead ? 1 : -1))
+        return false;
+    const Line& lit = vertices_[static_cast<size_t>(ring.numbers[end.found])].line;
+    const double turn = cross(lit.direction, way);
+    if (!lit.is_known || std::fabs(turn) <= kParallel * length_of(way))
+        return false;
+    end.place = line.anchor + bevel.half * (sign * line.direction) + bevel.level * bevel.normal;
+    end.other = end.place + (cross(*p - end.place, way) / turn) * lit.direction;
+    return !(sign * dot(lit.direction, end.other - end.place) < 0.0);
+}
+
+/// Puts the bevel of edge `at` in the place of all of the ring between its ends.
+void JoinedOutline::replace_corner(Ring& ring, size_t at, const End& start, const End& end) const
+{
+    const size_t next = ring.after(at);
+    const Line out = ring.nodes[end.outside].line;
+    for (size_t i = start.outside; i != end.outside; i = ring.after(i))
+        ring.nodes[i].is_gone = i != at && i != next;
+    ring.nodes[end.outside].is_gone = end.outside != next;
+    ring.nodes[at].place = start.place;
+    ring.nodes[next].place = end.found == End::kNone ? end.place : end.other;
+    ring.nodes[next].line = out;
+    if (end.found != End::kNone)
+        ring.nodes[end.found] = {end.place, false, vertices_[static_cast<size_t>(ring.numbers[at]) + 1].line};
+    if (start.found != End::kNone)
+        ring.nodes[start.found] = {start.other, false, vertices_[static_cast<size_t>(ring.numbers[at]) - 1].line};
+}
+
 /// Cuts the corner away that edge `at` has made larger than a bevel: all of the ring from there to the first edge
 /// before and the first one after that the bevel meets. An edge that runs away from the bevel meets it where it comes
-/// from. Where the bevel ends before, an edge of the corner that has vanished comes to light again between the two.
+/// from.
 void JoinedOutline::cut_off(Ring& ring, size_t at) const
 {
-    const Line line = ring.nodes[at].line;
-    const double side = distance_ > 0.0 ? 1.0 : -1.0;
-    const Place normal = side * right_of(line.direction);
-    const double level = side * (distance_ + line.cut);
-    const double half = std::sqrt(std::max(distance_ * distance_ - level * level, 0.0));
-    const size_t next = ring.after(at);
-
-    // From the end of the edge on, and from its start back: the last vertex outside, where the bevel ends, and where
-    // the edge that comes to light does.
-    struct End {
-        size_t outside;
-        Place place, other = {};
-        size_t found; ///< the vertex of the edge that comes to light, or none
-    };
-    const size_t none = ring.nodes.size();
-    End ends[2] = {{next, {}, {}, none}, {at, {}, {}, none}};
-    for (const int k : {0, 1}) {
-        const auto on = [&](size_t i) { return k == 0 ? ring.after(i) : ring.before(i); };
-        End& end = ends[k];
-        const Place* p;
-        Place way;
-        double height, descent;
-        for (;; end.outside = on(end.outside)) {
-            p = &ring.place(end.outside);
-            way = ring.place(on(end.outside)) - *p;
-            height = dot(normal, *p - line.anchor) - level;
-            descent = -dot(normal, way);
-            if (height < 0.0 || on(end.outside) == ends[1 - k].outside)
-                return;
-            if (height < descent || descent <= 0.0)
-                break;
-        }
-        if (std::fabs(descent) <= kParallel * length_of(way))
-            return;
-        end.place = *p + (height / descent) * way;
-        const Place along = (k == 0 ? 1.0 : -1.0) * line.direction;
-        const double reach = dot(along, end.place - line.anchor), slack = 1e-09 * std::fabs(distance_);
-        if (reach < -half - slack)
-            return;
-        if (reach <= half + slack)
-            continue;
-        end.found = k == 0 ? at + 1 : at - 1;
-        if (end.found >= none || !ring.nodes[end.found].is_gone ||
-            ring.numbers[end.found] != ring.numbers[at] + (k == 0 ? 1 : -1))
-            return;
-        const Line& lit = vertices_[static_cast<size_t>(ring.numbers[end.found])].line;
-        const double turn = cross(lit.direction, way);
-        if (!lit.is_known || std::fabs(turn) <= kParallel * length_of(way))
-            return;
-        end.place = line.anchor + half * along + level * normal;
-        end.other = end.place + (cross(*p - end.place, way) / turn) * lit.direction;
-        if ((k == 0 ? 1.0 : -1.0) * dot(lit.direction, end.other - end.place) < 0.0)
-            return;
-    }
-    if (dot(line.direction, ends[0].place - ends[1].place) <= 0.0)
+    const Bevel bevel(ring.nodes[at].line, distance_);
+    End start = {at}, end = {ring.after(at)};
+    if (!find_end(ring, at, bevel, true, start.outside, end) || !find_end(ring, at, bevel, false, end.outside, start))
         return;
-
-    const Line out = ring.nodes[ends[0].outside].line;
-    for (size_t i = ends[1].outside; i != ends[0].outside; i = ring.after(i))
-        ring.nodes[i].is_gone = i != at && i != next;
-    ring.nodes[ends[0].outside].is_gone = ends[0].outside != next;
-    ring.nodes[at].place = ends[1].place;
-    ring.nodes[next].place = ends[0].found == none ? ends[0].place : ends[0].other;
-    ring.nodes[next].line = out;
-    if (ends[0].found != none)
-        ring.nodes[ends[0].found] = {ends[0].place, false, vertices_[static_cast<size_t>(ring.numbers[at]) + 1].line};
-    if (ends[1].found != none)
-        ring.nodes[ends[1].found] = {ends[1].other, false, vertices_[static_cast<size_t>(ring.numbers[at]) - 1].line};
+    if (dot(bevel.line.direction, end.place - start.place) <= 0.0)
+        return;
+    replace_corner(ring, at, start, end);
 }
 
 void JoinedOutline::settle(border::Sweep& swept, std::span<const int32_t> numbers) const

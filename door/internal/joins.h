@@ -100,11 +100,17 @@ private:
     };
     struct Corner;
     struct Ring;
+    struct Bevel;
+    struct End;
 
     void cut(Corner& corner, const Joins& joins) const;
+    Vector<Corner> cut_all(std::span<const Place> places, std::span<const size_t> corners, const Joins& joins) const;
+    void lay_vertices(const Corner& corner, int32_t source);
     bool is_on(const Line& line, const Place& p) const;
     void find_line(Ring& ring, size_t at) const;
     void place_on_lines(Ring& ring, size_t at) const;
+    bool find_end(const Ring& ring, size_t at, const Bevel& bevel, bool is_ahead, size_t limit, End& end) const;
+    void replace_corner(Ring& ring, size_t at, const End& start, const End& end) const;
     void cut_off(Ring& ring, size_t at) const;
 
     double zoom_ = 1.0;
