@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include "rings.h"
 #include "support.h"
 #include "tests/support/bits.h"
 #include "tests/support/heap.h"
@@ -71,16 +72,6 @@ double distance_to(const Numbers& outline, const double* p)
     for (size_t i = 0, n = outline.size(); i < n; i += 3)
         nearest = std::min(nearest, distance_to_edge(p, &outline[i], &outline[(i + 3) % n]));
     return nearest;
-}
-
-Numbers star(Random& random, int corners, double least)
-{
-    Numbers outline;
-    for (int i = 0; i < corners; ++i) {
-        const double angle = 6.283185307179586 * (i + random.uniform(0, 0.9)) / corners, r = random.uniform(least, 10);
-        outline.insert(outline.end(), {r * std::cos(angle), r * std::sin(angle), 0});
-    }
-    return outline;
 }
 
 bool do_cross(const Numbers& ring)
@@ -175,7 +166,8 @@ TEST(DoorOffsetJoins, RoundJoinsKeepTheDistance)
     Random random(1302);
     int64_t points = 0, nearer = 0;
     for (int round = 0; round < rounds(300) && !testing::Test::HasFailure(); ++round) {
-        const Numbers outline = star(random, random.between(3, 30), random.uniform(1, 9));
+        const double least = random.uniform(1, 9);
+        const Numbers outline = star(random, random.between(3, 30), least);
         const double distance = (random.one_in(2) ? 1 : -1) * std::pow(10, random.uniform(-3, 0.5));
         const double d = std::fabs(distance), tolerance = d * std::pow(10, random.uniform(-3, -1));
         for (const Ring& ring : rings_of(outline, distance, with_joins(KORVALE_JOIN_ROUND, 0, tolerance)))
@@ -194,7 +186,8 @@ TEST(DoorOffsetJoins, DoNotCross)
 {
     Random random(1303);
     for (int round = 0; round < rounds(1000) && !testing::Test::HasFailure(); ++round) {
-        const Numbers outline = star(random, random.between(3, 30), random.uniform(1, 9));
+        const double least = random.uniform(1, 9);
+        const Numbers outline = star(random, random.between(3, 30), least);
         const double distance = (random.one_in(2) ? 1 : -1) * std::pow(10, random.uniform(-3, 0.5));
         for (const int32_t join : {KORVALE_JOIN_MITER, KORVALE_JOIN_BEVEL, KORVALE_JOIN_ROUND})
             for (const Ring& ring : rings_of(outline, distance, with_joins(join, 1, 0.1 * std::fabs(distance)))) {

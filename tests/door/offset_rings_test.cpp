@@ -159,17 +159,6 @@ bool do_cross(const Rings& rings)
     return do_cross(all);
 }
 
-/// Round a place, with corners at different distances from it.
-Numbers star(Random& random, int corners, double least)
-{
-    Numbers outline;
-    for (int i = 0; i < corners; ++i) {
-        const double angle = 6.283185307179586 * (i + random.uniform(0, 0.9)) / corners, r = random.uniform(least, 10);
-        outline.insert(outline.end(), {r * std::cos(angle), r * std::sin(angle), 0});
-    }
-    return outline;
-}
-
 Numbers any_outline(Random& random)
 {
     switch (random.below(4)) {

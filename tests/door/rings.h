@@ -6,9 +6,22 @@
 #include <span>
 #include <vector>
 
+#include "tests/support/random.h"
+
 namespace korvale::test {
 
 using Numbers = std::vector<double>;
+
+/// A ring around the origin, with corners from `least` to 10 away from it.
+inline Numbers star(Random& random, int corners, double least)
+{
+    Numbers outline;
+    for (int i = 0; i < corners; ++i) {
+        const double angle = 6.283185307179586 * (i + random.uniform(0, 0.9)) / corners, r = random.uniform(least, 10);
+        outline.insert(outline.end(), {r * std::cos(angle), r * std::sin(angle), 0});
+    }
+    return outline;
+}
 
 /// The area that a ring runs around counter-clockwise.
 inline double area_of(const Numbers& ring)
