@@ -102,6 +102,7 @@ KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e
     const V approach = absolute(dx * w.velocity.y[m] - dy * w.velocity.x[m] + 1.0);
     const V c = dy * load<V>(w.at.x + e) - dx * load<V>(w.at.y + e);
     const V apart = absolute(dx * w.at.y[m] - dy * w.at.x[m] + c);
+    // Not `<=`: what is not a number is listed as well, and decided where the documented test stands.
     add_places(e, bits(apart > window * approach + kLaterAtLeast) ^ kAllBits<V>, list, count);
 }
 
@@ -154,7 +155,7 @@ Allowance measure_allowance(const Wavefront& w, double drift, double time)
             is_regular = false;
         return greater(greater(absolute(x), absolute(y)), greater(to_x, to_y));
     });
-    double length[4] = {};
+    double length[4] = {}; // four sums: each addition to one waits for the last; only a heuristic reads the mean
     for (int32_t i = 0; i < w.live; ++i)
         length[i % 4] += w.edge.length[i];
     return {drift, reach, (length[0] + length[1] + length[2] + length[3]) / w.live, is_regular};

@@ -94,31 +94,31 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
         if (looked_at >= kVerticesPerQuestion) {
             looked_at = 0;
             if (!goes_on(s))
-                return;
+                return; // the host ends it
         }
         const Round before = std::exchange(round, Round());
         if (!measure_live(w, search.watch, before, round))
-            return;
+            return; // a single vertex is left
         fit_edge_lines(w);
         const Corners corners = aim_vertices(w, search.watch, before, round);
         if (corners != Corners::aimed && s.keep_whole && s.remaining != distance && is_tip_of_limb(w, round.hairpin)) {
             unearth(w);
-            return;
+            return; // before a limb vanishes
         }
         if (corners == Corners::outline_gone)
-            return;
+            return; // a hairpin was all of it
         if (corners == Corners::hairpin_removed)
             continue; // measure again, from the same distance
         Event event = first_edge_event(w);
         if (s.split_events)
             event = earlier_split_event(search, w, round.drift, event);
         if (s.is_stopped)
-            return;
+            return; // the host has ended the search
         tell_of_stops_before(w, event);
         if (std::fabs(event.time) > std::fabs(s.remaining)) {
             move_vertices(w, s.remaining); // nothing more happens on the way
             s.remaining = 0.0;
-            return;
+            return; // at the distance
         }
         s.remaining -= event.time;
         for (int32_t k = s.passed; k < s.stop_count; ++k)
@@ -126,13 +126,13 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
         if (event.vertex < 0) {
             if (s.keep_whole && w.live - count_collapsing(w, event.time) < kLeast) {
                 end_at_ridge(w, event.time);
-                return;
+                return; // before nothing is left
             }
             collapse_edges(w, event.time);
         } else {
             move_vertices(w, event.time);
             if (s.keep_whole && is_piece(w, event.vertex, event.edge))
-                return;
+                return; // before the outline falls apart
             const int32_t buried = w.buried_count;
             drop_smaller_piece(w, event.vertex, event.edge);
             if (s.drop != nullptr)

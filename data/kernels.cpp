@@ -134,7 +134,7 @@ template <class V>
 KORVALE_OVER_LANES int64_t bound_points_by(const double* values, int64_t n, double* least, double* greatest)
 {
     const V first[3] = {all<V>(values[0]), all<V>(values[1]), all<V>(values[2])};
-    V start[3];
+    V start[3]; // each lane begins with the coordinate it will see: x y z x, y z x y, z x y z
     list_three(first, start);
     V low[kVectors] = {start[0], start[1], start[2], start[0], start[1], start[2]};
     V high[kVectors] = {start[0], start[1], start[2], start[0], start[1], start[2]};
@@ -158,7 +158,7 @@ template <class V>
 KORVALE_OVER_LANES int64_t bound_elements_by(const double* values, int64_t n, int64_t dim, double* least,
                                              double* greatest)
 {
-    double lows[kGroup<V>], highs[kGroup<V>];
+    double lows[kGroup<V>], highs[kGroup<V>]; // element 0 again and again: each lane begins with its own component
     for (int64_t k = 0; k < kGroup<V>; ++k)
         lows[k] = k < dim ? values[k] : lows[k - dim];
     V low[kVectors], high[kVectors];

@@ -77,7 +77,7 @@ struct OfCall {
         for (int k = 0; k < count; ++k) {
             const uint64_t within = draw_word(second_state) >> (64 - kBits) | 1;
             const uint64_t fine = static_cast<uint64_t>(draws.numbers[3 * k]) << kBits | within;
-            draws.share[k] = static_cast<double>(static_cast<int64_t>(fine)) * 0x1p-53;
+            draws.share[k] = static_cast<double>(static_cast<int64_t>(fine)) * 0x1p-53; // signed: one instruction
         }
     }
 };

@@ -121,7 +121,7 @@ double scale_of(const double* triangles, int32_t count, const double* box, const
         return std::ldexp(1, of_reach);
     const double square = least_square(triangles, count, std::ldexp(1, of_reach), telling);
     const int missing = 2 * kDoubleArea - (door::is_finite(square) ? std::ilogb(square) : 0);
-    const int of_triangles = of_reach + (missing > 0 ? (missing + 3) / 4 : 0); // areas are squares, and squared
+    const int of_triangles = of_reach + (missing > 0 ? (missing + 3) / 4 : 0); // `square` grows with scale^4
     return std::ldexp(1, std::min(of_triangles, most));
 }
 
@@ -295,10 +295,11 @@ struct Tree::Slabs {
         }
     }
 
-    /// Where the ray begins, seen from where boxes are seen from: not too late.
+    /// Where the ray begins, as a distance along it from the point nearest the tree's centre, rounded down: 1e-06 is
+    /// above the rounding to a float, 6e-08, and 2 * pad above what boxes are widened by. Chosen.
     float before() const { return static_cast<float>(-start - 1e-06 * std::fabs(start) - 2 * pad); }
 
-    /// A distance from the origin, seen from where boxes are seen from: not too short.
+    /// A distance from the ray's origin in the same way, rounded up.
     float from_here(double distance) const
     {
         const double there = distance - start;

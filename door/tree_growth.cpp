@@ -273,7 +273,8 @@ private:
         sort_by(curve, first, last);
     }
 
-    /// Up to four triangles each, fewer where codes differ more between them.
+    /// Up to four triangles each. A leaf ends before the neighbours whose codes differ in the highest bit: between them
+    /// the curve leaves the largest cube.
     void cut_leaves()
     {
         const Key* const keys = keys_;

@@ -73,12 +73,12 @@ public:
 private:
     struct Fence {
         double dx, dy, least;
-        int x, y; ///< the bounds of a box at its corner that is farthest to the left
+        int x, y; ///< which bounds of a box, as the four doubles it is, its corner farthest to the left has
     };
 
     static Fence fence(const Place& from, const Place& to)
     {
-        constexpr double kRounding = 2e-15;
+        constexpr double kRounding = 2e-15; // a few roundings of 1.1e-16 of products by coordinates of at most 1
         const double dx = to.x - from.x, dy = to.y - from.y;
         return {dx, dy, dx * from.y - dy * from.x - kRounding * (std::fabs(dx) + std::fabs(dy)), dy > 0.0 ? 0 : 2,
                 dx > 0.0 ? 3 : 1};

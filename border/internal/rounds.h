@@ -9,7 +9,7 @@
 namespace korvale::border {
 
 /// A pair farther apart than kLater times the distance that closes until time t meets after t, even with its own time
-/// rounded: that takes a few roundings of 1e-16 each. Chosen.
+/// rounded, which moves it by a few parts in 1e16. Chosen: far above that.
 constexpr double kLater = 1.0000000001;
 
 /// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`. Both are

@@ -10,8 +10,9 @@ namespace korvale::border {
 /// began.
 struct Slots {
     int32_t count; ///< slots, those of the dead included
-    Column<double>
-        place; ///< [count] today's place, negative for the dead; doubles, so that lanes shift many at a death
+    /// [count] Today's place, negative for the dead. A double, since lanes hold doubles: a death subtracts 1 from many
+    /// places at a time.
+    Column<double> place;
     Column<int32_t> slot; ///< [live] of the vertex at a place
 };
 

@@ -62,7 +62,7 @@ void find_bounds_of_many(const double* values, int64_t count, int64_t dim, doubl
 /// box[1]. Both start at element 0 and are replaced by strict comparisons, in element order.
 [[gnu::always_inline]] inline void find_bounds(const double* values, int64_t count, int64_t dim, double* box)
 {
-    constexpr int64_t kFewPoints = 24; // measured, as are those below
+    constexpr int64_t kFewPoints = 24; // measured
     if (dim != 3 || count >= kFewPoints || !is_apart(values, 3 * count, box, 6))
         return find_bounds_of_many(values, count, dim, box);
     const double first[] = {values[0], values[1], values[2]};
@@ -76,7 +76,7 @@ bool are_many_finite(const double* values, int64_t n);
 /// Whether n values are all finite.
 [[gnu::always_inline]] inline bool are_finite(const double* values, int64_t n)
 {
-    constexpr int64_t kFewValues = 12;
+    constexpr int64_t kFewValues = 12; // measured
     if (n >= kFewValues)
         return are_many_finite(values, n);
     constexpr double kGreatest = std::numeric_limits<double>::max();
@@ -91,7 +91,7 @@ void carry_many_points(const double (*m)[4], const double* from, int64_t count, 
 /// Carries `count` points by `m`. A matrix that lies among the points written is read anew for each point.
 [[gnu::always_inline]] inline void carry_points(const double (*m)[4], const double* from, int64_t count, double* to)
 {
-    constexpr int64_t kFewPoints = 4;
+    constexpr int64_t kFewPoints = 4; // measured
     if (count >= kFewPoints)
         return carry_many_points(m, from, count, to);
     for (int64_t i = 0; i < count; ++i)

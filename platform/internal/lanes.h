@@ -135,7 +135,7 @@ typedef double QuadInMemory __attribute__((vector_size(32), aligned(8), may_alia
 
 KORVALE_QUAD Quad load_quad(const double* from)
 {
-    const Quad::Lanes lanes = *reinterpret_cast<const QuadInMemory*>(from); // by value: a reference would be aligned
+    const Quad::Lanes lanes = *reinterpret_cast<const QuadInMemory*>(from); // copied: a reference is aligned
     return Quad(lanes);
 }
 

@@ -13,7 +13,6 @@ struct Lanes3 {
     V x, y, z;
 };
 
-typedef Lanes3<Pair> Pair3;
 typedef Lanes3<Quad> Quad3;
 
 template <class V>
