@@ -248,7 +248,8 @@ TEST(FaceBand, HasItsSidesWhereTheyAreWithoutCaps)
             EXPECT_EQ(capped.sources.size(), capped.outline.size());
             EXPECT_GT(capped.outline.size(), 6u);
             EXPECT_EQ(capped, capped.clone());
-            const Carried<double> carried = carry(std::vector<double>{0, 1, 2}, capped);
+            const std::vector<double> values = {0, 1, 2};
+            const Carried<double> carried = carry(values, capped);
             EXPECT_TRUE(std::ranges::equal(carried, capped.sources));
         }
     }
