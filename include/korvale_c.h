@@ -15,7 +15,8 @@
 ///   that takes null as well. What a handle shows belongs to it, until it is changed or released.
 /// - Options are structs that may grow. Call the function ending in `_defaults` with the size you compiled with, change
 ///   what you like, hand them over; null means the defaults.
-/// - Distinct handles may be used from several threads at a time, one handle by one thread.
+/// - Distinct handles may be used from several threads at a time, one handle by one thread; a grid that owns its
+///   triangles may be asked by any number.
 ///
 /// ```c
 /// const double square[] = {0, 0, 4, 0, 4, 4, 0, 4};

@@ -25,9 +25,9 @@ inline int sign_of(double value)
     return (value > 0.0) - (value < 0.0);
 }
 
-/// How far rounding can move the difference of two products, as a part of their sizes: (3 + 16 u) u with u of 2^-53, the
-/// first bound of the two-dimensional orientation test in J. R. Shewchuk, "Adaptive Precision Floating-Point Arithmetic
-/// and Fast Robust Geometric Predicates", 1997.
+/// How far rounding can move the difference of two products, as a part of their sizes: (3 + 16 u) u with u of 2^-53,
+/// the first bound of the two-dimensional orientation test in J. R. Shewchuk, "Adaptive Precision Floating-Point
+/// Arithmetic and Fast Robust Geometric Predicates", 1997.
 constexpr double kSideRounding = 3.3306690738754716e-16;
 
 /// What `side` answers where rounding could change it.
