@@ -309,7 +309,7 @@ struct Tree::Slabs {
 
 /// The exact test with the operations of `Ray::meets` in their order. Most triangles lie beside the ray, so x and y are
 /// taken first, two at a time; corners that are finite need no fourth coordinate.
-struct Sight {
+struct Tree::Sight {
     Pair x, y, z, translation; ///< the first two rows of the frame, column by column
     const double (&frame)[4][4];
 
@@ -348,6 +348,73 @@ void Tree::walk_plainly(const Ray& ray, double& reach, Visit visit) const
     }
 }
 
+/// A child and where the ray enters it.
+struct Tree::Entered {
+    int32_t child;
+    float entry;
+};
+
+/// The children of a node that a ray meets.
+struct Tree::MetChildren {
+    const Node& node;
+    Floats first; ///< of each child: the earliest place of a triangle in it
+    unsigned met; ///< a bit for each child
+
+    MetChildren(const Node& of, const Slabs& slabs, Floats earliest, float latest) : node(of)
+    {
+        Floats entry = platform::all_floats(-std::numeric_limits<float>::infinity()), exit = -entry;
+        for (int k = 0; k < 3; ++k) {
+            const Floats nearer = platform::load_floats(slabs.is_down[k] ? node.high[k] : node.low[k]);
+            const Floats farther = platform::load_floats(slabs.is_down[k] ? node.low[k] : node.high[k]);
+            entry = platform::greater((nearer - slabs.entry[k]) * slabs.inverse[k], entry);
+            exit = platform::lesser((farther - slabs.exit[k]) * slabs.inverse[k], exit);
+        }
+        const Floats slack = platform::load_floats(node.slack), last = exit + slack;
+        first = entry - slack;
+        met = platform::bits((entry <= exit) & (first <= platform::all_floats(latest)) & (last >= earliest));
+    }
+
+    bool is_single() const { return std::has_single_bit(met); }
+
+    /// The first one by number.
+    Entered front() const { return at(std::countr_zero(met)); }
+
+    /// Pushes all on a stack of n, of which the new size is returned. Where kNearestFirst they are pushed farthest
+    /// first, by an insertion sort of at most four, so the nearest is popped first.
+    template <bool kNearestFirst>
+    int32_t push(Entered* stack, int32_t n) const
+    {
+        const int32_t others = n;
+        for (unsigned left = met; left != 0; left &= left - 1) {
+            const int c = std::countr_zero(left);
+            int32_t i = n++;
+            for (; kNearestFirst && i > others && stack[i - 1].entry < first[c]; --i)
+                stack[i] = stack[i - 1];
+            stack[i] = at(c);
+        }
+        return n;
+    }
+
+private:
+    Entered at(int c) const { return {node.children[c], first[c]}; }
+};
+
+/// Tests the triangles of a leaf. False where `visit` ends the walk.
+template <class Visit>
+bool Tree::test_leaf(Leaf leaf, const Ray& ray, const Sight& seen, double& reach, Visit& visit) const
+{
+    const int32_t* const first = numbers_.data() + leaf.first;
+    for (int32_t i = 0; i < leaf.count; ++i) {
+        double distance;
+        if (seen.meets(triangle(first[i]), distance) && !(distance > reach) && meets_cell(ray, first[i]) &&
+            !visit(first[i], distance, reach))
+            return false;
+    }
+    return true;
+}
+
+/// A single child that is met is walked at once, without the stack. `latest` falls as hits come, so children that were
+/// pushed before a hit and are entered behind it are dropped when they are popped.
 template <bool kNearestFirst, class Visit>
 void Tree::walk(const Ray& ray, double reach, Visit visit) const
 {
@@ -361,53 +428,25 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
         return;
     }
 
-    struct Waiting {
-        int32_t child;
-        float entry;
-    };
     const Slabs slabs(ray, *this);
     const Sight seen(ray);
     const Floats earliest = platform::all_floats(slabs.before());
-    Waiting waiting[kMostWaiting + 1];
-    Waiting at = {0, earliest[0]};
-    int32_t n = 0;
+    Entered waiting[kMostWaiting + 1];
+    Entered at = {0, earliest[0]};
+    int32_t n = 0; // a local variable of its own stays in a register
     float latest = slabs.from_here(reach);
     for (;;) {
-        if (at.child < 0) {
-            const int32_t code = -1 - at.child;
-            const int32_t* const first = numbers_.data() + code / 8;
-            for (int32_t i = 0; i <= code % 8; ++i) {
-                double distance;
-                if (seen.meets(triangle(first[i]), distance) && !(distance > reach) && meets_cell(ray, first[i]) &&
-                    !visit(first[i], distance, reach))
-                    return;
-            }
+        if (is_leaf(at.child)) {
+            if (!test_leaf(unpacked(at.child), ray, seen, reach, visit))
+                return;
             latest = slabs.from_here(reach);
         } else {
-            const Node& node = nodes_[static_cast<size_t>(at.child)];
-            Floats entry = platform::all_floats(-std::numeric_limits<float>::infinity()), exit = -entry;
-            for (int k = 0; k < 3; ++k) {
-                const Floats nearer = platform::load_floats(slabs.is_down[k] ? node.high[k] : node.low[k]);
-                const Floats farther = platform::load_floats(slabs.is_down[k] ? node.low[k] : node.high[k]);
-                entry = platform::greater((nearer - slabs.entry[k]) * slabs.inverse[k], entry);
-                exit = platform::lesser((farther - slabs.exit[k]) * slabs.inverse[k], exit);
-            }
-            const Floats slack = platform::load_floats(node.slack), first = entry - slack, last = exit + slack;
-            unsigned met =
-                platform::bits((entry <= exit) & (first <= platform::all_floats(latest)) & (last >= earliest));
-            if (std::has_single_bit(met)) {
-                const int c = std::countr_zero(met);
-                at = {node.children[c], first[c]};
+            const MetChildren met(nodes_[static_cast<size_t>(at.child)], slabs, earliest, latest);
+            if (met.is_single()) {
+                at = met.front();
                 continue;
             }
-            const int32_t others = n;
-            for (; met != 0; met &= met - 1) {
-                const int c = std::countr_zero(met);
-                int32_t i = n++;
-                for (; kNearestFirst && i > others && waiting[i - 1].entry < first[c]; --i)
-                    waiting[i] = waiting[i - 1];
-                waiting[i] = {node.children[c], first[c]};
-            }
+            n = met.push<kNearestFirst>(waiting, n);
         }
         do {
             if (n == 0)

@@ -294,7 +294,7 @@ private:
                 box.include(boxes_[t]);
             }
             leaves_[count_] = box;
-            codes_[count_++] = -1 - (8 * first + last - first - 1);
+            codes_[count_++] = Tree::packed({first, last - first});
         }
         for (int32_t i = 0; i < count_ / kChunk; ++i)
             chunks_[i] = around(leaves_ + i * kChunk, leaves_ + (i + 1) * kChunk);

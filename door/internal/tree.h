@@ -69,9 +69,18 @@ public:
 private:
     static constexpr int kWidth = 4;
 
+    /// Up to eight triangles, one behind the other.
+    struct Leaf {
+        int32_t first, count;
+    };
+
+    /// A leaf as a node has it: below 0, where a child that is another node is its number.
+    static constexpr int32_t packed(Leaf leaf) { return -1 - (8 * leaf.first + leaf.count - 1); }
+    static constexpr bool is_leaf(int32_t child) { return child < 0; }
+    static constexpr Leaf unpacked(int32_t child) { return {(-1 - child) / 8, (-1 - child) % 8 + 1}; }
+
     /// Boxes of the children, less the centre, how far from them along a ray a triangle in them may be met, and what
-    /// stands in them: another node, or -1 less 8 times the first of up to eight triangles and their number less 1. A
-    /// child that is not there has a box that nothing meets.
+    /// stands in them: another node or a leaf. A child that is not there has a box that nothing meets.
     struct Node {
         float low[3][kWidth], high[3][kWidth], slack[kWidth];
         int32_t children[kWidth];
@@ -79,6 +88,9 @@ private:
 
     class Growing;
     struct Slabs;
+    struct Sight;
+    struct Entered;
+    struct MetChildren;
 
     void grow(const Telling& telling);
 
@@ -94,6 +106,8 @@ private:
     /// it ends the walk with false.
     template <bool kNearestFirst, class Visit>
     void walk(const Ray& ray, double reach, Visit visit) const;
+    template <class Visit>
+    bool test_leaf(Leaf leaf, const Ray& ray, const Sight& seen, double& reach, Visit& visit) const;
     template <class Visit>
     void walk_plainly(const Ray& ray, double& reach, Visit visit) const;
     Meeting settle(const Ray& ray) const;
