@@ -192,7 +192,8 @@ void flatten_line(const double* p0, const double* direction, const Transforms& t
     }
 }
 
-void flatten_open(const Outline& outline, const Transforms& to)
+/// Whether the points span a plane.
+bool flatten_open(const Outline& outline, const Transforms& to)
 {
     const double* const p0 = outline.point(0);
     double d[3], e[3], normal[3];
@@ -204,7 +205,7 @@ void flatten_open(const Outline& outline, const Transforms& to)
     }
     if (i >= outline.count) {
         drop_to_zero(p0, to);
-        return;
+        return false;
     }
     make_unit(d);
 
@@ -216,10 +217,11 @@ void flatten_open(const Outline& outline, const Transforms& to)
         if (length(normal) > kCollinear) {
             make_unit(normal);
             orient(p0, d, normal, to.forward, to.reverse);
-            return;
+            return true;
         }
     }
     flatten_line(p0, d, to);
+    return false;
 }
 
 // ---- DATAstruct: closed outlines
@@ -439,6 +441,21 @@ bool flatten_closed_for_sure(const Outline& outline, double rounding, const Tran
     return true;
 }
 
+/// Lays an outline without a proper corner, such as one whose points are all there twice, into the plane of the first
+/// points that span one, the way round that its area says.
+void flatten_without_corner(const Outline& outline, const Transforms& to)
+{
+    double normal[3];
+    if (!flatten_open(outline, to) || !find_mean_normal(outline, normal) || dot(normal, to.forward[2]) >= 0)
+        return;
+    double ahead[3], up[3];
+    for (int k = 0; k < 3; ++k) {
+        ahead[k] = to.forward[0][k];
+        up[k] = -to.forward[2][k];
+    }
+    orient(outline.point(0), ahead, up, to.forward, to.reverse);
+}
+
 } // namespace
 
 void flatten_for_sure(const double* points, int count, double greatest, double (*xfm)[4], double (*reverse)[4],
@@ -447,8 +464,10 @@ void flatten_for_sure(const double* points, int count, double greatest, double (
     const Transforms to = {xfm, reverse};
     set_identities(to);
     const Outline outline = {points, count};
-    if (!closed || !flatten_closed_for_sure(outline, kRounding * greatest, to))
+    if (!closed)
         flatten_open(outline, to);
+    else if (!flatten_closed_for_sure(outline, kRounding * greatest, to))
+        flatten_without_corner(outline, to);
 }
 
 int flatten(const Data* path, double (*xfm)[4], double (*reverse)[4], bool closed)

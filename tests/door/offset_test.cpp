@@ -208,6 +208,35 @@ TEST(DoorOffset, OutlinesFromTinyToHugeGrowWhicheverWayTheyLie)
     }
 }
 
+TEST(DoorOffset, AnOutlineWhosePointsAreAllThereTwiceIsNotTurnedOver)
+{
+    // The first three places are a corner that goes in; nowhere do three neighbours make a corner.
+    const Numbers hook = {2, 4, 0, 2, 2, 0, 0, 2, 0, 0, 0, 0, 4, 0, 0, 4, 4, 0};
+    const Numbers grown = {1.5, 4.5, 0, 1.5, 2.5, 0, -0.5, 2.5, 0, -0.5, -0.5, 0, 4.5, -0.5, 0, 4.5, 4.5, 0};
+    const auto each_twice = [](const Numbers& outline) {
+        Numbers twice;
+        for (size_t i = 0; i < outline.size(); i += 3)
+            for (int k = 0; k < 2; ++k)
+                twice.insert(twice.end(), outline.begin() + static_cast<ptrdiff_t>(i),
+                             outline.begin() + static_cast<ptrdiff_t>(i) + 3);
+        return twice;
+    };
+    const Moved result = moved(each_twice(hook), 0.5);
+    EXPECT_EQ(result.points, each_twice(grown));
+    EXPECT_EQ(std::ranges::count(result.removed, 1), 6);
+    Random random(1217);
+    for (int round = 0; round < rounds(500); ++round) {
+        Numbers star;
+        const int corners = random.between(4, 20);
+        for (int i = 0; i < corners; ++i) {
+            const double angle = 6.283185307179586 * i / corners, radius = random.uniform(1, 3);
+            star.insert(star.end(), {radius * std::cos(angle), radius * std::sin(angle), 1});
+        }
+        const double distance = random.uniform(0.001, 0.1);
+        ASSERT_GT(doubled_area(moved(each_twice(star), distance).points), doubled_area(star)) << "round " << round;
+    }
+}
+
 TEST(DoorOffset, ScalingByAPowerOfTwoScalesTheBorder)
 {
     Random random(1211);
