@@ -421,6 +421,9 @@ bool JoinedOutline::find_end(const Ring& ring, size_t at, const Bevel& bevel, bo
         return false;
     end.place = line.anchor + bevel.half * (sign * line.direction) + bevel.level * bevel.normal;
     end.other = end.place + (cross(*p - end.place, way) / turn) * lit.direction;
+    const double along = dot(end.other - *p, way);
+    if (along < height / descent * dot(way, way) || along > dot(way, way))
+        return false; // not on what the bevel leaves of the ring's edge, so the rest would not lie within the ring
     return !(sign * dot(lit.direction, end.other - end.place) < 0.0);
 }
 

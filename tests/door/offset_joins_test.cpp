@@ -182,6 +182,27 @@ TEST(DoorOffsetJoins, RoundJoinsKeepTheDistance)
     EXPECT_EQ(nearer, 0);
 }
 
+TEST(DoorOffsetJoins, BevelsStayWithinWhatIsCutOffAtTheDistance)
+{
+    // Beneath the bevel of vertex 2 the short edge behind it has vanished, and would meet the ring far outside of it.
+    const Numbers chipped = {0.43,  0.73,  0, -0.87, 0.69,  0, -0.75, -0.71, 0, -0.74, -0.76, 0,
+                             -0.85, -0.89, 0, -0.33, -1.26, 0, 0.15,  -0.88, 0, 0.9,   -0.64, 0};
+    for (const double distance : {0.3, 0.55, 0.6, 2.0}) {
+        const Ring ring = ring_of(chipped, distance, with_joins(KORVALE_JOIN_BEVEL));
+        for (size_t i = 0; i < ring.points.size(); i += 3)
+            EXPECT_LE(distance_to(chipped, &ring.points[i]), 1.4143 * distance) << distance;
+    }
+    Random random(1306);
+    for (int round = 0; round < rounds(10000) && !testing::Test::HasFailure(); ++round) {
+        const double least = random.uniform(1, 9);
+        const Numbers outline = star(random, random.between(3, 20), least);
+        const double distance = (random.one_in(2) ? 1 : -1) * std::pow(10, random.uniform(-2, 0.7));
+        for (const Ring& ring : rings_of(outline, distance, with_joins(KORVALE_JOIN_BEVEL)))
+            for (size_t i = 0; i < ring.points.size(); i += 3)
+                ASSERT_LE(distance_to(outline, &ring.points[i]), 1.4143 * std::fabs(distance)) << round;
+    }
+}
+
 TEST(DoorOffsetJoins, DoNotCross)
 {
     Random random(1303);
@@ -195,6 +216,26 @@ TEST(DoorOffsetJoins, DoNotCross)
                 ASSERT_TRUE(std::is_sorted(ring.sources.begin(), ring.sources.end()));
             }
     }
+}
+
+TEST(DoorOffsetJoins, PiecesCrossOnlyBesideBevelsAndSeldom)
+{
+    Random random(1307);
+    int crossing[3] = {};
+    for (int round = 0; round < rounds(20000); ++round) {
+        const double least = random.uniform(1, 9);
+        const Numbers outline = star(random, random.between(3, 20), least);
+        const double distance = (random.one_in(2) ? 1 : -1) * std::pow(10, random.uniform(-2, 0.7));
+        for (const int32_t join : {KORVALE_JOIN_MITER, KORVALE_JOIN_BEVEL, KORVALE_JOIN_ROUND}) {
+            std::vector<Numbers> pieces;
+            for (Ring& ring : rings_of(outline, distance, with_joins(join)))
+                pieces.push_back(std::move(ring.points));
+            crossing[join] += do_cross(pieces);
+        }
+    }
+    EXPECT_EQ(crossing[KORVALE_JOIN_MITER], 0);
+    EXPECT_LE(crossing[KORVALE_JOIN_BEVEL], rounds(2));
+    EXPECT_EQ(crossing[KORVALE_JOIN_ROUND], 0);
 }
 
 TEST(DoorOffsetJoins, OutlinesMayHaveAnySize)
