@@ -153,7 +153,7 @@ def offset(outline: Any, distance: Any, *, height: Number = 0.0, keep_vertices: 
         the vertex. Or one of them for each point, of all outlines one behind the other.
     miter_limit: corners that would be farther than so many distances from their vertex are cut off at the distance.
     tolerance: how far a round join may be outside the arc, at least 1e-06 of the distance; 1 / 200 of it where it is
-        not given. No point of a round join is nearer to the vertex than the distance.
+        not given or 0. No point of a round join is nearer to the vertex than the distance.
 
     With joins a vertex has as many points as its join has corners, which `Offset.sources` tells; vertices that are
     removed have none, whatever `keep_vertices` says. What moves is the outline with its joins: these meet other parts,

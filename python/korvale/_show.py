@@ -154,4 +154,4 @@ def live(border: Any) -> Doubles:
     """The points of a border without those of removed vertices."""
     points: Doubles = border.points
     removed: Truths = border.removed
-    return points[~removed] if len(points) == len(removed) else points
+    return points[~removed[border.sources]]

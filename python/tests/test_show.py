@@ -114,6 +114,13 @@ class ShapelyTest(unittest.TestCase):
         from shapely.geometry import Polygon
         self.assertAlmostEqual(Polygon(flat[:, :2]).area, 14, places=9)
 
+    def test_keeps_the_points_of_joins_that_happen_to_be_as_many_as_vertices(self):
+        outline = [(0.9, 0.6), (-0.98, 0.49), (-0.6, 0.1), (-1.98, -1.3)]
+        border = korvale.offset(outline, -0.21, join="bevel")
+        self.assertEqual(len(border.points), len(border.removed))
+        self.assertTrue(border.removed.any())
+        self.assertEqual(border.to_shapely().exterior.coords[:-1], [tuple(point) for point in border.xy.tolist()])
+
     def test_gives_valid_polygons_or_none(self):
         valid, refused = 0, 0
         for number in range(600):
