@@ -123,7 +123,8 @@ TEST(DoorKnots, TracksWithStopsAreBorderedAsTheirWalks)
     for (int round = 0; round < rounds(250); ++round) {
         const double noise = kLeastNoise * std::pow(kGrowth, random.unit());
         const double width = std::clamp(noise * 40 * std::pow(0.02, random.unit()), 0.5, kMostWidth);
-        const Track track(random, noise, random.one_in(2) ? 0 : 0.8, random.between(2, 4));
+        const int legs = random.between(2, 4);
+        const Track track(random, noise, random.one_in(2) ? 0 : 0.8, legs);
         const Course course = course_of(track, width);
         ASSERT_LE(course.most_away, 4 * (1 + 1e-9)) << "round " << round;
         if (noise > width / 10)

@@ -61,9 +61,10 @@ TEST(FaceUnderFastMath, BordersAndBandsKeepTheirBits)
     const Point offset[] = {{-0x1.b91ab47587979p-7, -0x1.da70733ee7bb3p-7, 0x0p+0},
                             {0x1.f316cb8a9b031p-4, 0x1.abda55b21a7cap-6, 0x0p+0},
                             {0x1.bda8b54c8b8b8p-7, 0x1.b77fdd154dcc3p-4, 0x0p+0}};
-    const Point band[] = {{-0x1.3d769b2e9a49bp-1, -0x1.4cabf2750086dp-2, 0x0p+0},
+    // The first corner and the last are at the miter limit, 2.8 from their points.
+    const Point band[] = {{-0x1.3d769b2e9a49bp+1, -0x1.4cabf2750086dp+0, 0x0p+0},
                           {0x1.bf8b01f828811p+1, 0x1.b5dfdc408c05ep-2, 0x0p+0},
-                          {0x1.1cb49aaee5b92p+2, 0x1.c4ca61d04ea96p+1, 0x0p+0}};
+                          {0x1.72d26abb96e46p+2, 0x1.4994c3a09d52cp+2, 0x0p+0}};
     const korvale::Offset small = korvale::offset({{0, 0, 0}, {0.1, 0.03, 0}, {0.02, 0.09, 0}}, 0.01);
     const korvale::Band ring = korvale::band({{0, 0, 0}, {3, 1, 0}, {4, 3, 0}}, 0.7, {.closed = true});
     for (std::size_t i = 0; i < 3; ++i)
