@@ -153,5 +153,6 @@ def band_to_shapely(band: Any) -> Polygon:
 def live(border: Any) -> Doubles:
     """The points of a border without those of removed vertices."""
     points: Doubles = border.points
-    removed: Truths = border.removed
-    return points[~removed[border.sources]]
+    stays: Truths = ~border.removed[border.sources]
+    live_points: Doubles = points[stays]
+    return live_points
