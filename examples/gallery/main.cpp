@@ -9,9 +9,10 @@
 namespace {
 
 const gallery::Scene kScenes[] = {
-    gallery::bevelled_text(),       gallery::tree_rings(),       gallery::road_band(),     gallery::drum_head(),
-    gallery::teapot_rays(),         gallery::squashed_teapot(),  gallery::swept_tubes(),   gallery::tilted_planes(),
-    gallery::scaled_turned_moved(), gallery::scattered_points(), gallery::bent_vertices(),
+    gallery::bevelled_text(), gallery::tree_rings(),    gallery::contour_fill(),        gallery::corners_and_ends(),
+    gallery::road_band(),     gallery::drum_head(),     gallery::teapot_rays(),         gallery::squashed_teapot(),
+    gallery::swept_tubes(),   gallery::tilted_planes(), gallery::scaled_turned_moved(), gallery::scattered_points(),
+    gallery::bent_vertices(),
 };
 
 // Where the sources lay when this was built, or else as seen from the top of a checkout.

@@ -64,6 +64,8 @@ struct Scene {
 
 Scene bevelled_text();
 Scene tree_rings();
+Scene contour_fill();
+Scene corners_and_ends();
 Scene road_band();
 Scene drum_head();
 Scene teapot_rays();

@@ -88,10 +88,11 @@ TEST_F(Gallery, PrintsALineForEachFile)
     EXPECT_GE(files, 7u);
 }
 
-TEST_F(Gallery, HasTheThreeBorderScenes)
+TEST_F(Gallery, HasTheBorderScenes)
 {
-    for (const char* name : {"bevelled-text.png", "bevelled-text.svg", "bevelled-text.obj", "tree-rings.png",
-                             "road-band.png", "road-band.svg", "index.html"})
+    for (const char* name :
+         {"bevelled-text.png", "bevelled-text.svg", "bevelled-text.obj", "tree-rings.png", "contour-fill.png",
+          "joins.png", "caps.png", "road-band.png", "road-band.svg", "index.html"})
         EXPECT_TRUE(fs::exists(folder() / name)) << name;
 }
 

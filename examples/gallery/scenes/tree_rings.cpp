@@ -1,5 +1,4 @@
-// Coasts offset inwards, twenty times, each ring from the one before. Where a bay cuts the land in two, a split event
-// drops the smaller piece, and the rings go on in the larger.
+// Coasts offset inwards to twenty depths in one sweep. Where a bay cuts the land in two, rings go on in both pieces.
 
 #include "mesh.h"
 #include "scene.h"
@@ -84,87 +83,50 @@ double depth_of(const Outline& coast)
     return depth;
 }
 
-// Takes out points that lie within `tolerance` of the line between their neighbours kept (Douglas and Peucker 1973).
-void keep_corners(const Outline& line, size_t from, size_t to, double tolerance, Outline& kept)
+// All rings inside the coast at each depth; corners that open are round.
+std::vector<korvale::Rings> rings_of(const Outline& coast, double step)
 {
-    double furthest = 0;
-    size_t at = from;
-    for (size_t i = from + 1; i < to; i++) {
-        const double distance = distance_to({line[from], line[to]}, line[i]);
-        if (distance > furthest) {
-            furthest = distance;
-            at = i;
-        }
-    }
-    if (furthest > tolerance) {
-        keep_corners(line, from, at, tolerance, kept);
-        keep_corners(line, at, to, tolerance, kept);
-    } else {
-        kept.push_back(line[from]);
-    }
+    std::vector<double> depths;
+    for (int k = 1; k <= kRings; k++)
+        depths.push_back(-k * step);
+    return korvale::offset_rings(lifted(coast), depths, {.join = korvale::Join::round});
 }
 
-// Cuts each corner that turns by more than 60 degrees, so that two of half the turn stand in its place.
-Outline blunted(const Outline& outline)
+// The coast, then the pieces of each depth; returns the largest number of pieces.
+size_t fill_rings(Picture& picture, const View& view, const Outline& coast, const std::vector<korvale::Rings>& rings)
 {
-    Outline out;
-    const size_t n = outline.size();
-    for (size_t i = 0; i < n; i++) {
-        const Point before = outline[(i + n - 1) % n], p = outline[i], after = outline[(i + 1) % n];
-        const Point u = p - before, v = after - p;
-        if (u.x * v.x + u.y * v.y > 0.5 * std::hypot(u.x, u.y) * std::hypot(v.x, v.y)) {
-            out.push_back(p);
-        } else {
-            out.push_back(p - 0.25 * u);
-            out.push_back(p + 0.25 * v);
-        }
-    }
-    return out;
-}
-
-// The coast as the picture can show it. A corner moves the faster the sharper it is: the tip of a fjord would run
-// through the whole country, so sharp corners are made blunt.
-Outline prepared(const Outline& coast, double tolerance)
-{
-    Outline closed = coast, kept;
-    closed.push_back(coast[0]);
-    keep_corners(closed, 0, coast.size() / 2, tolerance, kept);
-    keep_corners(closed, coast.size() / 2, coast.size(), tolerance, kept);
-    for (int round = 0; round < 3; round++)
-        kept = blunted(kept);
-    return kept;
-}
-
-// The coast and the rings inside it, as many as there is room for.
-std::vector<Outline> rings_of(korvale::Offsetter& offsetter, const Outline& coast, double step)
-{
-    std::vector<Outline> rings{coast};
+    const auto fill = [&](const Outline& ring, int depth) {
+        const Colour colour = scale_colour(double(depth) / kRings);
+        picture.fill({view(ring)}, colour);
+        picture.stroke(view(ring), 0.7, mix(colour, hex(0x101a33), 0.45), true);
+    };
+    fill(coast, 0);
+    size_t most = 0;
     for (int k = 1; k <= kRings; k++) {
-        offsetter(lifted(rings.back()), -step, {.keep_vertices = false}); // the next ring starts from what is left
-        Outline ring = plan(offsetter.points());
-        if (offsetter.collapsed() || signed_area(ring) <= 0)
-            break;
-        rings.push_back(std::move(ring));
+        const korvale::Rings& pieces = rings[size_t(k - 1)];
+        size_t alive = 0;
+        for (size_t i = 0; i < pieces.size(); i++) {
+            if (!pieces.collapsed[i]) {
+                fill(plan(pieces[i]), k);
+                alive++;
+            }
+        }
+        most = std::max(most, alive);
     }
-    return rings;
+    picture.stroke(view(coast), 1.1, hex(0x16213f), true);
+    return most;
 }
 
-void paint(Picture& picture, const Font& font, const Country& country, const std::vector<Outline>& rings, double step,
-           Point corner, Point size)
+void paint(Picture& picture, const Font& font, const Country& country, double step, Point corner, Point size)
 {
     Box2 box;
     box.include(country.coast);
     const View view(box, corner + Point{18, 18}, size - Point{36, 78});
-    for (size_t k = 0; k < rings.size(); k++) {
-        const Colour colour = scale_colour(double(k) / kRings);
-        picture.fill({view(rings[k])}, colour);
-        picture.stroke(view(rings[k]), 0.7, mix(colour, hex(0x101a33), 0.45), true);
-    }
-    picture.stroke(view(rings[0]), 1.1, hex(0x16213f), true);
+    const size_t most = fill_rings(picture, view, country.coast, rings_of(country.coast, step));
     const double middle = corner.x + size.x / 2;
     draw_text(picture, font, {middle, corner.y + size.y - 34}, 19, country.name, kInk, Align::middle);
     char note[64];
-    std::snprintf(note, sizeof note, "%zu rings of %.1f km", rings.size() - 1, step);
+    std::snprintf(note, sizeof note, "every %.1f km, up to %zu pieces", step, most);
     draw_text(picture, font, {middle, corner.y + size.y - 13}, 14, note, kGrey, Align::middle);
 }
 
@@ -174,17 +136,14 @@ void draw_tree_rings(Gallery& hall)
     constexpr int kColumns = 4;
     const Point cell{kWidth / double(kColumns), 330};
     Picture picture(kWidth, int(cell.y) * int((countries.size() + kColumns - 1) / kColumns));
-    korvale::Offsetter offsetter;
     for (size_t i = 0; i < countries.size(); i++) {
-        const double depth = depth_of(countries[i].coast), step = depth / (kRings + 0.5);
-        const std::vector<Outline> rings = rings_of(offsetter, prepared(countries[i].coast, 0.02 * depth), step);
-        paint(picture, hall.sans(), countries[i], rings, step,
+        paint(picture, hall.sans(), countries[i], depth_of(countries[i].coast) / (kRings + 0.5),
               {cell.x * double(i % kColumns), cell.y * double(i / kColumns)}, cell);
         hall.progress(double(i + 1) / double(countries.size()));
     }
     hall.show("tree-rings.png", picture,
-              "The largest land of a dozen countries with up to twenty rings inside each; where a ring tears, the "
-              "larger piece is followed.");
+              "The largest land of a dozen countries with twenty depths of rings inside each; where a ring tears, all "
+              "its pieces go on.");
 }
 
 } // namespace
@@ -192,8 +151,8 @@ void draw_tree_rings(Gallery& hall)
 Scene tree_rings()
 {
     return {"Tree rings",
-            "Coasts offset inwards step by step with split events on: bays widen, headlands wear off, and where the "
-            "land is cut in two the piece with the smaller box is dropped.",
+            "Coasts offset inwards to twenty depths in one call: bays widen, headlands wear off, and where the land is "
+            "cut in two the rings go on in both pieces.",
             draw_tree_rings, "tree_rings.cpp", "border.md"};
 }
 
