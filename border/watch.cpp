@@ -255,7 +255,7 @@ int32_t most_changes(int32_t live)
 
 double slack_of(double drift, double reach, double window)
 {
-    constexpr double kAside = 1.25 / kDominantComponent;
+    constexpr double kAside = 1.25 / kDominantComponent; // of a miter, as its declaration derives
     return kAside * window * drift + kRounding * reach;
 }
 

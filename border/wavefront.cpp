@@ -15,7 +15,7 @@
 namespace korvale::border {
 namespace {
 
-constexpr int32_t kColumns = 15, kLists = 4;
+constexpr int32_t kColumns = 15, kLists = 4; ///< that a wavefront needs of doubles and of int32_t
 constexpr unsigned kAllGroups = Wavefront::lines | Wavefront::velocities | Wavefront::rates | Wavefront::edges;
 
 /// Doubles to which columns are aligned: 32 bytes, so that four lanes at a place that is a multiple of four never

@@ -13,7 +13,7 @@ struct Workroom::Block {
     /// Where the values begin.
     double* values()
     {
-        constexpr uintptr_t kBehind = kAlignment - 1;
+        constexpr uintptr_t kBehind = kAlignment - 1; // the bits below
         return reinterpret_cast<double*>((reinterpret_cast<uintptr_t>(this + 1) + kBehind) & ~kBehind);
     }
 };

@@ -8,9 +8,10 @@ namespace korvale::door {
 
 namespace {
 
-constexpr double kRounding = 1e-12; // of coordinates, which are at most 1
-constexpr double kGap = 1e-11;
-constexpr double kMostGaps = 100.0; // that a sharp corner moves
+/// How far edges of a hole move. Chosen: far enough beyond what counts as touching that they do so no more.
+constexpr double kGap = 10.0 * kNegligible;
+/// How far the sharpest corner moves, in gaps. Chosen: it stays below 1e-09 of the drawing.
+constexpr double kMostGaps = 100.0;
 
 /// Marks the rings that come within rounding of others; true where one does so as is asked for.
 bool find_touching(const Rings& rings, Touching touching, const Telling& telling, Vector<uint8_t>& touches)
@@ -18,10 +19,10 @@ bool find_touching(const Rings& rings, Touching touching, const Telling& telling
     RunTree tree(rings);
     tree.grow([](size_t) { return true; });
     bool is_found = false;
-    tree.for_each_near_pair(kRounding, false, telling, [&](int32_t ring, int32_t i, int32_t other, int32_t k) {
+    tree.for_each_near_pair(kNegligible, false, telling, [&](int32_t ring, int32_t i, int32_t other, int32_t k) {
         const auto look = [&](const Edge& e, const Place& p) {
             const Place away = nearest_of(e, p) - p;
-            if (dot(away, away) > kRounding * kRounding)
+            if (dot(away, away) > kNegligible * kNegligible)
                 return;
             touches[static_cast<size_t>(ring)] = touches[static_cast<size_t>(other)] = 1;
             is_found |= touching == Touching::at_all ||
@@ -61,7 +62,7 @@ void shrink(std::span<Place> ring, bool is_clockwise)
         const Place left = {-a.y - b.y, a.x + b.x};
         Place way = share * kMostGaps > 2.0 ? (is_clockwise ? -1.0 : 1.0) / share * left
                                             : (turn >= 0.0 ? -kMostGaps : kMostGaps) * a;
-        constexpr double kPart = 0.25; // of the shorter edge
+        constexpr double kPart = 0.25; // of the shorter edge, whose two ends leave half of it then
         way = std::min(kGap, kPart * std::sqrt(least / std::max(1.0, dot(way, way)))) * way;
         ring[i] = old[i] + way;
     }

@@ -34,7 +34,7 @@ public:
     DATAstruct* operator[](size_t k) { return &records_[k]; }
 
 private:
-    static constexpr int64_t kMost = 4;
+    static constexpr int64_t kMost = 4; // that DATAMixFour takes
     std::optional<NumbersIn> arrays_[kMost];
     DATAstruct records_[kMost];
 };

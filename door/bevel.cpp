@@ -33,15 +33,12 @@ Rings rings_of(std::span<const Outline> outlines, Seen seen)
     return rings;
 }
 
-/// What rounding may do to a layer whose largest coordinate is near 1.
-constexpr double kRounding = 1e-12;
-
 /// How a triangle runs, but for rounding: 1 counter-clockwise, -1 clockwise, 0 without area.
 int turn_of(const Place& a, const Place& b, const Place& c)
 {
     const Place p = b - a, q = c - a, r = c - b;
     const double twice = cross(p, q);
-    return twice * twice > kRounding * kRounding * std::max({dot(p, p), dot(q, q), dot(r, r)}) ? sign_of(twice) : 0;
+    return twice * twice > kNegligible * kNegligible * std::max({dot(p, p), dot(q, q), dot(r, r)}) ? sign_of(twice) : 0;
 }
 
 bool has_turn(const Rings& rings, const Vector<Triangle>& triangles, int turn)
@@ -57,7 +54,7 @@ bool does_part(const Edge& e, const Edge& f)
     const Place along = e.to - e.from;
     const double first = cross(along, f.from - e.from), second = cross(along, f.to - e.from);
     const double nearer = std::min(std::fabs(first), std::fabs(second));
-    return (first < 0.0) != (second < 0.0) && nearer * nearer > kRounding * kRounding * dot(along, along);
+    return (first < 0.0) != (second < 0.0) && nearer * nearer > kNegligible * kNegligible * dot(along, along);
 }
 
 /// Two edges by their rings and the places where they start.
@@ -296,7 +293,7 @@ private:
     /// The farthest distance, but for a millionth of it, up to which layers are sound; 0 where it is next to nothing.
     double find_most(double distance)
     {
-        constexpr double kNear = 1e-06;
+        constexpr double kNear = 1e-06; // the millionth, in 20 halvings
         const double nothing = 1e-09 * extent_of(outlines_[0]).half;
         double sound = 0.0, not_sound = distance;
         while (std::fabs(not_sound - sound) > kNear * std::fabs(sound)) {
@@ -349,9 +346,9 @@ void require_profile(const korvale_bevel_step* profile, int64_t steps)
 
 void require_room(int64_t steps, int64_t points)
 {
-    constexpr int64_t kMost = std::numeric_limits<int32_t>::max() / 9;
-    if (steps > kMost / points)
-        throw Refusal("profile", Text() << "have at most " << kMost / points << " steps for " << points << " points",
+    if (steps > kMostMeshPoints / points)
+        throw Refusal("profile",
+                      Text() << "have at most " << kMostMeshPoints / points << " steps for " << points << " points",
                       Text() << "it has " << steps);
 }
 

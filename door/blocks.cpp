@@ -17,7 +17,9 @@ using namespace korvale::equation;
 
 namespace {
 
-constexpr int64_t kBlock = 512; ///< rows; a few blocks fit the fastest cache
+/// Rows: 4 KB, of which a few fit the fastest cache. Measured: 256 take 8 % more instructions, 1,024 take 3 % less and
+/// the same time.
+constexpr int64_t kBlock = 512;
 
 template <class Number>
 void gather(const Column& column, int64_t row, int64_t n, double* to)

@@ -213,6 +213,8 @@ private:
         return copy;
     }
 
+    /// Corners at one place that are asked. Chosen: holes of a shape that share a place are few, and of many that
+    /// repeat each other, each would ask all before.
     static constexpr int32_t kMostAtOnePlace = 64;
     static constexpr int32_t kCornersPerQuestion = 1024;
 

@@ -70,7 +70,7 @@ void Contacts::compare(int32_t ring, int32_t i, int32_t other, int32_t k)
 /// Looks at edges i and k of one ring. Of a scribble not all that meet are kept.
 void Contacts::compare_own(int32_t ring, int32_t i, int32_t k)
 {
-    constexpr int32_t kMostAPlace = 4;
+    constexpr int32_t kMostAPlace = 4; // pairs for each edge of a ring, on average: it bounds the memory. Chosen
     int32_t& count = meetings_of_[static_cast<size_t>(ring)];
     if (count / kMostAPlace >= contours_.size(ring) || !do_meet(contours_.places(ring), i, k))
         return;

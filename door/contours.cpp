@@ -38,7 +38,7 @@ Stretch stretch_at(std::span<const Place> ring, double y, const Stretch& none)
 
 Place find_inside(std::span<const Place> ring, const Place& lowest)
 {
-    constexpr size_t kStrips = 4;
+    constexpr size_t kStrips = 4; // of which each costs a look at all edges. Chosen
     Vector<double> heights;
     for (const Place& p : ring)
         heights.push_back(p.y);
@@ -60,7 +60,6 @@ Place find_inside(std::span<const Place> ring, const Place& lowest)
 
 Contour measure(std::span<const Place> ring)
 {
-    constexpr double kRounding = 1e-12;
     Contour contour;
     if (ring.empty())
         return contour;
@@ -85,7 +84,7 @@ Contour measure(std::span<const Place> ring)
         after = (lowest + i) % ring.size();
     contour.size = std::fabs(sum);
     contour.turn = side(ring[before], ring[lowest], ring[after]);
-    if (contour.turn == 0 && std::fabs(sum) > kRounding * size)
+    if (contour.turn == 0 && std::fabs(sum) > kNegligible * size)
         contour.turn = sign_of(sum);
     contour.lowest = static_cast<int32_t>(lowest);
     contour.before = static_cast<int32_t>(before);

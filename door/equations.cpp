@@ -25,7 +25,7 @@ using namespace korvale::equation;
 
 namespace {
 
-constexpr int32_t kBuiltInVariables = 2;
+constexpr int32_t kBuiltInVariables = 2; ///< that a new system holds
 
 Word as_word(std::string_view text)
 {

@@ -15,7 +15,7 @@ namespace {
 /// without extent.
 void choose_cells(const double* box, int32_t triangles, int32_t (&cells)[3])
 {
-    constexpr double kThin = 1e-06; // of the longest side
+    constexpr double kThin = 1e-06; // of the longest side: measured coordinates of something flat. Chosen
     const Point extent = {box[3] - box[0], box[4] - box[1], box[5] - box[2]};
     const double longest = std::max(std::max(extent.x, extent.y), extent.z);
     double product = 1.0, axes = 0.0;
@@ -45,7 +45,7 @@ void widen(double* box, const double* other)
 /// number is not finite.
 bool copy_points(std::span<const Point> points, double* to, double* box)
 {
-    constexpr size_t kPiece = 1024;
+    constexpr size_t kPiece = 1024; // points: 24 KB, which stay in the fastest cache
     for (size_t i = 0; i < points.size(); i += kPiece) {
         const std::span<const Point> piece = points.subspan(i, std::min(kPiece, points.size() - i));
         const auto n = static_cast<int64_t>(piece.size());

@@ -57,7 +57,7 @@ bool is_inside(const korvale_grid& grid, const double* point)
                                           {0.6841, -0.5923, 0.4253},
                                           {-0.4391, -0.3617, 0.8219},
                                           {0.1973, 0.6229, -0.7571}};
-    constexpr double kNear = 1e-09; // as a weight of a corner
+    constexpr double kNear = 1e-09; // as a weight of a corner. Chosen: far above rounding
     size_t met = 0;
     for (const auto& direction : kDirections) {
         const Ray ray = ray_of(grid, point, direction);

@@ -18,7 +18,6 @@ namespace {
 /// parts cancel but for rounding.
 Point doubled_area(Outline outline)
 {
-    constexpr double kRounding = 1e-12;
     Point sum = {};
     double size = 0.0;
     for (size_t i = 1; i + 1 < outline.size(); ++i) {
@@ -26,7 +25,7 @@ Point doubled_area(Outline outline)
         sum = plus(sum, 1.0, part);
         size += std::fabs(part.x) + std::fabs(part.y) + std::fabs(part.z);
     }
-    return length(sum) > kRounding * size ? sum : Point{};
+    return length(sum) > kNegligible * size ? sum : Point{};
 }
 
 /// Whether no area is left of an outline: fewer than three points, or all near one line.

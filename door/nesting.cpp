@@ -148,7 +148,6 @@ private:
     template <class IsBelow>
     std::optional<Slope> edge_below(int32_t ring, const Place& p, bool to_right, IsBelow is_below_it) const
     {
-        constexpr double kRounding = 1e-12; // of heights, whose coordinates are at most 1
         std::optional<Slope> best;
         double least = std::numeric_limits<double>::lowest();
         const auto may_hold = [&](const Box& box) {
@@ -173,7 +172,7 @@ private:
                 const Slope e = slope(run.ring, i);
                 if (is_below_it(e) && (!best || is_below(*best, e))) {
                     best = e;
-                    least = e.height_at(p.x) - kRounding;
+                    least = e.height_at(p.x) - kNegligible;
                 }
             }
         }

@@ -180,7 +180,7 @@ bool step(korvale_relaxer& r, std::span<Point> points, int32_t steps)
 /// Steps between two reports: a hundredth of all, or those that take some 10 ms.
 int32_t steps_to_tell(const korvale_relaxer& r, int32_t steps)
 {
-    constexpr int64_t kPointsToMove = 1 << 18;
+    constexpr int64_t kPointsToMove = 1 << 18; // in some 10 ms
     return static_cast<int32_t>(std::max<int64_t>(1, std::min<int64_t>(steps / 100, kPointsToMove / r.size())));
 }
 

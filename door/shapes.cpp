@@ -76,7 +76,7 @@ private:
     /// One of fewer points than enclose something counts as one of none.
     std::span<const Point> outline(size_t k) const
     {
-        constexpr size_t kLeast = 3;
+        constexpr size_t kLeast = 3; // points of a triangle
         return in_[k].size() < kLeast ? in_[k].first(0) : in_[k];
     }
 
@@ -107,12 +107,11 @@ private:
     /// Joins rings that cross by less than the tolerance, if there are some, and sorts them as they are then.
     void join_overlapping(JoinedRings& joined, Vector<int32_t>& outer) const
     {
-        constexpr double kRounding = 1e-12; // of coordinates, which are at most 1
-        constexpr int kMostRounds = 3;      // what is joined may come to cross others
+        constexpr int kMostRounds = 3; // what is joined may come to cross others. Chosen
         for (int round = 0;; ++round) {
             const Telling telling = telling_.part(0.4 + 0.15 * round, 0.1);
-            Contours contours(joined.rings, kRounding, telling.part(0.0, 0.2));
-            Contacts contacts(contours, kRounding, false, telling.part(0.2, 0.3));
+            Contours contours(joined.rings, kNegligible, telling.part(0.0, 0.2));
+            Contacts contacts(contours, kNegligible, false, telling.part(0.2, 0.3));
             const std::optional<Crossing> crossing = contacts.find_crossing(telling.part(0.5, 0.2));
             if (!crossing) {
                 if (round > 0)

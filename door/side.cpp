@@ -59,7 +59,7 @@ public:
     int sign() const { return sign_of(parts_[size_ - 1]); }
 
 private:
-    static constexpr int kTerms = 16;
+    static constexpr int kTerms = 16; // eight products, in two parts each
     double parts_[kTerms] = {};
     int size_ = 0;
 };

@@ -25,7 +25,7 @@ double length_of(std::span<const Place> ring)
 
 bool does_cross(std::span<const Place> ring, const Telling& telling)
 {
-    constexpr size_t kMostAPlace = 4; // pairs of edges that are kept: of a scribble not all
+    constexpr size_t kMostAPlace = 4; // pairs of edges that are kept: of a scribble not all. Chosen
     constexpr int32_t kEdgesPerQuestion = 256;
     const size_t n = ring.size();
     const EdgeTree tree(edges_of(ring));

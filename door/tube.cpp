@@ -36,9 +36,8 @@ void add_wall(korvale_mesh& mesh, std::span<const Point> path, std::span<const P
 
 void require_room(int64_t path, int64_t section)
 {
-    constexpr int64_t kMost = std::numeric_limits<int32_t>::max() / 9;
-    if (path * section > kMost)
-        throw Refusal("path times section", Text() << "have at most " << kMost << " elements",
+    if (path * section > kMostMeshPoints)
+        throw Refusal("path times section", Text() << "have at most " << kMostMeshPoints << " elements",
                       Text() << "it has " << path * section);
 }
 

@@ -94,8 +94,8 @@ KORVALE_OVER_LANES auto hulls_apart(const ConstBoxes& boxes, int64_t i, const Bo
 /// edge is the hull of those of its two ends. `kFan` neighbours share a node, and so on upwards, to at most `kFan`
 /// nodes.
 struct BoxTree {
-    static constexpr int32_t kFan = 8;
-    static constexpr int kMostLevels = 12;
+    static constexpr int32_t kFan = 8;     ///< two or four lanes at a time. Chosen
+    static constexpr int kMostLevels = 12; ///< 8^11 is beyond 2^31 edges
 
     Boxes level[kMostLevels]; ///< level[0] are the edges; each is filled up to a multiple of kFan with empty boxes
     int32_t count[kMostLevels];

@@ -12,10 +12,10 @@ namespace korvale::border {
 /// one too many goes back to the heap. They are released when the library is unloaded.
 class Workroom {
 public:
-    static constexpr int64_t kNearby = 512;
-    static constexpr int kAlignment = 32; ///< in bytes
-    static constexpr int kKeptBlocks = 4;
-    static constexpr int64_t kMostKept = int64_t{1} << 19;
+    static constexpr int64_t kNearby = 512;                ///< doubles in the object. Chosen: 4 KB of a stack
+    static constexpr int kAlignment = 32;                  ///< in bytes
+    static constexpr int kKeptBlocks = 4;                  ///< Chosen: as many threads sweep at once without the heap
+    static constexpr int64_t kMostKept = int64_t{1} << 19; ///< Chosen: 4 MB, so that 16 MB are kept at most
 
     explicit Workroom(int64_t count) : values_(nearby_), block_(nullptr)
     {

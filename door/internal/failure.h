@@ -112,7 +112,9 @@ struct Telling {
     Telling part(double first, double size) const { return {progress, user, before + share * first, share * size}; }
 };
 
-/// Asks after every so many steps of long work whether to go on.
+/// Asks after every so many steps of long work whether to go on. The number is chosen for each work, as
+/// kEdgesPerQuestion: some milliseconds, so a host that stops it does not wait, and the question costs nothing beside
+/// the steps.
 class Asking {
 public:
     Asking(const Telling& telling, int32_t each) : telling_(telling), each_(each), left_(each) {}

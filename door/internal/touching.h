@@ -5,10 +5,10 @@
 // Edges that lie on each other but for a slack: a tolerance, or rounding.
 namespace korvale::door {
 
-/// Lengths that count as nothing where coordinates are at most 1.
+/// Lengths that count as nothing beside a tolerance.
 inline double slack_of(double tolerance)
 {
-    return std::max(tolerance, 1e-12);
+    return std::max(tolerance, kNegligible);
 }
 
 /// How far the middle of a piece of an edge may be from what it lies on: corners of edges side by side are farther

@@ -67,7 +67,7 @@ public:
     void for_each(const Ray& ray, void (*visit)(void* user, int32_t triangle, double distance), void* user) const;
 
 private:
-    static constexpr int kWidth = 4;
+    static constexpr int kWidth = 4; ///< lanes of Floats
 
     /// Up to eight triangles, one behind the other.
     struct Leaf {
