@@ -132,14 +132,14 @@ public:
         if (outlines_.size() == 1)
             return;
         const Vector<Triangle> cap = cut(rings_, rings_, now_);
-        const bool sound = is_sound(rings_, cap);
+        const bool sound = is_layer_sound(rings_, cap);
         if (sound && has_turn(rings_, cap, 1))
             return;
         for (size_t k = 1; k < outlines_.size(); ++k) {
             const Outline pair[] = {outlines_[0], outlines_[k]};
             const Rings rings = rings_of(pair, seen_);
             const Vector<Triangle> left = cut(rings, now_);
-            if (!is_sound(rings, left))
+            if (!is_layer_sound(rings, left))
                 throw Refusal(Text() << "outline " << k, "lie inside outline 0, as a hole in it", "it does not");
             if (!has_turn(rings, left, 1))
                 throw Refusal(Text() << "outline " << k, "leave some of outline 0", "it goes round all of it");
@@ -160,8 +160,8 @@ public:
         now_ = telling_.part(0.5, 0.0);
         const size_t inmost_step = step_number(profile, *inmost), outmost_step = step_number(profile, *outmost);
         const double inwards = mesh_.reached[inmost_step], outwards = mesh_.reached[outmost_step];
-        const bool is_held_inwards = inwards < 0.0 && !is_sound(inmost_step);
-        const bool is_held_outwards = outwards > 0.0 && !is_sound(outmost_step);
+        const bool is_held_inwards = inwards < 0.0 && !is_layer_sound(inmost_step);
+        const bool is_held_outwards = outwards > 0.0 && !is_layer_sound(outmost_step);
         if (!is_held_inwards && !is_held_outwards)
             return;
         if (is_held_inwards)
@@ -213,7 +213,7 @@ private:
         if (!are_finite() || std::ranges::any_of(borders_, [](const Border& border) { return border.collapsed; }))
             return false;
         const Rings rings = latest_layer();
-        return !find_crossing(rings, now_) && is_sound(rings);
+        return !find_crossing(rings, now_) && is_layer_sound(rings);
     }
 
     void move(const korvale_bevel_step& step, bool split)
@@ -301,21 +301,21 @@ private:
                 return 0.0;
             const double middle = 0.5 * sound + 0.5 * not_sound;
             move({middle, 0.0}, true);
-            (is_sound(latest_layer()) ? sound : not_sound) = middle;
+            (is_layer_sound(latest_layer()) ? sound : not_sound) = middle;
         }
         return sound;
     }
 
-    bool is_sound(size_t step) const
+    bool is_layer_sound(size_t step) const
     {
         const Rings rings = layer(step);
         if (step == 0)
-            return is_sound(rings, first_cap_);
-        return step + 1 == mesh_.reached.size() ? is_sound(rings, last_cap_) : is_sound(rings);
+            return is_layer_sound(rings, first_cap_);
+        return step + 1 == mesh_.reached.size() ? is_layer_sound(rings, last_cap_) : is_layer_sound(rings);
     }
-    bool is_sound(const Rings& rings) const { return is_sound(rings, cut(rings, rings_, now_)); }
+    bool is_layer_sound(const Rings& rings) const { return is_layer_sound(rings, cut(rings, rings_, now_)); }
 
-    static bool is_sound(const Rings& rings, const Vector<Triangle>& cap) { return !has_turn(rings, cap, -1); }
+    static bool is_layer_sound(const Rings& rings, const Vector<Triangle>& cap) { return !has_turn(rings, cap, -1); }
 
     std::span<const Outline> outlines_;
     bool split_;

@@ -40,7 +40,7 @@ struct IsBelow {
 
 class BridgeBuilder {
 public:
-    BridgeBuilder(const Rings& rings, Corners& corners)
+    BridgeBuilder(const Rings& rings, LinkedCorners& corners)
         : places_(rings.places), corners_(corners), before_(corners.place.size(), -1), after_(corners.place.size(), -1),
           begins_(corners.place.size(), 0), is_first_(corners.place.size(), 0), floor_of_(corners.place.size(), -1),
           copy_(corners.place.size(), -1), status_(IsBelow{&floors_})
@@ -219,7 +219,7 @@ private:
     static constexpr int32_t kCornersPerQuestion = 1024;
 
     const Vector<Place>& places_;
-    Corners& corners_;
+    LinkedCorners& corners_;
     Vector<int32_t> before_, after_; // in the ring of its own, among corners at different places
     Vector<uint8_t> begins_;         // a corner of a hole that is where the line meets it first
     Vector<uint8_t> is_first_;       // the corner of a hole that the line meets first
@@ -234,7 +234,7 @@ private:
 
 } // namespace
 
-void join_holes(const Rings& rings, Corners& corners, const Telling& telling)
+void join_holes(const Rings& rings, LinkedCorners& corners, const Telling& telling)
 {
     BridgeBuilder(rings, corners).run(telling);
 }

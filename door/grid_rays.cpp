@@ -27,12 +27,12 @@ void visit_marked(const korvale_grid& grid, const Ray& ray, Visit visit)
 }
 
 /// All that a query of the record finds; the number of the nearest triangle where it is wanted.
-Meeting ask_record(const korvale_grid& grid, const Ray& ray, const double* direction, bool wants_number)
+RayHits ask_record(const korvale_grid& grid, const Ray& ray, const double* direction, bool wants_number)
 {
     double origin[3] = {ray.origin[0], ray.origin[1], ray.origin[2]};
     double along[3] = {direction[0], direction[1], direction[2]};
     bring_to_length(along);
-    Meeting meeting;
+    RayHits meeting;
     meeting.count = ray_intersect(origin, along, &grid.status, &meeting.distance);
     if (meeting.count > 0 && wants_number) {
         double nearest = std::numeric_limits<double>::infinity();
@@ -97,7 +97,7 @@ namespace {
 /// What a query is to find.
 enum class Wanted { count, nearest, all };
 
-Meeting ask(const korvale_grid& grid, const Ray& ray, const double* direction, Wanted wanted)
+RayHits ask(const korvale_grid& grid, const Ray& ray, const double* direction, Wanted wanted)
 {
     if (!grid.tree)
         return ask_record(grid, ray, direction, wanted != Wanted::count);
@@ -108,7 +108,7 @@ bool meets_any(const korvale_grid& grid, const Ray& ray, const double* direction
 {
     if (grid.tree)
         return grid.tree->meets_any(ray, reach);
-    const Meeting meeting = ask_record(grid, ray, direction, false);
+    const RayHits meeting = ask_record(grid, ray, direction, false);
     return meeting.count > 0 && meeting.distance <= reach;
 }
 
@@ -120,7 +120,7 @@ void cast(const korvale_grid& grid, const PointsIn& origins, const PointsIn& dir
     for_each_ray(n, telling, [&](int64_t i) {
         const double* const direction = directions[directions.size() == 1 ? 0 : i].data();
         const Ray ray = ray_of(grid, origins[origins.size() == 1 ? 0 : i].data(), direction);
-        const Meeting meeting = ask(grid, ray, direction, wanted);
+        const RayHits meeting = ask(grid, ray, direction, wanted);
         if (columns.distances != nullptr)
             columns.distances[i] = meeting.distance;
         if (columns.triangles != nullptr)
@@ -141,7 +141,7 @@ int32_t korvale_grid_count(const korvale_grid* grid, const double* origin, const
 {
     if (grid == nullptr || origin == nullptr || direction == nullptr)
         return 0;
-    const Meeting meeting = ask(*grid, ray_of(*grid, origin, direction), direction, Wanted::count);
+    const RayHits meeting = ask(*grid, ray_of(*grid, origin, direction), direction, Wanted::count);
     if (meeting.count > 0 && distance != nullptr)
         *distance = meeting.distance;
     return meeting.count;
@@ -152,7 +152,7 @@ korvale_hit korvale_grid_nearest(const korvale_grid* grid, const double* origin,
     if (grid == nullptr || origin == nullptr || direction == nullptr)
         return {std::numeric_limits<double>::infinity(), -1, {-1, -1, -1}, {0, 0, 0}};
     const Ray ray = ray_of(*grid, origin, direction);
-    const Meeting meeting = ask(*grid, ray, direction, Wanted::nearest);
+    const RayHits meeting = ask(*grid, ray, direction, Wanted::nearest);
     return hit_of(*grid, ray, meeting.triangle, meeting.distance);
 }
 

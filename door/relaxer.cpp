@@ -155,7 +155,7 @@ void compute(korvale_relaxer& r, std::span<const Point> points, int32_t steps)
 }
 
 /// Whether no step has divided by a force of 0.
-bool is_sound(const korvale_relaxer& r, std::span<const Point> points)
+bool has_led_somewhere(const korvale_relaxer& r, std::span<const Point> points)
 {
     if (!is_finite(r.status.energy))
         return false;
@@ -170,7 +170,7 @@ bool step(korvale_relaxer& r, std::span<Point> points, int32_t steps)
     r.before.make_room(points.size());
     std::copy(points.begin(), points.end(), r.before.data());
     compute(r, points, steps);
-    if (is_sound(r, points))
+    if (has_led_somewhere(r, points))
         return true;
     std::copy_n(r.before.data(), points.size(), points.begin());
     compute(r, points, 0);

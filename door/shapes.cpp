@@ -3,12 +3,12 @@
 // Outlines that are there more than once are taken once (repeats.cpp), and those that cross are refused (contacts.cpp).
 // All others are put into each other (nesting.cpp).
 //
-// Outlines that cross by less than the tolerance may be joined (join.cpp). Joined, they are other outlines, which are
-// looked at again: they may cross in their new places, or lie in others than before.
+// Outlines that cross by less than the tolerance may be joined (joined_rings.cpp). Joined, they are other outlines,
+// which are looked at again: they may cross in their new places, or lie in others than before.
 #include <algorithm>
 
 #include "door/internal/contacts.h"
-#include "door/internal/join.h"
+#include "door/internal/joined_rings.h"
 #include "door/internal/nesting.h"
 #include "door/internal/offset.h"
 #include "door/internal/outlines.h"
@@ -120,7 +120,7 @@ private:
             }
             if (round == kMostRounds)
                 refuse_joined(*crossing, 1.0 / scale_);
-            join(joined, contacts.crosses(), how_.tolerance * scale_, telling_.part(0.5 + 0.15 * round, 0.05));
+            join_rings(joined, contacts.crosses(), how_.tolerance * scale_, telling_.part(0.5 + 0.15 * round, 0.05));
         }
     }
 

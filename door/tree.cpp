@@ -66,7 +66,7 @@ constexpr double kDistancePad = 1e-06;
 constexpr int32_t kMostWaiting = 3 * Tree::kMostDepth;
 
 /// Notes a triangle that is met. Returns whether the order of meetings matters.
-bool note(Meeting& meeting, int32_t t, double distance)
+bool note(RayHits& meeting, int32_t t, double distance)
 {
     if (distance < meeting.distance) {
         meeting.distance = distance;
@@ -83,15 +83,16 @@ bool note(Meeting& meeting, int32_t t, double distance)
 
 /// The exponent of the least power of two that a small model is made to reach. Chosen: of a reach of 1 a million
 /// triangles are too small to be met within a degree or two of their plane; of 1,024 rays would look far along them.
-constexpr int kReach = 6;
+constexpr int kSmallestReach = 6;
 
 /// The exponent of what twice the area of the smallest triangle is brought to: it is met then from all but the most
-/// grazing directions, 1 in 16,000 of them, as those of a million over a ball of size 2^kReach are. Chosen.
+/// grazing directions, 1 in 16,000 of them, as those of a million over a ball of size 2^kSmallestReach are. Chosen.
 constexpr int kDoubleArea = -6;
 
-/// No coordinate is brought beyond 2^kFarthest for that, unless a small model has to reach 2^kReach. The rounding of a
-/// determinant, about 2^(2 kFarthest - 52), stays well below the 1e-06 from which a triangle counts as seen. That of
-/// the last plane of 256 cells, 2^(kFarthest - 52) each, stays below what boxes of triangles are widened by.
+/// No coordinate is brought beyond 2^kFarthest for that, unless a small model has to reach 2^kSmallestReach. The
+/// rounding of a determinant, about 2^(2 kFarthest - 52), stays well below the 1e-06 from which a triangle counts as
+/// seen. That of the last plane of 256 cells, 2^(kFarthest - 52) each, stays below what boxes of triangles are widened
+/// by.
 constexpr int kFarthest = 12;
 
 /// The greatest power of two that brings things to a size, whose inverse is an ordinary number as well.
@@ -124,7 +125,7 @@ double scale_of(const double* triangles, int32_t count, const double* box, const
     const double reach = std::max({box[3] - box[0], box[4] - box[1], box[5] - box[2]});
     if (!(reach > 0) || !door::is_finite(reach))
         return 1;
-    const int as_small = kReach - std::ilogb(reach); // what a small model is multiplied by wherever it stands
+    const int as_small = kSmallestReach - std::ilogb(reach); // what a small model is multiplied by wherever it stands
     const int of_reach = reach < 1 ? std::min(as_small, kMostExponent) : 0;
     double farthest = 0;
     for (int k = 0; k < 6; ++k)
@@ -470,15 +471,15 @@ void Tree::walk(const Ray& ray, double reach, Visit visit) const
     }
 }
 
-Meeting Tree::unscaled(Meeting meeting) const
+RayHits Tree::unscaled(RayHits meeting) const
 {
     meeting.distance /= scale_;
     return meeting;
 }
 
-Meeting Tree::meet(const Ray& ray) const
+RayHits Tree::meet(const Ray& ray) const
 {
-    Meeting meeting;
+    RayHits meeting;
     bool is_odd = false;
     walk<false>(ray, meeting.distance, [&](int32_t t, double distance, double&) {
         ++meeting.count;
@@ -488,9 +489,9 @@ Meeting Tree::meet(const Ray& ray) const
     return unscaled(is_odd ? settle(ray) : meeting);
 }
 
-Meeting Tree::meet_nearest(const Ray& ray) const
+RayHits Tree::meet_nearest(const Ray& ray) const
 {
-    Meeting meeting;
+    RayHits meeting;
     bool is_odd = false;
     walk<true>(ray, meeting.distance, [&](int32_t t, double distance, double& reach) {
         meeting.count = 1;
@@ -522,10 +523,10 @@ void Tree::for_each(const Ray& ray, void (*visit)(void* user, int32_t triangle, 
 
 /// In the order of cells and of numbers in them: a distance that is no number stays when it comes first, and of equal
 /// ones, such as zeros of both signs, the first stays.
-Meeting Tree::settle(const Ray& ray) const
+RayHits Tree::settle(const Ray& ray) const
 {
     using Rank = std::pair<int32_t, int32_t>; // a cell, and a triangle in it
-    Meeting meeting;
+    RayHits meeting;
     double of_first = 0, reach = std::numeric_limits<double>::infinity();
     Rank first, nearest;
     walk_plainly(ray, reach, [&](int32_t t, double distance, double&) {

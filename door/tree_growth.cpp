@@ -1,7 +1,7 @@
 // How a tree of boxes grows. Triangles are sorted along a curve that keeps neighbours together and cut into leaves of
 // up to four where the curve makes its largest steps. The row of leaves is divided again and again where the areas of
 // the boxes on both sides, times what stands in them, are least. Nothing is moved after the sort, and in long parts of
-// the row every 16th place is looked at first, so most of the time goes into reading the triangles and sorting them.
+// the row every 16th cut is looked at first, so most of the time goes into reading the triangles and sorting them.
 //
 // Codes along the curve have as many bits as a surface of that many triangles asks for. Triangles that share one, where
 // a model is far finer in one place than elsewhere, are sorted anew by themselves in their own box.
@@ -45,7 +45,7 @@ constexpr int32_t kLeaf = 4;
 constexpr int32_t kDeepest = 64;
 static_assert(kDeepest + 32 <= Tree::kMostDepth);
 
-/// In parts of kManyLeaves and more, places between chunks of kChunk leaves are looked at first. Measured: half and
+/// In parts of kManyLeaves and more, cuts between chunks of kChunk leaves are looked at first. Measured: half and
 /// double of either change the instructions of growing by 3 % at most, and those of a ray by less than 0.1 %.
 constexpr int32_t kManyLeaves = 256, kChunk = 16;
 
@@ -162,14 +162,14 @@ void sort(Key* keys, int32_t count, int bits, Key* spare)
     Key *from = keys, *to = spare;
     for (int pass = 0; pass < passes; ++pass) {
         const int shift = kNumberBits + pass * digit;
-        int32_t places[1 << kDigit] = {};
+        int32_t starts[1 << kDigit] = {};
         for (int32_t i = 0; i < count; ++i)
-            ++places[from[i] >> shift & mask];
+            ++starts[from[i] >> shift & mask];
         int32_t sum = 0;
         for (uint64_t d = 0; d <= mask; ++d)
-            sum += std::exchange(places[d], sum);
+            sum += std::exchange(starts[d], sum);
         for (int32_t i = 0; i < count; ++i)
-            to[places[from[i] >> shift & mask]++] = from[i];
+            to[starts[from[i] >> shift & mask]++] = from[i];
         std::swap(from, to);
     }
     if (from != keys)
@@ -315,14 +315,14 @@ private:
         return box;
     }
 
-    /// A place in the row, before a leaf.
+    /// A cut of the row before a leaf.
     struct Cut {
-        int32_t place;
+        int32_t leaf;
         float cost;
         Box before, behind;
     };
 
-    /// Looks at the places before `step` times each number from `low` to `high` for one that costs less than `best`.
+    /// Looks at the cuts before `step` times each number from `low` to `high` for one that costs less than `best`.
     void look(const Part& whole, int32_t step, int32_t low, int32_t high, Cut& best)
     {
         const Box* const boxes = step == 1 ? leaves_ : chunks_;
@@ -342,7 +342,7 @@ private:
         }
     }
 
-    /// Divides a part of the row: it keeps the first leaves, and the rest is returned. In the middle, unless a place
+    /// Divides a part of the row: it keeps the first leaves, and the rest is returned. In the middle, unless a cut
     /// makes areas less.
     Part divide(Part& whole)
     {
@@ -351,17 +351,17 @@ private:
             look(whole, 1, whole.first + 1, whole.last - 1, best);
         } else if (whole.depth < kDeepest) {
             look(whole, kChunk, whole.first / kChunk + 1, (whole.last - 1) / kChunk, best);
-            if (best.place > 0) // and around it
-                look(whole, 1, std::max(whole.first + 1, best.place - kChunk),
-                     std::min(whole.last - 1, best.place + kChunk), best);
+            if (best.leaf > 0) // and around it
+                look(whole, 1, std::max(whole.first + 1, best.leaf - kChunk),
+                     std::min(whole.last - 1, best.leaf + kChunk), best);
         }
-        if (best.place == 0) {
-            best.place = whole.first + whole.size() / 2;
-            best.before = box_of(whole.first, best.place);
-            best.behind = box_of(best.place, whole.last);
+        if (best.leaf == 0) {
+            best.leaf = whole.first + whole.size() / 2;
+            best.before = box_of(whole.first, best.leaf);
+            best.behind = box_of(best.leaf, whole.last);
         }
-        const Part rest = {best.place, whole.last, whole.depth + 1, best.behind};
-        whole = {whole.first, best.place, whole.depth + 1, best.before};
+        const Part rest = {best.leaf, whole.last, whole.depth + 1, best.behind};
+        whole = {whole.first, best.leaf, whole.depth + 1, best.before};
         return rest;
     }
 
@@ -442,7 +442,7 @@ private:
     Box* leaves_;
     int32_t* codes_; ///< of leaves, as nodes have them
     Box* chunks_;    ///< of kChunk leaves each
-    Box* behind_;    ///< a place, and all to the end of the part
+    Box* behind_;    ///< a cut, and all to the end of the part
 };
 
 void Tree::grow(const Telling& telling)

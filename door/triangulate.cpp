@@ -202,7 +202,7 @@ private:
 /// What is left of a ring, its corners numbered in their order.
 class Clipper {
 public:
-    Clipper(const Vector<Place>& places, Corners corners)
+    Clipper(const Vector<Place>& places, LinkedCorners corners)
         : corners_(std::move(corners)), places_(corners_.place.size()), may_be_ear_(corners_.size()),
           flat_(corners_.size()), blocks_at_tip_(corners_.size()), waiting_(corners_.place.size(), -1),
           next_waiting_(corners_.place.size(), -1), previous_waiting_(corners_.place.size(), -1),
@@ -355,7 +355,7 @@ private:
 
     static constexpr int32_t kEarsPerQuestion = 1024;
 
-    Corners corners_;
+    LinkedCorners corners_;
     Vector<Place> places_;
     NumberSet may_be_ear_, flat_;
     NumberSet blocks_at_tip_; // until a neighbour changes
@@ -383,9 +383,9 @@ namespace {
 
 /// The corners of all rings, the first counter-clockwise and all others clockwise, each a ring of its own, when `like`
 /// says which way they run.
-Corners corners_of(const Rings& rings, const Rings& like)
+LinkedCorners corners_of(const Rings& rings, const Rings& like)
 {
-    Corners corners;
+    LinkedCorners corners;
     corners.place.resize(rings.places.size());
     corners.before.resize(rings.places.size());
     corners.after.resize(rings.places.size());
@@ -401,8 +401,8 @@ Corners corners_of(const Rings& rings, const Rings& like)
     return corners;
 }
 
-/// Whether all triangles run counter-clockwise or have no area.
-bool is_sound(const Rings& rings, const Vector<Triangle>& triangles)
+/// Whether no triangle runs clockwise.
+bool is_without_turned(const Rings& rings, const Vector<Triangle>& triangles)
 {
     const auto place = [&](int32_t i) -> const Place& { return rings.places[static_cast<size_t>(i)]; };
     return std::ranges::all_of(triangles,
@@ -410,9 +410,9 @@ bool is_sound(const Rings& rings, const Vector<Triangle>& triangles)
 }
 
 /// The corners of the first ring alone, numbered in their order.
-Corners in_order(const Corners& corners)
+LinkedCorners in_order(const LinkedCorners& corners)
 {
-    Corners ordered;
+    LinkedCorners ordered;
     int32_t i = 0;
     do {
         ordered.place.push_back(corners.place[static_cast<size_t>(i)]);
@@ -468,7 +468,7 @@ Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telli
         return Clipper(rings.places, corners_of(rings, like)).run(false, telling);
     constexpr double kOfBridges = 0.25; // of the work. Measured: a sixth of the instructions for 1,000 holes
     const auto cut_bridged = [&](const Rings& work, const Telling& now) {
-        Corners corners = corners_of(work, like);
+        LinkedCorners corners = corners_of(work, like);
         join_holes(work, corners, now.part(0.0, kOfBridges));
         return Clipper(work.places, in_order(corners)).run(true, now.part(kOfBridges, 1.0 - kOfBridges));
     };
@@ -476,11 +476,11 @@ Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telli
     if (const std::optional<Rings> apart = keep_apart(rings, like, Touching::but_for_rounding, before))
         return cut_bridged(*apart, telling);
     Vector<Triangle> triangles = cut_bridged(rings, telling);
-    if (is_sound(rings, triangles))
+    if (is_without_turned(rings, triangles))
         return triangles;
     // of several places at which holes touch exactly a bridge may take the wrong one
     if (const std::optional<Rings> apart = keep_apart(rings, like, Touching::at_all, after))
-        if (Vector<Triangle> others = cut_bridged(*apart, after); is_sound(*apart, others))
+        if (Vector<Triangle> others = cut_bridged(*apart, after); is_without_turned(*apart, others))
             return others;
     return triangles;
 }

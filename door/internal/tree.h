@@ -34,7 +34,7 @@ struct Ray {
 };
 
 /// What a query comes to.
-struct Meeting {
+struct RayHits {
     int32_t count = 0;
     double distance = std::numeric_limits<double>::infinity(); ///< of `ray_intersect`, once there is one
     int32_t triangle = -1; ///< the one with the least number of the nearest; -1 where no distance is below infinity
@@ -55,10 +55,10 @@ public:
     Ray ray(const double* from, const double* along) const { return Ray(from, along, scale_); }
 
     /// All that `ray_intersect` finds.
-    Meeting meet(const Ray& ray) const;
+    RayHits meet(const Ray& ray) const;
 
     /// As `meet`, but the nearest alone: the count is 0 or 1.
-    Meeting meet_nearest(const Ray& ray) const;
+    RayHits meet_nearest(const Ray& ray) const;
 
     /// Whether a triangle is met no farther than `reach`.
     bool meets_any(const Ray& ray, double reach) const;
@@ -110,7 +110,7 @@ private:
     bool test_leaf(Leaf leaf, const Ray& ray, const Sight& seen, double& reach, Visit& visit) const;
     template <class Visit>
     void walk_plainly(const Ray& ray, double& reach, Visit visit) const;
-    Meeting settle(const Ray& ray) const;
+    RayHits settle(const Ray& ray) const;
 
     const double* triangle(int32_t t) const { return triangles_ + 9 * int64_t{t}; }
 
@@ -118,7 +118,7 @@ private:
     void find_box(int32_t t, double* box) const;
 
     /// A meeting with its distance in lengths of the host.
-    Meeting unscaled(Meeting meeting) const;
+    RayHits unscaled(RayHits meeting) const;
 
     const double* triangles_; ///< as the host has them; all other lengths are multiplied by scale_
     int32_t count_;

@@ -72,7 +72,7 @@ Vector<Triangle> cut(const Rings& rings, const Telling& telling = {});
 Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telling = {});
 
 /// A ring with its holes joined to it: corners that name a place each and the corners before and after.
-struct Corners {
+struct LinkedCorners {
     Vector<int32_t> place, before, after;
 
     int32_t size() const { return static_cast<int32_t>(place.size()); }
@@ -85,7 +85,7 @@ struct Corners {
 
 /// Joins the holes to the first ring by bridges inside of it, which run there and back. The first ring runs
 /// counter-clockwise, all others clockwise.
-void join_holes(const Rings& rings, Corners& corners, const Telling& telling);
+void join_holes(const Rings& rings, LinkedCorners& corners, const Telling& telling);
 
 /// How rings touch that are kept apart.
 enum class Touching { but_for_rounding, at_all };

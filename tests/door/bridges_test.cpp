@@ -33,9 +33,9 @@ std::vector<Ring> plate(Random& random)
     return rings;
 }
 
-Corners corners_of(const Rings& rings)
+LinkedCorners corners_of(const Rings& rings)
 {
-    Corners corners;
+    LinkedCorners corners;
     for (int32_t k = 0, first = 0; k < static_cast<int32_t>(rings.size()); first = rings.ends[static_cast<size_t>(k++)])
         for (int32_t i = first, end = rings.ends[static_cast<size_t>(k)]; i < end; ++i) {
             corners.place.push_back(i);
@@ -52,7 +52,7 @@ TEST(Bridges, MakeOneCycleOfARingAndItsHoles)
     for (int round = 0; round < rounds(200) && !testing::Test::HasFailure(); ++round) {
         const std::vector<Ring> all = plate(random);
         const Rings rings = rings_of(all);
-        Corners corners = corners_of(rings);
+        LinkedCorners corners = corners_of(rings);
         join_holes(rings, corners, {});
         ASSERT_EQ(corners.place.size(), rings.places.size() + 2 * (all.size() - 1));
         const auto place = [&](int32_t i) {

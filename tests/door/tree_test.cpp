@@ -92,7 +92,7 @@ TEST(Tree, FindsWhatTheExactTestOfEachTriangleMeets)
                 &found);
             std::ranges::sort(found);
             ASSERT_EQ(found, expected) << count << " triangles";
-            const Meeting all = tree.meet(ray), nearest = tree.meet_nearest(ray);
+            const RayHits all = tree.meet(ray), nearest = tree.meet_nearest(ray);
             ASSERT_EQ(all.count, static_cast<int32_t>(expected.size()));
             ASSERT_EQ(nearest.count, expected.empty() ? 0 : 1);
             ++(expected.empty() ? missed : met);

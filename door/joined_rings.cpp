@@ -8,7 +8,7 @@
 // common are whole edges between nodes, and the first of two stays as it was.
 //
 // Edges of several rings between two nodes are pieces of one line, so that a node on it is one for all of them.
-#include "door/internal/join.h"
+#include "door/internal/joined_rings.h"
 
 #include <map>
 #include <numeric>
@@ -38,10 +38,10 @@ public:
         tree_.for_each_near_pair(2 * tolerance_, false, telling.part(0.0, 0.5),
                                  [&](int32_t ring, int32_t i, int32_t other, int32_t k) {
                                      if (are_near(tree_.edge(ring, i), tree_.edge(other, k)))
-                                         note_contact({ring, i, other, k});
+                                         note_near_edges({ring, i, other, k});
                                  });
-        std::ranges::sort(contacts_, {},
-                          [](const Contact& c) { return std::tuple(c.ring, c.edge, c.other, c.other_edge); });
+        std::ranges::sort(near_edges_, {},
+                          [](const NearEdges& c) { return std::tuple(c.ring, c.edge, c.other, c.other_edge); });
     }
 
     JoinedRings run(std::span<const uint8_t> is_joined)
@@ -69,7 +69,7 @@ public:
 private:
     /// Edges of two rings that come within twice the tolerance of each other: that far apart edges may be that are
     /// within the tolerance of each other once the one of the earlier ring has moved.
-    struct Contact {
+    struct NearEdges {
         int32_t ring, edge, other, other_edge;
     };
 
@@ -78,7 +78,7 @@ private:
     const Place& place(int32_t i) const { return rings_.places[static_cast<size_t>(i)]; }
     const Place& node(int32_t i) const { return nodes_[static_cast<size_t>(i)]; }
 
-    // --- Contacts ----------------------------------------------------------------------------------------------------
+    // --- Edges that are near -----------------------------------------------------------------------------------------
 
     bool are_near(const Edge& e, const Edge& f) const
     {
@@ -87,11 +87,11 @@ private:
                is_within(reach, f, e.to) || do_cross(e, f);
     }
 
-    void note_contact(Contact c)
+    void note_near_edges(NearEdges c)
     {
         if (c.ring < c.other)
             c = {c.other, c.other_edge, c.ring, c.edge};
-        contacts_.push_back(c);
+        near_edges_.push_back(c);
         const size_t a = group_of(static_cast<size_t>(c.ring)), b = group_of(static_cast<size_t>(c.other));
         groups_[std::max(a, b)] = std::min(a, b);
     }
@@ -104,12 +104,12 @@ private:
         return ring;
     }
 
-    std::span<const Contact> contacts_of(int32_t ring, int32_t edge) const
+    std::span<const NearEdges> near_edges_of(int32_t ring, int32_t edge) const
     {
-        const auto of_edge = [](const Contact& c) { return std::pair(c.ring, c.edge); };
+        const auto of_edge = [](const NearEdges& c) { return std::pair(c.ring, c.edge); };
         const std::pair key(ring, edge);
-        return {std::ranges::lower_bound(contacts_, key, {}, of_edge),
-                std::ranges::upper_bound(contacts_, key, {}, of_edge)};
+        return {std::ranges::lower_bound(near_edges_, key, {}, of_edge),
+                std::ranges::upper_bound(near_edges_, key, {}, of_edge)};
     }
 
     // --- Nodes -------------------------------------------------------------------------------------------------------
@@ -192,7 +192,7 @@ private:
             follow(ring, i, route[k], along);
         Vector<Step>& steps = steps_[static_cast<size_t>(first + i)];
         for (size_t k = 1; k < along.size(); ++k)
-            steps.push_back({line_through(along[k - 1], along[k]), along[k - 1], along[k]});
+            steps.push_back({chain_through(along[k - 1], along[k]), along[k - 1], along[k]});
     }
 
     /// Goes on from the last node to another one, on the fewest pieces of rings before this one that lead there along
@@ -206,7 +206,7 @@ private:
                    (is_within(2 * tolerance_, way, node(n)) && is_within(2 * tolerance_, edge, node(n)));
         };
         Vector<std::pair<int32_t, int32_t>> pieces; // both ways
-        if (!lines_of_.contains(key_of(from, to)))
+        if (!chains_of_.contains(key_of(from, to)))
             for_each_piece_near(ring, i, way, [&](const Piece& at) {
                 if (lies_along(at.from) && lies_along(at.to)) {
                     pieces.emplace_back(at.from, at.to);
@@ -249,52 +249,52 @@ private:
                 ahead.push_back(n);
     }
 
-    // --- Lines -------------------------------------------------------------------------------------------------------
+    // --- Chains ------------------------------------------------------------------------------------------------------
 
     /// Nodes on one line, in their order.
-    using Line = Vector<int32_t>;
+    using Chain = Vector<int32_t>;
 
-    /// From one node of a line to another.
+    /// From one node of a chain to another.
     struct Step {
-        int32_t line, from, to;
+        int32_t chain, from, to;
     };
 
-    /// Between neighbours on a line.
+    /// Between neighbours on a chain.
     struct Piece {
-        int32_t line, from, to;
+        int32_t chain, from, to;
     };
 
     static std::pair<int32_t, int32_t> key_of(int32_t a, int32_t b) { return {std::min(a, b), std::max(a, b)}; }
 
-    /// The line of which the way between two nodes is a piece: a new one if there is none.
-    int32_t line_through(int32_t a, int32_t b)
+    /// The chain of which the way between two nodes is a piece: a new one if there is none.
+    int32_t chain_through(int32_t a, int32_t b)
     {
-        const auto [at, is_new] = lines_of_.try_emplace(key_of(a, b), static_cast<int32_t>(lines_.size()));
+        const auto [at, is_new] = chains_of_.try_emplace(key_of(a, b), static_cast<int32_t>(chains_.size()));
         if (is_new)
-            lines_.push_back({a, b});
+            chains_.push_back({a, b});
         return at->second;
     }
 
     void split(const Piece& piece, int32_t n)
     {
-        Line& line = lines_[static_cast<size_t>(piece.line)];
-        line.insert(line.begin() + static_cast<ptrdiff_t>(index_of(line, piece.to)), n);
-        lines_of_.erase(key_of(piece.from, piece.to));
-        lines_of_.try_emplace(key_of(piece.from, n), piece.line);
-        lines_of_.try_emplace(key_of(n, piece.to), piece.line);
+        Chain& chain = chains_[static_cast<size_t>(piece.chain)];
+        chain.insert(chain.begin() + static_cast<ptrdiff_t>(index_of(chain, piece.to)), n);
+        chains_of_.erase(key_of(piece.from, piece.to));
+        chains_of_.try_emplace(key_of(piece.from, n), piece.chain);
+        chains_of_.try_emplace(key_of(n, piece.to), piece.chain);
     }
 
-    double place_on(const Line& line, const Place& p) const
+    double place_on(const Chain& chain, const Place& p) const
     {
-        return dot(p - node(line.front()), node(line.back()) - node(line.front()));
+        return dot(p - node(chain.front()), node(chain.back()) - node(chain.front()));
     }
 
-    size_t index_of(const Line& line, int32_t n) const
+    size_t index_of(const Chain& chain, int32_t n) const
     {
-        const auto at = std::ranges::lower_bound(line, place_on(line, node(n)), {},
-                                                 [&](int32_t k) { return place_on(line, node(k)); });
-        const auto found = at != line.end() && *at == n ? at : std::ranges::find(line, n); // rounding may swap nodes
-        return static_cast<size_t>(found - line.begin());
+        const auto at = std::ranges::lower_bound(chain, place_on(chain, node(n)), {},
+                                                 [&](int32_t k) { return place_on(chain, node(k)); });
+        const auto found = at != chain.end() && *at == n ? at : std::ranges::find(chain, n); // rounding may swap nodes
+        return static_cast<size_t>(found - chain.begin());
     }
 
     /// Calls `see` for those pieces of rings before this one that may be near part of an edge.
@@ -304,28 +304,28 @@ private:
         const double reach = 4 * tolerance_; // of what has moved by twice the tolerance and of what is as far from it
         Box box = box_of(part);
         box = {box.low_x - reach, box.low_y - reach, box.high_x + reach, box.high_y + reach};
-        for (const Contact& c : contacts_of(ring, i)) {
+        for (const NearEdges& c : near_edges_of(ring, i)) {
             if (!box.meets(box_of(tree_.edge(c.other, c.other_edge))))
                 continue;
             for (const Step& step : steps_[static_cast<size_t>(first_of(c.other) + c.other_edge)]) {
-                const Line& line = lines_[static_cast<size_t>(step.line)];
-                const auto [low, high] = std::minmax({index_of(line, step.from), index_of(line, step.to)});
-                const Place along = node(line.back()) - node(line.front());
+                const Chain& chain = chains_[static_cast<size_t>(step.chain)];
+                const auto [low, high] = std::minmax({index_of(chain, step.from), index_of(chain, step.to)});
+                const Place along = node(chain.back()) - node(chain.front());
                 const double far = 2 * tolerance_ * std::sqrt(dot(along, along));
-                const auto [begin, end] = std::minmax({place_on(line, part.from), place_on(line, part.to)});
+                const auto [begin, end] = std::minmax({place_on(chain, part.from), place_on(chain, part.to)});
                 size_t k = low;
                 if (high - low > kFew) {
                     const auto is_before_part = [&, least = begin - far](int32_t n) {
-                        return place_on(line, node(n)) < least;
+                        return place_on(chain, node(n)) < least;
                     };
-                    const auto at = line.begin();
+                    const auto at = chain.begin();
                     k = static_cast<size_t>(std::partition_point(at + static_cast<ptrdiff_t>(low) + 1,
                                                                  at + static_cast<ptrdiff_t>(high), is_before_part) -
                                             at) -
                         1;
                 }
-                for (; k < high && place_on(line, node(line[k])) <= end + far; ++k)
-                    see({step.line, line[k], line[k + 1]});
+                for (; k < high && place_on(chain, node(chain[k])) <= end + far; ++k)
+                    see({step.chain, chain[k], chain[k + 1]});
             }
         }
     }
@@ -389,19 +389,19 @@ private:
     {
         const Vector<Step>& steps = steps_[static_cast<size_t>(number)];
         for (size_t k = 0; k < steps.size(); ++k) {
-            const auto [number_of_line, from, to] = steps[k];
-            const Line& line = lines_[static_cast<size_t>(number_of_line)];
-            const size_t last = index_of(line, to);
-            for (size_t i = index_of(line, from); i != last;) {
+            const auto [number_of_chain, from, to] = steps[k];
+            const Chain& chain = chains_[static_cast<size_t>(number_of_chain)];
+            const size_t last = index_of(chain, to);
+            for (size_t i = index_of(chain, from); i != last;) {
                 i = i < last ? i + 1 : i - 1;
                 if (i != last || k + 1 < steps.size())
-                    see(line[i]);
+                    see(chain[i]);
             }
         }
     }
 
     static constexpr int32_t kPlacesPerQuestion = 256;
-    static constexpr size_t kFew = 8; // pieces that are looked at one by one
+    static constexpr size_t kFew = 8; // pieces that are looked at one by one. Chosen
 
     struct IsBefore {
         bool operator()(const Place& a, const Place& b) const { return is_before(a, b); }
@@ -414,14 +414,14 @@ private:
     Telling telling_;
     RunTree tree_;
     Vector<size_t> groups_;
-    Vector<Contact> contacts_; // of each ring with those before it
+    Vector<NearEdges> near_edges_; // of each ring with those before it
     Vector<Place> nodes_;
     Numbers<Place, IsBefore> numbers_; // of nodes
-    Vector<Line> lines_;
-    Numbers<std::pair<int32_t, int32_t>, std::less<>> lines_of_; // of pieces, by their nodes
-    Vector<int32_t> nodes_of_;                                   // of each place
-    Vector<Vector<Step>> steps_;                                 // of the edge from each place
-    Vector<uint8_t> is_on_way_;                                  // nodes, while the way of an edge is found
+    Vector<Chain> chains_;
+    Numbers<std::pair<int32_t, int32_t>, std::less<>> chains_of_; // of pieces, by their nodes
+    Vector<int32_t> nodes_of_;                                    // of each place
+    Vector<Vector<Step>> steps_;                                  // of the edge from each place
+    Vector<uint8_t> is_on_way_;                                   // nodes, while the way of an edge is found
 };
 
 /// Rings without small loops: where edges cross and the places between them lie within `reach` of the crossing, the
@@ -516,7 +516,7 @@ Origin origin_of(std::span<const Origin> origins, const Origin& on)
 
 } // namespace
 
-void join(JoinedRings& joined, std::span<const uint8_t> is_joined, double tolerance, const Telling& telling)
+void join_rings(JoinedRings& joined, std::span<const uint8_t> is_joined, double tolerance, const Telling& telling)
 {
     if (const Loops loops(joined, 2 * tolerance, telling.part(0.0, 0.3)); !loops.empty())
         joined = loops.cut_off();

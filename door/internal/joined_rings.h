@@ -20,6 +20,6 @@ struct JoinedRings {
 /// and those that hang together with such a ring by coming within twice the tolerance of each other. All others stay.
 /// No place moves farther than the tolerance, but for loops no larger than twice that, which are cut off. Rings keep
 /// their numbers; one of which nothing is left is empty.
-void join(JoinedRings& joined, std::span<const uint8_t> is_joined, double tolerance, const Telling& telling);
+void join_rings(JoinedRings& joined, std::span<const uint8_t> is_joined, double tolerance, const Telling& telling);
 
 } // namespace korvale::door
