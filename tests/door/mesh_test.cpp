@@ -254,5 +254,15 @@ TEST(MeshMeasures, AnExhaustedHeapWritesNothing)
     EXPECT_EQ(failed, 9);
 }
 
+TEST(DoorMesh, OfNullHoldsNothing)
+{
+    const korvale_triangles view = korvale_mesh_view(nullptr);
+    EXPECT_EQ(view.points.data, nullptr);
+    EXPECT_EQ(view.points.count, 0);
+    EXPECT_EQ(view.corners.data, nullptr);
+    EXPECT_EQ(view.corners.count, 0);
+    korvale_mesh_free(nullptr);
+}
+
 } // namespace
 } // namespace korvale::test

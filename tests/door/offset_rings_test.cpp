@@ -1,218 +1,12 @@
 // Outlines moved with all pieces: against pieces known by hand, the plain call, and what areas and edges say.
-#include <korvale.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <numeric>
 
 #include <gmock/gmock.h>
 
-#include "rings.h"
-#include "support.h"
-#include "tests/support/bits.h"
-#include "tests/support/heap.h"
-#include "tests/support/outlines.h"
+#include "moved_rings.h"
 #include "tests/support/random.h"
 
 namespace korvale::test {
-namespace {
-
-using test::area_of, test::length_of, test::do_cross;
-using testing::Each;
 using testing::ElementsAre;
-
-/// What becomes of an outline.
-class Rings {
-public:
-    explicit Rings(korvale_rings* rings) : rings_(rings) {}
-    Rings(const Numbers& outline, double distance, korvale_offset_options options = offset_options(0))
-    {
-        const korvale_points points = points_of(outline);
-        korvale_error error;
-        EXPECT_EQ(korvale_offset_rings(&points, distance, &options, &rings_, &error), KORVALE_OK) << error.text;
-    }
-    ~Rings() { korvale_rings_free(rings_); }
-    Rings(const Rings&) = delete;
-    Rings& operator=(const Rings&) = delete;
-
-    korvale_ring_arrays view() const { return korvale_rings_view(rings_); }
-    int64_t size() const { return view().rings; }
-    Numbers ring(int64_t k) const
-    {
-        const korvale_ring_arrays all = view();
-        return {all.points + 3 * all.starts[k], all.points + 3 * all.starts[k + 1]};
-    }
-    std::vector<int32_t> sources(int64_t k) const
-    {
-        const korvale_ring_arrays all = view();
-        return {all.sources + all.starts[k], all.sources + all.starts[k + 1]};
-    }
-
-    /// The numbers of the rings that have not come to nothing.
-    std::vector<int64_t> left() const
-    {
-        std::vector<int64_t> numbers;
-        for (int64_t k = 0; k < size(); ++k)
-            if (view().collapsed[k] == 0)
-                numbers.push_back(k);
-        return numbers;
-    }
-
-private:
-    korvale_rings* rings_ = nullptr;
-};
-
-/// A copy of what there is of rings, or of some of them one behind the other.
-struct Copied {
-    std::vector<double> points, births, ends;
-    std::vector<int64_t> starts;
-    std::vector<int32_t> sources, parents;
-    std::vector<uint8_t> collapsed;
-
-    Copied(const korvale_ring_arrays& all, int64_t begin, int64_t end)
-        : points(all.points + 3 * all.starts[begin], all.points + 3 * all.starts[end]),
-          births(all.births + begin, all.births + end), ends(all.ends + begin, all.ends + end),
-          starts(all.starts + begin, all.starts + end + 1),
-          sources(all.sources + all.starts[begin], all.sources + all.starts[end]),
-          parents(all.parents + begin, all.parents + end), collapsed(all.collapsed + begin, all.collapsed + end)
-    {
-        for (int64_t& start : starts)
-            start -= all.starts[begin];
-        for (int32_t& parent : parents)
-            parent -= parent < 0 ? 0 : static_cast<int32_t>(begin);
-    }
-
-    int64_t left() const { return std::count(collapsed.begin(), collapsed.end(), 0); }
-};
-
-korvale_numbers numbers_of(const Numbers& numbers)
-{
-    return {numbers.data(), static_cast<int64_t>(numbers.size()), 0, 1, KORVALE_DOUBLE};
-}
-
-/// What becomes of an outline at each of some distances, in one call.
-std::vector<Copied> rings_of(const Numbers& outline, const Numbers& distances,
-                             korvale_offset_options options = offset_options(0))
-{
-    const korvale_points points = points_of(outline);
-    const korvale_numbers each = numbers_of(distances);
-    korvale_rings* made = nullptr;
-    korvale_error error;
-    EXPECT_EQ(korvale_offset_distances(&points, &each, &options, &made, &error), KORVALE_OK) << error.text;
-    const Rings rings(made);
-    const korvale_ring_arrays all = rings.view();
-    std::vector<Copied> copies;
-    for (int64_t begin = 0, end; begin < all.rings; begin = end) {
-        EXPECT_EQ(all.parents[begin], -1);
-        end = std::find(all.parents + begin + 1, all.parents + all.rings, -1) - all.parents;
-        copies.emplace_back(all, begin, end);
-    }
-    EXPECT_EQ(copies.size(), distances.size());
-    return copies;
-}
-
-/// The first array in which rings differ in a bit, or nothing.
-std::string difference(const Copied& a, const Copied& b)
-{
-    const auto are_same = [](const Numbers& p, const Numbers& q) {
-        return p.size() == q.size() && same_bits(p, q.data());
-    };
-    return a.starts != b.starts            ? "starts"
-           : a.sources != b.sources        ? "sources"
-           : a.parents != b.parents        ? "parents"
-           : a.collapsed != b.collapsed    ? "collapsed"
-           : !are_same(a.births, b.births) ? "births"
-           : !are_same(a.ends, b.ends)     ? "ends"
-           : !are_same(a.points, b.points) ? "points"
-                                           : "";
-}
-
-/// The same for rings of one distance alone.
-std::string difference(const Copied& one, const Rings& alone)
-{
-    return difference(one, Copied(alone.view(), 0, alone.size()));
-}
-
-double area_of(const Rings& rings)
-{
-    double area = 0;
-    for (int64_t k = 0; k < rings.size(); ++k)
-        area += area_of(rings.ring(k));
-    return area;
-}
-
-double length_of(const Rings& rings)
-{
-    double length = 0;
-    for (int64_t k = 0; k < rings.size(); ++k)
-        length += length_of(rings.ring(k));
-    return length;
-}
-
-/// Whether two edges of the rings cross.
-bool do_cross(const Rings& rings)
-{
-    std::vector<Numbers> all;
-    for (int64_t k = 0; k < rings.size(); ++k)
-        all.push_back(rings.ring(k));
-    return do_cross(all);
-}
-
-Numbers any_outline(Random& random)
-{
-    switch (random.below(4)) {
-    case 0:
-        return wiggly(random.between(20, 80), random.between(3, 9), random.uniform(0.5, 3));
-    case 1:
-        return coast(random.between(2, 4), random.uniform(0.1, 0.3), [&] { return random.uniform(-1, 1); });
-    default:
-        return star(random, random.between(5, 40), 1);
-    }
-}
-
-/// Squares of side 4 in a row, with necks of 1 x 1 between them. The neck before square k begins at x = 5 k - 1.
-Numbers beads(int count)
-{
-    Numbers outline;
-    for (int k = 0; k < count; ++k) {
-        const double x = 5 * k;
-        if (k > 0)
-            outline.insert(outline.end(), {x, 1.5, 0});
-        outline.insert(outline.end(), {x, 0, 0, x + 4, 0, 0});
-        if (k + 1 < count)
-            outline.insert(outline.end(), {x + 4, 1.5, 0});
-    }
-    const size_t below = outline.size();
-    for (size_t i = below; i > 0; i -= 3)
-        outline.insert(outline.end(), {outline[i - 3], 4 - outline[i - 2], 0});
-    return outline;
-}
-
-/// Outlines in which much happens at one distance, and others that cross themselves.
-Numbers any_crowd(Random& random)
-{
-    switch (random.below(4)) {
-    case 0:
-        return comb(random.between(3, 20), random.between(1, 8) / 8.0);
-    case 1: {
-        const double root = random.uniform(3, 8);
-        return gear(random.between(5, 30), root, root + random.uniform(0.5, 3));
-    }
-    case 2:
-        return beads(random.between(2, 8));
-    default: {
-        Numbers scribble;
-        for (int i = random.between(5, 30); i > 0; --i) {
-            const int x = random.between(0, 12), y = random.between(0, 12);
-            scribble.insert(scribble.end(), {double(x), double(y), 0});
-        }
-        return scribble;
-    }
-    }
-}
-
-} // namespace
 
 TEST(DoorOffsetRings, BothPiecesOfASplitGoOn)
 {
@@ -316,90 +110,6 @@ TEST(DoorOffsetRings, KeepTheBitsOfThePlainCall)
     EXPECT_GT(split, rounds(2000) / 8);
 }
 
-TEST(DoorOffsetDistances, GiveTheRingsOfEachInTheOrderOfTheDistances)
-{
-    // Two squares of side 4 with a neck of 1 between them, which closes at 0.5; nothing is left at 2.
-    const Numbers distances = {-1, 0.5, -3, 0, -0.25, -1};
-    const std::vector<Copied> rings = rings_of(beads(2), distances);
-    const std::vector<int64_t> left = {2, 1, 0, 1, 1, 2};
-    const Numbers ends = {-1, 0.5, -2, 0, -0.25, -1}, areas = {4, 50, 0, 33, 25.25, 4}; // of the first ring
-    for (size_t i = 0; i < distances.size(); ++i) {
-        EXPECT_EQ(rings[i].left(), left[i]) << i;
-        EXPECT_NEAR(rings[i].ends[0], ends[i], 1e-9) << i;
-        const auto end = rings[i].points.begin() + 3 * rings[i].starts[1];
-        EXPECT_NEAR(area_of(Numbers(rings[i].points.begin(), end)), areas[i], 1e-9) << i;
-    }
-    EXPECT_NEAR(rings[0].births[1], -0.5, 1e-9);
-    EXPECT_EQ(rings[0].parents[1], 0);
-    EXPECT_EQ(difference(rings[0], rings[5]), "");
-    EXPECT_EQ(rings_of(beads(2), {}).size(), 0u);
-}
-
-TEST(DoorOffsetDistances, KeepTheBitsOfEachAlone)
-{
-    Random random(1286);
-    int64_t many = 0;
-    for (int round = 0; round < rounds(1500) && !testing::Test::HasFailure(); ++round) {
-        const Numbers outline = random.one_in(3) ? any_crowd(random) : any_outline(random);
-        korvale_offset_options options = offset_options(random.one_in(2) ? 0 : 1.5, 0, !random.one_in(8));
-        if (random.one_in(4)) {
-            options.join = random.between(KORVALE_JOIN_MITER, KORVALE_JOIN_ROUND);
-            options.miter_limit = random.uniform(1, 2);
-            options.tolerance = random.one_in(2) ? 0 : 0.1;
-        }
-        const bool on_a_grid = random.one_in(3);
-        Numbers distances;
-        for (int i = random.below(12); i >= 0; --i) {
-            const double distance = random.one_in(12) ? 0 : random.uniform(-4, 2);
-            distances.push_back(on_a_grid ? std::round(4 * distance) / 4 : distance);
-        }
-        const std::vector<Copied> rings = rings_of(outline, distances, options);
-        for (size_t i = 0; i < distances.size(); ++i) {
-            const Rings alone(outline, distances[i], options);
-            ASSERT_EQ(difference(rings[i], alone), "")
-                << "outline " << round << ", distance " << describe(distances[i]) << ", joins " << options.join;
-            many += alone.size() > 1;
-        }
-    }
-    EXPECT_GT(many, rounds(1500));
-}
-
-TEST(DoorOffsetDistances, KeepTheBitsOfOutlinesThatAreScaledForSome)
-{
-    // Small outlines are brought to a size that leaves room for the distance, so far ones lie at others.
-    Random random(1287);
-    for (int round = 0; round < rounds(50) && !testing::Test::HasFailure(); ++round) {
-        Numbers outline = star(random, 20, 1);
-        for (double& number : outline)
-            number = std::ldexp(number, -1000);
-        const Numbers distances = {std::ldexp(-1, -1000), 1, 0x1p900, std::ldexp(-2, -1000)};
-        const std::vector<Copied> rings = rings_of(outline, distances);
-        for (size_t i = 0; i < distances.size(); ++i)
-            ASSERT_EQ(difference(rings[i], Rings(outline, distances[i])), "") << round << ", " << i;
-    }
-}
-
-TEST(DoorOffsetDistances, SayWhatTheyRefuse)
-{
-    const Numbers square = {0, 0, 0, 4, 0, 0, 4, 4, 0, 0, 4, 0}, distances = {-1, NAN};
-    const korvale_points points = points_of(square);
-    int anything = 0;
-    auto* rings = reinterpret_cast<korvale_rings*>(&anything);
-    const auto refusal = [&](const korvale_numbers* each, korvale_rings** to) {
-        return sentence_of(KORVALE_BAD_ARGUMENT, [&](korvale_error* error) {
-            return korvale_offset_distances(&points, each, nullptr, to, error);
-        });
-    };
-    korvale_numbers each = numbers_of(distances);
-    EXPECT_EQ(refusal(&each, &rings), "korvale_offset_distances: distances must be finite, but number 1 is nan");
-    EXPECT_EQ(rings, nullptr);
-    each.count = 1;
-    EXPECT_EQ(refusal(&each, nullptr), "korvale_offset_distances: rings must be given, but it is null");
-    each.width = 2;
-    EXPECT_EQ(refusal(&each, &rings), "korvale_offset_distances: distances must have a width of 1, but it is 2");
-    EXPECT_EQ(refusal(nullptr, &rings), "korvale_offset_distances: distances must be given, but it is null");
-}
-
 TEST(DoorOffsetRings, AreOfOneFamily)
 {
     Random random(1282);
@@ -439,6 +149,7 @@ TEST(DoorOffsetRings, DoNotCross)
 }
 
 // The area grows by the length of the edges for each unit of distance, also where rings part: what is lost is seen.
+
 TEST(DoorOffsetRings, TakeUpTheAreaThatTheirEdgesPassOver)
 {
     Random random(1284);
@@ -508,79 +219,16 @@ TEST(DoorOffsetRings, SayWhatTheyRefuse)
         "korvale_offset_rings: rings must be given, but it is null");
 }
 
-/// Follows the course of a call that makes rings of 300 beads, and stops it.
-template <class Call>
-void expect_telling(const Call& call)
-{
-    Course course = {{}, 1000000};
-    korvale_offset_options options = offset_options(0);
-    options.progress = &Course::tell;
-    options.user = &course;
-    const Numbers outline = beads(300);
-    const korvale_points points = points_of(outline);
-    korvale_rings* rings = nullptr;
-    ASSERT_EQ(call(points, options, &rings, nullptr), KORVALE_OK);
-    korvale_rings_free(rings);
-    EXPECT_TRUE(std::is_sorted(course.told.begin(), course.told.end()));
-    ASSERT_GT(course.told.size(), 100u);
-    EXPECT_GE(course.told.front(), 0);
-    EXPECT_LE(course.told.back(), 1);
-    for (const size_t patience : {size_t{0}, size_t{5}, course.told.size() - 1}) {
-        course = {{}, patience};
-        korvale_error error;
-        EXPECT_EQ(call(points, options, &rings, &error), KORVALE_STOPPED);
-        EXPECT_EQ(rings, nullptr);
-        EXPECT_EQ(course.told.size(), patience + 1);
-    }
-}
-
 TEST(DoorOffsetRings, TellHowFarTheyAreAndStopWhenAsked)
 {
     expect_telling([](const korvale_points& points, const korvale_offset_options& options, korvale_rings** rings,
                       korvale_error* error) { return korvale_offset_rings(&points, -1, &options, rings, error); });
 }
 
-TEST(DoorOffsetDistances, TellHowFarTheyAreAndStopWhenAsked)
-{
-    const Numbers distances = {-1, -0.25, 0.25, -1.5};
-    const korvale_numbers each = numbers_of(distances);
-    expect_telling(
-        [&](const korvale_points& points, const korvale_offset_options& options, korvale_rings** rings,
-            korvale_error* error) { return korvale_offset_distances(&points, &each, &options, rings, error); });
-}
-
-/// Lets each allocation of a call fail that makes rings of beads.
-template <class Call>
-void expect_heap_failures(const Call& call)
-{
-    NEEDS_HEAP_FAILURES();
-    const Numbers outline = beads(4);
-    const korvale_points points = points_of(outline);
-    const Rings before(outline, -1); // sweeps keep their working memory
-    const int64_t failed = fail_each_allocation([&](int64_t) {
-        int anything = 0;
-        auto* rings = reinterpret_cast<korvale_rings*>(&anything);
-        korvale_error error;
-        const auto status = call(points, &rings, &error);
-        EXPECT_EQ(status, rings == nullptr ? KORVALE_NO_MEMORY : KORVALE_OK);
-        korvale_rings_free(rings);
-    });
-    EXPECT_GT(failed, 30);
-}
-
 TEST(DoorOffsetRings, AnExhaustedHeapLeavesNone)
 {
     expect_heap_failures([](const korvale_points& points, korvale_rings** rings, korvale_error* error) {
         return korvale_offset_rings(&points, -1, nullptr, rings, error);
-    });
-}
-
-TEST(DoorOffsetDistances, AnExhaustedHeapLeavesNone)
-{
-    const Numbers distances = {-1, 0.5, -0.25};
-    const korvale_numbers each = numbers_of(distances);
-    expect_heap_failures([&](const korvale_points& points, korvale_rings** rings, korvale_error* error) {
-        return korvale_offset_distances(&points, &each, nullptr, rings, error);
     });
 }
 
