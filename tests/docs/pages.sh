@@ -5,8 +5,8 @@
 #
 # A block of ```cpp with a main is a program; one without is "block.h" to around/PAGE_N.cpp, N counting such blocks
 # from 1; one of ```c is a program in C99. A block of ```text that follows is what it prints. A comment
-# <!-- file: NAME --> before
-# a block writes it to that file instead. The lines of ```sh are commands; blocks without a language are left alone,
+# <!-- file: NAME --> before a block writes it to that file instead, and <!-- of: NAME --> says that it is part of a file
+# of the sources, which has tests of its own. The lines of ```sh are commands; blocks without a language are left alone,
 # and so are ```python and what it prints, which python/tests/test_pages.py runs.
 set -euo pipefail
 export LC_ALL=C
@@ -27,12 +27,14 @@ fail() {
 awk -v folder="$work/blocks" '
     function start(language) { block = sprintf("%s/%03d", folder, ++count); out = block "." language; printf "" > out }
     !inside && /^<!-- file: .* -->$/ { file = $3; next }
+    !inside && /^<!-- of: .* -->$/ { part = $3; next }
     !inside && /^```/ {
         language = substr($0, 4)
         inside = 1
         start(language == "" ? "plain" : language)
         if (file != "") print file > (block ".file")
-        file = ""
+        if (part != "") print part > (block ".part")
+        file = part = ""
         next
     }
     inside && /^```$/ { inside = 0; close(out); next }
@@ -48,7 +50,9 @@ chmod +x "$work/place/dev"
 mkdir "$work/place/korvale"
 # In place of the sources, whose own targets the tests of consumers build below a project.
 echo "find_package(korvale REQUIRED GLOBAL PATHS \"$installed\" NO_DEFAULT_PATH)" >"$work/place/korvale/CMakeLists.txt"
+ln -s "$here/../../examples" "$work/place/examples"
 cd "$work/place"
+export PYTHONDONTWRITEBYTECODE=1 # beside those
 export HOME=$work/place/home
 
 pkg_config=$installed/lib/pkgconfig
@@ -62,7 +66,7 @@ blocks=0 fragments=0 of_python=0
 for block in "$work"/blocks/*.*; do
     language=${block##*.}
     case $language in
-    file | plain) continue ;;
+    file | part | plain) continue ;;
     python)
         of_python=1
         continue
@@ -75,6 +79,11 @@ for block in "$work"/blocks/*.*; do
         file=$(<"${block%.*}.file")
         mkdir -p "$(dirname "$file")"
         cp "$block" "$file"
+        continue
+    fi
+    if [[ -e ${block%.*}.part ]]; then
+        file=$here/../../$(<"${block%.*}.part")
+        [[ $(<"$file") == *"$(<"$block")"* ]] || fail "this is not in $file: $(cat "$block")"
         continue
     fi
     case $language in

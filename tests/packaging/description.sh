@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # usage: description.sh PYTHON SOURCES
-# Fails unless the stored description of the C interface is that of its header, function by function.
+# Fails unless the stored description of the C interface is that of its header, function by function, and its structs
+# are those of the C compiler, field by field.
 set -euo pipefail
 export LC_ALL=C
 python=$1 sources=$2
@@ -13,5 +14,9 @@ diff <(grep -oE '^KORVALE_C_API .*' "$sources/include/korvale_c.h" | grep -oE '\
     <("$python" -c 'import json, sys; print(*sorted(f["name"] for f in json.load(sys.stdin)["functions"]), sep="\n")' \
         <"$stored") || {
     echo "these functions are in korvale_c.h (<) or in its description (>) alone"
+    exit 1
+}
+"$python" -B "$sources/tools/declare_door" assertions | "${CC:-gcc}" -x c -fsyntax-only -I"$sources/include" - || {
+    echo "the structs of korvale_c.h do not lie as packaging/korvale_c.json says"
     exit 1
 }
