@@ -98,13 +98,15 @@ from_c() {
         -DCMAKE_PREFIX_PATH="$copy" >"$mine.log" 2>&1 || fail "$(cat "$mine.log")"
     build
     export PKG_CONFIG_PATH="$copy/lib/pkgconfig"
-    compile_c() { # flags, and those of pkg-config
+    compile_c() { # flags, and what to ask of pkg-config
         eval "$compiler -std=c99 -pedantic-errors -Wall -Wextra -Wconversion -Werror '$here/host.c' $1" \
-            "$(pkg-config ${2:-} --cflags --libs korvale)"
+            "$(pkg-config $2 korvale)"
     }
-    compile_c "-o '$mine/by_flags' -Wl,-rpath,'$copy/lib'"
-    compile_c "-o '$mine/by_flags_static' -static" --static
-    for program in "$mine"/{host_c,host_static,by_flags,by_flags_static}; do
+    compile_c "-o '$mine/by_flags' -Wl,-rpath,'$copy/lib'" "--cflags --libs"
+    compile_c "-o '$mine/by_flags_static' -static" "--static --cflags --libs"
+    compile_c "-o '$mine/by_flags_inside' -L'$copy/lib' -Wl,-u,korvale_second_stage -Wl,-Bstatic -lkorvale \
+        -lkorvale-platform -lstdc++ -Wl,-Bdynamic -lm" --cflags
+    for program in "$mine"/{host_c,host_static,by_flags,by_flags_inside,by_flags_static}; do
         diff - <("$program") <<'TEXT' || fail "$program prints something else (>)"
 5 of 4.5
 korvale_offset: outline must be given, but it is null
@@ -113,6 +115,9 @@ TEXT
     ldd "$mine/host_c" | grep -F " => $copy/" >/dev/null || fail "$mine/host_c uses another library"
     if ldd "$mine/host_static" | grep korvale; then
         fail "the library is not inside $mine/host_static"
+    fi
+    if ldd "$mine/by_flags_inside" | grep -E 'korvale|stdc'; then
+        fail "the library or the C++ runtime is not inside $mine/by_flags_inside"
     fi
 }
 
