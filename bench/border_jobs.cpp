@@ -1,4 +1,4 @@
-// Offsetting: waves, coasts, combs and gears.
+// Offsetting: waves, coasts, combs and gears, and all pieces of coasts.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -6,6 +6,7 @@
 
 #include "bench/job.h"
 #include "include/korvale.h"
+#include "include/korvale_c.h"
 #include "tests/support/outlines.h"
 
 #ifdef KORVALE_HAS_STEPS
@@ -58,6 +59,7 @@ struct Case {
     Points points;
     double distance;
     bool split_events = true;
+    int depths = 1; ///< up to the distance, as far from each other
 };
 
 Case few_points(int n)
@@ -128,6 +130,14 @@ Case coast_out_without_splits(int n)
     return c;
 }
 
+/// Twenty depths down to a tenth of the width of a coast, which little of Norway survives.
+Case coast_rings(int n)
+{
+    Case c = coast_by(n, -0.1);
+    c.depths = 20;
+    return c;
+}
+
 /// The record with the outline in it; static, as the process is the job's own.
 BORDERStatus& status_of(const Case& c)
 {
@@ -147,6 +157,40 @@ Work sweep(int n)
 {
     BORDERStatus& status = status_of(make(n));
     return [&status] { BORDER_BORDER(&status); };
+}
+
+korvale_points points_of(const Case& c)
+{
+    return {c.points.data(), static_cast<int64_t>(c.points.size() / 3), 0, 3, KORVALE_DOUBLE};
+}
+
+/// All pieces at the distance.
+template <Case (*make)(int)>
+Work pieces(int n)
+{
+    return [c = make(n)] {
+        const korvale_points points = points_of(c);
+        korvale_rings* rings = nullptr;
+        need(korvale_offset_rings(&points, c.distance, nullptr, &rings, nullptr) == KORVALE_OK);
+        korvale_rings_free(rings);
+    };
+}
+
+/// All pieces at all depths.
+template <Case (*make)(int)>
+Work pieces_at_depths(int n)
+{
+    const Case c = make(n);
+    std::vector<double> depths;
+    for (int k = 1; k <= c.depths; ++k)
+        depths.push_back(c.distance * k / c.depths);
+    return [c, depths] {
+        const korvale_points points = points_of(c);
+        const korvale_numbers each = {depths.data(), c.depths, 0, 1, KORVALE_DOUBLE};
+        korvale_rings* rings = nullptr;
+        need(korvale_offset_distances(&points, &each, nullptr, &rings, nullptr) == KORVALE_OK);
+        korvale_rings_free(rings);
+    };
 }
 
 #ifdef KORVALE_HAS_STEPS
@@ -191,9 +235,11 @@ Work clipper(int n)
             path.emplace_back(std::llround(c.points[i] * kGrid), std::llround(c.points[i + 1] * kGrid));
         ClipperLib::ClipperOffset offset(1000.0);
         offset.AddPath(path, ClipperLib::jtMiter, ClipperLib::etClosedPolygon);
-        ClipperLib::Paths result;
-        offset.Execute(result, c.distance * kGrid);
-        keep(result);
+        for (int k = 1; k <= c.depths; ++k) {
+            ClipperLib::Paths result;
+            offset.Execute(result, c.distance * k / c.depths * kGrid);
+            keep(result);
+        }
     };
 }
 #endif
@@ -210,13 +256,27 @@ Work geos(int n)
         GEOSCoordSeq_setXY_r(context, ring, i, c.points[3 * (i % count)], c.points[3 * (i % count) + 1]);
     GEOSGeometry* const polygon =
         GEOSGeom_createPolygon_r(context, GEOSGeom_createLinearRing_r(context, ring), nullptr, 0);
-    return [context, polygon, distance = c.distance] {
-        GEOSGeometry* const result =
-            GEOSBufferWithStyle_r(context, polygon, distance, 8, GEOSBUF_CAP_FLAT, GEOSBUF_JOIN_MITRE, 1000.0);
-        GEOSGeom_destroy_r(context, result);
+    return [context, polygon, distance = c.distance, depths = c.depths] {
+        for (int k = 1; k <= depths; ++k)
+            GEOSGeom_destroy_r(context, GEOSBufferWithStyle_r(context, polygon, distance * k / depths, 8,
+                                                              GEOSBUF_CAP_FLAT, GEOSBUF_JOIN_MITRE, 1000.0));
     };
 }
 #endif
+
+/// The same by Clipper and GEOS.
+template <Case (*make)(int)>
+void add_peers([[maybe_unused]] std::vector<Job>& jobs, const std::string& name,
+               [[maybe_unused]] std::vector<int> sizes)
+{
+#ifdef KORVALE_HAS_POLYCLIPPING
+    jobs.push_back({"border." + name + "@Clipper", sizes, clipper<make>});
+#endif
+#ifdef KORVALE_HAS_GEOS
+    if (name != "many_events") // GEOS sees from the extent that nothing can be left
+        jobs.push_back({"border." + name + "@GEOS", sizes, geos<make>});
+#endif
+}
 
 /// The steps are run at those of the sizes only at which they take less than minutes.
 template <Case (*make)(int)>
@@ -228,15 +288,16 @@ void add(std::vector<Job>& jobs, const std::string& name, std::vector<int> sizes
     if (!sizes_of_steps.empty())
         jobs.push_back({"border." + name + "@steps", sizes_of_steps, sweep_steps<make>});
 #endif
-    if (name.ends_with("without_splits")) // which peers do not do
-        return;
-#ifdef KORVALE_HAS_POLYCLIPPING
-    jobs.push_back({"border." + name + "@Clipper", sizes, clipper<make>});
-#endif
-#ifdef KORVALE_HAS_GEOS
-    if (name != "many_events") // GEOS sees from the extent that nothing can be left
-        jobs.push_back({"border." + name + "@GEOS", sizes, geos<make>});
-#endif
+    if (!name.ends_with("without_splits")) // which peers do not do
+        add_peers<make>(jobs, name, sizes);
+}
+
+/// All pieces of coasts at many depths, beside the farthest alone and as many calls of the peers.
+void add_rings(std::vector<Job>& jobs)
+{
+    jobs.push_back({"border.coast_rings", kCoasts, pieces_at_depths<coast_rings>});
+    jobs.push_back({"border.coast_rings@farthest", kCoasts, pieces<coast_rings>});
+    add_peers<coast_rings>(jobs, "coast_rings", kCoasts);
 }
 
 } // namespace
@@ -259,6 +320,7 @@ std::vector<Job> border_jobs()
     add<coast_in_little>(jobs, "coast_in_0.5_percent", kCoasts, {});
     add<coast_in>(jobs, "coast_in_3_percent", kCoasts, {});
     add<coast_out_without_splits>(jobs, "coast_out_without_splits", kCoasts, {});
+    add_rings(jobs);
     return jobs;
 }
 
