@@ -14,18 +14,11 @@
 namespace korvale::door {
 namespace {
 
-/// Twice the area that an outline goes round, along the normal from which it runs counter-clockwise. Zero where its
-/// parts cancel but for rounding.
+/// Twice the area that an outline goes round, or zero where its parts cancel but for rounding.
 Point doubled_area(Outline outline)
 {
-    Point sum = {};
-    double size = 0.0;
-    for (size_t i = 1; i + 1 < outline.size(); ++i) {
-        const Point part = cross(minus(outline[i], outline[0]), minus(outline[i + 1], outline[0]));
-        sum = plus(sum, 1.0, part);
-        size += std::fabs(part.x) + std::fabs(part.y) + std::fabs(part.z);
-    }
-    return length(sum) > kNegligible * size ? sum : Point{};
+    Point area = {};
+    return path::find_doubled_area(outline[0].data(), static_cast<int>(outline.size()), area.data()) ? area : Point{};
 }
 
 /// Whether no area is left of an outline: fewer than three points, or all near one line.

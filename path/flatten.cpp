@@ -365,22 +365,6 @@ constexpr double kNearer = 16.0;
 /// An area that is a smaller share than this of the sum of its parts counts as rounding. Chosen.
 constexpr double kLeastArea = 1e-12;
 
-/// Writes the normal, not normalised, about which the outline runs counter-clockwise. False where its parts cancel.
-bool find_mean_normal(const Outline& outline, double* normal)
-{
-    double parts = 0.0;
-    normal[0] = normal[1] = normal[2] = 0.0;
-    for (int i = 1; i < outline.count - 1; ++i) {
-        double a[3], b[3], part[3];
-        subtract(outline.point(i), outline.point(0), a);
-        subtract(outline.point(i + 1), outline.point(0), b);
-        cross(a, b, part);
-        add(normal, part, normal);
-        parts += std::fabs(part[0]) + std::fabs(part[1]) + std::fabs(part[2]);
-    }
-    return length(normal) > kLeastArea * parts;
-}
-
 /// Whether the corner is reflex, by the documented ray where that runs through no vertex, else by the outline's area.
 /// Where that is nothing, as of an eight, the ray decides after all, and vertices on its line lie to the left of it.
 bool is_reflex_for_sure(const Outline& outline, const Corner& corner, double rounding)
@@ -388,7 +372,7 @@ bool is_reflex_for_sure(const Outline& outline, const Corner& corner, double rou
     const Ray ray = bisect(outline, corner);
     Crossings crossings = count_crossings(outline, corner.vertex, ray, std::max(kOnLine, rounding));
     double normal[3];
-    if (crossings == Crossings::vertex_on_line && find_mean_normal(outline, normal))
+    if (crossings == Crossings::vertex_on_line && find_doubled_area(outline.points, outline.count, normal))
         return dot(normal, corner.normal) < 0;
     if (crossings == Crossings::vertex_on_line)
         crossings = count_crossings(outline, corner.vertex, ray, 0.0);
@@ -418,7 +402,7 @@ bool is_tilted_by_rounding(const Outline& outline, const Corner& corner, double 
     cross(in, out, product);
     if (rounding * std::max(length(in), length(out)) <= kTilt * length(product))
         return false;
-    if (!find_mean_normal(outline, normal))
+    if (!find_doubled_area(outline.points, outline.count, normal))
         return false;
     const double size = length(normal);
     for (int k = 0; k < 3; ++k)
@@ -446,7 +430,8 @@ bool flatten_closed_for_sure(const Outline& outline, double rounding, const Tran
 void flatten_without_corner(const Outline& outline, const Transforms& to)
 {
     double normal[3];
-    if (!flatten_open(outline, to) || !find_mean_normal(outline, normal) || dot(normal, to.forward[2]) >= 0)
+    if (!flatten_open(outline, to) || !find_doubled_area(outline.points, outline.count, normal) ||
+        dot(normal, to.forward[2]) >= 0)
         return;
     double ahead[3], up[3];
     for (int k = 0; k < 3; ++k) {
@@ -457,6 +442,21 @@ void flatten_without_corner(const Outline& outline, const Transforms& to)
 }
 
 } // namespace
+
+bool find_doubled_area(const double* points, int count, double* area)
+{
+    double parts = 0.0;
+    area[0] = area[1] = area[2] = 0.0;
+    for (int i = 1; i < count - 1; ++i) {
+        double a[3], b[3], part[3];
+        subtract(points + 3 * int64_t{i}, points, a);
+        subtract(points + 3 * (int64_t{i} + 1), points, b);
+        cross(a, b, part);
+        add(area, part, area);
+        parts += std::fabs(part[0]) + std::fabs(part[1]) + std::fabs(part[2]);
+    }
+    return length(area) > kLeastArea * parts;
+}
 
 void flatten_for_sure(const double* points, int count, double greatest, double (*xfm)[4], double (*reverse)[4],
                       bool closed)

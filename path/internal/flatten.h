@@ -22,4 +22,8 @@ void flatten(const DATAstruct* path, double (*xfm)[4], double (*reverse)[4], boo
 void flatten_for_sure(const double* points, int count, double greatest, double (*xfm)[4], double (*reverse)[4],
                       bool closed);
 
+/// Twice the area that an outline goes round, along the normal from which it runs counter-clockwise. False where its
+/// parts cancel but for rounding.
+bool find_doubled_area(const double* points, int count, double* area);
+
 } // namespace korvale::path
