@@ -244,11 +244,18 @@ void choose_triangles(const SampledTriangles& t, const Choice& choice, const Dra
     }
 }
 
-/// Makes the `count` points from number `first` on.
+/// Numbers of points that are made at a time.
+struct Batch {
+    int64_t first;
+    int count;
+};
+
+/// Makes the points of a batch.
 template <class Choice>
 void make_points(const SampledTriangles& t, const Choice& choice, const Draws& draws, const SamplePoints& p,
-                 const SampledAttributes& attributes, int64_t first, int count)
+                 const SampledAttributes& attributes, Batch batch)
 {
+    const auto [first, count] = batch;
     int64_t triangles[kBlock];
     if (t.count == 1)
         std::fill_n(triangles, count, 0);
@@ -314,13 +321,13 @@ Sampled scatter(const SampledTriangles& t, const SamplePoints& p, const SampledA
         choice.table = table.get();
     }
 
-    make_points(t, choice, draws, p, attributes, 0, in_first);
+    make_points(t, choice, draws, p, attributes, {0, in_first});
     for (int64_t first = in_first; first < p.count; first += kBlock) {
         if (!numbers.goes_on(first, p.count))
             return Sampled::stopped;
         const int count = static_cast<int>(std::min<int64_t>(kBlock, p.count - first));
         draw_points(numbers, count, draws);
-        make_points(t, choice, draws, p, attributes, first, count);
+        make_points(t, choice, draws, p, attributes, {first, count});
     }
     return numbers.goes_on(p.count, p.count) ? Sampled::done : Sampled::stopped;
 }

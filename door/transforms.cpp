@@ -72,21 +72,17 @@ void require_all_finite(const double* numbers, std::string_view argument)
 
 /// Reads points, carries each and hands the result over.
 template <class Carry>
-korvale_status carry_all(const char* function, const char* argument, const double* transform,
-                         const korvale_points* points, const korvale_points_out* output, korvale_error* error,
-                         Carry carry)
+void carry_all(const char* argument, const double* transform, const korvale_points* points,
+               const korvale_points_out* output, Carry carry)
 {
-    return answer(error, function, [&] {
-        require(transform, "transform");
-        const PointsIn from(points, argument);
-        PointsOut to(output, "output", PointsOut::Use::write);
-        if (to.size() != from.size())
-            throw Refusal("output", Text() << "have " << counted(from.size(), "point"),
-                          Text() << "it has " << to.size());
-        Matrix matrix(transform);
-        carry(matrix.m, from, to);
-        to.give_back();
-    });
+    require(transform, "transform");
+    const PointsIn from(points, argument);
+    PointsOut to(output, "output", PointsOut::Use::write);
+    if (to.size() != from.size())
+        throw Refusal("output", Text() << "have " << counted(from.size(), "point"), Text() << "it has " << to.size());
+    Matrix matrix(transform);
+    carry(matrix.m, from, to);
+    to.give_back();
 }
 
 } // namespace
@@ -197,21 +193,23 @@ void korvale_transform_vector(const double* transform, const double* vector, dou
 korvale_status korvale_transform_points(const double* transform, const korvale_points* points,
                                         const korvale_points_out* output, korvale_error* error)
 {
-    return carry_all("korvale_transform_points", "points", transform, points, output, error,
-                     [](Xfm m, const PointsIn& from, PointsOut& to) {
-                         DATAstruct source = record_over(from.points()), target = record_over(to.points());
-                         TransformDATA(m, &source, &target);
-                     });
+    return answer(error, "korvale_transform_points", [&] {
+        carry_all("points", transform, points, output, [](Xfm m, const PointsIn& from, PointsOut& to) {
+            DATAstruct source = record_over(from.points()), target = record_over(to.points());
+            TransformDATA(m, &source, &target);
+        });
+    });
 }
 
 korvale_status korvale_transform_vectors(const double* transform, const korvale_points* vectors,
                                          const korvale_points_out* output, korvale_error* error)
 {
-    return carry_all("korvale_transform_vectors", "vectors", transform, vectors, output, error,
-                     [](Xfm m, const PointsIn& from, PointsOut& to) {
-                         for (int64_t i = 0; i < from.size(); ++i) {
-                             Point vector = from[i];
-                             TransformVector(m, vector.data(), to[i].data());
-                         }
-                     });
+    return answer(error, "korvale_transform_vectors", [&] {
+        carry_all("vectors", transform, vectors, output, [](Xfm m, const PointsIn& from, PointsOut& to) {
+            for (int64_t i = 0; i < from.size(); ++i) {
+                Point vector = from[i];
+                TransformVector(m, vector.data(), to[i].data());
+            }
+        });
+    });
 }

@@ -38,13 +38,14 @@ void replace(const Program& program, int32_t p, int32_t operands, double value)
     move_down(program, p + 1, operands);
 }
 
-/// Replaces the function at position `p` by its value, if it is of that kind and follows as many constants as it takes,
-/// and goes back to where the value is. False where the function was a host's: `program` is then the equation's as that
+/// Replaces the function at position `p` by its value, if it takes so many operands and follows as many constants, and
+/// goes back to where the value is. False where the function was a host's: `program` is then the equation's as that
 /// has left it, or of no items.
 [[gnu::always_inline]] inline bool fold(const EquationSystem& es, int32_t equation, const Program& known,
-                                        Program& program, int32_t& p, int32_t kind, int32_t operands)
+                                        Program& program, int32_t& p, int32_t operands)
 {
-    if (known.kinds[p] != kind || !is_constant(known, p - 1) || !is_constant(known, p - operands))
+    if (known.kinds[p] != (operands == 2 ? EQ_ITEM_BINARY : EQ_ITEM_UNARY) || !is_constant(known, p - 1) ||
+        !is_constant(known, p - operands))
         return true;
     const int32_t f = known.operands[p];
     void* const slot = functions_of(es).at(f);
@@ -69,8 +70,7 @@ bool fold_from(const EquationSystem& es, int32_t equation, Program& program, int
 {
     const Program known = program;
     for (; p < known.room && known.kinds[p] != EQ_ITEM_END; ++p)
-        if (!fold(es, equation, known, program, p, EQ_ITEM_BINARY, 2) ||
-            !fold(es, equation, known, program, p, EQ_ITEM_UNARY, 1))
+        if (!fold(es, equation, known, program, p, 2) || !fold(es, equation, known, program, p, 1))
             return false;
     return true;
 }

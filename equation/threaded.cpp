@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "equation/internal/functions.h"
 #include "equation/internal/registry.h"
@@ -112,7 +113,10 @@ struct Evaluation {
 using RunItem = double(Evaluation& e, const int32_t* kind, const int32_t* operand, double* below, double top);
 RunItem run_end, run_constant, run_variable, run_draw, run_unary, run_binary, run_other;
 
-extern RunItem* const kRunItems[EQ_ITEM_TARGET + 1]; ///< for each kind
+struct RunItems {
+    RunItem* of[EQ_ITEM_TARGET + 1]; ///< each kind
+};
+extern const RunItems kRunItems;
 
 /// Calls the function of the next item, which follows one of the kind `before`. Compare-and-jump for the two commonest
 /// kinds predicts better than the indirect jump. It is left out after an item of the same kind: a self tail call
@@ -128,7 +132,7 @@ template <int32_t before = EQ_ITEM_TARGET>
         return run_binary(e, kind, operand, below, top);
     if (static_cast<uint32_t>(k) > EQ_ITEM_TARGET)
         return run_other(e, kind, operand, below, top);
-    return kRunItems[k](e, kind, operand, below, top);
+    return kRunItems.of[k](e, kind, operand, below, top);
 }
 
 [[gnu::always_inline]] inline double run_at(Evaluation& e, int64_t position, int64_t depth, double top)
@@ -296,9 +300,20 @@ template <int32_t own>
     return top;
 }
 
-RunItem* const kRunItems[] = {run_end,   run_other, run_other, run_other,  run_constant, run_variable,
-                              run_other, run_draw,  run_unary, run_binary, run_other,    run_other,
-                              run_other, run_other, run_other, run_other,  run_other};
+constexpr RunItems run_items()
+{
+    RunItems items = {};
+    std::fill(std::begin(items.of), std::end(items.of), run_other);
+    items.of[EQ_ITEM_END] = run_end;
+    items.of[EQ_ITEM_CONSTANT] = run_constant;
+    items.of[EQ_ITEM_VARIABLE] = run_variable;
+    items.of[EQ_ITEM_SAMPLE] = run_draw;
+    items.of[EQ_ITEM_UNARY] = run_unary;
+    items.of[EQ_ITEM_BINARY] = run_binary;
+    return items;
+}
+
+constinit const RunItems kRunItems = run_items();
 
 } // namespace
 
