@@ -134,7 +134,7 @@ TYPED_TEST(BBox, KeepsTheFirstOfEqualZeros)
     EXPECT_TRUE(same_bits({0.0, -0.0, 0.0, -0.0}, box->dvals));
 }
 
-TYPED_TEST(BBox, WorksOnOverlappingMemoryAsTheStepsDo)
+TYPED_TEST(BBox, ReadsPointsAgainOnWhichTheBoxLies)
 {
     // The box lies on the last two points, which are read after the first corners were written there.
     double values[] = {1, 2, 3, 9, 9, 9, -9, -9, -9, 4, 5, 6};

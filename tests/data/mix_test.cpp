@@ -175,7 +175,7 @@ TYPED_TEST(Mix, FailsWhenTheHeapIsExhausted)
               2);
 }
 
-TYPED_TEST(Mix, WorksOnOverlappingMemoryAsTheStepsDo)
+TYPED_TEST(Mix, ReadsWhatItHasWrittenWhereMemoryOverlaps)
 {
     // The output starts one value after the input: each result is read again by the next.
     for (int shift = -5; shift <= 5; ++shift) {
@@ -193,7 +193,7 @@ TYPED_TEST(Mix, WorksOnOverlappingMemoryAsTheStepsDo)
     }
 }
 
-TYPED_TEST(Mix, WorksAsTheStepsDoWhicheverInputOverlaps)
+TYPED_TEST(Mix, ReadsWhatItHasWrittenWhicheverInputOverlaps)
 {
     for (int overlapping = 0; overlapping < 4; ++overlapping)
         for (int shift = -5; shift <= 5; ++shift) {

@@ -29,7 +29,7 @@ TYPED_TEST(Transform, CarriesEveryPoint)
     EXPECT_TRUE(same_bits({1, 2, 3, 4, 5, 6}, source->dvals));
 }
 
-TYPED_TEST(Transform, WorksInPlace)
+TYPED_TEST(Transform, WritesOverItsInput)
 {
     auto d = points<TypeParam>({1, 2, 3, 4, 5, 6});
     transform(kShift, d, d);
@@ -106,7 +106,7 @@ TYPED_TEST(Transform, WritesNothingBeyondTheLastPoint)
     }
 }
 
-TYPED_TEST(Transform, WorksOnOverlappingMemoryAsTheStepsDo)
+TYPED_TEST(Transform, ReadsWhatItHasWrittenWhereMemoryOverlaps)
 {
     Xfm m = {{0.5, 0, 0, 1}, {0, 0.25, 0, 2}, {0, 0, 2, 3}, {0, 0, 0, 1}};
     for (int shift = -15; shift <= 15; ++shift) {

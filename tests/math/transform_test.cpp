@@ -59,7 +59,7 @@ TEST(TransformVector, AppliesTheUpperBlockOnly)
     EXPECT_TRUE(same_bits({1, -1, 2}, v));
 }
 
-TEST(TransformVector, WorksInPlace)
+TEST(TransformVector, WritesOverItsInput)
 {
     Xfm m = {{1, 2, 3, 100}, {4, 5, 6, 100}, {7, 8, 9, 100}, {1, 1, 1, 5}};
     double v[] = {1, -1, 2};
@@ -125,7 +125,7 @@ TEST(TransformPoint, DoesNotGuardAFourthCoordinateOfZero)
     EXPECT_TRUE(same_bits({kInfinity, -kInfinity, kNaN}, out));
 }
 
-TEST(TransformPoint, WorksInPlace)
+TEST(TransformPoint, WritesOverItsInput)
 {
     Xfm m = {{1, 2, 3, 10}, {4, 5, 6, 20}, {7, 8, 9, 30}, {0, 0, 0, 2}};
     double p[] = {1, -1, 2};

@@ -281,7 +281,7 @@ TEST(ray_intersect, MeetsNothingInAnArrayThatLostItsBuffer)
     EXPECT_EQ(cast(s, {0.25, 0.25, 0}, {0, 0, 1}).hits, 0);
 }
 
-TEST(ray_intersect, WorksWithoutMarksOfTheRecord)
+TEST(ray_intersect, MeetsTrianglesWithoutMarksOfTheRecord)
 {
     Scene s({-1, -1, 0, 1, -1, 0, 0, 2, 0, 0, 0, 2, 0.1, 0, 2, 0, 0.1, 2}, 2, 2, 1);
     ray_declassify(s);
@@ -294,7 +294,7 @@ TEST(ray_intersect, WorksWithoutMarksOfTheRecord)
     EXPECT_EQ(s->tri_marks.count, -1);
 }
 
-TEST(ray_intersect, WorksWithMarksForFewerTriangles)
+TEST(ray_intersect, MeetsTrianglesThatTheMarksAreTooFewFor)
 {
     Scene s(level(1));
     auto more = doubles<Data>(9, joined(level(1), level(2)));
@@ -305,7 +305,7 @@ TEST(ray_intersect, WorksWithMarksForFewerTriangles)
     EXPECT_THAT(s.marks(), ElementsAre(0));
 }
 
-TEST(ray_intersect, WorksWithMarksOfMoreBytesThanAnArrayMayHave)
+TEST(ray_intersect, LeavesMarksOfMoreBytesThanAnArrayMayHave)
 {
     Scene s(level(1), 1, 1, 1);
     for (const int dim : {std::numeric_limits<int>::max(), 1 << 30}) {
