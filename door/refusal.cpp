@@ -29,7 +29,7 @@ namespace {
     const size_t room = sizeof korvale_error::given - 2 - std::string_view(reason).size();
     Text given;
     given << "\"" << std::string_view(part_around(text, place, room)) << std::string_view(reason);
-    constexpr size_t kLongestWord = sizeof korvale_error::word - 4;
+    constexpr size_t kLongestWord = sizeof korvale_error::word - 4; // "..." and the end follow
     throw Refusal(static_cast<int32_t>(std::min<size_t>(place, INT32_MAX)), shortened(word, kLongestWord), given);
 }
 

@@ -334,8 +334,8 @@ void frames_along(const Array& path, bool closed, double full_turn, Xfm* frames)
         find_frames({path.dvals, path.count, closed}, full_turn, frames);
 }
 
-constexpr double kFullTurnData = 6.2831852; // Deliberate: short
-constexpr double kFullTurnDATA = 6.283185307179586;
+constexpr double kFullTurnData = 6.2831852;         // Deliberate: short
+constexpr double kFullTurnDATA = 6.283185307179586; // the double nearest to it
 
 } // namespace
 } // namespace korvale::path

@@ -11,7 +11,7 @@
 namespace korvale::door {
 
 constexpr int32_t kAllEquations = -1;
-constexpr int32_t kMostPlanned = 50; ///< values held on the stack of a plan
+constexpr int32_t kMostPlanned = 50; ///< values held on the stack of a plan: as many as `evaluate` holds there
 
 /// A value of all rows: one number, or a block where `block` is 0 or more.
 struct Value {
