@@ -104,8 +104,8 @@ from_c() {
     }
     compile_c "-o '$mine/by_flags' -Wl,-rpath,'$copy/lib'" "--cflags --libs"
     compile_c "-o '$mine/by_flags_static' -static" "--static --cflags --libs"
-    compile_c "-o '$mine/by_flags_inside' -L'$copy/lib' -Wl,-u,korvale_second_stage -Wl,-Bstatic -lkorvale \
-        -lkorvale-platform -lstdc++ -Wl,-Bdynamic -lm" --cflags
+    compile_c "-o '$mine/by_flags_inside' -L$(pkg-config --variable=libdir korvale) -Wl,-u,korvale_second_stage \
+        -Wl,-Bstatic -lkorvale -lkorvale-platform -lstdc++ -Wl,-Bdynamic -lm" --cflags
     for program in "$mine"/{host_c,host_static,by_flags,by_flags_inside,by_flags_static}; do
         diff - <("$program") <<'TEXT' || fail "$program prints something else (>)"
 5 of 4.5
