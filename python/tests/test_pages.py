@@ -75,7 +75,7 @@ class PagesTest(unittest.TestCase):
                 self.assertEqual(picture.shape, stored.shape)
                 self.assertEqual(abs(picture - stored).max(), 0)
 
-    def test_the_ten_lines_of_the_readme(self):
+    def test_the_first_program_of_the_readme(self):
         self.run_page("README.md")
 
     def test_the_tutorial(self):
@@ -83,6 +83,9 @@ class PagesTest(unittest.TestCase):
 
     def test_the_page_for_those_who_come_from_elsewhere(self):
         self.run_page("docs/python-from.md")
+
+    def test_the_page_on_borders(self):
+        self.run_page("docs/border.md")
 
     def test_the_page_on_which_point_is_which(self):
         self.run_page("docs/correspondence.md")
