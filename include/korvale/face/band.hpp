@@ -156,7 +156,7 @@ inline Result<Band> try_band(AnyPoints line, double distance, const BandOptions&
 /// into does not move it, but `crossing` tells of it.
 ///
 /// ```
-/// korvale::Band road = korvale::band(middle, 3.5, {.both_sides = true, .up = korvale::Point{0, 0, 1}});
+/// korvale::Band road = korvale::band(middle, 3.5, {.both_sides = true, .up = korvale::Point{0, 0, 1}}); // 7 wide
 /// if (road.crossing)
 ///     warn_about_edge(road.crossing->first);
 /// ```
