@@ -28,6 +28,10 @@ constexpr int kMostSteps = 64;
 constexpr double kNothing = 1e-03;
 /// A run of points narrowed to less than this share of the distance gives way altogether where it can.
 constexpr double kNarrow = 0.5;
+/// How much room a run may give up for a corner beyond the miter limit, beside the tip of two straight legs: there the
+/// radius of the ball times the way to the inner corner is the miter limit times the square of the distance, at any
+/// angle. Chosen, so that corners of such legs have some to spare.
+constexpr double kGivenUp = 2.0;
 
 /// The direction of the edge that enters (`step` -1) or leaves (1) point i, past points at the same place. None at the
 /// ends of an open line.
@@ -145,27 +149,60 @@ bool is_within_reach(const Beside& b, const Place& place, size_t i)
     return dot(d, d) <= reach_of(b) * reach_of(b);
 }
 
-/// Whether the place of a point is no farther than the miter limit allows from the stretch of the line that it stands
-/// for: the edges between the points that share it and the two beside them. The inner corner of a sharp bend is so,
-/// however far it is from its own point. The tip of a corner that turns back is not, even where it lies beside edges
-/// that the line has left long before.
-bool is_near_its_stretch(const Beside& b, const Settling& s, size_t i)
+/// Points of a line that follow each other, and whether others come before and after them.
+struct Run {
+    size_t first, count;
+    bool has_before, has_after;
+};
+
+/// The points around i that share its place.
+Run run_around(const Beside& b, const Settling& s, size_t i)
 {
     const size_t n = b.line.size();
     const auto is_shared = [&](size_t k) { return s.heir[k % n] == s.heir[i]; };
-    const size_t before = b.closed ? n - 1 : i, after = b.closed ? n - 1 : n - 1 - i;
-    size_t back = std::min<size_t>(before, 1), on = std::min<size_t>(after, 1);
-    while (back < before && is_shared(i + n - back))
+    const size_t before = b.closed ? n - 1 : i;
+    size_t back = 0, on = 0;
+    while (back < before && is_shared(i + n - back - 1))
         ++back;
-    while (on < after && is_shared(i + on))
+    const size_t after = b.closed ? n - 1 - back : n - 1 - i;
+    while (on < after && is_shared(i + on + 1))
         ++on;
-    const double most = reach_of(b);
-    for (size_t k = i + n - back; k < i + n + on; ++k) {
-        const Place d = s.border[i] - nearest_of({b.line[k % n], b.line[(k + 1) % n]}, s.border[i]);
-        if (dot(d, d) <= most * most)
+    return {(i + n - back) % n, back + 1 + on, b.closed || back < before, b.closed || on < after};
+}
+
+/// Whether a place is no farther than the miter limit allows from the stretch of the line that a run stands for: the
+/// edges between its points and the two beside them. The inner corner of a sharp bend is so, however far it is from its
+/// own point. The tip of a corner that turns back is not, even where it lies beside edges that the line has left long
+/// before.
+bool is_near_stretch(const Beside& b, const Run& run, const Place& place)
+{
+    const size_t n = b.line.size(), from = run.first + n - (run.has_before ? 1 : 0);
+    const size_t to = run.first + n + run.count - (run.has_after ? 0 : 1);
+    for (size_t k = from; k < to; ++k)
+        if (is_within(reach_of(b), {b.line[k % n], b.line[(k + 1) % n]}, place))
             return true;
-    }
     return false;
+}
+
+/// Whether the points of a run may share a place that is farther from some of them than the miter limit allows: where
+/// it is near their stretch and the room they give up is small, by the lower quartile of the radii of their balls. So a
+/// deep bend with room for most of a border keeps it. The end of an open line and all of a ring do not give way so far.
+template <class RadiusOf>
+bool may_share_afar(const Beside& b, const Run& run, const Place& place, RadiusOf radius_of)
+{
+    const size_t n = b.line.size();
+    if (!run.has_before || !run.has_after || run.count == n || !is_near_stretch(b, run, place))
+        return false;
+    double farthest = 0.0;
+    Vector<double> radii;
+    for (size_t k = run.first; k < run.first + run.count; ++k) {
+        const Place away = place - b.line[k % n];
+        farthest = std::max(farthest, std::sqrt(dot(away, away)));
+        radii.push_back(radius_of(k % n));
+    }
+    const auto quartile = radii.begin() + static_cast<std::ptrdiff_t>(radii.size() / 4);
+    std::ranges::nth_element(radii, quartile);
+    return farthest * *quartile <= kGivenUp * reach_of(b) * std::fabs(b.distance);
 }
 
 bool is_clear(const Beside& b, const Place& place)
@@ -179,13 +216,24 @@ void find_misplaced(const Beside& b, const Settling& s)
 {
     const size_t n = b.line.size();
     bool clear = false;
+    bool is_known = false, may_stay = false; // afar, of the latest points that share a place
     for (size_t i = 0; i < n; ++i) {
         if (i % kReport == 0)
             b.telling.tell(0.3 * static_cast<double>(i) / static_cast<double>(n));
         const Place place = s.border[i];
         const bool is_shared = i > 0 && place.x == s.border[i - 1].x && place.y == s.border[i - 1].y;
         clear = is_shared ? clear : is_clear(b, place);
-        s.moved[i] = !clear || !(is_within_reach(b, place, i) || (s.removed[i] == 0 && is_near_its_stretch(b, s, i))) ||
+        is_known &= i > 0 && s.heir[i] == s.heir[i - 1];
+        const auto may_be_afar = [&] {
+            if (s.removed[i] == 0)
+                return is_near_stretch(b, run_around(b, s, i), place);
+            if (!is_known)
+                may_stay = may_share_afar(b, run_around(b, s, i), place,
+                                          [&](size_t k) { return largest_ball(b, b.line[k], way_of(b, k)); });
+            is_known = true;
+            return may_stay;
+        };
+        s.moved[i] = !clear || !(is_within_reach(b, place, i) || may_be_afar()) ||
                      (s.removed[i] == 0 && dot(place - b.line[i], way_of(b, i).along) < 0);
     }
     const size_t steps = b.closed ? 2 * n : n; // around the end of a closed line too
@@ -216,12 +264,6 @@ std::optional<Place> corner_of(const Beside& b, size_t before, size_t after)
     return from + ahead * *e;
 }
 
-/// A run of narrowed points between two that are not; an open end has none.
-struct Run {
-    size_t first, count;
-    bool has_before, has_after;
-};
-
 /// How near to the line the straight way between two places comes, by samples.
 double clearance(const Beside& b, const Place& from, const Place& to)
 {
@@ -246,10 +288,11 @@ void give_place(const Settling& s, size_t i, const Place& place)
 }
 
 /// Lets a run give way altogether: to the corner of the borders beside it, or, where little is left of it, to the
-/// places of its neighbours.
-void let_run_give_way(const Beside& b, const Settling& s, const Run& run, double least)
+/// places of its neighbours. The ball of point k of the line has `radius[k]`.
+void let_run_give_way(const Beside& b, const Settling& s, const Run& run, std::span<const double> radius)
 {
     const size_t n = b.line.size(), before = (run.first + n - 1) % n, after = (run.first + run.count) % n;
+    const auto radius_of = [&](size_t k) { return radius[k]; };
     const auto all_reach = [&](const Place& place, size_t from, size_t to) {
         for (size_t k = from; k < to; ++k)
             if (!is_within_reach(b, place, (run.first + k) % n))
@@ -262,10 +305,14 @@ void let_run_give_way(const Beside& b, const Settling& s, const Run& run, double
     };
     if (run.has_before && run.has_after)
         if (const auto corner = corner_of(b, before, after);
-            corner && all_reach(*corner, 0, run.count) && is_clear(b, *corner)) {
+            corner && (all_reach(*corner, 0, run.count) || may_share_afar(b, run, *corner, radius_of)) &&
+            is_clear(b, *corner)) {
             give(*corner, 0, run.count);
             return;
         }
+    double least = std::fabs(b.distance);
+    for (size_t k = run.first; k < run.first + run.count; ++k)
+        least = std::min(least, radius[k % n]);
     if (least >= kNarrow * std::fabs(b.distance) || (!run.has_before && !run.has_after))
         return;
     const size_t half = !run.has_before ? 0 : !run.has_after ? run.count : run.count / 2;
@@ -326,13 +373,10 @@ void settle(const Beside& b, const Settling& s, bool all)
             continue;
         }
         Run run = {first, 0, b.closed || first > 0, true};
-        double least = std::fabs(b.distance);
-        while (k + run.count < n && s.narrowed[(first + run.count) % n] != 0) {
-            least = std::min(least, radius[(first + run.count) % n]);
+        while (k + run.count < n && s.narrowed[(first + run.count) % n] != 0)
             ++run.count;
-        }
         run.has_after = b.closed || first + run.count < n;
-        let_run_give_way(b, s, run, least);
+        let_run_give_way(b, s, run, radius);
         k += run.count;
     }
 }

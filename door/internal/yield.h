@@ -33,8 +33,9 @@ struct Settling {
 size_t count_crowded(const Beside& b, const Telling& telling);
 
 /// Looks at every point of a swept border. Those that are neither nearer to the line than the distance nor farther from
-/// their own stretch of it than the miter limit allows stay, points that share a place only near their own points of
-/// the line. The others are placed anew: as far as nothing else of the line is nearer.
+/// their own stretch of it than the miter limit allows stay, points that share a place beyond the limit from their own
+/// points of the line only where they give up little room. The others are placed anew: as far as nothing else of the
+/// line is nearer.
 ///
 /// With `all` each of them is placed anew: the sweep has turned the border of a closed line inside out.
 void settle(const Beside& beside, const Settling& s, bool all);

@@ -228,20 +228,35 @@ TEST(DoorBand, TheLegsOfAHairpinKeepBetweenThem)
     EXPECT_THAT(outside.narrowed, Each(0));
 }
 
-TEST(DoorBand, AHairpinInsideALongerRoadKeepsItsLegs)
+/// A road that goes on straight on after a hairpin to its right.
+Numbers road_with(const Numbers& pin)
 {
     Numbers road;
     for (int i = 0; i < 20; ++i)
         road.insert(road.end(), {-8.0, -200.0 + 10 * i, 0});
-    const Numbers pin = hairpin(100, 5);
     road.insert(road.end(), pin.begin(), pin.end());
     for (int i = 1; i <= 20; ++i)
         road.insert(road.end(), {-8.0, 10.0 + 10 * i, 0});
-    const Laid band = laid(road, -5.1);
+    return road;
+}
+
+TEST(DoorBand, AHairpinInsideALongerRoadKeepsItsLegs)
+{
+    const Laid band = laid(road_with(hairpin(100, 5)), -5.1);
     for (size_t i = 5; i <= 18; ++i)
         EXPECT_LT(band.away(20 + i, 5.0 * static_cast<double>(i), 5), 1e-6) << "point " << i;
     for (size_t i = 0; i < 18; ++i)
         EXPECT_LT(band.away(i, -13.1, -200.0 + 10 * static_cast<double>(i)), 1e-9) << "point " << i;
+}
+
+TEST(DoorBand, AKinkInADeepHairpinGivesUpNoMoreThanItself)
+{
+    Numbers pin = hairpin(100, 5);
+    const Numbers kink = {52, 0.3, 0, 52.01, 0, 0};
+    pin.insert(pin.begin() + 3 * 11, kink.begin(), kink.end());
+    const Laid band = laid(road_with(pin), -5.1);
+    for (const size_t i : {5, 6, 7, 8, 9, 12, 13, 14, 15, 16, 17, 18})
+        EXPECT_LT(band.away((i < 11 ? 20 : 22) + i, 5.0 * static_cast<double>(i), 5), 1e-6) << "point " << i;
 }
 
 TEST(DoorBand, AKnotWhereATrackStoodStillSendsNoPointAway)
@@ -277,6 +292,29 @@ TEST(DoorBand, TheInnerCornerOfASharpBendStays)
     EXPECT_NEAR(band.outline[4], 1, 1e-9);
     EXPECT_THAT(band.removed, Each(0));
     EXPECT_THAT(band.narrowed, Each(0));
+}
+
+TEST(DoorBand, PointsBesideASharpBendShareItsInnerCorner)
+{
+    const Numbers line = {100, 0, 0, 5, 0, 0, 0, 0, 0, 0.5, 0.1, 0, 20, 4, 0, 100, 20, 0};
+    const Laid band = laid(line, 1); // as without the points beside the bend
+    EXPECT_THAT(band.removed, ElementsAre(0, 1, 1, 0, 0, 0));
+    EXPECT_THAT(band.narrowed, Each(0));
+    for (const size_t i : {1, 2, 3})
+        EXPECT_LT(band.away(i, 1 / std::tan(0.5 * std::atan(0.2)), 1), 1e-9) << "point " << i;
+    EXPECT_FALSE(band.crosses);
+}
+
+TEST(DoorBand, TheEndOfALineGivesNotWayToACornerAfar)
+{
+    // The sides would meet at x of 20.05, beyond the end of the first leg.
+    const Laid band = laid({16, 0, 0, 4, 0, 0, 0, 0, 0, 0.5, 0.05, 0, 60, 6, 0}, 1);
+    EXPECT_EQ(band.removed[0], 0);
+    EXPECT_LT(band.away(0, 16, 0), 1);
+    EXPECT_LT(band.away(1, 4, 0), 0.3);
+    EXPECT_LT(band.away(2, 0, 0), 4 + 1e-9);
+    EXPECT_LT(band.away(3, 0.5, 0.05), 0.3);
+    EXPECT_NEAR(band.away(4, 60, 6), 1, 1e-9);
 }
 
 TEST(DoorBand, AStopOnAWalkLeavesNoSpike)
@@ -540,6 +578,76 @@ TEST(DoorBand, FollowsACornerThroughTheMiterLimitSteadily)
                 before = band.outline;
             }
         }
+}
+
+/// A bend to the left by an angle, of two legs with points beside it, all at other distances from it than the others.
+struct Bend {
+    double before, after;                    ///< the lengths of its legs
+    std::vector<double> on_before, on_after; ///< from the end of each leg
+    double radius = 0;                       ///< of the arc between the legs
+    int arcs = 0;                            ///< edges of that
+
+    Numbers turned(double angle) const
+    {
+        Numbers line = {-before, 0, 0};
+        for (size_t i = on_before.size(); i > 0; --i)
+            line.insert(line.end(), {-on_before[i - 1], 0, 0});
+        double x = 0, y = 0;
+        for (int i = 0; i <= arcs; ++i) {
+            const double turn = arcs == 0 ? 0 : angle * i / arcs;
+            x = radius * std::sin(turn);
+            y = radius * (1 - std::cos(turn));
+            line.insert(line.end(), {x, y, 0});
+        }
+        const auto go = [&](double way) {
+            line.insert(line.end(), {x + way * std::cos(angle), y + way * std::sin(angle), 0});
+        };
+        std::ranges::for_each(on_after, go);
+        go(after);
+        return line;
+    }
+};
+
+/// Ascending, below `most`.
+std::vector<double> points_on_leg(Random& random, double most, double step)
+{
+    std::vector<double> ways;
+    for (double way = random.uniform(0.05, step); way < most; way += random.uniform(0.05, step))
+        ways.push_back(way);
+    return ways;
+}
+
+TEST(DoorBand, FollowsABendOfSeveralPointsSteadily)
+{
+    constexpr double kStep = 0.002;
+    Random random(1241);
+    for (int round = 0; round < rounds(60); ++round) {
+        const double before = random.uniform(15, 50), after = random.uniform(15, 50);
+        const double most = random.one_in(3) ? 14 : 6, step = random.uniform(0.5, 4);
+        Bend bend = {before, after, points_on_leg(random, most, step), points_on_leg(random, most, step)};
+        if (random.one_in(3)) {
+            bend.radius = random.uniform(0.02, 0.2);
+            bend.arcs = random.between(2, 6);
+        }
+        const double side = random.one_in(4) ? 1 : -1;
+        // To where the sides meet beside the end of the shorter leg, or the inner corner is 20 distances away.
+        const double last = 3.141592653589793 - 2 * std::atan(1 / (0.93 * std::min({before, after, 21.5})));
+        Numbers earlier;
+        for (double angle = 2.1; angle < last; angle += kStep) {
+            const Laid band = laid(bend.turned(angle), side);
+            // An inner corner that is k distances away goes by at most k^2 / 2 + k / 2 a radian, an end round.
+            const double away = 1 / std::cos(0.5 * angle), bound = std::max(after + 2, away * away);
+            for (size_t i = 0; i < band.removed.size() && !earlier.empty(); ++i) {
+                ASSERT_LT(band.away(i, earlier[3 * i], earlier[3 * i + 1]), kStep * bound)
+                    << "point " << i << ", round " << round << ", angle " << angle;
+            }
+            if (side < 0) {
+                ASSERT_THAT(band.narrowed, Each(0)) << "round " << round << ", angle " << angle;
+                ASSERT_FALSE(band.crosses) << "round " << round << ", angle " << angle;
+            }
+            earlier = band.outline;
+        }
+    }
 }
 
 /// How far edge i of an outline in z = 0 is from edge k, 0 where they cross.

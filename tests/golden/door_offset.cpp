@@ -153,7 +153,7 @@ WORKLOAD(DoorOffsetJoins, 1000, 0x22a726e870228800u, 1)
     }
 }
 
-WORKLOAD(DoorBand, 1000, 0x26225fe19c2527ebu, 2)
+WORKLOAD(DoorBand, 1000, 0x29c63c9c6e043a12u, 2)
 {
     Draws random(1106);
     for (int i = 0; i < rounds; ++i) {
