@@ -134,7 +134,7 @@ TEST(DoorKnots, TracksWithStopsAreBorderedAsTheirWalks)
         ASSERT_NEAR(course.area, 1, 0.13 + width / track.length) << "round " << round << ", width " << width;
     }
     EXPECT_GT(smooth, 0);
-    EXPECT_LE(strayed, smooth / 100) << "of " << smooth; // of 2,884 in 10,000 tracks there are 11
+    EXPECT_LE(strayed, smooth / 100) << "of " << smooth; // of 2,912 in 10,000 tracks there are 13
 }
 
 TEST(DoorKnots, AreSweptInStepsThatGrowWithTheLine)
