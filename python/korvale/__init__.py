@@ -34,7 +34,8 @@ numbers. Elsewhere thresholds are absolute (mostly 1e-06): work in units in whic
            [ 5.,  5.],
            [-1.,  5.]])
 
-The same calls give the same bits as in C++, on every machine; docs/math.md names the few that follow the C library.
+The same calls give the same bits as in C++, on every x86-64 processor; docs/math.md names the few that follow the
+C library.
 
 Arguments that cannot be used raise `korvale.Error`, a ValueError that names the function, the argument, what it must
 be, and what came. Calls of more than about 20 microseconds let other threads run; objects may be shared by threads,
