@@ -87,6 +87,12 @@ class PagesTest(unittest.TestCase):
     def test_the_page_on_borders(self):
         self.run_page("docs/border.md")
 
+    def test_the_page_on_equations(self):
+        self.run_page("docs/equations.md")
+
+    def test_the_page_on_shape_preservation(self):
+        self.run_page("docs/preserve.md")
+
     def test_the_page_on_which_point_is_which(self):
         self.run_page("docs/correspondence.md")
 
