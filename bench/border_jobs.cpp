@@ -266,7 +266,7 @@ Work geos(int n)
 
 /// The same by Clipper and GEOS.
 template <Case (*make)(int)>
-void add_peers([[maybe_unused]] std::vector<Job>& jobs, const std::string& name,
+void add_peers([[maybe_unused]] std::vector<Job>& jobs, [[maybe_unused]] const std::string& name,
                [[maybe_unused]] std::vector<int> sizes)
 {
 #ifdef KORVALE_HAS_POLYCLIPPING
