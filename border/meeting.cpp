@@ -20,6 +20,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "border/internal/rounds.h"
+
 namespace korvale::border {
 namespace {
 
@@ -135,14 +137,13 @@ Event test_all_pairs(Wavefront& w, Event event)
 
 /// What boxes have to allow for.
 struct Allowance {
-    double drift;    ///< that of the round
     double reach;    ///< the largest coordinate
     double edge;     ///< the average length
     bool is_regular; ///< all are finite and far from the limits
 };
 
 /// Looks at the vertices where they are and where they will be after `time`.
-Allowance measure_allowance(const Wavefront& w, double drift, double time)
+Allowance measure_allowance(const Wavefront& w, double time)
 {
     const ConstPoints at = w.at, velocity = w.velocity;
     bool is_regular = true;
@@ -158,19 +159,20 @@ Allowance measure_allowance(const Wavefront& w, double drift, double time)
     double length[4] = {}; // four sums: each addition to one waits for the last; only a heuristic reads the mean
     for (int32_t i = 0; i < w.live; ++i)
         length[i % 4] += w.edge.length[i];
-    return {drift, reach, (length[0] + length[1] + length[2] + length[3]) / w.live, is_regular};
+    return {reach, (length[0] + length[1] + length[2] + length[3]) / w.live, is_regular};
 }
 
 /// Searches boxes made for this round only. A wide window is searched in stages of growing width: most boxes of a wide
 /// one meet, and a meeting found early makes the rest of it unnecessary.
-Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window, Event event)
+Event search_once(MeetingSearch& search, const Wavefront& w, const Round& round, const Allowance& allow, double window,
+                  Event event)
 {
     Watch& watch = search.watch;
-    const bool outwards = w.s().remaining > 0.0;
+    const bool outwards = round.remaining > 0.0;
     double stage = std::min(window, kWideWindow * allow.edge);
     for (;;) {
         const BoxTree tree =
-            grow_boxes(watch, w, outwards ? stage : -stage, slack_of(allow.drift, allow.reach, window));
+            grow_boxes(watch, w, outwards ? stage : -stage, slack_of(round.drift, allow.reach, window));
         const auto look = [&search, &w, &event](int32_t m, int32_t e) {
             meet(search.s, w, m, e, event);
             return true;
@@ -193,19 +195,19 @@ Event search_once(MeetingSearch& search, const Wavefront& w, const Allowance& al
 }
 
 /// Starts a watch, unless it would hardly outlast this round.
-void watch_some_rounds(MeetingSearch& search, const Wavefront& w, const Allowance& allow, double window,
-                       const Event& event)
+void watch_some_rounds(MeetingSearch& search, const Wavefront& w, const Round& round, const Allowance& allow,
+                       double window, const Event& event)
 {
-    const double farthest = std::min(std::fabs(w.s().remaining), kAheadOfEdge * allow.edge), least = 2.0 * window;
+    const double farthest = std::min(std::fabs(round.remaining), kAheadOfEdge * allow.edge), least = 2.0 * window;
     if (!(least < farthest) || count_collapsing(w, event.time) > most_changes(w.live))
         return;
     const double pace = search.rounds == 0 ? window : search.pace;
     const double ahead = std::min(farthest, std::max(kRoundsAhead * pace, least));
-    start_watch(search.watch, w, allow.drift, w.s().remaining > 0.0 ? ahead : -ahead, allow.reach);
+    start_watch(search.watch, w, round, round.remaining > 0.0 ? ahead : -ahead, allow.reach);
 }
 
 /// Tests the candidates that are due before the event.
-Event test_candidates(MeetingSearch& search, const Wavefront& w, double drift, double window, Event event)
+Event test_candidates(MeetingSearch& search, const Wavefront& w, const Round& round, double window, Event event)
 {
     Watch& watch = search.watch;
     const double soon = watch.spent + window * kLater;
@@ -225,7 +227,7 @@ Event test_candidates(MeetingSearch& search, const Wavefront& w, double drift, d
                 drop_candidate(watch, k);
             } else {
                 meet(search.s, w, m, e, event);
-                renew_due(watch, w, drift, k, m, e);
+                renew_due(watch, w, round, k, m, e);
             }
         }
     }
@@ -241,19 +243,19 @@ void note_spent(MeetingSearch& search, double spent)
 }
 
 /// `earlier_split_event` within `window`, for enough vertices that a search pays.
-Event search_meetings(MeetingSearch& search, Wavefront& w, double drift, double window, Event event)
+Event search_meetings(MeetingSearch& search, Wavefront& w, const Round& round, double window, Event event)
 {
     Watch& watch = search.watch;
-    keep_up(watch, w, drift, window);
+    keep_up(watch, w, round, window);
     if (!watch.is_on) {
-        const Allowance allow = measure_allowance(w, drift, w.s().remaining > 0.0 ? window : -window);
+        const Allowance allow = measure_allowance(w, round.remaining > 0.0 ? window : -window);
         if (!allow.is_regular)
             return test_all_pairs(w, event);
-        watch_some_rounds(search, w, allow, window, event);
+        watch_some_rounds(search, w, round, allow, window, event);
         if (!watch.is_on)
-            return search_once(search, w, allow, window, event);
+            return search_once(search, w, round, allow, window, event);
     }
-    return test_candidates(search, w, drift, window, event);
+    return test_candidates(search, w, round, window, event);
 }
 
 bool has_search(const Sweep& s)
@@ -272,14 +274,14 @@ MeetingSearch::MeetingSearch(Sweep& sweep, double* memory) : s(sweep), watch(has
 {
 }
 
-Event earlier_split_event(MeetingSearch& search, Wavefront& w, double drift, Event event)
+Event earlier_split_event(MeetingSearch& search, Wavefront& w, const Round& round, Event event)
 {
     if (w.live < kFewVertices) {
         end_watch(search.watch);
         return test_all_pairs(w, event);
     }
-    const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining));
-    event = search_meetings(search, w, drift, window, event);
+    const double window = std::min(std::fabs(event.time), std::fabs(round.remaining));
+    event = search_meetings(search, w, round, window, event);
     note_spent(search, std::min(window, std::fabs(event.time)));
     return event;
 }

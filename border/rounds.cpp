@@ -402,14 +402,14 @@ Corners aim_vertices(Wavefront& w, Watch& watch, const Round& before, Round& rou
     return Corners::aimed;
 }
 
-Event first_edge_event(Wavefront& w)
+Event first_edge_event(Wavefront& w, const Round& round)
 {
     // Times are counted along the motion and so positive; `sign` turns the rates accordingly. A product tells whether
     // an edge may shrink to nothing before the first event known so far. Few may, and only these are divided by their
     // rates.
-    const bool outwards = w.s().remaining > 0.0;
+    const bool outwards = round.remaining > 0.0;
     const double sign = outwards ? -1.0 : 1.0;
-    double first = outwards ? w.s().remaining + kBeyond : -(w.s().remaining - kBeyond), soon = first * kLater;
+    double first = outwards ? round.remaining + kBeyond : -(round.remaining - kBeyond), soon = first * kLater;
     const ConstEdges edge = w.edge;
     const ConstPoints velocity = w.velocity;
     double* const rates = w.rate;

@@ -96,7 +96,7 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
             if (!goes_on(s))
                 return; // the host ends it
         }
-        const Round before = std::exchange(round, Round());
+        const Round before = std::exchange(round, Round{s.remaining});
         if (!measure_live(w, search.watch, before, round))
             return; // a single vertex is left
         fit_edge_lines(w);
@@ -109,9 +109,9 @@ void sweep_wavefront(Wavefront& w, MeetingSearch& search)
             return; // a hairpin was all of it
         if (corners == Corners::hairpin_removed)
             continue; // measure again, from the same distance
-        Event event = first_edge_event(w);
+        Event event = first_edge_event(w, round);
         if (s.split_events)
-            event = earlier_split_event(search, w, round.drift, event);
+            event = earlier_split_event(search, w, round, event);
         if (s.is_stopped)
             return; // the host has ended the search
         tell_of_stops_before(w, event);

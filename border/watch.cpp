@@ -110,21 +110,21 @@ constexpr double kSpeedRounding = 1e-6;
 
 /// The distance before which the vertex at place m does not meet the edge at place e: how far they are apart, divided
 /// by the greatest speed at which that may shrink. kRounding of the horizon covers the rounding of the sum in `spent`.
-double due_of(const Watch& watch, const Wavefront& w, double drift, int32_t m, int32_t e)
+double due_of(const Watch& watch, const Wavefront& w, const Round& round, int32_t m, int32_t e)
 {
     const double dx = w.edge.dx[e], dy = w.edge.dy[e];
     const double apart = dx * (w.at.y[m] - w.at.y[e]) - dy * (w.at.x[m] - w.at.x[e]);
     const double approach = dx * w.velocity.y[m] - dy * w.velocity.x[m] + 1.0;
-    const bool is_closing = ((apart < 0.0) == (approach > 0.0)) == (w.s().remaining > 0.0);
-    const double fastest = (is_closing ? std::fabs(approach) : 0.0) + kDrifts * drift + kUnsteadiness;
+    const bool is_closing = ((apart < 0.0) == (approach > 0.0)) == (round.remaining > 0.0);
+    const double fastest = (is_closing ? std::fabs(approach) : 0.0) + kDrifts * round.drift + kUnsteadiness;
     const double certain = std::fabs(apart) - kMeetsAside * watch.allowance;
     return watch.spent + (1.0 - kSpeedRounding) * (certain / fastest) - kRounding * watch.horizon;
 }
 
 /// Adds a pair, by its places, unless it does not meet before the horizon. False when there are too many candidates.
-bool add_candidate(Watch& watch, const Wavefront& w, double drift, int32_t m, int32_t e)
+bool add_candidate(Watch& watch, const Wavefront& w, const Round& round, int32_t m, int32_t e)
 {
-    const double due = due_of(watch, w, drift, m, e);
+    const double due = due_of(watch, w, round, m, e);
     if (due > watch.horizon)
         return true;
     if (watch.candidate_count == watch.most_candidates)
@@ -151,14 +151,14 @@ int32_t list_near(const Watch& watch, int32_t stretch, const Box& box, int32_t* 
 
 /// Adds the pairs of the vertex at place m and those of its two edges. Only stretches whose boxes share a point with
 /// theirs are gone through. False when there are too many candidates.
-bool add_pairs_of(Watch& watch, const Wavefront& w, double drift, int32_t m)
+bool add_pairs_of(Watch& watch, const Wavefront& w, const Round& round, int32_t m)
 {
     const int32_t before = m == 0 ? w.live - 1 : m - 1;
     const int32_t vertex = watch.slots.slot[m], edge = watch.slots.slot[before];
     const Box box = watch.boxes[vertex], box_before = edge_box(watch, edge), box_after = edge_box(watch, vertex);
     const Box around = hull(box_before, box_after);
-    const auto add_near = [&watch, &w, drift](bool is_near, int32_t v, int32_t e) {
-        return !is_near || is_own(w, v, e) || add_candidate(watch, w, drift, v, e);
+    const auto add_near = [&watch, &w, &round](bool is_near, int32_t v, int32_t e) {
+        return !is_near || is_own(w, v, e) || add_candidate(watch, w, round, v, e);
     };
     const auto add_pairs_with = [&](int32_t slot) {
         const int32_t place = place_of(watch.slots, slot);
@@ -180,14 +180,14 @@ bool add_pairs_of(Watch& watch, const Wavefront& w, double drift, int32_t m)
 }
 
 /// Whether the watch serves a round that moves by `window`.
-bool lasts(const Watch& watch, const Wavefront& w, double drift, double window)
+bool lasts(const Watch& watch, const Wavefront& w, const Round& round, double window)
 {
     return !(watch.rounds == kMostRounds || watch.spent + window > watch.horizon ||
-             slack_of(drift, watch.reach, window) > watch.allowance || watch.turned_count > most_changes(w.live));
+             slack_of(round.drift, watch.reach, window) > watch.allowance || watch.turned_count > most_changes(w.live));
 }
 
 /// Gives the vertices that have turned or changed new boxes, then adds their pairs. False where the watch cannot go on.
-bool look_again(Watch& watch, const Wavefront& w, double drift)
+bool look_again(Watch& watch, const Wavefront& w, const Round& round)
 {
     ++watch.rounds;
     for (int32_t k = 0; k < watch.turned_count; ++k)
@@ -196,7 +196,7 @@ bool look_again(Watch& watch, const Wavefront& w, double drift)
     const auto is_dead = [&watch](int32_t slot) { return place_of(watch.slots, slot) < 0; };
     const std::span<const int32_t> again(changed, std::remove_if(changed, changed + watch.changed_count, is_dead));
     watch.changed_count = 0;
-    const double rest = watch.horizon - watch.spent, ahead = w.s().remaining > 0.0 ? rest : -rest;
+    const double rest = watch.horizon - watch.spent, ahead = round.remaining > 0.0 ? rest : -rest;
     for (const int32_t slot : again)
         if (!renew_box(watch, w, place_of(watch.slots, slot), ahead))
             return false;
@@ -206,7 +206,7 @@ bool look_again(Watch& watch, const Wavefront& w, double drift)
         widen_stretch(watch, slot);
     }
     for (const int32_t slot : again)
-        if (!add_pairs_of(watch, w, drift, place_of(watch.slots, slot)))
+        if (!add_pairs_of(watch, w, round, place_of(watch.slots, slot)))
             return false;
     return true;
 }
@@ -277,12 +277,12 @@ BoxTree grow_boxes(Watch& watch, const Wavefront& w, double time, double margin)
     return grow_tree(boxes, w.live, watch.tree_memory);
 }
 
-void start_watch(Watch& watch, const Wavefront& w, double drift, double ahead, double reach)
+void start_watch(Watch& watch, const Wavefront& w, const Round& round, double ahead, double reach)
 {
     watch.rounds = 0;
     watch.spent = 0.0;
     watch.horizon = std::fabs(ahead);
-    watch.allowance = 2.0 * slack_of(drift, reach, watch.horizon);
+    watch.allowance = 2.0 * slack_of(round.drift, reach, watch.horizon);
     name_places(watch.slots, w.live);
     watch.changed_count = 0;
     watch.candidate_count = 0;
@@ -293,8 +293,8 @@ void start_watch(Watch& watch, const Wavefront& w, double drift, double ahead, d
     watch.stretch_count = tree.count[level];
     watch.reach = reach_of(box_around(tree));
     watch.is_on = watch.reach < kFarthestBoxed &&
-                  for_meeting_boxes(tree, watch.boxes, w.live, [&watch, &w, drift](int32_t m, int32_t e) {
-                      return add_candidate(watch, w, drift, m, e);
+                  for_meeting_boxes(tree, watch.boxes, w.live, [&watch, &w, &round](int32_t m, int32_t e) {
+                      return add_candidate(watch, w, round, m, e);
                   });
     copy_values(w.velocity.x, w.live, watch.expected.x);
     copy_values(w.velocity.y, w.live, watch.expected.y);
@@ -313,14 +313,14 @@ void follow_packing(Watch& watch, const Wavefront& w)
     }
 }
 
-void keep_up(Watch& watch, const Wavefront& w, double drift, double window)
+void keep_up(Watch& watch, const Wavefront& w, const Round& round, double window)
 {
-    watch.is_on = watch.is_on && lasts(watch, w, drift, window) && look_again(watch, w, drift);
+    watch.is_on = watch.is_on && lasts(watch, w, round, window) && look_again(watch, w, round);
 }
 
-void renew_due(Watch& watch, const Wavefront& w, double drift, int64_t k, int32_t m, int32_t e)
+void renew_due(Watch& watch, const Wavefront& w, const Round& round, int64_t k, int32_t m, int32_t e)
 {
-    watch.due[k] = due_of(watch, w, drift, m, e);
+    watch.due[k] = due_of(watch, w, round, m, e);
     if (watch.due[k] > watch.horizon)
         drop_candidate(watch, k);
 }

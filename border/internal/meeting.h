@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "border/internal/rounds.h"
+#include "border/internal/round.h"
 #include "border/internal/watch.h"
 #include "border/internal/wavefront.h"
 
@@ -21,7 +21,7 @@ struct MeetingSearch {
 };
 
 /// The first meeting of a vertex with an edge that is not its own, where that comes before `event`. Among equal times
-/// the first vertex wins, then the first edge. `drift` is that of the round.
-Event earlier_split_event(MeetingSearch& search, Wavefront& w, double drift, Event event);
+/// the first vertex wins, then the first edge.
+Event earlier_split_event(MeetingSearch& search, Wavefront& w, const Round& round, Event event);
 
 } // namespace korvale::border

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "border/internal/round.h"
 #include "border/internal/watch.h"
 #include "border/internal/wavefront.h"
 
@@ -11,29 +12,6 @@ namespace korvale::border {
 /// A pair farther apart than kLater times the distance that closes until time t meets after t, even with its own time
 /// rounded, which moves it by a few parts in 1e16. Chosen: far above that.
 constexpr double kLater = 1.0000000001;
-
-/// What stops the motion next: at `time`, an edge shrinks to nothing, or `vertex` (when not -1) meets `edge`. Both are
-/// places in the columns.
-struct Event {
-    double time;
-    int32_t vertex;
-    int32_t edge;
-};
-
-/// What one round finds out. The sweep makes a new one for each round and keeps that of the round before for it.
-struct Round {
-    /// Vertices before this place keep the velocities of the round before. Set by `measure_live`, read by
-    /// `aim_vertices`.
-    int32_t first_unaimed = 0;
-    /// The greatest speed at which an end of an edge leaves its line. Set by `aim_vertices`, read by the search for
-    /// meetings; and by the next `aim_vertices`, for the vertices that keep their velocities.
-    double drift = 0.0;
-    /// Whether corners that may be hairpins were found. Set by `aim_vertices`; the next one guesses from it that there
-    /// are some again.
-    bool has_sharp_corners = false;
-    /// Place of the hairpin that was buried, -1 for none. Set by `aim_vertices`, read by the next `measure_live`.
-    int32_t hairpin = -1;
-};
 
 enum class Corners { aimed, hairpin_removed, outline_gone };
 
@@ -52,7 +30,7 @@ Corners aim_vertices(Wavefront& w, Watch& watch, const Round& before, Round& rou
 
 /// Sets the rate at which every edge changes its length. Returns when the first edge shrinks to nothing; a time beyond
 /// the remaining distance when none does.
-Event first_edge_event(Wavefront& w);
+Event first_edge_event(Wavefront& w, const Round& round);
 
 /// Moves the vertices by `time`; where they were is `ahead` from then on.
 void move_vertices(Wavefront& w, double time);

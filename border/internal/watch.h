@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "border/internal/box_tree.h"
+#include "border/internal/round.h"
 #include "border/internal/slots.h"
 #include "border/internal/wavefront.h"
 
@@ -70,7 +71,7 @@ double slack_of(double drift, double reach, double window);
 BoxTree grow_boxes(Watch& watch, const Wavefront& w, double time, double margin);
 
 /// Watches the wavefront for a signed distance. Nothing is watched where there are too many candidates.
-void start_watch(Watch& watch, const Wavefront& w, double drift, double ahead, double reach);
+void start_watch(Watch& watch, const Wavefront& w, const Round& round, double ahead, double reach);
 
 /// Nothing is watched any more.
 inline void end_watch(Watch& watch)
@@ -83,10 +84,10 @@ void follow_packing(Watch& watch, const Wavefront& w);
 
 /// Adds the candidates of the vertices that have turned or changed. Ends the watch where a new one is better: so many
 /// have, or the motion over `window` may leave the boxes.
-void keep_up(Watch& watch, const Wavefront& w, double drift, double window);
+void keep_up(Watch& watch, const Wavefront& w, const Round& round, double window);
 
 /// Candidate k, at places m and e, has been tested: sets the distance at which it is due again.
-void renew_due(Watch& watch, const Wavefront& w, double drift, int64_t k, int32_t m, int32_t e);
+void renew_due(Watch& watch, const Wavefront& w, const Round& round, int64_t k, int32_t m, int32_t e);
 
 /// Candidate k will not meet any more. The last one takes its place.
 void drop_candidate(Watch& watch, int64_t k);

@@ -31,18 +31,17 @@ struct Search {
     /// Measures and aims. False where a corner is too sharp or an edge too short.
     bool start()
     {
-        Round round;
+        round = Round{s.remaining};
         if (!measure_edges(twins.w) || !reference::measure_edges(twins.steps))
             return false;
         fit_edge_lines(twins.w);
         reference::fit_edge_lines(twins.steps);
         const Corners corners = aim_vertices(twins.w, search.watch, Round(), round);
         reference::aim_vertices(twins.steps);
-        drift = round.drift;
         edge = 0.0;
         for (int32_t i = 0; i < twins.w.live; ++i)
             edge += twins.w.edge.length[i] / twins.w.live;
-        first_edge_event(twins.w);
+        first_edge_event(twins.w, round);
         return corners == Corners::aimed;
     }
 
@@ -50,7 +49,7 @@ struct Search {
     Event find_before(double time)
     {
         const reference::Event first = reference::earlier_split_event(twins.steps, {time, -1, -1});
-        const Event found = earlier_split_event(search, twins.w, drift, {time, -1, -1});
+        const Event found = earlier_split_event(search, twins.w, round, {time, -1, -1});
         EXPECT_TRUE(same_bits(first.time, found.time));
         EXPECT_EQ(found.vertex, first.vertex);
         EXPECT_EQ(found.edge, first.edge);
@@ -61,7 +60,7 @@ struct Search {
     border::Sweep& s;
     std::vector<double> memory;
     MeetingSearch search;
-    double drift = 0.0;
+    Round round;
     double edge = 0.0; ///< the average length
 };
 
@@ -184,7 +183,7 @@ TEST(Meeting, SearchEndsWhereTheHostEndsTheSweep)
     Search search(rough(wiggly(40000, 4000, 1.0), 0.2, random), 1e6);
     ASSERT_TRUE(search.start());
     search.s.ask = [](double, void*) { return false; };
-    earlier_split_event(search.search, search.twins.w, search.drift, {30.0, -1, -1});
+    earlier_split_event(search.search, search.twins.w, search.round, {30.0, -1, -1});
     EXPECT_TRUE(search.s.is_stopped);
 }
 

@@ -161,7 +161,7 @@ TEST(Rounds, FindTheFirstEdgeEventAndTheRatesAsDocumented)
         twins.set_any_velocities(random);
         reference::set_length_rates(twins.steps);
         const reference::Event documented = reference::first_edge_event(twins.steps);
-        const Event quick = first_edge_event(twins.w);
+        const Event quick = first_edge_event(twins.w, {twins.steps.remaining});
         EXPECT_TRUE(same_bits(documented.time, quick.time));
         EXPECT_EQ(quick.vertex, -1);
         EXPECT_TRUE(twins.are_equal());

@@ -98,14 +98,14 @@ public:
         if (w.live < 24 || !measure_edges(w))
             return false;
         fit_edge_lines(w);
-        round_ = Round();
+        round_ = Round{sweep_.remaining};
         if (aim_vertices(w, search.watch, Round(), round_) != Corners::aimed)
             return false;
         look_at_steadiness();
-        event_ = first_edge_event(w);
+        event_ = first_edge_event(w, round_);
         spent_ = search.watch.spent;
         const bool was_watched = search.watch.is_on;
-        event_ = earlier_split_event(search, w, round_.drift, event_);
+        event_ = earlier_split_event(search, w, round_, event_);
         if (!was_watched || search.watch.rounds == 0)
             spent_ = 0.0; // a new one
         look_at_what_is_due();
@@ -138,8 +138,7 @@ public:
         return {{w.at.x[i], w.at.y[i]}, {sign * w.velocity.x[i], sign * w.velocity.y[i]}};
     }
 
-    /// The drift of the round.
-    double drift() const { return round_.drift; }
+    const Round& round() const { return round_; }
 
     /// What the watch had spent when the vertices were where they are.
     double spent() const { return spent_; }
@@ -351,7 +350,7 @@ TEST(Watch, NoPairMeetsBeforeItIsDueThoughAllThreeTurnByTwiceWhatIsSteady)
                 if (is_own(sweep.w, m, e))
                     continue;
                 watch.candidate_count = 1;
-                renew_due(watch, sweep.w, sweep.drift(), 0, m, e);
+                renew_due(watch, sweep.w, sweep.round(), 0, m, e);
                 const double due = watch.candidate_count == 0 ? watch.horizon : watch.due[0];
                 if (due <= 0.0)
                     continue;
