@@ -62,23 +62,15 @@ int32_t readable_points(const Array& path)
 template <class Array>
 int32_t sweep_flat(const WorkArrays<Array>& work, double distance, bool split_events, bool keep_collapsed)
 {
-    Sweep s{};
-    s.n = work.flat->count;
-    s.remaining = distance;
-    s.split_events = split_events;
-    s.flat = work.flat->dvals;
-    s.direction = work.direction->dvals;
-    s.velocity = work.velocity->dvals;
-    s.line = work.line->dvals;
-    s.length = work.length->dvals;
-    s.rate = work.rate->dvals;
-    s.dead = work.dead->bvals;
-    s.merge = work.merge->ivals;
+    Sweep s = {{work.flat->count, work.flat->dvals, work.direction->dvals, work.velocity->dvals, work.line->dvals,
+                work.length->dvals, work.rate->dvals, work.dead->bvals, work.merge->ivals},
+               {distance},
+               {split_events}};
     if (!run_sweep(s))
         return -1;
     if (!keep_collapsed)
-        return pack_live_positions(s);
-    return join_dead_vertices(s) ? s.n : -1;
+        return pack_live_positions(s.rows);
+    return join_dead_vertices(s.rows) ? s.rows.n : -1;
 }
 
 /// Puts a new output in the place of the previous one.

@@ -43,6 +43,14 @@ constexpr double kStageGrowth = 8.0;
 /// Candidates that are listed at a time, on the stack.
 constexpr int32_t kListed = 512;
 
+/// The search of one round: what it is told, and what it has come upon so far.
+struct Query {
+    const Request& request;
+    const Round& round;
+    Event event; ///< the first one
+    Findings& found;
+};
+
 bool comes_before(const Event& event, double time, int32_t vertex, int32_t edge)
 {
     const double t = std::fabs(time), best = std::fabs(event.time);
@@ -60,8 +68,9 @@ bool is_next_to(const Wavefront& w, int32_t m, int32_t e)
 }
 
 /// Makes the meeting of vertex m with edge e the event if it comes first.
-inline void meet(Sweep& s, const Wavefront& w, int32_t m, int32_t e, Event& event)
+inline void meet(Query& query, const Wavefront& w, int32_t m, int32_t e)
 {
+    Event& event = query.event;
     const double vx = w.velocity.x[m], vy = w.velocity.y[m], dx = w.edge.dx[e], dy = w.edge.dy[e];
     const double a = -dy, b = dx, c = dy * w.at.x[e] - dx * w.at.y[e]; // the line of the edge
     const double approach = a * vx + b * vy + 1.0;
@@ -71,7 +80,7 @@ inline void meet(Sweep& s, const Wavefront& w, int32_t m, int32_t e, Event& even
     if (std::fabs(apart) > std::fabs(event.time) * std::fabs(approach) * kLater + kLaterAtLeast)
         return;
     double time = -apart / approach;
-    const bool is_past = !(s.remaining > 0.0 ? time >= 0.0 : time <= 0.0);
+    const bool is_past = !(query.round.remaining > 0.0 ? time >= 0.0 : time <= 0.0);
     if (is_past) {
         if (!(std::fabs(apart) <= kHair && approach > 0.0))
             return;
@@ -88,8 +97,8 @@ inline void meet(Sweep& s, const Wavefront& w, int32_t m, int32_t e, Event& even
     if (is_past || is_beside) {
         if (behind < -kHair || beyond > kHair || (is_beside && is_next_to(w, m, e)))
             return;
-        s.has_missed = true;
-        if (!s.catch_up || !comes_before(event, time, m, e))
+        query.found.has_missed = true;
+        if (!query.request.catch_up || !comes_before(event, time, m, e))
             return;
     }
     event = {time, m, e};
@@ -110,11 +119,11 @@ KORVALE_OVER_LANES void list_near_edges(const Wavefront& w, int32_t m, int32_t e
 
 /// `test_all_pairs` with V for lanes.
 template <class V>
-KORVALE_OVER_LANES Event test_pairs(Wavefront& w, Event event)
+KORVALE_OVER_LANES void test_pairs(Query& query, Wavefront& w)
 {
     int32_t* const list = w.list;
     for (int32_t m = 0; m < w.live; ++m) {
-        const double window = std::min(std::fabs(event.time), std::fabs(w.s().remaining)) * kLater;
+        const double window = std::min(std::fabs(query.event.time), std::fabs(query.round.remaining)) * kLater;
         int32_t count = 0, e = 0;
         for (; w.live - e >= width_of<V>; e += width_of<V>)
             list_near_edges<V>(w, m, e, window, list, count);
@@ -124,15 +133,14 @@ KORVALE_OVER_LANES Event test_pairs(Wavefront& w, Event event)
             list_near_edges<double>(w, m, e, window, list, count);
         for (int32_t k = 0; k < count; ++k)
             if (!is_own(w, m, list[k]))
-                meet(w.s(), w, m, list[k], event);
+                meet(query, w, m, list[k]);
     }
-    return event;
 }
 
 /// Tests every vertex against every edge.
-Event test_all_pairs(Wavefront& w, Event event)
+void test_all_pairs(Query& query, Wavefront& w)
 {
-    return over_lanes([&]<class V>() { return test_pairs<V>(w, event); });
+    over_lanes([&]<class V>() { test_pairs<V>(query, w); });
 }
 
 /// What boxes have to allow for.
@@ -164,42 +172,41 @@ Allowance measure_allowance(const Wavefront& w, double time)
 
 /// Searches boxes made for this round only. A wide window is searched in stages of growing width: most boxes of a wide
 /// one meet, and a meeting found early makes the rest of it unnecessary.
-Event search_once(MeetingSearch& search, const Wavefront& w, const Round& round, const Allowance& allow, double window,
-                  Event event)
+void search_once(Query& query, Watch& watch, const Wavefront& w, const Allowance& allow, double window)
 {
-    Watch& watch = search.watch;
-    const bool outwards = round.remaining > 0.0;
+    const bool outwards = query.round.remaining > 0.0;
     double stage = std::min(window, kWideWindow * allow.edge);
     for (;;) {
         const BoxTree tree =
-            grow_boxes(watch, w, outwards ? stage : -stage, slack_of(round.drift, allow.reach, window));
-        const auto look = [&search, &w, &event](int32_t m, int32_t e) {
-            meet(search.s, w, m, e, event);
+            grow_boxes(watch, w, outwards ? stage : -stage, slack_of(query.round.drift, allow.reach, window));
+        const auto look = [&query, &w](int32_t m, int32_t e) {
+            meet(query, w, m, e);
             return true;
         };
         int64_t leaves = kVerticesPerQuestion / BoxTree::kFan;
-        const auto ask = [&search, &leaves] {
+        const auto ask = [&query, &leaves] {
             if (--leaves > 0)
                 return true;
             leaves = kVerticesPerQuestion / BoxTree::kFan;
-            return goes_on(search.s);
+            return goes_on(query.request, query.round.remaining, query.found);
         };
         const bool is_done = for_meeting_boxes(tree, watch.boxes, w.live, look, ask);
         if (!is_done)
-            return event;
-        window = std::min(window, std::fabs(event.time));
+            return;
+        window = std::min(window, std::fabs(query.event.time));
         if (stage >= window)
-            return event;
+            return;
         stage = std::min(window, kStageGrowth * stage);
     }
 }
 
 /// Starts a watch, unless it would hardly outlast this round.
-void watch_some_rounds(MeetingSearch& search, const Wavefront& w, const Round& round, const Allowance& allow,
-                       double window, const Event& event)
+void watch_some_rounds(const Query& query, MeetingSearch& search, const Wavefront& w, const Allowance& allow,
+                       double window)
 {
+    const Round& round = query.round;
     const double farthest = std::min(std::fabs(round.remaining), kAheadOfEdge * allow.edge), least = 2.0 * window;
-    if (!(least < farthest) || count_collapsing(w, event.time) > most_changes(w.live))
+    if (!(least < farthest) || count_collapsing(w, query.event.time) > most_changes(w.live))
         return;
     const double pace = search.rounds == 0 ? window : search.pace;
     const double ahead = std::min(farthest, std::max(kRoundsAhead * pace, least));
@@ -207,9 +214,8 @@ void watch_some_rounds(MeetingSearch& search, const Wavefront& w, const Round& r
 }
 
 /// Tests the candidates that are due before the event.
-Event test_candidates(MeetingSearch& search, const Wavefront& w, const Round& round, double window, Event event)
+void test_candidates(Query& query, Watch& watch, const Wavefront& w, double window)
 {
-    Watch& watch = search.watch;
     const double soon = watch.spent + window * kLater;
     const double* const due = watch.due;
     for (int64_t begin, end = watch.candidate_count; end > 0; end = begin) {
@@ -226,12 +232,11 @@ Event test_candidates(MeetingSearch& search, const Wavefront& w, const Round& ro
             if (m < 0 || e < 0 || is_own(w, m, e)) {
                 drop_candidate(watch, k);
             } else {
-                meet(search.s, w, m, e, event);
-                renew_due(watch, w, round, k, m, e);
+                meet(query, w, m, e);
+                renew_due(watch, w, query.round, k, m, e);
             }
         }
     }
-    return event;
 }
 
 /// Notes what a round spends, and the average of that.
@@ -243,47 +248,51 @@ void note_spent(MeetingSearch& search, double spent)
 }
 
 /// `earlier_split_event` within `window`, for enough vertices that a search pays.
-Event search_meetings(MeetingSearch& search, Wavefront& w, const Round& round, double window, Event event)
+void search_meetings(Query& query, MeetingSearch& search, Wavefront& w, double window)
 {
     Watch& watch = search.watch;
-    keep_up(watch, w, round, window);
+    keep_up(watch, w, query.round, window);
     if (!watch.is_on) {
-        const Allowance allow = measure_allowance(w, round.remaining > 0.0 ? window : -window);
+        const Allowance allow = measure_allowance(w, query.round.remaining > 0.0 ? window : -window);
         if (!allow.is_regular)
-            return test_all_pairs(w, event);
-        watch_some_rounds(search, w, round, allow, window, event);
+            return test_all_pairs(query, w);
+        watch_some_rounds(query, search, w, allow, window);
         if (!watch.is_on)
-            return search_once(search, w, round, allow, window, event);
+            return search_once(query, watch, w, allow, window);
     }
-    return test_candidates(search, w, round, window, event);
+    test_candidates(query, watch, w, window);
 }
 
-bool has_search(const Sweep& s)
+/// Vertices that may ever be watched.
+int32_t watched_of(int32_t n, bool split_events)
 {
-    return s.split_events && s.n >= kFewVertices;
+    return split_events && n >= kFewVertices ? n : 0;
 }
 
 } // namespace
 
-int64_t MeetingSearch::doubles_for(const Sweep& s)
+int64_t MeetingSearch::doubles_for(int32_t n, bool split_events)
 {
-    return has_search(s) ? Watch::doubles_for(s.n) : 0;
+    return Watch::doubles_for(watched_of(n, split_events));
 }
 
-MeetingSearch::MeetingSearch(Sweep& sweep, double* memory) : s(sweep), watch(has_search(s) ? s.n : 0, memory)
+MeetingSearch::MeetingSearch(int32_t n, bool split_events, double* memory) : watch(watched_of(n, split_events), memory)
 {
 }
 
-Event earlier_split_event(MeetingSearch& search, Wavefront& w, const Round& round, Event event)
+Event earlier_split_event(MeetingSearch& search, Wavefront& w, const Request& request, const Round& round, Event event,
+                          Findings& found)
 {
+    Query query = {request, round, event, found};
     if (w.live < kFewVertices) {
         end_watch(search.watch);
-        return test_all_pairs(w, event);
+        test_all_pairs(query, w);
+        return query.event;
     }
     const double window = std::min(std::fabs(event.time), std::fabs(round.remaining));
-    event = search_meetings(search, w, round, window, event);
-    note_spent(search, std::min(window, std::fabs(event.time)));
-    return event;
+    search_meetings(query, search, w, window);
+    note_spent(search, std::min(window, std::fabs(query.event.time)));
+    return query.event;
 }
 
 } // namespace korvale::border

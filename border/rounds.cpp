@@ -45,9 +45,9 @@ void keep_edge(Wavefront& w, int32_t i)
 {
     const bool was_measured = (w.written & Wavefront::lines) != 0;
     const int64_t vertex = w.id[i];
-    w.edge.dx[i] = was_measured ? w.edge_before.dx[i] : w.s().direction[3 * vertex];
-    w.edge.dy[i] = was_measured ? w.edge_before.dy[i] : w.s().direction[3 * vertex + 1];
-    w.edge.length[i] = was_measured ? w.edge_before.length[i] : w.s().length[vertex];
+    w.edge.dx[i] = was_measured ? w.edge_before.dx[i] : w.rows.direction[3 * vertex];
+    w.edge.dy[i] = was_measured ? w.edge_before.dy[i] : w.rows.direction[3 * vertex + 1];
+    w.edge.length[i] = was_measured ? w.edge_before.length[i] : w.rows.length[vertex];
 }
 
 bool is_short(const Wavefront& w, int32_t i)
@@ -305,7 +305,7 @@ bool is_speck(const Wavefront& w, int32_t vertex, Box box)
 ///
 /// The area of a box does not tell a long flat piece from a speck, or from an edge there and back. So the piece to keep
 /// may be one of these while the other is real. That is noted in `has_lost`, and with `catch_up` the real one is kept.
-bool is_smaller_after(Wavefront& w, int32_t vertex, int32_t edge)
+bool is_smaller_after(const Wavefront& w, int32_t vertex, int32_t edge, bool catch_up, Findings& found)
 {
     const int32_t after = next_live(w, vertex), before = previous_live(w, vertex), behind_edge = next_live(w, edge);
     if (after == edge)
@@ -321,8 +321,8 @@ bool is_smaller_after(Wavefront& w, int32_t vertex, int32_t edge)
     const bool is_nothing_ahead = is_speck(w, vertex, ahead);
     if (is_nothing_ahead == is_nothing_behind || is_after != is_nothing_behind)
         return is_after;
-    w.s().has_lost = true;
-    return is_after != w.s().catch_up;
+    found.has_lost = true;
+    return is_after != catch_up;
 }
 
 } // namespace
@@ -480,17 +480,17 @@ bool is_tip_of_limb(const Wavefront& w, int32_t i)
     return std::min(w.edge.length[previous_live(w, i)], w.edge.length[i]) > kSpeck;
 }
 
-bool is_piece(Wavefront& w, int32_t vertex, int32_t edge)
+bool is_piece(const Wavefront& w, int32_t vertex, int32_t edge, bool catch_up, Findings& found)
 {
-    const bool is_after = is_smaller_after(w, vertex, edge);
+    const bool is_after = is_smaller_after(w, vertex, edge, catch_up, found);
     return !is_speck(w, vertex,
                      is_after ? box_of_piece(w, vertex, next_live(w, vertex), edge)
                               : box_of_piece(w, vertex, next_live(w, edge), previous_live(w, vertex)));
 }
 
-void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge)
+void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge, bool catch_up, Findings& found)
 {
-    if (is_smaller_after(w, vertex, edge)) {
+    if (is_smaller_after(w, vertex, edge, catch_up, found)) {
         for (int32_t i = next_live(w, vertex); i != edge; i = next_live(w, i))
             bury(w, i, vertex);
         bury(w, edge, vertex);

@@ -227,6 +227,8 @@ int64_t most_changed(int32_t n)
 
 int64_t Watch::doubles_for(int32_t n)
 {
+    if (n == 0)
+        return 0;
     return 2 * velocities_of(n) + 4 * boxes_for_vertices(n) + doubles_for_tree(n) + (2 * kCandidatesPerVertex + 1) * n +
            (2 * int64_t{n} + most_changed(n) + 1) / 2;
 }

@@ -37,7 +37,7 @@ int64_t column_length(int64_t n)
 void fetch_velocities(Wavefront& w)
 {
     for (int32_t i = 0; i < w.live; ++i) {
-        const double* const from = w.s().velocity + 3 * int64_t{w.id[i]};
+        const double* const from = w.rows.velocity + 3 * int64_t{w.id[i]};
         w.velocity.x[i] = from[0];
         w.velocity.y[i] = from[1];
     }
@@ -45,27 +45,27 @@ void fetch_velocities(Wavefront& w)
 
 void store_row(Wavefront& w, int32_t i)
 {
-    Sweep& s = w.s();
+    Rows& rows = w.rows;
     const int64_t vertex = w.id[i], k = 3 * vertex;
-    s.flat[k] = w.at.x[i];
-    s.flat[k + 1] = w.at.y[i];
-    s.direction[k + 2] = s.velocity[k + 2] = 0.0;
+    rows.flat[k] = w.at.x[i];
+    rows.flat[k + 1] = w.at.y[i];
+    rows.direction[k + 2] = rows.velocity[k + 2] = 0.0;
     if ((w.written & Wavefront::edges) != 0) {
-        s.direction[k] = w.edge.dx[i];
-        s.direction[k + 1] = w.edge.dy[i];
-        s.length[vertex] = w.edge.length[i];
+        rows.direction[k] = w.edge.dx[i];
+        rows.direction[k + 1] = w.edge.dy[i];
+        rows.length[vertex] = w.edge.length[i];
     }
     if ((w.written & Wavefront::velocities) != 0) {
-        s.velocity[k] = w.velocity.x[i];
-        s.velocity[k + 1] = w.velocity.y[i];
+        rows.velocity[k] = w.velocity.x[i];
+        rows.velocity[k + 1] = w.velocity.y[i];
     }
     if ((w.written & Wavefront::rates) != 0)
-        s.rate[vertex] = w.rate[i];
-    if (s.split_events && (w.written & Wavefront::lines) != 0) {
+        rows.rate[vertex] = w.rate[i];
+    if (w.wants_lines && (w.written & Wavefront::lines) != 0) {
         const double dx = w.line_edge.dx[i], dy = w.line_edge.dy[i];
-        s.line[k] = -dy;
-        s.line[k + 1] = dx;
-        s.line[k + 2] = dy * w.line_at.x[i] - dx * w.line_at.y[i];
+        rows.line[k] = -dy;
+        rows.line[k + 1] = dx;
+        rows.line[k + 2] = dy * w.line_at.x[i] - dx * w.line_at.y[i];
     }
 }
 
@@ -75,18 +75,18 @@ void store_all_rows(Wavefront& w)
     const ConstPoints at = w.at, velocity = w.velocity, line_at = w.line_at;
     const ConstEdges edge = w.edge, line_edge = w.line_edge;
     const double* const rate = w.rate;
-    Sweep& s = w.s();
-    const bool split_events = s.split_events;
-    double *const flat = s.flat, *const directions = s.direction, *const velocities = s.velocity;
-    double *const lines = s.line, *const lengths = s.length, *const rates = s.rate;
-    for_lanes(0, int64_t{s.n}, [=]<class V>(int64_t i) {
+    Rows& rows = w.rows;
+    const bool wants_lines = w.wants_lines;
+    double *const flat = rows.flat, *const directions = rows.direction, *const velocities = rows.velocity;
+    double *const lines = rows.line, *const lengths = rows.length, *const rates = rows.rate;
+    for_lanes(0, int64_t{rows.n}, [=]<class V>(int64_t i) {
         const V zero = all<V>(0.0), z = load_points<V>(flat + 3 * i).z;
         store_points<V>(flat + 3 * i, {load<V>(at.x + i), load<V>(at.y + i), z});
         store_points<V>(directions + 3 * i, {load<V>(edge.dx + i), load<V>(edge.dy + i), zero});
         store_points<V>(velocities + 3 * i, {load<V>(velocity.x + i), load<V>(velocity.y + i), zero});
         store(lengths + i, load<V>(edge.length + i));
         store(rates + i, load<V>(rate + i));
-        if (split_events) {
+        if (wants_lines) {
             const V dx = load<V>(line_edge.dx + i), dy = load<V>(line_edge.dy + i);
             const V c = dy * load<V>(line_at.x + i) - dx * load<V>(line_at.y + i);
             store_points<V>(lines + 3 * i, {-dy, dx, c});
@@ -101,13 +101,13 @@ void close_column(const Wavefront& w, double* column)
 
 } // namespace
 
-int64_t Wavefront::doubles_for(const Sweep& s)
+int64_t Wavefront::doubles_for(int32_t n)
 {
-    const int64_t n = s.n;
-    return aligned(kAlignment + kColumns * column_length(n) + (kLists * 4 * n + n + 7) / 8);
+    return aligned(kAlignment + kColumns * column_length(n) + (kLists * 4 * int64_t{n} + n + 7) / 8);
 }
 
-Wavefront::Wavefront(Sweep& sweep, double* memory) : live(sweep.n), s_(sweep)
+Wavefront::Wavefront(Rows& of_sweep, bool lines_too, double* memory)
+    : rows(of_sweep), wants_lines(lines_too), live(of_sweep.n)
 {
     double* column = memory + kAlignment;
     for (Column<double>* const c :
@@ -126,7 +126,7 @@ Wavefront::Wavefront(Sweep& sweep, double* memory) : live(sweep.n), s_(sweep)
     std::memset(gone, 0, static_cast<size_t>(live));
     for (int32_t i = 0; i < live; ++i)
         id[i] = i;
-    const double* const flat = sweep.flat;
+    const double* const flat = rows.flat;
     double *const x = at.x, *const y = at.y;
     for_lanes(0, int64_t{live}, [flat, x, y]<class V>(int64_t i) {
         const Lanes3<V> points = load_points<V>(flat + 3 * i);
@@ -166,8 +166,8 @@ void wrap_ends(Points& points, int32_t live)
 void bury(Wavefront& w, int32_t i, int32_t heir)
 {
     store_row(w, i);
-    w.s().dead[w.id[i]] = 1;
-    w.s().merge[w.id[i]] = w.id[heir];
+    w.rows.dead[w.id[i]] = 1;
+    w.rows.merge[w.id[i]] = w.id[heir];
     w.gone[i] = 1;
     w.buried[w.buried_count++] = i;
 }
@@ -175,8 +175,8 @@ void bury(Wavefront& w, int32_t i, int32_t heir)
 void unearth(Wavefront& w)
 {
     const int32_t i = w.buried[--w.buried_count], vertex = w.id[i];
-    w.s().dead[vertex] = 0;
-    w.s().merge[vertex] = vertex;
+    w.rows.dead[vertex] = 0;
+    w.rows.merge[vertex] = vertex;
     w.gone[i] = 0;
 }
 
@@ -239,7 +239,7 @@ void refresh(Wavefront& w)
 
 void hand_back(Wavefront& w)
 {
-    if (w.live == w.s().n && w.buried_count == 0 && w.written == kAllGroups) {
+    if (w.live == w.rows.n && w.buried_count == 0 && w.written == kAllGroups) {
         store_all_rows(w);
         return;
     }

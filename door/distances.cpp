@@ -51,21 +51,21 @@ struct Passage {
     Telling here() const
     {
         const double distance = ring.remaining.back();
-        return telling.part(distance == 0.0 ? 1.0 : 1.0 - sweep.remaining / distance, 0.0);
+        return telling.part(distance == 0.0 ? 1.0 : 1.0 - sweep.progress.remaining / distance, 0.0);
     }
 
     void keep(const border::DroppedPiece& piece)
     {
         suspects.see(piece);
-        const auto stops_behind = static_cast<size_t>(sweep.passed);
+        const auto stops_behind = static_cast<size_t>(sweep.progress.passed);
         if (are_pieces_sound && stops_behind + 1 < distances.size()) {
             Vector<Place> places;
-            for_each_vertex(piece, sweep, [&](int32_t, double x, double y) { places.push_back({x, y}); });
+            for_each_vertex(piece, sweep.rows, [&](int32_t, double x, double y) { places.push_back({x, y}); });
             are_pieces_sound = suspects.is_piece_sound(places, before, ring.remaining.back(), here());
         }
         if (!is_ring(piece))
             return;
-        SharedRing made = {start_of(piece, sweep, ring.start.sources), ring.first + stops_behind,
+        SharedRing made = {start_of(piece, sweep.rows, ring.start.sources), ring.first + stops_behind,
                            Vector<double>(left.begin() + static_cast<ptrdiff_t>(stops_behind), left.end())};
         made.remaining.back() = piece.remaining;
         waiting += made.start.places.size();
@@ -77,7 +77,8 @@ struct Passage {
     /// have missed an edge. Where what it leaves is sound that makes no difference.
     void look(size_t stop)
     {
-        const bool is_sure = !sweep.has_lost && are_pieces_sound && is_sound(live_places(sweep), before, here());
+        const bool is_sure =
+            !sweep.found.has_lost && are_pieces_sound && is_sound(live_places(sweep.rows), before, here());
         note(stop, is_sure, left[stop]);
     }
 
@@ -89,19 +90,18 @@ struct Passage {
         if (!is_sure)
             return;
         Laid& laid = distances[number];
-        border::Sweep copy = sweep;
-        copy.remaining = remaining;
+        border::Rows rows = sweep.rows;
         if (laid.joined.is_sharp()) {
-            outcome.swept = laid.finish(copy, ring.start.sources);
+            outcome.swept = laid.finish(rows, remaining, ring.start.sources);
             return;
         }
-        Vector<double> flat(copy.flat, copy.flat + 3 * int64_t{copy.n});
-        Vector<uint8_t> dead(copy.dead, copy.dead + copy.n);
-        Vector<int32_t> merge(copy.merge, copy.merge + copy.n);
-        copy.flat = flat.data();
-        copy.dead = dead.data();
-        copy.merge = merge.data();
-        outcome.swept = laid.finish(copy, ring.start.sources);
+        Vector<double> flat(+rows.flat, rows.flat + 3 * int64_t{rows.n});
+        Vector<uint8_t> dead(+rows.dead, rows.dead + rows.n);
+        Vector<int32_t> merge(+rows.merge, rows.merge + rows.n);
+        rows.flat = flat.data();
+        rows.dead = dead.data();
+        rows.merge = merge.data();
+        outcome.swept = laid.finish(rows, remaining, ring.start.sources);
     }
 };
 
@@ -125,19 +125,17 @@ Vector<SharedRing> share_rings(SweepArrays& arrays, std::span<Laid> distances, c
         border::Sweep sweep = sweep_in(arrays, vertices);
         const double before = area_before(ring.start, k == 0);
         Passage passage = {sweep, ring, before, distances.subspan(ring.first), rings, waiting, now};
-        std::ranges::copy(ring.start.places, reinterpret_cast<Point*>(sweep.flat));
-        sweep.remaining = ring.remaining.back();
-        sweep.split_events = farthest.motion.split;
-        sweep.stops = passage.left.data();
-        sweep.stop_count = static_cast<int32_t>(ring.remaining.size()) - 1;
-        sweep.drop = &Passage::drop;
-        sweep.pass = &Passage::pass;
-        sweep.receiver = &passage;
+        std::ranges::copy(ring.start.places, reinterpret_cast<Point*>(+sweep.rows.flat));
+        sweep.progress = {ring.remaining.back(), passage.left.data(), static_cast<int32_t>(ring.remaining.size()) - 1};
+        sweep.request.split_events = farthest.motion.split;
+        sweep.request.drop = &Passage::drop;
+        sweep.request.pass = &Passage::pass;
+        sweep.request.receiver = &passage;
         run_to_end(sweep, now);
         done = std::min(done + share, 1.0);
-        const bool is_missing =
-            sweep.has_missed && !passage.suspects.are_sound(before, ring.remaining.back(), telling.part(done, 0.0));
-        passage.note(ring.remaining.size() - 1, !sweep.has_lost && !is_missing, sweep.remaining);
+        const bool is_missing = sweep.found.has_missed &&
+                                !passage.suspects.are_sound(before, ring.remaining.back(), telling.part(done, 0.0));
+        passage.note(ring.remaining.size() - 1, !sweep.found.has_lost && !is_missing, sweep.progress.remaining);
         telling.tell(done);
         rings[k] = std::move(ring);
     }

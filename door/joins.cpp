@@ -458,9 +458,9 @@ void JoinedOutline::cut_off(Ring& ring, size_t at) const
     replace_corner(ring, at, start, end);
 }
 
-void JoinedOutline::settle(border::Sweep& swept, std::span<const int32_t> numbers) const
+void JoinedOutline::settle(border::Rows& swept, std::span<const int32_t> numbers) const
 {
-    if (is_sharp() || swept.remaining != 0.0)
+    if (is_sharp())
         return;
     Ring ring = {{}, numbers};
     const auto n = static_cast<size_t>(swept.n);
@@ -496,7 +496,7 @@ void JoinedOutline::settle(border::Sweep& swept, std::span<const int32_t> number
         }
 }
 
-void JoinedOutline::follow(const border::Sweep& swept, uint8_t* removed, int32_t* merged_into) const
+void JoinedOutline::follow(const border::Rows& swept, uint8_t* removed, int32_t* merged_into) const
 {
     const auto corner_of = [&](int32_t i) { return corner(static_cast<size_t>(i)); };
     for (int32_t i = 0; i < swept.n; ++i)

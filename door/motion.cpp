@@ -99,52 +99,45 @@ border::Sweep sweep_in(SweepArrays& arrays, size_t n)
     arrays.numbers.make_room(14 * n);
     arrays.dead.make_room(n);
     arrays.merge.make_room(n);
-    border::Sweep s = {};
-    s.n = static_cast<int32_t>(n);
-    s.flat = arrays.numbers.data();
-    s.direction = s.flat + 3 * n;
-    s.velocity = s.direction + 3 * n;
-    s.line = s.velocity + 3 * n;
-    s.length = s.line + 3 * n;
-    s.rate = s.length + n;
-    s.dead = arrays.dead.data();
-    s.merge = arrays.merge.data();
-    return s;
+    double* const numbers = arrays.numbers.data();
+    return {{static_cast<int32_t>(n), numbers, numbers + 3 * n, numbers + 6 * n, numbers + 9 * n, numbers + 12 * n,
+             numbers + 13 * n, arrays.dead.data(), arrays.merge.data()},
+            {}};
 }
 
 void run_to_end(border::Sweep& sweep, const Telling& telling)
 {
-    Course course = {telling, sweep.remaining};
+    Course course = {telling, sweep.progress.remaining};
     if (telling.progress != nullptr) {
-        sweep.ask = &Course::ask;
-        sweep.user = &course;
+        sweep.request.ask = &Course::ask;
+        sweep.request.user = &course;
     }
     if (!border::run_sweep(sweep))
         throw std::bad_alloc();
-    if (sweep.is_stopped)
+    if (sweep.found.is_stopped)
         throw Stop();
 }
 
-Vector<Place> live_places(const border::Sweep& sweep)
+Vector<Place> live_places(const border::Rows& rows)
 {
     Vector<Place> places;
-    for (int64_t i = 0; i < sweep.n; ++i)
-        if (sweep.dead[i] == 0)
-            places.push_back({sweep.flat[3 * i], sweep.flat[3 * i + 1]});
+    for (int64_t i = 0; i < rows.n; ++i)
+        if (rows.dead[i] == 0)
+            places.push_back({rows.flat[3 * i], rows.flat[3 * i + 1]});
     return places;
 }
 
 void Suspects::see(const border::DroppedPiece& piece)
 {
-    if (sweep.has_missed)
-        for_each_vertex(piece, sweep, [&places = pieces.emplace_back()](int32_t, double x, double y) {
+    if (sweep.found.has_missed)
+        for_each_vertex(piece, sweep.rows, [&places = pieces.emplace_back()](int32_t, double x, double y) {
             places.push_back({x, y});
         });
 }
 
 bool Suspects::are_sound(double before, double distance, const Telling& telling) const
 {
-    return is_sound(live_places(sweep), before, telling) &&
+    return is_sound(live_places(sweep.rows), before, telling) &&
            std::ranges::all_of(
                pieces, [&](const Vector<Place>& piece) { return is_piece_sound(piece, before, distance, telling); });
 }
@@ -159,47 +152,51 @@ void Mover::move_into(Outline outline, const Motion& motion, BorderOut& output, 
 {
     const size_t n = outline.size();
     border::Sweep sweep = sweep_in(arrays_, n);
-    auto* const places = reinterpret_cast<Point*>(sweep.flat);
+    border::Rows& rows = sweep.rows;
+    border::Request& request = sweep.request;
+    double& remaining = sweep.progress.remaining;
+    auto* const places = reinterpret_cast<Point*>(+rows.flat);
     Flattening flat = lay_flat(outline, motion, places);
     const double scale = flat.scale;
-    sweep.remaining = scale * motion.distance;
-    sweep.split_events = motion.split;
-    sweep.keep_whole = motion.keep_whole;
+    remaining = scale * motion.distance;
+    request.split_events = motion.split;
+    request.keep_whole = motion.keep_whole;
     Planes lifting = lifted_in == nullptr ? flat.planes : lifted_in->scaled(scale);
     Suspects suspects = {sweep};
-    sweep.drop = &Suspects::drop;
-    sweep.receiver = &suspects;
+    request.drop = &Suspects::drop;
+    request.receiver = &suspects;
     run_to_end(sweep, motion.telling);
     const Telling at_end = motion.telling.part(1.0, 0.0);
-    if (sweep.has_lost || (sweep.has_missed && !suspects.are_sound(kCounterClockwise, motion.distance, at_end))) {
+    const border::Findings& found = sweep.found;
+    if (found.has_lost || (found.has_missed && !suspects.are_sound(kCounterClockwise, motion.distance, at_end))) {
         const auto run_again = [&](bool catch_up) {
             flat.place(outline, places);
-            sweep.remaining = scale * motion.distance;
-            sweep.catch_up = catch_up;
+            remaining = scale * motion.distance;
+            request.catch_up = catch_up;
             run_to_end(sweep, at_end);
         };
-        const bool was_nothing = live_places(sweep).size() < 3;
+        const bool was_nothing = live_places(rows).size() < 3;
         run_again(true);
-        if (was_nothing && live_places(sweep).size() < 3) // it lies where the plain call leaves it
+        if (was_nothing && live_places(rows).size() < 3) // it lies where the plain call leaves it
             run_again(false);
     }
-    output.left = motion.keep_whole ? sweep.remaining / scale : 0.0;
+    output.left = motion.keep_whole ? remaining / scale : 0.0;
     output.size = n;
     if (!motion.keep_vertices)
-        output.size = static_cast<size_t>(border::pack_live_positions(sweep));
-    else if (!border::join_dead_vertices(sweep))
+        output.size = static_cast<size_t>(border::pack_live_positions(rows));
+    else if (!border::join_dead_vertices(rows))
         throw std::bad_alloc();
 
     const std::span<Point> border(output.points, output.size);
     carry(flat.planes.from_plane, {places, output.size}, border.data());
     lift(border, lifting, scale * motion.height);
-    auto* const room = reinterpret_cast<Point*>(sweep.direction); // free after the sweep
-    output.collapsed = is_collapsed(live_points(border, sweep.dead, n, room), motion, flat.area);
+    auto* const room = reinterpret_cast<Point*>(+rows.direction); // free after the sweep
+    output.collapsed = is_collapsed(live_points(border, rows.dead, n, room), motion, flat.area);
     scaled(border, 1.0 / scale, border.data());
     if (output.removed != nullptr)
-        std::memcpy(output.removed, sweep.dead, n);
+        std::memcpy(output.removed, rows.dead, n);
     if (output.merged_into != nullptr)
-        std::memcpy(output.merged_into, sweep.merge, n * sizeof *sweep.merge);
+        std::memcpy(output.merged_into, rows.merge, n * sizeof *rows.merge);
 }
 
 void Mover::move(Outline outline, const Motion& motion, Border& border, const Planes* lifted_in)

@@ -27,8 +27,8 @@ struct Keeper {
         suspects.see(piece);
         if (!is_ring(piece))
             return;
-        rings.push_back(
-            {number, distance - piece.remaining / scale, piece.remaining, start_of(piece, sweep, ring.start.sources)});
+        rings.push_back({number, distance - piece.remaining / scale, piece.remaining,
+                         start_of(piece, sweep.rows, ring.start.sources)});
         waiting += rings.back().start.places.size();
     }
 };
@@ -63,14 +63,14 @@ bool is_ring(const border::DroppedPiece& piece)
     return piece.count >= 2;
 }
 
-RingStart start_of(const border::DroppedPiece& piece, const border::Sweep& sweep, const Vector<int32_t>& sources)
+RingStart start_of(const border::DroppedPiece& piece, const border::Rows& rows, const Vector<int32_t>& sources)
 {
     RingStart start;
     const auto n = static_cast<size_t>(piece.count) + 1;
     start.places.reserve(n);
     start.sources.reserve(n);
-    for_each_vertex(piece, sweep, [&](int32_t i, double x, double y) {
-        start.places.push_back({x, y, sweep.flat[3 * int64_t{i} + 2]});
+    for_each_vertex(piece, rows, [&](int32_t i, double x, double y) {
+        start.places.push_back({x, y, rows.flat[3 * int64_t{i} + 2]});
         start.sources.push_back(sources[static_cast<size_t>(i)]);
     });
     return start;
@@ -90,13 +90,14 @@ Laid::Laid(Outline outline, const Motion& how, const Planes* lifted_in)
     std::iota(start.sources.begin(), start.sources.end(), 0);
 }
 
-Swept Laid::finish(border::Sweep& sweep, const Vector<int32_t>& sources)
+Swept Laid::finish(border::Rows& rows, double remaining, const Vector<int32_t>& sources)
 {
-    joined.settle(sweep, sources);
-    Swept swept = {{}, {}, motion.distance - sweep.remaining / scale, false};
-    const auto* const places = reinterpret_cast<const Point*>(sweep.flat);
+    if (remaining == 0.0)
+        joined.settle(rows, sources);
+    Swept swept = {{}, {}, motion.distance - remaining / scale, false};
+    const auto* const places = reinterpret_cast<const Point*>(+rows.flat);
     for (size_t i = 0; i < sources.size(); ++i)
-        if (sweep.dead[i] == 0) {
+        if (rows.dead[i] == 0) {
             swept.points.push_back(places[i]);
             swept.sources.push_back(joined.corner(static_cast<size_t>(sources[i])));
         }
@@ -146,11 +147,11 @@ void sweep_rings(SweepArrays& arrays, RingQueue& queue, const Trace* trace)
         border::Sweep sweep = sweep_in(arrays, vertices);
         Keeper keeper = {sweep, ring, number, motion.distance, laid.scale, queue.all, queue.waiting};
         const auto run_anew = [&](const Telling& telling) {
-            std::ranges::copy(ring.start.places, reinterpret_cast<Point*>(sweep.flat));
-            sweep.remaining = ring.remaining;
-            sweep.split_events = motion.split;
-            sweep.drop = &Keeper::drop;
-            sweep.receiver = &keeper;
+            std::ranges::copy(ring.start.places, reinterpret_cast<Point*>(+sweep.rows.flat));
+            sweep.progress.remaining = ring.remaining;
+            sweep.request.split_events = motion.split;
+            sweep.request.drop = &Keeper::drop;
+            sweep.request.receiver = &keeper;
             run_to_end(sweep, telling);
         };
         const double share = (1.0 - done) * static_cast<double>(vertices) / static_cast<double>(queue.waiting);
@@ -159,17 +160,18 @@ void sweep_rings(SweepArrays& arrays, RingQueue& queue, const Trace* trace)
         run_anew(queue.telling.part(done, share));
         done += share;
         const Telling at_end = queue.telling.part(std::min(done, 1.0), 0.0);
-        if (sweep.has_lost || (sweep.has_missed && !keeper.suspects.are_sound(area_before(ring.start, ring.parent < 0),
+        const border::Findings& found = sweep.found;
+        if (found.has_lost || (found.has_missed && !keeper.suspects.are_sound(area_before(ring.start, ring.parent < 0),
                                                                               ring.remaining, at_end))) {
             queue.all.resize(known);
             queue.waiting = known_waiting;
-            sweep.catch_up = true;
+            sweep.request.catch_up = true;
             run_anew(at_end);
         }
         queue.telling.tell(std::min(done, 1.0));
-        add(queue.rings, ring, laid.finish(sweep, ring.start.sources));
+        add(queue.rings, ring, laid.finish(sweep.rows, sweep.progress.remaining, ring.start.sources));
         if (trace != nullptr) {
-            laid.joined.follow(sweep, trace->removed, trace->merged_into);
+            laid.joined.follow(sweep.rows, trace->removed, trace->merged_into);
             return; // without the pieces
         }
     }

@@ -49,10 +49,10 @@ void end_at_ridge(Wavefront& w, double time);
 bool is_tip_of_limb(const Wavefront& w, int32_t i);
 
 /// Whether the smaller of the two pieces that `vertex` makes by running into `edge` is more than a speck.
-bool is_piece(Wavefront& w, int32_t vertex, int32_t edge);
+bool is_piece(const Wavefront& w, int32_t vertex, int32_t edge, bool catch_up, Findings& found);
 
 /// Buries the smaller of the two pieces that `vertex` makes by running into `edge`. The end of the edge outlives it in
-/// either case: it is not the vertex itself.
-void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge);
+/// either case: it is not the vertex itself. With `catch_up` a real piece is not dropped for a speck.
+void drop_smaller_piece(Wavefront& w, int32_t vertex, int32_t edge, bool catch_up, Findings& found);
 
 } // namespace korvale::border

@@ -48,7 +48,7 @@ struct ConstEdges {
 /// computed only when they are handed back. `line_edge` and `line_at` are aliases: the set of edges and of positions
 /// that were current when the lines were last fitted.
 ///
-/// A vertex that dies hands its values back to the arrays of the sweep at once and stays, marked in `gone`, until
+/// A vertex that dies hands its values back to its row at once and stays, marked in `gone`, until
 /// `pack`. `pack` closes the gaps in what lives on from round to round, `at` and `id`. The other columns are written
 /// anew in the next round and keep their gaps until then: they are *spread*.
 ///
@@ -56,22 +56,19 @@ struct ConstEdges {
 /// - A step that may leave some entries as they were, or reads values of the round before, calls `refresh` first.
 /// - `bury` wants nothing spread.
 ///
-/// A group that no step has written yet is not in `written`, and is not handed back: the arrays of the sweep keep what
-/// stands there.
+/// A group that no step has written yet is not in `written`, and is not handed back: the rows keep what stands there.
 ///
 /// It lives as long as the sweep, and all of it goes from round to round. What belongs to one round is in `Round`, what
 /// belongs to a watch in `Watch`.
-class Wavefront {
-public:
+struct Wavefront {
     enum Group : unsigned { lines = 1, velocities = 2, rates = 4, edges = 8 };
 
-    /// Takes `memory`, of `doubles_for` the sweep.
-    Wavefront(Sweep& sweep, double* memory);
-    static int64_t doubles_for(const Sweep& s);
+    /// Takes `memory`, of `doubles_for` the vertices. Lines are handed back where they are wanted.
+    Wavefront(Rows& of_sweep, bool lines_too, double* memory);
+    static int64_t doubles_for(int32_t n);
 
-    Sweep& s() { return s_; }
-    const Sweep& s() const { return s_; }
-
+    Rows rows;               ///< of the sweep: written for the dead as they die, for all others by `hand_back`
+    bool wants_lines;        ///< set when it is made
     int32_t live;            ///< vertices in the columns: fewer after each `pack`
     Column<int32_t> id;      ///< [live] index in the sweep
     Points at;               ///< where the vertices are: set by `move_vertices`, read by all steps
@@ -96,9 +93,6 @@ public:
 
     unsigned spread = 0;  ///< groups that still have these gaps: set by `pack`, taken out by `note_written`, `refresh`
     unsigned written = 0; ///< groups that a step has written: added by `note_written`, `refresh`
-
-private:
-    Sweep& s_;
 };
 
 /// A step has written the columns of a group, from the first to the last value.
@@ -149,7 +143,7 @@ void unearth(Wavefront& w);
 void pack(Wavefront& w);
 
 /// Closes the gaps of the last packing in the columns that still have them, and fetches velocities that no step has
-/// written from the arrays of the sweep.
+/// written from the rows.
 void refresh(Wavefront& w);
 
 /// Removes the values at `count` places, ascending, from a column of `n` values of `bytes` bytes each.
@@ -159,7 +153,7 @@ void remove_values(void* column, size_t bytes, const int32_t* places, int32_t co
 void close_gaps(const Wavefront& w, Points& points);
 void close_gaps(const Wavefront& w, EdgeColumns& edges);
 
-/// Hands all values of the live vertices back to the arrays of the sweep. Nothing is spread.
+/// Hands all values of the live vertices back to their rows. Nothing is spread.
 void hand_back(Wavefront& w);
 
 } // namespace korvale::border

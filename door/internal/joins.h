@@ -77,11 +77,11 @@ public:
     /// Puts the vertices of joins that are left of a ring, once it has been swept, where they belong: rounding of the
     /// short edges is taken out, and what is swept for a bevel is cut off at it. `numbers` are those that the vertices
     /// of the ring have here.
-    void settle(border::Sweep& ring, std::span<const int32_t> numbers) const;
+    void settle(border::Rows& swept, std::span<const int32_t> numbers) const;
 
     /// Tells what has become of the corners of the outline, once all of it has been swept: 1 for each of which no
     /// vertex is left, and the corner that each one merged into, itself while it stayed.
-    void follow(const border::Sweep& swept, uint8_t* removed, int32_t* merged_into) const;
+    void follow(const border::Rows& swept, uint8_t* removed, int32_t* merged_into) const;
 
 private:
     /// The line that an edge lies in.

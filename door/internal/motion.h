@@ -37,19 +37,19 @@ border::Sweep sweep_in(SweepArrays& arrays, size_t n);
 /// Runs a sweep that tells of its progress; throws where the heap is exhausted or the work has been stopped.
 void run_to_end(border::Sweep& sweep, const Telling& telling);
 
-/// Where the vertices of a sweep are that are left.
-Vector<Place> live_places(const border::Sweep& sweep);
+/// Where the vertices are that are left.
+Vector<Place> live_places(const border::Rows& rows);
 
 /// Calls see(i, x, y) for the vertices of a piece, in their order.
 template <class See>
-void for_each_vertex(const border::DroppedPiece& piece, const border::Sweep& sweep, See see)
+void for_each_vertex(const border::DroppedPiece& piece, const border::Rows& rows, See see)
 {
     const std::span dropped(piece.dropped, static_cast<size_t>(piece.count));
     const auto behind = std::ranges::upper_bound(dropped, piece.vertex);
     for (auto i = dropped.begin(); i != dropped.end(); ++i) {
         if (i == behind)
             see(piece.vertex, piece.x, piece.y);
-        see(*i, sweep.flat[3 * int64_t{*i}], sweep.flat[3 * int64_t{*i} + 1]);
+        see(*i, rows.flat[3 * int64_t{*i}], rows.flat[3 * int64_t{*i} + 1]);
     }
     if (behind == dropped.end())
         see(piece.vertex, piece.x, piece.y);

@@ -19,7 +19,7 @@ double area_before(const RingStart& ring, bool is_outline);
 bool is_ring(const border::DroppedPiece& piece);
 
 /// A piece that a split has dropped of a ring whose vertices belong to these of the outline.
-RingStart start_of(const border::DroppedPiece& piece, const border::Sweep& sweep, const Vector<int32_t>& sources);
+RingStart start_of(const border::DroppedPiece& piece, const border::Rows& rows, const Vector<int32_t>& sources);
 
 /// What has become of a ring.
 struct Swept {
@@ -33,8 +33,8 @@ struct Swept {
 struct Laid {
     Laid(Outline outline, const Motion& how, const Planes* lifted_in = nullptr);
 
-    /// What a sweep has made of a ring whose vertices belong to these. Joins that are left are settled in its arrays.
-    Swept finish(border::Sweep& sweep, const Vector<int32_t>& sources);
+    /// What a sweep has made of a ring whose vertices belong to these. Joins that are left are settled in its rows.
+    Swept finish(border::Rows& rows, double remaining, const Vector<int32_t>& sources);
 
     Motion motion;
     RingStart start;

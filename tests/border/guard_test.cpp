@@ -5,8 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "border/internal/sweep.h"
-#include "tests/reference/sweep.h"
+#include "tests/border/twins.h"
 #include "tests/support/outlines.h"
 
 namespace korvale::test {
@@ -25,11 +24,9 @@ TEST(SweepRounds, EndASweepWhoseDistanceIsInfinite)
         korvale::reference::SweepArrays arrays(64);
         std::copy(circle.begin(), circle.end(), arrays.flat.begin());
         auto steps = arrays.sweep(std::numeric_limits<double>::infinity(), split_events);
-        korvale::border::Sweep s = {steps.n,         steps.remaining, steps.split_events, steps.flat,
-                                    steps.direction, steps.velocity,  steps.line,         steps.length,
-                                    steps.rate,      steps.dead,      steps.merge};
+        korvale::border::Sweep s = quick_sweep(arrays, steps.remaining, split_events);
         EXPECT_TRUE(korvale::border::run_sweep(s));
-        EXPECT_TRUE(std::isnan(s.remaining));
+        EXPECT_TRUE(std::isnan(s.progress.remaining));
         std::copy(circle.begin(), circle.end(), arrays.flat.begin());
         korvale::reference::run_sweep(steps);
         EXPECT_EQ(steps.rounds, 4 * 64 + 64);

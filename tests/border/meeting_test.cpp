@@ -23,15 +23,14 @@ namespace {
 /// The first search of a sweep.
 struct Search {
     Search(const Coordinates& path, double distance)
-        : twins(path, distance), s(twins.w.s()), memory(static_cast<size_t>(MeetingSearch::doubles_for(s)), -7.5),
-          search(s, memory.data())
+        : twins(path, distance), memory(static_cast<size_t>(MeetingSearch::doubles_for(twins.w.live, true)), -7.5),
+          search(twins.w.live, true, memory.data()), round{distance}
     {
     }
 
     /// Measures and aims. False where a corner is too sharp or an edge too short.
     bool start()
     {
-        round = Round{s.remaining};
         if (!measure_edges(twins.w) || !reference::measure_edges(twins.steps))
             return false;
         fit_edge_lines(twins.w);
@@ -49,7 +48,7 @@ struct Search {
     Event find_before(double time)
     {
         const reference::Event first = reference::earlier_split_event(twins.steps, {time, -1, -1});
-        const Event found = earlier_split_event(search, twins.w, round, {time, -1, -1});
+        const Event found = earlier_split_event(search, twins.w, request, round, {time, -1, -1}, findings);
         EXPECT_TRUE(same_bits(first.time, found.time));
         EXPECT_EQ(found.vertex, first.vertex);
         EXPECT_EQ(found.edge, first.edge);
@@ -57,10 +56,11 @@ struct Search {
     }
 
     Twins twins;
-    border::Sweep& s;
     std::vector<double> memory;
     MeetingSearch search;
+    border::Request request;
     Round round;
+    border::Findings findings;
     double edge = 0.0; ///< the average length
 };
 
@@ -182,9 +182,9 @@ TEST(Meeting, SearchEndsWhereTheHostEndsTheSweep)
     Random random(7);
     Search search(rough(wiggly(40000, 4000, 1.0), 0.2, random), 1e6);
     ASSERT_TRUE(search.start());
-    search.s.ask = [](double, void*) { return false; };
-    earlier_split_event(search.search, search.twins.w, search.round, {30.0, -1, -1});
-    EXPECT_TRUE(search.s.is_stopped);
+    search.request.ask = [](double, void*) { return false; };
+    earlier_split_event(search.search, search.twins.w, search.request, search.round, {30.0, -1, -1}, search.findings);
+    EXPECT_TRUE(search.findings.is_stopped);
 }
 
 } // namespace korvale::test

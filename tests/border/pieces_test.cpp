@@ -6,9 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "border/internal/sweep.h"
 #include "tests/border/shapes.h"
-#include "tests/reference/sweep.h"
+#include "tests/border/twins.h"
 #include "tests/support/bits.h"
 #include "tests/support/outlines.h"
 
@@ -76,7 +75,7 @@ struct Gathered {
         piece.vertices.push_back(dropped.vertex);
         std::sort(piece.vertices.begin(), piece.vertices.end());
         for (const int32_t i : piece.vertices) {
-            const double* const p = self.sweep.flat + 3 * int64_t{i};
+            const double* const p = self.sweep.rows.flat + 3 * int64_t{i};
             piece.xy.push_back(i == dropped.vertex ? dropped.x : p[0]);
             piece.xy.push_back(i == dropped.vertex ? dropped.y : p[1]);
         }
@@ -106,17 +105,17 @@ struct Looks {
     {
         auto& self = *static_cast<Looks*>(receiver);
         EXPECT_EQ(static_cast<size_t>(stop), self.left.size());
-        self.look(self.sweep.stops[stop]);
+        self.look(self.sweep.progress.stops[stop]);
     }
 
     void look(double remaining)
     {
-        const border::Sweep& s = sweep;
+        const border::Rows& rows = sweep.rows;
         left.push_back({remaining,
-                        {s.flat, s.flat + 3 * int64_t{s.n}},
-                        {s.dead, s.dead + s.n},
-                        {s.merge, s.merge + s.n},
-                        s.has_lost,
+                        {+rows.flat, rows.flat + 3 * int64_t{rows.n}},
+                        {+rows.dead, rows.dead + rows.n},
+                        {+rows.merge, rows.merge + rows.n},
+                        sweep.found.has_lost,
                         pieces});
     }
 };
@@ -125,13 +124,6 @@ struct Looks {
 Coordinates any_path(int most, Random& random)
 {
     return random.one_in(3) ? rough(wiggly(most, most / 8, 2.5), 0.3, random) : any_outline(most, random);
-}
-
-border::Sweep sweep_of(reference::SweepArrays& arrays, double distance, bool split_events)
-{
-    const reference::Sweep s = arrays.sweep(distance, split_events);
-    return {s.n,    s.remaining, s.split_events, s.flat, s.direction, s.velocity,
-            s.line, s.length,    s.rate,         s.dead, s.merge};
 }
 
 } // namespace
@@ -152,36 +144,36 @@ TEST(SweepStops, FindWhatASweepOfTheirDistanceLeaves)
 
         reference::SweepArrays arrays(n);
         std::copy(path.begin(), path.end(), arrays.flat.begin());
-        border::Sweep s = sweep_of(arrays, farthest, split_events);
+        border::Sweep s = quick_sweep(arrays, farthest, split_events);
         std::vector<double> left = distances;
         Looks looks = {s};
-        s.stops = left.data();
-        s.stop_count = static_cast<int32_t>(left.size());
-        s.drop = &Looks::drop;
-        s.pass = &Looks::pass;
-        s.receiver = &looks;
+        s.progress.stops = left.data();
+        s.progress.stop_count = static_cast<int32_t>(left.size());
+        s.request.drop = &Looks::drop;
+        s.request.pass = &Looks::pass;
+        s.request.receiver = &looks;
         ASSERT_TRUE(border::run_sweep(s));
-        looks.look(s.remaining);
+        looks.look(s.progress.remaining);
         distances.push_back(farthest);
         ASSERT_EQ(looks.left.size(), distances.size());
         for (size_t i = 0; i < distances.size(); ++i) {
             SCOPED_TRACE(testing::Message() << "outline " << round << ", distance " << distances[i]);
             reference::SweepArrays alone(n);
             std::copy(path.begin(), path.end(), alone.flat.begin());
-            border::Sweep expected = sweep_of(alone, distances[i], split_events);
+            border::Sweep expected = quick_sweep(alone, distances[i], split_events);
             Looks split = {expected};
-            expected.drop = &Looks::drop;
-            expected.receiver = &split;
+            expected.request.drop = &Looks::drop;
+            expected.request.receiver = &split;
             ASSERT_TRUE(border::run_sweep(expected));
             const Left& seen = looks.left[i];
-            ASSERT_TRUE(same_bits({expected.remaining}, &seen.remaining));
+            ASSERT_TRUE(same_bits({expected.progress.remaining}, &seen.remaining));
             ASSERT_TRUE(same_bits(alone.flat, seen.flat.data()));
-            ASSERT_TRUE(std::equal(seen.dead.begin(), seen.dead.end(), expected.dead));
-            ASSERT_TRUE(std::equal(seen.merge.begin(), seen.merge.end(), expected.merge));
-            ASSERT_EQ(seen.has_lost, expected.has_lost);
+            ASSERT_TRUE(std::equal(seen.dead.begin(), seen.dead.end(), alone.dead.begin()));
+            ASSERT_TRUE(std::equal(seen.merge.begin(), seen.merge.end(), alone.merge.begin()));
+            ASSERT_EQ(seen.has_lost, expected.found.has_lost);
             ASSERT_EQ(seen.pieces, split.pieces);
             stops_seen += i + 1 < distances.size() && distances[i] != farthest;
-            ended += expected.remaining != 0.0;
+            ended += expected.progress.remaining != 0.0;
         }
     }
     EXPECT_GT(stops_seen, rounds(3000));
@@ -203,10 +195,10 @@ TEST(DroppedPieces, AreThoseOfTheDocumentedSteps)
             for (size_t i = 0; i < 2 * n; ++i)
                 documented.flat[i / 2 * 3 + i % 2] = quick.flat[i / 2 * 3 + i % 2] = waiting[k].xy[i];
             reference::Sweep steps = documented.sweep(waiting[k].remaining, true);
-            border::Sweep s = sweep_of(quick, waiting[k].remaining, true);
+            border::Sweep s = quick_sweep(quick, waiting[k].remaining);
             Gathered gathered = {s, {}};
-            s.drop = &Gathered::drop;
-            s.receiver = &gathered;
+            s.request.drop = &Gathered::drop;
+            s.request.receiver = &gathered;
             ASSERT_TRUE(border::run_sweep(s));
             const std::vector<Piece> expected = documented_pieces(steps);
             SCOPED_TRACE(testing::Message() << "outline " << round << ", piece " << k);

@@ -208,7 +208,8 @@ TEST(Rounds, DropTheSmallerPieceAsDocumented)
         if (is_own(twins.w, m, e))
             return;
         reference::drop_smaller_piece(twins.steps, twins.vertex_at(m), twins.vertex_at(e));
-        drop_smaller_piece(twins.w, m, e);
+        border::Findings found;
+        drop_smaller_piece(twins.w, m, e, false, found);
         (twins.w.gone[e] != 0 ? ahead : behind) += 1;
         EXPECT_TRUE(twins.are_equal());
     });

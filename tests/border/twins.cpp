@@ -23,12 +23,6 @@ reference::SweepArrays arrays_of(const Coordinates& path)
     return arrays;
 }
 
-border::Sweep sweep_in(reference::SweepArrays& arrays, double distance)
-{
-    const reference::Sweep s = arrays.sweep(distance, true);
-    return {s.n, s.remaining, true, s.flat, s.direction, s.velocity, s.line, s.length, s.rate, s.dead, s.merge};
-}
-
 /// The direction of an edge after one of direction `angle`: anywhere, straight on, nearly back or all the way back.
 double next_angle(double angle, Random& random)
 {
@@ -48,10 +42,28 @@ double next_angle(double angle, Random& random)
 
 } // namespace
 
+border::Rows rows_in(reference::SweepArrays& arrays)
+{
+    return {static_cast<int32_t>(arrays.dead.size()),
+            arrays.flat.data(),
+            arrays.direction.data(),
+            arrays.velocity.data(),
+            arrays.line.data(),
+            arrays.length.data(),
+            arrays.rate.data(),
+            arrays.dead.data(),
+            arrays.merge.data()};
+}
+
+border::Sweep quick_sweep(reference::SweepArrays& arrays, double distance, bool split_events)
+{
+    return {rows_in(arrays), {distance}, {split_events}};
+}
+
 Twins::Twins(const Coordinates& path, double distance)
-    : documented_(arrays_of(path)), quick_(arrays_of(path)), sweep_(sweep_in(quick_, distance)),
-      memory_(static_cast<size_t>(border::Wavefront::doubles_for(sweep_)), -7.5),
-      steps(documented_.sweep(distance, true)), w(sweep_, memory_.data())
+    : documented_(arrays_of(path)), quick_(arrays_of(path)), rows_(rows_in(quick_)),
+      memory_(static_cast<size_t>(border::Wavefront::doubles_for(rows_.n)), -7.5),
+      steps(documented_.sweep(distance, true)), w(rows_, true, memory_.data())
 {
 }
 

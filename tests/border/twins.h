@@ -12,6 +12,12 @@
 
 namespace korvale::test {
 
+/// The rows of these arrays.
+border::Rows rows_in(reference::SweepArrays& arrays);
+
+/// A quick sweep in these arrays.
+border::Sweep quick_sweep(reference::SweepArrays& arrays, double distance, bool split_events = true);
+
 /// The same sweep twice: in arrays for the documented steps, as a wavefront for the quick ones. What is set here is set
 /// in both, for the live vertices, and the wavefront keeps the promises that it gives to a step.
 class Twins {
@@ -37,7 +43,7 @@ public:
 
 private:
     reference::SweepArrays documented_, quick_;
-    border::Sweep sweep_;
+    border::Rows rows_;
     std::vector<double> memory_;
 
 public:

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "border/internal/meeting.h"
 #include "border/internal/rounds.h"
 #include "tests/border/shapes.h"
+#include "tests/border/twins.h"
 
 namespace korvale::test {
 using namespace border;
@@ -75,21 +75,16 @@ double first_meeting(const Moving& m, const Moving& a, const Moving& b, double m
 class Rounds {
 public:
     Rounds(const Coordinates& path, double distance)
-        : n_(static_cast<int32_t>(path.size() / 3)), flat_(path), direction_(path), velocity_(path), line_(path),
-          length_(n_), rate_(n_), dead_(n_), merge_(n_), sweep_{n_,           distance,          true,
-                                                                flat_.data(), direction_.data(), velocity_.data(),
-                                                                line_.data(), length_.data(),    rate_.data(),
-                                                                dead_.data(), merge_.data()},
-          wavefront_memory_(Wavefront::doubles_for(sweep_)), search_memory_(MeetingSearch::doubles_for(sweep_)),
-          w(sweep_, wavefront_memory_.data()), search(sweep_, search_memory_.data())
+        : twins_(path, distance), remaining_(distance),
+          memory_(static_cast<size_t>(MeetingSearch::doubles_for(twins_.w.live, true))), w(twins_.w),
+          search(w.live, true, memory_.data())
     {
-        std::iota(merge_.begin(), merge_.end(), 0);
     }
 
     /// Goes on up to where it is known what happens next. False at the end.
     bool look()
     {
-        if (sweep_.remaining == 0.0)
+        if (remaining_ == 0.0)
             return false;
         if (w.buried_count > 0) {
             pack(w);
@@ -98,14 +93,14 @@ public:
         if (w.live < 24 || !measure_edges(w))
             return false;
         fit_edge_lines(w);
-        round_ = Round{sweep_.remaining};
+        round_ = Round{remaining_};
         if (aim_vertices(w, search.watch, Round(), round_) != Corners::aimed)
             return false;
         look_at_steadiness();
         event_ = first_edge_event(w, round_);
         spent_ = search.watch.spent;
         const bool was_watched = search.watch.is_on;
-        event_ = earlier_split_event(search, w, round_, event_);
+        event_ = earlier_split_event(search, w, {}, round_, event_, found_);
         if (!was_watched || search.watch.rounds == 0)
             spent_ = 0.0; // a new one
         look_at_what_is_due();
@@ -116,7 +111,7 @@ public:
     /// a vertex may die for no reason, which turns its neighbours. False at the end.
     bool happen(Random& random)
     {
-        if (std::fabs(event_.time) > std::fabs(sweep_.remaining))
+        if (std::fabs(event_.time) > std::fabs(remaining_))
             return false;
         if (event_.vertex < 0) {
             collapse_edges(w, event_.time);
@@ -126,14 +121,14 @@ public:
         }
         if (const int32_t i = random.below(w.live); random.one_in(2) && !w.gone[i])
             bury(w, i, next_live(w, i));
-        sweep_.remaining -= event_.time;
+        remaining_ -= event_.time;
         return true;
     }
 
     /// Where a vertex goes while the sweep goes forwards, for either sign of the distance.
     Moving vertex(int32_t i) const
     {
-        const double sign = sweep_.remaining > 0.0 ? 1.0 : -1.0;
+        const double sign = remaining_ > 0.0 ? 1.0 : -1.0;
         i = i == w.live ? 0 : i;
         return {{w.at.x[i], w.at.y[i]}, {sign * w.velocity.x[i], sign * w.velocity.y[i]}};
     }
@@ -169,18 +164,16 @@ private:
         }
     }
 
-    int32_t n_;
-    std::vector<double> flat_, direction_, velocity_, line_, length_, rate_;
-    std::vector<uint8_t> dead_;
-    std::vector<int32_t> merge_;
-    Sweep sweep_;
-    std::vector<double> wavefront_memory_, search_memory_;
+    Twins twins_;
+    double remaining_;
+    std::vector<double> memory_;
+    Findings found_;
     Round round_;
     Event event_ = {};
     double spent_ = 0.0;
 
 public:
-    Wavefront w;
+    Wavefront& w;
     MeetingSearch search;
 };
 

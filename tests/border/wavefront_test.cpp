@@ -1,12 +1,14 @@
 // The packed container against lists from which the dead are erased one by one.
 #include "border/internal/wavefront.h"
 
+#include <algorithm>
 #include <numeric>
 #include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "tests/border/twins.h"
 #include "tests/support/random.h"
 
 namespace korvale::test {
@@ -16,37 +18,20 @@ namespace {
 
 using Values = std::vector<double>;
 
-/// A sweep in arrays of its own, every double 7.25, and a wavefront over it.
-class Arrays {
-public:
-    Arrays(int n, bool split_events)
-        : flat_(Values(3 * n, 7.25)), direction_(flat_), velocity_(flat_), line_(flat_), length_(n, 7.25),
-          rate_(length_), dead_(n, 0), merge_(n)
+/// Arrays of a sweep in which nobody has died, every double SweepArrays::kUntouched, and room for a wavefront over it.
+struct Arrays : reference::SweepArrays {
+    explicit Arrays(int n)
+        : SweepArrays(static_cast<size_t>(n)), rows(rows_in(*this)),
+          memory(static_cast<size_t>(Wavefront::doubles_for(n)))
     {
-        std::iota(merge_.begin(), merge_.end(), 0);
+        std::fill(dead.begin(), dead.end(), uint8_t{0});
+        std::iota(merge.begin(), merge.end(), 0);
         for (int i = 0; i < n; ++i)
-            flat_[3 * i] = i;
-        sweep = {n,
-                 1.0,
-                 split_events,
-                 flat_.data(),
-                 direction_.data(),
-                 velocity_.data(),
-                 line_.data(),
-                 length_.data(),
-                 rate_.data(),
-                 dead_.data(),
-                 merge_.data()};
-        memory_.resize(static_cast<size_t>(Wavefront::doubles_for(sweep)));
+            flat[3 * i] = i;
     }
 
-    double* memory() { return memory_.data(); }
-    Sweep sweep{};
-
-private:
-    Values flat_, direction_, velocity_, line_, length_, rate_, memory_;
-    std::vector<uint8_t> dead_;
-    std::vector<int32_t> merge_;
+    Rows rows;
+    Values memory;
 };
 
 /// Fills the columns of a round so that each value tells its vertex and its column.
@@ -104,8 +89,8 @@ TEST(Wavefront, TheLiveStayInOrderThroughManyDeaths)
     Random random(2);
     for (int round = 0; round < rounds(300) && !testing::Test::HasFailure(); ++round) {
         const int n = 3 + random.below(60);
-        Arrays arrays(n, random.one_in(2));
-        Wavefront w(arrays.sweep, arrays.memory());
+        Arrays arrays(n);
+        Wavefront w(arrays.rows, random.one_in(2), arrays.memory.data());
         std::vector<int32_t> expected(n);
         std::iota(expected.begin(), expected.end(), 0);
         while (w.live > 2) {
@@ -116,9 +101,9 @@ TEST(Wavefront, TheLiveStayInOrderThroughManyDeaths)
                     i = next_live(w, i);
                 const int32_t id = w.id[i], heir = w.id[next_live(w, i)];
                 bury(w, i, next_live(w, i));
-                EXPECT_EQ(arrays.sweep.dead[id], 1);
-                EXPECT_EQ(arrays.sweep.merge[id], heir);
-                EXPECT_EQ(arrays.sweep.rate[id], id + 0.875);
+                EXPECT_EQ(arrays.dead[id], 1);
+                EXPECT_EQ(arrays.merge[id], heir);
+                EXPECT_EQ(arrays.rate[id], id + 0.875);
                 std::erase(expected, id);
             }
             pack(w);
@@ -142,8 +127,8 @@ TEST(Wavefront, TheLiveStayInOrderThroughManyDeaths)
 
 TEST(Wavefront, LinesFollowFromTheEdgesTheyWereFittedTo)
 {
-    Arrays arrays(4, true);
-    Wavefront w(arrays.sweep, arrays.memory());
+    Arrays arrays(4);
+    Wavefront w(arrays.rows, true, arrays.memory.data());
     fill(w);
     std::swap(w.at, w.ahead); // the vertices have moved
     for (int i = 0; i < 4; ++i)
@@ -151,32 +136,32 @@ TEST(Wavefront, LinesFollowFromTheEdgesTheyWereFittedTo)
     hand_back(w);
     for (int i = 0; i < 4; ++i) {
         const double dx = i + 0.25, dy = i + 0.375;
-        EXPECT_EQ(arrays.sweep.line[3 * i], -dy);
-        EXPECT_EQ(arrays.sweep.line[3 * i + 1], dx);
-        EXPECT_EQ(arrays.sweep.line[3 * i + 2], dy * i - dx * 7.25);
-        EXPECT_EQ(arrays.sweep.flat[3 * i], -1);
+        EXPECT_EQ(arrays.line[3 * i], -dy);
+        EXPECT_EQ(arrays.line[3 * i + 1], dx);
+        EXPECT_EQ(arrays.line[3 * i + 2], dy * i - dx * 7.25);
+        EXPECT_EQ(arrays.flat[3 * i], -1);
     }
 }
 
 TEST(Wavefront, WhatNoStepHasWrittenStaysInTheArrays)
 {
-    Arrays arrays(3, true);
-    Wavefront w(arrays.sweep, arrays.memory());
+    Arrays arrays(3);
+    Wavefront w(arrays.rows, true, arrays.memory.data());
     hand_back(w);
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(arrays.sweep.velocity[3 * i], 7.25);
-        EXPECT_EQ(arrays.sweep.direction[3 * i + 1], 7.25);
-        EXPECT_EQ(arrays.sweep.line[3 * i + 2], 7.25);
-        EXPECT_EQ(arrays.sweep.length[i], 7.25);
-        EXPECT_EQ(arrays.sweep.rate[i], 7.25);
+        EXPECT_EQ(arrays.velocity[3 * i], 7.25);
+        EXPECT_EQ(arrays.direction[3 * i + 1], 7.25);
+        EXPECT_EQ(arrays.line[3 * i + 2], 7.25);
+        EXPECT_EQ(arrays.length[i], 7.25);
+        EXPECT_EQ(arrays.rate[i], 7.25);
     }
 }
 
 TEST(Wavefront, ARefreshFetchesVelocitiesThatNoStepHasWritten)
 {
-    Arrays arrays(3, false);
-    arrays.sweep.velocity[4] = 3.5;
-    Wavefront w(arrays.sweep, arrays.memory());
+    Arrays arrays(3);
+    arrays.velocity[4] = 3.5;
+    Wavefront w(arrays.rows, false, arrays.memory.data());
     refresh(w);
     EXPECT_EQ(w.velocity.x[1], 7.25);
     EXPECT_EQ(w.velocity.y[1], 3.5);
@@ -184,8 +169,8 @@ TEST(Wavefront, ARefreshFetchesVelocitiesThatNoStepHasWritten)
 
 TEST(Wavefront, NeighboursAreFoundAcrossTheDeadAndTheEnds)
 {
-    Arrays arrays(5, false);
-    Wavefront w(arrays.sweep, arrays.memory());
+    Arrays arrays(5);
+    Wavefront w(arrays.rows, false, arrays.memory.data());
     bury(w, 0, 1);
     bury(w, 3, 4);
     EXPECT_EQ(next_live(w, 2), 4);

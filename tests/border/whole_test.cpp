@@ -5,9 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "border/internal/sweep.h"
 #include "tests/border/shapes.h"
-#include "tests/reference/sweep.h"
+#include "tests/border/twins.h"
 #include "tests/support/bits.h"
 #include "tests/support/outlines.h"
 
@@ -113,22 +112,21 @@ TEST(WholeSweep, EndsWhereTheDocumentedStepsLoseAPart)
         std::copy(path.begin(), path.end(), quick.flat.begin());
         for (size_t i = 0; i < n; ++i)
             documented.merge[i] = static_cast<int32_t>(i);
-        reference::Sweep steps = documented.sweep(distance, true), same = quick.sweep(distance, true);
-        border::Sweep s = {same.n,    same.remaining, same.split_events, same.flat, same.direction, same.velocity,
-                           same.line, same.length,    same.rate,         same.dead, same.merge};
-        s.keep_whole = true;
+        reference::Sweep steps = documented.sweep(distance, true);
+        border::Sweep s = quick_sweep(quick, distance);
+        s.request.keep_whole = true;
         ASSERT_TRUE(border::run_sweep(s));
         const End end = run_whole(steps);
         ++ends[static_cast<int>(end)];
         SCOPED_TRACE(testing::Message() << "outline " << round << " of " << n << " points, distance "
                                         << describe(distance) << ", end " << static_cast<int>(end));
-        ASSERT_TRUE(same_bits({steps.remaining}, &s.remaining));
+        ASSERT_TRUE(same_bits({steps.remaining}, &s.progress.remaining));
         int live = 0;
         for (size_t i = 0; i < n; ++i)
-            if (s.dead[i] == 0) {
+            if (quick.dead[i] == 0) {
                 ++live;
                 ASSERT_EQ(steps.dead[i], 0);
-                ASSERT_TRUE(same_bits({steps.flat[3 * i], steps.flat[3 * i + 1]}, s.flat + 3 * i));
+                ASSERT_TRUE(same_bits({steps.flat[3 * i], steps.flat[3 * i + 1]}, &quick.flat[3 * i]));
             } else if (end != End::ridge) {
                 ASSERT_EQ(steps.dead[i], 1);
             }
