@@ -25,7 +25,7 @@ td, th { padding: .2rem .7rem; border: 1px solid #7a828a; text-align: left; }
 </style>
 )";
 
-// Code, bold text, links and pictures of a piece of text.
+// Code, bold text, places, links and pictures of a piece of text.
 std::string inline_html(const std::string& text, const Links& links)
 {
     std::string out;
@@ -34,6 +34,9 @@ std::string inline_html(const std::string& text, const Links& links)
         if (text[i] == '\\' && i + 1 < text.size()) {
             out += escaped(text.substr(i + 1, 1));
             i += 2;
+        } else if (text.compare(i, 7, "<a id=\"") == 0 && (end = text.find("></a>", i)) != std::string::npos) {
+            out += "<span" + text.substr(i + 2, end - i - 2) + "></span>"; // a place is no link
+            i = end + 5;
         } else if (text[i] == '`' && (end = text.find("`", i + 1)) != std::string::npos) {
             out += "<code>" + escaped(text.substr(i + 1, end - i - 1)) + "</code>";
             i = end + 1;
