@@ -193,7 +193,7 @@ double aim_corners(Wavefront& w, Watch& watch, int32_t begin, int32_t end, doubl
     const ConstEdges edge = w.edge;
     const ConstPoints expected = watch.expected;
     double *const velocity_x = w.velocity.x, *const velocity_y = w.velocity.y;
-    int32_t *const turned = watch.turned, *const turned_count = &watch.turned_count;
+    int32_t *const turned = watch.unsteady.turned, *const turned_count = &watch.unsteady.turned_count;
     return greatest_over(begin, end, drift, [=]<class V>(int32_t i) {
         const V ex = load<V>(edge.dx + i - 1), ey = load<V>(edge.dy + i - 1);
         const V fx = load<V>(edge.dx + i), fy = load<V>(edge.dy + i);
@@ -230,7 +230,7 @@ bool aim_blunt_corners(Wavefront& w, Watch& watch, Round& round)
         return true;
     }
     std::swap(w.velocity, w.velocity_before);
-    watch.turned_count = 0;
+    watch.unsteady.turned_count = 0;
     return false;
 }
 
@@ -249,7 +249,7 @@ bool aim_sharp_corner(Wavefront& w, Watch& watch, Round& round, int32_t i)
     vy *= speed;
     round.drift = greater(greater(drift_of(ex, ey, vx, vy), drift_of(fx, fy, vx, vy)), round.drift);
     if (watch.is_on)
-        watch.turned[watch.turned_count++] = i; // without asking: such corners are rare
+        watch.unsteady.turned[watch.unsteady.turned_count++] = i; // without asking: such corners are rare
     return true;
 }
 
@@ -377,7 +377,7 @@ Corners aim_vertices(Wavefront& w, Watch& watch, const Round& before, Round& rou
 {
     int32_t done = round.first_unaimed;
     round.drift = done > 0 ? before.drift : 0.0;
-    watch.turned_count = 0;
+    watch.unsteady.turned_count = 0;
     if (done > 0 || before.has_sharp_corners || !aim_blunt_corners(w, watch, round)) {
         const int32_t sharp = list_sharp_corners(w, done);
         round.has_sharp_corners = sharp > 0;

@@ -10,7 +10,7 @@
 // Boxes and candidates are numbered by slots, since places change with every death. Invariants while watched. For every
 // pair of which neither the vertex nor an end of the edge is in `changed` or in `turned`:
 //
-// - If it meets before `horizon` it is a candidate, and `due` is not later than the meeting.
+// - If it meets before the horizon it is a candidate, and `due` is not later than the meeting.
 // - The vertex is inside its box by `allowance`.
 // - Box e + 1 is that of the end of edge e, also after deaths between them.
 // - The box of the edge's stretch holds the edge.
@@ -72,28 +72,28 @@ void set_box(Watch& watch, int32_t slot, const Box& box)
 /// `reach`, and a corner that is no hairpin moves at most 1 / kHairpinCosine, a million, per unit of distance.
 bool renew_box(Watch& watch, const Wavefront& w, int32_t m, double ahead)
 {
-    const double x = w.at.x[m], y = w.at.y[m], room = room_around(ahead, watch.allowance);
+    const double x = w.at.x[m], y = w.at.y[m], room = room_around(ahead, watch.bounds.allowance);
     const double to_x = x + ahead * w.velocity.x[m], to_y = y + ahead * w.velocity.y[m];
     const Box box = {lesser(x, to_x) - room, lesser(y, to_y) - room, greater(x, to_x) + room, greater(y, to_y) + room};
     set_box(watch, watch.slots.slot[m], box);
     watch.expected.x[m] = w.velocity.x[m];
     watch.expected.y[m] = w.velocity.y[m];
-    return reach_of(box) <= watch.reach;
+    return reach_of(box) <= watch.bounds.reach;
 }
 
 /// Widens the box of its stretch to hold edge e.
 void widen_stretch(Watch& watch, int32_t e)
 {
-    const int32_t k = e / watch.stretch_length;
+    const int32_t k = e / watch.bounds.stretch_length;
     watch.stretches.set(k, hull(watch.stretches[k], edge_box(watch, e)));
 }
 
 /// Lists the vertex, once, to be looked at again.
 void note_changed(Watch& watch, int32_t slot)
 {
-    int32_t *const changed = watch.changed, *const end = changed + watch.changed_count;
+    int32_t *const changed = watch.unsteady.changed, *const end = changed + watch.unsteady.changed_count;
     if (std::find(changed, end, slot) == end)
-        changed[watch.changed_count++] = slot;
+        changed[watch.unsteady.changed_count++] = slot;
 }
 
 /// How much faster than at present a pair may close. Velocities stay within kSteady of the expected ones, so within 2
@@ -117,15 +117,15 @@ double due_of(const Watch& watch, const Wavefront& w, const Round& round, int32_
     const double approach = dx * w.velocity.y[m] - dy * w.velocity.x[m] + 1.0;
     const bool is_closing = ((apart < 0.0) == (approach > 0.0)) == (round.remaining > 0.0);
     const double fastest = (is_closing ? std::fabs(approach) : 0.0) + kDrifts * round.drift + kUnsteadiness;
-    const double certain = std::fabs(apart) - kMeetsAside * watch.allowance;
-    return watch.spent + (1.0 - kSpeedRounding) * (certain / fastest) - kRounding * watch.horizon;
+    const double certain = std::fabs(apart) - kMeetsAside * watch.bounds.allowance;
+    return watch.spent + (1.0 - kSpeedRounding) * (certain / fastest) - kRounding * watch.bounds.horizon;
 }
 
 /// Adds a pair, by its places, unless it does not meet before the horizon. False when there are too many candidates.
 bool add_candidate(Watch& watch, const Wavefront& w, const Round& round, int32_t m, int32_t e)
 {
     const double due = due_of(watch, w, round, m, e);
-    if (due > watch.horizon)
+    if (due > watch.bounds.horizon)
         return true;
     if (watch.candidate_count == watch.most_candidates)
         return false;
@@ -139,8 +139,8 @@ bool add_candidate(Watch& watch, const Wavefront& w, const Round& round, int32_t
 int32_t list_near(const Watch& watch, int32_t stretch, const Box& box, int32_t* list)
 {
     const ConstBoxes boxes = watch.boxes;
-    const int32_t begin = stretch * watch.stretch_length;
-    const int32_t end = std::min(begin + watch.stretch_length, watch.slots.count);
+    const int32_t begin = stretch * watch.bounds.stretch_length;
+    const int32_t end = std::min(begin + watch.bounds.stretch_length, watch.slots.count);
     int32_t count = 0;
     for_lanes(begin, end, [boxes, box, list, &count]<class V>(int32_t i) {
         const auto is_apart = hulls_apart<V>(boxes, i, box);
@@ -168,7 +168,7 @@ bool add_pairs_of(Watch& watch, const Wavefront& w, const Round& round, int32_t 
         return add_near(overlap(other, box_before), place, before) && add_near(overlap(other, box_after), place, m) &&
                add_near(overlap(box, edge_box(watch, slot)), m, place);
     };
-    for (int32_t first = 0; first < watch.stretch_count; first += BoxTree::kFan)
+    for (int32_t first = 0; first < watch.bounds.stretch_count; first += BoxTree::kFan)
         for (unsigned near = find_overlaps<Pair>(watch.stretches, first, around); near != 0; near &= near - 1) {
             int32_t list[kLongestStretch];
             const int32_t count = list_near(watch, first + std::countr_zero(near), around, list);
@@ -182,21 +182,23 @@ bool add_pairs_of(Watch& watch, const Wavefront& w, const Round& round, int32_t 
 /// Whether the watch serves a round that moves by `window`.
 bool lasts(const Watch& watch, const Wavefront& w, const Round& round, double window)
 {
-    return !(watch.rounds == kMostRounds || watch.spent + window > watch.horizon ||
-             slack_of(round.drift, watch.reach, window) > watch.allowance || watch.turned_count > most_changes(w.live));
+    return !(watch.rounds == kMostRounds || watch.spent + window > watch.bounds.horizon ||
+             slack_of(round.drift, watch.bounds.reach, window) > watch.bounds.allowance ||
+             watch.unsteady.turned_count > most_changes(w.live));
 }
 
 /// Gives the vertices that have turned or changed new boxes, then adds their pairs. False where the watch cannot go on.
 bool look_again(Watch& watch, const Wavefront& w, const Round& round)
 {
     ++watch.rounds;
-    for (int32_t k = 0; k < watch.turned_count; ++k)
-        note_changed(watch, watch.slots.slot[watch.turned[k]]);
-    int32_t* const changed = watch.changed;
+    for (int32_t k = 0; k < watch.unsteady.turned_count; ++k)
+        note_changed(watch, watch.slots.slot[watch.unsteady.turned[k]]);
+    int32_t* const changed = watch.unsteady.changed;
     const auto is_dead = [&watch](int32_t slot) { return place_of(watch.slots, slot) < 0; };
-    const std::span<const int32_t> again(changed, std::remove_if(changed, changed + watch.changed_count, is_dead));
-    watch.changed_count = 0;
-    const double rest = watch.horizon - watch.spent, ahead = round.remaining > 0.0 ? rest : -rest;
+    const std::span<const int32_t> again(changed,
+                                         std::remove_if(changed, changed + watch.unsteady.changed_count, is_dead));
+    watch.unsteady.changed_count = 0;
+    const double rest = watch.bounds.horizon - watch.spent, ahead = round.remaining > 0.0 ? rest : -rest;
     for (const int32_t slot : again)
         if (!renew_box(watch, w, place_of(watch.slots, slot), ahead))
             return false;
@@ -246,8 +248,8 @@ Watch::Watch(int32_t n, double* memory)
     candidates = reinterpret_cast<Candidate*>(due + most_candidates);
     slots.place = due + 2 * most_candidates;
     slots.slot = reinterpret_cast<int32_t*>(slots.place + n);
-    turned = slots.slot + n;
-    changed = turned + n;
+    unsteady.turned = slots.slot + n;
+    unsteady.changed = unsteady.turned + n;
 }
 
 int32_t most_changes(int32_t live)
@@ -283,18 +285,16 @@ void start_watch(Watch& watch, const Wavefront& w, const Round& round, double ah
 {
     watch.rounds = 0;
     watch.spent = 0.0;
-    watch.horizon = std::fabs(ahead);
-    watch.allowance = 2.0 * slack_of(round.drift, reach, watch.horizon);
     name_places(watch.slots, w.live);
-    watch.changed_count = 0;
+    watch.unsteady.changed_count = 0;
     watch.candidate_count = 0;
-    BoxTree tree = grow_boxes(watch, w, ahead, room_around(ahead, watch.allowance));
+    const double horizon = std::fabs(ahead), allowance = 2.0 * slack_of(round.drift, reach, horizon);
+    BoxTree tree = grow_boxes(watch, w, ahead, room_around(ahead, allowance));
     const int level = std::min(2, tree.levels - 1);
     watch.stretches = tree.level[level];
-    watch.stretch_length = level == 1 ? BoxTree::kFan : kLongestStretch;
-    watch.stretch_count = tree.count[level];
-    watch.reach = reach_of(box_around(tree));
-    watch.is_on = watch.reach < kFarthestBoxed &&
+    watch.bounds = {horizon, allowance, reach_of(box_around(tree)), level == 1 ? BoxTree::kFan : kLongestStretch,
+                    tree.count[level]};
+    watch.is_on = watch.bounds.reach < kFarthestBoxed &&
                   for_meeting_boxes(tree, watch.boxes, w.live, [&watch, &w, &round](int32_t m, int32_t e) {
                       return add_candidate(watch, w, round, m, e);
                   });
@@ -304,7 +304,7 @@ void start_watch(Watch& watch, const Wavefront& w, const Round& round, double ah
 
 void follow_packing(Watch& watch, const Wavefront& w)
 {
-    watch.is_on = watch.is_on && watch.changed_count + w.gap_count <= most_changes(w.live);
+    watch.is_on = watch.is_on && watch.unsteady.changed_count + w.gap_count <= most_changes(w.live);
     if (!watch.is_on)
         return;
     close_gaps(w, watch.expected);
@@ -323,7 +323,7 @@ void keep_up(Watch& watch, const Wavefront& w, const Round& round, double window
 void renew_due(Watch& watch, const Wavefront& w, const Round& round, int64_t k, int32_t m, int32_t e)
 {
     watch.due[k] = due_of(watch, w, round, m, e);
-    if (watch.due[k] > watch.horizon)
+    if (watch.due[k] > watch.bounds.horizon)
         drop_candidate(watch, k);
 }
 

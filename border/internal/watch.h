@@ -21,7 +21,25 @@ struct Candidate {
 /// above the rounding of velocities, far below the unit speed of edges.
 constexpr double kSteady = 5e-04;
 
-/// The pairs that may meet before `horizon`, kept over rounds. Distances count from where the watch began.
+/// What a watch is limited by: set by `start_watch`, the same until it ends. Distances count from where it began.
+struct WatchBounds {
+    double horizon = 0.0;       ///< distance up to which the boxes hold the motion
+    double allowance = 0.0;     ///< every vertex is inside its box by at least this
+    double reach = 0.0;         ///< no box holds a larger coordinate
+    int32_t stretch_length = 0; ///< slots of a stretch
+    int32_t stretch_count = 0;
+};
+
+/// What a round has seen of the watched vertices that asks for another look, up to `keep_up`, which takes it.
+struct Unsteady {
+    Column<int32_t> changed; ///< [changed_count] slots whose predecessor has died: listed by `follow_packing`
+    int32_t changed_count = 0;
+    Column<int32_t> turned; ///< [turned_count] places of vertices that are not steady, ascending: by `aim_vertices`
+    int32_t turned_count = 0;
+};
+
+/// The pairs that may meet before the horizon. The record and its memory are there for the sweep; what it holds is kept
+/// up from round to round while it is on, but for `bounds` and `unsteady`.
 struct Watch {
     /// Takes `memory`, of `doubles_for` n vertices. For 0 vertices nothing is ever watched.
     Watch(int32_t n, double* memory);
@@ -30,31 +48,19 @@ struct Watch {
     /// Whether the rest holds. Set by `start_watch`; `follow_packing`, `keep_up` and `end_watch` clear it.
     bool is_on = false;
 
-    // Set by `start_watch` for as long as the watch lasts.
-    double horizon = 0.0;       ///< distance up to which the boxes hold the motion
-    double allowance = 0.0;     ///< every vertex is inside its box by at least this
-    double reach = 0.0;         ///< no box holds a larger coordinate
-    int32_t stretch_length = 0; ///< slots of a stretch
-    int32_t stretch_count = 0;
-
-    // Set by `start_watch`, kept up from round to round.
+    WatchBounds bounds;
     int32_t rounds = 0; ///< searched since it began: counted by `keep_up`
     double spent = 0.0; ///< distance travelled: added to by the search, after each round
     Points expected;    ///< [live] velocities when the vertices were looked at last: read by `aim_vertices`, renewed by
                         ///< `keep_up`, packed by `follow_packing`
     Slots slots;        ///< names of the vertices: kept up by `follow_packing`
     Boxes boxes;        ///< [slots + 1] of the vertices, a dead one's that of the next live; then the first again
-    Boxes stretches;    ///< [stretch_count] around the edges of neighbouring slots: widened by `keep_up`
+    Boxes stretches;    ///< [bounds.stretch_count] around the edges of neighbouring slots: widened by `keep_up`
     int64_t candidate_count = 0, most_candidates = 0;
     Column<Candidate> candidates; ///< [candidate_count] added by `keep_up`, dropped when they are tested
     Column<double> due;           ///< [candidate_count] distance before which a candidate does not meet
 
-    // From one round to the next: what `keep_up` has to look at again.
-    Column<int32_t> changed; ///< [changed_count] slots whose predecessor has died: listed by `follow_packing`
-    int32_t changed_count = 0;
-    Column<int32_t> turned; ///< [turned_count] places of vertices that are not steady, ascending: by `aim_vertices`
-    int32_t turned_count = 0;
-
+    Unsteady unsteady;
     Column<double> tree_memory; ///< of the tree that `grow_boxes` returns, until it grows the next one
 };
 

@@ -143,7 +143,7 @@ private:
     void look_at_steadiness() const
     {
         const Watch& watch = search.watch;
-        const int32_t *const turned = watch.turned, *const end = turned + watch.turned_count;
+        const int32_t *const turned = watch.unsteady.turned, *const end = turned + watch.unsteady.turned_count;
         for (int32_t i = 0; watch.is_on && i < w.live; ++i) {
             const bool is_steady = std::fabs(w.velocity.x[i] - watch.expected.x[i]) <= 5e-04 &&
                                    std::fabs(w.velocity.y[i] - watch.expected.y[i]) <= 5e-04;
@@ -196,12 +196,13 @@ void look_at_boxes(const Rounds& sweep)
     for (int32_t i = 0; i < sweep.w.live; ++i) {
         const int32_t slot = watch.slots.slot[i], next = watch.slots.slot[i + 1 == sweep.w.live ? 0 : i + 1];
         const Moving vertex = sweep.vertex(i);
-        EXPECT_TRUE(holds(watch.boxes[slot], vertex.at, watch.allowance)) << "vertex " << i;
-        EXPECT_TRUE(holds(watch.boxes[slot], vertex.after(watch.horizon - sweep.spent()), watch.allowance))
+        EXPECT_TRUE(holds(watch.boxes[slot], vertex.at, watch.bounds.allowance)) << "vertex " << i;
+        EXPECT_TRUE(
+            holds(watch.boxes[slot], vertex.after(watch.bounds.horizon - sweep.spent()), watch.bounds.allowance))
             << "vertex " << i;
         const Box end = watch.boxes[next], behind = watch.boxes[slot + 1];
         EXPECT_TRUE(holds(end, behind) && holds(behind, end)) << "edge " << i;
-        EXPECT_TRUE(holds(watch.stretches[slot / watch.stretch_length], hull(watch.boxes[slot], behind)))
+        EXPECT_TRUE(holds(watch.stretches[slot / watch.bounds.stretch_length], hull(watch.boxes[slot], behind)))
             << "edge " << i;
     }
 }
@@ -210,7 +211,7 @@ void look_at_boxes(const Rounds& sweep)
 int look_at_candidates(const Rounds& sweep)
 {
     const Watch& watch = sweep.search.watch;
-    const double rest = watch.horizon - sweep.spent();
+    const double rest = watch.bounds.horizon - sweep.spent();
     std::vector<double> due(static_cast<size_t>(watch.slots.count) * watch.slots.count, kNever);
     const auto due_of = [&due, &watch](int32_t vertex, int32_t edge) -> double& {
         return due[static_cast<size_t>(vertex) * watch.slots.count + edge];
@@ -344,7 +345,7 @@ TEST(Watch, NoPairMeetsBeforeItIsDueThoughAllThreeTurnByTwiceWhatIsSteady)
                     continue;
                 watch.candidate_count = 1;
                 renew_due(watch, sweep.w, sweep.round(), 0, m, e);
-                const double due = watch.candidate_count == 0 ? watch.horizon : watch.due[0];
+                const double due = watch.candidate_count == 0 ? watch.bounds.horizon : watch.due[0];
                 if (due <= 0.0)
                     continue;
                 ++tested;
