@@ -18,8 +18,6 @@ namespace {
 
 /// Directions that differ by less than this are taken for the same.
 constexpr double kLeastTurn = 1e-06;
-/// A corner whose half turn has a smaller cosine is a hairpin: it would move infinitely fast.
-constexpr double kHairpinCosine = 1e-06;
 /// 1 + cos(turn) is 2 cos^2 of the half turn, 2e-12 where that is kHairpinCosine. A corner above half as much again is
 /// no hairpin, however the root is rounded.
 constexpr double kHairpinTurn = 3e-12;

@@ -28,9 +28,7 @@ constexpr double kShort = 4e-05;
 /// The part of an edge that the cut of a corner may take. Chosen: those at both ends leave a fifth.
 constexpr double kRoom = 0.4;
 /// A turn with a smaller sine stays sharp: a bevel would be within a hundred-millionth of the distance of it.
-constexpr double kLeastTurn = 1e-04;
-/// A spike whose half turn has a smaller cosine turns right back, and is removed by the sweep.
-constexpr double kHairpinCosine = 1e-06;
+constexpr double kLeastSine = 1e-04;
 /// The tolerance that is taken where none is given, as documented, and the least one, as parts of the distance.
 constexpr double kTolerance = 0.005, kLeastTolerance = 1e-06;
 /// Directions whose sine is smaller meet nowhere. Chosen: as the sweep takes them for the same.
@@ -75,33 +73,33 @@ int halvings(int32_t kind, double cos_half_turn, const Joins& joins, double dist
     }
 }
 
-/// Points that are one corner, by the last of them.
-struct Corners {
+/// Points near enough to each other to be one corner, by the last of them.
+struct Clusters {
     Vector<size_t> last; ///< of each corner, ascending around the outline
     Vector<size_t> of;   ///< the corner of each point
 };
 
 /// Fewer than three where the outline is too small for any.
-Corners corners_of(std::span<const Place> places)
+Clusters clusters_of(std::span<const Place> places)
 {
     const size_t n = places.size();
     const auto are_near = [&](size_t i, size_t k) { return length_of(places[i] - places[k]) < kShort; };
-    Corners corners = {{}, Vector<size_t>(n)};
+    Clusters clusters = {{}, Vector<size_t>(n)};
     size_t end = 0;
     while (end < n && are_near(end, (end + 1) % n))
         ++end;
     if (end == n)
-        return corners;
+        return clusters;
     for (size_t k = 0; k < n; ++k) {
         const size_t i = (end + n - k) % n;
-        if (k == 0 || !are_near(i, corners.last.back()))
-            corners.last.push_back(i);
-        corners.of[i] = corners.last.size() - 1;
+        if (k == 0 || !are_near(i, clusters.last.back()))
+            clusters.last.push_back(i);
+        clusters.of[i] = clusters.last.size() - 1;
     }
-    std::ranges::reverse(corners.last);
-    for (size_t& corner : corners.of)
-        corner = corners.last.size() - 1 - corner;
-    return corners;
+    std::ranges::reverse(clusters.last);
+    for (size_t& corner : clusters.of)
+        corner = clusters.last.size() - 1 - corner;
+    return clusters;
 }
 
 /// The power of two that brings an outline to the size that suits it, or 0 where it has none.
@@ -191,7 +189,8 @@ void JoinedOutline::cut(Corner& corner, const Joins& joins) const
     corner.directions.assign({e, f});
     corner.places.assign(1, p);
     corner.cos_half_turn = std::sqrt(std::max(0.5 + 0.5 * along, 0.0));
-    if (!(turn > (along > 0.0 ? kLeastTurn : 0.0)) || corner.cos_half_turn < kHairpinCosine)
+    if (!(turn > (along > 0.0 ? kLeastSine : 0.0)) ||
+        corner.cos_half_turn < border::kHairpinCosine) // the sweep removes it
         return;
     const int times = halvings(corner.kind, corner.cos_half_turn, joins, std::fabs(distance_) / zoom_);
     if (times == 0)
@@ -264,13 +263,13 @@ JoinedOutline::JoinedOutline(std::span<const Point> outline, double distance, co
     places.reserve(outline.size());
     for (const Point& p : outline)
         places.push_back({zoom_ * p.x, zoom_ * p.y});
-    const Corners corners = corners_of(places);
-    const size_t count = corners.last.size();
+    const Clusters clusters = clusters_of(places);
+    const size_t count = clusters.last.size();
     if (count < 3) {
         zoom_ = 1.0;
         return;
     }
-    const Vector<Corner> cuts = cut_all(places, corners.last, joins);
+    const Vector<Corner> cuts = cut_all(places, clusters.last, joins);
     size_t total = 0;
     for (const Corner& corner : cuts)
         total += corner.places.size();
@@ -283,9 +282,9 @@ JoinedOutline::JoinedOutline(std::span<const Point> outline, double distance, co
                       Text() << "there would be " << total);
     vertices_.reserve(total + outline.size() - count);
     for (size_t i = 0; i < outline.size(); ++i) {
-        const Corner& corner = cuts[corners.of[i]];
+        const Corner& corner = cuts[clusters.of[i]];
         const auto source = static_cast<int32_t>(i);
-        if (i == corners.last[corners.of[i]])
+        if (i == clusters.last[clusters.of[i]])
             lay_vertices(corner, source);
         else // merges into the next one as soon as the sweep begins
             vertices_.push_back({corner.places[0], source, {}});

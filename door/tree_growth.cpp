@@ -63,11 +63,11 @@ constexpr int32_t kManyKeys = 256;
 constexpr int32_t kReport = 100000;
 
 /// The fourth lane of `high` is how far off along a ray the triangles in it may be met, at most.
-struct Box {
+struct FloatBox {
     Floats low = all_floats(std::numeric_limits<float>::infinity()),
            high = all_floats(-std::numeric_limits<float>::infinity());
 
-    void include(const Box& other)
+    void include(const FloatBox& other)
     {
         low = lesser(low, other.low);
         high = greater(high, other.high);
@@ -80,9 +80,9 @@ struct Box {
     }
 };
 
-Box around(const Box* first, const Box* last)
+FloatBox around(const FloatBox* first, const FloatBox* last)
 {
-    Box box;
+    FloatBox box;
     for (; first != last; ++first)
         box.include(*first);
     return box;
@@ -92,7 +92,7 @@ Box around(const Box* first, const Box* last)
 struct Part {
     int32_t first, last; ///< before `last`
     int32_t depth;
-    Box box;
+    FloatBox box;
 
     int32_t size() const { return last - first; }
 };
@@ -188,20 +188,20 @@ public:
         // mmapped block freed so far (mallopt(3), M_MMAP_THRESHOLD). So a block below a huge page is allocated up to
         // twice as large: freeing it raises the threshold.
         const auto n = static_cast<size_t>(n_), leaves = static_cast<size_t>(most_leaves_);
-        const size_t bytes = n * sizeof(Box) + leaves * (2 * sizeof(Box) + sizeof(int32_t)) +
-                             (leaves / kChunk + 1) * sizeof(Box) + 5 * kAlignment;
+        const size_t bytes = n * sizeof(FloatBox) + leaves * (2 * sizeof(FloatBox) + sizeof(int32_t)) +
+                             (leaves / kChunk + 1) * sizeof(FloatBox) + 5 * kAlignment;
         room_.make_room(std::max(bytes, std::min(2 * bytes, platform::kLargePage - 1)));
         next_ = room_.data();
-        boxes_ = take<Box>(n_);
-        behind_ = take<Box>(most_leaves_);
+        boxes_ = take<FloatBox>(n_);
+        behind_ = take<FloatBox>(most_leaves_);
         // Keys share the memory of `behind_`: `cut_leaves` reads the last key before `hang_leaves` writes the first
         // box.
-        static_assert(sizeof(Box) >= 2 * sizeof(Key));
+        static_assert(sizeof(FloatBox) >= 2 * sizeof(Key));
         keys_ = reinterpret_cast<Key*>(behind_);
         spare_ = keys_ + n_;
-        leaves_ = take<Box>(most_leaves_);
+        leaves_ = take<FloatBox>(most_leaves_);
         codes_ = take<int32_t>(most_leaves_);
-        chunks_ = take<Box>(most_leaves_ / kChunk);
+        chunks_ = take<FloatBox>(most_leaves_ / kChunk);
     }
 
     void run()
@@ -232,7 +232,7 @@ private:
             const double high_z = scale * std::max(p[2], std::max(p[5], p[8])) - centre_z;
             const Pair wide = high - low;
             const double extent = wide[0] + wide[1] + (high_z - low_z), pad = kTrianglePad * extent;
-            Box& box = boxes_[t];
+            FloatBox& box = boxes_[t];
             box.low = Floats{static_cast<float>(low[0] - pad), static_cast<float>(low[1] - pad),
                              static_cast<float>(low_z - pad), 0};
             box.high = Floats{static_cast<float>(high[0] + pad), static_cast<float>(high[1] + pad),
@@ -260,7 +260,7 @@ private:
     void sort_anew(int32_t first, int32_t last)
     {
         Key* const keys = keys_;
-        Box centres;
+        FloatBox centres;
         for (int32_t i = first; i < last; ++i) {
             const Floats c = boxes_[number_of(keys[i])].twice_centre();
             centres.include({c, c});
@@ -290,7 +290,7 @@ private:
                     most = step;
                     last = cut;
                 }
-            Box box;
+            FloatBox box;
             for (int32_t i = first; i < last; ++i) {
                 const uint32_t t = number_of(keys[i]);
                 tree_.numbers_.data()[i] = static_cast<int32_t>(t);
@@ -304,12 +304,12 @@ private:
     }
 
     /// The box around leaves, whole chunks at a time.
-    Box box_of(int32_t first, int32_t last) const
+    FloatBox box_of(int32_t first, int32_t last) const
     {
         const int32_t low = (first + kChunk - 1) / kChunk, high = last / kChunk;
         if (low >= high)
             return around(leaves_ + first, leaves_ + last);
-        Box box = around(leaves_ + first, leaves_ + low * kChunk);
+        FloatBox box = around(leaves_ + first, leaves_ + low * kChunk);
         box.include(around(chunks_ + low, chunks_ + high));
         box.include(around(leaves_ + high * kChunk, leaves_ + last));
         return box;
@@ -319,14 +319,14 @@ private:
     struct Cut {
         int32_t leaf;
         float cost;
-        Box before, behind;
+        FloatBox before, behind;
     };
 
     /// Looks at the cuts before `step` times each number from `low` to `high` for one that costs less than `best`.
     void look(const Part& whole, int32_t step, int32_t low, int32_t high, Cut& best)
     {
-        const Box* const boxes = step == 1 ? leaves_ : chunks_;
-        Box box = box_of(high * step, whole.last);
+        const FloatBox* const boxes = step == 1 ? leaves_ : chunks_;
+        FloatBox box = box_of(high * step, whole.last);
         behind_[high] = box;
         for (int32_t i = high - 1; i >= low; --i) {
             box.include(boxes[i]);
@@ -398,7 +398,7 @@ private:
                 tree_.nodes_[static_cast<size_t>(at.node)].children[at.child] = number;
             Node node;
             for (int32_t c = 0; c < kWidth; ++c) {
-                const Box box = c < n ? parts[c].box : Box();
+                const FloatBox box = c < n ? parts[c].box : FloatBox();
                 for (int k = 0; k < 3; ++k) {
                     node.low[k][c] = box.low[k];
                     node.high[k][c] = box.high[k];
@@ -437,12 +437,12 @@ private:
     int32_t count_ = 0; ///< of leaves
     Block<unsigned char> room_;
     unsigned char* next_ = nullptr;
-    Box* boxes_; ///< of triangles
+    FloatBox* boxes_; ///< of triangles
     Key *keys_, *spare_;
-    Box* leaves_;
-    int32_t* codes_; ///< of leaves, as nodes have them
-    Box* chunks_;    ///< of kChunk leaves each
-    Box* behind_;    ///< a cut, and all to the end of the part
+    FloatBox* leaves_;
+    int32_t* codes_;   ///< of leaves, as nodes have them
+    FloatBox* chunks_; ///< of kChunk leaves each
+    FloatBox* behind_; ///< a cut, and all to the end of the part
 };
 
 void Tree::grow(const Telling& telling)

@@ -26,10 +26,10 @@ constexpr double kOnBall = 1e-09;
 constexpr int kMostSteps = 64;
 /// A ball of less than this share of the distance is none: the border lies on the line there.
 constexpr double kNothing = 1e-03;
-/// A run of points narrowed to less than this share of the distance gives way altogether where it can.
+/// A section of points narrowed to less than this share of the distance gives way altogether where it can.
 constexpr double kNarrow = 0.5;
-/// How much room a run may give up for a corner beyond the miter limit, beside the tip of two straight legs: there the
-/// radius of the ball times the way to the inner corner is the miter limit times the square of the distance, at any
+/// How much room a section may give up for a corner beyond the miter limit, beside the tip of two straight legs: there
+/// the radius of the ball times the way to the inner corner is the miter limit times the square of the distance, at any
 /// angle. Chosen, so that corners of such legs have some to spare.
 constexpr double kGivenUp = 2.0;
 
@@ -150,13 +150,13 @@ bool is_within_reach(const Beside& b, const Place& place, size_t i)
 }
 
 /// Points of a line that follow each other, and whether others come before and after them.
-struct Run {
+struct Section {
     size_t first, count;
     bool has_before, has_after;
 };
 
 /// The points around i that share its place.
-Run run_around(const Beside& b, const Settling& s, size_t i)
+Section section_around(const Beside& b, const Settling& s, size_t i)
 {
     const size_t n = b.line.size();
     const auto is_shared = [&](size_t k) { return s.heir[k % n] == s.heir[i]; };
@@ -170,32 +170,33 @@ Run run_around(const Beside& b, const Settling& s, size_t i)
     return {(i + n - back) % n, back + 1 + on, b.closed || back < before, b.closed || on < after};
 }
 
-/// Whether a place is no farther than the miter limit allows from the stretch of the line that a run stands for: the
-/// edges between its points and the two beside them. The inner corner of a sharp bend is so, however far it is from its
-/// own point. The tip of a corner that turns back is not, even where it lies beside edges that the line has left long
-/// before.
-bool is_near_stretch(const Beside& b, const Run& run, const Place& place)
+/// Whether a place is no farther than the miter limit allows from the stretch of the line that a section stands for:
+/// the edges between its points and the two beside them. The inner corner of a sharp bend is so, however far it is from
+/// its own point. The tip of a corner that turns back is not, even where it lies beside edges that the line has left
+/// long before.
+bool is_near_stretch(const Beside& b, const Section& section, const Place& place)
 {
-    const size_t n = b.line.size(), from = run.first + n - (run.has_before ? 1 : 0);
-    const size_t to = run.first + n + run.count - (run.has_after ? 0 : 1);
+    const size_t n = b.line.size(), from = section.first + n - (section.has_before ? 1 : 0);
+    const size_t to = section.first + n + section.count - (section.has_after ? 0 : 1);
     for (size_t k = from; k < to; ++k)
         if (is_within(reach_of(b), {b.line[k % n], b.line[(k + 1) % n]}, place))
             return true;
     return false;
 }
 
-/// Whether the points of a run may share a place that is farther from some of them than the miter limit allows: where
-/// it is near their stretch and the room they give up is small, by the lower quartile of the radii of their balls. So a
-/// deep bend with room for most of a border keeps it. The end of an open line and all of a ring do not give way so far.
+/// Whether the points of a section may share a place that is farther from some of them than the miter limit allows:
+/// where it is near their stretch and the room they give up is small, by the lower quartile of the radii of their
+/// balls. So a deep bend with room for most of a border keeps it. The end of an open line and all of a ring do not give
+/// way so far.
 template <class RadiusOf>
-bool may_share_afar(const Beside& b, const Run& run, const Place& place, RadiusOf radius_of)
+bool may_share_afar(const Beside& b, const Section& section, const Place& place, RadiusOf radius_of)
 {
     const size_t n = b.line.size();
-    if (!run.has_before || !run.has_after || run.count == n || !is_near_stretch(b, run, place))
+    if (!section.has_before || !section.has_after || section.count == n || !is_near_stretch(b, section, place))
         return false;
     double farthest = 0.0;
     Vector<double> radii;
-    for (size_t k = run.first; k < run.first + run.count; ++k) {
+    for (size_t k = section.first; k < section.first + section.count; ++k) {
         const Place away = place - b.line[k % n];
         farthest = std::max(farthest, std::sqrt(dot(away, away)));
         radii.push_back(radius_of(k % n));
@@ -226,9 +227,9 @@ void find_misplaced(const Beside& b, const Settling& s)
         is_known &= i > 0 && s.heir[i] == s.heir[i - 1];
         const auto may_be_afar = [&] {
             if (s.removed[i] == 0)
-                return is_near_stretch(b, run_around(b, s, i), place);
+                return is_near_stretch(b, section_around(b, s, i), place);
             if (!is_known)
-                may_stay = may_share_afar(b, run_around(b, s, i), place,
+                may_stay = may_share_afar(b, section_around(b, s, i), place,
                                           [&](size_t k) { return largest_ball(b, b.line[k], way_of(b, k)); });
             is_known = true;
             return may_stay;
@@ -247,8 +248,8 @@ void find_misplaced(const Beside& b, const Settling& s)
         move_together(i, i - 1);
 }
 
-/// Where the borders of the edges that lead to and from a run of points meet, if they do ahead of one and behind the
-/// other.
+/// Where the borders of the edges that lead to and from a section of points meet, if they do ahead of one and behind
+/// the other.
 std::optional<Place> corner_of(const Beside& b, size_t before, size_t after)
 {
     const auto e = direction(b, before, 1), f = direction(b, after, -1);
@@ -287,39 +288,40 @@ void give_place(const Settling& s, size_t i, const Place& place)
     s.moved[i] = 1;
 }
 
-/// Lets a run give way altogether: to the corner of the borders beside it, or, where little is left of it, to the
+/// Lets a section give way altogether: to the corner of the borders beside it, or, where little is left of it, to the
 /// places of its neighbours. The ball of point k of the line has `radius[k]`.
-void let_run_give_way(const Beside& b, const Settling& s, const Run& run, std::span<const double> radius)
+void let_section_give_way(const Beside& b, const Settling& s, const Section& section, std::span<const double> radius)
 {
-    const size_t n = b.line.size(), before = (run.first + n - 1) % n, after = (run.first + run.count) % n;
+    const size_t n = b.line.size(), before = (section.first + n - 1) % n, after = (section.first + section.count) % n;
     const auto radius_of = [&](size_t k) { return radius[k]; };
     const auto all_reach = [&](const Place& place, size_t from, size_t to) {
         for (size_t k = from; k < to; ++k)
-            if (!is_within_reach(b, place, (run.first + k) % n))
+            if (!is_within_reach(b, place, (section.first + k) % n))
                 return false;
         return true;
     };
     const auto give = [&](const Place& place, size_t from, size_t to) {
         for (size_t k = from; k < to; ++k)
-            give_place(s, (run.first + k) % n, place);
+            give_place(s, (section.first + k) % n, place);
     };
-    if (run.has_before && run.has_after)
+    if (section.has_before && section.has_after)
         if (const auto corner = corner_of(b, before, after);
-            corner && (all_reach(*corner, 0, run.count) || may_share_afar(b, run, *corner, radius_of)) &&
+            corner && (all_reach(*corner, 0, section.count) || may_share_afar(b, section, *corner, radius_of)) &&
             is_clear(b, *corner)) {
-            give(*corner, 0, run.count);
+            give(*corner, 0, section.count);
             return;
         }
     double least = std::fabs(b.distance);
-    for (size_t k = run.first; k < run.first + run.count; ++k)
+    for (size_t k = section.first; k < section.first + section.count; ++k)
         least = std::min(least, radius[k % n]);
-    if (least >= kNarrow * std::fabs(b.distance) || (!run.has_before && !run.has_after))
+    if (least >= kNarrow * std::fabs(b.distance) || (!section.has_before && !section.has_after))
         return;
-    const size_t half = !run.has_before ? 0 : !run.has_after ? run.count : run.count / 2;
-    const Place first = s.border[run.has_before ? before : after], last = s.border[run.has_after ? after : before];
-    if (all_reach(first, 0, half) && all_reach(last, half, run.count) && clearance(b, first, last) > least) {
+    const size_t half = !section.has_before ? 0 : !section.has_after ? section.count : section.count / 2;
+    const Place first = s.border[section.has_before ? before : after],
+                last = s.border[section.has_after ? after : before];
+    if (all_reach(first, 0, half) && all_reach(last, half, section.count) && clearance(b, first, last) > least) {
         give(first, 0, half);
-        give(last, half, run.count);
+        give(last, half, section.count);
     }
 }
 
@@ -360,7 +362,7 @@ void settle(const Beside& b, const Settling& s, bool all)
         s.narrowed[i] = way.is_cut_off || radius[i] < std::fabs(b.distance) - b.slack;
     }
 
-    size_t start = 0; // a run that goes round the end of a closed line begins after it
+    size_t start = 0; // a section that goes round the end of a closed line begins after it
     if (b.closed)
         while (start < n && s.narrowed[start] != 0)
             ++start;
@@ -372,12 +374,12 @@ void settle(const Beside& b, const Settling& s, bool all)
             ++k;
             continue;
         }
-        Run run = {first, 0, b.closed || first > 0, true};
-        while (k + run.count < n && s.narrowed[(first + run.count) % n] != 0)
-            ++run.count;
-        run.has_after = b.closed || first + run.count < n;
-        let_run_give_way(b, s, run, radius);
-        k += run.count;
+        Section section = {first, 0, b.closed || first > 0, true};
+        while (k + section.count < n && s.narrowed[(first + section.count) % n] != 0)
+            ++section.count;
+        section.has_after = b.closed || first + section.count < n;
+        let_section_give_way(b, s, section, radius);
+        k += section.count;
     }
 }
 

@@ -90,6 +90,9 @@ struct Sweep {
 /// A length of nothing: neighbours that are closer to each other merge. `door/` takes such points for one, too.
 constexpr double kHair = 1.2e-06;
 
+/// A corner whose half turn has a smaller cosine is a hairpin: it would move infinitely fast.
+constexpr double kHairpinCosine = 1e-06;
+
 /// Vertices looked at between two questions whether to go on, one by one or in pairs of leaves: a millisecond or a few.
 constexpr int64_t kVerticesPerQuestion = 100000;
 

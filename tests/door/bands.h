@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "support.h"
+#include "tests/support/random.h"
 
 namespace korvale::test {
 
@@ -79,6 +80,23 @@ inline Numbers stretch_of(const Numbers& line, bool closed, const double* border
     for (size_t k = i + n - back; k <= i + n + on; ++k)
         stretch.insert(stretch.end(), {line[3 * (k % n)], line[3 * (k % n) + 1], 0});
     return stretch;
+}
+
+/// Points that wander, the more wildly the larger `turn` is.
+inline Numbers wandering(Random& random, int n, double turn)
+{
+    Numbers line;
+    double x = 0, y = 0, heading = random.uniform(0, 6);
+    for (int i = 0; i < n; ++i) {
+        line.insert(line.end(), {x, y, 0});
+        if (random.one_in(12))
+            continue;
+        heading += random.uniform(-turn, turn);
+        const double step = random.uniform(0.01, 2);
+        x += step * std::cos(heading);
+        y += step * std::sin(heading);
+    }
+    return line;
 }
 
 } // namespace korvale::test
