@@ -387,10 +387,11 @@ TEST(BORDERMakePipe, WingsBorderAndPipeMakeABandAlongAPolyline)
     ASSERT_EQ(status->output->count, 6);
     const Coordinates band = points_of(status->output);
     // The ends of the border stand beside those of the road, at right angles and at the distance.
-    EXPECT_NEAR(band[0], 0.0, 1e-12);
-    EXPECT_NEAR(std::fabs(band[1]), 0.5, 1e-12);
-    EXPECT_NEAR(std::hypot(band[6] - 8, band[7] - 3), 0.5, 1e-12);
-    EXPECT_NEAR((band[6] - 8) * 4 + (band[7] - 3) * 3, 0.0, 1e-12);
+    EXPECT_EQ(band[0], 0.0);
+    EXPECT_EQ(std::fabs(band[1]), 0.5);
+    // Each coordinate, of less than 8, is rounded by 4e-16 a few times; a product by 4 and 3 enlarges that.
+    EXPECT_NEAR(std::hypot(band[6] - 8, band[7] - 3), 0.5, 2e-15);
+    EXPECT_NEAR((band[6] - 8) * 4 + (band[7] - 3) * 3, 0.0, 1e-14);
     EXPECT_TRUE(same_bits({8, 3, 0, 4, 0, 0, 0, 0, 0}, Coordinates(band.begin() + 9, band.end())));
 }
 
@@ -402,13 +403,14 @@ TEST(Band, APositiveDistanceMovesAwayFromTheClosingEdge)
     const Band away = band_along(arch, 0.5), towards = band_along(arch, -0.5);
     EXPECT_EQ(away.dead, 0);
     EXPECT_EQ(towards.dead, 0);
+    constexpr double kRounding = 1e-14; // of coordinates below 9, each by 9e-16 a few times
     for (int i = 0; i < 4; ++i) {
         const int k = i < 3 ? i : 2;
-        EXPECT_NEAR(left_of(away, arch, i, k), 0.5, 1e-12);
-        EXPECT_NEAR(left_of(towards, arch, i, k), -0.5, 1e-12);
+        EXPECT_NEAR(left_of(away, arch, i, k), 0.5, kRounding);
+        EXPECT_NEAR(left_of(towards, arch, i, k), -0.5, kRounding);
     }
     const Coordinates backwards = {8, 0, 0, 6, 3, 0, 2, 3, 0, 0, 0, 0};
-    EXPECT_NEAR(left_of(band_along(backwards, 0.5), backwards, 0, 0), -0.5, 1e-12); // still up
+    EXPECT_NEAR(left_of(band_along(backwards, 0.5), backwards, 0, 0), -0.5, kRounding); // still up
 }
 
 TEST(Band, AWaveThatCrossesTheClosingEdgeKeepsItsDistanceWithSplitsOff)
@@ -417,8 +419,10 @@ TEST(Band, AWaveThatCrossesTheClosingEdgeKeepsItsDistanceWithSplitsOff)
         for (const double distance : {0.25, -0.25}) {
             const Coordinates line = wave(turns);
             const Band band = band_along(line, distance);
-            for (int i = 0; i < 41; ++i)
-                EXPECT_NEAR(std::fabs(left_of(band, line, i, i < 40 ? i : 39)), 0.25, 1e-9) << turns << ", point " << i;
+            for (int i = 0; i < 41;
+                 ++i) // each coordinate is rounded in each round of the sweep: by 4e-15 in all, if so
+                EXPECT_NEAR(std::fabs(left_of(band, line, i, i < 40 ? i : 39)), 0.25, 1e-13)
+                    << turns << ", point " << i;
         }
 }
 
@@ -448,8 +452,9 @@ TEST(Band, AnEndIsSquareToItsSegmentWhileItsWingAndItsNeighbourLive)
         ++right;
         const double dx = band.points[0] - line[0], dy = band.points[1] - line[1];
         const double along = dx * (line[3] - line[0]) + dy * (line[4] - line[1]);
-        EXPECT_NEAR(std::hypot(dx, dy), std::fabs(distance), 1e-9);
-        EXPECT_NEAR(along, 0.0, 1e-9);
+        // Coordinates of up to 31 are rounded by 4e-15 in each round; `along` is multiplied by an edge of up to 9.
+        EXPECT_NEAR(std::hypot(dx, dy), std::fabs(distance), 3e-14);
+        EXPECT_NEAR(along, 0.0, 3e-13);
     }
     EXPECT_GT(right, 1000);
     EXPECT_GT(dead, 10);

@@ -126,9 +126,9 @@ TEST(find_intersect, LiesOnBothLines)
         const double sine = find_intersect(line1, line2, out);
         if (std::fabs(sine) < 0.01)
             continue;
-        // The distances carry a few roundings of the coordinates, enlarged by at most 1 / 0.01.
-        ASSERT_NEAR(line1[0] * out[0] + line1[1] * out[1] + line1[2], 0.0, 1e-11);
-        ASSERT_NEAR(line2[0] * out[0] + line2[1] * out[1] + line2[2], 0.0, 1e-11);
+        // Coordinates of up to 10 / 0.01, and a few products of them, are rounded by 1e-13 each.
+        ASSERT_NEAR(line1[0] * out[0] + line1[1] * out[1] + line1[2], 0.0, 1e-12);
+        ASSERT_NEAR(line2[0] * out[0] + line2[1] * out[1] + line2[2], 0.0, 1e-12);
     }
 }
 

@@ -52,10 +52,11 @@ TEST(data_to_xy_xfms, TwoPointsTurnAboutYByTheAngleOfYAndZ)
     reverse.m[2][3] = 3;
     EXPECT_TRUE(equal(forward, f.forward));
     EXPECT_TRUE(equal(reverse, f.reverse));
-    // By hand: cosine 0.6, sine 0.8, so z of p0 goes to -0.8 + 1.8 = 1. The two short factors leave 1e-6.
+    // By hand: cosine 0.6, sine 0.8, so z of p0 goes to -0.8 + 1.8 = 1. The two short factors, whose product is 1 +
+    // 4e-7, leave 1e-6, and of a coordinate of 3 three times that.
     EXPECT_NEAR(f.forward.m[0][0], 0.6, 1e-6);
     EXPECT_NEAR(f.forward.m[0][2], 0.8, 1e-6);
-    EXPECT_NEAR(f.forward.m[2][3], -1, 1e-5);
+    EXPECT_NEAR(f.forward.m[2][3], -1, 3e-6);
     EXPECT_EQ(f.forward.m[0][3], 0);
     EXPECT_EQ(f.forward.m[1][3], 0);
 }
@@ -73,7 +74,7 @@ TEST(data_to_xy_xfms, TwoPointsRisingAlongXTurnByAQuarter)
     // atan2(z, x) would give 45 degrees; y is 0, so it is 90.
     const Flattened f = closed({0, 0, 0, 1, 0, 1});
     EXPECT_TRUE(equal(turn_about_y(std::atan2(1.0, 0.0) * kDegreesPerRadian), f.forward));
-    EXPECT_NEAR(f.forward.m[0][2], 1, 1e-6);
+    EXPECT_NEAR(f.forward.m[0][2], 1, 1e-12); // the square of what the short factors leave
 }
 
 TEST(data_to_xy_xfms, TheReverseOfTwoPointsIsNotTheInverse)
@@ -82,15 +83,17 @@ TEST(data_to_xy_xfms, TheReverseOfTwoPointsIsNotTheInverse)
     const Flattened f = open(xyz);
     const std::vector<double> back = carried(carried(xyz, f.forward), f.reverse);
     // The forward turn sends p0 to z = 0; the turn back and the move by 3 bring it to (1.8, 2, 5.4), not (1, 2, 3).
-    EXPECT_NEAR(back[0], 1.8, 1e-5);
-    EXPECT_NEAR(back[1], 2.0, 1e-5);
-    EXPECT_NEAR(back[2], 5.4, 1e-5);
+    // The short factors leave a millionth or so of each turn.
+    EXPECT_NEAR(back[0], 1.8, 3e-6);
+    EXPECT_EQ(back[1], 2.0);
+    EXPECT_NEAR(back[2], 5.4, 3e-6);
 }
 
 TEST(data_to_xy_xfms, TwoPointsApartByTheThresholdHaveADirection)
 {
-    EXPECT_NEAR(open({0, 0, 0, 0, 0, 1e-06}).forward.m[0][2], 1, 1e-6);
-    EXPECT_NEAR(open({0, 0, 0, 0, 0, 1.000001e-06}).forward.m[0][2], 1, 1e-6);
+    // A quarter turn, but for the square of what the short factors leave.
+    EXPECT_NEAR(open({0, 0, 0, 0, 0, 1e-06}).forward.m[0][2], 1, 1e-12);
+    EXPECT_NEAR(open({0, 0, 0, 0, 0, 1.000001e-06}).forward.m[0][2], 1, 1e-12);
     EXPECT_TRUE(equal(kIdentity, open({0, 0, 0, 0, 0, 9.99999e-07}).forward));
 }
 
@@ -132,8 +135,8 @@ TEST(data_to_xy_xfms, ADoubledPointAmongTheFirstThreeLeavesThemOut)
     // that enters p0 comes from p3: u = (5, 0, 0), w = (-5, -3, 0), so the normal is -z and the origin p3.
     EXPECT_EQ(f.forward.m[2][2], -1.0);
     const std::vector<double> p3 = carried({5, 3, 0}, f.forward);
-    EXPECT_NEAR(p3[0], 0, 1e-15);
-    EXPECT_NEAR(p3[1], 0, 1e-15);
+    EXPECT_EQ(p3[0], 0);
+    EXPECT_EQ(p3[1], 0);
 }
 
 // ---- Extremes
@@ -184,10 +187,10 @@ TEST(data_to_xy_xfms, TheSecondTryLeavesTheLeastPoint)
     // u = (4, 0, 0), w = (1, 2, 0): the normal is +z, the origin p1.
     EXPECT_EQ(f.forward.m[2][2], 1.0);
     const std::vector<double> p1 = carried({1, 2, 0}, f.forward);
-    EXPECT_NEAR(p1[0], 0, 1e-15);
-    EXPECT_NEAR(p1[1], 0, 1e-15);
+    EXPECT_EQ(p1[0], 0);
+    EXPECT_EQ(p1[1], 0);
     const std::vector<double> p0 = carried({0, 0, 0}, f.forward);
-    EXPECT_NEAR(p0[0], -std::sqrt(5.0), 1e-15); // w points from p0 to p1
+    EXPECT_EQ(p0[0], -std::sqrt(5.0)); // w points from p0 to p1
 }
 
 TEST(data_to_xy_xfms, TheThirdTryEntersTheLeastPoint)
@@ -198,10 +201,10 @@ TEST(data_to_xy_xfms, TheThirdTryEntersTheLeastPoint)
     // u = (4, 0, 0), w = p0 - p4 = (-1, 2, 0): the normal is +z, the origin p4.
     EXPECT_EQ(f.forward.m[2][2], 1.0);
     const std::vector<double> p4 = carried({1, -2, 0}, f.forward);
-    EXPECT_NEAR(p4[0], 0, 1e-15);
-    EXPECT_NEAR(p4[1], 0, 1e-15);
+    EXPECT_EQ(p4[0], 0);
+    EXPECT_EQ(p4[1], 0);
     const std::vector<double> p0 = carried({0, 0, 0}, f.forward);
-    EXPECT_NEAR(p0[0], std::sqrt(5.0), 1e-15);
+    EXPECT_EQ(p0[0], std::sqrt(5.0));
 }
 
 TEST(data_to_xy_xfms, NeighboursOfTheExtremesWrapAround)
@@ -210,8 +213,8 @@ TEST(data_to_xy_xfms, NeighboursOfTheExtremesWrapAround)
     const Flattened last = closed({0.5, 1, 0, 0, 0, 0, 3, 0, 0});
     EXPECT_EQ(last.forward.m[2][2], 1.0); // u = (3, 0, 0), w = (-2.5, 1, 0)
     const std::vector<double> p0 = carried({0.5, 1, 0}, last.forward);
-    EXPECT_NEAR(p0[0], 0, 1e-15);
-    EXPECT_NEAR(p0[1], 0, 1e-15);
+    EXPECT_EQ(p0[0], 0);
+    EXPECT_EQ(p0[1], 0);
 }
 
 TEST(data_to_xy_xfms, TheNeighbourBeforeTheFirstPointIsTheLast)
@@ -220,8 +223,8 @@ TEST(data_to_xy_xfms, TheNeighbourBeforeTheFirstPointIsTheLast)
     const Flattened first = closed({0, 0, 0, 1, 0, 0, 4, 0, 0, 3, 0, 0, 2, 0, 0, 1, -2, 0});
     EXPECT_EQ(first.forward.m[2][2], 1.0);
     const std::vector<double> p5 = carried({1, -2, 0}, first.forward);
-    EXPECT_NEAR(p5[0], 0, 1e-15);
-    EXPECT_NEAR(p5[1], 0, 1e-15);
+    EXPECT_EQ(p5[0], 0);
+    EXPECT_EQ(p5[1], 0);
 }
 
 TEST(data_to_xy_xfms, TheFirstOfEqualExtremesCounts)

@@ -48,10 +48,11 @@ TEST(PreserveInitOvolume, ApproachesTheSphereAndTheTorus)
     const double pi = std::numbers::pi;
     const Measures sphere = measures_of(icosphere(4));
     EXPECT_NEAR(sphere.volume / 6.0, 4.0 / 3.0 * pi, 0.02) << "5120 flat triangles leave out 0.2 % of the ball";
-    EXPECT_NEAR(sphere.area / 2.0, 4.0 * pi, 0.03);
+    EXPECT_NEAR(sphere.area / 2.0, 4.0 * pi, 0.03) << "and as much of its surface";
     const Measures ring = measures_of(torus(96, 48, 2.0, 0.5));
-    EXPECT_NEAR(ring.volume / 6.0, 2.0 * pi * pi * 2.0 * 0.25, 0.04);
-    EXPECT_NEAR(ring.area / 2.0, 4.0 * pi * pi * 2.0 * 0.5, 0.06);
+    EXPECT_NEAR(ring.volume / 6.0, 2.0 * pi * pi * 2.0 * 0.25, 0.04)
+        << "chords of 1/48 and 1/96 of a turn leave out 0.4 %";
+    EXPECT_NEAR(ring.area / 2.0, 4.0 * pi * pi * 2.0 * 0.5, 0.06) << "and 0.12 % of the surface";
 }
 
 TEST(PreserveInitOvolume, IsNegativeInsideOut)
@@ -91,7 +92,7 @@ TEST(PreserveInitOarea, PlanarFacesMeasureTwiceTheirArea)
     for (int n : {3, 5, 8}) {
         Solver solver(polygon(n));
         ASSERT_EQ(PreserveInitOarea(solver), 1);
-        EXPECT_NEAR(solver->oarea, n * std::sin(2.0 * std::numbers::pi / n), 1e-14);
+        EXPECT_NEAR(solver->oarea, n * std::sin(2.0 * std::numbers::pi / n), 2e-15) << "a few roundings of up to 3";
     }
 }
 
