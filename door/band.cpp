@@ -415,7 +415,10 @@ public:
     Outline border() const { return border_.border; }
     const Vector<uint8_t>& removed() const { return border_.removed; }
     const Vector<uint8_t>& narrowed() const { return narrowed_; }
-    bool is_collapsed() const { return std::ranges::find(border_.removed, 0) == border_.removed.end(); }
+    bool is_collapsed() const
+    {
+        return std::find(border_.removed.begin(), border_.removed.end(), 0) == border_.removed.end();
+    }
 
 private:
     /// A sweep looks at every point for each that gives way.
@@ -510,7 +513,8 @@ struct Untied {
         : bundles(bundle_knots(flat.places(), closed, reach))
     {
         const size_t n = from.size();
-        if (bundles.size() < (closed ? 3 : 2) || std::ranges::none_of(bundles, &Bundle::is_knot))
+        if (bundles.size() < (closed ? 3 : 2) ||
+            std::none_of(bundles.begin(), bundles.end(), [](const Bundle& b) { return b.is_knot; }))
             return;
         for (const Bundle& bundle : bundles) {
             Point mean = bundle.is_knot ? Point{0, 0, 0} : from[bundle.first];
@@ -544,9 +548,9 @@ public:
     {
         banding_.run(distance, height, telling);
         if (untied_.line.empty()) {
-            std::ranges::copy(banding_.border(), border_.begin());
-            std::ranges::copy(banding_.removed(), removed_.begin());
-            std::ranges::copy(banding_.narrowed(), narrowed_.begin());
+            std::copy(banding_.border().begin(), banding_.border().end(), border_.begin());
+            std::copy(banding_.removed().begin(), banding_.removed().end(), removed_.begin());
+            std::copy(banding_.narrowed().begin(), banding_.narrowed().end(), narrowed_.begin());
             return;
         }
         tie_again(distance, height);
@@ -618,9 +622,9 @@ private:
 /// All points of a line at one place: nothing has a side.
 void stay_put(Outline line, Band& band)
 {
-    std::ranges::copy(line, band.outline.begin());
+    std::copy(line.begin(), line.end(), band.outline.begin());
     std::reverse_copy(line.begin(), line.end(), band.outline.begin() + static_cast<std::ptrdiff_t>(line.size()));
-    std::ranges::fill(band.removed, uint8_t{1});
+    std::fill(band.removed.begin(), band.removed.end(), uint8_t{1});
 }
 
 /// The scale of a line by what is seen of it along `up`: heights may be in other units, such as metres beside degrees.
@@ -644,7 +648,7 @@ Vector<Point> cap_at(bool last, const SideEnd& side, bool is_right, const Caps& 
     for (const Place& corner : cap_from(caps, side.step, (last ? 1.0 : -1.0) * ahead))
         points.push_back(plus(plus(plus(side.end, corner.x, plane.x), corner.y, plane.y), height, plane.normal));
     if (!last)
-        std::ranges::reverse(points);
+        std::reverse(points.begin(), points.end());
     return points;
 }
 
@@ -656,7 +660,7 @@ void make_band(Outline line, double distance, const korvale_band_options& how, B
     const double scale = scale_along(line, up, std::max(std::fabs(distance), std::fabs(how.height)));
     Vector<Point> room;
     const Outline work = scaled(line, scale, room);
-    if (std::ranges::all_of(work, [&](const Point& p) { return p == work[0]; })) {
+    if (std::all_of(work.begin(), work.end(), [&](const Point& p) { return p == work[0]; })) {
         stay_put(line, band);
         return;
     }

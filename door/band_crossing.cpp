@@ -81,7 +81,8 @@ bool find_crossing(const Places& places, int64_t* crossing)
         order[i] = i;
     }
     const auto least = [&](size_t i) { return std::min(list[i].from.x, list[i].to.x); };
-    std::ranges::sort(order, [&](size_t a, size_t b) { return least(a) != least(b) ? least(a) < least(b) : a < b; });
+    std::sort(order.begin(), order.end(),
+              [&](size_t a, size_t b) { return least(a) != least(b) ? least(a) < least(b) : a < b; });
     for (size_t k = 0; k < n; ++k)
         rank[order[k]] = k;
     const EdgeTree edges(list);

@@ -7,6 +7,8 @@
 // What is whole may still cross another outline. A layer is sound where the triangles of its cap all run one way: what
 // crossing outlines go round the wrong way, or a hole without its outer outline, takes some that run the other. A layer
 // that is not sound is held back to one that is, which is found by halving the distance.
+#include <algorithm>
+
 #include "data/internal/kernels.h"
 #include "door/internal/edges.h"
 #include "door/internal/mesh.h"
@@ -44,8 +46,8 @@ int turn_of(const Place& a, const Place& b, const Place& c)
 bool has_turn(const Rings& rings, const Vector<Triangle>& triangles, int turn)
 {
     const auto place = [&](int32_t i) -> const Place& { return rings.places[static_cast<size_t>(i)]; };
-    return std::ranges::any_of(
-        triangles, [&](const Triangle& t) { return turn_of(place(t[0]), place(t[1]), place(t[2])) == turn; });
+    return std::any_of(triangles.begin(), triangles.end(),
+                       [&](const Triangle& t) { return turn_of(place(t[0]), place(t[1]), place(t[2])) == turn; });
 }
 
 /// Whether the ends of `f` lie on either side of the line through `e`, but for rounding.
@@ -112,7 +114,8 @@ void require_apart(const Rings& rings, const Telling& telling)
 /// somebody who looks at an outline in a plane of constant z looks from above, however it runs.
 double upwards(Outline outline, const Seen& seen)
 {
-    const bool is_level = std::ranges::all_of(outline, [&](const Point& p) { return p.z == outline[0].z; });
+    const bool is_level =
+        std::all_of(outline.begin(), outline.end(), [&](const Point& p) { return p.z == outline[0].z; });
     return is_level && seen.x == 1 ? -1.0 : 1.0;
 }
 
@@ -152,8 +155,9 @@ public:
     /// What crosses at some distance crosses at all larger ones, so the layers that go farthest tell of all others.
     void run(std::span<const korvale_bevel_step> profile)
     {
-        const auto [inmost, outmost] =
-            std::ranges::minmax_element(profile, {}, [](const korvale_bevel_step& step) { return step.distance; });
+        const auto [inmost, outmost] = std::minmax_element(
+            profile.begin(), profile.end(),
+            [](const korvale_bevel_step& a, const korvale_bevel_step& b) { return a.distance < b.distance; });
         Range range;
         build(profile, range, telling_.part(0.0, 0.5));
         telling_.tell(0.5);
@@ -210,7 +214,8 @@ private:
     /// Without splits outlines may cross, and one that has collapsed may be inside out.
     bool is_sound_without_splits() const
     {
-        if (!are_finite() || std::ranges::any_of(borders_, [](const Border& border) { return border.collapsed; }))
+        if (!are_finite() ||
+            std::any_of(borders_.begin(), borders_.end(), [](const Border& border) { return border.collapsed; }))
             return false;
         const Rings rings = latest_layer();
         return !find_crossing(rings, now_) && is_layer_sound(rings);
@@ -241,7 +246,7 @@ private:
 
     bool are_finite() const
     {
-        return std::ranges::all_of(borders_, [](const Border& border) {
+        return std::all_of(borders_.begin(), borders_.end(), [](const Border& border) {
             return data::are_finite(border.points.data()->data(), 3 * static_cast<int64_t>(border.size));
         });
     }

@@ -208,8 +208,9 @@ void Blocks::load_columns(int64_t row, int64_t n)
     const auto size = static_cast<size_t>(std::min(rows_, kBlock));
     for (size_t c = 0; c < columns_.size(); ++c) {
         const Column& column = columns_[c];
-        const bool is_written = std::ranges::any_of(
-            outputs_, [&](const ColumnOut& output) { return overlap_of(column, output, rows_) != Overlap::none; });
+        const bool is_written = std::any_of(outputs_.begin(), outputs_.end(), [&](const ColumnOut& output) {
+            return overlap_of(column, output, rows_) != Overlap::none;
+        });
         if (is_packed(column) && !is_written) {
             blocks_[c] = const_cast<double*>(reinterpret_cast<const double*>(column.data)) + row; // which is only read
             continue;

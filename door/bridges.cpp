@@ -52,7 +52,7 @@ public:
 
     void run(const Telling& telling)
     {
-        std::ranges::sort(events_, [&](int32_t a, int32_t b) {
+        std::sort(events_.begin(), events_.end(), [&](int32_t a, int32_t b) {
             if (place(a) != place(b))
                 return is_before(place(a), place(b));
             return begins(a) == begins(b) ? a < b : begins(b); // what a hole that begins there may be joined to
@@ -82,7 +82,8 @@ private:
             after_[static_cast<size_t>(kept[i])] = next;
             before_[static_cast<size_t>(next)] = kept[i];
         }
-        const auto leftmost = std::ranges::min_element(kept, is_before, [&](int32_t i) { return place(i); });
+        const auto leftmost = std::min_element(kept.begin(), kept.end(),
+                                               [&](int32_t a, int32_t b) { return is_before(place(a), place(b)); });
         is_first_[static_cast<size_t>(*leftmost)] = is_hole;
         for (const int32_t i : kept)
             begins_[static_cast<size_t>(i)] = is_hole && place(i) == place(*leftmost);
@@ -138,7 +139,8 @@ private:
         tries = 0;
         int32_t copy = copy_with_room(place(v), place(v), helper, tries);
         const auto done = std::span(events_).first(event);
-        for (auto i = std::ranges::lower_bound(done, place(helper), is_before, [&](int32_t k) { return place(k); });
+        for (auto i = std::lower_bound(done.begin(), done.end(), helper,
+                                       [&](int32_t a, int32_t b) { return is_before(place(a), place(b)); });
              copy < 0 && i != done.end() && place(*i) == place(helper) && tries < kMostAtOnePlace; ++i)
             copy = copy_with_room(place(v), place(v), *i, tries);
         join(copy >= 0 ? copy : helper, v);

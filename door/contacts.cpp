@@ -8,6 +8,7 @@
 // A ring whose own edges meet is looked at by itself (self_crossing.cpp).
 #include "door/internal/contacts.h"
 
+#include <algorithm>
 #include <tuple>
 
 #include "door/internal/touching.h"
@@ -44,8 +45,10 @@ Contacts::Contacts(Contours& contours, double tolerance, bool allows_crossing, c
                                             else
                                                 compare_own(ring, i, k);
                                         });
-    std::ranges::sort(contacts_, {}, [](const Contact& c) { return std::tuple(c.ring, c.other, c.edge); });
-    std::ranges::sort(meetings_);
+    std::sort(contacts_.begin(), contacts_.end(), [](const Contact& a, const Contact& b) {
+        return std::tie(a.ring, a.other, a.edge) < std::tie(b.ring, b.other, b.edge);
+    });
+    std::sort(meetings_.begin(), meetings_.end());
 }
 
 /// Looks at edge i of one ring and edge k of another.
@@ -103,8 +106,9 @@ std::optional<Crossing> Contacts::find_crossing(const Telling& telling)
     }
     for (const Sides& a : all)
         if (a.ring < a.other)
-            compare_sides(a, *std::ranges::lower_bound(all, std::pair(a.other, a.ring), {},
-                                                       [](const Sides& s) { return std::pair(s.ring, s.other); }));
+            compare_sides(a, *std::partition_point(all.begin(), all.end(), [&](const Sides& s) {
+                              return std::pair(s.ring, s.other) < std::pair(a.other, a.ring);
+                          }));
     return crossing_;
 }
 
@@ -169,12 +173,12 @@ Vector<Place> Contacts::free_places(std::span<const Contact> contacts) const
         others.push_back(contours_.tree().edge(c.other, c.other_edge));
         add_shares(e, others.back(), slack_, shares);
     }
-    std::ranges::sort(shares);
+    std::sort(shares.begin(), shares.end());
     Vector<Place> places;
     for (size_t i = 1; i < shares.size(); ++i) {
         const Place middle = e.from + 0.5 * (shares[i - 1] + shares[i]) * along;
         const double reach = reach_of((shares[i] - shares[i - 1]) * std::sqrt(dot(along, along)), slack_);
-        if (std::ranges::none_of(others, [&](const Edge& f) { return is_within(reach, f, middle); }))
+        if (std::none_of(others.begin(), others.end(), [&](const Edge& f) { return is_within(reach, f, middle); }))
             places.push_back(middle);
     }
     return places;

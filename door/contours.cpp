@@ -7,6 +7,9 @@
 // in which it has no corner: as far from its edges as can be found in a few looks.
 #include "door/internal/contours.h"
 
+#include <algorithm>
+#include <functional>
+
 #include "door/internal/repeats.h"
 
 namespace korvale::door {
@@ -28,7 +31,7 @@ Stretch stretch_at(std::span<const Place> ring, double y, const Stretch& none)
     for (size_t i = 0; i < ring.size(); ++i)
         if (const auto [from, to] = edge_of(ring, i); (from.y <= y) != (to.y <= y))
             ends.push_back(from.x + (y - from.y) / (to.y - from.y) * (to.x - from.x));
-    std::ranges::sort(ends);
+    std::sort(ends.begin(), ends.end());
     Stretch widest = none;
     for (size_t i = 0; i + 1 < ends.size(); i += 2)
         if (const double width = ends[i + 1] - ends[i]; width > widest.width)
@@ -42,12 +45,12 @@ Place find_inside(std::span<const Place> ring, const Place& lowest)
     Vector<double> heights;
     for (const Place& p : ring)
         heights.push_back(p.y);
-    std::ranges::sort(heights);
+    std::sort(heights.begin(), heights.end());
     Vector<std::pair<double, double>> strips; // how high, and from where
     for (size_t i = 1; i < heights.size(); ++i)
         strips.emplace_back(heights[i] - heights[i - 1], heights[i - 1]);
     const auto last = strips.begin() + static_cast<ptrdiff_t>(std::min(kStrips, strips.size()));
-    std::ranges::partial_sort(strips, last, std::ranges::greater());
+    std::partial_sort(strips.begin(), last, strips.end(), std::greater<>());
     Stretch best = {lowest, 0.0, 0.0};
     for (auto strip = strips.begin(); strip != last; ++strip)
         if (const Stretch s = stretch_at(ring, strip->second + 0.5 * strip->first, {lowest, 0.0, strip->first});

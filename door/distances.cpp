@@ -125,7 +125,7 @@ Vector<SharedRing> share_rings(SweepArrays& arrays, std::span<Laid> distances, c
         border::Sweep sweep = sweep_in(arrays, vertices);
         const double before = area_before(ring.start, k == 0);
         Passage passage = {sweep, ring, before, distances.subspan(ring.first), rings, waiting, now};
-        std::ranges::copy(ring.start.places, reinterpret_cast<Point*>(+sweep.rows.flat));
+        std::copy(ring.start.places.begin(), ring.start.places.end(), reinterpret_cast<Point*>(+sweep.rows.flat));
         sweep.progress = {ring.remaining.back(), passage.left.data(), static_cast<int32_t>(ring.remaining.size()) - 1};
         sweep.request.split_events = farthest.motion.split;
         sweep.request.drop = &Passage::drop;
@@ -149,7 +149,7 @@ void Mover::move_rings_by_each(Outline outline, const Motion& motion, std::span<
 {
     Vector<size_t> order(distances.size());
     std::iota(order.begin(), order.end(), 0);
-    std::ranges::sort(order, [&](size_t a, size_t b) {
+    std::sort(order.begin(), order.end(), [&](size_t a, size_t b) {
         const double p = distances[a], q = distances[b];
         return (p > 0.0) != (q > 0.0) ? q > 0.0 : std::fabs(p) < std::fabs(q);
     });
@@ -173,7 +173,7 @@ void Mover::move_rings_by_each(Outline outline, const Motion& motion, std::span<
             next.start = {};
             alike.push_back(std::move(next));
         }
-        std::ranges::reverse(alike);
+        std::reverse(alike.begin(), alike.end());
         const size_t count = end - begin;
         const Telling telling =
             motion.telling.part(share * static_cast<double>(order.size() - end), share * static_cast<double>(count));

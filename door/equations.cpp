@@ -64,7 +64,7 @@ const korvale_equations& require_equations(const korvale_equations* equations)
 
 bool is_name(std::string_view name)
 {
-    return !name.empty() && name.size() <= kLongestName && std::ranges::all_of(name, is_letter);
+    return !name.empty() && name.size() <= kLongestName && std::all_of(name.begin(), name.end(), is_letter);
 }
 
 int32_t require_variable(const EquationSystem& es, const char* name)

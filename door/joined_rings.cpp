@@ -10,6 +10,8 @@
 // Edges of several rings between two nodes are pieces of one line, so that a node on it is one for all of them.
 #include "door/internal/joined_rings.h"
 
+#include <algorithm>
+#include <functional>
 #include <map>
 #include <numeric>
 #include <tuple>
@@ -40,8 +42,9 @@ public:
                                      if (are_near(tree_.edge(ring, i), tree_.edge(other, k)))
                                          note_near_edges({ring, i, other, k});
                                  });
-        std::ranges::sort(near_edges_, {},
-                          [](const NearEdges& c) { return std::tuple(c.ring, c.edge, c.other, c.other_edge); });
+        std::sort(near_edges_.begin(), near_edges_.end(), [](const NearEdges& a, const NearEdges& b) {
+            return std::tie(a.ring, a.edge, a.other, a.other_edge) < std::tie(b.ring, b.edge, b.other, b.other_edge);
+        });
     }
 
     JoinedRings run(std::span<const uint8_t> is_joined)
@@ -106,10 +109,13 @@ private:
 
     std::span<const NearEdges> near_edges_of(int32_t ring, int32_t edge) const
     {
-        const auto of_edge = [](const NearEdges& c) { return std::pair(c.ring, c.edge); };
-        const std::pair key(ring, edge);
-        return {std::ranges::lower_bound(near_edges_, key, {}, of_edge),
-                std::ranges::upper_bound(near_edges_, key, {}, of_edge)};
+        const std::span all(near_edges_);
+        const std::pair wanted(ring, edge);
+        const auto first = std::partition_point(all.begin(), all.end(),
+                                                [&](const NearEdges& c) { return std::pair(c.ring, c.edge) < wanted; });
+        const auto last = std::partition_point(first, all.end(),
+                                               [&](const NearEdges& c) { return std::pair(c.ring, c.edge) == wanted; });
+        return {first, last};
     }
 
     // --- Nodes -------------------------------------------------------------------------------------------------------
@@ -213,13 +219,13 @@ private:
                     pieces.emplace_back(at.to, at.from);
                 }
             });
-        std::ranges::sort(pieces);
+        std::sort(pieces.begin(), pieces.end());
         Vector<std::pair<int32_t, int32_t>> reached = {{to, to}}; // each with the next one on the way there
         const auto find = [&](int32_t n) {
-            return std::ranges::find(reached, n, [](const auto& r) { return r.first; });
+            return std::find_if(reached.begin(), reached.end(), [n](const auto& r) { return r.first == n; });
         };
         for (size_t k = 0; k < reached.size() && find(from) == reached.end(); ++k)
-            for (auto piece = std::ranges::lower_bound(pieces, std::pair(reached[k].first, 0));
+            for (auto piece = std::lower_bound(pieces.begin(), pieces.end(), std::pair(reached[k].first, 0));
                  piece != pieces.end() && piece->first == reached[k].first; ++piece)
                 if (find(piece->second) == reached.end())
                     reached.emplace_back(piece->second, piece->first);
@@ -243,7 +249,7 @@ private:
                     is_within(tolerance_, edge, node(n)) && is_on_way_[static_cast<size_t>(n)] == 0)
                     found.emplace_back(share, n);
         });
-        std::ranges::sort(found, std::greater());
+        std::sort(found.begin(), found.end(), std::greater());
         for (const auto& [share, n] : found)
             if (std::exchange(is_on_way_[static_cast<size_t>(n)], uint8_t{1}) == 0)
                 ahead.push_back(n);
@@ -291,9 +297,11 @@ private:
 
     size_t index_of(const Chain& chain, int32_t n) const
     {
-        const auto at = std::ranges::lower_bound(chain, place_on(chain, node(n)), {},
-                                                 [&](int32_t k) { return place_on(chain, node(k)); });
-        const auto found = at != chain.end() && *at == n ? at : std::ranges::find(chain, n); // rounding may swap nodes
+        const double place = place_on(chain, node(n));
+        auto found = std::partition_point(chain.begin(), chain.end(),
+                                          [&](int32_t k) { return place_on(chain, node(k)) < place; });
+        if (found == chain.end() || *found != n)
+            found = std::find(chain.begin(), chain.end(), n); // rounding may swap nodes
         return static_cast<size_t>(found - chain.begin());
     }
 
@@ -435,7 +443,9 @@ public:
             if (ring == other)
                 note_loop(ring, std::min(i, k), std::max(i, k), reach);
         });
-        std::ranges::sort(loops_, {}, [](const Loop& loop) { return std::tuple(loop.ring, loop.places, loop.first); });
+        std::sort(loops_.begin(), loops_.end(), [](const Loop& a, const Loop& b) {
+            return std::tie(a.ring, a.places, a.first) < std::tie(b.ring, b.places, b.first);
+        });
     }
 
     bool empty() const { return loops_.empty(); }

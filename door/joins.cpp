@@ -96,7 +96,7 @@ Clusters clusters_of(std::span<const Place> places)
             clusters.last.push_back(i);
         clusters.of[i] = clusters.last.size() - 1;
     }
-    std::ranges::reverse(clusters.last);
+    std::reverse(clusters.last.begin(), clusters.last.end());
     for (size_t& corner : clusters.of)
         corner = clusters.last.size() - 1 - corner;
     return clusters;

@@ -186,7 +186,7 @@ Vector<Bundle> bundle_knots(std::span<const Place> line, bool closed, double rea
 {
     Bundling b = {single_points(line, 0), {}};
     const auto is_near = [&](const Place& p) { return dot(p - line[0], p - line[0]) <= reach * reach; };
-    if (std::ranges::all_of(line, is_near))
+    if (std::all_of(line.begin(), line.end(), is_near))
         return std::move(b.bundles);
     find_turns(b, kBack, false);
     if (closed)

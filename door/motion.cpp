@@ -31,7 +31,7 @@ bool is_thin(Outline live)
         if (const Point d = minus(p, live[0]); dot(d, d) > dot(along, along))
             along = d;
     const double reach = length(along);
-    return reach < border::kHair || std::ranges::all_of(live, [&](const Point& p) {
+    return reach < border::kHair || std::all_of(live.begin(), live.end(), [&](const Point& p) {
                return length(cross(along, minus(p, live[0]))) < border::kHair * reach;
            });
 }
@@ -138,8 +138,8 @@ void Suspects::see(const border::DroppedPiece& piece)
 bool Suspects::are_sound(double before, double distance, const Telling& telling) const
 {
     return is_sound(live_places(sweep.rows), before, telling) &&
-           std::ranges::all_of(
-               pieces, [&](const Vector<Place>& piece) { return is_piece_sound(piece, before, distance, telling); });
+           std::all_of(pieces.begin(), pieces.end(),
+                       [&](const Vector<Place>& piece) { return is_piece_sound(piece, before, distance, telling); });
 }
 
 bool Suspects::is_piece_sound(const Vector<Place>& piece, double before, double distance, const Telling& telling)

@@ -9,6 +9,8 @@
 // ring that touches others, or is above one that does, is put by a place well inside of it.
 #include "door/internal/nesting.h"
 
+#include <algorithm>
+
 namespace korvale::door {
 
 namespace {
@@ -243,7 +245,7 @@ private:
                 contours_.for_each_below(run.ring, run.first, p, [&] { below.push_back(run.ring); });
             }
         }
-        std::ranges::sort(below);
+        std::sort(below.begin(), below.end());
         const auto is_smaller = [&](int32_t a, int32_t b) {
             return std::pair(contours_[a].size, a) < std::pair(contours_[b].size, b);
         };

@@ -175,8 +175,8 @@ void move_joined(const Outlines& outlines, const Distances& distances, Motion mo
     }
     borders.points.make_room(points.size());
     borders.sources.make_room(points.size());
-    std::ranges::copy(points, borders.points.data());
-    std::ranges::copy(sources, borders.sources.data());
+    std::copy(points.begin(), points.end(), borders.points.data());
+    std::copy(sources.begin(), sources.end(), borders.sources.data());
 }
 
 } // namespace

@@ -20,7 +20,7 @@ template <class T>
 void fill(Block<T>& block, const Vector<T>& values)
 {
     block.make_room(std::max<size_t>(values.size(), 1));
-    std::ranges::copy(values, block.data());
+    std::copy(values.begin(), values.end(), block.data());
 }
 
 /// All rings in one list.

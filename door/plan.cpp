@@ -47,6 +47,7 @@ private:
     bool has_plain_buffers() const;
     bool keep_samples(int32_t first, int32_t last);
     bool keep_samples_of(int32_t f);
+    Vector<Samples>::iterator samples_of(int32_t f);
     bool plan_equation(int32_t equation, Value& result);
     bool plan_items(const Program& program, Value (&held)[kMostPlanned], int32_t& depth);
     bool plan_sample(int32_t f, int32_t depth, Value& value);
@@ -146,10 +147,9 @@ bool Planner::keep_samples(int32_t first, int32_t last)
             if (program.kinds[p] != EQ_ITEM_SAMPLE)
                 continue;
             const int32_t f = program.operands[p];
-            const bool is_kept = std::ranges::find(plan_.samples, f, &Samples::function) != plan_.samples.end();
-            if (!is_kept && !keep_samples_of(f))
+            if (samples_of(f) == plan_.samples.end() && !keep_samples_of(f))
                 return false;
-            std::ranges::find(plan_.samples, f, &Samples::function)->reads += 1;
+            samples_of(f)->reads += 1;
         }
     }
     return true;
@@ -177,6 +177,13 @@ bool Planner::keep_samples_of(int32_t f)
     tables.columns[f] = first;
     plan_.samples.push_back(std::move(samples));
     return true;
+}
+
+/// The samples that are kept of a table, or the end of all.
+Vector<Samples>::iterator Planner::samples_of(int32_t f)
+{
+    return std::find_if(plan_.samples.begin(), plan_.samples.end(),
+                        [f](const Samples& samples) { return samples.function == f; });
 }
 
 bool Planner::plan_equation(int32_t equation, Value& result)
@@ -229,7 +236,7 @@ bool Planner::plan_items(const Program& program, Value (&held)[kMostPlanned], in
 
 bool Planner::plan_sample(int32_t f, int32_t depth, Value& value)
 {
-    const auto samples = std::ranges::find(plan_.samples, f, &Samples::function);
+    const auto samples = samples_of(f);
     const int64_t read = samples->planned++;
     if (samples->reads % samples->count() == 0) { // the same column for every row
         value = {samples->columns[static_cast<size_t>((samples->first + read) % samples->count())]};

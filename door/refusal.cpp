@@ -274,7 +274,7 @@ private:
     {
         const size_t last = skip(at, is_number_part);
         const std::string_view word = text_.substr(at, last - at);
-        if (std::ranges::count(word, '.') > 1 || word == ".")
+        if (std::count(word.begin(), word.end(), '.') > 1 || word == ".")
             note(at, word, Text() << quoted(word) << " is no number");
         if (last < text_.size() && is_letter(text_[last]))
             refuse_letters_after(at, last);

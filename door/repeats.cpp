@@ -7,6 +7,7 @@
 // twice the tolerance then, so the low corners of these are in one cell as large as that, or in neighbours.
 #include "door/internal/repeats.h"
 
+#include <algorithm>
 #include <array>
 
 #include "door/internal/touching.h"
@@ -30,7 +31,7 @@ public:
             if (contours_[k].turn != 0)
                 boxes.emplace_back(contours_[k].box, static_cast<int32_t>(k));
         const auto numbers = [](const Box& b) { return std::array{b.low_x, b.low_y, b.high_x, b.high_y}; };
-        std::ranges::sort(boxes, [&](const auto& a, const auto& b) {
+        std::sort(boxes.begin(), boxes.end(), [&](const auto& a, const auto& b) {
             return std::pair(numbers(a.first), a.second) < std::pair(numbers(b.first), b.second);
         });
         for (size_t first = 0, end = 0; first < boxes.size(); first = end) {
@@ -58,14 +59,14 @@ public:
             if (contour(k).turn != 0 && repeated(k) < 0)
                 cells.push_back(cell_of(k));
         Vector<Cell> sorted = cells;
-        std::ranges::sort(sorted);
+        std::sort(sorted.begin(), sorted.end());
         Asking asking(telling, 1);
         for (const Cell& cell : cells) {
             asking.step(static_cast<double>(&cell - cells.data()) / static_cast<double>(cells.size()));
             std::optional<EdgeTree> edges;
             for (const double x : {-1.0, 0.0, 1.0}) {
                 const Cell low = {cell.x + x, cell.y - 1, 0}, high = {cell.x + x, cell.y + 1, cell.ring};
-                for (auto i = std::ranges::lower_bound(sorted, low); i != sorted.end() && *i < high; ++i)
+                for (auto i = std::lower_bound(sorted.begin(), sorted.end(), low); i != sorted.end() && *i < high; ++i)
                     if (i->ring < cell.ring)
                         compare(i->ring, cell.ring, tolerance, edges);
             }
@@ -105,12 +106,12 @@ private:
         for (const auto& [box, k] : boxes)
             rings.emplace_back(corners_of(k), k);
         const auto is_earlier = [](const auto& a, const auto& b) {
-            const auto [p, q] = std::ranges::mismatch(a.first, b.first);
+            const auto [p, q] = std::mismatch(a.first.begin(), a.first.end(), b.first.begin(), b.first.end());
             if (p != a.first.end() && q != b.first.end())
                 return is_before(*p, *q);
             return a.first.size() == b.first.size() ? a.second < b.second : a.first.size() < b.first.size();
         };
-        std::ranges::sort(rings, is_earlier);
+        std::sort(rings.begin(), rings.end(), is_earlier);
         for (size_t i = 1, first = 0; i < rings.size(); ++i)
             if (rings[i].first == rings[first].first)
                 repeated(rings[i].second) = rings[first].second;
@@ -178,7 +179,7 @@ private:
                 return false;
             shares.assign({0.0, 1.0});
             edges.for_each_near(e, reach, [&](size_t k) { add_shares(e, edges[k], slack_of(tolerance), shares); });
-            std::ranges::sort(shares);
+            std::sort(shares.begin(), shares.end());
             for (size_t k = 1; k < shares.size(); ++k) {
                 const double length = 2 * half * (shares[k] - shares[k - 1]);
                 if (length > 0.0 &&

@@ -147,7 +147,7 @@ void sweep_rings(SweepArrays& arrays, RingQueue& queue, const Trace* trace)
         border::Sweep sweep = sweep_in(arrays, vertices);
         Keeper keeper = {sweep, ring, number, motion.distance, laid.scale, queue.all, queue.waiting};
         const auto run_anew = [&](const Telling& telling) {
-            std::ranges::copy(ring.start.places, reinterpret_cast<Point*>(+sweep.rows.flat));
+            std::copy(ring.start.places.begin(), ring.start.places.end(), reinterpret_cast<Point*>(+sweep.rows.flat));
             sweep.progress.remaining = ring.remaining;
             sweep.request.split_events = motion.split;
             sweep.request.drop = &Keeper::drop;
@@ -198,8 +198,8 @@ void Mover::move_with_joins(Outline outline, const Motion& motion, Border& borde
     border.size = rings.points.size();
     border.points.make_room(std::max(border.size, n));
     border.sources.make_room(std::max(border.size, n));
-    std::ranges::copy(rings.points, border.points.data());
-    std::ranges::copy(rings.sources, border.sources.data());
+    std::copy(rings.points.begin(), rings.points.end(), border.points.data());
+    std::copy(rings.sources.begin(), rings.sources.end(), border.sources.data());
     border.vertices = n;
     border.collapsed = rings.collapsed[0] != 0;
     border.left = 0.0;

@@ -81,7 +81,7 @@ private:
         Vector<EdgePair> both(meeting.begin(), meeting.end());
         for (const auto& [i, k] : meeting)
             both.emplace_back(k, i);
-        std::ranges::sort(both);
+        std::sort(both.begin(), both.end());
         Vector<Edge> pieces;
         Vector<double> shares;
         for (size_t step = 0; step < n; ++step) {
@@ -92,8 +92,8 @@ private:
             if (!(square > 0.0))
                 continue;
             shares.assign({0.0, 1.0});
-            for (auto pair = std::ranges::lower_bound(both, EdgePair{i, 0}); pair != both.end() && pair->first == i;
-                 ++pair) {
+            for (auto pair = std::lower_bound(both.begin(), both.end(), EdgePair{i, 0});
+                 pair != both.end() && pair->first == i; ++pair) {
                 const Edge f = edge_of(ring, static_cast<size_t>(pair->second));
                 const Place across = f.to - f.from;
                 if (const double slant = cross(along, across); slant != 0.0)
@@ -102,7 +102,7 @@ private:
                     if (side(e.from, e.to, p) == 0 && box_of(e).holds(p))
                         shares.push_back(std::clamp(dot(p - e.from, along) / square, 0.0, 1.0));
             }
-            std::ranges::sort(shares);
+            std::sort(shares.begin(), shares.end());
             Place from = e.from;
             for (size_t k = 1; k < shares.size(); ++k)
                 if (const Place to = shares[k] < 1.0 ? e.from + shares[k] * along : e.to; to != from) {

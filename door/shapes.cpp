@@ -69,7 +69,7 @@ public:
                 join_overlapping(joined, found);
             *how_.joined = new_rings(list_of(joined, found));
         }
-        std::ranges::copy(found, outer);
+        std::copy(found.begin(), found.end(), outer);
     }
 
 private:

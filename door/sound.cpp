@@ -41,10 +41,11 @@ bool does_cross(std::span<const Place> ring, const Telling& telling)
     }
     if (meeting.empty())
         return false;
-    std::ranges::sort(meeting);
+    std::sort(meeting.begin(), meeting.end());
     meeting.erase(std::unique(meeting.begin(), meeting.end()), meeting.end());
-    const auto lowest = std::ranges::min_element(
-        ring, [](const Place& a, const Place& b) { return a.y < b.y || (a.y == b.y && a.x < b.x); });
+    const auto lowest = std::min_element(ring.begin(), ring.end(), [](const Place& a, const Place& b) {
+        return a.y < b.y || (a.y == b.y && a.x < b.x);
+    });
     return find_self_crossing(ring, meeting, static_cast<int32_t>(lowest - ring.begin()), 2.0 * border::kHair, telling)
         .has_value();
 }

@@ -118,7 +118,8 @@ char in_small(char c)
 
 bool is_same_but_for_capitals(std::string_view a, std::string_view b)
 {
-    return std::ranges::equal(a, b, [](char x, char y) { return in_small(x) == in_small(y); });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return in_small(x) == in_small(y); });
 }
 
 std::string_view name_at(const uint8_t* names, int32_t i)
@@ -131,7 +132,8 @@ std::string_view name_at(const uint8_t* names, int32_t i)
 
 const Advice* advice_for_sign(std::string_view text)
 {
-    const auto known = std::ranges::find_if(kSigns, [=](const Advice& a) { return text.starts_with(a.sign); });
+    const auto known =
+        std::find_if(std::begin(kSigns), std::end(kSigns), [=](const Advice& a) { return text.starts_with(a.sign); });
     return known == std::end(kSigns) ? nullptr : known;
 }
 

@@ -175,9 +175,11 @@ private:
                 all.cover(corner.place);
             const auto middle = corners.begin() + static_cast<ptrdiff_t>(corners.size() / 2);
             if (kNarrower * (all.high_x - all.low_x) > all.high_y - all.low_y)
-                std::ranges::nth_element(corners, middle, {}, [](const Corner& c) { return c.place.x; });
+                std::nth_element(corners.begin(), middle, corners.end(),
+                                 [](const Corner& a, const Corner& b) { return a.place.x < b.place.x; });
             else
-                std::ranges::nth_element(corners, middle, {}, [](const Corner& c) { return c.place.y; });
+                std::nth_element(corners.begin(), middle, corners.end(),
+                                 [](const Corner& a, const Corner& b) { return a.place.y < b.place.y; });
             fill(2 * node, {corners.begin(), middle});
             fill(2 * node + 1, {middle, corners.end()});
             return;
@@ -405,8 +407,8 @@ LinkedCorners corners_of(const Rings& rings, const Rings& like)
 bool is_without_turned(const Rings& rings, const Vector<Triangle>& triangles)
 {
     const auto place = [&](int32_t i) -> const Place& { return rings.places[static_cast<size_t>(i)]; };
-    return std::ranges::all_of(triangles,
-                               [&](const Triangle& t) { return side(place(t[0]), place(t[1]), place(t[2])) >= 0; });
+    return std::all_of(triangles.begin(), triangles.end(),
+                       [&](const Triangle& t) { return side(place(t[0]), place(t[1]), place(t[2])) >= 0; });
 }
 
 /// The corners of the first ring alone, numbered in their order.
@@ -448,7 +450,7 @@ Rings rings_of(const OutlinesIn& outlines)
 int turn_of(std::span<const Place> ring)
 {
     const size_t n = ring.size();
-    const auto least = static_cast<size_t>(std::ranges::min_element(ring, is_before) - ring.begin());
+    const auto least = static_cast<size_t>(std::min_element(ring.begin(), ring.end(), is_before) - ring.begin());
     size_t before = least, after = least;
     for (size_t k = 1; k < n && ring[before] == ring[least]; ++k)
         before = (least + n - k) % n;

@@ -202,7 +202,7 @@ bool may_share_afar(const Beside& b, const Section& section, const Place& place,
         radii.push_back(radius_of(k % n));
     }
     const auto quartile = radii.begin() + static_cast<std::ptrdiff_t>(radii.size() / 4);
-    std::ranges::nth_element(radii, quartile);
+    std::nth_element(radii.begin(), quartile, radii.end());
     return farthest * *quartile <= kGivenUp * reach_of(b) * std::fabs(b.distance);
 }
 
@@ -342,12 +342,12 @@ size_t count_crowded(const Beside& b, const Telling& telling)
 void settle(const Beside& b, const Settling& s, bool all)
 {
     const size_t n = b.line.size();
-    std::ranges::fill(s.narrowed, uint8_t{0});
+    std::fill(s.narrowed.begin(), s.narrowed.end(), uint8_t{0});
     if (all)
-        std::ranges::fill(s.moved, uint8_t{1});
+        std::fill(s.moved.begin(), s.moved.end(), uint8_t{1});
     else
         find_misplaced(b, s);
-    if (std::ranges::find(s.moved, 1) == s.moved.end())
+    if (std::find(s.moved.begin(), s.moved.end(), 1) == s.moved.end())
         return;
     Vector<double> radius(n, std::fabs(b.distance));
     for (size_t i = 0; i < n; ++i) {

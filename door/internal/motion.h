@@ -45,7 +45,7 @@ template <class See>
 void for_each_vertex(const border::DroppedPiece& piece, const border::Rows& rows, See see)
 {
     const std::span dropped(piece.dropped, static_cast<size_t>(piece.count));
-    const auto behind = std::ranges::upper_bound(dropped, piece.vertex);
+    const auto behind = std::upper_bound(dropped.begin(), dropped.end(), piece.vertex);
     for (auto i = dropped.begin(); i != dropped.end(); ++i) {
         if (i == behind)
             see(piece.vertex, piece.x, piece.y);
