@@ -11,7 +11,7 @@ uint64_t hash_of(const Point& p)
 {
     uint64_t h = 0;
     for (int k = 0; k < 3; ++k) {
-        h += std::bit_cast<uint64_t>(p[k] + 0.0) + 0x9e3779b97f4a7c15u;
+        h += platform::bit_cast<uint64_t>(p[k] + 0.0) + 0x9e3779b97f4a7c15u;
         h = (h ^ (h >> 30)) * 0xbf58476d1ce4e5b9u;
         h = (h ^ (h >> 27)) * 0x94d049bb133111ebu;
         h ^= h >> 31;

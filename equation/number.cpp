@@ -1,21 +1,12 @@
 #include "equation/internal/number.h"
 
-#include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <system_error>
+
+#include "platform/internal/decimals.h"
 
 namespace korvale::equation {
 namespace {
-
-/// Whether the digits before the point are worth more than nothing.
-bool has_whole_part(const char* first, const char* last)
-{
-    while (first != last && *first == '0')
-        ++first;
-    return first != last && *first != '.';
-}
 
 /// Powers of ten that are exact in a double.
 constexpr double kPowers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
@@ -41,13 +32,7 @@ double read_short_number(const char* first, const char* last)
 
 double read_number(const char* first, const char* last)
 {
-    if (last - first <= kExactDigits)
-        return read_short_number(first, last);
-    double number = 0.0;
-    const std::from_chars_result read = std::from_chars(first, last, number, std::chars_format::fixed);
-    if (read.ec == std::errc::result_out_of_range) // without an exponent only size decides which end was passed
-        return has_whole_part(first, last) ? HUGE_VAL : 0.0;
-    return number;
+    return last - first <= kExactDigits ? read_short_number(first, last) : read_fixed(first, last);
 }
 
 } // namespace korvale::equation

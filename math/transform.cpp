@@ -1,16 +1,15 @@
 #include "math/transform.h"
 
-#include <charconv>
-
 #include "math/internal/matrix.h"
 #include "math/internal/vector.h"
+#include "platform/internal/decimals.h"
 
 namespace korvale::math {
 namespace {
 
 constexpr int kDecimals = 6;
-/// The longest element: a sign, 309 digits, the point and the decimals.
-constexpr size_t kLongestElement = 1 + 309 + 1 + kDecimals;
+/// The longest element: a sign, 309 digits, the point, the decimals and a 0 behind them.
+constexpr size_t kLongestElement = 1 + 309 + 1 + kDecimals + 1;
 
 /// The columns of `m`: a transpose in registers, by eight shuffles.
 KORVALE_QUAD void load_columns(const double* m, Quad& x, Quad& y, Quad& z, Quad& w)
@@ -114,11 +113,10 @@ void array2xfm(double* a16, Xfm m)
 
 void PrintMatrix(FILE* stream, Xfm m)
 {
-    char text[kLongestElement]; // by to_chars: printf writes the locale's decimal point
+    char text[kLongestElement]; // printf would write the locale's decimal point
     for (int i = 0; i < 4; ++i) {
         for (int j = 0; j < 4; ++j) {
-            const char* const end =
-                std::to_chars(text, text + sizeof text, m[i][j], std::chars_format::fixed, kDecimals).ptr;
+            const char* const end = write_fixed(text, sizeof text, m[i][j], kDecimals);
             std::fprintf(stream, "%.*s  ", static_cast<int>(end - text), text);
         }
         std::fputc('\n', stream);

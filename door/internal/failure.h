@@ -1,6 +1,5 @@
 #pragma once
 
-#include <charconv>
 #include <concepts>
 #include <cstddef>
 #include <cstring>
@@ -8,6 +7,7 @@
 #include <string_view>
 
 #include "include/korvale_c.h"
+#include "platform/internal/decimals.h"
 
 // How the door fails. Below the exported functions a `Refusal` is thrown wherever an argument cannot be used, and
 // std::bad_alloc where the heap is exhausted; `answer` turns both into a status and a text, and nothing leaves it.
@@ -42,7 +42,7 @@ public:
     Text& operator<<(double number)
     {
         char digits[32];
-        const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        const char* const end = platform::write_shortest(digits, sizeof digits, number);
         return *this << std::string_view(digits, static_cast<size_t>(end - digits));
     }
 

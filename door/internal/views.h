@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bit>
 #include <limits>
 #include <optional>
 #include <span>
@@ -8,6 +7,7 @@
 #include "data/datastruct.h"
 #include "door/internal/failure.h"
 #include "door/internal/heap.h"
+#include "platform/internal/bit_cast.h"
 
 // Buffers of the host as the cores want them: packed doubles, packed 32-bit indices. What is laid out so already is
 // read, and written, where it is.
@@ -129,11 +129,11 @@ private:
 ///@{
 inline bool is_finite(double value)
 {
-    return (~std::bit_cast<uint64_t>(value) & 0x7ff0000000000000u) != 0;
+    return (~platform::bit_cast<uint64_t>(value) & 0x7ff0000000000000u) != 0;
 }
 inline bool is_nan(double value)
 {
-    return (std::bit_cast<uint64_t>(value) << 1) > 0xffe0000000000000u;
+    return (platform::bit_cast<uint64_t>(value) << 1) > 0xffe0000000000000u;
 }
 ///@}
 

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
 #include "equation/functions.h"
 #include "equation/system.h"
+#include "platform/internal/bit_cast.h"
 
 namespace korvale::equation {
 
@@ -56,7 +56,7 @@ union Function {
     UnaryFunction one;
     NoArgFunction none;
 
-    void* slot() const { return std::bit_cast<void*>(*this); }
+    void* slot() const { return bit_cast<void*>(*this); }
 };
 
 struct BuiltIn {

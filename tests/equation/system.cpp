@@ -1,9 +1,10 @@
 #include "tests/equation/system.h"
 
-#include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+
+#include "platform/internal/bit_cast.h"
 
 namespace korvale::test {
 namespace {
@@ -145,7 +146,7 @@ std::string state_of_equation(const EquationSystem& es, int equation)
     const auto* const constants = static_cast<const DATAstruct*>(es.equations->pvals[3 * equation + 2]);
     std::string text = "  " + shape(*kinds) + shape(*operands) + shape(*constants);
     for (int p = 0; p < 100; ++p)
-        if (kinds->ivals[p] != 0 || operands->ivals[p] != -1 || std::bit_cast<uint64_t>(constants->dvals[p]) != 0)
+        if (kinds->ivals[p] != 0 || operands->ivals[p] != -1 || platform::bit_cast<uint64_t>(constants->dvals[p]) != 0)
             text += " " + std::to_string(p) + ":" + std::to_string(kinds->ivals[p]) + "," +
                     std::to_string(operands->ivals[p]) + "," + exact(constants->dvals[p]);
     return text + "\n";

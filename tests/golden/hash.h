@@ -1,12 +1,12 @@
 #pragma once
 
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
 #include "data/data.h"
 #include "data/datastruct.h"
+#include "platform/internal/bit_cast.h"
 
 namespace korvale::test {
 
@@ -23,7 +23,7 @@ public:
     Hash& add(int value) { return add(static_cast<uint64_t>(int64_t{value})); }
     Hash& add(double value)
     {
-        return add(std::bit_cast<uint64_t>(std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value));
+        return add(platform::bit_cast<uint64_t>(std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value));
     }
 
     template <class T>

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <vector>
+
+#include "platform/internal/bit_cast.h"
 
 namespace korvale::test {
 
@@ -65,7 +66,7 @@ public:
         case 5:
             return static_cast<double>(between(-3, 3));
         case 6:
-            return std::bit_cast<double>(bits());
+            return platform::bit_cast<double>(bits());
         case 7:
             return spread();
         default:
