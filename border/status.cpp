@@ -4,14 +4,18 @@
 
 #include <cstddef>
 
-static_assert(sizeof(BorderStatus) == 56 && offsetof(BorderStatus, output) == 8 &&
-              offsetof(BorderStatus, height) == 16 && offsetof(BorderStatus, distance) == 24 &&
-              offsetof(BorderStatus, keep_collapsed) == 32 && offsetof(BorderStatus, split_events) == 40 &&
-              offsetof(BorderStatus, reserved3) == 48);
-static_assert(sizeof(BORDERStatus) == 104 && offsetof(BORDERStatus, flat) == 16 &&
-              offsetof(BORDERStatus, merge) == 72 && offsetof(BORDERStatus, height) == 80 &&
-              offsetof(BORDERStatus, distance) == 88 && offsetof(BORDERStatus, keep_collapsed) == 96 &&
-              offsetof(BORDERStatus, split_events) == 100);
+#include "platform/internal/pointers.h"
+
+static_assert(korvale::platform::kNarrowPointers ||
+              (sizeof(BorderStatus) == 56 && offsetof(BorderStatus, output) == 8 &&
+               offsetof(BorderStatus, height) == 16 && offsetof(BorderStatus, distance) == 24 &&
+               offsetof(BorderStatus, keep_collapsed) == 32 && offsetof(BorderStatus, split_events) == 40 &&
+               offsetof(BorderStatus, reserved3) == 48));
+static_assert(korvale::platform::kNarrowPointers ||
+              (sizeof(BORDERStatus) == 104 && offsetof(BORDERStatus, flat) == 16 &&
+               offsetof(BORDERStatus, merge) == 72 && offsetof(BORDERStatus, height) == 80 &&
+               offsetof(BORDERStatus, distance) == 88 && offsetof(BORDERStatus, keep_collapsed) == 96 &&
+               offsetof(BORDERStatus, split_events) == 100));
 
 void BorderInitialize(BorderStatus* status)
 {

@@ -7,13 +7,15 @@
 
 #include "data/internal/buffers.h"
 #include "data/internal/record.h"
+#include "platform/internal/pointers.h"
 
 using namespace korvale::data;
 
-static_assert(sizeof(Data) == 40 && offsetof(Data, dim) == 0 && offsetof(Data, count) == 4 &&
-              offsetof(Data, type) == 8 && offsetof(Data, dvals) == 16 && offsetof(Data, ivals) == 24 &&
-              offsetof(Data, bvals) == 32);
-static_assert(sizeof(data_list_struct) == 48);
+static_assert(korvale::platform::kNarrowPointers ||
+              (sizeof(Data) == 40 && offsetof(Data, dim) == 0 && offsetof(Data, count) == 4 &&
+               offsetof(Data, type) == 8 && offsetof(Data, dvals) == 16 && offsetof(Data, ivals) == 24 &&
+               offsetof(Data, bvals) == 32));
+static_assert(korvale::platform::kNarrowPointers || sizeof(data_list_struct) == 48);
 
 void DataInitialize(Data* d)
 {

@@ -11,13 +11,15 @@
 #include "data/internal/buffers.h"
 #include "data/internal/record.h"
 #include "data/internal/trees.h"
+#include "platform/internal/pointers.h"
 
-static_assert(sizeof(DATAstruct) == 64 && offsetof(DATAstruct, dim) == 0 && offsetof(DATAstruct, count) == 4 &&
-              offsetof(DATAstruct, alloc_dim) == 8 && offsetof(DATAstruct, alloc_count) == 12 &&
-              offsetof(DATAstruct, type) == 16 && offsetof(DATAstruct, alloc_type) == 20 &&
-              offsetof(DATAstruct, dvals) == 24 && offsetof(DATAstruct, ivals) == 32 &&
-              offsetof(DATAstruct, bvals) == 40 && offsetof(DATAstruct, pvals) == 48 &&
-              offsetof(DATAstruct, next) == 56);
+static_assert(korvale::platform::kNarrowPointers ||
+              (sizeof(DATAstruct) == 64 && offsetof(DATAstruct, dim) == 0 && offsetof(DATAstruct, count) == 4 &&
+               offsetof(DATAstruct, alloc_dim) == 8 && offsetof(DATAstruct, alloc_count) == 12 &&
+               offsetof(DATAstruct, type) == 16 && offsetof(DATAstruct, alloc_type) == 20 &&
+               offsetof(DATAstruct, dvals) == 24 && offsetof(DATAstruct, ivals) == 32 &&
+               offsetof(DATAstruct, bvals) == 40 && offsetof(DATAstruct, pvals) == 48 &&
+               offsetof(DATAstruct, next) == 56));
 
 namespace korvale::data {
 namespace {

@@ -386,7 +386,7 @@ struct Tree::MetChildren {
         }
         const Floats slack = platform::load_floats(node.slack), last = exit + slack;
         first = entry - slack;
-        met = platform::bits((entry <= exit) & (first <= platform::all_floats(latest)) & (last >= earliest));
+        met = platform::lane_bits((entry <= exit) & (first <= platform::all_floats(latest)) & (last >= earliest));
     }
 
     bool is_single() const { return std::has_single_bit(met); }

@@ -10,13 +10,15 @@
 #include "equation/internal/names.h"
 #include "equation/internal/program.h"
 #include "equation/variables.h"
+#include "platform/internal/pointers.h"
 
-static_assert(sizeof(EquationSystem) == 80 && offsetof(EquationSystem, funcs) == 0 &&
-              offsetof(EquationSystem, func_names) == 8 && offsetof(EquationSystem, func_nargs) == 16 &&
-              offsetof(EquationSystem, var_names) == 24 && offsetof(EquationSystem, var_vals) == 32 &&
-              offsetof(EquationSystem, var_flags) == 40 && offsetof(EquationSystem, equations) == 48 &&
-              offsetof(EquationSystem, tables) == 56 && offsetof(EquationSystem, table_pos) == 64 &&
-              offsetof(EquationSystem, table_index) == 72);
+static_assert(korvale::platform::kNarrowPointers ||
+              (sizeof(EquationSystem) == 80 && offsetof(EquationSystem, funcs) == 0 &&
+               offsetof(EquationSystem, func_names) == 8 && offsetof(EquationSystem, func_nargs) == 16 &&
+               offsetof(EquationSystem, var_names) == 24 && offsetof(EquationSystem, var_vals) == 32 &&
+               offsetof(EquationSystem, var_flags) == 40 && offsetof(EquationSystem, equations) == 48 &&
+               offsetof(EquationSystem, tables) == 56 && offsetof(EquationSystem, table_pos) == 64 &&
+               offsetof(EquationSystem, table_index) == 72));
 
 namespace korvale::equation {
 namespace {

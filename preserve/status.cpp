@@ -6,22 +6,24 @@
 #include <cstdlib>
 
 #include "data/internal/buffers.h"
+#include "platform/internal/pointers.h"
 #include "preserve/internal/connectivity.h"
 #include "preserve/internal/terms.h"
 
-static_assert(sizeof(PreserveStatus) == 216 && offsetof(PreserveStatus, flags) == 0 &&
-              offsetof(PreserveStatus, points) == 8 && offsetof(PreserveStatus, edges) == 16 &&
-              offsetof(PreserveStatus, face_sizes) == 24 && offsetof(PreserveStatus, face_points) == 32 &&
-              offsetof(PreserveStatus, tags) == 40 && offsetof(PreserveStatus, masses) == 48 &&
-              offsetof(PreserveStatus, face_starts) == 56 && offsetof(PreserveStatus, point_edge_count) == 64 &&
-              offsetof(PreserveStatus, point_edge_start) == 72 && offsetof(PreserveStatus, point_edges) == 80 &&
-              offsetof(PreserveStatus, point_faces) == 88 && offsetof(PreserveStatus, weights) == 96 &&
-              offsetof(PreserveStatus, olen) == 128 && offsetof(PreserveStatus, ofang) == 136 &&
-              offsetof(PreserveStatus, ovolume) == 144 && offsetof(PreserveStatus, oarea) == 152 &&
-              offsetof(PreserveStatus, cur_points) == 160 && offsetof(PreserveStatus, nlen) == 168 &&
-              offsetof(PreserveStatus, nfang) == 176 && offsetof(PreserveStatus, nvolume) == 184 &&
-              offsetof(PreserveStatus, narea) == 192 && offsetof(PreserveStatus, force) == 200 &&
-              offsetof(PreserveStatus, energy) == 208);
+static_assert(korvale::platform::kNarrowPointers ||
+              (sizeof(PreserveStatus) == 216 && offsetof(PreserveStatus, flags) == 0 &&
+               offsetof(PreserveStatus, points) == 8 && offsetof(PreserveStatus, edges) == 16 &&
+               offsetof(PreserveStatus, face_sizes) == 24 && offsetof(PreserveStatus, face_points) == 32 &&
+               offsetof(PreserveStatus, tags) == 40 && offsetof(PreserveStatus, masses) == 48 &&
+               offsetof(PreserveStatus, face_starts) == 56 && offsetof(PreserveStatus, point_edge_count) == 64 &&
+               offsetof(PreserveStatus, point_edge_start) == 72 && offsetof(PreserveStatus, point_edges) == 80 &&
+               offsetof(PreserveStatus, point_faces) == 88 && offsetof(PreserveStatus, weights) == 96 &&
+               offsetof(PreserveStatus, olen) == 128 && offsetof(PreserveStatus, ofang) == 136 &&
+               offsetof(PreserveStatus, ovolume) == 144 && offsetof(PreserveStatus, oarea) == 152 &&
+               offsetof(PreserveStatus, cur_points) == 160 && offsetof(PreserveStatus, nlen) == 168 &&
+               offsetof(PreserveStatus, nfang) == 176 && offsetof(PreserveStatus, nvolume) == 184 &&
+               offsetof(PreserveStatus, narea) == 192 && offsetof(PreserveStatus, force) == 200 &&
+               offsetof(PreserveStatus, energy) == 208));
 
 namespace korvale::preserve {
 namespace {

@@ -14,13 +14,15 @@
 #include "data/operations.h"
 #include "math/internal/box.h"
 #include "platform/internal/large_pages.h"
+#include "platform/internal/pointers.h"
 #include "platform/internal/scratch.h"
 #include "ray/internal/cells.h"
 #include "ray/internal/grid.h"
 
-static_assert(sizeof(RayStatus) == 112 && offsetof(RayStatus, triangles) == 0 && offsetof(RayStatus, bbox) == 8 &&
-              offsetof(RayStatus, tri_marks) == 48 && offsetof(RayStatus, cells) == 88 &&
-              offsetof(RayStatus, nx) == 96 && offsetof(RayStatus, ny) == 100 && offsetof(RayStatus, nz) == 104);
+static_assert(korvale::platform::kNarrowPointers ||
+              (sizeof(RayStatus) == 112 && offsetof(RayStatus, triangles) == 0 && offsetof(RayStatus, bbox) == 8 &&
+               offsetof(RayStatus, tri_marks) == 48 && offsetof(RayStatus, cells) == 88 &&
+               offsetof(RayStatus, nx) == 96 && offsetof(RayStatus, ny) == 100 && offsetof(RayStatus, nz) == 104));
 
 namespace korvale::ray {
 namespace {

@@ -35,7 +35,7 @@ inline Floats greater(Floats a, Floats b)
 }
 
 /// Bit i tells whether lane i is true.
-inline unsigned bits(FloatsMask mask)
+inline unsigned lane_bits(FloatsMask mask)
 {
     typedef uint64_t Halves __attribute__((vector_size(16)));
     const auto halves = reinterpret_cast<Halves>(mask & FloatsMask{1, 2, 4, 8});
