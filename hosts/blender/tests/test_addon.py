@@ -49,6 +49,19 @@ class AddonTest(SceneTest):
         self.assertEqual([call.args[0] for call in drawn.layout.operator.call_args_list],
                          [tool.bl_idname for tool in korvale_blender.TOOLS])
 
+    def test_the_panels_that_adjust_show_every_property(self):
+        obj = cube()
+        obj.shape_key_add(name="Basis")
+        for tool in korvale_blender.TOOLS:
+            if "draw" in vars(tool):
+                drawn = mock.Mock(surface="cube")
+                tool.draw(drawn, bpy.context)
+                calls = drawn.layout.prop.call_args_list + drawn.layout.prop_search.call_args_list
+                shown = {call.args[1] for call in calls}
+                self.assertEqual(shown, set(tool.__annotations__) - {"surface"}, tool.bl_label)
+                for call in drawn.layout.prop_search.call_args_list:
+                    self.assertIn(call.args[3], call.args[2].bl_rna.properties)
+
     def test_disabled_and_enabled_again(self):
         bpy.ops.preferences.addon_disable(module="korvale_blender")
         self.assertNotIn("korvale_offset", dir(bpy.ops.object))
