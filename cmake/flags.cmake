@@ -1,6 +1,7 @@
 # What every source of the project is compiled with. The arithmetic is part of the interface: nothing here may change a
 # bit of a result.
 include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -16,14 +17,19 @@ endif()
 add_library(korvale_flags INTERFACE)
 target_include_directories(korvale_flags INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(korvale_flags INTERFACE -ffp-contract=off -fno-math-errno -fno-trapping-math)
-target_link_options(korvale_flags INTERFACE -Wl,--as-needed)
 if(KORVALE_STRICT)
     target_compile_options(korvale_flags INTERFACE
         -Wall -Wextra -Wconversion -Wshadow -Wno-invalid-offsetof -Werror
         # gcc does not count changes of sign among conversions; `&` joins the conditions of lanes, of one too.
         $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion -Wno-bitwise-instead-of-logical>)
 endif()
-if(NOT KORVALE_SANITIZE) # a sanitizer's runtime is linked to the program only
+# Linkers of other systems than Linux and Windows may know neither.
+check_linker_flag(CXX -Wl,--as-needed KORVALE_LINKS_AS_NEEDED)
+if(KORVALE_LINKS_AS_NEEDED)
+    target_link_options(korvale_flags INTERFACE -Wl,--as-needed)
+endif()
+check_linker_flag(CXX -Wl,--no-undefined KORVALE_LINKS_NO_UNDEFINED)
+if(KORVALE_LINKS_NO_UNDEFINED AND NOT KORVALE_SANITIZE) # a sanitizer's runtime is linked to the program only
     target_link_options(korvale_flags INTERFACE -Wl,--no-undefined)
 endif()
 
