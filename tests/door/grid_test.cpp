@@ -581,7 +581,7 @@ TEST(Grid, CastsManyRaysLikeSingleOnes)
                 const double* const d = &directions[3 * i];
                 const double met = hit.weights[0] * t[k] + hit.weights[1] * t[k + 3] + hit.weights[2] * t[k + 6];
                 const double unit = d[k] / std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
-                ASSERT_NEAR(met, origins[3 * i + k] + hit.distance * unit, 1e-9); // weights are rounded, too
+                ASSERT_NEAR(met, origins[3 * i + k] + hit.distance * unit, 1e-13); // weights are rounded, too
             }
         }
         const korvale_points one = {origins.data(), 1, 0, 3, KORVALE_DOUBLE};

@@ -19,11 +19,11 @@ TEST(DoorOffsetRings, BothPiecesOfASplitGoOn)
     EXPECT_EQ(all.parents[0], -1);
     EXPECT_EQ(all.parents[1], 0);
     EXPECT_EQ(all.births[0], 0);
-    EXPECT_NEAR(all.births[1], -1.5 / (1 + std::sqrt(1.0625)), 1e-14);
+    EXPECT_NEAR(all.births[1], -1.5 / (1 + std::sqrt(1.0625)), 2e-16); // a rounding
     EXPECT_EQ(all.ends[0], -2);
     EXPECT_EQ(all.ends[1], -2);
-    EXPECT_NEAR(area_of(rings.ring(0)), 36, 1e-9); // from 2 to 8 either way
-    EXPECT_NEAR(area_of(rings.ring(1)), 24, 1e-9); // from 16 to 20
+    EXPECT_EQ(area_of(rings.ring(0)), 36);          // from 2 to 8 either way
+    EXPECT_NEAR(area_of(rings.ring(1)), 24, 1e-13); // from 16 to 20; products of 20 by 8 are rounded by 3e-14
     for (const int32_t source : rings.sources(0))
         EXPECT_TRUE(source <= 3 || source >= 10) << source;
     for (const int32_t source : rings.sources(1))
@@ -31,8 +31,8 @@ TEST(DoorOffsetRings, BothPiecesOfASplitGoOn)
     const std::vector<int32_t> right = rings.sources(1);
     const auto seventh = std::ranges::find(right, 7) - right.begin();
     ASSERT_LT(seventh, static_cast<ptrdiff_t>(right.size()));
-    EXPECT_NEAR(rings.ring(1)[3 * static_cast<size_t>(seventh)], 20, 1e-9);
-    EXPECT_NEAR(rings.ring(1)[3 * static_cast<size_t>(seventh) + 1], 8, 1e-9);
+    EXPECT_NEAR(rings.ring(1)[3 * static_cast<size_t>(seventh)], 20, 4e-15); // a rounding
+    EXPECT_EQ(rings.ring(1)[3 * static_cast<size_t>(seventh) + 1], 8);
 }
 
 TEST(DoorOffsetRings, ARingEndsWhereItComesToNothing)
@@ -42,9 +42,9 @@ TEST(DoorOffsetRings, ARingEndsWhereItComesToNothing)
                          16, 6, 0, 12, 6, 0, 12, 4.25, 0, 10, 4.5,  0, 10, 10, 0, 0,  10, 0};
     const Rings rings(two, -3);
     ASSERT_THAT(rings.left(), ElementsAre(0));
-    EXPECT_NEAR(area_of(rings), 16, 1e-9);
+    EXPECT_NEAR(area_of(rings), 16, 3e-14); // products of 10 by 10, rounded by 1e-14
     const korvale_ring_arrays all = rings.view();
-    EXPECT_NEAR(*std::min_element(all.ends + 1, all.ends + all.rings), -2, 1e-9);
+    EXPECT_EQ(*std::min_element(all.ends + 1, all.ends + all.rings), -2);
     for (int64_t k = 1; k < all.rings; ++k)
         EXPECT_EQ(rings.ring(k), Numbers());
 }
@@ -59,19 +59,19 @@ TEST(DoorOffsetRings, ABayThatIsClosedRunsTheOtherWay)
     for (const int64_t k : rings.left())
         (area_of(rings.ring(k)) > 0 ? outer : bay) += area_of(rings.ring(k));
     EXPECT_EQ(rings.left().size(), 2u);
-    EXPECT_NEAR(outer, 144, 1e-9);
-    EXPECT_NEAR(bay, -16, 1e-9);
+    EXPECT_EQ(outer, 144);
+    EXPECT_NEAR(bay, -16, 3e-14); // products of 10 by 10, rounded by 1e-14
 }
 
 TEST(DoorOffsetRings, ManyPiecesAreAllThere)
 {
     const Rings rings(beads(7), -1);
     EXPECT_EQ(rings.left().size(), 7u);
-    EXPECT_NEAR(area_of(rings), 7 * 4, 1e-9);
+    EXPECT_EQ(area_of(rings), 7 * 4);
     for (const int64_t k : rings.left()) {
-        EXPECT_NEAR(area_of(rings.ring(k)), 4, 1e-9) << k;
+        EXPECT_NEAR(area_of(rings.ring(k)), 4, 1e-13) << k; // products of 40 by 4, rounded by 3e-14
         EXPECT_LT(rings.view().parents[k], k);
-        EXPECT_NEAR(rings.view().births[k], k == 0 ? 0 : -0.5, 1e-9) << k;
+        EXPECT_NEAR(rings.view().births[k], k == 0 ? 0 : -0.5, 2e-16) << k; // a rounding
     }
     EXPECT_THAT(Rings(beads(7), -3).left(), ElementsAre());
 }
@@ -165,6 +165,7 @@ TEST(DoorOffsetRings, TakeUpTheAreaThatTheirEdgesPassOver)
             expected += 0.5 * step * (length + next);
             length = next;
             many += rings.left().size() > 1;
+            // What happens within a step is left out, and a limb may vanish at once. Measured: 0.006 in 200 outlines.
             ASSERT_NEAR(area_of(rings), expected, 0.02) << "outline " << round << ", distance " << i * step;
         }
     }

@@ -284,6 +284,7 @@ TEST(DoorOffset, ACornerMadeByRoundingDoesNotTiltThePlane)
     const korvale_points border = points_of(flat);
     const korvale_points_out flat_out = {flat.data(), 5, 0, 3, KORVALE_DOUBLE};
     korvale_transform_points(back, &border, &flat_out, nullptr);
+    // Coordinates of 1e9 are rounded by 1e-7, and the plane that is found moves them. Measured: by 0.2.
     EXPECT_NEAR(flat[6], 4e8, 1);
     EXPECT_NEAR(flat[7], -1e8, 1);
     EXPECT_NEAR(flat[8], 0, 1);
