@@ -28,6 +28,10 @@ constexpr int kMostSteps = 64;
 constexpr double kNothing = 1e-03;
 /// A section of points narrowed to less than this share of the distance gives way altogether where it can.
 constexpr double kNarrow = 0.5;
+/// How far from an end of an open line the border of that end may be, in distances. Chosen: where it
+/// is clear of the line it is no more than 1.12 distances behind the end, and the way across to the other side leaves
+/// half of that outside.
+constexpr double kEndReach = 1.5;
 /// How much room a section may give up for a corner beyond the miter limit, beside the tip of two straight legs: there
 /// the radius of the ball times the way to the inner corner is the miter limit times the square of the distance, at any
 /// angle. Chosen, so that corners of such legs have some to spare.
@@ -143,10 +147,14 @@ double reach_of(const Beside& b)
     return b.miter_limit * std::fabs(b.distance) * (1 + kAtLimit) + b.rounding;
 }
 
+/// Whether a place is no farther from a point of the line than it may be. That is less for the first and the last point
+/// of an open line: the band ends across from there, and what is beyond is cut off.
 bool is_within_reach(const Beside& b, const Place& place, size_t i)
 {
+    const bool is_end = !b.closed && (i == 0 || i + 1 == b.line.size());
+    const double reach = is_end ? std::min(reach_of(b), kEndReach * std::fabs(b.distance)) : reach_of(b);
     const Place d = place - b.line[i];
-    return dot(d, d) <= reach_of(b) * reach_of(b);
+    return dot(d, d) <= reach * reach;
 }
 
 /// Points of a line that follow each other, and whether others come before and after them.

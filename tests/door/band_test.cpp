@@ -300,6 +300,76 @@ TEST(DoorBand, TheEndOfALineGivesNotWayToACornerAfar)
     EXPECT_NEAR(band.away(4, 60, 6), 1, 1e-12); // coordinates of 60, rounded by 7e-15 and more at the bend
 }
 
+TEST(DoorBand, AnEndBesideTheBeginningIsLaidHalfwayThere)
+{
+    // Square to the last leg the border meets the first one after 0.5, square to the first one the end after 0.5.
+    const Laid band = laid({0, 0, 0, 20, 0, 0, 20, 10, 0, 0, 10, 0, 0, 0.5, 0}, 2, options_of(1));
+    const double inner[5][2] = {{0, 0.25}, {18, 2}, {18, 8}, {2, 8}, {0.5, 0.5}};
+    for (size_t i = 0; i < 5; ++i)
+        EXPECT_LT(band.away(9 - i, inner[i][0], inner[i][1]), 1e-8) << "point " << i; // a ball is 1e-09 of itself off
+    EXPECT_THAT(band.removed, Each(0));
+    EXPECT_THAT(band.narrowed, ElementsAre(1, 0, 0, 0, 1));
+    EXPECT_FALSE(band.crosses);
+}
+
+TEST(DoorBand, AnEndIsNotLaidAtTheFarEndOfAFoldedLeg)
+{
+    const Laid band = laid({0, 0, 0, 6, 1, 0, 1, 0, 0, 7, 0, 0}, 2, options_of(1));
+    EXPECT_LT(band.away(4, 7, 1), 0.01); // halfway to the first fold
+    EXPECT_THAT(band.removed, ElementsAre(1, 1, 0, 0));
+    EXPECT_THAT(band.narrowed, ElementsAre(0, 1, 1, 1));
+}
+
+/// How much of a line from place to place lies outside an outline, by steps of 0.01.
+double length_outside(const Numbers& line, const Numbers& outline)
+{
+    const size_t n = outline.size() / 3;
+    const auto is_inside = [&](double x, double y) {
+        bool inside = false;
+        for (size_t i = 0; i < n; ++i) {
+            const double *const a = &outline[3 * i], *const b = &outline[3 * ((i + 1) % n)];
+            if ((a[1] > y) != (b[1] > y) && x < a[0] + (y - a[1]) / (b[1] - a[1]) * (b[0] - a[0]))
+                inside = !inside;
+        }
+        return inside;
+    };
+    double outside = 0;
+    for (size_t i = 3; i < line.size(); i += 3) {
+        const double dx = line[i] - line[i - 3], dy = line[i + 1] - line[i - 2];
+        const int steps = static_cast<int>(100 * std::hypot(dx, dy)) + 1;
+        for (int k = 0; k < steps; ++k) {
+            const double share = (k + 0.5) / steps;
+            if (!is_inside(line[i - 3] + share * dx, line[i - 2] + share * dy))
+                outside += std::hypot(dx, dy) / steps;
+        }
+    }
+    return outside;
+}
+
+TEST(DoorBand, ALoopThatComesBackToItsBeginningStaysInItsBand)
+{
+    Random random(2612);
+    int whole = 0;
+    for (int round = 0; round < rounds(300); ++round) {
+        const int points = random.between(7, 38);
+        const double bulge = random.uniform(0, 6);
+        Numbers line;
+        for (int i = 0; i < points; ++i) {
+            const double turn = 6.283185307179586 * i / points, radius = 10 * (1 + 0.15 * std::sin(2 * turn + bulge));
+            line.insert(line.end(), {radius * std::cos(turn), radius * std::sin(turn), 0});
+        }
+        const double gap = random.uniform(0.2, 3), towards = random.uniform(0, 6.3);
+        line.insert(line.end(), {line[0] + gap * std::cos(towards), line[1] + gap * std::sin(towards), 0});
+        const Laid band = laid(line, 1, options_of(1));
+        if (band.crosses)
+            continue;
+        ++whole;
+        // An end lies no farther than 1.12 distances behind the line's, and half of that is outside.
+        ASSERT_LT(length_outside(line, band.outline), 0.6) << "round " << round;
+    }
+    EXPECT_GT(whole, 100);
+}
+
 TEST(DoorBand, AStopOnAWalkLeavesNoSpike)
 {
     Random random(1237);
