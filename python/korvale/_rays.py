@@ -57,7 +57,8 @@ class RayGrid:
         given apart, (T, 3) or faces of any number of corners, or the corners of triangles (T, 3, 3) or (T, 9).
     cells: (nx, ny, nz); else a number that suits the triangles is chosen.
     copy: False reads corners, float64 (T, 9) or (T, 3, 3), where they are at every query; they may change,
-        and one thread at a time is served. Else any number of threads may ask one grid at a time.
+        and one thread at a time is served. What would have to be copied is refused then. Else any number of threads
+        may ask one grid at a time.
     progress: see `Relaxer.run`; it is told of the thousandths done, and False is an error.
 
     Faces of more than three corners are cut into triangles about their first corner; `faces` tells which is whose.
@@ -98,6 +99,8 @@ class RayGrid:
                               lambda report: _korvale.Grid.of_mesh(vertices, numbers, size, report))
         else:
             corners = _input.corners(mesh, "RayGrid", "mesh")
+            if not is_copied and corners.size and not numpy.may_share_memory(corners, numpy.asarray(mesh)):
+                raise refuse("RayGrid", "mesh", "be float64 in C order where copy is False", "it would be copied")
             self._grid = told(progress, "RayGrid",
                               lambda report: _korvale.Grid(corners, size, not is_copied, report))
 

@@ -120,6 +120,17 @@ class RayGridTest(RefusingTest):
         borrowed = korvale.RayGrid(corners, copy=False)
         self.assertFalse(numpy.shares_memory(own.corners, corners))
         self.assertEqual(borrowed.corners.ctypes.data, corners.ctypes.data)
+        for triangles in (corners.reshape(-1, 3, 3), memoryview(corners)):
+            grid = korvale.RayGrid(triangles, copy=False)
+            self.assertEqual(grid.corners.ctypes.data, corners.ctypes.data)
+
+    def test_refuses_to_read_in_place_what_it_would_copy(self):
+        corners = CUBE.vertices[CUBE.triangles].reshape(-1, 9)
+        for triangles in (corners.astype(numpy.float32), corners.tolist(), numpy.asfortranarray(corners),
+                          corners[::2], corners.astype(">f8")):
+            self.assertRefuses("RayGrid: mesh must be float64 in C order where copy is False, but it would be copied",
+                               lambda: korvale.RayGrid(triangles, copy=False))
+        self.assertEqual(len(korvale.RayGrid(numpy.zeros((0, 9)), copy=False)), 0)
 
     def test_says_what_it_refuses(self):
         self.assertRefuses("RayGrid.nearest: origin must be a point, (3,) or (2,), but its shape is (4,)",
