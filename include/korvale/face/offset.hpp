@@ -31,8 +31,8 @@ struct Offset {
     Points points;                   ///< the border
     Array<std::uint8_t> removed;     ///< [n] 1 for a vertex that was removed on the way
     Array<std::int32_t> merged_into; ///< [n] the vertex that each one merged into, itself while it stayed
-    bool collapsed = false; ///< nothing is left: fewer than three vertices, all within 1.2e-06 of one line, or, where
-                            ///< `split` is off, the outline has turned inside out
+    bool collapsed = false; ///< nothing is left: fewer than three vertices, all as near to one line as what counts as
+                            ///< nothing (see `offset`), or, where `split` is off, the outline has turned inside out
     Array<std::int32_t> sources = {}; ///< [points] with joins the vertex that each point belongs to; else empty: points
                                       ///< are those of the vertices in their order, but for removed ones left out
 
