@@ -9,7 +9,9 @@
 #include "door/internal/self_crossing.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <cmath>
 
 #include "door/internal/boxes.h"
 #include "door/internal/edges.h"
@@ -114,16 +116,23 @@ private:
     }
 
     /// The pieces below the middle of one that go right less those that go left are what goes round the place below it.
+    /// Rounding puts a middle beside its piece, and what lies below a steep one then may be any part of the ring. So
+    /// steep ones are turned by a quarter, left is down then: what differs is as near as the rounding.
     int right_of(size_t k) const
     {
         const Edge& piece = edges_[k];
-        const Place p = middle_of(piece);
+        const Place p = middle_of(piece), along = piece.to - piece.from;
+        const bool is_steep = std::fabs(along.y) > std::fabs(along.x);
+        const auto x_of = [is_steep](const Place& q) { return is_steep ? -q.y : q.x; };
+        const double x = x_of(p), y = is_steep ? p.x : p.y;
         int below = 0;
         size_t waiting[kMostOnTheWay] = {1};
         for (size_t n = 1; n > 0;) {
             const size_t node = waiting[--n];
             const Box& box = leaves_[node];
-            if (!(box.low_x <= p.x && p.x < box.high_x && box.low_y <= p.y))
+            const auto [low_x, high_x, low_y] = is_steep ? std::array{-box.high_y, -box.low_y, box.low_x}
+                                                         : std::array{box.low_x, box.high_x, box.low_y};
+            if (!(low_x <= x && x < high_x && low_y <= y))
                 continue;
             if (node < leaves_.size() / 2) {
                 waiting[n++] = 2 * node + 1;
@@ -131,14 +140,14 @@ private:
                 continue;
             }
             const size_t first = (node - leaves_.size() / 2) * kLeaf;
-            for (size_t i = first; i < std::min(first + kLeaf, size()); ++i)
-                if (const auto& [from, to] = edges_[i];
-                    i != k && (from.x <= p.x) != (to.x <= p.x) && side(from, to, p) == (from.x < to.x ? 1 : -1))
-                    below += from.x < to.x ? 1 : -1;
+            for (size_t i = first; i < std::min(first + kLeaf, size()); ++i) {
+                const auto& [from, to] = edges_[i];
+                const double from_x = x_of(from), to_x = x_of(to);
+                if (i != k && (from_x <= x) != (to_x <= x) && side(from, to, p) == (from_x < to_x ? 1 : -1))
+                    below += from_x < to_x ? 1 : -1;
+            }
         }
-        const bool is_below_on_the_right =
-            piece.from.x != piece.to.x ? piece.from.x < piece.to.x : piece.from.y < piece.to.y;
-        return is_below_on_the_right ? below : below - 1;
+        return x_of(piece.from) < x_of(piece.to) ? below : below - 1;
     }
 
     double slack_;

@@ -102,6 +102,15 @@ class ShapelyTest(unittest.TestCase):
         self.assertRefuses("Offset.to_shapely: border must not meet itself, but it does at (6.5, 1.5)",
                            korvale.offset(comb, -0.5))  # two of its teeth have come to nothing
 
+    def test_takes_bands_with_points_that_share_a_place(self):
+        random = numpy.random.default_rng(0)
+        for number in range(200):
+            wide, narrow = random.uniform(8.2, 12), random.uniform(0.1, 7.8)
+            line = [(0, wide), (160, narrow), (160, 0), (0, 0)] + random.integers(10 ** 5, 10 ** 7, 2)
+            band = korvale.band(line, 4, closed=True, both_sides=True)
+            self.assertIsNone(band.crossing)
+            self.assertTrue(band.to_shapely().is_valid, number)
+
     def test_refuses_upright_planes(self):
         sees_nothing = "must not lie in an upright plane, but it does: Shapely sees x and y alone, so flatten it"
         self.assertRefuses(f"Offset.to_shapely: border {sees_nothing}", korvale.offset(SQUARE[:, [0, 2, 1]], 1))

@@ -269,6 +269,65 @@ TEST(Shapes, OutlinesMayTouchThemselves)
         }
 }
 
+/// What shapes says of an outline.
+korvale_status status_of(const Coordinates& outline, double tolerance)
+{
+    const korvale_shapes_options options = options_of(tolerance, 0);
+    const korvale_points view = points_of(outline);
+    int32_t outer[1];
+    return korvale_shapes(&view, 1, &options, outer, nullptr);
+}
+
+/// An outline from another of its points on, on average every third point of it there twice or more often.
+Coordinates with_points_again(Random& random, const Coordinates& outline)
+{
+    Coordinates result;
+    const int n = static_cast<int>(outline.size() / 3), first = random.below(n);
+    for (int i = 0; i < n; ++i)
+        do
+            result.insert(result.end(), &outline[static_cast<size_t>(3 * ((first + i) % n))],
+                          &outline[static_cast<size_t>(3 * ((first + i) % n))] + 3);
+        while (random.one_in(4));
+    return result;
+}
+
+TEST(Shapes, WhatCrossesItselfDoesSoFromAnyPointOnAndWithPointsThereTwice)
+{
+    EXPECT_THAT(outer_of({{246.97384129697002, 151.76000000000008, 0, 246.97384129697002, 151.76000000000008, 0,
+                           115.82000000000001, 151.75999999999996, 0, 115.82000000000002, 113.69699275796452, 0}}),
+                ElementsAre(0)); // the middle of the edge that is nearly upright is rounded to the inside
+    Random random(823);
+    int taken = 0, refused = 0;
+    for (int round = 0; round < rounds(20000) && !testing::Test::HasFailure(); ++round) {
+        const int points = random.between(3, 7);
+        const double east = 500000.0 * random.below(2);
+        Coordinates outline; // nearly on a lattice, whose lines most of its edges run along
+        for (int i = 0; i < points; ++i) {
+            for (const double origin : {east, 13.2 * east}) {
+                double value = origin + 100.1 + 37.7 * random.below(5);
+                for (int k = random.below(4); k > 0; --k)
+                    value = std::nextafter(value, 1e9 * random.between(-1, 1));
+                outline.push_back(value);
+            }
+            outline.push_back(0.0);
+        }
+        double area = 0.0;
+        for (size_t i = 3; i + 3 < outline.size(); i += 3)
+            area += (outline[i] - outline[0]) * (outline[i + 4] - outline[1]) -
+                    (outline[i + 1] - outline[1]) * (outline[i + 3] - outline[0]);
+        if (std::fabs(area) < 1.0)
+            continue; // rounding tells whether there is any, and without there is nothing to cross
+        for (const double tolerance : {0.0, 0.001}) {
+            const korvale_status status = status_of(outline, tolerance);
+            (status == KORVALE_OK ? taken : refused) += 1;
+            EXPECT_EQ(status_of(with_points_again(random, outline), tolerance), status)
+                << testing::PrintToString(outline) << " within " << tolerance;
+        }
+    }
+    EXPECT_GT(taken, 10000);
+    EXPECT_GT(refused, 10000);
+}
+
 TEST(Shapes, ScribblesTakeNoLong)
 {
     Random random(1405);
