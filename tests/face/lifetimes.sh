@@ -94,6 +94,13 @@ is_right 'korvale::RayGrid grid(kept, triangles, {{4, 4, 4}}); use(&grid);'
 is_refused 'korvale::RayGrid grid(kept, {{0, 1, 3}});' 'ambiguous'
 is_refused 'korvale::RayGrid::try_make(kept, {{0, 1, 3}});' 'ambiguous'
 
+# Whole numbers could be those of points, or one for each.
+is_right 'korvale::Relaxer(kept, triangles).hold(std::vector<bool>(4)).hold(std::vector<std::uint8_t>(4));'
+is_right 'const bool mask[4] = {}; korvale::Relaxer(kept, triangles).hold(std::span<const bool>(mask)).hold(mask);'
+is_refused 'korvale::Relaxer(kept, triangles).hold(std::vector<int>{0, 1, 2, 3});' 'a mask is one bool'
+is_refused 'korvale::Relaxer(kept, triangles).try_hold(std::vector<std::size_t>{0, 1});' 'a mask is one bool'
+is_refused 'korvale::Relaxer(kept, triangles).hold(numbers);' 'a mask is one bool'
+
 is_warned_of 'const korvale::Point& p = korvale::offset(kept, 1).points[0]; use(&p);'
 is_warned_of 'auto numbers = korvale::offset(kept, 1).points.coordinates(); use(&numbers);'
 is_warned_of 'auto first = korvale::offset(kept, 1).points.begin(); use(first);'

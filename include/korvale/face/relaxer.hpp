@@ -165,9 +165,10 @@ public:
     }
     ///@}
 
-    /// Holds points where they are: one value per point, true for those that do not move. An empty mask frees all.
+    /// Holds points where they are: one bool or `std::uint8_t` per point, true or not 0 for those that do not move. An
+    /// empty mask frees all. What could be numbers of points, as ints, does not compile.
     template <std::ranges::input_range Mask>
-    requires(std::convertible_to<std::ranges::range_value_t<Mask>, bool>) Relaxer& hold(const Mask& mask)
+    Relaxer& hold(const Mask& mask)
     {
         try_hold(mask).value();
         return *this;
@@ -175,8 +176,12 @@ public:
 
     /// The same, telling of failures by its result.
     template <std::ranges::input_range Mask>
-    requires(std::convertible_to<std::ranges::range_value_t<Mask>, bool>) Result<void> try_hold(const Mask& mask)
+    Result<void> try_hold(const Mask& mask)
     {
+        using Value = std::ranges::range_value_t<Mask>;
+        static_assert(std::same_as<Value, bool> || std::same_as<Value, std::uint8_t>,
+                      "a mask is one bool or std::uint8_t for each point; of numbers of points make one: "
+                      "std::vector<bool> mask(relaxer.size()); for (int point : held) mask[point] = true;");
         return detail::within_memory("Relaxer::hold", [&]() -> Result<void> {
             std::vector<std::uint8_t> tags;
             for (const auto& value : mask)
