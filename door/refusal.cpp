@@ -166,6 +166,8 @@ private:
             advice << ": write " << known << ", capitals count";
         else if (const std::string_view other = advice_for_name(name); !other.empty())
             advice << ": " << other;
+        else if (const std::string_view meant = swapped_spelling_of(functions_, variables_, name); !meant.empty())
+            advice << ": write " << meant;
         return advice;
     }
 

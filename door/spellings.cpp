@@ -83,6 +83,9 @@ constexpr Advice kNames[] = {
     {"minimum", "write (a + b - SQRT((a - b) * (a - b))) / 2"},
     {"mix", "write a + (b - a) * t"},
     {"lerp", "write a + (b - a) * t"},
+    {"sine", "write SIN(x)"},
+    {"cosine", "write COS(x)"},
+    {"tangent", "write TAN(x)"},
     {"sinh", "write (EXP(x) - EXP(0 - x)) / 2"},
     {"cosh", "write (EXP(x) + EXP(0 - x)) / 2"},
     {"tanh", "write 1 - 2 / (EXP(2 * x) + 1)"},
@@ -122,10 +125,37 @@ bool is_same_but_for_capitals(std::string_view a, std::string_view b)
                       [](char x, char y) { return in_small(x) == in_small(y); });
 }
 
+/// Whether two neighbouring letters change places between the names.
+bool is_same_but_for_a_swap(std::string_view a, std::string_view b)
+{
+    const auto differs = [&](size_t i) { return in_small(a[i]) != in_small(b[i]); };
+    if (a.size() != b.size())
+        return false;
+    size_t i = 0;
+    while (i + 1 < a.size() && !differs(i))
+        ++i;
+    return i + 1 < a.size() && in_small(a[i]) == in_small(b[i + 1]) && in_small(a[i + 1]) == in_small(b[i]) &&
+           is_same_but_for_capitals(a.substr(i + 2), b.substr(i + 2));
+}
+
 std::string_view name_at(const uint8_t* names, int32_t i)
 {
     const char* const slot = reinterpret_cast<const char*>(names) + int64_t{i} * kNameBytes;
     return {slot, strnlen(slot, kLongestName)};
+}
+
+/// The first name of the system that is like another one, functions first; else empty.
+template <class IsLike>
+std::string_view find_name(const Functions& functions, const Variables& variables, std::string_view name,
+                           IsLike is_like)
+{
+    for (int32_t f = 0; f < functions.named; ++f)
+        if (is_like(name_at(functions.names, f), name))
+            return name_at(functions.names, f);
+    for (int32_t v = 0; v < variables.named; ++v)
+        if (is_like(name_at(variables.names, v), name))
+            return name_at(variables.names, v);
+    return {};
 }
 
 } // namespace
@@ -147,13 +177,13 @@ std::string_view advice_for_name(std::string_view name)
 
 std::string_view spelling_of(const Functions& functions, const Variables& variables, std::string_view name)
 {
-    for (int32_t f = 0; f < functions.named; ++f)
-        if (is_same_but_for_capitals(name_at(functions.names, f), name))
-            return name_at(functions.names, f);
-    for (int32_t v = 0; v < variables.named; ++v)
-        if (is_same_but_for_capitals(name_at(variables.names, v), name))
-            return name_at(variables.names, v);
-    return {};
+    return find_name(functions, variables, name, is_same_but_for_capitals);
+}
+
+std::string_view swapped_spelling_of(const Functions& functions, const Variables& variables, std::string_view name)
+{
+    constexpr size_t kShortest = 3; // of two letters too many are others swapped. Chosen
+    return name.size() < kShortest ? std::string_view() : find_name(functions, variables, name, is_same_but_for_a_swap);
 }
 
 Text without_exponent(std::string_view number, std::string_view exponent)

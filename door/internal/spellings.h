@@ -20,6 +20,10 @@ std::string_view advice_for_name(std::string_view name);
 std::string_view spelling_of(const equation::Functions& functions, const equation::Variables& variables,
                              std::string_view name);
 
+/// The name of the system, of 3 letters or more, that differs by a swap of two neighbouring letters; else empty.
+std::string_view swapped_spelling_of(const equation::Functions& functions, const equation::Variables& variables,
+                                     std::string_view name);
+
 /// What to write for digits `whole.fraction` times ten to the `exponent`, where that is short; else empty.
 Text without_exponent(std::string_view number, std::string_view exponent);
 
