@@ -23,6 +23,9 @@ namespace korvale::door {
 
 namespace {
 
+/// Corners sorted or looked at between two questions whether to go on: a millisecond or two.
+constexpr int32_t kCornersPerQuestion = 65536;
+
 // --- Corners that block ----------------------------------------------------------------------------------------------
 
 /// Corners of a triangle, counter-clockwise.
@@ -96,13 +99,14 @@ public:
         int32_t number;
     };
 
-    Blockers(Vector<Corner> corners, int32_t bound)
+    /// `telling` only stops it.
+    Blockers(Vector<Corner> corners, int32_t bound, const Telling& telling)
         : at_(static_cast<size_t>(bound), -1), first_leaf_(std::bit_ceil(corners.size() / kLeaf + 1))
     {
         corners_.resize(first_leaf_ * kLeaf);
         boxes_.assign(2 * first_leaf_, kNowhere);
         counts_.assign(2 * first_leaf_, 0);
-        fill(1, corners);
+        fill(1, corners, telling);
         raise(boxes_);
     }
 
@@ -163,8 +167,10 @@ private:
 
     /// Puts corners into the leaves below a node, halved across the longer side of what they cover. Boxes are a little
     /// narrower than high: bridges leave corridors between columns of holes, whose ears are slivers.
-    void fill(size_t node, std::span<Corner> corners)
+    void fill(size_t node, std::span<Corner> corners, const Telling& telling)
     {
+        if (corners.size() >= size_t{kCornersPerQuestion})
+            telling.tell(0.0);
         counts_[node] = static_cast<int32_t>(corners.size());
         if (node < first_leaf_) {
             // Measured from 8,000 to 60,000 points: 14 times the instructions where holes are in columns and 15 times
@@ -180,8 +186,8 @@ private:
             else
                 std::nth_element(corners.begin(), middle, corners.end(),
                                  [](const Corner& a, const Corner& b) { return a.place.y < b.place.y; });
-            fill(2 * node, {corners.begin(), middle});
-            fill(2 * node + 1, {middle, corners.end()});
+            fill(2 * node, {corners.begin(), middle}, telling);
+            fill(2 * node + 1, {middle, corners.end()}, telling);
             return;
         }
         size_t at = (node - first_leaf_) * kLeaf;
@@ -204,11 +210,13 @@ private:
 /// What is left of a ring, its corners numbered in their order.
 class Clipper {
 public:
-    Clipper(const Vector<Place>& places, LinkedCorners corners)
+    /// `telling` only stops it.
+    Clipper(const Vector<Place>& places, LinkedCorners corners, const Telling& telling)
         : corners_(std::move(corners)), places_(corners_.place.size()), may_be_ear_(corners_.size()),
           flat_(corners_.size()), blocks_at_tip_(corners_.size()), waiting_(corners_.place.size(), -1),
           next_waiting_(corners_.place.size(), -1), previous_waiting_(corners_.place.size(), -1),
-          blocked_by_(corners_.place.size(), -1), blockers_(turn_all(places), corners_.size()), left_(corners_.size())
+          blocked_by_(corners_.place.size(), -1), blockers_(turn_all(places, telling), corners_.size(), telling),
+          left_(corners_.size())
     {
     }
 
@@ -242,14 +250,17 @@ private:
     int32_t number(int32_t i) const { return corners_.place[static_cast<size_t>(i)]; }
     const Place& place(int32_t i) const { return places_[static_cast<size_t>(i)]; }
 
-    Vector<Blockers::Corner> turn_all(const Vector<Place>& places)
+    Vector<Blockers::Corner> turn_all(const Vector<Place>& places, const Telling& telling)
     {
+        Asking asking(telling, kCornersPerQuestion);
         for (int32_t i = 0; i < corners_.size(); ++i)
             places_[static_cast<size_t>(i)] = places[static_cast<size_t>(number(i))];
         Vector<Blockers::Corner> blocking;
-        for (int32_t i = 0; i < corners_.size(); ++i)
+        for (int32_t i = 0; i < corners_.size(); ++i) {
             if (turn(i) <= 0)
                 blocking.push_back({place(i), i});
+            asking.step(0.0);
+        }
         return blocking;
     }
 
@@ -428,7 +439,8 @@ LinkedCorners in_order(const LinkedCorners& corners)
     return ordered;
 }
 
-Rings rings_of(const OutlinesIn& outlines)
+/// `telling` only stops it, where there are many corners.
+Rings rings_of(const OutlinesIn& outlines, const Telling& telling)
 {
     double largest = 0.0;
     size_t places = 0;
@@ -436,12 +448,19 @@ Rings rings_of(const OutlinesIn& outlines)
         largest = std::max(largest, largest_of(outlines[k]));
         places += outlines[k].size();
     }
+    const auto ask = [&] {
+        if (places >= size_t{kCornersPerQuestion})
+            telling.tell(0.0);
+    };
+    ask();
     Seen seen = seen_upright(outlines[0]);
+    ask();
     seen.scale = scale_to_one(largest);
     Rings rings;
     rings.places.reserve(places);
     for (size_t k = 0; k < outlines.size(); ++k)
         rings.add(outlines[k], seen);
+    ask();
     return rings;
 }
 
@@ -467,12 +486,13 @@ Vector<Triangle> cut(const Rings& rings, const Telling& telling)
 Vector<Triangle> cut(const Rings& rings, const Rings& like, const Telling& telling)
 {
     if (rings.size() == 1)
-        return Clipper(rings.places, corners_of(rings, like)).run(false, telling);
+        return Clipper(rings.places, corners_of(rings, like), telling).run(false, telling);
     constexpr double kOfBridges = 0.25; // of the work. Measured: a sixth of the instructions for 1,000 holes
     const auto cut_bridged = [&](const Rings& work, const Telling& now) {
         LinkedCorners corners = corners_of(work, like);
         join_holes(work, corners, now.part(0.0, kOfBridges));
-        return Clipper(work.places, in_order(corners)).run(true, now.part(kOfBridges, 1.0 - kOfBridges));
+        const Telling clipping = now.part(kOfBridges, 1.0 - kOfBridges);
+        return Clipper(work.places, in_order(corners), clipping).run(true, clipping);
     };
     const Telling before = telling.part(0.0, 0.0), after = telling.part(1.0, 0.0);
     if (const std::optional<Rings> apart = keep_apart(rings, like, Touching::but_for_rounding, before))
@@ -545,12 +565,13 @@ korvale_status korvale_triangulate(const korvale_points* outlines, int64_t count
         if (count == 0)
             throw Refusal("outlines", "have an outer outline", "there is none");
         require(written, "written");
-        const Rings rings = rings_of(in);
+        const Telling telling = {progress, user};
+        const Rings rings = rings_of(in, telling);
         const auto n = static_cast<int64_t>(rings.places.size() + 2 * rings.size()) - 4;
         if (room < n)
             throw Refusal("room", Text() << "be at least " << n, Text() << "it is " << room);
         require(triangles, "triangles");
-        for (const Triangle& t : cut(rings, Telling{progress, user}))
+        for (const Triangle& t : cut(rings, telling))
             triangles = std::copy(t.begin(), t.end(), triangles);
         *written = n;
     });

@@ -80,12 +80,12 @@ class ProgressTest(unittest.TestCase):
                 work(outline, 1, progress=lambda done: False)
 
     def test_of_solids_and_shapes_is_told_in_thousandths(self):
-        wall, path, sea = coast(20000), numpy.arange(300000)[:, None] * (1, 0, 0), islands(60000)
+        wall, path, sea = coast(20000), numpy.arange(1500000)[:, None] * (1, 0, 0), islands(60000)
         for name, work in {
             "triangulate": lambda progress: korvale.triangulate(coast(500000), progress=progress),
             "shapes": lambda progress: korvale.shapes(sea, progress=progress),
             "bevel": lambda progress: korvale.bevel(wall, [(-1e-6 * k, k) for k in range(30)], progress=progress),
-            "tube": lambda progress: korvale.tube(path, ring(12), progress=progress),
+            "tube": lambda progress: korvale.tube(path, ring(4), progress=progress),
         }.items():
             with self.subTest(name):
                 told = []

@@ -456,6 +456,19 @@ TEST(Triangulate, TellsOfManyPointsAndStopsWhenAsked)
     EXPECT_EQ(triangles, Corners(triangles.size(), 7));
 }
 
+TEST(Triangulate, OfVeryManyPointsAsksBeforeTheFirstTriangle)
+{
+    const Coordinates ring = round_ring(70000, 9);
+    const korvale_points outline = points_of(ring);
+    Corners triangles(3 * 69998);
+    int64_t written = 7;
+    Told told = {{}, 0.0}; // stops at once
+    EXPECT_EQ(korvale_triangulate(&outline, 1, triangles.data(), 69998, &written, &Told::tell, &told, nullptr),
+              KORVALE_STOPPED);
+    EXPECT_THAT(told.done, ElementsAre(0.0));
+    EXPECT_EQ(written, 7);
+}
+
 TEST(Triangulate, TellsOfBridgesToHolesInAQuarterOfTheWork)
 {
     const std::vector<Coordinates> rings = {round_ring(1024, 9), round_ring(1024, 5)};
