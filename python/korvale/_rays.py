@@ -62,9 +62,9 @@ class RayGrid:
     progress: see `Relaxer.run`; it is told of the thousandths done, and False is an error.
 
     Faces of more than three corners are cut into triangles about their first corner; `faces` tells which is whose.
-    Triangles may be of any size, unless they are below some 3e-05 of what their model, or its distance from the origin,
-    measures. But with `copy` False work in units in which they measure about 0.1 or more: one that shows less than half
-    of 1e-06 square units to a ray is not met.
+    Triangles may be of any size, unless their sides are below 1/8 of a unit, 6e-05 of the largest coordinate and 1/500
+    of the model, all three. But with `copy` False work in units in which they measure about 0.1 or more: one that shows
+    less than half of 1e-06 square units to a ray is not met.
 
     >>> grid = korvale.RayGrid([(0, 0, 0), (4, 0, 0), (4, 4, 0), (0, 4, 0)], [(0, 1, 2), (0, 2, 3)])
     >>> grid.nearest((3, 1, 5), (0, 0, -1))

@@ -57,9 +57,9 @@ struct OneTriangle {
 ///
 /// Any number of threads may ask one grid at a time; a grid `over` triangles that stay the caller's belongs to one
 /// thread at a time, as its queries write marks. Directions may be of any length but 0. Triangles may be of any size,
-/// unless they are below some 3e-05 of what their model, or its distance from the origin, measures. But for a grid
-/// `over` triangles work in units in which they measure about 0.1 or more: one that shows less than half of 1e-06
-/// square units to a ray is not met.
+/// unless their sides are below 1/8 of a unit, 6e-05 of the largest coordinate and 1/500 of the model, all three. But
+/// for a grid `over` triangles work in units in which they measure about 0.1 or more: one that shows less than half of
+/// 1e-06 square units to a ray is not met.
 class RayGrid {
 public:
     /// Triangles given by their corners, which are copied. Without a `size`, one that suits them is chosen.
